@@ -1,0 +1,271 @@
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+
+#include <algorithm>
+#include <bit>
+#include <numeric>
+
+#include "zeltbraidwerk/foundations/internal/clones.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+ZELTBRAIDWERK_CLONES
+int count_ones(const Word* a, int count) {
+  int total = 0;
+  for (int w = 0; w < count; ++w) total += std::popcount(a[w]);
+  return total;
+}
+
+ZELTBRAIDWERK_CLONES
+int count_ones_of_sum(const Word* a, const Word* b, int count) {
+  int total = 0;
+  for (int w = 0; w < count; ++w) total += std::popcount(a[w] ^ b[w]);
+  return total;
+}
+
+/// Adds the pivot row to each row from `first` to `last - 1` that has a one in column `col`, in m
+/// and, where given, in a second matrix. The pivot row is none of them.
+ZELTBRAIDWERK_CLONES
+void clear_column(Word* m, Word* second, int stride, int first_word, int second_stride, int pivot,
+                  int col, int first, int last) {
+  const int word = col / word_bits;
+  const int shift = col % word_bits;
+  const Word* __restrict source = m + static_cast<std::ptrdiff_t>(pivot) * stride;
+  const Word* __restrict source2 = second + static_cast<std::ptrdiff_t>(pivot) * second_stride;
+  for (int r = first; r < last; ++r) {
+    Word* __restrict target = m + static_cast<std::ptrdiff_t>(r) * stride;
+    if (!((target[word] >> shift) & 1)) continue;
+    for (int w = first_word; w < stride; ++w) target[w] ^= source[w];
+    Word* __restrict target2 = second + static_cast<std::ptrdiff_t>(r) * second_stride;
+    for (int w = 0; w < second_stride; ++w) target2[w] ^= source2[w];
+  }
+}
+
+ZELTBRAIDWERK_CLONES
+void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out) {
+  for (int r = 0; r < a.rows(); ++r) {
+    Word* __restrict target = out.row(r);
+    const Word* bits = a.row(r);
+    for (int w = 0; w < a.stride(); ++w) {
+      for (Word rest = bits[w]; rest != 0; rest &= rest - 1) {
+        const Word* __restrict source = b.row(w * word_bits + std::countr_zero(rest));
+        for (int k = 0; k < b.stride(); ++k) target[k] ^= source[k];
+      }
+    }
+  }
+}
+
+/// First row from `first` on with a one in the column, or -1.
+int find_pivot(const BitMatrix& m, int col, int first) {
+  for (int r = first; r < m.rows(); ++r) {
+    if (m.get(r, col)) return r;
+  }
+  return -1;
+}
+
+/// The forward pass of the elimination: repairs the diagonal by the first row below that can, and
+/// clears the columns below it. False when a pivot is missing and `stop_at_missing` is set.
+bool reduce_to_upper(BitMatrix& m, BitMatrix& second, bool stop_at_missing) {
+  const int n = m.rows();
+  for (int c = 0; c < n; ++c) {
+    if (!m.get(c, c)) {
+      const int r = find_pivot(m, c, c + 1);
+      if (r >= 0) {
+        m.add_row(r, c);
+        second.add_row(r, c);
+      } else if (stop_at_missing) {
+        return false;
+      }
+    }
+    clear_column(m.row(0), second.row(0), m.stride(), c / word_bits, second.stride(), c, c, c + 1,
+                 n);
+  }
+  return true;
+}
+
+/// Transposes a 64 by 64 block in place, by halving swaps.
+void transpose_block(Word (&block)[word_bits]) {
+  Word mask = low_bits(word_bits / 2);
+  for (int half = word_bits / 2; half != 0; half /= 2, mask ^= mask << half) {
+    for (int k = 0; k < word_bits; k = (k + half + 1) & ~half) {
+      const Word swapped = ((block[k] >> half) ^ block[k + half]) & mask;
+      block[k] ^= swapped << half;
+      block[k + half] ^= swapped;
+    }
+  }
+}
+
+}  // namespace
+
+int weight(const Word* a, int count) {
+  return count_ones(a, count);
+}
+
+int weight_of_sum(const Word* a, const Word* b, int count) {
+  return count_ones_of_sum(a, b, count);
+}
+
+BitMatrix BitMatrix::identity(int n) {
+  BitMatrix m(n, n);
+  for (int r = 0; r < n; ++r) m.set(r, r);
+  return m;
+}
+
+BitMatrix BitMatrix::pack(const BoolMatrix& m, int rows, int cols) {
+  BitMatrix packed(rows, cols);
+  for (int r = 0; r < packed.rows_; ++r) {
+    pack_row(m[static_cast<std::size_t>(r)], 0, packed.cols_, packed.row(r));
+  }
+  return packed;
+}
+
+BoolMatrix BitMatrix::unpack() const {
+  BoolMatrix m(static_cast<std::size_t>(rows_), BoolRow(static_cast<std::size_t>(cols_)));
+  unpack_into(m);
+  return m;
+}
+
+void BitMatrix::unpack_into(BoolMatrix& m) const {
+  for (int r = 0; r < rows_; ++r) unpack_row(row(r), 0, cols_, m[static_cast<std::size_t>(r)]);
+}
+
+void BitMatrix::add_col(int from, int to) {
+  const int from_word = from / word_bits;
+  const int from_shift = from % word_bits;
+  const int to_word = to / word_bits;
+  const int to_shift = to % word_bits;
+  for (int r = 0; r < rows_; ++r) {
+    Word* words = row(r);
+    words[to_word] ^= ((words[from_word] >> from_shift) & 1) << to_shift;
+  }
+}
+
+void BitMatrix::swap_rows(int a, int b) {
+  if (a != b) std::swap_ranges(row(a), row(a) + stride_, row(b));
+}
+
+int BitMatrix::row_weight(int r) const {
+  return count_ones(row(r), stride_);
+}
+
+int BitMatrix::weight() const {
+  return count_ones(words_.data(), static_cast<int>(words_.size()));
+}
+
+bool BitMatrix::is_identity() const {
+  return rows_ == cols_ && *this == identity(rows_);
+}
+
+BitMatrix BitMatrix::transposed() const {
+  BitMatrix result(cols_, rows_);
+  Word block[word_bits];
+  for (int r = 0; r < rows_; r += word_bits) {
+    const int height = std::min(word_bits, rows_ - r);
+    for (int w = 0; w < stride_; ++w) {
+      std::fill(std::begin(block), std::end(block), Word{0});
+      for (int k = 0; k < height; ++k) block[k] = row(r + k)[w];
+      transpose_block(block);
+      const int width = std::min(word_bits, cols_ - w * word_bits);
+      for (int k = 0; k < width; ++k) result.row(w * word_bits + k)[r / word_bits] = block[k];
+    }
+  }
+  return result;
+}
+
+BitMatrix BitMatrix::block(int first_row, int first_col, int rows, int cols) const {
+  BitMatrix result(rows, cols);
+  const int word = first_col / word_bits;
+  const int shift = first_col % word_bits;
+  for (int r = 0; r < result.rows_; ++r) {
+    const Word* source = row(first_row + r);
+    Word* target = result.row(r);
+    for (int w = 0; w < result.stride_; ++w) {
+      Word bits = source[word + w] >> shift;
+      if (shift != 0 && word + w + 1 < stride_) {
+        bits |= source[word + w + 1] << (word_bits - shift);
+      }
+      target[w] = bits & low_bits(result.cols_ - w * word_bits);
+    }
+  }
+  return result;
+}
+
+BitMatrix product(const BitMatrix& a, const BitMatrix& b) {
+  BitMatrix result(a.rows(), b.cols());
+  accumulate_product(a, b, result);
+  return result;
+}
+
+BitMatrix inverse(BitMatrix m) {
+  const int n = m.rows();
+  BitMatrix result = BitMatrix::identity(n);
+  if (n == 0) return result;
+  reduce_to_upper(m, result, false);
+  for (int c = n - 1; c > 0; --c) {
+    clear_column(m.row(0), result.row(0), m.stride(), c / word_bits, result.stride(), c, c, 0, c);
+  }
+  return result;
+}
+
+bool is_invertible(BitMatrix m) {
+  BitMatrix none(m.rows(), 0);
+  return m.rows() == 0 || reduce_to_upper(m, none, true);
+}
+
+int lu_factorise(BitMatrix& m, std::vector<int>& rows, std::vector<int>& cols) {
+  const int n = m.rows();
+  std::vector<int> rows_left(static_cast<std::size_t>(n));
+  std::iota(rows_left.begin(), rows_left.end(), 0);
+  std::vector<Word> cols_left(static_cast<std::size_t>(m.stride()));
+  for (int c = 0; c < n; ++c)
+    cols_left[static_cast<std::size_t>(c / word_bits)] |= Word{1} << (c % word_bits);
+  std::vector<int> col_weight(static_cast<std::size_t>(n));
+  std::vector<Word> live(cols_left.size());
+
+  for (int step = 0; step < n; ++step) {
+    std::fill(col_weight.begin(), col_weight.end(), 0);
+    const auto each_live_column = [&](int r, auto&& visit) {
+      for (int w = 0; w < m.stride(); ++w) {
+        for (Word rest = m.row(r)[w] & cols_left[static_cast<std::size_t>(w)]; rest != 0;
+             rest &= rest - 1) {
+          visit(w * word_bits + std::countr_zero(rest));
+        }
+      }
+    };
+    for (const int r : rows_left) {
+      each_live_column(r, [&](int c) { ++col_weight[static_cast<std::size_t>(c)]; });
+    }
+    int best = 2 * n + 2;
+    int pivot_row = -1;
+    int pivot_col = -1;
+    for (const int r : rows_left) {
+      int row_weight = 0;
+      each_live_column(r, [&](int) { ++row_weight; });
+      each_live_column(r, [&](int c) {
+        const int cost = row_weight + col_weight[static_cast<std::size_t>(c)];
+        if (cost < best) {
+          best = cost;
+          pivot_row = r;
+          pivot_col = c;
+        }
+      });
+    }
+    if (pivot_row < 0) return step;
+    std::erase(rows_left, pivot_row);
+    cols_left[static_cast<std::size_t>(pivot_col / word_bits)] &=
+        ~(Word{1} << (pivot_col % word_bits));
+    rows[static_cast<std::size_t>(step)] = pivot_row;
+    cols[static_cast<std::size_t>(step)] = pivot_col;
+    const Word* source = m.row(pivot_row);
+    for (int w = 0; w < m.stride(); ++w) {
+      live[static_cast<std::size_t>(w)] = source[w] & cols_left[static_cast<std::size_t>(w)];
+    }
+    for (const int r : rows_left) {
+      if (!m.get(r, pivot_col)) continue;
+      for (int w = 0; w < m.stride(); ++w) m.row(r)[w] ^= live[static_cast<std::size_t>(w)];
+    }
+  }
+  return n;
+}
+
+}  // namespace zelt::braidwerk::internal
