@@ -48,7 +48,7 @@ function(zeltbraidwerk_fetch_stim source problem)
           --no-deps --no-binary stim --require-hashes --requirement "${pin_file}" --dest "${root}"
         RESULT_VARIABLE status OUTPUT_QUIET ERROR_VARIABLE log)
       if(NOT status EQUAL 0)
-        string(REGEX REPLACE "[\r\n]+" " " log "${log}")
+        string(REGEX REPLACE ".*ERROR: |[\r\n]+$" "" log "${log}")
         set(${problem} "pip could not fetch it: ${log}" PARENT_SCOPE)
         return()
       endif()
