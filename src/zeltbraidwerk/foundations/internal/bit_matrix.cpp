@@ -174,18 +174,11 @@ BitMatrix BitMatrix::transposed() const {
 
 BitMatrix BitMatrix::block(int first_row, int first_col, int rows, int cols) const {
   BitMatrix result(rows, cols);
-  const int word = first_col / word_bits;
-  const int shift = first_col % word_bits;
   for (int r = 0; r < result.rows_; ++r) {
-    const Word* source = row(first_row + r);
-    Word* target = result.row(r);
-    for (int w = 0; w < result.stride_; ++w) {
-      Word bits = source[word + w] >> shift;
-      if (shift != 0 && word + w + 1 < stride_) {
-        bits |= source[word + w + 1] << (word_bits - shift);
-      }
-      target[w] = bits & low_bits(result.cols_ - w * word_bits);
-    }
+    each_word(result.cols_, [&](std::size_t c, int width) {
+      result.row(r)[c / word_bits] =
+          read_bits(row(first_row + r), static_cast<std::size_t>(first_col) + c, width);
+    });
   }
   return result;
 }

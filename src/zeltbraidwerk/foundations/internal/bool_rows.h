@@ -1,10 +1,21 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
+
+/// \file
+/// Bits in 64-bit words, lowest bit first, and the way between them and BoolRow.
+
+/// libstdc++ stores the bits of a BoolRow in words of this very form, so they are read and written
+/// a word at a time. Elsewhere, and in its debug mode, a bit at a time.
+#if defined(__GLIBCXX__) && !defined(_GLIBCXX_DEBUG) && defined(__linux__) && defined(__LP64__)
+#define ZELTBRAIDWERK_BOOL_ROW_IS_WORDS 1
+#else
+#define ZELTBRAIDWERK_BOOL_ROW_IS_WORDS 0
+#endif
 
 namespace zelt::braidwerk::internal {
 
@@ -20,42 +31,74 @@ constexpr Word low_bits(int count) {
   return count >= word_bits ? ~Word{0} : (Word{1} << count) - 1;
 }
 
-/// Reads `count` bits of a row from place `first` on into words, lowest bit first; bits of the last
-/// word beyond `count` come out 0.
-inline void pack_row(const BoolRow& row, int first, int count, Word* words) {
-  if (count <= 0) return;
-#if defined(__GLIBCXX__) && !defined(_GLIBCXX_DEBUG) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-  // libstdc++ stores the bits in words of this very form, so an aligned row is a plain copy.
-  if (first == 0) {
-    static_assert(sizeof(*row.begin()._M_p) == sizeof(Word));
-    std::memcpy(words, row.begin()._M_p, static_cast<std::size_t>(words_for(count)) * sizeof(Word));
-    words[words_for(count) - 1] &= low_bits(count - (words_for(count) - 1) * word_bits);
-    return;
-  }
-#endif
-  std::fill_n(words, words_for(count), Word{0});
-  for (int c = 0; c < count; ++c) {
-    words[c / word_bits] |= Word{row[static_cast<std::size_t>(first + c)]} << (c % word_bits);
+/// The `count` bits (1 to 64) from place `first` on, the first of them lowest.
+inline Word read_bits(const Word* words, std::size_t first, int count) {
+  const std::size_t w = first / word_bits;
+  const int shift = static_cast<int>(first % word_bits);
+  Word bits = words[w] >> shift;
+  if (shift + count > word_bits) bits |= words[w + 1] << (word_bits - shift);
+  return bits & low_bits(count);
+}
+
+/// The way back: `bits` has nothing set beyond `count`. All other places stay.
+inline void write_bits(Word* words, std::size_t first, int count, Word bits) {
+  const std::size_t w = first / word_bits;
+  const int shift = static_cast<int>(first % word_bits);
+  words[w] = (words[w] & ~(low_bits(count) << shift)) | (bits << shift);
+  if (const int over = shift + count - word_bits; over > 0) {
+    words[w + 1] = (words[w + 1] & ~low_bits(over)) | (bits >> (count - over));
   }
 }
 
-/// The way back, into places `first` to `first + count - 1`; all other places stay.
-inline void unpack_row(const Word* words, int first, int count, BoolRow& row) {
-  if (count <= 0) return;
-#if defined(__GLIBCXX__) && !defined(_GLIBCXX_DEBUG) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-  if (first == 0) {
-    const int whole = count / word_bits;
-    auto* out = row.begin()._M_p;
-    std::memcpy(out, words, static_cast<std::size_t>(whole) * sizeof(Word));
-    if (const Word mask = low_bits(count % word_bits)) {
-      out[whole] = (out[whole] & ~mask) | (words[whole] & mask);
-    }
-    return;
-  }
+inline Word read_bits(const BoolRow& row, std::size_t first, int count) {
+#if ZELTBRAIDWERK_BOOL_ROW_IS_WORDS
+  return read_bits(row.begin()._M_p, first, count);
+#else
+  Word bits = 0;
+  for (int k = count; k-- > 0;) bits = bits << 1 | Word{row[first + static_cast<std::size_t>(k)]};
+  return bits;
 #endif
-  for (int c = 0; c < count; ++c) {
-    row[static_cast<std::size_t>(first + c)] = (words[c / word_bits] >> (c % word_bits)) & 1;
+}
+
+inline void write_bits(BoolRow& row, std::size_t first, int count, Word bits) {
+#if ZELTBRAIDWERK_BOOL_ROW_IS_WORDS
+  write_bits(row.begin()._M_p, first, count, bits);
+#else
+  for (int k = 0; k < count; ++k) row[first + static_cast<std::size_t>(k)] = (bits >> k) & 1;
+#endif
+}
+
+/// Calls visit(offset, width) for the pieces of at most a word that make up `count` bits.
+template <typename Visit>
+void each_word(int count, Visit&& visit) {
+  for (int k = 0; k < count; k += word_bits) {
+    visit(static_cast<std::size_t>(k), std::min(word_bits, count - k));
   }
+}
+
+/// Reads `count` bits of a row from place `first` on into words; bits of the last word beyond
+/// `count` come out 0.
+inline void pack_row(const BoolRow& row, std::size_t first, int count, Word* words) {
+  each_word(count, [&](std::size_t k, int width) {
+    words[k / word_bits] = read_bits(row, first + k, width);
+  });
+}
+
+/// The way back; all other places of the row stay.
+inline void unpack_row(const Word* words, std::size_t first, int count, BoolRow& row) {
+  each_word(count, [&](std::size_t k, int width) {
+    write_bits(row, first + k, width, words[k / word_bits] & low_bits(width));
+  });
+}
+
+/// Adds `count` bits of one row, from place `from` on, to those of another from place `to` on. The
+/// two stretches may be one and the same, but do not overlap in part.
+inline void add_bits(const BoolRow& source, std::size_t from, BoolRow& target, std::size_t to,
+                     int count) {
+  each_word(count, [&](std::size_t k, int width) {
+    write_bits(target, to + k, width,
+               read_bits(target, to + k, width) ^ read_bits(source, from + k, width));
+  });
 }
 
 }  // namespace zelt::braidwerk::internal

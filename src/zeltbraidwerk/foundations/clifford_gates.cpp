@@ -1,0 +1,134 @@
+#include <cmath>
+#include <stdexcept>
+#include <string_view>
+
+#include "zeltbraidwerk/foundations/operator_tableau.h"
+
+// Gates by name, on either side of a tableau.
+
+namespace structures {
+namespace {
+
+using OneQubit = void (OperatorTableau::*)(int);
+using TwoQubits = void (OperatorTableau::*)(int, int);
+using T = OperatorTableau;
+
+enum Side { left, right };
+
+struct Pair {
+  std::string_view name;
+  TwoQubits update[2];
+};
+constexpr Pair pairs[] = {{"CNOT", {&T::cnot_left, &T::cnot_right}},
+                          {"CSIGN", {&T::cz_left, &T::cz_right}},
+                          {"CZ", {&T::cz_left, &T::cz_right}}};
+constexpr TwoQubits xx[2] = {&T::xx_left, &T::xx_right};
+
+struct Single {
+  std::string_view name;
+  OneQubit update[2];
+};
+constexpr Single singles[] = {
+    {"H", {&T::h_left, &T::h_right}}, {"S", {&T::rz_plus_left, &T::rz_plus_right}},
+    {"X", {&T::x_left, &T::x_right}}, {"Y", {&T::y_left, &T::y_right}},
+    {"Z", {&T::z_left, &T::z_right}}, {"D-S", {&T::rz_minus_left, &T::rz_minus_right}},
+};
+
+struct Rotation {
+  std::string_view name;
+  OneQubit minus[2], plus[2], half[2];
+};
+constexpr Rotation rotations[] = {
+    {"RX",
+     {&T::rx_minus_left, &T::rx_minus_right},
+     {&T::rx_plus_left, &T::rx_plus_right},
+     {&T::x_left, &T::x_right}},
+    {"RY",
+     {&T::ry_minus_left, &T::ry_minus_right},
+     {&T::ry_plus_left, &T::ry_plus_right},
+     {&T::y_left, &T::y_right}},
+    {"RZ",
+     {&T::rz_minus_left, &T::rz_minus_right},
+     {&T::rz_plus_left, &T::rz_plus_right},
+     {&T::z_left, &T::z_right}},
+    {"PH",
+     {&T::rz_minus_left, &T::rz_minus_right},
+     {&T::rz_plus_left, &T::rz_plus_right},
+     {&T::z_left, &T::z_right}},
+};
+
+enum class Turn { none, quarter_back, quarter, half };
+
+constexpr double quarter = 1.5707963267948966;
+constexpr double half = 3.141592653589793;
+constexpr double three_quarters = 4.71238898038469;
+constexpr double full = 6.283185307179586;
+
+bool near(double a, double b) {
+  return std::abs(a - b) < 1e-5;
+}
+
+/// From the left every equivalent angle is taken, from the right the plain ones alone.
+Turn turn_of(const Parameter& angle, Side side) {
+  if (angle.is_abstract) return Turn::none;
+  double theta = angle.value;
+  if (side == left) {
+    theta = std::fmod(theta, full);
+    if (theta < 0) theta += full;
+    if (near(theta, full)) return Turn::none;
+    if (near(theta, three_quarters)) return Turn::quarter_back;
+  } else {
+    if (near(theta, -quarter)) return Turn::quarter_back;
+    if (near(theta, -half)) return Turn::half;
+  }
+  if (near(theta, 0)) return Turn::none;
+  if (near(theta, quarter)) return Turn::quarter;
+  if (near(theta, half)) return Turn::half;
+  throw std::logic_error("Non-clifford rotation angle");
+}
+
+void rotate(T& t, const Rotation& rotation, const Gate& g, Side side) {
+  const int q = g.qbits[0];
+  switch (turn_of(g.params[0], side)) {
+    case Turn::none:
+      return;
+    case Turn::quarter_back:
+      return (t.*rotation.minus[side])(q);
+    case Turn::quarter:
+      return (t.*rotation.plus[side])(q);
+    case Turn::half:
+      return (t.*rotation.half[side])(q);
+  }
+}
+
+void apply(T& t, const Gate& g, Side side) {
+  for (const Pair& pair : pairs) {
+    if (g.name == pair.name) return (t.*pair.update[side])(g.qbits[0], g.qbits[1]);
+  }
+  for (const Single& single : singles) {
+    if (g.name == single.name) return (t.*single.update[side])(g.qbits[0]);
+  }
+  for (const Rotation& rotation : rotations) {
+    if (g.name == rotation.name) return rotate(t, rotation, g, side);
+  }
+  if (g.name == "XX") {
+    for (auto a = g.qbits.begin(); a != g.qbits.end(); ++a) {
+      for (auto b = a + 1; b != g.qbits.end(); ++b) (t.*xx[side])(*a, *b);
+    }
+    return;
+  }
+  if (side == right && (g.name == "I" || g.name == "S*")) return;
+  throw std::logic_error("Attempt to apply non-Clifford gate");
+}
+
+}  // namespace
+
+void OperatorTableau::apply_left(const Gate& g) {
+  apply(*this, g, left);
+}
+
+void OperatorTableau::apply_right(const Gate& g) {
+  apply(*this, g, right);
+}
+
+}  // namespace structures
