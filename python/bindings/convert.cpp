@@ -1,0 +1,319 @@
+#include "convert.h"
+
+#include <nanobind/stl/string.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "zeltbraidwerk/foundations/internal/bool_rows.h"
+
+namespace zelt::braidwerk::python {
+namespace {
+
+using internal::Word;
+using internal::word_bits;
+
+template <class T, int dims>
+using View = nb::ndarray<const T, nb::ndim<dims>, nb::device::cpu>;
+
+nb::object numpy(const char* function) {
+  return nb::module_::import_("numpy").attr(function);
+}
+
+std::string text(nb::handle value) {
+  return nb::cast<std::string>(nb::str(value));
+}
+
+/// numpy's own reading of the value. An empty list has no dtype of its own and fits any.
+nb::object as_array(const ArrayLike& value, const char* kinds, const char* wanted,
+                    const char* name) {
+  nb::object array = numpy("asarray")(value.source);
+  const auto kind = nb::cast<std::string>(array.attr("dtype").attr("kind"));
+  if (nb::cast<int>(array.attr("size")) > 0 && std::strchr(kinds, kind[0]) == nullptr) {
+    nb::raise_type_error("%s: got %s, wanted %s", name, text(array.attr("dtype")).c_str(), wanted);
+  }
+  return array;
+}
+
+std::string formatted(const char* format, va_list arguments) {
+  char text[256];
+  std::vsnprintf(text, sizeof text, format, arguments);
+  return text;
+}
+
+/// Any 0/1 array as a bool array; one that is bool already stays as it is.
+nb::object as_bools(const ArrayLike& value, const char* name) {
+  nb::object array = as_array(value, "biu", "bool or the integers 0 and 1", name);
+  nb::object bools = array.attr("astype")("bool", nb::arg("copy") = false);
+  if (!bools.is(array) && !nb::cast<bool>(numpy("array_equal")(array, bools))) {
+    raise_value_error("%s: holds integers other than 0 and 1", name);
+  }
+  return bools;
+}
+
+template <class T, int dims>
+View<T, dims> view_of(const nb::object& array, const char* name) {
+  View<T, dims> view;
+  if (!nb::try_cast(array, view, false)) {
+    raise_value_error("%s: got shape %s, wanted %d dimensions", name,
+                      text(array.attr("shape")).c_str(), dims);
+  }
+  return view;
+}
+
+/// Of an empty value any number of dimensions will do: numpy reads [] as one.
+bool is_empty(const nb::object& array) {
+  return nb::cast<int>(array.attr("size")) == 0;
+}
+
+void check_shape(std::size_t rows, std::size_t cols, int want_rows, int want_cols,
+                 const char* name) {
+  if (std::cmp_less(rows, want_rows) || std::cmp_less(cols, want_cols)) {
+    raise_value_error("%s: got shape (%zu, %zu), wanted at least (%d, %d)", name, rows, cols,
+                      want_rows, want_cols);
+  }
+}
+
+/// Eight bytes of 0 or 1 to eight bits, the first byte lowest.
+inline Word gather_bits(const bool* bytes) {
+  Word word;
+  std::memcpy(&word, bytes, sizeof word);
+  return (word * 0x0102040810204080ULL) >> 56;
+}
+
+constexpr auto spread_bits = [] {
+  std::array<Word, 256> table{};
+  for (std::size_t byte = 0; byte < table.size(); ++byte) {
+    for (int bit = 0; bit < 8; ++bit) table[byte] |= Word{(byte >> bit) & 1} << (8 * bit);
+  }
+  return table;
+}();
+
+void pack_row(const bool* bytes, std::int64_t step, int count, Word* words) {
+  int c = 0;
+  if (step == 1) {
+    for (; c + 8 <= count; c += 8) {
+      words[c / word_bits] |= gather_bits(bytes + c) << (c % word_bits);
+    }
+  }
+  for (; c < count; ++c) words[c / word_bits] |= Word{bytes[c * step]} << (c % word_bits);
+}
+
+void unpack_row(const Word* words, int count, bool* bytes) {
+  int c = 0;
+  for (; c + 8 <= count; c += 8) {
+    const Word spread = spread_bits[(words[c / word_bits] >> (c % word_bits)) & 255];
+    std::memcpy(bytes + c, &spread, sizeof spread);
+  }
+  for (; c < count; ++c) bytes[c] = (words[c / word_bits] >> (c % word_bits)) & 1;
+}
+
+BitMatrix pack(const View<bool, 2>& view, int rows, int cols, const char* name) {
+  check_shape(view.shape(0), view.shape(1), rows, cols, name);
+  BitMatrix bits(rows, cols);
+  for (int r = 0; r < bits.rows(); ++r) {
+    pack_row(view.data() + r * view.stride(0), view.stride(1), bits.cols(), bits.row(r));
+  }
+  return bits;
+}
+
+/// A numpy array and its buffer, which the caller fills and the array owns.
+template <class Array, class T = typename Array::Scalar>
+std::pair<Array, T*> new_array(std::initializer_list<std::size_t> shape) {
+  std::size_t size = 1;
+  for (const std::size_t extent : shape) size *= extent;
+  T* data = new T[std::max<std::size_t>(size, 1)];
+  nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<T*>(p); });
+  return {Array(data, shape, owner), data};
+}
+
+template <class Array, class T>
+Array table_to_numpy(const TableOf<T>& table) {
+  const std::size_t cols = table.empty() ? 0 : table.front().size();
+  auto [array, data] = new_array<Array>({table.size(), cols});
+  for (const auto& row : table) data = std::copy(row.begin(), row.end(), data);
+  return array;
+}
+
+}  // namespace
+
+BitMatrix to_bits(const ArrayLike& value, int rows, int cols, const char* name) {
+  View<bool, 2> view;
+  if (nb::try_cast(value.source, view, false)) return pack(view, rows, cols, name);
+  const nb::object bools = as_bools(value, name);
+  if (is_empty(bools) && (rows <= 0 || cols <= 0)) return BitMatrix(rows, cols);
+  return pack(view_of<bool, 2>(bools, name), rows, cols, name);
+}
+
+BitMatrix to_bits(const ArrayLike& value, const char* name) {
+  const nb::object bools = as_bools(value, name);
+  if (is_empty(bools)) return BitMatrix();
+  const auto view = view_of<bool, 2>(bools, name);
+  return pack(view, static_cast<int>(view.shape(0)), static_cast<int>(view.shape(1)), name);
+}
+
+BoolMatrix to_bool_matrix(const ArrayLike& value, int rows, int cols, const char* name) {
+  return to_bits(value, rows, cols, name).unpack();
+}
+
+BoolRow to_bool_row(const ArrayLike& value, int size, const char* name) {
+  const nb::object bools = as_bools(value, name);
+  if (size <= 0 && is_empty(bools)) return {};
+  const auto view = view_of<bool, 1>(bools, name);
+  if (std::cmp_less(view.shape(0), size)) {
+    raise_value_error("%s: got %zu entries, wanted at least %d", name, view.shape(0), size);
+  }
+  BoolRow row(static_cast<std::size_t>(std::max(size, 0)));
+  for (std::size_t c = 0; c < row.size(); ++c) {
+    row[c] = view.data()[static_cast<std::int64_t>(c) * view.stride(0)];
+  }
+  return row;
+}
+
+template <class T>
+TableOf<T> to_table(const ArrayLike& value, int size, const char* name) {
+  constexpr bool whole = std::is_integral_v<T>;
+  const nb::object array = as_array(value, whole ? "biu" : "biuf", "numbers", name);
+  const std::size_t n = static_cast<std::size_t>(std::max(size, 0));
+  TableOf<T> table(n, std::vector<T>(n));
+  if (n == 0 && is_empty(array)) return table;
+  const auto view =
+      view_of<T, 2>(numpy("ascontiguousarray")(array, whole ? "int32" : "float64"), name);
+  check_shape(view.shape(0), view.shape(1), size, size, name);
+  for (std::size_t r = 0; r < n; ++r) {
+    std::copy_n(view.data() + static_cast<std::int64_t>(r) * view.stride(0), n, table[r].begin());
+  }
+  return table;
+}
+template TableOf<int> to_table<int>(const ArrayLike&, int, const char*);
+template TableOf<double> to_table<double>(const ArrayLike&, int, const char*);
+
+std::vector<unsigned char> to_exponents(const ArrayLike& value, int size, const char* name) {
+  const auto table = to_table<int>(value, size, name);
+  std::vector<unsigned char> bytes;
+  bytes.reserve(table.size() * table.size());
+  for (const auto& row : table) {
+    for (const int entry : row) {
+      if (entry < 0 || entry > 3) raise_value_error("%s: holds %d, wanted 0 to 3", name, entry);
+      bytes.push_back(static_cast<unsigned char>(entry));
+    }
+  }
+  return bytes;
+}
+
+GateList to_gates(const ArrayLike& value, int n, const char* name) {
+  const nb::object array = as_array(value, "iu", "integers", name);
+  if (is_empty(array)) return {};
+  const auto view = view_of<int, 2>(numpy("ascontiguousarray")(array, "int32"), name);
+  if (view.shape(1) != 2) {
+    raise_value_error("%s: got shape (%zu, %zu), wanted (gates, 2)", name, view.shape(0),
+                      view.shape(1));
+  }
+  GateList gates;
+  gates.reserve(view.shape(0));
+  const int* pair = view.data();
+  for (std::size_t g = 0; g < view.shape(0); ++g, pair += 2) gates.emplace_back(pair[0], pair[1]);
+  check_gates(gates, n);
+  return gates;
+}
+
+BoolArray1 to_numpy(const BoolRow& row) {
+  auto [array, data] = new_array<BoolArray1>({row.size()});
+  std::copy(row.begin(), row.end(), data);
+  return array;
+}
+
+BoolArray2 to_numpy(const BitMatrix& m) {
+  const auto cols = static_cast<std::size_t>(m.cols());
+  auto [array, data] = new_array<BoolArray2>({static_cast<std::size_t>(m.rows()), cols});
+  for (int r = 0; r < m.rows(); ++r, data += cols) unpack_row(m.row(r), m.cols(), data);
+  return array;
+}
+
+BoolArray2 to_numpy(const BoolMatrix& m) {
+  const std::size_t cols = m.empty() ? 0 : m.front().size();
+  return to_numpy(BitMatrix::pack(m, static_cast<int>(m.size()), static_cast<int>(cols)));
+}
+
+IntArray2 to_numpy(const GateList& gates) {
+  auto [array, data] = new_array<IntArray2>({gates.size(), 2});
+  for (const auto& [control, target] : gates) {
+    *data++ = control;
+    *data++ = target;
+  }
+  return array;
+}
+
+IntArray2 to_numpy(const TableOf<int>& table) {
+  return table_to_numpy<IntArray2>(table);
+}
+
+DoubleArray2 to_numpy(const TableOf<double>& table) {
+  return table_to_numpy<DoubleArray2>(table);
+}
+
+ByteArray1 to_numpy(const std::vector<unsigned char>& bytes) {
+  auto [array, data] = new_array<ByteArray1>({bytes.size()});
+  std::copy(bytes.begin(), bytes.end(), data);
+  return array;
+}
+
+ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes) {
+  std::size_t size = 0;
+  while (size * size < bytes.size()) ++size;
+  auto [array, data] = new_array<ByteArray2>({size, size});
+  std::copy(bytes.begin(), bytes.end(), data);
+  return array;
+}
+
+void raise_value_error(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string message = formatted(format, arguments);
+  va_end(arguments);
+  throw nb::value_error(message.c_str());
+}
+
+void raise_index_error(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string message = formatted(format, arguments);
+  va_end(arguments);
+  throw nb::index_error(message.c_str());
+}
+
+void check_index(int value, int size, const char* name) {
+  if (value < 0 || value >= size) {
+    raise_index_error("%s: got %d, wanted 0 to %d", name, value, size - 1);
+  }
+}
+
+void check_at_least(int value, int least, const char* name) {
+  if (value < least) raise_value_error("%s: got %d, wanted at least %d", name, value, least);
+}
+
+void check_gates(const GateList& gates, int n) {
+  for (const auto& [control, target] : gates) {
+    check_index(control, n, "control");
+    check_index(target, n, "target");
+  }
+}
+
+void check_gate(const structures::Gate& gate, int n) {
+  const bool two = gate.name == "CNOT" || gate.name == "CSIGN" || gate.name == "CZ";
+  const bool rotation =
+      gate.name == "RX" || gate.name == "RY" || gate.name == "RZ" || gate.name == "PH";
+  if (gate.qbits.size() < (two ? 2U : 1U) && gate.name != "XX") {
+    raise_value_error("gate %s: got %zu qubits", gate.name.c_str(), gate.qbits.size());
+  }
+  if (rotation && gate.params.empty()) {
+    raise_value_error("gate %s: got no angle", gate.name.c_str());
+  }
+  for (const int q : gate.qbits) check_index(q, n, "qubit");
+}
+
+}  // namespace zelt::braidwerk::python

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <nanobind/nanobind.h>
+
+/// One function a family; each fills the module with its functions and types.
+namespace zelt::braidwerk::python {
+
+void bind_boolean_matrix(nanobind::module_& m);
+void bind_values(nanobind::module_& m);
+void bind_tableau(nanobind::module_& m);
+void bind_linear(nanobind::module_& m);
+
+}  // namespace zelt::braidwerk::python

@@ -1,0 +1,18 @@
+"""The library's functions and value types under their own names.
+
+This layer is thin. Matrices go in as numpy arrays of bool, as 0/1 integers or as nested lists, and
+come out as numpy arrays of bool; the caller's arrays are never changed. What a function of the
+library changes in place or fills for its caller comes back as a result instead: ``RowOperation``
+returns the changed matrix, ``LU(m, n)`` the triple (factors, rows, cols). Shapes, entries and
+indices are checked; invertibility and angles are not.
+
+>>> from zeltbraidwerk import core
+>>> circuit = core.GaussianElimination(2, [[1, 1], [0, 1]])
+>>> circuit.getGates()
+[(1, 0)]
+>>> core.RowOperation([[1, 0], [0, 1]], 0, 1, 2).astype(int)
+array([[1, 0],
+       [1, 1]])
+"""
+
+from zeltbraidwerk._core import *  # noqa: F403
