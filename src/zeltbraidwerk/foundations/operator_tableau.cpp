@@ -123,9 +123,8 @@ void invert(Exponent* w, Exponent* r, std::size_t size) {
     }
   }
   for (std::size_t k = 0; k < size; ++k) {
-    add_multiple(r + k * size, Exponents(r + k * size, r + (k + 1) * size).data(),
-                 w[k * size + k] - 1, size);
-    cut(r + k * size, size);
+    const unsigned factor = w[k * size + k];
+    for (Exponent* e = r + k * size; e != r + (k + 1) * size; ++e) *e = *e * factor & 3;
   }
 }
 
