@@ -3,5 +3,9 @@
 /// \file
 /// CNOT circuits for invertible Boolean matrices.
 
+#include "zeltbraidwerk/linear/divide_and_conquer.h"
 #include "zeltbraidwerk/linear/gauss.h"
 #include "zeltbraidwerk/linear/pmh.h"
+#include "zeltbraidwerk/linear/syndrome_decoding.h"
+#include "zeltbraidwerk/linear/syndrome_synthesis.h"
+#include "zeltbraidwerk/linear/triangular_pairs.h"
