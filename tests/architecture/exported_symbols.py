@@ -14,7 +14,9 @@ def main() -> int:
     listing = subprocess.run(
         [nm, "-DC", "--defined-only", library], check=True, capture_output=True, text=True
     ).stdout.splitlines()
-    foreign = [line for line in listing if "stim::" in line or "lemon::" in line]
+    # An own function may name a foreign type among its parameters.
+    names = [line.partition("(")[0] for line in listing]
+    foreign = [name for name in names if "stim::" in name or "lemon::" in name]
     print("\n".join(foreign) if foreign else f"{len(listing)} exported symbols, all our own")
     return 1 if foreign or not listing else 0
 
