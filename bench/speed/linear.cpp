@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <vector>
 
 #include "speed/inputs.h"
 #include "speed/memory.h"
@@ -43,8 +44,26 @@ void pmh_every_section(benchmark::State& state) {
   run(state, synthesis::optimized_PMH_Algorithm);
 }
 
+void triangular_pairs(benchmark::State& state) {
+  run(state, [](int n, BoolMatrix m) { return synthesis::GreedyGaussianElimination_faster(n, m); });
+}
+
+void divide_and_conquer(benchmark::State& state) {
+  run(state, divide_and_conquer_synthesis);
+}
+
+void syndrome(benchmark::State& state) {
+  run(state, [](int n, const BoolMatrix& m) {
+    std::vector<int> permutation(m.size());
+    return synthesis::SyndromeSynthesis(n, m, permutation, 2, 2);
+  });
+}
+
 BENCHMARK(gauss)->Arg(64)->Arg(256)->Arg(512)->Unit(benchmark::kMicrosecond);
 BENCHMARK(pmh)->Arg(64)->Arg(256)->Arg(512)->Unit(benchmark::kMicrosecond);
 BENCHMARK(pmh_every_section)->Arg(64)->Arg(256)->Arg(512)->Unit(benchmark::kMicrosecond);
+BENCHMARK(triangular_pairs)->Arg(64)->Arg(256)->Unit(benchmark::kMicrosecond);
+BENCHMARK(divide_and_conquer)->Arg(32)->Arg(64)->Arg(128)->Unit(benchmark::kMillisecond);
+BENCHMARK(syndrome)->Arg(8)->Arg(16)->Arg(32)->Unit(benchmark::kMillisecond);
 
 }  // namespace
