@@ -1,7 +1,7 @@
-#include <cmath>
 #include <stdexcept>
 #include <string_view>
 
+#include "zeltbraidwerk/foundations/internal/turns.h"
 #include "zeltbraidwerk/foundations/operator_tableau.h"
 
 // Gates by name, on either side of a tableau.
@@ -12,6 +12,7 @@ namespace {
 using OneQubit = void (OperatorTableau::*)(int);
 using TwoQubits = void (OperatorTableau::*)(int, int);
 using T = OperatorTableau;
+using namespace zelt::braidwerk::internal;
 
 enum Side { left, right };
 
@@ -57,39 +58,20 @@ constexpr Rotation rotations[] = {
      {&T::z_left, &T::z_right}},
 };
 
-enum class Turn { none, quarter_back, quarter, half };
-
-constexpr double quarter = 1.5707963267948966;
-constexpr double half = 3.141592653589793;
-constexpr double three_quarters = 4.71238898038469;
-constexpr double full = 6.283185307179586;
-
-bool near(double a, double b) {
-  return std::abs(a - b) < 1e-5;
-}
-
-/// From the left every equivalent angle is taken, from the right the plain ones alone.
-Turn turn_of(const Parameter& angle, Side side) {
+/// From the right, the plain angles alone.
+Turn plain_turn_of(const Parameter& angle) {
   if (angle.is_abstract) return Turn::none;
-  double theta = angle.value;
-  if (side == left) {
-    theta = std::fmod(theta, full);
-    if (theta < 0) theta += full;
-    if (near(theta, full)) return Turn::none;
-    if (near(theta, three_quarters)) return Turn::quarter_back;
-  } else {
-    if (near(theta, -quarter)) return Turn::quarter_back;
-    if (near(theta, -half)) return Turn::half;
+  const double theta = angle.value;
+  if (!is_near(theta, -quarter_turn) && !is_near(theta, -half_turn) && !is_near(theta, 0) &&
+      !is_near(theta, quarter_turn) && !is_near(theta, half_turn)) {
+    throw std::logic_error("Non-clifford rotation angle");
   }
-  if (near(theta, 0)) return Turn::none;
-  if (near(theta, quarter)) return Turn::quarter;
-  if (near(theta, half)) return Turn::half;
-  throw std::logic_error("Non-clifford rotation angle");
+  return turn_of(angle);
 }
 
 void rotate(T& t, const Rotation& rotation, const Gate& g, Side side) {
   const int q = g.qbits[0];
-  switch (turn_of(g.params[0], side)) {
+  switch (side == left ? turn_of(g.params[0]) : plain_turn_of(g.params[0])) {
     case Turn::none:
       return;
     case Turn::quarter_back:
