@@ -1,6 +1,18 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core
+from zeltbraidwerk import core, errors
 from zeltbraidwerk._core import __version__
+from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.clifford import CliffordTableau
+from zeltbraidwerk.gates import Gate, Parameter
 
-__all__ = ["__version__", "core"]
+__all__ = [
+    "Circuit",
+    "CliffordTableau",
+    "CnotCircuit",
+    "Gate",
+    "Parameter",
+    "__version__",
+    "core",
+    "errors",
+]

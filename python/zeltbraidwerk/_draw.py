@@ -1,0 +1,150 @@
+"""Pictures of circuits, as text and as SVG, from one layout: columns of gates whose vertical spans
+do not touch, each gate in the first column that has room for it."""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Iterable
+from dataclasses import dataclass, field
+from html import escape
+
+CONTROL, TARGET = "●", "⊕"
+
+
+@dataclass(frozen=True)
+class Box:
+    """One gate of a picture: what stands on each of its wires."""
+
+    qubits: tuple[int, ...]
+    labels: tuple[str, ...]
+
+
+@dataclass
+class Column:
+    """Gates that stand one above the other."""
+
+    labels: dict[int, str] = field(default_factory=dict)
+    bonds: set[int] = field(default_factory=set)  # wire w is joined to wire w + 1
+
+    @property
+    def width(self) -> int:
+        return max(len(label) for label in self.labels.values())
+
+
+def columns(boxes: Iterable[Box]) -> list[Column]:
+    found: list[Column] = []
+    free: dict[int, int] = {}  # the first column with room on a wire
+    for box in boxes:
+        low, high = min(box.qubits), max(box.qubits)
+        place = max(free.get(wire, 0) for wire in range(low, high + 1))
+        if place == len(found):
+            found.append(Column())
+        found[place].labels.update(zip(box.qubits, box.labels, strict=True))
+        found[place].bonds.update(range(low, high))
+        free.update((wire, place + 1) for wire in range(low, high + 1))
+    return found
+
+
+def blocks(
+    items: list[Column], room: float, width_of: Callable[[Column], float]
+) -> list[list[Column]]:
+    """The columns cut where the room for a line ends; at least one block, one column a block."""
+    found: list[list[Column]] = [[]]
+    used = 0.0
+    for column in items:
+        width = width_of(column)
+        if found[-1] and used + width > room:
+            found.append([])
+            used = 0.0
+        found[-1].append(column)
+        used += width
+    return found
+
+
+def text(n: int, boxes: Iterable[Box], width: int) -> str:
+    """A line a wire, with the joints between them; long circuits go on below."""
+    names = [f"q{wire}: " for wire in range(n)]
+    margin = max(map(len, names), default=0)
+    cut = blocks(columns(boxes), width - margin - 2, lambda column: column.width + 2)
+    return "\n\n".join(_text_block(names, margin, block) for block in cut)
+
+
+def _text_block(names: list[str], margin: int, block: list[Column]) -> str:
+    lines = []
+    for wire, name in enumerate(names):
+        line = name.rjust(margin) + "─"
+        below = " " * (margin + 1)
+        for column in block:
+            crossing = "┼" if wire in column.bonds or wire - 1 in column.bonds else "─"
+            size = column.width
+            line += "─" + column.labels.get(wire, crossing).center(size, "─") + "─"
+            below += " " + ("│" if wire in column.bonds else " ").center(size) + " "
+        lines.append(line + "─")
+        if wire + 1 < len(names):
+            lines.append(below.rstrip())
+    return "\n".join(lines)
+
+
+STEP, ROW, LEFT, GAP = 28, 32, 44, 24  # of the SVG, in its units
+_STYLE = (
+    "<style>.w{stroke:#8a94a6;stroke-width:1}.b{stroke:#1f5fbf;stroke-width:2}"
+    ".c{fill:#1f5fbf}.t{fill:#fff;stroke:#1f5fbf;stroke-width:2}"
+    ".g{fill:#eaf1fb;stroke:#1f5fbf;stroke-width:1.5}"
+    "text{font:13px ui-monospace,Menlo,Consolas,monospace;fill:#1b2430}</style>"
+)
+
+
+def svg(n: int, boxes: list[Box], room: int = 1000, most: int = 3000) -> str:
+    """A picture that stands alone, on white. Beyond `most` gates it ends with their number."""
+    cut = blocks(columns(boxes[:most]), room - LEFT, _step)
+    height = n * ROW
+    right = LEFT + max(sum(map(_step, block)) for block in cut) + 12
+    parts = []
+    for index, block in enumerate(cut):
+        parts += _svg_block(n, block, right, index * (height + GAP))
+    total = len(cut) * (height + GAP) - GAP + 8
+    if len(boxes) > most:
+        parts.append(f'<text x="8" y="{total + 8}">and {len(boxes) - most} more gates</text>')
+        total += 20
+    return (
+        f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {right} {total}" '
+        f'width="{right}" height="{total}">{_STYLE}'
+        f'<rect width="{right}" height="{total}" fill="#fff"/>{"".join(parts)}</svg>'
+    )
+
+
+def _step(column: Column) -> int:
+    return max(STEP, 8 * column.width + 20)
+
+
+def _svg_block(n: int, block: list[Column], right: int, top: int) -> list[str]:
+    def level(wire: int) -> int:
+        return top + wire * ROW + ROW // 2 + 4
+
+    parts = []
+    for wire in range(n):
+        y = level(wire)
+        parts.append(f'<text x="8" y="{y + 4}">q{wire}</text>')
+        parts.append(f'<line class="w" x1="{LEFT - 8}" x2="{right - 8}" y1="{y}" y2="{y}"/>')
+    left = LEFT
+    for column in block:
+        x = left + _step(column) / 2
+        for wire in sorted(column.bonds):
+            ends = f'y1="{level(wire)}" y2="{level(wire + 1)}"'
+            parts.append(f'<line class="b" x1="{x:g}" x2="{x:g}" {ends}/>')
+        for wire, label in sorted(column.labels.items()):
+            parts.append(_svg_label(x, level(wire), label))
+        left += _step(column)
+    return parts
+
+
+def _svg_label(x: float, y: int, label: str) -> str:
+    if label == CONTROL:
+        return f'<circle class="c" cx="{x:g}" cy="{y}" r="5"/>'
+    if label == TARGET:
+        cross = f"M{x - 9:g} {y}h18M{x:g} {y - 9}v18"
+        return f'<circle class="t" cx="{x:g}" cy="{y}" r="9"/><path class="b" d="{cross}"/>'
+    half = 4 * len(label) + 6
+    return (
+        f'<rect class="g" x="{x - half:g}" y="{y - 11}" width="{2 * half}" height="22" rx="3"/>'
+        f'<text x="{x:g}" y="{y + 4}" text-anchor="middle">{escape(label)}</text>'
+    )

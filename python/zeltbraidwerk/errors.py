@@ -1,0 +1,88 @@
+"""What the package raises: one class a cause.
+
+Every text names the argument, what came and what is wanted. All classes derive from
+:class:`Error` and from the built-in class that fits, so ``except ValueError`` works as ever.
+"""
+
+from __future__ import annotations
+
+from typing import Any
+
+
+class Error(Exception):
+    """Base of all errors of the package."""
+
+
+class DtypeError(Error, TypeError):
+    """An argument of the wrong type: entries that are no bits, qubits that are no integers."""
+
+
+class EntryError(Error, ValueError):
+    """A matrix of integers that holds others than 0 and 1."""
+
+
+class ShapeError(Error, ValueError):
+    """A matrix that is not square, or of the wrong size."""
+
+
+class SingularMatrixError(Error, ValueError):
+    """A matrix without an inverse, which no circuit of CNOTs implements."""
+
+
+class QubitError(Error, ValueError):
+    """A qubit out of range, or named twice in one gate."""
+
+
+class AngleError(Error, ValueError):
+    """An angle that is no finite number."""
+
+
+class GateError(Error, ValueError):
+    """An unknown gate, or one with the wrong number of qubits or angles."""
+
+
+class PauliError(Error, ValueError):
+    """A Pauli string with a letter other than I, X, Y and Z, or of the wrong length."""
+
+
+class NotCliffordError(Error, ValueError):
+    """A gate or angle outside the Clifford group where one inside is wanted."""
+
+
+class NotLinearError(Error, ValueError):
+    """A gate other than CNOT where a circuit of CNOTs is wanted."""
+
+
+class QasmError(Error, ValueError):
+    """OpenQASM text that cannot be read; the text gives the line."""
+
+
+class UnknownMethodError(Error, ValueError):
+    """A method that is not in the family's list."""
+
+
+class OptionError(Error, ValueError):
+    """An option out of its range, or one that the method does not have."""
+
+
+class TooLargeError(OptionError):
+    """Options that ask for more memory than there is; the text gives the size."""
+
+
+class UnfinishedError(Error, RuntimeError):
+    """A search that ended, by its budget or its cap of operations, before it had any circuit."""
+
+
+class MissingPackageError(Error, RuntimeError, ImportError):
+    """An optional package that a conversion needs is not installed."""
+
+
+class Interrupted(KeyboardInterrupt):
+    """Ctrl-C during a search. ``best`` is the best result so far, or None.
+
+    A KeyboardInterrupt and no :class:`Error`: it ends a program unless somebody wants the result.
+    """
+
+    def __init__(self, text: str, best: Any = None) -> None:
+        super().__init__(text)
+        self.best = best

@@ -1,0 +1,230 @@
+"""Gates and their angles: immutable values, checked when they are built."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from typing import Any, SupportsFloat, SupportsIndex
+
+from zeltbraidwerk import _core, _validate, errors
+
+__all__ = ["Gate", "Parameter"]
+
+
+class Parameter:
+    """A rotation angle in radians, a number or a symbolic expression.
+
+    Expressions are text in prefix notation: ``"a"``, ``"+ a b"``, ``"UMINUS a"``. Sums of numbers
+    are wrapped into the open interval from -2 pi to 2 pi.
+
+    >>> Parameter(0.5) + 1.0
+    Parameter(1.5)
+    >>> -(Parameter("a") + 1.0)
+    Parameter('UMINUS + 1.000000 a')
+    """
+
+    __slots__ = ("_core",)
+
+    def __init__(self, value: Parameter | SupportsFloat | SupportsIndex | str) -> None:
+        if isinstance(value, Parameter):
+            self._core: _core.Parameter = value._core
+        elif isinstance(value, str):
+            if not value.strip():
+                raise errors.AngleError(f"value: got {value!r}, wanted an expression")
+            self._core = _core.Parameter(value)
+        else:
+            try:
+                number = float(value)
+            except TypeError:
+                raise errors.DtypeError(
+                    f"value: got {value!r}, wanted a number of radians or an expression"
+                ) from None
+            self._core = _core.Parameter(_validate.finite(number, "value"))
+
+    @property
+    def is_symbolic(self) -> bool:
+        return self._core.is_abstract
+
+    @property
+    def expression(self) -> str:
+        """The symbolic expression; empty for a number."""
+        return self._core.expression
+
+    def __float__(self) -> float:
+        if self.is_symbolic:
+            raise errors.AngleError(f"got the symbolic angle {self.expression!r}, wanted a number")
+        return self._core.value
+
+    def __add__(self, other: Parameter | float | str) -> Parameter:
+        total = _core.Parameter(self._core)
+        total += Parameter(other)._core
+        return self._wrap(total)
+
+    __radd__ = __add__
+
+    def __neg__(self) -> Parameter:
+        return self._wrap(self._core.flip_sign())
+
+    def __sub__(self, other: Parameter | float | str) -> Parameter:
+        return self + -Parameter(other)
+
+    def __eq__(self, other: object) -> bool:
+        if isinstance(other, (int, float)):
+            return not self.is_symbolic and self._core.value == other
+        return isinstance(other, Parameter) and self._core == other._core
+
+    def __hash__(self) -> int:
+        return hash(self.expression if self.is_symbolic else self._core.value)
+
+    def __repr__(self) -> str:
+        return f"Parameter({self.expression if self.is_symbolic else self._core.value!r})"
+
+    def __str__(self) -> str:
+        return str(self._core)
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Parameter, (self.expression if self.is_symbolic else self._core.value,)
+
+    @classmethod
+    def _wrap(cls, core: _core.Parameter) -> Parameter:
+        parameter = cls.__new__(cls)
+        parameter._core = core
+        return parameter
+
+
+# Name: (number of qubits, or None for two and more; number of angles).
+VOCABULARY: dict[str, tuple[int | None, int]] = {
+    "CNOT": (2, 0), "CSIGN": (2, 0), "CZ": (2, 0),
+    "H": (1, 0), "S": (1, 0), "D-S": (1, 0), "S*": (1, 0),
+    "X": (1, 0), "Y": (1, 0), "Z": (1, 0), "I": (1, 0),
+    "RX": (1, 1), "RY": (1, 1), "RZ": (1, 1), "PH": (1, 1),
+    "XX": (None, 2),
+}  # fmt: skip
+
+ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
+_INVERSES = {"S": "D-S", "D-S": "S"} | {
+    name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
+}
+
+
+class Gate:
+    """One named gate on a tuple of qubits, with its angles.
+
+    The names are those of the library: ``CNOT`` (control, target), ``CSIGN`` and ``CZ`` (controlled
+    Z), ``H``, ``S`` and its inverse ``D-S``, ``X``, ``Y``, ``Z``, ``I``, the rotations
+    exp(-i angle P / 2) ``RX``, ``RY``, ``RZ`` and ``PH`` (as ``RZ``, up to a global phase), and
+    ``XX``, a rotation by pi/2 on every pair of its qubits.
+
+    >>> Gate("CNOT", (0, 1))
+    Gate('CNOT', (0, 1))
+    >>> Gate.rz(2, 0.5).inverse()
+    Gate('RZ', (2,), -0.5)
+    """
+
+    __slots__ = ("_name", "_params", "_qubits")
+
+    def __init__(
+        self,
+        name: str,
+        qubits: int | Iterable[int],
+        params: Parameter | float | str | Iterable[Parameter | float | str] = (),
+    ) -> None:
+        if name not in VOCABULARY:
+            raise errors.GateError(f"name: got {name!r}, wanted one of {', '.join(VOCABULARY)}")
+        targets = qubits if isinstance(qubits, Iterable) else (qubits,)
+        angles = params if _is_several(params) else (params,)
+        self._name = name
+        self._qubits = _validate.qubits(targets, "qubits")
+        self._params = tuple(Parameter(angle) for angle in angles)
+        wanted, wanted_params = VOCABULARY[name]
+        if len(self._qubits) != wanted and (wanted or len(self._qubits) < 2):
+            raise errors.GateError(
+                f"qubits: got {len(self._qubits)} for {name}, wanted {wanted or 'two or more'}"
+            )
+        if len(self._params) != wanted_params:
+            raise errors.GateError(
+                f"params: got {len(self._params)} for {name}, wanted {wanted_params}"
+            )
+
+    @property
+    def name(self) -> str:
+        return self._name
+
+    @property
+    def qubits(self) -> tuple[int, ...]:
+        return self._qubits
+
+    @property
+    def params(self) -> tuple[Parameter, ...]:
+        return self._params
+
+    @property
+    def diag(self) -> bool:
+        """True for a rotation about Z."""
+        return self._name in ("RZ", "PH")
+
+    @classmethod
+    def cnot(cls, control: int, target: int) -> Gate:
+        return cls("CNOT", (control, target))
+
+    @classmethod
+    def cz(cls, a: int, b: int) -> Gate:
+        return cls("CSIGN", (a, b))
+
+    @classmethod
+    def h(cls, qubit: int) -> Gate:
+        return cls("H", qubit)
+
+    @classmethod
+    def s(cls, qubit: int) -> Gate:
+        return cls("S", qubit)
+
+    @classmethod
+    def rx(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        return cls("RX", qubit, angle)
+
+    @classmethod
+    def ry(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        return cls("RY", qubit, angle)
+
+    @classmethod
+    def rz(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        return cls("RZ", qubit, angle)
+
+    def inverse(self) -> Gate:
+        if self._name in ROTATIONS:
+            return Gate(self._name, self._qubits, -self._params[0])
+        if self._name not in _INVERSES:
+            raise errors.GateError(f"{self._name} has no inverse among the gates")
+        return Gate(_INVERSES[self._name], self._qubits)
+
+    def to_core(self) -> _core.Gate:
+        params = [parameter._core for parameter in self._params]
+        return _core.Gate(self._name, list(self._qubits), params, self.diag)
+
+    @classmethod
+    def from_core(cls, gate: _core.Gate) -> Gate:
+        return cls(gate.name, gate.qbits, [Parameter._wrap(p) for p in gate.params])
+
+    def __eq__(self, other: object) -> bool:
+        return isinstance(other, Gate) and self._key() == other._key()
+
+    def __hash__(self) -> int:
+        return hash(self._key())
+
+    def __repr__(self) -> str:
+        params = [repr(p.expression if p.is_symbolic else float(p)) for p in self._params]
+        angle = params[0] if len(params) == 1 else f"({', '.join(params)})"
+        return f"Gate({self._name!r}, {self._qubits}{f', {angle}' if params else ''})"
+
+    def __str__(self) -> str:
+        return self.to_core().to_string()
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Gate, self._key()
+
+    def _key(self) -> tuple[str, tuple[int, ...], tuple[Parameter, ...]]:
+        return self._name, self._qubits, self._params
+
+
+def _is_several(params: Any) -> bool:
+    return isinstance(params, Iterable) and not isinstance(params, str)
