@@ -108,19 +108,4 @@ TEST(BitMatrix, AgreesWithBitLoops) {
   }
 }
 
-TEST(BitMatrix, ProductOfAnyShapes) {
-  support::Rng rng(24);
-  for (const int rows : {0, 1, 65}) {
-    for (const int inner : sizes) {
-      for (const int cols : {1, 64, 130}) {
-        const BoolMatrix a = support::random_matrix(rows, inner, rng);
-        const BoolMatrix b = support::random_matrix(inner, cols, rng);
-        const BoolMatrix result = boolean_matrix_product(rows, cols, inner, a, b);
-        EXPECT_EQ(result,
-                  inner > 0 ? support::multiply(a, b) : BoolMatrix(at(rows), BoolRow(at(cols))));
-      }
-    }
-  }
-}
-
 }  // namespace
