@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/packed_table.h"
 
 using namespace zelt::braidwerk::internal;
 
@@ -11,18 +11,6 @@ namespace {
 std::size_t at(const structures::Table& table, int r, int c = 0) {
   return static_cast<std::size_t>(r) * static_cast<std::size_t>(table.n) +
          static_cast<std::size_t>(c);
-}
-
-BitMatrix pack(const structures::Table& table) {
-  BitMatrix m(table.n, table.n);
-  for (int r = 0; r < table.n; ++r) pack_row(table.bits, at(table, r), table.n, m.row(r));
-  return m;
-}
-
-structures::Table unpack(const BitMatrix& m) {
-  structures::Table table(m.rows());
-  for (int r = 0; r < table.n; ++r) unpack_row(m.row(r), at(table, r), table.n, table.bits);
-  return table;
 }
 
 }  // namespace
@@ -46,11 +34,11 @@ void Table::swap_lines(int a, int b) {
 }
 
 Table Table::inverse() const {
-  return unpack(zelt::braidwerk::internal::inverse(pack(*this)));
+  return unpack_table(zelt::braidwerk::internal::inverse(pack_table(*this)));
 }
 
 bool Table::is_identity() const {
-  return pack(*this).is_identity();
+  return pack_table(*this).is_identity();
 }
 
 Table Table::permute(const std::vector<int>& perm) const {
@@ -65,7 +53,7 @@ Table Table::permute(const std::vector<int>& perm) const {
 }
 
 BoolMatrix Table::to_bool_bool() const {
-  return pack(*this).unpack();
+  return pack_table(*this).unpack();
 }
 
 std::string Table::to_string() const {
@@ -95,7 +83,7 @@ structures::Table update_table(const structures::Table& table,
                                const std::vector<structures::Gate>& gates) {
   // A gate at the front adds the column of its target to that of its control; no inverse is
   // needed.
-  BitMatrix columns = pack(table).transposed();
+  BitMatrix columns = pack_table(table).transposed();
   for (const structures::Gate& gate : gates) columns.add_row(gate.qbits[1], gate.qbits[0]);
-  return unpack(columns.transposed());
+  return unpack_table(columns.transposed());
 }
