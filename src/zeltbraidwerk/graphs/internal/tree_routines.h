@@ -1,0 +1,30 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+
+namespace zelt::braidwerk::internal {
+
+struct Cnot {
+  int control;
+  int target;
+
+  bool operator==(const Cnot&) const = default;
+};
+
+ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> to_gates(std::span<const Cnot> cnots);
+
+/// The routines of namespace `routines`, which append to `out`. Trees passed by value are consumed.
+ZELTBRAIDWERK_KERNEL_EXPORT void fill_for_fan_in(const BitGraph& tree,
+                                                 std::span<const int> terminals,
+                                                 std::vector<Cnot>& out);
+ZELTBRAIDWERK_KERNEL_EXPORT void empty_for_fan_in(BitGraph tree, int root, std::vector<Cnot>& out);
+ZELTBRAIDWERK_KERNEL_EXPORT void fill_tree(const BitGraph& tree, std::span<const int> targets,
+                                           int root, bool root_is_set, std::vector<Cnot>& out);
+ZELTBRAIDWERK_KERNEL_EXPORT void empty_tree(BitGraph tree, int root, std::vector<Cnot>& out);
+
+}  // namespace zelt::braidwerk::internal

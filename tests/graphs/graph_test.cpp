@@ -1,0 +1,185 @@
+#include "zeltbraidwerk/graphs/graph.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <lemon/bellman_ford.h>
+#include <lemon/list_graph.h>
+
+#include "support/graphs.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/graphs/shortest_paths.h"
+
+namespace {
+
+using namespace support;
+using structures::Graph;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Path = std::vector<int>;
+using PathTable = std::vector<std::vector<Path>>;
+
+TEST(Graph, EdgesAndVerticesAreSeparate) {
+  Graph g(3);
+  EXPECT_EQ(g.nb_vertices(), 3);
+  EXPECT_FALSE(g.is_connected());
+  g.add_edge(0, 1);
+  g.add_edge(1, 2);
+  EXPECT_TRUE(g.is_connected());
+  EXPECT_FALSE(g.is_non_cutting(1));
+  EXPECT_TRUE(g.is_non_cutting(0));
+  EXPECT_EQ(g.degree(1), 2);
+  EXPECT_FALSE(g.are_neighbors(0, 3));
+  EXPECT_FALSE(g.are_neighbors(-1, 2));
+
+  const Graph sub = g.induced_subgraph({0, 1, 7});
+  EXPECT_EQ(sub.n, 3);
+  EXPECT_EQ(sub.nb_vertices(), 2);
+  EXPECT_EQ(show(sub.edges()), "0-1");
+
+  g.disconnect(2);
+  EXPECT_THAT(g.neighbors(2), IsEmpty());
+  EXPECT_EQ(show(g.edges()), "0-1");
+  EXPECT_EQ(g.nb_vertices(), 3);
+  EXPECT_FALSE(g.is_connected());
+
+  EXPECT_TRUE(Graph(1).is_connected());
+  EXPECT_FALSE(Graph(1).is_non_cutting(0));
+  EXPECT_FALSE(Graph().is_connected());
+}
+
+TEST(Graph, WeightsGrowOnDemandAndCopiesForget) {
+  Graph g(3);
+  g.add_edge(0, 1, 2.5);
+  EXPECT_THAT(g.weights, ElementsAre(0, 2.5, 0, 2.5, 0, 0, 0, 0, 0));
+  g.remove_edge(1, 0);
+  EXPECT_EQ(g.weights[1], 2.5);
+
+  g.sketch_mode = 1;
+  g.sketches = {{1}, {1}, {1}};
+  g.steiner_cache[{0}] = Graph(3);
+  const Graph copy = g;
+  EXPECT_EQ(copy.sketch_mode, 1);
+  EXPECT_EQ(copy.weights, g.weights);
+  EXPECT_TRUE(copy.sketches.empty() && copy.steiner_cache.empty());
+  Graph assigned;
+  assigned = g;
+  EXPECT_EQ(assigned.sketches.size(), 3u);
+  EXPECT_EQ(assigned.steiner_cache.size(), 1u);
+}
+
+TEST(Graph, TextListsVerticesWithNeighbours) {
+  EXPECT_EQ(graph(4, {{0, 2}, {0, 3}}).to_string(), "0 : 2 3 \n2 : 0 \n3 : 0 \n");
+  EXPECT_EQ(Graph(3).to_string(), "");
+}
+
+TEST(Graph, HamiltonianPaths) {
+  const Graph g = line(3);
+  EXPECT_TRUE(g.is_ham_path({0, 1, 2}));
+  EXPECT_TRUE(g.is_ham_path({2, 1, 0}));
+  EXPECT_FALSE(g.is_ham_path({1, 0, 2}));
+  EXPECT_FALSE(g.is_ham_path({0, 1}));
+  EXPECT_FALSE(g.is_ham_path({0, 1, 0}));
+  EXPECT_FALSE(g.is_ham_path({0, 1, 9}));
+  EXPECT_TRUE(g.is_ham_path({0, 1, 0, 2}));  // longer: the last entry stands in for the end
+  EXPECT_TRUE(Graph().is_ham_path({}));
+}
+
+TEST(Graph, NonCuttingVerticesAgreeWithTheirDefinition) {
+  Rng rng(31);
+  for (int trial = 0; trial < 400; ++trial) {
+    const int n = static_cast<int>(rng() % 10) + (trial % 8 == 0 ? 60 : 0);
+    const auto percent = static_cast<unsigned>(trial % 4 == 0 ? 60 : 250 / (n + 1));
+    const Graph g = with_random_edges(Graph(n), percent, rng);
+    std::set<int> members;
+    for (int v = 0; v < n; ++v) {
+      if (rng() % 4 != 0) members.insert(v);
+    }
+    const Graph sub = g.induced_subgraph(members);
+    std::vector<int> expected;
+    for (const int v : members) {
+      if (sub.is_non_cutting(v)) expected.push_back(v);
+    }
+    std::vector<int> found;
+    using namespace zelt::braidwerk::internal;
+    non_cutting(BitGraph(g), VertexSet(n, members)).for_each([&](int v) { found.push_back(v); });
+    ASSERT_EQ(found, expected) << g << show(Path(members.begin(), members.end()));
+  }
+}
+
+/// The predecessors that LEMON's solver reports, walked back.
+PathTable bellman_ford_table(const Graph& g) {
+  lemon::ListDigraph digraph;
+  const std::map<int, int> ids = structures::build_graph(g, digraph);
+  PathTable table(at(g.n), std::vector<Path>(at(g.n)));
+  for (int i = 0; i < g.n; ++i) {
+    lemon::ListDigraph::ArcMap<int> lengths(digraph, 1);
+    lemon::BellmanFord<lemon::ListDigraph> solver(digraph, lengths);
+    solver.run(lemon::ListDigraph::nodeFromId(ids.at(i)));
+    for (int j = 0; j < g.n; ++j) {
+      auto node = lemon::ListDigraph::nodeFromId(ids.at(j));
+      if (!solver.reached(node)) continue;
+      Path& path = table[at(i)][at(j)];
+      for (; node != lemon::INVALID; node = solver.predNode(node)) {
+        path.insert(path.begin(), lemon::ListDigraph::id(node));
+      }
+    }
+  }
+  return table;
+}
+
+/// The sweeps toward one target, all n of them: the path from each source.
+std::vector<Path> swept_paths(const Graph& g, int target) {
+  std::vector<int> distance(at(g.n), g.n + 1);
+  std::vector<int> next(at(g.n), -1);
+  distance[at(target)] = 0;
+  for (int sweep = 0; sweep < g.n; ++sweep) {
+    for (int v = 0; v < g.n; ++v) {
+      for (const int w : g.neighbors(v)) {
+        if (distance[at(v)] <= distance[at(w)] + 1) continue;
+        distance[at(v)] = distance[at(w)] + 1;
+        next[at(v)] = w;
+      }
+    }
+  }
+  std::vector<Path> paths(at(g.n));
+  for (int source = 0; source < g.n; ++source) {
+    if (distance[at(source)] > g.n) continue;
+    Path& path = paths[at(source)];
+    for (path = {source}; path.back() != target;) path.push_back(next[at(path.back())]);
+  }
+  return paths;
+}
+
+TEST(ShortestPaths, TieBreaks) {
+  const Graph ring = line(4, true);
+  EXPECT_THAT(ring.shortest_path(0, 2), ElementsAre(0, 1, 2));
+  EXPECT_THAT(ring.shortest_path(2, 2), ElementsAre(2));
+  Graph cut = ring;
+  cut.disconnect(2);
+  EXPECT_THAT(cut.shortest_path(0, 2), IsEmpty());
+  Graph filled = ring;
+  filled.set_shortest_paths();
+  EXPECT_THAT(filled.shortest_paths[0][2], ElementsAre(0, 3, 2));
+}
+
+TEST(ShortestPaths, BothTablesAreTheWrittenOnes) {
+  Rng rng(17);
+  for (int trial = 0; trial < 300; ++trial) {
+    const int n = static_cast<int>(rng() % 12) + (trial % 150 == 0 ? 60 : 0);
+    Graph g = with_random_edges(Graph(n), static_cast<unsigned>(rng() % 60), rng);
+    g.update_shortest_paths();  // not filled yet: as set_shortest_paths
+    ASSERT_EQ(g.shortest_paths, bellman_ford_table(g)) << g;
+    if (n == 0) continue;
+    g.disconnect(static_cast<int>(rng() % at(n)));
+    g.update_shortest_paths();
+    for (int j = 0; j < n; ++j) {
+      const std::vector<Path> expected = swept_paths(g, j);
+      for (int i = 0; i < n; ++i) {
+        ASSERT_EQ(g.shortest_paths[at(i)][at(j)], expected[at(i)]) << g << i << ' ' << j;
+      }
+    }
+  }
+}
+
+}  // namespace
