@@ -15,3 +15,5 @@
 #include "zeltbraidwerk/graphs/steiner.h"
 #include "zeltbraidwerk/graphs/steiner_gauss.h"
 #include "zeltbraidwerk/linear/synthesis.h"
+#include "zeltbraidwerk/phase/gray_synth.h"
+#include "zeltbraidwerk/phase/gray_synth_on_graph.h"
