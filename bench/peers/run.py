@@ -1,0 +1,185 @@
+"""Side by side with other packages: one process, the same matrices, one table.
+
+    run.py           every row
+    run.py --quick   small sizes alone
+
+Times are the best of a few runs, of the synthesis call alone, with its own conversions from numpy.
+Every circuit, theirs as well as ours, is replayed gate by gate before it counts.
+"""
+
+from __future__ import annotations
+
+import argparse
+import sys
+import time
+from collections.abc import Callable, Sequence
+from dataclasses import dataclass
+from statistics import mean
+
+import numpy as np
+import pyzx
+from pytket import Circuit as PytketCircuit
+from pytket.circuit import OpType
+from pytket.passes import GreedyPauliSimp
+from qiskit.synthesis import synth_cnot_count_full_pmh
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import gallery
+
+Matrix = gallery.BoolArray
+Pairs = Sequence[tuple[int, int]]
+
+
+@dataclass(frozen=True)
+class Outcome:
+    """A circuit and how long it took; output r of the map stands on wire permutation[r]."""
+
+    gates: Pairs
+    permutation: Sequence[int]
+    seconds: float
+
+
+Method = Callable[[Matrix], Outcome]
+
+
+def timed(call: Callable[[], object], runs: int = 5, enough: float = 0.5):
+    """The result of a call and the shortest of its times; slow calls run once."""
+    best, spent = float("inf"), 0.0
+    for _ in range(runs):
+        start = time.perf_counter()
+        result = call()
+        seconds = time.perf_counter() - start
+        best, spent = min(best, seconds), spent + seconds
+        if spent > enough:
+            break
+    return result, best
+
+
+def ours(method: str, **options) -> Method:
+    def run(matrix: Matrix) -> Outcome:
+        result, seconds = timed(lambda: zb.linear.synthesize(matrix, method=method, **options))
+        return Outcome(_pairs(result.circuit), result.permutation, seconds)
+
+    return run
+
+
+def our_single_pmh(matrix: Matrix) -> Outcome:
+    """One elimination at one section width, by the function of the core."""
+    n = len(matrix)
+    section = max(1, round(np.log2(n) / 2))
+    circuit, seconds = timed(lambda: zb.core.PMH_Algorithm(n, matrix, section), runs=50)
+    return Outcome(_pairs(circuit.gates)[::-1], range(n), seconds)  # it builds the inverse
+
+
+def qiskit_pmh(matrix: Matrix) -> Outcome:
+    circuit, seconds = timed(lambda: synth_cnot_count_full_pmh(matrix), runs=20)
+    gates = [tuple(circuit.find_bit(q).index for q in gate.qubits) for gate in circuit.data]
+    return Outcome(gates, range(len(matrix)), seconds)
+
+
+def pyzx_every_block(matrix: Matrix) -> Outcome:
+    rows = matrix.astype(int).tolist()
+    gates, seconds = timed(lambda: pyzx.Mat2(rows).to_cnots(optimize=True))
+    # Their circuit is that of the transposed matrix: read from the end, with the roles exchanged.
+    turned = [(gate.target, gate.control) for gate in reversed(gates)]
+    return Outcome(turned, range(len(matrix)), seconds)
+
+
+def pytket_greedy(matrix: Matrix) -> Outcome:
+    """The matrix goes in as a CNOT circuit; the wires may come out in another order."""
+    start = PytketCircuit(len(matrix))
+    for control, target in _pairs(zb.linear.synthesize(matrix, method="pmh").circuit):
+        start.CX(control, target)
+
+    def run() -> PytketCircuit:
+        circuit = start.copy()
+        GreedyPauliSimp().apply(circuit)
+        return circuit
+
+    circuit, seconds = timed(run)
+    if any(command.op.type != OpType.CX for command in circuit):
+        sys.exit("pytket: gates other than CX came out")
+    gates = [tuple(qubit.index[0] for qubit in command.qubits) for command in circuit]
+    permutation = [0] * len(matrix)
+    for wire, output in circuit.implicit_qubit_permutation().items():
+        permutation[output.index[0]] = wire.index[0]
+    return Outcome(gates, permutation, seconds)
+
+
+FREE = {"permutation": "free", "seed": 1}
+
+# Title, sizes, the peer, ours. A size is a number of random matrices' qubits, or a layer's name.
+COMPARISONS: tuple[tuple[str, tuple[int | str, ...], tuple[str, Method], tuple[str, Method]], ...] = (
+    ("One elimination", (64, 256, 512), ("Qiskit", qiskit_pmh), ("PMH_Algorithm", our_single_pmh)),
+    ("Best elimination", (8, 16, 32, 64, "aes_mixcolumns"), ("PyZX", pyzx_every_block),
+     ("pmh", ours("pmh"))),
+    ("Wires free", (8, 16, 32, 64, "aes_mixcolumns"), ("pytket", pytket_greedy),
+     ("greedy, 20 starts", ours("greedy", restarts=20, **FREE))),
+)
+MATRICES = {8: 20, 16: 20, 32: 5}  # how many random ones by size; one for all others
+
+HEADS = ("input", "peer", "CNOTs", "depth", "ms", "ours", "CNOTs", "depth", "ms", "count ratio",
+         "speed-up")
+WIDTHS = (15, 8, 8, 7, 9, 18, 8, 7, 9, 11, 8)
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description="Side by side with other packages.")
+    parser.add_argument("--quick", action="store_true", help="32 qubits at most")
+    quick = parser.parse_args().quick
+    for title, sizes, (peer, theirs), (name, our) in COMPARISONS:
+        print(f"\n{title}\n{_line(HEADS)}")
+        for size in sizes:
+            matrices = inputs(size)
+            if quick and len(matrices[0]) > 32:
+                continue
+            them = measured(peer, theirs, matrices)
+            us = measured(name, our, matrices)
+            print(_line((str(size), peer, *_numbers(them), name, *_numbers(us),
+                         f"{us[0] / them[0]:.2f}", f"{them[2] / us[2]:.1f}")), flush=True)
+    print("\ncount ratio: our CNOTs in one of theirs. speed-up: their time in ours.")
+    return 0
+
+
+def inputs(size: int | str) -> list[Matrix]:
+    if isinstance(size, str):
+        return [gallery.cipher_layers()[size]]
+    return gallery.random_invertible(size, MATRICES.get(size, 1))
+
+
+def measured(name: str, method: Method, matrices: Sequence[Matrix]) -> tuple[float, float, float]:
+    """Mean count, depth and milliseconds, of circuits that were found right."""
+    costs = []
+    for matrix in matrices:
+        outcome = method(matrix)
+        wires = np.eye(len(matrix), dtype=bool)
+        for control, target in outcome.gates:
+            wires[target] ^= wires[control]
+        if not np.array_equal(wires[list(outcome.permutation)], matrix):
+            sys.exit(f"{name}: wrong circuit at {len(matrix)} qubits")
+        costs.append((len(outcome.gates), _depth(outcome.gates, len(matrix)),
+                      1e3 * outcome.seconds))
+    return tuple(mean(column) for column in zip(*costs))
+
+
+def _depth(gates: Pairs, n: int) -> int:
+    level = [0] * n
+    for a, b in gates:
+        level[a] = level[b] = max(level[a], level[b]) + 1
+    return max(level, default=0)
+
+
+def _pairs(gates) -> list[tuple[int, int]]:
+    return [(int(control), int(target)) for control, target in gates]
+
+
+def _numbers(costs: tuple[float, float, float]) -> tuple[str, str, str]:
+    return f"{costs[0]:.1f}", f"{costs[1]:.1f}", f"{costs[2]:.3f}"
+
+
+def _line(cells: Sequence[str]) -> str:
+    return " ".join(cell.rjust(width) for cell, width in zip(cells, WIDTHS))
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,100 @@
+"""Counts and depths of every method on fixed inputs, against the committed baseline.
+
+    run.py            compares; exit code 1 when a circuit got longer or deeper
+    run.py --update   writes the baseline anew
+
+Seeded methods run with one seed and one start, so that a change in a number is a change in the
+code, never in the draw.
+"""
+
+from __future__ import annotations
+
+import argparse
+import csv
+import sys
+from collections.abc import Iterator
+from pathlib import Path
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import gallery
+
+BASELINE = Path(__file__).with_name("baseline.csv")
+RANDOM = {8: 5, 16: 5, 32: 3, 64: 1}  # matrices by size
+
+Key = tuple[str, str, str]  # family, input, method
+Cost = tuple[int, int]  # count, depth
+
+
+def linear_inputs() -> Iterator[tuple[str, gallery.BoolArray]]:
+    for n, count in RANDOM.items():
+        for k, matrix in enumerate(gallery.random_invertible(n, count)):
+            yield f"random_{n}_{k}", matrix
+    yield from gallery.cipher_layers().items()
+
+
+def linear() -> Iterator[tuple[Key, Cost]]:
+    for name, matrix in linear_inputs():
+        for method in zb.linear.methods():
+            if method == "auto":  # depends on the clock
+                continue
+            result = zb.linear.synthesize(matrix, method=method, permutation="free", seed=1,
+                                          restarts=1)
+            if not result.verify():
+                sys.exit(f"{method} on {name}: the circuit is wrong")
+            yield ("linear", name, method), (result.circuit.count, result.circuit.depth)
+
+
+FAMILIES = (linear,)
+
+
+def read() -> dict[Key, Cost]:
+    if not BASELINE.exists():
+        return {}
+    with BASELINE.open(newline="", encoding="utf-8") as file:
+        return {(row["family"], row["input"], row["method"]): (int(row["count"]), int(row["depth"]))
+                for row in csv.DictReader(file)}
+
+
+def write(costs: dict[Key, Cost]) -> None:
+    with BASELINE.open("w", newline="", encoding="utf-8") as file:
+        writer = csv.writer(file, lineterminator="\n")
+        writer.writerow(("family", "input", "method", "count", "depth"))
+        writer.writerows((*key, *cost) for key, cost in costs.items())
+    print(f"{len(costs)} rows written to {BASELINE}")
+
+
+def compare(old: dict[Key, Cost], new: dict[Key, Cost]) -> int:
+    """Prints what moved; 1 when something got worse or is gone."""
+    worse = better = added = 0
+    for key, cost in new.items():
+        if key not in old:
+            added += 1
+        elif cost != old[key]:
+            bad = cost[0] > old[key][0] or cost[1] > old[key][1]
+            worse, better = worse + bad, better + (not bad)
+            print(f"{'WORSE ' if bad else 'better'} {' '.join(key)}: "
+                  f"count {old[key][0]} -> {cost[0]}, depth {old[key][1]} -> {cost[1]}")
+    gone = old.keys() - new.keys()
+    for key in sorted(gone):
+        print(f"GONE   {' '.join(key)}")
+    same = len(new) - worse - better - added
+    print(f"{same} circuits as before, {better} better, {worse} worse, {added} new, "
+          f"{len(gone)} gone")
+    if better or added or gone or worse:
+        print("To take these numbers as the baseline: ./dev bench quality --update")
+    return int(worse > 0 or bool(gone))
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description="Circuit quality against the baseline.")
+    parser.add_argument("--update", action="store_true", help="write the baseline anew")
+    update = parser.parse_args().update
+    costs = {key: cost for family in FAMILIES for key, cost in family()}
+    if update:
+        write(costs)
+        return 0
+    return compare(read(), costs)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
