@@ -43,7 +43,7 @@ class ZELTBRAIDWERK_EXPORT CnotCircuit {
   ///
   /// `idx` lists distinct wires and must hold w. An addition covers only the wires of `idx` up to
   /// and including its control; a control outside `idx` adds nothing but is recorded all the same.
-  /// Nothing in the circuit changes. Cost O(gates * n).
+  /// Nothing in the circuit changes. Cost O(gates * n / 64).
   void get_parities(BoolMatrix& H, int n, std::vector<int>& positions, std::vector<int>& wires,
                     int w, std::vector<int>& idx);
 

@@ -48,6 +48,6 @@ ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const Table& ta
 
 /// `table` with the gates put at the front of the operator, the first one nearest to `table`: the
 /// inverse of (the inverse of `table`, followed by cnot(qbits[0], qbits[1]) a gate). Names are not
-/// looked at. Needs an invertible table.
+/// looked at. Needs an invertible table. Cost O(n / 64) a gate.
 ZELTBRAIDWERK_EXPORT structures::Table update_table(const structures::Table& table,
                                                     const std::vector<structures::Gate>& gates);

@@ -13,9 +13,9 @@ namespace synthesis {
 /// Quantum Information and Computation 8 (2008) 282. The second half does not transpose here: it
 /// works on rows again, from the last column backward.
 ///
-/// Direction as for GaussianElimination: the circuit implements the inverse of m. `section` must be
-/// at least 1 and, on matrices at least that wide, at most 30; m is not checked. A section below 1
-/// counts as 1. Cost O(n^3 / 64).
+/// Direction as for GaussianElimination: the circuit implements the inverse of m, which is not
+/// checked. A section below 1 counts as 1, one wider than the matrix as its width; a matrix of 31
+/// columns or more throws std::length_error on a section of more than 30. Cost O(n^3 / 64).
 ZELTBRAIDWERK_EXPORT structures::CnotCircuit PMH_Algorithm(int n, BoolMatrix m, int section);
 
 /// The shortest PMH_Algorithm circuit over the sections 1 to floor(log2(n)), the smaller section of
