@@ -32,6 +32,11 @@ inline int count_columns(ColumnsView columns) {
   return count;
 }
 
+/// Without a count: std::popcount is a call on the base instruction set.
+inline bool is_single(ColumnsView columns) {
+  return columns.size() == 1 && (columns[0].mask & (columns[0].mask - 1)) == 0;
+}
+
 /// Calls f for each column, ascending.
 template <class F>
 void for_each_column(ColumnsView columns, F&& f) {

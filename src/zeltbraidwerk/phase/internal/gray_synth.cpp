@@ -33,7 +33,7 @@ class GraySynth {
     refill();
     pieces_.push_back({-1, static_cast<int>(columns_.size())});
     while (!pieces_.empty()) {
-      if (pieces_.back().target >= 0 && is_single()) {
+      if (pieces_.back().target >= 0 && is_single(columns())) {
         finish();
       } else {
         split();
@@ -53,8 +53,6 @@ class GraySynth {
     const auto words = static_cast<std::size_t>(pieces_.back().words);
     return ColumnsView(columns_).last(words);
   }
-
-  bool is_single() const { return columns().size() == 1 && std::has_single_bit(columns()[0].mask); }
 
   void refill() {
     for (int w = 0; w < row_words_; ++w) rows()[w] = low_bits(parities_.rows() - w * word_bits);
