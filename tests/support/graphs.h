@@ -7,6 +7,7 @@
 
 #include "support/oracles.h"
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/table.h"
 #include "zeltbraidwerk/graphs/graph.h"
 
 /// \file
@@ -101,6 +102,21 @@ inline bool runs_on(const structures::Graph& device, const std::vector<structure
   return std::all_of(gates.begin(), gates.end(), [&](const structures::Gate& gate) {
     return gate.name != "CNOT" || device.are_neighbors(gate.qbits[0], gate.qbits[1]);
   });
+}
+
+/// Whether the CNOTs, all on edges, reduce m to the identity.
+inline bool reduces_on(const structures::Graph& device, const std::vector<structures::Gate>& cnots,
+                       BoolMatrix m) {
+  for (const structures::Gate& gate : cnots) add_row(m, gate.qbits[0], gate.qbits[1]);
+  return m == identity(device.n) && runs_on(device, cnots);
+}
+
+inline structures::Table table(const BoolMatrix& m) {
+  structures::Table result(static_cast<int>(m.size()));
+  for (std::size_t r = 0; r < m.size(); ++r) {
+    for (std::size_t c = 0; c < m.size(); ++c) result.bits[r * m.size() + c] = m[r][c];
+  }
+  return result;
 }
 
 }  // namespace support
