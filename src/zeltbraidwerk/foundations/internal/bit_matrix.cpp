@@ -144,6 +144,12 @@ void BitMatrix::swap_rows(int a, int b) {
   if (a != b) std::swap_ranges(row(a), row(a) + stride_, row(b));
 }
 
+void BitMatrix::clear_column(int pivot, int col) {
+  Word* words = words_.data();
+  internal::clear_column(words, words, stride_, 0, 0, pivot, col, 0, pivot);
+  internal::clear_column(words, words, stride_, 0, 0, pivot, col, pivot + 1, rows_);
+}
+
 int BitMatrix::row_weight(int r) const {
   return count_ones(row(r), stride_);
 }

@@ -47,6 +47,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix {
   /// Column `to` becomes column `to` XOR column `from`.
   void add_col(int from, int to);
   void swap_rows(int a, int b);
+  /// Adds row `pivot` to every other row that has a one in the column.
+  void clear_column(int pivot, int col);
 
   int row_weight(int r) const;
   int weight() const;
