@@ -25,7 +25,7 @@ class RowMatcher {
   /// Appends the pairs for `rows`, which are compared from column `col` on. Returns the smallest of
   /// them, which stays unmatched, or -1 when there are none.
   int match(const std::vector<int>& rows, int col) {
-    if (rows.empty()) return -1;
+    if (rows.size() < 2) return rows.empty() ? -1 : rows.front();
     entries_.clear();
     for (const int r : rows) entries_.push_back({window(m_, r, col), r});
     spare_.resize(entries_.size());
