@@ -8,4 +8,5 @@ NB_MODULE(_core, m) {
   bind_values(m);
   bind_tableau(m);
   bind_linear(m);
+  bind_linear_search(m);
 }

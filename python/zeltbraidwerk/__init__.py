@@ -1,6 +1,6 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors
+from zeltbraidwerk import core, errors, linear
 from zeltbraidwerk._core import __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -15,4 +15,5 @@ __all__ = [
     "__version__",
     "core",
     "errors",
+    "linear",
 ]

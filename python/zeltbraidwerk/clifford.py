@@ -112,7 +112,8 @@ class CliffordTableau:
         """
         signs, letters = self._signs_and_letters
         texts = [
-            "+-"[int(sign)] + word.tobytes().decode() for sign, word in zip(signs, letters, strict=True)
+            "+-"[int(sign)] + word.tobytes().decode()
+            for sign, word in zip(signs, letters, strict=True)
         ]
         return texts[self.n :], texts[: self.n]
 

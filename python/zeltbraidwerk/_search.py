@@ -1,0 +1,118 @@
+"""Runs of randomised searches, shared out over threads.
+
+A search is a list of lanes, one a method; a lane is a row of runs, numbered from 0, each of which
+depends on its number alone. Threads take stretches of runs from the lanes. The answer is the best
+run, of equal ones the first of the first lane, and so it does not depend on the number of threads,
+unless a deadline decides which runs there are.
+"""
+
+from __future__ import annotations
+
+import time
+from collections.abc import Callable, Sequence
+from concurrent.futures import FIRST_COMPLETED, Future, ThreadPoolExecutor, wait
+from typing import Generic, Protocol, TypeVar
+
+T = TypeVar("T")
+
+_STRETCH_SECONDS = 0.02  # long against what a stretch costs to start, short to a person
+_BEHIND = 0.05  # a lane whose best is this much longer than the best of all gets half its time
+
+
+class Control(Protocol):
+    """A deadline and a stop flag that all kernels of one search look at."""
+
+    def stop(self) -> None: ...
+    def ended(self) -> bool: ...
+
+
+class Lane(Generic[T]):
+    """The runs of one method. ``run(first, last)`` gives the best of a stretch with its number, or
+    None when none of them finished; ``runs`` is None for as many as fit."""
+
+    def __init__(self, run: Callable[[int, int], tuple[int, T] | None], runs: int | None) -> None:
+        self.run = run
+        self.runs = runs
+        self.next = 0
+        self.length = 1  # of the next stretch
+        self.seconds = 0.0  # worked so far, or being worked
+        self.best: float | None = None
+
+    def open(self, ended: bool) -> bool:
+        """Run 0 is made in any case, so that there is an answer."""
+        return self.next == 0 or (not ended and (self.runs is None or self.next < self.runs))
+
+    def take(self) -> tuple[int, int]:
+        first, self.next = self.next, self.next + self.length
+        if self.runs is not None:
+            self.next = min(self.next, self.runs)
+        return first, self.next
+
+    def share(self, best: float | None) -> float:
+        """Time spent, the dearer the further the lane's best lies behind the best of all."""
+        if best is None or self.next == 0:
+            return self.seconds
+        behind = 1.0 if self.best is None else self.best / max(best, 1) - 1
+        return self.seconds * 2 ** min(behind / _BEHIND, 30)
+
+    def timed(self, first: int, last: int) -> tuple[float, tuple[int, T] | None]:
+        start = time.perf_counter()
+        found = self.run(first, last)
+        return time.perf_counter() - start, found
+
+
+class Search(Generic[T]):
+    """The best value so far, also when the search is broken off by an exception."""
+
+    def __init__(self, key: Callable[[T], tuple[int, ...]], control: Control) -> None:
+        self.best: T | None = None
+        self.runs = 0
+        self._key = key
+        self._control = control
+        self._rank: tuple[tuple[int, ...], int, int] | None = None
+
+    def work(self, lanes: Sequence[Lane[T]], jobs: int, on_better: Callable[[T], object]) -> None:
+        """Runs all lanes to their end or to the deadline; ``on_better`` is called from here."""
+        running: dict[Future[tuple[float, tuple[int, T] | None]], tuple[int, int]] = {}
+        with ThreadPoolExecutor(jobs, "zeltbraidwerk") as pool:
+            try:
+                while True:
+                    while len(running) < jobs and (place := self._next_lane(lanes)) is not None:
+                        first, last = lanes[place].take()
+                        task = pool.submit(lanes[place].timed, first, last)
+                        running[task] = (place, last - first)
+                        lanes[place].seconds += _STRETCH_SECONDS
+                    if not running:
+                        return
+                    for task in wait(running, return_when=FIRST_COMPLETED).done:
+                        place, length = running.pop(task)
+                        self.runs += length
+                        if self._finish(lanes[place], place, length, *task.result()):
+                            on_better(self.best)  # type: ignore[arg-type]
+            except BaseException:
+                self._control.stop()
+                raise
+
+    def _next_lane(self, lanes: Sequence[Lane[T]]) -> int | None:
+        ended = self._control.ended()
+        best = None if self._rank is None else float(self._rank[0][0])
+        there = [place for place, lane in enumerate(lanes) if lane.open(ended)]
+        return min(there, key=lambda place: (lanes[place].share(best), place), default=None)
+
+    def _finish(
+        self, lane: Lane[T], place: int, length: int, seconds: float, found: tuple[int, T] | None
+    ) -> bool:
+        """True when the search has become better."""
+        lane.seconds += seconds - _STRETCH_SECONDS
+        if seconds < _STRETCH_SECONDS / 2:
+            lane.length = max(lane.length, 2 * length)
+        if found is None:
+            return False
+        run, value = found
+        rank = (self._key(value), place, run)
+        lane.best = min(rank[0][0], rank[0][0] if lane.best is None else lane.best)
+        if self._rank is not None and self._rank <= rank:
+            return False
+        better = self._rank is None or self._rank[0] > rank[0]
+        self._rank, self.best = rank, value
+        return better
