@@ -1,0 +1,216 @@
+"""Shows the package at work: ``python -m zeltbraidwerk.demo [file]``.
+
+Without a file the input is MixColumns of AES. A file holds a matrix of one's own, a line of 0 and 1
+a row. Every circuit is checked by replaying it gate by gate, apart from the code that built it.
+"""
+
+from __future__ import annotations
+
+import argparse
+import os
+import sys
+import time
+from collections.abc import Callable, Iterable, Iterator, Sequence
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import CnotCircuit, gallery
+from zeltbraidwerk.errors import UnfinishedError
+from zeltbraidwerk.gallery import BoolArray
+from zeltbraidwerk.linear import LinearSynthesis
+
+SMALL = np.array([[1, 0, 1, 0], [1, 1, 0, 0], [0, 1, 1, 1], [1, 1, 1, 1]], dtype=bool)
+DRAWN_WIRES = 8  # what a terminal shows well
+RUNS: dict[str, Any] = {"restarts": 20, "budget": 2.0}  # of one method
+AUTO: dict[str, Any] = {"restarts": 1000, "budget": 3.0, "jobs": None}
+
+
+class InputError(Exception):
+    """The user's file does not hold an invertible matrix; the text says why."""
+
+
+class Screen:
+    """Standard output, with colour and a progress line where a person looks at it."""
+
+    def __init__(self) -> None:
+        self.live = sys.stdout.isatty()
+        self.colour = self.live and not os.environ.get("NO_COLOR")
+        self.unicode = "utf" in (sys.stdout.encoding or "").lower()
+
+    def style(self, text: str, code: str) -> str:
+        return f"\033[{code}m{text}\033[0m" if self.colour else text
+
+    def title(self, text: str) -> None:
+        print("\n" + self.style(text, "1"))
+
+    def note(self, text: str) -> None:
+        print(self.style(text, "2"))
+
+    def progress(self, text: str) -> None:
+        if self.live:
+            print(f"\r\033[K{self.style(text, '2')}", end="", flush=True)
+
+    def table(self, heads: Sequence[str], rows: Iterable[Sequence[str]]) -> None:
+        """Prints rows as they come; the first column stands left, the others right."""
+        widths = [max(len(head), 9) for head in heads]
+        widths[0] = 18
+        rule = ("─" if self.unicode else "-") * (sum(widths) + 2 * len(widths) - 2)
+        print(self.style(_aligned(heads, widths), "1"))
+        print(self.style(rule, "2"))
+        for row in rows:
+            self.progress("")
+            print(("\r\033[K" if self.live else "") + _aligned(row, widths), flush=True)
+
+
+@dataclass(frozen=True)
+class Section:
+    """One family of the package. ``run`` gets None as matrix when the user brought none."""
+
+    name: str
+    takes_matrix: bool
+    run: Callable[[Screen, BoolArray | None, Path], bool]
+
+
+def linear_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
+    """Every method on one matrix; True when each circuit was found right."""
+    if matrix is None:
+        matrix = gallery.aes_mixcolumns()
+        screen.title("CNOT circuits of AES MixColumns, 32 qubits")
+    else:
+        screen.title(f"CNOT circuits of your matrix, {len(matrix)} qubits")
+    screen.note(f"The best of {RUNS['restarts']} runs each; outputs may change places.")
+    found: list[LinearSynthesis] = []
+    wrong: list[str] = []
+
+    def rows() -> Iterator[tuple[str, ...]]:
+        single = [(name, RUNS) for name in zb.linear.methods() if name != "auto"]
+        for method, options in [*single, ("auto", AUTO)]:
+            start = time.perf_counter()
+            result = _synthesised(screen, matrix, method, options)
+            milliseconds = f"{1e3 * (time.perf_counter() - start):.2f}"
+            if result is None:
+                yield method, "-", "-", milliseconds, "not found"
+                continue
+            right = _replay(result.circuit, result.permutation) == _as_ints(matrix)
+            found.append(result)
+            wrong.extend([] if right else [method])
+            verdict = "yes" if right else "NO"
+            yield method, str(result.count), str(result.depth), milliseconds, verdict
+
+    screen.table(("method", "CNOTs", "depth", "ms", "verified"), rows())
+    best = min(found, key=lambda result: (result.count, result.depth))
+    print(f"Shortest: {best.method}, {best.count} CNOTs at depth {best.depth}.")
+
+    if len(matrix) <= DRAWN_WIRES:
+        shown, name = best, "The shortest circuit"
+    else:
+        shown, name = zb.linear.synthesize(SMALL), "A small circuit, on four qubits"
+    screen.title(name)
+    print(shown.circuit.draw())
+    picture.write_text(best.circuit._repr_svg_(), encoding="utf-8")
+    print(f"\nPicture of the shortest circuit: {picture}")
+    return not wrong
+
+
+SECTIONS = (Section("linear", True, linear_section),)
+
+
+def read_matrix(path: Path) -> BoolArray:
+    """The invertible matrix in a file; InputError in one line otherwise."""
+    try:
+        text = path.read_text(encoding="ascii")
+    except OSError as error:
+        raise InputError(f"cannot read {path}: {error.strerror}") from None
+    except UnicodeDecodeError:
+        raise InputError(f"{path} is no text of 0 and 1") from None
+    lines = [(number, "".join(line.split())) for number, line in enumerate(text.splitlines(), 1)]
+    lines = [(number, line) for number, line in lines if line]
+    if not lines:
+        raise InputError(f"{path} is empty")
+    width = len(lines[0][1])
+    for number, line in lines:
+        if strange := line.strip("01"):
+            raise InputError(f"{path}, line {number}: {strange[0]!r} is neither 0 nor 1")
+        if len(line) != width:
+            raise InputError(
+                f"{path}, line {number}: {len(line)} digits, but line {lines[0][0]} has {width}"
+            )
+    if len(lines) != width:
+        raise InputError(f"{path}: {len(lines)} rows of {width} digits are not a square matrix")
+    matrix = np.array([[digit == "1" for digit in line] for _, line in lines])
+    if (rank := gallery.rank(_as_ints(matrix))) < width:
+        raise InputError(f"{path}: the matrix is singular, of rank {rank} instead of {width}")
+    return matrix
+
+
+def main(arguments: Sequence[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(prog="demo", description="Synthesises, verifies, draws.")
+    parser.add_argument("file", nargs="?", type=Path, help="a matrix, a line of 0 and 1 a row")
+    parser.add_argument("--picture", type=Path, help="where the picture goes (SVG)")
+    options = parser.parse_args(arguments)
+    try:
+        matrix = read_matrix(options.file) if options.file else None
+    except InputError as error:
+        print(f"demo: {error}", file=sys.stderr)
+        return 2
+    picture = options.picture or Path("build" if Path("build").is_dir() else ".") / "demo.svg"
+    screen = Screen()
+    print(f"zeltbraidwerk {zb.__version__}")
+    sections = [section for section in SECTIONS if matrix is None or section.takes_matrix]
+    try:
+        # Every section runs, also behind one that failed.
+        outcomes = [section.run(screen, matrix, picture) for section in sections]
+    except KeyboardInterrupt:
+        print("\nstopped", file=sys.stderr)
+        return 130
+    except OSError as error:
+        print(f"demo: cannot write {error.filename}: {error.strerror}", file=sys.stderr)
+        return 2
+    return 0 if all(outcomes) else 1
+
+
+def _synthesised(
+    screen: Screen, matrix: BoolArray, method: str, options: dict[str, Any]
+) -> LinearSynthesis | None:
+    """None when no run ended in its time."""
+    screen.progress(f"{method} ...")
+    start = time.perf_counter()
+
+    def progress(best: int) -> None:
+        screen.progress(f"{method}: {best} CNOTs, {time.perf_counter() - start:.1f} s")
+
+    try:
+        return zb.linear.synthesize(
+            matrix, method=method, permutation="free", seed=1, progress=progress, **options
+        )
+    except UnfinishedError:
+        return None
+
+
+def _replay(circuit: CnotCircuit, permutation: Sequence[int]) -> list[int]:
+    """The map of a circuit, output by output, each the inputs in it as bits of an int."""
+    wires = [1 << wire for wire in range(circuit.n)]
+    for control, target in circuit:
+        wires[target] ^= wires[control]
+    return [wires[wire] for wire in permutation]
+
+
+def _as_ints(matrix: BoolArray) -> list[int]:
+    return [sum(1 << int(c) for c in np.flatnonzero(row)) for row in matrix]
+
+
+def _aligned(cells: Sequence[str], widths: Sequence[int]) -> str:
+    return "  ".join(
+        [
+            cells[0].ljust(widths[0]),
+            *(cell.rjust(width) for cell, width in zip(cells[1:], widths[1:], strict=True)),
+        ]
+    )
+
+
+if __name__ == "__main__":
+    sys.exit(main())
