@@ -1,7 +1,7 @@
 #include "zeltbraidwerk/linear/greedy_log.h"
 
 #include <cmath>
-#include <utility>
+#include <vector>
 
 #include "zeltbraidwerk/linear/internal/greedy_doors.h"
 #include "zeltbraidwerk/linear/internal/log_position.h"
@@ -11,11 +11,11 @@ namespace synthesis {
 using namespace zelt::braidwerk::internal;
 
 void create_cost_matrix_log(int n, BoolMatrix& A, Table<double>& R, Table<double>& C) {
-  if (n < 1) return;
-  LogSavings savings(n);
-  savings.find(Lines(BitMatrix::pack(A, n, n)), logarithms(n));
+  const LogPosition position(BitMatrix::pack(A, n, n));
   for (int i = 0; i < n; ++i) entry(R, i, i) = entry(C, i, i) = -n * std::log(n);
-  each_addition(n, [&](LineAddition o) { entry(o.row ? R : C, o.from, o.to) = savings.at(o); });
+  each_addition(n, [&, before = position.potential()](LineAddition o) {
+    entry(o.row ? R : C, o.from, o.to) = position.saving(o, before);
+  });
 }
 
 void update_cost_matrix_log(int n, int, int, bool, BoolMatrix& A, Table<double>& R,
@@ -26,18 +26,22 @@ void update_cost_matrix_log(int n, int, int, bool, BoolMatrix& A, Table<double>&
 int compute_available_operation_log(int n, int width, int depth, const BoolMatrix& A,
                                     const Table<double>& R, const Table<double>& C,
                                     std::vector<LogScoredOperation>& out) {
-  const BitMatrix a = BitMatrix::pack(A, n, n);
-  if (depth > 1) return put_ahead(LogPosition(a), {width, depth}, out);
-  return put_all(n, out, [&, base = potential(Lines(a), logarithms(n))](LineAddition o) {
+  const LogPosition position(BitMatrix::pack(A, n, n));
+  if (depth > 1) return put_ahead(position, {width, depth}, out);
+  return put_all(n, out, [&, base = position.potential()](LineAddition o) {
     return base - entry(o.row ? R : C, o.from, o.to);
   });
 }
 
 Operation compute_next_operation_log(int n, int width, int depth, const BoolMatrix& A,
                                      const Table<double>& R, const Table<double>& C) {
-  LogSavings savings(n);
-  each_addition(n, [&](LineAddition o) { savings.set(o, entry(o.row ? R : C, o.from, o.to)); });
-  return next_operation(LogPosition(BitMatrix::pack(A, n, n), std::move(savings)), {width, depth});
+  const LogPosition position(BitMatrix::pack(A, n, n));
+  if (depth > 1) return next_operation(position, {width, depth});
+  std::vector<LogCandidate> candidates;
+  each_addition(n, [&, base = position.potential()](LineAddition o) {
+    candidates.push_back({base - entry(o.row ? R : C, o.from, o.to), o});
+  });
+  return to_operation(draw_lowest(candidates, shared_draw));
 }
 
 structures::CnotCircuit greedy_synthesis_log(int n, BoolMatrix A, std::vector<int>& perm, int width,

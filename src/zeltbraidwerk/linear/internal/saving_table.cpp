@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
+#include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
-#include "zeltbraidwerk/linear/internal/cell_rows.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -16,10 +15,10 @@ Cell largest_of(const Cell* row, std::size_t stride) {
 }
 
 ZELTBRAIDWERK_CLONES
-int count_equal(const Cell* row, std::size_t stride, Cell value) {
-  int count = 0;
-  for (std::size_t k = 0; k < stride; ++k) count += row[k] == value;
-  return count;
+void find_row_maxima(const Cell* cells, int n, std::size_t stride, Cell* largest) {
+  for (int i = 0; i < n; ++i) {
+    largest[i] = largest_cell(cells + static_cast<std::size_t>(i) * stride, stride);
+  }
 }
 
 ZELTBRAIDWERK_CLONES
@@ -36,34 +35,66 @@ void add_pair_savings(const Word* lines, int words, const int* weights, int n, b
   }
 }
 
-/// How much nearer each line is to `after` than to `before`.
+/// The savings of the pairs with line k, by how much nearer it has come to the other line; on one
+/// side of the diagonal also by how much it has grown.
 ZELTBRAIDWERK_CLONES
-void find_approach(const Word* lines, int words, const Word* before, const Word* after, int n,
-                   Cell* approach) {
+void follow_line(const Word* lines, int words, int n, int k, const Word* before, bool backward,
+                 Cell* cells, Cell* largest, std::size_t stride) {
+  const Word* after = lines + k * words;
+  int grown = 0;
+  for (int w = 0; w < words; ++w) grown += std::popcount(after[w]) - std::popcount(before[w]);
+  const int grown_in_row = backward ? grown : 0;
+  const int grown_in_column = grown - grown_in_row;
+  Cell* own = cells + static_cast<std::size_t>(k) * stride;
   for (int a = 0; a < n; ++a) {
+    if (a == k) continue;
     const Word* line = lines + a * words;
-    approach[a] = static_cast<Cell>(distance(line, before, words) - distance(line, after, words));
+    const int nearer = distance(line, before, words) - distance(line, after, words);
+    own[a] = static_cast<Cell>(own[a] + nearer + grown_in_row);
+    Cell* row = cells + static_cast<std::size_t>(a) * stride;
+    const Cell old = row[k];
+    row[k] = static_cast<Cell>(old + nearer + grown_in_column);
+    if (row[k] >= largest[a]) {
+      largest[a] = row[k];
+    } else if (old == largest[a]) {
+      largest[a] = largest_cell(row, stride);
+    }
   }
+  largest[k] = largest_cell(own, stride);
 }
 
 ZELTBRAIDWERK_CLONES
-void add_to_row(Cell* __restrict row, const Cell* __restrict change, Cell shift, int n) {
-  for (int k = 0; k < n; ++k) row[k] = static_cast<Cell>(row[k] + change[k] + shift);
-}
-
-ZELTBRAIDWERK_CLONES
-void add_changes(const Word* before, const Word* after, bool backward, Cell* cells, Cell* largest,
-                 int n, std::size_t stride, Cell* bits, Cell* changes) {
-  fill_changes(before, after, n, stride, backward, bits, changes);
+void follow_place(const Word* before, const Word* after, int n, bool backward, Cell* cells,
+                  Cell* largest, std::size_t stride, Cell* changes) {
+  fill_changes(before, after, n, stride, backward, changes);
   for (int k = 0; k < n; ++k) {
     const std::size_t kind = change_kind(before, after, k);
     if (kind == 0 && !backward) continue;
-    const Cell* __restrict change = changes + kind * stride;
-    Cell* __restrict row = cells + static_cast<std::size_t>(k) * stride;
+    const Cell* change = changes + kind * stride;
+    Cell* row = cells + static_cast<std::size_t>(k) * stride;
     const Cell diagonal = row[k];
-    for (std::size_t c = 0; c < stride; ++c) row[c] = static_cast<Cell>(row[c] + change[c]);
+    CellVector most = CellVector{} + no_saving;
+    for (std::size_t c = 0; c < stride; c += cell_lanes) {
+      CellVector& savings = vector_at(row + c);
+      savings += vector_at(change + c);
+      raise(most, savings);
+    }
     row[k] = diagonal;
-    largest[k] = largest_cell(row, stride);
+    largest[k] = largest_lane(most);
+  }
+}
+
+/// Adds to counts[i] how often row i holds the value, which is the largest of all rows.
+ZELTBRAIDWERK_CLONES
+void count_largest(const Cell* cells, const Cell* largest, int n, std::size_t stride, Cell value,
+                   int* counts) {
+  for (int i = 0; i < n; ++i) {
+    if (largest[i] != value) continue;
+    CellVector equal = {};
+    for (std::size_t k = 0; k < stride; k += cell_lanes) {
+      equal -= vector_at(cells + static_cast<std::size_t>(i) * stride + k) == value;
+    }
+    counts[i] += sum_of_lanes(equal);
   }
 }
 
@@ -73,7 +104,7 @@ SavingTable::SavingTable(int n)
     : n_(std::max(n, 0)),
       stride_((static_cast<std::size_t>(n_) + cell_lanes - 1) / cell_lanes * cell_lanes),
       cells_(static_cast<std::size_t>(n_) * stride_, no_saving),
-      largest_(static_cast<std::size_t>(n_), no_saving) {
+      largest_(stride_, no_saving) {
   for (int i = 0; i < n; ++i) {
     std::fill_n(row(i), n, Cell{0});
     set(i, i, -2 * n);
@@ -81,7 +112,7 @@ SavingTable::SavingTable(int n)
 }
 
 void SavingTable::find_largest() {
-  for (int i = 0; i < n_; ++i) largest_.data()[i] = largest_of(row(i), stride_);
+  find_row_maxima(cells_.data(), n_, stride_, largest_.data());
 }
 
 void SavingTable::add_savings(const BitMatrix& lines, const int* weights, Direction direction) {
@@ -93,36 +124,14 @@ void SavingTable::add_savings(const BitMatrix& lines, const int* weights, Direct
 
 void SavingTable::line_changed(const BitMatrix& lines, int k, const Word* before,
                                Direction direction) {
-  const Word* after = lines.row(k);
-  std::vector<Cell> approach(stride_);
-  find_approach(lines.row(0), lines.stride(), before, after, n_, approach.data());
-  const auto growth =
-      static_cast<Cell>(weight(after, lines.stride()) - weight(before, lines.stride()));
-  const bool forward = direction == Direction::Forward;
-
-  const Cell diagonal = at(k, k);
-  add_to_row(row(k), approach.data(), forward ? Cell{0} : growth, n_);
-  row(k)[k] = diagonal;
-  largest_.data()[k] = largest_of(row(k), stride_);
-
-  for (int a = 0; a < n_; ++a) {
-    if (a == k) continue;
-    Cell& cell = row(a)[k];
-    Cell& largest = largest_.data()[a];
-    const Cell old = cell;
-    cell = static_cast<Cell>(cell + approach.data()[a] + (forward ? growth : 0));
-    if (cell >= largest) {
-      largest = cell;
-    } else if (old == largest) {
-      largest = largest_of(row(a), stride_);
-    }
-  }
+  follow_line(lines.row(0), lines.stride(), n_, k, before, direction == Direction::Backward,
+              cells_.data(), largest_.data(), stride_);
 }
 
 void SavingTable::place_changed(const Word* before, const Word* after, Direction direction) {
-  std::vector<Cell> room(6 * stride_);
-  add_changes(before, after, direction == Direction::Backward, cells_.data(), largest_.data(), n_,
-              stride_, room.data(), room.data() + 2 * stride_);
+  changes_.resize(4 * stride_);
+  follow_place(before, after, n_, direction == Direction::Backward, cells_.data(), largest_.data(),
+               stride_, changes_.data());
 }
 
 void Savings::add(const Lines& lines, SavingTable::Direction direction) {
@@ -147,24 +156,17 @@ LineAddition Savings::draw_largest(bool only_gains, const Draw& draw) const {
   if (n < 2) return no_addition;
   Cell best = no_saving;
   for (const SavingTable& table : side) {
-    best = std::max(best, largest_of(table.largest(), static_cast<std::size_t>(n)));
+    best = std::max(best, largest_of(table.largest(), table.stride()));
   }
   if (only_gains && best <= 0) return no_addition;
 
-  const auto ties_in = [&](bool row, int i) {
-    const SavingTable& table = side[row];
-    return table.largest()[i] == best ? count_equal(table.row(i), table.stride(), best) : 0;
-  };
-  int ties = 0;
-  for (int i = 0; i < n; ++i) ties += ties_in(false, i) + ties_in(true, i);
-
-  int left = draw(0, ties - 1);
-  int from = 0;
-  for (; from < n; ++from) {
-    const int here = ties_in(false, from) + ties_in(true, from);
-    if (left < here) break;
-    left -= here;
+  std::vector<int> counts(static_cast<std::size_t>(n));
+  for (const SavingTable& table : side) {
+    count_largest(table.row(0), table.largest(), n, table.stride(), best, counts.data());
   }
+  int left = draw(0, std::accumulate(counts.begin(), counts.end(), 0) - 1);
+  int from = 0;
+  while (left >= counts.data()[from]) left -= counts.data()[from++];
   for (int to = 0; to < n; ++to) {
     for (const bool row : {false, true}) {
       if (side[row].at(from, to) == best && left-- == 0) return {from, to, row};

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/draw.h"
+#include "zeltbraidwerk/linear/internal/cell_rows.h"
 #include "zeltbraidwerk/linear/internal/lines.h"
 
 namespace zelt::braidwerk::internal {
@@ -20,7 +20,6 @@ namespace zelt::braidwerk::internal {
 /// below every value, and the largest cell of each row is kept at all times.
 class SavingTable {
  public:
-  using Cell = std::int16_t;
   enum class Direction { Forward, Backward };
 
   explicit SavingTable(int n);
@@ -50,8 +49,9 @@ class SavingTable {
 
   int n_;
   std::size_t stride_;
-  std::vector<Cell> cells_;
-  std::vector<Cell> largest_;
+  std::vector<Cell, AlignedAllocator<Cell>> cells_;
+  std::vector<Cell, AlignedAllocator<Cell>> largest_;  ///< padded like a row
+  std::vector<Cell> changes_;  ///< room for place_changed()
 };
 
 /// The savings of row additions, side[true], and of column additions, side[false], of one matrix,
