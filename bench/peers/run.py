@@ -114,7 +114,12 @@ FREE = {"permutation": "free", "seed": 1}
 # Title, sizes, the peer, ours. A size is a number of random matrices' qubits, or a layer's name.
 Named = tuple[str, Method]
 COMPARISONS: tuple[tuple[str, tuple[int | str, ...], Named, Named], ...] = (
-    ("One elimination", (64, 256, 512), ("Qiskit", qiskit_pmh), ("PMH_Algorithm", our_single_pmh)),
+    (
+        "One elimination",
+        (8, 16, 32, 64, 256, 512),
+        ("Qiskit", qiskit_pmh),
+        ("PMH_Algorithm", our_single_pmh),
+    ),
     (
         "Best elimination",
         (8, 16, 32, 64, "aes_mixcolumns"),
