@@ -69,9 +69,10 @@ void combine_rows(Exponent* m, std::size_t size, const Exponent* g, const int* i
     for (std::size_t p = 0; p < k; ++p) {
       if (is_unit(g + p * k, 1, k, p)) continue;
       Exponent* target = row(p);
-      std::fill_n(target, count, Exponent{0});
+      const bool grows = g[p * k + p] == 1;  // the old row is there already
+      if (!grows) std::fill_n(target, count, Exponent{0});
       for (std::size_t t = 0; t < k; ++t) {
-        add_multiple(target, old + t * stretch, g[p * k + t], count);
+        if (!(grows && t == p)) add_multiple(target, old + t * stretch, g[p * k + t], count);
       }
       cut(target, count);
     }

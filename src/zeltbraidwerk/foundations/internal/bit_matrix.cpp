@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 
@@ -45,13 +44,10 @@ ZELTBRAIDWERK_CLONES
 void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out) {
   for (int r = 0; r < a.rows(); ++r) {
     Word* __restrict target = out.row(r);
-    const Word* bits = a.row(r);
-    for (int w = 0; w < a.stride(); ++w) {
-      for (Word rest = bits[w]; rest != 0; rest &= rest - 1) {
-        const Word* __restrict source = b.row(w * word_bits + std::countr_zero(rest));
-        for (int k = 0; k < b.stride(); ++k) target[k] ^= source[k];
-      }
-    }
+    for_each_bit(a.row(r), a.stride(), [&](int k) {
+      const Word* __restrict source = b.row(k);
+      for (int w = 0; w < b.stride(); ++w) target[w] ^= source[w];
+    });
   }
 }
 
@@ -209,62 +205,6 @@ BitMatrix inverse(BitMatrix m) {
 bool is_invertible(BitMatrix m) {
   BitMatrix none(m.rows(), 0);
   return m.rows() == 0 || reduce_to_upper(m, none, true);
-}
-
-int lu_factorise(BitMatrix& m, std::vector<int>& rows, std::vector<int>& cols) {
-  const int n = m.rows();
-  std::vector<int> rows_left(static_cast<std::size_t>(n));
-  std::iota(rows_left.begin(), rows_left.end(), 0);
-  std::vector<Word> cols_left(static_cast<std::size_t>(m.stride()));
-  for (int c = 0; c < n; ++c)
-    cols_left[static_cast<std::size_t>(c / word_bits)] |= Word{1} << (c % word_bits);
-  std::vector<int> col_weight(static_cast<std::size_t>(n));
-  std::vector<Word> live(cols_left.size());
-
-  for (int step = 0; step < n; ++step) {
-    std::fill(col_weight.begin(), col_weight.end(), 0);
-    const auto each_live_column = [&](int r, auto&& visit) {
-      for (int w = 0; w < m.stride(); ++w) {
-        for (Word rest = m.row(r)[w] & cols_left[static_cast<std::size_t>(w)]; rest != 0;
-             rest &= rest - 1) {
-          visit(w * word_bits + std::countr_zero(rest));
-        }
-      }
-    };
-    for (const int r : rows_left) {
-      each_live_column(r, [&](int c) { ++col_weight[static_cast<std::size_t>(c)]; });
-    }
-    int best = 2 * n + 2;
-    int pivot_row = -1;
-    int pivot_col = -1;
-    for (const int r : rows_left) {
-      int row_weight = 0;
-      each_live_column(r, [&](int) { ++row_weight; });
-      each_live_column(r, [&](int c) {
-        const int cost = row_weight + col_weight[static_cast<std::size_t>(c)];
-        if (cost < best) {
-          best = cost;
-          pivot_row = r;
-          pivot_col = c;
-        }
-      });
-    }
-    if (pivot_row < 0) return step;
-    std::erase(rows_left, pivot_row);
-    cols_left[static_cast<std::size_t>(pivot_col / word_bits)] &=
-        ~(Word{1} << (pivot_col % word_bits));
-    rows[static_cast<std::size_t>(step)] = pivot_row;
-    cols[static_cast<std::size_t>(step)] = pivot_col;
-    const Word* source = m.row(pivot_row);
-    for (int w = 0; w < m.stride(); ++w) {
-      live[static_cast<std::size_t>(w)] = source[w] & cols_left[static_cast<std::size_t>(w)];
-    }
-    for (const int r : rows_left) {
-      if (!m.get(r, pivot_col)) continue;
-      for (int w = 0; w < m.stride(); ++w) m.row(r)[w] ^= live[static_cast<std::size_t>(w)];
-    }
-  }
-  return n;
 }
 
 }  // namespace zelt::braidwerk::internal

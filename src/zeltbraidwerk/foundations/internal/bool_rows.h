@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -47,6 +48,27 @@ inline void write_bits(Word* words, std::size_t first, int count, Word bits) {
   words[w] = (words[w] & ~(low_bits(count) << shift)) | (bits << shift);
   if (const int over = shift + count - word_bits; over > 0) {
     words[w + 1] = (words[w + 1] & ~low_bits(over)) | (bits >> (count - over));
+  }
+}
+
+/// Calls f for the number of each set bit, ascending. Each word is read once, before f sees its
+/// bits, so f may change the words.
+template <class F>
+void for_each_bit(const Word* words, int count, F&& f) {
+  for (int w = 0; w < count; ++w) {
+    for (Word rest = words[w]; rest != 0; rest &= rest - 1) {
+      f(w * word_bits + std::countr_zero(rest));
+    }
+  }
+}
+
+/// The same for the bits set in both.
+template <class F>
+void for_each_bit_of_both(const Word* a, const Word* b, int count, F&& f) {
+  for (int w = 0; w < count; ++w) {
+    for (Word rest = a[w] & b[w]; rest != 0; rest &= rest - 1) {
+      f(w * word_bits + std::countr_zero(rest));
+    }
   }
 }
 

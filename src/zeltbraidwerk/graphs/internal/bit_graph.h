@@ -9,27 +9,6 @@
 
 namespace zelt::braidwerk::internal {
 
-/// Calls f for the number of each set bit, ascending. Each word is read once, before f sees its
-/// bits, so f may change the words.
-template <class F>
-void for_each_bit(const Word* words, int count, F&& f) {
-  for (int w = 0; w < count; ++w) {
-    for (Word rest = words[w]; rest != 0; rest &= rest - 1) {
-      f(w * word_bits + std::countr_zero(rest));
-    }
-  }
-}
-
-/// The same for the bits set in both.
-template <class F>
-void for_each_bit_of_both(const Word* a, const Word* b, int count, F&& f) {
-  for (int w = 0; w < count; ++w) {
-    for (Word rest = a[w] & b[w]; rest != 0; rest &= rest - 1) {
-      f(w * word_bits + std::countr_zero(rest));
-    }
-  }
-}
-
 /// A set of vertices 0 to size - 1.
 class VertexSet {
  public:
