@@ -79,7 +79,7 @@ void combine_rows(Exponent* m, std::size_t size, const Exponent* g, const int* i
   }
 }
 
-/// The columns `idx` of m become themselves times g. `old` holds k entries.
+/// The columns `idx` of m become themselves times g. `old` holds 2k entries.
 void combine_columns(Exponent* m, std::size_t size, const Exponent* g, const int* idx,
                      std::size_t k, Exponent* old) {
   for (std::size_t p = 0; p < k; ++p) old[k + p] = !is_unit(g + p, k, k, p);
