@@ -1,0 +1,339 @@
+#include "zeltbraidwerk/pauli/codiag.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/dense.h"
+#include "support/pauli.h"
+#include "zeltbraidwerk/pauli/graph_state_codiag.h"
+#include "zeltbraidwerk/pauli/internal/table_frame.h"
+#include "zeltbraidwerk/pauli/internal/tree_diagonaliser.h"
+
+namespace {
+
+using structures::Gate;
+using structures::Graph;
+using structures::Parameter;
+using support::numbered_angles;
+using support::rows;
+using support::text;
+using testing::ElementsAre;
+
+std::size_t at(int i) {
+  return static_cast<std::size_t>(i);
+}
+
+bool is_diagonal(const PauliTable& table) {
+  return text(table).find_first_of("XY") == std::string::npos;
+}
+
+std::string names(const std::vector<Gate>& circuit) {
+  std::string all;
+  for (const Gate& gate : circuit) {
+    all += gate.name;
+    for (const int q : gate.qbits) all += std::to_string(q);
+    all += ' ';
+  }
+  return all;
+}
+
+/// The greedy loop as written, on plain tables.
+std::vector<Gate> naive_co_diag(PauliTable& table, std::vector<Parameter>& params) {
+  std::vector<Gate> circuit;
+  std::set<int> active;
+  for (const auto& row : table) {
+    for (std::size_t q = 0; q < row.size(); ++q) {
+      if (row[q] != 0) active.insert(static_cast<int>(q));
+    }
+  }
+  const auto pair_step = [&] {
+    for (const int q1 : active) {
+      for (const int q2 : active) {
+        for (int p = 0; q2 > q1 && p < 9; ++p) {
+          const int p2 = 1 + p / 3;
+          const int p1 = 1 + p % 3;
+          if (!std::all_of(table.begin(), table.end(), [&](const auto& row) {
+                return (row[at(q1)] == 0 || row[at(q1)] == p1) ==
+                       (row[at(q2)] == 0 || row[at(q2)] == p2);
+              })) {
+            continue;
+          }
+          bring_to_z(table, params, q1, p1, circuit);
+          bring_to_z(table, params, q2, p2, circuit);
+          apply_cnot(table, params, q1, q2, circuit);
+          active.erase(q2);
+          return true;
+        }
+      }
+    }
+    return false;
+  };
+  while (!active.empty()) {
+    for (const int q : std::vector<int>(active.begin(), active.end())) {
+      std::set<int> letters;
+      for (const auto& row : table) letters.insert(row[at(q)]);
+      letters.erase(0);
+      if (letters.size() > 1) continue;
+      if (!letters.empty()) bring_to_z(table, params, q, *letters.begin(), circuit);
+      active.erase(q);
+    }
+    if (active.empty() || pair_step()) continue;
+    int best = -1;
+    std::ptrdiff_t least = 1 << 20;
+    for (int r = 0; r < static_cast<int>(table.size()); ++r) {
+      const auto weight = std::count_if(active.begin(), active.end(),
+                                        [&](int q) { return table[at(r)][at(q)] != 0; });
+      if (weight > 0 && weight < least) best = r;
+      if (weight > 0) least = std::min(least, weight);
+    }
+    if (best < 0) break;
+    std::vector<int> support;
+    for (const int q : active) {
+      if (table[at(best)][at(q)] != 0) support.push_back(q);
+      bring_to_z(table, params, q, table[at(best)][at(q)], circuit);
+    }
+    for (std::size_t i = 0; i + 1 < support.size(); ++i) {
+      apply_cnot(table, params, support[i], support[i + 1], circuit);
+    }
+    active.erase(support.back());
+  }
+  return circuit;
+}
+
+TEST(CoDiagonalisation, GoesAsWritten) {
+  std::mt19937 rng(1);
+  for (int round = 0; round < 2000; ++round) {
+    const int n = 1 + round % 8;
+    const int m = static_cast<int>(rng() % 80);
+    // Rows that do not commute as well: then too the loop ends, with what is left.
+    const PauliTable before = round % 5 == 0 ? support::random_rows(m, n, rng)
+                                             : support::random_commuting_rows(m, n, rng);
+    PauliTable table = before;
+    PauliTable naive = before;
+    auto params = numbered_angles(at(m));
+    auto naive_params = params;
+    const auto circuit = duncan_co_diag(table, params);
+    ASSERT_EQ(names(circuit), names(naive_co_diag(naive, naive_params))) << text(before);
+    ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    ASSERT_TRUE(round % 5 == 0 || is_diagonal(table)) << text(before);
+  }
+}
+
+TEST(CoDiagonalisation, KeepsToItsWorkedExamples) {
+  const auto run = [](const std::vector<std::string>& strings) {
+    PauliTable table = rows(strings);
+    auto params = numbered_angles(table.size());
+    const std::string gates = names(duncan_co_diag(table, params));
+    return gates + "| " + text(table);
+  };
+  EXPECT_EQ(run({}), "| ");
+  EXPECT_EQ(run({"II"}), "| II");
+  EXPECT_EQ(run({"ZI", "ZZ"}), "| ZI ZZ");
+  EXPECT_EQ(run({"XX", "ZZ"}), "H0 H1 CNOT01 H0 | IZ ZI");
+  EXPECT_EQ(run({"XI", "IY"}), "H0 RX1 | ZI IZ");
+
+  // The steps on their own; symbolic angles flip as numbers do.
+  PauliTable table = rows({"XXX", "YYI"});
+  std::vector<Parameter> params{Parameter("a"), Parameter(2.0)};
+  std::set<int> active{0, 1, 2};
+  std::vector<Gate> circuit;
+  update_single_qubits(table, params, active, circuit);
+  EXPECT_THAT(active, ElementsAre(0, 1));
+  EXPECT_TRUE(update_pair_qubits(table, params, active, circuit));
+  EXPECT_THAT(active, ElementsAre(0));
+  EXPECT_FALSE(update_pair_qubits(table, params, active, circuit));
+  greedy_diag(table, params, active, circuit);
+  EXPECT_EQ(names(circuit) + text(table), "H2 H0 H1 CNOT01 H0 IZZ ZZI");
+  EXPECT_EQ(params[1].value, -2);
+  active = {1};
+  table = rows({"XIX"});
+  greedy_diag(table, params, active, circuit);
+  EXPECT_TRUE(active.empty());
+}
+
+/// The product of the rotations, the first acting first.
+support::Dense network(const PauliTable& table, const std::vector<Parameter>& params, int n) {
+  support::Dense u = support::Dense::identity(std::size_t{1} << n);
+  for (std::size_t r = 0; r < table.size(); ++r) {
+    u = support::rotation(text(table[r]), params[r].value) * u;
+  }
+  return u;
+}
+
+TEST(CoDiagonalisation, KeepsTheOperator) {
+  std::mt19937 rng(4);
+  for (int round = 0; round < 60; ++round) {
+    const int n = 1 + round % 4;
+    PauliTable table = support::random_commuting_rows(n + 2, n, rng);
+    auto params = numbered_angles(table.size());
+    const auto before = network(table, params, n);
+    int failures = 0;
+    const auto circuit = generate_basis_change(table, params, round % 3, failures);
+    const auto c = support::unitary(circuit, n);
+    EXPECT_TRUE((c.dagger() * network(table, params, n) * c).near(before));
+  }
+}
+
+Graph random_device(int n, std::mt19937& rng) {
+  Graph graph(n);
+  const bool is_path = rng() % 2;
+  for (int v = 1; v < n; ++v) {
+    graph.add_edge(v, is_path ? v - 1 : static_cast<int>(rng() % static_cast<unsigned>(v)));
+  }
+  for (int k = 0; n > 2 && !is_path && k < n / 3; ++k) graph.add_edge(k, n - 1 - k);
+  graph.set_shortest_paths();
+  return graph;
+}
+
+bool keeps_to_edges(const std::vector<Gate>& circuit, const Graph& graph) {
+  return std::all_of(circuit.begin(), circuit.end(), [&](const Gate& gate) {
+    return gate.qbits.size() == 1 || graph.are_neighbors(gate.qbits[0], gate.qbits[1]);
+  });
+}
+
+TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
+  std::mt19937 rng(2);
+  for (int round = 0; round < 3000; ++round) {
+    const int n = 2 + round % 9;
+    Graph graph = random_device(n, rng);
+    const int m = 1 + static_cast<int>(rng() % 20);
+    const PauliTable before = support::random_commuting_rows(m, n, rng);
+    PauliTable table = before;
+    auto params = numbered_angles(at(m));
+    const auto circuit = generate_basis_change_aa(table, params, graph);
+    ASSERT_TRUE(keeps_to_edges(circuit, graph));
+    ASSERT_TRUE(is_diagonal(table)) << text(before);
+    ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+
+    // What the loop falls back on when qubits keep coming back.
+    auto frame = zelt::braidwerk::internal::pack_table(before);
+    std::vector<Gate> by_tree;
+    zelt::braidwerk::internal::diagonalise_on_tree(frame, graph, by_tree);
+    table = before;
+    params = numbered_angles(at(m));
+    zelt::braidwerk::internal::unpack_table(frame, table, params);
+    ASSERT_TRUE(keeps_to_edges(by_tree, graph));
+    ASSERT_TRUE(is_diagonal(table)) << text(before);
+    ASSERT_TRUE(support::is_rewritten_by(before, table, params, by_tree)) << text(before);
+  }
+}
+
+TEST(CoDiagonalisationOnGraphs, QubitsOfTheTreeBecomeActiveAgain) {
+  Graph path(3);
+  path.add_edge(0, 1);
+  path.add_edge(1, 2);
+  path.set_shortest_paths();
+  PauliTable table = rows({"XIX", "ZIZ"});
+  auto params = numbered_angles(2);
+  std::set<int> active{0, 2};
+  std::vector<Gate> circuit;
+  EXPECT_FALSE(update_pair_qubits_aa(table, params, active, circuit, path));
+  greedy_diag_aa(table, params, active, circuit, path);
+  EXPECT_EQ(names(circuit), "H0 H2 CNOT10 CNOT01 CNOT12 ");
+  EXPECT_THAT(active, ElementsAre(0, 1));
+  EXPECT_TRUE(update_pair_qubits_aa(table, params, active, circuit, path));
+}
+
+/// Rank over GF(2) by definition of the span.
+int naive_rank(const BoolMatrix& m) {
+  std::set<BoolRow> span{BoolRow(m.empty() ? 0 : m[0].size())};
+  int rank = 0;
+  for (const BoolRow& row : m) {
+    if (span.count(row) != 0) continue;
+    ++rank;
+    for (BoolRow member : std::vector<BoolRow>(span.begin(), span.end())) {
+      span.insert(member ^= row);
+    }
+  }
+  return rank;
+}
+
+/// The H gates as written; nothing when the rank cannot be reached.
+std::string naive_h_gates(PauliTable table) {
+  auto [z, x] = build_tables(table);
+  z = transpose(z);
+  x = transpose(x);
+  BoolMatrix chosen;
+  std::string gates;
+  const int n = static_cast<int>(x.size());
+  for (int q = 0; q < n && naive_rank(x) != n; ++q) {
+    chosen.push_back(z[at(q)]);
+    if (naive_rank(chosen) == q + 1) {
+      gates += "H" + std::to_string(q) + " ";
+      std::swap(z[at(q)], x[at(q)]);
+    }
+    chosen.back() = x[at(q)];
+  }
+  return naive_rank(x) == n ? gates : "none";
+}
+
+TEST(GraphStateCoDiagonalisation, DiagonalisesWhatIsOfFullRank) {
+  std::mt19937 rng(3);
+  int failures = 0;
+  int failed = 0;
+  for (int round = 0; round < 2000; ++round) {
+    const int n = 1 + round % 7;
+    const int m = n + static_cast<int>(rng() % 4);
+    const PauliTable before = support::random_commuting_rows(m, n, rng);
+    const std::string h_gates = naive_h_gates(before);
+    PauliTable table = before;
+    auto params = numbered_angles(at(m));
+    const int method = round % 3;
+    const auto circuit = generate_basis_change(table, params, method, failures);
+    ASSERT_TRUE(is_diagonal(table)) << text(before);
+    ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    failed += method != 0 && h_gates == "none";
+    ASSERT_EQ(failures, failed);
+    if (method == 0 || h_gates == "none") continue;
+    ASSERT_TRUE(names(circuit).starts_with(h_gates)) << text(before);
+    ASSERT_TRUE(names(circuit).ends_with("H" + std::to_string(n - 1) + " "));
+  }
+  EXPECT_GT(failed, 100);
+  EXPECT_LT(failed, 1000);
+}
+
+TEST(GraphStateCoDiagonalisation, KeepsToItsWorkedExamples) {
+  const auto run = [](const std::vector<std::string>& strings) {
+    PauliTable table = rows(strings);
+    auto params = numbered_angles(table.size());
+    const std::string gates = names(graph_state_codiag(table, params, 1));
+    return gates + "| " + text(table);
+  };
+  EXPECT_EQ(run({}), "| ");
+  EXPECT_EQ(run({"XI", "IX"}), "H0 H1 | ZI IZ");
+  EXPECT_EQ(run({"ZI", "IZ"}), "H0 H1 H0 H1 | ZI IZ");
+  EXPECT_EQ(run({"Y"}), "RZ0 H0 | Z");
+  PauliTable two = rows({"XZ", "ZX", "YY"});
+  EXPECT_EQ(std::get<0>(construct_adjacency_matrix(two)), (BoolMatrix{{0, 1}, {1, 0}}));
+
+  // Failures leave the table alone, or fall back on the greedy method.
+  int failures = 0;
+  for (const auto& strings : {std::vector<std::string>{"XX"}, {"XI", "YI", "IX", "IZ"}}) {
+    PauliTable table = rows(strings);
+    auto params = numbered_angles(table.size());
+    EXPECT_THROW(graph_state_codiag(table, params, 2), std::runtime_error);
+    EXPECT_EQ(table, rows(strings));
+    PauliTable greedy = table;
+    const auto wanted = duncan_co_diag(greedy, params);
+    EXPECT_EQ(generate_basis_change(table, params, 2, failures), wanted);
+    EXPECT_EQ(table, greedy);
+  }
+  EXPECT_EQ(failures, 2);
+}
+
+TEST(GraphStateCoDiagonalisation, ReducesMatrices) {
+  EXPECT_EQ(get_table_rank({{0, 1}, {0, 1}}), 1);
+  EXPECT_EQ(get_table_rank({{}, {}}), 0);
+  EXPECT_EQ(get_table_rank({}), 0);
+  BoolMatrix a{{0, 0, 1}, {0, 1, 1}, {0, 1, 0}, {0, 1, 1}};
+  BoolMatrix b{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+  EXPECT_THAT(diagonalize(a, b), ElementsAre(1, 2));
+  EXPECT_EQ(a, (BoolMatrix{{0, 1, 0}, {0, 0, 1}, {0, 0, 0}, {0, 0, 0}}));
+  EXPECT_EQ(b, (BoolMatrix{{1, 1, 0, 0}, {1, 0, 0, 0}, {1, 1, 1, 0}, {0, 1, 0, 1}}));
+  BoolMatrix wide{{1, 0, 1}};
+  EXPECT_EQ(transpose(wide), (BoolMatrix{{1}, {0}, {1}}));
+}
+
+}  // namespace

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/foundations/structures.h"
+
+/// \file
+/// Pauli tables to test on, and the signed strings that circuits are checked with.
+
+namespace support {
+
+using PauliRows = std::vector<std::vector<unsigned char>>;
+using Angles = std::vector<structures::Parameter>;
+using SignedString = std::pair<bool, std::string>;  ///< true for minus
+
+/// rows({"XIZ", "IYY"})
+inline PauliRows rows(const std::vector<std::string>& strings) {
+  PauliRows table;
+  for (const std::string& letters : strings) {
+    auto& row = table.emplace_back();
+    for (const char letter : letters) {
+      row.push_back(static_cast<unsigned char>(std::string("IXYZ").find(letter)));
+    }
+  }
+  return table;
+}
+
+inline std::string text(const std::vector<unsigned char>& row) {
+  std::string letters;
+  for (const unsigned char letter : row) letters += "IXYZ"[letter];
+  return letters;
+}
+
+/// Rows with a blank between them.
+inline std::string text(const PauliRows& table) {
+  std::string all;
+  for (const auto& row : table) all += (all.empty() ? "" : " ") + text(row);
+  return all;
+}
+
+/// 1, 2, 3, ...: angles that tell rows apart, and a flipped one from one that is not.
+inline Angles numbered_angles(std::size_t count) {
+  Angles angles;
+  for (std::size_t r = 1; r <= count; ++r) angles.emplace_back(static_cast<double>(r));
+  return angles;
+}
+
+inline PauliRows random_rows(int count, int qubits, std::mt19937& rng) {
+  PauliRows table(static_cast<std::size_t>(count),
+                  std::vector<unsigned char>(static_cast<std::size_t>(qubits)));
+  for (auto& row : table) {
+    for (unsigned char& letter : row) letter = static_cast<unsigned char>(rng() % 4);
+  }
+  return table;
+}
+
+/// Strings of I and Z behind a random Clifford circuit.
+inline PauliRows random_commuting_rows(int count, int qubits, std::mt19937& rng) {
+  using namespace zelt::braidwerk::internal;
+  PauliFrame frame(qubits, count);
+  for (int r = 0; r < count; ++r) {
+    for (int q = 0; q < qubits; ++q) frame.set_letter(r, q, rng() % 2 ? 3 : 0);
+  }
+  for (int k = 0; k < 6 * qubits; ++k) {
+    const int a = static_cast<int>(rng() % static_cast<unsigned>(qubits));
+    const int b = static_cast<int>(rng() % static_cast<unsigned>(qubits));
+    if (rng() % 2) frame.h(a);
+    if (rng() % 2) frame.s(a);
+    if (a != b) frame.cnot(a, b);
+  }
+  PauliRows table(static_cast<std::size_t>(count),
+                  std::vector<unsigned char>(static_cast<std::size_t>(qubits)));
+  frame.unpack_into(table);
+  return table;
+}
+
+inline SignedString carried(const std::string& letters, const structures::OperatorTableau& t) {
+  structures::WeylOperator w(letters);
+  w.conjugate_with(t);
+  return w.to_pauli();
+}
+
+inline structures::OperatorTableau tableau_of(const std::vector<structures::Gate>& circuit,
+                                              int qubits) {
+  structures::OperatorTableau t(qubits);
+  for (const structures::Gate& gate : circuit) t.apply_left(gate);
+  return t;
+}
+
+/// Whether the rotations (before) equal the circuit, the rotations (after), and the inverse of the
+/// circuit, row for row. The angles before are numbered_angles.
+inline bool is_rewritten_by(const PauliRows& before, const PauliRows& after, const Angles& angles,
+                            const std::vector<structures::Gate>& circuit) {
+  if (before.empty()) return after.empty() && circuit.empty();
+  const auto t = tableau_of(circuit, static_cast<int>(before[0].size()));
+  for (std::size_t r = 0; r < before.size(); ++r) {
+    const auto [negative, letters] = carried(text(before[r]), t);
+    const double angle = static_cast<double>(r + 1) * (negative ? -1 : 1);
+    if (text(after[r]) != letters || angles[r].value != angle) return false;
+  }
+  return after.size() == before.size();
+}
+
+}  // namespace support
