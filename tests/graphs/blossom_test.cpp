@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <random>
 
-#include "zeltbraidwerk/graphs/internal/matcher.h"
-
 namespace {
 
 using testing::ElementsAre;
@@ -103,22 +101,6 @@ TEST(Blossom, CountsAPairWithItsLargerScoreAndAppends) {
   EXPECT_EQ(BlossomAlgorithm({}, 0, pairs), 0.0);
   EXPECT_EQ(BlossomAlgorithm({{9}}, 1, pairs), 0.0);
   EXPECT_THAT(pairs, IsEmpty());
-}
-
-TEST(Blossom, AGraphUsedAgainMatchesLikeAFreshOne) {
-  std::mt19937 rng(2);
-  const int n = 12;
-  zelt::braidwerk::internal::Matcher matcher(n);
-  for (int round = 0; round < 30; ++round) {
-    const Table table = random_table(n, -1, 1 + round % 3, rng);
-    auto weight = matcher.weights().begin();
-    for (int i = 0; i < n; ++i) {
-      for (int j = i; j < n; ++j) *weight++ = score(table, i, j);
-    }
-    Pairs pairs;
-    matcher.run(pairs);
-    EXPECT_EQ(pairs, lemon_pairs(table, n));
-  }
 }
 
 }  // namespace

@@ -201,6 +201,10 @@ TEST(SyndromeDecoding, ASearchWithoutAnEndThrows) {
     const BoolMatrix h = matrix({"1100", "0110", "1011"});
     EXPECT_THROW(solver(h, bits("0001"), 4, 1, 1, idx), std::runtime_error);
     EXPECT_EQ(solver(h, bits("0001"), 4, 3, 3, idx).size(), 3u);
+    // The circle is entered after two steps that lead down.
+    const BoolMatrix blocks = matrix({"1110000000", "0001110000", "0000001100"});
+    std::vector<int> all{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    EXPECT_THROW(solver(blocks, bits("1111110001"), 10, 1, 1, all), std::runtime_error);
   }
 }
 

@@ -29,6 +29,7 @@ template <class Add>
 void BlockRecursion::add_lines(BitMatrix& lines, std::vector<bool>& used, Add add) {
   used.assign(static_cast<std::size_t>(lines.rows()), false);
   std::vector<int> weights;
+  weights.reserve(used.size());
   for (int a = 0; a < lines.rows(); ++a) weights.push_back(lines.row_weight(a));
   const auto weight_of = [&](int a) { return weights[static_cast<std::size_t>(a)]; };
 

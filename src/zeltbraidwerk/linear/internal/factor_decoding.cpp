@@ -48,6 +48,7 @@ class FactorBuilder {
     const int target = labels_[static_cast<std::size_t>(wire)];
     std::ranges::sort(chosen, {}, [this](int p) { return std::pair(position(p), label(p)); });
     std::vector<int> places;
+    places.reserve(chosen.size());
     for (const int p : chosen) places.push_back(position(p));
     // From the last to the first, so that the places in front of a gate remain true.
     for (std::size_t k = chosen.size(); k-- > 0;) {
