@@ -158,6 +158,7 @@ TEST(ShortestPaths, TieBreaks) {
   Graph cut = ring;
   cut.disconnect(2);
   EXPECT_THAT(cut.shortest_path(0, 2), IsEmpty());
+  EXPECT_THAT(cut.shortest_path(0, 4), IsEmpty());
   Graph filled = ring;
   filled.set_shortest_paths();
   EXPECT_THAT(filled.shortest_paths[0][2], ElementsAre(0, 3, 2));

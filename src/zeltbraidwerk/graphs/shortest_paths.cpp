@@ -53,8 +53,10 @@ void compute_all_shortest_paths_lemon(Graph& g, std::vector<std::vector<std::vec
 }
 
 std::vector<int> Graph::shortest_path(int source, int target) const {
+  const BitGraph edges(*this);
+  if (!edges.contains(source) || !edges.contains(target)) return {};
   PathTree tree;
-  sweep_tree(BitGraph(*this), target, tree);
+  sweep_tree(edges, target, tree);
   return walk_to_root(tree, source);
 }
 
