@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -119,7 +120,7 @@ inline double score(Cost cost, const State& s, double discounted) {
   }
 }
 
-using Scored = std::pair<double, Operation>;
+using Scored = synthesis::LogScoredOperation;
 
 inline std::vector<Scored> candidates(Cost cost, Beam beam, const State& root) {
   const int n = static_cast<int>(root.a.size());
@@ -163,15 +164,17 @@ inline constexpr Operation none{-1, -1, false};
 inline Operation next(Cost cost, Beam beam, const State& root, const Draw& draw) {
   std::vector<Scored> found = candidates(cost, beam, root);
   std::ranges::sort(found);
-  const double best = found.front().first;
+  const double best = std::get<0>(found.front());
   if (cost == Cost::Escape && !(best < ones(root.a))) return none;
   int ties = 0;
-  while (at(ties) < found.size() && std::abs(found[at(ties)].first - best) < 1e-5) ++ties;
-  return found[at(draw(0, ties - 1))].second;
+  while (at(ties) < found.size() && std::abs(std::get<0>(found[at(ties)]) - best) < 1e-5) ++ties;
+  return std::get<1>(found[at(draw(0, ties - 1))]);
 }
 
+/// `said` receives what the escapes write.
 inline structures::CnotCircuit synthesize(Cost cost, Beam beam, const BoolMatrix& a,
-                                          std::vector<int>& perm, const Draw& draw, int level = 0) {
+                                          std::vector<int>& perm, const Draw& draw,
+                                          std::string& said, int level = 0) {
   const int n = static_cast<int>(a.size());
   State s{a, cost == Cost::Inverse ? boolean_matrix_inverse(n, a) : BoolMatrix{}, {}};
   structures::CnotCircuit rows(n);
@@ -180,8 +183,9 @@ inline structures::CnotCircuit synthesize(Cost cost, Beam beam, const BoolMatrix
     const Operation o = next(cost, beam, s, draw);
     if (o == none && level >= 20) break;
     if (o == none) {
+      said += "On rentre au niveau " + std::to_string(level + 1) + "\n";
       const auto inner =
-          synthesize(cost, beam, boolean_matrix_inverse(n, s.a), perm, draw, level + 1);
+          synthesize(cost, beam, boolean_matrix_inverse(n, s.a), perm, draw, said, level + 1);
       for (const auto& [from, to] : inner.gates) {
         rows.addGate(from, to);
         support::add_row(s.a, from, to);

@@ -1,0 +1,225 @@
+#include <gmock/gmock.h>
+
+#include "linear/plain_greedy.h"
+#include "support/scripted_uniform.h"
+
+namespace {
+
+using namespace synthesis;
+using plain::Cost;
+using plain::State;
+using support::at;
+using support::matrix;
+using testing::ElementsAre;
+
+template <typename T>
+using Table = std::vector<std::vector<T>>;
+
+template <typename T>
+Table<T> table(int n) {
+  return Table<T>(at(n), std::vector<T>(at(n)));
+}
+
+/// The savings of one kind from scratch, with the given diagonal.
+template <typename T>
+Table<T> plain_table(Cost cost, const BoolMatrix& a, bool row, double diagonal) {
+  const int n = static_cast<int>(a.size());
+  Table<T> result = table<T>(n);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      const double value = i == j ? diagonal : plain::saving(cost, {a, {}, {}}, {i, j, row});
+      result[at(i)][at(j)] = static_cast<T>(value);
+    }
+  }
+  return result;
+}
+
+/// The tables of a matrix and what the step functions make of them.
+struct Steps {
+  explicit Steps(const BoolMatrix& m)
+      : n(static_cast<int>(m.size())), a(m), b(boolean_matrix_inverse(n, m)) {
+    create_cost_matrix_ones(n, a, r, c);
+    create_cost_matrix_ones(n, b, ri, ci);
+    create_cost_matrix_log(n, a, rl, cl);
+  }
+
+  std::vector<plain::Scored> candidates(Cost cost, int width, int depth) const {
+    std::vector<ScoredOperation> out(1);
+    std::vector<LogScoredOperation> log_out(1);
+    int count = 0;
+    switch (cost) {
+      case Cost::Log:
+        count = compute_available_operation_log(n, width, depth, a, rl, cl, log_out);
+        return {log_out.begin(), log_out.begin() + count};
+      case Cost::Inverse:
+        count = compute_available_operation_ones_with_inv(n, width, depth, a, b, r, c, ri, ci, out);
+        break;
+      default:
+        count = compute_available_operation_ones(n, width, depth, a, r, c, out);
+    }
+    return {out.begin(), out.begin() + count};
+  }
+
+  Operation next(Cost cost, int width, int depth) const {
+    switch (cost) {
+      case Cost::Log:
+        return compute_next_operation_log(n, width, depth, a, rl, cl);
+      case Cost::Inverse:
+        return compute_next_operation_ones_with_inv(n, width, depth, a, b, r, c, ri, ci);
+      case Cost::Escape:
+        return compute_next_operation_ones_with_escape(n, width, depth, a, r, c);
+      default:
+        return compute_next_operation_ones(n, width, depth, a, r, c);
+    }
+  }
+
+  int n;
+  BoolMatrix a;
+  BoolMatrix b;
+  Table<int> r = table<int>(n), c = r, ri = r, ci = r;
+  Table<double> rl = table<double>(n), cl = rl;
+};
+
+TEST(GreedySteps, CostTablesFromScratchAndKeptUp) {
+  support::Rng rng(81);
+  for (const int n : {0, 1, 2, 3, 5, 16, 17, 40, 66, 130}) {
+    const double diagonal = -2 * n;
+    BoolMatrix a = support::random_invertible(n, rng);
+    Steps steps(a);
+    if (n < 18) {
+      const double log_diagonal = -n * std::log(n);
+      EXPECT_EQ(steps.rl, plain_table<double>(Cost::Log, a, true, log_diagonal)) << n;
+      EXPECT_EQ(steps.cl, plain_table<double>(Cost::Log, a, false, log_diagonal)) << n;
+    }
+    for (int k = 0; n > 1 && k < 20; ++k) {
+      const int i = static_cast<int>(rng() % at(n));
+      const int j = (i + 1 + static_cast<int>(rng() % at(n - 1))) % n;
+      const bool row = rng() & 1;
+      plain::add_line(a, i, j, row);
+      update_cost_matrix_ones(n, i, j, row, a, steps.r, steps.c);
+    }
+    if (n < 41) {
+      EXPECT_EQ(steps.r, plain_table<int>(Cost::Ones, a, true, diagonal)) << n;
+      EXPECT_EQ(steps.c, plain_table<int>(Cost::Ones, a, false, diagonal)) << n;
+    }
+    const Steps fresh(a);
+    EXPECT_EQ(steps.r, fresh.r) << n;
+    EXPECT_EQ(steps.c, fresh.c) << n;
+    BoolMatrix same = a;
+    update_cost_matrix_log(n, 0, 1, true, same, steps.rl, steps.cl);
+    EXPECT_EQ(steps.rl, fresh.rl) << n;
+    EXPECT_EQ(steps.cl, fresh.cl) << n;
+    EXPECT_EQ(same, a);
+  }
+}
+
+TEST(GreedySteps, CandidatesInOrderAndTheirChoice) {
+  support::Rng rng(82);
+  for (const Cost cost : {Cost::Ones, Cost::Inverse, Cost::Escape, Cost::Log}) {
+    for (const auto& [depth, width, largest] :
+         {std::tuple{0, 0, 9}, {1, 1, 9}, {2, 1, 6}, {2, 4, 6}, {3, 2, 4}, {3, 50, 3}}) {
+      for (int n = 2; n <= largest; ++n) {
+        const BoolMatrix a = support::random_invertible(n, rng);
+        if (plain::reduced(a)) continue;
+        const Steps steps(a);
+        const State root{a, cost == Cost::Inverse ? steps.b : BoolMatrix{}, {}};
+        EXPECT_EQ(steps.candidates(cost, width, depth),
+                  plain::candidates(cost, {width, depth}, root));
+        const auto seed = rng();
+        const auto draw = [engine = support::Rng(seed)](int low, int high) mutable {
+          return low + static_cast<int>(engine() % at(high - low + 1));
+        };
+        support::uniform_script = draw;
+        EXPECT_EQ(steps.next(cost, width, depth), plain::next(cost, {width, depth}, root, draw));
+      }
+    }
+  }
+}
+
+TEST(GreedySteps, LookaheadScoresEveryChild) {
+  support::Rng rng(83);
+  for (const int n : {12, 40, 64, 70}) {
+    for (const bool sparse : {false, true}) {
+      BoolMatrix a = support::random_invertible(n, rng);
+      if (sparse) a = support::identity(n);
+      for (int k = 0; k < n; ++k) plain::add_line(a, k, (k + 5) % n, k % 3 == 0);
+      const auto children = Steps(a).candidates(Cost::Ones, 2 * n * n, 2);
+      ASSERT_EQ(children.size(), at(2 * n * (n - 1)));
+      EXPECT_TRUE(std::ranges::is_sorted(children));
+      for (std::size_t k = 0; k < children.size(); k += 1 + rng() % 40) {
+        const auto& [score, operation] = children[k];
+        const auto [i, j, row] = operation;
+        BoolMatrix child = a;
+        plain::add_line(child, i, j, row);
+        Table<int> r = table<int>(n);
+        Table<int> c = r;
+        create_cost_matrix_ones(n, child, r, c);
+        EXPECT_EQ(score, plain::ones(child) - std::max(findmax(n, r), findmax(n, c)));
+      }
+    }
+  }
+}
+
+TEST(GreedySteps, TwoRowsInTheOrderOfCandidates) {
+  const Steps steps(matrix({"11", "01"}));
+  EXPECT_THAT(steps.candidates(Cost::Ones, 9, 1),
+              ElementsAre(plain::Scored{3, {0, 1, true}}, plain::Scored{2, {0, 1, false}},
+                          plain::Scored{2, {1, 0, true}}, plain::Scored{3, {1, 0, false}}));
+  for (const int draw : {0, 1}) {
+    support::uniform_script = [draw](int a, int b) {
+      EXPECT_EQ(a, 0);
+      EXPECT_EQ(b, 1);
+      return draw;
+    };
+    EXPECT_EQ(steps.next(Cost::Ones, 1, 1),
+              draw == 0 ? Operation(0, 1, false) : Operation(1, 0, true));
+    std::vector<int> perm(2);
+    EXPECT_EQ(support::show(greedy_synthesis_ones(2, steps.a, perm, 1, 1).gates), "(1,0)");
+    EXPECT_THAT(perm, ElementsAre(0, 1));
+  }
+}
+
+TEST(GreedySteps, LogCostsTieWithinATolerance) {
+  const BoolMatrix a = matrix({"110", "011", "001"});
+  const double base = plain::potential(a);
+  Table<double> r = table<double>(3);
+  Table<double> c = r;
+  for (Table<double>* savings : {&r, &c}) {
+    for (auto& row : *savings) row.assign(3, base - 9);
+  }
+  r[2][1] = base - 1;           // the best
+  c[0][2] = base - 1 - 0.5e-5;  // ties
+  c[1][2] = base - 1 - 1.5e-5;  // does not tie, though it is near the second
+  for (const int draw : {0, 1}) {
+    support::uniform_script = [draw](int, int high) {
+      EXPECT_EQ(high, 1);
+      return draw;
+    };
+    EXPECT_EQ(compute_next_operation_log(3, 1, 1, a, r, c),
+              draw == 0 ? Operation(2, 1, true) : Operation(0, 2, false));
+  }
+}
+
+TEST(GreedySteps, NothingToChooseFrom) {
+  support::uniform_script = [](int, int) {
+    ADD_FAILURE() << "nothing to draw";
+    return 0;
+  };
+  for (const Cost cost : {Cost::Ones, Cost::Inverse, Cost::Escape, Cost::Log}) {
+    for (const int n : {0, 1}) {
+      for (const int depth : {1, 2, 1 << 30}) {
+        EXPECT_EQ(Steps(support::identity(n)).next(cost, 1, depth), plain::none);
+      }
+    }
+    EXPECT_EQ(Steps(matrix({"110", "011", "101"})).next(cost, 0, 2), plain::none);
+  }
+}
+
+TEST(GreedySteps, ConversionRelabelsTheRowGates) {
+  const structures::CnotCircuit rows(3, {{0, 1}, {1, 2}});
+  const structures::CnotCircuit columns(4, {{2, 0}});
+  const auto joined = conversion(rows, columns, {2, 0, 1});
+  EXPECT_EQ(joined, structures::CnotCircuit(4, {{2, 0}, {0, 1}, {2, 0}}));
+}
+
+}  // namespace
