@@ -148,15 +148,13 @@ TEST(DivideAndConquer, MatchesThePlainAlgorithmGateForGate) {
   }
 }
 
-TEST(DivideAndConquer, ImplementsTheInverseAtEverySize) {
+TEST(DivideAndConquer, IsShallow) {
   support::Rng rng(2);
-  for (const int n : {40, 50, 63, 64, 65, 70}) {
+  for (const int n : {33, 64, 80}) {
     const BoolMatrix m = support::random_invertible(n, rng);
     const auto circuit = divide_and_conquer_synthesis(n, m);
     EXPECT_TRUE(support::reduces(circuit, m));
-    EXPECT_LT(circuit.depth(), 100);
-  }
-  for (const int n : {1, 2, 5, 33}) {
+    EXPECT_LT(circuit.depth(), 15 + n);
     EXPECT_THAT(divide_and_conquer_synthesis(n, support::identity(n)).gates, IsEmpty());
   }
   EXPECT_EQ(divide_and_conquer_synthesis(2, matrix({"01", "10"})).gates.size(), 3u);

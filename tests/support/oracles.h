@@ -130,4 +130,13 @@ inline bool implements_up_to(const structures::CnotCircuit& circuit, const std::
   return true;
 }
 
+/// Whether m times the circuit's operator is the permutation with its ones at (r, perm[r]).
+inline bool inverts_up_to(const structures::CnotCircuit& circuit, const std::vector<int>& perm,
+                          const BoolMatrix& m) {
+  BoolMatrix expected(m.size(), BoolRow(m.size()));
+  for (std::size_t r = 0; r < m.size(); ++r) expected[r][at(perm[r])] = true;
+  return circuit.nbqbits == static_cast<int>(m.size()) &&
+         multiply(m, operator_of(circuit)) == expected;
+}
+
 }  // namespace support
