@@ -93,15 +93,18 @@ void bind_boolean_matrix(nb::module_& m) {
   m.def("myPow", &myPow, "base"_a, "exponent"_a, "A power in wrapping 32-bit arithmetic.");
   m.def(
       "pretty_print",
-      [](int n, const ArrayLike& m_) { pretty_print(n, to_bool_matrix(m_, n, n, "m")); }, "n"_a,
-      "m"_a, "Writes the matrix to standard output.");
+      [](int n, const ArrayLike& m_) {
+        const BoolMatrix matrix = to_bool_matrix(m_, n, n, "m");
+        unlocked_alone([&] { pretty_print(n, matrix); });
+      },
+      "n"_a, "m"_a, "Writes the matrix to standard output.");
 
   m.def("get_random_seed", &random::get_random_seed, "Thirty-two bits of the random device.");
   m.def(
       "uniform",
       [](int a, int b) {
         check_at_least(b, a, "b");
-        return unlocked_draws([&] { return random::uniform(a, b); });
+        return unlocked_alone([&] { return random::uniform(a, b); });
       },
       "a"_a, "b"_a, "A draw from a to b, both included, from the library's shared generator.");
   m.def("setup_cpp_signal_handler", &setup_cpp_signal_handler,

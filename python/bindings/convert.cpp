@@ -262,6 +262,15 @@ ByteArray1 to_numpy(const std::vector<unsigned char>& bytes) {
   return array;
 }
 
+ByteArray2 to_numpy(const std::vector<std::pair<unsigned char, unsigned char>>& pairs) {
+  auto [array, data] = new_array<ByteArray2>({pairs.size(), 2});
+  for (const auto& [first, second] : pairs) {
+    *data++ = first;
+    *data++ = second;
+  }
+  return array;
+}
+
 ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes) {
   std::size_t size = 0;
   while (size * size < bytes.size()) ++size;
@@ -289,6 +298,29 @@ void raise_index_error(const char* format, ...) {
 void check_index(int value, int size, const char* name) {
   if (value < 0 || value >= size) {
     raise_index_error("%s: got %d, wanted 0 to %d", name, value, size - 1);
+  }
+}
+
+void check_indices(const std::vector<int>& values, int size, const char* name) {
+  for (const int value : values) check_index(value, size, name);
+}
+
+void check_permutation(const std::vector<int>& values, int n, const char* name) {
+  std::vector<int> sorted = values;
+  std::ranges::sort(sorted);
+  for (std::size_t i = 0; i < sorted.size() || std::cmp_less(i, n); ++i) {
+    if (i >= sorted.size() || std::cmp_not_equal(sorted[i], i)) {
+      raise_value_error("%s: wanted the numbers 0 to %d in some order", name, n - 1);
+    }
+  }
+}
+
+void check_beam(int width, int depth) {
+  check_at_least(width, 1, "width");
+  double states = 1;
+  for (int level = 0; level < std::min(depth, 32); ++level) states *= width;
+  if (states > 2147483647.0) {
+    raise_value_error("width, depth: got %d and %d, which makes %g states", width, depth, states);
   }
 }
 

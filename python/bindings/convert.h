@@ -59,6 +59,8 @@ IntArray2 to_numpy(const GateList& gates);
 IntArray2 to_numpy(const TableOf<int>& table);
 DoubleArray2 to_numpy(const TableOf<double>& table);
 ByteArray1 to_numpy(const std::vector<unsigned char>& bytes);
+/// A row a pair.
+ByteArray2 to_numpy(const std::vector<std::pair<unsigned char, unsigned char>>& pairs);
 ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes);
 
 /// Raise with a text in the manner of printf: the argument's name, what came, what is wanted.
@@ -67,6 +69,12 @@ ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes);
 
 /// Raises IndexError unless 0 <= value < size.
 void check_index(int value, int size, const char* name);
+/// The same for each value.
+void check_indices(const std::vector<int>& values, int size, const char* name);
+/// Raises ValueError unless the values are 0 to n-1 in some order.
+void check_permutation(const std::vector<int>& values, int n, const char* name);
+/// Raises ValueError for a beam of no states, or of more than an int counts.
+void check_beam(int width, int depth);
 /// Raises ValueError unless value >= least.
 void check_at_least(int value, int least, const char* name);
 /// Raises IndexError for a qubit beyond n.
@@ -81,13 +89,14 @@ auto unlocked(F&& f) {
   return std::forward<F>(f)();
 }
 
-inline std::mutex shared_draws;
+inline std::mutex shared_streams;
 
-/// As unlocked, for what draws from the library's shared generator: one call at a time.
+/// As unlocked, for what draws from the library's shared generator or writes to standard output:
+/// one call at a time.
 template <class F>
-auto unlocked_draws(F&& f) {
+auto unlocked_alone(F&& f) {
   const nb::gil_scoped_release release;
-  const std::lock_guard guard(shared_draws);
+  const std::lock_guard guard(shared_streams);
   return std::forward<F>(f)();
 }
 

@@ -1,11 +1,19 @@
+#include <nanobind/stl/pair.h>
+#include <nanobind/stl/string.h>
 #include <nanobind/stl/tuple.h>
+#include <nanobind/stl/vector.h>
 
 #include "convert.h"
 #include "module.h"
+#include "zeltbraidwerk/linear/divide_and_conquer.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
+#include "zeltbraidwerk/linear/syndrome_decoding.h"
+#include "zeltbraidwerk/linear/syndrome_synthesis.h"
+#include "zeltbraidwerk/linear/triangular_pairs.h"
 
 namespace zelt::braidwerk::python {
 
+using namespace synthesis;
 using nb::literals::operator""_a;
 using structures::CnotCircuit;
 
@@ -28,15 +36,213 @@ CnotCircuit optimized_pmh(int n, const ArrayLike& m) {
   return unlocked([&] { return internal::optimized_pmh(bits); });
 }
 
-}  // namespace
-
-void bind_linear(nb::module_& m) {
+void bind_eliminations(nb::module_& m) {
   m.def("GaussianElimination", gauss, "n"_a, "m"_a,
         "The circuit of the inverse of m, by plain elimination.");
   m.def("PMH_Algorithm", pmh, "n"_a, "m"_a, "section"_a,
         "The circuit of the inverse of m, by elimination in sections of columns.");
   m.def("optimized_PMH_Algorithm", optimized_pmh, "n"_a, "m"_a,
         "The shortest PMH_Algorithm circuit over the useful sections.");
+}
+
+using RowPairs = std::vector<std::tuple<int, int>>;
+
+template <RowPairs (*pairs)(int, const BoolMatrix&, int)>
+RowPairs column_pairs(int n, const ArrayLike& m, int column) {
+  check_index(column, n, "column");
+  return pairs(n, to_bool_matrix(m, n, n, "m"), column);
+}
+
+template <RowPairs (*pairs)(int, const BoolMatrix&, int, std::vector<int>&)>
+std::tuple<RowPairs, std::vector<int>> row_pairs(int n, const ArrayLike& m, int column,
+                                                 std::vector<int> rows) {
+  check_at_least(column, 0, "column");
+  check_indices(rows, n, "rows");
+  RowPairs found = pairs(n, to_bool_matrix(m, n, n, "m"), column, rows);
+  return {std::move(found), std::move(rows)};
+}
+
+template <std::tuple<int, int> (*choose)(int, const BoolMatrix&, int)>
+std::tuple<int, int> one_pair(int n, const ArrayLike& m, int start) {
+  check_at_least(start, 0, "start");
+  return choose(n, to_bool_matrix(m, n, n, "m"), start);
+}
+
+void bind_pairs(nb::module_& m) {
+  m.def(
+      "GreedyGaussianElimination_faster",
+      [](int n, const ArrayLike& m_) {
+        BoolMatrix matrix = to_bool_matrix(m_, n, n, "m");
+        CnotCircuit circuit = unlocked([&] { return GreedyGaussianElimination_faster(n, matrix); });
+        return std::tuple(std::move(circuit), to_numpy(matrix));
+      },
+      "n"_a, "m"_a,
+      "(circuit, m): the circuit of the inverse of m, by pairs of similar rows, and what m became: "
+      "the identity.");
+  m.def("get_pairs_lower", column_pairs<get_pairs_lower>, "n"_a, "m"_a, "col"_a,
+        "The pairs that clear a column below the diagonal.");
+  m.def("get_pairs_upper", column_pairs<get_pairs_upper>, "n"_a, "m"_a, "k"_a,
+        "The pairs that clear column n-1-k above the diagonal.");
+  m.def("recursive_get_pairs_lower", row_pairs<recursive_get_pairs_lower>, "n"_a, "m"_a, "col"_a,
+        "rows"_a, "(pairs, rows): the pairs among the rows, and the row that is left.");
+  m.def("recursive_get_pairs_upper", row_pairs<recursive_get_pairs_upper>, "n"_a, "m"_a, "k"_a,
+        "rows"_a, "(pairs, rows): the same from column n-1-k backward.");
+  m.def("choose_best_pair_trig_lower", one_pair<choose_best_pair_trig_lower>, "n"_a, "m"_a,
+        "start"_a, "One pair of similar rows among those from start on.");
+  m.def("choose_best_pair_trig_upper", one_pair<choose_best_pair_trig_upper>, "n"_a, "m"_a,
+        "start"_a, "One pair of similar rows among those from n-1-start down.");
+}
+
+using ClearBlock = void (*)(BoolMatrix&, BoolMatrix&, CnotCircuit&, int, int, int, int*);
+
+template <ClearBlock clear, bool west_south>
+std::tuple<BoolArray2, BoolArray2> cleared(const ArrayLike& quotient, const ArrayLike& m,
+                                           CnotCircuit& c, int n, int h, int r,
+                                           std::vector<int> perm) {
+  check_at_least(h, 0, "h");
+  if (h + r != n) raise_value_error("h, r: got %d and %d, wanted a sum of %d", h, r, n);
+  check_permutation(perm, n, "perm");
+  if (c.nbqbits < n) raise_value_error("c: got %d qubits, wanted %d", c.nbqbits, n);
+  BoolMatrix q =
+      west_south ? to_bool_matrix(quotient, r, h, "X") : to_bool_matrix(quotient, h, r, "Y");
+  BoolMatrix matrix = to_bool_matrix(m, n, n, "m");
+  unlocked([&] { clear(q, matrix, c, n, h, r, perm.data()); });
+  return {to_numpy(q), to_numpy(matrix)};
+}
+
+void bind_blocks(nb::module_& m) {
+  m.def(
+      "divide_and_conquer_synthesis",
+      [](int n, const ArrayLike& m_) {
+        const BoolMatrix matrix = to_bool_matrix(m_, n, n, "m");
+        return unlocked([&] { return divide_and_conquer_synthesis(n, matrix); });
+      },
+      "n"_a, "m"_a, "The circuit of the inverse of m, by blocks and matchings: shallow.");
+  m.def(
+      "divide_and_conquer_synthesis_with_permutation",
+      [](int n, const ArrayLike& m_, std::vector<int> perm) {
+        check_permutation(perm, n, "perm");
+        BoolMatrix matrix = to_bool_matrix(m_, n, n, "m");
+        CnotCircuit circuit = unlocked([&] {
+          return divide_and_conquer_synthesis_with_permutation(n, std::move(matrix), perm.data());
+        });
+        return std::tuple(std::move(circuit), std::move(perm));
+      },
+      "n"_a, "m"_a, "perm"_a, "(circuit, perm): the same without the swaps at the end.");
+  m.def(
+      "setup",
+      [](int n, const ArrayLike& m_, std::vector<int> perm) {
+        check_permutation(perm, n, "perm");
+        BoolMatrix matrix = to_bool_matrix(m_, n, n, "m");
+        unlocked([&] { setup(n, matrix, perm.data()); });
+        return std::tuple(to_numpy(matrix), std::move(perm));
+      },
+      "n"_a, "m"_a, "perm"_a, "(m, perm) with rows swapped so that the leading blocks invert.");
+  m.def(
+      "addPermutation",
+      [](int n, CnotCircuit& c, const std::vector<int>& perm) {
+        check_permutation(perm, n, "perm");
+        if (c.nbqbits < n) raise_value_error("c: got %d qubits, wanted %d", c.nbqbits, n);
+        addPermutation(n, c, perm.data());
+      },
+      "n"_a, "c"_a, "perm"_a, "Appends swaps to the circuit.");
+  m.def("SynthesizeWestSouthBlock", cleared<SynthesizeWestSouthBlock, true>, "X"_a, "m"_a, "c"_a,
+        "n"_a, "h"_a, "r"_a, "perm"_a,
+        "(X, m) with the lower left block cleared; the gates are appended to c.");
+  m.def("SynthesizeEastNorthBlock", cleared<SynthesizeEastNorthBlock, false>, "Y"_a, "m"_a, "c"_a,
+        "n"_a, "h"_a, "r"_a, "perm"_a,
+        "(Y, m) with the upper right block cleared; the gates are appended to c.");
+}
+
+/// The arguments that all decoding functions share.
+struct Decoding {
+  BoolMatrix h;
+  BoolRow s;
+  std::vector<int> idx;
+};
+
+Decoding decoding(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
+                  std::vector<int> idx) {
+  check_beam(width, depth);
+  const BitMatrix bits = to_bits(h, "H");
+  check_indices(idx, bits.cols(), "idx");
+  if (std::cmp_less(idx.size(), length)) raise_value_error("idx: shorter than the syndrome");
+  return {bits.unpack(), to_bool_row(s, length, "s"), std::move(idx)};
+}
+
+using Solver = std::vector<int> (*)(const BoolMatrix&, BoolRow, int, int, int, std::vector<int>&);
+
+template <Solver solve>
+std::vector<int> solved(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
+                        std::vector<int> idx) {
+  Decoding d = decoding(h, s, length, depth, width, std::move(idx));
+  return unlocked([&] { return solve(d.h, d.s, length, depth, width, d.idx); });
+}
+
+/// (solved, states, result), the states as (weight, residual, path).
+using Queues = std::tuple<bool, std::vector<DecodingEntry>, std::vector<int>>;
+
+Queues first_queues(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
+                    std::vector<int> idx) {
+  Decoding d = decoding(h, s, length, depth, width, std::move(idx));
+  std::vector<DecodingEntry> current, next, scratch;
+  std::vector<int> result;
+  const auto [done, count] =
+      create_queues(d.h, d.s, length, depth, width, d.idx, current, next, scratch, result);
+  current.resize(static_cast<std::size_t>(count));
+  return {done, std::move(current), std::move(result)};
+}
+
+Queues next_queues(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
+                   std::vector<int> idx, std::vector<DecodingEntry> current) {
+  Decoding d = decoding(h, s, length, depth, width, std::move(idx));
+  for (const auto& [weight, residual, path] : current) {
+    if (std::cmp_not_equal(residual.size(), length)) raise_value_error("current: a wrong residual");
+    if (path.size() != std::get<2>(current.front()).size()) {
+      raise_value_error("current: paths of unequal length");
+    }
+  }
+  std::vector<DecodingEntry> next, scratch;
+  std::vector<int> result;
+  const auto [done, count] = update_queues(d.h, d.s, length, depth, width, d.idx, current, next,
+                                           scratch, result, static_cast<int>(current.size()));
+  current.resize(static_cast<std::size_t>(count));
+  return {done, std::move(current), std::move(result)};
+}
+
+void bind_syndromes(nb::module_& m) {
+  m.def("SyndromeDecodingSolver_heuristic", solved<SyndromeDecodingSolver_heuristic>, "H"_a, "s"_a,
+        "length"_a, "depth"_a, "width"_a, "idx"_a,
+        "Rows of H whose XOR is s at the places idx; RuntimeError where the search has no end.");
+  m.def("SyndromeDecodingSolver_heuristic_bis", solved<SyndromeDecodingSolver_heuristic_bis>, "H"_a,
+        "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,
+        "The same with the search started afresh behind each commitment.");
+  m.def("create_queues", first_queues, "H"_a, "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,
+        "(solved, states, result): the states depth steps from s.");
+  m.def("update_queues", next_queues, "H"_a, "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,
+        "current"_a, "(solved, states, result): the states one step from those given.");
+  m.def("Compare", &Compare, "a"_a, "b"_a, "True if the first field of a has fewer ones.");
+  m.def(
+      "SyndromeSynthesis",
+      [](int n, const ArrayLike& A, int width, int depth) {
+        check_beam(width, depth);
+        const BoolMatrix matrix = to_bool_matrix(A, n, n, "A");
+        std::vector<int> perm(matrix.size(), -1);
+        CnotCircuit circuit =
+            unlocked([&] { return SyndromeSynthesis(n, matrix, perm, width, depth); });
+        return std::tuple(std::move(circuit), std::move(perm));
+      },
+      "n"_a, "A"_a, "width"_a, "depth"_a,
+      "(circuit, perm): A times the circuit's matrix has its ones at (r, perm[r]).");
+}
+
+}  // namespace
+
+void bind_linear(nb::module_& m) {
+  bind_eliminations(m);
+  bind_pairs(m);
+  bind_blocks(m);
+  bind_syndromes(m);
 }
 
 }  // namespace zelt::braidwerk::python

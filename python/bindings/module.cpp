@@ -3,10 +3,11 @@
 NB_MODULE(_core, m) {
   using namespace zelt::braidwerk::python;
   m.doc() = "Functions and value types of libzeltbraidwerk under their own names.";
-  m.attr("__version__") = ZELTBRAIDWERK_VERSION;
+  m.attr("_version") = ZELTBRAIDWERK_VERSION;
   bind_boolean_matrix(m);
   bind_values(m);
   bind_tableau(m);
   bind_linear(m);
+  bind_greedy(m);
   bind_linear_search(m);
 }

@@ -9,6 +9,7 @@ void bind_boolean_matrix(nanobind::module_& m);
 void bind_values(nanobind::module_& m);
 void bind_tableau(nanobind::module_& m);
 void bind_linear(nanobind::module_& m);
+void bind_greedy(nanobind::module_& m);
 void bind_linear_search(nanobind::module_& m);
 
 }  // namespace zelt::braidwerk::python

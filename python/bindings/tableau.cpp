@@ -24,7 +24,7 @@ void bind_constants(nb::module_& m) {
   const std::pair<const char*, const std::vector<unsigned char>&> letters[] = {
       {"WI", WI}, {"WX", WX}, {"WZ", WZ}, {"WY", WY}};
   for (const auto& [name, entries] : letters) m.attr(name) = to_numpy(entries);
-  m.attr("SILUAP") = SILUAP;
+  m.attr("SILUAP") = to_numpy(SILUAP);
 }
 
 template <void (*multiply)(std::vector<unsigned char>&, int, const std::vector<unsigned char>&,

@@ -79,8 +79,14 @@ void bind_gate(nb::module_& m) {
       .def(nb::self == nb::self, nb::sig("def __eq__(self, other: object, /) -> bool"))
       .def("__str__", &Gate::to_string)
       .def("__repr__", [](const Gate& g) { return "<Gate " + g.to_string() + ">"; });
-  m.def("cnot_depth", &cnot_depth, "gates"_a,
-        "CNOT depth of a gate list. Writes the gates and the number of qubits to standard output.");
+  m.def(
+      "cnot_depth",
+      [](const std::vector<Gate>& gates) {
+        for (const Gate& gate : gates) check_indices(gate.qbits, 1 << 24, "qubit");
+        return unlocked_alone([&] { return cnot_depth(gates); });
+      },
+      "gates"_a,
+      "CNOT depth of a gate list. Writes the gates and the number of qubits to standard output.");
 }
 
 void bind_cnot_circuit(nb::module_& m) {
@@ -124,7 +130,7 @@ void bind_cnot_circuit(nb::module_& m) {
           "get_parities",
           [](CnotCircuit& c, int w, std::vector<int> idx) {
             check_index(w, c.nbqbits, "w");
-            for (const int wire : idx) check_index(wire, c.nbqbits, "idx");
+            check_indices(idx, c.nbqbits, "idx");
             BoolMatrix h;
             std::vector<int> positions;
             std::vector<int> wires;
@@ -184,7 +190,7 @@ void bind_table(nb::module_& m) {
           "permute",
           [](const Table& t, const std::vector<int>& perm) {
             if (std::cmp_less(perm.size(), t.n)) raise_value_error("perm: too short");
-            for (const int p : perm) check_index(p, t.n, "perm");
+            check_indices(perm, t.n, "perm");
             return t.permute(perm);
           },
           "perm"_a)
