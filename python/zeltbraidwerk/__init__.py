@@ -1,7 +1,7 @@
 """Synthesis of quantum circuits."""
 
 from zeltbraidwerk import core, errors, linear
-from zeltbraidwerk._core import __version__
+from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.gates import Gate, Parameter

@@ -173,7 +173,7 @@ class CnotCircuit(_CircuitBase):
         return len(self._gates)
 
     def __iter__(self) -> Iterator[tuple[int, int]]:
-        return map(tuple, self._gates.tolist())  # type: ignore[arg-type]
+        return map(tuple, self._gates.tolist())
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, CnotCircuit):

@@ -18,10 +18,9 @@ if TYPE_CHECKING:
 
 __all__ = ["CliffordTableau"]
 
-_SIGNS = np.array([sign for sign, _ in _core.SILUAP], dtype=np.bool_)
-_LETTERS = np.frombuffer(
-    "".join("IXYZ"[letter] for _, letter in _core.SILUAP).encode(), dtype=np.uint8
-)
+# Signed letters by exponents (z, x), at 4 z + x.
+_SIGNS = _core.SILUAP[:, 0].astype(np.bool_)
+_LETTERS = np.frombuffer(b"IXYZ", dtype=np.uint8)[_core.SILUAP[:, 1]]
 
 
 class CliffordTableau:

@@ -131,7 +131,11 @@ class Gate:
         if name not in VOCABULARY:
             raise errors.GateError(f"name: got {name!r}, wanted one of {', '.join(VOCABULARY)}")
         targets = qubits if isinstance(qubits, Iterable) else (qubits,)
-        angles = params if _is_several(params) else (params,)
+        angles: Iterable[Parameter | float | str]
+        if isinstance(params, (Parameter, str)) or not isinstance(params, Iterable):
+            angles = (params,)
+        else:
+            angles = params
         self._name = name
         self._qubits = _validate.qubits(targets, "qubits")
         self._params = tuple(Parameter(angle) for angle in angles)
@@ -224,7 +228,3 @@ class Gate:
 
     def _key(self) -> tuple[str, tuple[int, ...], tuple[Parameter, ...]]:
         return self._name, self._qubits, self._params
-
-
-def _is_several(params: Any) -> bool:
-    return isinstance(params, Iterable) and not isinstance(params, str)

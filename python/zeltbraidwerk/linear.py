@@ -53,12 +53,13 @@ class Method:
 
 
 def _greedy_memory(n: int, width: int, lookahead: int) -> int:
-    states = width ** max(lookahead - 2, 0)
-    return 16 * width ** (lookahead - 1) + states * 12 * n * n
+    states: int = width ** max(lookahead - 2, 0)
+    return 16 * states * width + states * 12 * n * n
 
 
 def _syndrome_memory(n: int, width: int, lookahead: int) -> int:
-    return 2 * width**lookahead * (12 + 4 * lookahead + n // 8)
+    states: int = width**lookahead
+    return 2 * states * (12 + 4 * lookahead + n // 8)
 
 
 _ELIMINATION = partial(Method, lowers="count", permutation="exact", quick=True)
