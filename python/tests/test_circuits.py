@@ -1,0 +1,251 @@
+"""Circuits, gates and angles as values; pictures; the ways to other packages and back."""
+
+import math
+import pickle
+import xml.etree.ElementTree as ET
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import cnots, replay
+
+from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Gate, Parameter, errors
+
+
+@st.composite
+def gates(draw, n, clifford=True):
+    """A gate that every format has, on n qubits."""
+    name = draw(
+        st.sampled_from(["CNOT", "CSIGN", "H", "S", "D-S", "X", "Y", "Z", "RX", "RY", "RZ"])
+    )
+    count = 2 if name in ("CNOT", "CSIGN") else 1
+    qubits = draw(st.permutations(range(n)))[:count]
+    if not name.startswith("R"):
+        return Gate(name, qubits)
+    quarters = st.integers(-5, 5).map(lambda k: k * math.pi / 2)
+    return Gate(name, qubits, draw(quarters if clifford else st.floats(-7, 7)))
+
+
+@st.composite
+def circuits(draw, clifford=True):
+    n = draw(st.integers(2, 5))
+    return Circuit(n, draw(st.lists(gates(n, clifford), max_size=20)))
+
+
+@given(data=st.data(), n=st.integers(0, 9))
+def test_cnot_circuit_is_a_value(data, n):
+    pairs = data.draw(cnots(n))
+    circuit = CnotCircuit(n, pairs)
+    assert list(circuit) == pairs
+    assert (circuit.n, circuit.count, len(circuit)) == (n, len(pairs), len(pairs))
+    assert np.array_equal(circuit.matrix(), replay(n, pairs))
+    assert np.array_equal((circuit + circuit.inverse()).matrix(), np.eye(n))
+    assert circuit.depth == circuit.to_circuit().depth <= circuit.count
+    for copy in (
+        CnotCircuit(n, circuit.gates),
+        CnotCircuit.from_core(circuit.to_core()),
+        circuit.to_circuit().to_cnot_circuit(),
+        CnotCircuit.from_qasm(circuit.to_qasm()),
+        pickle.loads(pickle.dumps(circuit)),
+    ):
+        assert copy == circuit
+        assert hash(copy) == hash(circuit)
+    assert CnotCircuit(n + 1, pairs) != circuit
+
+
+def test_gates_cannot_be_changed_from_outside():
+    given = np.array([[0, 1], [1, 2]], dtype=np.int32)
+    circuit = CnotCircuit(3, given)
+    given[0] = 2, 0
+    assert list(circuit) == [(0, 1), (1, 2)]
+    with pytest.raises(ValueError, match="read-only"):
+        circuit.gates[0, 0] = 2
+    with pytest.raises(AttributeError):
+        circuit.n = 4
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: CnotCircuit(2, [(0, 2)]), errors.QubitError, "gates: got qubit 2, wanted 0 to 1"),
+        (lambda: CnotCircuit(2, [(1, 1)]), errors.QubitError, "control and target both 1"),
+        (lambda: CnotCircuit(2, [(0, 1.0)]), errors.DtypeError, "gates: got entries of type float"),
+        (lambda: CnotCircuit(2, [(0, 1, 1)]), errors.ShapeError, r"got shape \(1, 3\)"),
+        (lambda: CnotCircuit(-1), errors.OptionError, "n: got -1, wanted 0 to"),
+        (lambda: CnotCircuit(2.0), errors.DtypeError, "n: got 2.0, wanted an integer"),
+        (lambda: CnotCircuit(1) + CnotCircuit(2), errors.ShapeError, "1 and 2 qubits"),
+        (lambda: Gate("T", 0), errors.GateError, "name: got 'T', wanted one of CNOT"),
+        (lambda: Gate("CNOT", 0), errors.GateError, "qubits: got 1 for CNOT, wanted 2"),
+        (lambda: Gate("XX", [0]), errors.GateError, "wanted two or more"),
+        (lambda: Gate("RZ", 0), errors.GateError, "params: got 0 for RZ, wanted 1"),
+        (lambda: Gate("CNOT", (1, 1)), errors.QubitError, "wanted distinct qubits"),
+        (lambda: Gate("H", -1), errors.QubitError, "qubits: got -1"),
+        (lambda: Gate("H", 0.5), errors.DtypeError, "qubits: got 0.5, wanted an integer"),
+        (lambda: Gate("RZ", 0, math.nan), errors.AngleError, "got nan, wanted a finite angle"),
+        (lambda: Gate("XX", (0, 1), (1.0, 2)).inverse(), errors.GateError, "no inverse"),
+        (lambda: Parameter(" "), errors.AngleError, "wanted an expression"),
+        (lambda: float(Parameter("a")), errors.AngleError, "symbolic angle 'a'"),
+        (lambda: Circuit(1, [Gate.cnot(0, 1)]), errors.QubitError, "got qubit 1, wanted 0 to 0"),
+        (lambda: Circuit(1, ["H"]), errors.DtypeError, "wanted a Gate"),
+        (lambda: Circuit(1, [Gate.h(0)]).to_cnot_circuit(), errors.NotLinearError, "gate H"),
+    ],
+)
+def test_bad_arguments_are_refused_by_name(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+def test_angles_add_as_in_the_library():
+    assert float(Parameter(4.0) + 4.0) == math.fmod(8.0, 2 * math.pi)
+    assert str(Parameter("a") + 1.0 + "b") == "+ b + 1.000000 a"
+    negated = -Parameter("a")
+    assert -negated == Parameter("a")
+    assert 1.0 + Parameter(0.5) == 1.5
+    assert str(Gate.rz(2, math.pi / 2)) == "RZ [2 ]1.5708 (diag)"
+    assert pickle.loads(pickle.dumps(Gate.rx(1, "a"))) == Gate.rx(1, "a")
+    assert len({Gate.rx(1, 0.5), Gate("RX", [1], Parameter(0.5)), Gate.rx(1, "a")}) == 2
+
+
+@given(circuit=circuits(clifford=False))
+def test_general_circuits(circuit):
+    assert Circuit.from_core(circuit.n, circuit.to_core()) == circuit
+    assert Circuit.from_qasm(circuit.to_qasm()) == circuit
+    assert pickle.loads(pickle.dumps(circuit)) == circuit
+    assert circuit.inverse().inverse() == circuit
+    assert circuit.two_qubit_depth <= circuit.depth <= circuit.count
+    assert str(circuit).count("\n") == max(circuit.count - 1, 0)
+
+
+@given(circuit=circuits(), width=st.integers(1, 60))
+def test_pictures(circuit, width):
+    drawn = circuit.draw(width)
+    lines = drawn.split("\n")
+    period = 2 * circuit.n  # a line a wire, joints between them, an empty line between blocks
+    for start in range(0, len(lines), period):
+        wires = lines[start : start + period : 2]
+        assert [wire[:4] for wire in wires] == [f"q{q}: " for q in range(circuit.n)]
+        assert len(set(map(len, wires))) == 1
+    shapes = sum(drawn.count(mark) for mark in "●⊕")
+    assert shapes == 2 * circuit.two_qubit_count
+    picture = ET.fromstring(circuit._repr_svg_())
+    circles = picture.findall(".//{http://www.w3.org/2000/svg}circle")
+    assert len(circles) == shapes
+
+
+def test_picture_of_a_crossing_and_of_a_long_circuit():
+    circuit = Circuit(3, [Gate.cnot(2, 0), Gate.h(1), Gate.rz(0, 0.5)])
+    assert circuit.draw() == (
+        "q0: ──⊕──RZ(0.5)──\n"
+        "      │\n"
+        "q1: ──┼─────H─────\n"
+        "      │\n"
+        "q2: ──●───────────"
+    )  # fmt: skip
+    long = CnotCircuit(2, [(0, 1)] * 5000)
+    assert len(long._repr_svg_()) < 2_000_000
+    assert "and 2000 more gates" in long._repr_svg_()
+    assert CnotCircuit(0).draw() == ""
+    ET.fromstring(CnotCircuit(0)._repr_svg_())
+
+
+def test_qasm_of_others():
+    text = """
+        OPENQASM 2.0; include "qelib1.inc";
+        // two registers, numbered through
+        qreg a[2]; qreg b[1]; creg c[2];
+        h a; cx a[1],b[0]; barrier a;
+        rz(-3*pi/4 + 2^-1) b[0]; u1(sqrt(2)) a[0];
+        t a[0]; swap a[0],a[1];
+    """
+    expected = [
+        Gate.h(0), Gate.h(1), Gate.cnot(1, 2), Gate.rz(2, -3 * math.pi / 4 + 0.5),
+        Gate("PH", 0, math.sqrt(2)), Gate("PH", 0, math.pi / 4),
+        Gate.cnot(0, 1), Gate.cnot(1, 0), Gate.cnot(0, 1),
+    ]  # fmt: skip
+    assert Circuit.from_qasm(text) == Circuit(3, expected)
+    toffoli = Circuit.from_qasm("qreg q[3]; ccx q[0],q[1],q[2];")
+    assert (toffoli.count, toffoli.two_qubit_count) == (15, 6)
+
+
+@pytest.mark.parametrize(
+    ("text", "complaint"),
+    [
+        ("qreg q[1];\nmeasure q[0] -> c[0];", "line 2: got 'measure'"),
+        ("qreg q[1];\n\nfoo q[0];", "line 3: the gate foo is not known"),
+        ("qreg q[1]; h q[1];", r"line 1: got q\[1\], wanted places 0 to 0"),
+        ("qreg q[2]; cx q[0],q[0];", "a qubit twice"),
+        ("qreg q[1]; rz(1/0) q[0];", "got the angle '1/0'"),
+        ("qreg q[1]; rz(__import__) q[0];", "got the angle"),
+        ("qreg q[2]; ccx q[0],q[1];", "got 2 qubits for ccx, wanted 3"),
+        ("qreg q[1]; h r[0];", "wanted a qubit of a register"),
+        ("qreg q; h q;", "cannot read 'qreg q'"),
+    ],
+)
+def test_bad_qasm_is_refused_with_its_line(text, complaint):
+    with pytest.raises(errors.QasmError, match=complaint):
+        Circuit.from_qasm(text)
+
+
+def same_operator(a, b):
+    """Of Clifford circuits, signs included."""
+    return CliffordTableau.from_circuit(a) == CliffordTableau.from_circuit(b)
+
+
+@given(circuit=circuits())
+def test_there_and_back_through_qiskit(circuit):
+    pytest.importorskip("qiskit")
+    from qiskit.quantum_info import Clifford
+
+    there = circuit.to_qiskit()
+    assert Circuit.from_qiskit(there) == circuit
+    # Qiskit's own simulation of it: images of X and Z as strings, highest qubit first.
+    theirs = CliffordTableau.from_circuit(circuit)
+    for images, labels in zip(
+        theirs.images(), (Clifford(there).to_labels(mode="D"), Clifford(there).to_labels(mode="S")),
+        strict=True,
+    ):  # fmt: skip
+        assert [image[0] + image[:0:-1] for image in images] == labels
+
+
+@given(circuit=circuits())
+def test_there_and_back_through_pytket(circuit):
+    pytest.importorskip("pytket")
+    there = circuit.to_pytket()
+    back = Circuit.from_pytket(there)
+    assert same_operator(back, circuit)
+    assert back.count == circuit.count
+
+
+@given(circuit=circuits())
+def test_there_and_back_through_stim(circuit):
+    pytest.importorskip("stim")
+    there = circuit.to_stim()
+    assert there.num_qubits == circuit.n
+    assert same_operator(Circuit.from_stim(there), circuit)
+    assert CliffordTableau.from_stim(there.to_tableau()) == CliffordTableau.from_circuit(circuit)
+
+
+def test_what_other_packages_have_and_we_do_not():
+    pytest.importorskip("stim")
+    with pytest.raises(errors.NotCliffordError, match=r"RZ\(0.3\)"):
+        Circuit(1, [Gate.rz(0, 0.3)]).to_stim()
+    qiskit = pytest.importorskip("qiskit")
+    measured = qiskit.QuantumCircuit(1, 1)
+    measured.measure(0, 0)
+    with pytest.raises(errors.GateError, match="measure is not known"):
+        Circuit.from_qiskit(measured)
+    symbolic = Circuit(1, [Gate.rz(0, Parameter("a") + 1.0)]).to_qiskit()
+    assert [p.name for p in symbolic.parameters] == ["a"]
+    tket = pytest.importorskip("pytket.circuit")
+    swapped = tket.Circuit(2)
+    swapped.SWAP(0, 1)
+    swapped.replace_SWAPs()
+    with pytest.raises(errors.GateError, match="renames its wires"):
+        Circuit.from_pytket(swapped)
+
+
+def test_a_missing_package_is_named(monkeypatch):
+    monkeypatch.setitem(__import__("sys").modules, "qiskit", None)
+    with pytest.raises(ImportError, match="pip install qiskit"):
+        Circuit(1).to_qiskit()

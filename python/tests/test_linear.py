@@ -1,0 +1,235 @@
+"""linear.synthesize: directions, verification, seeds, budgets, stopping, refusals."""
+
+import os
+import signal
+import threading
+import time
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import invertible, replay
+
+from zeltbraidwerk import CnotCircuit, core, errors, linear
+
+METHODS = linear.methods()
+
+
+def right(result, matrix):
+    """Whether output r of the matrix stands on wire permutation[r]."""
+    found = replay(len(matrix), result.circuit)
+    return np.array_equal(found[list(result.permutation)], np.asarray(matrix, dtype=bool))
+
+
+def in_place(result):
+    return result.permutation == tuple(range(result.n))
+
+
+@pytest.mark.parametrize("method", METHODS)
+@given(m=invertible(9), objective=st.sampled_from(["count", "depth"]), runs=st.integers(1, 9))
+def test_every_method_implements_the_matrix_itself(method, m, objective, runs):
+    before = m.copy()
+    options = {"method": method, "objective": objective, "restarts": runs, "seed": 3}
+    exact = linear.synthesize(m, **options)
+    assert in_place(exact)
+    assert np.array_equal(exact.circuit.matrix(), m)
+    free = linear.synthesize(m, permutation="free", **options)
+    assert right(free, m)
+    assert exact.verify()
+    assert free.verify()
+    assert np.array_equal(m, before)
+
+
+def test_direction_on_an_asymmetric_matrix():
+    # Outputs a, a + b and b + c of the inputs a, b, c: c is changed before b is.
+    matrix = [[1, 0, 0], [1, 1, 0], [0, 1, 1]]
+    for method in METHODS:
+        result = linear.synthesize(matrix, method=method)
+        assert list(result.circuit) == [(1, 2), (0, 1)], method
+    # The first two outputs exchanged: free, nothing more to do.
+    matrix = [[1, 1, 0], [1, 0, 0], [0, 1, 1]]
+    free = linear.synthesize(matrix, permutation="free")
+    assert (free.count, free.permutation) == (2, (1, 0, 2))
+
+
+def test_wrong_results_do_not_verify(dense):
+    good = linear.synthesize(dense(6), method="gauss")
+    wrong = {
+        "circuit": CnotCircuit(6, good.circuit.gates[1:]),
+        "permutation": (1, 0, 2, 3, 4, 5),
+    }
+    for name, value in wrong.items():
+        broken = linear.LinearSynthesis(**{**vars(good), name: value})
+        assert not broken.verify()
+
+
+@pytest.mark.parametrize("n", [16, 40])
+def test_plain_methods_are_those_of_the_library(dense, n):
+    m = dense(n)
+    plain = {
+        "gauss": core.GaussianElimination(n, m),
+        "pmh": core.optimized_PMH_Algorithm(n, m),
+        "pairs": core.GreedyGaussianElimination_faster(n, m)[0],
+    }
+    for method, circuit in plain.items():
+        assert list(linear.synthesize(m, method=method).circuit) == circuit.getGates()[::-1]
+    section = linear.synthesize(m, method="pmh", section=3).circuit
+    assert list(section) == core.PMH_Algorithm(n, m, 3).getGates()[::-1]
+    circuit, perm = core.SyndromeSynthesis(n, m, 2, 1)
+    result = linear.synthesize(m, method="syndrome", width=2, permutation="free")
+    assert list(result.circuit) == circuit.getGates()[::-1]
+    assert list(result.permutation) == perm
+
+
+@pytest.mark.parametrize("objective", ["count", "depth"])
+@pytest.mark.parametrize("permutation", ["exact", "free"])
+def test_auto_is_never_worse_than_pmh_and_more_runs_never_hurt(dense, objective, permutation):
+    options = {"objective": objective, "permutation": permutation, "seed": 1}
+    for n in (1, 2, 5, 12, 24):
+        for seed in range(3):
+            m = dense(n, seed)
+            auto = linear.synthesize(m, restarts=1, **options)
+            pmh = linear.synthesize(m, method="pmh", **options)
+            more = linear.synthesize(m, restarts=6, **options)
+            sizes = [getattr(result, objective) for result in (more, auto, pmh)]
+            assert sizes == sorted(sizes)
+
+
+def test_same_seed_same_circuit_whatever_jobs_is(dense):
+    m = dense(14)
+    for method in ("greedy", "greedy_log", "pairs", "auto"):
+        results = [
+            linear.synthesize(m, method=method, seed=2**63 + 1, restarts=12, jobs=jobs)
+            for jobs in (1, 2, 5, None)
+        ]
+        assert len(set(results)) == 1
+    drawn = linear.synthesize(m, method="greedy", restarts=3)
+    assert linear.synthesize(m, method="greedy", restarts=3, seed=drawn.seed) == drawn
+    assert linear.synthesize(m, method="gauss").seed is None
+
+
+def test_permutations_are_closed_by_fewer_cnots_than_three_a_swap(dense):
+    m = dense(24)
+    for method in ("syndrome", "greedy_log", "blocks"):
+        free = linear.synthesize(m, method=method, permutation="free", seed=1)
+        exact = linear.synthesize(m, method=method, seed=1)
+        cycles, seen = 0, set()
+        for start in range(24):
+            cycles += start not in seen
+            while start not in seen:
+                seen.add(start)
+                start = free.permutation[start]
+        assert free.count < exact.count < free.count + 3 * (24 - cycles)
+    swap = linear.synthesize([[0, 1], [1, 0]], method="syndrome")
+    assert (swap.count, in_place(swap)) == (3, True)
+
+
+def test_budget_ends_the_search_and_progress_shows_the_best(dense):
+    seen = []
+    start = time.perf_counter()
+    result = linear.synthesize(dense(20), budget=0.3, jobs=2, seed=1, progress=seen.append)
+    assert 0.25 < time.perf_counter() - start < 2
+    assert seen == sorted(seen, reverse=True)
+    assert seen[-1] == result.count
+    assert result.runs > 20
+    assert result.verify()
+    start = time.perf_counter()
+    with pytest.raises(errors.UnfinishedError, match="none of 1 runs found a circuit"):
+        linear.synthesize(dense(120), method="greedy_log", budget=0.05)
+    assert time.perf_counter() - start < 2
+    # However small the budget is, "auto" has an answer.
+    assert linear.synthesize(dense(60), budget=1e-9).verify()
+
+
+def test_exceptions_of_the_callback_end_the_search(dense):
+    def refuse(best):
+        raise ZeroDivisionError
+
+    start = time.perf_counter()
+    with pytest.raises(ZeroDivisionError):
+        linear.synthesize(dense(20), budget=60, jobs=2, progress=refuse)
+    assert time.perf_counter() - start < 5
+
+
+def test_ctrl_c_stops_at_once_with_the_best_so_far(dense):
+    timer = threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    start = time.perf_counter()
+    with pytest.raises(errors.Interrupted) as caught:
+        linear.synthesize(dense(16), budget=60, jobs=2)
+    assert time.perf_counter() - start < 3
+    assert isinstance(caught.value, KeyboardInterrupt)
+    assert caught.value.best.verify()
+    assert "best so far: LinearSynthesis(" in str(caught.value)
+
+
+@pytest.mark.parametrize(
+    ("matrix", "error", "text"),
+    [
+        ([[1.0, 0.0], [0.0, 1.0]], errors.DtypeError, "matrix: got entries of type float64"),
+        ([["1", "0"], ["0", "1"]], errors.DtypeError, "matrix: got entries of type <U1"),
+        ([[2, 1], [1, 1]], errors.EntryError, "matrix: got the entry 2"),
+        ([[1, -1], [0, 1]], errors.EntryError, "matrix: got the entry -1"),
+        ([[1, 0, 0], [0, 1, 0]], errors.ShapeError, r"matrix: got shape \(2, 3\)"),
+        ([[1, 0], [0]], errors.ShapeError, "rows of unequal length"),
+        ([1, 0], errors.ShapeError, r"got shape \(2,\), wanted a square matrix"),
+        (np.ones((2, 2, 2), dtype=bool), errors.ShapeError, r"got shape \(2, 2, 2\)"),
+        ([[1, 1], [1, 1]], errors.SingularMatrixError, "got a singular 2 by 2 matrix"),
+        (None, errors.DtypeError, "type object"),
+    ],
+)
+def test_bad_matrices_are_refused_by_name(matrix, error, text):
+    for method in ("pmh", "auto"):
+        with pytest.raises(error, match=text):
+            linear.synthesize(matrix, method=method)
+
+
+@pytest.mark.parametrize(
+    ("options", "error", "text"),
+    [
+        ({"method": "best"}, errors.UnknownMethodError, "method: got 'best', wanted one of auto"),
+        ({"method": None}, errors.UnknownMethodError, "got None"),
+        ({"objective": "gates"}, errors.OptionError, "objective: got 'gates', wanted one of"),
+        ({"permutation": "any"}, errors.OptionError, "permutation: got 'any'"),
+        ({"method": "pmh", "section": 0}, errors.OptionError, "section: got 0, wanted 1 to 30"),
+        ({"method": "pmh", "section": 31}, errors.OptionError, "section: got 31"),
+        ({"method": "pmh", "section": 2.0}, errors.DtypeError, "section: got 2.0, wanted an int"),
+        ({"method": "gauss", "section": 2}, errors.OptionError, "not an option of method 'gauss'"),
+        ({"width": 2}, errors.OptionError, "width: not an option of method 'auto'"),
+        ({"restarts": 0}, errors.OptionError, "restarts: got 0, wanted 1 to"),
+        ({"restarts": True}, errors.DtypeError, "restarts: got True"),
+        ({"budget": 0}, errors.OptionError, "budget: got 0.0, wanted a positive number"),
+        ({"budget": float("nan")}, errors.OptionError, "budget: got nan"),
+        ({"budget": "1 s"}, errors.DtypeError, "budget: got '1 s', wanted seconds"),
+        ({"jobs": 0}, errors.OptionError, "jobs: got 0"),
+        ({"seed": -1}, errors.OptionError, "seed: got -1"),
+        (
+            {"method": "greedy", "width": 10**4, "lookahead": 8},
+            errors.TooLargeError,
+            r"width, lookahead: got 10000 and 8, which would take 1e\+32 states and .* GB",
+        ),
+        ({"method": "syndrome", "width": 300, "lookahead": 4}, errors.TooLargeError, "GB of"),
+    ],
+)
+def test_bad_options_are_refused_by_name(options, error, text):
+    with pytest.raises(error, match=text) as caught:
+        linear.synthesize(np.eye(3, dtype=bool), **options)
+    assert isinstance(caught.value, (ValueError, TypeError))
+
+
+def test_smallest_matrices():
+    for n, matrix in ((0, []), (0, np.zeros((0, 0))), (1, [[1]]), (1, [[True]])):
+        for method in METHODS:
+            result = linear.synthesize(matrix, method=method)
+            assert (result.n, result.count, result.permutation) == (n, 0, tuple(range(n)))
+
+
+def test_results_print_in_one_line_and_cannot_be_changed(dense):
+    result = linear.synthesize(dense(4), method="gauss")
+    assert "\n" not in repr(result)
+    assert "gauss: 4 qubits" in repr(result)
+    with pytest.raises(AttributeError):
+        result.method = "pmh"
+    with pytest.raises(ValueError, match="read-only"):
+        result.matrix[0, 0] = False

@@ -1,0 +1,59 @@
+"""The package as a whole: its docstrings run, its types hold, its stub fits the module."""
+
+import doctest
+import importlib
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+import zeltbraidwerk as zb
+
+SOURCES = sorted(Path(zb.__file__).parent.glob("*.py"))
+MODULES = [f"zeltbraidwerk.{path.stem}" for path in SOURCES if path.stem[:2] != "__"]
+
+
+@pytest.mark.parametrize("name", ["zeltbraidwerk", *MODULES])
+def test_examples_in_docstrings(name):
+    failed, _ = doctest.testmod(importlib.import_module(name))
+    assert failed == 0
+
+
+def test_optional_packages_are_not_imported_with_the_package():
+    code = (
+        "import sys, zeltbraidwerk\n"
+        "print(*{'qiskit', 'pytket', 'stim', 'matplotlib', 'networkx'} & set(sys.modules))"
+    )
+    done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
+    assert done.stdout.strip() == ""
+
+
+def test_version_is_that_of_the_installed_package():
+    assert zb.__version__ == importlib.metadata.version("zeltbraidwerk")
+
+
+def test_types(tmp_path):
+    """mypy, strict, on the package with the stub of its compiled module."""
+    pytest.importorskip("mypy")
+    package = tmp_path / "zeltbraidwerk"
+    package.mkdir()
+    for source in SOURCES:
+        shutil.copy(source, package)
+    shutil.copy(Path(zb._core.__file__).parent / "_core.pyi", package)
+    config = tmp_path / "mypy.ini"
+    config.write_text(
+        "[mypy]\nstrict = True\nexclude = demo\n"
+        "[mypy-qiskit.*,pytket.*,stim.*]\nignore_missing_imports = True\nfollow_imports = skip\n"
+    )
+    command = [sys.executable, "-m", "mypy", "--config-file", config, "-p", "zeltbraidwerk"]
+    done = subprocess.run(command, cwd=tmp_path, capture_output=True, text=True, check=False)
+    assert done.returncode == 0, done.stdout
+
+
+def test_stub_fits_the_compiled_module():
+    pytest.importorskip("mypy")
+    command = [sys.executable, "-m", "mypy.stubtest", "zeltbraidwerk._core"]
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert done.returncode == 0, done.stdout
