@@ -17,7 +17,7 @@ std::set<int> draw_seed_set(int n, int size, const Draw& draw) {
 std::vector<std::set<int>> draw_seed_sets(int n, const Draw& draw) {
   std::vector<std::set<int>> sets;
   if (n < 1) return sets;
-  const int count = static_cast<int>(std::bit_width(static_cast<unsigned>(n))) - 1;  // floor(log2(n))
+  const int count = static_cast<int>(std::bit_width(static_cast<unsigned>(n))) - 1;
   for (int k = 0; k < count; ++k) sets.push_back(draw_seed_set(n, 1 << k, draw));
   return sets;
 }
