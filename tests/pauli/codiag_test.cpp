@@ -236,20 +236,6 @@ TEST(CoDiagonalisationOnGraphs, QubitsOfTheTreeBecomeActiveAgain) {
   EXPECT_TRUE(update_pair_qubits_aa(table, params, active, circuit, path));
 }
 
-/// Rank over GF(2) by definition of the span.
-int naive_rank(const BoolMatrix& m) {
-  std::set<BoolRow> span{BoolRow(m.empty() ? 0 : m[0].size())};
-  int rank = 0;
-  for (const BoolRow& row : m) {
-    if (span.count(row) != 0) continue;
-    ++rank;
-    for (BoolRow member : std::vector<BoolRow>(span.begin(), span.end())) {
-      span.insert(member ^= row);
-    }
-  }
-  return rank;
-}
-
 /// The H gates as written; nothing when the rank cannot be reached.
 std::string naive_h_gates(PauliTable table) {
   auto [z, x] = build_tables(table);
@@ -258,15 +244,15 @@ std::string naive_h_gates(PauliTable table) {
   BoolMatrix chosen;
   std::string gates;
   const int n = static_cast<int>(x.size());
-  for (int q = 0; q < n && naive_rank(x) != n; ++q) {
+  for (int q = 0; q < n && get_table_rank(x) != n; ++q) {
     chosen.push_back(z[at(q)]);
-    if (naive_rank(chosen) == q + 1) {
+    if (get_table_rank(chosen) == q + 1) {
       gates += "H" + std::to_string(q) + " ";
       std::swap(z[at(q)], x[at(q)]);
     }
     chosen.back() = x[at(q)];
   }
-  return naive_rank(x) == n ? gates : "none";
+  return get_table_rank(x) == n ? gates : "none";
 }
 
 TEST(GraphStateCoDiagonalisation, DiagonalisesWhatIsOfFullRank) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "support/pauli.h"
 
@@ -20,58 +19,36 @@ std::size_t at(int i) {
   return static_cast<std::size_t>(i);
 }
 
-/// Colours as written, an entry of the graph at a time. `next` picks the vertex to visit.
-Classes naive_colouring(const BoolRow& graph, int n,
-                        const std::function<int(const std::vector<int>&)>& next) {
+/// As written, an entry of the graph at a time. The vertex to visit next is the one of the highest
+/// degree, counted over the lower vertices or over those left.
+Classes naive_colouring(const BoolRow& graph, int n, bool over_those_left) {
   const auto joined = [&](int u, int v) { return graph[at(u * n + v)]; };
-  std::vector<int> order;
   std::vector<int> colours(at(n), -1);
   Classes classes;
   for (int k = 0; k < n; ++k) {
-    const int u = next(order);
-    int colour = 0;
-    for (bool free = false; !free; colour += !free) {
-      free = std::none_of(order.begin(), order.end(),
-                          [&](int v) { return joined(u, v) && colours[at(v)] == colour; });
-    }
-    colours[at(u)] = colour;
-    order.push_back(u);
-    if (at(colour) == classes.size()) classes.emplace_back();
-  }
-  for (int v = 0; v < n; ++v) classes[at(colours[at(v)])].push_back(v);
-  return classes;
-}
-
-Classes naive_lf(const BoolRow& graph, int n) {
-  return naive_colouring(graph, n, [&](const std::vector<int>& order) {
-    int best = -1;
-    int most = -1;
-    for (int u = 0; u < n; ++u) {
-      int degree = 0;
-      for (int v = 0; v < u; ++v) degree += graph[at(u * n + v)];
-      if (std::count(order.begin(), order.end(), u) != 0 || degree <= most) continue;
-      best = u;
-      most = degree;
-    }
-    return best;
-  });
-}
-
-Classes naive_sl(const BoolRow& graph, int n) {
-  return naive_colouring(graph, n, [&](const std::vector<int>& order) {
-    int best = -1;
+    int next = -1;
     int most = -1;
     for (int u = 0; u < n; ++u) {
       int degree = 0;
       for (int v = 0; v < n; ++v) {
-        degree += graph[at(u * n + v)] && std::count(order.begin(), order.end(), v) == 0;
+        degree += joined(u, v) && (over_those_left ? colours[at(v)] < 0 : v < u);
       }
-      if (std::count(order.begin(), order.end(), u) != 0 || degree <= most) continue;
-      best = u;
+      if (colours[at(u)] >= 0 || degree <= most) continue;
+      next = u;
       most = degree;
     }
-    return best;
-  });
+    const auto is_taken = [&](int colour) {
+      const auto& members = classes[at(colour)];
+      return std::any_of(members.begin(), members.end(), [&](int v) { return joined(next, v); });
+    };
+    int colour = 0;
+    while (at(colour) < classes.size() && is_taken(colour)) ++colour;
+    if (at(colour) == classes.size()) classes.emplace_back();
+    classes[at(colour)].push_back(next);
+    colours[at(next)] = colour;
+  }
+  for (auto& members : classes) std::sort(members.begin(), members.end());
+  return classes;
 }
 
 TEST(Commuting, ColoursAsWritten) {
@@ -85,8 +62,8 @@ TEST(Commuting, ColoursAsWritten) {
         graph[at(i * n + j)] = graph[at(j * n + i)] = rng() % 10 < density;
       }
     }
-    ASSERT_EQ(coloration_lf(graph, at(n)), naive_lf(graph, n));
-    ASSERT_EQ(coloration_sl(graph, at(n)), naive_sl(graph, n));
+    ASSERT_EQ(coloration_lf(graph, at(n)), naive_colouring(graph, n, false));
+    ASSERT_EQ(coloration_sl(graph, at(n)), naive_colouring(graph, n, true));
   }
 }
 
@@ -108,7 +85,7 @@ TEST(Commuting, GroupsAreTheColoursOfTheConflictGraph) {
         ASSERT_EQ(group[k], table[at(members.back())]);
       }
     }
-    ASSERT_EQ(found, naive_lf(graph, m));
+    ASSERT_EQ(found, naive_colouring(graph, m, false));
   }
 }
 

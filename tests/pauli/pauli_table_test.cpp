@@ -71,7 +71,8 @@ TEST(PauliTable, GatesRewriteEveryRowAndFlipAngles) {
   conjugate_table_with_circuit(circuit, again, new_params);
   EXPECT_EQ(again, table);
   table[0][0] = 4;
-  EXPECT_THROW(bring_to_z(table, params, 0, 1, circuit), std::out_of_range);
+  EXPECT_THAT([&] { bring_to_z(table, params, 0, 1, circuit); },
+              testing::ThrowsMessage<std::out_of_range>("map::at:  key not found"));
   EXPECT_THROW(apply_cnot(table, params, 1, 0, circuit), std::out_of_range);
 }
 
@@ -88,28 +89,21 @@ TEST(PauliTable, OneRotationIsRewrittenByTheGateNamed) {
   EXPECT_EQ(rewritten(turn("RX", 0.3), "Z"), "+Y");
   EXPECT_EQ(rewritten(Gate("CZ", {1, 0}), "YX"), "-XY");
   EXPECT_EQ(rewritten(Gate::CNOT(1, 0), "ZX"), "-YY");
-  EXPECT_THROW(rewritten(Gate("S", {0}), "X"), std::runtime_error);
   EXPECT_THROW(rewritten(Gate("RZ", {0}, {Parameter("a")}, true), "X"), std::logic_error);
-  try {
-    rewritten(Gate("S", {0}), "X");
-  } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(error.what(), "Uknown clifford gate: S");
-  }
+  EXPECT_THAT([&] { rewritten(Gate("S", {0}), "X"); },
+              testing::ThrowsMessage<std::runtime_error>("Uknown clifford gate: S"));
 }
 
 TEST(PauliTable, AnswersQuestionsAboutRows) {
-  const auto two = [](const std::string& a, const std::string& b) { return rows({a, b}); };
-  for (const auto& [a, b, answer] : {std::tuple("XX", "ZZ", true), std::tuple("XI", "ZI", false),
-                                     std::tuple("XI", "IZ", true), std::tuple("", "X", true)}) {
-    EXPECT_EQ(commute(two(a, b)[0], two(a, b)[1]), answer) << a << ' ' << b;
-  }
+  EXPECT_TRUE(commute({1, 1}, {3, 3}));
+  EXPECT_FALSE(commute({1, 0}, {3, 0}));
+  EXPECT_TRUE(commute({}, {1}));
   const PauliTable table = rows({"IIX", "XIZ", "III", "XII"});
   EXPECT_EQ(find_common_pauli(table, 0), 1);
   EXPECT_EQ(find_common_pauli(table, 1), -1);
   EXPECT_EQ(find_common_pauli(table, 2), -1);
   EXPECT_TRUE(lexico_vector({1, 2}, {1, 3}));
   EXPECT_FALSE(lexico_vector({1, 3}, {1, 2}));
-  EXPECT_FALSE(lexico_vector({1, 2}, {1, 2}));
 }
 
 TEST(PauliTable, OrderingsCarryTheAngles) {
@@ -122,12 +116,13 @@ TEST(PauliTable, OrderingsCarryTheAngles) {
   EXPECT_EQ(text(table), "ZII XYZ XIZ XIY IIZ");
   EXPECT_EQ(params[0].value, 4);
 
+  const PauliTable sorted = table;
+  params = support::numbered_angles(5);
   std::set<std::string> orders;
   for (int k = 0; k < 50; ++k) {
     shuffle(table, params);
     for (std::size_t r = 0; r < 5; ++r) {
-      EXPECT_EQ(text(table[r]), (std::array{"XYZ", "IIZ", "XIZ", "ZII",
-                                            "XIY"})[static_cast<std::size_t>(params[r].value - 1)]);
+      EXPECT_EQ(table[r], sorted[static_cast<std::size_t>(params[r].value - 1)]);
     }
     orders.insert(text(table));
   }
