@@ -53,6 +53,21 @@ const Method methods[] = {
        if (n < 2) return Outcome::Right;
        return right_if(reduces(synthesis::optimized_PMH_Algorithm(n, a), a));
      }},
+    {"triangular_pairs", 64, 64,
+     [](int n, const BoolMatrix& a, std::uint32_t) {
+       BoolMatrix work = a;
+       return right_if(reduces(synthesis::GreedyGaussianElimination_faster(n, work), a));
+     }},
+    {"divide_and_conquer", 64, 64,
+     [](int n, const BoolMatrix& a, std::uint32_t) {
+       return right_if(reduces(divide_and_conquer_synthesis(n, a), a));
+     }},
+    {"syndrome", 64, 64,
+     [](int n, const BoolMatrix& a, std::uint32_t) {
+       std::vector<int> perm(at(n));
+       const auto circuit = synthesis::SyndromeSynthesis(n, a, perm, 2, 2);
+       return right_if(support::inverts_up_to(circuit, perm, a));
+     }},
     {"ones", 64, 20, greedy<GreedyCost::Ones, 1, 1>},
     {"ones_ahead", 20, 0, greedy<GreedyCost::Ones, 2, 3>},
     {"ones_with_inverse", 64, 20, greedy<GreedyCost::OnesWithInverse, 1, 1>},
