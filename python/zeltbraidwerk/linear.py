@@ -48,6 +48,7 @@ class Method:
     draws: bool = False
     quick: bool = False  # too short to be stopped
     options: frozenset[str] = frozenset()
+    most: int = 2**31 - 1  # qubits
     # Bytes of the beam's states, by size, width and lookahead.
     memory: Callable[[int, int, int], int] = field(default=lambda n, width, lookahead: 0)
 
@@ -64,7 +65,7 @@ def _syndrome_memory(n: int, width: int, lookahead: int) -> int:
 
 _ELIMINATION = partial(Method, lowers="count", permutation="exact", quick=True)
 _GREEDY = partial(
-    Method, lowers="count", permutation="free", draws=True,
+    Method, lowers="count", permutation="free", draws=True, most=16383,
     options=frozenset(("width", "lookahead")), memory=_greedy_memory,
 )  # fmt: skip
 
@@ -93,8 +94,8 @@ _AUTO: dict[Objective, tuple[tuple[str, int, dict[str, int]], ...]] = {
         ("pmh", 1 << 30, {}),
         ("pairs", 1 << 30, {}),
         ("syndrome", 512, {}),
-        ("syndrome", 96, {"width": 4, "lookahead": 2}),
-        ("syndrome", 96, {"width": 4, "lookahead": 3}),
+        ("syndrome", 256, {"width": 4, "lookahead": 2}),
+        ("syndrome", 160, {"width": 4, "lookahead": 3}),
         ("greedy", 64, {}),
         ("greedy_inverse", 64, {}),
         ("greedy_log", 40, {}),
@@ -255,6 +256,10 @@ def _options(method: str, n: int, **values: int | None) -> dict[str, int]:
         if name not in known:
             raise errors.OptionError(f"{name}: not an option of method {method!r}")
     if method in _METHODS:
+        if n > _METHODS[method].most:
+            raise errors.TooLargeError(
+                f"matrix: got {n} qubits, wanted at most {_METHODS[method].most} for {method!r}"
+            )
         width, lookahead = given.get("width", 1), given.get("lookahead", 1)
         needed = _METHODS[method].memory(n, width, lookahead)
         there = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
@@ -271,7 +276,7 @@ def _runs(method: Method, restarts: int | None, budget: float | None) -> int | N
 
 
 def _auto_runs(name: str, n: int, restarts: int | None, budget: float | None) -> int | None:
-    """Without other orders "auto" ends in about a second up to 64 qubits."""
+    """Without other orders "auto" ends in about a second up to 128 qubits."""
     if restarts is not None or budget is not None:
         return restarts
     if _METHODS[name].quick:
