@@ -129,7 +129,7 @@ def test_budget_ends_the_search_and_progress_shows_the_best(dense):
     seen = []
     start = time.perf_counter()
     result = linear.synthesize(dense(20), budget=0.3, jobs=2, seed=1, progress=seen.append)
-    assert 0.25 < time.perf_counter() - start < 2
+    assert 0.25 < time.perf_counter() - start < 10
     assert seen == sorted(seen, reverse=True)
     assert seen[-1] == result.count
     assert result.runs > 20
@@ -137,7 +137,7 @@ def test_budget_ends_the_search_and_progress_shows_the_best(dense):
     start = time.perf_counter()
     with pytest.raises(errors.UnfinishedError, match="none of 1 runs found a circuit"):
         linear.synthesize(dense(120), method="greedy_log", budget=0.05)
-    assert time.perf_counter() - start < 2
+    assert time.perf_counter() - start < 10
     # However small the budget is, "auto" has an answer.
     assert linear.synthesize(dense(60), budget=1e-9).verify()
 
@@ -149,7 +149,7 @@ def test_exceptions_of_the_callback_end_the_search(dense):
     start = time.perf_counter()
     with pytest.raises(ZeroDivisionError):
         linear.synthesize(dense(20), budget=60, jobs=2, progress=refuse)
-    assert time.perf_counter() - start < 5
+    assert time.perf_counter() - start < 10
 
 
 def test_ctrl_c_stops_at_once_with_the_best_so_far(dense):
@@ -158,7 +158,7 @@ def test_ctrl_c_stops_at_once_with_the_best_so_far(dense):
     start = time.perf_counter()
     with pytest.raises(errors.Interrupted) as caught:
         linear.synthesize(dense(16), budget=60, jobs=2)
-    assert time.perf_counter() - start < 3
+    assert time.perf_counter() - start < 10
     assert isinstance(caught.value, KeyboardInterrupt)
     assert caught.value.best.verify()
     assert "best so far: LinearSynthesis(" in str(caught.value)
