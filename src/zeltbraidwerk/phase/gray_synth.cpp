@@ -68,9 +68,9 @@ std::pair<std::vector<int>, std::vector<int>> do_split(int row, const std::vecto
 
 int find_best_split(const std::vector<int>& cols, const std::set<int>& rows,
                     const BoolMatrix& table) {
-  internal::BestSplit best(static_cast<int>(cols.size()));
+  internal::BestSplit best{static_cast<int>(cols.size())};
   for (const int row : rows) {
     best.consider(row, static_cast<int>(do_split(row, cols, table).second.size()));
   }
-  return best.row();
+  return best.row;
 }

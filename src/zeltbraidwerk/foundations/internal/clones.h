@@ -4,8 +4,9 @@
 /// ZELTBRAIDWERK_CLONES compiles a hot kernel several times and picks a version at load. Use it
 /// only on functions in an anonymous namespace without an earlier declaration: some compilers drop
 /// the dispatch otherwise. Helpers called inside must be inline to follow the version chosen, and
-/// no container is made inside: clang 16 leaves out templates that only such a function needs.
-/// Without it std::popcount is a table look-up on the base instruction set, eight times slower.
+/// nothing with a constructor is made inside: clang 16 leaves out one that only such functions
+/// call. Without it std::popcount is a table look-up on the base instruction set, eight times
+/// slower.
 #if defined(__SANITIZE_THREAD__)
 #define ZELTBRAIDWERK_CLONES
 #elif defined(__has_feature)

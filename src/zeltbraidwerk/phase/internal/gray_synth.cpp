@@ -8,14 +8,14 @@ namespace {
 
 ZELTBRAIDWERK_CLONES
 int best_split(const BitMatrix& parities, const Word* rows, int row_words, ColumnsView columns) {
-  BestSplit best(count_columns(columns));
+  BestSplit best{count_columns(columns)};
   for (int w = 0; w < row_words; ++w) {
     for (Word rest = rows[w]; rest != 0; rest &= rest - 1) {
       const int row = w * word_bits + std::countr_zero(rest);
       best.consider(row, count_ones(columns, parities.row(row)));
     }
   }
-  return best.row();
+  return best.row;
 }
 
 /// Depth-first over pieces of work, the last one first. Each piece has a target row, -1 while none

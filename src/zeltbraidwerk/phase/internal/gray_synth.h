@@ -9,23 +9,18 @@
 namespace zelt::braidwerk::internal {
 
 /// The rule of find_best_split: of equal scores the first row wins, hence the ascending order.
-class BestSplit {
- public:
-  explicit BestSplit(int columns) : columns_(columns) {}
+struct BestSplit {
+  int columns;
+  int score = -1;
+  int row = -1;  ///< -1 when none was considered
 
-  void consider(int row, int ones) {
-    const int zeros = columns_ - ones;
-    const int score = zeros > ones ? zeros : ones + 1;
-    if (score <= score_) return;
-    score_ = score;
-    row_ = row;
+  void consider(int candidate, int ones) {
+    const int zeros = columns - ones;
+    const int reached = zeros > ones ? zeros : ones + 1;
+    if (reached <= score) return;
+    score = reached;
+    row = candidate;
   }
-  int row() const { return row_; }  ///< -1 when none was considered
-
- private:
-  int columns_;
-  int score_ = -1;
-  int row_ = -1;
 };
 
 /// See gray_synth. `parities` has no zero column.
