@@ -5,6 +5,7 @@
 #include <span>
 
 #include "support/oracles.h"
+#include "support/scripted_uniform.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/linear/synthesis.h"
 
@@ -31,17 +32,50 @@ void check(bool holds) {
   if (!holds) std::abort();
 }
 
+void eliminations(const Input& in, bool invertible) {
+  BoolMatrix work = in.m;
+  check(support::reduces(synthesis::GaussianElimination(in.n, in.m), in.m) == invertible);
+  check(support::reduces(synthesis::PMH_Algorithm(in.n, in.m, in.section), in.m) == invertible);
+  check(support::reduces(synthesis::GreedyGaussianElimination_faster(in.n, work), in.m) ==
+        invertible);
+  if (in.n < 2) return;  // the default circuit
+  check(support::reduces(synthesis::optimized_PMH_Algorithm(in.n, in.m), in.m) == invertible);
+}
+
+// Within their cap of operations the searches may not finish, and singular matrices they leave.
+void searches(const Input& in, bool invertible) {
+  constexpr std::size_t cap = 1000;
+  const int width = 1 + in.section % 3;
+  const int depth = 1 + in.section / 6;
+  std::vector<int> perm(support::at(in.n));
+  const auto expect = [&](const structures::CnotCircuit& circuit) {
+    check(!invertible || circuit.gates.size() >= cap ||
+          support::implements_up_to(circuit, perm, in.m));
+  };
+  expect(synthesis::greedy_synthesis_ones(in.n, in.m, perm, width, depth));
+  expect(synthesis::greedy_synthesis_ones_with_inv(in.n, in.m, perm, width, depth));
+  expect(synthesis::greedy_synthesis_ones_with_escape(in.n, in.m, perm, width, depth, 0));
+  expect(synthesis::greedy_synthesis_log(in.n, in.m, perm, width, depth));
+}
+
+void blocks_and_parities(const Input& in, bool invertible) {
+  check(support::reduces(divide_and_conquer_synthesis(in.n, in.m), in.m) == invertible);
+
+  std::vector<int> perm(support::at(in.n));
+  const auto circuit = synthesis::SyndromeSynthesis(in.n, in.m, perm, 1 + in.section % 2, 1);
+  if (!invertible) return;
+  BoolMatrix permutation(in.m.size(), BoolRow(in.m.size()));
+  for (std::size_t r = 0; r < in.m.size(); ++r) permutation[r][support::at(perm[r])] = true;
+  check(support::multiply(in.m, support::operator_of(circuit)) == permutation);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Input input({data, size});
-  const auto gauss = synthesis::GaussianElimination(input.n, input.m);
-  const auto pmh = synthesis::PMH_Algorithm(input.n, input.m, input.section);
-  const auto best = synthesis::optimized_PMH_Algorithm(input.n, input.m);
-
   const bool invertible = boolean_matrix_det(input.m, input.n) == 1;
-  check(support::reduces(gauss, input.m) == invertible);
-  check(support::reduces(pmh, input.m) == invertible);
-  if (input.n > 1) check(support::reduces(best, input.m) == invertible);
+  eliminations(input, invertible);
+  if (input.n <= 16) blocks_and_parities(input, invertible);
+  if (input.n <= 6) searches(input, invertible);
   return 0;
 }
