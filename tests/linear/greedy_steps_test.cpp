@@ -136,6 +136,14 @@ TEST(GreedySteps, CandidatesInOrderAndTheirChoice) {
   }
 }
 
+TEST(GreedySteps, AReducingPathIsTheOnlyCandidate) {
+  // One column addition can mend many rows, if they are equal.
+  EXPECT_THAT(Steps(matrix({"11", "11"})).candidates(Cost::Ones, 1, 2),
+              ElementsAre(plain::Scored{0, {0, 1, false}}));
+  EXPECT_THAT(Steps(matrix({"100", "011", "001"})).candidates(Cost::Log, 3, 3),
+              ElementsAre(plain::Scored{0, {1, 2, false}}));
+}
+
 TEST(GreedySteps, LookaheadScoresEveryChild) {
   support::Rng rng(83);
   for (const int n : {12, 40, 64, 70}) {
