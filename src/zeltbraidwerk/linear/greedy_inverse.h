@@ -4,8 +4,9 @@
 
 /// \file
 /// The greedy search that watches the matrix and its inverse at once: a row addition on the one is
-/// a column addition on the other, and the cost is the number of ones in both. Shorter circuits
-/// than with the ones of the matrix alone, at about twice the time.
+/// a column addition on the other, and the cost is the number of ones in both. Circuits are shorter
+/// than with the ones of the matrix alone, at about twice the time a step; with lookahead it is the
+/// faster one, since the ones left are known without looking at the children.
 ///
 /// The operation that goes with (i, j, row) is (j, i, not row) on B, which keeps B the inverse of
 /// A. A must be invertible. All else is as for greedy_synthesis_ones.

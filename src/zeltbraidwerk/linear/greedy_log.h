@@ -7,9 +7,10 @@
 /// logarithm of the row weight, 0 exactly when every row of an invertible matrix holds a single
 /// one. It finishes rows rather than thinning all of them, which serves larger and sparse matrices.
 ///
-/// Costs that differ by less than 1e-5 tie. A step costs O(n^3 / 4), with lookahead O(n^3 / 4) for
-/// each of the 2 n^2 children. A row without a one is outside the contract; it counts as a row of
-/// one. All else is as for greedy_synthesis_ones.
+/// Costs that differ by less than 1e-5 tie. A step costs O(n^3 / 16), with lookahead as much for
+/// each of the 2 n (n - 1) children; as their scores are whole numbers, lookahead hides small gains
+/// and seldom pays. A row without a one is outside the contract; it counts as a row of one. All
+/// else is as for greedy_synthesis_ones.
 
 namespace synthesis {
 

@@ -22,7 +22,7 @@ inline constexpr LineAddition no_addition{};
 /// A square matrix held by rows and by columns at once, with the weight of every line, so that row
 /// and column additions are one code. side(true) has the rows as lines, side(false) the columns;
 /// each is the transpose of the other at all times.
-class ZELTBRAIDWERK_KERNEL_EXPORT Lines {
+class Lines {
  public:
   explicit Lines(BitMatrix rows);
 
