@@ -1,0 +1,175 @@
+#include "zeltbraidwerk/clifford/internal/elimination.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+#include "zeltbraidwerk/foundations/internal/turns.h"
+
+using structures::Gate;
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// The wires on which one qubit's two images have letters, by what the letters are.
+struct Split {
+  std::vector<int> anticommuting, equal, only_x, only_z;
+
+  int cnots() const {
+    const std::size_t pairs = anticommuting.size() / 2;
+    return static_cast<int>(3 * pairs + equal.size() + (equal.empty() ? 0 : 1) + only_x.size() +
+                            only_z.size());
+  }
+};
+
+class Eliminator {
+ public:
+  Eliminator(PauliFrame images, bool in_place)
+      : frame_(std::move(images)), in_place_(in_place), left_(all()), free_(all()) {
+    found_.wires.resize(left_.size());
+  }
+
+  Elimination run() {
+    while (!left_.empty()) {
+      const int q = cheapest();
+      const int wire = gather(q, split(q));
+      found_.wires[static_cast<std::size_t>(q)] = wire;
+      std::erase(left_, q);
+      std::erase(free_, wire);
+    }
+    return std::move(found_);
+  }
+
+ private:
+  std::vector<int> all() const {
+    std::vector<int> qubits(static_cast<std::size_t>(frame_.qubits()));
+    std::iota(qubits.begin(), qubits.end(), 0);
+    return qubits;
+  }
+  unsigned char x_letter(int q, int wire) const { return frame_.letter(q, wire); }
+  unsigned char z_letter(int q, int wire) const { return frame_.letter(frame_.qubits() + q, wire); }
+
+  Split split(int q) const {
+    Split result;
+    for (const int wire : free_) {
+      const unsigned char a = x_letter(q, wire);
+      const unsigned char b = z_letter(q, wire);
+      if (a == 0 && b == 0) continue;
+      auto& where = a == 0   ? result.only_z
+                    : b == 0 ? result.only_x
+                    : a == b ? result.equal
+                             : result.anticommuting;
+      where.push_back(wire);
+    }
+    return result;
+  }
+
+  int cheapest() const {
+    constexpr int swap = 3;
+    int best = left_[0];
+    int least = std::numeric_limits<int>::max();
+    for (const int q : left_) {
+      const Split wires = split(q);
+      const bool stays = std::ranges::count(wires.anticommuting, q) != 0;
+      const int cost = wires.cnots() + (in_place_ && !stays ? swap : 0);
+      if (cost < least) best = q;
+      least = std::min(cost, least);
+    }
+    return best;
+  }
+
+  void apply(const Gate& gate) {
+    frame_.apply(gate);
+    found_.gates.push_back(gate);
+  }
+  void h(int wire) { apply(Gate::H(wire)); }
+  void cnot(int control, int target) { apply(Gate::CNOT(control, target)); }
+
+  void to_x(int wire, unsigned char letter) {
+    if (letter == 2) apply(Gate::S(wire));
+    if (letter == 3) h(wire);
+  }
+  void to_z(int wire, unsigned char letter) {
+    if (letter == 1) h(wire);
+    if (letter == 2) apply(Gate::RXP(wire));
+  }
+
+  /// Leaves the images of q with one letter, on the wire returned.
+  int gather(int q, Split wires) {
+    for (const int wire : wires.anticommuting) {
+      to_x(wire, x_letter(q, wire));
+      to_z(wire, z_letter(q, wire));  // leaves X as it is
+    }
+    for (const int wire : wires.equal) to_x(wire, x_letter(q, wire));
+    for (const int wire : wires.only_x) to_x(wire, x_letter(q, wire));
+    for (const int wire : wires.only_z) to_z(wire, z_letter(q, wire));
+    if (wires.anticommuting.empty()) return free_[0];
+
+    const auto own = std::ranges::find(wires.anticommuting, q);
+    const auto kept = own == wires.anticommuting.end() ? wires.anticommuting.begin() : own;
+    const int wire = *kept;
+    wires.anticommuting.erase(kept);
+    // X X and Z Z on two wires become X on the one and Z on the other.
+    for (std::size_t k = 0; k + 1 < wires.anticommuting.size(); k += 2) {
+      const int a = wires.anticommuting[k];
+      const int b = wires.anticommuting[k + 1];
+      cnot(a, b);
+      wires.only_x.push_back(a);
+      wires.only_z.push_back(b);
+    }
+    for (std::size_t k = 1; k < wires.equal.size(); ++k) cnot(wires.equal[0], wires.equal[k]);
+    if (!wires.equal.empty()) {
+      cnot(wire, wires.equal[0]);
+      h(wires.equal[0]);
+      wires.only_z.push_back(wires.equal[0]);
+    }
+    for (const int other : wires.only_x) cnot(wire, other);
+    for (const int other : wires.only_z) cnot(other, wire);
+    if (frame_.is_negative(q)) apply(Gate("Z", {wire}));
+    if (frame_.is_negative(frame_.qubits() + q)) apply(Gate("X", {wire}));
+    return wire;
+  }
+
+  PauliFrame frame_;
+  bool in_place_;
+  std::vector<int> left_;  ///< qubits whose images are not gathered
+  std::vector<int> free_;  ///< wires without a qubit
+  Elimination found_;
+};
+
+}  // namespace
+
+PauliFrame identity_images(int qubits) {
+  PauliFrame frame(qubits, 2 * qubits);
+  for (int q = 0; q < qubits; ++q) {
+    frame.set_letter(q, q, 1);
+    frame.set_letter(qubits + q, q, 3);
+  }
+  return frame;
+}
+
+void Elimination::close() {
+  for (int q = 0; q < static_cast<int>(wires.size()); ++q) {
+    int& wire = wires[static_cast<std::size_t>(q)];
+    if (wire == q) continue;
+    for (const auto& [a, b] : {std::pair{q, wire}, {wire, q}, {q, wire}}) {
+      gates.push_back(Gate::CNOT(a, b));
+    }
+    *std::ranges::find(wires, q) = wire;
+    wire = q;
+  }
+}
+
+Elimination eliminate_clifford(PauliFrame images, bool in_place) {
+  return Eliminator(std::move(images), in_place).run();
+}
+
+std::vector<Gate> inverted(const std::vector<Gate>& gates) {
+  std::vector<Gate> inverse(gates.rbegin(), gates.rend());
+  for (Gate& gate : inverse) {
+    for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
+  }
+  return inverse;
+}
+
+}  // namespace zelt::braidwerk::internal

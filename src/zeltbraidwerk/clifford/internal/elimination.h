@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+
+namespace zelt::braidwerk::internal {
+
+/// The images of X on qubits 0 to n-1, then those of Z, under the identity; carried through a
+/// circuit, they are its tableau.
+ZELTBRAIDWERK_KERNEL_EXPORT PauliFrame identity_images(int qubits);
+
+/// What undoes a Clifford operator: behind the gates, the images of X and Z on qubit q are X and Z
+/// on wire wires[q].
+struct Elimination {
+  std::vector<structures::Gate> gates;
+  std::vector<int> wires;
+
+  /// Appends what brings every qubit back to its own wire, three CNOTs a swap.
+  ZELTBRAIDWERK_KERNEL_EXPORT void close();
+};
+
+/// Of the images that an operator has. With `in_place`, qubits are gathered on their own wires
+/// where that takes no more CNOTs than a swap. Images of no operator end as well, not eliminated.
+ZELTBRAIDWERK_KERNEL_EXPORT Elimination eliminate_clifford(PauliFrame images, bool in_place);
+
+/// The inverse of a circuit of gates that the elimination knows.
+ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> inverted(
+    const std::vector<structures::Gate>& gates);
+
+}  // namespace zelt::braidwerk::internal
