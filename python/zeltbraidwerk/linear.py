@@ -97,6 +97,7 @@ _AUTO: dict[Objective, tuple[tuple[str, int, dict[str, int]], ...]] = {
         ("syndrome", 256, {"width": 4, "lookahead": 2}),
         ("syndrome", 160, {"width": 4, "lookahead": 3}),
         ("greedy", 64, {}),
+        ("greedy", 32, {"width": 4, "lookahead": 2}),
         ("greedy_inverse", 64, {}),
         ("greedy_log", 40, {}),
     ),
