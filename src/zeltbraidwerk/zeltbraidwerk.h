@@ -3,6 +3,7 @@
 /// \file
 /// The whole library.
 
+#include "zeltbraidwerk/clifford/clifford_circuit.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/random.h"
 #include "zeltbraidwerk/foundations/signal_handler.h"
@@ -20,8 +21,11 @@
 #include "zeltbraidwerk/graphs/steiner_gauss.h"
 #include "zeltbraidwerk/linear/synthesis.h"
 #include "zeltbraidwerk/pauli/codiag.h"
+#include "zeltbraidwerk/pauli/commute_pauli_synth.h"
 #include "zeltbraidwerk/pauli/commuting.h"
 #include "zeltbraidwerk/pauli/graph_state_codiag.h"
+#include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
+#include "zeltbraidwerk/pauli/pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
 #include "zeltbraidwerk/phase/gray_synth.h"
 #include "zeltbraidwerk/phase/gray_synth_on_graph.h"

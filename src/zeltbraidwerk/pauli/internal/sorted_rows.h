@@ -1,0 +1,67 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
+#include "zeltbraidwerk/phase/internal/columns.h"
+
+namespace zelt::braidwerk::internal {
+
+/// The rows of a frame, stably sorted by weight between the moves, one row after the other as they
+/// are asked for.
+///
+/// A stable sort on top of earlier ones puts of two rows the one first that is lighter now; of
+/// equal ones, the one that was lighter at the sort before; and so on back to the order at the
+/// start. Only the digits of these weights are kept, as planes over all rows. next() is a radix
+/// sort on them that stops where a row stands alone, so few rows at the head cost little, however
+/// many there are.
+class SortedRows {
+ public:
+  explicit SortedRows(PauliFrame frame);
+
+  const PauliFrame& frame() const { return frame_; }
+  /// The number that a row of the frame had at the start.
+  int number(int row) const { return numbers_[static_cast<std::size_t>(row)]; }
+
+  /// Sorts. Rows of the frame may change places: earlier row indices are void.
+  void sort();
+  /// The next row in order, -1 when there is none left.
+  int next();
+  void erase(int row);
+  /// Plays moves on disjoint qubits.
+  void play(std::span<const Move> moves, std::vector<structures::Gate>& circuit);
+
+ private:
+  /// Rows that stand together as far as the digits before `level` tell. The words of all groups lie
+  /// one behind the other, those of the lightest rows last, each group's in descending order.
+  struct Group {
+    std::size_t level;
+    std::size_t words;
+  };
+
+  const Word* digit(std::size_t level) const;
+  std::size_t levels() const;
+  void restart();
+  void split_top(const Word* digit);
+  void settle();
+  void weigh();
+  void remember(const Word* digit);
+  void play(const Move& move, bool is_only, std::vector<structures::Gate>& circuit);
+
+  PauliFrame frame_;
+  std::vector<int> numbers_;
+  std::vector<Word> left_;  // plane of the rows not erased
+  int count_left_;
+  BitMatrix weights_;       // bit-sliced
+  std::vector<Word> past_;  // digits of earlier weights, the latest and highest last
+  std::vector<Word> up_;
+  std::vector<Word> down_;
+  std::vector<Group> groups_;
+  Columns stack_;
+  Columns zeros_;
+  std::size_t work_ = 0;  // words looked at since the rows were last settled
+};
+
+}  // namespace zelt::braidwerk::internal

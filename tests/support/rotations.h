@@ -1,0 +1,109 @@
+#pragma once
+
+#include <bit>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/pauli.h"
+#include "zeltbraidwerk/pauli/pauli_table.h"
+
+/// \file
+/// Pauli rotations to test on, and what their circuits are checked with.
+
+namespace support {
+
+/// Angles a0, a1, ... in the order given.
+inline PauliRotationMap symbolic(const PauliRows& table) {
+  PauliRotationMap rotations;
+  for (const auto& row : table) {
+    rotations.emplace(row, structures::Parameter("a" + std::to_string(rotations.size())));
+  }
+  return rotations;
+}
+
+/// The excitations of a closed shell under Jordan-Wigner, spin orbitals interleaved, the lowest
+/// filled, all spin-conserving singles and doubles. Each is a product of raising and lowering
+/// operators less its adjoint: on their qubits, X and Y with Y an odd number of times, and Z
+/// between the first and the second, and between the third and the fourth.
+inline PauliRotationMap uccsd(int qubits, int electrons) {
+  PauliRows table;
+  const auto add = [&](const std::vector<int>& at) {
+    for (unsigned ys = 0; ys < 1U << at.size(); ++ys) {
+      if (std::popcount(ys) % 2 == 0) continue;
+      auto& row = table.emplace_back(static_cast<std::size_t>(qubits));
+      for (std::size_t k = 0; k < at.size(); k += 2) {
+        for (int q = at[k]; q < at[k + 1]; ++q) row[static_cast<std::size_t>(q)] = 3;
+      }
+      for (std::size_t k = 0; k < at.size(); ++k) {
+        row[static_cast<std::size_t>(at[k])] = ys >> k & 1 ? 2 : 1;
+      }
+    }
+  };
+  for (int i = 0; i < electrons; ++i) {
+    for (int a = electrons; a < qubits; ++a) {
+      if (i % 2 == a % 2) add({i, a});
+      for (int j = i + 1; j < electrons; ++j) {
+        for (int b = a + 1; b < qubits; ++b) {
+          if (i % 2 + j % 2 == a % 2 + b % 2) add({i, j, a, b});
+        }
+      }
+    }
+  }
+  return symbolic(table);
+}
+
+/// What a circuit does: the signed strings that its rotations, the gates with a symbolic angle,
+/// turn about at its front, in time order; and the Clifford operator of all other gates.
+struct Unfolded {
+  std::vector<std::pair<SignedString, structures::Parameter>> rotations;
+  std::vector<structures::Gate> clifford;
+  structures::OperatorTableau pulled_back;  ///< P to U-dagger P U, for that operator U
+};
+
+inline Unfolded unfold(const std::vector<structures::Gate>& circuit, int n) {
+  Unfolded result{{}, {}, structures::OperatorTableau(n)};
+  for (const structures::Gate& gate : circuit) {
+    if (gate.params.empty() || !gate.params[0].is_abstract) {
+      result.clifford.push_back(gate);
+      result.pulled_back.apply_right(gate);
+      continue;
+    }
+    std::string letters(static_cast<std::size_t>(n), 'I');
+    letters[static_cast<std::size_t>(gate.qbits.at(0))] = gate.name == "PH" ? 'Z' : gate.name.at(1);
+    result.rotations.emplace_back(carried(letters, result.pulled_back), gate.params[0]);
+  }
+  return result;
+}
+
+/// Each rotation but identity strings must come up once, under its own angle and sign. Returns the
+/// first fault, or an empty text.
+inline std::string fault(const PauliRotationMap& rotations, const Unfolded& circuit) {
+  PauliRotationMap left = rotations;
+  std::erase_if(left, [](const auto& entry) {
+    return text(entry.first).find_first_not_of('I') == std::string::npos;
+  });
+  for (const auto& [string, angle] : circuit.rotations) {
+    const auto& [negative, letters] = string;
+    const auto found = left.find(rows({letters})[0]);
+    if (found == left.end()) return letters + " is not left to be served";
+    if (angle != (negative ? found->second.flip_sign() : found->second)) {
+      return "wrong angle about " + letters;
+    }
+    left.erase(found);
+  }
+  return left.empty() ? "" : text(left.begin()->first) + " is not served";
+}
+
+inline bool is_identity(const structures::OperatorTableau& t) {
+  for (int q = 0; q < t.nbqbits; ++q) {
+    std::string letters(static_cast<std::size_t>(t.nbqbits), 'I');
+    for (const char letter : {'X', 'Z'}) {
+      letters[static_cast<std::size_t>(q)] = letter;
+      if (carried(letters, t) != SignedString{false, letters}) return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace support
