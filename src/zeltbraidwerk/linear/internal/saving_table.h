@@ -51,7 +51,7 @@ class SavingTable {
   std::size_t stride_;
   std::vector<Cell, AlignedAllocator<Cell>> cells_;
   std::vector<Cell, AlignedAllocator<Cell>> largest_;  ///< padded like a row
-  std::vector<Cell> changes_;  ///< room for place_changed()
+  std::vector<Cell> changes_;                          ///< room for place_changed()
 };
 
 /// The savings of row additions, side[true], and of column additions, side[false], of one matrix,
