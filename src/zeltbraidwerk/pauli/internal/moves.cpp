@@ -24,7 +24,7 @@ void Head::push_back(int row) {
 }
 
 bool Head::fetch() {
-  constexpr int some = 16;
+  constexpr int some = 4;
   for (int k = 0; k < some; ++k) {
     const int row = next_();
     if (row < 0) return k > 0;

@@ -33,6 +33,27 @@ void count_changes(Word* __restrict digit, Word* __restrict up, Word* __restrict
   }
 }
 
+/// Keeps of the rows those with a 0, unless there is none.
+ZELTBRAIDWERK_CLONES
+void keep_lighter(Word* __restrict rows, const Word* __restrict digit, int words) {
+  int first = 0;
+  while (first < words && (rows[first] & ~digit[first]) == 0) ++first;
+  if (first == words) return;
+  for (int w = 0; w < words; ++w) rows[w] &= ~digit[w];
+}
+
+/// Whether the digit tells some of the rows apart.
+bool tells_apart(const Word* digit, ColumnsView rows) {
+  Word zeros = 0;
+  Word ones = 0;
+  for (const auto& [word, mask] : rows) {
+    zeros |= mask & ~digit[word];
+    ones |= mask & digit[word];
+    if (zeros != 0 && ones != 0) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 SortedRows::SortedRows(PauliFrame frame)
@@ -56,16 +77,6 @@ void SortedRows::weigh() {
   work_ = 0;
 }
 
-std::size_t SortedRows::levels() const {
-  return static_cast<std::size_t>(weights_.rows()) + past_.size() / left_.size();
-}
-
-const Word* SortedRows::digit(std::size_t level) const {
-  const auto now = static_cast<std::size_t>(weights_.rows());
-  if (level < now) return weights_.row(static_cast<int>(now - 1 - level));
-  return past_.data() + past_.size() - (level - now + 1) * left_.size();
-}
-
 void SortedRows::sort() {
   restart();
   // Ties that cost as much as a sort of everything are worth one.
@@ -81,10 +92,23 @@ void SortedRows::sort() {
 void SortedRows::restart() {
   groups_.clear();
   stack_.clear();
-  for (std::size_t w = left_.size(); w-- > 0;) {
-    if (left_[w] != 0) stack_.push_back({static_cast<int>(w), left_[w]});
+  to_come_ = left_;
+}
+
+/// Makes a group of the lightest of the rows to come.
+bool SortedRows::gather_lightest() {
+  lightest_ = to_come_;
+  for (int k = weights_.rows(); k-- > 0;) {
+    keep_lighter(lightest_.data(), weights_.row(k), frame_.words());
   }
-  if (!stack_.empty()) groups_.push_back({0, stack_.size()});
+  for (std::size_t w = left_.size(); w-- > 0;) {
+    if (lightest_[w] == 0) continue;
+    stack_.push_back({static_cast<int>(w), lightest_[w]});
+    to_come_[w] ^= lightest_[w];
+  }
+  if (stack_.empty()) return false;
+  groups_.push_back({0, stack_.size()});
+  return true;
 }
 
 /// Puts the rows themselves in order, so that the past need not be known any longer.
@@ -99,31 +123,34 @@ void SortedRows::settle() {
 }
 
 int SortedRows::next() {
-  while (!groups_.empty()) {
-    Group& top = groups_.back();
-    const bool is_alone = is_single(ColumnsView(stack_).last(top.words));
-    if (!is_alone && top.level < levels()) {
-      split_top(digit(top.level));
-      continue;
-    }
-    // The rows of the group have been the same at all sorts: they are in order.
-    auto& [word, mask] = stack_.back();
-    const int row = word * word_bits + std::countr_zero(mask);
-    mask &= mask - 1;
-    if (mask == 0) {
-      stack_.pop_back();
-      if (--top.words == 0) groups_.pop_back();
-    }
-    return row;
+  if (groups_.empty() && !gather_lightest()) return -1;
+  while (split_top()) {
   }
-  return -1;
+  Group& top = groups_.back();
+  auto& [word, mask] = stack_.back();
+  const int row = word * word_bits + std::countr_zero(mask);
+  mask &= mask - 1;
+  if (mask == 0) {
+    stack_.pop_back();
+    if (--top.words == 0) groups_.pop_back();
+  }
+  return row;
 }
 
-/// Replaces the group on top by its ones and, on top of them, its zeros.
-void SortedRows::split_top(const Word* digit) {
+/// Replaces the group on top by its ones and, on top of them, its zeros. False for a group that is
+/// in order: a single row, or rows that have had the same weight at all sorts.
+bool SortedRows::split_top() {
   Group& top = groups_.back();
-  work_ += top.words;
-  ++top.level;
+  const ColumnsView rows = ColumnsView(stack_).last(top.words);
+  if (is_single(rows)) return false;
+  const Word* digit = past_.data() + past_.size() - top.level * left_.size();
+  do {
+    if (digit == past_.data()) return false;
+    digit -= left_.size();
+    ++top.level;
+    work_ += top.words;
+  } while (!tells_apart(digit, rows));
+
   zeros_.clear();
   const std::size_t first = stack_.size() - top.words;
   std::size_t end = first;
@@ -135,9 +162,8 @@ void SortedRows::split_top(const Word* digit) {
   stack_.resize(end);
   stack_.insert(stack_.end(), zeros_.begin(), zeros_.end());
   top.words = end - first;
-  const std::size_t level = top.level;
-  if (top.words == 0) groups_.pop_back();
-  if (!zeros_.empty()) groups_.push_back({level, zeros_.size()});
+  groups_.push_back({top.level, zeros_.size()});
+  return true;
 }
 
 void SortedRows::erase(int row) {

@@ -14,9 +14,9 @@ namespace zelt::braidwerk::internal {
 ///
 /// A stable sort on top of earlier ones puts of two rows the one first that is lighter now; of
 /// equal ones, the one that was lighter at the sort before; and so on back to the order at the
-/// start. Only the digits of these weights are kept, as planes over all rows. next() is a radix
-/// sort on them that stops where a row stands alone, so few rows at the head cost little, however
-/// many there are.
+/// start. Only the digits of these weights are kept, as planes over all rows. next() looks for the
+/// lightest rows and is a radix sort among them that stops where a row stands alone, so few rows at
+/// the head cost little, however many there are.
 class SortedRows {
  public:
   explicit SortedRows(PauliFrame frame);
@@ -34,17 +34,17 @@ class SortedRows {
   void play(std::span<const Move> moves, std::vector<structures::Gate>& circuit);
 
  private:
-  /// Rows that stand together as far as the digits before `level` tell. The words of all groups lie
-  /// one behind the other, those of the lightest rows last, each group's in descending order.
+  /// Rows of one weight that stand together as far as the past before `level` tells. The words of
+  /// all groups lie one behind the other, those of the first rows last, each group's in descending
+  /// order.
   struct Group {
     std::size_t level;
     std::size_t words;
   };
 
-  const Word* digit(std::size_t level) const;
-  std::size_t levels() const;
   void restart();
-  void split_top(const Word* digit);
+  bool gather_lightest();
+  bool split_top();
   void settle();
   void weigh();
   void remember(const Word* digit);
@@ -58,6 +58,8 @@ class SortedRows {
   std::vector<Word> past_;  // digits of earlier weights, the latest and highest last
   std::vector<Word> up_;
   std::vector<Word> down_;
+  std::vector<Word> to_come_;   // plane of the rows heavier than those of the groups
+  std::vector<Word> lightest_;  // scratch
   std::vector<Group> groups_;
   Columns stack_;
   Columns zeros_;
