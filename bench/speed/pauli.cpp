@@ -1,14 +1,18 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
 #include "zeltbraidwerk/pauli/codiag.h"
+#include "zeltbraidwerk/pauli/commute_pauli_synth.h"
 #include "zeltbraidwerk/pauli/commuting.h"
+#include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
+#include "zeltbraidwerk/pauli/pauli_synth.h"
 
-// Groups of random Pauli strings, their basis changes, and graph states.
+// Groups of random Pauli strings, their basis changes, circuits for them, and graph states.
 
 namespace {
 
@@ -41,6 +45,29 @@ void co_diagonalise(benchmark::State& state) {
   }
 }
 
+using Circuit = std::vector<structures::Gate>;
+
+/// On 20 qubits, by the number of rotations.
+template <Circuit (*synthesis)(PauliRotationMap&, structures::OperatorTableau&)>
+void synthesise(benchmark::State& state) {
+  PauliRotationMap rotations;
+  for (const auto& row : random_rows(static_cast<int>(state.range(0)), 20)) {
+    rotations.emplace(row, structures::Parameter("a"));
+  }
+  Circuit circuit;
+  for (auto _ : state) {
+    structures::OperatorTableau tableau(20);
+    circuit = synthesis(rotations, tableau);
+  }
+  const auto pairs = std::count_if(circuit.begin(), circuit.end(),
+                                   [](const auto& gate) { return gate.qbits.size() == 2; });
+  state.counters["two-qubit gates"] = static_cast<double>(pairs);
+}
+
+Circuit in_closed_sets(PauliRotationMap& rotations, structures::OperatorTableau&) {
+  return commute_pauli_synth(rotations, 2);
+}
+
 void graph_state(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   std::mt19937 rng(1);
@@ -64,6 +91,22 @@ void graph_state(benchmark::State& state) {
 
 BENCHMARK(split)->Arg(1000)->Arg(4620)->Arg(13400)->Unit(benchmark::kMillisecond);
 BENCHMARK(co_diagonalise)->Arg(1000)->Arg(13400)->Unit(benchmark::kMillisecond);
+BENCHMARK(synthesise<pauli_synth>)
+    ->RangeMultiplier(10)
+    ->Range(100, 100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(synthesise<greedy_pauli_synth>)
+    ->RangeMultiplier(10)
+    ->Range(100, 100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(synthesise<greedy_pauli_synth_depth>)
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(synthesise<in_closed_sets>)
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(graph_state)
     ->Args({20, 100})
     ->Args({30, 100})

@@ -212,8 +212,7 @@ TEST(PauliSynthesis, EndsOnWhatIsNoList) {
 }
 
 TEST(PauliSynthesis, TakesSteps) {
-  const auto table_rows = rows({"XYZ", "XII", "III", "XXZ"});
-  PauliTable table = table_rows;
+  PauliTable table = rows({"XYZ", "XII", "III", "XXZ"});
   auto params = support::numbered_angles(4);
   std::vector<Gate> circuit;
   for (unsigned r = 0; r < 4; ++r) EXPECT_EQ(synthesize_trivial(table, params, r, circuit), r == 1);
@@ -233,21 +232,20 @@ TEST(PauliSynthesis, TakesSteps) {
   EXPECT_EQ(weight(table[0], letter, index), 3);
   EXPECT_EQ(letter * 10 + index, 32);
 
-  // One group as the recursion meets it: the row that is done stays silent.
-  Part part{0, {0, 3}, {1, 2}};
-  BoolRow done{false, true, false, false};
+  // One group as the recursion meets it: the row that is done comes to a single letter in silence.
+  plain::Synthesis group({}, 3);
+  group.table = table = rows({"XXZ", "XXI", "YYI", "XYZ"});
+  group.params = params = support::numbered_angles(4);
+  BoolRow done = group.done = {false, true, false, false};
+  Part part{0, {0, 1}, {1, 2}};
   circuit.clear();
   __pauli_synth_rec(part, 3, table, params, circuit, done);
-  plain::Synthesis plain({}, 3);
-  plain.table = table_rows;
-  plain.params = support::numbered_angles(4);
-  plain.done = {false, true, false, false};
-  plain.serve(0, {0, 3}, {1, 2});
-  EXPECT_EQ(circuit, plain.circuit);
-  EXPECT_EQ(table, plain.table);
-  EXPECT_EQ(params, plain.params);
-  EXPECT_EQ(done, plain.done);
-  EXPECT_TRUE(done[0] && done[3]);
+  group.serve(0, {0, 1}, {1, 2});
+  EXPECT_EQ(show(circuit), "CNOT01 H0 CNOT20 PH0+");
+  EXPECT_EQ(circuit, group.circuit);
+  EXPECT_EQ(table, group.table);
+  EXPECT_EQ(params, group.params);
+  EXPECT_EQ(done, group.done);
 
   std::mt19937 rng(4);
   for (int round = 0; round < 100; ++round) {

@@ -1,7 +1,6 @@
 #include "zeltbraidwerk/pauli/internal/commuting_sets.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/pauli/internal/colouring.h"
@@ -14,25 +13,13 @@ using structures::Parameter;
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// Whether a string of bits comes first, the lowest bit leading.
-bool is_before(const Word* a, const Word* b, int words) {
-  for (int w = 0; w < words; ++w) {
-    if (const Word differ = a[w] ^ b[w]) return (b[w] >> std::countr_zero(differ)) & 1;
-  }
-  return false;
-}
-
-/// The rows of a diagonal frame in the order in which a phase polynomial keeps them; an identity
-/// string is no term of it.
-std::vector<int> terms_in_order(const PauliFrame& diagonal) {
-  const BitMatrix parities = diagonal.supports();
+/// The rows of a diagonal frame that are terms of a phase polynomial: all but identity strings. The
+/// order of the terms makes no difference to gray_synth.
+std::vector<int> terms_of(const PauliFrame& diagonal) {
   std::vector<int> terms;
-  for (int r = 0; r < parities.rows(); ++r) {
+  for (int r = 0; r < diagonal.rows(); ++r) {
     if (diagonal.weight(r) != 0) terms.push_back(r);
   }
-  std::sort(terms.begin(), terms.end(), [&](int a, int b) {
-    return is_before(parities.row(a), parities.row(b), parities.stride());
-  });
   return terms;
 }
 
@@ -47,7 +34,7 @@ struct Group {
     int failures = 0;
     basis_change = change_basis(frame, method, failures, draw);
 
-    const std::vector<int> terms = terms_in_order(frame);
+    const std::vector<int> terms = terms_of(frame);
     std::vector<Parameter> angles;
     std::vector<const Parameter*> listed;
     for (const int term : terms) {
