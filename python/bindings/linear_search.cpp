@@ -4,18 +4,14 @@
 #include <nanobind/stl/vector.h>
 
 #include <algorithm>
-#include <atomic>
-#include <numeric>
 #include <optional>
 #include <string_view>
 #include <tuple>
 
 #include "convert.h"
 #include "module.h"
-#include "zeltbraidwerk/foundations/internal/control.h"
-#include "zeltbraidwerk/foundations/internal/draw.h"
+#include "search.h"
 #include "zeltbraidwerk/linear/internal/block_recursion.h"
-#include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/linear/internal/factor_decoding.h"
@@ -25,8 +21,7 @@
 /// \file
 /// What linear.synthesize stands on: every method in one form, run a number of times, the best
 /// circuit kept. Run 0 is the method as it stands; the next three turn the matrix to its other
-/// facings, and all later ones rename wires at random as well. A run draws from a stream of its
-/// own, so its result depends on its number alone and not on who runs it when.
+/// facings, and all later ones rename wires at random as well.
 namespace zelt::braidwerk::python {
 
 using internal::Control;
@@ -38,26 +33,6 @@ using nb::literals::operator""_a;
 using structures::CnotCircuit;
 
 namespace {
-
-/// A deadline and a stop flag, shared by all runs of one search.
-struct SearchControl {
-  explicit SearchControl(std::optional<double> seconds) {
-    if (seconds) {
-      // Longer than a year is no deadline, and would not fit the clock.
-      const std::chrono::duration<double> left(std::min(*seconds, 3.2e7));
-      deadline = Control::Clock::now() + std::chrono::duration_cast<Control::Clock::duration>(left);
-    }
-  }
-
-  Control control(int n) const {
-    // Greedy searches rarely need more than n^2 additions; in a circle they would go on for ever.
-    const long cap = 1000 + static_cast<long>(n) * n;
-    return {deadline, &stop, static_cast<int>(std::min(cap, 1L << 30)), nullptr};
-  }
-
-  std::optional<Control::Clock::time_point> deadline;
-  std::atomic<bool> stop = false;
-};
 
 struct MethodOptions {
   std::optional<int> section;
@@ -135,43 +110,6 @@ Method method_named(std::string_view name) {
   return entry->second;
 }
 
-/// Fewer gates first, or fewer layers first; the other decides where they are equal.
-struct Better {
-  bool by_depth;
-
-  bool operator()(const CnotCircuit& a, const CnotCircuit& b) const {
-    if (by_depth)
-      return std::tuple(a.depth(), a.gates.size()) < std::tuple(b.depth(), b.gates.size());
-    if (a.gates.size() != b.gates.size()) return a.gates.size() < b.gates.size();
-    return a.depth() < b.depth();
-  }
-};
-
-bool in_place(const std::vector<int>& perm) {
-  for (std::size_t r = 0; r < perm.size(); ++r) {
-    if (perm[r] != static_cast<int>(r)) return false;
-  }
-  return true;
-}
-
-FreeCircuit closed(FreeCircuit found, Better better, const Draw& draw) {
-  if (in_place(found.perm)) return found;
-  FreeCircuit result(found.circuit.nbqbits);
-  result.circuit = internal::close_within_gates(found, draw);
-  CnotCircuit by_swaps = internal::close_by_swaps(std::move(found));
-  if (better(by_swaps, result.circuit)) result.circuit = std::move(by_swaps);
-  return result;
-}
-
-std::vector<int> shuffled(int n, const Draw& draw) {
-  std::vector<int> order(static_cast<std::size_t>(n));
-  std::iota(order.begin(), order.end(), 0);
-  for (int i = n - 1; i > 0; --i) {
-    std::swap(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(draw(0, i))]);
-  }
-  return order;
-}
-
 struct Search {
   Method method;
   const BitMatrix& m;
@@ -200,19 +138,6 @@ struct Search {
     found.face_back(facing);
     return exact ? closed(std::move(found), better, draw) : std::move(found);
   }
-
-  /// The best of the runs `first` to `last - 1` and its number, the first one of equals.
-  std::optional<std::pair<int, FreeCircuit>> best(int first, int last) const {
-    std::optional<std::pair<int, FreeCircuit>> best;
-    for (int number = first; number < last; ++number) {
-      if (number > first && control.stop_requested()) break;
-      auto found = run(number);
-      if (found && (!best || better(found->circuit, best->second.circuit))) {
-        best.emplace(number, std::move(*found));
-      }
-    }
-    return best;
-  }
 };
 
 }  // namespace
@@ -233,7 +158,13 @@ void bind_linear_search(nb::module_& m) {
         const MethodOptions options{section, width, lookahead};
         const Search search{
             run, bits, options, seed, exact, Better{by_depth}, control.control(bits.rows())};
-        auto best = unlocked([&] { return search.best(first, last); });
+        auto best = unlocked([&] {
+          return best_of_runs(
+              first, last, search.control, [&](int number) { return search.run(number); },
+              [&](const FreeCircuit& a, const FreeCircuit& b) {
+                return search.better(a.circuit, b.circuit);
+              });
+        });
         if (!best) return std::nullopt;
         return std::tuple(best->first, to_numpy(best->second.circuit.gates),
                           std::move(best->second.perm));

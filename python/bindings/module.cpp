@@ -10,4 +10,8 @@ NB_MODULE(_core, m) {
   bind_linear(m);
   bind_greedy(m);
   bind_linear_search(m);
+  bind_graphs(m);
+  bind_device_search(m);
+  bind_phase(m);
+  bind_phase_search(m);
 }

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <numeric>
+#include <optional>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "convert.h"
+#include "zeltbraidwerk/foundations/cnot_circuit.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/draw.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/linear/internal/closing.h"
+
+/// \file
+/// What the searches of all families share. A search is a number of runs; a run draws from a stream
+/// of its own, so its result depends on its number alone and not on who runs it when.
+namespace zelt::braidwerk::python {
+
+/// A deadline and a stop flag, shared by all runs of one search.
+struct SearchControl {
+  explicit SearchControl(std::optional<double> seconds) {
+    if (seconds) {
+      // Longer than a year is no deadline, and would not fit the clock.
+      const std::chrono::duration<double> left(std::min(*seconds, 3.2e7));
+      deadline = internal::Control::Clock::now() +
+                 std::chrono::duration_cast<internal::Control::Clock::duration>(left);
+    }
+  }
+
+  internal::Control control(int n) const {
+    // Greedy searches rarely need more than n^2 additions; in a circle they would go on for ever.
+    const long cap = 1000 + static_cast<long>(n) * n;
+    return {deadline, &stop, static_cast<int>(std::min(cap, 1L << 30)), nullptr};
+  }
+
+  std::optional<internal::Control::Clock::time_point> deadline;
+  std::atomic<bool> stop = false;
+};
+
+/// Fewer gates first, or fewer layers first; the other decides where they are equal.
+struct Better {
+  bool by_depth;
+
+  bool operator()(const structures::CnotCircuit& a, const structures::CnotCircuit& b) const {
+    if (by_depth)
+      return std::tuple(a.depth(), a.gates.size()) < std::tuple(b.depth(), b.gates.size());
+    if (a.gates.size() != b.gates.size()) return a.gates.size() < b.gates.size();
+    return a.depth() < b.depth();
+  }
+};
+
+/// 0 to n-1 in an order that was drawn.
+inline std::vector<int> shuffled(int n, const internal::Draw& draw) {
+  std::vector<int> order(static_cast<std::size_t>(n));
+  std::iota(order.begin(), order.end(), 0);
+  for (int i = n - 1; i > 0; --i) {
+    std::swap(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(draw(0, i))]);
+  }
+  return order;
+}
+
+inline bool in_place(const std::vector<int>& perm) {
+  for (std::size_t r = 0; r < perm.size(); ++r) {
+    if (perm[r] != static_cast<int>(r)) return false;
+  }
+  return true;
+}
+
+/// The shorter of both ways to put outputs in their places.
+inline internal::FreeCircuit closed(internal::FreeCircuit found, Better better,
+                                    const internal::Draw& draw) {
+  if (in_place(found.perm)) return found;
+  internal::FreeCircuit result(found.circuit.nbqbits);
+  result.circuit = internal::close_within_gates(found, draw);
+  structures::CnotCircuit by_swaps = internal::close_by_swaps(std::move(found));
+  if (better(by_swaps, result.circuit)) result.circuit = std::move(by_swaps);
+  return result;
+}
+
+/// A symmetric matrix of edges.
+inline internal::BitGraph to_graph(const ArrayLike& adjacency) {
+  const BitMatrix bits = to_bits(adjacency, "adjacency");
+  internal::BitGraph graph(bits.rows());
+  for (int v = 0; v < bits.rows(); ++v) {
+    for (int w = 0; w < v; ++w) {
+      if (bits.get(v, w)) graph.join(v, w);
+    }
+  }
+  return graph;
+}
+
+/// Vertex v of the result is vertex names[v] of the graph.
+inline internal::BitGraph renamed(const internal::BitGraph& graph, const std::vector<int>& names) {
+  internal::BitGraph result(graph.size());
+  for (int v = 0; v < graph.size(); ++v) {
+    for (int w = 0; w < v; ++w) {
+      if (graph.joined(names[static_cast<std::size_t>(v)], names[static_cast<std::size_t>(w)])) {
+        result.join(v, w);
+      }
+    }
+  }
+  return result;
+}
+
+/// Run 0 of a quick method goes to its end whatever the deadline, so that there is an answer.
+inline internal::Control control_of_run(const internal::Control& control, int number) {
+  internal::Control own = control;
+  if (number == 0) own.deadline.reset();
+  return own;
+}
+
+/// The best of the runs `first` to `last - 1`, the first one of equals, and its number. run(number)
+/// gives a result or nothing; better(a, b) compares two results.
+template <class Run, class Compare>
+auto best_of_runs(int first, int last, const internal::Control& control, Run&& run,
+                  Compare&& better) {
+  using Result = typename decltype(run(first))::value_type;
+  std::optional<std::pair<int, Result>> best;
+  for (int number = first; number < last; ++number) {
+    if (number > first && control.stop_requested()) break;
+    auto found = run(number);
+    if (found && (!best || better(*found, best->second))) best.emplace(number, std::move(*found));
+  }
+  return best;
+}
+
+}  // namespace zelt::braidwerk::python
