@@ -32,3 +32,14 @@ def invertible(draw, most=12):
     n = draw(st.integers(0, most))
     order = draw(st.permutations(range(n)))
     return replay(n, draw(cnots(n)))[list(order)]
+
+
+@st.composite
+def device_edges(draw, least=1, most=8):
+    """(n, edges) of a connected graph: a random tree with more edges thrown in."""
+    n = draw(st.integers(least, most))
+    tree = [(draw(st.integers(0, v - 1)), v) for v in range(1, n)]
+    pairs = [(a, b) for b in range(n) for a in range(b)]
+    more = draw(st.lists(st.sampled_from(pairs), max_size=n)) if pairs else []
+    names = draw(st.permutations(range(n)))
+    return n, [(names[a], names[b]) for a, b in tree + more]

@@ -1,19 +1,22 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors, linear
+from zeltbraidwerk import core, errors, linear, phase
 from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
+from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
 
 __all__ = [
     "Circuit",
     "CliffordTableau",
     "CnotCircuit",
+    "Device",
     "Gate",
     "Parameter",
     "__version__",
     "core",
     "errors",
     "linear",
+    "phase",
 ]

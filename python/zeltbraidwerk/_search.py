@@ -8,15 +8,38 @@ unless a deadline decides which runs there are.
 
 from __future__ import annotations
 
+import os
 import time
 from collections.abc import Callable, Sequence
 from concurrent.futures import FIRST_COMPLETED, Future, ThreadPoolExecutor, wait
-from typing import Generic, Protocol, TypeVar
+from dataclasses import dataclass
+from typing import Any, Generic, Protocol, TypeVar
+
+from zeltbraidwerk import _validate, errors
 
 T = TypeVar("T")
 
 _STRETCH_SECONDS = 0.02  # long against what a stretch costs to start, short to a person
 _BEHIND = 0.05  # a lane whose best is this much longer than the best of all gets half its time
+
+
+@dataclass(frozen=True)
+class Effort:
+    """The options on how long to search, checked."""
+
+    seed: int | None
+    restarts: int | None
+    budget: float | None
+    jobs: int
+
+    @classmethod
+    def checked(cls, seed: Any, restarts: Any, budget: Any, jobs: Any) -> Effort:
+        return cls(
+            None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1),
+            None if restarts is None else _validate.integer(restarts, "restarts", 1, 2**31 - 1),
+            None if budget is None else _validate.seconds(budget, "budget"),
+            (os.cpu_count() or 1) if jobs is None else _validate.integer(jobs, "jobs", 1, 1024),
+        )
 
 
 class Control(Protocol):
@@ -116,3 +139,29 @@ class Search(Generic[T]):
         better = self._rank is None or self._rank[0] > rank[0]
         self._rank, self.best = rank, value
         return better
+
+
+def best_of(
+    lanes: Sequence[Lane[T]],
+    jobs: int,
+    control: Control,
+    key: Callable[[T], tuple[int, ...]],
+    result: Callable[[T, int], Any],
+    progress: Callable[[int], object] | None,
+) -> tuple[T, int]:
+    """The best value and the number of runs. Raises what the package says where nothing was found,
+    and where Ctrl-C came; ``result`` makes of the best so far what that exception holds."""
+    start = time.perf_counter()
+    search = Search[T](key, control)
+    try:
+        search.work(lanes, jobs, lambda found: progress and progress(key(found)[0]))
+    except KeyboardInterrupt:
+        best = None if search.best is None else result(search.best, search.runs)
+        raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+    if search.best is None:
+        raise errors.UnfinishedError(
+            f"none of {search.runs} runs found a circuit in "
+            f"{time.perf_counter() - start:.3g} s; "
+            "wanted a larger budget, more restarts or another method"
+        )
+    return search.best, search.runs

@@ -53,6 +53,26 @@ class NotLinearError(Error, ValueError):
     """A gate other than CNOT where a circuit of CNOTs is wanted."""
 
 
+class ParityError(Error, ValueError):
+    """Parities that cannot be read, or of unequal length."""
+
+
+class DeviceError(Error, ValueError):
+    """Something that is no device, or an edge that joins no two of its qubits."""
+
+
+class DeviceTooSmallError(DeviceError):
+    """A device with fewer qubits than the circuit needs."""
+
+
+class DisconnectedDeviceError(DeviceError):
+    """A device in pieces, none of them large enough."""
+
+
+class NoHamiltonianPathError(DeviceError):
+    """A device without a path through all its qubits, where the method needs one."""
+
+
 class QasmError(Error, ValueError):
     """OpenQASM text that cannot be read; the text gives the line."""
 

@@ -25,7 +25,9 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import CnotCircuit
+from zeltbraidwerk.devices import Device
 
 __all__ = ["LinearSynthesis", "Method", "methods", "synthesize"]
 
@@ -88,6 +90,15 @@ _METHODS = {
     )
 }  # fmt: skip
 
+# The same on a device, where every CNOT is on an edge.
+_ON_DEVICE = {
+    method.name: method
+    for method in (
+        Method("row_column", "rows and columns cleared along Steiner trees", "count", "free", True),
+        Method("steiner", "elimination along a Hamiltonian path", "count", "exact"),
+    )
+}
+
 # What "auto" runs, up to which number of qubits, and with which beam.
 _AUTO: dict[Objective, tuple[tuple[str, int, dict[str, int]], ...]] = {
     "count": (
@@ -110,14 +121,16 @@ _AUTO: dict[Objective, tuple[tuple[str, int, dict[str, int]], ...]] = {
 }
 
 
-def methods() -> tuple[str, ...]:
-    """The names that ``method`` takes.
+def methods(*, device: bool = False) -> tuple[str, ...]:
+    """The names that ``method`` takes, without a device or with one.
 
     >>> methods()
     ('auto', 'gauss', 'pmh', 'pairs', 'blocks', 'syndrome', 'greedy', 'greedy_inverse', \
 'greedy_escape', 'greedy_log')
+    >>> methods(device=True)
+    ('auto', 'row_column', 'steiner')
     """
-    return ("auto", *_METHODS)
+    return ("auto", *(_ON_DEVICE if device else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
@@ -125,7 +138,8 @@ class LinearSynthesis:
     """A circuit for a matrix, and how it came about.
 
     Output r of the map stands on wire ``permutation[r]``: row ``permutation[r]`` of the circuit's
-    matrix is row r of the matrix that was asked for.
+    matrix is row r of the matrix that was asked for. On a device with more qubits than that, wire k
+    is its qubit ``placement[k]``; elsewhere the two are the same.
     """
 
     circuit: CnotCircuit
@@ -136,6 +150,8 @@ class LinearSynthesis:
     runs: int = field(compare=False)
     seconds: float = field(compare=False)
     matrix: npt.NDArray[np.bool_] = field(compare=False)
+    placement: tuple[int, ...] = ()
+    device: Device | None = None
 
     @property
     def n(self) -> int:
@@ -150,15 +166,19 @@ class LinearSynthesis:
         return self.circuit.depth
 
     def verify(self) -> bool:
-        """Replays the circuit, gate by gate and apart from the library, against the matrix."""
+        """Replays the circuit, gate by gate and apart from the library, against the matrix; on a
+        device, against its edges too."""
         wires = [1 << wire for wire in range(self.n)]
         for control, target in self.circuit:
             wires[target] ^= wires[control]
-        wanted = [sum(1 << int(c) for c in np.flatnonzero(row)) for row in self.matrix]
-        return [wires[wire] for wire in self.permutation] == wanted
+        place = self.placement or range(self.n)
+        wanted = [1 << wire for wire in range(self.n)]
+        for row, wire in zip(self.matrix, self.permutation, strict=True):
+            wanted[place[wire]] = sum(1 << place[int(c)] for c in np.flatnonzero(row))
+        return wires == wanted and (self.device is None or self.device.fits(self.circuit))
 
     def __repr__(self) -> str:
-        placed = self.permutation == tuple(range(self.n))
+        placed = self.permutation == tuple(range(len(self.matrix)))
         return (
             f"LinearSynthesis({self.method}: {self.n} qubits, {self.count} CNOTs, "
             f"depth {self.depth}, {'outputs in place' if placed else 'outputs permuted'}, "
@@ -170,6 +190,7 @@ def synthesize(
     matrix: npt.ArrayLike,
     *,
     method: str = "auto",
+    device: Any = None,
     objective: Objective = "count",
     permutation: Permutation = "exact",
     section: int | None = None,
@@ -200,6 +221,15 @@ def synthesize(
     its input; with "free" the circuit is shorter and leaves output r on wire
     ``result.permutation[r]``.
 
+    With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
+    of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
+    "row_column" works on every connected device; "steiner" needs a Hamiltonian path, which is
+    searched for before work starts.
+
+    >>> result = zb.linear.synthesize(matrix, device=zb.Device.line(3), seed=1)
+    >>> result.circuit, result.device.fits(result.circuit)
+    (CnotCircuit(3 qubits, 2 CNOTs, depth 2), True)
+
     ``restarts`` is the number of runs of the method: the first one is the method as it stands, the
     others work on the inverse, the transpose and renamed wires, and with their own draws.
     ``budget``, in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to
@@ -218,30 +248,48 @@ def synthesize(
     """
     start = time.perf_counter()
     bits = _validate.invertible_matrix(matrix, "matrix")
-    if method not in _METHODS and method != "auto":
-        listed = ", ".join(methods())
-        raise errors.UnknownMethodError(f"method: got {method!r}, wanted one of {listed}")
     _validate.choice(objective, "objective", ("count", "depth"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
+    ground = None if device is None else Device.of(device)
+    if method not in methods(device=ground is not None):
+        listed = ", ".join(methods(device=ground is not None))
+        raise errors.UnknownMethodError(f"method: got {method!r}, wanted one of {listed}")
     options = _options(method, len(bits), section=section, width=width, lookahead=lookahead)
-    runs = None if restarts is None else _validate.integer(restarts, "restarts", 1, 2**31 - 1)
-    seconds = None if budget is None else _validate.seconds(budget, "budget")
-    threads = (os.cpu_count() or 1) if jobs is None else _validate.integer(jobs, "jobs", 1, 1024)
-    fixed_seed = None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1)
-    search = _LinearSearch(bits, objective, permutation == "exact", fixed_seed, seconds, start)
-
-    if method == "auto":
+    effort = _search.Effort.checked(seed, restarts, budget, jobs)
+    exact = permutation == "exact"
+    search = _LinearSearch(bits, objective, exact, effort, start)
+    if ground is not None:
+        sites = _sites(ground, method, len(bits), exact, effort.budget)
+        for name, site in sites.items():
+            search.place(name, site)
+        lanes = [search.lane(name, _device_runs(effort), {}) for name in sites]
+    elif method == "auto":
         lanes = [
-            search.lane(name, _auto_runs(name, len(bits), runs, seconds), beam)
+            search.lane(name, _auto_runs(name, len(bits), effort), beam)
             for name, most, beam in _AUTO[objective]
             if len(bits) <= most
         ]
     else:
         chosen = _METHODS[method]
-        if chosen.quick and runs in (None, 1) and seconds is None:
+        if chosen.quick and effort.restarts in (None, 1) and effort.budget is None:
             return search.single(method, options)
-        lanes = [search.lane(method, _runs(chosen, runs, seconds), options)]
-    return search.work(lanes, threads, progress)
+        lanes = [search.lane(method, _runs(effort), options)]
+    return search.work(lanes, progress)
+
+
+def _sites(
+    device: Device, method: str, n: int, exact: bool, budget: float | None
+) -> dict[str, Site]:
+    """Where each method works; refuses a device on which the method asked for cannot.
+
+    A Hamiltonian path leaves the outputs where they are, so where they may move it gains nothing.
+    """
+    if method == "steiner":
+        return {method: Site.with_path(device, n, 5.0 if budget is None else budget)}
+    sites = {"row_column": Site.of(device, n)}
+    if method == "auto" and exact and (path := sites["row_column"].quick_path()) is not None:
+        sites["steiner"] = path
+    return sites
 
 
 def _options(method: str, n: int, **values: int | None) -> dict[str, int]:
@@ -272,17 +320,21 @@ def _options(method: str, n: int, **values: int | None) -> dict[str, int]:
     return given
 
 
-def _runs(method: Method, restarts: int | None, budget: float | None) -> int | None:
-    return 1 if restarts is None and budget is None else restarts
+def _runs(effort: _search.Effort) -> int | None:
+    return 1 if effort.restarts is None and effort.budget is None else effort.restarts
 
 
-def _auto_runs(name: str, n: int, restarts: int | None, budget: float | None) -> int | None:
+def _auto_runs(name: str, n: int, effort: _search.Effort) -> int | None:
     """Without other orders "auto" ends in about a second up to 128 qubits."""
-    if restarts is not None or budget is not None:
-        return restarts
+    if effort.restarts is not None or effort.budget is not None:
+        return effort.restarts
     if _METHODS[name].quick:
         return 2 * _FACINGS
     return 20 if n <= 32 else 4 if n <= 96 else 1
+
+
+def _device_runs(effort: _search.Effort) -> int | None:
+    return 20 if effort.restarts is None and effort.budget is None else effort.restarts
 
 
 class _LinearSearch:
@@ -293,58 +345,62 @@ class _LinearSearch:
         bits: npt.NDArray[np.bool_],
         objective: Objective,
         exact: bool,
-        seed: int | None,
-        budget: float | None,
+        effort: _search.Effort,
         start: float,
     ) -> None:
         self._bits = bits
         self._objective: Objective = objective
         self._exact = exact
-        self._given_seed = seed
-        self._seed = 0 if seed is None else seed
+        self._effort = effort
+        self._given_seed = effort.seed
+        self._seed = effort.seed or 0
         self._start = start
-        self._control = _core._SearchControl(budget)
+        self._sites: dict[str, Site] = {}
+        self._control = _core._SearchControl(effort.budget)
+
+    def place(self, name: str, site: Site) -> None:
+        """The method is to work there."""
+        self._sites[name] = site
 
     def _run(self, name: str, options: dict[str, int], first: int, last: int) -> Any:
-        found = _core._best_of_runs(
-            name, self._bits, options.get("section"), options.get("width", 1),
-            options.get("lookahead", 1), self._seed, first, last, self._exact,
-            self._objective == "depth", self._control,
-        )  # fmt: skip
+        by_depth = self._objective == "depth"
+        site = self._sites.get(name)
+        if site is None:
+            found = _core._best_of_runs(
+                name, self._bits, options.get("section"), options.get("width", 1),
+                options.get("lookahead", 1), self._seed, first, last, self._exact, by_depth,
+                self._control,
+            )  # fmt: skip
+        else:
+            found = _core._best_of_device_runs(
+                self._bits, site.adjacency, site.path, self._seed, first, last, not self._exact,
+                by_depth, self._control,
+            )  # fmt: skip
         if found is None:
             return None
         run, gates, permutation = found
-        circuit = CnotCircuit._trusted(len(self._bits), gates)
-        return run, (name, circuit, tuple(permutation))
+        n = len(self._bits)
+        if site is not None:
+            n, gates = site.device.n, site.placed(gates)
+        return run, (name, CnotCircuit._trusted(n, gates), tuple(permutation))
 
     def single(self, name: str, options: dict[str, int]) -> LinearSynthesis:
         """Run 0 of a method that always finishes, without a thread."""
         return self._result(self._run(name, options, 0, 1)[1], 1)
 
     def lane(self, name: str, runs: int | None, options: dict[str, int]) -> _search.Lane[_Found]:
-        if self._given_seed is None and (_METHODS[name].draws or (runs or _FACINGS + 1) > _FACINGS):
+        draws = name in _ON_DEVICE or _METHODS[name].draws
+        if self._given_seed is None and (draws or (runs or _FACINGS + 1) > _FACINGS):
             self._given_seed = self._seed = secrets.randbits(64)
         return _search.Lane(partial(self._run, name, options), runs)
 
     def work(
-        self,
-        lanes: Sequence[_search.Lane[_Found]],
-        jobs: int,
-        progress: Callable[[int], object] | None,
+        self, lanes: Sequence[_search.Lane[_Found]], progress: Callable[[int], object] | None
     ) -> LinearSynthesis:
-        search = _search.Search[_Found](self._key, self._control)
-        try:
-            search.work(lanes, jobs, lambda found: progress and progress(self._key(found)[0]))
-        except KeyboardInterrupt:
-            best = None if search.best is None else self._result(search.best, search.runs)
-            raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-        if search.best is None:
-            raise errors.UnfinishedError(
-                f"none of {search.runs} runs found a circuit in "
-                f"{time.perf_counter() - self._start:.3g} s; "
-                "wanted a larger budget, more restarts or another method"
-            )
-        return self._result(search.best, search.runs)
+        best = _search.best_of(
+            lanes, self._effort.jobs, self._control, self._key, self._result, progress
+        )
+        return self._result(*best)
 
     def _key(self, found: _Found) -> tuple[int, int]:
         circuit = found[1]
@@ -353,6 +409,7 @@ class _LinearSearch:
 
     def _result(self, found: _Found, runs: int) -> LinearSynthesis:
         name, circuit, permutation = found
+        site = self._sites.get(name)
         return LinearSynthesis(
             circuit=circuit,
             permutation=permutation,
@@ -362,4 +419,6 @@ class _LinearSearch:
             runs=runs,
             seconds=time.perf_counter() - self._start,
             matrix=_validate.frozen(self._bits.copy()),
+            placement=site.qubits if site else tuple(range(len(self._bits))),
+            device=site.device if site else None,
         )

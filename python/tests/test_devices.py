@@ -1,0 +1,348 @@
+"""Devices, the graph functions of the core, and matrices on a device."""
+
+import itertools
+import math
+import pickle
+import xml.etree.ElementTree as ElementTree
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import cnots, device_edges, product, replay
+
+from zeltbraidwerk import Circuit, CnotCircuit, Device, Gate, core, errors, linear
+
+LINE_AND_DOT = Device(4, [(0, 1), (1, 2)])  # qubit 3 stands alone
+STAR = Device(4, [(0, 1), (0, 2), (0, 3)])
+
+
+def graph_of(device):
+    graph = core.Graph(device.n)
+    for edge in device.edges:
+        graph.add_edge(*edge)
+    return graph
+
+
+def on_edges(device, gates):
+    return all(tuple(sorted(gate)) in device.edges for gate in gates)
+
+
+@st.composite
+def matrices_on_devices(draw, most=7):
+    """A device and an invertible matrix of its size or smaller."""
+    n, edges = draw(device_edges(most=most))
+    size = draw(st.integers(0, n))
+    matrix = replay(size, draw(cnots(size)))[list(draw(st.permutations(range(size))))]
+    return Device(n, edges), matrix
+
+
+# --- devices ------------------------------------------------------------------------------------
+
+
+def test_shapes():
+    assert Device.line(4).edges == ((0, 1), (1, 2), (2, 3))
+    assert Device.grid(2, 2).edges == ((0, 1), (0, 2), (1, 3), (2, 3))
+    assert len(Device.all_to_all(5).edges) == 10
+    hexes = Device.heavy_hex(3, 9)
+    assert (hexes.n, hexes.is_connected) == (27 + 3 + 2, True)
+    assert max(len(hexes.neighbors(q)) for q in range(hexes.n)) == 3
+    assert [len(hexes.neighbors(q)) for q in range(27, 32)] == [2] * 5
+    assert [Device.named(name).n for name in Device.names()] == [16, 16, 20, 20]
+    assert Device.grid(1, 1).is_connected
+    assert not Device(0, []).is_connected
+    assert not LINE_AND_DOT.is_connected
+    for none in (Device(0, []), Device.line(0), Device.all_to_all(0)):
+        assert (none.n, none.edges, none.hamiltonian_path()) == (0, (), ())
+
+
+def test_a_device_is_a_value():
+    device = Device(3, np.array([[2, 1], [0, 1], [1, 2]]), "mine")
+    assert device == Device.line(3)
+    assert hash(device) == hash(Device.line(3))
+    assert device != Device(4, device.edges)
+    assert pickle.loads(pickle.dumps(device)).name == "mine"
+    assert repr(device) == "Device('mine': 3 qubits, 2 edges)"
+    with pytest.raises(AttributeError):
+        device.n = 5
+
+
+def test_devices_of_other_packages():
+    wanted = Device.grid(2, 3)
+    assert Device.of(wanted) is wanted
+    assert Device.of(list(wanted.edges)) == wanted
+    assert Device.of("tokyo") == Device.named("tokyo")
+    networkx = pytest.importorskip("networkx")
+    assert Device.of(networkx.Graph(wanted.edges)) == wanted
+    rustworkx = pytest.importorskip("rustworkx")
+    graph = rustworkx.PyGraph()
+    graph.add_nodes_from(range(6))
+    graph.add_edges_from_no_data(list(wanted.edges))
+    assert Device.of(graph) == wanted
+
+
+def test_devices_of_qiskit():
+    transpiler = pytest.importorskip("qiskit.transpiler")
+    wanted = Device.grid(2, 3)
+    coupling = transpiler.CouplingMap(wanted.edges)
+    assert Device.of(coupling) == wanted
+    target = transpiler.Target.from_configuration(["cx"], 6, coupling)
+    assert Device.of(target) == wanted
+
+
+def test_devices_of_pytket():
+    architecture = pytest.importorskip("pytket.architecture")
+    wanted = Device.grid(2, 3)
+    assert Device.of(architecture.Architecture(list(wanted.edges))) == wanted
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: Device(2, [(0, 2)]), errors.QubitError, "edges: got qubit 2, wanted 0 to 1"),
+        (lambda: Device(2, [(1, 1)]), errors.QubitError, "edges: got control and target both 1"),
+        (lambda: Device(-1, []), errors.OptionError, "n: got -1"),
+        (lambda: Device.grid(0, 3), errors.OptionError, "rows: got 0"),
+        (lambda: Device.named("moon"), errors.DeviceError, "got 'moon', wanted one of qx5"),
+        (lambda: Device.of(7), errors.DeviceError, "device: got int, wanted a Device"),
+        (lambda: Device.from_edges([("a", "b")]), errors.DtypeError, "edges: got 'a'"),
+        (lambda: STAR.hamiltonian_path(0), errors.OptionError, "seconds: got 0.0"),
+        (lambda: STAR.part([0, 4]), errors.QubitError, "qubits: got qubit 4"),
+    ],
+)
+def test_bad_devices_are_refused_by_name(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+@given(device_edges(least=0, most=7))
+def test_hamiltonian_paths_are_found_exactly_where_they_are(case):
+    device = Device(*case)
+    path = device.hamiltonian_path()
+    walks = (
+        all(b in device.neighbors(a) for a, b in itertools.pairwise(order))
+        for order in itertools.permutations(range(device.n))
+    )
+    assert (path is not None) == any(walks)
+    if path is not None:
+        assert sorted(path) == list(range(device.n))
+        assert on_edges(device, itertools.pairwise(path))
+
+
+def test_a_search_for_a_path_ends_in_its_time():
+    # Connected, colours balanced, few dead ends: only a long search can tell that there is none.
+    ring = [(k, (k + 1) % 40) for k in range(40)]
+    spikes = [(k, 40 + k) for k in range(40)]
+    tips = [(40 + k, 40 + (k + 7) % 40) for k in range(0, 40, 2)]
+    device = Device(80, ring + spikes + tips)
+    with pytest.raises(errors.UnfinishedError, match="no Hamiltonian path of Device"):
+        device.hamiltonian_path(1e-9)
+    assert Device.grid(12, 12).hamiltonian_path(5) is not None
+
+
+@given(device_edges(), st.data())
+def test_parts_of_a_device_hang_together(case, data):
+    device = Device(*case)
+    size = data.draw(st.integers(1, device.n))
+    parts = list(device.connected_parts(size))
+    assert parts
+    for part in parts:
+        assert len(part) == size
+        assert device.part(part).is_connected
+    edges = [len(device.part(part).edges) for part in parts]
+    assert edges == sorted(edges, reverse=True)
+
+
+def test_pictures_and_fits():
+    used = Circuit(4, [Gate.cnot(0, 1), Gate.cnot(0, 1), Gate.h(3), Gate.cz(2, 3)])
+    assert not STAR.fits(used)
+    assert STAR.fits(Circuit(4, used.gates[:3]))
+    assert not STAR.fits(CnotCircuit(5))
+    assert not STAR.fits(Circuit(4, [Gate("XX", (0, 1, 2), (0.1, 0.2))]))
+    picture = ElementTree.fromstring(STAR.draw(used))
+    lines = [line.get("class") for line in picture if line.tag.endswith("line")]
+    assert sorted(lines) == ["e", "e", "u", "x"]
+    assert sum(1 for each in picture if each.tag.endswith("circle")) == 4
+    for device in (Device(0, []), Device.line(1), LINE_AND_DOT, Device.named("tokyo")):
+        ElementTree.fromstring(device._repr_svg_())
+    # Neighbours on paper are neighbours on the device.
+    places = [
+        (float(c.get("cx")), float(c.get("cy")))
+        for c in ElementTree.fromstring(Device.grid(3, 4).draw())
+        if c.tag.endswith("circle")
+    ]
+    edges = Device.grid(3, 4).edges
+    longest = max(math.dist(places[a], places[b]) for a, b in edges)
+    pairs = itertools.combinations(range(12), 2)
+    assert longest < min(math.dist(places[a], places[b]) for a, b in pairs if (a, b) not in edges)
+
+
+# --- the core -----------------------------------------------------------------------------------
+
+
+@given(device_edges(most=10), st.data())
+def test_trees_join_their_terminals(case, data):
+    device = Device(*case)
+    graph = graph_of(device)
+    graph.set_shortest_paths()
+    vertices = st.integers(0, device.n - 1)
+    terminals = data.draw(st.lists(vertices, min_size=1, unique=True))
+    for tree in (graph.steiner_tree(terminals), core.steiner_good(graph, terminals)):
+        assert set(terminals) <= tree.vertices
+        assert len(tree.edges()) == len(tree.vertices) - 1
+        assert on_edges(device, tree.edges())
+        gates = [g.qbits for g in core.fan_in_on_tree(tree, terminals, terminals[0])]
+        assert on_edges(device, gates)
+        assert set(np.flatnonzero(replay(device.n, gates)[terminals[0]])) == set(terminals)
+    if device.n > 1:
+        joined = core.sketch_steiner(graph, terminals)
+        assert set(terminals) <= joined.vertices
+        assert on_edges(device, joined.edges())
+
+
+@given(matrices_on_devices())
+def test_steiner_gauss_reduces_to_the_identity(case):
+    device, matrix = case
+    path = device.hamiltonian_path()
+    if path is None or len(matrix) != device.n:
+        return
+    table = core.Table.from_matrix(matrix)
+    gates = [g.qbits for g in core.steiner_gauss_ham_path(table, graph_of(device), list(path))]
+    assert on_edges(device, gates)
+    assert np.array_equal(product(replay(device.n, gates), matrix), np.eye(device.n))
+
+
+def filled(device):
+    graph = graph_of(device)
+    graph.set_shortest_paths()
+    return graph
+
+
+SINGULAR = core.Table.from_matrix([[0, 0], [0, 0]])
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: filled(STAR).steiner_tree([]), ValueError, "terminals: got none"),
+        (lambda: filled(STAR).steiner_tree([0, 4]), IndexError, "terminals: got 4, wanted 0 to 3"),
+        (lambda: core.steiner_good(graph_of(STAR), [0, 1]), ValueError, "table is not filled"),
+        (lambda: core.sketch_steiner(core.Graph(3), [0]), ValueError, "table is not filled"),
+        (lambda: filled(LINE_AND_DOT).steiner_tree([0, 3]), ValueError, "no path joins 0 and 3"),
+        (lambda: core.Graph(2).add_edge(0, 2), IndexError, "vertex: got 2"),
+        (lambda: core.Graph(2).neighbors(-1), IndexError, "i: got -1"),
+        (
+            lambda: core.steiner_gauss_ham_path(SINGULAR, graph_of(Device.line(2)), [0, 1]),
+            RuntimeError,
+            "ooops: Error: Can't fill up this tree!",
+        ),
+        (
+            lambda: core.steiner_gauss_ham_path(core.Table(4), graph_of(STAR), [0, 1, 2, 3]),
+            RuntimeError,
+            "Path is not hamiltonian",
+        ),
+        (
+            lambda: core.steiner_gauss_ham_path(core.Table(3), graph_of(STAR), [0]),
+            ValueError,
+            "table: got size 3, wanted 4",
+        ),
+    ],
+)
+def test_bad_arguments_of_the_core_are_refused_by_name(call, error, text, capfd):
+    with pytest.raises(error, match=text):
+        call()
+    assert capfd.readouterr().err == ""
+
+
+def test_graphs_answer_as_the_library_does():
+    graph = filled(STAR)
+    assert graph.shortest_paths[1][2] == [1, 0, 2]
+    assert graph.shortest_paths == core.compute_all_shortest_paths_lemon(graph_of(STAR))
+    assert (graph.is_connected(), graph.is_non_cutting(0), graph.is_non_cutting(1)) == (1, 0, 1)
+    graph.disconnect(2)
+    graph.update_shortest_paths()
+    assert (graph.shortest_paths[1][2], graph.nb_vertices()) == ([], 4)
+    assert core.BlossomAlgorithm([[0, 5, 1], [0, 0, 1], [0, 0, 0]], 3) == (5.0, [(0, 1)])
+    assert [len(seeds) <= 2**k for k, seeds in enumerate(core.get_seed_sets(17))] == [True] * 4
+
+
+# --- matrices on a device -----------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("permutation", ["exact", "free"])
+@given(case=matrices_on_devices(), runs=st.integers(1, 9))
+def test_every_cnot_is_on_an_edge(permutation, case, runs):
+    device, matrix = case
+    before = matrix.copy()
+    size = len(matrix)
+    for method in linear.methods(device=True):
+        options = {"method": method, "restarts": runs, "seed": 5, "permutation": permutation}
+        try:
+            result = linear.synthesize(matrix, device=device, **options)
+        except errors.NoHamiltonianPathError:
+            assert method == "steiner"
+            continue
+        assert on_edges(device, result.circuit)
+        found = replay(device.n, result.circuit)
+        wires = [result.placement[wire] for wire in result.permutation]
+        assert np.array_equal(found[np.ix_(wires, result.placement)], matrix)
+        assert found.sum() == matrix.sum() + device.n - size  # all other qubits are left alone
+        if permutation == "exact":
+            assert result.permutation == tuple(range(size))
+        assert result.verify()
+    assert np.array_equal(matrix, before)
+
+
+def test_steiner_is_that_of_the_library(dense):
+    device = Device.grid(3, 4)
+    m = dense(12)
+    path = list(device.hamiltonian_path())
+    gates = core.steiner_gauss_ham_path(core.Table.from_matrix(m), graph_of(device), path)
+    result = linear.synthesize(m, device=device, method="steiner", restarts=1)
+    assert list(result.circuit) == [tuple(gate.qbits) for gate in gates][::-1]
+
+
+def test_searches_on_a_device(dense):
+    for device in (Device.grid(3, 3), Device.heavy_hex(2, 5), Device.named("aspen")):
+        m = dense(device.n)
+        counts = [linear.synthesize(m, device=device, seed=1, restarts=r).count for r in (1, 8, 40)]
+        assert counts == sorted(counts, reverse=True)
+        free = linear.synthesize(m, device=device, seed=1, restarts=40, permutation="free")
+        assert free.count < counts[2]
+        results = {
+            linear.synthesize(m, device=device, seed=9, restarts=12, jobs=jobs) for jobs in (1, 3)
+        }
+        assert len(results) == 1
+    shallow = linear.synthesize(m, device=device, seed=1, objective="depth", restarts=40)
+    assert shallow.depth <= linear.synthesize(m, device=device, seed=1, restarts=40).depth
+    assert linear.synthesize(m, device=device, budget=1e-9).verify()
+
+
+def test_wrong_results_on_a_device_do_not_verify(dense):
+    good = linear.synthesize(dense(4), device=Device.line(5), seed=1)
+    assert good.verify()
+    elsewhere = {
+        "device": Device(5, [(0, 4)]),
+        "placement": good.placement[::-1],
+        "circuit": good.circuit + CnotCircuit(5, [(3, 4)]),
+    }
+    for name, value in elsewhere.items():
+        assert not linear.LinearSynthesis(**{**vars(good), name: value}).verify(), name
+
+
+@pytest.mark.parametrize(
+    ("options", "error", "text"),
+    [
+        ({"device": Device.line(3)}, errors.DeviceTooSmallError, "wanted at least 4 qubits"),
+        ({"device": LINE_AND_DOT}, errors.DisconnectedDeviceError, "in pieces of 3, 1 qubits"),
+        ({"device": LINE_AND_DOT, "method": "steiner"}, errors.DisconnectedDeviceError, "4 that"),
+        ({"device": STAR, "method": "steiner"}, errors.NoHamiltonianPathError, "but there is none"),
+        ({"device": STAR, "method": "pmh"}, errors.UnknownMethodError, "wanted one of auto, row_c"),
+        ({"method": "steiner"}, errors.UnknownMethodError, "got 'steiner', wanted one of auto"),
+        ({"device": 4}, errors.DeviceError, "device: got int"),
+        ({"device": STAR, "width": 2}, errors.OptionError, "width: not an option"),
+    ],
+)
+def test_devices_that_do_not_fit_are_refused_by_name(dense, options, error, text):
+    with pytest.raises(error, match=text):
+        linear.synthesize(dense(4), **options)

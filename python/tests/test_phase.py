@@ -1,0 +1,239 @@
+"""phase.synthesize and the phase functions of the core."""
+
+import math
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import device_edges, replay
+
+from zeltbraidwerk import Circuit, Device, Gate, Parameter, core, errors, phase
+
+
+def followed(circuit):
+    """What stands on the wires at the end, and the angles that each parity got, as texts."""
+    wires = [frozenset([q]) for q in range(circuit.n)]
+    angles = {}
+    for gate in circuit:
+        if gate.name == "CNOT":
+            control, target = gate.qubits
+            wires[target] = wires[target] ^ wires[control]
+        else:
+            assert gate.name == "PH"
+            angles.setdefault(wires[gate.qubits[0]], []).append(str(gate.params[0]))
+    return wires, angles
+
+
+@st.composite
+def polynomials(draw, n):
+    """Texts of bits, none of them zero, with numbers and names as angles."""
+    parities = draw(
+        st.lists(st.integers(1, 2**n - 1), unique=True, max_size=12) if n else st.just([])
+    )
+    angle = st.one_of(st.floats(-3, 3), st.sampled_from("abc"))
+    return {f"{parity:0{n}b}"[::-1]: draw(angle) for parity in parities}
+
+
+@pytest.mark.parametrize("on_device", [False, True])
+@given(data=st.data(), runs=st.integers(1, 6))
+def test_every_parity_gets_its_angle_and_wires_end_as_they_should(on_device, data, runs):
+    whole, edges = data.draw(device_edges(most=6))
+    n = data.draw(st.integers(0, whole)) if on_device else whole
+    poly = data.draw(polynomials(n))
+    device = Device(whole, edges) if on_device else None
+    endings = [{"leftover": "return"}, {}, {"permutation": "free"}]
+    for method in phase.methods(device=on_device):
+        for ending in endings:
+            result = phase.synthesize(
+                poly, n=n, device=device, method=method, restarts=runs, seed=2, **ending
+            )
+            wires, angles = followed(result.circuit)
+            place = result.placement
+            assert angles == {
+                frozenset(place[q] for q, bit in enumerate(text) if bit == "1"): [
+                    str(Parameter(angle))
+                ]
+                for text, angle in poly.items()
+            }
+            wanted = [frozenset([q]) for q in range(result.circuit.n)]
+            for q, wire in enumerate(result.permutation):
+                row = [q] if result.leftover is None else np.flatnonzero(result.leftover[q])
+                wanted[place[wire]] = frozenset(place[c] for c in row)
+            assert wires == wanted
+            if ending != {"permutation": "free"}:
+                assert result.permutation == tuple(range(n))
+            if device:
+                assert device.fits(result.circuit)
+            assert result.verify()
+
+
+def test_plain_methods_are_those_of_the_library():
+    rng = np.random.default_rng(5)
+    poly = {tuple(bits): k / 8 for k, bits in enumerate(rng.integers(0, 2, (20, 6)).tolist(), 1)}
+    poly.pop((0,) * 6, None)
+    ordered = dict(sorted(poly.items()))
+    device = Device.grid(2, 3)
+    graph = core.Graph(6)
+    for edge in device.edges:
+        graph.add_edge(*edge)
+    own = {None: core.gray_synth(poly), device: core.gray_synth_on_graph(poly, graph)}
+    for on, (gates, table) in own.items():
+        result = phase.synthesize(ordered, method="gray", device=on, leftover="return", restarts=1)
+        assert result.circuit == Circuit.from_core(6, gates)
+        assert np.array_equal(result.leftover, table.to_bool_bool())
+
+
+def test_every_form_of_a_polynomial_reads_alike():
+    forms = [
+        {"110": 0.5, "001": "a"},
+        {(1, 1, 0): 0.5, (0, 0, 1): Parameter("a")},
+        {(True, True, False): 0.5, (False, False, True): "a"},
+        {3: 0.5, 4: "a"},
+        (np.array([[1, 1, 0], [0, 0, 1]]), [0.5, "a"]),
+        (["110", "001"], (0.5, "a")),
+    ]
+    assert len({phase.synthesize(form, seed=1, restarts=2) for form in forms}) == 1
+    assert phase.synthesize({3: 0.5}, n=5).n == 5
+
+
+def test_angles_of_equal_parities_are_added_and_none_is_lost():
+    parities = ["11", "00", "11", "00", "01", "01"]
+    result = phase.synthesize((parities, [0.5, 1.0, 0.25, "g", "a", "b"]), seed=1)
+    _, angles = followed(result.circuit)
+    assert angles == {
+        frozenset([0, 1]): [str(Parameter(0.75))],
+        frozenset([1]): [str(Parameter("a") + "b")],
+    }
+    assert result.global_phase == Parameter(1.0) + "g"
+    assert phase.synthesize({"00": 0.5}).count == 0
+    assert phase.synthesize({}, n=3).circuit == Circuit(3)
+
+
+def test_wrong_results_do_not_verify():
+    good = phase.synthesize({"110": 0.5, "011": 0.25, "111": "a"}, device=Device.line(3), seed=1)
+    assert good.verify()
+    gates = good.circuit.gates
+    phases = [k for k, gate in enumerate(gates) if gate.name == "PH"]
+    swapped = list(gates)
+    a, b = phases[:2]
+    swapped[a] = Gate("PH", gates[a].qubits, gates[b].params)
+    wrong = {
+        "a phase is missing": {"circuit": Circuit(3, gates[: phases[0]] + gates[phases[0] + 1 :])},
+        "a phase is there twice": {"circuit": Circuit(3, (*gates[: a + 1], *gates[a:]))},
+        "a phase has another's angle": {"circuit": Circuit(3, swapped)},
+        "a CNOT is missing": {"circuit": Circuit(3, gates[:-1])},
+        "a map is left": {"leftover": replay(3, [(0, 1)])},
+        "not on the device": {"device": Device(3, [(0, 2)])},
+        "another wire": {"permutation": (1, 0, 2)},
+    }
+    for case, change in wrong.items():
+        assert not phase.PhaseSynthesis(**{**vars(good), **change}).verify(), case
+
+
+def test_searches():
+    rng = np.random.default_rng(3)
+    poly = {int(parity): 0.1 for parity in rng.choice(2**10 - 1, 60, replace=False) + 1}
+    for device in (None, Device.grid(2, 5)):
+        options = {"device": device, "n": 10, "seed": 4}
+        counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
+        assert counts[2] <= counts[1] + 1 <= counts[0]  # the last closing has a search of its own
+        gray = phase.synthesize(poly, method="gray", restarts=5, **options)
+        assert counts[1] <= gray.count
+        results = {phase.synthesize(poly, restarts=7, jobs=jobs, **options) for jobs in (1, 3)}
+        assert len(results) == 1
+        free = phase.synthesize(poly, restarts=5, permutation="free", **options)
+        kept = phase.synthesize(poly, restarts=5, leftover="return", **options)
+        assert kept.count < free.count < counts[1]
+        assert phase.synthesize(poly, budget=1e-9, **options).verify()
+    shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", restarts=30)
+    assert shallow.depth < phase.synthesize(poly, n=10, seed=4, restarts=30).depth
+    seen = []
+    result = phase.synthesize(poly, n=10, seed=4, budget=0.3, progress=seen.append)
+    assert seen == sorted(seen, reverse=True)
+    assert result.count <= seen[-1]
+
+
+def test_polynomial_of_a_circuit_follows_flips():
+    gates = [Gate.rz(0, 0.5), Gate("X", 0), Gate.cnot(0, 1), Gate.rz(1, "a"), Gate.s(0)]
+    terms, matrix = phase.polynomial_of(Circuit(2, gates))
+    assert terms == {1: Parameter(0.5) + -math.pi / 2, 3: -Parameter("a")}
+    assert matrix.astype(int).tolist() == [[1, 0], [1, 1]]
+    with pytest.raises(errors.GateError, match="circuit: got H"):
+        phase.polynomial_of(Circuit(1, [Gate.h(0)]))
+
+
+@pytest.mark.parametrize(
+    ("arguments", "error", "text"),
+    [
+        (({"10": 1, "011": 1}, {}), errors.ParityError, "'011' of 3 bits, wanted 2"),
+        (({"12": 1}, {}), errors.ParityError, "got the parity '12', wanted bits"),
+        (({None: 1}, {}), errors.ParityError, "got the parity None"),
+        (({1.5: 1}, {}), errors.ParityError, "got the parity 1.5"),
+        (({-1: 1}, {}), errors.OptionError, "polynomial: got -1"),
+        (({8: 1}, {"n": 3}), errors.ParityError, "got qubit 3, wanted 0 to 2"),
+        ((5, {}), errors.ParityError, "got int, wanted a mapping"),
+        (((["1", "0"], [1]), {}), errors.ParityError, "got 2 parities and 1 angles"),
+        (({"1": float("nan")}, {}), errors.AngleError, "got nan"),
+        (({"1": None}, {}), errors.DtypeError, "got None"),
+        (({"1": 1}, {"leftover": "undo"}), errors.OptionError, "leftover: got 'undo'"),
+        (({"1": 1}, {"method": "best"}), errors.UnknownMethodError, "wanted one of auto, gray"),
+        (
+            ({"1": 1}, {"leftover": "return", "permutation": "free"}),
+            errors.OptionError,
+            "permutation: got 'free' with leftover='return'",
+        ),
+        (
+            ({"1": 1}, {"device": "qx5", "method": "greedy"}),
+            errors.UnknownMethodError,
+            "wanted one of auto, gray on a device",
+        ),
+        (({"111": 1}, {"device": [(0, 1)]}), errors.DeviceTooSmallError, "at least 3 qubits"),
+    ],
+)
+def test_bad_input_is_refused_by_name(arguments, error, text):
+    polynomial, options = arguments
+    with pytest.raises(error, match=text):
+        phase.synthesize(polynomial, **options)
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: core.gray_synth({(0, 0): 1.0}), ValueError, "poly: holds the zero parity"),
+        (lambda: core.gray_synth({(1, 0): 1.0, (1,): 1.0}), ValueError, "key of [12] bits, wanted"),
+        (lambda: core.gray_synth({(2, 0): 1.0}), ValueError, "poly: holds integers other"),
+        (
+            lambda: core.gray_synth_on_graph({(1, 1): 1.0}, core.Graph(2)),
+            ValueError,
+            "graph: is not connected",
+        ),
+        (lambda: core.find_best_split([3], {0}, [[1, 1]]), IndexError, "cols: got 3"),
+        (lambda: core.reduce_cols({0}, [], [[1]], []), ValueError, "params: got 0, wanted 1"),
+        (lambda: core.place_cnot(0, 1, [], [[1]]), IndexError, "target: got 1"),
+    ],
+)
+def test_bad_arguments_of_the_core_are_refused_by_name(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+def test_steps_of_the_core_give_back_what_they_change():
+    table = [[1, 0, 1], [1, 1, 0]]
+    circuit, changed = core.place_cnot(0, 1, [], table)
+    assert circuit == [core.Gate.CNOT(0, 1)]
+    assert changed.astype(int).tolist() == [[0, 1, 1], [1, 1, 0]]
+    params = [core.Parameter(k / 4) for k in range(3)]
+    left, gates = core.reduce_cols({0, 1, 2}, [], table, params)
+    assert left == {0}
+    assert [(gate.qbits, gate.params) for gate in gates] == [([1], params[1:2]), ([0], params[2:])]
+    assert core.do_split(0, [2, 1, 0], table) == ([1], [2, 0])
+    assert core.split_cols_on_row({0, 1}, {2}, table, 0) == ({1}, {0, 2})
+    assert core.count_bits_restricted(table, 1, {0, 2}, True) == 1
+    assert core.phase_poly_to_table({(1, 1): 0.25, (0, 1): "a"}, 2)[0].tolist() == [
+        [False, True], [True, True],
+    ]  # fmt: skip
+    graph = core.Graph(2)
+    graph.add_edge(0, 1)
+    left, gates, _ = core.base_recursion_step_graph({0}, {0, 1}, graph, [], table, params)
+    assert [gate.name for gate in gates] == ["CNOT", "PH"]

@@ -1,0 +1,80 @@
+"""Pictures of devices: qubits laid out so that distances on paper are those along edges."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+
+import numpy as np
+import numpy.typing as npt
+
+STEP, MARGIN, RADIUS = 56, 28, 13  # of the SVG, in its units
+_STYLE = (
+    "<style>.e{stroke:#b4bdca;stroke-width:2}.x{stroke:#c0392b;stroke-width:2;stroke-dasharray:4}"
+    ".u{stroke:#1f5fbf}.q{fill:#eaf1fb;stroke:#1f5fbf;stroke-width:1.5}"
+    "text{font:12px ui-monospace,Menlo,Consolas,monospace;fill:#1b2430;text-anchor:middle}</style>"
+)
+
+
+def svg(n: int, edges: Sequence[tuple[int, int]], used: Mapping[tuple[int, int], int]) -> str:
+    """``used`` counts gates by edge; the more, the wider. What is no edge is dashed red."""
+    places = _layout(n, edges) * STEP + MARGIN
+    width, height = (places.max(axis=0) + MARGIN) if n else (2 * MARGIN, 2 * MARGIN)
+    most = max(used.values(), default=1)
+    parts = []
+    for a, b in sorted({*edges, *used}):
+        ends = "x1='{:.1f}' y1='{:.1f}' x2='{:.1f}' y2='{:.1f}'".format(*places[a], *places[b])
+        if (a, b) not in edges:
+            parts.append(f"<line class='x' {ends}><title>{used[a, b]}, no edge</title></line>")
+        elif (a, b) in used:
+            wide = 3 + 6 * used[a, b] / most
+            title = f"<title>{used[a, b]}</title>"
+            parts.append(f"<line class='u' stroke-width='{wide:.1f}' {ends}>{title}</line>")
+        else:
+            parts.append(f"<line class='e' {ends}/>")
+    for qubit, (x, y) in enumerate(places):
+        parts.append(f"<circle class='q' cx='{x:.1f}' cy='{y:.1f}' r='{RADIUS}'/>")
+        parts.append(f"<text x='{x:.1f}' y='{y + 4:.1f}'>{qubit}</text>")
+    return (
+        f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {width:.0f} {height:.0f}' "
+        f"width='{width:.0f}' height='{height:.0f}'>{_STYLE}"
+        f"<rect width='{width:.0f}' height='{height:.0f}' fill='#fff'/>{''.join(parts)}</svg>"
+    )
+
+
+def _layout(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]:
+    """Stress majorisation from a start by the two main axes of the distances (E. R. Gansner,
+    Y. Koren, S. North, 2004). The same picture every time."""
+    if n < 2:
+        return np.zeros((n, 2))
+    far = _distances(n, edges)
+    centred = -0.5 * (far**2 - (far**2).mean(0) - (far**2).mean(1)[:, None] + (far**2).mean())
+    values, vectors = np.linalg.eigh(centred)
+    places = vectors[:, -2:][:, ::-1] * np.sqrt(np.maximum(values[-2:][::-1], 0))
+    # Qubits that the two axes do not tell apart are moved off each other.
+    angle = 2.4 * np.arange(n)
+    places += 0.05 * np.stack((np.cos(angle), np.sin(angle)), axis=1)
+    weight = 1 / np.maximum(far, 1) ** 2
+    np.fill_diagonal(weight, 0)
+    inverse = np.linalg.pinv(np.diag(weight.sum(1)) - weight)
+    for _ in range(60):
+        gaps = np.linalg.norm(places[:, None] - places[None], axis=2)
+        ratio = weight * far / np.maximum(gaps, 1e-9)
+        places = inverse @ (np.diag(ratio.sum(1)) - ratio) @ places
+    return np.asarray(places - places.min(axis=0))
+
+
+def _distances(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]:
+    """Hops; pieces stand a little further apart than the device is wide."""
+    step = np.eye(n, dtype=np.bool_)
+    for a, b in edges:
+        step[a, b] = step[b, a] = True
+    far = np.full((n, n), -1.0)
+    reached = np.eye(n, dtype=np.bool_)
+    for hops in range(n):
+        far[reached & (far < 0)] = hops
+        wider = reached.astype(np.float32) @ step > 0
+        if np.array_equal(wider, reached):
+            break
+        reached = wider
+    far[far < 0] = far.max() + 2
+    return far

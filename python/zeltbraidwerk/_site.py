@@ -1,0 +1,82 @@
+"""Where on a device a circuit goes: found, or refused by name, before work starts."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk import errors
+from zeltbraidwerk.devices import Device
+
+_QUICK = 10_000  # steps towards a path that is nice to have
+
+
+@dataclass(frozen=True)
+class Site:
+    """Qubits of a device that hang together, wire k on ``qubits[k]``, and perhaps a Hamiltonian
+    path through the wires."""
+
+    device: Device
+    qubits: tuple[int, ...]
+    path: tuple[int, ...] = ()
+
+    @classmethod
+    def of(cls, device: Device, n: int) -> Site:
+        _refuse_small(device, n)
+        if n == device.n and (n == 0 or device.is_connected):
+            return cls(device, tuple(range(n)))
+        for qubits in device.connected_parts(n):
+            return cls(device, qubits)
+        raise _in_pieces(device, n)
+
+    @classmethod
+    def with_path(cls, device: Device, n: int, seconds: float) -> Site:
+        """The first part that has a path; a part takes an even share of the time."""
+        _refuse_small(device, n)
+        whole = n == device.n and (n == 0 or device.is_connected)
+        parts = [tuple(range(n))] if whole else list(device.connected_parts(n))
+        if not parts:
+            raise _in_pieces(device, n)
+        unfinished = False
+        for qubits in parts:
+            try:
+                path = device.part(qubits).hamiltonian_path(seconds / len(parts))
+            except errors.UnfinishedError:
+                unfinished = True
+                continue
+            if path is not None:
+                return cls(device, qubits, path)
+        reason = f"none was found in {seconds:g} s" if unfinished else "there is none"
+        raise errors.NoHamiltonianPathError(
+            f"device: got {device!r}, wanted one with a Hamiltonian path through {n} qubits, "
+            f"which method 'steiner' needs, but {reason}; 'row_column' works without"
+        )
+
+    def quick_path(self) -> Site | None:
+        """The same qubits with a path, where one is found soon. Steps are counted, not seconds, so
+        that the answer is the same every time."""
+        outcome, path = self.device.part(self.qubits)._search_path(_QUICK, None)
+        return Site(self.device, self.qubits, path) if outcome == "found" and path else None
+
+    @property
+    def adjacency(self) -> npt.NDArray[np.bool_]:
+        return self.device.adjacency()[np.ix_(self.qubits, self.qubits)]
+
+    def placed(self, gates: npt.NDArray[np.int32]) -> npt.NDArray[np.int32]:
+        """Pairs of wires as pairs of qubits."""
+        return np.array(self.qubits, dtype=np.int32)[gates]
+
+
+def _refuse_small(device: Device, n: int) -> None:
+    if n > device.n:
+        raise errors.DeviceTooSmallError(f"device: got {device!r}, wanted at least {n} qubits")
+
+
+def _in_pieces(device: Device, n: int) -> errors.DisconnectedDeviceError:
+    return errors.DisconnectedDeviceError(
+        f"device: got {device!r} in pieces of "
+        f"{', '.join(str(len(piece)) for piece in device._pieces[:4])} qubits at most, "
+        f"wanted {n} that hang together"
+    )

@@ -1,0 +1,311 @@
+"""Devices: which qubits may be joined by a two-qubit gate.
+
+>>> import zeltbraidwerk as zb
+>>> device = zb.Device.grid(2, 3)
+>>> device
+Device('2 x 3 grid': 6 qubits, 7 edges)
+>>> device.hamiltonian_path()
+(0, 3, 4, 1, 2, 5)
+>>> device.fits(zb.CnotCircuit(6, [(0, 3), (3, 0)])), device.fits(zb.CnotCircuit(6, [(0, 5)]))
+(True, False)
+"""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Iterator, Mapping
+from functools import cache, cached_property
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk import _core, _draw_device, _validate, errors
+from zeltbraidwerk.circuits import Circuit, CnotCircuit
+
+__all__ = ["Device"]
+
+Edge = tuple[int, int]
+
+
+class Device:
+    """The coupling graph of a device: ``n`` qubits from 0 up, and the pairs that may be joined.
+
+    Edges have no direction. A device does not change; two are equal when their edges are.
+    """
+
+    def __init__(self, n: int, edges: Iterable[tuple[int, int]], name: str = "") -> None:
+        self._n = _validate.qubit_count(n)
+        pairs = _validate.cnots(list(edges), self._n, "edges").tolist()
+        self._edges: tuple[Edge, ...] = tuple(sorted({(min(pair), max(pair)) for pair in pairs}))
+        self._name = name
+
+    @classmethod
+    def from_edges(cls, edges: Iterable[tuple[int, int]], name: str = "") -> Device:
+        """As many qubits as the edges name: the greatest number in them and one more."""
+        pairs = [tuple(pair) for pair in edges]
+        n = 1 + max((_validate.integer(q, "edges", 0) for pair in pairs for q in pair), default=-1)
+        return cls(n, pairs, name)  # type: ignore[arg-type]
+
+    @classmethod
+    def from_networkx(cls, graph: Any) -> Device:
+        """A graph of networkx; its nodes are the integers from 0 up."""
+        nodes = [_validate.integer(node, "graph", 0) for node in graph.nodes]
+        return cls(1 + max(nodes, default=-1), [(a, b) for a, b in graph.edges() if a != b])
+
+    @classmethod
+    def from_rustworkx(cls, graph: Any) -> Device:
+        nodes = list(graph.node_indices())
+        return cls(1 + max(nodes, default=-1), [(a, b) for a, b in graph.edge_list() if a != b])
+
+    @classmethod
+    def from_qiskit(cls, source: Any) -> Device:
+        """A coupling map of Qiskit, or a backend or target that has one."""
+        maps = getattr(source, "coupling_map", None)
+        if maps is None and hasattr(source, "build_coupling_map"):
+            maps = source.build_coupling_map()
+        found = source if maps is None else maps
+        if not hasattr(found, "get_edges"):
+            raise errors.DeviceError(f"source: got {source!r}, wanted something with couplings")
+        return cls(found.size(), [(a, b) for a, b in found.get_edges()])
+
+    @classmethod
+    def from_pytket(cls, architecture: Any) -> Device:
+        """An architecture of pytket; its nodes are numbered in their order."""
+        places = {node: place for place, node in enumerate(architecture.nodes)}
+        pairs = [(places[a], places[b]) for a, b in architecture.coupling]
+        return cls(len(places), pairs)
+
+    @classmethod
+    def line(cls, n: int) -> Device:
+        n = _validate.qubit_count(n)
+        return cls(n, [(q, q + 1) for q in range(n - 1)], f"line of {n}")
+
+    @classmethod
+    def grid(cls, rows: int, columns: int) -> Device:
+        """Qubit ``row * columns + column``, joined to its neighbours across and down."""
+        r, c = _validate.integer(rows, "rows", 1), _validate.integer(columns, "columns", 1)
+        across = [(q, q + 1) for q in range(r * c) if (q + 1) % c]
+        return cls(r * c, across + [(q, q + c) for q in range(r * c - c)], f"{r} x {c} grid")
+
+    @classmethod
+    def heavy_hex(cls, rows: int, length: int) -> Device:
+        """``rows`` lines of ``length`` qubits, joined through single qubits at every fourth place,
+        by turns from place 0 and from place 2 on. Lines are numbered first."""
+        r, k = _validate.integer(rows, "rows", 1), _validate.integer(length, "length", 1)
+        pairs = [(q, q + 1) for q in range(r * k) if (q + 1) % k]
+        n = r * k
+        for row in range(r - 1):
+            for place in range(2 * (row % 2), k, 4):
+                pairs += [(row * k + place, n), (n, (row + 1) * k + place)]
+                n += 1
+        return cls(n, pairs, f"heavy hex {r} x {k}")
+
+    @classmethod
+    def all_to_all(cls, n: int) -> Device:
+        n = _validate.qubit_count(n)
+        return cls(n, [(a, b) for b in range(n) for a in range(b)], f"all to all of {n}")
+
+    @classmethod
+    def named(cls, name: str) -> Device:
+        """A device by its name.
+
+        >>> Device.named("tokyo")
+        Device('tokyo': 20 qubits, 43 edges)
+        """
+        known = _known_devices()
+        if name not in known:
+            raise errors.DeviceError(f"name: got {name!r}, wanted one of {', '.join(known)}")
+        pairs = known[name]
+        return cls(1 + max(map(max, pairs)), pairs, name)
+
+    @classmethod
+    def names(cls) -> tuple[str, ...]:
+        return tuple(_known_devices())
+
+    @classmethod
+    def of(cls, source: Any) -> Device:
+        """Whatever stands for a device: one of these, a name, an object of networkx, rustworkx,
+        Qiskit or pytket, or an edge list."""
+        if isinstance(source, Device):
+            return source
+        if isinstance(source, str):
+            return cls.named(source)
+        if hasattr(source, "node_indices"):
+            return cls.from_rustworkx(source)
+        if hasattr(source, "get_edges") or hasattr(source, "coupling_map"):
+            return cls.from_qiskit(source)
+        if hasattr(source, "build_coupling_map"):
+            return cls.from_qiskit(source)
+        if hasattr(source, "coupling") and hasattr(source, "nodes"):
+            return cls.from_pytket(source)
+        if hasattr(source, "edges") and hasattr(source, "nodes"):
+            return cls.from_networkx(source)
+        if isinstance(source, Iterable) and not isinstance(source, Mapping):
+            return cls.from_edges(source)
+        raise errors.DeviceError(
+            f"device: got {type(source).__name__}, wanted a Device, a name, edges or a graph"
+        )
+
+    @property
+    def n(self) -> int:
+        """Number of qubits."""
+        return self._n
+
+    @property
+    def edges(self) -> tuple[Edge, ...]:
+        """Each once, the smaller qubit first, ascending."""
+        return self._edges
+
+    @property
+    def name(self) -> str:
+        return self._name
+
+    @cached_property
+    def _neighbours(self) -> tuple[frozenset[int], ...]:
+        found: list[set[int]] = [set() for _ in range(self._n)]
+        for a, b in self._edges:
+            found[a].add(b)
+            found[b].add(a)
+        return tuple(map(frozenset, found))
+
+    def neighbors(self, qubit: int) -> tuple[int, ...]:
+        return tuple(sorted(self._neighbours[_validate.integer(qubit, "qubit", 0, self._n - 1)]))
+
+    def adjacency(self) -> npt.NDArray[np.bool_]:
+        """The symmetric matrix of the edges."""
+        matrix = np.zeros((self._n, self._n), dtype=np.bool_)
+        for a, b in self._edges:
+            matrix[a, b] = matrix[b, a] = True
+        return matrix
+
+    @property
+    def is_connected(self) -> bool:
+        """Whether edges join every qubit to every other; an empty device is not connected."""
+        return self._n > 0 and len(self._pieces[0]) == self._n
+
+    @cached_property
+    def _pieces(self) -> tuple[frozenset[int], ...]:
+        """The connected parts, the largest first."""
+        left, pieces = set(range(self._n)), []
+        while left:
+            piece = [min(left)]
+            for qubit in piece:
+                left.discard(qubit)
+                piece += sorted(self._neighbours[qubit] & left - set(piece))
+            pieces.append(frozenset(piece))
+        return tuple(sorted(pieces, key=lambda piece: (-len(piece), min(piece))))
+
+    def hamiltonian_path(self, seconds: float = 5.0) -> tuple[int, ...] | None:
+        """A path along edges through all qubits; None when there is none.
+
+        Raises :class:`~zeltbraidwerk.errors.UnfinishedError` when the search, which is exact, has
+        no answer in its time.
+        """
+        limit = _validate.seconds(seconds, "seconds")
+        outcome, path = self._search_path(2**31 - 1, limit)
+        if outcome == "unfinished":
+            raise errors.UnfinishedError(
+                f"no Hamiltonian path of {self!r} was found in {limit:g} s, and none excluded"
+            )
+        return path if outcome == "found" else None
+
+    def _search_path(self, steps: int, seconds: float | None) -> tuple[str, tuple[int, ...]]:
+        """ "found" with the path, "none", or "unfinished" behind that many steps or seconds."""
+        if self._path is not None:
+            return self._path
+        control = _core._SearchControl(seconds)
+        outcome, path = _core._hamiltonian_path(self.adjacency(), steps, control)
+        if outcome != "unfinished":
+            self._path = outcome, tuple(path)
+        return outcome, tuple(path)
+
+    _path: tuple[str, tuple[int, ...]] | None = None  # once it was searched to the end
+
+    def fits(self, circuit: Circuit | CnotCircuit) -> bool:
+        """Whether every gate on several qubits is on edges."""
+        if circuit.n > self._n:
+            return False
+        return all(
+            b in self._neighbours[a]
+            for _, qubits, _ in circuit._operations()
+            for place, a in enumerate(qubits)
+            for b in qubits[place + 1 :]
+        )
+
+    def part(self, qubits: Iterable[int]) -> Device:
+        """The device of these qubits alone, numbered in the order given."""
+        chosen = _validate.qubits(qubits, "qubits")
+        _validate.qubits_below(chosen, self._n, "qubits")
+        places = {qubit: place for place, qubit in enumerate(chosen)}
+        inner = [(places[a], places[b]) for a, b in self._edges if a in places and b in places]
+        return Device(len(chosen), inner, f"part of {self._name}" if self._name else "")
+
+    def connected_parts(self, n: int) -> Iterator[tuple[int, ...]]:
+        """Sets of ``n`` qubits that hang together, those with many edges among them first.
+
+        One for each qubit that it can grow from, at most; by the neighbour with most edges into
+        what is there.
+        """
+        n = _validate.qubit_count(n)
+        if n == 0:
+            yield ()
+        grown: dict[tuple[int, ...], int] = {}
+        for piece in self._pieces:
+            for start in sorted(piece) if 0 < n <= len(piece) else ():
+                part = self._grown(start, n)
+                grown[part] = len(self.part(part).edges)
+        yield from sorted(grown, key=lambda part: (-grown[part], part))
+
+    def _grown(self, start: int, n: int) -> tuple[int, ...]:
+        part, ties = {start}, dict.fromkeys(self._neighbours[start], 1)
+        while len(part) < n:
+            best = max(ties, key=lambda q: (ties[q], -len(self._neighbours[q]), -q))
+            part.add(best)
+            del ties[best]
+            for q in self._neighbours[best] - part:
+                ties[q] = ties.get(q, 0) + 1
+        return tuple(sorted(part))
+
+    def draw(self, circuit: Circuit | CnotCircuit | None = None) -> str:
+        """A picture (SVG); with a circuit, its edges are marked with how often they are used."""
+        used: dict[Edge, int] = {}
+        for _, qubits, _ in circuit._operations() if circuit is not None else ():
+            for place, a in enumerate(qubits):
+                for b in qubits[place + 1 :]:
+                    used[min(a, b), max(a, b)] = used.get((min(a, b), max(a, b)), 0) + 1
+        return _draw_device.svg(self._n, self._edges, used)
+
+    def _repr_svg_(self) -> str:
+        return self.draw()
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Device):
+            return NotImplemented
+        return (self._n, self._edges) == (other._n, other._edges)
+
+    def __hash__(self) -> int:
+        return hash((self._n, self._edges))
+
+    def __repr__(self) -> str:
+        name = f"{self._name!r}: " if self._name else ""
+        return f"Device({name}{self._n} qubits, {len(self._edges)} edges)"
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Device, (self._n, self._edges, self._name)
+
+
+@cache
+def _known_devices() -> dict[str, tuple[Edge, ...]]:
+    text = (Path(__file__).parent / "data" / "devices.txt").read_text(encoding="ascii")
+    lines = [line for line in text.splitlines() if not line.startswith("#")]
+    found: dict[str, tuple[Edge, ...]] = {}
+    name = ""
+    for word in " ".join(lines).split():
+        if word.endswith(":"):
+            name = word[:-1]
+            found[name] = ()
+        else:
+            a, b = map(int, word.split("-"))
+            found[name] += ((a, b),)
+    return found
