@@ -7,9 +7,13 @@ XOR stands on output r. The words of a cipher's state follow each other, lowest 
 from __future__ import annotations
 
 import random
+import re
+from pathlib import Path
 
 import numpy as np
 import numpy.typing as npt
+
+from zeltbraidwerk.circuits import Circuit
 
 BoolArray = npt.NDArray[np.bool_]
 
@@ -72,6 +76,19 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
             bits = [[row >> c & 1 for c in range(n)] for row in rows]
             found.append(np.array(bits, dtype=bool).reshape(n, n))
     return found
+
+
+def multiplier() -> Circuit:
+    """Multiplication in GF(16) with the Hadamards moved out: CCZs, taken apart, and three CNOTs.
+
+    The Toffolis' targets carry a Hadamard at each end of the circuit alone; between the two, a
+    Toffoli is a CCZ, and a CNOT from target to target is turned round.
+    """
+    text = (Path(__file__).parent / "data" / "gf16_mult.qasm").read_text(encoding="ascii")
+    text = re.sub(r"\bcx (\S+),(\S+);", r"cx \2,\1;", text).replace("ccx", "ccz")
+    # A CCZ is taken apart with Hadamards around its Toffoli, which cancel those within.
+    circuit = Circuit.from_qasm(text)
+    return Circuit(circuit.n, [gate for gate in circuit if gate.name != "H"])
 
 
 def rank(rows: list[int]) -> int:
