@@ -116,7 +116,67 @@ def linear_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> b
     return not wrong
 
 
-SECTIONS = (Section("linear", True, linear_section),)
+def device_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
+    """A matrix on the edges of a device; True when each circuit was found right and on edges."""
+    matrix = gallery.cipher_layers()["aes_small_scale"]
+    device = zb.Device.grid(4, 4)
+    screen.title("MixColumns of small-scale AES, 16 qubits, on a 4 x 4 grid")
+    screen.note("Every CNOT joins two neighbours, every output is in its place. 200 runs each.")
+    right: list[bool] = []
+    best: CnotCircuit | None = None
+
+    def rows() -> Iterator[tuple[str, ...]]:
+        nonlocal best
+        for method in zb.linear.methods(device=True):
+            screen.progress(f"{method} ...")
+            result = zb.linear.synthesize(
+                matrix, device=device, method=method, restarts=200, seed=1
+            )
+            replayed = _replay(result.circuit, result.permutation) == _as_ints(matrix)
+            right.append(replayed and all(_joined(device, *pair) for pair in result.circuit))
+            if best is None or result.count < best.count:
+                best = result.circuit
+            yield _row(method, result.count, result.depth, result.seconds, right[-1])
+
+    screen.table(("method", "CNOTs", "depth", "ms", "verified"), rows())
+    place = picture.with_name(f"{picture.stem}-device.svg")
+    place.write_text(device.draw(best), encoding="utf-8")
+    print(f"Picture of the device and how often each edge is used: {place}")
+    return all(right)
+
+
+def phase_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
+    """The phase polynomial of a real circuit; True when each circuit was found right."""
+    original = gallery.multiplier()
+    terms, _ = zb.phase.polynomial_of(original)
+    screen.title(f"Phases of a multiplier in GF(16), {len(terms)} parities of {original.n} qubits")
+    screen.note("Its Toffolis make one phase polynomial; what CNOTs leave behind is undone again.")
+    right: list[bool] = []
+
+    def rows() -> Iterator[tuple[str, ...]]:
+        yield "as it was", str(original.two_qubit_count), str(original.two_qubit_depth), "-", "-"
+        grid = zb.Device.grid(3, 4)
+        runs = [(method, None) for method in zb.phase.methods()] + [("auto, 3 x 4 grid", grid)]
+        for name, device in runs:
+            screen.progress(f"{name} ...")
+            result = zb.phase.synthesize(
+                terms, n=original.n, method=name.partition(",")[0], device=device,
+                restarts=200, seed=1,
+            )  # fmt: skip
+            again, left = zb.phase.polynomial_of(result.circuit)
+            on_edges = device is None or device.fits(result.circuit)
+            right.append(again == terms and bool((left == np.eye(original.n)).all()) and on_edges)
+            yield _row(name, result.count, result.depth, result.seconds, right[-1])
+
+    screen.table(("method", "CNOTs", "depth", "ms", "verified"), rows())
+    return all(right)
+
+
+SECTIONS = (
+    Section("linear", True, linear_section),
+    Section("device", False, device_section),
+    Section("phase", False, phase_section),
+)
 
 
 def read_matrix(path: Path) -> BoolArray:
@@ -196,6 +256,14 @@ def _replay(circuit: CnotCircuit, permutation: Sequence[int]) -> list[int]:
     for control, target in circuit:
         wires[target] ^= wires[control]
     return [wires[wire] for wire in permutation]
+
+
+def _joined(device: zb.Device, a: int, b: int) -> bool:
+    return (min(a, b), max(a, b)) in device.edges
+
+
+def _row(name: str, count: int, depth: int, seconds: float, right: bool) -> tuple[str, ...]:
+    return name, str(count), str(depth), f"{1e3 * seconds:.2f}", "yes" if right else "NO"
 
 
 def _as_ints(matrix: BoolArray) -> list[int]:
