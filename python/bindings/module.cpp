@@ -11,7 +11,10 @@ NB_MODULE(_core, m) {
   bind_greedy(m);
   bind_linear_search(m);
   bind_graphs(m);
+  bind_graph_state(m);
   bind_device_search(m);
+  bind_pauli(m);
+  bind_pauli_search(m);
   bind_phase(m);
   bind_phase_search(m);
 }

@@ -11,8 +11,11 @@ void bind_tableau(nanobind::module_& m);
 void bind_linear(nanobind::module_& m);
 void bind_greedy(nanobind::module_& m);
 void bind_linear_search(nanobind::module_& m);
+void bind_graph_state(nanobind::module_& m);
 void bind_graphs(nanobind::module_& m);
 void bind_device_search(nanobind::module_& m);
+void bind_pauli(nanobind::module_& m);
+void bind_pauli_search(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);
 void bind_phase_search(nanobind::module_& m);
 

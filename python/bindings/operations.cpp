@@ -1,0 +1,89 @@
+#include "operations.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "zeltbraidwerk/foundations/internal/turns.h"
+
+namespace zelt::braidwerk::python {
+namespace {
+
+constexpr const char* names[] = {"CNOT", "CSIGN", "H", "X", "Y", "Z", "RX", "RY", "RZ", "PH"};
+
+int name_index(const std::string& name) {
+  const auto found = std::ranges::find_if(names, [&](const char* each) { return name == each; });
+  return static_cast<int>(found - std::begin(names));
+}
+
+void write_angle(const structures::Parameter& angle, std::int32_t* row) {
+  constexpr std::size_t prefix = 7;  // of "UMINUS "
+  if (!angle.is_abstract) {
+    row[4] = static_cast<std::int32_t>(std::lround(angle.value / internal::quarter_turn));
+    return;
+  }
+  const bool minus = angle.expression.starts_with('U');
+  row[3] = std::stoi(minus ? angle.expression.substr(prefix) : angle.expression);
+  row[4] = minus ? -1 : 1;
+}
+
+}  // namespace
+
+const char* gate_name(int index) {
+  return index < static_cast<int>(std::size(names)) ? names[index] : nullptr;
+}
+
+Operations to_operations(const std::vector<structures::Gate>& gates) {
+  constexpr std::size_t columns = 5;
+  auto* data = new std::int32_t[gates.size() * columns + 1];
+  const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<std::int32_t*>(p); });
+  std::int32_t* row = data;
+  for (const structures::Gate& gate : gates) {
+    row[0] = name_index(gate.name);
+    row[1] = gate.qbits[0];
+    row[2] = gate.qbits.size() > 1 ? gate.qbits[1] : -1;
+    row[3] = -1;
+    row[4] = 0;
+    if (!gate.params.empty()) write_angle(gate.params[0], row);
+    row += columns;
+  }
+  return Operations(data, {gates.size(), columns}, owner);
+}
+
+std::vector<std::vector<unsigned char>> to_strings(const Letters& letters) {
+  std::vector<std::vector<unsigned char>> strings(letters.shape(0));
+  for (std::size_t r = 0; r < strings.size(); ++r) {
+    const std::uint8_t* row = letters.data() + r * letters.shape(1);
+    strings[r].assign(row, row + letters.shape(1));
+    for (const unsigned char letter : strings[r]) {
+      if (letter > 3) raise_value_error("got the code %d, wanted 0 to 3", letter);
+    }
+  }
+  return strings;
+}
+
+ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int qubits) {
+  const auto columns = static_cast<std::size_t>(qubits);
+  auto* data = new unsigned char[strings.size() * columns + 1];
+  const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<unsigned char*>(p); });
+  unsigned char* row = data;
+  for (const auto& string : strings) row = std::copy_n(string.begin(), columns, row);
+  return ByteArray2(data, {strings.size(), columns}, owner);
+}
+
+TwoQubitCost two_qubit_cost(const std::vector<structures::Gate>& gates, int qubits) {
+  TwoQubitCost cost;
+  std::vector<int> levels(static_cast<std::size_t>(qubits));
+  for (const structures::Gate& gate : gates) {
+    if (gate.qbits.size() != 2) continue;
+    int& a = levels[static_cast<std::size_t>(gate.qbits[0])];
+    int& b = levels[static_cast<std::size_t>(gate.qbits[1])];
+    a = b = std::max(a, b) + 1;
+    cost.depth = std::max(cost.depth, a);
+    ++cost.count;
+  }
+  return cost;
+}
+
+}  // namespace zelt::braidwerk::python
