@@ -1,6 +1,6 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors, linear, phase
+from zeltbraidwerk import core, errors, graph_state, linear, pauli, phase
 from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -17,6 +17,8 @@ __all__ = [
     "__version__",
     "core",
     "errors",
+    "graph_state",
     "linear",
+    "pauli",
     "phase",
 ]

@@ -1,13 +1,15 @@
-"""Matrices worth synthesising: linear layers of ciphers from their definitions, random ones.
+"""Inputs worth synthesising: matrices, Pauli rotations and graphs, each from its definition.
 
-All are square numpy arrays of bool in the convention of the package: row r marks the inputs whose
-XOR stands on output r. The words of a cipher's state follow each other, lowest bit first.
+Matrices are linear layers of ciphers, and random ones. All are square numpy arrays of bool in the
+convention of the package: row r marks the inputs whose XOR stands on output r. The words of a
+cipher's state follow each other, lowest bit first.
 """
 
 from __future__ import annotations
 
 import random
 import re
+from collections.abc import Iterator, Sequence
 from pathlib import Path
 
 import numpy as np
@@ -78,6 +80,76 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
     return found
 
 
+def uccsd(
+    qubits: int, electrons: int, amplitudes: Sequence[float] | None = None
+) -> dict[str, float]:
+    """Rotations of the ansatz of unitary coupled clusters, singles and doubles, of a closed shell.
+
+    Under Jordan-Wigner, spin orbitals interleaved (even up, odd down), the lowest ones filled: for
+    every excitation T that conserves spin, exp(amplitude (T - T-dagger)) as a product of rotations,
+    in one order. Without ``amplitudes``, one an excitation, all are 1. LiH, H2O, NH3 and N2 in
+    minimal bases are (12, 4), (14, 10), (16, 10) and (20, 14).
+
+    >>> uccsd(4, 2)
+    {'YZXI': -1.0, 'XZYI': 1.0, 'IYZX': -1.0, 'IXZY': 1.0, 'YXXX': -0.25, 'XYXX': -0.25, \
+'XXYX': 0.25, 'YYYX': -0.25, 'XXXY': 0.25, 'YYXY': -0.25, 'YXYY': 0.25, 'XYYY': 0.25}
+    """
+    excitations = list(_excitations(qubits, electrons))
+    if amplitudes is None:
+        amplitudes = [1.0] * len(excitations)
+    rotations: dict[str, float] = {}
+    for (filled, empty), amplitude in zip(excitations, amplitudes, strict=True):
+        product: dict[tuple[int, int], complex] = {(0, 0): 1.0}
+        for orbital, raises in [(a, True) for a in empty] + [(i, False) for i in filled[::-1]]:
+            product = _ladder(product, orbital, raises)
+        for (x, z), factor in sorted(product.items()):
+            # Of T - T-dagger the imaginary part stays, twice: exp(i 2 c P) turns by -4 c.
+            ys = (x & z).bit_count()
+            coefficient = (factor * (-1j) ** ys).imag
+            if coefficient:
+                letters = "".join("IXZY"[(x >> q & 1) + 2 * (z >> q & 1)] for q in range(qubits))
+                rotations[letters] = rotations.get(letters, 0.0) - 4 * coefficient * amplitude
+    return rotations
+
+
+def _excitations(qubits: int, electrons: int) -> Iterator[tuple[tuple[int, ...], tuple[int, ...]]]:
+    filled, empty = range(electrons), range(electrons, qubits)
+    for i in filled:
+        yield from (((i,), (a,)) for a in empty if (i - a) % 2 == 0)
+    for i in filled:
+        for j in range(i + 1, electrons):
+            for a in empty:
+                for b in range(a + 1, qubits):
+                    if i % 2 + j % 2 == a % 2 + b % 2:
+                        yield (i, j), (a, b)
+
+
+def _ladder(
+    product: dict[tuple[int, int], complex], orbital: int, raises: bool
+) -> dict[tuple[int, int], complex]:
+    """A sum of X^x Z^z times Z..Z (X -/+ iY)/2, which raises or lowers the orbital's occupation:
+    X (1 +/- Z)/2 behind Z on the orbitals below."""
+    below, bit = (1 << orbital) - 1, 1 << orbital
+    result: dict[tuple[int, int], complex] = {}
+    for (x, z), factor in product.items():
+        for own, half in ((0, 0.5), (bit, 0.5 if raises else -0.5)):
+            # Z to the left of X on the orbital itself costs a sign, on others there is no X.
+            sign = -1 if (z & bit) else 1
+            key = (x ^ bit, z ^ below ^ own)
+            result[key] = result.get(key, 0) + factor * half * sign
+    return {key: factor for key, factor in result.items() if factor}
+
+
+def random_graph(n: int, seed: int = 1) -> BoolArray:
+    """A symmetric matrix, each pair of vertices joined or not with equal odds."""
+    rng = random.Random(seed)
+    graph = np.zeros((n, n), dtype=bool)
+    for i in range(n):
+        for j in range(i):
+            graph[i, j] = graph[j, i] = rng.random() < 0.5
+    return graph
+
+
 def multiplier() -> Circuit:
     """Multiplication in GF(16) with the Hadamards moved out: CCZs, taken apart, and three CNOTs.
 
@@ -89,6 +161,16 @@ def multiplier() -> Circuit:
     # A CCZ is taken apart with Hadamards around its Toffoli, which cancel those within.
     circuit = Circuit.from_qasm(text)
     return Circuit(circuit.n, [gate for gate in circuit if gate.name != "H"])
+
+
+def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
+    """``count`` sets of different parities of n qubits, bit q of an int for qubit q, none zero.
+
+    >>> random_parities(3, 2, 1)
+    [[5, 2]]
+    """
+    rng = random.Random(8000 + terms)
+    return [rng.sample(range(1, 2**n), terms) for _ in range(count)]
 
 
 def rank(rows: list[int]) -> int:

@@ -1,0 +1,45 @@
+"""Circuits as the kernels hand them over: a row a gate, of its name, its qubits, and its angle as
+a rotation and a sign, or as -1 and a number of quarter turns."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Sequence
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk import _core
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
+
+_NAMES = tuple(_core._gate_names())
+
+
+def circuit_of(
+    n: int,
+    operations: npt.NDArray[np.int32],
+    angles: Sequence[Parameter] = (),
+    qubits: Sequence[int] | None = None,
+) -> Circuit:
+    """``qubits`` tells where on ``n`` qubits the wires of the rows stand."""
+    place = range(n) if qubits is None else qubits
+    known: dict[tuple[int, ...], Gate] = {}
+    gates = []
+    for row in map(tuple, operations.tolist()):
+        gate = known.get(row)
+        if gate is None:
+            gate = known[row] = _gate(row, angles, place)
+        gates.append(gate)
+    return Circuit._trusted(n, tuple(gates))
+
+
+def _gate(row: tuple[int, ...], angles: Sequence[Parameter], place: Sequence[int]) -> Gate:
+    name, a, b, rotation, turns = row
+    kind = _NAMES[name]
+    wires = (place[a],) if b < 0 else (place[a], place[b])
+    if kind not in ROTATIONS:
+        return Gate._trusted(kind, wires, ())
+    if rotation < 0:
+        return Gate._trusted(kind, wires, (Parameter(turns * math.pi / 2),))
+    return Gate._trusted(kind, wires, (angles[rotation] if turns > 0 else -angles[rotation],))

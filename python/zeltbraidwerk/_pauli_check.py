@@ -1,0 +1,130 @@
+"""Pauli operators followed back through circuits, gate by gate and apart from the library."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Iterator, Sequence
+
+import numpy as np
+
+from zeltbraidwerk import errors
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
+
+# i^power X^x Z^z, bit q of x and z for qubit q.
+_Operator = tuple[int, int, int]
+Pauli = tuple[bool, str]  # true for minus, letters
+
+
+def _times(a: _Operator, b: _Operator, power: int = 0) -> _Operator:
+    sign = 2 * (a[2] & b[1]).bit_count()
+    return (a[0] + b[0] + sign + power) % 4, a[1] ^ b[1], a[2] ^ b[2]
+
+
+class PulledBack:
+    """What X and Z on each qubit behind a circuit U are in front of it: U-dagger P U."""
+
+    def __init__(self, n: int) -> None:
+        self.n = n
+        self._x: list[_Operator] = [(0, 1 << q, 0) for q in range(n)]
+        self._z: list[_Operator] = [(0, 0, 1 << q) for q in range(n)]
+
+    def image(self, letters: str) -> Pauli:
+        product = (0, 0, 0)
+        for q, letter in enumerate(letters):
+            if letter in "XY":
+                product = _times(product, self._x[q])
+            if letter in "YZ":
+                product = _times(product, self._z[q], letter == "Y")
+        return self._named(product)
+
+    def letter(self, letter: str, q: int) -> Pauli:
+        return self.image("I" * q + letter + "I" * (self.n - q - 1))
+
+    def _named(self, operator: _Operator) -> Pauli:
+        power, x, z = operator
+        letters = "".join("IXZY"[(x >> q & 1) + 2 * (z >> q & 1)] for q in range(self.n))
+        return (power - (x & z).bit_count()) % 4 == 2, letters
+
+    def append(self, gate: Gate) -> None:
+        x, z = self._x, self._z
+        a, b = gate.qubits[0], gate.qubits[-1]
+        if gate.name == "CNOT":
+            x[a], z[b] = _times(x[a], x[b]), _times(z[a], z[b])
+        elif gate.name in ("CSIGN", "CZ"):
+            x[a], x[b] = _times(x[a], z[b]), _times(x[b], z[a])
+        elif gate.name == "H":
+            x[a], z[a] = z[a], x[a]
+        elif gate.name in ROTATIONS:
+            for _ in range(_quarters(gate)):
+                self._turn(gate.name, a)
+        elif gate.name in ("X", "Y", "Z"):
+            flip = (2, 0, 0)
+            if gate.name != "X":
+                x[a] = _times(flip, x[a])
+            if gate.name != "Z":
+                z[a] = _times(flip, z[a])
+        else:
+            raise errors.GateError(f"got {gate}, which no synthesis of rotations uses")
+
+    def _turn(self, name: str, a: int) -> None:
+        """By a quarter: X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y."""
+        x, z = self._x, self._z
+        if name == "RX":
+            z[a] = _times(x[a], z[a], 1)
+        elif name == "RY":
+            x[a], z[a] = z[a], _times((2, 0, 0), x[a])
+        else:
+            x[a] = _times(x[a], z[a], 3)
+
+
+def _quarters(gate: Gate) -> int:
+    return round(float(gate.params[0]) / (math.pi / 2)) % 4
+
+
+def unfolded(
+    circuit: Circuit, fixed: Sequence[bool]
+) -> tuple[list[tuple[str, Parameter]], PulledBack]:
+    """The rotations as they stand in front of the circuit, and the Clifford operator of the gates
+    that are fixed."""
+    clifford = PulledBack(circuit.n)
+    rotations = []
+    for gate, is_fixed in zip(circuit, fixed, strict=True):
+        if is_fixed:
+            clifford.append(gate)
+            continue
+        minus, letters = clifford.letter("Z" if gate.diag else gate.name[1], gate.qubits[0])
+        rotations.append((letters, -gate.params[0] if minus else gate.params[0]))
+    return rotations, clifford
+
+
+def same_rotations(
+    found: list[tuple[str, Parameter]], wanted: list[tuple[str, Parameter]], in_order: bool
+) -> bool:
+    """Whether each rotation comes up once; with ``in_order``, whether those that do not commute do
+    so in the order wanted."""
+    places: dict[str, list[int]] = {}
+    for place, (letters, _) in enumerate(found):
+        places.setdefault(letters, []).append(place)
+    if len(found) != len(wanted):
+        return False
+    order = []
+    lists: dict[str, Iterator[int]] = {letters: iter(list_) for letters, list_ in places.items()}
+    for letters, angle in wanted:
+        place = next(lists.get(letters, iter(())), -1)
+        if place < 0 or found[place][1] != angle:
+            return False
+        order.append(place)
+    return not in_order or _keeps_order([letters for letters, _ in wanted], order)
+
+
+def _keeps_order(strings: Sequence[str], order: Sequence[int]) -> bool:
+    if not strings:
+        return True
+    letters = np.array([list(string) for string in strings])
+    x = np.isin(letters, ("X", "Y")).astype(np.float32)
+    z = np.isin(letters, ("Z", "Y")).astype(np.float32)
+    clash = (x @ z.T + z @ x.T) % 2 > 0
+    places = np.array(order)
+    swapped = places[:, None] > places[None, :]
+    return not bool(np.any(np.triu(clash & swapped)))

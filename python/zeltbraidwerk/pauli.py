@@ -1,0 +1,290 @@
+"""Circuits for products of Pauli rotations, as chemistry and optimisation ask for them.
+
+A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q acts on qubit q.
+
+>>> import zeltbraidwerk as zb
+>>> result = zb.pauli.synthesize({"XXI": 0.5, "YYI": "a", "IZZ": 0.25}, seed=1)
+>>> result.count, result.verify()
+(5, True)
+"""
+
+from __future__ import annotations
+
+import secrets
+import time
+from collections.abc import Callable, Iterable, Sequence
+from functools import partial
+from typing import Any, Literal
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk import _core, _rotations, _search, _validate, errors
+from zeltbraidwerk._operations import circuit_of
+from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis, Readout
+from zeltbraidwerk._site import Site
+from zeltbraidwerk.devices import Device
+from zeltbraidwerk.linear import Objective, Permutation
+
+__all__ = [
+    "CoDiagonalization", "PauliSynthesis", "Readout", "codiagonalize", "methods", "partition",
+    "synthesize",
+]  # fmt: skip
+
+Order = Literal["free", "commuting"]
+Tail = Literal["close", "return"]
+_Found = tuple[str, npt.NDArray[np.int32], tuple[int, ...], int, int]
+
+_METHODS = (
+    "ladder", "recursive", "greedy", "greedy-depth", "sets", "sets-graph", "sets-decoding",
+    "sets-closed",
+)  # fmt: skip
+_ON_DEVICE = ("sets",)
+# What "auto" runs, and by how many names of the qubits where nobody says; fewer on long lists.
+_AUTO = {
+    "ladder": 1, "recursive": 3, "greedy": 40, "greedy-depth": 4, "sets": 4, "sets-decoding": 2,
+    "sets-closed": 4,
+}  # fmt: skip
+_RUN_LETTERS = 1_000_000  # letters of all strings, over all runs of a method
+_CODIAGONALIZERS = {"greedy": 0, "graph": 1, "decoding": 2}
+
+
+def methods(*, device: bool = False) -> tuple[str, ...]:
+    """The names that ``method`` takes, without a device or with one.
+
+    >>> methods()
+    ('auto', 'ladder', 'recursive', 'greedy', 'greedy-depth', 'sets', 'sets-graph', \
+'sets-decoding', 'sets-closed')
+    >>> methods(device=True)
+    ('auto', 'sets')
+    """
+    return ("auto", *(_ON_DEVICE if device else _METHODS))
+
+
+def synthesize(
+    rotations: Any,
+    *,
+    n: int | None = None,
+    method: str = "auto",
+    order: Order = "free",
+    tail: Tail = "close",
+    device: Any = None,
+    permutation: Permutation = "exact",
+    objective: Objective = "count",
+    seed: int | None = None,
+    restarts: int | None = None,
+    budget: float | None = None,
+    jobs: int | None = 1,
+    progress: Callable[[int], object] | None = None,
+) -> PauliSynthesis:
+    """A circuit for Pauli rotations.
+
+    ``rotations`` maps strings to angles, or lists pairs of both, or is a tuple of a list of strings
+    (or an array of codes 0 to 3 for I, X, Y, Z) and one of angles. A string is text with or without
+    a sign, a Pauli string of Stim, or a Pauli of Qiskit. Angles are numbers of radians, or symbolic
+    and passed through. A SparsePauliOp of Qiskit stands for exp(-i c P) a term c P, a
+    PauliEvolutionGate for that with its time; a QubitPauliOperator of pytket for
+    exp(-i pi/2 c P). ``n`` is the number of qubits where there is no string to tell it. Angles of
+    equal strings are added; those of identity strings are global phases, exp(-i angle / 2) with
+    ``result.global_angle``.
+
+    **Order.** With ``order="free"``, the default, rotations may change places, also those that do
+    not commute: the circuit carries out each one once, which is one Trotter step as good as any
+    other. With ``order="commuting"`` only rotations that commute change places: the circuit is
+    exactly the product of the rotations in the order given, the first acts first. This holds for
+    every method: the rotations are cut into layers that commute, and each is synthesised by itself.
+    Where all rotations commute, the operator is exact either way.
+
+    ==================  ============================================================================
+    method              what it does
+    ==================  ============================================================================
+    ``ladder``          each rotation alone, in its place, with 2 (weight - 1) CNOTs; always exact
+    ``recursive``       groups rotations by shared letters; few CNOTs on large, structured lists
+    ``greedy``          lightest rotations first, by the move that helps the most of them
+    ``greedy-depth``    the same with many moves at a time, for few layers
+    ``sets``            sets that commute, made diagonal one after the other
+    ``sets-graph``      the same, through a graph state where a set allows it
+    ``sets-decoding``   the same, with a shorter circuit of the graph state
+    ``sets-closed``     the first, each set undone before the next
+    ==================  ============================================================================
+
+    ``auto`` takes the best of them, and for count never more CNOTs than ``ladder``.
+
+    **Tail.** Clifford gates stay behind the rotations. ``tail="close"``, the default, undoes them;
+    with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
+    ``tail="return"`` leaves them: the circuit is the rotations followed by ``result.clifford``, and
+    ``result.absorb`` and ``result.readout`` take that into what is measured.
+
+    With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
+    by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits.
+    ``restarts``, ``budget``, ``seed``, ``jobs`` and ``progress`` are as in
+    :func:`zeltbraidwerk.linear.synthesize`; later runs rename the qubits. Ctrl-C and a budget end a
+    search between two runs.
+    """
+    start = time.perf_counter()
+    _validate.choice(order, "order", ("free", "commuting"))
+    _validate.choice(tail, "tail", ("close", "return"))
+    _validate.choice(permutation, "permutation", ("exact", "free"))
+    _validate.choice(objective, "objective", ("count", "depth"))
+    ground = None if device is None else Device.of(device)
+    known = methods(device=ground is not None)
+    if method not in known:
+        raise errors.UnknownMethodError(
+            f"method: got {method!r}, wanted one of {', '.join(known)}"
+            f"{' on a device' if ground else ''}"
+        )
+    if permutation == "free" and (tail == "return" or ground is not None):
+        raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
+    given = _rotations.read(rotations, n, order == "commuting")
+    effort = _search.Effort.checked(seed, restarts, budget, jobs)
+    site = None if ground is None else Site.of(ground, given.n)
+    search = _PauliSearch(given, order, tail, permutation, objective, site, effort, start)
+    return search.work(
+        (_ON_DEVICE if site else tuple(_AUTO)) if method == "auto" else (method,), progress
+    )
+
+
+def partition(strings: Iterable[Any]) -> list[list[str]]:
+    """The strings in groups within which all commute, few of them. Signs are dropped.
+
+    >>> partition(["XX", "ZZ", "ZI", "IX"])
+    [['ZI', 'IX'], ['XX', 'ZZ']]
+    """
+    listed = [letters for _, letters in _rotations.read_strings(strings, "strings")]
+    if not listed:
+        return []
+    groups = _core._commuting_groups(_rotations.codes(listed, len(listed[0])))
+    return [[listed[k] for k in group] for group in groups]
+
+
+def codiagonalize(
+    strings: Iterable[Any], *, method: str = "greedy", device: Any = None, seed: int | None = None
+) -> CoDiagonalization:
+    """A Clifford circuit C behind which commuting strings hold only I and Z: C P C-dagger.
+
+    ``method`` is "greedy", "graph" (through a graph state) or "decoding" (the same with fewer
+    gates); the last two are greedy where the strings do not determine a state. With a ``device``,
+    every gate on two qubits is on one of its edges, and the method is greedy.
+
+    >>> result = codiagonalize(["XX", "-ZZ"])
+    >>> result.images, result.verify()
+    (['+IZ', '-ZI'], True)
+    """
+    _validate.choice(method, "method", tuple(_CODIAGONALIZERS))
+    ground = None if device is None else Device.of(device)
+    if ground is not None and method != "greedy":
+        raise errors.OptionError(f"method: got {method!r}, wanted 'greedy' on a device")
+    listed = _rotations.read_strings(strings, "strings")
+    n = len(listed[0][1]) if listed else 0
+    letters = _rotations.codes([text for _, text in listed], n)
+    if (clash := _core._first_clash(letters)) is not None:
+        a, b = (listed[k][1] for k in clash)
+        raise errors.PauliError(f"strings: got {a} and {b}, wanted strings that commute pairwise")
+    site = None if ground is None else Site.of(ground, n)
+    drawn = secrets.randbits(64) if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1)
+    operations, images, negative = _core._codiagonalised(
+        letters, _CODIAGONALIZERS[method], _graph(site), drawn
+    )
+    qubits = tuple(range(n)) if site is None else site.qubits
+    width = n if site is None else site.device.n
+    return CoDiagonalization(
+        circuit=circuit_of(width, operations, (), qubits),
+        strings=["+-"[minus] + text for minus, text in listed],
+        images=[
+            "+-"[minus != turned] + text
+            for (minus, _), turned, text in zip(
+                listed, negative, _rotations.from_codes(images), strict=True
+            )
+        ],
+        placement=qubits,
+        device=None if site is None else site.device,
+    )
+
+
+def _graph(site: Site | None) -> _core.Graph | None:
+    if site is None:
+        return None
+    graph = _core.Graph(len(site.qubits))
+    for i, j in np.argwhere(np.triu(site.adjacency)).tolist():
+        graph.add_edge(i, j)
+    return graph
+
+
+class _PauliSearch:
+    """One call of synthesize: from rotations to the best circuit."""
+
+    def __init__(
+        self,
+        given: _rotations.Rotations,
+        order: Order,
+        tail: Tail,
+        permutation: Permutation,
+        objective: Objective,
+        site: Site | None,
+        effort: _search.Effort,
+        start: float,
+    ) -> None:
+        self._given = given
+        self._start = start
+        self._order: Order = order
+        self._tail: Tail = tail
+        self._free = permutation == "free"
+        self._by_depth = objective == "depth"
+        self._site = site
+        self._effort = effort
+        self._seed = secrets.randbits(64) if effort.seed is None else effort.seed
+        self._letters = given.letters()
+        self._graph = _graph(site)
+        self._control = _core._SearchControl(effort.budget)
+
+    def work(
+        self, names: Sequence[str], progress: Callable[[int], object] | None
+    ) -> PauliSynthesis:
+        lanes = [_search.Lane(partial(self._run, name), self._runs(name, names)) for name in names]
+        best = _search.best_of(
+            lanes, self._effort.jobs, self._control, self._key, self._result, progress
+        )
+        return self._result(*best)
+
+    def _runs(self, name: str, names: Sequence[str]) -> int | None:
+        if self._effort.restarts is not None or self._effort.budget is not None:
+            return self._effort.restarts
+        if len(names) == 1:
+            return 1
+        return max(1, min(_AUTO[name], _RUN_LETTERS // max(self._letters.size, 1)))
+
+    def _run(self, name: str, first: int, last: int) -> tuple[int, _Found] | None:
+        tail = 0 if self._tail == "return" else 2 if self._free else 1
+        found = _core._best_network(
+            name, self._letters, self._order == "commuting", tail, self._graph, self._seed, first,
+            last, self._by_depth, self._control,
+        )  # fmt: skip
+        if found is None:
+            return None
+        run, operations, wires, count, depth = found
+        return run, (name, operations, tuple(wires), count, depth)
+
+    def _key(self, found: _Found) -> tuple[int, int]:
+        *_, count, depth = found
+        return (depth, count) if self._by_depth else (count, depth)
+
+    def _result(self, found: _Found, runs: int) -> PauliSynthesis:
+        name, operations, wires, *_ = found
+        given, site = self._given, self._site
+        qubits = tuple(range(given.n)) if site is None else site.qubits
+        width = given.n if site is None else site.device.n
+        return PauliSynthesis(
+            circuit=circuit_of(width, operations, given.angles, qubits),
+            rotations=tuple(zip(given.strings, given.angles, strict=True)),
+            global_angle=given.global_angle,
+            permutation=wires,
+            method=name,
+            order=self._order,
+            tail=self._tail,
+            seed=self._seed,
+            runs=runs,
+            seconds=time.perf_counter() - self._start,
+            placement=qubits,
+            device=None if site is None else site.device,
+            _rotates=_validate.frozen(operations[:, 3] >= 0),
+        )
