@@ -43,3 +43,54 @@ def device_edges(draw, least=1, most=8):
     more = draw(st.lists(st.sampled_from(pairs), max_size=n)) if pairs else []
     names = draw(st.permutations(range(n)))
     return n, [(names[a], names[b]) for a, b in tree + more]
+
+
+_LETTERS = {
+    "I": np.eye(2),
+    "X": np.array([[0, 1], [1, 0]]),
+    "Y": np.array([[0, -1j], [1j, 0]]),
+    "Z": np.diag([1, -1]),
+}
+
+
+def letters_matrix(string):
+    """The matrix of a Pauli string with or without a sign; qubit 0 is the leading factor."""
+    matrix = np.array([[-1.0 if string.startswith("-") else 1.0]])
+    for letter in string.lstrip("+-"):
+        matrix = np.kron(matrix, _LETTERS[letter])
+    return matrix
+
+
+def rotation_matrix(string, angle):
+    """exp(-i angle P / 2)."""
+    matrix = letters_matrix(string)
+    return np.cos(angle / 2) * np.eye(len(matrix)) - 1j * np.sin(angle / 2) * matrix
+
+
+def gate_matrix(gate, n):
+    def on(letters):
+        return letters_matrix("".join(letters.get(q, "I") for q in range(n)))
+
+    a, b = gate.qubits[0], gate.qubits[-1]
+    name = {"PH": "RZ"}.get(gate.name, gate.name)
+    if name in ("RX", "RY", "RZ"):
+        string = "".join(name[1] if q == a else "I" for q in range(n))
+        return rotation_matrix(string, float(gate.params[0]))
+    if name in ("CNOT", "CSIGN", "CZ"):
+        other = on({b: "X" if name == "CNOT" else "Z"})
+        return (on({}) + on({a: "Z"}) + other - on({a: "Z"}) @ other) / 2
+    if name == "H":
+        return (on({a: "X"}) + on({a: "Z"})) / np.sqrt(2)
+    return on({a: name})
+
+
+def unitary(circuit):
+    """Gate by gate, for few qubits."""
+    matrix = np.eye(2**circuit.n)
+    for gate in circuit:
+        matrix = gate_matrix(gate, circuit.n) @ matrix
+    return matrix
+
+
+def same_up_to_phase(a, b):
+    return np.isclose(abs(np.vdot(a, b)), len(a)) and np.allclose(a.conj().T @ a, np.eye(len(a)))

@@ -1,0 +1,326 @@
+"""Pauli rotations against dense unitaries, against other packages, and at their edges."""
+
+import math
+import pickle
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import letters_matrix, rotation_matrix, same_up_to_phase, unitary
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import Parameter, core, errors, gallery, pauli
+
+METHODS = [name for name in pauli.methods() if name != "auto"]
+NUMBERS = st.floats(-7, 7, allow_nan=False)
+
+
+@st.composite
+def rotations(draw, most=12, qubits=5, angles=NUMBERS):
+    n = draw(st.integers(1, qubits))
+    strings = st.text("IXYZ", min_size=n, max_size=n)
+    signs = st.sampled_from(["", "-", "+"])
+    return draw(
+        st.lists(
+            st.tuples(st.builds(str.__add__, signs, strings), angles), min_size=1, max_size=most
+        )
+    )
+
+
+def product(listed):
+    """The first acts first."""
+    whole = np.eye(2 ** len(listed[0][0].lstrip("+-")))
+    for string, angle in listed:
+        whole = rotation_matrix(string, angle) @ whole
+    return whole
+
+
+@given(listed=rotations(), method=st.sampled_from(METHODS), seed=st.integers(0, 9))
+def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
+    wanted = product(listed)
+    result = pauli.synthesize(listed, method=method, order="commuting", seed=seed, restarts=2)
+    assert result.verify()
+    assert same_up_to_phase(unitary(result.circuit), wanted)
+
+    # Handed back, the tail goes into the observables.
+    result = pauli.synthesize(
+        listed, method=method, order="commuting", tail="return", seed=seed, restarts=2
+    )
+    assert result.verify()
+    circuit = unitary(result.circuit)
+    for observable in ("X" * result.n, "-" + "YZ" * result.n):
+        observable = observable[: result.n + observable.startswith("-")]
+        behind = circuit.conj().T @ letters_matrix(result.absorb([observable])[0]) @ circuit
+        assert np.allclose(behind, wanted.conj().T @ letters_matrix(observable) @ wanted)
+
+
+@given(
+    listed=rotations(most=30, qubits=9, angles=st.sampled_from(["a", "UMINUS b", 0.3, math.pi])),
+    seed=st.integers(0, 99),
+    order=st.sampled_from(["free", "commuting"]),
+)
+def test_every_way_verifies(listed, seed, order):
+    options = {"order": order, "seed": seed, "restarts": 2}
+    ladder = pauli.synthesize(listed, method="ladder", order=order)
+    for method in METHODS:
+        for way in ({"permutation": "free"}, {"tail": "return"}, {}):
+            result = pauli.synthesize(listed, method=method, **way, **options)
+            assert result.verify(), (method, way)
+            if "tail" not in way and "permutation" not in way:
+                assert result.clifford == zb.CliffordTableau(result.n)
+    best = pauli.synthesize(listed, **options)
+    assert best.verify()
+    assert best.count <= ladder.count
+    assert ladder.count == sum(
+        2 * (sum(letter != "I" for letter in string) - 1) for string, _ in ladder.rotations
+    )
+    assert pickle.loads(pickle.dumps(best)) == best
+    for tail in ("close", "return"):
+        device = zb.Device.grid(2, 5)
+        result = pauli.synthesize(listed, device=device, tail=tail, **options)
+        assert result.verify()
+        assert device.fits(result.circuit)
+
+
+def test_verification_finds_faults():
+    given = [("XX", 0.5), ("ZI", "a"), ("YY", 0.25)]
+    result = pauli.synthesize(given, order="commuting", tail="return", method="greedy")
+    assert result.verify()
+    gates = list(result.circuit)
+    at = next(k for k, gate in enumerate(gates) if gate.name == "CNOT")
+    for broken in (
+        [*gates[:at], zb.Gate("CNOT", gates[at].qubits[::-1]), *gates[at + 1 :]],
+        [*gates[:at], zb.Gate("CSIGN", gates[at].qubits), *gates[at + 1 :]],
+        [gate.inverse() if gate.params else gate for gate in gates],
+    ):
+        assert not replaced(result, circuit=zb.Circuit(2, broken)).verify()
+    assert not replaced(result, rotations=result.rotations[::-1]).verify()
+    assert not replaced(result, tail="close").verify()
+    assert not replaced(result, rotations=result.rotations[:2]).verify()
+
+
+def replaced(result, **changes):
+    fields = {name: getattr(result, name) for name in result.__dataclass_fields__}
+    return type(result)(**{**fields, **changes})
+
+
+def test_orders_of_rotations():
+    # X and Z do not commute: free, they may stand in either order; commuting, in theirs alone.
+    first = pauli.synthesize([("ZZ", 0.1), ("XI", 0.2), ("ZZ", 0.3)], order="free")
+    assert [angle for _, angle in first.rotations] == [0.4, 0.2]
+    exact = pauli.synthesize([("ZZ", 0.1), ("XI", 0.2), ("ZZ", 0.3)], order="commuting")
+    assert [angle for _, angle in exact.rotations] == [0.1, 0.2, 0.3]
+    merged = pauli.synthesize([("ZZ", 6.0), ("XX", "a"), ("-ZZ", -6.0)], order="commuting")
+    assert [angle for _, angle in merged.rotations] == [12.0, Parameter("a")]
+
+
+def test_readout_gives_the_same_values_as_the_observables():
+    listed = [("XXI", 0.4), ("IYZ", 1.1), ("ZZZ", -0.7), ("YIX", 0.2)]
+    observables = ["ZZI", "-XXI", "YYX"]
+    for tail in ("return", "close"):
+        result = pauli.synthesize(listed, tail=tail, order="commuting", method="recursive")
+        readout = result.readout(observables)
+        state = unitary(result.circuit + readout.circuit)[:, 0]
+        bits = np.array([[k >> 2 & 1, k >> 1 & 1, k & 1] for k in range(8)])
+        means = np.abs(state) ** 2 @ readout.values(bits)
+        plain = product(listed)[:, 0]
+        wanted = [(plain.conj() @ letters_matrix(o) @ plain).real for o in observables]
+        assert np.allclose(means, wanted)
+        state = unitary(result.circuit)[:, 0]
+        absorbed = result.absorb(dict(zip(observables, (1.0, 2.0, 4.0), strict=True)))
+        total = sum(
+            c * (state.conj() @ letters_matrix(p) @ state).real for p, c in absorbed.items()
+        )
+        assert np.isclose(total, np.dot(wanted, (1.0, 2.0, 4.0)))
+
+
+@given(data=st.data())
+def test_codiagonalization(data):
+    n = data.draw(st.integers(1, 6))
+    strings = data.draw(st.lists(st.text("IXYZ", min_size=n, max_size=n), max_size=8))
+    groups = pauli.partition(strings)
+    assert sorted(string for group in groups for string in group) == sorted(strings)
+    for group in groups:
+        for method in ("greedy", "graph", "decoding"):
+            assert pauli.codiagonalize(group, method=method, seed=1).verify()
+        assert pauli.codiagonalize(["-" + s for s in group], device=zb.Device.line(n + 1)).verify()
+    clashing = [(a, b) for a in strings for b in strings if not core.commute(codes(a), codes(b))]
+    if clashing:
+        with pytest.raises(errors.PauliError, match="commute pairwise"):
+            pauli.codiagonalize(clashing[0])
+
+
+def codes(letters):
+    return ["IXYZ".index(letter) for letter in letters]
+
+
+def test_forms_of_rotations():
+    forms = [
+        {"XYI": 0.5, "-IZZ": "a"},
+        [("XYI", 0.5), ((0, 3, 3), "UMINUS a")],
+        (["+XYI", "_ZZ"], [0.5, "UMINUS a"]),
+        (np.array([[1, 2, 0], [0, 3, 3]], dtype=np.uint8), [0.5, "UMINUS a"]),
+    ]
+    stim = pytest.importorskip("stim")
+    forms.append([(stim.PauliString("XY_"), 0.5), (stim.PauliString("-_ZZ"), "a")])
+    read = [pauli.synthesize(form, method="ladder").rotations for form in forms]
+    assert all(each == read[0] for each in read)
+    with pytest.raises(errors.PauliError, match="wanted the sign"):
+        pauli.synthesize([(stim.PauliString("iX"), 0.5)])
+
+
+def test_rotations_of_qiskit():
+    info = pytest.importorskip("qiskit.quantum_info")
+    library = pytest.importorskip("qiskit.circuit.library")
+    operator = info.SparsePauliOp(["XXI", "IYY", "ZIZ"], [0.3, -0.2, 0.7])
+    gate = library.PauliEvolutionGate(operator, time=0.9)
+    result = pauli.synthesize(gate, order="commuting")
+    scaled = pauli.synthesize(operator * 0.9, order="commuting")
+    assert [s for s, _ in scaled.rotations] == [s for s, _ in result.rotations]
+    assert np.allclose([float(a) for _, a in scaled.rotations], [0.54, -0.36, 1.26])
+    theirs = info.Operator(gate.definition).reverse_qargs().data
+    assert same_up_to_phase(unitary(result.circuit), theirs)
+    with pytest.raises(errors.AngleError, match="real number"):
+        pauli.synthesize(operator * 1j)
+    assert pauli.codiagonalize([info.Pauli("-XXI"), info.Pauli("ZZI")]).strings == ["-IXX", "+IZZ"]
+
+
+def test_rotations_of_pytket():
+    pytest.importorskip("pytket")
+    from pytket.circuit import Circuit, Qubit
+    from pytket.pauli import Pauli, QubitPauliString
+    from pytket.utils import QubitPauliOperator, gen_term_sequence_circuit
+
+    terms = {
+        QubitPauliString({Qubit(0): Pauli.X, Qubit(2): Pauli.Y}): 0.3,
+        QubitPauliString({Qubit(1): Pauli.Z, Qubit(0): Pauli.Z}): -0.45,
+    }
+    operator = QubitPauliOperator(terms)
+    result = pauli.synthesize(operator, order="commuting")
+    theirs = gen_term_sequence_circuit(operator, Circuit(3)).get_unitary()
+    orders = [product(order) for order in (listed(result), listed(result)[::-1])]
+    assert any(same_up_to_phase(theirs, order) for order in orders)
+    assert same_up_to_phase(unitary(result.circuit), orders[0])
+
+
+def listed(result):
+    return [(string, float(angle)) for string, angle in result.rotations]
+
+
+def test_edges():
+    assert pauli.synthesize({}).circuit == zb.Circuit(0)
+    assert pauli.synthesize({}, n=3, tail="return").clifford == zb.CliffordTableau(3)
+    result = pauli.synthesize({"II": 0.5, "-II": "a", "ZI": 1.0}, method="greedy")
+    assert result.global_angle == Parameter(0.5) + -Parameter("a")
+    assert result.rotations == (("ZI", Parameter(1.0)),)
+    assert pauli.partition([]) == []
+    assert pauli.codiagonalize([]).verify()
+    many = {"".join("IXYZ"[k * 7919 >> 2 * q & 3] for q in range(9)): 0.1 for k in range(300)}
+    assert pauli.synthesize(many, seed=5) == pauli.synthesize(many, seed=5, jobs=2)
+    assert (
+        pauli.synthesize(many, seed=5, objective="depth").depth
+        <= pauli.synthesize(many, seed=5).depth
+    )
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: pauli.synthesize({"XA": 1.0}), errors.PauliError, "rotations: got 'XA'"),
+        (lambda: pauli.synthesize({"XX": 1, "X": 1}), errors.PauliError, "got 1 letters, wanted 2"),
+        (lambda: pauli.synthesize({"XX": math.nan}), errors.AngleError, "finite"),
+        (lambda: pauli.synthesize({"XX": None}), errors.DtypeError, "wanted a number of radians"),
+        (lambda: pauli.synthesize([((0, 4), 1.0)]), errors.PauliError, "got the code 4"),
+        (lambda: pauli.synthesize(["XX"]), errors.ShapeError, "wanted a string and its angle"),
+        (lambda: pauli.synthesize((["XX"], [1, 2])), errors.ShapeError, "1 strings, 2 angles"),
+        (lambda: pauli.synthesize(3), errors.DtypeError, "got int, wanted Pauli strings"),
+        (lambda: pauli.synthesize({3: 1.0}), errors.DtypeError, "rotations: got int"),
+        (lambda: pauli.synthesize({}, method="no"), errors.UnknownMethodError, "got 'no'"),
+        (lambda: pauli.synthesize({}, order="any"), errors.OptionError, "order: got 'any'"),
+        (
+            lambda: pauli.synthesize({}, tail="return", permutation="free"),
+            errors.OptionError,
+            "no tail is closed",
+        ),
+        (
+            lambda: pauli.synthesize({"XXX": 1}, device=zb.Device.line(2)),
+            errors.DeviceTooSmallError,
+            "wanted at least 3",
+        ),
+        (
+            lambda: pauli.synthesize({"XX": 1}, method="greedy", device=zb.Device.line(2)),
+            errors.UnknownMethodError,
+            "on a device",
+        ),
+        (lambda: pauli.codiagonalize(["XI", "ZI"]), errors.PauliError, "got XI and ZI"),
+        (lambda: pauli.codiagonalize("XX"), errors.DtypeError, "wanted Pauli strings"),
+        (lambda: pauli.partition(["X", "XX"]), errors.PauliError, "got 2 letters, wanted 1"),
+        (lambda: pauli.synthesize({"X": 1}).readout(["X", "Z"]), errors.PauliError, "commute"),
+        (lambda: pauli.synthesize({"X": 1}).absorb("XX"), errors.PauliError, "wanted 1"),
+        (
+            lambda: core.greedy_pauli_synth({(1, 1): 0.5}, core.OperatorTableau(3)),
+            ValueError,
+            "wanted 3",
+        ),
+        (
+            lambda: core.greedy_pauli_synth({(1,): 0.5}, core.OperatorTableau(1)),
+            RuntimeError,
+            "Non-clifford",
+        ),
+    ],
+)
+def test_bad_arguments_are_refused_by_name(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+@pytest.mark.parametrize(
+    ("qubits", "electrons", "strings", "cnots"),
+    [(4, 2, 12, 64), (12, 4, 640, 6976), (14, 10, 1000, 12240), (16, 10, 2340, 31760)],
+)
+def test_uccsd_has_its_numbers_of_strings_and_compiles(qubits, electrons, strings, cnots):
+    ansatz = gallery.uccsd(qubits, electrons)
+    assert len(ansatz) == strings
+    ladder = pauli.synthesize(ansatz, method="ladder")
+    assert ladder.count == cnots
+    for method in ("recursive", "greedy", "sets"):
+        result = pauli.synthesize(ansatz, method=method, seed=1)
+        assert result.verify()
+        assert result.count < 0.5 * cnots or qubits == 4
+
+
+def test_uccsd_is_the_exponential_of_its_excitations():
+    def lowering(q, n=4):
+        string = "Z" * q + "{}" + "I" * (n - q - 1)
+        return (letters_matrix(string.format("X")) + 1j * letters_matrix(string.format("Y"))) / 2
+
+    a = [lowering(q) for q in range(4)]
+    raises = [m.conj().T for m in a]
+    assert np.allclose(a[0] @ raises[1] + raises[1] @ a[0], 0)
+    excitations = [raises[2] @ a[0], raises[3] @ a[1], raises[2] @ raises[3] @ a[1] @ a[0]]
+    amplitudes = [0.3, -0.8, 0.5]
+    wanted = np.eye(16)
+    for t, amplitude in zip(excitations, amplitudes, strict=True):
+        values, vectors = np.linalg.eigh(1j * (t - t.conj().T))
+        turn = vectors @ np.diag(np.exp(-1j * amplitude * values)) @ vectors.conj().T
+        wanted = turn @ wanted
+    ansatz = gallery.uccsd(4, 2, amplitudes)
+    assert np.allclose(product(list(ansatz.items())), wanted)
+
+
+def test_core_functions_agree_with_the_package():
+    ansatz = gallery.uccsd(4, 2)
+    keyed = {tuple(codes(string)): Parameter(f"a{k}")._core for k, string in enumerate(ansatz)}
+    circuit, tableau = core.greedy_pauli_synth(keyed, core.OperatorTableau(4))
+    names = {string: f"a{k}" for k, string in enumerate(ansatz)}
+    ours = pauli.synthesize(names, method="greedy", tail="return")
+    assert zb.Circuit.from_core(4, circuit) == ours.circuit
+    assert zb.CliffordTableau.from_core(tableau) == ours.clifford
+    tail = zb.Circuit.from_core(4, core.clifford_circuit(tableau))
+    assert zb.CliffordTableau.from_circuit(tail) == ours.clifford
+    circuit, tableau = core.pauli_synth(keyed, core.OperatorTableau(4))
+    recursive = pauli.synthesize(names, method="recursive", tail="return")
+    assert zb.Circuit.from_core(4, circuit) == recursive.circuit
+    closed = zb.Circuit.from_core(4, core.commute_pauli_synth(keyed, 0))
+    assert closed == pauli.synthesize(names, method="sets-closed").circuit
