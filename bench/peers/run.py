@@ -16,6 +16,7 @@ import sys
 import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
+from functools import partial
 from statistics import mean
 
 import numpy as np
@@ -24,7 +25,10 @@ import stim
 from pytket import Circuit as PytketCircuit
 from pytket.circuit import OpType
 from pytket.passes import GreedyPauliSimp
-from qiskit.synthesis import synth_cnot_count_full_pmh
+from pyzx.routing.architecture import Architecture
+from pyzx.routing.parity_maps import CNOT_tracker
+from pyzx.routing.steiner import rec_steiner_gauss
+from qiskit.synthesis import synth_cnot_count_full_pmh, synth_cnot_phase_aam
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
@@ -109,6 +113,73 @@ def pytket_greedy(matrix: Matrix) -> Outcome:
     return Outcome(gates, permutation, seconds)
 
 
+def pyzx_on(device: zb.Device) -> Method:
+    """Recursive Steiner elimination; the device is numbered along a path, as it wants it."""
+    path = list(device.hamiltonian_path())
+    adjacency = device.part(path).adjacency().astype(int)
+
+    def run(matrix: Matrix) -> Outcome:
+        rows = matrix[np.ix_(path, path)].astype(int).tolist()
+
+        def reduce() -> CNOT_tracker:
+            gates = CNOT_tracker(len(rows))
+            architecture = Architecture("device", coupling_matrix=adjacency)
+            rec_steiner_gauss(
+                pyzx.Mat2([*map(list, rows)]), architecture, full_reduce=True, x=gates
+            )
+            return gates
+
+        found, seconds = timed(reduce)
+        gates = [(path[gate.control], path[gate.target]) for gate in reversed(found.gates)]
+        return Outcome(gates, range(len(matrix)), seconds)
+
+    return run
+
+
+DEVICES = {"3 x 3 grid": zb.Device.grid(3, 3), "4 x 4 grid": zb.Device.grid(4, 4)} | {
+    name: zb.Device.named(name) for name in ("qx5", "aspen", "tokyo")
+}
+
+
+def devices(quick: bool) -> None:
+    """Random matrices on the edges of a device, every output in its place."""
+    for runs in (1, 100):
+        print(f"\nOn a device, {runs} runs\n{_line(HEADS)}")
+        for name, device in DEVICES.items():
+            matrices = gallery.random_invertible(device.n, 3 if quick else 20)
+            their, our = pyzx_on(device), ours("auto", device=device, restarts=runs, seed=1)
+            them = measured("PyZX", their, matrices, device)
+            us = measured("auto", our, matrices, device)
+            _compare(name, "PyZX", them, f"auto, {runs} runs", us)
+
+
+def phases(quick: bool) -> None:
+    """Random phase polynomials on any two qubits, with what they leave behind undone."""
+    for method, runs in (("gray", 1), ("auto", 1), ("auto", 20)):
+        print(f"\nPhase polynomials, {method}, {runs} runs\n{_line(HEADS)}")
+        for n, terms in ((8, 64), (16, 160), (20, 200)):
+            them, us = [], []
+            for parities in gallery.random_parities(n, terms, 3 if quick else 20):
+                wires = [[parity >> q & 1 for parity in parities] for q in range(n)]
+                circuit, seconds = timed(partial(synth_cnot_phase_aam, wires, [0.1] * terms))
+                poly = dict.fromkeys(parities, 0.1)
+                them.append(_phase_cost(zb.Circuit.from_qiskit(circuit), poly, seconds))
+                call = partial(zb.phase.synthesize, poly, n=n, method=method, restarts=runs, seed=1)
+                result, seconds = timed(call)
+                us.append(_phase_cost(result.circuit, poly, seconds))
+            _compare(
+                f"{n}, {terms} terms", "Qiskit", _means(them), f"{method}, {runs} runs", _means(us)
+            )
+
+
+def _phase_cost(circuit: zb.Circuit, poly: dict[int, float], seconds: float) -> tuple[float, ...]:
+    """Count, depth and milliseconds of a circuit that was found right."""
+    terms, left = zb.phase.polynomial_of(circuit)
+    if terms.keys() != poly.keys() or not np.array_equal(left, np.eye(circuit.n)):
+        sys.exit(f"wrong phases at {circuit.n} qubits")
+    return circuit.two_qubit_count, circuit.two_qubit_depth, 1e3 * seconds
+
+
 FREE = {"permutation": "free", "seed": 1}
 
 # Title, sizes, the peer, ours. A size is a number of random matrices' qubits, or a layer's name.
@@ -176,8 +247,9 @@ def main() -> int:
                 continue
             them = measured(peer, theirs, matrices)
             us = measured(name, our, matrices)
-            ratios = f"{us[0] / them[0]:.2f}", f"{us[1] / them[1]:.2f}", f"{them[2] / us[2]:.1f}"
-            print(_line((str(size), peer, *_numbers(them), name, *_numbers(us), *ratios)))
+            _compare(str(size), peer, them, name, us)
+    devices(quick)
+    phases(quick)
     tableau(gates=1000 if quick else 100_000)
     print("\nCNOTs x, depth x: ours over theirs. speed-up: their time over ours.")
     return 0
@@ -210,7 +282,9 @@ def inputs(size: int | str) -> list[Matrix]:
     return gallery.random_invertible(size, MATRICES.get(size, 1))
 
 
-def measured(name: str, method: Method, matrices: Sequence[Matrix]) -> tuple[float, float, float]:
+def measured(
+    name: str, method: Method, matrices: Sequence[Matrix], device: zb.Device | None = None
+) -> tuple[float, ...]:
     """Mean count, depth and milliseconds, of circuits that were found right."""
     costs = []
     for matrix in matrices:
@@ -220,10 +294,23 @@ def measured(name: str, method: Method, matrices: Sequence[Matrix]) -> tuple[flo
             wires[target] ^= wires[control]
         if not np.array_equal(wires[list(outcome.permutation)], matrix):
             sys.exit(f"{name}: wrong circuit at {len(matrix)} qubits")
+        if device and not device.fits(zb.CnotCircuit(device.n, outcome.gates)):
+            sys.exit(f"{name}: a CNOT that is on no edge of {device}")
         costs.append(
             (len(outcome.gates), _depth(outcome.gates, len(matrix)), 1e3 * outcome.seconds)
         )
+    return _means(costs)
+
+
+def _means(costs: Sequence[tuple[float, ...]]) -> tuple[float, ...]:
     return tuple(mean(column) for column in zip(*costs, strict=True))
+
+
+def _compare(
+    size: str, peer: str, them: tuple[float, ...], name: str, us: tuple[float, ...]
+) -> None:
+    ratios = f"{us[0] / them[0]:.2f}", f"{us[1] / them[1]:.2f}", f"{them[2] / us[2]:.1f}"
+    print(_line((size, peer, *_numbers(them), name, *_numbers(us), *ratios)))
 
 
 def _depth(gates: Pairs, n: int) -> int:
@@ -237,7 +324,7 @@ def _pairs(gates) -> list[tuple[int, int]]:
     return [(int(control), int(target)) for control, target in gates]
 
 
-def _numbers(costs: tuple[float, float, float]) -> tuple[str, str, str]:
+def _numbers(costs: tuple[float, ...]) -> tuple[str, str, str]:
     return f"{costs[0]:.1f}", f"{costs[1]:.1f}", f"{costs[2]:.3f}"
 
 

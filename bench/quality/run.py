@@ -18,7 +18,7 @@ from pathlib import Path
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
-from zeltbraidwerk.errors import UnfinishedError
+from zeltbraidwerk.errors import NoHamiltonianPathError, UnfinishedError
 
 BASELINE = Path(__file__).with_name("baseline.csv")
 RANDOM = {8: 5, 16: 5, 32: 3, 64: 1}  # matrices by size
@@ -48,7 +48,52 @@ def linear() -> Iterator[tuple[Key, Cost]]:
             yield ("linear", name, f"{method} x{runs}"), (result.count, result.depth)
 
 
-FAMILIES = (linear,)
+DEVICES: dict[str, zb.Device] = {
+    "grid_3x3": zb.Device.grid(3, 3),
+    "grid_4x4": zb.Device.grid(4, 4),
+    "line_16": zb.Device.line(16),
+} | {name: zb.Device.named(name) for name in zb.Device.names()}
+
+
+def devices() -> Iterator[tuple[Key, Cost]]:
+    """Matrices on the edges of a device."""
+    for name, device in DEVICES.items():
+        for k, matrix in enumerate(gallery.random_invertible(device.n, 3)):
+            for method, runs in itertools.product(zb.linear.methods(device=True), (1, 100)):
+                try:
+                    result = zb.linear.synthesize(
+                        matrix, device=device, method=method, seed=1, restarts=runs
+                    )
+                except NoHamiltonianPathError:
+                    continue
+                if not result.verify():
+                    sys.exit(f"{method} on {name}: the circuit is wrong")
+                yield ("device", f"{name}_{k}", f"{method} x{runs}"), (result.count, result.depth)
+
+
+# Qubits and parities, and the device.
+PHASES: tuple[tuple[int, int, str | None], ...] = (
+    (8, 64, None), (16, 160, None), (20, 200, None), (9, 30, "grid_3x3"), (16, 40, "grid_4x4"),
+)  # fmt: skip
+
+
+def phases() -> Iterator[tuple[Key, Cost]]:
+    """Phase polynomials, with what they leave behind undone."""
+    for (n, terms, on), k in itertools.product(PHASES, range(2)):
+        poly = dict.fromkeys(gallery.random_parities(n, terms, k + 1)[k], 0.1)
+        device = None if on is None else DEVICES[on]
+        methods = zb.phase.methods(device=device is not None)
+        for method, wires, runs in itertools.product(methods, ("exact", "free"), (1, 20)):
+            result = zb.phase.synthesize(
+                poly, n=n, device=device, method=method, permutation=wires, seed=1, restarts=runs
+            )
+            name = f"{n}_{terms}_{k}" + (f"_{on}" if on else "")
+            if not result.verify():
+                sys.exit(f"{method} on {name}: the circuit is wrong")
+            yield ("phase", name, f"{method} {wires} x{runs}"), (result.count, result.depth)
+
+
+FAMILIES = (linear, devices, phases)
 
 
 def read() -> dict[Key, Cost]:
