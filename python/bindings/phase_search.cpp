@@ -74,9 +74,13 @@ struct Search {
  private:
   std::optional<std::vector<PhaseStep>> network(int number, const Draw& draw) const {
     if (greedy) {
-      // Parities on two wires count from a third of those on one up to nearly as much.
-      const double decay = number == 0 ? 0.6 : 0.01 * draw(35, 95);
-      return internal::greedy_network(parities, decay, draw, control);
+      // Sets without structure want the map left out, those of adders and multipliers the most of
+      // it; which one it is shows in the runs.
+      constexpr double shares[] = {0.0003, 0, 0.001, 0.01};
+      internal::GreedyNetworkOptions options;
+      if (number > 0) options.decay = 0.01 * draw(35, 95);
+      if (leftover != Leftover::returned) options.map_share = shares[number % 4];
+      return internal::greedy_network(parities, options, draw, control);
     }
     std::vector<int> names = shuffled(qubits(), draw);
     if (number == 0) std::iota(names.begin(), names.end(), 0);

@@ -9,12 +9,16 @@ namespace {
 
 class GreedyNetwork {
  public:
-  GreedyNetwork(BitMatrix parities, double decay, const Draw& draw)
-      : parities_(std::move(parities)), draw_(draw) {
+  GreedyNetwork(BitMatrix parities, const GreedyNetworkOptions& options, const Draw& draw)
+      : parities_(std::move(parities)),
+        map_(BitMatrix::identity(parities_.rows())),
+        dual_(map_),
+        options_(options),
+        draw_(draw) {
     const auto n = static_cast<std::size_t>(parities_.rows());
     gain_.resize(n + 2);
     for (std::size_t w = 1; w < gain_.size(); ++w) {
-      gain_[w] = std::pow(decay, static_cast<double>(w)) * (1 - decay);
+      gain_[w] = std::pow(options.decay, static_cast<double>(w)) * (1 - options.decay);
     }
     weights_.resize(static_cast<std::size_t>(parities_.cols()));
     left_.resize(static_cast<std::size_t>(parities_.stride()));
@@ -65,7 +69,7 @@ class GreedyNetwork {
   double worth(int control, int target) {
     const Word* c = parities_.row(control);
     const Word* t = parities_.row(target);
-    double sum = 0;
+    double sum = -options_.map_share * ones_added(control, target);
     for (int w = 0; w < parities_.stride(); ++w) {
       for (Word rest = t[w] & left_[static_cast<std::size_t>(w)]; rest != 0; rest &= rest - 1) {
         const int bit = std::countr_zero(rest);
@@ -74,6 +78,15 @@ class GreedyNetwork {
       }
     }
     return sum;
+  }
+
+  /// How many ones CNOT(control, target) adds to the linear map and to its transposed inverse.
+  int ones_added(int control, int target) const {
+    const int words = map_.stride();
+    return weight_of_sum(map_.row(control), map_.row(target), words) -
+           internal::weight(map_.row(target), words) +
+           weight_of_sum(dual_.row(control), dual_.row(target), words) -
+           internal::weight(dual_.row(control), words);
   }
 
   std::pair<int, int> next() {
@@ -113,9 +126,14 @@ class GreedyNetwork {
     for_each_bit(parities_.row(target), parities_.stride(),
                  [&](int c) { weight(c) += parities_.get(control, c) ? -1 : 1; });
     parities_.add_row(target, control);
+    map_.add_row(control, target);
+    dual_.add_row(target, control);
   }
 
   BitMatrix parities_;
+  BitMatrix map_;   // of the gates so far
+  BitMatrix dual_;  // its transposed inverse
+  const GreedyNetworkOptions options_;
   const Draw& draw_;
   std::vector<double> gain_;  // of a parity that becomes w heavy from w + 1
   std::vector<int> weights_;
@@ -127,9 +145,10 @@ class GreedyNetwork {
 
 }  // namespace
 
-std::optional<std::vector<PhaseStep>> greedy_network(BitMatrix parities, double decay,
+std::optional<std::vector<PhaseStep>> greedy_network(BitMatrix parities,
+                                                     const GreedyNetworkOptions& options,
                                                      const Draw& draw, const Control& control) {
-  GreedyNetwork network(std::move(parities), decay, draw);
+  GreedyNetwork network(std::move(parities), options, draw);
   if (!network.run(control)) return std::nullopt;
   return network.take();
 }

@@ -11,11 +11,16 @@
 
 namespace zelt::braidwerk::internal {
 
+struct GreedyNetworkOptions {
+  double decay = 0.6;    ///< a parity on w wires counts decay^w; between 0 and 1
+  double map_share = 0;  ///< what a one in the linear map, or in its inverse, counts against it
+};
+
 /// A phase circuit that always works on one of the lightest parities left: of the CNOTs that take a
-/// wire out of it, the one that helps all parities most, where a parity of weight w counts
-/// decay^w (0 < decay < 1). Equal ones are drawn. `parities` has no zero column. Nothing when
-/// stopped.
+/// wire out of it, the one that helps all parities most, less what it adds to the linear map that
+/// is left behind. Equal ones are drawn. `parities` has no zero column. Nothing when stopped.
 ZELTBRAIDWERK_KERNEL_EXPORT std::optional<std::vector<PhaseStep>> greedy_network(
-    BitMatrix parities, double decay, const Draw& draw, const Control& control);
+    BitMatrix parities, const GreedyNetworkOptions& options, const Draw& draw,
+    const Control& control);
 
 }  // namespace zelt::braidwerk::internal
