@@ -12,7 +12,7 @@ from __future__ import annotations
 
 import secrets
 import time
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Iterable
 from functools import partial
 from typing import Any, Literal
 
@@ -33,19 +33,23 @@ __all__ = [
 
 Order = Literal["free", "commuting"]
 Tail = Literal["close", "return"]
-_Found = tuple[str, npt.NDArray[np.int32], tuple[int, ...], int, int]
+_Lane = tuple[str, bool]  # a method, and whether in the order given
+_Found = tuple[_Lane, npt.NDArray[np.int32], tuple[int, ...], int, int]
 
 _METHODS = (
     "ladder", "recursive", "greedy", "greedy-depth", "sets", "sets-graph", "sets-decoding",
     "sets-closed",
 )  # fmt: skip
 _ON_DEVICE = ("sets",)
-# What "auto" runs, and by how many names of the qubits where nobody says; fewer on long lists.
+# What "auto" runs, whether in the order given, and by how many names of the qubits where nobody
+# says; fewer on long lists. Layers in the order given often beat an order of the method's own.
 _AUTO = {
-    "ladder": 1, "recursive": 3, "greedy": 40, "greedy-depth": 4, "sets": 4, "sets-decoding": 2,
-    "sets-closed": 4,
+    ("ladder", True): 1, ("greedy", True): 20, ("greedy-depth", True): 2, ("sets-closed", True): 4,
+    ("recursive", False): 3, ("greedy", False): 40, ("greedy-depth", False): 4,
+    ("sets", False): 4, ("sets-decoding", False): 1, ("sets-closed", False): 4,
 }  # fmt: skip
-_RUN_LETTERS = 1_000_000  # letters of all strings, over all runs of a method
+_AUTO_IN_ORDER = {(name, True): runs for (name, _), runs in sorted(_AUTO.items())}
+_RUN_LETTERS = 600_000  # letters of all strings, over all runs of a method
 _CODIAGONALIZERS = {"greedy": 0, "graph": 1, "decoding": 2}
 
 
@@ -108,7 +112,8 @@ def synthesize(
     ``sets-closed``     the first, each set undone before the next
     ==================  ============================================================================
 
-    ``auto`` takes the best of them, and for count never more CNOTs than ``ladder``.
+    ``auto`` takes the best of them, and for count never more CNOTs than ``ladder``. With
+    ``order="free"`` it tries layers in the order given as well: ``result.order`` tells which it is.
 
     **Tail.** Clifford gates stay behind the rotations. ``tail="close"``, the default, undoes them;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
@@ -139,9 +144,7 @@ def synthesize(
     effort = _search.Effort.checked(seed, restarts, budget, jobs)
     site = None if ground is None else Site.of(ground, given.n)
     search = _PauliSearch(given, order, tail, permutation, objective, site, effort, start)
-    return search.work(
-        (_ON_DEVICE if site else tuple(_AUTO)) if method == "auto" else (method,), progress
-    )
+    return search.work(method, progress)
 
 
 def partition(strings: Iterable[Any]) -> list[list[str]]:
@@ -237,39 +240,46 @@ class _PauliSearch:
         self._graph = _graph(site)
         self._control = _core._SearchControl(effort.budget)
 
-    def work(
-        self, names: Sequence[str], progress: Callable[[int], object] | None
-    ) -> PauliSynthesis:
-        lanes = [_search.Lane(partial(self._run, name), self._runs(name, names)) for name in names]
+    def work(self, method: str, progress: Callable[[int], object] | None) -> PauliSynthesis:
+        lanes = [
+            _search.Lane(partial(self._run, lane), self._runs(runs))
+            for lane, runs in self._lanes(method).items()
+        ]
         best = _search.best_of(
             lanes, self._effort.jobs, self._control, self._key, self._result, progress
         )
         return self._result(*best)
 
-    def _runs(self, name: str, names: Sequence[str]) -> int | None:
+    def _lanes(self, method: str) -> dict[_Lane, int]:
+        """The runs of each where nobody says how many."""
+        in_order = self._order == "commuting"
+        if method == "auto" and self._site is None:
+            return _AUTO_IN_ORDER if in_order else _AUTO
+        return {(_ON_DEVICE[0] if method == "auto" else method, in_order): 1}
+
+    def _runs(self, wished: int) -> int | None:
         if self._effort.restarts is not None or self._effort.budget is not None:
             return self._effort.restarts
-        if len(names) == 1:
-            return 1
-        return max(1, min(_AUTO[name], _RUN_LETTERS // max(self._letters.size, 1)))
+        return max(1, min(wished, _RUN_LETTERS // max(self._letters.size, 1)))
 
-    def _run(self, name: str, first: int, last: int) -> tuple[int, _Found] | None:
+    def _run(self, lane: _Lane, first: int, last: int) -> tuple[int, _Found] | None:
+        name, in_order = lane
         tail = 0 if self._tail == "return" else 2 if self._free else 1
         found = _core._best_network(
-            name, self._letters, self._order == "commuting", tail, self._graph, self._seed, first,
-            last, self._by_depth, self._control,
+            name, self._letters, in_order, tail, self._graph, self._seed, first, last,
+            self._by_depth, self._control,
         )  # fmt: skip
         if found is None:
             return None
         run, operations, wires, count, depth = found
-        return run, (name, operations, tuple(wires), count, depth)
+        return run, (lane, operations, tuple(wires), count, depth)
 
     def _key(self, found: _Found) -> tuple[int, int]:
         *_, count, depth = found
         return (depth, count) if self._by_depth else (count, depth)
 
     def _result(self, found: _Found, runs: int) -> PauliSynthesis:
-        name, operations, wires, *_ = found
+        (name, in_order), operations, wires, *_ = found
         given, site = self._given, self._site
         qubits = tuple(range(given.n)) if site is None else site.qubits
         width = given.n if site is None else site.device.n
@@ -279,7 +289,7 @@ class _PauliSearch:
             global_angle=given.global_angle,
             permutation=wires,
             method=name,
-            order=self._order,
+            order="commuting" if in_order else "free",
             tail=self._tail,
             seed=self._seed,
             runs=runs,
