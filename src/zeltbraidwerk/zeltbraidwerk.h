@@ -29,3 +29,8 @@
 #include "zeltbraidwerk/pauli/pauli_table.h"
 #include "zeltbraidwerk/phase/gray_synth.h"
 #include "zeltbraidwerk/phase/gray_synth_on_graph.h"
+#include "zeltbraidwerk/routing/ion_nnizer.h"
+#include "zeltbraidwerk/routing/linear_nnizer.h"
+#include "zeltbraidwerk/routing/metrics.h"
+#include "zeltbraidwerk/routing/normal_form.h"
+#include "zeltbraidwerk/routing/stim_nnizer.h"

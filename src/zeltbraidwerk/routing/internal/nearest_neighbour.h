@@ -1,0 +1,168 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <span>
+#include <tuple>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/cnot_circuit.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/routing/internal/device_trees.h"
+#include "zeltbraidwerk/routing/internal/frame_axes.h"
+#include "zeltbraidwerk/routing/internal/waiting.h"
+
+namespace zelt::braidwerk::internal {
+
+enum class FanInCost {
+  cnots,
+  depth,
+  told_depth,  ///< depth, with the text of structures::cnot_depth for each fan-in looked at
+};
+
+/// How one rotation is emitted.
+struct Gadget {
+  int row = -1;
+  bool flip = false;
+  int root = -1;  ///< -1 for an identity string
+  std::vector<int> support;
+  std::vector<BasisChange> basis;
+  std::vector<Cnot> fan;
+
+  std::vector<structures::Gate> gates() const {
+    std::vector<structures::Gate> gates;
+    for (const auto& [q, is_y] : basis) {
+      gates.push_back(is_y ? structures::Gate::RXP(q) : structures::Gate::H(q));
+    }
+    for (const Cnot& c : fan) gates.push_back(structures::Gate::CNOT(c.control, c.target));
+    return gates;
+  }
+};
+
+/// Chooses the next rotation and the qubit that it lands on. Axes is FrameAxes, or what reads the
+/// rotations in another way.
+template <class Axes>
+class GadgetSearch {
+ public:
+  GadgetSearch(Waiting& waiting, DeviceTrees& trees, FanInCost objective, const Control& control)
+      : waiting_(waiting), trees_(trees), objective_(objective), control_(control) {}
+
+  /// The cost of the cheapest plan for this block's rotations and the `depth` that follow the
+  /// first, written to `plan` on demand. A cost of `bound` or more may come out as any such number.
+  /// When the control says stop the result means nothing; stopped() tells.
+  int best(int block, Axes axes, int depth, Gadget* plan, int bound = unbounded) {
+    if (waiting_.is_empty(block) || stopped()) return 0;
+    auto [chosen, tree] = choose(block, axes);
+    axes.apply(chosen.basis);
+    std::vector<Cnot> fill;
+    fill_for_fan_in(tree.edges, chosen.support, fill);
+    if (depth > 0) axes.apply(fill);
+    waiting_.take(block, chosen.row);
+    int least = chosen.support.empty() ? 0 : bound;
+    for (const int root : chosen.support) {
+      chosen.fan = fill;
+      empty_for_fan_in(tree.edges, root, chosen.fan);
+      int cost = cost_of(chosen.fan);
+      if (depth > 0 && (cost < least || objective_ == FanInCost::told_depth)) {
+        Axes next = axes;
+        next.apply(std::span(chosen.fan).subspan(fill.size()));
+        cost += best(waiting_.is_empty(block) ? block + 1 : block, std::move(next), depth - 1,
+                     nullptr, objective_ == FanInCost::told_depth ? unbounded : least - cost);
+      }
+      if (cost < least) {
+        least = cost;
+        chosen.root = root;
+        if (plan != nullptr) *plan = chosen;
+      }
+      // All roots of a tree take the same number of CNOTs.
+      if (depth < 1 && objective_ == FanInCost::cnots) break;
+    }
+    waiting_.give_back(block, chosen.row);
+    if (plan != nullptr && chosen.support.empty()) *plan = chosen;
+    return least;
+  }
+
+  bool stopped() const { return stopped_; }
+  bool stop_requested() { return stopped_ = stopped_ || control_.stop_requested(); }
+
+ private:
+  static constexpr int unbounded = std::numeric_limits<int>::max();
+
+  /// The rotation of the cheapest tree, of equal ones the first. A tree on w terminals costs w - 1
+  /// or more, so that light rows go first and most others need no tree.
+  std::pair<Gadget, SteinerTree> choose(int block, Axes& axes) {
+    stop_requested();
+    const std::vector<int> rows = waiting_.rows(block);
+    const std::vector<int> weights = axes.read(rows);
+    std::vector<int> order(rows.size());
+    std::iota(order.begin(), order.end(), 0);
+    const auto weight = [&](int k) { return weights[static_cast<std::size_t>(k)]; };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](int a, int b) { return weight(a) < weight(b); });
+    int least = unbounded;
+    int first = -1;
+    std::pair<Gadget, SteinerTree> chosen;
+    for (const int k : order) {
+      if (first >= 0 && weight(k) - 1 > least) break;
+      if (first >= 0 && weight(k) - 1 == least && k > first) continue;
+      std::vector<int> support = on_device(axes.support(rows[static_cast<std::size_t>(k)]));
+      SteinerTree tree = trees_.tree(support);
+      const int cost = fan_in_cost(tree, support);
+      if (first >= 0 && (cost > least || (cost == least && k > first))) continue;
+      least = cost;
+      first = k;
+      chosen.first.support = std::move(support);
+      chosen.second = std::move(tree);
+    }
+    Gadget& gadget = chosen.first;
+    gadget.row = rows[static_cast<std::size_t>(first)];
+    gadget.flip = axes.is_negative(gadget.row);
+    for (const int q : gadget.support) {
+      if (axes.has_x(gadget.row, q)) gadget.basis.push_back({q, axes.is_y(gadget.row, q)});
+    }
+    return chosen;
+  }
+
+  std::vector<int> on_device(std::vector<int> support) const {
+    std::erase_if(support, [&](int q) { return q >= trees_.size(); });
+    return support;
+  }
+
+  int cost_of(const std::vector<Cnot>& fan) const {
+    if (objective_ == FanInCost::cnots) return static_cast<int>(fan.size());
+    if (objective_ == FanInCost::told_depth) return structures::cnot_depth(to_gates(fan));
+    structures::CnotCircuit circuit(trees_.size());
+    for (const Cnot& c : fan) circuit.addGate(c.control, c.target);
+    return circuit.depth();
+  }
+
+  Waiting& waiting_;
+  DeviceTrees& trees_;
+  FanInCost objective_;
+  const Control& control_;
+  bool stopped_ = false;
+};
+
+/// Emits all waiting rotations; `emit` takes each Gadget in turn. False when the control said stop.
+template <class Axes, class Emit>
+bool route_on_device(Axes& axes, Waiting& waiting, DeviceTrees& trees, FanInCost objective,
+                     int depth, const Control& control, Emit&& emit) {
+  GadgetSearch<Axes> search(waiting, trees, objective, control);
+  for (int b = 0; b < waiting.blocks(); ++b) {
+    while (!waiting.is_empty(b)) {
+      Gadget gadget;
+      search.best(b, axes.window(waiting.first_row(b), waiting.end_of_window(b, depth)), depth,
+                  &gadget);
+      if (search.stop_requested()) return false;
+      axes.apply(gadget.basis);
+      axes.apply(gadget.fan);
+      trees.keep(gadget.support);
+      waiting.take(b, gadget.row);
+      emit(gadget);
+    }
+  }
+  return true;
+}
+
+}  // namespace zelt::braidwerk::internal

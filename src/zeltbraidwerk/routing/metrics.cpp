@@ -1,0 +1,54 @@
+#include "zeltbraidwerk/routing/metrics.h"
+
+#include <algorithm>
+
+namespace structures {
+namespace {
+
+bool is_unset(double score) {
+  return score == -1.0;
+}
+
+}  // namespace
+
+double DefaultMetric::get_score(std::vector<int>& ions) const {
+  const auto k = static_cast<double>(ions.size());
+  return k * (k - 1) / 2;
+}
+
+void DefaultMetric::update(std::vector<int>& /*ions*/) {}
+
+bool DefaultMetric::compare(double a, double b) const {
+  return a < b || is_unset(b);
+}
+
+double DefaultMetric::compose(double a, double b) const {
+  return a + b;
+}
+
+ShelveMetric::ShelveMetric(int n, double pair, double shelve)
+    : shelved(static_cast<std::size_t>(std::max(n, 0))), pair_error(pair), shelve_error(shelve) {}
+
+double ShelveMetric::get_score(std::vector<int>& ions) const {
+  BoolRow wanted(shelved.size());
+  for (const int ion : ions) wanted.at(static_cast<std::size_t>(ion)) = true;
+  int changes = 0;
+  for (std::size_t q = 0; q < shelved.size(); ++q) changes += shelved[q] == wanted[q];
+  const auto k = static_cast<double>(ions.size());
+  return (1 - shelve_error * changes) * (pair_error * k * (k - 1) * -0.5 + 1);
+}
+
+void ShelveMetric::update(std::vector<int>& ions) {
+  shelved.assign(shelved.size(), true);
+  for (const int ion : ions) shelved.at(static_cast<std::size_t>(ion)) = false;
+}
+
+bool ShelveMetric::compare(double a, double b) const {
+  return a > b || is_unset(b);
+}
+
+double ShelveMetric::compose(double a, double b) const {
+  return a * b;
+}
+
+}  // namespace structures

@@ -1,0 +1,295 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "routing/plain_routing.h"
+#include "support/circuits.h"
+#include "zeltbraidwerk/routing/internal/route.h"
+
+namespace {
+
+using namespace synthesis;
+using structures::DefaultMetric;
+using structures::Gate;
+using structures::Graph;
+using structures::OperatorTableau;
+using structures::ShelveMetric;
+using support::AngleKind;
+using support::Rng;
+
+Gate turn(const char* name, int q, double angle) {
+  return {name, {q}, {angle}, false};
+}
+
+Graph device(Graph g) {
+  g.set_shortest_paths();
+  return g;
+}
+
+Graph random_device(int n, Rng& rng) {
+  return device(support::random_device(n, 10, rng));
+}
+
+std::string texts(const std::vector<Gate>& gates) {
+  std::string text;
+  for (const Gate& gate : gates) text += gate.to_string() + ", ";
+  return text;
+}
+
+struct Options {
+  int depth;
+  bool commuting;
+  bool merge;
+};
+
+Options random_options(int depths, Rng& rng) {
+  return {static_cast<int>(rng() % static_cast<unsigned>(depths)), rng() % 4 != 0, rng() % 2 == 0};
+}
+
+/// Quiet, whatever the objective.
+std::vector<Gate> routed(const std::vector<Gate>& circuit, Graph& graph, const Options& options,
+                         bool by_depth, OperatorTableau& frame) {
+  std::vector<Gate> out;
+  zelt::braidwerk::internal::RoutingOptions kernel;
+  kernel.depth = options.depth;
+  kernel.commuting_blocks = options.commuting;
+  kernel.merge = options.merge;
+  if (by_depth) kernel.objective = zelt::braidwerk::internal::FanInCost::depth;
+  EXPECT_TRUE(route(circuit, graph, kernel, out, frame));
+  return out;
+}
+
+TEST(Routing, SmallCircuits) {
+  Graph line = device(support::line(3));
+  const auto route = [&line](const std::vector<Gate>& circuit) {
+    OperatorTableau frame(3);
+    std::vector<Gate> out;
+    clifford_nnize(circuit, line, 0, true, true, out, frame, 0);
+    return texts(out);
+  };
+  EXPECT_EQ(route({Gate::H(0), Gate::CNOT(0, 2)}), "");
+  EXPECT_EQ(route({turn("RZ", 0, 0.3)}), "RZ [0 ]0.3 (diag), ");
+  EXPECT_EQ(route({turn("RX", 1, 0.3), turn("RZ", 1, 0.2)}),
+            "H [1 ], RZ [1 ]0.3 (diag), H [1 ], RZ [1 ]0.2 (diag), ");
+  EXPECT_EQ(route({Gate::CNOT(0, 2), turn("RZ", 2, 0.3)}),
+            "CNOT [1 0 ], CNOT [2 1 ], CNOT [1 0 ], RZ [0 ]0.3 (diag), ");
+  OperatorTableau none(0);
+  Graph empty = device(Graph(0));
+  std::vector<Gate> out;
+  clifford_nnize({}, empty, 3, false, true, out, none, 0);
+  EXPECT_TRUE(out.empty());
+}
+
+TEST(Routing, ChoosesRoots) {
+  Graph line = device(support::line(4));
+  std::vector<RotationSequence> blocks{{}, {{"ZZZZ", 0.1}}};
+  std::vector<Gate> gates;
+  int qubit = -1;
+  int index = -1;
+  bool flip = true;
+  for (const int block : {0, 2, 3, -1}) {
+    EXPECT_EQ(
+        cost_clifford_order(block, blocks, OperatorTableau(4), line, 1, gates, qubit, index, flip),
+        0);
+    EXPECT_TRUE(gates.empty() && qubit == -1 && index == -1 && flip);
+  }
+  EXPECT_EQ(cost_clifford_order(1, blocks, OperatorTableau(4), line, 0, gates, qubit, index, flip),
+            3);
+  EXPECT_EQ(qubit, 0);
+  gates.clear();
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(
+      cost_clifford_order_depth(1, blocks, OperatorTableau(4), line, 0, gates, qubit, index, flip),
+      2);
+  EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 51),
+            "CNOT [3 2 ]\nCNOT [2 1 ]\nCNOT [1 0 ]\nNbqbits: 4\nCNOT");
+  EXPECT_EQ(support::show(gates), "CNOT 0 1, CNOT 3 2, CNOT 2 1");
+  EXPECT_TRUE(qubit == 1 && index == 0 && !flip);
+  blocks = {{{"IIII", 0.1}}};
+  qubit = -1;
+  EXPECT_EQ(cost_clifford_order(0, blocks, OperatorTableau(4), line, 2, gates, qubit, index, flip),
+            0);
+  EXPECT_EQ(qubit, -1);
+}
+
+/// The same gates and the same entries of the frame as the plain version, for any options and for
+/// frames other than the identity.
+TEST(Routing, AgreesWithAPlainVersion) {
+  Rng rng(74);
+  for (int k = 0; k < 700; ++k) {
+    const int n = 1 + k % 6;
+    Graph graph = random_device(n, rng);
+    graph.sketch_mode = k % 5 == 0 ? 1 : 0;
+    if (graph.sketch_mode != 0) graph.initialize_sketches();
+    const auto kind = k % 3 == 0 ? AngleKind::symbolic : AngleKind::numeric;
+    const auto circuit = support::random_circuit(n, static_cast<int>(rng() % 50), kind, rng);
+    const Options options = random_options(4, rng);
+    const bool by_depth = k % 4 == 1;
+    OperatorTableau frame(n);
+    if (k % 7 == 0) frame.ry_plus_left(0);
+    OperatorTableau expected_frame = frame;
+    Graph same_graph;
+    same_graph = graph;
+    const auto attempt = [](auto&& run) {  // sketched trees may close cycles
+      try {
+        return run();
+      } catch (const std::logic_error& error) {
+        return std::vector<Gate>{Gate(error.what(), {})};
+      }
+    };
+    testing::internal::CaptureStdout();
+    const auto expected = attempt([&] {
+      return plain::route(circuit, options.commuting, options.merge, expected_frame,
+                          [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
+                            return plain::choose(b, blocks, f, same_graph, options.depth, by_depth);
+                          });
+    });
+    const std::string expected_text = testing::internal::GetCapturedStdout();
+    const OperatorTableau start = frame;
+    const auto out = attempt([&] { return routed(circuit, graph, options, by_depth, frame); });
+    ASSERT_EQ(texts(out), texts(expected)) << k;
+    ASSERT_EQ(out, expected) << k;
+    ASSERT_EQ(frame, expected_frame) << k;
+    if (!by_depth || graph.sketch_mode != 0) continue;
+    testing::internal::CaptureStdout();
+    std::vector<Gate> told;
+    frame = start;
+    clifford_nnize_depth(circuit, graph, options.depth, options.commuting, options.merge, told,
+                         frame, 0);
+    ASSERT_EQ(testing::internal::GetCapturedStdout(), expected_text) << k;
+    ASSERT_EQ(told, expected) << k;
+  }
+}
+
+TEST(Routing, IonsAgreeWithAPlainVersion) {
+  Rng rng(75);
+  const auto check = [](auto metric, const auto& circuit, int n, const Options& options,
+                        auto&& route) {
+    OperatorTableau frame(n);
+    OperatorTableau expected_frame(n);
+    const auto expected =
+        plain::route(circuit, options.commuting, options.merge, expected_frame,
+                     [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
+                       return plain::choose_ions(b, blocks, f, options.depth, metric);
+                     });
+    std::vector<Gate> out;
+    route(out, frame);
+    EXPECT_EQ(texts(out), texts(expected));
+    EXPECT_EQ(out, expected);
+    EXPECT_EQ(frame, expected_frame);
+  };
+  for (int k = 0; k < 400 && !testing::Test::HasFailure(); ++k) {
+    const int n = 1 + k % 6;
+    const auto kind = k % 3 == 0 ? AngleKind::symbolic : AngleKind::numeric;
+    const auto circuit = support::random_circuit(n, static_cast<int>(rng() % 40), kind, rng);
+    const Options o = random_options(3, rng);
+    check(DefaultMetric(), circuit, n, o, [&](auto& out, auto& frame) {
+      clifford_nnize_ion(circuit, o.depth, o.commuting, o.merge, out, frame);
+    });
+    check(ShelveMetric(n, 0.01, 0.003), circuit, n, o, [&](auto& out, auto& frame) {
+      clifford_nnize_ion_shelving(circuit, o.depth, o.commuting, o.merge, 0.01, 0.003, out, frame);
+    });
+  }
+}
+
+TEST(Routing, Metrics) {
+  std::vector<int> pair{0, 1};
+  ShelveMetric shelving(3, 0.01, 0.001);
+  EXPECT_DOUBLE_EQ(shelving.get_score(pair), (1 - 0.001) * (1 - 0.01));
+  shelving.update(pair);
+  EXPECT_DOUBLE_EQ(shelving.get_score(pair), 1 - 0.01);
+  std::vector<int> moved{1, 2};
+  EXPECT_DOUBLE_EQ(shelving.get_score(moved), (1 - 0.002) * (1 - 0.01));
+  EXPECT_TRUE(shelving.compare(0.5, -1) && shelving.compare(0.6, 0.5));
+  EXPECT_FALSE(shelving.compare(0.5, 0.5) || DefaultMetric().compare(5, 5));
+  std::vector<RotationSequence> blocks{{{"ZZZZZ", 0.1}, {"YIIIZ", 0.2}}};
+  std::vector<Gate> gates;
+  int qubit = -1;
+  int index = -1;
+  bool flip = false;
+  DefaultMetric pairs;
+  EXPECT_EQ(clifford_cost_ions(0, blocks, OperatorTableau(5), 0, gates, qubit, index, flip, pairs),
+            1.0);
+  EXPECT_EQ(texts(gates), "RX [0 ]1.5708 , RX [0 ]-1.5708 , H [4 ], XX [0 4 ]1.5708 , ");
+  EXPECT_TRUE(qubit == 0 && index == 1 && !flip);
+  EXPECT_EQ(gates[3].params[1].value, 2.0);
+}
+
+/// Thousands of circuits, for every algorithm: the rotations, the final Clifford operator and the
+/// edges.
+TEST(Routing, KeepsWhatTheCircuitDoes) {
+  Rng rng(76);
+  for (int k = 0; k < 10000; ++k) {
+    const int n = 1 + static_cast<int>(rng() % (k % 100 == 0 ? 40 : 10));
+    const auto circuit =
+        support::random_circuit(n, static_cast<int>(rng() % 40), AngleKind::symbolic, rng);
+    const bool commuting = rng() % 4 != 0;
+    OperatorTableau frame(n);
+    std::vector<Gate> out;
+    if (k % 5 < 3) {
+      Graph graph = random_device(n, rng);
+      out = routed(circuit, graph, {n > 6 ? 0 : k % 3, commuting, false}, k % 2 == 0, frame);
+      ASSERT_TRUE(support::runs_on(graph, out)) << k;
+    } else if (k % 5 == 3) {
+      clifford_nnize_ion(circuit, k % 3, commuting, false, out, frame);
+    } else {
+      clifford_nnize_ion_shelving(circuit, k % 2, commuting, false, 0.01, 0.001, out, frame);
+    }
+    // Blocks join equal strings; their sums are checked by unitaries below.
+    if (std::ranges::any_of(out, [](const Gate& gate) {
+          return !gate.params.empty() && gate.params[0].expression.find("+ ") != std::string::npos;
+        })) {
+      continue;
+    }
+    ASSERT_EQ(support::fault(circuit, out, frame), "") << k;
+  }
+}
+
+/// Merging and folding included.
+TEST(Routing, KeepsTheUnitary) {
+  Rng rng(77);
+  for (int k = 0; k < 600; ++k) {
+    const int n = 1 + k % 5;
+    const auto circuit =
+        support::random_circuit(n, static_cast<int>(rng() % 30), AngleKind::numeric, rng);
+    OperatorTableau frame(n);
+    std::vector<Gate> out;
+    if (k % 2 == 0) {
+      Graph graph = random_device(n, rng);
+      out = routed(circuit, graph, random_options(3, rng), k % 4 == 0, frame);
+    } else {
+      clifford_nnize_ion(circuit, k % 3, true, rng() % 2, out, frame);
+    }
+    const auto lhs = support::unitary(circuit, n);
+    const auto rhs = support::unitary(out, n);
+    // frame is rhs lhs-dagger, so that it carries P to rhs lhs-dagger P lhs rhs-dagger.
+    const auto step = rhs * lhs.dagger();
+    for (int q = 0; q < n; ++q) {
+      for (const char letter : {'X', 'Z'}) {
+        std::string letters(static_cast<std::size_t>(n), 'I');
+        letters[static_cast<std::size_t>(q)] = letter;
+        const auto [minus, image] = support::carried(letters, frame);
+        ASSERT_TRUE((step * support::pauli(letters) * step.dagger())
+                        .near(support::pauli(image) * (minus ? -1.0 : 1.0)))
+            << k;
+      }
+    }
+  }
+}
+
+TEST(Routing, StopsWhenAsked) {
+  Rng rng(78);
+  Graph graph = device(support::grid(4, 4));
+  const auto circuit = support::random_circuit(16, 400, AngleKind::symbolic, rng);
+  zelt::braidwerk::internal::RoutingOptions options;
+  options.depth = 1000;  // would never end
+  options.control.deadline =
+      zelt::braidwerk::internal::Control::Clock::now() + std::chrono::milliseconds(20);
+  std::vector<Gate> out;
+  OperatorTableau frame(16);
+  EXPECT_FALSE(zelt::braidwerk::internal::route(circuit, graph, options, out, frame));
+  OperatorTableau ion_frame(16);
+  EXPECT_FALSE(route_ions(circuit, DefaultMetric(), options, out, ion_frame));
+}
+
+}  // namespace
