@@ -21,6 +21,7 @@ from statistics import mean
 
 import numpy as np
 import pyzx
+import rotations
 import stim
 from pytket import Circuit as PytketCircuit
 from pytket.circuit import OpType
@@ -250,6 +251,7 @@ def main() -> int:
             _compare(str(size), peer, them, name, us)
     devices(quick)
     phases(quick)
+    rotations.main(timed, quick)
     tableau(gates=1000 if quick else 100_000)
     print("\nCNOTs x, depth x: ours over theirs. speed-up: their time over ours.")
     return 0

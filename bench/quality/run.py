@@ -16,6 +16,8 @@ import sys
 from collections.abc import Iterator
 from pathlib import Path
 
+import rotations
+
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
 from zeltbraidwerk.errors import NoHamiltonianPathError, UnfinishedError
@@ -93,7 +95,7 @@ def phases() -> Iterator[tuple[Key, Cost]]:
             yield ("phase", name, f"{method} {wires} x{runs}"), (result.count, result.depth)
 
 
-FAMILIES = (linear, devices, phases)
+FAMILIES = (linear, devices, phases, rotations.pauli, rotations.graph_states)
 
 
 def read() -> dict[Key, Cost]:
