@@ -334,7 +334,7 @@ def _auto_runs(name: str, n: int, effort: _search.Effort) -> int | None:
 
 
 def _device_runs(effort: _search.Effort) -> int | None:
-    return 20 if effort.restarts is None and effort.budget is None else effort.restarts
+    return 100 if effort.restarts is None and effort.budget is None else effort.restarts
 
 
 class _LinearSearch:
