@@ -118,6 +118,7 @@ PEERS = (
     ("ladder", ours(method="ladder")),
     ("recursive", ours(method="recursive", permutation="free")),
     ("greedy", ours(method="greedy", permutation="free")),
+    ("greedy, in order", ours(method="greedy", order="commuting", permutation="free")),
     ("greedy-depth", ours(method="greedy-depth", permutation="free")),
     ("sets-closed", ours(method="sets-closed")),
     ("auto", ours(permutation="free")),
