@@ -15,6 +15,7 @@ NB_MODULE(_core, m) {
   bind_device_search(m);
   bind_pauli(m);
   bind_pauli_search(m);
+  bind_pauli_steps(m);
   bind_phase(m);
   bind_phase_search(m);
 }

@@ -324,3 +324,24 @@ def test_core_functions_agree_with_the_package():
     assert zb.Circuit.from_core(4, circuit) == recursive.circuit
     closed = zb.Circuit.from_core(4, core.commute_pauli_synth(keyed, 0))
     assert closed == pauli.synthesize(names, method="sets-closed").circuit
+
+
+def test_steps_of_the_core():
+    params = [core.Parameter(1.0), core.Parameter(2.0)]
+    table, angles, circuit = core.bring_to_z([[2, 1], [1, 3]], params, 0, 2)
+    assert (table, [gate.name for gate in circuit]) == ([[3, 1], [1, 3]], ["RX"])
+    table, angles, circuit = core.apply_cnot(table, angles, 0, 1)
+    again, flipped = core.conjugate_table_with_circuit(circuit, table, angles)
+    assert again == [[3, 1], [1, 3]]
+    assert flipped == params
+    assert core.find_common_pauli([[0, 1], [3, 1]], 1) == 1
+    assert core.weight_sort([[1, 1], [0, 1]], params) == ([[0, 1], [1, 1]], params[::-1])
+    table, _, active, circuit = core.update_single_qubits([[1, 3]], params[:1], {0, 1})
+    assert (table, active, len(circuit)) == ([[3, 3]], set(), 1)
+    assert core.coloration_lf([[0, 1], [1, 0]]) == [[1], [0]]
+    (move,) = core.find_best_moves([[1, 1], [3, 0]], 2)
+    assert {move.control, move.target} == {0, 1}
+    with pytest.raises(ValueError, match="got the code 7"):
+        core.weight_sort([[7]], params[:1])
+    with pytest.raises(IndexError):
+        core.bring_to_z([[1]], params[:1], 1, 1)
