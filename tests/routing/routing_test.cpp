@@ -161,6 +161,30 @@ TEST(Routing, AgreesWithAPlainVersion) {
   }
 }
 
+/// Long trees, more vertices than a word has bits, and trees found in the graph's cache.
+TEST(Routing, AgreesWithAPlainVersionOnLargeDevices) {
+  Rng rng(80);
+  for (int k = 0; k < 24; ++k) {
+    Graph graph = k % 3 == 0   ? device(support::grid(6, 4 + k % 7))
+                  : k % 3 == 1 ? device(support::line(30, true))
+                               : random_device(70, rng);
+    const int n = graph.n;
+    const auto circuit = support::random_circuit(n, 5 * n, AngleKind::numeric, rng);
+    OperatorTableau expected_frame(n);
+    Graph plain_graph = graph;
+    const auto expected =
+        plain::route(circuit, true, true, expected_frame,
+                     [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
+                       return plain::choose(b, blocks, f, plain_graph, 0, false);
+                     });
+    for (int again = 0; again < 2; ++again) {
+      OperatorTableau frame(n);
+      ASSERT_EQ(routed(circuit, graph, {0, true, true}, false, frame), expected) << k;
+      ASSERT_EQ(frame, expected_frame) << k;
+    }
+  }
+}
+
 TEST(Routing, IonsAgreeWithAPlainVersion) {
   Rng rng(75);
   const auto check = [](auto metric, const auto& circuit, int n, const Options& options,

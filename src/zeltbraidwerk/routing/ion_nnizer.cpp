@@ -18,6 +18,12 @@ struct IonGadget {
   std::vector<Gate> gates;
 };
 
+std::vector<int> support(const FrameAxes& axes, int row) {
+  std::vector<int> ions;
+  for_each_bit(axes.support(row), words_for(axes.qubits()), [&](int q) { ions.push_back(q); });
+  return ions;
+}
+
 std::vector<Gate> basis_change(const FrameAxes& axes, int row, const std::vector<int>& ions) {
   std::vector<Gate> gates;
   for (const int q : ions) {
@@ -51,7 +57,7 @@ class IonSearch {
     IonGadget chosen;
     chosen.row = choose(block, axes, metric);
     chosen.flip = axes.is_negative(chosen.row);
-    std::vector<int> ions = axes.support(chosen.row);
+    std::vector<int> ions = support(axes, chosen.row);
     const std::vector<Gate> basis = basis_change(axes, chosen.row, ions);
     if (depth > 0) axes.apply(basis);
     waiting_.take(block, chosen.row);
@@ -89,8 +95,10 @@ class IonSearch {
   int choose(int block, FrameAxes& axes, const Metric& metric) const {
     int chosen = -1;
     double best_score = no_score;
-    for (const int row : waiting_.rows(block)) {
-      std::vector<int> ions = axes.support(row);
+    const std::vector<int> rows = waiting_.rows(block);
+    axes.read(rows);
+    for (const int row : rows) {
+      std::vector<int> ions = support(axes, row);
       const double score = metric.get_score(ions);
       if (!metric.compare(score, best_score)) continue;
       chosen = row;

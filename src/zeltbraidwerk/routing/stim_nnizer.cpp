@@ -29,25 +29,22 @@ class StimAxes {
   StimAxes(const std::vector<StimPauli>& strings, StimTableau frame)
       : strings_(&strings), frame_(std::move(frame)) {}
 
-  std::vector<int> read(const std::vector<int>& rows) {
+  int qubits() const { return static_cast<int>(frame_.num_qubits); }
+
+  void read(const std::vector<int>& rows) {
     first_ = rows.empty() ? 0 : rows.front();
-    images_.assign(rows.empty() ? 0 : at(rows.back() - first_ + 1), StimPauli(0));
-    std::vector<int> weights;
+    const int count = rows.empty() ? 0 : rows.back() - first_ + 1;
+    images_.assign(at(count), StimPauli(0));
+    supports_ = BitMatrix(count, qubits());
     for (const int row : rows) {
-      StimPauli& image = images_[at(row - first_)];
-      image = frame_((*strings_)[at(row)]);
-      weights.push_back(static_cast<int>(image.ref().weight()));
+      StimPauli& p = images_[at(row - first_)];
+      p = frame_((*strings_)[at(row)]);
+      for (int w = 0; w < supports_.stride(); ++w) {
+        supports_.row(row - first_)[w] = p.xs.u64[w] | p.zs.u64[w];
+      }
     }
-    return weights;
   }
-  std::vector<int> support(int row) const {
-    std::vector<int> support;
-    const StimPauli& p = image(row);
-    for (int q = 0; q < static_cast<int>(p.num_qubits); ++q) {
-      if (p.xs[at(q)] || p.zs[at(q)]) support.push_back(q);
-    }
-    return support;
-  }
+  const Word* support(int row) const { return supports_.row(row - first_); }
   bool has_x(int row, int q) const { return image(row).xs[at(q)]; }
   bool is_y(int row, int q) const { return has_x(row, q) && image(row).zs[at(q)]; }
   bool is_negative(int row) const { return image(row).sign; }
@@ -76,7 +73,8 @@ class StimAxes {
   const std::vector<StimPauli>* strings_;
   StimTableau frame_;
   std::vector<StimPauli> images_;  ///< of the rows read last
-  int first_ = 0;                  ///< their first
+  BitMatrix supports_;
+  int first_ = 0;  ///< their first
 };
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "zeltbraidwerk/routing/internal/device_trees.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -27,19 +30,29 @@ SteinerTree unpack(const structures::Graph& tree) {
   return result;
 }
 
+int size_of(const VertexSet& set) {
+  return weight(set.words(), set.count());
+}
+
 }  // namespace
 
-DeviceTrees::DeviceTrees(structures::Graph& graph) : graph_(graph) {
+DeviceTrees::DeviceTrees(structures::Graph& graph)
+    : graph_(graph), had_cache_(!graph.steiner_cache.empty()), neighbours_(graph.n) {
   if (graph.shortest_paths.size() != at(graph.n)) return;
   for (const auto& row : graph.shortest_paths) {
-    for (const auto& path : row) lengths_.push_back(static_cast<int>(path.size()));
+    for (const auto& path : row) {
+      lengths_.push_back(static_cast<int>(path.size()));
+      if (path.size() == 2) neighbours_.join(path.front(), path.back());
+    }
   }
+  is_connected_ = lengths_.size() == at(graph.n) * at(graph.n) &&
+                  std::find(lengths_.begin(), lengths_.end(), 0) == lengths_.end();
 }
 
 SteinerTree DeviceTrees::tree(const std::vector<int>& terminals) {
-  if (const auto known = graph_.steiner_cache.find(terminals);
-      known != graph_.steiner_cache.end()) {
-    return unpack(known->second);
+  if (had_cache_) {
+    const auto known = graph_.steiner_cache.find(terminals);
+    if (known != graph_.steiner_cache.end()) return unpack(known->second);
   }
   if (lengths_.size() != at(graph_.n) * at(graph_.n)) {  // the graph says what is wrong
     std::vector<int> list = terminals;
@@ -49,6 +62,79 @@ SteinerTree DeviceTrees::tree(const std::vector<int>& terminals) {
   if (graph_.sketch_mode == 0) return grow_steiner_tree(paths, terminals);
   if (graph_.sketches.empty()) graph_.initialize_sketches();
   return join_at_seed(paths, graph_.sketches, terminals).value_or(SteinerTree());
+}
+
+bool DeviceTrees::grows_by_words() const {
+  return graph_.sketch_mode == 0 && !had_cache_ && is_connected_;
+}
+
+/// grow_steiner_tree without its edges. Terminals beside the tree come first in any order: they
+/// add no vertex but themselves, and which vertices join it afterwards depends on its vertices
+/// alone.
+int DeviceTrees::fan_in_cost(const VertexSet& support, int limit) {
+  const int terminals = size_of(support);
+  const auto cost = [&](int vertices) { return 2 * vertices - terminals - 1; };
+  if (terminals == 0 || !grows_by_words()) {
+    std::vector<int> list;
+    support.for_each([&](int v) { list.push_back(v); });
+    return cost(size_of(tree(list).vertices));
+  }
+  left_ = support;
+  tree_ = border_ = VertexSet(size());
+  vertices_ = 0;
+  enter(support.first());
+  take_in_beside();
+  while (!left_.empty() && cost(vertices_ + size_of(left_)) <= limit) {
+    attach_nearest();
+    take_in_beside();
+  }
+  return cost(vertices_ + size_of(left_));
+}
+
+void DeviceTrees::enter(int v) {
+  if (tree_.contains(v)) return;
+  tree_.insert(v);
+  left_.erase(v);
+  for (int w = 0; w < border_.count(); ++w) border_.words()[w] |= neighbours_.row(v)[w];
+  ++vertices_;
+}
+
+void DeviceTrees::take_in_beside() {
+  bool any = true;
+  while (any) {
+    any = false;
+    for_each_bit_of_both(border_.words(), left_.words(), border_.count(), [&](int v) {
+      enter(v);
+      any = true;
+    });
+  }
+}
+
+/// The nearest terminal, of equal ones the smallest, along the path from the smallest tree vertex
+/// at that distance. None is beside the tree.
+void DeviceTrees::attach_nearest() {
+  VertexSet reached = border_;
+  int length = 2;
+  int terminal = -1;
+  while (terminal < 0) {
+    VertexSet next = reached;
+    reached.for_each([&](int v) {
+      for (int w = 0; w < next.count(); ++w) next.words()[w] |= neighbours_.row(v)[w];
+    });
+    reached = std::move(next);
+    ++length;
+    for (int w = 0; w < left_.count() && terminal < 0; ++w) {
+      if (const Word hit = reached.words()[w] & left_.words()[w]) {
+        terminal = w * word_bits + std::countr_zero(hit);
+      }
+    }
+  }
+  int nearest = -1;
+  const int* lengths = lengths_.data() + at(terminal) * at(size());
+  tree_.for_each([&](int v) {
+    if (nearest < 0 && lengths[v] == length) nearest = v;
+  });
+  for (const int v : graph_.shortest_paths[at(nearest)][at(terminal)]) enter(v);
 }
 
 void DeviceTrees::keep(std::vector<int> terminals) {

@@ -8,8 +8,8 @@
 namespace zelt::braidwerk::internal {
 
 /// The Steiner trees of a device, as Graph::steiner_tree gives them, without a graph for each: a
-/// search looks at many more of them than it takes. A tree that the graph's cache holds is taken
-/// from there; only keep() adds to the cache.
+/// search looks at many more of them than it takes. A tree that the graph's cache held at the
+/// outset is taken from there; only keep() adds to the cache.
 class ZELTBRAIDWERK_KERNEL_EXPORT DeviceTrees {
  public:
   /// Reads graph.sketch_mode and graph.shortest_paths. The graph must outlive this.
@@ -19,16 +19,27 @@ class ZELTBRAIDWERK_KERNEL_EXPORT DeviceTrees {
   SteinerTree tree(const std::vector<int>& terminals);
   void keep(std::vector<int> terminals);
 
- private:
-  structures::Graph& graph_;
-  std::vector<int> lengths_;  ///< of the paths, in vertices; empty when the table is not filled
-};
+  /// The CNOTs of a fan-in on the tree of a support: one a vertex that is no terminal, and one an
+  /// edge. When they are more than `limit`, any number above it.
+  int fan_in_cost(const VertexSet& support, int limit);
 
-/// The CNOTs of a fan-in: one a vertex that is no terminal, and one an edge of the tree.
-inline int fan_in_cost(const SteinerTree& tree, const std::vector<int>& terminals) {
-  int vertices = 0;
-  tree.vertices.for_each([&](int) { ++vertices; });
-  return 2 * vertices - static_cast<int>(terminals.size()) - 1;
-}
+ private:
+  bool grows_by_words() const;
+  void enter(int v);
+  void take_in_beside();
+  void attach_nearest();
+
+  structures::Graph& graph_;
+  bool had_cache_;
+  std::vector<int> lengths_;  ///< of the paths, in vertices; empty when the table is not filled
+  bool is_connected_ = false;
+  BitGraph neighbours_;  ///< pairs joined by a path of two vertices
+
+  // A tree that is growing, its vertices alone.
+  VertexSet tree_;
+  VertexSet left_;    ///< terminals not in it
+  VertexSet border_;  ///< all neighbours of its vertices
+  int vertices_ = 0;
+};
 
 }  // namespace zelt::braidwerk::internal

@@ -24,9 +24,9 @@ class ZELTBRAIDWERK_KERNEL_EXPORT FrameAxes {
 
   int qubits() const { return frame_.qubits(); }
 
-  /// Readies the rows listed for the queries below, and returns their weights.
-  std::vector<int> read(const std::vector<int>& rows);
-  std::vector<int> support(int row) const;  ///< ascending
+  /// Readies all rows for the queries below, until the next gate.
+  void read(const std::vector<int>& rows);
+  const Word* support(int row) const { return supports_.row(row - base_); }
   bool is_y(int row, int q) const { return has_x(row, q) && frame_.z_planes().get(q, row - base_); }
   bool has_x(int row, int q) const { return frame_.x_planes().get(q, row - base_); }
   bool is_negative(int row) const { return frame_.is_negative(row - base_); }
@@ -40,7 +40,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT FrameAxes {
 
  private:
   PauliFrame frame_;
-  int base_ = 0;  ///< number of the first row, a multiple of the word size
+  BitMatrix supports_;  ///< a row a rotation
+  int base_ = 0;        ///< number of the first row, a multiple of the word size
 };
 
 }  // namespace zelt::braidwerk::internal

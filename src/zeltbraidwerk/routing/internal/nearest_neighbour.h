@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <span>
 #include <tuple>
 #include <vector>
@@ -94,29 +93,26 @@ class GadgetSearch {
   std::pair<Gadget, SteinerTree> choose(int block, Axes& axes) {
     stop_requested();
     const std::vector<int> rows = waiting_.rows(block);
-    const std::vector<int> weights = axes.read(rows);
-    std::vector<int> order(rows.size());
-    std::iota(order.begin(), order.end(), 0);
-    const auto weight = [&](int k) { return weights[static_cast<std::size_t>(k)]; };
-    std::stable_sort(order.begin(), order.end(),
-                     [&](int a, int b) { return weight(a) < weight(b); });
-    int least = unbounded;
-    int first = -1;
-    std::pair<Gadget, SteinerTree> chosen;
-    for (const int k : order) {
-      if (first >= 0 && weight(k) - 1 > least) break;
-      if (first >= 0 && weight(k) - 1 == least && k > first) continue;
-      std::vector<int> support = on_device(axes.support(rows[static_cast<std::size_t>(k)]));
-      SteinerTree tree = trees_.tree(support);
-      const int cost = fan_in_cost(tree, support);
-      if (first >= 0 && (cost > least || (cost == least && k > first))) continue;
-      least = cost;
-      first = k;
-      chosen.first.support = std::move(support);
-      chosen.second = std::move(tree);
+    axes.read(rows);
+    std::vector<std::pair<int, int>> by_weight;  // and row
+    for (const int row : rows) {
+      by_weight.emplace_back(weight(axes.support(row), words_for(axes.qubits())), row);
     }
+    std::sort(by_weight.begin(), by_weight.end());
+    int least = unbounded;
+    std::pair<Gadget, SteinerTree> chosen;
     Gadget& gadget = chosen.first;
-    gadget.row = rows[static_cast<std::size_t>(first)];
+    for (const auto& [weight, row] : by_weight) {
+      if (gadget.row >= 0 && weight - 1 > least) break;
+      const int limit = gadget.row > row ? least : least - 1;
+      if (gadget.row >= 0 && weight - 1 > limit) continue;
+      const int cost = trees_.fan_in_cost(support(axes, row), limit);
+      if (gadget.row >= 0 && cost > limit) continue;
+      least = cost;
+      gadget.row = row;
+    }
+    support(axes, gadget.row).for_each([&](int q) { gadget.support.push_back(q); });
+    chosen.second = trees_.tree(gadget.support);
     gadget.flip = axes.is_negative(gadget.row);
     for (const int q : gadget.support) {
       if (axes.has_x(gadget.row, q)) gadget.basis.push_back({q, axes.is_y(gadget.row, q)});
@@ -124,9 +120,12 @@ class GadgetSearch {
     return chosen;
   }
 
-  std::vector<int> on_device(std::vector<int> support) const {
-    std::erase_if(support, [&](int q) { return q >= trees_.size(); });
-    return support;
+  VertexSet support(const Axes& axes, int row) const {
+    VertexSet set(trees_.size());
+    for_each_bit(axes.support(row), words_for(axes.qubits()), [&](int q) {
+      if (q < set.size()) set.insert(q);
+    });
+    return set;
   }
 
   int cost_of(const std::vector<Cnot>& fan) const {
