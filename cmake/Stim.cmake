@@ -64,10 +64,11 @@ function(zeltbraidwerk_fetch_stim source problem)
   set(${source} "${unpacked}/src" PARENT_SCOPE)
 endfunction()
 
-# zeltbraidwerk_stim_units(file...): the calling target's source files that include Stim's headers.
+# zeltbraidwerk_stim_units(file...): the library's source files that include Stim's headers.
 # Stim needs -fno-strict-aliasing; the kernels would pay for it, so it stays with these units.
 function(zeltbraidwerk_stim_units)
-  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -fno-strict-aliasing)
+  set_source_files_properties(${ARGN} TARGET_DIRECTORY zeltbraidwerk
+    PROPERTIES COMPILE_OPTIONS -fno-strict-aliasing)
 endfunction()
 
 set(ZELTBRAIDWERK_HAS_STIM OFF)
