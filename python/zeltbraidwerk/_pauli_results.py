@@ -12,6 +12,7 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _core, _pauli_check, _rotations, errors
 from zeltbraidwerk._operations import circuit_of
+from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
@@ -19,7 +20,7 @@ from zeltbraidwerk.gates import Parameter
 
 
 @dataclass(frozen=True, repr=False)
-class PauliSynthesis:
+class PauliSynthesis(HoldsCircuit):
     """A circuit for Pauli rotations, and how it came about.
 
     The circuit is the rotations followed by ``clifford``, which is the identity where the tail was
@@ -40,20 +41,6 @@ class PauliSynthesis:
     placement: tuple[int, ...]
     device: Device | None
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
-
-    @property
-    def n(self) -> int:
-        return self.circuit.n
-
-    @property
-    def count(self) -> int:
-        """Number of gates on two qubits."""
-        return self.circuit.two_qubit_count
-
-    @cached_property
-    def depth(self) -> int:
-        """Layers of gates on two qubits; those on one take no time."""
-        return self.circuit.two_qubit_depth
 
     @cached_property
     def clifford(self) -> CliffordTableau:

@@ -24,6 +24,7 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _core, _pauli_check, _search, _validate, errors
 from zeltbraidwerk._operations import circuit_of
+from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.linear import Objective
 
@@ -44,7 +45,7 @@ def methods() -> tuple[str, ...]:
 
 
 @dataclass(frozen=True, repr=False)
-class GraphStateSynthesis:
+class GraphStateSynthesis(HoldsCircuit):
     """A circuit that turns all qubits, being 0, into a graph state, and how it came about."""
 
     circuit: Circuit
@@ -53,20 +54,6 @@ class GraphStateSynthesis:
     seed: int | None
     runs: int = field(compare=False)
     seconds: float = field(compare=False)
-
-    @property
-    def n(self) -> int:
-        return self.circuit.n
-
-    @property
-    def count(self) -> int:
-        """Number of gates on two qubits."""
-        return self.circuit.two_qubit_count
-
-    @property
-    def depth(self) -> int:
-        """Layers of gates on two qubits; those on one take no time."""
-        return self.circuit.two_qubit_depth
 
     def verify(self) -> bool:
         """Follows the stabilisers of the graph state back through the circuit, gate by gate and

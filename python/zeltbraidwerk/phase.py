@@ -23,6 +23,7 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _search, _validate, errors, linear
+from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
@@ -51,7 +52,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
 
 
 @dataclass(frozen=True, repr=False)
-class PhaseSynthesis:
+class PhaseSynthesis(HoldsCircuit):
     """A circuit for a phase polynomial, and how it came about.
 
     ``leftover`` is the linear map that the circuit leaves behind, row r the inputs whose XOR stands
@@ -70,20 +71,6 @@ class PhaseSynthesis:
     seconds: float = field(compare=False)
     placement: tuple[int, ...]
     device: Device | None = None
-
-    @property
-    def n(self) -> int:
-        return self.circuit.n
-
-    @property
-    def count(self) -> int:
-        """Number of CNOTs."""
-        return self.circuit.two_qubit_count
-
-    @property
-    def depth(self) -> int:
-        """Layers of CNOTs; phases take no time."""
-        return self.circuit.two_qubit_depth
 
     def verify(self) -> bool:
         """Follows the parities through the circuit, apart from the library: every one gets its
