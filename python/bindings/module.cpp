@@ -18,4 +18,5 @@ NB_MODULE(_core, m) {
   bind_pauli_steps(m);
   bind_phase(m);
   bind_phase_search(m);
+  bind_routing(m);
 }

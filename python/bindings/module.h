@@ -19,5 +19,6 @@ void bind_pauli_search(nanobind::module_& m);
 void bind_pauli_steps(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);
 void bind_phase_search(nanobind::module_& m);
+void bind_routing(nanobind::module_& m);
 
 }  // namespace zelt::braidwerk::python

@@ -79,6 +79,17 @@ def gate_matrix(gate, n):
     if name in ("CNOT", "CSIGN", "CZ"):
         other = on({b: "X" if name == "CNOT" else "Z"})
         return (on({}) + on({a: "Z"}) + other - on({a: "Z"}) @ other) / 2
+    if name == "XX":
+        matrix = on({})
+        for place, a in enumerate(gate.qubits):
+            for b in gate.qubits[place + 1 :]:
+                string = "".join("X" if q in (a, b) else "I" for q in range(n))
+                matrix = rotation_matrix(string, float(gate.params[0])) @ matrix
+        return matrix
+    if name in ("S", "D-S"):
+        return (on({}) + on({a: "Z"})) / 2 + (1j if name == "S" else -1j) * (
+            on({}) - on({a: "Z"})
+        ) / 2
     if name == "H":
         return (on({a: "X"}) + on({a: "Z"})) / np.sqrt(2)
     return on({a: name})

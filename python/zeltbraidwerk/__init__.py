@@ -1,6 +1,6 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors, graph_state, linear, pauli, phase
+from zeltbraidwerk import core, errors, graph_state, linear, pauli, phase, routing
 from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -21,4 +21,5 @@ __all__ = [
     "linear",
     "pauli",
     "phase",
+    "routing",
 ]

@@ -61,16 +61,49 @@ _MADE_OF: dict[str, tuple[tuple[str, tuple[int, ...]], ...]] = {
     "ccx": _TOFFOLI,
     "ccz": (("h", (2,)), *_TOFFOLI, ("h", (2,))),
     "rzz": (("cx", (0, 1)), ("rz", (1,)), ("cx", (0, 1))),
+    "rxx": (
+        ("h", (0,)),
+        ("h", (1,)),
+        ("cx", (0, 1)),
+        ("rz", (1,)),
+        ("cx", (0, 1)),
+        ("h", (0,)),
+        ("h", (1,)),
+    ),
+    "cswap": (("cx", (2, 1)), *_TOFFOLI, ("cx", (2, 1))),
+    "ch": (
+        ("s", (1,)),
+        ("h", (1,)),
+        ("t", (1,)),
+        ("cx", (0, 1)),
+        ("tdg", (1,)),
+        ("h", (1,)),
+        ("sdg", (1,)),
+    ),
 }
 _FIXED_ANGLES = {
     "t": ("PH", _T), "tdg": ("PH", -_T), "sx": ("RX", 2 * _T), "sxdg": ("RX", -2 * _T),
     "sy": ("RY", 2 * _T), "sydg": ("RY", -2 * _T),
 }  # fmt: skip
+# Gates of several angles, or of halves of one: each part's place among the angles and its factor.
+_WITH_ANGLES: dict[str, tuple[int, tuple[tuple[str, tuple[int, ...], int, float], ...]]] = {
+    "u3": (3, (("rz", (0,), 2, 1.0), ("ry", (0,), 0, 1.0), ("rz", (0,), 1, 1.0))),
+    "crz": (1, (("rz", (1,), 0, 0.5), ("cx", (0, 1), -1, 0.0), ("rz", (1,), 0, -0.5),
+                ("cx", (0, 1), -1, 0.0))),
+    "cu1": (1, (("p", (0,), 0, 0.5), ("p", (1,), 0, 0.5), ("cx", (0, 1), -1, 0.0),
+                ("p", (1,), 0, -0.5), ("cx", (0, 1), -1, 0.0))),
+}  # fmt: skip
+_ALSO = {"u": "u3", "U": "u3", "cp": "cu1"}
 _OWN_NAMES = {name: own for own, name in _QASM_NAMES.items() if own != "CZ"} | {"u1": "PH"}
 
 
 def read_gate(name: str, qubits: tuple[int, ...], angles: tuple[Parameter, ...]) -> list[Operation]:
     """A gate by its name in OpenQASM, in our gates."""
+    name = _ALSO.get(name, name)
+    if name == "u2" and len(angles) == 2:
+        name, angles = "u3", (Parameter(math.pi / 2), *angles)
+    if name in _WITH_ANGLES:
+        return _with_angles(name, qubits, angles)
     if name in _MADE_OF:
         parts = _MADE_OF[name]
         _wanted(name, qubits, 1 + max(max(places) for _, places in parts))
@@ -85,6 +118,23 @@ def read_gate(name: str, qubits: tuple[int, ...], angles: tuple[Parameter, ...])
     if name in _OWN_NAMES:
         return [(_OWN_NAMES[name], qubits, angles)]
     raise errors.GateError(f"the gate {name} is not known; decompose it before")
+
+
+def _with_angles(
+    name: str, qubits: tuple[int, ...], angles: tuple[Parameter, ...]
+) -> list[Operation]:
+    count, parts = _WITH_ANGLES[name]
+    _wanted(name, qubits, 1 + max(max(places) for _, places, *_ in parts))
+    if len(angles) != count:
+        raise errors.GateError(f"got {len(angles)} angles for {name}, wanted {count}")
+    made = []
+    for part, places, place, factor in parts:
+        inner: tuple[Parameter, ...] = ()
+        if place >= 0:
+            angle = angles[place]
+            inner = (angle if factor == 1 else Parameter(factor * float(angle)),)
+        made += read_gate(part, tuple(qubits[k] for k in places), inner)
+    return made
 
 
 def _wanted(name: str, qubits: tuple[int, ...], count: int) -> None:
@@ -276,7 +326,11 @@ def _angle(parameter: Parameter, symbol: Callable[[str], Any]) -> Any:
 
 
 def _number(value: Any) -> Parameter:
+    """A number, or another package's symbol that stands alone."""
     try:
         return Parameter(float(value))
     except TypeError:
+        name = getattr(value, "name", None)
+        if isinstance(name, str) and name.isidentifier():
+            return Parameter(name)
         raise errors.AngleError(f"got the angle {value}, wanted a number") from None

@@ -21,6 +21,12 @@ def _times(a: _Operator, b: _Operator, power: int = 0) -> _Operator:
     return (a[0] + b[0] + sign + power) % 4, a[1] ^ b[1], a[2] ^ b[2]
 
 
+def _packed(minus: bool, letters: str) -> _Operator:
+    x = sum(1 << q for q, letter in enumerate(letters) if letter in "XY")
+    z = sum(1 << q for q, letter in enumerate(letters) if letter in "YZ")
+    return ((x & z).bit_count() + 2 * minus) % 4, x, z
+
+
 class PulledBack:
     """What X and Z on each qubit behind a circuit U are in front of it: U-dagger P U."""
 
@@ -58,14 +64,48 @@ class PulledBack:
         elif gate.name in ROTATIONS:
             for _ in range(_quarters(gate)):
                 self._turn(gate.name, a)
+        elif gate.name in ("S", "D-S"):
+            for _ in range(1 if gate.name == "S" else 3):
+                self._turn("RZ", a)
+        elif gate.name == "XX":
+            for place, first in enumerate(gate.qubits):
+                for second in gate.qubits[place + 1 :]:
+                    self._turn_pair(first, second, _quarters(gate))
         elif gate.name in ("X", "Y", "Z"):
             flip = (2, 0, 0)
             if gate.name != "X":
                 x[a] = _times(flip, x[a])
             if gate.name != "Z":
                 z[a] = _times(flip, z[a])
-        else:
+        elif gate.name != "I":
             raise errors.GateError(f"got {gate}, which no synthesis of rotations uses")
+
+    def rotate(self, minus: bool, letters: str, quarters: int) -> None:
+        """Appends a rotation by quarter turns, told by its axis as it stands in front."""
+        _, x, z = axis = _packed(minus, letters)
+        for operators in (self._x, self._z):
+            for q, operator in enumerate(operators):
+                if ((operator[1] & z).bit_count() + (operator[2] & x).bit_count()) % 2:
+                    for _ in range(quarters % 4):
+                        operator = _times(operator, axis, 3)
+                    operators[q] = operator
+
+    def then(self, later: PulledBack) -> PulledBack:
+        """This circuit followed by the other."""
+        result = PulledBack(self.n)
+        for mine, other in ((result._x, later._x), (result._z, later._z)):
+            for q, operator in enumerate(other):
+                minus, letters = later._named(operator)
+                turned, image = self.image(letters)
+                mine[q] = _packed(minus != turned, image)
+        return result
+
+    def _turn_pair(self, a: int, b: int, quarters: int) -> None:
+        """About XX."""
+        x, z = self._x, self._z
+        for _ in range(quarters):
+            axis = _times(x[a], x[b])
+            z[a], z[b] = _times(z[a], axis, 3), _times(z[b], axis, 3)
 
     def _turn(self, name: str, a: int) -> None:
         """By a quarter: X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y."""

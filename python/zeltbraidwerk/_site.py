@@ -7,7 +7,7 @@ from dataclasses import dataclass
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _core, errors
 from zeltbraidwerk.devices import Device
 
 _QUICK = 10_000  # steps towards a path that is nice to have
@@ -63,6 +63,13 @@ class Site:
     @property
     def adjacency(self) -> npt.NDArray[np.bool_]:
         return self.device.adjacency()[np.ix_(self.qubits, self.qubits)]
+
+    def graph(self) -> _core.Graph:
+        """The edges among the wires."""
+        graph = _core.Graph(len(self.qubits))
+        for i, j in np.argwhere(np.triu(self.adjacency)).tolist():
+            graph.add_edge(i, j)
+        return graph
 
     def placed(self, gates: npt.NDArray[np.int32]) -> npt.NDArray[np.int32]:
         """Pairs of wires as pairs of qubits."""

@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
+import os
 from abc import abstractmethod
 from collections.abc import Iterable, Iterator
 from functools import cached_property
+from pathlib import Path
 from typing import TYPE_CHECKING, Any, Self
 
 import numpy as np
@@ -231,6 +233,33 @@ class Circuit(_CircuitBase):
             _validate.qubits_below(gate.qubits, self._n, "gates")
 
     @classmethod
+    def of(cls, source: Any) -> Circuit:
+        """Whatever stands for a circuit: one of these, a CnotCircuit, a circuit of Qiskit, pytket
+        or Stim, text in OpenQASM 2, or the path of a file of it."""
+        if isinstance(source, Circuit):
+            return source
+        if isinstance(source, CnotCircuit):
+            return source.to_circuit()
+        if isinstance(source, os.PathLike) or (isinstance(source, str) and _is_path(source)):
+            try:
+                source = Path(source).read_text(encoding="utf-8")
+            except UnicodeDecodeError:
+                raise errors.QasmError(f"circuit: {source} is no text") from None
+        if isinstance(source, str):
+            return cls.from_qasm(source)
+        kind = type(source).__module__.partition(".")[0].lstrip("_")
+        if kind == "qiskit":
+            return cls.from_qiskit(source)
+        if kind == "pytket":
+            return cls.from_pytket(source)
+        if kind == "stim":
+            return cls.from_stim(source)
+        raise errors.DtypeError(
+            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
+            "Qiskit, pytket or Stim"
+        )
+
+    @classmethod
     def _trusted(cls, n: int, gates: tuple[Gate, ...]) -> Circuit:
         """Of gates that are known to be right."""
         circuit = cls.__new__(cls)
@@ -318,6 +347,10 @@ class Circuit(_CircuitBase):
     @classmethod
     def _from_operations(cls, n: int, operations: Iterable[_interop.Operation]) -> Circuit:
         return cls(n, [Gate(*operation) for operation in operations])
+
+
+def _is_path(text: str) -> bool:
+    return text.endswith(".qasm") and "\n" not in text
 
 
 def _depth(n: int, gates: Iterable[Gate]) -> int:

@@ -186,7 +186,7 @@ def codiagonalize(
     site = None if ground is None else Site.of(ground, n)
     drawn = secrets.randbits(64) if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1)
     operations, images, negative = _core._codiagonalised(
-        letters, _CODIAGONALIZERS[method], _graph(site), drawn
+        letters, _CODIAGONALIZERS[method], None if site is None else site.graph(), drawn
     )
     qubits = tuple(range(n)) if site is None else site.qubits
     width = n if site is None else site.device.n
@@ -202,15 +202,6 @@ def codiagonalize(
         placement=qubits,
         device=None if site is None else site.device,
     )
-
-
-def _graph(site: Site | None) -> _core.Graph | None:
-    if site is None:
-        return None
-    graph = _core.Graph(len(site.qubits))
-    for i, j in np.argwhere(np.triu(site.adjacency)).tolist():
-        graph.add_edge(i, j)
-    return graph
 
 
 class _PauliSearch:
@@ -237,7 +228,7 @@ class _PauliSearch:
         self._effort = effort
         self._seed = secrets.randbits(64) if effort.seed is None else effort.seed
         self._letters = given.letters()
-        self._graph = _graph(site)
+        self._graph = None if site is None else site.graph()
         self._control = _core._SearchControl(effort.budget)
 
     def work(self, method: str, progress: Callable[[int], object] | None) -> PauliSynthesis:

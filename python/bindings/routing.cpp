@@ -1,0 +1,227 @@
+#include <nanobind/stl/optional.h>
+#include <nanobind/stl/pair.h>
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/tuple.h>
+#include <nanobind/stl/vector.h>
+
+#include <iostream>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "convert.h"
+#include "module.h"
+#include "search.h"
+#include "zeltbraidwerk/routing/internal/route.h"
+#include "zeltbraidwerk/routing/ion_nnizer.h"
+#include "zeltbraidwerk/routing/linear_nnizer.h"
+
+/// \file
+/// What a function of the library rewrites comes back behind its result. A circuit goes in with the
+/// tableau to start from, of as many qubits.
+namespace zelt::braidwerk::python {
+
+using nb::literals::operator""_a;
+using structures::Gate;
+using structures::Graph;
+using structures::OperatorTableau;
+using structures::Parameter;
+using synthesis::RotationSequence;
+
+namespace {
+
+using Circuit = std::vector<Gate>;
+using Routed = std::tuple<Circuit, OperatorTableau>;
+
+void check_circuit(const Circuit& circuit, int qubits) {
+  for (const Gate& gate : circuit) check_gate(gate, qubits);
+}
+
+void check_strings(const RotationSequence& rotations, int qubits) {
+  for (const auto& [string, angle] : rotations) {
+    if (std::cmp_not_equal(string.size(), qubits)) {
+      raise_value_error("got a string of %zu letters, wanted %d", string.size(), qubits);
+    }
+  }
+}
+
+void check_device(const Circuit& circuit, const Graph& graph, const OperatorTableau& frame,
+                  int depth) {
+  check_circuit(circuit, frame.nbqbits);
+  if (graph.n != frame.nbqbits) {
+    raise_value_error("graph: got %d qubits, wanted %d", graph.n, frame.nbqbits);
+  }
+  check_at_least(depth, 0, "depth");
+}
+
+/// Runs f with standard output swallowed.
+template <class F>
+void silently(F&& f) {
+  unlocked_alone([&] {
+    struct Restore {
+      std::streambuf* kept = std::cout.rdbuf(nullptr);
+      ~Restore() {
+        std::cout.rdbuf(kept);
+        std::cout.clear();
+      }
+    };
+    const Restore restore;
+    f();
+  });
+}
+
+void bind_normal_form(nb::module_& m) {
+  m.def(
+      "is_clifford",
+      [](const Gate& gate) {
+        check_gate(gate, std::numeric_limits<int>::max());
+        return synthesis::is_clifford(gate);
+      },
+      "gate"_a);
+  m.def("is_clifford_angle", &synthesis::is_clifford_angle, "angle"_a);
+  m.def("get_basis_change", &synthesis::get_basis_change, "pauli"_a, "n"_a);
+  m.def(
+      "merge_rotations",
+      [](const RotationSequence& rotations) {
+        if (!rotations.empty()) {
+          check_strings(rotations, static_cast<int>(rotations[0].first.size()));
+        }
+        return unlocked([&] { return synthesis::merge_rotations(rotations); });
+      },
+      "rotations"_a);
+  m.def(
+      "renormalize",
+      [](RotationSequence rotations, OperatorTableau tableau) {
+        check_strings(rotations, tableau.nbqbits);
+        const bool folded = unlocked([&] { return synthesis::renormalize(rotations, tableau); });
+        return std::tuple(folded, std::move(rotations), std::move(tableau));
+      },
+      "rotations"_a, "tableau"_a, "(whether any was folded, rotations, tableau).");
+  m.def(
+      "normalize_circuit",
+      [](const Circuit& circuit, OperatorTableau tableau, bool commuting_blocks, bool merge) {
+        check_circuit(circuit, tableau.nbqbits);
+        return unlocked([&] {
+          return synthesis::normalize_circuit(circuit, tableau, commuting_blocks, merge);
+        });
+      },
+      "circuit"_a, "tableau"_a, "commuting_blocks"_a, "merge"_a, "(blocks, tableau).");
+}
+
+void bind_routings(nb::module_& m) {
+  m.def(
+      "clifford_nnize",
+      [](const Circuit& circuit, Graph graph, int depth, bool commuting_blocks, bool merge,
+         OperatorTableau frame, int sketch_mode) -> Routed {
+        check_device(circuit, graph, frame, depth);
+        graph.set_shortest_paths();
+        Circuit out;
+        unlocked([&] {
+          synthesis::clifford_nnize(circuit, graph, depth, commuting_blocks, merge, out, frame,
+                                    sketch_mode);
+        });
+        return {std::move(out), std::move(frame)};
+      },
+      "circuit"_a, "graph"_a, "depth"_a, "commuting_blocks"_a, "merge"_a, "frame"_a,
+      "sketch_mode"_a, "(out, frame).");
+  m.def(
+      "clifford_nnize_depth",
+      [](const Circuit& circuit, Graph graph, int depth, bool commuting_blocks, bool merge,
+         OperatorTableau frame, int sketch_mode) -> Routed {
+        check_device(circuit, graph, frame, depth);
+        graph.set_shortest_paths();
+        Circuit out;
+        silently([&] {
+          synthesis::clifford_nnize_depth(circuit, graph, depth, commuting_blocks, merge, out,
+                                          frame, sketch_mode);
+        });
+        return {std::move(out), std::move(frame)};
+      },
+      "circuit"_a, "graph"_a, "depth"_a, "commuting_blocks"_a, "merge"_a, "frame"_a,
+      "sketch_mode"_a, "(out, frame); what the library would write to standard output is dropped.");
+  m.def(
+      "clifford_nnize_ion",
+      [](const Circuit& circuit, int depth, bool commuting_blocks, bool merge,
+         OperatorTableau frame) -> Routed {
+        check_circuit(circuit, frame.nbqbits);
+        check_at_least(depth, 0, "depth");
+        Circuit out;
+        unlocked([&] {
+          synthesis::clifford_nnize_ion(circuit, depth, commuting_blocks, merge, out, frame);
+        });
+        return {std::move(out), std::move(frame)};
+      },
+      "circuit"_a, "depth"_a, "commuting_blocks"_a, "merge"_a, "frame"_a, "(out, frame).");
+  m.def(
+      "clifford_nnize_ion_shelving",
+      [](const Circuit& circuit, int depth, bool commuting_blocks, bool merge, double pair_error,
+         double shelve_error, OperatorTableau frame) -> Routed {
+        check_circuit(circuit, frame.nbqbits);
+        check_at_least(depth, 0, "depth");
+        Circuit out;
+        unlocked([&] {
+          synthesis::clifford_nnize_ion_shelving(circuit, depth, commuting_blocks, merge,
+                                                 pair_error, shelve_error, out, frame);
+        });
+        return {std::move(out), std::move(frame)};
+      },
+      "circuit"_a, "depth"_a, "commuting_blocks"_a, "merge"_a, "pair_error"_a, "shelve_error"_a,
+      "frame"_a, "(out, frame).");
+}
+
+/// What routing.route and routing.route_ions stand on: (gates, frame), or None when the control
+/// said stop.
+void bind_stoppable(nb::module_& m) {
+  using Metric = std::optional<std::pair<double, double>>;
+  m.def(
+      "_routed",
+      [](const Circuit& circuit, Graph graph, int depth, bool by_depth,
+         const SearchControl& control) -> std::optional<Routed> {
+        OperatorTableau frame(graph.n);
+        check_device(circuit, graph, frame, depth);
+        Circuit out;
+        const bool finished = unlocked([&] {
+          graph.set_shortest_paths();
+          internal::RoutingOptions options;
+          options.depth = depth;
+          options.objective = by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
+          options.control = control.control(graph.n);
+          return internal::route(circuit, graph, options, out, frame);
+        });
+        if (!finished) return std::nullopt;
+        return Routed(std::move(out), std::move(frame));
+      },
+      "circuit"_a, "graph"_a, "depth"_a, "by_depth"_a, "control"_a);
+  m.def(
+      "_routed_for_ions",
+      [](const Circuit& circuit, int n, int depth, const Metric& errors,
+         const SearchControl& control) -> std::optional<Routed> {
+        check_circuit(circuit, n);
+        Circuit out;
+        OperatorTableau frame(n);
+        const bool finished = unlocked([&] {
+          internal::RoutingOptions options;
+          options.depth = depth;
+          options.control = control.control(n);
+          if (!errors) {
+            return internal::route_ions(circuit, structures::DefaultMetric{}, options, out, frame);
+          }
+          return internal::route_ions(circuit,
+                                      structures::ShelveMetric(n, errors->first, errors->second),
+                                      options, out, frame);
+        });
+        if (!finished) return std::nullopt;
+        return Routed(std::move(out), std::move(frame));
+      },
+      "circuit"_a, "n"_a, "depth"_a, "errors"_a.none(), "control"_a);
+}
+
+}  // namespace
+
+void bind_routing(nb::module_& m) {
+  bind_normal_form(m);
+  bind_routings(m);
+  bind_stoppable(m);
+}
+
+}  // namespace zelt::braidwerk::python

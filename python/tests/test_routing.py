@@ -1,0 +1,260 @@
+"""Routed circuits against dense unitaries, against their sources, and at their edges."""
+
+import math
+import os
+import pickle
+import signal
+import threading
+import time
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support import device_edges, rotation_matrix, same_up_to_phase, unitary
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import Circuit, CliffordTableau, Device, Gate, Parameter, core, errors, routing
+
+PI = math.pi
+ANGLES = [0.3, -1.2, PI / 4, -PI / 4, PI / 2, -PI / 2, PI, 3 * PI / 2, 2 * PI, 0.0]
+ONE = ["H", "S", "D-S", "X", "Y", "Z", "I"]
+
+
+@st.composite
+def circuits(draw, n, most=25, angles=ANGLES):
+    def on(kind):
+        if kind in ("CNOT", "CSIGN", "CZ"):
+            return st.builds(Gate, st.just(kind), st.permutations(range(n)).map(lambda p: p[:2]))
+        qubit = st.integers(0, n - 1)
+        if kind in ONE:
+            return st.builds(Gate, st.just(kind), qubit)
+        return st.builds(Gate, st.just(kind), qubit, st.sampled_from(angles))
+
+    kinds = [*ONE, *(["CNOT", "CNOT", "CSIGN", "CZ"] if n > 1 else []), "RX", "RY", "RZ", "PH"]
+    return Circuit(n, draw(st.lists(st.sampled_from(kinds).flatmap(on), max_size=most)))
+
+
+def tail_matrix(tail):
+    return unitary(Circuit.from_core(tail.n, core.clifford_circuit(tail.to_core())))
+
+
+@given(data=st.data(), depth=st.integers(0, 2), objective=st.sampled_from(["count", "depth"]))
+def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
+    n, edges = data.draw(device_edges(most=4))
+    device = Device(n, edges)
+    source = data.draw(circuits(n))
+    wanted = unitary(source)
+    for merge in (True, False):
+        form = routing.normalize(source, merge=merge)
+        matrix = np.eye(2**n)
+        for letters, angle in form.rotations:
+            matrix = rotation_matrix(letters, float(angle)) @ matrix
+        assert same_up_to_phase(tail_matrix(form.tail) @ matrix, wanted)
+        assert form.verify()
+    options = {"depth": depth, "objective": objective}
+    for result in (
+        routing.route(source, device, **options),
+        routing.route_ions(source, depth=depth),
+        routing.route_ions(source, shelving=(0.01, 0.002), depth=depth),
+    ):
+        assert result.verify()
+        assert same_up_to_phase(tail_matrix(result.tail) @ unitary(result.circuit), wanted)
+    closed = routing.route(source, device, tail="close", **options)
+    assert closed.verify()
+    assert closed.tail == CliffordTableau(n)
+    assert same_up_to_phase(unitary(closed.circuit), wanted)
+    assert device.fits(closed.circuit)
+
+
+@given(data=st.data(), tail=st.sampled_from(["return", "close"]))
+def test_large_and_symbolic_circuits_verify_on_parts_of_devices(data, tail):
+    n = data.draw(st.integers(1, 9))
+    angles = ["a", "UMINUS b", 0.25, PI / 4, PI / 2]
+    source = data.draw(circuits(n, 60, angles))
+    assert routing.normalize(source).verify()
+    result = routing.route(source, Device.grid(3, 4), tail=tail)
+    assert result.verify()
+    assert result.circuit.n == 12
+    ions = routing.route_ions(source)
+    assert ions.verify()
+    heavy = sum(len(gate.qubits) > 1 for gate in ions.circuit)
+    assert ions.entangling_count == heavy <= ions.rotations
+    assert pickle.loads(pickle.dumps(result)) == result
+
+
+def test_verification_finds_faults():
+    source = Circuit(3, [Gate.h(0), Gate.cnot(0, 1), Gate.rz(1, 0.3), Gate.rx(2, "a"), Gate.s(1)])
+    source += Circuit(3, [Gate.cnot(1, 2), Gate.rz(2, 0.7), Gate.rz(1, 0.2)])
+    device = Device.line(3)
+    for result in (routing.route(source, device), routing.route(source, device, tail="close")):
+        assert result.verify()
+        gates = list(result.circuit)
+        at = next(k for k, gate in enumerate(gates) if gate.name == "CNOT")
+        for broken in (
+            [*gates[:at], Gate("CNOT", gates[at].qubits[::-1]), *gates[at + 1 :]],
+            [*gates[:at], Gate("I", 0), *gates[at + 1 :]],
+            [gate.inverse() if gate.params else gate for gate in gates],
+        ):
+            assert not replaced(result, circuit=Circuit(3, broken)).verify()
+        assert not replaced(result, tail=result.tail.apply(Gate("X", 0))).verify()
+        assert not replaced(result, device=Device(3, [(0, 2), (2, 1)])).verify()
+        assert not replaced(result, source=source + Circuit(3, [Gate.s(0)])).verify()
+        assert not replaced(result, source=Circuit(3, list(source)[:-1])).verify()
+    form = routing.normalize(source)
+    assert len(form.blocks) == 2
+    for changes in (
+        {"blocks": form.blocks[::-1]},
+        {"blocks": (form.rotations,)},
+        {"blocks": form.blocks[:-1]},
+        {"tail": form.tail.apply(Gate.s(0))},
+    ):
+        assert form.verify()
+        assert not replaced(form, **changes).verify()
+    ions = routing.route_ions(source)
+    entangler = next(k for k, gate in enumerate(ions.circuit) if gate.name == "XX")
+    rest = [gate for k, gate in enumerate(ions.circuit) if k != entangler]
+    kept = np.delete(ions._rotates, entangler)
+    assert not replaced(ions, circuit=Circuit(3, rest), _rotates=kept).verify()
+
+
+def replaced(result, **changes):
+    fields = {name: getattr(result, name) for name in result.__dataclass_fields__}
+    return type(result)(**{**fields, **changes})
+
+
+def test_merging_folds_what_has_become_clifford():
+    source = "qreg q[2]; t q[0]; cx q[0],q[1]; t q[0]; h q[0]; t q[0];"
+    assert routing.normalize(source).rotations == (("YX", Parameter(-PI / 4)),)
+    plain = routing.normalize(source, merge=False)
+    assert plain.rotations == (("ZI", Parameter(PI / 2)), ("XX", Parameter(PI / 4)))
+    only_clifford = routing.route("qreg q[2]; h q[0]; cx q[0],q[1];", Device.line(2))
+    assert only_clifford.circuit == Circuit(2)
+    assert only_clifford.tail == CliffordTableau.from_circuit(
+        Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
+    )
+    assert routing.route(Circuit(0), Device(0, [])).verify()
+    assert routing.route_ions(Circuit(0)).circuit == Circuit(0)
+
+
+def test_standard_output_stays_quiet_and_the_core_agrees(capfd):
+    source = Circuit.of("qreg q[4]; ccx q[0],q[1],q[2]; h q[3]; ccx q[3],q[2],q[0];")
+    device = Device.grid(2, 2)
+    graph = core.Graph(4)
+    for a, b in device.edges:
+        graph.add_edge(a, b)
+    start = core.OperatorTableau(4)
+    for name, objective in (("clifford_nnize", "count"), ("clifford_nnize_depth", "depth")):
+        result = routing.route(source, device, objective=objective, depth=1)
+        gates, frame = getattr(core, name)(source.to_core(), graph, 1, True, True, start, 0)
+        assert Circuit.from_core(4, gates) == result.circuit
+        assert CliffordTableau.from_core(frame).inverse() == result.tail
+    gates, _ = core.clifford_nnize_ion(source.to_core(), 0, True, True, start)
+    assert Circuit.from_core(4, gates) == routing.route_ions(source).circuit
+    gates, _ = core.clifford_nnize_ion_shelving(source.to_core(), 0, True, True, 0.1, 0.01, start)
+    assert Circuit.from_core(4, gates) == routing.route_ions(source, shelving=(0.1, 0.01)).circuit
+    assert capfd.readouterr() == ("", "")
+
+
+def test_forms_of_circuits(tmp_path):
+    text = (
+        "OPENQASM 2.0;\nqreg q[3];\nccx q[0],q[1],q[2];\nu3(0.1,0.2,0.3) q[0];\nu2(0.4,0.5) q[1];\n"
+        "cu1(0.6) q[0],q[2];\ncrz(0.7) q[1],q[0];\nch q[2],q[1];\nswap q[0],q[1];\n"
+        "cswap q[2],q[0],q[1];\nrx(pi/4) q[1];\nrxx(0.8) q[1],q[2];\n"
+    )
+    file = tmp_path / "circuit.qasm"
+    file.write_text(text)
+    wanted = Circuit.of(text)
+    assert Circuit.of(file) == Circuit.of(str(file)) == wanted
+    assert Circuit.of(zb.CnotCircuit(2, [(0, 1)])) == Circuit(2, [Gate.cnot(0, 1)])
+    with pytest.raises(errors.QasmError, match="got 1 angles for u3, wanted 3"):
+        Circuit.of("qreg q[1]; u3(0.1) q[0];")
+
+    qiskit = pytest.importorskip("qiskit")
+    theirs = qiskit.QuantumCircuit.from_qasm_str(
+        text.replace("2.0;", '2.0; include "qelib1.inc";', 1)
+    )
+    info = pytest.importorskip("qiskit.quantum_info")
+    assert same_up_to_phase(unitary(wanted), info.Operator(theirs).reverse_qargs().data)
+    assert routing.route(theirs, Device.line(3), tail="close").verify()
+    symbolic = qiskit.QuantumCircuit(1)
+    symbolic.rx(qiskit.circuit.Parameter("theta"), 0)
+    assert routing.normalize(symbolic).rotations == (("X", Parameter("theta")),)
+
+    pytket = pytest.importorskip("pytket")
+    toffoli = pytket.Circuit(3).CCX(0, 1, 2).T(0)  # both turns of qubit 0 make a Clifford gate
+    assert routing.route(toffoli, Device.line(3)).rotations == 6
+    stim = pytest.importorskip("stim")
+    assert not routing.route(stim.Circuit("H 0\nCX 0 1"), Device.line(2)).circuit
+
+
+T3 = "qreg q[3]; ccx q[0],q[1],q[2];"
+TABLEAU = core.OperatorTableau(3)
+LAYER = "".join(
+    f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
+)
+LONG = "qreg q[9];" + 40 * LAYER
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (lambda: routing.route(T3, Device.line(2)), errors.DeviceTooSmallError, "at least 3"),
+        (
+            lambda: routing.route(T3, Device(4, [(0, 1), (2, 3)])),
+            errors.DisconnectedDeviceError,
+            "in pieces of 2, 2",
+        ),
+        (lambda: routing.route(T3, Device.line(3), depth=-1), errors.OptionError, "depth: got -1"),
+        (lambda: routing.route(T3, Device.line(3), depth=1.5), errors.DtypeError, "depth"),
+        (lambda: routing.route(T3, "nowhere"), errors.DeviceError, "wanted one of"),
+        (
+            lambda: routing.route(LONG, Device.grid(3, 3), depth=10**6),
+            errors.TooLargeError,
+            "depth: got 1000000, which makes about",
+        ),
+        (lambda: routing.route_ions(LONG, depth=40), errors.TooLargeError, "plans of"),
+        (lambda: routing.route(T3, Device.line(3), objective="x"), errors.OptionError, "got 'x'"),
+        (lambda: routing.route(T3, Device.line(3), tail="open"), errors.OptionError, "tail: got"),
+        (lambda: routing.route(T3, Device.line(3), budget=0), errors.OptionError, "budget"),
+        (lambda: routing.route(3, Device.line(3)), errors.DtypeError, "circuit: got int"),
+        (lambda: routing.normalize("qreg q[1]; foo q[0];"), errors.QasmError, "foo is not known"),
+        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.GateError, "got 0 for RZ"),
+        (
+            lambda: routing.normalize(Circuit(2, [Gate("XX", (0, 1), (PI / 2, 2))])),
+            errors.GateError,
+            "wanted Clifford gates",
+        ),
+        (lambda: routing.normalize(Circuit(1, [Gate("S*", 0)])), errors.GateError, "circuit: got"),
+        (lambda: routing.route_ions(T3, shelving=0.1), errors.DtypeError, "pair_error"),
+        (lambda: routing.route_ions(T3, shelving=(0.1, 2)), errors.OptionError, "got the rate 2"),
+        (
+            lambda: routing.route(LONG, Device.grid(3, 3), depth=9, budget=0.01),
+            errors.UnfinishedError,
+            "larger budget",
+        ),
+        (lambda: core.is_clifford(core.Gate("RZ", [0], [], True)), ValueError, "got no angle"),
+        (
+            lambda: core.clifford_nnize_depth([], core.Graph(2), 0, True, True, TABLEAU, 0),
+            ValueError,
+            "graph: got 2 qubits, wanted 3",
+        ),
+        (
+            lambda: core.merge_rotations([(axis, core.Parameter(1.0)) for axis in ("X", "XX")]),
+            ValueError,
+            "got a string of 2 letters",
+        ),
+    ],
+)
+def test_bad_arguments_are_refused_by_name(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+def test_ctrl_c_ends_a_run():
+    timer = threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    start = time.perf_counter()
+    with pytest.raises(errors.Interrupted):
+        routing.route(LONG, Device.grid(3, 3), depth=9, budget=60)
+    assert time.perf_counter() - start < 10

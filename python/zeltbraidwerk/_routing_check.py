@@ -1,0 +1,85 @@
+"""The normal form of a circuit, taken gate by gate and apart from the library."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Sequence
+
+from zeltbraidwerk._pauli_check import PulledBack, unfolded
+from zeltbraidwerk._rotations import commute
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
+
+Rotation = tuple[str, Parameter]
+_TOLERANCE = 1e-5
+
+
+def is_clifford(gate: Gate) -> bool:
+    return gate.name not in ROTATIONS or is_clifford_angle(gate.params[0])
+
+
+def is_clifford_angle(angle: Parameter) -> bool:
+    """Angles are not reduced: 3 pi/2 stays a rotation."""
+    if angle.is_symbolic:
+        return False
+    value = abs(float(angle))
+    return any(abs(value - turns * math.pi / 2) < _TOLERANCE for turns in (0, 1, 2))
+
+
+def normal_form(circuit: Circuit, merge: bool = True) -> tuple[list[list[Rotation]], PulledBack]:
+    """Blocks of rotations that commute pairwise, and the Clifford operator behind them."""
+    rotations, clifford = unfolded(circuit, [is_clifford(gate) for gate in circuit])
+    if merge:
+        rotations, folded = _folded(_merged(rotations), circuit.n)
+        clifford = folded.then(clifford)
+    return _blocks(rotations), clifford
+
+
+def _merged(rotations: Sequence[Rotation]) -> list[Rotation]:
+    """Each added to the nearest one before it about the same string that it can reach."""
+    merged: list[Rotation] = []
+    there: set[str] = set()
+    for letters, angle in rotations:
+        place = len(merged) - 1 if letters in there else -1
+        while place >= 0 and merged[place][0] != letters:
+            place = place - 1 if commute(merged[place][0], letters) else -1
+        if place >= 0:
+            merged[place] = (letters, merged[place][1] + angle)
+        else:
+            merged.append((letters, angle))
+            there.add(letters)
+    return merged
+
+
+def _folded(rotations: Sequence[Rotation], n: int) -> tuple[list[Rotation], PulledBack]:
+    """Rotations by Clifford angles pass into the operator behind, through which others are read."""
+    clifford = PulledBack(n)
+    kept: list[Rotation] = []
+    for letters, angle in rotations:
+        minus, image = clifford.image(letters)
+        if is_clifford_angle(angle):
+            clifford.rotate(minus, image, round(float(angle) / (math.pi / 2)))
+        else:
+            kept.append((image, -angle if minus else angle))
+    return kept, clifford
+
+
+def _blocks(rotations: Sequence[Rotation]) -> list[list[Rotation]]:
+    """Equal strings of a block are joined."""
+    blocks: list[list[Rotation]] = [[]]
+    for letters, angle in rotations:
+        if not all(commute(letters, other) for other, _ in blocks[-1]):
+            blocks.append([])
+        block = blocks[-1]
+        same = next((k for k, (other, _) in enumerate(block) if other == letters), None)
+        if same is None:
+            block.append((letters, angle))
+        else:
+            block[same] = (letters, block[same][1] + angle)
+    return blocks
+
+
+def commutes_within(blocks: Sequence[Sequence[Rotation]]) -> bool:
+    return all(
+        commute(a, b) for block in blocks for k, (a, _) in enumerate(block) for b, _ in block[:k]
+    )

@@ -1,0 +1,258 @@
+"""Circuits taken apart into Pauli rotations, and put back on the edges of a device.
+
+>>> import zeltbraidwerk as zb
+>>> toffoli = "qreg q[3]; ccx q[0],q[1],q[2];"
+>>> result = zb.routing.route(toffoli, zb.Device.line(3))
+>>> result.count, result.verify()
+(6, True)
+"""
+
+from __future__ import annotations
+
+import time
+from collections.abc import Callable
+from functools import partial
+from itertools import pairwise
+from typing import Any, Literal
+
+import numpy as np
+
+from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk._routing_results import NormalForm, Routing, placed
+from zeltbraidwerk._site import Site
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.clifford import CliffordTableau
+from zeltbraidwerk.devices import Device
+from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.linear import Objective
+
+__all__ = ["NormalForm", "Routing", "normalize", "route", "route_ions"]
+
+Tail = Literal["return", "close"]
+_Routed = tuple[list[_core.Gate], _core.OperatorTableau]
+
+_NO_NORMAL_FORM = ("XX", "S*")
+_MOST_PLANS = 1e8  # hours of work
+
+
+def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
+    """A circuit as Pauli rotations followed by one Clifford operator.
+
+    ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads. Clifford gates, and rotations by
+    0, pi/2 and pi with either sign, pass to the end; angles may be symbolic. With ``merge``,
+    rotations about the same string are added where others let them meet, and sums that have become
+    Clifford pass to the end as well.
+
+    >>> normalize("qreg q[2]; h q[0]; rz(0.5) q[0]; cx q[0],q[1]; rz(0.25) q[1];").blocks
+    ((('XI', Parameter(0.5)), ('XZ', Parameter(0.25))),)
+    """
+    start = time.perf_counter()
+    source = _read(circuit)
+    blocks, tableau = _core.normalize_circuit(
+        source.to_core(), _core.OperatorTableau(source.n), True, bool(merge)
+    )
+    return NormalForm(
+        source=source,
+        blocks=tuple(
+            tuple((letters, Parameter._wrap(angle)) for letters, angle in block)
+            for block in blocks
+            if block
+        ),
+        tail=CliffordTableau._wrap(tableau.inverse()),
+        merged=bool(merge),
+        seconds=time.perf_counter() - start,
+    )
+
+
+def route(
+    circuit: Any,
+    device: Any,
+    *,
+    depth: int = 0,
+    objective: Objective = "count",
+    tail: Tail = "return",
+    budget: float | None = None,
+) -> Routing:
+    """A circuit on the edges of a device, without SWAP gates.
+
+    ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads, ``device`` whatever
+    :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, and only its rotations are
+    emitted, each as CNOTs along a tree of the device and one RZ. What Clifford gates leave behind
+    is handed back as ``result.tail``; ``tail="close"`` appends it as gates, each CNOT along a path
+    of the device.
+
+    ``depth`` is how many rotations ahead the choice of a root looks: each level makes the work
+    longer by the number of qubits of a rotation. ``objective`` is what that choice weighs, "count"
+    or "depth" of CNOTs. ``budget`` is in seconds; a run that does not end in it raises
+    :class:`~zeltbraidwerk.errors.UnfinishedError`. Ctrl-C ends a run.
+    """
+    start = time.perf_counter()
+    _validate.choice(objective, "objective", ("count", "depth"))
+    _validate.choice(tail, "tail", ("return", "close"))
+    levels = _validate.integer(depth, "depth", 0, 2**31 - 1)
+    limit = None if budget is None else _validate.seconds(budget, "budget")
+    ground = Device.of(device)
+    source = _read(circuit)
+    site = Site.of(ground, source.n)
+    if limit is None:
+        _refuse_endless(source, levels)
+    graph = site.graph()
+    kernel = partial(_core._routed, source.to_core(), graph, levels, objective == "depth")
+    gates, frame = _run(kernel, limit)
+    return _result(source, gates, frame, tail, start, site)
+
+
+def route_ions(
+    circuit: Any,
+    *,
+    shelving: tuple[float, float] | None = None,
+    depth: int = 0,
+    budget: float | None = None,
+) -> Routing:
+    """A circuit for an ion machine: one XX gate a rotation, on all of its ions at once.
+
+    The next rotation is one with the fewest pairs of ions; with ``shelving=(pair_error,
+    shelve_error)`` the one with the highest fidelity, where an entangling gate loses ``pair_error``
+    a pair and ``shelve_error`` an ion that changes between shelved and active. Otherwise as
+    :func:`route`, with ``result.entangling_count`` XX gates.
+
+    >>> route_ions("qreg q[3]; ccx q[0],q[1],q[2];").entangling_count
+    4
+    """
+    start = time.perf_counter()
+    levels = _validate.integer(depth, "depth", 0, 2**31 - 1)
+    limit = None if budget is None else _validate.seconds(budget, "budget")
+    rates = None if shelving is None else _error_rates(shelving)
+    source = _read(circuit)
+    if limit is None:
+        _refuse_endless(source, levels)
+    kernel = partial(_core._routed_for_ions, source.to_core(), source.n, levels, rates)
+    gates, frame = _run(kernel, limit)
+    return _result(source, gates, frame, "return", start, None)
+
+
+def _read(circuit: Any) -> Circuit:
+    source = Circuit.of(circuit)
+    for gate in source:
+        if gate.name in _NO_NORMAL_FORM:
+            raise errors.GateError(
+                f"circuit: got {gate}, wanted Clifford gates on at most two qubits and rotations"
+            )
+    return source
+
+
+def _error_rates(shelving: Any) -> tuple[float, float]:
+    try:
+        pair_error, shelve_error = map(float, shelving)
+    except (TypeError, ValueError):
+        raise errors.DtypeError(
+            f"shelving: got {shelving!r}, wanted (pair_error, shelve_error)"
+        ) from None
+    for rate in (pair_error, shelve_error):
+        if not 0 <= rate <= 1:
+            raise errors.OptionError(f"shelving: got the rate {rate}, wanted 0 to 1")
+    return pair_error, shelve_error
+
+
+def _refuse_endless(source: Circuit, depth: int) -> None:
+    """A level of lookahead tries every qubit of a rotation as its root."""
+    if depth == 0:
+        return
+    weights = [source.n - letters.count("I") for letters, _ in normalize(source).rotations]
+    if not weights:
+        return
+    ahead = min(depth, len(weights))
+    plans = len(weights) * max(sum(weights) / len(weights), 1.0) ** min(ahead, 300)
+    if plans > _MOST_PLANS:
+        raise errors.TooLargeError(
+            f"depth: got {depth}, which makes about {plans:.0e} plans of {len(weights)} rotations, "
+            f"wanted at most {_MOST_PLANS:.0e}, or a budget"
+        )
+
+
+def _run(kernel: Callable[..., _Routed | None], budget: float | None) -> _Routed:
+    """In a thread, so that Ctrl-C is heard."""
+    control = _core._SearchControl(budget)
+
+    def run(first: int, last: int) -> tuple[int, _Routed] | None:
+        found = kernel(control)
+        return None if found is None else (0, found)
+
+    lane = _search.Lane(run, 1)
+    found, _ = _search.best_of([lane], 1, control, lambda _: (0,), lambda *_: None, None)
+    return found
+
+
+def _result(
+    source: Circuit,
+    gates: list[_core.Gate],
+    frame: _core.OperatorTableau,
+    tail: Tail,
+    start: float,
+    site: Site | None,
+) -> Routing:
+    operator = CliffordTableau._wrap(frame.inverse())
+    qubits = tuple(range(source.n)) if site is None else site.qubits
+    width = source.n if site is None else site.device.n
+    routed = placed(_circuit(source.n, gates), qubits, width)
+    rotates = [gate.name == "RZ" for gate in routed]
+    if qubits != tuple(range(width)) or (tail == "close" and site is not None):
+        left = placed(_circuit(source.n, _core.clifford_circuit(operator._core)), qubits, width)
+        operator = CliffordTableau(width)
+        if tail == "close" and site is not None:
+            closing = _along_paths(left, site.device)
+            routed = Circuit._trusted(width, routed.gates + closing)
+            rotates += [False] * len(closing)
+        else:
+            operator = operator.apply(left)
+    return Routing(
+        circuit=routed,
+        source=source,
+        tail=operator,
+        rotations=sum(rotates),
+        seconds=time.perf_counter() - start,
+        placement=qubits,
+        device=None if site is None else site.device,
+        _rotates=_validate.frozen(np.array(rotates, dtype=np.bool_)),
+    )
+
+
+def _circuit(n: int, gates: list[_core.Gate]) -> Circuit:
+    return Circuit._trusted(
+        n,
+        tuple(
+            Gate._trusted(
+                gate.name, tuple(gate.qbits), tuple(Parameter._wrap(p) for p in gate.params)
+            )
+            for gate in gates
+        ),
+    )
+
+
+def _along_paths(circuit: Circuit, device: Device) -> tuple[Gate, ...]:
+    """Each CNOT along a shortest path of the device; a swap goes there and back."""
+    gates: list[Gate] = []
+    waiting = list(circuit)[::-1]
+    while waiting:
+        gate = waiting.pop()
+        if gate.name != "CNOT":
+            gates.append(gate)
+            continue
+        path = device._shortest_path(*gate.qubits)
+        turned = Gate._trusted("CNOT", gate.qubits[::-1], ())
+        if waiting[-1:-3:-1] == [turned, gate] and len(path) > 2:
+            del waiting[-2:]
+            there = list(pairwise(path))
+            pairs = [pair for a, b in [*there, *there[-2::-1]] for pair in ((a, b), (b, a), (a, b))]
+        else:
+            pairs = _far_cnot(path)
+        gates += [Gate._trusted("CNOT", pair, ()) for pair in pairs]
+    return tuple(gates)
+
+
+def _far_cnot(path: tuple[int, ...]) -> list[tuple[int, int]]:
+    """The first qubit of a path onto the last."""
+    steps = list(pairwise(path))
+    # There and back adds the first qubit to all others; once more without the last takes it off
+    # those between.
+    return [*steps[:0:-1], *steps] + ([*steps[-2:0:-1], *steps[:-1]] if len(steps) > 1 else [])
