@@ -17,6 +17,7 @@ from collections.abc import Iterator
 from pathlib import Path
 
 import rotations
+import routing
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
@@ -95,7 +96,7 @@ def phases() -> Iterator[tuple[Key, Cost]]:
             yield ("phase", name, f"{method} {wires} x{runs}"), (result.count, result.depth)
 
 
-FAMILIES = (linear, devices, phases, rotations.pauli, rotations.graph_states)
+FAMILIES = (linear, devices, phases, rotations.pauli, rotations.graph_states, routing.routings)
 
 
 def read() -> dict[Key, Cost]:

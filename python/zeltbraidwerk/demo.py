@@ -200,6 +200,41 @@ def graph_state_section(screen: Screen, matrix: BoolArray | None, picture: Path)
     )
 
 
+def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
+    """A real circuit on a grid and on an ion machine; True when each was found right."""
+    original = gallery.multiplier()
+    device = zb.Device.grid(4, 4)
+    rotations = len(zb.routing.normalize(original).rotations)
+    screen.title(
+        f"A multiplier in GF(16), {original.n} qubits, {rotations} rotations, on a 4 x 4 grid"
+    )
+    screen.note("No SWAP gates. What Clifford gates leave behind is handed back, or closed.")
+    best = zb.routing.route(original, device, depth=1)
+    right: list[bool] = []
+
+    def rows() -> Iterator[tuple[str, ...]]:
+        yield "anywhere", str(original.two_qubit_count), str(original.two_qubit_depth), "-", "-"
+        for name, result in (
+            ("handed back", zb.routing.route(original, device)),
+            ("one step ahead", best),
+            ("closed", zb.routing.route(original, device, tail="close")),
+            ("ions, global gates", zb.routing.route_ions(original)),
+        ):
+            right.append(result.verify())
+            count = result.entangling_count
+            yield _row(name, count, result.depth, result.seconds, right[-1])
+
+    screen.table(("tail", "2-qubit", "depth", "ms", "verified"), rows())
+    place = picture.with_name(f"{picture.stem}-routing.svg")
+    place.write_text(device.draw(best.circuit), encoding="utf-8")
+    print(f"Picture of the device and how often each edge is used: {place}")
+    screen.title("A Toffoli gate on a line of three qubits, and what it leaves behind")
+    toffoli = zb.routing.route("qreg q[3]; ccx q[0],q[1],q[2];", zb.Device.line(3))
+    right.append(toffoli.verify())
+    print(f"{toffoli.circuit.draw()}\n{toffoli.tail}")
+    return all(right)
+
+
 def _every_method(
     screen: Screen, methods: Sequence[str], synthesised: Callable[[str], Any]
 ) -> bool:
@@ -223,6 +258,7 @@ SECTIONS = (
     Section("phase", False, phase_section),
     Section("pauli", False, pauli_section),
     Section("graph state", False, graph_state_section),
+    Section("routing", False, routing_section),
 )
 
 
