@@ -1,7 +1,8 @@
 """Side by side with other packages: one process, the same matrices, one table.
 
-    run.py           every row
-    run.py --quick   small sizes alone
+    run.py                    every row
+    run.py --quick            small sizes alone
+    run.py --circuits FOLDER  routes the OpenQASM 2 files there as well
 
 Times are processor time, the best of a few runs of the synthesis call alone, with its own
 conversions from numpy; no call uses a second thread.
@@ -17,11 +18,13 @@ import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
 from functools import partial
+from pathlib import Path
 from statistics import mean
 
 import numpy as np
 import pyzx
 import rotations
+import routing
 import stim
 from pytket import Circuit as PytketCircuit
 from pytket.circuit import OpType
@@ -239,7 +242,9 @@ WIDTHS = (15, 8, 8, 7, 9, 18, 8, 7, 9, 8, 8, 8)
 def main() -> int:
     parser = argparse.ArgumentParser(description="Side by side with other packages.")
     parser.add_argument("--quick", action="store_true", help="32 qubits at most")
-    quick = parser.parse_args().quick
+    parser.add_argument("--circuits", type=Path, help="a folder of OpenQASM 2 files to route")
+    options = parser.parse_args()
+    quick = options.quick
     for title, sizes, (peer, theirs), (name, our) in COMPARISONS:
         print(f"\n{title}\n{_line(HEADS)}")
         for size in sizes:
@@ -252,6 +257,7 @@ def main() -> int:
     devices(quick)
     phases(quick)
     rotations.main(timed, quick)
+    routing.main(timed, quick, options.circuits)
     tableau(gates=1000 if quick else 100_000)
     print("\nCNOTs x, depth x: ours over theirs. speed-up: their time over ours.")
     return 0
