@@ -25,7 +25,12 @@ from zeltbraidwerk import Gate, gallery
 Timer = Callable[..., tuple[object, float]]
 Cost = tuple[int, int, float]  # CNOTs, depth, seconds
 
-DEVICES = {"4 x 4 grid": zb.Device.grid(4, 4), "tokyo": zb.Device.named("tokyo")}
+DEVICES = {
+    "4 x 4 grid": zb.Device.grid(4, 4),
+    "line of 16": zb.Device.line(16),
+    "tokyo": zb.Device.named("tokyo"),
+    "singapore": zb.Device.named("singapore"),
+}
 MOST_GATES = 2000
 
 
