@@ -1,3 +1,7 @@
+import os
+import signal
+import threading
+
 import numpy as np
 import pytest
 from hypothesis import settings
@@ -18,3 +22,14 @@ def dense():
         return product(lower, upper)[rng.permutation(n)]
 
     return build
+
+
+@pytest.fixture
+def ctrl_c():
+    """Presses Ctrl-C in half a second, also where the tests were started with it ignored."""
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    timer = threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    yield
+    timer.join()
+    signal.signal(signal.SIGINT, before)
