@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
 
@@ -21,8 +22,7 @@ using Cell = std::int16_t;
 inline constexpr std::size_t cell_lanes = 16;
 inline constexpr Cell no_saving = std::numeric_limits<Cell>::min();
 
-using CellVector =
-    Cell __attribute__((vector_size(cell_lanes * sizeof(Cell)), aligned(alignof(Cell)), may_alias));
+using CellVector = Cell __attribute__((vector_size(cell_lanes * sizeof(Cell)), may_alias));
 using HalfCellVector = Cell __attribute__((vector_size(cell_lanes * sizeof(Cell) / 2)));
 
 inline CellVector& vector_at(Cell* cells) {
@@ -32,7 +32,8 @@ inline const CellVector& vector_at(const Cell* cells) {
   return *reinterpret_cast<const CellVector*>(cells);
 }
 
-/// Places rows so that no vector straddles two cache lines.
+/// Vectors lie on multiples of their size, which rows of whole vectors keep. Everything that is
+/// read or written by vectors is allocated here; no vector straddles two cache lines.
 template <typename T>
 struct AlignedAllocator {
   using value_type = T;
@@ -48,6 +49,8 @@ struct AlignedAllocator {
   void deallocate(T* p, std::size_t) { ::operator delete(p, alignment); }
   bool operator==(const AlignedAllocator&) const = default;
 };
+
+using CellRows = std::vector<Cell, AlignedAllocator<Cell>>;
 
 inline int distance(const Word* a, const Word* b, int words) {
   int ones = 0;

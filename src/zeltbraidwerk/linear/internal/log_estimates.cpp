@@ -16,8 +16,7 @@ constexpr Estimate nothing = std::numeric_limits<Estimate>::min();
 constexpr std::size_t lanes = 8;
 constexpr std::size_t block = 2 * lanes;
 
-using EstimateVector = Estimate
-    __attribute__((vector_size(lanes * sizeof(Estimate)), aligned(alignof(Estimate)), may_alias));
+using EstimateVector = Estimate __attribute__((vector_size(lanes * sizeof(Estimate)), may_alias));
 
 constexpr EstimateVector lane_bits = {1, 2, 4, 8, 16, 32, 64, 128};
 

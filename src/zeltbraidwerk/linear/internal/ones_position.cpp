@@ -132,7 +132,7 @@ void OnesPosition::score_children(std::vector<Candidate>& children) const {
   const int n = lines_.size();
   if (n < 2) return;
   const std::size_t stride = savings_.side[0].stride();
-  std::vector<Cell> room(6 * stride);
+  CellRows room(6 * stride);
   Cell* changes = room.data();
   Cell* column_largest = changes + 4 * stride;
   Cell* largest_without = column_largest + stride;

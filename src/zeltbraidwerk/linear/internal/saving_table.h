@@ -49,9 +49,9 @@ class SavingTable {
 
   int n_;
   std::size_t stride_;
-  std::vector<Cell, AlignedAllocator<Cell>> cells_;
-  std::vector<Cell, AlignedAllocator<Cell>> largest_;  ///< padded like a row
-  std::vector<Cell> changes_;                          ///< room for place_changed()
+  CellRows cells_;
+  CellRows largest_;  ///< padded like a row
+  CellRows changes_;  ///< room for place_changed()
 };
 
 /// The savings of row additions, side[true], and of column additions, side[false], of one matrix,
