@@ -170,14 +170,12 @@ TEST(Pathfinding, SelectsTheSearchAndKeepsTheFirstOfTheShortest) {
       Draws draws(37);
       CnotCircuit best;
       std::vector<int> best_perm;
-      int better = 0;
       for (int k = 0; k < std::max(restarts, 1); ++k) {
         std::vector<int> perm(at(n));
         const CnotCircuit circuit = run(searches[choice.search], a, perm, {2, 1}, draws).first;
         if (k > 0 && circuit.gates.size() >= best.gates.size()) continue;
         best = circuit;
         best_perm = perm;
-        ++better;
       }
       Draws again(37);
       support::uniform_script = std::ref(again);

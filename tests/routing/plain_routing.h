@@ -197,8 +197,8 @@ Choice choose_ions(std::size_t block, const Blocks& blocks, const OperatorTablea
     std::vector<Gate> plan = synthesis::get_basis_change(letters, frame.nbqbits);
     if (ions.size() > 1) {
       const auto turns = static_cast<double>((ions.size() - 1) % 4);
-      plan.emplace_back("RX", std::vector{q}, std::vector<Parameter>{turns * -1.5707963267948966},
-                        false);
+      plan.emplace_back("RX", std::vector{q},
+                        std::vector<Parameter>{Parameter(turns * -1.5707963267948966)}, false);
       for (const int other : ions) {
         if (other != q) plan.push_back(Gate::H(other));
       }
