@@ -99,24 +99,36 @@ _ON_DEVICE = {
     )
 }
 
-# What "auto" runs, up to which number of qubits, and with which beam.
-_AUTO: dict[Objective, tuple[tuple[str, int, dict[str, int]], ...]] = {
+
+@dataclass(frozen=True)
+class _Entrant:
+    """What "auto" runs: a method with its beam, on so many qubits at most, where the matrix or its
+    inverse has so many ones at most."""
+
+    name: str
+    qubits: int
+    beam: dict[str, int] = field(default_factory=dict)
+    ones: int = 1 << 60
+
+
+_AUTO: dict[Objective, tuple[_Entrant, ...]] = {
     "count": (
-        ("pmh", 1 << 30, {}),
-        ("pairs", 1 << 30, {}),
-        ("syndrome", 512, {}),
-        ("syndrome", 256, {"width": 4, "lookahead": 2}),
-        ("syndrome", 160, {"width": 4, "lookahead": 3}),
-        ("greedy", 64, {}),
-        ("greedy", 32, {"width": 4, "lookahead": 2}),
-        ("greedy_inverse", 64, {}),
-        ("greedy_log", 40, {}),
+        _Entrant("pmh", 1 << 30),
+        _Entrant("pairs", 1 << 30),
+        _Entrant("syndrome", 512),
+        _Entrant("syndrome", 256, {"width": 4, "lookahead": 2}),
+        _Entrant("syndrome", 160, {"width": 4, "lookahead": 3}),
+        _Entrant("greedy", 64),
+        # Wins on sparse matrices; on dense ones of this size it goes in circles, at a high price.
+        _Entrant("greedy", 32, {"width": 4, "lookahead": 2}, ones=256),
+        _Entrant("greedy_inverse", 64),
+        _Entrant("greedy_log", 40),
     ),
     "depth": (
-        ("pmh", 1 << 30, {}),
-        ("blocks", 512, {}),
-        ("greedy_inverse", 64, {}),
-        ("greedy_inverse", 32, {"width": 3, "lookahead": 3}),
+        _Entrant("pmh", 1 << 30),
+        _Entrant("blocks", 512),
+        _Entrant("greedy_inverse", 64),
+        _Entrant("greedy_inverse", 32, {"width": 3, "lookahead": 3}),
     ),
 }
 
@@ -264,10 +276,12 @@ def synthesize(
             search.place(name, site)
         lanes = [search.lane(name, _device_runs(effort), {}) for name in sites]
     elif method == "auto":
+        n = len(bits)
+        ones = min(bits.sum(), _core.boolean_matrix_inverse(n, bits).sum())
         lanes = [
-            search.lane(name, _auto_runs(name, len(bits), effort), beam)
-            for name, most, beam in _AUTO[objective]
-            if len(bits) <= most
+            search.lane(entrant.name, _auto_runs(entrant.name, n, effort), entrant.beam)
+            for entrant in _AUTO[objective]
+            if n <= entrant.qubits and ones <= entrant.ones
         ]
     else:
         chosen = _METHODS[method]
