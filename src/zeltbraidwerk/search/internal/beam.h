@@ -1,0 +1,183 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+struct BeamOptions {
+  int width = 1;
+  int patience = 30;  ///< levels without a new best score after which the search gives up
+  int finishers = 1;  ///< finished states to collect
+  int overtime = 0;   ///< levels to go on for more of them after the first
+  double noise = 0;   ///< ties: each score is raised by a random part of this
+  int per_parent = std::numeric_limits<int>::max();  ///< children that one state may contribute
+};
+
+/// A finished state and the moves that lead to it.
+template <class Problem>
+struct Finished {
+  typename Problem::State state;
+  std::vector<typename Problem::Move> moves;
+};
+
+/// Level by level: the children of all states in one pool, the best `width` of those that no level
+/// has seen before become the next level. The memory of all levels is also the way out of a local
+/// minimum and out of circles. Width 1 is a greedy search.
+///
+/// A Problem has State (copyable), Move (trivially copyable), and
+///   children(state, rng, sink)   calls sink(score, move) for each child, less is better
+///   hash(state, move)            of the child that the move makes
+///   make(state, move)            moves the state
+///   done(state)
+/// Children are scored and hashed where they stand; only those kept become states.
+///
+/// Memory: 2 * width states, and 16 bytes for each state of all levels.
+template <class Problem>
+class BeamSearch {
+ public:
+  using State = typename Problem::State;
+  using Move = typename Problem::Move;
+
+  BeamSearch(Problem& problem, const BeamOptions& options, Rng& rng, Meter& meter)
+      : problem_(problem), options_(options), rng_(rng), meter_(meter) {}
+
+  /// Fewer than wanted, or none, when the search gave up or its effort was spent.
+  std::vector<Finished<Problem>> run(const State& start) {
+    level_.assign(1, {start, -1});
+    double best = std::numeric_limits<double>::infinity();
+    int patience = options_.patience;
+    int overtime = options_.overtime;
+    while (!level_.empty()) {
+      collect_finished();
+      if (enough() || (!finished_.empty() && overtime-- <= 0)) break;
+      gather_candidates();
+      if (meter_.ended() || pool_.empty()) break;
+      const double lowest = make_level();
+      if (lowest < best) {
+        best = lowest;
+        patience = options_.patience;
+      } else if (--patience < 0) {
+        break;
+      }
+    }
+    return std::move(finished_);
+  }
+
+ private:
+  struct Candidate {
+    double score;
+    std::int32_t parent;
+    Move move;
+  };
+  struct Link {
+    std::int32_t parent;
+    Move move;
+  };
+  struct Node {
+    State state;
+    std::int32_t link;
+  };
+
+  bool enough() const { return static_cast<int>(finished_.size()) >= options_.finishers; }
+
+  void collect_finished() {
+    std::size_t kept = 0;
+    for (std::size_t k = 0; k < level_.size(); ++k) {
+      if (problem_.done(level_[k].state)) {
+        if (!enough()) finished_.push_back({level_[k].state, moves_to(level_[k].link)});
+        continue;
+      }
+      if (kept != k) std::swap(level_[kept], level_[k]);
+      ++kept;
+    }
+    level_.resize(kept);
+  }
+
+  std::vector<Move> moves_to(std::int32_t link) const {
+    std::vector<Move> moves;
+    for (; link >= 0; link = links_[static_cast<std::size_t>(link)].parent) {
+      moves.push_back(links_[static_cast<std::size_t>(link)].move);
+    }
+    std::reverse(moves.begin(), moves.end());
+    return moves;
+  }
+
+  static bool before(const Candidate& a, const Candidate& b) { return a.score < b.score; }
+
+  /// Twice the width is kept, as some will turn out to be seen before.
+  void gather_candidates() {
+    const auto wanted = static_cast<std::size_t>(options_.width) * 2 + 2;
+    double threshold = std::numeric_limits<double>::infinity();
+    pool_.clear();
+    for (std::size_t k = 0; k < level_.size(); ++k) {
+      if (meter_.ended()) return;
+      const std::size_t first = pool_.size();
+      problem_.children(level_[k].state, rng_, [&](double score, const Move& move) {
+        if (options_.noise > 0) score += options_.noise * static_cast<double>(rng_.unit());
+        if (score < threshold) pool_.push_back({score, static_cast<std::int32_t>(k), move});
+        if (pool_.size() >= 4 * wanted && options_.per_parent > static_cast<int>(4 * wanted)) {
+          threshold = cut(wanted);
+        }
+      });
+      const auto most = first + static_cast<std::size_t>(options_.per_parent);
+      if (first < pool_.size() && pool_.size() > most) {
+        const auto from = pool_.begin() + static_cast<std::ptrdiff_t>(first);
+        std::nth_element(from, from + options_.per_parent, pool_.end(), before);
+        pool_.resize(most);
+      }
+      if (pool_.size() >= 4 * wanted) threshold = cut(wanted);
+    }
+  }
+
+  double cut(std::size_t wanted) {
+    const auto last = pool_.begin() + static_cast<std::ptrdiff_t>(wanted);
+    std::nth_element(pool_.begin(), last, pool_.end(), before);
+    pool_.resize(wanted);
+    return last->score;
+  }
+
+  /// Returns the lowest score of the new level.
+  double make_level() {
+    std::sort(pool_.begin(), pool_.end(), before);
+    std::size_t made = 0;
+    double lowest = std::numeric_limits<double>::infinity();
+    for (const Candidate& candidate : pool_) {
+      if (made == static_cast<std::size_t>(options_.width)) break;
+      const Node& parent = level_[static_cast<std::size_t>(candidate.parent)];
+      if (!seen_.insert(problem_.hash(parent.state, candidate.move)).second) continue;
+      if (made == next_.size()) next_.emplace_back();
+      Node& child = next_[made++];
+      child.state = parent.state;
+      problem_.make(child.state, candidate.move);
+      child.link = static_cast<std::int32_t>(links_.size());
+      links_.push_back({parent.link, candidate.move});
+      lowest = std::min(lowest, candidate.score);
+      meter_.step();
+    }
+    next_.resize(made);
+    std::swap(level_, next_);
+    return lowest;
+  }
+
+  Problem& problem_;
+  BeamOptions options_;
+  Rng& rng_;
+  Meter& meter_;
+  std::vector<Node> level_;
+  std::vector<Node> next_;
+  std::vector<Candidate> pool_;
+  std::vector<Link> links_;
+  std::unordered_set<std::uint64_t> seen_;
+  std::vector<Finished<Problem>> finished_;
+};
+
+}  // namespace zelt::braidwerk::internal

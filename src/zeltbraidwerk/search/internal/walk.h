@@ -1,0 +1,163 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/window.h"
+
+namespace zelt::braidwerk::internal {
+
+/// What becomes of a window: another block with the same effect but for a renaming of what leaves
+/// it. ends[place][label] is the end, on places, by which that end goes behind the block.
+struct Rewrite {
+  std::vector<Gate> block;  ///< on places
+  bool renames = false;     ///< when not, `ends` is not looked at
+  std::array<std::array<End, 4>, most_window_wires> ends;
+};
+
+/// Gates, and what became of the ends of the operation that they began with: behind all gates,
+/// origin[end] is now found on `end`. The labels 1 to 3 of a wire; entry 4 * wire is the wire's
+/// own.
+struct GateList {
+  std::vector<Gate> gates;
+  std::vector<End> origin;
+
+  GateList() = default;
+  GateList(int wires, std::vector<Gate> list)
+      : gates(std::move(list)), origin(static_cast<std::size_t>(wires) * 4) {
+    for (std::size_t end = 0; end < origin.size(); ++end) origin[end] = static_cast<End>(end);
+  }
+  int wires() const { return static_cast<int>(origin.size() / 4); }
+  int count() const { return static_cast<int>(gates.size()); }
+};
+
+/// The probability of going uphill, falling geometrically from `first` to `last` over a round.
+struct Cooling {
+  float first = 0.3F;
+  float last = 0.003F;
+  float at(double part) const {
+    return static_cast<float>(first * std::pow(static_cast<double>(last / first), part));
+  }
+};
+
+/// A walk among the circuits of one operation: again and again a window is replaced by a random
+/// one of the best circuits for it, mostly of equal length, now and then by one that is longer.
+///
+/// A Rewriter has
+///   gathering            constant: how its windows are gathered
+///   judges               constant: whether accept() is asked
+///   window_size(rng)     how many wires the next window is to have
+///   rewrite(window, uphill, rng, rewrite)
+///                        fills `rewrite`, or returns false to leave the window as it is; `uphill`
+///                        is the probability with which it may make a block longer
+///   accept(gates)        the last word on a changed list
+template <class Rewriter>
+class Walk {
+ public:
+  Walk(GateList list, Rewriter& rewriter)
+      : list_(std::move(list)),
+        rewriter_(rewriter),
+        finder_(list_.wires()),
+        now_(list_.origin.size()) {
+    for (std::size_t end = 0; end < now_.size(); ++end) now_[end] = static_cast<End>(end);
+  }
+
+  const GateList& list() const { return list_; }
+  int count() const { return list_.count(); }
+
+  /// True when the list has changed.
+  bool step(float uphill, Rng& rng) {
+    if (list_.gates.empty()) return false;
+    finder_.find(list_.gates, rng.below(count()), rewriter_.window_size(rng), Rewriter::gathering,
+                 rng, window_);
+    rewrite_.renames = false;
+    rewrite_.block.clear();
+    if (!rewriter_.rewrite(window_, uphill, rng, rewrite_)) return false;
+    if constexpr (Rewriter::judges) old_gates_ = list_.gates;
+    const int behind = WindowFinder::replace(list_.gates, window_, rewrite_.block);
+    if (rewrite_.renames) rename_gates(behind);
+    if constexpr (Rewriter::judges) {
+      if (!rewriter_.accept(list_.gates)) {
+        std::swap(list_.gates, old_gates_);
+        return false;
+      }
+    }
+    if (rewrite_.renames) rename_origin();
+    return true;
+  }
+
+ private:
+  template <class F>
+  void each_end(F&& f) const {
+    for (int place = 0; place < window_.size; ++place) {
+      const int wire = window_.wires[static_cast<std::size_t>(place)];
+      for (int label = 0; label < 4; ++label) {
+        const End to =
+            rewrite_.ends[static_cast<std::size_t>(place)][static_cast<std::size_t>(label)];
+        f(static_cast<std::size_t>(end_of(wire, label)),
+          end_of(window_.wires[static_cast<std::size_t>(wire_of(to))], label_of(to)));
+      }
+    }
+  }
+
+  void rename_gates(int from) {
+    each_end([&](std::size_t end, End to) { now_[end] = to; });
+    for (auto gate = list_.gates.begin() + from; gate != list_.gates.end(); ++gate) {
+      *gate = {now_[gate->a], now_[gate->b]};
+    }
+    each_end([&](std::size_t end, End) { now_[end] = static_cast<End>(end); });
+  }
+
+  void rename_origin() {
+    const std::vector<End>& origin = list_.origin;
+    std::array<std::pair<End, End>, 4 * most_window_wires> moved;
+    std::size_t count = 0;
+    each_end([&](std::size_t end, End to) { moved[count++] = {to, origin[end]}; });
+    for (std::size_t k = 0; k < count; ++k) list_.origin[moved[k].first] = moved[k].second;
+  }
+
+  GateList list_;
+  Rewriter& rewriter_;
+  WindowFinder finder_;
+  std::vector<End> now_;  // by end, the identity but while gates are renamed
+  Window window_;
+  Rewrite rewrite_;
+  std::vector<Gate> old_gates_;
+};
+
+/// Layers of the gates, each put into the first layer that is free on its wires.
+ZELTBRAIDWERK_KERNEL_EXPORT int depth_of(const std::vector<Gate>& gates, int wires);
+
+/// `steps` steps from `best`, or fewer when the effort ends; afterwards `best` is the shortest list
+/// seen. Now and then look(list, shorter) is asked whether a list that is no longer than the best
+/// is to take its place; `shorter` says that the best has just become shorter and is that list.
+template <class Rewriter, class Look>
+void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling cooling, Rng& rng,
+                Meter& meter, Look&& look) {
+  Walk<Rewriter> walk(best, rewriter);
+  constexpr std::uint64_t stretch = 64;
+  bool go_on = true;
+  for (std::uint64_t done = 0; done < steps && go_on; done += stretch) {
+    const float uphill = cooling.at(static_cast<double>(done) / static_cast<double>(steps));
+    bool shorter = false;
+    for (std::uint64_t k = 0; k < stretch && go_on; ++k) {
+      if (walk.step(uphill, rng) && walk.count() < best.count()) {
+        best = walk.list();
+        shorter = true;
+      }
+      go_on = meter.step();
+    }
+    if (shorter) look(best, true);
+    if (walk.count() == best.count() && look(walk.list(), false)) best = walk.list();
+  }
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,148 @@
+#include "zeltbraidwerk/search/internal/window.h"
+
+#include <algorithm>
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+/// Whether a gate may pass those skipped, of which `a` and `b` are the labels met on its wires.
+constexpr bool passes(const Gate& gate, unsigned a, unsigned b, Gathering gathering) {
+  const auto only = [](unsigned labels, int own) { return (labels & ~(1U << own)) == 0; };
+  if (gathering == Gathering::by_values) return only(a, label_z) && b == 0;
+  return only(a, label_of(gate.a)) && only(b, label_of(gate.b));
+}
+
+constexpr bool closed(unsigned labels) {
+  return (labels & (labels - 1)) != 0;
+}
+
+}  // namespace
+
+void WindowFinder::enter(int wire, Window& window) {
+  place_[static_cast<std::size_t>(wire)] = static_cast<std::uint8_t>(window.size);
+  window.wires[static_cast<std::size_t>(window.size++)] = static_cast<std::uint16_t>(wire);
+}
+
+void WindowFinder::find(const std::vector<Gate>& list, int at, int size, Gathering gathering,
+                        Rng& rng, Window& window) {
+  grow(list, at, size, rng, window);
+  gather(list, at, gathering, window);
+  for (int k = 0; k < window.size; ++k) {
+    place_[window.wires[static_cast<std::size_t>(k)]] = none;
+  }
+}
+
+void WindowFinder::grow(const std::vector<Gate>& list, int at, int size, Rng& rng, Window& window) {
+  window.size = 0;
+  const Gate& seed = list[static_cast<std::size_t>(at)];
+  enter(wire_of(seed.a), window);
+  enter(wire_of(seed.b), window);
+  const int end = static_cast<int>(list.size());
+  int low = at;
+  int high = at;
+  std::uint64_t bits = 0;
+  while (window.size < size && (low > 0 || high + 1 < end)) {
+    if (bits < 8) bits = rng.next() | (std::uint64_t{1} << 63);
+    const bool down = high + 1 >= end || (low > 0 && (bits & 1) != 0);
+    const bool take = (bits & 6) != 0;
+    bits >>= 3;
+    // On to the next gate with one wire inside.
+    int& position = down ? low : high;
+    const int step = down ? -1 : 1;
+    for (position += step; position >= 0 && position < end; position += step) {
+      const Gate& gate = list[static_cast<std::size_t>(position)];
+      const bool a = place(gate.a) != none;
+      if (a == (place(gate.b) != none)) continue;
+      if (take) enter(wire_of(a ? gate.b : gate.a), window);
+      break;
+    }
+  }
+}
+
+void WindowFinder::gather(const std::vector<Gate>& list, int at, Gathering gathering,
+                          Window& window) {
+  window.positions.clear();
+  window.first = window.centre = window.last = at;
+  scan<-1>(list, at, gathering, window);
+  std::reverse(window.positions.begin(), window.positions.end());
+  scan<1>(list, at, gathering, window);
+  window.gates.clear();
+  for (const int position : window.positions) {
+    const Gate& gate = list[static_cast<std::size_t>(position)];
+    window.gates.push_back(
+        {end_of(place(gate.a), label_of(gate.a)), end_of(place(gate.b), label_of(gate.b))});
+  }
+}
+
+template <int direction>
+void WindowFinder::scan(const std::vector<Gate>& list, int at, Gathering gathering,
+                        Window& window) {
+  std::array<unsigned, most_window_wires> skipped{};  // by place: a bit for each label met
+  int open = window.size;
+  const auto skip = [&](int place, End end) {
+    unsigned& labels = skipped[static_cast<std::size_t>(place)];
+    const bool was = closed(labels);
+    labels |= 1U << label_of(end);
+    if (!was && closed(labels)) --open;
+  };
+  const int end = direction > 0 ? static_cast<int>(list.size()) : -1;
+  int position = direction > 0 ? at : at - 1;
+  int reached = at;  // the end of the stretch up to the last gate taken
+  for (; position != end && open >= 2; position += direction) {
+    const Gate& gate = list[static_cast<std::size_t>(position)];
+    const int a = place(gate.a);
+    const int b = place(gate.b);
+    if (a == none && b == none) continue;
+    if (a != none && b != none &&
+        passes(gate, skipped[static_cast<std::size_t>(a)], skipped[static_cast<std::size_t>(b)],
+               gathering)) {
+      window.positions.push_back(position);
+      reached = direction > 0 ? position + 1 : position;
+      continue;
+    }
+    if (a != none) skip(a, gate.a);
+    if (b != none) skip(b, gate.b);
+  }
+  unsigned untouched = 0;
+  if (position == end) {
+    for (int k = 0; k < window.size; ++k) {
+      if (skipped[static_cast<std::size_t>(k)] == 0) untouched |= 1U << k;
+    }
+  }
+  (direction > 0 ? window.last : window.first) = reached;
+  (direction > 0 ? window.to_end : window.from_start) = untouched;
+}
+
+int WindowFinder::replace(std::vector<Gate>& list, const Window& window,
+                          const std::vector<Gate>& block) {
+  const auto old_size = static_cast<int>(window.positions.size());
+  const auto new_size = static_cast<int>(block.size());
+  static thread_local std::vector<Gate> before;
+  static thread_local std::vector<Gate> behind;
+  before.clear();
+  behind.clear();
+  std::size_t next = 0;
+  for (int p = window.first; p < window.last; ++p) {
+    if (next < window.positions.size() && window.positions[next] == p) {
+      ++next;
+    } else {
+      (p < window.centre ? before : behind).push_back(list[static_cast<std::size_t>(p)]);
+    }
+  }
+  const auto from = list.begin() + window.first;
+  if (new_size < old_size) {
+    list.erase(from, from + (old_size - new_size));
+  } else if (new_size > old_size) {
+    list.insert(from, static_cast<std::size_t>(new_size - old_size), Gate{});
+  }
+  auto out = std::copy(before.begin(), before.end(), list.begin() + window.first);
+  for (const Gate& gate : block) {
+    *out++ = {end_of(window.wires[static_cast<std::size_t>(wire_of(gate.a))], label_of(gate.a)),
+              end_of(window.wires[static_cast<std::size_t>(wire_of(gate.b))], label_of(gate.b))};
+  }
+  std::copy(behind.begin(), behind.end(), out);
+  return static_cast<int>(out - list.begin());
+}
+
+}  // namespace zelt::braidwerk::internal
