@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+/// What a growing parity network lowers. A parity that takes w wires to make counts
+/// 1 + decay + ... + decay^(w - 2): less and less the longer it is. Each row of w wires of the
+/// linear map, and of its transposed inverse, counts map_share * (w^map_exponent - 1) /
+/// map_exponent, or map_share * log w for exponent 0.
+struct GrowthCost {
+  double decay = 0.5;
+  double map_share = 0;
+  double map_exponent = -1;
+};
+
+/// The parities that still have to come up, on the wires as they are, and what the wires hold.
+class GrowthState {
+ public:
+  int left() const { return left_; }
+
+ private:
+  friend class Growth;
+  std::vector<Word> words_;            // parities; rows of the map; rows of its transposed inverse
+  std::vector<std::uint64_t> prints_;  // of what each wire holds, see Growth::print_
+  int left_ = 0;
+  std::uint64_t hash_ = 0;
+};
+
+/// CNOT(control, target).
+struct GrowthMove {
+  std::uint16_t control;
+  std::uint16_t target;
+};
+
+/// The problem of growing a parity network gate by gate until every parity has stood on a wire, for
+/// a beam search. States that hold the same on other wires are one.
+///
+/// All CNOTs of a state are scored together in O(sum of w^2 n / 8 + n^2) for parities of w wires.
+class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
+ public:
+  using State = GrowthState;
+  using Move = GrowthMove;
+
+  /// With a graph, gates are on its edges alone.
+  Growth(int n, int parities, const GrowthCost& cost, const BitGraph* graph = nullptr);
+
+  /// A column a parity, none of them zero.
+  State start(const BitMatrix& parities) const;
+
+  template <class Sink>
+  void children(const State& state, Rng&, Sink&& sink) {
+    const std::int64_t base = score(state);
+    const std::int32_t* gain = gains_.data();
+    for (const Move& move : moves_) sink(static_cast<double>(base + *gain++) * unit_, move);
+  }
+
+  std::uint64_t hash(const State& state, const Move& move) const;
+  void make(State& state, const Move& move) const;
+  bool done(const State& state) const { return state.left_ == 0; }
+
+ private:
+  std::int64_t score(const State& state);
+
+  // The words of a parity, and of the rows of the map and of its dual behind all of them.
+  std::size_t offset(int k) const {
+    return static_cast<std::size_t>(k) * static_cast<std::size_t>(stride_);
+  }
+
+  int n_;
+  int stride_;
+  int most_;   // parities
+  int lanes_;  // n, in full vectors
+  double unit_;
+  std::vector<Move> moves_;
+  std::vector<std::uint64_t> print_;    // of an input
+  std::vector<std::int32_t> weight_;    // cost of a parity by its weight, and two steps further
+  std::vector<std::int32_t> rise_;      // what a wire more costs, by weight
+  std::vector<std::int32_t> bend_;      // what a wire less saves, beyond that
+  std::vector<std::int32_t> map_cost_;  // by weight of a row
+  std::vector<std::int32_t> sums_;      // scratch: by pair of wires, and by wire
+  std::vector<std::int32_t> lane_;      // scratch
+  std::vector<std::int32_t> gains_;     // of the moves
+};
+
+}  // namespace zelt::braidwerk::internal
