@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -10,52 +11,74 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What a generator of each weight adds to the cost of a group: 2^24 (1 - 1/w), whole numbers, so
-/// that costs are the same on every machine.
-constexpr std::int64_t weight_cost(int weight) {
-  constexpr std::int64_t one = 1 << 24;
-  return weight < 1 ? 0 : one - one / weight;
+/// What a generator of each weight adds to the cost of a group, in whole numbers, so that costs are
+/// the same on every machine.
+extern std::int64_t weight_costs[1026];
+inline std::int64_t weight_cost(int weight) {
+  return weight_costs[weight];
 }
+
+/// Which of many elements of a group generate it, and of which generators each is the product.
+///
+/// Generators are a basis of a matroid: exchanging the heaviest generator in the product that a
+/// lighter element is for that element, as long as there is one, ends at the basis that is the
+/// least for every cost that grows with the weight.
+class LightBasis {
+ public:
+  static constexpr Word no_element = ~Word{0};  ///< the weight of a place without one
+
+  LightBasis() = default;
+  /// The first elements generate the group.
+  LightBasis(int generators, std::size_t capacity);
+
+  std::size_t element(int k) const { return elements_[static_cast<std::size_t>(k)]; }
+  bool generates(std::size_t e) const { return generates_[e] != 0; }
+  Word* parts(std::size_t e) { return parts_.data() + e * words_; }
+  const Word* parts(std::size_t e) const { return parts_.data() + e * words_; }
+
+  bool is_least(const std::vector<Word>& weights) const;
+  void make_least(const std::vector<Word>& weights);
+
+  /// Generator `from` has been multiplied to generator `to`.
+  void multiplied(int from, int to);
+
+ private:
+  const std::vector<Word>& heavier_than(const std::vector<Word>& weights) const;
+  std::size_t next_exchange(std::size_t e, const std::vector<Word>& weights,
+                            const std::vector<Word>& heavier) const;
+  void exchange(std::size_t e, int k);
+
+  int generators_ = 0;
+  std::size_t words_ = 0;
+  std::vector<Word> parts_;              // by element: the generators it is the product of
+  std::vector<std::uint16_t> elements_;  // by generator
+  std::vector<std::uint8_t> generates_;  // by element
+};
 
 /// The stabilisers of a state without their signs: generators of least weight among all products
 /// found so far, and a pool of other light products, which a gate may make lighter.
 ///
-/// Products are found by information sets (E. Prange, "The use of information sets in decoding
-/// cyclic codes", IRE Transactions on Information Theory 8 (1962) 5). Each element knows of which
-/// generators it is the product; which products are generators is a matroid, so exchanging the
-/// heaviest generator that is in a lighter element for it, as long as there is one, ends at a basis
-/// that is the least for every cost that grows with the weight.
+/// Products are found in information sets (E. Prange, "The use of information sets in decoding
+/// cyclic codes", IRE Transactions on Information Theory 8 (1962) 5): generators that are made to
+/// have one letter each on qubits drawn at random are light, and so are their products of two.
 class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
  public:
+  static int spare;
   StateGroup() = default;
   /// Of independent strings that commute, one a qubit. Signs are not looked at.
   explicit StateGroup(const PauliFrame& generators);
 
   int qubits() const { return n_; }
-  bool done() const { return left_ == 0; }
   int left() const { return left_; }  ///< generators of more than one letter
   std::int64_t cost() const { return cost_; }
-  /// The label of the generator that is alone on a qubit; 0 where none is.
-  int label(int q) const;
+  int label(int q) const { return labels_[static_cast<std::size_t>(q)]; }  ///< 0: not alone yet
 
+  int weight(int k) const { return static_cast<int>(weights_[basis_.element(k)]); }
   /// Calls f(qubit, label) for the letters of generator k.
   template <class F>
-  void each_letter(int k, F&& f) const {
-    const std::size_t e = basis_[static_cast<std::size_t>(k)];
-    for (int w = 0; w < words_; ++w) {
-      const Word x = x_[at(w, e)];
-      const Word z = z_[at(w, e)];
-      for (Word rest = x | z; rest != 0; rest &= rest - 1) {
-        const int bit = std::countr_zero(rest);
-        f(w * word_bits + bit, static_cast<int>((x >> bit & 1) | (z >> bit & 1) << 1));
-      }
-    }
-  }
-  int weight(int k) const {
-    return static_cast<int>(weights_[basis_[static_cast<std::size_t>(k)]]);
-  }
+  void each_letter(int k, F&& f) const;
 
-  /// The cost of the group behind a gate, and its hash, blind to what is done on single qubits.
+  /// The cost behind a gate, and a hash of what is there, blind to operations on single qubits.
   struct Outlook {
     std::int64_t cost;
     std::uint64_t hash;
@@ -68,28 +91,55 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
   void lighten(int rounds, Rng& rng);
 
  private:
+  /// The letters of all elements on one qubit, and the label that a gate has there as masks.
+  struct Side {
+    const Word* x;
+    const Word* z;
+    int shift;
+    Word px;
+    Word pz;
+    /// Whether element e anticommutes with the label, in the lowest bit.
+    Word odd(std::size_t e) const { return ((x[e] & pz) ^ (z[e] & px)) >> shift; }
+  };
+
   std::size_t at(int word, std::size_t e) const {
     return static_cast<std::size_t>(word) * capacity_ + e;
   }
-  void exchange(std::vector<Word>& parts, std::vector<std::uint16_t>& basis,
-                const std::vector<Word>& weights) const;
-  void insert(const Word* element, int weight);
+  Side side(End end) const;
+  void look_behind(Gate gate, std::vector<Word>& weights) const;
+  std::uint64_t hash_behind(Gate gate, std::size_t e) const;
   void settle();
-  void strip();
-  Word heaviest_kept() const;
+  bool strip_finished();
+  void multiply_letters(std::size_t from, std::size_t to);
+  bool has_copy(std::size_t e) const;
+  void drop(std::size_t e);
+  void insert(const Word* row, int weight);
+  void find_place();
 
   int n_ = 0;
-  int words_ = 0;             // a string
-  std::size_t capacity_ = 0;  // elements, free ones included
+  int words_ = 0;             // of a string
+  std::size_t capacity_ = 0;  // elements, places without one included
   int left_ = 0;
   std::int64_t cost_ = 0;
-  // By word, then by element.
-  std::vector<Word> x_;
+  std::size_t place_ = 0;  // of the heaviest element that is no generator
+  std::vector<Word> x_;    // by word, then by element
   std::vector<Word> z_;
-  std::vector<Word> parts_;             // the generators that an element is the product of
-  std::vector<Word> weights_;           // by element; `free` for a place without one
-  std::vector<std::uint16_t> basis_;    // generator -> element
-  std::vector<std::uint8_t> in_basis_;  // by element
+  std::vector<Word> weights_;
+  std::vector<std::uint8_t> labels_;
+  LightBasis basis_;
 };
+
+template <class F>
+void StateGroup::each_letter(int k, F&& f) const {
+  const std::size_t e = basis_.element(k);
+  for (int w = 0; w < words_; ++w) {
+    const Word x = x_[at(w, e)];
+    const Word z = z_[at(w, e)];
+    for (Word rest = x | z; rest != 0; rest &= rest - 1) {
+      const int bit = std::countr_zero(rest);
+      f(w * word_bits + bit, static_cast<int>((x >> bit & 1) | (z >> bit & 1) << 1));
+    }
+  }
+}
 
 }  // namespace zelt::braidwerk::internal
