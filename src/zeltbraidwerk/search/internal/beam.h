@@ -122,8 +122,9 @@ class BeamSearch {
       if (meter_.ended()) return;
       const std::size_t first = pool_.size();
       problem_.children(level_[k].state, rng_, [&](double score, const Move& move) {
+        if (score >= threshold) return;
         if (options_.noise > 0) score += options_.noise * static_cast<double>(rng_.unit());
-        if (score < threshold) pool_.push_back({score, static_cast<std::int32_t>(k), move});
+        pool_.push_back({score, static_cast<std::int32_t>(k), move});
         if (pool_.size() >= 4 * wanted && options_.per_parent > static_cast<int>(4 * wanted)) {
           threshold = cut(wanted);
         }

@@ -59,6 +59,10 @@ struct Cooling {
 ///                        fills `rewrite`, or returns false to leave the window as it is; `uphill`
 ///                        is the probability with which it may make a block longer
 ///   accept(gates)        the last word on a changed list
+/// and may have
+///   rewrite(list, window, uphill, rng, rewrite)
+///                        the same, for one that has to see the whole list
+///   length(list)         what is to become short, where that is not the number of gates alone
 template <class Rewriter>
 class Walk {
  public:
@@ -72,6 +76,10 @@ class Walk {
 
   const GateList& list() const { return list_; }
   int count() const { return list_.count(); }
+  int length(const GateList& list) const {
+    if constexpr (requires { rewriter_.length(list); }) return rewriter_.length(list);
+    return list.count();
+  }
 
   /// True when the list has changed.
   bool step(float uphill, Rng& rng) {
@@ -80,7 +88,7 @@ class Walk {
                  rng, window_);
     rewrite_.renames = false;
     rewrite_.block.clear();
-    if (!rewriter_.rewrite(window_, uphill, rng, rewrite_)) return false;
+    if (!rewrite(uphill, rng)) return false;
     if constexpr (Rewriter::judges) old_gates_ = list_.gates;
     const int behind = WindowFinder::replace(list_.gates, window_, rewrite_.block);
     if (rewrite_.renames) rename_gates(behind);
@@ -95,6 +103,14 @@ class Walk {
   }
 
  private:
+  bool rewrite(float uphill, Rng& rng) {
+    if constexpr (requires { rewriter_.rewrite(list_, window_, uphill, rng, rewrite_); }) {
+      return rewriter_.rewrite(list_, window_, uphill, rng, rewrite_);
+    } else {
+      return rewriter_.rewrite(window_, uphill, rng, rewrite_);
+    }
+  }
+
   template <class F>
   void each_end(F&& f) const {
     for (int place = 0; place < window_.size; ++place) {
@@ -143,20 +159,22 @@ template <class Rewriter, class Look>
 void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling cooling, Rng& rng,
                 Meter& meter, Look&& look) {
   Walk<Rewriter> walk(best, rewriter);
+  int least = walk.length(best);
   constexpr std::uint64_t stretch = 64;
   bool go_on = true;
   for (std::uint64_t done = 0; done < steps && go_on; done += stretch) {
     const float uphill = cooling.at(static_cast<double>(done) / static_cast<double>(steps));
     bool shorter = false;
     for (std::uint64_t k = 0; k < stretch && go_on; ++k) {
-      if (walk.step(uphill, rng) && walk.count() < best.count()) {
+      if (walk.step(uphill, rng) && walk.length(walk.list()) < least) {
         best = walk.list();
+        least = walk.length(best);
         shorter = true;
       }
       go_on = meter.step();
     }
     if (shorter) look(best, true);
-    if (walk.count() == best.count() && look(walk.list(), false)) best = walk.list();
+    if (walk.length(walk.list()) == least && look(walk.list(), false)) best = walk.list();
   }
 }
 

@@ -116,33 +116,13 @@ void WindowFinder::scan(const std::vector<Gate>& list, int at, Gathering gatheri
 
 int WindowFinder::replace(std::vector<Gate>& list, const Window& window,
                           const std::vector<Gate>& block) {
-  const auto old_size = static_cast<int>(window.positions.size());
-  const auto new_size = static_cast<int>(block.size());
-  static thread_local std::vector<Gate> before;
-  static thread_local std::vector<Gate> behind;
-  before.clear();
-  behind.clear();
-  std::size_t next = 0;
-  for (int p = window.first; p < window.last; ++p) {
-    if (next < window.positions.size() && window.positions[next] == p) {
-      ++next;
-    } else {
-      (p < window.centre ? before : behind).push_back(list[static_cast<std::size_t>(p)]);
-    }
-  }
-  const auto from = list.begin() + window.first;
-  if (new_size < old_size) {
-    list.erase(from, from + (old_size - new_size));
-  } else if (new_size > old_size) {
-    list.insert(from, static_cast<std::size_t>(new_size - old_size), Gate{});
-  }
-  auto out = std::copy(before.begin(), before.end(), list.begin() + window.first);
-  for (const Gate& gate : block) {
-    *out++ = {end_of(window.wires[static_cast<std::size_t>(wire_of(gate.a))], label_of(gate.a)),
-              end_of(window.wires[static_cast<std::size_t>(wire_of(gate.b))], label_of(gate.b))};
-  }
-  std::copy(behind.begin(), behind.end(), out);
-  return static_cast<int>(out - list.begin());
+  static thread_local std::vector<Gate> on_wires;
+  const auto placed = [&](End end) {
+    return end_of(window.wires[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  };
+  on_wires.clear();
+  for (const Gate& gate : block) on_wires.push_back({placed(gate.a), placed(gate.b)});
+  return put_block(list, window, on_wires);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -56,6 +57,36 @@ struct Window {
   unsigned to_end = 0;      ///< places that no gate after the block touches
 };
 
+/// Puts `block` in the place of what a list, of gates or of something by gate, has at the window's
+/// positions: what was skipped before it stays before, what was skipped behind stays behind.
+/// Returns the position behind the new block.
+template <class T>
+int put_block(std::vector<T>& list, const Window& window, const std::vector<T>& block) {
+  static thread_local std::vector<T> before;
+  static thread_local std::vector<T> behind;
+  before.clear();
+  behind.clear();
+  std::size_t next = 0;
+  for (int p = window.first; p < window.last; ++p) {
+    if (next < window.positions.size() && window.positions[next] == p) {
+      ++next;
+    } else {
+      (p < window.centre ? before : behind).push_back(list[static_cast<std::size_t>(p)]);
+    }
+  }
+  const auto from = list.begin() + window.first;
+  const std::size_t old_size = window.positions.size();
+  if (block.size() < old_size) {
+    list.erase(from, from + static_cast<std::ptrdiff_t>(old_size - block.size()));
+  } else if (block.size() > old_size) {
+    list.insert(from, block.size() - old_size, T{});
+  }
+  auto out = std::copy(before.begin(), before.end(), list.begin() + window.first);
+  out = std::copy(block.begin(), block.end(), out);
+  std::copy(behind.begin(), behind.end(), out);
+  return static_cast<int>(out - list.begin());
+}
+
 /// Which gates may move past which on the way to the block.
 enum class Gathering {
   by_labels,  ///< a gate may pass one that commutes with it
@@ -76,8 +107,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT WindowFinder {
   void find(const std::vector<Gate>& list, int at, int size, Gathering gathering, Rng& rng,
             Window& window);
 
-  /// Puts a new block in the place of the window's: the gates skipped before it stay before, those
-  /// skipped behind stay behind. `block` is on places. Returns the position behind the new block.
+  /// put_block of a block of gates on places.
   static int replace(std::vector<Gate>& list, const Window& window, const std::vector<Gate>& block);
 
  private:

@@ -1,0 +1,194 @@
+#include "zeltbraidwerk/linear/search/internal/window_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <numeric>
+#include <tuple>
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+using Names = std::array<std::uint8_t, 5>;
+
+std::vector<Names> all_namings(int wires) {
+  std::vector<Names> namings;
+  Names names{0, 1, 2, 3, 4};
+  do {
+    namings.push_back(names);
+  } while (std::next_permutation(names.begin(), names.begin() + wires));
+  return namings;
+}
+
+SmallGraph renamed(int wires, SmallGraph graph, const Names& names) {
+  unsigned result = 0;
+  for (int v = 0; v < wires; ++v) {
+    for (int w = 0; w < v; ++w) {
+      if (graph & edge_bit(v, w)) {
+        result |= edge_bit(names[static_cast<std::size_t>(v)], names[static_cast<std::size_t>(w)]);
+      }
+    }
+  }
+  return static_cast<SmallGraph>(result);
+}
+
+/// What a naming makes of every row: bit c goes to bit names[c].
+std::array<std::uint8_t, 32> moved_bits(int wires, const Names& names) {
+  std::array<std::uint8_t, 32> moved{};
+  for (unsigned row = 0; row < (1U << wires); ++row) {
+    unsigned to = 0;
+    for (int c = 0; c < wires; ++c) {
+      to |= ((row >> c) & 1U) << names[static_cast<std::size_t>(c)];
+    }
+    moved[row] = static_cast<std::uint8_t>(to);
+  }
+  return moved;
+}
+
+}  // namespace
+
+WindowTable::WindowTable(int wires, SmallGraph graph, bool permuted)
+    : wires_(wires),
+      low_row_((1U << wires) - 1),
+      low_column_(0),
+      identity_(0),
+      graph_(graph),
+      permuted_(permuted),
+      distance_(std::size_t{1} << (wires * wires), unreachable) {
+  for (int r = 0; r < wires; ++r) {
+    low_column_ |= 1U << (wires * r);
+    identity_ |= 1U << (wires * r + r);
+    for (int c = 0; c < wires; ++c) {
+      if (c != r && (graph & edge_bit(r, c))) {
+        moves_.push_back({static_cast<std::uint8_t>(c), static_cast<std::uint8_t>(r)});
+      }
+    }
+  }
+  fill();
+}
+
+void WindowTable::fill() {
+  // Names of wires that keep the graph change no distance, nor do other places of the outputs where
+  // those are free: one matrix of each class is enough to go on from.
+  struct Symmetry {
+    std::array<std::uint8_t, 32> columns;
+    Names rows;
+  };
+  const std::vector<Names> namings = all_namings(wires_);
+  std::vector<Symmetry> symmetries;
+  for (const Names& names : namings) {
+    if (renamed(wires_, graph_, names) == graph_) {
+      symmetries.push_back({moved_bits(wires_, names), names});
+    }
+  }
+  const auto mark = [&](SmallMatrix m, std::uint8_t distance) {
+    for (const Symmetry& symmetry : symmetries) {
+      std::array<SmallMatrix, 5> rows{};
+      for (int r = 0; r < wires_; ++r) {
+        rows[static_cast<std::size_t>(r)] = symmetry.columns[(m >> (wires_ * r)) & low_row_];
+      }
+      const auto place = [&](const Names& names) {
+        SmallMatrix image = 0;
+        for (int r = 0; r < wires_; ++r) {
+          image |= rows[static_cast<std::size_t>(r)]
+                   << (wires_ * names[static_cast<std::size_t>(r)]);
+        }
+        distance_[image] = distance;
+      };
+      if (permuted_) {
+        for (const Names& names : namings) place(names);
+      } else {
+        place(symmetry.rows);
+      }
+    }
+  };
+  std::vector<SmallMatrix> level{identity_};
+  std::vector<SmallMatrix> next;
+  mark(identity_, 0);
+  for (std::uint8_t distance = 1; !level.empty(); ++distance) {
+    next.clear();
+    for (const SmallMatrix m : level) {
+      for (const Move move : moves_) {
+        const SmallMatrix neighbour = without(m, move);
+        if (distance_[neighbour] != unreachable) continue;
+        mark(neighbour, distance);
+        next.push_back(neighbour);
+      }
+    }
+    std::swap(level, next);
+  }
+}
+
+const WindowTable& WindowTable::of(int wires, SmallGraph graph, bool permuted) {
+  struct Slot {
+    std::once_flag built;
+    std::unique_ptr<const WindowTable> table;
+  };
+  static std::mutex mutex;
+  static std::map<std::tuple<int, SmallGraph, bool>, Slot> slots;
+  Slot* slot;
+  {
+    const std::lock_guard lock(mutex);
+    slot = &slots[{wires, graph, permuted}];
+  }
+  std::call_once(slot->built,
+                 [&] { slot->table = std::make_unique<WindowTable>(wires, graph, permuted); });
+  return *slot->table;
+}
+
+SmallMatrix WindowTable::map_of(const std::vector<Gate>& block) const {
+  SmallMatrix m = identity_;
+  for (const Gate& gate : block) m = then(m, wire_of(gate.a), wire_of(gate.b));
+  return m;
+}
+
+SmallMatrix WindowTable::descend(SmallMatrix m, int detours, Rng& rng,
+                                 std::vector<Gate>& block) const {
+  int distance = distance_[m];
+  std::array<std::uint8_t, 20> there;
+  std::array<std::uint8_t, 20> chosen;
+  // A detour is made when `before` more gates have led closer.
+  int before = detours > 0 ? rng.below(distance + 1) : -1;
+  while (distance > 0 || before == 0) {
+    for (std::size_t k = 0; k < moves_.size(); ++k) there[k] = distance_[without(m, moves_[k])];
+    const int wanted = before == 0 ? distance : distance - 1;
+    std::size_t count = 0;
+    for (std::size_t k = 0; k < moves_.size(); ++k) {
+      chosen[count] = static_cast<std::uint8_t>(k);
+      count += there[k] == wanted;
+    }
+    if (--before == -1 && count == 0) continue;
+    const Move move = moves_[chosen[static_cast<std::size_t>(rng.below(static_cast<int>(count)))]];
+    block.push_back(cnot(move.control, move.target));
+    m = without(m, move);
+    distance = wanted;
+    if (before == -1 && --detours > 0) before = rng.below(distance + 1);
+  }
+  return m;
+}
+
+NamedGraph canonical(int wires, SmallGraph graph) {
+  struct Kinds {
+    std::array<std::vector<NamedGraph>, 6> by_graph;
+    Kinds() {
+      for (int k = 2; k <= 5; ++k) {
+        const std::vector<Names> namings = all_namings(k);
+        for (unsigned g = 0; g <= complete_graph(k); ++g) {
+          NamedGraph best{static_cast<SmallGraph>(g), {0, 1, 2, 3, 4}};
+          for (const Names& names : namings) {
+            const SmallGraph other = renamed(k, static_cast<SmallGraph>(g), names);
+            if (other < best.graph) best = {other, names};
+          }
+          by_graph[static_cast<std::size_t>(k)].push_back(best);
+        }
+      }
+    }
+  };
+  static const Kinds kinds;
+  return kinds.by_graph[static_cast<std::size_t>(wires)][graph];
+}
+
+}  // namespace zelt::braidwerk::internal
