@@ -1,0 +1,110 @@
+#include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
+
+#include <bit>
+
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+/// Label c on output i comes from what anticommutes with the labels whose images anticommute with
+/// it: the second side is the inverse of the first without a solver.
+OperatorRows::OperatorRows(const PauliFrame& images)
+    : wires_(images.qubits()),
+      words_(words_for(wires_)),
+      rows_(12 * static_cast<std::size_t>(wires_) * static_cast<std::size_t>(words_)),
+      weights_(2 * static_cast<std::size_t>(wires_)) {
+  constexpr int label_of_letter[4] = {0, label_x, label_x | label_z, label_z};
+  for (int q = 0; q < wires_; ++q) {
+    for (const int label : {label_x, label_z}) {
+      const int row = label == label_x ? q : wires_ + q;
+      for (int i = 0; i < wires_; ++i) {
+        const int image = label_of_letter[images.letter(row, i)];
+        flip(1, q, label, i, image);
+        for (const int to : {label_x, label_z}) {
+          if (image != 0 && image != to) flip(0, i, to, q, label ^ 3);
+        }
+      }
+    }
+  }
+  for (int side = 0; side < 2; ++side) {
+    for (int i = 0; i < wires_; ++i) {
+      sum_up(side, i);
+      weigh(side, i);
+    }
+  }
+}
+
+int OperatorRows::label_at(int side, int wire, int label, int at) const {
+  const Word* r = row(side, wire, label) + at / word_bits;
+  const auto bit = [&](Word word) { return static_cast<int>(word >> (at % word_bits) & 1); };
+  return bit(r[0]) * label_x | bit(r[words_]) * label_z;
+}
+
+void OperatorRows::flip(int side, int wire, int label, int at, int by) {
+  Word* r = row(side, wire, label) + at / word_bits;
+  r[0] ^= static_cast<Word>(by & label_x ? 1 : 0) << (at % word_bits);
+  r[words_] ^= static_cast<Word>(by & label_z ? 1 : 0) << (at % word_bits);
+}
+
+void OperatorRows::sum_up(int side, int wire) {
+  for (int w = 0; w < 2 * words_; ++w) {
+    row(side, wire, 3)[w] = row(side, wire, 1)[w] ^ row(side, wire, 2)[w];
+  }
+}
+
+void OperatorRows::weigh(int side, int wire) {
+  int letters = 0;
+  for (int label = 1; label < 4; ++label) {
+    const Word* r = row(side, wire, label);
+    for (int w = 0; w < words_; ++w) letters += std::popcount(r[w] | r[words_ + w]);
+  }
+  std::int16_t& weight = weights_[static_cast<std::size_t>(side * wires_ + wire)];
+  if (side == 0) total_ += letters - weight;
+  weight = static_cast<std::int16_t>(letters);
+}
+
+void OperatorRows::multiply(int side, const Gate& gate) {
+  const int i = wire_of(gate.a), j = wire_of(gate.b);
+  const int a = label_of(gate.a), b = label_of(gate.b);
+  // On the other side, what anticommutes with the gate is multiplied by it.
+  for (int w = 0; w < words_; ++w) {
+    const Word x = row(side, i, a)[w] ^ row(side, j, b)[w];
+    const Word z = row(side, i, a)[words_ + w] ^ row(side, j, b)[words_ + w];
+    for (Word rest = x | z; rest != 0; rest &= rest - 1) {
+      const int bit = std::countr_zero(rest);
+      const int q = w * word_bits + bit;
+      const Word turned[4] = {0, z >> bit & 1, x >> bit & 1, (x ^ z) >> bit & 1};
+      for (int label = 1; label < 4; ++label) {
+        if (turned[label] == 0) continue;
+        flip(1 - side, q, label, i, a);
+        flip(1 - side, q, label, j, b);
+      }
+      weigh(1 - side, q);
+    }
+  }
+  for (int w = 0; w < 2 * words_; ++w) {
+    const Word sum = row(side, i, a)[w] ^ row(side, j, b)[w];
+    for (const int label : other_labels[a]) row(side, i, label)[w] ^= sum;
+    for (const int label : other_labels[b]) row(side, j, label)[w] ^= sum;
+  }
+  weigh(side, i);
+  weigh(side, j);
+}
+
+std::uint64_t OperatorRows::hash() const {
+  std::uint64_t sum = 0;
+  for (int i = 0; i < wires_; ++i) {
+    std::uint64_t of_wire = 0;
+    for (int label = 1; label < 4; ++label) {
+      std::uint64_t of_row = 0;
+      for (int w = 0; w < 2 * words_; ++w) {
+        of_row = Rng::mixed(of_row + row(0, i, label)[w] + 0x9e3779b97f4a7c15U);
+      }
+      of_wire += of_row;
+    }
+    sum += Rng::mixed(of_wire);
+  }
+  return sum;
+}
+
+}  // namespace zelt::braidwerk::internal
