@@ -14,7 +14,7 @@ ALLOWED = {
     "search": {"foundations"},
     "graph_state": {"foundations"},
     "linear": {"foundations", "graphs", "search"},
-    "phase": {"foundations", "graphs", "search"},
+    "phase": {"foundations", "graphs", "linear", "search"},
     "clifford": {"foundations", "graphs", "search"},
     "routing": {"foundations", "graphs"},
 }

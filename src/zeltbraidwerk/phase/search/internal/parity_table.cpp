@@ -1,0 +1,307 @@
+#include "zeltbraidwerk/phase/search/internal/parity_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+constexpr int wires = 4;
+constexpr int slots = 11;
+constexpr int words = 32;
+constexpr SmallMatrix identity = 0x8421;
+
+using Names = std::array<std::uint8_t, wires>;
+using Slots = std::array<std::uint8_t, slots>;
+
+/// Sets of sums, a bit a set: a Boolean function of 11 variables, whether each slot is in the set.
+using Family = std::array<std::uint64_t, words>;
+
+constexpr std::array<std::uint8_t, slots> sum_of_slot = {3, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::uint8_t slot_of(unsigned sum) {
+  return static_cast<std::uint8_t>(sum < 4 ? 0 : sum < 8 ? sum - 4 : sum - 5);
+}
+
+/// The words of a variable: those in which it is 1, or in each word the bits.
+constexpr std::array<std::uint64_t, 6> variable = {0xaaaaaaaaaaaaaaaa, 0xcccccccccccccccc,
+                                                   0xf0f0f0f0f0f0f0f0, 0xff00ff00ff00ff00,
+                                                   0xffff0000ffff0000, 0xffffffff00000000};
+
+void swap_variables(Family& family, int a, int b) {
+  if (a > b) std::swap(a, b);
+  if (b < 6) {
+    const int shift = (1 << b) - (1 << a);
+    const std::uint64_t moved =
+        variable[static_cast<std::size_t>(a)] & ~variable[static_cast<std::size_t>(b)];
+    for (std::uint64_t& word : family) {
+      const std::uint64_t change = ((word >> shift) ^ word) & moved;
+      word ^= change ^ (change << shift);
+    }
+    return;
+  }
+  const std::size_t high = std::size_t{1} << (b - 6);
+  if (a < 6) {
+    const int shift = 1 << a;
+    const std::uint64_t ones = variable[static_cast<std::size_t>(a)];
+    for (std::size_t w = 0; w < words; ++w) {
+      if (w & high) continue;
+      const std::uint64_t change = (family[w] & ones) ^ ((family[w | high] << shift) & ones);
+      family[w] ^= change;
+      family[w | high] ^= change >> shift;
+    }
+    return;
+  }
+  const std::size_t low = std::size_t{1} << (a - 6);
+  for (std::size_t w = 0; w < words; ++w) {
+    if ((w & low) && !(w & high)) std::swap(family[w], family[(w ^ low) | high]);
+  }
+}
+
+/// What the family says of a set without the slot, for the set with it too.
+void forget_variable(Family& family, int a) {
+  if (a < 6) {
+    for (std::uint64_t& word : family) {
+      word &= ~variable[static_cast<std::size_t>(a)];
+      word |= word << (1 << a);
+    }
+    return;
+  }
+  const std::size_t bit = std::size_t{1} << (a - 6);
+  for (std::size_t w = 0; w < words; ++w) {
+    if (w & bit) family[w] = family[w ^ bit];
+  }
+}
+
+/// Whether a set is in the result is what the family says of its image.
+void draw_back(Family& family, Slots image) {
+  for (int a = 0; a < slots; ++a) {
+    const std::uint8_t b = image[static_cast<std::size_t>(a)];
+    if (b == a) continue;
+    swap_variables(family, a, b);
+    for (std::uint8_t& slot : image)
+      slot = slot == a ? b : slot == b ? static_cast<std::uint8_t>(a) : slot;
+  }
+}
+
+std::uint8_t renamed(unsigned sum, const Names& names) {
+  unsigned to = 0;
+  for (int c = 0; c < wires; ++c) to |= ((sum >> c) & 1U) << names[static_cast<std::size_t>(c)];
+  return static_cast<std::uint8_t>(to);
+}
+
+SmallMatrix renamed_matrix(SmallMatrix m, const Names& names) {
+  SmallMatrix to = 0;
+  for (int r = 0; r < wires; ++r) {
+    to |= static_cast<SmallMatrix>(renamed((m >> (wires * r)) & 15U, names))
+          << (wires * names[static_cast<std::size_t>(r)]);
+  }
+  return to;
+}
+
+/// Row or sum in the wires behind a CNOT.
+constexpr unsigned behind(unsigned sum, int control, int target) {
+  return sum ^ (((sum >> target) & 1U) << control);
+}
+constexpr SmallMatrix matrix_behind(SmallMatrix m, int control, int target) {
+  return m ^ (((m >> target) & 0x1111U) << control);
+}
+
+bool invertible(SmallMatrix m) {
+  unsigned span = 1;  // of the rows so far, a bit a sum
+  for (int r = 0; r < wires; ++r) {
+    const unsigned row = (m >> (wires * r)) & 15U;
+    if ((span >> row) & 1U) return false;
+    unsigned more = 0;
+    for (unsigned sum = 0; sum < 16; ++sum) more |= ((span >> sum) & 1U) << (sum ^ row);
+    span |= more;
+  }
+  return true;
+}
+
+bool is_permutation(SmallMatrix m) {
+  unsigned columns = 0;
+  for (int r = 0; r < wires; ++r) {
+    const unsigned row = (m >> (wires * r)) & 15U;
+    if (!std::has_single_bit(row)) return false;
+    columns |= row;
+  }
+  return columns == 15;
+}
+
+}  // namespace
+
+ParityTable::ParityTable(SmallGraph graph, bool permuted) {
+  // Names of wires that keep the graph.
+  std::vector<Names> namings;
+  Names names{0, 1, 2, 3};
+  do {
+    bool keeps = true;
+    for (int v = 0; v < wires; ++v) {
+      for (int w = 0; w < v; ++w) {
+        keeps &= ((graph & edge_bit(v, w)) != 0) ==
+                 ((graph & edge_bit(names[static_cast<std::size_t>(v)],
+                                    names[static_cast<std::size_t>(w)])) != 0);
+      }
+    }
+    if (keeps) namings.push_back(names);
+  } while (std::next_permutation(names.begin(), names.end()));
+  const auto inverse_of = [&](const Names& naming) {
+    Names back{};
+    for (std::uint8_t v = 0; v < wires; ++v) back[naming[v]] = v;
+    return static_cast<std::uint8_t>(std::find(namings.begin(), namings.end(), back) -
+                                     namings.begin());
+  };
+  renamed_.resize(namings.size());
+  for (std::size_t k = 0; k < namings.size(); ++k) {
+    for (unsigned set = 0; set < sets; ++set) {
+      unsigned to = 0;
+      for (unsigned rest = set; rest != 0; rest &= rest - 1) {
+        to |= 1U << slot_of(renamed(sum_of_slot[static_cast<std::size_t>(std::countr_zero(rest))],
+                                    namings[k]));
+      }
+      renamed_[k][set] = static_cast<std::uint16_t>(to);
+    }
+  }
+  // Kinds of matrices.
+  constexpr std::uint16_t none = 0xffff;
+  place_.assign(std::size_t{1} << (wires * wires), Place{none, 0});
+  std::vector<SmallMatrix> first_of_kind;
+  for (SmallMatrix m = 0; m < place_.size(); ++m) {
+    if (place_[m].kind != none || !invertible(m)) continue;
+    const auto kind = static_cast<std::uint16_t>(first_of_kind.size());
+    first_of_kind.push_back(m);
+    for (const Names& naming : namings) {
+      Place& place = place_[renamed_matrix(m, naming)];
+      if (place.kind == none) place = {kind, inverse_of(naming)};
+    }
+  }
+  for (std::uint8_t t = 0; t < wires; ++t) {
+    for (std::uint8_t c = 0; c < wires; ++c) {
+      if (c == t || (graph & edge_bit(c, t)) == 0) continue;
+      Move& move = moves_.emplace_back(Move{c, t, {}});
+      for (unsigned set = 0; set < sets; ++set) {
+        unsigned to = 0;
+        for (unsigned rest = set; rest != 0; rest &= rest - 1) {
+          const unsigned sum =
+              behind(sum_of_slot[static_cast<std::size_t>(std::countr_zero(rest))], c, t);
+          if (!std::has_single_bit(sum)) to |= 1U << slot_of(sum);
+        }
+        move.sets_behind[set] = static_cast<std::uint16_t>(to);
+      }
+    }
+  }
+  // Level by level: which sets can be had within so many gates. All sets of a kind at once.
+  struct Step {
+    std::uint16_t kind;  // behind the move
+    std::uint8_t shown;  // slot there of the sum that the move makes
+    Slots image;         // slot there of each slot here
+  };
+  const std::size_t kinds = first_of_kind.size();
+  std::vector<Step> steps;
+  for (const SmallMatrix m : first_of_kind) {
+    for (const Move& move : moves_) {
+      const Place place = place_[matrix_behind(m, move.control, move.target)];
+      const unsigned made = (1U << move.control) | (1U << move.target);
+      Step step{place.kind, 0, {}};
+      for (std::size_t slot = 0; slot < slots; ++slot) {
+        // The sum that the move makes is a wire behind it; the place that is free takes it.
+        const unsigned sum =
+            sum_of_slot[slot] == made ? made : behind(sum_of_slot[slot], move.control, move.target);
+        step.image[slot] = slot_of(renamed(sum, namings[place.renaming]));
+      }
+      step.shown = step.image[slot_of(made)];
+      steps.push_back(step);
+    }
+  }
+  distance_.assign(kinds * sets, 255);
+  std::vector<Family> reached(kinds, Family{});
+  std::vector<Family> before;
+  for (std::size_t kind = 0; kind < kinds; ++kind) {
+    const SmallMatrix m = first_of_kind[kind];
+    if (m == identity || (permuted && is_permutation(m))) {
+      reached[kind][0] = 1;
+      distance_[kind * sets] = 0;
+    }
+  }
+  bool any = true;
+  for (std::uint8_t level = 1; any; ++level) {
+    any = false;
+    before = reached;
+    const Step* step = steps.data();
+    for (std::size_t kind = 0; kind < kinds; ++kind) {
+      Family& family = reached[kind];
+      for (std::size_t k = 0; k < moves_.size(); ++k, ++step) {
+        Family further = before[step->kind];
+        forget_variable(further, step->shown);
+        draw_back(further, step->image);
+        for (std::size_t w = 0; w < words; ++w) family[w] |= further[w];
+      }
+      for (std::size_t w = 0; w < words; ++w) {
+        std::uint64_t rest = family[w] & ~before[kind][w];
+        any |= rest != 0;
+        for (; rest != 0; rest &= rest - 1) {
+          distance_[kind * sets + w * 64 + static_cast<std::size_t>(std::countr_zero(rest))] =
+              level;
+        }
+      }
+    }
+  }
+  any_end_.resize(sets);
+  for (std::size_t set = 0; set < sets; ++set) {
+    std::size_t best = 0;
+    for (std::size_t kind = 1; kind < kinds; ++kind) {
+      if (distance_[kind * sets + set] < distance_[best * sets + set]) best = kind;
+    }
+    any_end_[set] = static_cast<std::uint16_t>(first_of_kind[best]);
+  }
+}
+
+const ParityTable& ParityTable::of(SmallGraph graph, bool permuted) {
+  struct Slot {
+    std::once_flag built;
+    std::unique_ptr<const ParityTable> table;
+  };
+  static std::mutex mutex;
+  static std::map<std::pair<SmallGraph, bool>, Slot> slots_of_kind;
+  Slot* slot;
+  {
+    const std::lock_guard lock(mutex);
+    slot = &slots_of_kind[{graph, permuted}];
+  }
+  std::call_once(slot->built,
+                 [&] { slot->table = std::make_unique<ParityTable>(graph, permuted); });
+  return *slot->table;
+}
+
+SmallMatrix ParityTable::descend(SmallMatrix m, SumSet needed, bool detour, Rng& rng,
+                                 std::vector<Gate>& block) const {
+  unsigned set = slots_of(needed);
+  int distance = distance_of(m, set);
+  std::array<std::uint8_t, 12> chosen{};
+  // The detour is made when `before` more gates have led closer.
+  int before = detour ? rng.below(distance + 1) : -1;
+  while (distance > 0 || before == 0) {
+    const int wanted = before-- == 0 ? distance : distance - 1;
+    std::size_t count = 0;
+    for (std::size_t k = 0; k < moves_.size(); ++k) {
+      const Move& move = moves_[k];
+      chosen[count] = static_cast<std::uint8_t>(k);
+      count +=
+          distance_of(matrix_behind(m, move.control, move.target), move.sets_behind[set]) == wanted;
+    }
+    if (count == 0) continue;  // of detours alone
+    const Move& move = moves_[chosen[static_cast<std::size_t>(rng.below(static_cast<int>(count)))]];
+    block.push_back(cnot(move.control, move.target));
+    m = matrix_behind(m, move.control, move.target);
+    set = move.sets_behind[set];
+    distance = wanted;
+  }
+  return m;
+}
+
+}  // namespace zelt::braidwerk::internal
