@@ -10,68 +10,85 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// Lanes of a vector, and those that are filled together.
 constexpr int vector_lanes = 8;
-constexpr int fill_lanes = 32;
-
-constexpr int rounded_up(int n, int unit) {
-  return (n + unit - 1) / unit * unit;
-}
 
 struct Parities {
   const Word* words;
   int count;
   int stride;
-  int n;
-  int lanes;
+  int blocks;  // vectors that hold all wires
 };
 
 struct WeightTables {
   const std::int32_t* cost;
-  const std::int32_t* rise;
   const std::int32_t* bend;
 };
 
-/// lane[j] = value where bit j is set, 0 elsewhere.
-inline void fill_lane(const Word* words, int n, std::int32_t value, std::int32_t* lane) {
-  for (int first = 0; first < n; first += fill_lanes) {
-    const auto bits = static_cast<std::uint32_t>(words[first / word_bits] >> (first % word_bits));
-    for (int j = 0; j < fill_lanes; ++j) {
-      lane[first + j] = (bits & (std::uint32_t{1} << j)) != 0 ? value : 0;
-    }
-  }
+/// `value` in the lanes of the set bits, 0 in the others.
+inline void spread(Word bits, std::int32_t value, std::int32_t* lanes) {
+  const auto byte = static_cast<std::int32_t>(bits & 255);
+  for (int k = 0; k < vector_lanes; ++k) lanes[k] = (byte & (1 << k)) != 0 ? value : 0;
 }
 
-inline void add_lanes(const std::int32_t* lane, int from, int to, std::int32_t* sums) {
-  for (int j = from; j < to; j += vector_lanes) {
-    for (int k = 0; k < vector_lanes; ++k) sums[j + k] += lane[j + k];
-  }
-}
-
-/// Adds for every parity its bend to each pair of its wires, in the row of the lower one, and its
-/// rise to each of its wires, in row n. Returns the sum of the costs.
-ZELTBRAIDWERK_CLONES std::int64_t sum_over_pairs(const Parities& parities,
-                                                 const WeightTables& tables, std::int32_t* lane,
-                                                 std::int32_t* sums) {
-  const auto [words, count, stride, n, lanes] = parities;
+/// For parities on `blocks` vectors of wires, where that is known beforehand.
+template <int blocks>
+inline std::int64_t sum_over_short_parities(const Parities& parities, const WeightTables& tables,
+                                            std::int32_t* sums) {
+  constexpr int lanes = blocks * vector_lanes;
   std::int64_t cost = 0;
-  for (int p = 0; p < count; ++p) {
-    const Word* parity = words + static_cast<std::ptrdiff_t>(p) * stride;
-    int w = 0;
-    for (int k = 0; k < stride; ++k) w += std::popcount(parity[k]);
+  for (int p = 0; p < parities.count; ++p) {
+    const Word parity = parities.words[p];
+    const int w = std::popcount(parity);
     cost += tables.cost[w];
-    fill_lane(parity, n, tables.rise[w], lane);
-    add_lanes(lane, 0, lanes, sums + static_cast<std::ptrdiff_t>(n) * lanes);
-    fill_lane(parity, n, tables.bend[w], lane);
-    for (int k = 0; k < stride; ++k) {
-      for (Word rest = parity[k]; rest != 0; rest &= rest - 1) {
-        const int wire = k * word_bits + std::countr_zero(rest);
-        add_lanes(lane, wire / vector_lanes * vector_lanes, lanes,
-                  sums + static_cast<std::ptrdiff_t>(wire) * lanes);
-      }
+    std::int32_t lane[lanes];
+    for (int b = 0; b < blocks; ++b) {
+      spread(parity >> (b * vector_lanes), tables.bend[w], lane + b * vector_lanes);
+    }
+    for (Word rest = parity; rest != 0; rest &= rest - 1) {
+      std::int32_t* row = sums + std::countr_zero(rest) * lanes;
+      for (int k = 0; k < lanes; ++k) row[k] += lane[k];
     }
   }
   return cost;
+}
+
+inline std::int64_t sum_over_long_parities(const Parities& parities, const WeightTables& tables,
+                                           std::int32_t* lane, std::int32_t* sums) {
+  const int lanes = parities.blocks * vector_lanes;
+  std::int64_t cost = 0;
+  for (int p = 0; p < parities.count; ++p) {
+    const Word* parity = parities.words + static_cast<std::ptrdiff_t>(p) * parities.stride;
+    int w = 0;
+    for (int k = 0; k < parities.stride; ++k) w += std::popcount(parity[k]);
+    cost += tables.cost[w];
+    for (int first = 0; first < lanes; first += vector_lanes) {
+      spread(parity[first / word_bits] >> (first % word_bits), tables.bend[w], lane + first);
+    }
+    for_each_bit(parity, parities.stride, [&](int wire) {
+      std::int32_t* row = sums + static_cast<std::ptrdiff_t>(wire) * lanes;
+      for (int k = 0; k < lanes; ++k) row[k] += lane[k];
+    });
+  }
+  return cost;
+}
+
+/// Adds for every parity its bend to each pair of its wires, both ways round, and to each of its
+/// wires. Returns the sum of the costs.
+ZELTBRAIDWERK_CLONES std::int64_t sum_over_pairs(const Parities& parities,
+                                                 const WeightTables& tables, std::int32_t* lane,
+                                                 std::int32_t* sums) {
+  switch (parities.blocks) {
+    case 1:
+      return sum_over_short_parities<1>(parities, tables, sums);
+    case 2:
+      return sum_over_short_parities<2>(parities, tables, sums);
+    case 3:
+      return sum_over_short_parities<3>(parities, tables, sums);
+    case 4:
+      return sum_over_short_parities<4>(parities, tables, sums);
+    default:
+      return sum_over_long_parities(parities, tables, lane, sums);
+  }
 }
 
 struct Rows {
@@ -93,23 +110,28 @@ inline int weight_of_both(const Rows& rows, int r, int s) {
   return w;
 }
 
-/// Adds to the gain of each move what it costs the map to have row `control` added to row `target`,
-/// and the dual the other way round. Returns the cost of both as they are.
-ZELTBRAIDWERK_CLONES std::int64_t add_map_gains(const Rows& map, const Rows& dual, int n,
-                                                const std::int32_t* cost, const GrowthMove* moves,
-                                                std::size_t count, std::int32_t* scratch,
-                                                std::int32_t* gains) {
+/// From the sums over pairs to the gains: row t, entry c that of CNOT(c, t). The rise of parities
+/// on wire t is a share of their bend, which stands in the diagonal. Row c of the map is added to
+/// row t, and row t of the dual to row c. Returns the cost of map and dual as they are.
+ZELTBRAIDWERK_CLONES std::int64_t finish_gains(const Rows& map, const Rows& dual, int n, int lanes,
+                                               double rise_share, const std::int32_t* cost,
+                                               std::int32_t* by_control, std::int32_t* gains) {
   std::int64_t sum = 0;
-  for (int r = 0; r < n; ++r) {
-    scratch[r] = cost[weight_of_row(map, r)];
-    scratch[n + r] = cost[weight_of_row(dual, r)];
-    sum += scratch[r] + scratch[n + r];
+  for (int t = 0; t < n; ++t) {
+    by_control[t] = cost[weight_of_row(dual, t)];
+    const std::int32_t own = cost[weight_of_row(map, t)];
+    sum += own + by_control[t];
+    std::int32_t* row = gains + static_cast<std::ptrdiff_t>(t) * lanes;
+    const auto rise = static_cast<std::int32_t>(rise_share * row[t]);
+    for (int c = 0; c < lanes; ++c) row[c] += rise - own;
   }
-  for (std::size_t k = 0; k < count; ++k) {
-    const int control = moves[k].control;
-    const int target = moves[k].target;
-    gains[k] += cost[weight_of_both(map, control, target)] - scratch[target] +
-                cost[weight_of_both(dual, control, target)] - scratch[n + control];
+  for (int t = 0; t < n; ++t) {
+    std::int32_t* row = gains + static_cast<std::ptrdiff_t>(t) * lanes;
+    for (int c = 0; c < t; ++c) {
+      const std::int32_t both = cost[weight_of_both(map, c, t)] + cost[weight_of_both(dual, c, t)];
+      row[c] += both - by_control[c];
+      gains[static_cast<std::ptrdiff_t>(c) * lanes + t] += both - by_control[t];
+    }
   }
   return sum;
 }
@@ -117,7 +139,11 @@ ZELTBRAIDWERK_CLONES std::int64_t add_map_gains(const Rows& map, const Rows& dua
 }  // namespace
 
 Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* graph)
-    : n_(n), stride_(words_for(n)), most_(parities), lanes_(rounded_up(n, vector_lanes)) {
+    : n_(n),
+      stride_(words_for(n)),
+      most_(parities),
+      lanes_((n + vector_lanes - 1) / vector_lanes * vector_lanes),
+      rise_share_(-cost.decay / (1 + cost.decay)) {
   // Whole numbers, so that sums do not depend on their order; the widest one fits 32 bits.
   const int bits =
       std::clamp(29 - static_cast<int>(std::bit_width(static_cast<unsigned>(parities))), 8, 20);
@@ -126,20 +152,18 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
     return static_cast<std::int32_t>(std::lround(value / unit_));
   };
   const auto size = static_cast<std::size_t>(n);
-  double value = 0;
-  double step = 1;
-  weight_.resize(size + 2);
-  for (std::size_t w = 2; w < weight_.size(); ++w) {
-    value += step;
-    step *= cost.decay;
-    weight_[w] = scaled(value);
-  }
-  rise_.resize(size + 1);
+  weight_.resize(size + 1);
   bend_.resize(size + 1);
   map_cost_.resize(size + 1);
+  double value = 0;
+  double step = 1;  // what wire w adds
+  for (std::size_t w = 2; w <= size; ++w) {
+    value += step;
+    weight_[w] = scaled(value);
+    bend_[w] = -scaled(step * (1 + cost.decay));
+    step *= cost.decay;
+  }
   for (std::size_t w = 1; w <= size; ++w) {
-    rise_[w] = weight_[w + 1] - weight_[w];
-    bend_[w] = weight_[w - 1] - weight_[w] - rise_[w];
     const double p = cost.map_exponent;
     const auto wide = static_cast<double>(w);
     map_cost_[w] = scaled(cost.map_share * (p == 0 ? std::log(wide) : (std::pow(wide, p) - 1) / p));
@@ -153,10 +177,9 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
   for (int q = 0; q < n; ++q) {
     print_.push_back(n <= word_bits ? Word{1} << q : Rng::mixed(static_cast<Word>(q) + 1));
   }
-  sums_.resize((size + 1) * static_cast<std::size_t>(lanes_));
-  lane_.resize(
-      std::max<std::size_t>(static_cast<std::size_t>(rounded_up(n, fill_lanes)), 2 * size));
-  gains_.resize(moves_.size());
+  gains_.resize(size * static_cast<std::size_t>(lanes_));
+  lane_.resize(static_cast<std::size_t>(lanes_));
+  by_control_.resize(size);
 }
 
 GrowthState Growth::start(const BitMatrix& parities) const {
@@ -180,19 +203,13 @@ GrowthState Growth::start(const BitMatrix& parities) const {
 }
 
 std::int64_t Growth::score(const State& state) {
-  std::fill(sums_.begin(), sums_.end(), 0);
-  std::int64_t base =
-      sum_over_pairs({state.words_.data(), state.left_, stride_, n_, lanes_},
-                     {weight_.data(), rise_.data(), bend_.data()}, lane_.data(), sums_.data());
-  const std::int32_t* rises = sums_.data() + static_cast<std::ptrdiff_t>(n_) * lanes_;
-  for (std::size_t k = 0; k < moves_.size(); ++k) {
-    const auto [low, high] = std::minmax(moves_[k].control, moves_[k].target);
-    gains_[k] = rises[moves_[k].target] + sums_[static_cast<std::size_t>(low * lanes_ + high)];
-  }
-  base += add_map_gains({state.words_.data() + offset(most_), stride_},
-                        {state.words_.data() + offset(most_ + n_), stride_}, n_, map_cost_.data(),
-                        moves_.data(), moves_.size(), lane_.data(), gains_.data());
-  return base;
+  std::fill(gains_.begin(), gains_.end(), 0);
+  const std::int64_t base =
+      sum_over_pairs({state.words_.data(), state.left_, stride_, lanes_ / vector_lanes},
+                     {weight_.data(), bend_.data()}, lane_.data(), gains_.data());
+  return base + finish_gains({state.words_.data() + offset(most_), stride_},
+                             {state.words_.data() + offset(most_ + n_), stride_}, n_, lanes_,
+                             rise_share_, map_cost_.data(), by_control_.data(), gains_.data());
 }
 
 std::uint64_t Growth::hash(const State& state, const Move& move) const {

@@ -58,8 +58,10 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
   template <class Sink>
   void children(const State& state, Rng&, Sink&& sink) {
     const std::int64_t base = score(state);
-    const std::int32_t* gain = gains_.data();
-    for (const Move& move : moves_) sink(static_cast<double>(base + *gain++) * unit_, move);
+    for (const Move& move : moves_) {
+      const auto place = static_cast<std::size_t>(move.target * lanes_ + move.control);
+      sink(static_cast<double>(base + gains_[place]) * unit_, move);
+    }
   }
 
   std::uint64_t hash(const State& state, const Move& move) const;
@@ -76,18 +78,18 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
 
   int n_;
   int stride_;
-  int most_;   // parities
-  int lanes_;  // n, in full vectors
+  int most_;           // parities
+  int lanes_;          // wires, in full vectors
+  double rise_share_;  // what a wire more costs, of what a wire less saves beyond that
   double unit_;
   std::vector<Move> moves_;
-  std::vector<std::uint64_t> print_;    // of an input
-  std::vector<std::int32_t> weight_;    // cost of a parity by its weight, and two steps further
-  std::vector<std::int32_t> rise_;      // what a wire more costs, by weight
-  std::vector<std::int32_t> bend_;      // what a wire less saves, beyond that
-  std::vector<std::int32_t> map_cost_;  // by weight of a row
-  std::vector<std::int32_t> sums_;      // scratch: by pair of wires, and by wire
-  std::vector<std::int32_t> lane_;      // scratch
-  std::vector<std::int32_t> gains_;     // of the moves
+  std::vector<std::uint64_t> print_;      // of an input
+  std::vector<std::int32_t> weight_;      // cost of a parity by its weight
+  std::vector<std::int32_t> bend_;        // what a wire less saves beyond what a wire more costs
+  std::vector<std::int32_t> map_cost_;    // by weight of a row
+  std::vector<std::int32_t> gains_;       // by target and control
+  std::vector<std::int32_t> lane_;        // scratch
+  std::vector<std::int32_t> by_control_;  // scratch
 };
 
 }  // namespace zelt::braidwerk::internal
