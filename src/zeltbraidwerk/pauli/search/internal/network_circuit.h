@@ -1,0 +1,26 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/pauli/internal/rotations.h"
+#include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+
+/// \file
+/// Networks of labelled gates on their way to circuits and back. Labels leave out what gates do on
+/// one wire, and signs; here they come in.
+
+namespace zelt::braidwerk::internal {
+
+/// H, S and RX by pi/2, CNOT and rotations, as the events tell. Row r turns by rotations.params[r].
+/// `images` are carried through all but the rotations.
+std::vector<structures::Gate> circuit_of(const std::vector<NetworkEvent>& events,
+                                         Rotations rotations, PauliFrame& images);
+
+/// The gates on two qubits of a Clifford circuit, which holds CNOT alone of these.
+std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits);
+
+/// Gates among the events, and the layers that they fill.
+int gates_of(const std::vector<NetworkEvent>& events);
+int depth_of(const std::vector<NetworkEvent>& events, int qubits);
+
+}  // namespace zelt::braidwerk::internal

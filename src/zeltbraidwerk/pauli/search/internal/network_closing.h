@@ -1,0 +1,28 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+
+namespace zelt::braidwerk::internal {
+
+/// Gates behind a network after which every label stands for a label: qubit q on wire wires[q].
+struct NetworkTail {
+  std::vector<Gate> gates;
+  std::vector<int> wires;
+};
+
+/// Undoes the gates of a network, given what their labels stand for at its end.
+NetworkTail close_tail(const LabelFrame& frame);
+
+/// Swaps that it takes to bring every qubit back to its own wire.
+int swaps_of(const std::vector<int>& wires);
+
+/// Brings every qubit back to its own wire. A swap behind a gate on the same wires costs one gate
+/// more, as both together are two gates, and what comes later has its wires renamed; three where
+/// there is no such gate. The best of some random ways.
+void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
+                   Rng& rng);
+
+}  // namespace zelt::braidwerk::internal

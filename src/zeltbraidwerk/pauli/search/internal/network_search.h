@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/pauli/internal/rotations.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+
+namespace zelt::braidwerk::internal {
+
+/// What becomes of the Clifford gates of a network.
+enum class NetworkEnd {
+  open,           ///< they stay: a Clifford operator behind the rotations
+  closed,         ///< undone, every qubit on its own wire
+  closed_freely,  ///< undone, the qubits on any wires
+};
+
+struct NetworkOptions {
+  bool in_order = false;  ///< rotations that clash keep their order; otherwise any order will do
+  NetworkEnd end = NetworkEnd::closed;
+  const BitGraph* graph = nullptr;  ///< wires that may meet, connected; null for all
+  bool by_depth = false;
+  std::uint64_t seed = 0;
+  std::uint64_t stream = 0;
+};
+
+struct NetworkResult {
+  std::vector<structures::Gate> gates;
+  std::vector<int> wires;  ///< where each qubit stands at the end
+  int count = 0;           ///< gates on two qubits
+  int depth = 0;           ///< layers of these
+};
+
+/// A short circuit of rotations. Identity strings are left out.
+///
+/// Greedy runs, then beams from the start and from random gates of the best circuit so far, with
+/// random costs. The first run is finished whatever the effort.
+ZELTBRAIDWERK_KERNEL_EXPORT NetworkResult search_network(const Rotations& rotations,
+                                                         const NetworkOptions& options,
+                                                         const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,40 @@
+#include "zeltbraidwerk/pauli/search/internal/network_settings.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+double cost(const NetworkSettings& settings, int weight) {
+  if (weight < 2) return 0;
+  const double s = settings.shape;
+  const double curve = settings.geometric ? (1 - std::pow(s, weight - 1)) / (1 - s)
+                                          : (1 - std::pow(weight, -s)) / (1 - std::pow(2.0, -s));
+  constexpr double pull = 1e-5;  // so that very heavy strings become lighter as well
+  return settings.bonus + curve + pull * (weight - 1);
+}
+
+std::int64_t in_units(double value) {
+  return std::llround(std::ldexp(value, NetworkCosts::unit_bits));
+}
+
+}  // namespace
+
+NetworkCosts::NetworkCosts(const NetworkSettings& settings, int qubits) {
+  of_.push_back(0);
+  rise_.push_back(0);
+  tail_.push_back(0);
+  for (int weight = 1; weight <= qubits + 1; ++weight) {
+    of_.push_back(in_units(cost(settings, weight)));
+    rise_.push_back(static_cast<std::uint32_t>(of_.back() - of_[of_.size() - 2]));
+    tail_.push_back(in_units(settings.tail * std::log2(weight)));
+  }
+}
+
+std::uint32_t NetworkCosts::factor(double f) {
+  return static_cast<std::uint32_t>(
+      std::lround(std::ldexp(std::clamp(f, 0.0, 1.0), NetworkCosts::factor_bits)));
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,114 @@
+#include "zeltbraidwerk/pauli/search/internal/network_search.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "support/rotations.h"
+#include "zeltbraidwerk/clifford/internal/elimination.h"
+
+namespace {
+
+using namespace zelt::braidwerk::internal;
+using support::PauliRows;
+using support::text;
+
+Rotations numbered(const PauliRows& table, int n) {
+  Rotations rotations{PauliFrame::pack(table, n), {}};
+  for (std::size_t r = 0; r < table.size(); ++r) {
+    rotations.params.emplace_back("a" + std::to_string(r));
+  }
+  return rotations;
+}
+
+bool clash(const std::string& a, const std::string& b) {
+  bool odd = false;
+  for (std::size_t q = 0; q < a.size(); ++q) {
+    odd ^= a[q] != 'I' && b[q] != 'I' && a[q] != b[q];
+  }
+  return odd;
+}
+
+/// What is wrong with a result, in words; nothing when it is right.
+std::string fault(const PauliRows& table, int n, const NetworkOptions& options,
+                  const NetworkResult& result) {
+  for (const auto& gate : result.gates) {
+    if (gate.qbits.size() < 2) continue;
+    if (options.graph != nullptr && !options.graph->joined(gate.qbits[0], gate.qbits[1])) {
+      return "not an edge: " + gate.to_string();
+    }
+  }
+  const support::Unfolded unfolded = support::unfold(result.gates, n);
+  std::vector<std::string> served;
+  std::set<std::string> angles;
+  std::vector<int> rows;
+  for (const auto& [string, angle] : unfolded.rotations) {
+    std::size_t row = 0;
+    while (row < table.size()) {
+      const structures::Parameter own("a" + std::to_string(row));
+      if (angle == (string.first ? own.flip_sign() : own)) break;
+      ++row;
+    }
+    if (row == table.size()) return "no such angle: " + angle.expression;
+    if (string.second != text(table[row])) return "not that rotation: " + string.second;
+    if (!angles.insert("a" + std::to_string(row)).second) return "twice: " + string.second;
+    for (std::size_t k = 0; k < rows.size() && options.in_order; ++k) {
+      if (rows[k] > static_cast<int>(row) && clash(served[k], string.second)) return "order";
+    }
+    rows.push_back(static_cast<int>(row));
+    served.push_back(string.second);
+  }
+  std::size_t wanted = 0;
+  for (const auto& row : table) wanted += text(row) != std::string(row.size(), 'I');
+  if (angles.size() != wanted) return "rotations are missing";
+
+  const auto tableau = support::tableau_of(unfolded.clifford, n);
+  for (int q = 0; q < n && options.end != NetworkEnd::open; ++q) {
+    const int wire = result.wires[static_cast<std::size_t>(q)];
+    if (options.end == NetworkEnd::closed && wire != q) return "not on its wire";
+    for (const char letter : {'X', 'Z'}) {
+      std::string before(static_cast<std::size_t>(n), 'I');
+      std::string behind = before;
+      before[static_cast<std::size_t>(q)] = letter;
+      behind[static_cast<std::size_t>(wire)] = letter;
+      if (support::carried(before, tableau) != support::SignedString{false, behind}) {
+        return "not closed";
+      }
+    }
+  }
+  return "";
+}
+
+Effort steps(std::uint64_t count) {
+  Effort effort;
+  effort.steps = count;
+  return effort;
+}
+
+TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
+  std::mt19937 rng(1);
+  for (int instance = 0; instance < 150; ++instance) {
+    const int n = static_cast<int>(rng() % (instance % 10 == 0 ? 51 : 9));
+    const int most = instance % 7 == 0 ? 60 : 15;
+    PauliRows table =
+        support::random_rows(static_cast<int>(rng() % static_cast<unsigned>(most)), n, rng);
+    for (auto& row : table) {  // light strings, equal ones, and those of no letters as well
+      for (auto& letter : row) letter = rng() % 3 == 0 ? letter : 0;
+    }
+    for (const bool in_order : {false, true}) {
+      for (const auto end : {NetworkEnd::open, NetworkEnd::closed, NetworkEnd::closed_freely}) {
+        NetworkOptions options;
+        options.in_order = in_order;
+        options.end = end;
+        options.by_depth = instance % 5 == 0;
+        options.seed = static_cast<std::uint64_t>(instance);
+        const auto result = search_network(numbered(table, n), options, steps(400));
+        EXPECT_EQ(fault(table, n, options, result), "")
+            << "instance " << instance << ": " << text(table);
+      }
+    }
+  }
+}
+
+}  // namespace
