@@ -55,21 +55,21 @@ bool meet(const OperatorRows& rows, int side, int i, int j) {
 
 }  // namespace
 
-Reduction::Reduction(int wires, const OperatorCost& cost)
+OperatorReduction::OperatorReduction(int wires, const OperatorCost& cost)
     : wires_(wires), cost_(cost), value_(cost.values(3 * wires + 1)) {}
 
-double Reduction::small_change() const {
+double OperatorReduction::small_change() const {
   const int typical = 9 * wires_ / 4;
   return value(typical + 1) - value(typical);
 }
 
-Reduction::State Reduction::start(OperatorRows rows) const {
+OperatorReduction::State OperatorReduction::start(OperatorRows rows) const {
   State state{std::move(rows), 0};
   state.cost = cost_of(state.rows);
   return state;
 }
 
-double Reduction::cost_of(const OperatorRows& rows) const {
+double OperatorReduction::cost_of(const OperatorRows& rows) const {
   double sums[2] = {0, 0};
   for (int side = 0; side < 2; ++side) {
     for (int i = 0; i < wires_; ++i) sums[side] += value(rows.weight(side, i));
@@ -77,18 +77,18 @@ double Reduction::cost_of(const OperatorRows& rows) const {
   return sums[0] + cost_.other_side * sums[1];
 }
 
-std::uint64_t Reduction::hash(const State& state, const Move& move) {
+std::uint64_t OperatorReduction::hash(const State& state, const Move& move) {
   scratch_ = state.rows;
   scratch_.multiply(move.side, move.gate);
   return scratch_.hash();
 }
 
-void Reduction::make(State& state, const Move& move) const {
+void OperatorReduction::make(State& state, const Move& move) const {
   state.rows.multiply(move.side, move.gate);
   state.cost = cost_of(state.rows);
 }
 
-void Reduction::price_letters(const OperatorRows& rows, int side) {
+void OperatorReduction::price_letters(const OperatorRows& rows, int side) {
   const double weight = (side == 0 ? cost_.other_side : 1.0) / 2;
   letters_.assign(static_cast<std::size_t>(rows.words()) * 8 * 256, 0);
   for (int q = 0; q < wires_; ++q) {
@@ -100,7 +100,7 @@ void Reduction::price_letters(const OperatorRows& rows, int side) {
   }
 }
 
-void Reduction::price(const OperatorRows& rows, int side) {
+void OperatorReduction::price(const OperatorRows& rows, int side) {
   children_.clear();
   price_letters(rows, side);
   const double weight = side == 0 ? 1.0 : cost_.other_side;
@@ -150,7 +150,7 @@ void Reduction::price(const OperatorRows& rows, int side) {
 
 /// Gates before the operator come first; those behind it last to first, carried to before what is
 /// left, and with it at the end.
-GateList circuit_of(const Finished<Reduction>& found) {
+GateList circuit_of(const Finished<OperatorReduction>& found) {
   const OperatorRows& left = found.state.rows;
   GateList list(left.wires(), {});
   std::vector<End> before(list.origin.size());

@@ -16,7 +16,7 @@ namespace zelt::braidwerk::internal {
 /// What a gate does to the rows of its own two wires is priced exactly. On the other side it
 /// changes two letters in many rows; there every letter has the mean of what one more and one less
 /// would cost, which is a sum over the bits of the same rows.
-class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
+class ZELTBRAIDWERK_KERNEL_EXPORT OperatorReduction {
  public:
   struct State {
     OperatorRows rows;
@@ -27,7 +27,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
     Gate gate;
   };
 
-  Reduction(int wires, const OperatorCost& cost);
+  OperatorReduction(int wires, const OperatorCost& cost);
 
   State start(OperatorRows rows) const;
   template <class Sink>
@@ -66,6 +66,6 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
 };
 
 /// The circuit that a reduction to one-qubit gates stands for.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList circuit_of(const Finished<Reduction>& found);
+ZELTBRAIDWERK_KERNEL_EXPORT GateList circuit_of(const Finished<OperatorReduction>& found);
 
 }  // namespace zelt::braidwerk::internal

@@ -87,7 +87,7 @@ class Search {
     BeamOptions options;
     options.width = width;
     options.noise = 1e-3 * problem_.small_change();
-    BeamSearch<Reduction> search(problem_, options, rng_, meter);
+    BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
     for (const auto& found : search.run(start_)) take(circuit_of(found));
   }
 
@@ -108,8 +108,8 @@ class Search {
   Rng rng_;
   Meter meter_;
   int wires_;
-  Reduction problem_;
-  Reduction::State start_;
+  OperatorReduction problem_;
+  OperatorReduction::State start_;
   GateList best_;
 };
 
