@@ -48,7 +48,7 @@ int swaps_left(const std::vector<End>& origin) {
 
 }  // namespace
 
-ParityRewriter::ParityRewriter(const BitMatrix& parities, NetworkEnd end, const BitGraph* graph)
+ParityRewriter::ParityRewriter(const BitMatrix& parities, ParityEnd end, const BitGraph* graph)
     : n_(parities.rows()), end_(end), graph_(graph) {
   for (int q = 0; q < n_; ++q) {
     print_.push_back(n_ <= word_bits ? Word{1} << q : Rng::mixed(static_cast<Word>(q) + 1));
@@ -101,7 +101,7 @@ void ParityRewriter::begin(const GateList& list) {
 }
 
 int ParityRewriter::length(const GateList& list) const {
-  return end_ == NetworkEnd::swaps ? list.count() + swaps_left(list.origin) : list.count();
+  return end_ == ParityEnd::swaps ? list.count() + swaps_left(list.origin) : list.count();
 }
 
 void ParityRewriter::place_wires(const Window& window) {
@@ -195,16 +195,16 @@ bool ParityRewriter::choose(const GateList& list, const Window& window, float up
                             Rewrite& rewrite) {
   const auto size = static_cast<int>(window.gates.size());
   const bool last = window.to_end == all_wires;
-  if (end_ == NetworkEnd::open && last) map_ = ParityTable::of(edges_, true).any_end(needed_);
-  bool permuted = end_ != NetworkEnd::exact && (graph_ == nullptr || last);
+  if (end_ == ParityEnd::open && last) map_ = ParityTable::of(edges_, true).any_end(needed_);
+  bool permuted = end_ != ParityEnd::exact && (graph_ == nullptr || last);
   for (;;) {
     const ParityTable& table = ParityTable::of(edges_, permuted);
     const int distance = table.distance(map_, needed_);
-    assert(permuted || end_ == NetworkEnd::swaps || distance <= size);
+    assert(permuted || end_ == ParityEnd::swaps || distance <= size);
     if (distance > size) return false;
     const bool detour = distance == size && rng.chance(uphill);
     const SmallMatrix left = table.descend(map_, needed_, detour, rng, rewrite.block);
-    if (end_ == NetworkEnd::swaps && permuted && !detour &&
+    if (end_ == ParityEnd::swaps && permuted && !detour &&
         !gains(list, window, static_cast<int>(rewrite.block.size()) - size, left)) {
       rewrite.block.clear();
       permuted = false;
@@ -251,7 +251,7 @@ void ParityRewriter::put_values(const GateList& list, const Window& window,
 
 bool ParityRewriter::rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
                              Rewrite& rewrite) {
-  if (window.size < wires || window.gates.size() < (end_ == NetworkEnd::open ? 1U : 2U)) {
+  if (window.size < wires || window.gates.size() < (end_ == ParityEnd::open ? 1U : 2U)) {
     return false;
   }
   place_wires(window);

@@ -14,7 +14,7 @@
 namespace zelt::braidwerk::internal {
 
 /// What is to become of the linear map that a parity network leaves behind.
-enum class NetworkEnd {
+enum class ParityEnd {
   open,   ///< whatever it is
   free,   ///< outputs on other wires
   swaps,  ///< the same, where each swap that puts outputs in their places counts as a gate
@@ -30,11 +30,12 @@ class ZELTBRAIDWERK_KERNEL_EXPORT ParityRewriter {
 
   /// A column a parity, no two equal. With a graph, gates are on its edges, and outputs leave their
   /// wires in windows at the end of the circuit alone.
-  ParityRewriter(const BitMatrix& parities, NetworkEnd end, const BitGraph* graph = nullptr);
+  ParityRewriter(const BitMatrix& parities, ParityEnd end, const BitGraph* graph = nullptr);
 
   /// To be called with the list that a walk begins with.
   void begin(const GateList& list);
 
+  ParityEnd end() const { return end_; }
   int window_size(Rng&) const { return wires; }
   int length(const GateList& list) const;
   bool rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
@@ -60,7 +61,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT ParityRewriter {
   void put_values(const GateList& list, const Window& window, const std::vector<Gate>& block);
 
   int n_;
-  NetworkEnd end_;
+  ParityEnd end_;
   const BitGraph* graph_;
   std::vector<std::uint64_t> print_;  // of an input
   std::vector<Value> known_;          // the parities by print, with gaps
