@@ -259,6 +259,28 @@ void Reduction::make(State& state, const Move& move) const {
   if (kinds_ == 4) add(state, 2 + move.side, move.from, move.to);
 }
 
+double Reduction::change(const State& state, int kind, int to, int from) const {
+  const Word* target = line(state, kind, to);
+  const Word* source = line(state, kind, from);
+  const std::uint16_t* cross = state.weights_.data() + index(kind ^ 1, 0);
+  double change = 0;
+  int both = 0;
+  for_each_bit(source, stride_, [&](int k) {
+    const std::size_t w = cross[k];
+    const bool falls = (target[k / word_bits] >> (k % word_bits)) & 1;
+    both += falls;
+    change += f_[falls ? w - 1 : w + 1] - f_[w];
+  });
+  const int w = state.weights_[index(kind, to)];
+  const int sum = w + state.weights_[index(kind, from)] - 2 * both;
+  return change + (f_[static_cast<std::size_t>(sum)] - f_[static_cast<std::size_t>(w)]);
+}
+
+double Reduction::gain(const State& state, const Move& move) const {
+  const double gain = change(state, move.side, move.to, move.from);
+  return kinds_ == 4 ? gain + change(state, 2 + move.side, move.from, move.to) : gain;
+}
+
 GateList Reduction::circuit(const State& reduced, const std::vector<Move>& moves) const {
   // M = rows^-1 * permutation * columns^-1: the column additions come first, then the row additions
   // in reverse on the wires where the permutation finds their rows.

@@ -71,6 +71,15 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
     }
   }
 
+  /// What every addition to a line of a side changes the score by: that of line `from` to line `to`
+  /// stands at to * n + from. Valid until the next state is scored; not for costs with a focus.
+  void score_children(const State& state);
+  const float* gains(int side) const { return gains_[side].data(); }
+  /// The same for a single one, without rounding to floats.
+  double gain(const State& state, const Move& move) const;
+
+  static double score(const State& state) { return state.score_; }
+  static std::uint64_t hash(const State& state) { return state.hash_; }
   std::uint64_t hash(const State& state, const Move& move) const;
   void make(State& state, const Move& move) const;
   bool done(const State& state) const { return state.excess_ == 0; }
@@ -93,9 +102,9 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
            static_cast<std::size_t>(k);
   }
 
-  void score_children(const State& state);
   void choose_targets(const State& state);
   void add(State& state, int kind, int to, int from) const;
+  double change(const State& state, int kind, int to, int from) const;
   void count(State& state) const;
 
   int n_;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/linear/search/internal/depth_front.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+
+namespace zelt::braidwerk::internal {
+
+struct ShallowOptions {
+  bool permuted = true;  ///< outputs may end up on any wires
+  std::uint64_t seed = 0;
+  std::uint64_t stream = 0;
+  std::vector<GateList> known;  ///< circuits of the matrix to begin with, beside the search's own
+};
+
+/// CNOT circuits of an invertible matrix with few layers: first the best by depth, then by gates,
+/// then others with fewer and fewer gates, none both as shallow and as short as another. Wire w
+/// holds row origin[w] of the matrix in the end; without `permuted` that is row w.
+///
+/// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
+/// and between these rounds of annealing on windows, for different prices of a gate in layers,
+/// longer and longer. The greedy run is always finished.
+///
+/// Memory: a few hundred MB at most, of which 130 MB tables of windows.
+ZELTBRAIDWERK_KERNEL_EXPORT std::vector<LayeredCircuit> search_shallow_cnot(
+    const BitMatrix& m, const ShallowOptions& options, const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,188 @@
+// CNOT circuits of few layers, found by search; gates put into layers as far as they commute.
+#include <gtest/gtest.h>
+
+#include "support/oracles.h"
+#include "zeltbraidwerk/linear/search/internal/depth_layers.h"
+#include "zeltbraidwerk/linear/search/internal/depth_schedule.h"
+#include "zeltbraidwerk/linear/search/internal/depth_search.h"
+#include "zeltbraidwerk/search/internal/beam.h"
+
+namespace {
+
+using support::at;
+using namespace zelt::braidwerk::internal;
+
+structures::CnotCircuit circuit_of(const std::vector<Gate>& gates, int n) {
+  structures::CnotCircuit circuit(n);
+  for (const Gate& gate : gates) {
+    EXPECT_EQ(label_of(gate.a), label_z);
+    EXPECT_EQ(label_of(gate.b), label_x);
+    circuit.addGate(wire_of(gate.a), wire_of(gate.b));
+  }
+  return circuit;
+}
+
+/// Whether wire w of the circuit ends with row origin[w] of m.
+bool implements(const GateList& list, const BoolMatrix& m) {
+  const auto n = static_cast<int>(m.size());
+  std::vector<int> perm(m.size(), -1);
+  for (int w = 0; w < n; ++w) perm[at(wire_of(list.origin[end_of(w, 0)]))] = w;
+  return support::implements_up_to(circuit_of(list.gates, n), perm, m);
+}
+
+std::vector<Gate> random_gates(int n, int count, support::Rng& rng) {
+  std::vector<Gate> gates;
+  for (int k = 0; n > 1 && k < count; ++k) {
+    const int control = static_cast<int>(rng() % at(n));
+    const int target = (control + 1 + static_cast<int>(rng() % at(n - 1))) % n;
+    gates.push_back(cnot(control, target));
+  }
+  return gates;
+}
+
+Effort steps(std::uint64_t count) {
+  Effort effort;
+  effort.steps = count;
+  return effort;
+}
+
+BitMatrix packed(const BoolMatrix& m) {
+  const auto n = static_cast<int>(m.size());
+  return BitMatrix::pack(m, n, n);
+}
+
+std::vector<std::tuple<int, int, std::vector<Gate>>> plain(
+    const std::vector<LayeredCircuit>& front) {
+  std::vector<std::tuple<int, int, std::vector<Gate>>> result;
+  for (const auto& c : front) result.emplace_back(c.depth, c.list.count(), c.list.gates);
+  return result;
+}
+
+TEST(Scheduler, KeepsTheMapAndNeverDeepens) {
+  support::Rng rng(1);
+  for (const int n : {0, 1, 2, 3, 5, 17, 64}) {
+    for (const int count : {0, 1, 7, 40, 600}) {
+      std::vector<Gate> gates = random_gates(n, count, rng);
+      const auto map = support::operator_of(circuit_of(gates, n));
+      const int before = depth_of(gates, n);
+      Scheduler scheduler(n);
+      const int depth = scheduler.tighten(gates);
+      EXPECT_LE(depth, before);
+      const int settled = scheduler.settle(gates);
+      EXPECT_LE(settled, depth);
+      EXPECT_LE(depth_of(gates, n), settled);
+      EXPECT_LE(scheduler.bound(), static_cast<int>(gates.size()));
+      EXPECT_EQ(support::operator_of(circuit_of(gates, n)), map) << n << " wires, " << count;
+    }
+  }
+}
+
+TEST(Scheduler, FillsLayersWithGatesThatCommute) {
+  // In the order given each gate waits for the one before. The first three share their control and
+  // the last three their target, so the two ends can be interleaved.
+  std::vector<Gate> gates{cnot(0, 1), cnot(0, 2), cnot(0, 3), cnot(3, 4), cnot(2, 4), cnot(1, 4)};
+  ASSERT_EQ(depth_of(gates, 5), 6);
+  Scheduler scheduler(5);
+  EXPECT_EQ(scheduler.settle(gates), 4);
+  EXPECT_EQ(scheduler.bound(), 6);
+  // A control behind a target does not commute with it.
+  gates = {cnot(0, 1), cnot(1, 2), cnot(2, 3)};
+  EXPECT_EQ(scheduler.settle(gates), 3);
+}
+
+TEST(LayerReduction, EveryLevelIsALayer) {
+  support::Rng rng(2);
+  for (const int n : {2, 3, 8, 20, 70}) {
+    const BoolMatrix m = support::random_invertible(n, rng);
+    LayerReduction problem(n, {{-n / 16.0, true, 0}, 2, 0.3F});
+    Rng draws(1, 0);
+    Effort effort;
+    Meter meter(effort);
+    const auto found = BeamSearch<LayerReduction>(problem, {.width = 3}, draws, meter)
+                           .run(problem.start(packed(m)));
+    ASSERT_EQ(found.size(), 1U) << n;
+    const GateList list = problem.circuit(found[0].state, found[0].moves);
+    EXPECT_TRUE(implements(list, m)) << n;
+    EXPECT_LE(depth_of(list.gates, n), static_cast<int>(found[0].moves.size())) << n;
+  }
+}
+
+TEST(DepthSearch, FindsCircuitsOfTheMap) {
+  support::Rng rng(3);
+  for (const int n : {0, 1, 2, 3, 4, 5, 6, 9, 16, 33, 64, 128}) {
+    for (const bool permuted : {false, true}) {
+      const BoolMatrix m = support::random_invertible(n, rng);
+      ShallowOptions options;
+      options.permuted = permuted;
+      options.seed = rng();
+      std::vector<SearchPoint> points;
+      Effort effort = steps(n < 64 ? 20000 : 1000);
+      effort.on_better = [&](const SearchPoint& point) { points.push_back(point); };
+      const auto front = search_shallow_cnot(packed(m), options, effort);
+      ASSERT_FALSE(front.empty());
+      EXPECT_EQ(points.back().depth, front[0].depth);
+      EXPECT_EQ(points.back().count, front[0].list.count());
+      for (std::size_t k = 0; k < front.size(); ++k) {
+        const auto& [list, depth] = front[k];
+        EXPECT_TRUE(implements(list, m)) << n << " wires";
+        EXPECT_LE(depth_of(list.gates, n), depth);
+        for (int w = 0; !permuted && w < n; ++w) EXPECT_EQ(list.origin[at(4 * w)], 4 * w);
+        if (k == 0) continue;
+        EXPECT_GT(depth, front[k - 1].depth);
+        EXPECT_LT(list.count(), front[k - 1].list.count());
+      }
+    }
+  }
+}
+
+TEST(DepthSearch, KeepsDirections) {
+  // Output 0 is x0, output 1 is x0 + x1 + x2, output 2 is x0 + x2: one circuit alone has two gates.
+  const BoolMatrix m = support::matrix({"100", "111", "101"});
+  ShallowOptions options;
+  options.permuted = false;
+  const auto front = search_shallow_cnot(packed(m), options, steps(1000));
+  ASSERT_EQ(front.size(), 1U);
+  EXPECT_EQ(front[0].list.gates, (std::vector{cnot(0, 2), cnot(2, 1)}));
+  EXPECT_EQ(front[0].depth, 2);
+  // The outputs of that circuit named anew: the free search leaves them where they are.
+  const BoolMatrix turned = support::matrix({"111", "101", "100"});
+  options.permuted = true;
+  const auto free = search_shallow_cnot(packed(turned), options, steps(1000));
+  EXPECT_EQ(free[0].depth, 2);
+  EXPECT_TRUE(implements(free[0].list, turned));
+}
+
+TEST(DepthSearch, RepeatsItselfAndGainsByMoreSteps) {
+  support::Rng rng(4);
+  const BitMatrix m = packed(support::random_invertible(12, rng));
+  for (const bool permuted : {false, true}) {
+    ShallowOptions options;
+    options.permuted = permuted;
+    options.seed = 5;
+    auto last = std::pair(1000, 1000);
+    for (const std::uint64_t count : {0, 300, 6000, 30000}) {
+      const auto front = search_shallow_cnot(m, options, steps(count));
+      EXPECT_EQ(plain(front), plain(search_shallow_cnot(m, options, steps(count))));
+      const auto best = std::pair(front[0].depth, front[0].list.count());
+      EXPECT_LE(best, last);
+      last = best;
+    }
+  }
+}
+
+TEST(DepthSearch, EndsOnWhatHasNoCircuitAndOnKnownOnes) {
+  for (const auto& rows : {std::vector<std::string_view>{"00", "00"}, {"110", "110", "001"}}) {
+    const auto front = search_shallow_cnot(packed(support::matrix(rows)), {}, steps(100));
+    EXPECT_FALSE(front.empty());
+  }
+  support::Rng rng(6);
+  const std::vector<Gate> gates = random_gates(20, 12, rng);
+  const BoolMatrix m = support::operator_of(circuit_of(gates, 20));
+  ShallowOptions options;
+  options.known.emplace_back(20, gates);
+  const auto front = search_shallow_cnot(packed(m), options, steps(1));
+  EXPECT_LE(front.back().list.count(), 12);
+  EXPECT_LE(front.front().depth, depth_of(gates, 20));
+}
+
+}  // namespace
