@@ -17,23 +17,49 @@ struct LightSum {
   int second;
 };
 
-/// The lightest target + a + b over all pairs of `count` vectors of a word.
-ZELTBRAIDWERK_CLONES void lightest_pair(const Word* vectors, int count, Word target,
-                                        LightSum& best) {
-  for (int a = 0; a < count; ++a) {
-    const Word left = target ^ vectors[a];
-    for (int b = a + 1; b < count; ++b) {
-      const int weight = std::popcount(left ^ vectors[b]);
-      if (weight < best.weight) best = {weight, a, b};
-    }
+/// Vectors by the value of some of their bits.
+struct Buckets {
+  int first_bit;
+  int bits;
+  std::vector<std::uint16_t> key;    // by vector
+  std::vector<std::uint16_t> start;  // by key, one more at the end
+  std::vector<std::uint16_t> sorted;
+};
+
+void sort_into(Buckets& buckets, const Word* vectors, int count, int stride) {
+  buckets.start.assign((std::size_t{1} << buckets.bits) + 1, 0);
+  buckets.key.resize(static_cast<std::size_t>(count));
+  buckets.sorted.resize(static_cast<std::size_t>(count));
+  for (int k = 0; k < count; ++k) {
+    const auto key = static_cast<std::uint16_t>(
+        read_bits(vectors + static_cast<std::ptrdiff_t>(k) * stride,
+                  static_cast<std::size_t>(buckets.first_bit), buckets.bits));
+    buckets.key[static_cast<std::size_t>(k)] = key;
+    ++buckets.start[std::size_t{key} + 1];
   }
+  for (std::size_t key = 1; key < buckets.start.size(); ++key) {
+    buckets.start[key] = static_cast<std::uint16_t>(buckets.start[key] + buckets.start[key - 1]);
+  }
+  for (int k = count - 1; k >= 0; --k) {
+    const std::size_t key = buckets.key[static_cast<std::size_t>(k)];
+    buckets.sorted[--buckets.start[key + 1]] = static_cast<std::uint16_t>(k);
+  }
+  // Each start has moved down to that of the key before.
+  std::rotate(buckets.start.begin(), buckets.start.begin() + 1, buckets.start.end());
+  buckets.start.back() = static_cast<std::uint16_t>(count);
 }
 
-ZELTBRAIDWERK_CLONES void lightest_wide_pair(const Word* vectors, int count, int stride,
-                                             const Word* target, LightSum& best) {
+/// The lightest target + a + b among the pairs whose sum is the target's on the bucket bits.
+ZELTBRAIDWERK_CLONES void lightest_pair(const Word* vectors, int stride, const Word* target,
+                                        unsigned target_key, const std::uint16_t* keys, int count,
+                                        const std::uint16_t* start, const std::uint16_t* sorted,
+                                        LightSum& best) {
   for (int a = 0; a < count; ++a) {
     const Word* first = vectors + static_cast<std::ptrdiff_t>(a) * stride;
-    for (int b = a + 1; b < count; ++b) {
+    const unsigned key = keys[a] ^ target_key;
+    for (int k = start[key]; k < start[key + 1]; ++k) {
+      const int b = sorted[k];
+      if (b <= a) continue;
       const Word* second = vectors + static_cast<std::ptrdiff_t>(b) * stride;
       int weight = 0;
       for (int w = 0; w < stride; ++w) weight += std::popcount(target[w] ^ first[w] ^ second[w]);
@@ -55,7 +81,7 @@ std::vector<int> SumDecoder::decode(const Word* target, int exchanges, Rng& rng)
   best_weight_ = std::numeric_limits<int>::max();
   best_.clear();
   for (int k = 0;; ++k) {
-    try_sums();
+    try_sums(rng);
     if (k >= exchanges || others_.empty()) return best_;
     for (int j = 0; j < 3; ++j) {
       const int place = rng.below(static_cast<int>(others_.size()));
@@ -98,7 +124,7 @@ void SumDecoder::exchange(int coordinate, int place) {
   others_[static_cast<std::size_t>(place)] = leaving;
 }
 
-void SumDecoder::try_sums() {
+void SumDecoder::try_sums(Rng& rng) {
   const Word* target = vector(size());
   const auto count = static_cast<int>(others_.size());
   packed_.resize(others_.size() * static_cast<std::size_t>(stride_));
@@ -108,10 +134,16 @@ void SumDecoder::try_sums() {
     const Word* v = vector(others_[static_cast<std::size_t>(k)]);
     std::copy_n(v, stride_, packed_.begin() + static_cast<std::ptrdiff_t>(k) * stride_);
   }
-  if (stride_ == 1) {
-    lightest_pair(packed_.data(), count, target[0], best);
-  } else {
-    lightest_wide_pair(packed_.data(), count, stride_, target, best);
+  // Most light sums are 0 on a few coordinates chosen at random, most pairs are not.
+  static thread_local Buckets buckets;
+  buckets.bits = std::min(bits_, std::max(3, static_cast<int>(std::bit_width(others_.size())) - 2));
+  for (int k = 0; k < 2; ++k) {
+    buckets.first_bit = rng.below(bits_ - buckets.bits + 1);
+    sort_into(buckets, packed_.data(), count, stride_);
+    const auto key = static_cast<unsigned>(
+        read_bits(target, static_cast<std::size_t>(buckets.first_bit), buckets.bits));
+    lightest_pair(packed_.data(), stride_, target, key, buckets.key.data(), count,
+                  buckets.start.data(), buckets.sorted.data(), best);
   }
   if (best.first >= 0) keep(best.weight + 2, best.first, best.second);
   if (weight_of(target) < best_weight_) keep(weight_of(target), -1, -1);

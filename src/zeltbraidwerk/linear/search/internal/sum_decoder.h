@@ -10,7 +10,8 @@ namespace zelt::braidwerk::internal {
 
 /// Few vectors out of a pool that add up to a target: information-set decoding. The pool is
 /// written in the coordinates of some of its own vectors, then any sum with up to two others is
-/// read off by its weight; a few coordinates are exchanged at random, and so on.
+/// read off by its weight, where the sum is 0 on a few coordinates drawn anew each time; a few
+/// coordinates are exchanged at random, and so on. Up to 65,535 vectors.
 class SumDecoder {
  public:
   /// Vectors of `bits` bits. The pool must hold all unit vectors as its first `bits` vectors.
@@ -26,7 +27,7 @@ class SumDecoder {
  private:
   void exchange(int coordinate, int place);
   int weight_of(const Word* words) const;
-  void try_sums();
+  void try_sums(Rng& rng);
   void keep(int weight, int first, int second);
 
   Word* vector(int k) { return work_.data() + static_cast<std::ptrdiff_t>(k) * stride_; }

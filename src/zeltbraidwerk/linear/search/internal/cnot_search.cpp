@@ -1,0 +1,161 @@
+#include "zeltbraidwerk/linear/search/internal/cnot_search.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/draw.h"
+#include "zeltbraidwerk/linear/internal/closing.h"
+#include "zeltbraidwerk/linear/search/internal/blocks.h"
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+constexpr double first_round = 1 << 15;  // steps
+constexpr double growth = 1.5;
+
+/// The blocks of a map, equal ones searched once, put together to one circuit.
+class BlockwiseSearch {
+ public:
+  BlockwiseSearch(const BitMatrix& m, Rng& rng) : n_(m.rows()), blocks_(blocks_of(m)) {
+    for (const Block& block : blocks_) {
+      BitMatrix matrix = block_matrix(m, block);
+      const auto same = std::ranges::find(matrices_, matrix);
+      which_.push_back(static_cast<std::size_t>(same - matrices_.begin()));
+      if (same != matrices_.end()) continue;
+      searches_.emplace_back(matrix, rng);
+      matrices_.push_back(std::move(matrix));
+    }
+  }
+
+  bool finished() const { return std::ranges::all_of(searches_, &FreeSearch::finished); }
+
+  GateList best() const { return joined(nullptr, nullptr); }
+
+  /// Each block gets a share of the steps by its size. look hears of every shorter circuit.
+  template <class Look>
+  void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
+    for (std::size_t k = 0; k < searches_.size(); ++k) {
+      const auto share = static_cast<std::uint64_t>(matrices_[k].rows()) * steps /
+                         static_cast<std::uint64_t>(std::max(n_, 1));
+      searches_[k].round(number, share + 1, rng, meter,
+                         [&](const GateList& list) { look(joined(&searches_[k], &list)); });
+      if (meter.ended()) return;
+    }
+  }
+
+ private:
+  GateList joined(const FreeSearch* other, const GateList* with) const {
+    GateList all(n_, {});
+    for (std::size_t b = 0; b < blocks_.size(); ++b) {
+      const Block& block = blocks_[b];
+      const FreeSearch& search = searches_[which_[b]];
+      const GateList& part = &search == other ? *with : search.best();
+      const auto wire = [&](End end) {
+        return end_of(block.cols[static_cast<std::size_t>(wire_of(end))], label_of(end));
+      };
+      for (const Gate& gate : part.gates) all.gates.push_back({wire(gate.a), wire(gate.b)});
+      for (std::size_t end = 0; end < part.origin.size(); ++end) {
+        const End from = part.origin[end];
+        all.origin[wire(static_cast<End>(end))] =
+            end_of(block.rows[static_cast<std::size_t>(wire_of(from))], label_of(from));
+      }
+    }
+    return all;
+  }
+
+  int n_;
+  std::vector<Block> blocks_;
+  std::vector<BitMatrix> matrices_;  // the different ones
+  std::vector<FreeSearch> searches_;
+  std::vector<std::size_t> which_;  // by block
+};
+
+/// Keeps the best circuit and tells of it. Fewer gates first, then fewer layers.
+class Keeper {
+ public:
+  Keeper(GateList first, const Meter& meter)
+      : meter_(meter), best_(std::move(first)), depth_(depth_of(best_.gates, best_.wires())) {
+    meter_.better(best_.count(), depth_);
+  }
+
+  const GateList& best() const { return best_; }
+
+  void offer(const GateList& list) {
+    if (list.count() > best_.count()) return;
+    const int depth = depth_of(list.gates, list.wires());
+    if (list.count() == best_.count() && depth >= depth_) return;
+    best_ = list;
+    depth_ = depth;
+    meter_.better(best_.count(), depth_);
+  }
+
+ private:
+  const Meter& meter_;
+  GateList best_;
+  int depth_;
+};
+
+/// With every output on its own wire.
+GateList closed(const GateList& list, Rng& rng) {
+  const Draw draw = [&rng](int low, int high) { return low + rng.below(high - low + 1); };
+  FreeCircuit found = free_circuit(list);
+  FreeCircuit result(list.wires());
+  result.circuit = close_within_gates(found, draw);
+  return gate_list(result);
+}
+
+GateList search_free(const BitMatrix& m, Rng& rng, Meter& meter) {
+  BlockwiseSearch search(m, rng);
+  Keeper keeper(search.best(), meter);
+  double steps = first_round;
+  for (int number = 0; !search.finished() && !meter.ended(); ++number, steps *= growth) {
+    search.round(number, static_cast<std::uint64_t>(steps), rng, meter,
+                 [&](const GateList& list) { keeper.offer(list); });
+    keeper.offer(search.best());
+  }
+  return keeper.best();
+}
+
+GateList search_exact(const BitMatrix& m, Rng& rng, Meter& meter) {
+  const int n = m.rows();
+  constexpr Cooling cooling{0.15F, 0.02F};
+  BlockwiseSearch search(m, rng);
+  Keeper keeper(closed(search.best(), rng), meter);
+  if (n < 2) return keeper.best();
+  BlockRewriter rewriter(std::min(n, most_window_wires), false);
+  const auto heard = [&](const GateList& list, bool) {
+    keeper.offer(list);
+    return true;
+  };
+  GateList walker = keeper.best();
+  double steps = first_round;
+  for (int number = 0; !meter.ended(); ++number, steps *= growth) {
+    const auto whole = static_cast<std::uint64_t>(steps);
+    search.round(number, whole / 2, rng, meter, [](const GateList&) {});
+    GateList fresh = closed(search.best(), rng);
+    walk_round(fresh, rewriter, whole, cooling, rng, meter, heard);
+    keeper.offer(fresh);
+    if (fresh.count() <= walker.count()) std::swap(walker, fresh);
+    walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
+    keeper.offer(walker);
+  }
+  return keeper.best();
+}
+
+}  // namespace
+
+FreeCircuit search_cnot(const BitMatrix& m, const CnotSearchOptions& options,
+                        const Effort& effort) {
+  Rng rng(options.seed, options.stream);
+  Meter meter(effort);
+  return free_circuit(options.exact ? search_exact(m, rng, meter) : search_free(m, rng, meter));
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/linear/internal/facing.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+
+namespace zelt::braidwerk::internal {
+
+struct CnotSearchOptions {
+  bool exact = true;  ///< every output on its own wire
+  std::uint64_t seed = 0;
+  std::uint64_t stream = 0;  ///< of the seed: one a run
+};
+
+/// A short CNOT circuit of an invertible matrix, by search: a greedy reduction by additions of rows
+/// and of columns, which is made in any case; then wider ones, each followed by a walk among the
+/// circuits of the map through windows of up to five wires that are replaced by random shortest
+/// circuits. Rounds of this grow in length by half until the effort is spent.
+///
+/// A map that falls into blocks is searched block by block, equal blocks once. With exact outputs
+/// the permutation of the shortest circuit is taken up by gates on its way, and the walk goes on
+/// among the circuits of the very map.
+///
+/// Memory: two tables of 32 MB for the process; beams take up to 300 states of 2 n^2 bits, or twice
+/// that, up to 40 qubits.
+ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit search_cnot(const BitMatrix& m,
+                                                    const CnotSearchOptions& options,
+                                                    const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,153 @@
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "zeltbraidwerk/linear/internal/pair_elimination.h"
+#include "zeltbraidwerk/linear/search/internal/extension.h"
+#include "zeltbraidwerk/search/internal/beam.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+// Sizes up to which each of these pays.
+constexpr int exact_wires = most_window_wires;
+constexpr int greedy_first = 64;  // a single greedy run takes 20 ms there
+constexpr int wide_beam = 40;
+constexpr int extension = 110;
+constexpr int greedy_wires = 512;
+constexpr int whole_greedy = 160;  // above, additions go to few lines
+
+double exponent_of_greedy(int n) {
+  return n <= 12 ? 1 : n <= 20 ? -0.5 : n <= 28 ? -1 : -n / 28.0;
+}
+
+ReductionCost greedy_cost(int n) {
+  return {.exponent = exponent_of_greedy(n),
+          .with_inverse = n <= 36,
+          .focus = n > whole_greedy ? 8 : 0};
+}
+
+ReductionCost beam_cost(int n) {
+  return {.exponent = n <= 20 ? 0 : n <= wide_beam ? -0.5 : -n / 32.0, .with_inverse = n <= 20};
+}
+
+GateList by_pairs(const BitMatrix& m) {
+  BitMatrix work = m;
+  structures::CnotCircuit circuit(m.rows(), pair_elimination(work));
+  circuit.reverse();
+  FreeCircuit found(m.rows());
+  found.circuit = std::move(circuit);
+  return gate_list(found);
+}
+
+GateList optimum(const BitMatrix& m, Rng& rng) {
+  const int n = m.rows();
+  if (n < 2) return GateList(n, {});
+  const WindowTable& table = WindowTable::of(n, complete_graph(n), true);
+  SmallMatrix map = 0;
+  for (int r = 0; r < n; ++r) map |= static_cast<SmallMatrix>(m.row(r)[0]) << (n * r);
+  GateList list(n, {});
+  const SmallMatrix left = table.descend(map, 0, rng, list.gates);
+  for (int r = 0; r < n; ++r) {
+    const int c = std::countr_zero((left >> (n * r)) & ((1U << n) - 1));
+    for (int label = 0; label < 4; ++label) list.origin[end_of(c, label)] = end_of(r, label);
+  }
+  return list;
+}
+
+}  // namespace
+
+FreeCircuit free_circuit(const GateList& list) {
+  FreeCircuit found(list.wires());
+  for (const Gate& gate : list.gates) {
+    found.circuit.gates.emplace_back(wire_of(gate.a), wire_of(gate.b));
+  }
+  for (int wire = 0; wire < list.wires(); ++wire) {
+    found.perm[static_cast<std::size_t>(wire_of(list.origin[end_of(wire, 0)]))] = wire;
+  }
+  return found;
+}
+
+GateList gate_list(const FreeCircuit& found) {
+  GateList list(found.circuit.nbqbits, {});
+  for (const auto& [control, target] : found.circuit.gates) {
+    list.gates.push_back(cnot(control, target));
+  }
+  for (int r = 0; r < list.wires(); ++r) {
+    for (int label = 0; label < 4; ++label) {
+      list.origin[end_of(found.perm[static_cast<std::size_t>(r)], label)] = end_of(r, label);
+    }
+  }
+  return list;
+}
+
+GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,
+                Meter& meter) {
+  Reduction problem(m.rows(), cost);
+  BeamOptions options;
+  options.width = width;
+  if (width > 1) options.noise = 1e-5;
+  const BitMatrix faced = face(m, facing);
+  const auto found = BeamSearch<Reduction>(problem, options, rng, meter).run(problem.start(faced));
+  if (found.empty()) return {};
+  FreeCircuit circuit = free_circuit(problem.circuit(found[0].state, found[0].moves));
+  circuit.face_back(facing);
+  return gate_list(circuit);
+}
+
+FreeSearch::FreeSearch(BitMatrix m, Rng& rng)
+    : m_(std::move(m)), rewriter_(std::min(std::max(m_.rows(), 2), most_window_wires), true) {
+  const int n = m_.rows();
+  const int ones = n <= greedy_wires ? std::min(m_.weight(), inverse(m_).weight()) : n * n;
+  sparse_ = n > exact_wires && ones < n * n / 3;
+  if (n <= exact_wires) {
+    best_ = optimum(m_, rng);
+    optimal_ = true;
+  } else {
+    best_ = by_pairs(m_);
+    if (n <= greedy_first) {
+      const Effort unbounded;
+      Meter meter(unbounded);
+      GateList greedy = reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
+      if (greedy.wires() == n && greedy.count() < best_.count()) best_ = std::move(greedy);
+    }
+  }
+  shortest_ = best_.count();
+}
+
+GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
+  const int n = m_.rows();
+  if (sparse_ && n <= extension) {
+    // No cost is best for every cipher, and of the four facings each can be.
+    constexpr std::array<ReductionCost, 6> costs{
+        {{1, true}, {0, true}, {-0.5, false}, {-2, false}, {-1, true}, {0, false}}};
+    constexpr std::array<int, 3> widths{10, 100, 300};
+    const auto k = static_cast<std::size_t>(number);
+    const int width = n <= 48 ? widths[std::min<std::size_t>(k / 8, 2)] : 10;
+    return reduce(m_, costs[k % costs.size()], width, static_cast<Facing>(k % 4), rng, meter);
+  }
+  if (n <= wide_beam) {
+    if (number > 1 && number % 3 != 1) return {};
+    return reduce(m_, beam_cost(n), number == 0 ? 10 : 300, static_cast<Facing>(number % 4), rng,
+                  meter);
+  }
+  if (n <= extension) {
+    // Each about four times as long as the one before.
+    const std::array<ExtensionOptions, 3> lengths{{{30, 200'000, 10'000, 200, 1},
+                                                   {30, 500'000, 30'000, 1000, 2},
+                                                   {30, 1'500'000, 200'000, 3000, 5}}};
+    if (number % 2 == 1) return {};
+    GateList list;
+    const auto k = std::min<std::size_t>(static_cast<std::size_t>(number) / 2, 2);
+    return extend(m_, lengths[k], rng, meter, list) ? list : GateList();
+  }
+  if (n <= greedy_wires && number == 0) {
+    return reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
+  }
+  return {};
+}
+
+}  // namespace zelt::braidwerk::internal

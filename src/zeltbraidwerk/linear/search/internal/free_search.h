@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/linear/internal/facing.h"
+#include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
+#include "zeltbraidwerk/linear/search/internal/reduction.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+namespace zelt::braidwerk::internal {
+
+/// From a circuit as the engine has it: output r comes out on wire perm[r].
+FreeCircuit free_circuit(const GateList& list);
+GateList gate_list(const FreeCircuit& found);
+
+/// A circuit of m by a beam search on one of its facings; without gates when it found none.
+GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,
+                Meter& meter);
+
+/// The search for a circuit of one matrix with its outputs where they like, round by round.
+class FreeSearch {
+ public:
+  /// Finds a first circuit, whatever the effort.
+  FreeSearch(BitMatrix m, Rng& rng);
+
+  const GateList& best() const { return best_; }
+  bool finished() const { return optimal_; }  ///< there is nothing shorter
+
+  /// Round 0, 1, ...: another start where one pays, a walk of `steps` steps from it, and one of as
+  /// many from the best so far. look(list) hears of every list that is shorter than the best.
+  template <class Look>
+  void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
+    if (optimal_) return;
+    const auto heard = [&](const GateList& list, bool shorter) {
+      if (shorter && list.count() < shortest_) {
+        shortest_ = list.count();
+        look(list);
+      }
+      return true;  // equals take over: they lead elsewhere
+    };
+    GateList fresh = start(number, rng, meter);
+    if (!fresh.gates.empty()) {
+      heard(fresh, true);
+      const bool far = fresh.count() > best_.count() + best_.count() / 8;
+      if (!far) walk_round(fresh, rewriter_, steps, cooling, rng, meter, heard);
+      if (fresh.count() <= best_.count()) best_ = std::move(fresh);
+    }
+    walk_round(best_, rewriter_, steps, cooling, rng, meter, heard);
+  }
+
+ private:
+  static constexpr Cooling cooling{0.15F, 0.02F};
+
+  GateList start(int number, Rng& rng, Meter& meter) const;
+
+  BitMatrix m_;
+  bool sparse_;  // or its inverse is: ciphers
+  bool optimal_ = false;
+  GateList best_;
+  int shortest_;
+  BlockRewriter rewriter_;
+};
+
+}  // namespace zelt::braidwerk::internal
