@@ -111,7 +111,7 @@ void mend_signs(CliffordCircuit& circuit, const PauliFrame& images) {
 
 }  // namespace
 
-CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images) {
+CliffordCircuit emitted(const GateList& list) {
   const int n = list.wires();
   Emission emission(n);
   for (const Gate& gate : list.gates) emission.emit(gate);
@@ -126,6 +126,11 @@ CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images) {
     circuit.wires[static_cast<std::size_t>(wire_of(from))] = wire;
   }
   circuit.gates = std::move(emission.gates());
+  return circuit;
+}
+
+CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images) {
+  CliffordCircuit circuit = emitted(list);
   mend_signs(circuit, images);
   return circuit;
 }

@@ -15,6 +15,9 @@ struct CliffordCircuit {
   std::vector<int> wires;
 };
 
+/// A list of gates and its last one-qubit gates as a circuit, whatever signs it has.
+ZELTBRAIDWERK_KERNEL_EXPORT CliffordCircuit emitted(const GateList& list);
+
 /// A list of gates and its last one-qubit gates as a circuit, signs those of the images of X, then
 /// of Z, that the operator has. At most one one-qubit gate on either wire before a CNOT.
 ZELTBRAIDWERK_KERNEL_EXPORT CliffordCircuit to_circuit(const GateList& list,

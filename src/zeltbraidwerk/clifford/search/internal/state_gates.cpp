@@ -13,69 +13,60 @@ void StateGates::fill(const StateGroup& group) {
     place_[static_cast<std::size_t>(q)] = static_cast<int>(qubits_.size());
     qubits_.push_back(q);
   }
-  const std::size_t count = qubits_.size();
-  pairs_.assign(count * (count + 1) / 2, Pair{});
-  single_.assign(count, {});
+  pairs_.assign(qubits_.size() * (qubits_.size() + 1) / 2, {});
+  single_.assign(qubits_.size(), {});
   for (int k = 0; k < n; ++k) {
-    const int weight = group.weight(k);
-    if (weight < 2) continue;
-    const std::int64_t fall = weight_cost(weight - 1) - weight_cost(weight);
-    const std::int64_t rise = weight_cost(weight + 1) - weight_cost(weight);
+    if (group.weight(k) < 2) continue;
+    const double worth = weight_worth(static_cast<std::size_t>(group.weight(k)));
     letters_.clear();
     group.each_letter(k, [&](int q, int label) {
-      letters_.push_back({place_[static_cast<std::size_t>(q)], label - 1});
-    });
-    for (std::size_t j = 0; j < letters_.size(); ++j) {
-      const auto [b, y] = letters_[j];
-      single_[static_cast<std::size_t>(b)][static_cast<std::size_t>(y)] += rise;
-      for (std::size_t i = 0; i < j; ++i) {
-        const auto [a, x] = letters_[i];
-        Pair& both = pair(a, b);
-        both.falls[static_cast<std::size_t>(x)][static_cast<std::size_t>(y)] += fall;
-        both.rises[static_cast<std::size_t>(x)][static_cast<std::size_t>(y)] += rise;
+      const auto [b, y] = letters_.emplace_back(place_[static_cast<std::size_t>(q)], label - 1);
+      for (std::size_t i = 0; i + 1 < letters_.size(); ++i) {
+        pair(letters_[i].first, b)[letters_[i].second][y] += worth;
       }
-    }
+      single_[static_cast<std::size_t>(b)][y] += worth;
+    });
   }
 }
 
-/// A generator with letters x, y on the pair changes under the gate with labels p, q if one of them
-/// is the gate's own or none and the other another one: it loses the first, or gets the gate's.
+/// Under the gate with labels p and q a generator changes that has another label than the gate on
+/// one of the wires, and on the other one the gate's own, which it loses, or none, where it gets
+/// the gate's. A letter less doubles its worth, one more halves it.
 void StateGates::score(int a, int b, std::size_t count, Rng& rng) {
-  const Pair& both = pair(a, b);
-  std::array<std::int64_t, 3> rows{};
-  std::array<std::int64_t, 3> columns{};
-  std::array<std::int64_t, 3> only_a = single_[static_cast<std::size_t>(a)];
-  std::array<std::int64_t, 3> only_b = single_[static_cast<std::size_t>(b)];
-  std::int64_t all = 0;
-  std::int64_t all_a = 0;
-  std::int64_t all_b = 0;
-  for (std::size_t x = 0; x < 3; ++x) {
-    for (std::size_t y = 0; y < 3; ++y) {
-      rows[x] += both.falls[x][y];
-      columns[y] += both.falls[x][y];
-      only_a[x] -= both.rises[x][y];
-      only_b[y] -= both.rises[x][y];
-      all += both.falls[x][y];
+  const std::array<ByLabel, 3>& both = pair(a, b);
+  ByLabel of_a{};
+  ByLabel of_b{};
+  for (std::size_t p = 0; p < 3; ++p) {
+    for (std::size_t q = 0; q < 3; ++q) {
+      of_a[p] += both[p][q];
+      of_b[q] += both[p][q];
     }
   }
-  const auto before = [](const Scored& s, const Scored& t) { return s.change < t.change; };
-  if (all == 0 || (best_.size() == count && all >= best_.front().change)) return;
-  for (std::size_t k = 0; k < 3; ++k) all_a += only_a[k], all_b += only_b[k];
-  for (std::size_t x = 0; x < 3; ++x) {
-    for (std::size_t y = 0; y < 3; ++y) {
-      const std::int64_t fall = rows[x] + columns[y] - 2 * both.falls[x][y];
-      if (fall == 0) continue;
-      // The lowest bits break ties.
-      const std::int64_t change =
-          fall + all_a - only_a[x] + all_b - only_b[y] + static_cast<std::int64_t>(rng.next() & 15);
+  const double all = of_a[0] + of_a[1] + of_a[2];
+  const auto before = [](const Scored& s, const Scored& t) { return s.loss < t.loss; };
+  if (all == 0 || (best_.size() == count && -all >= best_.front().loss)) return;
+  ByLabel only_a = single_[static_cast<std::size_t>(a)];
+  ByLabel only_b = single_[static_cast<std::size_t>(b)];
+  for (std::size_t k = 0; k < 3; ++k) {
+    only_a[k] -= of_a[k];
+    only_b[k] -= of_b[k];
+  }
+  const double only = only_a[0] + only_a[1] + only_a[2] + only_b[0] + only_b[1] + only_b[2];
+  for (std::size_t p = 0; p < 3; ++p) {
+    for (std::size_t q = 0; q < 3; ++q) {
+      const double gain = of_a[p] + of_b[q] - 2 * both[p][q];
+      if (gain <= 0) continue;
+      const double ties = 1 + 0x1p-20 * static_cast<double>(rng.unit());
+      const double loss = ((only - only_a[p] - only_b[q]) / 2 - gain) * ties;
       if (best_.size() == count) {
-        if (change >= best_.front().change) continue;
+        if (loss >= best_.front().loss) continue;
         std::pop_heap(best_.begin(), best_.end(), before);
         best_.pop_back();
       }
-      best_.push_back({change,
-                       {end_of(qubits_[static_cast<std::size_t>(a)], static_cast<int>(x) + 1),
-                        end_of(qubits_[static_cast<std::size_t>(b)], static_cast<int>(y) + 1)}});
+      const auto end = [&](int place, std::size_t label) {
+        return end_of(qubits_[static_cast<std::size_t>(place)], static_cast<int>(label) + 1);
+      };
+      best_.push_back({loss, {end(a, p), end(b, q)}});
       std::push_heap(best_.begin(), best_.end(), before);
     }
   }

@@ -1,46 +1,42 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
+#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
 /// Scores all gates on a group at once, by what they do to its generators as they are.
-class StateGates {
+class ZELTBRAIDWERK_KERNEL_EXPORT StateGates {
  public:
   struct Scored {
-    std::int64_t change;
+    double loss;  ///< of worth; below 0 where a gate gains
     Gate gate;
   };
 
-  /// The `count` gates of least change among those that take a letter from some generator, at
-  /// random among equals; fewer where there are not so many.
+  /// The `count` gates of least loss among those that take a letter from some generator, ties
+  /// broken at random, in no order; fewer where there are not so many.
   const std::vector<Scored>& best(const StateGroup& group, int count, Rng& rng);
 
  private:
-  /// For a pair of qubits a < b, by their labels less one: what is gained where a generator has
-  /// these letters and loses one, and what is lost where it has them and they are told to have
-  /// kept one more.
-  struct Pair {
-    std::array<std::array<std::int64_t, 3>, 3> falls;
-    std::array<std::array<std::int64_t, 3>, 3> rises;
-  };
+  using ByLabel = std::array<double, 3>;  ///< by label less one
 
-  Pair& pair(int a, int b) {  // b above a
+  /// Worth of the generators with each two letters on a pair of qubits, a < b.
+  std::array<ByLabel, 3>& pair(int a, int b) {
     return pairs_[static_cast<std::size_t>(b * (b - 1) / 2 + a)];
   }
   void fill(const StateGroup& group);
   void score(int a, int b, std::size_t count, Rng& rng);
 
-  std::vector<int> qubits_;  // those that are not finished
+  std::vector<int> qubits_;  // not finished yet; the tables are by place in this list
   std::vector<int> place_;
-  std::vector<Pair> pairs_;
-  std::vector<std::array<std::int64_t, 3>> single_;  // what a letter more would cost, by letter
+  std::vector<std::array<ByLabel, 3>> pairs_;
+  std::vector<ByLabel> single_;
+  std::vector<std::pair<int, std::size_t>> letters_;  // of one generator: place, label less one
   std::vector<Scored> best_;
-  std::vector<std::array<int, 2>> letters_;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
@@ -131,24 +130,6 @@ ZELTBRAIDWERK_CLONES int find_light_pairs(const Word* rows, int count, int words
   }
 }
 
-}  // namespace
-std::int64_t weight_costs[1026];
-int StateGroup::spare = 4;
-static const bool init = [] {
-  const char* e = getenv("P");
-  double p = e ? atof(e) : -1;
-  const char* s = getenv("SPARE");
-  if (s) StateGroup::spare = atoi(s);
-  for (int w = 1; w < 1026; ++w) {
-    const char* c = getenv("C");
-    double bonus = c ? atof(c) : 2;
-    const char* g = getenv("G");
-    double x = g ? std::pow(atof(g), w - 2) : std::pow(w / 2.0, p);
-    weight_costs[w] = -(std::int64_t)((1LL << 52) * (w == 1 ? bonus : x));
-  }
-  return true;
-}();
-namespace {
 /// What is needed while a group is looked at, once a thread.
 struct Scratch {
   std::vector<Word> weights;
@@ -301,7 +282,7 @@ StateGroup::Outlook StateGroup::behind(Gate gate) const {
   }
   Outlook outlook{0, 0};
   for (int k = 0; k < n_; ++k) {
-    outlook.cost += weight_cost(static_cast<int>(weights[basis->element(k)]));
+    outlook.worth += weight_worth(weights[basis->element(k)]);
     outlook.hash += hash_behind(gate, basis->element(k));
   }
   return outlook;
@@ -349,12 +330,8 @@ void StateGroup::settle() {
   do {
     basis_.make_least(weights_);
   } while (strip_finished());
-  cost_ = 0;
   left_ = 0;
-  for (int k = 0; k < n_; ++k) {
-    cost_ += weight_cost(weight(k));
-    left_ += weight(k) > 1 ? 1 : 0;
-  }
+  for (int k = 0; k < n_; ++k) left_ += weight(k) > 1 ? 1 : 0;
   find_place();
 }
 

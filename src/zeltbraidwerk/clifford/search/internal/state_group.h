@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -11,11 +13,10 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What a generator of each weight adds to the cost of a group, in whole numbers, so that costs are
-/// the same on every machine.
-extern std::int64_t weight_costs[1026];
-inline std::int64_t weight_cost(int weight) {
-  return weight_costs[weight];
+/// What a generator of each weight is worth: half as much for a letter more. Light generators are
+/// what counts, at every size; powers of two add up the same on every machine.
+inline double weight_worth(std::size_t weight) {
+  return std::bit_cast<double>((1023 - std::min<std::uint64_t>(weight, 1022)) << 52);
 }
 
 /// Which of many elements of a group generate it, and of which generators each is the product.
@@ -63,14 +64,12 @@ class LightBasis {
 /// have one letter each on qubits drawn at random are light, and so are their products of two.
 class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
  public:
-  static int spare;
   StateGroup() = default;
   /// Of independent strings that commute, one a qubit. Signs are not looked at.
   explicit StateGroup(const PauliFrame& generators);
 
   int qubits() const { return n_; }
   int left() const { return left_; }  ///< generators of more than one letter
-  std::int64_t cost() const { return cost_; }
   int label(int q) const { return labels_[static_cast<std::size_t>(q)]; }  ///< 0: not alone yet
 
   int weight(int k) const { return static_cast<int>(weights_[basis_.element(k)]); }
@@ -78,9 +77,10 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
   template <class F>
   void each_letter(int k, F&& f) const;
 
-  /// The cost behind a gate, and a hash of what is there, blind to operations on single qubits.
+  /// What the generators are worth behind a gate, and a hash of them, blind to operations on single
+  /// qubits.
   struct Outlook {
-    std::int64_t cost;
+    double worth;
     std::uint64_t hash;
   };
   Outlook behind(Gate gate) const;
@@ -91,6 +91,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
   void lighten(int rounds, Rng& rng);
 
  private:
+  static constexpr int spare = 4;  ///< elements kept for each generator
+
   /// The letters of all elements on one qubit, and the label that a gate has there as masks.
   struct Side {
     const Word* x;
@@ -120,7 +122,6 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
   int words_ = 0;             // of a string
   std::size_t capacity_ = 0;  // elements, places without one included
   int left_ = 0;
-  std::int64_t cost_ = 0;
   std::size_t place_ = 0;  // of the heaviest element that is no generator
   std::vector<Word> x_;    // by word, then by element
   std::vector<Word> z_;

@@ -1,22 +1,12 @@
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
 
-#include <cassert>
-
 namespace zelt::braidwerk::internal {
 namespace {
 
 template <int wires>
 bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
-  const auto& table = WindowTable<wires>::shared();
-  const WindowRows rows = rows_of(window.gates, wires);
-  const int old = static_cast<int>(window.gates.size());
-  const int distance = table.find(rows).distance;
-  assert(distance <= old);
-  const bool detour = distance == old && rng.chance(uphill);
-  if (old == 1 && distance == 1 && !detour) return false;
-  const WindowRows left = append_circuit(table, rows, detour, rng, rewrite.block);
-  read_ends<wires>(left, rewrite);
-  return true;
+  return rewrite_rows<wires>(rows_of(window.gates, wires), static_cast<int>(window.gates.size()),
+                             uphill, rng, rewrite);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cassert>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_table.h"
@@ -56,6 +58,20 @@ void read_ends(WindowRows left, Rewrite& rewrite) {
     };
     rewrite.ends[i] = {end(0), end(x), end(z), end(static_cast<unsigned>(x ^ z))};
   }
+}
+
+/// Fills `rewrite` for an operator that `old` gates make, which are as many as it takes or more.
+/// False where there is nothing to choose.
+template <int wires>
+bool rewrite_rows(WindowRows rows, int old, float uphill, Rng& rng, Rewrite& rewrite) {
+  const auto& table = WindowTable<wires>::shared();
+  const int distance = table.find(rows).distance;
+  assert(distance <= old);
+  const bool detour = distance == old && rng.chance(uphill);
+  if (old == 1 && distance == 1 && !detour) return false;
+  const WindowRows left = append_circuit(table, rows, detour, rng, rewrite.block);
+  read_ends<wires>(left, rewrite);
+  return true;
 }
 
 /// Replaces windows of Clifford gates by random shortest circuits, or longer ones uphill. What the

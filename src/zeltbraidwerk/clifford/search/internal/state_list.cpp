@@ -1,0 +1,167 @@
+#include "zeltbraidwerk/clifford/search/internal/state_list.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/circuit.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// Multiplies every string by the gate's that anticommutes with it.
+void apply_unsigned(PauliFrame& frame, const Gate& gate) {
+  const auto mask = [](bool set) { return set ? ~Word{0} : Word{0}; };
+  for (int w = 0; w < frame.words(); ++w) {
+    Word odd = 0;
+    for (const End end : {gate.a, gate.b}) {
+      const int q = wire_of(end);
+      odd ^= (frame.x(q)[w] & mask((label_of(end) & label_z) != 0)) ^
+             (frame.z(q)[w] & mask((label_of(end) & label_x) != 0));
+    }
+    for (const End end : {gate.a, gate.b}) {
+      const int q = wire_of(end);
+      if ((label_of(end) & label_x) != 0) frame.x(q)[w] ^= odd;
+      if ((label_of(end) & label_z) != 0) frame.z(q)[w] ^= odd;
+    }
+  }
+}
+
+/// The generators of a state, made by row operations such that on every qubit one of two letters,
+/// X or else Z, is found in a generator of its own, and the other one in what are its neighbours.
+struct GraphForm {
+  BitMatrix own;
+  BitMatrix other;
+  std::vector<int> label;  ///< by qubit: of its own letter
+
+  explicit GraphForm(const PauliFrame& stabilisers)
+      : own(stabilisers.x_planes().transposed()),
+        other(stabilisers.z_planes().transposed()),
+        label(static_cast<std::size_t>(stabilisers.qubits()), label_x) {
+    const int n = std::min(own.rows(), own.cols());
+    for (int q = 0; q < n; ++q) {
+      int pivot = first_with(own, q);
+      if (pivot == n) {
+        pivot = first_with(other, q);
+        exchange_letters(q);
+      }
+      if (pivot == n) continue;
+      own.swap_rows(q, pivot);
+      other.swap_rows(q, pivot);
+      for (int r = 0; r < n; ++r) {
+        if (r == q || !own.get(r, q)) continue;
+        own.add_row(q, r);
+        other.add_row(q, r);
+      }
+    }
+  }
+
+ private:
+  static int first_with(const BitMatrix& letters, int q) {
+    int r = q;
+    while (r < letters.rows() && !letters.get(r, q)) ++r;
+    return r;
+  }
+
+  void exchange_letters(int q) {
+    label[static_cast<std::size_t>(q)] = label_z;
+    for (int r = 0; r < own.rows(); ++r) {
+      const bool bit = own.get(r, q);
+      own.set(r, q, other.get(r, q));
+      other.set(r, q, bit);
+    }
+  }
+};
+
+}  // namespace
+
+GateList by_graph(const PauliFrame& stabilisers) {
+  const GraphForm form(stabilisers);
+  const int n = stabilisers.qubits();
+  GateList list(n, {});
+  for (int a = 0; a < n; ++a) {
+    int degree = 0;
+    for (int b = 0; b < n; ++b) {
+      if (a == b || !form.other.get(a, b)) continue;
+      ++degree;
+      if (a < b) list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});
+    }
+    // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter or, with a
+    // one on the diagonal, the third; X, which goes to the neighbours, the other one.
+    const int own = form.label[static_cast<std::size_t>(a)];
+    const int other = label_x + label_z - own;
+    const int now = label_z ^ (degree % 2 != 0 ? label_x : 0);
+    const int wanted = own ^ (form.other.get(a, a) ? other : 0);
+    list.origin[end_of(a, label_x)] = end_of(a, other);
+    list.origin[end_of(a, now)] = end_of(a, wanted);
+    list.origin[end_of(a, now ^ label_x)] = end_of(a, wanted ^ other);
+  }
+  return list;
+}
+
+GateList backwards(const std::vector<Gate>& apart, const StateGroup& group) {
+  GateList list(group.qubits(), {});
+  // On each wire the label that is left and Z change places.
+  for (int q = 0; q < group.qubits(); ++q) {
+    const int label = group.label(q);
+    if (label != 0) std::swap(list.origin[end_of(q, label)], list.origin[end_of(q, label_z)]);
+  }
+  for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
+    list.gates.push_back({list.origin[gate->a], list.origin[gate->b]});
+  }
+  return list;
+}
+
+PauliFrame stabilisers_behind(const GateList& list, int count) {
+  const int n = list.wires();
+  PauliFrame frame(n, n);
+  for (int q = 0; q < n; ++q) frame.set_letter(q, q, 3);
+  for (int k = 0; k < count; ++k) apply_unsigned(frame, list.gates[static_cast<std::size_t>(k)]);
+  return frame;
+}
+
+GateList continued(GateList begin, const GateList& list, int count) {
+  std::vector<End> now(begin.origin.size());
+  for (std::size_t end = 0; end < now.size(); ++end) {
+    now[begin.origin[end]] = static_cast<End>(end);
+  }
+  for (auto gate = list.gates.begin() + count; gate != list.gates.end(); ++gate) {
+    begin.gates.push_back({now[gate->a], now[gate->b]});
+  }
+  for (std::size_t end = 0; end < now.size(); ++end) {
+    begin.origin[now[end]] = list.origin[end];
+  }
+  return begin;
+}
+
+GateList in_place(GateList list) {
+  const std::vector<End> origin = list.origin;
+  const auto renamed = [&](End end) {
+    return end_of(wire_of(origin[end_of(wire_of(end), label_x)]), label_of(end));
+  };
+  for (Gate& gate : list.gates) gate = {renamed(gate.a), renamed(gate.b)};
+  for (std::size_t end = 0; end < origin.size(); ++end) {
+    list.origin[renamed(static_cast<End>(end))] = origin[end];
+  }
+  return list;
+}
+
+std::vector<structures::Gate> preparation(const GateList& list, const PauliFrame& stabilisers) {
+  const int n = list.wires();
+  const std::vector<structures::Gate> gates = emitted(list).gates;
+  // Back to where the zeros come in, every stabiliser is a product of Z. X on a qubit turns the
+  // sign of those with Z there.
+  PauliFrame before = stabilisers;
+  for (const structures::Gate& gate : inverted(gates)) before.apply(gate);
+  const BitMatrix solution = inverse(before.z_planes().transposed());
+  std::vector<structures::Gate> circuit;
+  for (int q = 0; q < n; ++q) {
+    Word odd = 0;
+    for (int w = 0; w < before.words(); ++w) odd ^= solution.row(q)[w] & before.signs()[w];
+    if ((std::popcount(odd) & 1) != 0) circuit.emplace_back("X", std::vector<int>{q});
+  }
+  circuit.insert(circuit.end(), gates.begin(), gates.end());
+  return circuit;
+}
+
+}  // namespace zelt::braidwerk::internal

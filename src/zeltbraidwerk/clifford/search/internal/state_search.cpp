@@ -1,0 +1,157 @@
+#include "zeltbraidwerk/clifford/search/internal/state_search.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "zeltbraidwerk/clifford/search/internal/state_list.h"
+#include "zeltbraidwerk/clifford/search/internal/state_problem.h"
+#include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// Up to here the greedy run is a matter of milliseconds, and made whatever the effort.
+constexpr int few_wires = 64;
+
+class Search {
+ public:
+  Search(const PauliFrame& stabilisers, const StateOptions& options, const Effort& effort)
+      : wires_(stabilisers.qubits()),
+        rng_(options.seed, options.stream),
+        meter_(effort),
+        start_(stabilisers),
+        best_(by_graph(stabilisers)),
+        depth_(depth_of(best_.gates, wires_)) {}
+
+  GateList run() {
+    report();
+    if (best_.count() == 0) return best_;
+    if (wires_ <= few_wires || !meter_.ended()) start_.lighten(first_rounds, rng_);
+    greedy();
+    beam(4);
+    for (int round = 0; !meter_.ended() && best_.count() > 1; ++round) {
+      walk(std::uint64_t{1} << std::min(first_walk + round, 40), round == 0 ? 3 : 4);
+      renew(4 << std::min(round, 20));
+      beam(8 << std::min(round, widest));
+    }
+    return best_;
+  }
+
+ private:
+  static constexpr int first_rounds = 100;
+  static constexpr int first_walk = 12;
+  static constexpr int widest = 10;
+
+  /// Of circuits of the same length the shallower one is kept.
+  void take(const GateList& list) {
+    if (list.count() > best_.count()) return;
+    const int depth = depth_of(list.gates, wires_);
+    if (list.count() == best_.count() && depth >= depth_) return;
+    best_ = list;
+    depth_ = depth;
+    report();
+  }
+  void report() const { meter_.better(best_.count(), depth_); }
+
+  template <class Found>
+  void search_from(const StateGroup& group, int width, Meter& meter, Found&& take) {
+    StateProblem problem(wires_, rng_);
+    BeamOptions options;
+    options.width = width;
+    options.patience = 100;
+    BeamSearch<StateProblem> search(problem, options, rng_, meter);
+    for (const auto& found : search.run(group)) {
+      std::vector<Gate> apart;
+      for (const StateProblem::Move& move : found.moves) apart.push_back(move.gate);
+      take(backwards(apart, found.state));
+    }
+  }
+
+  void greedy() {
+    const Effort own;
+    Meter unlimited(own);
+    search_from(start_, 1, wires_ <= few_wires ? unlimited : meter_,
+                [&](const GateList& list) { take(list); });
+  }
+
+  void beam(int width) {
+    search_from(start_, width, meter_, [&](const GateList& list) { take(list); });
+  }
+
+  void walk(std::uint64_t steps, int window) {
+    StateRewriter rewriter(window);
+    walk_round(best_, rewriter, steps, Cooling{}, rng_, meter_,
+               [&](const GateList& list, bool shorter) {
+                 const int depth = depth_of(list.gates, wires_);
+                 if (!shorter && depth >= depth_) return false;
+                 depth_ = depth;
+                 meter_.better(list.count(), depth_);
+                 return true;
+               });
+  }
+
+  /// Searches again for what leads up to random gates, from the best circuit on and then from what
+  /// comes of it, as long as it is no longer.
+  void renew(int tries) {
+    GateList now = best_;
+    for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
+      const int cut = 2 + rng_.below(now.count() - 1);
+      StateGroup group(stabilisers_behind(now, cut));
+      group.lighten(renewed_rounds, rng_);
+      search_from(group, 1, meter_, [&](GateList begin) {
+        if (begin.count() > cut) return;
+        now = continued(std::move(begin), now, cut);
+        take(now);
+      });
+    }
+  }
+  static constexpr int renewed_rounds = 16;
+
+  int wires_;
+  Rng rng_;
+  Meter meter_;
+  StateGroup start_;
+  GateList best_;
+  int depth_;
+};
+
+bool rows_are_independent(BitMatrix m) {
+  for (int r = 0; r < m.rows(); ++r) {
+    int pivot = 0;
+    while (pivot < m.cols() && !m.get(r, pivot)) ++pivot;
+    if (pivot == m.cols()) return false;
+    for (int other = r + 1; other < m.rows(); ++other) {
+      if (m.get(other, pivot)) m.add_row(r, other);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool stabilise_a_state(const PauliFrame& strings) {
+  const int n = strings.qubits();
+  if (strings.rows() != n) return false;
+  BitMatrix both(n, 2 * n);
+  const BitMatrix x = strings.x_planes().transposed();
+  const BitMatrix z = strings.z_planes().transposed();
+  std::vector<Word> odd(static_cast<std::size_t>(strings.words()));
+  for (int r = 0; r < n; ++r) {
+    strings.anticommuting_rows(strings, r, odd.data());
+    if (std::ranges::any_of(odd, [](Word word) { return word != 0; })) return false;
+    for (int q = 0; q < n; ++q) {
+      both.set(r, q, x.get(r, q));
+      both.set(r, n + q, z.get(r, q));
+    }
+  }
+  return rows_are_independent(std::move(both));
+}
+
+StateResult search_state(const PauliFrame& stabilisers, const StateOptions& options,
+                         const Effort& effort) {
+  Search search(stabilisers, options, effort);
+  const GateList list = in_place(search.run());
+  return {preparation(list, stabilisers), list.count(), depth_of(list.gates, list.wires())};
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+
+namespace zelt::braidwerk::internal {
+
+struct StateOptions {
+  std::uint64_t seed = 0;
+  std::uint64_t stream = 0;  ///< one a run
+};
+
+struct StateResult {
+  std::vector<structures::Gate> gates;  ///< CNOT, and H, S, RX by pi/2, X
+  int count = 0;                        ///< gates on two wires
+  int depth = 0;                        ///< layers of these
+};
+
+/// Independent strings that commute, one a qubit: the stabilisers of one state.
+ZELTBRAIDWERK_KERNEL_EXPORT bool stabilise_a_state(const PauliFrame& strings);
+
+/// A circuit of few CNOTs that turns zeros into the state with these stabilisers, signs included.
+/// One greedy run whatever the effort; then wider beams, a walk, and new beginnings of the circuit
+/// in turns until it ends. Strings that stabilise no state give a circuit of another one.
+ZELTBRAIDWERK_KERNEL_EXPORT StateResult search_state(const PauliFrame& stabilisers,
+                                                     const StateOptions& options,
+                                                     const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal
