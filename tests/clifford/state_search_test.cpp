@@ -1,0 +1,227 @@
+#include "zeltbraidwerk/clifford/search/internal/state_search.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "support/dense.h"
+#include "support/pauli.h"
+#include "zeltbraidwerk/clifford/search/internal/state_group.h"
+
+namespace {
+
+using namespace support;
+using namespace zelt::braidwerk::internal;
+using structures::Gate;
+using Move = zelt::braidwerk::internal::Gate;
+
+PauliFrame frame_of(const std::vector<SignedString>& strings, int n) {
+  PauliFrame frame(n, static_cast<int>(strings.size()));
+  for (int r = 0; r < frame.rows(); ++r) {
+    const auto& [negative, letters] = strings[static_cast<std::size_t>(r)];
+    frame.set_negative(r, negative);
+    for (int q = 0; q < n; ++q) {
+      const auto code = std::string("IXYZ").find(letters[static_cast<std::size_t>(q)]);
+      frame.set_letter(r, q, static_cast<unsigned char>(code));
+    }
+  }
+  return frame;
+}
+
+std::vector<SignedString> graph_state(int n, double density, std::mt19937& rng) {
+  std::vector<SignedString> strings(static_cast<std::size_t>(n));
+  std::bernoulli_distribution edge(density);
+  for (int a = 0; a < n; ++a) {
+    auto& [negative, letters] = strings[static_cast<std::size_t>(a)];
+    negative = rng() % 2 != 0;
+    letters.resize(static_cast<std::size_t>(n), 'I');
+    letters[static_cast<std::size_t>(a)] = 'X';
+    for (int b = 0; b < a; ++b) {
+      if (!edge(rng)) continue;
+      letters[static_cast<std::size_t>(b)] = 'Z';
+      strings[static_cast<std::size_t>(b)].second[static_cast<std::size_t>(a)] = 'Z';
+    }
+  }
+  return strings;
+}
+
+int edges_of(const std::vector<SignedString>& strings) {
+  int ends = 0;
+  for (const auto& [negative, letters] : strings) {
+    ends += static_cast<int>(std::ranges::count(letters, 'Z'));
+  }
+  return ends / 2;
+}
+
+/// Independent products of Z with random signs, carried through a random circuit.
+std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
+  const auto any = [&] { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+  std::vector<Gate> circuit;
+  for (int k = 0; k < gates; ++k) {
+    const int a = any();
+    const int b = any();
+    circuit.push_back(rng() % 2 ? Gate::H(a) : Gate::S(a));
+    if (a != b) circuit.push_back(Gate::CNOT(a, b));
+  }
+  const auto tableau = tableau_of(circuit, n);
+  std::vector<SignedString> strings;
+  for (int r = 0; r < n; ++r) {
+    std::string letters(static_cast<std::size_t>(n), 'I');
+    letters[static_cast<std::size_t>(r)] = 'Z';
+    for (int q = 0; q < r; ++q) letters[static_cast<std::size_t>(q)] = rng() % 2 ? 'Z' : 'I';
+    strings.push_back(carried(letters, tableau));
+    if (rng() % 2) strings.back().first = !strings.back().first;
+  }
+  std::ranges::shuffle(strings, rng);
+  return strings;
+}
+
+/// Back through the circuit, by the tableau of its inverse, every stabiliser is plus a product of
+/// Z.
+bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>& strings) {
+  std::vector<Gate> inverse(circuit.rbegin(), circuit.rend());
+  for (Gate& gate : inverse) {
+    for (auto& angle : gate.params) angle = angle.flip_sign();
+  }
+  const auto tableau = tableau_of(inverse, static_cast<int>(strings.size()));
+  return std::ranges::all_of(strings, [&](const SignedString& string) {
+    const auto [negative, letters] = carried(string.second, tableau);
+    return negative == string.first && letters.find_first_of("XY") == std::string::npos;
+  });
+}
+
+StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
+                     std::uint64_t seed = 1) {
+  Effort effort;
+  effort.steps = steps;
+  return search_state(frame_of(strings, static_cast<int>(strings.size())), {.seed = seed}, effort);
+}
+
+void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps) {
+  const StateResult found = searched(strings, steps);
+  ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
+  const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
+  EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
+  EXPECT_LE(found.depth, found.count);
+}
+
+TEST(StateSearch, prepares_states_with_their_signs) {
+  std::mt19937 rng(1);
+  for (const int n : {0, 1, 2, 3, 4, 5, 6, 8, 11, 17, 33, 50}) {
+    for (int round = 0; round < (n < 10 ? 40 : 4); ++round) {
+      const std::uint64_t steps = round % 4 == 0 ? 0 : 100U << (round % 8);
+      const auto gates = static_cast<int>(rng() % 4U) * n;
+      expect_prepared(n == 0 ? graph_state(0, 0, rng) : random_state(n, gates, rng), steps);
+      expect_prepared(graph_state(n, 0.2 * (round % 5), rng), steps);
+    }
+  }
+}
+
+TEST(StateSearch, takes_more_qubits_than_a_word_has_bits) {
+  std::mt19937 rng(2);
+  for (const int n : {64, 65, 130}) {
+    expect_prepared(graph_state(n, 3.0 / n, rng), 400);
+    expect_prepared(random_state(n, n / 2, rng), 400);
+  }
+  expect_prepared(graph_state(70, 0.5, rng), 0);
+}
+
+/// Qubits are counted from the left, signs of stabilisers are those of the state.
+TEST(StateSearch, turns_zeros_into_the_state_itself) {
+  const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};
+  const StateResult found = searched(strings, 100);
+  ASSERT_TRUE(stabilise_a_state(frame_of(strings, 3)));
+  EXPECT_EQ(found.count, 2);
+  const Dense circuit = unitary(found.gates, 3);
+  for (const auto& [negative, letters] : strings) {
+    const Dense moved = pauli(letters) * circuit;
+    for (std::size_t row = 0; row < 8; ++row) {
+      const auto sign = negative ? -1.0 : 1.0;
+      EXPECT_NEAR(std::abs(moved(row, 0) - sign * circuit(row, 0)), 0, 1e-9) << letters;
+    }
+  }
+}
+
+TEST(StateSearch, finds_the_trees_behind_dense_graphs) {
+  std::mt19937 rng(3);
+  for (const int n : {2, 5, 9, 20}) {
+    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).count, n - 1) << n;
+    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).count, 0) << n;
+  }
+  for (int round = 0; round < 10; ++round) {
+    const auto sparse = graph_state(30, 0.05, rng);
+    EXPECT_LE(searched(sparse, 0).count, edges_of(sparse));
+  }
+}
+
+TEST(StateSearch, does_the_same_again_and_better_with_more_steps) {
+  std::mt19937 rng(4);
+  const auto strings = graph_state(18, 0.5, rng);
+  const StateResult first = searched(strings, 3000, 7);
+  EXPECT_EQ(searched(strings, 3000, 7).gates, first.gates);
+  EXPECT_NE(searched(strings, 3000, 8).gates, first.gates);
+  int last = searched(strings, 0).count;
+  EXPECT_GT(edges_of(strings), last);
+  for (const std::uint64_t steps : {50, 500, 5000, 20000}) {
+    const int count = searched(strings, steps).count;
+    EXPECT_LE(count, last) << steps;
+    last = count;
+  }
+}
+
+TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {
+  const std::vector<std::vector<SignedString>> wrong{
+      {{false, "XI"}, {false, "ZI"}},                    // do not commute
+      {{false, "XX"}, {true, "XX"}},                     // one and the same
+      {{false, "II"}, {false, "IZ"}},                    // nothing
+      {{false, "XXI"}, {false, "IXX"}, {false, "XIX"}},  // one the product of the others
+  };
+  for (const auto& strings : wrong) {
+    const int n = static_cast<int>(strings.size());
+    EXPECT_FALSE(stabilise_a_state(frame_of(strings, n)));
+    searched(strings, 500);
+  }
+  EXPECT_FALSE(stabilise_a_state(frame_of({{false, "ZI"}}, 2)));
+  EXPECT_TRUE(stabilise_a_state(frame_of({{true, "ZX"}, {false, "XZ"}}, 2)));
+}
+
+/// What a gate is told to make of the generators is what it makes of them, and products found are
+/// never heavier than what was known.
+TEST(StateGroup, foresees_what_a_gate_does) {
+  std::mt19937 rng(5);
+  Rng draws(5, 0);
+  const auto worth = [](const StateGroup& group) {
+    double sum = 0;
+    for (int k = 0; k < group.qubits(); ++k) {
+      sum += weight_worth(static_cast<std::size_t>(group.weight(k)));
+    }
+    return sum;
+  };
+  for (const int n : {3, 10, 40, 66}) {
+    StateGroup group(frame_of(random_state(n, 3 * n, rng), n));
+    for (int k = 0; k < 20 && group.left() > 0; ++k) {
+      const double before = worth(group);
+      group.lighten(3, draws);
+      EXPECT_GE(worth(group), before);
+      std::vector<int> open;
+      for (int q = 0; q < n; ++q) {
+        if (group.label(q) == 0) open.push_back(q);
+      }
+      std::ranges::shuffle(open, rng);
+      const auto label = [&] { return static_cast<int>(rng() % 3U) + 1; };
+      const Move gate{end_of(open[0], label()),
+                                                 end_of(open[1], label())};
+      const double foreseen = group.behind(gate).worth;
+      const int left = group.left();
+      group.apply(gate);
+      // A qubit that comes to be finished is taken out of the others, which is not foreseen.
+      if (group.left() == left) {
+        EXPECT_DOUBLE_EQ(worth(group), foreseen);
+      }
+      EXPECT_GE(worth(group), foreseen);
+    }
+  }
+}
+
+}  // namespace
