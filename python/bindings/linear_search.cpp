@@ -146,6 +146,14 @@ void bind_linear_search(nb::module_& m) {
   nb::class_<SearchControl>(m, "_SearchControl")
       .def(nb::init<std::optional<double>>(), "seconds"_a.none())
       .def("stop", [](SearchControl& c) { c.stop = true; })
+      .def("news",
+           [](SearchControl& c) {
+             std::vector<std::tuple<double, int, int>> news;
+             for (const auto& point : c.news()) {
+               news.emplace_back(point.seconds, point.count, point.depth);
+             }
+             return news;
+           })
       .def("ended", [](const SearchControl& c) { return c.control(0).stop_requested(); });
   m.def(
       "_best_of_runs",

@@ -12,7 +12,9 @@ NB_MODULE(_core, m) {
   bind_linear_search(m);
   bind_graphs(m);
   bind_graph_state(m);
+  bind_state_search(m);
   bind_device_search(m);
+  bind_cnot_search(m);
   bind_pauli(m);
   bind_pauli_search(m);
   bind_pauli_steps(m);

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <limits>
+#include <mutex>
 #include <numeric>
 #include <optional>
 #include <tuple>
@@ -15,6 +18,7 @@
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/linear/internal/closing.h"
+#include "zeltbraidwerk/search/internal/effort.h"
 
 /// \file
 /// What the searches of all families share. A search is a number of runs; a run draws from a stream
@@ -38,8 +42,33 @@ struct SearchControl {
     return {deadline, &stop, static_cast<int>(std::min(cap, 1L << 30)), nullptr};
   }
 
+  /// For a run of the search engine; without steps it goes on to the deadline, or until stopped.
+  internal::Effort effort(std::optional<std::uint64_t> steps) {
+    internal::Effort result;
+    result.control = control(0);
+    result.steps = steps.value_or(std::numeric_limits<std::uint64_t>::max());
+    result.on_better = [this](internal::SearchPoint point) {
+      point.seconds =
+          std::chrono::duration<double>(internal::Control::Clock::now() - start).count();
+      const std::lock_guard lock(mutex);
+      points.push_back(point);
+    };
+    return result;
+  }
+
+  /// What runs have told since the last call.
+  std::vector<internal::SearchPoint> news() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(points, {});
+  }
+
   std::optional<internal::Control::Clock::time_point> deadline;
   std::atomic<bool> stop = false;
+  internal::Control::Clock::time_point start = internal::Control::Clock::now();
+
+ private:
+  std::mutex mutex;
+  std::vector<internal::SearchPoint> points;
 };
 
 /// Fewer gates first, or fewer layers first; the other decides where they are equal.

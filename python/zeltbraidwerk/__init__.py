@@ -1,6 +1,6 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors, graph_state, linear, pauli, phase, routing
+from zeltbraidwerk import core, errors, gallery, graph_state, linear, pauli, phase, plot, routing
 from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -17,9 +17,11 @@ __all__ = [
     "__version__",
     "core",
     "errors",
+    "gallery",
     "graph_state",
     "linear",
     "pauli",
     "phase",
+    "plot",
     "routing",
 ]

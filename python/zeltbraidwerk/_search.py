@@ -13,7 +13,7 @@ import time
 from collections.abc import Callable, Sequence
 from concurrent.futures import FIRST_COMPLETED, Future, ThreadPoolExecutor, wait
 from dataclasses import dataclass
-from typing import Any, Generic, Protocol, TypeVar
+from typing import Any, Generic, NamedTuple, Protocol, TypeVar
 
 from zeltbraidwerk import _validate, errors
 
@@ -21,6 +21,8 @@ T = TypeVar("T")
 
 _STRETCH_SECONDS = 0.02  # long against what a stretch costs to start, short to a person
 _BEHIND = 0.05  # a lane whose best is this much longer than the best of all gets half its time
+_LOOK_SECONDS = 0.05  # between two looks at what runs tell
+SEARCH_STEPS = 200_000  # of a run of the search engine, where neither steps nor time are said
 
 
 @dataclass(frozen=True)
@@ -31,22 +33,83 @@ class Effort:
     restarts: int | None
     budget: float | None
     jobs: int
+    steps: int | None = None
 
     @classmethod
-    def checked(cls, seed: Any, restarts: Any, budget: Any, jobs: Any) -> Effort:
+    def checked(cls, seed: Any, restarts: Any, budget: Any, jobs: Any, steps: Any = None) -> Effort:
         return cls(
             None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1),
             None if restarts is None else _validate.integer(restarts, "restarts", 1, 2**31 - 1),
             None if budget is None else _validate.seconds(budget, "budget"),
             (os.cpu_count() or 1) if jobs is None else _validate.integer(jobs, "jobs", 1, 1024),
+            None if steps is None else _validate.integer(steps, "steps", 0, 2**63 - 1),
         )
+
+    @property
+    def search_steps(self) -> int | None:
+        """Steps of a run of the search engine; None: to the end of the budget."""
+        if self.steps is None and self.budget is None:
+            return SEARCH_STEPS
+        return self.steps
+
+    @property
+    def search_runs(self) -> int:
+        """Runs of the search engine. To the end of a budget, one each job."""
+        if self.restarts is not None:
+            return self.restarts
+        return self.jobs if self.search_steps is None else 1
 
 
 class Control(Protocol):
-    """A deadline and a stop flag that all kernels of one search look at."""
+    """A deadline and a stop flag that all kernels of one search look at, and what they tell."""
 
     def stop(self) -> None: ...
     def ended(self) -> bool: ...
+    def news(self) -> list[tuple[float, int, int]]:
+        """Seconds, counts and depths of the circuits found since the last call."""
+        ...
+
+
+class Point(NamedTuple):
+    """The best circuit at a moment of a search."""
+
+    seconds: float
+    count: int
+    depth: int
+
+
+class Progress(int):
+    """The objective as an int, and all that there is to tell of the best circuit so far."""
+
+    count: int
+    depth: int
+    seconds: float
+
+    def __new__(cls, objective: int, point: Point) -> Progress:
+        self = super().__new__(cls, objective)
+        self.seconds, self.count, self.depth = point
+        return self
+
+
+class Trace:
+    """Hears of circuits, keeps the moments at which the best one got better, and tells of them."""
+
+    def __init__(self, by_depth: bool, progress: Callable[[Progress], object] | None) -> None:
+        self.points: list[Point] = []
+        self.by_depth = by_depth
+        self._progress = progress
+        self._best: tuple[int, int] | None = None
+
+    def hear(self, point: Point) -> None:
+        _, count, depth = point
+        key = (depth, count) if self.by_depth else (count, depth)
+        if self._best is not None and self._best <= key:
+            return
+        objective_fell = self._best is None or key[0] < self._best[0]
+        self._best = key
+        self.points.append(point)
+        if self._progress is not None and objective_fell:
+            self._progress(Progress(key[0], point))
 
 
 class Lane(Generic[T]):
@@ -84,14 +147,28 @@ class Lane(Generic[T]):
         return time.perf_counter() - start, found
 
 
+def search_lane(
+    run: Callable[[int], T], key: Callable[[T], tuple[int, ...]], effort: Effort
+) -> Lane[T]:
+    """The runs of the search engine; each is a stream of the seed."""
+
+    def stretch(first: int, last: int) -> tuple[int, T]:
+        return min(((k, run(k)) for k in range(first, last)), key=lambda made: key(made[1]))
+
+    return Lane(stretch, effort.search_runs)
+
+
 class Search(Generic[T]):
     """The best value so far, also when the search is broken off by an exception."""
 
-    def __init__(self, key: Callable[[T], tuple[int, ...]], control: Control) -> None:
+    def __init__(
+        self, key: Callable[[T], tuple[int, ...]], control: Control, look: Callable[[], object]
+    ) -> None:
         self.best: T | None = None
         self.runs = 0
         self._key = key
         self._control = control
+        self._look = look
         self._rank: tuple[tuple[int, ...], int, int] | None = None
 
     def work(self, lanes: Sequence[Lane[T]], jobs: int, on_better: Callable[[T], object]) -> None:
@@ -107,13 +184,18 @@ class Search(Generic[T]):
                         lanes[place].seconds += _STRETCH_SECONDS
                     if not running:
                         return
-                    for task in wait(running, return_when=FIRST_COMPLETED).done:
+                    ended = wait(running, _LOOK_SECONDS, FIRST_COMPLETED).done
+                    self._look()
+                    for task in ended:
                         place, length = running.pop(task)
                         self.runs += length
                         if self._finish(lanes[place], place, length, *task.result()):
                             on_better(self.best)  # type: ignore[arg-type]
             except BaseException:
                 self._control.stop()
+                for task, (place, length) in running.items():  # what they have found by now counts
+                    if not task.cancel() and task.exception() is None:
+                        self._finish(lanes[place], place, length, *task.result())
                 raise
 
     def _next_lane(self, lanes: Sequence[Lane[T]]) -> int | None:
@@ -147,14 +229,25 @@ def best_of(
     control: Control,
     key: Callable[[T], tuple[int, ...]],
     result: Callable[[T, int], Any],
-    progress: Callable[[int], object] | None,
+    trace: Trace,
 ) -> tuple[T, int]:
-    """The best value and the number of runs. Raises what the package says where nothing was found,
-    and where Ctrl-C came; ``result`` makes of the best so far what that exception holds."""
+    """The best value and the number of runs. ``key`` gives count and depth, or depth and count, as
+    the trace has them. Raises what the package says where nothing was found, and where Ctrl-C came;
+    ``result`` makes of the best so far what that exception holds."""
     start = time.perf_counter()
-    search = Search[T](key, control)
+
+    def better(found: T) -> None:
+        first, second = key(found)[:2]
+        count, depth = (second, first) if trace.by_depth else (first, second)
+        trace.hear(Point(time.perf_counter() - start, count, depth))
+
+    def look() -> None:
+        for point in control.news():
+            trace.hear(Point(*point))
+
+    search = Search[T](key, control, look)
     try:
-        search.work(lanes, jobs, lambda found: progress and progress(key(found)[0]))
+        search.work(lanes, jobs, better)
     except KeyboardInterrupt:
         best = None if search.best is None else result(search.best, search.runs)
         raise errors.Interrupted(f"stopped, best so far: {best}", best) from None

@@ -128,6 +128,7 @@ def synthesize(
     runs = effort.restarts
     if runs is None and effort.budget is None:
         runs = _DEFAULT_RUNS
+    trace = _search.Trace(by_depth, progress)
     lanes = [
         _search.Lane(partial(run, name), 1 if name == "naive" else runs)
         for name in (_METHODS if method == "auto" else (method,))
@@ -144,7 +145,7 @@ def synthesize(
             seconds=time.perf_counter() - start,
         )
 
-    return result(*_search.best_of(lanes, effort.jobs, control, key, result, progress))
+    return result(*_search.best_of(lanes, effort.jobs, control, key, result, trace))
 
 
 def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:

@@ -237,7 +237,12 @@ class _PauliSearch:
             for lane, runs in self._lanes(method).items()
         ]
         best = _search.best_of(
-            lanes, self._effort.jobs, self._control, self._key, self._result, progress
+            lanes,
+            self._effort.jobs,
+            self._control,
+            self._key,
+            self._result,
+            _search.Trace(self._by_depth, progress),
         )
         return self._result(*best)
 

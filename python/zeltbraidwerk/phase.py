@@ -309,7 +309,8 @@ class _PhaseSearch:
             runs = _DEFAULT_RUNS if self._site is None else _DEFAULT_RUNS_ON_DEVICE
         found, made = _search.best_of(
             [_search.Lane(partial(self._run, name), runs) for name in names],
-            self._effort.jobs, self._control, self._key, self._result, progress,
+            self._effort.jobs, self._control, self._key, self._result,
+            _search.Trace(self._objective == "depth", progress),
         )  # fmt: skip
         if self._ending != "return":
             try:

@@ -179,7 +179,8 @@ def _run(kernel: Callable[..., _Routed | None], budget: float | None) -> _Routed
         return None if found is None else (0, found)
 
     lane = _search.Lane(run, 1)
-    found, _ = _search.best_of([lane], 1, control, lambda _: (0,), lambda *_: None, None)
+    trace = _search.Trace(False, None)
+    found, _ = _search.best_of([lane], 1, control, lambda _: (0, 0), lambda *_: None, trace)
     return found
 
 

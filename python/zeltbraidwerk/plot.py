@@ -1,0 +1,53 @@
+"""Pictures of results, for a notebook. They need matplotlib."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any, Literal, Protocol
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+
+    from zeltbraidwerk._search import Point
+
+__all__ = ["best_over_time"]
+
+
+class Traced(Protocol):
+    """A result of any family; ``trace`` holds the moments at which its best became better."""
+
+    @property
+    def trace(self) -> Sequence[Point]: ...
+
+
+def best_over_time(
+    *results: Traced, axes: Any = None, value: Literal["count", "depth"] = "count"
+) -> Any:
+    """Draws the best count, or depth, of each result against the seconds of its search, a line a
+    result. Returns the axes: those given, or new ones.
+
+    >>> import zeltbraidwerk as zb
+    >>> matrix = zb.gallery.random_invertible(8, 1)[0]
+    >>> result = zb.linear.synthesize(matrix, method="search", seed=1)
+    >>> axes = zb.plot.best_over_time(result)  # doctest: +SKIP
+    """
+    if value not in ("count", "depth"):
+        raise ValueError(f"value: got {value!r}, wanted 'count' or 'depth'")
+    if axes is None:
+        try:
+            from matplotlib import pyplot
+        except ImportError as error:
+            raise ImportError(
+                "best_over_time draws with matplotlib: pip install matplotlib"
+            ) from error
+        axes = pyplot.figure().add_subplot()
+    for k, result in enumerate(results):
+        seconds = [point.seconds for point in result.trace]
+        values = [getattr(point, value) for point in result.trace]
+        label = f"{k}: {getattr(result, 'method', '')}".rstrip(": ")
+        axes.step(seconds, values, where="post", label=label, marker=".")
+    axes.set_xscale("log")
+    axes.set_xlabel("seconds")
+    axes.set_ylabel("gates on two qubits" if value == "count" else "layers")
+    if len(results) > 1:
+        axes.legend()
+    return axes
