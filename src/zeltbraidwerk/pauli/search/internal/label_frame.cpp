@@ -74,20 +74,19 @@ std::uint64_t LabelFrame::hash_behind(const Gate& gate) const {
   return sum;
 }
 
-PauliFrame LabelFrame::images() const {
+PauliFrame LabelFrame::preimages() const {
   const int n = qubits();
-  PauliFrame images(n, 2 * n);
+  PauliFrame strings(n, 2 * n);
   const auto bit = [](const Word* plane, int q) {
     return ((plane[q / word_bits] >> (q % word_bits)) & 1) != 0;
   };
-  for (int p = 0; p < n; ++p) {
-    for (int q = 0; q < n; ++q) {
-      // A letter has an X where the string anticommutes with what Z stands for, and so on.
-      images.set_letter(q, p, letter_of(bit(of_z(p) + words_, q), bit(of_x(p) + words_, q)));
-      images.set_letter(n + q, p, letter_of(bit(of_z(p), q), bit(of_x(p), q)));
+  for (int q = 0; q < n; ++q) {
+    for (int p = 0; p < n; ++p) {
+      strings.set_letter(q, p, letter_of(bit(of_x(q), p), bit(of_x(q) + words_, p)));
+      strings.set_letter(n + q, p, letter_of(bit(of_z(q), p), bit(of_z(q) + words_, p)));
     }
   }
-  return images;
+  return strings;
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -35,8 +35,8 @@ class LabelFrame {
   /// Of the frame behind one more gate.
   std::uint64_t hash_behind(const Gate& gate) const;
 
-  /// The images of X and of Z on the qubits in front, all with a plus.
-  PauliFrame images() const;
+  /// What X and then Z on the wires stand for, all with a plus.
+  PauliFrame preimages() const;
 
  private:
   std::size_t width() const { return 2 * static_cast<std::size_t>(words_); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
@@ -16,7 +17,8 @@ class LetterRows {
   LetterRows(int qubits, int capacity)
       : words_(words_for(qubits)),
         capacity_(static_cast<std::size_t>(capacity)),
-        data_(2 * static_cast<std::size_t>(words_) * capacity_) {}
+        data_(2 * static_cast<std::size_t>(words_) * capacity_),
+        weights_(capacity_) {}
 
   int count() const { return count_; }
   bool full() const { return static_cast<std::size_t>(count_) == capacity_; }
@@ -28,11 +30,7 @@ class LetterRows {
 
   void play(const Gate& gate);
 
-  int weight(int row) const {
-    int weight = 0;
-    for (int w = 0; w < words_; ++w) weight += std::popcount(x(w)[row] | z(w)[row]);
-    return weight;
-  }
+  int weight(int row) const { return weights_[static_cast<std::size_t>(row)]; }
   /// Writes 3 * qubit + label - 1 of every letter, ascending; returns how many.
   int letters(int row, int* out) const;
   int label(int row, int q) const {
@@ -51,6 +49,7 @@ class LetterRows {
   int count_ = 0;
   std::size_t capacity_ = 0;
   std::vector<Word> data_;
+  std::vector<std::uint16_t> weights_;
 };
 
 inline int LetterRows::letters(int row, int* out) const {
@@ -74,6 +73,7 @@ void LetterRows::keep_if(F&& keep) {
     if (!keep(row)) continue;
     if (kept != row) {
       for (int w = 0; w < 2 * words_; ++w) x(w)[kept] = x(w)[row];
+      weights_[static_cast<std::size_t>(kept)] = weights_[static_cast<std::size_t>(row)];
     }
     ++kept;
   }

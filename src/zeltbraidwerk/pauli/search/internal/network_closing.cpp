@@ -4,7 +4,7 @@
 #include <numeric>
 #include <tuple>
 
-#include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 
 namespace zelt::braidwerk::internal {
@@ -92,10 +92,12 @@ std::vector<NetworkEvent> with_swaps(const std::vector<NetworkEvent>& events,
 
 }  // namespace
 
-NetworkTail close_tail(const LabelFrame& frame) {
-  const int n = frame.qubits();
-  Elimination undone = eliminate_clifford(frame.images(), false);
-  return {labelled(undone.gates, n), std::move(undone.wires)};
+NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort& effort) {
+  CliffordOptions options;
+  options.outputs = Outputs::free;
+  options.seed = seed;
+  CliffordResult undone = search_clifford(frame.preimages(), options, effort);
+  return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
 }
 
 int swaps_of(const std::vector<int>& wires) {

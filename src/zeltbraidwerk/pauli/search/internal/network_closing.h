@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -13,8 +13,9 @@ struct NetworkTail {
   std::vector<int> wires;
 };
 
-/// Undoes the gates of a network, given what their labels stand for at its end.
-NetworkTail close_tail(const LabelFrame& frame);
+/// Undoes the gates of a network, given what their labels stand for at its end. Takes one greedy
+/// run at least.
+NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort& effort);
 
 /// Swaps that it takes to bring every qubit back to its own wire.
 int swaps_of(const std::vector<int>& wires);

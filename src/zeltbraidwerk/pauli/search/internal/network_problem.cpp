@@ -63,8 +63,9 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
     by_place_.push_back(NetworkCosts::factor(emphasis_at(settings, k)));
   }
   for (int k = 0; k <= std::max(longest_chain, capacity_); ++k) {
-    by_rate_.push_back(NetworkCosts::factor(
-        settings.emphasis == Emphasis::by_chain ? std::pow(settings.rate, k) : 1.0 / (1 + k)));
+    by_rate_.push_back(NetworkCosts::factor(settings.emphasis == Emphasis::by_chain
+                                                ? std::pow(settings.rate, k)
+                                                : std::pow(1 + k, -settings.rate)));
   }
   if (settings.jitter > 0) {
     for (int row = 0; row < list.count(); ++row) {
@@ -134,12 +135,14 @@ void NetworkProblem::make(State& state, const Move& move) {
   play(state, move.gate);
 }
 
-void NetworkProblem::finish_greedily(State& state, std::vector<NetworkEvent>& events) {
+void NetworkProblem::finish_greedily(State& state, std::vector<NetworkEvent>& events,
+                                     Meter& meter) {
   while (!done(state)) {
     score(state);
     choose(state, 1);
     state.lock = chosen_[0].move.lock;
     play(state, chosen_[0].move.gate, &events);
+    meter.step();
   }
 }
 

@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_settings.h"
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
 #include "zeltbraidwerk/pauli/search/internal/rotation_list.h"
+#include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -59,8 +60,8 @@ class NetworkProblem {
   /// Plays a gate and appends it and the rotations that can be served.
   void play(State& state, const Gate& gate, std::vector<NetworkEvent>* events = nullptr);
   /// One after the other the gate that lowers the costs most; where none does, those that shorten
-  /// the lightest string, until it is served. Ends always.
-  void finish_greedily(State& state, std::vector<NetworkEvent>& events);
+  /// the lightest string, until it is served. Ends always; a step a gate.
+  void finish_greedily(State& state, std::vector<NetworkEvent>& events, Meter& meter);
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink);

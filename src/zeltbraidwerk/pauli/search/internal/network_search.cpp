@@ -1,7 +1,6 @@
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 
 #include <algorithm>
-#include <array>
 #include <numeric>
 #include <optional>
 #include <tuple>
@@ -9,24 +8,12 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
+#include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-constexpr NetworkSettings presets_free[] = {
-    {.shape = 0.4, .bonus = 0, .emphasis = Emphasis::by_place, .rate = 40},
-    {.geometric = false, .shape = 2, .bonus = 0, .emphasis = Emphasis::by_place, .rate = 80},
-    {.geometric = false, .shape = 3, .bonus = 0.5},
-    {.shape = 0.45, .bonus = 0},
-};
-constexpr NetworkSettings presets_in_order[] = {
-    {.shape = 0.7, .bonus = 1, .emphasis = Emphasis::by_chain, .rate = 0.5},
-    {.geometric = false, .shape = 0.7, .emphasis = Emphasis::by_chain, .rate = 0.5},
-    {.geometric = false, .shape = 1, .emphasis = Emphasis::by_chain, .rate = 0.4},
-    {.geometric = false, .shape = 1, .emphasis = Emphasis::by_predecessors},
-};
 
 /// A way to serve all rotations.
 struct Network {
@@ -43,44 +30,27 @@ class NetworkSearch {
       : rotations_(rotations),
         options_(options),
         meter_(effort),
-        rng_(options.seed, options.stream) {
-    for (int row = 0; row < rotations.frame.rows(); ++row) {
-      if (rotations.frame.weight(row) != 0) order_.push_back(row);
-    }
-  }
+        rng_(options.seed, options.stream),
+        plans_(options.in_order, options.end != NetworkEnd::open, qubits()),
+        given_(rotations.frame, rows(false)),
+        sorted_(rotations.frame, rows(true)) {}
 
   NetworkResult run() {
     run_greedily();
-    for (int round = 0; best_->count > 0 && meter_.step(); ++round) run_round(round);
+    for (int cycle = 0; best_->open > 0 && meter_.step(); ++cycle) run_beams(cycle);
     return result();
   }
 
  private:
-  std::span<const NetworkSettings> presets() const {
-    if (options_.in_order) return presets_in_order;
-    return presets_free;
-  }
+  int qubits() const { return rotations_.frame.qubits(); }
+  std::vector<int> rows(bool sorted) const;
+  const RotationList& list(const NetworkPlan& plan) const { return plan.sorted ? sorted_ : given_; }
 
-  void run_greedily() {
-    const RotationList list(rotations_.frame, order_);
-    for (const NetworkSettings& settings : presets()) {
-      if (best_ && meter_.ended()) return;
-      NetworkProblem problem(list, options_.in_order, settings, options_.graph, rng_);
-      std::vector<NetworkEvent> events;
-      NetworkState state = problem.start(&events);
-      problem.finish_greedily(state, events);
-      consider(std::move(events), state.frame);
-      if (!best_settings_ || best_->open < least_open_) {
-        least_open_ = best_->open;
-        best_settings_ = &settings;
-      }
-    }
-  }
-
-  void run_round(int round);
-  NetworkSettings drawn_settings();
-  bool beam_from(NetworkProblem& problem, const std::vector<Gate>& prefix, int width);
-  bool consider(std::vector<NetworkEvent> events, const LabelFrame& frame);
+  void run_greedily();
+  void run_beams(int cycle);
+  void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
+  Network closed(std::vector<NetworkEvent> events, const LabelFrame& frame, std::uint64_t effort);
+  void keep(Network network);
   NetworkResult result() const;
 
   std::tuple<int, int> cost(const Network& network) const {
@@ -92,96 +62,116 @@ class NetworkSearch {
   NetworkOptions options_;
   Meter meter_;
   Rng rng_;
-  std::vector<int> order_;  // of the rows that turn anything
+  NetworkPlans plans_;
+  RotationList given_;
+  RotationList sorted_;
   std::optional<Network> best_;
-  const NetworkSettings* best_settings_ = nullptr;
-  int least_open_ = 0;
 };
 
-std::vector<Gate> gates_in(const std::vector<NetworkEvent>& events, int count) {
-  std::vector<Gate> gates;
-  for (const NetworkEvent& event : events) {
-    if (static_cast<int>(gates.size()) == count) break;
-    if (event.row < 0) gates.push_back(event.gate);
+/// Those that turn anything.
+std::vector<int> NetworkSearch::rows(bool sorted) const {
+  std::vector<int> rows;
+  for (int row = 0; row < rotations_.frame.rows(); ++row) {
+    if (rotations_.frame.weight(row) != 0) rows.push_back(row);
   }
-  return gates;
-}
-
-NetworkSettings NetworkSearch::drawn_settings() {
-  const auto between = [&](double low, double high) {
-    return low + (high - low) * static_cast<double>(rng_.unit());
-  };
-  NetworkSettings settings;
-  settings.geometric = rng_.coin();
-  settings.jitter = rng_.coin() ? 0 : between(0, 0.3);
-  if (options_.in_order) {
-    settings.shape = settings.geometric ? between(0.5, 0.8) : between(0.6, 1.4);
-    settings.bonus = settings.geometric ? between(0, 1.2) : between(0, 0.4);
-    settings.emphasis = rng_.chance(0.8F) ? Emphasis::by_chain : Emphasis::by_predecessors;
-    settings.rate = between(0.35, 0.55);
-  } else {
-    settings.emphasis = best_settings_->emphasis;
-    settings.shape = settings.geometric ? between(0.35, 0.5) : between(1.8, 3.5);
-    settings.bonus = between(0, 0.5);
-    settings.rate = settings.geometric ? between(25, 45) : between(40, 80);
+  if (sorted) {
+    std::vector<PauliLetters> letters;
+    for (int row = 0; row < rotations_.frame.rows(); ++row) {
+      letters.push_back(rotations_.frame.letters(row));
+    }
+    std::ranges::stable_sort(rows, [&](int a, int b) {
+      return letters[static_cast<std::size_t>(a)] < letters[static_cast<std::size_t>(b)];
+    });
   }
-  return settings;
+  return rows;
 }
 
-void NetworkSearch::run_round(int round) {
-  const int width = std::min(32, 4 << std::min(round / 4, 3));
-  const NetworkSettings settings = drawn_settings();
-  const RotationList list(rotations_.frame, order_);
-  NetworkProblem problem(list, options_.in_order, settings, options_.graph, rng_);
-  std::vector<Gate> prefix;
-  if (round % 4 != 0) prefix = gates_in(best_->events, rng_.below(best_->open));
-  beam_from(problem, prefix, width);
+void NetworkSearch::run_greedily() {
+  for (const NetworkPlan& plan : plans_.first()) {
+    if (best_ && meter_.ended()) return;
+    NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
+    std::vector<NetworkEvent> events;
+    NetworkState state = problem.start(&events);
+    problem.finish_greedily(state, events, meter_);
+    Network network = closed(std::move(events), state.frame, 0);
+    plans_.report(plan, std::get<0>(cost(network)));
+    keep(std::move(network));
+  }
 }
 
-bool NetworkSearch::beam_from(NetworkProblem& problem, const std::vector<Gate>& prefix, int width) {
+/// Some beams from the start, then some from random gates of the best network.
+void NetworkSearch::run_beams(int cycle) {
+  constexpr int from_start = 3;
+  constexpr int from_gates = 6;
+  const int width = 4 << std::min(cycle, 5);
+  for (int run = 0; run < from_start + from_gates && !meter_.ended(); ++run) {
+    const NetworkPlan plan = plans_.draw(rng_);
+    std::vector<Gate> prefix;
+    if (run >= from_start) {
+      const int cut = rng_.below(best_->open);
+      for (const NetworkEvent& event : best_->events) {
+        if (static_cast<int>(prefix.size()) == cut) break;
+        if (event.row < 0) prefix.push_back(event.gate);
+      }
+    }
+    run_beam(plan, prefix, width);
+  }
+}
+
+void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width) {
+  NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
   NetworkState start = problem.start();
   for (const Gate& gate : prefix) problem.play(start, gate);
   BeamOptions options;
   options.width = width;
-  options.patience = 30 + rotations_.frame.qubits();
+  options.patience = 30 + qubits();
   options.noise = 16;
+  const std::uint64_t before = meter_.steps();
   BeamSearch<NetworkProblem> beam(problem, options, rng_, meter_);
-  bool better = false;
   for (const auto& finished : beam.run(start)) {
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
     for (const Gate& gate : prefix) problem.play(state, gate, &events);
     for (const auto& move : finished.moves) problem.play(state, move.gate, &events);
-    better |= consider(std::move(events), state.frame);
+    const std::uint64_t effort = std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14);
+    Network network = closed(std::move(events), state.frame, effort);
+    if (prefix.empty()) plans_.report(plan, std::get<0>(cost(network)));
+    keep(std::move(network));
   }
-  return better;
 }
 
-/// Closes a network and keeps it where it is no worse than the best.
-bool NetworkSearch::consider(std::vector<NetworkEvent> events, const LabelFrame& frame) {
+/// With its tail, for which so many steps are taken.
+Network NetworkSearch::closed(std::vector<NetworkEvent> events, const LabelFrame& frame,
+                              std::uint64_t steps) {
   Network network{std::move(events), {}, 0, 0, 0};
-  const int n = rotations_.frame.qubits();
   network.open = network.count = gates_of(network.events);
-  network.wires.resize(static_cast<std::size_t>(n));
+  network.wires.resize(static_cast<std::size_t>(qubits()));
   std::iota(network.wires.begin(), network.wires.end(), 0);
   if (options_.end != NetworkEnd::open) {
-    NetworkTail tail = close_tail(frame);
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = steps;
+    NetworkTail tail = close_tail(frame, rng_.next(), effort);
     for (const Gate& gate : tail.gates) network.events.push_back({gate, -1});
     network.wires = std::move(tail.wires);
     network.count += static_cast<int>(tail.gates.size());
     if (options_.end == NetworkEnd::closed) network.count += swaps_of(network.wires);
   }
-  network.depth = depth_of(network.events, n);
-  if (best_ && cost(network) > cost(*best_)) return false;
+  network.depth = depth_of(network.events, qubits());
+  return network;
+}
+
+/// Where it is no worse than the best, so that searches go on from another one.
+void NetworkSearch::keep(Network network) {
+  if (best_ && cost(network) > cost(*best_)) return;
   const bool better = !best_ || cost(network) < cost(*best_);
   best_ = std::move(network);
   if (better) meter_.better(best_->count, best_->depth);
-  return better;
 }
 
 NetworkResult NetworkSearch::result() const {
   Network network = *best_;
-  const int n = rotations_.frame.qubits();
+  const int n = qubits();
   if (options_.end == NetworkEnd::closed) {
     Rng rng(options_.seed, options_.stream ^ ~std::uint64_t{0});
     take_in_swaps(network.events, network.wires, options_.by_depth, rng);

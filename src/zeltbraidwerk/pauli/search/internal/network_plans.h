@@ -1,0 +1,42 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "zeltbraidwerk/pauli/search/internal/network_settings.h"
+
+namespace zelt::braidwerk::internal {
+
+/// How one run goes about its list.
+struct NetworkPlan {
+  NetworkSettings settings;
+  bool sorted = false;  ///< the list by its letters, otherwise as it was given
+};
+
+/// Plans to begin with, and others around those that did best.
+class NetworkPlans {
+ public:
+  NetworkPlans(bool in_order, bool closes, int qubits)
+      : in_order_(in_order), closes_(closes), qubits_(qubits) {}
+
+  std::span<const NetworkPlan> first() const;
+  /// What a run came to. Few are remembered.
+  void report(const NetworkPlan& plan, int cost);
+  /// One of the best, changed a little; now and then another one.
+  NetworkPlan draw(Rng& rng) const;
+
+ private:
+  struct Tried {
+    NetworkPlan plan;
+    int cost;
+  };
+
+  NetworkPlan drawn_anew(Rng& rng) const;
+
+  bool in_order_;
+  bool closes_;
+  int qubits_;
+  std::vector<Tried> best_;  // ascending
+};
+
+}  // namespace zelt::braidwerk::internal
