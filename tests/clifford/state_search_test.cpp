@@ -92,14 +92,15 @@ bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>&
 }
 
 StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     std::uint64_t seed = 1) {
+                     const StateOptions& options = {}) {
   Effort effort;
   effort.steps = steps;
-  return search_state(frame_of(strings, static_cast<int>(strings.size())), {.seed = seed}, effort);
+  return search_state(frame_of(strings, static_cast<int>(strings.size())), options, effort);
 }
 
-void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps) {
-  const StateResult found = searched(strings, steps);
+void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps,
+                     bool by_depth = false) {
+  const StateResult found = searched(strings, steps, {.by_depth = by_depth});
   ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
   const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
   EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
@@ -113,7 +114,7 @@ TEST(StateSearch, prepares_states_with_their_signs) {
       const std::uint64_t steps = round % 4 == 0 ? 0 : 100U << (round % 8);
       const auto gates = static_cast<int>(rng() % 4U) * n;
       expect_prepared(n == 0 ? graph_state(0, 0, rng) : random_state(n, gates, rng), steps);
-      expect_prepared(graph_state(n, 0.2 * (round % 5), rng), steps);
+      expect_prepared(graph_state(n, 0.2 * (round % 5), rng), steps, round % 2 != 0);
     }
   }
 }
@@ -155,12 +156,21 @@ TEST(StateSearch, finds_the_trees_behind_dense_graphs) {
   }
 }
 
+TEST(StateSearch, trades_gates_for_layers) {
+  std::mt19937 rng(6);
+  const auto strings = graph_state(16, 0.5, rng);
+  const StateResult shallow = searched(strings, 30000, {.by_depth = true});
+  const StateResult small = searched(strings, 30000);
+  EXPECT_LT(shallow.depth, small.depth);
+  EXPECT_GE(shallow.count, small.count);
+}
+
 TEST(StateSearch, does_the_same_again_and_better_with_more_steps) {
   std::mt19937 rng(4);
   const auto strings = graph_state(18, 0.5, rng);
-  const StateResult first = searched(strings, 3000, 7);
-  EXPECT_EQ(searched(strings, 3000, 7).gates, first.gates);
-  EXPECT_NE(searched(strings, 3000, 8).gates, first.gates);
+  const StateResult first = searched(strings, 3000, {.seed = 7});
+  EXPECT_EQ(searched(strings, 3000, {.seed = 7}).gates, first.gates);
+  EXPECT_NE(searched(strings, 3000, {.seed = 8}).gates, first.gates);
   int last = searched(strings, 0).count;
   EXPECT_GT(edges_of(strings), last);
   for (const std::uint64_t steps : {50, 500, 5000, 20000}) {
@@ -210,8 +220,7 @@ TEST(StateGroup, foresees_what_a_gate_does) {
       }
       std::ranges::shuffle(open, rng);
       const auto label = [&] { return static_cast<int>(rng() % 3U) + 1; };
-      const Move gate{end_of(open[0], label()),
-                                                 end_of(open[1], label())};
+      const Move gate{end_of(open[0], label()), end_of(open[1], label())};
       const double foreseen = group.behind(gate).worth;
       const int left = group.left();
       group.apply(gate);

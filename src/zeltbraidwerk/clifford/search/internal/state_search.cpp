@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "zeltbraidwerk/clifford/search/internal/state_depth.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
@@ -16,7 +17,8 @@ constexpr int few_wires = 64;
 class Search {
  public:
   Search(const PauliFrame& stabilisers, const StateOptions& options, const Effort& effort)
-      : wires_(stabilisers.qubits()),
+      : by_depth_(options.by_depth),
+        wires_(stabilisers.qubits()),
         rng_(options.seed, options.stream),
         meter_(effort),
         start_(stabilisers),
@@ -30,7 +32,9 @@ class Search {
     greedy();
     beam(4);
     for (int round = 0; !meter_.ended() && best_.count() > 1; ++round) {
-      walk(std::uint64_t{1} << std::min(first_walk + round, 40), round == 0 ? 3 : 4);
+      const std::uint64_t steps = std::uint64_t{1} << std::min(first_walk + round, 40);
+      const int window = round == 0 ? 3 : 4;
+      by_depth_&& round > 0 ? anneal(steps, window) : walk(steps, window);
       renew(4 << std::min(round, 20));
       beam(8 << std::min(round, widest));
     }
@@ -42,11 +46,14 @@ class Search {
   static constexpr int first_walk = 12;
   static constexpr int widest = 10;
 
-  /// Of circuits of the same length the shallower one is kept.
+  bool is_better(int count, int depth) const {
+    return by_depth_ ? std::pair(depth, count) < std::pair(depth_, best_.count())
+                     : std::pair(count, depth) < std::pair(best_.count(), depth_);
+  }
+
   void take(const GateList& list) {
-    if (list.count() > best_.count()) return;
     const int depth = depth_of(list.gates, wires_);
-    if (list.count() == best_.count() && depth >= depth_) return;
+    if (!is_better(list.count(), depth)) return;
     best_ = list;
     depth_ = depth;
     report();
@@ -90,6 +97,21 @@ class Search {
                });
   }
 
+  void anneal(std::uint64_t steps, int window) {
+    constexpr float uphill = 0.3F;
+    constexpr Cooling temperatures{0.4F, 0.05F};
+    ShallowStateRewriter rewriter(window, best_, rng_);
+    Walk<ShallowStateRewriter> walk(best_, rewriter);
+    for (std::uint64_t k = 0; k < steps; ++k) {
+      if (k % 64 == 0) {
+        const double part = static_cast<double>(k) / static_cast<double>(steps);
+        rewriter.set_temperature(temperatures.at(part));
+      }
+      if (walk.step(uphill, rng_) && is_better(walk.count(), rewriter.depth())) take(walk.list());
+      if (!meter_.step()) return;
+    }
+  }
+
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
@@ -107,6 +129,7 @@ class Search {
   }
   static constexpr int renewed_rounds = 16;
 
+  bool by_depth_;
   int wires_;
   Rng rng_;
   Meter meter_;

@@ -10,6 +10,7 @@
 namespace zelt::braidwerk::internal {
 
 struct StateOptions {
+  bool by_depth = false;  ///< few layers before few gates
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;  ///< one a run
 };
@@ -26,6 +27,9 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool stabilise_a_state(const PauliFrame& strings);
 /// A circuit of few CNOTs that turns zeros into the state with these stabilisers, signs included.
 /// One greedy run whatever the effort; then wider beams, a walk, and new beginnings of the circuit
 /// in turns until it ends. Strings that stabilise no state give a circuit of another one.
+///
+/// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
+/// 32 MB, once.
 ZELTBRAIDWERK_KERNEL_EXPORT StateResult search_state(const PauliFrame& stabilisers,
                                                      const StateOptions& options,
                                                      const Effort& effort);
