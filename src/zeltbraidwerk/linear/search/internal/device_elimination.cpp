@@ -1,0 +1,408 @@
+#include "zeltbraidwerk/linear/search/internal/device_elimination.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/search/internal/beam.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+/// A set of up to 64 W wires: a row or a column.
+template <int W>
+struct Wires {
+  std::array<Word, W> words{};
+
+  bool contains(int v) const {
+    return (words[static_cast<std::size_t>(v / word_bits)] >> (v % word_bits)) & 1;
+  }
+  void insert(int v) {
+    words[static_cast<std::size_t>(v / word_bits)] |= Word{1} << (v % word_bits);
+  }
+  void erase(int v) {
+    words[static_cast<std::size_t>(v / word_bits)] &= ~(Word{1} << (v % word_bits));
+  }
+  bool empty() const {
+    Word all = 0;
+    for (const Word word : words) all |= word;
+    return all == 0;
+  }
+  template <class F>
+  void for_each(F&& f) const {
+    for_each_bit(words.data(), W, f);
+  }
+  Wires& operator^=(const Wires& other) {
+    for (std::size_t w = 0; w < W; ++w) words[w] ^= other.words[w];
+    return *this;
+  }
+  Wires& operator|=(const Wires& other) {
+    for (std::size_t w = 0; w < W; ++w) words[w] |= other.words[w];
+    return *this;
+  }
+  friend Wires operator&(Wires a, const Wires& b) {
+    for (std::size_t w = 0; w < W; ++w) a.words[w] &= b.words[w];
+    return a;
+  }
+  friend Wires without(Wires a, const Wires& b) {
+    for (std::size_t w = 0; w < W; ++w) a.words[w] &= ~b.words[w];
+    return a;
+  }
+};
+
+/// Draws for one clearing, from a seed that is kept with the move, so that it can be made again.
+class Draws {
+ public:
+  explicit Draws(std::uint64_t seed) : state_(seed) {}
+  std::uint64_t next() { return Rng::mixed(state_ += 0x9e3779b97f4a7c15u); }
+
+  /// Some member of a set that has one: the next from a random place on.
+  template <int W>
+  int member(const Wires<W>& set) {
+    const std::uint64_t draw = next();
+    auto w = static_cast<int>((draw >> 32) % W);
+    while (set.words[static_cast<std::size_t>(w)] == 0) w = (w + 1) % W;
+    const Word word = set.words[static_cast<std::size_t>(w)];
+    const int shift = static_cast<int>(draw & 63);
+    return w * word_bits + ((std::countr_zero(std::rotr(word, shift)) + shift) & 63);
+  }
+
+ private:
+  std::uint64_t state_;
+};
+
+/// to = from transposed, both of n lines.
+template <int W>
+void transpose(const Wires<W>* from, Wires<W>* to, int n) {
+  std::array<Word, word_bits> block;
+  for (int high = 0; high < n; high += word_bits) {
+    for (int wide = 0; wide < n; wide += word_bits) {
+      const int height = std::min(word_bits, n - high);
+      const int width = std::min(word_bits, n - wide);
+      const auto size = std::bit_ceil(static_cast<unsigned>(std::max({height, width, 2})));
+      const auto word = static_cast<std::size_t>(wide / word_bits);
+      for (std::size_t k = 0; k < size; ++k) {
+        block[k] = static_cast<int>(k) < height ? from[high + static_cast<int>(k)].words[word] : 0;
+      }
+      for (unsigned half = size / 2; half > 0; half /= 2) {
+        // Bits whose place has not `half` in it.
+        const Word low = ~Word{0} / ((Word{1} << half) + 1);
+        for (unsigned k = 0; k < size; k = (k + half + 1) & ~half) {
+          const Word swapped = ((block[k] >> half) ^ block[k + half]) & low;
+          block[k] ^= swapped << half;
+          block[k + half] ^= swapped;
+        }
+      }
+      for (int k = 0; k < width; ++k) {
+        to[wide + k].words[static_cast<std::size_t>(high / word_bits)] =
+            block[static_cast<std::size_t>(k)];
+      }
+    }
+  }
+}
+
+/// Rings around each vertex: what lies at distance 1, 2, ... by ways through those left.
+struct Rings {
+  std::vector<Word> words;  // one ring behind the other
+  std::vector<int> first;   // by vertex, in rings; one more at the end
+};
+
+/// The estimate of what a line will cost: a wire at the next distance that has any, D behind the
+/// one before, 2 D - 1 gates, as if the wires of a ring hung on those of the ring before.
+ZELTBRAIDWERK_CLONES int cost_of_line(const Word* line, const Word* left, const Word* rings,
+                                      int count, int stride) {
+  int cost = 0;
+  int gap = 1;
+  for (int k = 0; k < count; ++k, rings += stride) {
+    int met = 0;
+    for (int w = 0; w < stride; ++w) met += std::popcount(line[w] & left[w] & rings[w]);
+    cost += met * (2 * gap - 1);
+    gap = met > 0 ? 1 : gap + 1;
+  }
+  return cost;
+}
+
+/// Kinds of lines: rows of M, its columns, rows of N, its columns, where N is the inverse of the
+/// transpose. Where line i of M gains line j, line j of N gains line i.
+enum Kind { row, column, inverse_row, inverse_column };
+constexpr int crossing(int kind) {
+  return kind ^ 1;
+}
+constexpr int dual(int kind) {
+  return kind ^ 2;
+}
+
+/// Line `to` of a side gains line `from`: rows on side 0, columns on side 1.
+struct Addition {
+  int side;
+  int to;
+  int from;
+};
+
+/// The problem for the beam.
+template <int W>
+class Elimination {
+ public:
+  struct State {
+    std::vector<Wires<W>> lines;  // those of kind k from k * n on
+    Wires<W> left;
+    int gates = 0;
+  };
+  struct Move {
+    std::uint64_t hash;
+    std::uint64_t seed;
+    std::uint16_t vertex;
+    std::uint8_t first;   // kind of the line that is cleared first
+    std::uint8_t second;  // and then
+  };
+
+  Elimination(const BitGraph& graph, const DeviceEliminationOptions& options)
+      : graph_(graph), options_(options), n_(graph.size()), near_(static_cast<std::size_t>(n_)) {
+    for (int v = 0; v < n_; ++v) {
+      graph.for_each_neighbour(v, [&](int w) { near_[static_cast<std::size_t>(v)].insert(w); });
+    }
+  }
+
+  State start(const BitMatrix& m) const {
+    State state;
+    state.lines.resize(4 * static_cast<std::size_t>(n_));
+    const BitMatrix inverted = inverse(m);
+    const BitMatrix kinds[] = {m, m.transposed(), inverted.transposed(), inverted};
+    for (int kind = 0; kind < 4; ++kind) {
+      for (int k = 0; k < n_; ++k) {
+        std::copy_n(kinds[kind].row(k), words_for(n_), line(state, kind, k).words.begin());
+      }
+    }
+    for (int v = 0; v < n_; ++v) state.left.insert(v);
+    return state;
+  }
+
+  template <class Sink>
+  void children(const State& state, Rng& rng, Sink&& sink) {
+    for (const int v : candidates(state, rng)) {
+      Wires<W> left = state.left;
+      left.erase(v);
+      draw_rings(left);
+      const std::uint64_t seed = rng.next();
+      for (int first = 0; first < 4; ++first) {
+        once_ = state;
+        clear(once_, first, v, seed, nullptr);
+        for (const int second : {crossing(first), dual(first)}) {
+          twice_ = once_;
+          clear(twice_, second, v, ~seed, nullptr);
+          twice_.left = left;
+          const double score = twice_.gates + options_.weight * cost_left(twice_);
+          sink(score, Move{hash_of(twice_), seed, static_cast<std::uint16_t>(v),
+                           static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second)});
+        }
+      }
+    }
+  }
+
+  std::uint64_t hash(const State&, const Move& move) const { return move.hash; }
+  bool done(const State& state) const { return state.left.empty(); }
+  void make(State& state, const Move& move) { make(state, move, nullptr); }
+
+  /// The columns' additions come first, then those of the rows in reverse.
+  GateList circuit(State state, const std::vector<Move>& moves) {
+    std::vector<Addition> additions;
+    for (const Move& move : moves) make(state, move, &additions);
+    std::vector<Gate> gates;
+    for (const Addition& add : additions) {
+      if (add.side == 1) gates.push_back(cnot(add.to, add.from));
+    }
+    for (auto add = additions.rbegin(); add != additions.rend(); ++add) {
+      if (add->side == 0) gates.push_back(cnot(add->from, add->to));
+    }
+    return {n_, std::move(gates)};
+  }
+
+ private:
+  struct Edge {
+    int parent;
+    int child;
+  };
+
+  Wires<W>& line(State& state, int kind, int k) const {
+    return state.lines[static_cast<std::size_t>(kind * n_ + k)];
+  }
+  const Wires<W>& near(int v) const { return near_[static_cast<std::size_t>(v)]; }
+
+  const std::vector<int>& candidates(const State& state, Rng& rng) {
+    VertexSet left(n_);
+    std::copy_n(state.left.words.begin(), left.count(), left.words());
+    VertexSet may_go = non_cutting(graph_, left);
+    if (may_go.empty()) may_go = left;  // the last one
+    candidates_.clear();
+    may_go.for_each([&](int v) { candidates_.push_back(v); });
+    const auto wanted = static_cast<std::size_t>(options_.vertices);
+    if (candidates_.size() > wanted) {
+      for (std::size_t k = 0; k < wanted; ++k) {
+        const int over = rng.below(static_cast<int>(candidates_.size() - k));
+        std::swap(candidates_[k], candidates_[k + static_cast<std::size_t>(over)]);
+      }
+      candidates_.resize(wanted);
+    }
+    return candidates_;
+  }
+
+  void make(State& state, const Move& move, std::vector<Addition>* additions) {
+    clear(state, move.first, move.vertex, move.seed, additions);
+    clear(state, move.second, move.vertex, ~move.seed, additions);
+    state.left.erase(move.vertex);
+  }
+
+  /// Leaves line v of a kind a single one, at v, by additions of the lines that cross it: sets it
+  /// along a tree, then clears it from the leaves.
+  void clear(State& state, int kind, int v, std::uint64_t seed, std::vector<Addition>* additions) {
+    Wires<W> bits = line(state, kind, v) & state.left;
+    grow_tree(bits, v, state.left, seed);
+    if (tree_.empty()) return;
+    const int own = crossing(kind);
+    const auto add = [&](int to, int from) {
+      line(state, own, to) ^= line(state, own, from);
+      line(state, dual(own), from) ^= line(state, dual(own), to);
+      ++state.gates;
+      if (additions != nullptr) {
+        additions->push_back(own < 2 ? Addition{own, to, from} : Addition{own - 2, from, to});
+      }
+    };
+    for (auto edge = tree_.rbegin(); edge != tree_.rend(); ++edge) {
+      if (bits.contains(edge->parent)) continue;
+      bits.insert(edge->parent);
+      add(edge->parent, edge->child);
+    }
+    for (auto edge = tree_.rbegin(); edge != tree_.rend(); ++edge) add(edge->child, edge->parent);
+    for (const int changed : {own, dual(own)}) {
+      transpose(&line(state, changed, 0), &line(state, crossing(changed), 0), n_);
+    }
+  }
+
+  /// Edges of a tree from the root to all wires given, parents first: again and again one of the
+  /// nearest is joined by a random shortest way.
+  void grow_tree(const Wires<W>& ends, int root, const Wires<W>& left, std::uint64_t seed) {
+    Draws draws(seed);
+    tree_.clear();
+    Wires<W> tree;
+    tree.insert(root);
+    Wires<W> rest = without(ends, tree);
+    Wires<W> met = near(root) & left;
+    while (!rest.empty()) {
+      levels_.assign(1, without(met, tree));
+      Wires<W> reached = tree;
+      while ((levels_.back() & rest).empty()) {
+        reached |= levels_.back();
+        Wires<W> next;
+        levels_.back().for_each([&](int v) { next |= near(v); });
+        next = without(next & left, reached);
+        if (next.empty()) return;  // not connected
+        levels_.push_back(next);
+      }
+      int v = draws.member(levels_.back() & rest);
+      const std::size_t joined = tree_.size();
+      const Wires<W> old = tree;
+      for (std::size_t k = levels_.size(); k-- > 0;) {
+        const int parent = draws.member(near(v) & (k > 0 ? levels_[k - 1] : old));
+        tree_.push_back({parent, v});
+        tree.insert(v);
+        rest.erase(v);
+        met |= near(v) & left;
+        v = parent;
+      }
+      // The way was found from its far end.
+      std::reverse(tree_.begin() + static_cast<std::ptrdiff_t>(joined), tree_.end());
+    }
+  }
+
+  void draw_rings(const Wires<W>& left) {
+    rings_.words.clear();
+    rings_.first.assign(1, 0);
+    for (int v = 0; v < n_; ++v) {
+      int count = rings_.first.back();
+      if (left.contains(v)) {
+        Wires<W> reached;
+        reached.insert(v);
+        for (Wires<W> ring = near(v) & left; !ring.empty(); ++count) {
+          rings_.words.insert(rings_.words.end(), ring.words.begin(), ring.words.end());
+          reached |= ring;
+          Wires<W> next;
+          ring.for_each([&](int w) { next |= near(w); });
+          ring = without(next & left, reached);
+        }
+      }
+      rings_.first.push_back(count);
+    }
+  }
+
+  int cost_left(const State& state) const {
+    int cost = 0;
+    state.left.for_each([&](int v) {
+      const int first = rings_.first[static_cast<std::size_t>(v)];
+      const int count = rings_.first[static_cast<std::size_t>(v) + 1] - first;
+      const Word* rings = rings_.words.data() + static_cast<std::ptrdiff_t>(first) * W;
+      for (int kind = 0; kind < 4; ++kind) {
+        cost += cost_of_line(state.lines[static_cast<std::size_t>(kind * n_ + v)].words.data(),
+                             state.left.words.data(), rings, count, W);
+      }
+    });
+    return cost;
+  }
+
+  std::uint64_t hash_of(const State& state) const {
+    std::uint64_t hash = 0;
+    for (int r = 0; r < n_; ++r) {
+      for (const Word word : state.lines[static_cast<std::size_t>(r)].words) {
+        hash = Rng::mixed(hash ^ word) + 0x9e3779b97f4a7c15u;
+      }
+    }
+    for (const Word word : state.left.words) hash = Rng::mixed(hash ^ word);
+    return hash;
+  }
+
+  const BitGraph& graph_;
+  DeviceEliminationOptions options_;
+  int n_;
+  std::vector<Wires<W>> near_;
+  Rings rings_;                   // scratch, of what is left after the vertex in question
+  std::vector<int> candidates_;   // scratch
+  std::vector<Wires<W>> levels_;  // scratch
+  std::vector<Edge> tree_;        // scratch
+  State once_;                    // scratch
+  State twice_;                   // scratch
+};
+
+template <int W>
+std::vector<GateList> eliminate(const BitMatrix& m, const BitGraph& graph,
+                                const DeviceEliminationOptions& options, Rng& rng, Meter& meter) {
+  Elimination<W> problem(graph, options);
+  BeamOptions beam;
+  beam.width = options.width;
+  beam.patience = graph.size() + 1;  // each level brings the end closer
+  beam.finishers = options.finishers;
+  beam.noise = 1e-3;
+  const auto start = problem.start(m);
+  std::vector<GateList> found;
+  for (const auto& finished : BeamSearch<Elimination<W>>(problem, beam, rng, meter).run(start)) {
+    found.push_back(problem.circuit(start, finished.moves));
+  }
+  return found;
+}
+
+}  // namespace
+
+std::vector<GateList> eliminate_on_device(const BitMatrix& m, const BitGraph& graph,
+                                          const DeviceEliminationOptions& options, Rng& rng,
+                                          Meter& meter) {
+  const int n = graph.size();
+  if (n > most_eliminated_wires) return {};
+  if (n <= 64) return eliminate<1>(m, graph, options, rng, meter);
+  if (n <= 128) return eliminate<2>(m, graph, options, rng, meter);
+  return eliminate<4>(m, graph, options, rng, meter);
+}
+
+}  // namespace zelt::braidwerk::internal
