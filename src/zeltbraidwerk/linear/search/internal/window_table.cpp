@@ -105,17 +105,24 @@ void WindowTable::fill() {
       }
     }
   };
-  std::vector<SmallMatrix> level{identity_};
-  std::vector<SmallMatrix> next;
+  // So does turning every CNOT around, which makes of a matrix the inverse of its transpose.
+  struct Class {
+    SmallMatrix matrix;
+    SmallMatrix turned;
+  };
+  std::vector<Class> level{{identity_, identity_}};
+  std::vector<Class> next;
   mark(identity_, 0);
   for (std::uint8_t distance = 1; !level.empty(); ++distance) {
     next.clear();
-    for (const SmallMatrix m : level) {
+    for (const auto& [m, turned] : level) {
       for (const Move move : moves_) {
         const SmallMatrix neighbour = without(m, move);
         if (distance_[neighbour] != unreachable) continue;
+        const SmallMatrix other = without(turned, {move.target, move.control});
         mark(neighbour, distance);
-        next.push_back(neighbour);
+        mark(other, distance);
+        next.push_back({neighbour, other});
       }
     }
     std::swap(level, next);
