@@ -4,52 +4,37 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
+#include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/export.h"
-#include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
 
-/// Whether an output of a window may come out on any of its wires.
-enum class Outputs { free, in_place };
-
-/// The fewest gates for every Clifford operator on 2 to 4 wires, up to what one-qubit gates do to
-/// its outputs and, where they are free, up to their order; and the gates that such a circuit may
-/// begin with. On four wires with free outputs these are 1,523,200 classes, up to six gates each,
-/// in 32 MB.
-///
-/// What one-qubit gates and renamings do to the inputs changes no distance. So the breadth-first
-/// search visits one class of each orbit only, some dozens, and the images fill the table.
+/// The fewest gates for every Clifford operator on 2 to 4 wires, up to one-qubit gates on its
+/// outputs and their order, and the gates that such a circuit may begin with. On four wires these
+/// are 1,523,200 classes, up to six gates each, in 32 MB, built in a quarter of a second.
 template <int wires>
 class WindowTable {
  public:
-  static constexpr int moves = moves_on(wires);
-  static constexpr std::uint64_t all_moves = (std::uint64_t{1} << moves) - 1;
+  static constexpr unsigned moves = moves_on(wires);
 
-  /// With the gates allowed alone: all on a pair of wires or none. In place on four wires the
-  /// table would be 24 times as large; it is made for free outputs there.
-  explicit ZELTBRAIDWERK_KERNEL_EXPORT WindowTable(Outputs outputs,
-                                                   std::uint64_t allowed = all_moves);
-
-  /// The one with free outputs and all gates, built when it is asked for first: on four wires in
-  /// a quarter of a second.
+  ZELTBRAIDWERK_KERNEL_EXPORT WindowTable();
+  /// Built when it is asked for first.
   static ZELTBRAIDWERK_KERNEL_EXPORT const WindowTable& shared();
 
   struct Entry {
     int distance;
-    std::uint64_t down;  ///< moves that lead to distance - 1; none for an operator out of reach
+    std::uint64_t down;  ///< moves that lead to distance - 1
   };
 
   Entry find(WindowRows rows) const {
     const Slot& slot = slots_[slot_of(key_of(rows))];
-    return {static_cast<int>(slot.value >> distance_shift), slot.value & all_moves};
+    return {static_cast<int>(slot.value >> distance_shift),
+            slot.value & ((std::uint64_t{1} << moves) - 1)};
   }
-
   int size() const { return size_; }
-  Outputs outputs() const { return outputs_; }
 
  private:
   using Key = std::uint64_t;
@@ -57,17 +42,11 @@ class WindowTable {
     Key key = 0;  ///< 0: free
     std::uint64_t value = 0;
   };
-  struct Orbit {
-    WindowRows first;
-    int distance;
-    std::uint64_t down;
-  };
-  class Symmetries;
   static constexpr int distance_shift = 56;
 
   /// Of the three operators that a wire's labels stand for the two smallest, in order; wires in
-  /// order of these where outputs are free.
-  Key key_of(WindowRows rows) const {
+  /// order of these.
+  static Key key_of(WindowRows rows) {
     std::array<std::uint16_t, 4> wire{};
     for (std::size_t i = 0; i < wires; ++i) {
       const auto x = static_cast<std::uint8_t>(rows >> (16 * i));
@@ -80,18 +59,13 @@ class WindowTable {
       wire[i] = static_cast<std::uint16_t>(least << 8 | (other < high ? other : high));
     }
     const auto sort = [&](std::size_t a, std::size_t b) {
-      if (a >= wires || b >= wires) return;
+      if (b >= wires) return;
       const std::uint16_t low = wire[a] < wire[b] ? wire[a] : wire[b];
       wire[b] = wire[a] < wire[b] ? wire[b] : wire[a];
       wire[a] = low;
     };
-    if (outputs_ == Outputs::free) {
-      if constexpr (wires == 3) {
-        sort(0, 1), sort(1, 2), sort(0, 1);
-      } else {
-        sort(0, 1), sort(2, 3), sort(0, 2), sort(1, 3), sort(1, 2);
-      }
-    }
+    sort(0, 1), sort(2, 3), sort(0, 2), sort(1, 3), sort(1, 2);
+    if constexpr (wires == 3) sort(0, 1);
     Key key = 0;
     for (std::size_t i = 0; i < wires; ++i) key |= Key{wire[i]} << (16 * i);
     return key;
@@ -102,11 +76,8 @@ class WindowTable {
     while (slots_[at].key != key && slots_[at].key != 0) at = (at + 1) & (slots_.size() - 1);
     return at;
   }
+  void fill(const WindowSymmetries<wires>& symmetries, WindowRows first, std::size_t orbit);
 
-  void build(std::uint64_t allowed);
-  void fill(const Symmetries& symmetries, WindowRows first, std::size_t orbit);
-
-  Outputs outputs_;
   int shift_ = 0;
   int size_ = 0;
   std::vector<Slot> slots_;

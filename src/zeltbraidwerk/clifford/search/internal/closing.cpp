@@ -1,0 +1,149 @@
+#include "zeltbraidwerk/clifford/search/internal/closing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
+#include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// The output that is found on each wire.
+using Permutation = std::vector<int>;
+
+int exchanges_left(const Permutation& permutation) {
+  std::vector<bool> seen(permutation.size());
+  int exchanges = 0;
+  for (std::size_t first = 0; first < permutation.size(); ++first) {
+    for (std::size_t k = first; !seen[k]; k = static_cast<std::size_t>(permutation[k])) {
+      seen[k] = true;
+      if (k != first) ++exchanges;
+    }
+  }
+  return exchanges;
+}
+
+/// A walk that closes: an exchange of outputs that is left counts as `price` gates.
+class ClosingRewriter {
+ public:
+  static constexpr Gathering gathering = Gathering::by_labels;
+  static constexpr bool judges = false;
+
+  explicit ClosingRewriter(const GateList& list) {
+    for (int wire = 0; wire < list.wires(); ++wire) {
+      permutation_.push_back(wire_of(list.origin[end_of(wire, 0)]));
+    }
+    left_ = exchanges_left(permutation_);
+  }
+
+  bool done() const { return left_ == 0; }
+  int window_size(Rng&) const { return 4; }
+
+  bool rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
+    switch (window.size) {
+      case 2:
+        return rewrite_on<2>(window, uphill, rng, rewrite);
+      case 3:
+        return rewrite_on<3>(window, uphill, rng, rewrite);
+      default:
+        return rewrite_on<4>(window, uphill, rng, rewrite);
+    }
+  }
+
+ private:
+  static constexpr float price = 1.5F;
+
+  template <int wires>
+  bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
+    const std::array<unsigned, wires> order = random_order<wires>(rng);
+    Permutation after = reordered(window, order);
+    const int left = exchanges_left(after);
+    const WindowRows rest = append_placed_circuit(PlacedTable<wires>::shared(),
+                                                  placed(rows_of(window.gates, wires), order),
+                                                  false, rng, rewrite.block);
+    const float rise = static_cast<float>(rewrite.block.size()) -
+                       static_cast<float>(window.gates.size()) +
+                       price * static_cast<float>(left - left_);
+    if (rise > 0 && !rng.chance(std::pow(uphill, rise))) return false;
+    WindowRows renaming = 0;
+    for (unsigned place = 0; place < wires; ++place) {
+      renaming |= (rest >> (16 * place) & 0xffff) << (16 * order[place]);
+    }
+    read_ends<wires>(renaming, rewrite);
+    permutation_ = std::move(after);
+    left_ = left;
+    return true;
+  }
+
+  template <unsigned wires>
+  static std::array<unsigned, wires> random_order(Rng& rng) {
+    std::array<unsigned, wires> order{};
+    std::iota(order.begin(), order.end(), 0U);
+    for (unsigned k = wires; k > 1; --k) {
+      std::swap(order[k - 1], order[static_cast<unsigned>(rng.below(static_cast<int>(k)))]);
+    }
+    return order;
+  }
+
+  /// The rows of output order[place] on each place.
+  template <std::size_t wires>
+  static WindowRows placed(WindowRows rows, const std::array<unsigned, wires>& order) {
+    WindowRows result = 0;
+    for (unsigned place = 0; place < wires; ++place) {
+      result |= (rows >> (16 * order[place]) & 0xffff) << (16 * place);
+    }
+    return result;
+  }
+
+  template <std::size_t wires>
+  Permutation reordered(const Window& window, const std::array<unsigned, wires>& order) const {
+    Permutation result = permutation_;
+    for (std::size_t place = 0; place < wires; ++place) {
+      result[window.wires[place]] =
+          permutation_[static_cast<std::size_t>(window.wires[order[place]])];
+    }
+    return result;
+  }
+
+  Permutation permutation_;
+  int left_;
+};
+
+/// Three gates of equal labels exchange two wires.
+void exchange_by_gates(GateList& list) {
+  for (int wire = 0; wire < list.wires(); ++wire) {
+    for (int other = wire_of(list.origin[end_of(wire, 0)]); other != wire;
+         other = wire_of(list.origin[end_of(wire, 0)])) {
+      for (int label = 0; label < 4; ++label) {
+        const End a = end_of(wire, label);
+        const End b = end_of(other, label);
+        if (label != 0) list.gates.push_back({a, b});
+        std::swap(list.origin[a], list.origin[b]);
+      }
+    }
+  }
+}
+
+constexpr int steps_a_wire = 256;
+
+}  // namespace
+
+GateList with_outputs_in_place(const GateList& list, Rng& rng) {
+  ClosingRewriter rewriter(list);
+  Walk<ClosingRewriter> walk(list, rewriter);
+  const int steps = steps_a_wire * list.wires();
+  constexpr Cooling cooling{0.1F, 0.003F};
+  for (int step = 0; step < steps && !rewriter.done(); ++step) {
+    walk.step(cooling.at(static_cast<double>(step) / steps), rng);
+  }
+  GateList result = walk.list();
+  exchange_by_gates(result);
+  return result;
+}
+
+}  // namespace zelt::braidwerk::internal

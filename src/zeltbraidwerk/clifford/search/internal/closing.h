@@ -1,0 +1,13 @@
+#pragma once
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+namespace zelt::braidwerk::internal {
+
+/// Brings every output of a list back to its own wire. Blocks on four wires take in exchanges of
+/// outputs, mostly for one gate each; three gates an exchange where no block does.
+ZELTBRAIDWERK_KERNEL_EXPORT GateList with_outputs_in_place(const GateList& list, Rng& rng);
+
+}  // namespace zelt::braidwerk::internal

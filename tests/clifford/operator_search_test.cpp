@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <numeric>
+#include <random>
+#include <set>
+#include <string>
+
+#include "support/pauli.h"
+#include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/placed_table.h"
+#include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/clifford/search/internal/window_table.h"
+
+namespace {
+
+using namespace support;
+using namespace zelt::braidwerk::internal;
+using Circuit = std::vector<structures::Gate>;
+
+// Distances of windows, the plain way: rows as texts, a gate as what it does to each of them.
+
+using PlainRows = std::vector<std::array<std::string, 3>>;  // by wire: what becomes X, Z, Y there
+
+char product(char a, char b) {
+  const std::string letters = "IXZY";  // by bits
+  return letters[letters.find(a) ^ letters.find(b)];
+}
+
+std::string product(std::string a, const std::string& b) {
+  for (std::size_t q = 0; q < a.size(); ++q) a[q] = product(a[q], b[q]);
+  return a;
+}
+
+bool anticommute(const std::string& a, const std::string& b) {
+  bool odd = false;
+  for (std::size_t q = 0; q < a.size(); ++q) {
+    odd ^= a[q] != 'I' && b[q] != 'I' && a[q] != b[q];
+  }
+  return odd;
+}
+
+PlainRows plain_identity(std::size_t wires) {
+  PlainRows rows(wires);
+  for (std::size_t q = 0; q < wires; ++q) {
+    for (std::size_t k = 0; k < 3; ++k)
+      rows[q][k] = std::string(wires, 'I').replace(q, 1, 1, "XZY"[k]);
+  }
+  return rows;
+}
+
+PlainRows plain_behind(const std::string& gate, PlainRows rows) {
+  for (auto& of_wire : rows) {
+    for (std::string& row : of_wire) {
+      if (anticommute(row, gate)) row = product(row, gate);
+    }
+  }
+  return rows;
+}
+
+std::string class_of(PlainRows rows, Outputs outputs) {
+  std::vector<std::string> wires;
+  for (auto& of_wire : rows) {
+    std::ranges::sort(of_wire);
+    wires.push_back(of_wire[0] + of_wire[1] + of_wire[2]);
+  }
+  if (outputs == Outputs::free) std::ranges::sort(wires);
+  return std::accumulate(wires.begin(), wires.end(), std::string());
+}
+
+WindowRows packed(const PlainRows& rows) {
+  WindowRows result = 0;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t k = 0; k < 2; ++k) {
+      for (std::size_t q = 0; q < rows.size(); ++q) {
+        result |= std::string("IXZY").find(rows[i][k][q]) << (16 * i + 8 * k + 2 * q);
+      }
+    }
+  }
+  return result;
+}
+
+/// Calls visit(rows, distance) for one operator of each class at most `most` gates away.
+template <class F>
+void search_breadth_first(std::size_t wires, Outputs outputs, std::uint64_t allowed, int most,
+                          F&& visit) {
+  std::vector<std::string> gates;
+  for (std::size_t b = 1, move = 0; b < wires; ++b) {
+    for (std::size_t a = 0; a < b; ++a) {
+      for (std::size_t labels = 0; labels < 9; ++labels, ++move) {
+        if ((allowed >> move & 1) == 0) continue;
+        gates.push_back(std::string(wires, 'I').replace(a, 1, 1, "XZY"[labels / 3]));
+        gates.back()[b] = "XZY"[labels % 3];
+      }
+    }
+  }
+  std::set<std::string> seen{class_of(plain_identity(wires), outputs)};
+  std::vector<PlainRows> level{plain_identity(wires)};
+  for (int distance = 0; !level.empty() && distance <= most; ++distance) {
+    std::vector<PlainRows> next;
+    for (const PlainRows& rows : level) {
+      visit(rows, distance);
+      for (const std::string& gate : gates) {
+        PlainRows child = plain_behind(gate, rows);
+        if (seen.insert(class_of(child, outputs)).second) next.push_back(std::move(child));
+      }
+    }
+    level = std::move(next);
+  }
+}
+
+template <int wires>
+void expect_free_distances(int most, int classes) {
+  const auto& table = WindowTable<wires>::shared();
+  int met = 0;
+  search_breadth_first(wires, Outputs::free, ~std::uint64_t{0}, most,
+                       [&](const PlainRows& rows, int distance) {
+                         const auto entry = table.find(packed(rows));
+                         ASSERT_EQ(entry.distance, distance) << class_of(rows, Outputs::free);
+                         ++met;
+                         for (unsigned move = 0; move < table.moves; ++move) {
+                           const auto next = table.find(behind(window_gates[move], packed(rows)));
+                           ASSERT_EQ(next.distance == distance - 1, (entry.down >> move & 1) != 0);
+                         }
+                       });
+  EXPECT_EQ(met, classes);
+}
+
+TEST(CliffordWindows, know_the_distance_of_every_operator) {
+  expect_free_distances<2>(9, 10);
+  expect_free_distances<3>(9, 1120);
+  expect_free_distances<4>(2, 1 + 54 + 1863);
+  EXPECT_EQ(WindowTable<4>::shared().size(), 1523200);
+}
+
+/// All pairs of wires, a line, a star.
+constexpr std::uint64_t pair_01 = 511, pair_02 = pair_01 << 9, pair_12 = pair_01 << 18,
+                        pair_03 = pair_01 << 27, pair_23 = pair_01 << 45;
+
+template <int wires>
+void expect_placed_distances(std::uint64_t allowed, int most, int classes) {
+  const PlacedTable<wires> table(allowed);
+  int met = 0;
+  search_breadth_first(wires, Outputs::in_place, allowed, most,
+                       [&](const PlainRows& rows, int distance) {
+                         ASSERT_EQ(table.distance(packed(rows)), distance);
+                         ++met;
+                       });
+  EXPECT_EQ(met, classes);
+}
+
+TEST(CliffordWindows, know_distances_with_outputs_in_place) {
+  expect_placed_distances<2>(pair_01, 9, 20);
+  expect_placed_distances<3>(pair_01 | pair_02 | pair_12, 9, 6720);
+  expect_placed_distances<3>(pair_01 | pair_12, 12, 6720);
+  expect_placed_distances<3>(pair_02, 9, 20);
+  expect_placed_distances<4>(pair_01 | pair_12 | pair_23, 3, 4270);
+  expect_placed_distances<4>(pair_01 | pair_02 | pair_03, 2, 460);
+}
+
+TEST(CliffordWindows, lead_down_from_every_operator_in_place) {
+  const auto& table = PlacedTable<4>::shared();
+  std::mt19937 rng(3);
+  for (int round = 0; round < 500; ++round) {
+    WindowRows rows = identity_rows_on(4);
+    for (int k = 0; k < 50; ++k) rows = behind(window_gates[rng() % window_gates.size()], rows);
+    const int distance = table.distance(rows);
+    ASSERT_LE(distance, 9);
+    ASSERT_GE(distance, WindowTable<4>::shared().find(rows).distance);
+    for (const Gate& gate : window_gates) {
+      ASSERT_LE(std::abs(table.distance(behind(gate, rows)) - distance), 1);
+    }
+  }
+}
+
+// Searches.
+
+Circuit random_clifford(int n, int gates, std::mt19937& rng) {
+  Circuit circuit;
+  const auto qubit = [&] { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+  while (n > 0 && static_cast<int>(circuit.size()) < gates) {
+    const int a = qubit();
+    const int b = qubit();
+    const auto kind = rng() % 6;
+    if (kind == 0) circuit.push_back(structures::Gate::H(a));
+    if (kind == 1) circuit.push_back(structures::Gate::S(a));
+    if (kind == 2) circuit.push_back(structures::Gate("Y", {a}));
+    if (kind > 2 && a != b) circuit.push_back(structures::Gate::CNOT(a, b));
+    if (n == 1 && kind > 2) circuit.push_back(structures::Gate("Z", {a}));
+  }
+  return circuit;
+}
+
+PauliFrame images_of(const Circuit& circuit, int n) {
+  PauliFrame images = identity_images(n);
+  for (const structures::Gate& gate : circuit) images.apply(gate);
+  return images;
+}
+
+/// Whether the circuit found does what the other one does, with output q on wire wires[q], by the
+/// conjugation of tableaus.
+void expect_same_operator(const Circuit& wanted, const CliffordCircuit& found, int n) {
+  const auto before = tableau_of(wanted, n);
+  const auto after = tableau_of(found.gates, n);
+  std::vector<int> sorted = found.wires;
+  std::ranges::sort(sorted);
+  for (int q = 0; q < n; ++q) {
+    ASSERT_EQ(sorted[static_cast<std::size_t>(q)], q);
+    for (const char letter : {'X', 'Z'}) {
+      const auto input = std::string(static_cast<std::size_t>(n), 'I')
+                             .replace(static_cast<std::size_t>(q), 1, 1, letter);
+      const auto [minus, letters] = carried(input, before);
+      std::string moved = letters;
+      for (std::size_t r = 0; r < letters.size(); ++r) {
+        moved[static_cast<std::size_t>(found.wires[r])] = letters[r];
+      }
+      ASSERT_EQ(carried(input, after), (SignedString{minus, moved}));
+    }
+  }
+}
+
+Effort steps(std::uint64_t count) {
+  Effort effort;
+  effort.steps = count;
+  return effort;
+}
+
+TEST(CliffordSearch, acts_as_the_operator) {
+  std::mt19937 rng(1);
+  for (const int n : {0, 1, 2, 3, 4, 5, 6, 7, 9, 12, 17, 26, 33, 50}) {
+    for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+      for (int round = 0; round < (n < 8 ? 20 : 2); ++round) {
+        const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
+        const CliffordOptions options{outputs, rng(), rng()};
+        const auto found = search_clifford(images_of(wanted, n), options, steps(rng() % 3000));
+        expect_same_operator(wanted, found.circuit, n);
+        EXPECT_EQ(std::ranges::count(found.circuit.gates, "CNOT", &structures::Gate::name),
+                  found.count);
+        EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.circuit.wires));
+        if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
+      }
+    }
+  }
+}
+
+TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
+  const Circuit wanted{structures::Gate::H(0),       structures::Gate::CNOT(0, 2),
+                       structures::Gate::CNOT(2, 0), structures::Gate::CNOT(0, 2),
+                       structures::Gate::CNOT(1, 0), structures::Gate::S(1)};
+  const PauliFrame images = images_of(wanted, 3);
+  const auto free = search_clifford(images, {Outputs::free, 0, 0}, steps(100));
+  EXPECT_EQ(free.circuit.wires, (std::vector<int>{2, 1, 0}));
+  EXPECT_EQ(free.count, 1);
+  const auto placed = search_clifford(images, {Outputs::in_place, 0, 0}, steps(1000));
+  EXPECT_EQ(placed.circuit.wires, (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(placed.count, 4);
+}
+
+TEST(CliffordSearch, finds_the_same_again_and_nothing_worse_with_more_steps) {
+  std::mt19937 rng(5);
+  const PauliFrame images = images_of(random_clifford(9, 200, rng), 9);
+  for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+    int last = 1000;
+    for (const std::uint64_t count : {0U, 50U, 5000U, 40000U}) {
+      const auto found = search_clifford(images, {outputs, 7, 2}, steps(count));
+      EXPECT_LE(found.count, last);
+      last = found.count;
+      EXPECT_EQ(search_clifford(images, {outputs, 7, 2}, steps(count)).circuit.gates,
+                found.circuit.gates);
+    }
+    EXPECT_LE(last, outputs == Outputs::free ? 23 : 29);
+  }
+}
+
+TEST(CliffordSearch, ends_on_images_of_no_operator) {
+  search_clifford(PauliFrame(4, 8), {}, steps(2000));
+  PauliFrame equal(3, 6);
+  for (int r = 0; r < 6; ++r) equal.set_letter(r, r % 2, 1);
+  search_clifford(equal, {}, steps(2000));
+}
+
+}  // namespace
