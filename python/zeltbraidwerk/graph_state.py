@@ -22,7 +22,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _pauli_check, _search, _validate, errors
+from zeltbraidwerk import _core, _search, _states, _validate, errors
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk.circuits import Circuit
@@ -30,8 +30,8 @@ from zeltbraidwerk.linear import Objective
 
 __all__ = ["GraphStateSynthesis", "methods", "synthesize"]
 
-_METHODS = ("naive", "decoding")
-_Found = tuple[str, npt.NDArray[np.int32], int, int]
+_METHODS = ("naive", "decoding", "search")
+_AUTO = ("naive", "search")
 _DEFAULT_RUNS = 10
 
 
@@ -39,7 +39,7 @@ def methods() -> tuple[str, ...]:
     """The names that ``method`` takes.
 
     >>> methods()
-    ('auto', 'naive', 'decoding')
+    ('auto', 'naive', 'decoding', 'search')
     """
     return ("auto", *_METHODS)
 
@@ -54,22 +54,16 @@ class GraphStateSynthesis(HoldsCircuit):
     seed: int | None
     runs: int = field(compare=False)
     seconds: float = field(compare=False)
+    trace: tuple[_search.Point, ...] = field(compare=False, default=())
 
     def verify(self) -> bool:
         """Follows the stabilisers of the graph state back through the circuit, gate by gate and
         apart from the library, to what leaves all qubits 0: Z alone, and no sign."""
-        pulled = _pauli_check.PulledBack(self.n)
-        for gate in self.circuit:
-            pulled.append(gate)
-        images = [pulled.image(stabiliser) for stabiliser in self.stabilisers()]
-        return all(not minus and not set(letters) - set("IZ") for minus, letters in images)
+        return _states.prepares(self.circuit, self.stabilisers())
 
     def stabilisers(self) -> list[str]:
         """X on a vertex, or Y where it has a loop, and Z on its neighbours."""
-        return [
-            "".join("XY"[entry] if k == i else "IZ"[entry] for k, entry in enumerate(row))
-            for i, row in enumerate(self.graph.astype(int).tolist())
-        ]
+        return _stabilisers(self.graph)
 
     def __repr__(self) -> str:
         edges = int(np.triu(self.graph, 1).sum())
@@ -88,19 +82,21 @@ def synthesize(
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
+    steps: int | None = None,
     jobs: int | None = 1,
-    progress: Callable[[int], object] | None = None,
+    progress: Callable[[_search.Progress], object] | None = None,
 ) -> GraphStateSynthesis:
-    """A circuit of H, CZ, CNOT, S and Z gates that prepares a graph state from all qubits 0.
+    """A circuit of CNOT, CZ and gates on one qubit that prepares a graph state from all qubits 0.
 
     ``graph`` is a symmetric 0/1 matrix, or a graph of networkx or rustworkx, whose nodes are
     numbered in their order. A one on the diagonal, a loop, is an S on that qubit.
 
     "naive" takes a CZ an edge. "decoding" builds the state vertex by vertex, each attached by few
-    gates found by syndrome decoding with ``tries`` random restarts. "auto" takes the better.
-    ``objective`` is "count" or "depth" of gates on two qubits. ``restarts`` is the number of runs,
-    later ones in another order of the vertices; the other options are as in
-    :func:`zeltbraidwerk.linear.synthesize`.
+    gates found by syndrome decoding with ``tries`` random restarts; ``restarts`` is the number of
+    its runs, later ones in another order of the vertices. "search" begins with a gate an edge and
+    gets better for as long as it may go on, as in :func:`zeltbraidwerk.linear.synthesize`; the
+    other options are those of there. "auto" takes the better of "naive" and "search".
+    ``objective`` is "count" or "depth" of gates on two qubits.
     """
     start = time.perf_counter()
     adjacency = _adjacency(graph)
@@ -110,42 +106,56 @@ def synthesize(
         )
     _validate.choice(objective, "objective", ("count", "depth"))
     tries = _validate.integer(tries, "tries", 0, 2**31 - 1)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    if steps is not None and method not in ("auto", "search"):
+        raise errors.OptionError(f"steps: not an option of method {method!r}")
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     by_depth = objective == "depth"
 
-    def run(name: str, first: int, last: int) -> tuple[int, _Found] | None:
+    def run(name: str, first: int, last: int) -> tuple[int, _states.Found] | None:
         found = _core._best_graph_state(
             adjacency, tries if name == "decoding" else -1, drawn, first, last, by_depth, control
         )
-        return None if found is None else (found[0], (name, *found[1:]))
-
-    def key(found: _Found) -> tuple[int, int]:
-        *_, count, depth = found
-        return (depth, count) if by_depth else (count, depth)
+        if found is None:
+            return None
+        number, operations, count, depth = found
+        return number, (name, circuit_of(len(adjacency), operations), count, depth)
 
     runs = effort.restarts
     if runs is None and effort.budget is None:
         runs = _DEFAULT_RUNS
     trace = _search.Trace(by_depth, progress)
-    lanes = [
-        _search.Lane(partial(run, name), 1 if name == "naive" else runs)
-        for name in (_METHODS if method == "auto" else (method,))
-    ]
+    lanes: list[_search.Lane[_states.Found]] = []
+    for name in _AUTO if method == "auto" else (method,):
+        if name == "search":
+            stabilisers = [(False, word) for word in _stabilisers(adjacency)]
+            lane = _states.search_lane(stabilisers, by_depth, effort, drawn, control)
+        else:
+            lane = _search.Lane(partial(run, name), 1 if name == "naive" else runs)
+        lanes.append(lane)
 
-    def result(found: _Found, made: int) -> GraphStateSynthesis:
-        name, operations, *_ = found
+    def result(found: _states.Found, made: int) -> GraphStateSynthesis:
+        name, circuit, *_ = found
         return GraphStateSynthesis(
-            circuit=circuit_of(len(adjacency), operations),
+            circuit=circuit,
             graph=adjacency,
             method=name,
             seed=drawn,
             runs=made,
             seconds=time.perf_counter() - start,
+            trace=tuple(trace.points),
         )
 
+    key = _states.by_depth if by_depth else _states.by_count
     return result(*_search.best_of(lanes, effort.jobs, control, key, result, trace))
+
+
+def _stabilisers(graph: npt.NDArray[np.bool_]) -> list[str]:
+    return [
+        "".join("XY"[entry] if k == i else "IZ"[entry] for k, entry in enumerate(row))
+        for i, row in enumerate(graph.astype(int).tolist())
+    ]
 
 
 def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:

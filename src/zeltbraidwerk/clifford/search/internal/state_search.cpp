@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/state_depth.h"
@@ -14,6 +15,21 @@ namespace {
 /// Up to here the greedy run is a matter of milliseconds, and made whatever the effort.
 constexpr int few_wires = 64;
 
+/// The gates of a list that join wires which those before them leave apart.
+int joined_wires(const GateList& list) {
+  std::vector<int> group(static_cast<std::size_t>(list.wires()));
+  std::iota(group.begin(), group.end(), 0);
+  int joined = 0;
+  for (const Gate& gate : list.gates) {
+    const int from = group[static_cast<std::size_t>(wire_of(gate.a))];
+    const int to = group[static_cast<std::size_t>(wire_of(gate.b))];
+    if (from == to) continue;
+    std::ranges::replace(group, from, to);
+    ++joined;
+  }
+  return joined;
+}
+
 class Search {
  public:
   Search(const PauliFrame& stabilisers, const StateOptions& options, const Effort& effort)
@@ -23,15 +39,16 @@ class Search {
         meter_(effort),
         start_(stabilisers),
         best_(by_graph(stabilisers)),
+        needed_(joined_wires(best_)),
         depth_(depth_of(best_.gates, wires_)) {}
 
   GateList run() {
     report();
-    if (best_.count() == 0) return best_;
+    if (is_least()) return best_;
     if (wires_ <= few_wires || !meter_.ended()) start_.lighten(first_rounds, rng_);
     greedy();
     beam(4);
-    for (int round = 0; !meter_.ended() && best_.count() > 1; ++round) {
+    for (int round = 0; !meter_.ended() && !is_least(); ++round) {
       const std::uint64_t steps = std::uint64_t{1} << std::min(first_walk + round, 40);
       const int window = round == 0 ? 3 : 4;
       by_depth_&& round > 0 ? anneal(steps, window) : walk(steps, window);
@@ -45,6 +62,9 @@ class Search {
   static constexpr int first_rounds = 100;
   static constexpr int first_walk = 12;
   static constexpr int widest = 10;
+
+  /// As many gates as it takes to join the wires that are entangled.
+  bool is_least() const { return best_.count() <= (by_depth_ ? 1 : needed_); }
 
   bool is_better(int count, int depth) const {
     return by_depth_ ? std::pair(depth, count) < std::pair(depth_, best_.count())
@@ -135,6 +155,7 @@ class Search {
   Meter meter_;
   StateGroup start_;
   GateList best_;
+  int needed_;
   int depth_;
 };
 
