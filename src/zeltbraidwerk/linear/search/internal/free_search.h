@@ -14,7 +14,7 @@
 namespace zelt::braidwerk::internal {
 
 /// From a circuit as the engine has it: output r comes out on wire perm[r].
-FreeCircuit free_circuit(const GateList& list);
+ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit free_circuit(const GateList& list);
 GateList gate_list(const FreeCircuit& found);
 
 /// A circuit of m by a beam search on one of its facings; without gates when it found none.
