@@ -96,13 +96,13 @@ struct Rows {
   int stride;
 };
 
-inline int weight_of_row(const Rows& rows, int r) {
+inline int cost_of_row(const Rows& rows, int r) {
   int w = 0;
   for (int k = 0; k < rows.stride; ++k) w += std::popcount(rows.words[r * rows.stride + k]);
   return w;
 }
 
-inline int weight_of_both(const Rows& rows, int r, int s) {
+inline int cost_of_both(const Rows& rows, int r, int s) {
   int w = 0;
   for (int k = 0; k < rows.stride; ++k) {
     w += std::popcount(rows.words[r * rows.stride + k] ^ rows.words[s * rows.stride + k]);
@@ -118,8 +118,8 @@ ZELTBRAIDWERK_CLONES std::int64_t finish_gains(const Rows& map, const Rows& dual
                                                std::int32_t* by_control, std::int32_t* gains) {
   std::int64_t sum = 0;
   for (int t = 0; t < n; ++t) {
-    by_control[t] = cost[weight_of_row(dual, t)];
-    const std::int32_t own = cost[weight_of_row(map, t)];
+    by_control[t] = cost[cost_of_row(dual, t)];
+    const std::int32_t own = cost[cost_of_row(map, t)];
     sum += own + by_control[t];
     std::int32_t* row = gains + static_cast<std::ptrdiff_t>(t) * lanes;
     const auto rise = static_cast<std::int32_t>(rise_share * row[t]);
@@ -128,7 +128,7 @@ ZELTBRAIDWERK_CLONES std::int64_t finish_gains(const Rows& map, const Rows& dual
   for (int t = 0; t < n; ++t) {
     std::int32_t* row = gains + static_cast<std::ptrdiff_t>(t) * lanes;
     for (int c = 0; c < t; ++c) {
-      const std::int32_t both = cost[weight_of_both(map, c, t)] + cost[weight_of_both(dual, c, t)];
+      const std::int32_t both = cost[cost_of_both(map, c, t)] + cost[cost_of_both(dual, c, t)];
       row[c] += both - by_control[c];
       gains[static_cast<std::ptrdiff_t>(c) * lanes + t] += both - by_control[t];
     }
@@ -151,19 +151,18 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
   const auto scaled = [&](double value) {
     return static_cast<std::int32_t>(std::lround(value / unit_));
   };
-  const auto size = static_cast<std::size_t>(n);
-  weight_.resize(size + 1);
-  bend_.resize(size + 1);
-  map_cost_.resize(size + 1);
+  if (graph != nullptr) steiner_.emplace(*graph);
+  const auto heaviest = static_cast<std::size_t>(graph != nullptr ? steiner_->most() + 1 : n);
+  cost_.resize(heaviest + 1);
+  bend_.resize(heaviest + 1);
+  map_cost_.resize(heaviest + 1);
   double value = 0;
-  double step = 1;  // what wire w adds
-  for (std::size_t w = 2; w <= size; ++w) {
+  double step = 1;  // what the way of w - 1 gates is longer than that of w - 2
+  for (std::size_t w = 2; w <= heaviest; ++w) {
     value += step;
-    weight_[w] = scaled(value);
+    cost_[w] = scaled(value);
     bend_[w] = -scaled(step * (1 + cost.decay));
     step *= cost.decay;
-  }
-  for (std::size_t w = 1; w <= size; ++w) {
     const double p = cost.map_exponent;
     const auto wide = static_cast<double>(w);
     map_cost_[w] = scaled(cost.map_share * (p == 0 ? std::log(wide) : (std::pow(wide, p) - 1) / p));
@@ -177,9 +176,13 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
   for (int q = 0; q < n; ++q) {
     print_.push_back(n <= word_bits ? Word{1} << q : Rng::mixed(static_cast<Word>(q) + 1));
   }
+  const auto size = static_cast<std::size_t>(n);
   gains_.resize(size * static_cast<std::size_t>(lanes_));
   lane_.resize(static_cast<std::size_t>(lanes_));
   by_control_.resize(size);
+  changed_.resize(size);
+  near_.resize(size);
+  for (const Move& move : moves_) near_[move.target].push_back(move.control);
 }
 
 GrowthState Growth::start(const BitMatrix& parities) const {
@@ -204,12 +207,56 @@ GrowthState Growth::start(const BitMatrix& parities) const {
 
 std::int64_t Growth::score(const State& state) {
   std::fill(gains_.begin(), gains_.end(), 0);
+  if (steiner_) return score_on_graph(state) + score_map_on_graph(state);
   const std::int64_t base =
       sum_over_pairs({state.words_.data(), state.left_, stride_, lanes_ / vector_lanes},
-                     {weight_.data(), bend_.data()}, lane_.data(), gains_.data());
+                     {cost_.data(), bend_.data()}, lane_.data(), gains_.data());
   return base + finish_gains({state.words_.data() + offset(most_), stride_},
                              {state.words_.data() + offset(most_ + n_), stride_}, n_, lanes_,
                              rise_share_, map_cost_.data(), by_control_.data(), gains_.data());
+}
+
+std::int64_t Growth::score_on_graph(const State& state) {
+  std::int64_t sum = 0;
+  for (int p = 0; p < state.left_; ++p) {
+    const Word* parity = state.words_.data() + offset(p);
+    const int own = steiner_->for_each_change(
+        parity, [&](int c, int w) { changed_[static_cast<std::size_t>(c)] = w; });
+    const std::int32_t cost = cost_[static_cast<std::size_t>(own)];
+    sum += cost;
+    for_each_bit(parity, stride_, [&](int t) {
+      for (const int c : near_[static_cast<std::size_t>(t)]) {
+        const auto w = static_cast<std::size_t>(changed_[static_cast<std::size_t>(c)]);
+        gains_[static_cast<std::size_t>(t * lanes_ + c)] += cost_[w] - cost;
+      }
+    });
+  }
+  return sum;
+}
+
+std::int64_t Growth::score_map_on_graph(const State& state) {
+  std::vector<Word> sum(static_cast<std::size_t>(stride_));
+  const auto cost = [&](const Word* row, const Word* other, int wire) {
+    for (int k = 0; k < stride_; ++k) {
+      sum[static_cast<std::size_t>(k)] = row[k] ^ (other == nullptr ? 0 : other[k]);
+    }
+    sum[static_cast<std::size_t>(wire / word_bits)] |= Word{1} << (wire % word_bits);
+    return map_cost_[static_cast<std::size_t>(steiner_->weight(sum.data()))];
+  };
+  std::int64_t all = 0;
+  for (int q = 0; q < n_; ++q) {
+    const std::int32_t in_map = cost(map_row(state, q), nullptr, q);
+    const std::int32_t in_dual = cost(dual_row(state, q), nullptr, q);
+    all += in_map + in_dual;
+    for (const int other : near_[static_cast<std::size_t>(q)]) {
+      // Row `other` of the map is added to row q, and row `other` of the dual, the other way round.
+      gains_[static_cast<std::size_t>(q * lanes_ + other)] +=
+          cost(map_row(state, q), map_row(state, other), q) - in_map;
+      gains_[static_cast<std::size_t>(other * lanes_ + q)] +=
+          cost(dual_row(state, q), dual_row(state, other), q) - in_dual;
+    }
+  }
+  return all;
 }
 
 std::uint64_t Growth::hash(const State& state, const Move& move) const {

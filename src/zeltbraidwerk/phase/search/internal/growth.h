@@ -2,19 +2,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/phase/search/internal/steiner_weights.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
 
-/// What a growing parity network lowers. A parity that takes w wires to make counts
-/// 1 + decay + ... + decay^(w - 2): less and less the longer it is. Each row of w wires of the
-/// linear map, and of its transposed inverse, counts map_share * (w^map_exponent - 1) /
-/// map_exponent, or map_share * log w for exponent 0.
+/// What a growing parity network lowers. A parity that is w - 1 CNOTs away, from w wires where any
+/// two may be joined, counts 1 + decay + ... + decay^(w - 2): less and less the longer the way.
+/// Each row of the linear map, and of its transposed inverse, counts
+/// map_share * (w^map_exponent - 1) / map_exponent, or map_share * log w for exponent 0; on a graph
+/// the wire on which it stands counts as one of the row's.
 struct GrowthCost {
   double decay = 0.5;
   double map_share = 0;
@@ -43,13 +46,13 @@ struct GrowthMove {
 /// The problem of growing a parity network gate by gate until every parity has stood on a wire, for
 /// a beam search. States that hold the same on other wires are one.
 ///
-/// All CNOTs of a state are scored together in O(sum of w^2 n / 8 + n^2) for parities of w wires.
+/// All CNOTs of a state are scored together in O(sum of w n / 8 + n^2) for parities of w wires.
 class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
  public:
   using State = GrowthState;
   using Move = GrowthMove;
 
-  /// With a graph, gates are on its edges alone.
+  /// With a graph, which is connected, gates are on its edges alone.
   Growth(int n, int parities, const GrowthCost& cost, const BitGraph* graph = nullptr);
 
   /// A column a parity, none of them zero.
@@ -69,7 +72,17 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
   bool done(const State& state) const { return state.left_ == 0; }
 
  private:
+  /// Fills gains_; returns the cost of the state.
   std::int64_t score(const State& state);
+  std::int64_t score_on_graph(const State& state);
+  std::int64_t score_map_on_graph(const State& state);
+
+  const Word* map_row(const State& state, int wire) const {
+    return state.words_.data() + offset(most_ + wire);
+  }
+  const Word* dual_row(const State& state, int wire) const {
+    return state.words_.data() + offset(most_ + n_ + wire);
+  }
 
   // The words of a parity, and of the rows of the map and of its dual behind all of them.
   std::size_t offset(int k) const {
@@ -82,14 +95,17 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
   int lanes_;          // wires, in full vectors
   double rise_share_;  // what a wire more costs, of what a wire less saves beyond that
   double unit_;
+  std::optional<SteinerWeights> steiner_;  // on a graph
   std::vector<Move> moves_;
   std::vector<std::uint64_t> print_;      // of an input
-  std::vector<std::int32_t> weight_;      // cost of a parity by its weight
+  std::vector<std::int32_t> cost_;        // of a parity by its weight
   std::vector<std::int32_t> bend_;        // what a wire less saves beyond what a wire more costs
   std::vector<std::int32_t> map_cost_;    // by weight of a row
   std::vector<std::int32_t> gains_;       // by target and control
   std::vector<std::int32_t> lane_;        // scratch
   std::vector<std::int32_t> by_control_;  // scratch
+  std::vector<std::vector<int>> near_;    // on a graph, by wire
+  std::vector<int> changed_;              // scratch
 };
 
 }  // namespace zelt::braidwerk::internal

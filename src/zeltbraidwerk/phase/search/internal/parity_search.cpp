@@ -1,33 +1,19 @@
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 
 #include <algorithm>
-#include <array>
+#include <limits>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "zeltbraidwerk/phase/search/internal/parity_rewriter.h"
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
+#include "zeltbraidwerk/phase/search/internal/parity_terms.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// The columns that are to come up, each once.
-BitMatrix different_parities(const BitMatrix& parities) {
-  const BitMatrix by_term = parities.transposed();
-  std::set<std::vector<Word>> seen{std::vector<Word>(static_cast<std::size_t>(by_term.stride()))};
-  std::vector<int> kept;
-  for (int p = 0; p < by_term.rows(); ++p) {
-    const Word* words = by_term.row(p);
-    if (seen.emplace(words, words + by_term.stride()).second) kept.push_back(p);
-  }
-  BitMatrix result(static_cast<int>(kept.size()), parities.rows());
-  for (std::size_t k = 0; k < kept.size(); ++k) {
-    std::copy_n(by_term.row(kept[k]), by_term.stride(), result.row(static_cast<int>(k)));
-  }
-  return result.transposed();
-}
+constexpr double tie_noise = 1e-3;
 
 class ParitySearch {
  public:
@@ -40,18 +26,14 @@ class ParitySearch {
         meter_(effort),
         rewriter_(parities, walked_end(), graph_),
         settler_(parities, ParityEnd::exact, graph_) {
-    // Lighter parities count the more the fewer wires there are. Tuned on random sets of 8 n to
-    // 10 n parities.
-    const double decay = std::clamp(1 - 8.0 / std::max(n_, 1), 0.2, 0.9);
-    costs_[0] = {decay, 0, -1};
-    costs_[1] = {decay, n_ < 12 ? 0.05 : 0.1, n_ < 12 ? 0.0 : n_ < 18 ? -0.5 : -1.0};
+    choose_costs();
   }
 
   GateList run() {
     best_ = found_ = GateList(n_, {});
-    if (!anything_to_show()) return best_;
+    if (parities_.cols() == 0) return best_;
     take(first());
-    if (n_ >= 4) search();
+    search();
     return std::move(best_);
   }
 
@@ -68,10 +50,20 @@ class ParitySearch {
     return graph_ == nullptr ? ParityEnd::swaps : ParityEnd::exact;
   }
 
-  bool anything_to_show() const {
-    int ones = 0;
-    for (int q = 0; q < n_; ++q) ones += parities_.row_weight(q);
-    return ones > parities_.cols();
+  /// Light parities count the more the fewer wires there are. The first costs are the best for
+  /// random sets of 8 n to 10 n parities; each set finds its own among them.
+  void choose_costs() {
+    if (graph_ != nullptr) {
+      costs_ = {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}};
+      return;
+    }
+    const double decay = std::clamp(1 - 8.0 / std::max(n_, 1), 0.2, 0.9);
+    const double share = n_ < 12 ? 0.05 : 0.1;
+    const double exponent = n_ < 12 ? 0.0 : n_ < 18 ? -0.5 : -1.0;
+    costs_ = {{decay, share, exponent},
+              {decay, 0, exponent},
+              {decay + 0.1, share, exponent},
+              {decay - 0.15, share, exponent}};
   }
 
   /// An answer, whatever the effort.
@@ -84,38 +76,36 @@ class ParitySearch {
   }
 
   GateList quick_start(Meter& own) {
-    // The beam weighs all CNOTs at each step, the plain method only some.
-    const bool small = n_ <= 128 && parities_.cols() <= 4096;
-    if (graph_ == nullptr && small) {
+    // The beam weighs all CNOTs at each step, the plain methods only some.
+    const bool small = graph_ != nullptr ? n_ <= 20 : n_ <= 128 && parities_.cols() <= 4096;
+    Network network;
+    if (small) {
+      const GrowthCost cost{costs_[0].decay, 0, -1};
       const auto networks =
-          grow_networks(parities_, costs_[0], {.width = 2, .noise = 1e-3}, rng_, own);
-      if (!networks.empty()) {
-        if (leftover_ == Leftover::returned) return GateList(n_, networks[0]);
-        if (auto list = closed_freely(networks[0], n_, n_ <= 32 ? 10 : 1, rng_, own)) return *list;
-        return closed_plainly(networks[0], n_, nullptr, false, rng_);
-      }
+          grow_networks(parities_, graph_, cost, {.width = 2, .noise = tie_noise}, rng_, own);
+      if (!networks.empty()) network = networks[0];
     }
-    const Network network = plain_network(parities_, graph_, rng_);
+    if (network.empty()) network = plain_network(parities_, graph_, rng_);
     if (leftover_ == Leftover::returned) return GateList(n_, network);
-    return closed_plainly(network, n_, graph_, leftover_ == Leftover::closed_freely, rng_);
+    if (small) {
+      if (auto list = closed(network, n_, graph_, n_ <= 32 ? 10 : 1, rng_, own)) return *list;
+    }
+    return closed_plainly(network, n_, graph_, rng_);
   }
 
   /// In turns a wider beam and walks that take as long: from what the beam has found, and from the
   /// best of all.
   void search() {
-    std::uint64_t steps = 20000;
+    std::uint64_t steps = 10000;
     for (int width = 8; !meter_.ended(); width = std::min(4 * width, widest())) {
-      if (graph_ == nullptr) {
-        const std::uint64_t before = meter_.steps();
-        std::optional<GateList> list = grown(width);
-        steps = static_cast<std::uint64_t>(static_cast<double>(meter_.steps() - before) *
-                                           walk_steps_of_state());
-        if (list) walk(std::move(*list), steps);
-      } else {
-        steps *= 2;
-      }
+      const std::uint64_t before = meter_.steps();
+      const std::optional<GateList> list = width == 8 ? grown_at_all_costs(width) : grown(width);
+      const auto spent = static_cast<double>(meter_.steps() - before) * walk_steps_of_state();
+      steps = std::max(2 * steps, static_cast<std::uint64_t>(spent));
+      if (list) walk(*list, steps);
       walk(found_, steps);
       if (swapping()) settle(steps / 4);
+      if (n_ < 4 && width > 30) break;  // there is nothing more to find
     }
   }
 
@@ -129,15 +119,39 @@ class ParitySearch {
     return static_cast<int>(std::clamp(1e9 / bytes, 10.0, 1e5));
   }
 
-  std::optional<GateList> grown(int width) {
-    const BeamOptions options{.width = width, .finishers = 10, .overtime = 5, .noise = 1e-3};
+  /// The shortest of all costs, which then goes first.
+  std::optional<GateList> grown_at_all_costs(int width) {
+    std::vector<std::pair<int, GrowthCost>> ranked;
     std::optional<GateList> best;
-    for (const Network& network : grow_networks(parities_, costs_[1], options, rng_, meter_)) {
+    for (const GrowthCost& cost : costs_) {
+      const std::optional<GateList> list = grown(width, cost);
+      const int length = list ? rewriter_.length(*list) : std::numeric_limits<int>::max();
+      ranked.emplace_back(length, cost);
+      if (list && (!best || length < rewriter_.length(*best))) best = list;
+    }
+    std::ranges::stable_sort(ranked, {}, [](const auto& entry) { return entry.first; });
+    std::ranges::transform(ranked, costs_.begin(), [](const auto& entry) { return entry.second; });
+    return best;
+  }
+
+  /// By the first cost by which the beam comes to an end.
+  std::optional<GateList> grown(int width) {
+    for (const GrowthCost& cost : costs_) {
+      if (auto list = grown(width, cost)) return list;
+    }
+    return std::nullopt;
+  }
+
+  std::optional<GateList> grown(int width, const GrowthCost& cost) {
+    if (n_ > SteinerWeights::most_vertices) return std::nullopt;
+    const BeamOptions options{.width = width, .finishers = 10, .overtime = 5, .noise = tie_noise};
+    std::optional<GateList> best;
+    for (const Network& network : grow_networks(parities_, graph_, cost, options, rng_, meter_)) {
       std::optional<GateList> list;
       if (leftover_ == Leftover::returned) {
         list.emplace(n_, network);
       } else {
-        list = closed_freely(network, n_, std::clamp(width / 3, 1, 100), rng_, meter_);
+        list = closed(network, n_, graph_, std::clamp(width / 3, 1, 100), rng_, meter_);
       }
       if (list && (!best || rewriter_.length(*list) < rewriter_.length(*best))) best = list;
     }
@@ -161,13 +175,15 @@ class ParitySearch {
   void walked(ParityRewriter& rewriter, GateList& list, std::uint64_t steps) {
     rewriter.begin(list);
     int depth = depth_of(list.gates, n_);
-    walk_round(list, rewriter, steps, {}, rng_, meter_, [&](const GateList& other, bool shorter) {
-      const int its = depth_of(other.gates, n_);
-      if (!shorter && its >= depth) return false;
-      depth = its;
-      if (shorter && rewriter.end() == walked_end() && !swapping()) take(other);
-      return true;
-    });
+    const Cooling cooling = graph_ == nullptr ? Cooling{0.3F, 0.003F} : Cooling{1.0F, 0.1F};
+    walk_round(list, rewriter, steps, cooling, rng_, meter_,
+               [&](const GateList& other, bool shorter) {
+                 const int its = depth_of(other.gates, n_);
+                 if (!shorter && its >= depth) return false;
+                 depth = its;
+                 if (shorter && rewriter.end() == walked_end() && !swapping()) take(other);
+                 return true;
+               });
   }
 
   /// Keeps what is the shortest for the walk, and the answer that can be had from it.
@@ -196,49 +212,23 @@ class ParitySearch {
   Meter meter_;
   ParityRewriter rewriter_;
   ParityRewriter settler_;
-  std::array<GrowthCost, 2> costs_;
+  std::vector<GrowthCost> costs_;
   GateList found_;  // the shortest for the walk
   GateList best_;   // the answer
   int depth_ = 0;
 };
 
-/// Gives every parity its phase where it first comes up.
-std::vector<PhaseStep> with_phases(const GateList& list, const BitMatrix& parities) {
-  const BitMatrix by_term = parities.transposed();
-  std::set<std::pair<std::vector<Word>, int>> left;
-  const auto words = [](const BitMatrix& m, int row) {
-    return std::vector<Word>(m.row(row), m.row(row) + m.stride());
-  };
-  for (int p = 0; p < by_term.rows(); ++p) left.emplace(words(by_term, p), p);
-  std::vector<PhaseStep> steps;
-  BitMatrix map = BitMatrix::identity(parities.rows());
-  const auto show = [&](int wire) {
-    const auto value = words(map, wire);
-    for (auto term = left.lower_bound({value, -1}); term != left.end() && term->first == value;
-         term = left.erase(term)) {
-      steps.push_back(PhaseStep::phase(wire, term->second));
-    }
-  };
-  for (int wire = 0; wire < parities.rows(); ++wire) show(wire);
-  for (const Gate& gate : list.gates) {
-    map.add_row(wire_of(gate.a), wire_of(gate.b));
-    steps.push_back(PhaseStep::cnot(wire_of(gate.a), wire_of(gate.b)));
-    show(wire_of(gate.b));
-  }
-  return steps;
-}
-
 }  // namespace
 
 ParitySearchResult search_parities(const BitMatrix& parities, const ParitySearchOptions& options,
                                    const Effort& effort) {
-  const BitMatrix different = different_parities(parities);
-  const GateList list = ParitySearch(different, options, effort).run();
-  ParitySearchResult result{with_phases(list, parities), {}};
+  const BitMatrix made = parities_to_make(parities);
+  const GateList list = ParitySearch(made, options, effort).run();
+  ParitySearchResult result{with_phases(list.gates, parities), {}};
   result.permutation.resize(static_cast<std::size_t>(list.wires()));
   for (int wire = 0; wire < list.wires(); ++wire) {
-    const int qubit =
-        options.leftover == Leftover::returned ? wire : wire_of(list.origin[end_of(wire, 0)]);
+    const int output = wire_of(list.origin[end_of(wire, 0)]);
+    const int qubit = options.leftover == Leftover::closed_freely ? output : wire;
     result.permutation[static_cast<std::size_t>(qubit)] = wire;
   }
   return result;

@@ -1,12 +1,13 @@
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
 
-#include <numeric>
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
+#include "zeltbraidwerk/linear/search/internal/device_elimination.h"
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
 #include "zeltbraidwerk/linear/search/internal/reduction.h"
 #include "zeltbraidwerk/phase/internal/graph_walk.h"
 #include "zeltbraidwerk/phase/internal/greedy_network.h"
@@ -37,16 +38,6 @@ Network cnots_of(const std::vector<PhaseStep>& steps) {
   return network;
 }
 
-GateList with_outputs(Network network, const std::vector<int>& perm) {
-  GateList list(static_cast<int>(perm.size()), std::move(network));
-  for (std::size_t r = 0; r < perm.size(); ++r) {
-    for (int label = 0; label < 4; ++label) {
-      list.origin[end_of(perm[r], label)] = end_of(static_cast<int>(r), label);
-    }
-  }
-  return list;
-}
-
 /// The weights at which sums over rows and columns are best, found on random maps.
 ReductionCost reduction_cost(int n) {
   if (n <= 20) return {.exponent = n <= 12 ? 0.0 : -0.5, .with_inverse = true};
@@ -55,9 +46,10 @@ ReductionCost reduction_cost(int n) {
 
 }  // namespace
 
-std::vector<Network> grow_networks(const BitMatrix& parities, const GrowthCost& cost,
-                                   const BeamOptions& options, Rng& rng, Meter& meter) {
-  Growth growth(parities.rows(), parities.cols(), cost);
+std::vector<Network> grow_networks(const BitMatrix& parities, const BitGraph* graph,
+                                   const GrowthCost& cost, const BeamOptions& options, Rng& rng,
+                                   Meter& meter) {
+  Growth growth(parities.rows(), parities.cols(), cost, graph);
   BeamSearch<Growth> beam(growth, options, rng, meter);
   std::vector<Network> networks;
   for (const Finished<Growth>& finished : beam.run(growth.start(parities))) {
@@ -82,40 +74,43 @@ Network plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng
   return cnots_of(walk.steps());
 }
 
-std::optional<GateList> closed_freely(const Network& network, int n, int width, Rng& rng,
-                                      Meter& meter) {
-  Reduction reduction(n, reduction_cost(n));
-  BeamSearch<Reduction> beam(reduction, {.width = width, .noise = 1e-4}, rng, meter);
-  const auto finished = beam.run(reduction.start(inverse(map_of(network, n))));
-  if (finished.empty()) return std::nullopt;
-  GateList closing = reduction.circuit(finished[0].state, finished[0].moves);
+std::optional<GateList> closed(const Network& network, int n, const BitGraph* graph, int width,
+                               Rng& rng, Meter& meter) {
+  const BitMatrix undone = inverse(map_of(network, n));
+  GateList closing;
+  if (graph != nullptr) {
+    const DeviceEliminationOptions options{.width = width, .vertices = n <= 32 ? n : 8};
+    auto found = eliminate_on_device(undone, *graph, options, rng, meter);
+    if (found.empty()) return std::nullopt;
+    closing = std::move(found.front());
+  } else {
+    Reduction reduction(n, reduction_cost(n));
+    BeamSearch<Reduction> beam(reduction, {.width = width, .noise = 1e-4}, rng, meter);
+    const auto found = beam.run(reduction.start(undone));
+    if (found.empty()) return std::nullopt;
+    closing = reduction.circuit(found[0].state, found[0].moves);
+  }
   closing.gates.insert(closing.gates.begin(), network.begin(), network.end());
   return closing;
 }
 
-GateList closed_plainly(const Network& network, int n, const BitGraph* graph, bool free, Rng& rng) {
+GateList closed_plainly(const Network& network, int n, const BitGraph* graph, Rng& rng) {
   const BitMatrix undone = inverse(map_of(network, n));
   FreeCircuit closing(n);
   if (graph != nullptr) {
-    row_column_synthesis(undone, *graph, {free, 0}, draws_of(rng), Control{}, closing);
+    row_column_synthesis(undone, *graph, {}, draws_of(rng), Control{}, closing);
   } else {
     closing.circuit = optimized_pmh(undone);
     closing.circuit.reverse();
   }
   Network gates = network;
   append(closing.circuit, gates);
-  return with_outputs(std::move(gates), closing.perm);
+  return {n, std::move(gates)};
 }
 
 GateList in_place(const GateList& list, Rng& rng) {
-  FreeCircuit found(list.wires());
-  for (const Gate& gate : list.gates) found.circuit.addGate(wire_of(gate.a), wire_of(gate.b));
-  for (int wire = 0; wire < list.wires(); ++wire) {
-    const End origin = list.origin[end_of(wire, 0)];
-    found.perm[static_cast<std::size_t>(wire_of(origin))] = wire;
-  }
   Network gates;
-  append(close_within_gates(found, draws_of(rng)), gates);
+  append(close_within_gates(free_circuit(list), draws_of(rng)), gates);
   return {list.wires(), std::move(gates)};
 }
 

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/phase/internal/phase_circuit.h"
+#include "zeltbraidwerk/search/internal/window.h"
+
+namespace zelt::braidwerk::internal {
+
+/// The columns that have to be made, each once: those of more than one wire.
+BitMatrix parities_to_make(const BitMatrix& parities);
+
+/// The gates, and the phase of every column where its parity first stands on a wire.
+std::vector<PhaseStep> with_phases(const std::vector<Gate>& gates, const BitMatrix& parities);
+
+}  // namespace zelt::braidwerk::internal
