@@ -80,6 +80,28 @@ std::string fault(const PauliRows& table, int n, const NetworkOptions& options,
   return "";
 }
 
+/// A random tree and some edges more.
+BitGraph connected_graph(int n, std::mt19937& rng) {
+  BitGraph graph(n);
+  for (int v = 1; v < n; ++v) graph.join(v, static_cast<int>(rng() % static_cast<unsigned>(v)));
+  for (int k = 0; k < n / 2; ++k) {
+    const int a = static_cast<int>(rng() % static_cast<unsigned>(n));
+    const int b = static_cast<int>(rng() % static_cast<unsigned>(n));
+    if (a != b) graph.join(a, b);
+  }
+  return graph;
+}
+
+int ladder_count(const PauliRows& table) {
+  int count = 0;
+  for (const auto& row : table) {
+    const auto weight = static_cast<int>(
+        row.size() - static_cast<std::size_t>(std::count(row.begin(), row.end(), 0)));
+    count += 2 * std::max(0, weight - 1);
+  }
+  return count;
+}
+
 Effort steps(std::uint64_t count) {
   Effort effort;
   effort.steps = count;
@@ -96,6 +118,7 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
     for (auto& row : table) {  // light strings, equal ones, and those of no letters as well
       for (auto& letter : row) letter = rng() % 3 == 0 ? letter : 0;
     }
+    const BitGraph graph = connected_graph(n, rng);
     for (const bool in_order : {false, true}) {
       for (const auto end : {NetworkEnd::open, NetworkEnd::closed, NetworkEnd::closed_freely}) {
         NetworkOptions options;
@@ -103,9 +126,13 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
         options.end = end;
         options.by_depth = instance % 5 == 0;
         options.seed = static_cast<std::uint64_t>(instance);
+        if (n > 0 && instance % 3 == 0) options.graph = &graph;
         const auto result = search_network(numbered(table, n), options, steps(400));
         EXPECT_EQ(fault(table, n, options, result), "")
             << "instance " << instance << ": " << text(table);
+        if (options.graph == nullptr && !options.by_depth) {
+          EXPECT_LE(result.count, ladder_count(table));
+        }
       }
     }
   }

@@ -33,6 +33,10 @@ class LetterRows {
   int weight(int row) const { return weights_[static_cast<std::size_t>(row)]; }
   /// Writes 3 * qubit + label - 1 of every letter, ascending; returns how many.
   int letters(int row, int* out) const;
+  /// Those with a letter.
+  void wires(int row, Word* out) const {
+    for (int w = 0; w < words_; ++w) out[w] = x(w)[row] | z(w)[row];
+  }
   int label(int row, int q) const {
     const int w = q / word_bits;
     const int shift = q % word_bits;

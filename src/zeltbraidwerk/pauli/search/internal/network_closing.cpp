@@ -100,6 +100,16 @@ NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort
   return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
 }
 
+NetworkTail undo(const std::vector<NetworkEvent>& events, int qubits) {
+  NetworkTail tail;
+  for (auto event = events.rbegin(); event != events.rend(); ++event) {
+    if (event->row < 0) tail.gates.push_back(event->gate);
+  }
+  tail.wires.resize(static_cast<std::size_t>(qubits));
+  std::iota(tail.wires.begin(), tail.wires.end(), 0);
+  return tail;
+}
+
 int swaps_of(const std::vector<int>& wires) {
   std::vector<bool> seen(wires.size());
   int swaps = 0;

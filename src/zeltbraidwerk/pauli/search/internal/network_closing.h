@@ -17,6 +17,9 @@ struct NetworkTail {
 /// run at least.
 NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort& effort);
 
+/// The same by the gates of the network backward: on any device.
+NetworkTail undo(const std::vector<NetworkEvent>& events, int qubits);
+
 /// Swaps that it takes to bring every qubit back to its own wire.
 int swaps_of(const std::vector<int>& wires);
 

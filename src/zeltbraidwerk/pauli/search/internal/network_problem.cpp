@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -52,8 +53,12 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
     : list_(list),
       in_order_(in_order),
       settings_(settings),
-      costs_(settings, list.qubits()),
-      table_(list.qubits(), graph),
+      costs_(settings, graph == nullptr ? list.qubits() : 3 * list.qubits()),
+      gate_costs_(list.qubits(), graph),
+      pairs_(graph == nullptr ? list.qubits() : 0),
+      edges_(gate_costs_),
+      reach_(graph == nullptr ? Reach() : Reach(*graph)),
+      on_graph_(graph != nullptr),
       capacity_(window_size(settings, in_order, list.count())),
       slot_words_(static_cast<std::size_t>(words_for(capacity_))) {
   const int n = list.qubits();
@@ -290,7 +295,8 @@ void NetworkProblem::weigh_by_chain(State& state) {
 }
 
 std::int64_t NetworkProblem::score(const State& state) {
-  table_.clear();
+  if (on_graph_) return score_on_graph(state);
+  pairs_.clear();
   std::int64_t sum = 0;
   for (int place = 0; place < state.letters.count(); ++place) {
     const int weight = state.letters.weight(place);
@@ -299,24 +305,68 @@ std::int64_t NetworkProblem::score(const State& state) {
     const std::uint32_t less = times(factor, costs_.rise(weight));
     const std::uint32_t more = times(factor, costs_.rise(weight + 1));
     if (less < least_pull && more < least_pull) continue;
-    table_.add(letters_.data(), state.letters.letters(place, letters_.data()), less, more);
+    pairs_.add(letters_.data(), state.letters.letters(place, letters_.data()), less, more);
   }
   sum >>= NetworkCosts::factor_bits;
   for (int place = 0; place < state.images.count(); ++place) {
     const int weight = state.images.weight(place);
     sum += costs_.tail(weight);
-    table_.add(letters_.data(), state.images.letters(place, letters_.data()),
+    pairs_.add(letters_.data(), state.images.letters(place, letters_.data()),
                costs_.tail_rise(weight), costs_.tail_rise(weight + 1));
   }
-  table_.score();
+  pairs_.score(gate_costs_);
   return usual_ * state.count_left + sum;
 }
 
-int NetworkProblem::weight_of_lightest(const State& state) const {
-  int least = list_.qubits() + 1;
+std::int64_t NetworkProblem::score_on_graph(const State& state) {
+  edges_.clear();
+  std::int64_t sum = 0;
   for (int place = 0; place < state.letters.count(); ++place) {
-    const int weight = state.letters.weight(place);
-    if (weight < least && may_come(state, place)) least = weight;
+    const std::int64_t factor = state.factors[static_cast<std::size_t>(place)];
+    const int now = reach(state, place);
+    sum += factor * (costs_.of(now) - usual_);
+    if (times(static_cast<std::uint32_t>(factor), costs_.rise(now)) < least_pull && now > 1)
+      continue;
+    const auto change = [&](int q) {
+      return (factor * (costs_.of(reach_with(state, place, q)) - costs_.of(now))) >>
+             NetworkCosts::factor_bits;
+    };
+    for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
+      const auto [a, b] = gate_costs_.pairs()[p];
+      const int on_a = state.letters.label(place, a);
+      const int on_b = state.letters.label(place, b);
+      if (on_a == 0 && on_b == 0) continue;
+      const bool both = on_a != 0 && on_b != 0;
+      edges_.add(static_cast<int>(p), on_a, on_b,
+                 both        ? change(a)
+                 : on_a != 0 ? change(b)
+                             : 0,
+                 both        ? change(b)
+                 : on_b != 0 ? change(a)
+                             : 0);
+    }
+  }
+  edges_.score(gate_costs_);
+  return usual_ * state.count_left + (sum >> NetworkCosts::factor_bits);
+}
+
+int NetworkProblem::reach(const State& state, int place) {
+  if (!on_graph_) return state.letters.weight(place);
+  state.letters.wires(place, string_.data());
+  return reach_(string_.data());
+}
+
+int NetworkProblem::reach_with(const State& state, int place, int q) {
+  state.letters.wires(place, string_.data());
+  string_[static_cast<std::size_t>(q / word_bits)] ^= Word{1} << (q % word_bits);
+  return reach_(string_.data());
+}
+
+int NetworkProblem::reach_of_nearest(const State& state) {
+  int least = std::numeric_limits<int>::max();
+  for (int place = 0; place < state.letters.count(); ++place) {
+    if (!may_come(state, place)) continue;
+    least = std::min(least, reach(state, place));
   }
   return least;
 }
@@ -329,20 +379,20 @@ void NetworkProblem::choose(const State& state, int count) {
     return;
   }
   if (!settings_.lightest_only) {
-    for (std::size_t p = 0; p < table_.pairs().size(); ++p) {
-      const auto& costs = table_.costs(static_cast<int>(p));
+    for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
+      const auto& costs = gate_costs_.of(static_cast<int>(p));
       for (std::size_t k = 0; k < costs.size(); ++k) {
         if (static_cast<int>(chosen_.size()) < count || costs[k] < chosen_.back().cost) {
-          offer(PairTable::gate(table_.pairs()[p], static_cast<int>(k)), -1, count);
+          offer(GateCosts::gate(gate_costs_.pairs()[p], static_cast<int>(k)), -1, count);
         }
       }
     }
     if (!chosen_.empty() && chosen_[0].cost <= -least_gain) return;
     chosen_.clear();
   }
-  const int least = weight_of_lightest(state);
+  const int least = reach_of_nearest(state);
   for (int place = 0; place < state.letters.count(); ++place) {
-    if (state.letters.weight(place) != least || !may_come(state, place)) continue;
+    if (reach(state, place) != least || !may_come(state, place)) continue;
     const int lock = settings_.lightest_only ? -1 : state.rows[static_cast<std::size_t>(place)];
     choose_shortening(state, place, lock, count);
     if (lock >= 0) return;
@@ -352,12 +402,12 @@ void NetworkProblem::choose(const State& state, int count) {
 /// The gates that take a letter off a string: where one of two letters is the gate's and the other
 /// is not.
 void NetworkProblem::choose_shortening(const State& state, int place, int lock, int count) {
+  if (on_graph_) return choose_on_graph(state, place, lock, count);
   const int weight = state.letters.letters(place, letters_.data());
   for (int i = 0; i < weight; ++i) {
     for (int j = i + 1; j < weight; ++j) {
       const End a = single_letter(letters_[static_cast<std::size_t>(i)]);
       const End b = single_letter(letters_[static_cast<std::size_t>(j)]);
-      if (table_.pair_of(wire_of(a), wire_of(b)) < 0) continue;
       for (int other = 1; other <= 3; ++other) {
         if (other != label_of(a)) offer({end_of(wire_of(a), other), b}, lock, count);
         if (other != label_of(b)) offer({a, end_of(wire_of(b), other)}, lock, count);
@@ -366,8 +416,32 @@ void NetworkProblem::choose_shortening(const State& state, int place, int lock, 
   }
 }
 
+/// The gates on edges that bring a string nearer to a single letter, by a letter more or less.
+void NetworkProblem::choose_on_graph(const State& state, int place, int lock, int count) {
+  const int now = reach(state, place);
+  for (const auto [a, b] : gate_costs_.pairs()) {
+    const int on_a = state.letters.label(place, a);
+    const int on_b = state.letters.label(place, b);
+    if (on_a == 0 && on_b == 0) continue;
+    const auto offer_all = [&](bool changes_a, bool changes_b) {
+      for (int k = 0; k < 9; ++k) {
+        const Gate gate = GateCosts::gate({a, b}, k);
+        const bool at_a = on_b != 0 && on_b != label_of(gate.b);
+        const bool at_b = on_a != 0 && on_a != label_of(gate.a);
+        if (at_a == changes_a && at_b == changes_b &&
+            (!changes_a || on_a == 0 || on_a == label_of(gate.a)) &&
+            (!changes_b || on_b == 0 || on_b == label_of(gate.b))) {
+          offer(gate, lock, count);
+        }
+      }
+    };
+    if (on_b != 0 && reach_with(state, place, a) < now) offer_all(true, false);
+    if (on_a != 0 && reach_with(state, place, b) < now) offer_all(false, true);
+  }
+}
+
 void NetworkProblem::offer(const Gate& gate, int lock, int count) {
-  const std::int64_t cost = table_.cost(gate);
+  const std::int64_t cost = gate_costs_.of(gate);
   const auto same = [&](const Choice& choice) { return choice.move.gate == gate; };
   if (std::ranges::any_of(chosen_, same)) return;
   const auto place = std::ranges::upper_bound(chosen_, cost, {}, &Choice::cost);

@@ -8,6 +8,7 @@
 #include "zeltbraidwerk/pauli/search/internal/letter_rows.h"
 #include "zeltbraidwerk/pauli/search/internal/network_settings.h"
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
+#include "zeltbraidwerk/pauli/search/internal/reach.h"
 #include "zeltbraidwerk/pauli/search/internal/rotation_list.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -96,8 +97,14 @@ class NetworkProblem {
 
   /// Fills the table; returns the costs of the state.
   std::int64_t score(const State& state);
-  int weight_of_lightest(const State& state) const;
+  std::int64_t score_on_graph(const State& state);
+  /// How far the string at a place of the window is from a single letter.
+  int reach(const State& state, int place);
+  int reach_of_nearest(const State& state);
+  /// The same if letters come or go on a wire.
+  int reach_with(const State& state, int place, int q);
   void choose(const State& state, int count);
+  void choose_on_graph(const State& state, int place, int lock, int count);
   void choose_shortening(const State& state, int place, int lock, int count);
   void offer(const Gate& gate, int lock, int count);
 
@@ -105,7 +112,11 @@ class NetworkProblem {
   bool in_order_;
   NetworkSettings settings_;
   NetworkCosts costs_;
-  PairTable table_;
+  GateCosts gate_costs_;
+  PairTable pairs_;  // where there is no graph
+  EdgeTable edges_;  // where there is one
+  Reach reach_;
+  bool on_graph_;
   int capacity_;
   std::size_t slot_words_;
   std::int64_t usual_;                   // what a string of usual weight costs

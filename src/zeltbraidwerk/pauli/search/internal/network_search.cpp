@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
@@ -19,7 +20,7 @@ namespace {
 struct Network {
   std::vector<NetworkEvent> events;
   std::vector<int> wires;
-  int open = 0;  // gates before the tail
+  int open = 0;  // gates before the last rotation
   int count = 0;
   int depth = 0;
 };
@@ -37,7 +38,8 @@ class NetworkSearch {
 
   NetworkResult run() {
     run_greedily();
-    for (int cycle = 0; best_->open > 0 && meter_.step(); ++cycle) run_beams(cycle);
+    run_ladders();
+    for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) run_beams(cycle);
     return result();
   }
 
@@ -47,6 +49,7 @@ class NetworkSearch {
   const RotationList& list(const NetworkPlan& plan) const { return plan.sorted ? sorted_ : given_; }
 
   void run_greedily();
+  void run_ladders();
   void run_beams(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
   Network closed(std::vector<NetworkEvent> events, const LabelFrame& frame, std::uint64_t effort);
@@ -99,6 +102,20 @@ void NetworkSearch::run_greedily() {
   }
 }
 
+/// So that no list costs more than one rotation after the other, which is hard to beat where
+/// strings are light.
+void NetworkSearch::run_ladders() {
+  NetworkProblem problem(given_, options_.in_order, plans_.first()[0].settings, options_.graph,
+                         rng_);
+  std::vector<NetworkEvent> events;
+  NetworkState state = problem.start(&events);
+  for (const Gate& gate : ladders(given_, options_.graph)) {
+    problem.play(state, gate, &events);
+  }
+  cancel_pairs(events);
+  keep(closed(std::move(events), state.frame, 0));
+}
+
 /// Some beams from the start, then some from random gates of the best network.
 void NetworkSearch::run_beams(int cycle) {
   constexpr int from_start = 3;
@@ -108,7 +125,7 @@ void NetworkSearch::run_beams(int cycle) {
     const NetworkPlan plan = plans_.draw(rng_);
     std::vector<Gate> prefix;
     if (run >= from_start) {
-      const int cut = rng_.below(best_->open);
+      const int cut = rng_.below(best_->open + 1);
       for (const NetworkEvent& event : best_->events) {
         if (static_cast<int>(prefix.size()) == cut) break;
         if (event.row < 0) prefix.push_back(event.gate);
@@ -143,20 +160,31 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
 /// With its tail, for which so many steps are taken.
 Network NetworkSearch::closed(std::vector<NetworkEvent> events, const LabelFrame& frame,
                               std::uint64_t steps) {
-  Network network{std::move(events), {}, 0, 0, 0};
-  network.open = network.count = gates_of(network.events);
-  network.wires.resize(static_cast<std::size_t>(qubits()));
+  Network network{std::move(events), std::vector<int>(static_cast<std::size_t>(qubits())), 0, 0, 0};
   std::iota(network.wires.begin(), network.wires.end(), 0);
   if (options_.end != NetworkEnd::open) {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = steps;
-    NetworkTail tail = close_tail(frame, rng_.next(), effort);
+    NetworkTail tail = options_.graph == nullptr ? close_tail(frame, rng_.next(), effort)
+                                                 : undo(network.events, qubits());
     for (const Gate& gate : tail.gates) network.events.push_back({gate, -1});
     network.wires = std::move(tail.wires);
-    network.count += static_cast<int>(tail.gates.size());
-    if (options_.end == NetworkEnd::closed) network.count += swaps_of(network.wires);
   }
+  cancel_pairs(network.events);
+  for (int gates = 0; const NetworkEvent& event : network.events) {
+    if (event.row < 0) {
+      ++gates;
+    } else {
+      network.open = gates;
+    }
+  }
+  while (options_.end == NetworkEnd::open && !network.events.empty() &&
+         network.events.back().row < 0) {
+    network.events.pop_back();
+  }
+  network.count = gates_of(network.events);
+  if (options_.end == NetworkEnd::closed) network.count += swaps_of(network.wires);
   network.depth = depth_of(network.events, qubits());
   return network;
 }

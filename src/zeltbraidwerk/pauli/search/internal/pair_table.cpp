@@ -4,8 +4,7 @@
 
 namespace zelt::braidwerk::internal {
 
-PairTable::PairTable(int qubits, const BitGraph* graph)
-    : qubits_(qubits), stride_(3 * static_cast<std::size_t>(qubits)) {
+GateCosts::GateCosts(int qubits, const BitGraph* graph) : qubits_(qubits) {
   index_.assign(static_cast<std::size_t>(qubits) * static_cast<std::size_t>(qubits), -1);
   for (int a = 0; a < qubits; ++a) {
     for (int b = a + 1; b < qubits; ++b) {
@@ -14,10 +13,11 @@ PairTable::PairTable(int qubits, const BitGraph* graph)
       pairs_.push_back({a, b});
     }
   }
-  both_.resize(stride_ * stride_);
-  alone_.resize(stride_);
   costs_.resize(pairs_.size());
 }
+
+PairTable::PairTable(int qubits)
+    : stride_(3 * static_cast<std::size_t>(qubits)), both_(stride_ * stride_), alone_(stride_) {}
 
 void PairTable::clear() {
   std::ranges::fill(both_, 0);
@@ -35,10 +35,10 @@ void PairTable::add(const int* letters, int count, std::uint32_t less, std::uint
 
 /// A gate with labels P and Q takes a letter off where one of the letters is its label and the
 /// other is another, and adds one where a letter other than its label stands alone.
-void PairTable::score() {
-  for (std::size_t p = 0; p < pairs_.size(); ++p) {
-    const auto a = 3 * static_cast<std::size_t>(pairs_[p].a);
-    const auto b = 3 * static_cast<std::size_t>(pairs_[p].b);
+void PairTable::score(GateCosts& costs) const {
+  for (int pair = 0; pair < static_cast<int>(costs.pairs().size()); ++pair) {
+    const auto a = 3 * static_cast<std::size_t>(costs.pairs()[static_cast<std::size_t>(pair)].a);
+    const auto b = 3 * static_cast<std::size_t>(costs.pairs()[static_cast<std::size_t>(pair)].b);
     std::int64_t less[3][3];
     std::int64_t of_a[3] = {};  // less, of all strings with this label on a and any on b
     std::int64_t of_b[3] = {};
@@ -61,9 +61,45 @@ void PairTable::score() {
     }
     const std::int64_t all = alone_a[0] + alone_a[1] + alone_a[2] +  //
                              alone_b[0] + alone_b[1] + alone_b[2];
+    auto& cost = costs.of(pair);
     for (std::size_t i = 0; i < 3; ++i) {
       for (std::size_t j = 0; j < 3; ++j) {
-        costs_[p][3 * i + j] = all - alone_a[i] - alone_b[j] - of_a[i] - of_b[j] + 2 * less[i][j];
+        cost[3 * i + j] = all - alone_a[i] - alone_b[j] - of_a[i] - of_b[j] + 2 * less[i][j];
+      }
+    }
+  }
+}
+
+void EdgeTable::clear() {
+  std::ranges::fill(changes_, Changes{});
+}
+
+void EdgeTable::add(int pair, int label_a, int label_b, std::int64_t without_a_or_with_b,
+                    std::int64_t without_b_or_with_a) {
+  Changes& changes = changes_[static_cast<std::size_t>(pair)];
+  if (label_a != 0 && label_b != 0) {
+    const auto at = static_cast<std::size_t>(3 * label_a + label_b - 4);
+    changes.without_a[at] += without_a_or_with_b;
+    changes.without_b[at] += without_b_or_with_a;
+  } else if (label_a != 0) {
+    changes.with_b[static_cast<std::size_t>(label_a - 1)] += without_a_or_with_b;
+  } else {
+    changes.with_a[static_cast<std::size_t>(label_b - 1)] += without_b_or_with_a;
+  }
+}
+
+/// As above: the letter on a goes where it is the gate's and the one on b is not, and so on.
+void EdgeTable::score(GateCosts& costs) const {
+  for (std::size_t pair = 0; pair < changes_.size(); ++pair) {
+    const Changes& changes = changes_[pair];
+    auto& cost = costs.of(static_cast<int>(pair));
+    for (std::size_t i = 0; i < 3; ++i) {
+      for (std::size_t j = 0; j < 3; ++j) {
+        cost[3 * i + j] = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+          if (k != j) cost[3 * i + j] += changes.without_a[3 * i + k] + changes.with_a[k];
+          if (k != i) cost[3 * i + j] += changes.without_b[3 * k + j] + changes.with_b[k];
+        }
       }
     }
   }

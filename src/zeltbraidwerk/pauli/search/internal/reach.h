@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/bool_rows.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+
+namespace zelt::braidwerk::internal {
+
+/// How far a string is from a single letter on a connected graph: one more than the gates on edges
+/// that it takes when its letters are gathered along a shortest tree of paths between them. Each
+/// wire between letters takes a gate to get a letter, each edge one to lose it. Some gate always
+/// brings a string nearer by one. Where all wires meet this is the string's weight.
+class Reach {
+ public:
+  Reach() = default;
+  explicit Reach(const BitGraph& graph);
+
+  /// Of a string with letters on these wires.
+  int operator()(const Word* wires);
+
+ private:
+  struct Entry {
+    std::uint64_t key = 0;  // 0: empty
+    int reach = 0;
+  };
+
+  std::uint64_t key_of(const Word* wires) const;
+  std::size_t slot_of(std::uint64_t key) const;
+  int compute(const Word* wires);
+
+  int words_ = 0;
+  std::vector<std::vector<int>> distances_;
+  std::vector<Entry> known_;  // open addressing
+  std::size_t count_ = 0;
+  std::vector<int> outside_;  // scratch: wires that are not in the tree yet
+  std::vector<int> nearest_;  // how far each of them is from it
+};
+
+}  // namespace zelt::braidwerk::internal
