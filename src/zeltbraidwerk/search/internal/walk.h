@@ -161,7 +161,7 @@ void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling
   Walk<Rewriter> walk(best, rewriter);
   int least = walk.length(best);
   constexpr std::uint64_t stretch = 64;
-  bool go_on = true;
+  bool go_on = !meter.ended();
   for (std::uint64_t done = 0; done < steps && go_on; done += stretch) {
     const float uphill = cooling.at(static_cast<double>(done) / static_cast<double>(steps));
     bool shorter = false;
