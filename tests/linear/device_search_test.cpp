@@ -19,8 +19,9 @@ using support::at;
 using namespace zelt::braidwerk::internal;
 
 GateList searched(const BoolMatrix& m, const structures::Graph& device, std::uint64_t steps,
-                  int reach = 0, std::uint64_t seed = 1) {
+                  int reach = 0, std::uint64_t seed = 1, bool by_depth = false) {
   DeviceSearchOptions options;
+  options.by_depth = by_depth;
   options.reach = reach;
   options.seed = seed;
   Effort effort;
@@ -115,6 +116,18 @@ TEST(DeviceSearch, StepsDecide) {
     before = list.count();
   }
   EXPECT_NE(searched(m, device, 1000, 0, 2).gates, searched(m, device, 1000).gates);
+}
+
+TEST(DeviceSearch, FewerLayers) {
+  support::Rng rng(4);
+  const structures::Graph device = support::grid(4, 3);
+  const BoolMatrix m = support::random_invertible(device.n, rng);
+  const auto depth = [&](const GateList& list) {
+    return structures::CnotCircuit(device.n, cnots(list)).depth();
+  };
+  const GateList shallow = searched(m, device, 20000, 0, 1, true);
+  EXPECT_EQ(fault(shallow, m, device, 0), "");
+  EXPECT_LT(depth(shallow), depth(searched(m, device, 20000)));
 }
 
 TEST(DeviceSearch, EndsOnWhatHasNoCircuit) {

@@ -13,17 +13,45 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-GateList list_of(const FreeCircuit& found) {
-  const int n = static_cast<int>(found.perm.size());
-  std::vector<Gate> gates;
-  for (const auto& [control, target] : found.circuit.gates) gates.push_back(cnot(control, target));
-  GateList list(n, std::move(gates));
-  for (int r = 0; r < n; ++r) {
-    const int wire = found.perm[static_cast<std::size_t>(r)];
-    for (int label = 0; label < 4; ++label) list.origin[end_of(wire, label)] = end_of(r, label);
+/// Windows replaced in the same way; a list with more layers is taken with the odds that a longer
+/// block has, for each layer more.
+class LayerRewriter {
+ public:
+  static constexpr Gathering gathering = DeviceRewriter::gathering;
+  static constexpr bool judges = true;
+
+  LayerRewriter(DeviceRewriter& windows, const GateList& list, Rng& rng)
+      : windows_(windows), rng_(rng), wires_(list.wires()), depth_(depth_of(list.gates, wires_)) {}
+
+  int window_size(Rng& rng) const { return windows_.window_size(rng); }
+
+  bool rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
+               Rewrite& rewrite) {
+    uphill_ = uphill;
+    return windows_.rewrite(list, window, uphill, rng, rewrite);
   }
-  return list;
-}
+
+  bool accept(const std::vector<Gate>& gates) {
+    const int depth = depth_of(gates, wires_);
+    for (int more = depth - depth_; more > 0; --more) {
+      if (!rng_.chance(uphill_)) return false;
+    }
+    depth_ = depth;
+    return true;
+  }
+
+  int length(const GateList& list) const {
+    constexpr int layer = 1 << 15;
+    return depth_of(list.gates, wires_) * layer + std::min(list.count(), layer - 1);
+  }
+
+ private:
+  DeviceRewriter& windows_;
+  Rng& rng_;
+  int wires_;
+  int depth_;
+  float uphill_ = 0;
+};
 
 class Search {
  public:
@@ -42,10 +70,8 @@ class Search {
     if (n_ < 2) return std::move(best_);
     eliminate_at_once();
     if (!replace_all()) {
-      std::uint64_t steps = 1 << 14;
-      for (int number = 0; !meter_.ended() && best_.count() > 0; ++number, steps *= 2) {
-        cup(number, steps);
-      }
+      std::uint64_t steps = 12000;
+      for (; !meter_.ended() && best_.count() > 0; steps *= 2) cup(steps);
     }
     return std::move(best_);
   }
@@ -56,13 +82,17 @@ class Search {
     const Draw draw = [this](int low, int high) { return low + rng_.below(high - low + 1); };
     FreeCircuit found(n_);
     row_column_synthesis(m_, graph_, {}, draw, Control{}, found);
-    best_ = list_of(found);
+    for (const auto& [control, target] : found.circuit.gates) {
+      best_.gates.push_back(cnot(control, target));
+    }
     tell();
   }
 
   /// On few wires all gates fit into one window. True when that gives the shortest circuit.
   bool replace_all() {
-    if (n_ > most_window_wires || (options_.reach > 0 && options_.reach < n_ - 1)) return false;
+    if (n_ > most_window_wires || options_.by_depth ||
+        (options_.reach > 0 && options_.reach < n_ - 1))
+      return false;
     Window all;
     all.size = n_;
     std::iota(all.wires.begin(), all.wires.begin() + n_, std::uint16_t{0});
@@ -80,30 +110,27 @@ class Search {
 
   /// Some new circuits, each walked from for a while. From the best of them the walk goes on for
   /// longer, and then once more from the best of all.
-  void cup(int number, std::uint64_t steps) {
+  void cup(std::uint64_t steps) {
     GateList winner = best_;
     for (int k = 0; k < starts && !meter_.ended(); ++k) {
-      GateList fresh = eliminated(width_of_cup(number));
+      GateList fresh = eliminated(steps);
       walk(fresh, steps);
-      if (k == 0 || fresh.count() < winner.count()) winner = std::move(fresh);
+      if (k == 0 || rank(fresh) < rank(winner)) winner = std::move(fresh);
     }
     walk(winner, 2 * steps);
-    if (best_.count() < winner.count()) winner = best_;
+    if (rank(best_) < rank(winner)) winner = best_;
     walk(winner, 4 * steps);
   }
 
   static constexpr int starts = 4;
 
-  static int width_of_cup(int number) {
-    int width = 10;
-    for (; number > 0 && width < 100; --number) width *= 3;
-    return width;
-  }
-
-  GateList eliminated(int width) {
+  /// By a beam that takes about as long as a walk of `steps`.
+  GateList eliminated(std::uint64_t steps) {
     DeviceEliminationOptions options;
-    options.width = width;
     options.vertices = n_ <= 32 ? n_ : 8;
+    const double steps_of_one = 0.25 * n_ * n_ * options.vertices;
+    options.width =
+        static_cast<int>(std::clamp(static_cast<double>(steps) / steps_of_one, 10., 300.));
     auto found = eliminate_on_device(m_, graph_, options, rng_, meter_);
     if (found.empty()) return best_;
     take(found.front());
@@ -111,25 +138,30 @@ class Search {
   }
 
   void walk(GateList& list, std::uint64_t steps) {
-    walk_round(list, rewriter_, steps, Cooling{1.0F, 0.1F}, rng_, meter_,
-               [&](const GateList& found, bool) {
-                 take(found);
-                 return true;  // equals take over: they lead elsewhere
-               });
+    const Cooling cooling{1.0F, 0.1F};
+    const auto look = [&](const GateList& found, bool) {
+      take(found);
+      return true;  // equals take over: they lead elsewhere
+    };
+    if (options_.by_depth) {
+      LayerRewriter layers(rewriter_, list, rng_);
+      walk_round(list, layers, steps, cooling, rng_, meter_, look);
+    } else {
+      walk_round(list, rewriter_, steps, cooling, rng_, meter_, look);
+    }
   }
 
-  /// Fewer gates first, then fewer layers.
-  void take(const GateList& list) {
-    if (list.count() > best_.count()) return;
+  std::pair<int, int> rank(const GateList& list) const {
     const int depth = depth_of(list.gates, n_);
-    if (list.count() == best_.count() && depth >= depth_) return;
+    return options_.by_depth ? std::pair(depth, list.count()) : std::pair(list.count(), depth);
+  }
+
+  void take(const GateList& list) {
+    if (rank(list) >= rank(best_)) return;
     best_ = list;
     tell();
   }
-  void tell() {
-    depth_ = depth_of(best_.gates, n_);
-    meter_.better(best_.count(), depth_);
-  }
+  void tell() const { meter_.better(best_.count(), depth_of(best_.gates, n_)); }
 
   const BitMatrix& m_;
   const BitGraph& graph_;
@@ -139,7 +171,6 @@ class Search {
   int n_;
   DeviceRewriter rewriter_;
   GateList best_;
-  int depth_ = 0;
 };
 
 }  // namespace

@@ -16,6 +16,7 @@ inline constexpr int any_reach = std::numeric_limits<int>::max();
 struct DeviceSearchOptions {
   /// Edges that an output may be away from its place: 0 for outputs in their places.
   int reach = 0;
+  bool by_depth = false;  ///< fewest layers first, then gates; else the other way round
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;
 };
