@@ -113,6 +113,10 @@ ZELTBRAIDWERK_CLONES void reduce_rows(Word* rows, int count, int words, const in
       return reduce<1>(rows, count, words, order, qubits);
     case 2:
       return reduce<2>(rows, count, words, order, qubits);
+    case 3:
+      return reduce<3>(rows, count, words, order, qubits);
+    case 4:
+      return reduce<4>(rows, count, words, order, qubits);
     default:
       return reduce<0>(rows, count, words, order, qubits);
   }
@@ -125,6 +129,10 @@ ZELTBRAIDWERK_CLONES int find_light_pairs(const Word* rows, int count, int words
       return light_pairs<1>(rows, count, words, limit, pairs, room);
     case 2:
       return light_pairs<2>(rows, count, words, limit, pairs, room);
+    case 3:
+      return light_pairs<3>(rows, count, words, limit, pairs, room);
+    case 4:
+      return light_pairs<4>(rows, count, words, limit, pairs, room);
     default:
       return light_pairs<0>(rows, count, words, limit, pairs, room);
   }

@@ -91,7 +91,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
   void lighten(int rounds, Rng& rng);
 
  private:
-  static constexpr int spare = 4;  ///< elements kept for each generator
+  static constexpr int spare = 2;  ///< elements kept for each generator
 
   /// The letters of all elements on one qubit, and the label that a gate has there as masks.
   struct Side {

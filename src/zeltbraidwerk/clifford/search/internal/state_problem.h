@@ -18,8 +18,7 @@ class StateProblem {
     std::uint64_t hash;
   };
 
-  StateProblem(int qubits, Rng& rng)
-      : rounds_(qubits <= few_qubits ? 6 : std::min(qubits / 4, most_rounds)), rng_(rng) {}
+  explicit StateProblem(Rng& rng) : rng_(rng) {}
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
@@ -31,16 +30,17 @@ class StateProblem {
   static std::uint64_t hash(const State&, const Move& move) { return move.hash; }
   void make(State& state, const Move& move) {
     state.apply(move.gate);
-    state.lighten(rounds_, rng_);
+    state.lighten(rounds(state.left()), rng_);
   }
   static bool done(const State& state) { return state.left() == 0; }
 
  private:
-  static constexpr int looked_at = 12;
-  static constexpr int few_qubits = 60;
-  static constexpr int most_rounds = 24;
+  static constexpr int looked_at = 10;
 
-  int rounds_;  // information sets for each gate
+  /// Information sets for each gate: the more qubits, the more there is to find, until the price is
+  /// too high.
+  static int rounds(int left) { return left > 60 && left <= 128 ? 24 : 6; }
+
   Rng& rng_;
   StateGates gates_;
 };

@@ -60,7 +60,7 @@ class Search {
 
  private:
   static constexpr int first_rounds = 100;
-  static constexpr int first_walk = 12;
+  static constexpr int first_walk = 11;
   static constexpr int widest = 10;
 
   /// As many gates as it takes to join the wires that are entangled.
@@ -82,7 +82,7 @@ class Search {
 
   template <class Found>
   void search_from(const StateGroup& group, int width, Meter& meter, Found&& take) {
-    StateProblem problem(wires_, rng_);
+    StateProblem problem(rng_);
     BeamOptions options;
     options.width = width;
     options.patience = 100;
