@@ -1,152 +1,194 @@
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 
 #include <algorithm>
-#include <cmath>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
+#include "zeltbraidwerk/clifford/search/internal/shallow.h"
+#include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// The cost that leads to the shortest circuits on so many qubits.
-OperatorCost cost_for(int wires) {
-  OperatorCost cost;
-  if (wires <= 12) {
-    cost.twice_power = -5;
-  } else if (wires <= 24) {
-    cost.twice_power = -8;
-  } else {
-    cost.twice_power = -12;
-    cost.scale = wires;
-    cost.other_side = 0.05;
-  }
-  return cost;
-}
+/// A list and its layers.
+struct Layered {
+  GateList list;
+  int depth;
 
-GateList eliminated(const PauliFrame& images) {
-  const Elimination undone = eliminate_clifford(images, false);
-  GateList by_wire = to_list(inverted(undone.gates), images.qubits());
-  std::vector<int> qubit(undone.wires.size());
-  for (std::size_t q = 0; q < qubit.size(); ++q) {
-    qubit[static_cast<std::size_t>(undone.wires[q])] = static_cast<int>(q);
-  }
-  const auto renamed = [&](End end) {
-    return end_of(qubit[static_cast<std::size_t>(wire_of(end))], label_of(end));
-  };
-  GateList list(images.qubits(), {});
-  for (const Gate& gate : by_wire.gates) list.gates.push_back({renamed(gate.a), renamed(gate.b)});
-  for (std::size_t end = 0; end < list.origin.size(); ++end) {
-    list.origin[renamed(static_cast<End>(end))] = by_wire.origin[end];
-  }
-  return list;
-}
+  explicit Layered(GateList gates)
+      : list(std::move(gates)), depth(depth_of(list.gates, list.wires())) {}
+};
 
-class Search {
+/// Circuits with free outputs come from beams and walks, also where outputs are wanted in place:
+/// closing one is better than what any search finds in place from the start.
+class CliffordSearch {
  public:
-  Search(const PauliFrame& images, const CliffordOptions& options, const Effort& effort)
+  CliffordSearch(const PauliFrame& images, const CliffordOptions& options, const Effort& effort)
       : images_(images),
         options_(options),
         rng_(options.seed, options.stream),
         meter_(effort),
         wires_(images.qubits()),
         problem_(wires_, cost_for(wires_)),
-        start_(problem_.start(OperatorRows(images))) {}
+        start_(problem_.start(OperatorRows(images))),
+        shortest_(eliminated_list(images, Outputs::free)),
+        best_(eliminated_list(images, options.outputs)) {}
 
   CliffordResult run() {
-    free_.list = eliminated(images_);
-    run_beam(1, unlimited());
-    if (in_place()) place_outputs(0);
-    for (int round = 0; !meter_.ended() && worth_a_walk(); ++round) {
-      const std::uint64_t steps = std::uint64_t{1} << (14 + round);
-      if (round > 0 && round < 4) run_beam(beam_width(round), meter_);
-      if (!in_place() || round < 4) walk(free_, WindowRewriter(round == 0 ? 3 : 4), steps);
-      if (!in_place() || meter_.ended()) continue;
-      if (round < 4) place_outputs(steps / 4);
-      walk(placed_, PlacedRewriter(round == 0 ? 3 : 4), steps / 2);
+    if (are_images_of_operator(images_)) {
+      if (wires_ > 4) {
+        const Effort no_limit;
+        Meter unlimited(no_limit);
+        shorten(shortest_, beam(1, unlimited));
+      } else if (wires_ > 1) {
+        shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
+        offer(shortest_list(images_, options_.outputs, rng_));
+      }
+      in_place() ? search_in_place() : search_freely();
     }
-    return result();
+    return {to_circuit(best_.list, images_), best_.list.count(), best_.depth};
   }
 
  private:
-  /// The shortest list found, with or without its outputs in place.
-  struct Best {
-    GateList list;
-    bool wanted;  ///< what the search is asked for
-  };
-
   bool in_place() const { return options_.outputs == Outputs::in_place; }
-  bool worth_a_walk() const { return free_.list.count() > 1 || placed_.list.count() > 1; }
-  Meter& unlimited() { return unlimited_; }
-
-  int beam_width(int round) const {
-    constexpr int widths[2][4] = {{1, 30, 100, 300}, {1, 10, 30, 100}};
-    return widths[wires_ <= 24 ? 0 : 1][round];
+  bool go_on() {
+    const bool optimal =
+        options_.by_depth ? best_.depth <= 1 : wires_ <= 4 || best_.list.count() <= 1;
+    return !optimal && !meter_.ended();
   }
 
-  void take(Best& best, GateList list) {
-    if (best.list.wires() == wires_ && list.count() >= best.list.count()) return;
-    best.list = std::move(list);
-    report(best);
-  }
-  void report(const Best& best) const {
-    if (best.wanted) meter_.better(best.list.count(), depth_of(best.list.gates, wires_));
+  void search_freely() {
+    offer(shortest_.list);
+    for (int round = 0; go_on(); ++round) {
+      const WindowRewriter rewriter(window_of(round));
+      challenge(round);
+      walk(shortest_, rewriter, steps_of(round));
+      offer(shortest_.list);
+      if (options_.by_depth) anneal(round % 2 == 0 ? shortest_ : best_, rewriter, steps_of(round));
+    }
   }
 
-  void run_beam(int width, Meter& meter) {
+  void search_in_place() {
+    offer(with_outputs_in_place(shortest_.list, rng_));
+    for (int round = 0; go_on(); ++round) {
+      const PlacedRewriter rewriter(window_of(round));
+      if (challenge(round)) {
+        walk(shortest_, WindowRewriter(window_of(round)), steps_of(round) / 2);
+        if (meter_.ended()) break;
+        Layered closed(with_outputs_in_place(shortest_.list, rng_));
+        walk(closed, rewriter, steps_of(round) / 4);
+        offer(closed.list);
+      }
+      Layered next = best_;
+      walk(next, rewriter, steps_of(round) / 2);
+      offer(next.list);
+      if (options_.by_depth) anneal(best_, rewriter, steps_of(round) / 2);
+    }
+  }
+
+  static std::uint64_t steps_of(int round) { return std::uint64_t{1} << std::min(14 + round, 50); }
+  /// The small windows need no large table, and little effort has no use for it.
+  static int window_of(int round) { return round == 0 ? 3 : 4; }
+
+  /// A new beginning: a beam that takes no more time than the walk of the round does, on an
+  /// operator with more than four qubits, and half such a walk from there.
+  bool challenge(int round) {
+    const auto pairs = static_cast<std::uint64_t>(wires_) * static_cast<std::uint64_t>(wires_);
+    const std::uint64_t price = pairs * pairs / 128 + 1;  // of width 1, in windows
+    int width = 0;
+    for (const int wider : {10, 30, 100, 300}) {
+      if (static_cast<std::uint64_t>(wider) * price <= steps_of(round)) width = wider;
+    }
+    if (width == 0 || wires_ <= 4) return false;
+    Layered found = beam(width, meter_);
+    if (meter_.ended()) return false;
+    walk(found, WindowRewriter(window_of(round)), steps_of(round) / 2);
+    shorten(shortest_, std::move(found));
+    return true;
+  }
+
+  /// The shortest circuit if it finds none.
+  Layered beam(int width, Meter& meter) {
     BeamOptions options;
     options.width = width;
     options.noise = 1e-3 * problem_.small_change();
     BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
-    for (const auto& found : search.run(start_)) take(free_, circuit_of(found));
+    const auto found = search.run(start_);
+    return found.empty() ? shortest_ : Layered(circuit_of(found[0]));
   }
 
+  static void shorten(Layered& shortest, Layered found) {
+    const auto size = [](const Layered& circuit) {
+      return std::tuple(circuit.list.count(), circuit.depth);
+    };
+    if (size(found) < size(shortest)) shortest = std::move(found);
+  }
+
+  /// For few gates, and few layers among equals.
   template <class Rewriter>
-  void walk(Best& best, Rewriter rewriter, std::uint64_t steps) {
-    walk_round(best.list, rewriter, steps, Cooling{}, rng_, meter_,
+  void walk(Layered& circuit, Rewriter rewriter, std::uint64_t steps) {
+    constexpr bool placed = std::is_same_v<Rewriter, PlacedRewriter>;
+    constexpr Cooling cooling{placed ? 0.1F : 0.3F, 0.003F};
+    const bool wanted = in_place() == placed;
+    walk_round(circuit.list, rewriter, steps, cooling, rng_, meter_,
                [&](const GateList& list, bool shorter) {
-                 if (!shorter) {
-                   return depth_of(list.gates, wires_) < depth_of(best.list.gates, wires_);
-                 }
-                 report(best);
-                 return false;
+                 const int depth = depth_of(list.gates, wires_);
+                 const bool take = shorter || depth < circuit.depth;
+                 if (take) circuit.depth = depth;
+                 if (take && wanted) offer(list);
+                 return take;
                });
   }
 
-  /// The shortest list with its outputs put in place, and a walk from there.
-  void place_outputs(std::uint64_t steps) {
-    Best closed{with_outputs_in_place(free_.list, rng_), false};
-    walk(closed, PlacedRewriter(4), steps);
-    take(placed_, std::move(closed.list));
+  template <class Rewriter>
+  void anneal(const Layered& circuit, const Rewriter& rewriter, std::uint64_t steps) {
+    anneal_depth(circuit.list, rewriter, steps, rng_, meter_,
+                 [&](const GateList& list, int depth) { offer(list, depth); });
   }
 
-  CliffordResult result() const {
-    const GateList& best = (in_place() ? placed_ : free_).list;
-    return {to_circuit(best, images_), best.count(), depth_of(best.gates, wires_)};
+  void offer(const GateList& list) { offer(list, depth_of(list.gates, wires_)); }
+  void offer(const GateList& list, int depth) {
+    const int least = best_.list.count();
+    const bool better = options_.by_depth
+                            ? std::tuple(depth, list.count()) < std::tuple(best_.depth, least)
+                            : std::tuple(list.count(), depth) < std::tuple(least, best_.depth);
+    if (!better) return;
+    best_.list = list;
+    best_.depth = depth;
+    meter_.better(list.count(), depth);
   }
 
   const PauliFrame& images_;
-  CliffordOptions options_;
+  const CliffordOptions& options_;
   Rng rng_;
   Meter meter_;
-  Effort no_limit_;
-  Meter unlimited_{no_limit_};
   int wires_;
   OperatorReduction problem_;
   OperatorReduction::State start_;
-  Best free_{GateList(), !in_place()};
-  Best placed_{GateList(), in_place()};
+  Layered shortest_;  ///< with free outputs
+  Layered best_;      ///< of those wanted
 };
 
 }  // namespace
 
+bool are_images_of_operator(const PauliFrame& images) {
+  const int n = images.qubits();
+  for (int r = 0; r < 2 * n; ++r) {
+    for (int s = r + 1; s < 2 * n; ++s) {
+      if (images.commute(r, s) == (s == r + n)) return false;
+    }
+  }
+  return true;
+}
+
 CliffordResult search_clifford(const PauliFrame& images, const CliffordOptions& options,
                                const Effort& effort) {
-  return Search(images, options, effort).run();
+  return CliffordSearch(images, options, effort).run();
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
-#include "zeltbraidwerk/clifford/search/internal/window_table.h"
+#include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -11,6 +11,7 @@ namespace zelt::braidwerk::internal {
 
 struct CliffordOptions {
   Outputs outputs = Outputs::in_place;
+  bool by_depth = false;  ///< few layers before few gates
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;  ///< one a run
 };
@@ -21,11 +22,15 @@ struct CliffordResult {
   int depth = 0;  ///< layers of these
 };
 
+/// Whether these can be the images of X, then of Z, on all qubits under an operator.
+ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images);
+
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
-/// included. One greedy run whatever the effort; then wider beams and a walk in turns until it
-/// ends. Images of no operator end as well, in a circuit of another one.
+/// included. One greedy run whatever the effort; then wider beams and walks in turns until it ends.
+/// On up to four qubits no circuit is shorter. Images of no operator give a circuit of another one.
 ///
-/// 200 bytes a pair of qubits for each state of a beam; 32 MB for the table of windows, once.
+/// A state of a beam takes 100 bytes a pair of qubits; tables of windows 32 MB, once, and with
+/// outputs in place 12 MB more.
 ZELTBRAIDWERK_KERNEL_EXPORT CliffordResult search_clifford(const PauliFrame& images,
                                                            const CliffordOptions& options,
                                                            const Effort& effort);
