@@ -233,7 +233,7 @@ TEST(CliffordSearch, acts_as_the_operator) {
     for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
       for (int round = 0; round < (n < 8 ? 20 : 2); ++round) {
         const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
-        const CliffordOptions options{outputs, rng(), rng()};
+        const CliffordOptions options{outputs, round % 3 == 2, rng(), rng()};
         const auto found = search_clifford(images_of(wanted, n), options, steps(rng() % 3000));
         expect_same_operator(wanted, found.circuit, n);
         EXPECT_EQ(std::ranges::count(found.circuit.gates, "CNOT", &structures::Gate::name),
@@ -250,10 +250,10 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
                        structures::Gate::CNOT(2, 0), structures::Gate::CNOT(0, 2),
                        structures::Gate::CNOT(1, 0), structures::Gate::S(1)};
   const PauliFrame images = images_of(wanted, 3);
-  const auto free = search_clifford(images, {Outputs::free, 0, 0}, steps(100));
+  const auto free = search_clifford(images, {Outputs::free, false, 0, 0}, steps(100));
   EXPECT_EQ(free.circuit.wires, (std::vector<int>{2, 1, 0}));
   EXPECT_EQ(free.count, 1);
-  const auto placed = search_clifford(images, {Outputs::in_place, 0, 0}, steps(1000));
+  const auto placed = search_clifford(images, {Outputs::in_place, false, 0, 0}, steps(1000));
   EXPECT_EQ(placed.circuit.wires, (std::vector<int>{0, 1, 2}));
   EXPECT_EQ(placed.count, 4);
 }
@@ -264,10 +264,10 @@ TEST(CliffordSearch, finds_the_same_again_and_nothing_worse_with_more_steps) {
   for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
     int last = 1000;
     for (const std::uint64_t count : {0U, 50U, 5000U, 40000U}) {
-      const auto found = search_clifford(images, {outputs, 7, 2}, steps(count));
+      const auto found = search_clifford(images, {outputs, false, 7, 2}, steps(count));
       EXPECT_LE(found.count, last);
       last = found.count;
-      EXPECT_EQ(search_clifford(images, {outputs, 7, 2}, steps(count)).circuit.gates,
+      EXPECT_EQ(search_clifford(images, {outputs, false, 7, 2}, steps(count)).circuit.gates,
                 found.circuit.gates);
     }
     EXPECT_LE(last, outputs == Outputs::free ? 23 : 29);
