@@ -40,14 +40,14 @@ std::uint64_t stream(int run) {
 void bind_cnot_search(nb::module_& m) {
   m.def(
       "_search_cnots",
-      [](const ArrayLike& matrix, bool exact, std::uint64_t seed, int run,
+      [](const ArrayLike& matrix, bool exact, int window, std::uint64_t seed, int run,
          std::optional<std::uint64_t> steps, SearchControl& control) -> Found {
         const BitMatrix bits = to_bits(matrix, "matrix");
-        const internal::CnotSearchOptions options{exact, seed, stream(run)};
+        const internal::CnotSearchOptions options{exact, seed, stream(run), window};
         return to_found(
             unlocked([&] { return internal::search_cnot(bits, options, control.effort(steps)); }));
       },
-      "matrix"_a, "exact"_a, "seed"_a, "run"_a, "steps"_a.none(), "control"_a);
+      "matrix"_a, "exact"_a, "window"_a, "seed"_a, "run"_a, "steps"_a.none(), "control"_a);
   m.def(
       "_search_shallow_cnots",
       [](const ArrayLike& matrix, bool exact, std::uint64_t seed, int run,

@@ -36,6 +36,8 @@ Permutation = Literal["exact", "free"]
 _Found = tuple[str, CnotCircuit, tuple[int, ...]]
 
 _FACINGS = 4  # runs that differ without a draw
+_STEPS_A_QUBIT = 12_500  # of a search without a limit
+_SHORT_BUDGET = 0.25  # seconds; the tables of windows on five wires take a part of it to build
 
 
 @dataclass(frozen=True)
@@ -137,9 +139,11 @@ class LinearSynthesis:
     matrix is row r of the matrix that was asked for. On a device with more qubits than that, wire k
     is its qubit ``placement[k]``; elsewhere the two are the same.
 
-    ``trace`` holds the moments of the search at which its best became better. ``front`` is what the
-    method "search" found for the objective "depth": circuits from few layers to few gates, none
-    both as shallow and as short as another.
+    ``trace`` holds the moments of the search at which its best became better. ``window`` is the
+    number of wires of the largest windows of the method "search", 4 where the budget was too short
+    for the tables of 5, and None for other methods. ``front`` is what "search" found for the
+    objective "depth": circuits from few layers to few gates, none both as shallow and as short as
+    another.
     """
 
     circuit: CnotCircuit
@@ -153,6 +157,7 @@ class LinearSynthesis:
     placement: tuple[int, ...] = ()
     device: Device | None = None
     trace: tuple[_search.Point, ...] = field(compare=False, default=())
+    window: int | None = field(compare=False, default=None)
     front: tuple[LinearSynthesis, ...] = field(compare=False, default=())
 
     @property
@@ -239,16 +244,16 @@ def synthesize(
     ``budget``, in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to
     ``jobs`` threads (None: one a core). The same ``seed`` gives the same circuit whatever ``jobs``
     is, unless a budget cuts the search short. ``progress`` is called with the best objective so far
-    whenever it falls: an int that also has ``count``, ``depth`` and ``seconds``. Ctrl-C stops at once and raises :class:`zeltbraidwerk.errors.Interrupted`,
-    which holds the best result so far.
+    whenever it falls: an int that also has ``count``, ``depth`` and ``seconds``. Ctrl-C stops at
+    once and raises :class:`zeltbraidwerk.errors.Interrupted`, which holds the best result so far.
 
     "search" gets better for as long as it may go on: ``steps`` steps a run, or to the end of the
-    budget (without either, 200,000 steps, which take 0.1 to 1 s). What it does depends on the seed
-    and the step alone: the same seed and steps give the same circuit on every machine, and more is
-    never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps there is no
-    more than a greedy run, in a millisecond for 16 qubits. Its runs for the objective "depth" also
-    give ``result.front``. On a device, ``reach`` lets outputs end up so many edges from their
-    places, between "exact" (0) and "free".
+    budget; without either it makes 12,500 steps a qubit, which take 0.1 s for 8 qubits and about
+    1 s for 64. What it does depends on the seed and the step alone: the same seed and steps give
+    the same circuit on every machine, and more is never worse. With a budget and no ``restarts``
+    each job makes one run. With 0 steps there is no more than a greedy run, in a millisecond for 16
+    qubits. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
+    lets outputs end up so many edges from their places, between "exact" (0) and "free".
 
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count
@@ -444,7 +449,9 @@ class _LinearSearch:
         if self._given_seed is None:
             self._given_seed = self._seed = secrets.randbits(64)
         effort = self._effort
-        steps = effort.search_steps
+        steps = effort.steps
+        if steps is None and effort.budget is None:
+            steps = _STEPS_A_QUBIT * max(len(self._bits), 8)
         if (
             within_auto
             and effort.steps is None
@@ -464,13 +471,17 @@ class _LinearSearch:
             return "search", CnotCircuit._trusted(site.device.n, site.placed(gates)), tuple(wires)
         n = len(self._bits)
         if self._objective == "count":
-            found = [_core._search_cnots(self._bits, self._exact, *tail)]
+            found = [_core._search_cnots(self._bits, self._exact, self._window(), *tail)]
         else:
             found = _core._search_shallow_cnots(self._bits, self._exact, *tail)
         front = [("search", CnotCircuit._trusted(n, gates), tuple(wires)) for gates, wires in found]
         if self._objective == "depth":
             self._fronts += front
         return min(front, key=self._key)
+
+    def _window(self) -> int:
+        effort = self._effort
+        return 4 if effort.steps is None and (effort.budget or 1) < _SHORT_BUDGET else 5
 
     def _front(self) -> tuple[LinearSynthesis, ...]:
         """Of all runs together."""
@@ -519,5 +530,6 @@ class _LinearSearch:
             placement=site.qubits if site else tuple(range(len(self._bits))),
             device=site.device if site else None,
             trace=trace,
+            window=self._window() if name == "search" else None,
             front=front,
         )

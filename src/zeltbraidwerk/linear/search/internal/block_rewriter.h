@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cassert>
 
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 #include "zeltbraidwerk/search/internal/walk.h"
@@ -32,6 +33,7 @@ class BlockRewriter {
     if (distance > size) return false;  // uphill moves only make the list longer by one
     const int detours = distance == size && rng.chance(uphill) ? 1 : 0;
     const SmallMatrix left = table.descend(m, detours, rng, rewrite.block);
+    assert(table.product(left, table.map_of(rewrite.block)) == m);
     if (left != table.identity()) rename(left, table.wires(), rewrite);
     return true;
   }

@@ -23,13 +23,13 @@ constexpr double growth = 1.5;
 /// The blocks of a map, equal ones searched once, put together to one circuit.
 class BlockwiseSearch {
  public:
-  BlockwiseSearch(const BitMatrix& m, Rng& rng) : n_(m.rows()), blocks_(blocks_of(m)) {
+  BlockwiseSearch(const BitMatrix& m, int window, Rng& rng) : n_(m.rows()), blocks_(blocks_of(m)) {
     for (const Block& block : blocks_) {
       BitMatrix matrix = block_matrix(m, block);
       const auto same = std::ranges::find(matrices_, matrix);
       which_.push_back(static_cast<std::size_t>(same - matrices_.begin()));
       if (same != matrices_.end()) continue;
-      searches_.emplace_back(matrix, rng);
+      searches_.emplace_back(matrix, std::min(window, std::max(matrix.rows(), 2)), rng);
       matrices_.push_back(std::move(matrix));
     }
   }
@@ -111,8 +111,8 @@ GateList closed(const GateList& list, Rng& rng) {
   return gate_list(result);
 }
 
-GateList search_free(const BitMatrix& m, Rng& rng, Meter& meter) {
-  BlockwiseSearch search(m, rng);
+GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
+  BlockwiseSearch search(m, window, rng);
   Keeper keeper(search.best(), meter);
   double steps = first_round;
   for (int number = 0; !search.finished() && !meter.ended(); ++number, steps *= growth) {
@@ -123,13 +123,14 @@ GateList search_free(const BitMatrix& m, Rng& rng, Meter& meter) {
   return keeper.best();
 }
 
-GateList search_exact(const BitMatrix& m, Rng& rng, Meter& meter) {
+GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   const int n = m.rows();
   constexpr Cooling cooling{0.15F, 0.02F};
-  BlockwiseSearch search(m, rng);
+  if (n <= most_window_wires) return shortest_circuit(m, false, rng);
+  BlockwiseSearch search(m, window, rng);
   Keeper keeper(closed(search.best(), rng), meter);
-  if (n < 2) return keeper.best();
-  BlockRewriter rewriter(std::min(n, most_window_wires), false);
+  if (meter.ended()) return keeper.best();
+  const BlockRewriter rewriter(window, false);
   const auto heard = [&](const GateList& list, bool) {
     keeper.offer(list);
     return true;
@@ -139,6 +140,7 @@ GateList search_exact(const BitMatrix& m, Rng& rng, Meter& meter) {
   for (int number = 0; !meter.ended(); ++number, steps *= growth) {
     const auto whole = static_cast<std::uint64_t>(steps);
     search.round(number, whole / 2, rng, meter, [](const GateList&) {});
+    if (meter.ended()) break;  // with more effort nothing would be closed here
     GateList fresh = closed(search.best(), rng);
     walk_round(fresh, rewriter, whole, cooling, rng, meter, heard);
     keeper.offer(fresh);
@@ -155,7 +157,9 @@ FreeCircuit search_cnot(const BitMatrix& m, const CnotSearchOptions& options,
                         const Effort& effort) {
   Rng rng(options.seed, options.stream);
   Meter meter(effort);
-  return free_circuit(options.exact ? search_exact(m, rng, meter) : search_free(m, rng, meter));
+  const int window = std::clamp(options.window, 2, most_window_wires);
+  return free_circuit(options.exact ? search_exact(m, window, rng, meter)
+                                    : search_free(m, window, rng, meter));
 }
 
 }  // namespace zelt::braidwerk::internal

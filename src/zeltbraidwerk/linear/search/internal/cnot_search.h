@@ -13,6 +13,9 @@ struct CnotSearchOptions {
   bool exact = true;  ///< every output on its own wire
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;  ///< of the seed: one a run
+  /// Wires of the largest windows, 2 to 5. The tables for 5 take a tenth of a second to build, once
+  /// in a process, those for 4 nothing.
+  int window = 5;
 };
 
 /// A short CNOT circuit of an invertible matrix, by search: a greedy reduction by additions of rows

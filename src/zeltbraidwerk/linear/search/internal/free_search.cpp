@@ -13,7 +13,6 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 // Sizes up to which each of these pays.
-constexpr int exact_wires = most_window_wires;
 constexpr int greedy_first = 64;  // a single greedy run takes 20 ms there
 constexpr int wide_beam = 40;
 constexpr int extension = 110;
@@ -43,10 +42,12 @@ GateList by_pairs(const BitMatrix& m) {
   return gate_list(found);
 }
 
-GateList optimum(const BitMatrix& m, Rng& rng) {
+}  // namespace
+
+GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng) {
   const int n = m.rows();
   if (n < 2) return GateList(n, {});
-  const WindowTable& table = WindowTable::of(n, complete_graph(n), true);
+  const WindowTable& table = WindowTable::of(n, complete_graph(n), permuted);
   SmallMatrix map = 0;
   for (int r = 0; r < n; ++r) map |= static_cast<SmallMatrix>(m.row(r)[0]) << (n * r);
   GateList list(n, {});
@@ -57,8 +58,6 @@ GateList optimum(const BitMatrix& m, Rng& rng) {
   }
   return list;
 }
-
-}  // namespace
 
 FreeCircuit free_circuit(const GateList& list) {
   FreeCircuit found(list.wires());
@@ -98,13 +97,12 @@ GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing
   return gate_list(circuit);
 }
 
-FreeSearch::FreeSearch(BitMatrix m, Rng& rng)
-    : m_(std::move(m)), rewriter_(std::min(std::max(m_.rows(), 2), most_window_wires), true) {
+FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), window_(window) {
   const int n = m_.rows();
   const int ones = n <= greedy_wires ? std::min(m_.weight(), inverse(m_).weight()) : n * n;
-  sparse_ = n > exact_wires && ones < n * n / 3;
-  if (n <= exact_wires) {
-    best_ = optimum(m_, rng);
+  sparse_ = n > most_window_wires && ones < n * n / 3;
+  if (n <= most_window_wires) {
+    best_ = shortest_circuit(m_, true, rng);
     optimal_ = true;
   } else {
     best_ = by_pairs(m_);

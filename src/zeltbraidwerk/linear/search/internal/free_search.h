@@ -15,17 +15,20 @@ namespace zelt::braidwerk::internal {
 
 /// From a circuit as the engine has it: output r comes out on wire perm[r].
 ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit free_circuit(const GateList& list);
-GateList gate_list(const FreeCircuit& found);
+ZELTBRAIDWERK_KERNEL_EXPORT GateList gate_list(const FreeCircuit& found);
 
 /// A circuit of m by a beam search on one of its facings; without gates when it found none.
 GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,
                 Meter& meter);
 
+/// A random one of the shortest circuits of a matrix of up to 5 rows.
+GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng);
+
 /// The search for a circuit of one matrix with its outputs where they like, round by round.
 class FreeSearch {
  public:
-  /// Finds a first circuit, whatever the effort.
-  FreeSearch(BitMatrix m, Rng& rng);
+  /// Finds a first circuit, whatever the effort. Its walks have windows of up to so many wires.
+  FreeSearch(BitMatrix m, int window, Rng& rng);
 
   const GateList& best() const { return best_; }
   bool finished() const { return optimal_; }  ///< there is nothing shorter
@@ -35,6 +38,7 @@ class FreeSearch {
   template <class Look>
   void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
     if (optimal_) return;
+    const BlockRewriter rewriter(window_, true);
     const auto heard = [&](const GateList& list, bool shorter) {
       if (shorter && list.count() < shortest_) {
         shortest_ = list.count();
@@ -46,10 +50,10 @@ class FreeSearch {
     if (!fresh.gates.empty()) {
       heard(fresh, true);
       const bool far = fresh.count() > best_.count() + best_.count() / 8;
-      if (!far) walk_round(fresh, rewriter_, steps, cooling, rng, meter, heard);
+      if (!far) walk_round(fresh, rewriter, steps, cooling, rng, meter, heard);
       if (fresh.count() <= best_.count()) best_ = std::move(fresh);
     }
-    walk_round(best_, rewriter_, steps, cooling, rng, meter, heard);
+    walk_round(best_, rewriter, steps, cooling, rng, meter, heard);
   }
 
  private:
@@ -62,7 +66,7 @@ class FreeSearch {
   bool optimal_ = false;
   GateList best_;
   int shortest_;
-  BlockRewriter rewriter_;
+  int window_;
 };
 
 }  // namespace zelt::braidwerk::internal

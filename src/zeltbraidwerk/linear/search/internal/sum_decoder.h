@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -12,7 +13,7 @@ namespace zelt::braidwerk::internal {
 /// written in the coordinates of some of its own vectors, then any sum with up to two others is
 /// read off by its weight, where the sum is 0 on a few coordinates drawn anew each time; a few
 /// coordinates are exchanged at random, and so on. Up to 65,535 vectors.
-class SumDecoder {
+class ZELTBRAIDWERK_KERNEL_EXPORT SumDecoder {
  public:
   /// Vectors of `bits` bits. The pool must hold all unit vectors as its first `bits` vectors.
   explicit SumDecoder(int bits) : bits_(bits), stride_(words_for(bits)) {}

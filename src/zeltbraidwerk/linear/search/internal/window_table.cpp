@@ -152,6 +152,16 @@ SmallMatrix WindowTable::map_of(const std::vector<Gate>& block) const {
   return m;
 }
 
+SmallMatrix WindowTable::product(SmallMatrix a, SmallMatrix b) const {
+  SmallMatrix result = 0;
+  for (int r = 0; r < wires_; ++r) {
+    for (int c = 0; c < wires_; ++c) {
+      if ((a >> (wires_ * r + c)) & 1) result ^= ((b >> (wires_ * c)) & low_row_) << (wires_ * r);
+    }
+  }
+  return result;
+}
+
 SmallMatrix WindowTable::descend(SmallMatrix m, int detours, Rng& rng,
                                  std::vector<Gate>& block) const {
   int distance = distance_[m];

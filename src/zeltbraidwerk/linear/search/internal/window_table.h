@@ -50,6 +50,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT WindowTable {
     return m ^ (((m >> (wires_ * control)) & low_row_) << (wires_ * target));
   }
   SmallMatrix map_of(const std::vector<Gate>& block) const;
+  /// The map of b, then of a.
+  SmallMatrix product(SmallMatrix a, SmallMatrix b) const;
 
   /// A random one of the shortest circuits for m, in time order, one after the other by random
   /// first gates that lead closer. `detours` of the gates lead no closer: the circuit is so much

@@ -1,0 +1,262 @@
+// The search for short CNOT circuits: tables of windows, walks, extension, and the whole.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <map>
+#include <vector>
+
+#include "support/oracles.h"
+#include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
+#include "zeltbraidwerk/linear/search/internal/blocks.h"
+#include "zeltbraidwerk/linear/search/internal/cnot_search.h"
+#include "zeltbraidwerk/linear/search/internal/extension.h"
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/sum_decoder.h"
+#include "zeltbraidwerk/linear/search/internal/window_table.h"
+
+namespace {
+
+using support::at;
+using support::implements_up_to;
+using namespace zelt::braidwerk::internal;
+
+BitMatrix packed(const BoolMatrix& m) {
+  return BitMatrix::pack(m, static_cast<int>(m.size()), static_cast<int>(m.size()));
+}
+
+bool implements(const FreeCircuit& found, const BoolMatrix& m, bool exact) {
+  for (std::size_t r = 0; exact && r < m.size(); ++r) {
+    if (found.perm[r] != static_cast<int>(r)) return false;
+  }
+  return implements_up_to(found.circuit, found.perm, m);
+}
+
+Effort steps(std::uint64_t count) {
+  Effort effort;
+  effort.steps = count;
+  return effort;
+}
+
+// Distances by plain search from the identity, or from all permutations, a row a number.
+using Rows = std::array<unsigned, 5>;
+
+std::map<Rows, int> plain_distances(int n, SmallGraph graph, bool permuted, int most) {
+  std::map<Rows, int> distance;
+  std::vector<Rows> level;
+  Rows start{};
+  for (int r = 0; r < n; ++r) start[at(r)] = 1U << r;
+  std::sort(start.begin(), start.begin() + n);
+  do {
+    distance[start] = 0;
+    level.push_back(start);
+  } while (permuted && std::next_permutation(start.begin(), start.begin() + n));
+  for (int d = 1; d <= most && !level.empty(); ++d) {
+    std::vector<Rows> next;
+    for (const Rows& m : level) {
+      for (int c = 0; c < n; ++c) {
+        for (int t = 0; t < n; ++t) {
+          if (c == t || !(graph & edge_bit(c, t))) continue;
+          Rows other = m;  // one more CNOT in front: column c gains column t
+          for (int r = 0; r < n; ++r) other[at(r)] ^= ((m[at(r)] >> t) & 1U) << c;
+          if (distance.emplace(other, d).second) next.push_back(other);
+        }
+      }
+    }
+    level = std::move(next);
+  }
+  return distance;
+}
+
+SmallMatrix small(int n, const Rows& rows) {
+  SmallMatrix m = 0;
+  for (int r = 0; r < n; ++r) m |= rows[at(r)] << (n * r);
+  return m;
+}
+
+TEST(CnotWindowTable, DistancesAreThoseOfPlainSearch) {
+  const auto line = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(1, 2) | edge_bit(2, 3));
+  const auto star = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(0, 2) | edge_bit(0, 3));
+  for (const SmallGraph graph : {complete_graph(4), line, star}) {
+    for (const bool permuted : {false, true}) {
+      const auto plain = plain_distances(4, graph, permuted, 100);
+      ASSERT_EQ(plain.size(), 20160U);
+      const WindowTable& table = WindowTable::of(4, graph, permuted);
+      for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(4, rows)), d);
+    }
+  }
+  for (const bool permuted : {false, true}) {
+    const auto plain = plain_distances(5, complete_graph(5), permuted, permuted ? 3 : 4);
+    const WindowTable& table = WindowTable::of(5, complete_graph(5), permuted);
+    for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(5, rows)), d);
+  }
+}
+
+TEST(CnotWindowTable, DescendsToAShortestCircuit) {
+  Rng rng(1, 0);
+  for (const bool permuted : {false, true}) {
+    for (int k = 2; k <= 5; ++k) {
+      const WindowTable& table = WindowTable::of(k, complete_graph(k), permuted);
+      for (int round = 0; round < 200; ++round) {
+        SmallMatrix m = table.identity();
+        for (int g = 0; g < 30; ++g) {
+          const int c = rng.below(k);
+          m = table.then(m, c, (c + 1 + rng.below(k - 1)) % k);
+        }
+        std::vector<Gate> block;
+        const SmallMatrix left = table.descend(m, round % 2, rng, block);
+        EXPECT_EQ(table.product(left, table.map_of(block)), m);
+        EXPECT_LE(static_cast<int>(block.size()) - table.distance(m), round % 2);
+        if (!permuted) {
+          EXPECT_EQ(left, table.identity());
+        }
+      }
+    }
+  }
+}
+
+TEST(CnotWalk, KeepsTheMapAtEveryStep) {
+  Rng rng(2, 0);
+  support::Rng matrices(3);
+  for (const bool permuted : {false, true}) {
+    for (const int n : {2, 3, 4, 5, 7, 12}) {
+      const BoolMatrix m = support::random_invertible(n, matrices);
+      const CnotSearchOptions options{.exact = !permuted, .seed = 5};
+      const BlockRewriter rewriter(std::min(n, 5), permuted);
+      Walk<const BlockRewriter> walk(gate_list(search_cnot(packed(m), options, steps(0))),
+                                     rewriter);
+      for (int step = 0; step < 300; ++step) {
+        walk.step(0.5F, rng);
+        ASSERT_TRUE(implements(free_circuit(walk.list()), m, !permuted)) << n << " step " << step;
+      }
+    }
+  }
+}
+
+TEST(CnotSearch, FindsACircuitOfEverySize) {
+  support::Rng matrices(7);
+  for (int n = 0; n <= 128; n = n < 20 ? n + 1 : n + 9) {
+    const BoolMatrix m = support::random_invertible(n, matrices);
+    for (const bool exact : {false, true}) {
+      for (const int window : {4, 5}) {
+        const CnotSearchOptions options{.exact = exact, .seed = 1, .window = window};
+        const FreeCircuit found = search_cnot(packed(m), options, steps(n < 20 ? 3000 : 300));
+        ASSERT_TRUE(implements(found, m, exact)) << n;
+      }
+    }
+  }
+}
+
+TEST(CnotSearch, OutputsComeOutWhereItSays) {
+  // Output 0 is input 1, output 1 is input 2, output 2 is input 0 plus input 1: one CNOT and a
+  // cycle.
+  const BoolMatrix m = support::matrix({"010", "001", "110"});
+  const FreeCircuit free = search_cnot(packed(m), {.exact = false}, steps(10));
+  EXPECT_EQ(support::show(free.circuit.gates), "(1,0)");
+  EXPECT_EQ(free.perm, (std::vector<int>{1, 2, 0}));
+  const FreeCircuit exact = search_cnot(packed(m), {.exact = true}, steps(10));
+  EXPECT_EQ(exact.circuit.gates.size(), 5U);
+  EXPECT_TRUE(implements(exact, m, true));
+}
+
+TEST(CnotSearch, MoreStepsAreNeverWorseAndRepeat) {
+  support::Rng matrices(11);
+  for (const int n : {9, 24}) {
+    const BitMatrix m = packed(support::random_invertible(n, matrices));
+    for (const bool exact : {false, true}) {
+      std::size_t last = 100000;
+      for (const std::uint64_t count : {0, 100, 3000, 20000, 90000}) {
+        const CnotSearchOptions options{.exact = exact, .seed = 4, .stream = 2};
+        const auto found = search_cnot(m, options, steps(count)).circuit.gates;
+        EXPECT_EQ(found, search_cnot(m, options, steps(count)).circuit.gates);
+        EXPECT_LE(found.size(), last);
+        last = found.size();
+      }
+    }
+  }
+}
+
+TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
+  support::Rng matrices(13);
+  const BoolMatrix m = support::random_invertible(16, matrices);
+  std::atomic<bool> stop = false;
+  Effort effort;
+  effort.control.stop = &stop;
+  int last = 100000;
+  effort.on_better = [&](const SearchPoint& point) {
+    EXPECT_LE(point.count, last);
+    last = point.count;
+    if (point.steps > 50000) stop = true;
+  };
+  const FreeCircuit found = search_cnot(packed(m), {.exact = false}, effort);
+  EXPECT_TRUE(implements(found, m, false));
+  EXPECT_EQ(static_cast<int>(found.circuit.gates.size()), last);
+}
+
+TEST(CnotSearch, BlocksAreTakenApart) {
+  // Three blocks, two of them equal, rows and columns mixed.
+  support::Rng rng(17);
+  const BoolMatrix six = support::random_invertible(6, rng);
+  const BoolMatrix four = support::random_invertible(4, rng);
+  BoolMatrix m(16, BoolRow(16));
+  const auto put = [&m](const BoolMatrix& block, std::size_t from, std::size_t shift) {
+    for (std::size_t r = 0; r < block.size(); ++r) {
+      for (std::size_t c = 0; c < block.size(); ++c) {
+        m[(5 * (from + r) + shift) % 16][(11 * (from + c)) % 16] = block[r][c];
+      }
+    }
+  };
+  put(six, 0, 3);
+  put(four, 6, 3);
+  put(six, 10, 3);
+  EXPECT_EQ(blocks_of(packed(m)).size(), 3U);
+  for (const bool exact : {false, true}) {
+    EXPECT_TRUE(implements(search_cnot(packed(m), {.exact = exact}, steps(20000)), m, exact));
+  }
+}
+
+TEST(CnotExtension, PutsEveryWireBack) {
+  support::Rng matrices(19);
+  for (const int n : {3, 20, 70}) {
+    const BoolMatrix m = support::random_invertible(n, matrices);
+    Rng rng(1, 1);
+    const Effort unbounded;
+    Meter meter(unbounded);
+    GateList list;
+    ASSERT_TRUE(extend(packed(m), {.core = n / 2, .wire_steps = 500, .exchanges = 20, .splits = 2},
+                       rng, meter, list));
+    EXPECT_TRUE(implements(free_circuit(list), m, false)) << n;
+  }
+}
+
+TEST(SumDecoder, FindsSumsThatAddUp) {
+  Rng rng(3, 3);
+  for (const int bits : {1, 7, 64, 100}) {
+    SumDecoder decoder(bits);
+    const int stride = words_for(bits);
+    std::vector<std::vector<Word>> pool;
+    const auto push = [&](std::vector<Word> v) {
+      decoder.push(v.data());
+      pool.push_back(std::move(v));
+    };
+    for (int k = 0; k < 3 * bits; ++k) {
+      std::vector<Word> v(at(stride));
+      for (int b = 0; b < bits; ++b) {
+        if (k < bits ? b == k : rng.coin()) v[at(b / 64)] |= Word{1} << (b % 64);
+      }
+      push(std::move(v));
+    }
+    std::vector<Word> target(at(stride));
+    for (const int k : {1, 2 * bits - 1, 2 * bits, 3 * bits - 1}) {
+      for (int w = 0; w < stride; ++w) target[at(w)] ^= pool[at(k % (3 * bits))][at(w)];
+    }
+    std::vector<Word> sum(at(stride));
+    for (const int k : decoder.decode(target.data(), 50, rng)) {
+      for (int w = 0; w < stride; ++w) sum[at(w)] ^= pool[at(k)][at(w)];
+    }
+    EXPECT_EQ(sum, target) << bits;
+  }
+}
+
+}  // namespace
