@@ -10,8 +10,6 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int ways = 24;
-
 bool share_a_cycle(const std::vector<int>& wires, int a, int b) {
   for (int q = wires[static_cast<std::size_t>(a)]; q != a; q = wires[static_cast<std::size_t>(q)]) {
     if (q == b) return true;
@@ -123,7 +121,7 @@ int swaps_of(const std::vector<int>& wires) {
 }
 
 void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
-                   Rng& rng) {
+                   int ways, Rng& rng) {
   if (swaps_of(wires) == 0) return;
   const int n = static_cast<int>(wires.size());
   std::vector<NetworkEvent> best;

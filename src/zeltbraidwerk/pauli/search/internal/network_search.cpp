@@ -52,14 +52,10 @@ class NetworkSearch {
   void run_ladders();
   void run_beams(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
+  std::vector<NetworkEvent> in_place(const Network& network, int ways) const;
   Network closed(std::vector<NetworkEvent> events, const LabelFrame& frame, std::uint64_t effort);
   void keep(Network network);
   NetworkResult result() const;
-
-  std::tuple<int, int> cost(const Network& network) const {
-    return options_.by_depth ? std::tuple(network.depth, network.count)
-                             : std::tuple(network.count, network.depth);
-  }
 
   const Rotations& rotations_;
   NetworkOptions options_;
@@ -68,7 +64,8 @@ class NetworkSearch {
   NetworkPlans plans_;
   RotationList given_;
   RotationList sorted_;
-  std::optional<Network> best_;
+  std::optional<Network> best_;     // of fewest gates: the search goes on from it
+  std::optional<Network> shallow_;  // of fewest layers
 };
 
 /// Those that turn anything.
@@ -97,7 +94,7 @@ void NetworkSearch::run_greedily() {
     NetworkState state = problem.start(&events);
     problem.finish_greedily(state, events, meter_);
     Network network = closed(std::move(events), state.frame, 0);
-    plans_.report(plan, std::get<0>(cost(network)));
+    plans_.report(plan, network.count);
     keep(std::move(network));
   }
 }
@@ -152,7 +149,7 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
     for (const auto& move : finished.moves) problem.play(state, move.gate, &events);
     const std::uint64_t effort = std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14);
     Network network = closed(std::move(events), state.frame, effort);
-    if (prefix.empty()) plans_.report(plan, std::get<0>(cost(network)));
+    if (prefix.empty()) plans_.report(plan, network.count);
     keep(std::move(network));
   }
 }
@@ -183,34 +180,51 @@ Network NetworkSearch::closed(std::vector<NetworkEvent> events, const LabelFrame
          network.events.back().row < 0) {
     network.events.pop_back();
   }
-  network.count = gates_of(network.events);
-  if (options_.end == NetworkEnd::closed) network.count += swaps_of(network.wires);
-  network.depth = depth_of(network.events, qubits());
+  const std::vector<NetworkEvent> whole = in_place(network, 1);
+  network.count = gates_of(whole);
+  network.depth = depth_of(whole, qubits());
   return network;
 }
 
 /// Where it is no worse than the best, so that searches go on from another one.
 void NetworkSearch::keep(Network network) {
-  if (best_ && cost(network) > cost(*best_)) return;
-  const bool better = !best_ || cost(network) < cost(*best_);
-  best_ = std::move(network);
-  if (better) meter_.better(best_->count, best_->depth);
+  const auto count_first = [](const Network& n) { return std::tuple(n.count, n.depth); };
+  const auto depth_first = [](const Network& n) { return std::tuple(n.depth, n.count); };
+  const auto found = std::tuple(network.count, network.depth);
+  bool better = false;
+  if (!shallow_ || depth_first(network) < depth_first(*shallow_)) {
+    better = options_.by_depth;
+    shallow_ = network;
+  }
+  if (!best_ || count_first(network) <= count_first(*best_)) {
+    better |= !options_.by_depth && (!best_ || count_first(network) < count_first(*best_));
+    best_ = std::move(network);
+  }
+  if (better) meter_.better(std::get<0>(found), std::get<1>(found));
+}
+
+/// The events with the qubits where they are to stand at the end.
+std::vector<NetworkEvent> NetworkSearch::in_place(const Network& network, int ways) const {
+  std::vector<NetworkEvent> events = network.events;
+  if (options_.end == NetworkEnd::closed) {
+    Rng rng(options_.seed, options_.stream);
+    take_in_swaps(events, network.wires, options_.by_depth, ways, rng);
+  }
+  return events;
 }
 
 NetworkResult NetworkSearch::result() const {
-  Network network = *best_;
+  constexpr int ways = 24;
+  const Network& network = options_.by_depth ? *shallow_ : *best_;
+  const std::vector<NetworkEvent> events = in_place(network, ways);
   const int n = qubits();
-  if (options_.end == NetworkEnd::closed) {
-    Rng rng(options_.seed, options_.stream ^ ~std::uint64_t{0});
-    take_in_swaps(network.events, network.wires, options_.by_depth, rng);
-    std::iota(network.wires.begin(), network.wires.end(), 0);
-  }
   NetworkResult result;
   PauliFrame images = identity_images(n);
-  result.gates = circuit_of(network.events, rotations_, images);
+  result.gates = circuit_of(events, rotations_, images);
+  result.count = gates_of(events);
+  result.depth = depth_of(events, n);
   result.wires = network.wires;
-  result.count = gates_of(network.events);
-  result.depth = depth_of(network.events, n);
+  if (options_.end == NetworkEnd::closed) std::iota(result.wires.begin(), result.wires.end(), 0);
   if (options_.end != NetworkEnd::open) {
     // What is left to undo is on single wires.
     for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {
