@@ -16,6 +16,7 @@ NB_MODULE(_core, m) {
   bind_device_search(m);
   bind_cnot_search(m);
   bind_pauli(m);
+  bind_pauli_network_search(m);
   bind_pauli_search(m);
   bind_pauli_steps(m);
   bind_phase(m);

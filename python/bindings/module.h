@@ -17,6 +17,7 @@ void bind_graphs(nanobind::module_& m);
 void bind_cnot_search(nanobind::module_& m);
 void bind_device_search(nanobind::module_& m);
 void bind_pauli(nanobind::module_& m);
+void bind_pauli_network_search(nanobind::module_& m);
 void bind_pauli_search(nanobind::module_& m);
 void bind_pauli_steps(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);

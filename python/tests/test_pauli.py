@@ -28,6 +28,10 @@ def rotations(draw, most=12, qubits=5, angles=NUMBERS):
     )
 
 
+def briefly(method):
+    return {"steps": 300} if method == "search" else {}
+
+
 def product(listed):
     """The first acts first."""
     whole = np.eye(2 ** len(listed[0][0].lstrip("+-")))
@@ -39,13 +43,14 @@ def product(listed):
 @given(listed=rotations(), method=st.sampled_from(METHODS), seed=st.integers(0, 9))
 def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
     wanted = product(listed)
-    result = pauli.synthesize(listed, method=method, order="commuting", seed=seed, restarts=2)
+    brief = {"restarts": 2, **briefly(method)}
+    result = pauli.synthesize(listed, method=method, order="commuting", seed=seed, **brief)
     assert result.verify()
     assert same_up_to_phase(unitary(result.circuit), wanted)
 
     # Handed back, the tail goes into the observables.
     result = pauli.synthesize(
-        listed, method=method, order="commuting", tail="return", seed=seed, restarts=2
+        listed, method=method, order="commuting", tail="return", seed=seed, **brief
     )
     assert result.verify()
     circuit = unitary(result.circuit)
@@ -65,11 +70,11 @@ def test_every_way_verifies(listed, seed, order):
     ladder = pauli.synthesize(listed, method="ladder", order=order)
     for method in METHODS:
         for way in ({"permutation": "free"}, {"tail": "return"}, {}):
-            result = pauli.synthesize(listed, method=method, **way, **options)
+            result = pauli.synthesize(listed, method=method, **way, **options, **briefly(method))
             assert result.verify(), (method, way)
             if "tail" not in way and "permutation" not in way:
                 assert result.clifford == zb.CliffordTableau(result.n)
-    best = pauli.synthesize(listed, **options)
+    best = pauli.synthesize(listed, steps=300, **options)
     assert best.verify()
     assert best.count <= ladder.count
     assert ladder.count == sum(
@@ -78,7 +83,7 @@ def test_every_way_verifies(listed, seed, order):
     assert pickle.loads(pickle.dumps(best)) == best
     for tail in ("close", "return"):
         device = zb.Device.grid(2, 5)
-        result = pauli.synthesize(listed, device=device, tail=tail, **options)
+        result = pauli.synthesize(listed, device=device, tail=tail, steps=300, **options)
         assert result.verify()
         assert device.fits(result.circuit)
 

@@ -13,6 +13,7 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, _pauli_check, _rotations, errors
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import HoldsCircuit
+from zeltbraidwerk._search import Point
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
@@ -25,7 +26,8 @@ class PauliSynthesis(HoldsCircuit):
 
     The circuit is the rotations followed by ``clifford``, which is the identity where the tail was
     closed, but for qubits that stand on other wires, ``permutation[k]`` for qubit k. On a larger
-    device wire k is its qubit ``placement[k]``; elsewhere the two are the same.
+    device wire k is its qubit ``placement[k]``; elsewhere the two are the same. ``trace`` holds the
+    moments of the search at which its best became better.
     """
 
     circuit: Circuit
@@ -41,6 +43,7 @@ class PauliSynthesis(HoldsCircuit):
     placement: tuple[int, ...]
     device: Device | None
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
+    trace: tuple[Point, ...] = field(compare=False, default=())
 
     @cached_property
     def clifford(self) -> CliffordTableau:

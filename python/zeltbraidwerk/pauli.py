@@ -38,17 +38,19 @@ _Found = tuple[_Lane, npt.NDArray[np.int32], tuple[int, ...], int, int]
 
 _METHODS = (
     "ladder", "recursive", "greedy", "greedy-depth", "sets", "sets-graph", "sets-decoding",
-    "sets-closed",
+    "sets-closed", "search",
 )  # fmt: skip
-_ON_DEVICE = ("sets",)
-# What "auto" runs, whether in the order given, and by how many names of the qubits where nobody
-# says; fewer on long lists. Layers in the order given often beat an order of the method's own.
+_ON_DEVICE = ("sets", "search")
+# What "auto" runs beside the search, whether in the order given, and by how many names of the
+# qubits where nobody says; fewer on long lists. Layers in the order given often beat an order of
+# the method's own.
 _AUTO = {
-    ("ladder", True): 1, ("greedy", True): 20, ("greedy-depth", True): 2, ("sets-closed", True): 4,
-    ("recursive", False): 3, ("greedy", False): 40, ("greedy-depth", False): 4,
-    ("sets", False): 4, ("sets-decoding", False): 1, ("sets-closed", False): 4,
+    ("ladder", True): 1, ("greedy", True): 2, ("greedy-depth", True): 2, ("sets-closed", True): 2,
+    ("recursive", False): 2, ("greedy", False): 4, ("greedy-depth", False): 4,
+    ("sets", False): 2, ("sets-closed", False): 2,
 }  # fmt: skip
 _AUTO_IN_ORDER = {(name, True): runs for (name, _), runs in sorted(_AUTO.items())}
+_AUTO_STEPS = 30_000  # of the search
 _RUN_LETTERS = 600_000  # letters of all strings, over all runs of a method
 _CODIAGONALIZERS = {"greedy": 0, "graph": 1, "decoding": 2}
 
@@ -58,9 +60,9 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
 
     >>> methods()
     ('auto', 'ladder', 'recursive', 'greedy', 'greedy-depth', 'sets', 'sets-graph', \
-'sets-decoding', 'sets-closed')
+'sets-decoding', 'sets-closed', 'search')
     >>> methods(device=True)
-    ('auto', 'sets')
+    ('auto', 'sets', 'search')
     """
     return ("auto", *(_ON_DEVICE if device else _METHODS))
 
@@ -78,8 +80,9 @@ def synthesize(
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
+    steps: int | None = None,
     jobs: int | None = 1,
-    progress: Callable[[int], object] | None = None,
+    progress: Callable[[_search.Progress], object] | None = None,
 ) -> PauliSynthesis:
     """A circuit for Pauli rotations.
 
@@ -96,8 +99,9 @@ def synthesize(
     not commute: the circuit carries out each one once, which is one Trotter step as good as any
     other. With ``order="commuting"`` only rotations that commute change places: the circuit is
     exactly the product of the rotations in the order given, the first acts first. This holds for
-    every method: the rotations are cut into layers that commute, and each is synthesised by itself.
-    Where all rotations commute, the operator is exact either way.
+    every method: the rotations are cut into layers that commute, and each is synthesised by itself,
+    but for "search", which looks at all of them together. Where all rotations commute, the operator
+    is exact either way.
 
     ==================  ============================================================================
     method              what it does
@@ -110,6 +114,7 @@ def synthesize(
     ``sets-graph``      the same, through a graph state where a set allows it
     ``sets-decoding``   the same, with a shorter circuit of the graph state
     ``sets-closed``     the first, each set undone before the next
+    ``search``          greedy runs, then wider and wider beams; the fewest CNOTs
     ==================  ============================================================================
 
     ``auto`` takes the best of them, and for count never more CNOTs than ``ladder``. With
@@ -122,9 +127,14 @@ def synthesize(
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
     by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits.
-    ``restarts``, ``budget``, ``seed``, ``jobs`` and ``progress`` are as in
-    :func:`zeltbraidwerk.linear.synthesize`; later runs rename the qubits. Ctrl-C and a budget end a
-    search between two runs.
+    ``restarts``, ``budget``, ``steps``, ``seed``, ``jobs`` and ``progress`` are as in
+    :func:`zeltbraidwerk.linear.synthesize`; later runs rename the qubits. "search" takes ``steps``
+    steps a run, or goes to the end of the budget; its first circuit is ready in milliseconds for a
+    thousand rotations. Ctrl-C and a budget end the other methods between two runs.
+
+    >>> ansatz = zb.gallery.uccsd(4, 2)
+    >>> zb.pauli.synthesize(ansatz, method="search", order="commuting", seed=1).count
+    15
     """
     start = time.perf_counter()
     _validate.choice(order, "order", ("free", "commuting"))
@@ -141,7 +151,9 @@ def synthesize(
     if permutation == "free" and (tail == "return" or ground is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order == "commuting")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    if steps is not None and method not in ("auto", "search"):
+        raise errors.OptionError(f"steps: not an option of method {method!r}")
     site = None if ground is None else Site.of(ground, given.n)
     search = _PauliSearch(given, order, tail, permutation, objective, site, effort, start)
     return search.work(method, progress)
@@ -222,7 +234,7 @@ class _PauliSearch:
         self._start = start
         self._order: Order = order
         self._tail: Tail = tail
-        self._free = permutation == "free"
+        self._ending = 0 if tail == "return" else 2 if permutation == "free" else 1
         self._by_depth = objective == "depth"
         self._site = site
         self._effort = effort
@@ -231,38 +243,56 @@ class _PauliSearch:
         self._graph = None if site is None else site.graph()
         self._control = _core._SearchControl(effort.budget)
 
-    def work(self, method: str, progress: Callable[[int], object] | None) -> PauliSynthesis:
-        lanes = [
-            _search.Lane(partial(self._run, lane), self._runs(runs))
-            for lane, runs in self._lanes(method).items()
-        ]
-        best = _search.best_of(
-            lanes,
-            self._effort.jobs,
-            self._control,
-            self._key,
-            self._result,
-            _search.Trace(self._by_depth, progress),
-        )
-        return self._result(*best)
+    def work(
+        self, method: str, progress: Callable[[_search.Progress], object] | None
+    ) -> PauliSynthesis:
+        lanes = [] if method == "search" else self._plain_lanes(method)
+        if method in ("auto", "search"):
+            lanes.append(self._search_lane(method == "auto"))
+        trace = _search.Trace(self._by_depth, progress)
 
-    def _lanes(self, method: str) -> dict[_Lane, int]:
-        """The runs of each where nobody says how many."""
+        def result(found: _Found, runs: int) -> PauliSynthesis:
+            return self._result(found, runs, tuple(trace.points))
+
+        best = _search.best_of(lanes, self._effort.jobs, self._control, self._key, result, trace)
+        return result(*best)
+
+    def _plain_lanes(self, method: str) -> list[_search.Lane[_Found]]:
         in_order = self._order == "commuting"
-        if method == "auto" and self._site is None:
-            return _AUTO_IN_ORDER if in_order else _AUTO
-        return {(_ON_DEVICE[0] if method == "auto" else method, in_order): 1}
+        if method != "auto":
+            found: dict[_Lane, int | None] = {
+                (method, in_order): None if self._effort.budget is not None else 1
+            }
+        elif self._site is not None:
+            found = {("sets", in_order): 1}
+        else:
+            found = dict(_AUTO_IN_ORDER if in_order else _AUTO)
+        return [_search.Lane(partial(self._run, lane), self._runs(r)) for lane, r in found.items()]
 
-    def _runs(self, wished: int) -> int | None:
-        if self._effort.restarts is not None or self._effort.budget is not None:
+    def _runs(self, wished: int | None) -> int | None:
+        if self._effort.restarts is not None or wished is None:
             return self._effort.restarts
         return max(1, min(wished, _RUN_LETTERS // max(self._letters.size, 1)))
 
+    def _search_lane(self, within_auto: bool) -> _search.Lane[_Found]:
+        steps = self._effort.search_steps
+        if within_auto and self._effort.steps is None and steps is not None:
+            steps = _AUTO_STEPS if self._effort.restarts is None else _AUTO_STEPS // 10
+        return _search.search_lane(partial(self._search, steps), self._key, self._effort)
+
+    def _search(self, steps: int | None, run: int) -> _Found:
+        adjacency = np.zeros((0, 0), dtype=bool) if self._site is None else self._site.adjacency
+        in_order = self._order == "commuting"
+        operations, wires, count, depth = _core._search_network(
+            self._letters, in_order, self._ending, adjacency, self._by_depth, self._seed, run,
+            steps, self._control,
+        )  # fmt: skip
+        return ("search", in_order), operations, tuple(wires), count, depth
+
     def _run(self, lane: _Lane, first: int, last: int) -> tuple[int, _Found] | None:
         name, in_order = lane
-        tail = 0 if self._tail == "return" else 2 if self._free else 1
         found = _core._best_network(
-            name, self._letters, in_order, tail, self._graph, self._seed, first, last,
+            name, self._letters, in_order, self._ending, self._graph, self._seed, first, last,
             self._by_depth, self._control,
         )  # fmt: skip
         if found is None:
@@ -274,7 +304,7 @@ class _PauliSearch:
         *_, count, depth = found
         return (depth, count) if self._by_depth else (count, depth)
 
-    def _result(self, found: _Found, runs: int) -> PauliSynthesis:
+    def _result(self, found: _Found, runs: int, trace: tuple[_search.Point, ...]) -> PauliSynthesis:
         (name, in_order), operations, wires, *_ = found
         given, site = self._given, self._site
         qubits = tuple(range(given.n)) if site is None else site.qubits
@@ -293,4 +323,5 @@ class _PauliSearch:
             placement=qubits,
             device=None if site is None else site.device,
             _rotates=_validate.frozen(operations[:, 3] >= 0),
+            trace=trace,
         )
