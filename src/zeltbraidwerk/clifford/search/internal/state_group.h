@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/light_basis.h"
+#include "zeltbraidwerk/clifford/search/internal/state_kernels.h"
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/rng.h"
@@ -18,43 +20,6 @@ namespace zelt::braidwerk::internal {
 inline double weight_worth(std::size_t weight) {
   return std::bit_cast<double>((1023 - std::min<std::uint64_t>(weight, 1022)) << 52);
 }
-
-/// Which of many elements of a group generate it, and of which generators each is the product.
-///
-/// Generators are a basis of a matroid: exchanging the heaviest generator in the product that a
-/// lighter element is for that element, as long as there is one, ends at the basis that is the
-/// least for every cost that grows with the weight.
-class LightBasis {
- public:
-  static constexpr Word no_element = ~Word{0};  ///< the weight of a place without one
-
-  LightBasis() = default;
-  /// The first elements generate the group.
-  LightBasis(int generators, std::size_t capacity);
-
-  std::size_t element(int k) const { return elements_[static_cast<std::size_t>(k)]; }
-  bool generates(std::size_t e) const { return generates_[e] != 0; }
-  Word* parts(std::size_t e) { return parts_.data() + e * words_; }
-  const Word* parts(std::size_t e) const { return parts_.data() + e * words_; }
-
-  bool is_least(const std::vector<Word>& weights) const;
-  void make_least(const std::vector<Word>& weights);
-
-  /// Generator `from` has been multiplied to generator `to`.
-  void multiplied(int from, int to);
-
- private:
-  const std::vector<Word>& heavier_than(const std::vector<Word>& weights) const;
-  std::size_t next_exchange(std::size_t e, const std::vector<Word>& weights,
-                            const std::vector<Word>& heavier) const;
-  void exchange(std::size_t e, int k);
-
-  int generators_ = 0;
-  std::size_t words_ = 0;
-  std::vector<Word> parts_;              // by element: the generators it is the product of
-  std::vector<std::uint16_t> elements_;  // by generator
-  std::vector<std::uint8_t> generates_;  // by element
-};
 
 /// The stabilisers of a state without their signs: generators of least weight among all products
 /// found so far, and a pool of other light products, which a gate may make lighter.
@@ -93,21 +58,10 @@ class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
  private:
   static constexpr int spare = 2;  ///< elements kept for each generator
 
-  /// The letters of all elements on one qubit, and the label that a gate has there as masks.
-  struct Side {
-    const Word* x;
-    const Word* z;
-    int shift;
-    Word px;
-    Word pz;
-    /// Whether element e anticommutes with the label, in the lowest bit.
-    Word odd(std::size_t e) const { return ((x[e] & pz) ^ (z[e] & px)) >> shift; }
-  };
-
   std::size_t at(int word, std::size_t e) const {
     return static_cast<std::size_t>(word) * capacity_ + e;
   }
-  Side side(End end) const;
+  GateSide side(End end) const;
   void look_behind(Gate gate, std::vector<Word>& weights) const;
   std::uint64_t hash_behind(Gate gate, std::size_t e) const;
   void settle();

@@ -45,7 +45,7 @@ class Search {
   GateList run() {
     report();
     if (is_least()) return best_;
-    if (wires_ <= few_wires || !meter_.ended()) start_.lighten(first_rounds, rng_);
+    lighten();
     greedy();
     beam(4);
     for (int round = 0; !meter_.ended() && !is_least(); ++round) {
@@ -91,6 +91,12 @@ class Search {
       std::vector<Gate> apart;
       for (const StateProblem::Move& move : found.moves) apart.push_back(move.gate);
       take(backwards(apart, found.state));
+    }
+  }
+
+  void lighten() {
+    for (int k = 0; k < first_rounds && (wires_ <= few_wires || !meter_.ended()); k += 10) {
+      start_.lighten(10, rng_);
     }
   }
 

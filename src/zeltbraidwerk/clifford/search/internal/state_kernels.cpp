@@ -1,0 +1,128 @@
+#include "zeltbraidwerk/clifford/search/internal/state_kernels.h"
+
+#include <bit>
+#include <utility>
+
+#include "zeltbraidwerk/foundations/internal/clones.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// An element that anticommutes with the gate is multiplied by it: on the side where its letter
+/// anticommutes it keeps one; the other letter vanishes if it was the gate's own, and appears if
+/// there was none.
+ZELTBRAIDWERK_CLONES void weigh_clone(const GateSide& a, const GateSide& b, const Word* now,
+                                      std::size_t count, Word* then) {
+  for (std::size_t e = 0; e < count; ++e) {
+    const Word xa = a.x[e] >> a.shift;
+    const Word za = a.z[e] >> a.shift;
+    const Word xb = b.x[e] >> b.shift;
+    const Word zb = b.z[e] >> b.shift;
+    const Word odd_a = (xa & a.pz) ^ (za & a.px);
+    const Word odd_b = (xb & b.pz) ^ (zb & b.px);
+    const Word some_a = xa | za;
+    const Word some_b = xb | zb;
+    const Word odd = odd_a ^ odd_b;
+    // Where a letter does not anticommute it is the gate's own or none.
+    const Word falls = odd & ((odd_a & some_b) | (odd_b & some_a));
+    const Word rises = odd & ~((odd_a & some_b) | (odd_b & some_a));
+    then[e] = now[e] + (rises & 1) - (falls & 1);
+  }
+}
+
+/// W is the number of words, or 0 where that is known at run time alone.
+template <int W>
+[[gnu::always_inline]] inline void reduce(Word* rows, int count, int words, const int* order,
+                                          int qubits) {
+  const int length = W > 0 ? 3 * W : 3 * words;
+  int done = 0;
+  for (int k = 0; k < 2 * qubits && done < count; ++k) {
+    const int q = order[k / 2];
+    const int place = ((k & 1) != 0 ? length / 3 : 0) + q / word_bits;
+    const int shift = q % word_bits;
+    int pivot = done;
+    while (pivot < count && (rows[pivot * length + place] >> shift & 1) == 0) ++pivot;
+    if (pivot == count) continue;
+    Word* own = rows + done * length;
+    if (pivot != done) {
+      for (int w = 0; w < length; ++w) std::swap(own[w], rows[pivot * length + w]);
+    }
+    for (int r = 0; r < count; ++r) {
+      Word* row = rows + r * length;
+      const Word mask = r == done ? 0 : Word{0} - (row[place] >> shift & 1);
+      for (int w = 0; w < length; ++w) row[w] ^= own[w] & mask;
+    }
+    ++done;
+  }
+}
+
+template <int W>
+[[gnu::always_inline]] inline int light_pairs(const Word* rows, int count, int words, int limit,
+                                              LightPair* pairs, int room) {
+  const int size = W > 0 ? W : words;
+  int found = 0;
+  for (int i = 0; i < count; ++i) {
+    const Word* a = rows + i * 3 * size;
+    for (int j = i + 1; j < count; ++j) {
+      const Word* b = rows + j * 3 * size;
+      int weight = 0;
+      for (int w = 0; w < size; ++w) {
+        weight += std::popcount((a[w] ^ b[w]) | (a[size + w] ^ b[size + w]));
+      }
+      if (weight >= limit) continue;
+      if (found == room) return found;
+      pairs[found++] = {static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j), weight};
+    }
+  }
+  return found;
+}
+
+ZELTBRAIDWERK_CLONES void reduce_clone(Word* rows, int count, int words, const int* order,
+                                       int qubits) {
+  switch (words) {
+    case 1:
+      return reduce<1>(rows, count, words, order, qubits);
+    case 2:
+      return reduce<2>(rows, count, words, order, qubits);
+    case 3:
+      return reduce<3>(rows, count, words, order, qubits);
+    case 4:
+      return reduce<4>(rows, count, words, order, qubits);
+    default:
+      return reduce<0>(rows, count, words, order, qubits);
+  }
+}
+
+ZELTBRAIDWERK_CLONES int pairs_clone(const Word* rows, int count, int words, int limit,
+                                     LightPair* pairs, int room) {
+  switch (words) {
+    case 1:
+      return light_pairs<1>(rows, count, words, limit, pairs, room);
+    case 2:
+      return light_pairs<2>(rows, count, words, limit, pairs, room);
+    case 3:
+      return light_pairs<3>(rows, count, words, limit, pairs, room);
+    case 4:
+      return light_pairs<4>(rows, count, words, limit, pairs, room);
+    default:
+      return light_pairs<0>(rows, count, words, limit, pairs, room);
+  }
+}
+
+}  // namespace
+
+void weigh_behind(const GateSide& a, const GateSide& b, const Word* now, std::size_t count,
+                  Word* then) {
+  weigh_clone(a, b, now, count, then);
+}
+
+void reduce_rows(Word* rows, int count, int words, const int* order, int qubits) {
+  reduce_clone(rows, count, words, order, qubits);
+}
+
+int find_light_pairs(const Word* rows, int count, int words, int limit, LightPair* pairs,
+                     int room) {
+  return pairs_clone(rows, count, words, limit, pairs, room);
+}
+
+}  // namespace zelt::braidwerk::internal
