@@ -89,9 +89,8 @@ bool LayerReduction::compose(const State& state, int side, float noise, Rng& rng
 }
 
 void LayerReduction::make(State& state, const Move& move) {
-  Layer& layer = layers_[move.layer];
-  layer.made = any_made_ = true;
-  for (std::size_t k = layer.first; k < layer.last; ++k) additions_.make(state, pool_[k]);
+  layers_[move.layer].made = any_made_ = true;
+  for (const SideAddition& addition : layer(move)) additions_.make(state, addition);
 }
 
 void LayerReduction::forget() {
@@ -109,14 +108,9 @@ void LayerReduction::forget() {
   any_made_ = false;
 }
 
-GateList LayerReduction::circuit(const State& reduced, const std::vector<Move>& moves) const {
-  std::vector<SideAddition> all;
-  for (const Move& move : moves) {
-    const Layer& layer = layers_[move.layer];
-    all.insert(all.end(), pool_.begin() + static_cast<std::ptrdiff_t>(layer.first),
-               pool_.begin() + static_cast<std::ptrdiff_t>(layer.last));
-  }
-  return additions_.circuit(reduced, all);
+std::span<const SideAddition> LayerReduction::layer(const Move& move) const {
+  const Layer& layer = layers_[move.layer];
+  return {pool_.data() + layer.first, layer.last - layer.first};
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "zeltbraidwerk/export.h"
@@ -47,8 +48,10 @@ class ZELTBRAIDWERK_KERNEL_EXPORT LayerReduction {
   void make(State& state, const Move& move);
   bool done(const State& state) const { return additions_.done(state); }
 
-  /// The circuit of a reduced state and the layers that led to it.
-  GateList circuit(const State& reduced, const std::vector<Move>& moves) const;
+  /// Empty once another level was begun without it.
+  std::span<const SideAddition> layer(const Move& move) const;
+  /// The problem of single additions, on the same states.
+  const Reduction& additions() const { return additions_; }
 
  private:
   struct Layer {

@@ -7,82 +7,83 @@
 namespace zelt::braidwerk::internal {
 
 Scheduler::Scheduler(int wires)
-    : room_(wires / 2),
-      states_(static_cast<std::size_t>(wires)),
+    : width_(static_cast<std::size_t>(wires / 2)),
+      wires_(static_cast<std::size_t>(wires)),
       used_(static_cast<std::size_t>(wires)) {}
 
 void Scheduler::start(Layers& layers) {
-  std::fill(states_.begin(), states_.end(), WireState{});
+  std::fill(wires_.begin(), wires_.end(), Wire{0, 0, 0});
   std::fill(used_.begin(), used_.end(), Word{0});
-  layers.sizes.clear();
+  std::fill(layers.sizes.begin(), layers.sizes.end(), 0U);
+  layers.depth = 0;
 }
 
-void Scheduler::widen() {
-  std::vector<Word> wider(used_.size() * 2);
-  const auto old = static_cast<std::size_t>(words_);
-  for (std::size_t k = 0; k < used_.size(); ++k) wider[k / old * 2 * old + k % old] = used_[k];
-  used_ = std::move(wider);
-  words_ *= 2;
-}
-
-inline int Scheduler::first_open(const Word* a, const Word* b, int layer) {
-  int w = layer / word_bits;
-  Word closed = low_bits(layer % word_bits);
-  for (; w < words_; ++w, closed = 0) {
-    const Word open = ~(a[w] | b[w] | closed);
-    if (open != 0) return w * word_bits + std::countr_zero(open);
+void Scheduler::make_room(unsigned layer, Layers& layers) {
+  const std::size_t old = words_;
+  while (layer >= words_ * word_bits) words_ *= 2;
+  if (words_ > old) {
+    std::vector<Word> wider(wires_.size() * words_);
+    for (std::size_t k = 0; k < used_.size(); ++k) wider[k / old * words_ + k % old] = used_[k];
+    used_ = std::move(wider);
   }
-  return std::max(layer, w * word_bits);
+  layers.sizes.resize(words_ * word_bits);
+  layers.gates.resize(layers.sizes.size() * width_);
 }
 
-inline int Scheduler::place(const Gate& gate, Layers& layers) {
-  WireState& a = states_[static_cast<std::size_t>(wire_of(gate.a))];
-  WireState& b = states_[static_cast<std::size_t>(wire_of(gate.b))];
-  a.open = a.label == label_of(gate.a) ? a.open : a.end;
-  b.open = b.label == label_of(gate.b) ? b.open : b.end;
-  a.label = label_of(gate.a);
-  b.label = label_of(gate.b);
-  const auto row = [this](End end) { return used_.data() + wire_of(end) * words_; };
-  const int layer = first_open(row(gate.a), row(gate.b), std::max(a.open, b.open));
-  while (layer >= words_ * word_bits) widen();
+inline unsigned Scheduler::place(Gate gate, Layers& layers) {
+  const unsigned on_a = gate.a >> 2;
+  const unsigned on_b = gate.b >> 2;
+  Wire& a = wires_[on_a];
+  Wire& b = wires_[on_b];
+  a.open = a.label == (gate.a & 3U) ? a.open : a.end;
+  b.open = b.label == (gate.b & 3U) ? b.open : b.end;
+  a.label = gate.a & 3U;
+  b.label = gate.b & 3U;
+  unsigned layer = std::max(a.open, b.open);
+  const Word* const used_a = used_.data() + on_a * words_;
+  const Word* const used_b = used_.data() + on_b * words_;
+  Word closed = (Word{1} << (layer % word_bits)) - 1;
+  for (std::size_t w = layer / word_bits;; ++w, closed = 0) {
+    layer = static_cast<unsigned>(w) * word_bits;
+    if (w >= words_) break;
+    const Word open = ~(used_a[w] | used_b[w] | closed);
+    if (open == 0) continue;
+    layer += static_cast<unsigned>(std::countr_zero(open));
+    break;
+  }
+  if (layer >= layers.sizes.size()) [[unlikely]]
+    make_room(layer, layers);
   const Word bit = Word{1} << (layer % word_bits);
-  row(gate.a)[layer / word_bits] |= bit;
-  row(gate.b)[layer / word_bits] |= bit;
+  used_[on_a * words_ + layer / word_bits] |= bit;
+  used_[on_b * words_ + layer / word_bits] |= bit;
   a.end = std::max(a.end, layer + 1);
   b.end = std::max(b.end, layer + 1);
-  if (layer >= layers.depth()) {
-    layers.sizes.resize(static_cast<std::size_t>(layer) + 1);
-    const auto needed = layers.sizes.size() * static_cast<std::size_t>(room_);
-    if (layers.gates.size() < needed) layers.gates.resize(2 * needed);
-  }
-  layers.gates[static_cast<std::size_t>(layer * room_ +
-                                        layers.sizes[static_cast<std::size_t>(layer)]++)] = gate;
+  layers.depth = std::max(layers.depth, layer + 1);
+  layers.gates[layer * width_ + layers.sizes[layer]++] = gate;
   return layer;
 }
 
 int Scheduler::tighten(std::vector<Gate>& gates) {
   start(forward_);
   for (const Gate& gate : gates) place(gate, forward_);
-  const int before = forward_.depth();
-  spans_.assign(static_cast<std::size_t>(before) + 1, 0);
+  spans_.assign(forward_.depth, 0);
   start(backward_);
-  for (int early = before; early-- > 0;) {
-    const Gate* from = forward_.gates.data() + early * room_;
-    for (int k = 0; k < forward_.sizes[static_cast<std::size_t>(early)]; ++k) {
-      ++spans_[static_cast<std::size_t>(early + place(from[k], backward_))];
+  for (unsigned early = forward_.depth; early-- > 0;) {
+    const Gate* const from = forward_.gates.data() + early * width_;
+    for (unsigned k = 0; k < forward_.sizes[early]; ++k) {
+      ++spans_[early + place(from[k], backward_)];
     }
   }
-  const int depth = backward_.depth();
   bound_ = 0;
-  for (int span = std::max(depth - 1, 0); span < before; ++span) {
-    bound_ += spans_[static_cast<std::size_t>(span)];
+  for (unsigned span = backward_.depth; span <= forward_.depth; ++span) {
+    if (span > 0) bound_ += spans_[span - 1];
   }
   auto out = gates.begin();
-  for (int late = depth; late-- > 0;) {
-    out = std::copy_n(backward_.gates.begin() + late * room_,
-                      backward_.sizes[static_cast<std::size_t>(late)], out);
+  for (unsigned late = backward_.depth; late-- > 0;) {
+    const auto from = backward_.gates.begin() + static_cast<std::ptrdiff_t>(late * width_);
+    out = std::copy_n(from, backward_.sizes[late], out);
   }
-  return depth;
+  return static_cast<int>(backward_.depth);
 }
 
 int Scheduler::settle(std::vector<Gate>& gates) {

@@ -32,33 +32,31 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Scheduler {
   int bound() const { return bound_; }
 
  private:
-  struct WireState {
-    int label = 0;
-    int open = 0;  ///< first layer for gates of this label
-    int end = 0;   ///< behind the last layer in use
+  struct Wire {
+    unsigned label;
+    unsigned open;  ///< first layer for gates of this label
+    unsigned end;   ///< behind the last layer in use
   };
   /// Gates by layer; there is room for one on every pair of wires.
   struct Layers {
     std::vector<Gate> gates;
-    std::vector<int> sizes;
-    void clear() { sizes.clear(); }
-    int depth() const { return static_cast<int>(sizes.size()); }
+    std::vector<unsigned> sizes;  // as many as there is room for
+    unsigned depth = 0;
   };
 
   void start(Layers& layers);
   /// Puts the gate into the first layer that is open to it; returns the layer.
-  int place(const Gate& gate, Layers& layers);
-  int first_open(const Word* a, const Word* b, int layer);
-  void widen();
+  unsigned place(Gate gate, Layers& layers);
+  void make_room(unsigned layer, Layers& layers);
 
-  int room_;       // gates a layer
-  int words_ = 1;  // a wire
+  std::size_t width_;      // gates that have room in a layer
+  std::size_t words_ = 1;  // a wire
   int bound_ = 0;
-  std::vector<WireState> states_;
+  std::vector<Wire> wires_;
   std::vector<Word> used_;  // layers in use, by wire
   Layers forward_;
   Layers backward_;
-  std::vector<int> spans_;  // gates by the layers before the earliest and behind the latest place
+  std::vector<int> spans_;  // gates by the layers before their earliest and behind their latest
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -7,9 +7,8 @@
 
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
-#include "zeltbraidwerk/linear/search/internal/depth_layers.h"
 #include "zeltbraidwerk/linear/search/internal/depth_rewriter.h"
-#include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/linear/search/internal/depth_series.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -48,55 +47,46 @@ class ShallowSearch {
         options_(options),
         rng_(options.seed, options.stream),
         meter_(effort),
-        scheduler_(n_) {}
+        scheduler_(n_),
+        series_(m) {}
 
   std::vector<LayeredCircuit> run() {
     first_circuit();
     for (const GateList& list : options_.known) consider(list);
-    for (int round = 0; n_ > 1 && !meter_.ended() && !front_.shallowest().list.gates.empty();
-         ++round) {
-      const std::uint64_t steps = std::uint64_t{5000} << std::min(round, 30);
-      const int width = static_cast<int>(std::min<std::int64_t>(
-          std::int64_t{4} << std::min(round, 10), std::max(4, (1 << 24) / (n_ * n_))));
-      GateList fresh;
-      if (beam({.width = width, .noise = 1e-6}, 3, exponent(), meter_, fresh)) {
-        anneal(std::move(fresh), 0.02F, steps, round);
-      }
-      anneal(front_.shallowest().list, 0.02F, steps, round);
+    if (n_ < 2) return front_.circuits();
+    for (int round = 0; !meter_.ended() && front_.shallowest().depth > 0; ++round) {
+      const std::uint64_t steps = std::uint64_t{10000} << std::min(round, 30);
+      anneal(from_layers(steps / 5), 0.02F, steps, round);
+      if (round % 2 == 1) anneal(front_.shallowest().list, 0.02F, steps, round);
       for (const float gate : {0.1F, 0.5F, 2.0F}) {
-        anneal(front_.cheapest(2, gate).list, gate, steps / 4, round);
+        anneal(front_.cheapest(2, gate).list, gate, steps / 8, round);
       }
     }
     return front_.circuits();
   }
 
  private:
-  double exponent() {
-    // As light lines are to count the more the larger the matrix is; the best for one is not the
-    // best for another.
-    const double middle = n_ < 24 ? 0.75 - n_ / 24.0 : n_ < 48 ? -n_ / 24.0 : -n_ / 16.0;
-    return middle * (0.7 + 0.6 * static_cast<double>(rng_.unit()));
-  }
-
-  bool beam(const BeamOptions& options, int variants, double exponent, Meter& meter,
-            GateList& list) {
-    LayerReduction problem(n_, {{exponent, true, 0}, variants, 0.3F});
-    const auto found =
-        BeamSearch<LayerReduction>(problem, options, rng_, meter).run(problem.start(m_));
-    if (found.empty()) return false;
-    list = consider(problem.circuit(found[0].state, found[0].moves));
-    return true;
-  }
-
   void first_circuit() {
     Effort whole;
     whole.control.stop = meter_.control().stop;
     Meter meter(whole);
-    GateList list;
-    const double middle = n_ < 24 ? 0 : n_ < 48 ? -n_ / 24.0 : -n_ / 16.0;
-    if (n_ < 2 || !beam({}, 1, middle, meter, list)) consider(list_of(eliminate_gauss(m_)));
+    const bool found = n_ > 1 && series_.run(rng_, meter);
+    consider(found ? series_.circuit() : list_of(eliminate_gauss(m_)));
     for (std::uint64_t k = 0; k < meter.steps() && meter_.step(); ++k) {
     }
+  }
+
+  /// The best of layers alone after so many steps.
+  GateList from_layers(std::uint64_t steps) {
+    // Of small matrices other circuits make better starts than the best one does once more.
+    if (n_ < 48) series_.begin_anew();
+    const std::uint64_t end = meter_.steps() + steps;
+    GateList best = front_.shallowest().list;
+    while (meter_.steps() < end && !meter_.ended()) {
+      if (series_.run(rng_, meter_)) best = consider(series_.circuit());
+      meter_.step();  // a permutation has no layers to take off
+    }
+    return best;
   }
 
   /// The circuit as it is wanted: closed where outputs have their places, and in layers.
@@ -109,14 +99,17 @@ class ShallowSearch {
 
   GateList closed(const GateList& list) {
     const FreeCircuit found = free_circuit(list);
-    GateList by_swaps = list_of(close_by_swaps(found));
     const Draw draw = [this](int a, int b) { return a + rng_.below(b - a + 1); };
-    GateList within = list_of(close_within_gates(found, draw));
-    const auto size = [this](GateList& closed) {
-      const int depth = scheduler_.settle(closed.gates);
-      return std::tuple(depth, closed.count());
-    };
-    return size(within) < size(by_swaps) ? within : by_swaps;
+    GateList best = list_of(close_by_swaps(found));
+    int least = scheduler_.settle(best.gates);
+    for (int k = 0; k < 4; ++k) {
+      GateList within = list_of(close_within_gates(found, draw));
+      const int depth = scheduler_.settle(within.gates);
+      if (std::tuple(depth, within.count()) >= std::tuple(least, best.count())) continue;
+      best = std::move(within);
+      least = depth;
+    }
+    return best;
   }
 
   void offer(int depth, const GateList& list) {
@@ -132,8 +125,8 @@ class ShallowSearch {
     DepthRewriter rewriter(n_, largest, options_.permuted, rng_);
     rewriter.enter(list.gates, {2, gate, 1.0F / static_cast<float>(list.count())});
     Walk<DepthRewriter> walk(std::move(list), rewriter);
-    const Cooling heat{n_ < 24 ? 0.4F : n_ < 48 ? 0.3F : 0.2F, 0.05F};
-    const float uphill = n_ < 24 ? 0.3F : 0.1F;
+    const Cooling heat{n_ < 24 ? 0.4F : n_ < 48 ? 0.4F : 0.2F, 0.05F};
+    constexpr float uphill = 0.3F;
     for (std::uint64_t k = 0; k < steps; ++k) {
       if (k % 64 == 0) {
         rewriter.set_temperature(heat.at(static_cast<double>(k) / static_cast<double>(steps)));
@@ -149,6 +142,7 @@ class ShallowSearch {
   Rng rng_;
   Meter meter_;
   Scheduler scheduler_;
+  LayerSeries series_;
   Front front_;
 };
 
@@ -156,6 +150,10 @@ class ShallowSearch {
 
 std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const ShallowOptions& options,
                                                 const Effort& effort) {
+  if (!is_invertible(m)) {
+    const GateList list = list_of(eliminate_gauss(m));
+    return {{list, depth_of(list.gates, list.wires())}};
+  }
   return ShallowSearch(m, options, effort).run();
 }
 
