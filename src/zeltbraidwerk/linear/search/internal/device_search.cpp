@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
 
 #include <algorithm>
+#include <cassert>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -64,7 +65,11 @@ class Search {
         meter_(effort),
         n_(std::min(m.rows(), graph.size())),
         rewriter_(graph, most_window_wires, options.reach),
-        best_(n_, {}) {}
+        best_(n_, {}) {
+    VertexSet all(n_);
+    for (int v = 0; v < n_; ++v) all.insert(v);
+    has_circuit_ = is_invertible(m) && is_connected(graph, all);
+  }
 
   GateList run() {
     if (n_ < 2) return std::move(best_);
@@ -157,10 +162,24 @@ class Search {
   }
 
   void take(const GateList& list) {
+    assert(!has_circuit_ || implements(list));
     if (rank(list) >= rank(best_)) return;
     best_ = list;
     tell();
   }
+  bool implements(const GateList& list) const {
+    BitMatrix map = BitMatrix::identity(n_);
+    for (const Gate& gate : list.gates) {
+      if (!graph_.joined(wire_of(gate.a), wire_of(gate.b))) return false;
+      map.add_row(wire_of(gate.a), wire_of(gate.b));
+    }
+    for (int w = 0; w < n_; ++w) {
+      const int output = wire_of(list.origin[end_of(w, 0)]);
+      if (!std::equal(map.row(w), map.row(w) + map.stride(), m_.row(output))) return false;
+    }
+    return true;
+  }
+
   void tell() const { meter_.better(best_.count(), depth_of(best_.gates, n_)); }
 
   const BitMatrix& m_;
@@ -171,6 +190,7 @@ class Search {
   int n_;
   DeviceRewriter rewriter_;
   GateList best_;
+  bool has_circuit_;
 };
 
 }  // namespace
