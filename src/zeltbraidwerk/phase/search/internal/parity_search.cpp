@@ -22,6 +22,7 @@ class ParitySearch {
         n_(parities.rows()),
         graph_(options.graph),
         leftover_(options.leftover),
+        by_depth_(options.by_depth),
         rng_(options.seed, options.stream),
         meter_(effort),
         rewriter_(parities, walked_end(), graph_),
@@ -172,6 +173,7 @@ class ParitySearch {
     answer(list);
   }
 
+  /// Of equally short lists the one of fewest layers.
   void walked(ParityRewriter& rewriter, GateList& list, std::uint64_t steps) {
     rewriter.begin(list);
     int depth = depth_of(list.gates, n_);
@@ -181,7 +183,7 @@ class ParitySearch {
                  const int its = depth_of(other.gates, n_);
                  if (!shorter && its >= depth) return false;
                  depth = its;
-                 if (shorter && rewriter.end() == walked_end() && !swapping()) take(other);
+                 if (rewriter.end() != ParityEnd::swaps) answer(other);
                  return true;
                });
   }
@@ -195,10 +197,10 @@ class ParitySearch {
 
   void answer(const GateList& list) {
     const int depth = depth_of(list.gates, n_);
-    if (!best_.gates.empty() &&
-        std::pair(list.count(), depth) >= std::pair(best_.count(), depth_)) {
-      return;
-    }
+    const auto key = [this](int count, int layers) {
+      return by_depth_ ? std::pair(layers, count) : std::pair(count, layers);
+    };
+    if (!best_.gates.empty() && key(list.count(), depth) >= key(best_.count(), depth_)) return;
     best_ = list;
     depth_ = depth;
     meter_.better(best_.count(), depth_);
@@ -208,6 +210,7 @@ class ParitySearch {
   int n_;
   const BitGraph* graph_;
   Leftover leftover_;
+  bool by_depth_;
   Rng rng_;
   Meter meter_;
   ParityRewriter rewriter_;

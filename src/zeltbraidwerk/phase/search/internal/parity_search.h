@@ -21,6 +21,7 @@ enum class Leftover {
 struct ParitySearchOptions {
   Leftover leftover = Leftover::closed;
   const BitGraph* graph = nullptr;  ///< CNOTs on its edges alone; connected
+  bool by_depth = false;            ///< of the circuits met on the way the one of fewest layers
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;  ///< one a run
 };
