@@ -245,6 +245,38 @@ TEST(CliffordSearch, acts_as_the_operator) {
   }
 }
 
+BitGraph random_device(int n, std::mt19937& rng) {
+  BitGraph device(n);
+  const auto below = [&](int bound) {
+    return static_cast<int>(rng() % static_cast<unsigned>(bound));
+  };
+  for (int v = 1; v < n; ++v) device.join(v, below(v));
+  for (int k = 0; n > 2 && k < n / 3; ++k) {
+    const int v = below(n), w = below(n);
+    if (v != w) device.join(v, w);
+  }
+  return device;
+}
+
+TEST(CliffordSearch, keeps_to_the_edges_of_a_device) {
+  std::mt19937 rng(2);
+  for (const int n : {0, 1, 2, 3, 4, 5, 7, 10, 16, 25}) {
+    for (int round = 0; round < (n < 8 ? 12 : 2); ++round) {
+      const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
+      const BitGraph device = random_device(n, rng);
+      const Outputs outputs = round % 2 == 0 ? Outputs::in_place : Outputs::free;
+      const CliffordOptions options{outputs, round % 3 == 2, rng(), rng(), &device};
+      const auto found = search_clifford(images_of(wanted, n), options, steps(rng() % 3000));
+      expect_same_operator(wanted, found.circuit, n);
+      EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.circuit.wires));
+      for (const structures::Gate& gate : found.circuit.gates) {
+        ASSERT_TRUE(gate.qbits.size() == 1 || device.joined(gate.qbits[0], gate.qbits[1]));
+      }
+      if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
+    }
+  }
+}
+
 TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
   const Circuit wanted{structures::Gate::H(0),       structures::Gate::CNOT(0, 2),
                        structures::Gate::CNOT(2, 0), structures::Gate::CNOT(0, 2),

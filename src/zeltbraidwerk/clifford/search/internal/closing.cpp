@@ -60,52 +60,28 @@ class ClosingRewriter {
 
   template <int wires>
   bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
-    const std::array<unsigned, wires> order = random_order<wires>(rng);
-    Permutation after = reordered(window, order);
+    const Places<wires> places = random_places<wires>(rng);
+    Permutation after = reordered(window, places);
     const int left = exchanges_left(after);
-    const WindowRows rest = append_placed_circuit(PlacedTable<wires>::shared(),
-                                                  placed(rows_of(window.gates, wires), order),
-                                                  false, rng, rewrite.block);
+    read_ends<wires>(
+        append_reordered_circuit<wires>(PlacedTable<wires>::shared(), rows_of(window.gates, wires),
+                                        places, false, rng, rewrite.block),
+        rewrite);
     const float rise = static_cast<float>(rewrite.block.size()) -
                        static_cast<float>(window.gates.size()) +
                        price * static_cast<float>(left - left_);
     if (rise > 0 && !rng.chance(std::pow(uphill, rise))) return false;
-    WindowRows renaming = 0;
-    for (unsigned place = 0; place < wires; ++place) {
-      renaming |= (rest >> (16 * place) & 0xffff) << (16 * order[place]);
-    }
-    read_ends<wires>(renaming, rewrite);
     permutation_ = std::move(after);
     left_ = left;
     return true;
   }
 
-  template <unsigned wires>
-  static std::array<unsigned, wires> random_order(Rng& rng) {
-    std::array<unsigned, wires> order{};
-    std::iota(order.begin(), order.end(), 0U);
-    for (unsigned k = wires; k > 1; --k) {
-      std::swap(order[k - 1], order[static_cast<unsigned>(rng.below(static_cast<int>(k)))]);
-    }
-    return order;
-  }
-
-  /// The rows of output order[place] on each place.
   template <std::size_t wires>
-  static WindowRows placed(WindowRows rows, const std::array<unsigned, wires>& order) {
-    WindowRows result = 0;
-    for (unsigned place = 0; place < wires; ++place) {
-      result |= (rows >> (16 * order[place]) & 0xffff) << (16 * place);
-    }
-    return result;
-  }
-
-  template <std::size_t wires>
-  Permutation reordered(const Window& window, const std::array<unsigned, wires>& order) const {
+  Permutation reordered(const Window& window, const Places<wires>& places) const {
     Permutation result = permutation_;
     for (std::size_t place = 0; place < wires; ++place) {
       result[window.wires[place]] =
-          permutation_[static_cast<std::size_t>(window.wires[order[place]])];
+          permutation_[static_cast<std::size_t>(window.wires[places[place]])];
     }
     return result;
   }

@@ -1,10 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
+#include <array>
+#include <cstddef>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
+#include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -38,21 +42,57 @@ WindowRows append_placed_circuit(const PlacedTable<wires>& table, WindowRows row
   return rows;
 }
 
+/// Which output comes out on each place.
+template <std::size_t wires>
+using Places = std::array<unsigned, wires>;
+
+template <std::size_t wires>
+Places<wires> random_places(Rng& rng) {
+  Places<wires> places{};
+  std::iota(places.begin(), places.end(), 0U);
+  for (unsigned k = wires; k > 1; --k) {
+    std::swap(places[k - 1], places[static_cast<unsigned>(rng.below(static_cast<int>(k)))]);
+  }
+  return places;
+}
+
+/// The same as append_placed_circuit for an operator whose outputs are moved to their places.
+template <int wires>
+WindowRows append_reordered_circuit(const PlacedTable<wires>& table, WindowRows rows,
+                                    const Places<wires>& places, bool detour, Rng& rng,
+                                    std::vector<Gate>& block) {
+  WindowRows placed = 0;
+  for (unsigned p = 0; p < wires; ++p) placed |= (rows >> (16 * places[p]) & 0xffff) << (16 * p);
+  const WindowRows left = append_placed_circuit(table, placed, detour, rng, block);
+  WindowRows renaming = 0;
+  for (unsigned p = 0; p < wires; ++p) renaming |= (left >> (16 * p) & 0xffff) << (16 * places[p]);
+  return renaming;
+}
+
 /// Replaces windows of Clifford gates by random shortest circuits that leave every wire in its
 /// place, or longer ones uphill. The one-qubit gates that a block leaves go behind the gates.
+///
+/// On a device, by circuits on its edges alone; with free outputs the last windows may move theirs.
 class ZELTBRAIDWERK_KERNEL_EXPORT PlacedRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
   static constexpr bool judges = false;
 
-  /// Windows of 2 to 4 wires. The table for four is built when they come up first.
+  /// Windows of 2 to 4 wires. The tables for four are built when they come up first.
   explicit PlacedRewriter(int wires) : wires_(wires) {}
+  PlacedRewriter(int wires, const BitGraph& device, Outputs outputs)
+      : wires_(wires), device_(&device), outputs_(outputs) {}
 
   int window_size(Rng&) const { return wires_; }
   bool rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) const;
 
  private:
+  template <int wires>
+  bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) const;
+
   int wires_;
+  const BitGraph* device_ = nullptr;
+  Outputs outputs_ = Outputs::in_place;
 };
 
 }  // namespace zelt::braidwerk::internal

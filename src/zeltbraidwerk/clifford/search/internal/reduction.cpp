@@ -150,8 +150,7 @@ void OperatorReduction::price(const OperatorRows& rows, int side) {
 
 /// Gates before the operator come first; those behind it last to first, carried to before what is
 /// left, and with it at the end.
-GateList circuit_of(const Finished<OperatorReduction>& found) {
-  const OperatorRows& left = found.state.rows;
+GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves) {
   GateList list(left.wires(), {});
   std::vector<End> before(list.origin.size());
   for (int i = 0; i < left.wires(); ++i) {
@@ -163,10 +162,10 @@ GateList circuit_of(const Finished<OperatorReduction>& found) {
       list.origin[end_of(place, from)] = end_of(i, label);
     }
   }
-  for (const auto& [side, gate] : found.moves) {
+  for (const auto& [side, gate] : moves) {
     if (side == 1) list.gates.push_back(gate);
   }
-  for (auto move = found.moves.rbegin(); move != found.moves.rend(); ++move) {
+  for (auto move = moves.rbegin(); move != moves.rend(); ++move) {
     if (move->side == 0) list.gates.push_back({before[move->gate.a], before[move->gate.b]});
   }
   return list;

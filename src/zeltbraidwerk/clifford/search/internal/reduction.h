@@ -65,7 +65,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OperatorReduction {
   OperatorRows scratch_;
 };
 
-/// The circuit that a reduction to one-qubit gates stands for.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList circuit_of(const Finished<OperatorReduction>& found);
+/// The circuit of an operator of which the moves have left one-qubit gates and a renaming.
+ZELTBRAIDWERK_KERNEL_EXPORT GateList circuit_of(const OperatorRows& left,
+                                                const std::vector<OperatorReduction::Move>& moves);
 
 }  // namespace zelt::braidwerk::internal

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
+#include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/shallow.h"
@@ -36,20 +37,17 @@ class CliffordSearch {
         wires_(images.qubits()),
         problem_(wires_, cost_for(wires_)),
         start_(problem_.start(OperatorRows(images))),
-        shortest_(eliminated_list(images, Outputs::free)),
-        best_(eliminated_list(images, options.outputs)) {}
+        shortest_(GateList(wires_, {})),
+        best_(GateList(wires_, {})) {}
 
   CliffordResult run() {
     if (are_images_of_operator(images_)) {
-      if (wires_ > 4) {
-        const Effort no_limit;
-        Meter unlimited(no_limit);
-        shorten(shortest_, beam(1, unlimited));
-      } else if (wires_ > 1) {
-        shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
-        offer(shortest_list(images_, options_.outputs, rng_));
+      if (options_.device != nullptr) {
+        search_on_device();
+      } else {
+        begin();
+        in_place() ? search_in_place() : search_freely();
       }
-      in_place() ? search_in_place() : search_freely();
     }
     return {to_circuit(best_.list, images_), best_.list.count(), best_.depth};
   }
@@ -60,6 +58,18 @@ class CliffordSearch {
     const bool optimal =
         options_.by_depth ? best_.depth <= 1 : wires_ <= 4 || best_.list.count() <= 1;
     return !optimal && !meter_.ended();
+  }
+
+  void begin() {
+    shortest_ = Layered(eliminated_list(images_, Outputs::free));
+    best_ = Layered(eliminated_list(images_, options_.outputs));
+    report();
+    if (wires_ > 4) {
+      shorten(shortest_, beam(1, unlimited_));
+    } else if (wires_ > 1) {
+      shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
+      offer(shortest_list(images_, options_.outputs, rng_));
+    }
   }
 
   void search_freely() {
@@ -91,6 +101,49 @@ class CliffordSearch {
     }
   }
 
+  /// Eliminations on the device, and walks on windows of its edges. Hot ones, as few circuits of a
+  /// window are equally short.
+  void search_on_device() {
+    DeviceElimination problem(*options_.device);
+    const DeviceElimination::State start = problem.start(start_.rows);
+    best_ = eliminated_on_device(problem, start, 1, unlimited_);
+    report();
+    for (int round = 0; best_.list.count() > 1 && !meter_.ended(); ++round) {
+      const PlacedRewriter rewriter(window_of(round), *options_.device, options_.outputs);
+      if (const int width = elimination_width(round); width > 0) {
+        Layered found = eliminated_on_device(problem, start, width, meter_);
+        if (meter_.ended()) break;
+        offer(found.list);
+        walk(found, rewriter, steps_of(round) / 2);
+      }
+      Layered next = best_;
+      walk(next, rewriter, steps_of(round));
+      if (options_.by_depth) anneal(best_, rewriter, steps_of(round));
+    }
+  }
+
+  /// The widest beam that takes no more time than the walk of the round.
+  int elimination_width(int round) const {
+    const auto n = static_cast<std::uint64_t>(wires_);
+    const std::uint64_t price = n * n * n * std::min<std::uint64_t>(n, 24) / 8 + 1;  // in windows
+    int width = 0;
+    for (const int wider : {1, 3, 10, 30, 100, 300}) {
+      if (static_cast<std::uint64_t>(wider) * price <= steps_of(round)) width = wider;
+    }
+    return width;
+  }
+
+  Layered eliminated_on_device(DeviceElimination& problem, const DeviceElimination::State& start,
+                               int width, Meter& meter) {
+    BeamOptions options;
+    options.width = width;
+    options.patience = wires_;
+    options.noise = 0.01;
+    BeamSearch<DeviceElimination> search(problem, options, rng_, meter);
+    const auto found = search.run(start);
+    return found.empty() ? best_ : Layered(circuit_of(found[0].state.rows, found[0].state.gates));
+  }
+
   static std::uint64_t steps_of(int round) { return std::uint64_t{1} << std::min(14 + round, 50); }
   /// The small windows need no large table, and little effort has no use for it.
   static int window_of(int round) { return round == 0 ? 3 : 4; }
@@ -119,7 +172,7 @@ class CliffordSearch {
     options.noise = 1e-3 * problem_.small_change();
     BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
     const auto found = search.run(start_);
-    return found.empty() ? shortest_ : Layered(circuit_of(found[0]));
+    return found.empty() ? shortest_ : Layered(circuit_of(found[0].state.rows, found[0].moves));
   }
 
   static void shorten(Layered& shortest, Layered found) {
@@ -133,8 +186,10 @@ class CliffordSearch {
   template <class Rewriter>
   void walk(Layered& circuit, Rewriter rewriter, std::uint64_t steps) {
     constexpr bool placed = std::is_same_v<Rewriter, PlacedRewriter>;
-    constexpr Cooling cooling{placed ? 0.1F : 0.3F, 0.003F};
-    const bool wanted = in_place() == placed;
+    const Cooling cooling = options_.device != nullptr ? Cooling{1.0F, 0.1F}
+                            : placed                   ? Cooling{0.1F, 0.003F}
+                                                       : Cooling{0.3F, 0.003F};
+    const bool wanted = in_place() == placed || options_.device != nullptr;
     walk_round(circuit.list, rewriter, steps, cooling, rng_, meter_,
                [&](const GateList& list, bool shorter) {
                  const int depth = depth_of(list.gates, wires_);
@@ -160,13 +215,16 @@ class CliffordSearch {
     if (!better) return;
     best_.list = list;
     best_.depth = depth;
-    meter_.better(list.count(), depth);
+    report();
   }
+  void report() const { meter_.better(best_.list.count(), best_.depth); }
 
   const PauliFrame& images_;
   const CliffordOptions& options_;
   Rng rng_;
   Meter meter_;
+  const Effort no_limit_;
+  Meter unlimited_{no_limit_};
   int wires_;
   OperatorReduction problem_;
   OperatorReduction::State start_;

@@ -5,6 +5,7 @@
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
@@ -13,7 +14,8 @@ struct CliffordOptions {
   Outputs outputs = Outputs::in_place;
   bool by_depth = false;  ///< few layers before few gates
   std::uint64_t seed = 0;
-  std::uint64_t stream = 0;  ///< one a run
+  std::uint64_t stream = 0;          ///< one a run
+  const BitGraph* device = nullptr;  ///< connected; CNOTs are on its edges alone
 };
 
 struct CliffordResult {
@@ -27,7 +29,8 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images
 
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
 /// included. One greedy run whatever the effort; then wider beams and walks in turns until it ends.
-/// On up to four qubits no circuit is shorter. Images of no operator give a circuit of another one.
+/// On up to four qubits without a device no circuit is shorter. Images of no operator give a
+/// circuit of another one.
 ///
 /// A state of a beam takes 100 bytes a pair of qubits; tables of windows 32 MB, once, and with
 /// outputs in place 12 MB more.
