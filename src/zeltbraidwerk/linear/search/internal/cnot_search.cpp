@@ -17,8 +17,8 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr double first_round = 1 << 15;  // steps
-constexpr double growth = 1.5;
+constexpr double first_round = 1 << 16;  // steps
+constexpr double growth = 2;
 
 /// The blocks of a map, equal ones searched once, put together to one circuit.
 class BlockwiseSearch {
@@ -125,7 +125,7 @@ GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
 
 GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   const int n = m.rows();
-  constexpr Cooling cooling{0.15F, 0.02F};
+  constexpr Cooling cooling{0.15F, 0.01F};
   if (n <= most_window_wires) return shortest_circuit(m, false, rng);
   BlockwiseSearch search(m, window, rng);
   Keeper keeper(closed(search.best(), rng), meter);

@@ -128,18 +128,19 @@ GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
     return reduce(m_, costs[k % costs.size()], width, static_cast<Facing>(k % 4), rng, meter);
   }
   if (n <= wide_beam) {
-    if (number > 1 && number % 3 != 1) return {};
+    // Small ones walk from many starts, larger ones long from the best.
+    if (number > 1 && (n > 20 || number % 2 == 0)) return {};
     return reduce(m_, beam_cost(n), number == 0 ? 10 : 300, static_cast<Facing>(number % 4), rng,
                   meter);
   }
   if (n <= extension) {
-    // Each about four times as long as the one before.
+    // Seconds, then ten, then a minute.
     const std::array<ExtensionOptions, 3> lengths{{{30, 200'000, 10'000, 200, 1},
-                                                   {30, 500'000, 30'000, 1000, 2},
-                                                   {30, 1'500'000, 200'000, 3000, 5}}};
-    if (number % 2 == 1) return {};
+                                                   {30, 1'000'000, 100'000, 1500, 3},
+                                                   {30, 3'000'000, 500'000, 5000, 5}}};
+    if (number != 0 && number != 2 && number % 5 != 0) return {};
     GateList list;
-    const auto k = std::min<std::size_t>(static_cast<std::size_t>(number) / 2, 2);
+    const std::size_t k = number == 0 ? 0 : number == 2 ? 1 : 2;
     return extend(m_, lengths[k], rng, meter, list) ? list : GateList();
   }
   if (n <= greedy_wires && number == 0) {

@@ -57,7 +57,7 @@ class FreeSearch {
   }
 
  private:
-  static constexpr Cooling cooling{0.15F, 0.02F};
+  static constexpr Cooling cooling{0.15F, 0.01F};
 
   GateList start(int number, Rng& rng, Meter& meter) const;
 

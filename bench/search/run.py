@@ -1,0 +1,172 @@
+"""What the searches reach in so many seconds, next to the best that others reach.
+
+    run.py                 every row, in about half an hour
+    run.py --quick         two instances a row, a quarter of the time
+    run.py --only TEXT     the rows whose name contains the text
+
+A budget is of wall time on one thread, so run it on a quiet machine. Every circuit is verified. The
+goals and the figures of others are those measured or published before; "others" is the best of
+them, with wires free where ours are.
+"""
+
+from __future__ import annotations
+
+import argparse
+import sys
+import time
+from collections.abc import Callable, Sequence
+from dataclasses import dataclass
+from functools import partial
+from statistics import mean
+from typing import Any
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import gallery
+
+
+@dataclass(frozen=True)
+class Row:
+    """``calls`` each give a verified result; the figure is the mean of their count, or depth."""
+
+    name: str
+    calls: Sequence[Callable[[float], Any]]
+    budget: float
+    goal: float
+    others: str
+    depth: bool = False
+    most_milliseconds: float | None = None  # where the goal is one of time as well
+
+
+def linear(n: int, instances: int, budget: float, goal: float, others: str, **options: Any) -> Row:
+    free = options.setdefault("permutation", "free") == "free"
+    calls = [
+        lambda seconds, m=matrix: zb.linear.synthesize(
+            m, method="search", seed=1, budget=seconds, **options
+        )
+        for matrix in gallery.random_invertible(n, instances)
+    ]
+    goal_of = options.get("objective", "count")
+    name = f"matrix {n} {'free' if free else 'exact'}{' depth' if goal_of == 'depth' else ''}"
+    return Row(name, calls, budget, goal, others, goal_of == "depth")
+
+
+def cheap(n: int, instances: int, goal: float, milliseconds: float) -> Row:
+    """One greedy run, no walk."""
+    calls = [
+        lambda _, m=matrix: zb.linear.synthesize(
+            m, method="search", seed=1, steps=0, permutation="free"
+        )
+        for matrix in gallery.random_invertible(n, instances)
+    ]
+    return Row(f"matrix {n} greedy", calls, 0, goal, "", most_milliseconds=milliseconds)
+
+
+def cipher(name: str, budget: float, goal: float, others: str, **options: Any) -> Row:
+    call = partial(_cipher, gallery.cipher_layers()[name], options)
+    title = " ".join([name, *map(str, options.values())])
+    return Row(title, [call], budget, goal, others, options.get("objective") == "depth")
+
+
+def _cipher(matrix: gallery.BoolArray, options: dict[str, Any], seconds: float) -> Any:
+    return zb.linear.synthesize(
+        matrix, method="search", budget=seconds, **{"permutation": "free", "seed": 3} | options
+    )
+
+
+def device(graph: zb.Device, instances: int, budget: float, goal: float, others: str) -> Row:
+    calls = [
+        lambda seconds, m=matrix: zb.linear.synthesize(
+            m, method="search", device=graph, seed=1, budget=seconds
+        )
+        for matrix in gallery.random_invertible(graph.n, instances)
+    ]
+    return Row(f"matrix on {graph.name or graph.n}", calls, budget, goal, others)
+
+
+def heavy_hex() -> zb.Device:
+    """Two heavy hexagons side by side without two of the outer vertices: 19 qubits."""
+    ring = [(k, (k + 1) % 12) for k in range(12)]
+    return zb.Device(19, [*ring, (0, 12), *((k, k + 1) for k in range(12, 18)), (18, 4)], "hex_19")
+
+
+def rows() -> list[Row]:
+    return [
+        cheap(16, 20, 58.1, 1),
+        cheap(32, 20, 240, 5),
+        cheap(64, 5, 1083, 50),
+        linear(8, 20, 1, 13.2, "14.7"),
+        linear(10, 20, 1, 19.5, "22.5"),
+        linear(16, 20, 5, 43, "58.1"),
+        linear(32, 5, 10, 163, "240.6"),
+        linear(64, 2, 20, 720, "1083"),
+        linear(128, 1, 15, 3300, ""),
+        linear(256, 1, 10, 14400, ""),
+        linear(512, 1, 60, 60000, ""),
+        linear(8, 20, 1, 17, "", permutation="exact"),
+        linear(16, 10, 5, 51, "", permutation="exact"),
+        linear(32, 3, 10, 200, "", permutation="exact"),
+        cipher("aes_mixcolumns", 60, 90, "91"),
+        cipher("aes_inv_mixcolumns", 60, 89, "91"),
+        cipher("aes_mixcolumns", 60, 102, "", permutation="exact"),
+        cipher("aes_mixcolumns", 60, 9, "", objective="depth"),
+        cipher("khazad", 60, 366, "366"),
+        cipher("anubis", 60, 95, "99"),
+        cipher("joltik", 60, 43, "44"),
+        linear(8, 20, 1, 5, "", objective="depth"),
+        linear(16, 5, 5, 9.75, "", objective="depth"),
+        linear(32, 3, 10, 22.75, "", objective="depth"),
+        linear(64, 5, 0.1, 72, "", objective="depth"),
+        linear(128, 1, 1, 168, "", objective="depth"),
+        linear(256, 1, 20, 384, "", objective="depth"),
+        device(zb.Device.grid(3, 3), 20, 5, 33, "56.4"),
+        device(zb.Device.grid(4, 4), 10, 5, 110, "185.2"),
+        device(zb.Device.line(16), 10, 5, 216, "309"),
+        device(zb.Device.named("tokyo"), 5, 5, 166, "272.8"),
+        device(heavy_hex(), 5, 5, 216, "384"),
+        device(zb.Device.grid(8, 8), 1, 60, 2700, "3037"),
+    ]
+
+
+def measure(row: Row, instances: int) -> bool:
+    """Prints a line; True where the goal is reached."""
+    values, seconds = [], []
+    row.calls[0](row.budget)  # tables that are built once, and the processor's caches
+    for call in row.calls[:instances]:
+        start = time.perf_counter()
+        result = call(row.budget)
+        seconds.append(time.perf_counter() - start)
+        if not result.verify():
+            sys.exit(f"{row.name}: the circuit is wrong")
+        values.append((result.depth, result.count) if row.depth else (result.count, result.depth))
+    reached, other = (mean(column) for column in zip(*values, strict=True))
+    good = reached <= row.goal
+    if row.most_milliseconds is not None:
+        good = good and 1e3 * mean(seconds) <= row.most_milliseconds
+    cells = (
+        row.name, len(values), f"{mean(seconds):.3g} s", f"{reached:.2f}", f"{other:.1f}",
+        f"{row.goal:g}", row.others or "-", "yes" if good else "no",
+    )  # fmt: skip
+    print(_line(cells), flush=True)
+    return good
+
+
+def _line(cells: Sequence[object]) -> str:
+    widths = (28, 9, 9, 9, 9, 8, 8, 8)
+    return " ".join(str(cell).rjust(width) for cell, width in zip(cells, widths, strict=True))
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description="What the searches reach.")
+    parser.add_argument("--quick", action="store_true", help="two instances a row")
+    parser.add_argument("--only", default="", help="a part of the rows' names")
+    options = parser.parse_args()
+    heads = ("input", "instances", "time", "reached", "beside", "goal", "others", "reached")
+    print(_line(heads))
+    chosen = [row for row in rows() if options.only in row.name]
+    outcomes = [measure(row, 2 if options.quick else len(row.calls)) for row in chosen]
+    print(f"{sum(outcomes)} of {len(outcomes)} goals reached")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
