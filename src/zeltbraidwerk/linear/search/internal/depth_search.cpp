@@ -56,10 +56,11 @@ class ShallowSearch {
     if (n_ < 2) return front_.circuits();
     for (int round = 0; !meter_.ended() && front_.shallowest().depth > 0; ++round) {
       const std::uint64_t steps = std::uint64_t{10000} << std::min(round, 30);
-      anneal(from_layers(steps / 5), 0.02F, steps, round);
-      if (round % 2 == 1) anneal(front_.shallowest().list, 0.02F, steps, round);
+      // Large circuits are never molten: they would not come back.
+      anneal(from_layers(steps / 5), {n_ < 48 ? 0.4F : 0.2F, 0.05F}, 0.02F, steps, round);
+      anneal(front_.shallowest().list, {0.2F, 0.05F}, 0.02F, steps / 2, round);
       for (const float gate : {0.1F, 0.5F, 2.0F}) {
-        anneal(front_.cheapest(2, gate).list, gate, steps / 8, round);
+        anneal(front_.cheapest(2, gate).list, {0.2F, 0.05F}, gate, steps / 8, round);
       }
     }
     return front_.circuits();
@@ -118,14 +119,13 @@ class ShallowSearch {
     meter_.better(list.count(), depth);
   }
 
-  void anneal(GateList list, float gate, std::uint64_t steps, int round) {
+  void anneal(GateList list, Cooling heat, float gate, std::uint64_t steps, int round) {
     if (meter_.ended() || list.gates.empty()) return;
     // The small windows need no large table, and little time has no use for it.
     const int largest = std::min(n_, round == 0 ? 4 : most_window_wires);
     DepthRewriter rewriter(n_, largest, options_.permuted, rng_);
-    rewriter.enter(list.gates, {2, gate, 1.0F / static_cast<float>(list.count())});
+    rewriter.enter(list.gates, {2, gate, std::min(0.02F, 2.5F / static_cast<float>(list.count()))});
     Walk<DepthRewriter> walk(std::move(list), rewriter);
-    const Cooling heat{n_ < 24 ? 0.4F : n_ < 48 ? 0.4F : 0.2F, 0.05F};
     constexpr float uphill = 0.3F;
     for (std::uint64_t k = 0; k < steps; ++k) {
       if (k % 64 == 0) {

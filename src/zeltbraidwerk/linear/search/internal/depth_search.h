@@ -23,7 +23,8 @@ struct ShallowOptions {
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
 /// and between these rounds of annealing on windows, for different prices of a gate in layers,
-/// longer and longer. The greedy run is always finished.
+/// longer and longer. The greedy run is always finished. A singular matrix has no circuit; for one
+/// the result is what elimination makes of it.
 ///
 /// Memory: a few hundred MB at most, of which 130 MB tables of windows.
 ZELTBRAIDWERK_KERNEL_EXPORT std::vector<LayeredCircuit> search_shallow_cnot(
