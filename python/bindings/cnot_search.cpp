@@ -66,18 +66,20 @@ void bind_cnot_search(nb::module_& m) {
   m.def(
       "_search_device_cnots",
       [](const ArrayLike& matrix, const ArrayLike& adjacency, std::optional<int> reach,
-         std::uint64_t seed, int run, std::optional<std::uint64_t> steps,
+         bool by_depth, std::uint64_t seed, int run, std::optional<std::uint64_t> steps,
          SearchControl& control) -> Found {
         const BitMatrix bits = to_bits(matrix, "matrix");
         const internal::BitGraph graph = to_graph(adjacency);
-        const internal::DeviceSearchOptions options{reach.value_or(internal::any_reach), seed,
-                                                    stream(run)};
+        const internal::DeviceSearchOptions options{.reach = reach.value_or(internal::any_reach),
+                                                    .by_depth = by_depth,
+                                                    .seed = seed,
+                                                    .stream = stream(run)};
         return to_found(internal::free_circuit(unlocked([&] {
           return internal::search_cnot_on_device(bits, graph, options, control.effort(steps));
         })));
       },
-      "matrix"_a, "adjacency"_a, "reach"_a.none(), "seed"_a, "run"_a, "steps"_a.none(),
-      "control"_a);
+      "matrix"_a, "adjacency"_a, "reach"_a.none(), "by_depth"_a, "seed"_a, "run"_a,
+      "steps"_a.none(), "control"_a);
 }
 
 }  // namespace zelt::braidwerk::python

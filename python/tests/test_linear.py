@@ -1,6 +1,7 @@
 """linear.synthesize: directions, verification, seeds, budgets, stopping, refusals."""
 
 import time
+from itertools import pairwise
 
 import numpy as np
 import pytest
@@ -8,7 +9,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 from support import invertible, replay
 
-from zeltbraidwerk import CnotCircuit, core, errors, linear
+from zeltbraidwerk import CnotCircuit, Device, core, errors, linear, plot
 
 METHODS = linear.methods()
 
@@ -28,6 +29,8 @@ def in_place(result):
 def test_every_method_implements_the_matrix_itself(method, m, objective, runs):
     before = m.copy()
     options = {"method": method, "objective": objective, "restarts": runs, "seed": 3}
+    if method in ("auto", "search"):
+        options["steps"] = 3000
     exact = linear.synthesize(m, **options)
     assert in_place(exact)
     assert np.array_equal(exact.circuit.matrix(), m)
@@ -139,6 +142,89 @@ def test_budget_ends_the_search_and_progress_shows_the_best(dense):
     assert linear.synthesize(dense(60), budget=1e-9).verify()
 
 
+def test_search_repeats_by_steps_and_gets_no_worse_with_more(dense):
+    m = dense(14)
+    for options in ({"permutation": "free"}, {}, {"objective": "depth"}, {"device": "aspen"}):
+        last = None
+        for steps in (0, 2000, 40_000):
+            made = [
+                linear.synthesize(
+                    m, method="search", seed=5, steps=steps, restarts=2, jobs=jobs, **options
+                )
+                for jobs in (1, 2)
+            ]
+            assert made[0].circuit == made[1].circuit
+            assert made[0].verify()
+            by_depth = made[0].objective == "depth"
+            key = (made[0].depth, made[0].count) if by_depth else (made[0].count, made[0].depth)
+            assert last is None or key <= last
+            last = key
+
+
+def test_search_holds_its_budget_and_tells_all(dense):
+    linear.synthesize(dense(12), method="search")  # builds the tables
+    seen = []
+    start = time.perf_counter()
+    result = linear.synthesize(dense(24), method="search", budget=0.6, seed=1, progress=seen.append)
+    assert time.perf_counter() - start < 2
+    assert result.window == 5
+    assert [point.count for point in result.trace] == sorted(
+        (point.count for point in result.trace), reverse=True
+    )
+    assert seen[-1] == seen[-1].count == result.trace[-1].count == result.count
+    assert 0 <= seen[0].seconds <= seen[-1].seconds
+    assert seen[-1].depth >= result.depth
+    assert linear.synthesize(dense(24), method="search", budget=0.1).window == 4
+    assert linear.synthesize(dense(4), method="gauss").window is None
+
+
+def test_front_trades_layers_for_gates(dense):
+    result = linear.synthesize(
+        dense(12), method="search", objective="depth", seed=2, steps=60_000, restarts=2
+    )
+    assert result.front[0].circuit == result.circuit
+    for shallow, short in pairwise(result.front):
+        assert shallow.depth < short.depth
+        assert shallow.count > short.count
+    assert all(one.verify() for one in result.front)
+
+
+def test_outputs_stay_within_reach():
+    device = Device.grid(3, 4)
+    m = np.roll(np.eye(12, dtype=bool), 5, axis=0)
+    for reach in (0, 1, 2):
+        result = linear.synthesize(
+            m, method="search", device=device, reach=reach, steps=20_000, seed=1
+        )
+        assert result.verify()
+        distances = [
+            len(device._shortest_path(r, wire)) - 1 if r != wire else 0
+            for r, wire in enumerate(result.permutation)
+        ]
+        assert max(distances) <= reach
+    free = linear.synthesize(m, method="search", device=device, permutation="free", steps=0, seed=1)
+    assert free.verify()
+
+
+def test_best_over_time_is_drawn_a_line_a_result(dense):
+    class Axes:
+        def __init__(self):
+            self.lines = []
+
+        def step(self, x, y, **options):
+            self.lines.append((x, y))
+
+        def __getattr__(self, name):
+            return lambda *_, **__: None
+
+    result = linear.synthesize(dense(9), method="search", seed=1, steps=5000)
+    axes = Axes()
+    assert plot.best_over_time(result, result, axes=axes) is axes
+    assert axes.lines[1][1][-1] == result.count
+    with pytest.raises(ValueError, match="value: got 'time', wanted 'count' or 'depth'"):
+        plot.best_over_time(result, value="time")
+
+
 def test_exceptions_of_the_callback_end_the_search(dense):
     def refuse(best):
         raise ZeroDivisionError
@@ -152,7 +238,7 @@ def test_exceptions_of_the_callback_end_the_search(dense):
 def test_ctrl_c_stops_at_once_with_the_best_so_far(ctrl_c, dense):
     start = time.perf_counter()
     with pytest.raises(errors.Interrupted) as caught:
-        linear.synthesize(dense(16), budget=60, jobs=2)
+        linear.synthesize(dense(16), budget=60, jobs=2, restarts=2)
     assert time.perf_counter() - start < 10
     assert isinstance(caught.value, KeyboardInterrupt)
     assert caught.value.best.verify()
@@ -198,6 +284,14 @@ def test_bad_matrices_are_refused_by_name(matrix, error, text):
         ({"budget": float("nan")}, errors.OptionError, "budget: got nan"),
         ({"budget": "1 s"}, errors.DtypeError, "budget: got '1 s', wanted seconds"),
         ({"jobs": 0}, errors.OptionError, "jobs: got 0"),
+        ({"steps": -1}, errors.OptionError, "steps: got -1, wanted 0 to"),
+        ({"method": "pmh", "steps": 5}, errors.OptionError, "steps: not an option of method 'pmh'"),
+        ({"method": "search", "reach": 1}, errors.OptionError, "on a device"),
+        (
+            {"method": "search", "device": "aspen", "reach": 1.0},
+            errors.DtypeError,
+            "reach: got 1.0",
+        ),
         ({"seed": -1}, errors.OptionError, "seed: got -1"),
         (
             {"method": "greedy", "width": 10**4, "lookahead": 8},

@@ -467,7 +467,9 @@ class _LinearSearch:
         tail = (self._seed, run, steps, self._control)
         if site is not None:
             limit = (reach or 0) if self._exact else None
-            gates, wires = _core._search_device_cnots(self._bits, site.adjacency, limit, *tail)
+            gates, wires = _core._search_device_cnots(
+                self._bits, site.adjacency, limit, self._objective == "depth", *tail
+            )
             return "search", CnotCircuit._trusted(site.device.n, site.placed(gates)), tuple(wires)
         n = len(self._bits)
         if self._objective == "count":

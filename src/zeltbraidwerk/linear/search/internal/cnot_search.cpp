@@ -17,8 +17,8 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr double first_round = 1 << 16;  // steps
-constexpr double growth = 2;
+constexpr double first_round = 1 << 15;  // steps
+constexpr double growth = 1.5;
 
 /// The blocks of a map, equal ones searched once, put together to one circuit.
 class BlockwiseSearch {
