@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 #include <set>
 
@@ -127,7 +128,8 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
         options.by_depth = instance % 5 == 0;
         options.seed = static_cast<std::uint64_t>(instance);
         if (n > 0 && instance % 3 == 0) options.graph = &graph;
-        const auto result = search_network(numbered(table, n), options, steps(400));
+        const auto result =
+            search_network(numbered(table, n), options, steps(instance % 4 == 0 ? 3000 : 100));
         EXPECT_EQ(fault(table, n, options, result), "")
             << "instance " << instance << ": " << text(table);
         if (options.graph == nullptr && !options.by_depth) {
@@ -136,6 +138,47 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
       }
     }
   }
+}
+
+TEST(NetworkSearch, MoreStepsAreMoreOfTheSame) {
+  std::mt19937 rng(2);
+  for (const bool in_order : {false, true}) {
+    const Rotations rotations = numbered(support::random_rows(30, 6, rng), 6);
+    NetworkOptions options;
+    options.in_order = in_order;
+    options.seed = 5;
+    int last = std::numeric_limits<int>::max();
+    for (const std::uint64_t count : {0u, 10u, 300u, 1000u, 5000u, 30000u}) {
+      const auto result = search_network(rotations, options, steps(count));
+      EXPECT_EQ(result.gates, search_network(rotations, options, steps(count)).gates);
+      EXPECT_LE(result.count, last);
+      last = result.count;
+    }
+    // Spent before it began, an effort still gives a circuit.
+    Effort spent;
+    spent.control.deadline = Control::Clock::now();
+    EXPECT_EQ(search_network(rotations, options, spent).gates,
+              search_network(rotations, options, steps(0)).gates);
+    EXPECT_LT(last, search_network(rotations, options, spent).count);
+  }
+}
+
+TEST(NetworkSearch, FewestKnown) {
+  // XX, YY and ZZ on a pair take three gates between them.
+  PauliRows chain;
+  for (int q = 0; q + 1 < 6; ++q) {
+    for (unsigned char letter = 1; letter <= 3; ++letter) {
+      auto& row = chain.emplace_back(6);
+      row[static_cast<std::size_t>(q)] = row[static_cast<std::size_t>(q) + 1] = letter;
+    }
+  }
+  NetworkOptions options;
+  options.in_order = true;
+  EXPECT_EQ(search_network(numbered(chain, 6), options, steps(3000)).count, 15);
+
+  const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
+  options.end = NetworkEnd::open;
+  EXPECT_EQ(search_network(numbered(letters, n), options, steps(1000)).count, 3);
 }
 
 }  // namespace

@@ -121,7 +121,8 @@ int swaps_of(const std::vector<int>& wires) {
 }
 
 void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
-                   int ways, Rng& rng) {
+                   Rng& rng) {
+  constexpr int ways = 4;
   if (swaps_of(wires) == 0) return;
   const int n = static_cast<int>(wires.size());
   std::vector<NetworkEvent> best;

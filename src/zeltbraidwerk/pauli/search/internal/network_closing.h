@@ -25,8 +25,8 @@ int swaps_of(const std::vector<int>& wires);
 
 /// Brings every qubit back to its own wire. A swap behind a gate on the same wires costs one gate
 /// more, as both together are two gates, and what comes later has its wires renamed; three where
-/// there is no such gate. The best of some ways, the first of which takes what comes first.
+/// there is no such gate. The best of some random ways.
 void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
-                   int ways, Rng& rng);
+                   Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -39,7 +40,10 @@ class NetworkSearch {
   NetworkResult run() {
     run_greedily();
     run_ladders();
-    for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) run_beams(cycle);
+    for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
+      walk(cycle);
+      run_beams(cycle);
+    }
     return result();
   }
 
@@ -51,8 +55,9 @@ class NetworkSearch {
   void run_greedily();
   void run_ladders();
   void run_beams(int cycle);
+  void walk(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
-  std::vector<NetworkEvent> in_place(const Network& network, int ways) const;
+  Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
   Network closed(std::vector<NetworkEvent> events, const LabelFrame& frame, std::uint64_t effort);
   void keep(Network network);
   NetworkResult result() const;
@@ -100,15 +105,15 @@ void NetworkSearch::run_greedily() {
 }
 
 /// So that no list costs more than one rotation after the other, which is hard to beat where
-/// strings are light.
+/// strings are light. Where they are not, ladders are not worth the time.
 void NetworkSearch::run_ladders() {
+  const std::vector<Gate> gates = ladders(given_, options_.graph);
+  if (static_cast<std::size_t>(best_->count) < gates.size() / 2) return;
   NetworkProblem problem(given_, options_.in_order, plans_.first()[0].settings, options_.graph,
                          rng_);
   std::vector<NetworkEvent> events;
   NetworkState state = problem.start(&events);
-  for (const Gate& gate : ladders(given_, options_.graph)) {
-    problem.play(state, gate, &events);
-  }
+  for (const Gate& gate : gates) problem.play(state, gate, &events);
   cancel_pairs(events);
   keep(closed(std::move(events), state.frame, 0));
 }
@@ -154,35 +159,63 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
   }
 }
 
-/// With its tail, for which so many steps are taken.
+/// Longer with every cycle, each time from the best network.
+void NetworkSearch::walk(int cycle) {
+  constexpr std::uint64_t steps_an_event = 16;
+  const std::uint64_t steps = steps_an_event * best_->events.size() << std::min(cycle, 6);
+  NetworkWalk walk(best_->events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
+                   options_.graph);
+  const std::vector<int> wires = best_->wires;
+  constexpr Cooling cooling;
+  int least = best_->count;
+  std::optional<std::vector<NetworkEvent>> found;
+  for (std::uint64_t k = 0; k < steps; ++k) {
+    const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
+    if (walk.step(uphill, rng_) && walk.count() < least) {
+      least = walk.count();
+      found = walk.events();
+    }
+    if (!meter_.step()) break;
+  }
+  if (found) keep(measured(std::move(*found), wires));
+  keep(measured(walk.events(), wires));
+}
+
+/// With its tail, for which so many steps are taken, and the qubits where they are to stand.
 Network NetworkSearch::closed(std::vector<NetworkEvent> events, const LabelFrame& frame,
                               std::uint64_t steps) {
-  Network network{std::move(events), std::vector<int>(static_cast<std::size_t>(qubits())), 0, 0, 0};
-  std::iota(network.wires.begin(), network.wires.end(), 0);
-  if (options_.end != NetworkEnd::open) {
-    Effort effort;
-    effort.control = meter_.control();
-    effort.steps = steps;
-    NetworkTail tail = options_.graph == nullptr ? close_tail(frame, rng_.next(), effort)
-                                                 : undo(network.events, qubits());
-    for (const Gate& gate : tail.gates) network.events.push_back({gate, -1});
-    network.wires = std::move(tail.wires);
+  std::vector<int> wires(static_cast<std::size_t>(qubits()));
+  std::iota(wires.begin(), wires.end(), 0);
+  if (options_.end == NetworkEnd::open) return measured(std::move(events), std::move(wires));
+  Effort effort;
+  effort.control = meter_.control();
+  effort.steps = steps;
+  NetworkTail tail =
+      options_.graph == nullptr ? close_tail(frame, rng_.next(), effort) : undo(events, qubits());
+  for (const Gate& gate : tail.gates) events.push_back({gate, -1});
+  cancel_pairs(events);
+  if (options_.end == NetworkEnd::closed) {
+    take_in_swaps(events, tail.wires, options_.by_depth, rng_);
+  } else {
+    wires = std::move(tail.wires);
   }
-  cancel_pairs(network.events);
-  for (int gates = 0; const NetworkEvent& event : network.events) {
-    if (event.row < 0) {
-      ++gates;
-    } else {
-      network.open = gates;
-    }
-  }
+  return measured(std::move(events), std::move(wires));
+}
+
+Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<int> wires) const {
+  Network network{std::move(events), std::move(wires), 0, 0, 0};
   while (options_.end == NetworkEnd::open && !network.events.empty() &&
          network.events.back().row < 0) {
     network.events.pop_back();
   }
-  const std::vector<NetworkEvent> whole = in_place(network, 1);
-  network.count = gates_of(whole);
-  network.depth = depth_of(whole, qubits());
+  for (const NetworkEvent& event : network.events) {
+    if (event.row < 0) {
+      ++network.count;
+    } else {
+      network.open = network.count;
+    }
+  }
+  network.depth = depth_of(network.events, qubits());
   return network;
 }
 
@@ -203,28 +236,12 @@ void NetworkSearch::keep(Network network) {
   if (better) meter_.better(std::get<0>(found), std::get<1>(found));
 }
 
-/// The events with the qubits where they are to stand at the end.
-std::vector<NetworkEvent> NetworkSearch::in_place(const Network& network, int ways) const {
-  std::vector<NetworkEvent> events = network.events;
-  if (options_.end == NetworkEnd::closed) {
-    Rng rng(options_.seed, options_.stream);
-    take_in_swaps(events, network.wires, options_.by_depth, ways, rng);
-  }
-  return events;
-}
-
 NetworkResult NetworkSearch::result() const {
-  constexpr int ways = 24;
   const Network& network = options_.by_depth ? *shallow_ : *best_;
-  const std::vector<NetworkEvent> events = in_place(network, ways);
   const int n = qubits();
-  NetworkResult result;
+  NetworkResult result{{}, network.wires, network.count, network.depth};
   PauliFrame images = identity_images(n);
-  result.gates = circuit_of(events, rotations_, images);
-  result.count = gates_of(events);
-  result.depth = depth_of(events, n);
-  result.wires = network.wires;
-  if (options_.end == NetworkEnd::closed) std::iota(result.wires.begin(), result.wires.end(), 0);
+  result.gates = circuit_of(network.events, rotations_, images);
   if (options_.end != NetworkEnd::open) {
     // What is left to undo is on single wires.
     for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {

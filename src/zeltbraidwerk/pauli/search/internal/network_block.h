@@ -1,0 +1,69 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+/// A piece of a network on three wires: other gates that serve the same rotations and leave the
+/// same operator behind them, found by going through all sequences of gates up to a length that
+/// are of use at every step, in a random order, until one is found or enough were looked at.
+///
+/// Strings are bytes, the label of wire q in bits 2 q and 2 q + 1.
+class NetworkBlock {
+ public:
+  static constexpr int wires = 3;
+
+  explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
+
+  /// False where there is too much in the block. Wires are 0 to 2; where the end is free, anything
+  /// may be left behind.
+  bool read(const std::vector<NetworkEvent>& events, bool end_is_free);
+  int gates() const { return gates_; }
+  /// No fewer gates will do.
+  int least() const;
+
+  /// At most so many gates, between the pairs of wires whose bits b (b - 1) / 2 + a are set,
+  /// looking at so many pieces of sequences. On success events() is another block, and ends() tells
+  /// where the labels of the old one stand behind it.
+  bool rewrite(int most_gates, unsigned pairs, int patience, Rng& rng);
+  const std::vector<NetworkEvent>& events() const { return found_; }
+  /// By end: of the old block, of the new one. Labels of one wire stay on one wire.
+  const std::array<End, 4 * wires>& ends() const { return ends_; }
+
+ private:
+  static constexpr int most_rotations = 16;
+
+  struct State {
+    std::uint64_t operators;  // what X and Z on the wires, behind the block, are here
+    std::array<std::uint64_t, most_rotations / 8> strings;
+    unsigned left;  // rotations
+  };
+
+  static int distance(std::uint64_t operators);
+  void serve(State& state);
+  static int farthest(const State& state);
+  bool is_nearer(const State& before, const State& after) const;
+  bool descend(const State& state, int budget);
+  bool is_done(const State& state) const;
+
+  bool in_order_;
+  bool end_is_free_ = false;
+  int gates_ = 0;
+  int rotations_ = 0;
+  State start_{};
+  std::array<int, most_rotations> rows_{};
+  std::array<unsigned, most_rotations> before_{};  // rotations that must come first
+  std::vector<NetworkEvent> found_;
+  std::array<End, 4 * wires> ends_{};
+  int patience_ = 0;
+  unsigned pairs_ = 0;
+  int first_move_ = 0;
+  int stride_ = 1;
+};
+
+}  // namespace zelt::braidwerk::internal

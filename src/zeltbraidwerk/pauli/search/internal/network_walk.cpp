@@ -1,0 +1,101 @@
+#include "zeltbraidwerk/pauli/search/internal/network_walk.h"
+
+#include <numeric>
+
+#include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr int patience = 30;
+constexpr int more_patience = 400;  // now and then
+constexpr int most_gates = 8;
+
+}  // namespace
+
+NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
+                         bool end_is_free, const BitGraph* graph)
+    : graph_(graph),
+      end_is_free_(end_is_free),
+      count_(gates_of(events)),
+      finder_(qubits),
+      block_(in_order),
+      now_(4 * static_cast<std::size_t>(qubits)) {
+  for (const NetworkEvent& event : events) {
+    gates_.push_back(event.gate);
+    rows_.push_back(event.row);
+  }
+  std::iota(now_.begin(), now_.end(), End{0});
+}
+
+bool NetworkWalk::step(float uphill, Rng& rng) {
+  if (gates_.empty()) return false;
+  const int at = rng.below(static_cast<int>(gates_.size()));
+  if (rows_[static_cast<std::size_t>(at)] >= 0) return false;
+  finder_.find(gates_, at, NetworkBlock::wires, Gathering::by_labels, rng, window_);
+  if (window_.size != NetworkBlock::wires) return false;
+  inside_.clear();
+  for (std::size_t k = 0; k < window_.gates.size(); ++k) {
+    inside_.push_back({window_.gates[k], rows_[static_cast<std::size_t>(window_.positions[k])]});
+  }
+  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7) || block_.gates() > most_gates) {
+    return false;
+  }
+  const int old = block_.gates();
+  const int nodes = rng.below(16) == 0 ? more_patience : patience;
+  const unsigned pairs = pairs_that_meet();
+  const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
+  const int longest = old + (rng.chance(uphill) ? 1 : 0);
+  if (!shorter && !block_.rewrite(longest, pairs, nodes, rng)) return false;
+  new_gates_.clear();
+  new_rows_.clear();
+  for (const NetworkEvent& event : block_.events()) {
+    const auto placed = [&](End end) {
+      return end_of(window_.wires[static_cast<std::size_t>(wire_of(end))], label_of(end));
+    };
+    new_gates_.push_back({placed(event.gate.a), placed(event.gate.b)});
+    new_rows_.push_back(event.row);
+  }
+  put_block(rows_, window_, new_rows_);
+  put(put_block(gates_, window_, new_gates_));
+  count_ += gates_of(block_.events()) - old;
+  return true;
+}
+
+unsigned NetworkWalk::pairs_that_meet() const {
+  unsigned pairs = 0;
+  for (int b = 1; b < NetworkBlock::wires; ++b) {
+    for (int a = 0; a < b; ++a) {
+      const bool meet =
+          graph_ == nullptr || graph_->joined(window_.wires[static_cast<std::size_t>(a)],
+                                              window_.wires[static_cast<std::size_t>(b)]);
+      if (meet) pairs |= 1U << (b * (b - 1) / 2 + a);
+    }
+  }
+  return pairs;
+}
+
+/// Renames the labels of the window's wires from there on.
+void NetworkWalk::put(int from) {
+  const auto each = [&](auto&& f) {
+    for (int place = 0; place < window_.size; ++place) {
+      const int wire = window_.wires[static_cast<std::size_t>(place)];
+      for (int label = 1; label <= 3; ++label) {
+        f(end_of(wire, label), end_of(wire, label_of(block_.ends()[end_of(place, label)])));
+      }
+    }
+  };
+  each([&](End end, End to) { now_[end] = to; });
+  for (auto gate = gates_.begin() + from; gate != gates_.end(); ++gate) {
+    *gate = {now_[gate->a], now_[gate->b]};
+  }
+  each([&](End end, End) { now_[end] = end; });
+}
+
+std::vector<NetworkEvent> NetworkWalk::events() const {
+  std::vector<NetworkEvent> events;
+  for (std::size_t k = 0; k < gates_.size(); ++k) events.push_back({gates_[k], rows_[k]});
+  return events;
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/pauli/search/internal/network_block.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+namespace zelt::braidwerk::internal {
+
+/// A walk among the networks with the same rotations and the same operator behind them, but for
+/// gates on single wires: again and again the gates and rotations on three wires that can be
+/// brought together are served anew.
+class NetworkWalk {
+ public:
+  /// Where the end is free, what the network leaves behind does not matter. Gates are between wires
+  /// that meet on the graph, null for all.
+  NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order, bool end_is_free,
+              const BitGraph* graph);
+
+  /// True when the network has changed. `uphill` is the probability of a gate more.
+  bool step(float uphill, Rng& rng);
+
+  int count() const { return count_; }
+  std::vector<NetworkEvent> events() const;
+
+ private:
+  unsigned pairs_that_meet() const;
+  void put(int from);
+
+  const BitGraph* graph_;
+  bool end_is_free_;
+  int count_ = 0;
+  std::vector<Gate> gates_;  // both ends of a rotation are the same
+  std::vector<int> rows_;
+  WindowFinder finder_;
+  Window window_;
+  NetworkBlock block_;
+  std::vector<NetworkEvent> inside_;
+  std::vector<Gate> new_gates_;
+  std::vector<int> new_rows_;
+  std::vector<End> now_;  // by end
+};
+
+}  // namespace zelt::braidwerk::internal
