@@ -34,23 +34,23 @@ class DepthRewriter {
   void enter(std::vector<Gate>& gates, const DepthEnergy& energy) {
     weights_ = energy;
     depth_ = scheduler_.settle(gates);
-    energy_ = energy_of(gates);
+    energy_ = energy_with(depth_, gates);
   }
   void set_temperature(float temperature) { temperature_ = temperature; }
 
   /// Leaves the gates of a circuit that stands in the order of its layers.
   bool accept(std::vector<Gate>& gates) {
     const int depth = scheduler_.tighten(gates);
-    const float rise = energy_with(depth, gates) - energy_;
+    const float energy = energy_with(depth, gates);
+    const float rise = energy - energy_;
     if (rise > 0 && rng_.unit() >= std::exp(-rise / temperature_)) return false;
     depth_ = depth;
-    energy_ = energy_with(depth, gates);
+    energy_ = energy;
     return true;
   }
 
   /// Layers of the last circuit that stood.
   int depth() const { return depth_; }
-  int bound() const { return scheduler_.bound(); }
 
  private:
   float energy_with(int depth, const std::vector<Gate>& gates) const {
@@ -58,7 +58,6 @@ class DepthRewriter {
            weights_.gate * static_cast<float>(gates.size()) +
            weights_.bound * static_cast<float>(scheduler_.bound());
   }
-  float energy_of(const std::vector<Gate>& gates) const { return energy_with(depth_, gates); }
 
   BlockRewriter blocks_;
   Scheduler scheduler_;
