@@ -1,0 +1,166 @@
+// The search engine on its own: draws, efforts, beams, windows and what takes their place.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+#include "zeltbraidwerk/search/internal/window.h"
+
+namespace {
+
+using namespace zelt::braidwerk::internal;
+
+TEST(Rng, IsTheSameEverywhereAndStreamsDiffer) {
+  Rng rng(1, 0);
+  EXPECT_EQ(rng.next(), 14971601782005023387ULL);
+  EXPECT_EQ(rng.next(), 13781649495232077965ULL);
+  EXPECT_NE(Rng(1, 1).next(), Rng(1, 0).next());
+  EXPECT_NE(Rng(2, 0).next(), Rng(1, 0).next());
+  std::array<int, 7> seen{};
+  for (int k = 0; k < 7000; ++k) ++seen[static_cast<std::size_t>(rng.below(7))];
+  for (const int count : seen) EXPECT_NEAR(count, 1000, 150);
+  EXPECT_EQ(rng.below(1), 0);
+  EXPECT_EQ(rng.below(0), 0);
+}
+
+TEST(Meter, EndsAtItsStepsOrItsDeadline) {
+  Effort effort;
+  effort.steps = 5;
+  Meter meter(effort);
+  int made = 1;
+  while (meter.step()) ++made;
+  EXPECT_EQ(made, 5);
+  effort.steps = 1'000'000'000;
+  effort.control.deadline = Control::Clock::now();
+  Meter late(effort);
+  EXPECT_TRUE(late.ended());
+  EXPECT_FALSE(late.step());
+}
+
+/// Numbers to be brought to 0 by adding 3 or taking off 5, with a score that misleads: every other
+/// number is a local minimum.
+struct Numbers {
+  using State = int;
+  using Move = int;
+  std::multiset<int> made;
+  template <class Sink>
+  void children(int state, Rng&, Sink&& sink) {
+    for (const int move : {3, -5}) {
+      const int child = state + move;
+      sink(std::abs(child) + (child % 2 == 0 ? 0 : 3), move);
+    }
+  }
+  std::uint64_t hash(int state, int move) const { return static_cast<std::uint64_t>(state + move); }
+  void make(int& state, int move) {
+    state += move;
+    made.insert(state);
+  }
+  bool done(int state) const { return state == 0; }
+};
+
+TEST(BeamSearch, LeavesLocalMinimaAndMakesNoStateTwice) {
+  const Effort unbounded;
+  for (const int width : {1, 2, 10}) {
+    Numbers problem;
+    Rng rng(1, 0);
+    Meter meter(unbounded);
+    BeamOptions options;
+    options.width = width;
+    const auto found = BeamSearch<Numbers>(problem, options, rng, meter).run(19);
+    ASSERT_EQ(found.size(), 1U) << width;
+    int number = 19;
+    for (const int move : found[0].moves) number += move;
+    EXPECT_EQ(number, 0);
+    for (const int state : problem.made) EXPECT_EQ(problem.made.count(state), 1U);
+  }
+  Numbers problem;
+  Rng rng(1, 0);
+  Effort spent;
+  spent.steps = 0;
+  Meter meter(spent);
+  EXPECT_TRUE(BeamSearch<Numbers>(problem, {}, rng, meter).run(19).empty());
+  EXPECT_EQ(BeamSearch<Numbers>(problem, {}, rng, meter).run(0).size(), 1U);
+}
+
+using Values = std::vector<std::uint64_t>;
+
+Values after(const std::vector<Gate>& gates, int wires) {
+  Values values;
+  for (int w = 0; w < wires; ++w) values.push_back(std::uint64_t{1} << w);
+  for (const Gate& gate : gates) {
+    values[static_cast<std::size_t>(wire_of(gate.b))] ^=
+        values[static_cast<std::size_t>(wire_of(gate.a))];
+  }
+  return values;
+}
+
+/// All that wires ever hold.
+std::set<std::uint64_t> shown(const std::vector<Gate>& gates, int wires) {
+  std::set<std::uint64_t> all;
+  for (std::size_t k = 0; k <= gates.size(); ++k) {
+    const auto end = gates.begin() + static_cast<std::ptrdiff_t>(k);
+    for (const std::uint64_t value : after({gates.begin(), end}, wires)) all.insert(value);
+  }
+  return all;
+}
+
+TEST(Window, ItsGatesCanBeBroughtTogether) {
+  Rng rng(3, 0);
+  const int wires = 8;
+  WindowFinder finder(wires);
+  Window window;
+  for (int round = 0; round < 2000; ++round) {
+    std::vector<Gate> list;
+    for (int g = 0; g < 25; ++g) {
+      const int c = rng.below(wires);
+      list.push_back(cnot(c, (c + 1 + rng.below(wires - 1)) % wires));
+    }
+    const bool by_values = round % 2 == 1;
+    finder.find(list, rng.below(25), 2 + rng.below(4),
+                by_values ? Gathering::by_values : Gathering::by_labels, rng, window);
+    ASSERT_FALSE(window.gates.empty());
+    const Values before = after(list, wires);
+    const auto values = shown(list, wires);
+    // Gates before the block leave places alone that it says they do, and those behind it.
+    for (int place = 0; place < window.size; ++place) {
+      const int wire = window.wires[static_cast<std::size_t>(place)];
+      const auto touches = [&](int p) {
+        const Gate& gate = list[static_cast<std::size_t>(p)];
+        return wire_of(gate.a) == wire || wire_of(gate.b) == wire;
+      };
+      const auto& block = window.positions;
+      for (int p = 0; p < static_cast<int>(list.size()); ++p) {
+        if (std::ranges::find(block, p) != block.end() || !touches(p)) continue;
+        const unsigned free = p < window.centre ? window.from_start : window.to_end;
+        ASSERT_FALSE((free >> place) & 1);
+      }
+    }
+    std::vector<Gate> same = list;
+    const int behind = WindowFinder::replace(same, window, window.gates);
+    ASSERT_EQ(after(same, wires), before);
+    ASSERT_EQ(same.size(), list.size());
+    if (by_values) {
+      ASSERT_EQ(shown(same, wires), values);
+    }
+    // Twice the block backward and forward: longer, and the same.
+    std::vector<Gate> longer = window.gates;
+    longer.insert(longer.end(), window.gates.rbegin(), window.gates.rend());
+    longer.insert(longer.end(), window.gates.begin(), window.gates.end());
+    std::vector<Gate> grown = list;
+    const int end = WindowFinder::replace(grown, window, longer);
+    ASSERT_EQ(after(grown, wires), before);
+    ASSERT_EQ(end - behind, static_cast<int>(longer.size() - window.gates.size()));
+  }
+}
+
+TEST(Depth, IsThatOfGatesAsSoonAsPossible) {
+  EXPECT_EQ(depth_of({}, 0), 0);
+  EXPECT_EQ(depth_of({cnot(0, 1), cnot(2, 3), cnot(1, 2), cnot(0, 3)}, 4), 2);
+}
+
+}  // namespace
