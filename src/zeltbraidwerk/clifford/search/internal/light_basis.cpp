@@ -93,10 +93,9 @@ void LightBasis::exchange(std::size_t e, int k) {
   elements_[index(k)] = static_cast<std::uint16_t>(e);
 }
 
-void LightBasis::multiplied(int from, int to) {
-  const auto bit = [](int k, const Word* own) { return own[k / word_bits] >> (k % word_bits) & 1; };
-  for (std::size_t u = 0; u < generates_.size(); ++u) {
-    parts(u)[from / word_bits] ^= bit(to, parts(u)) << (from % word_bits);
+void LightBasis::finish(int k) {
+  for (std::size_t e = 0; e < generates_.size(); ++e) {
+    if (e != element(k)) parts(e)[k / word_bits] &= ~(Word{1} << (k % word_bits));
   }
 }
 

@@ -29,8 +29,9 @@ class LightBasis {
   bool is_least(const std::vector<Word>& weights) const;
   void make_least(const std::vector<Word>& weights);
 
-  /// Generator `from` has been multiplied to generator `to`.
-  void multiplied(int from, int to);
+  /// Generator k is one that nothing is lighter than, so it never changes; from now on elements are
+  /// what they are apart from it.
+  void finish(int k);
 
  private:
   const std::vector<Word>& heavier_than(const std::vector<Word>& weights) const;

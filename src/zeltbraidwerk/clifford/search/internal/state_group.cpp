@@ -136,19 +136,13 @@ bool StateGroup::strip_finished() {
     if (labels_[index(qubit)] != 0) continue;
     labels_[index(qubit)] = static_cast<std::uint8_t>(label);
     stripped = true;
-    const int w = qubit / word_bits;
-    for (int j = 0; j < n_; ++j) {
-      const std::size_t e = basis_.element(j);
-      if (j == k || ((x_[at(w, e)] | z_[at(w, e)]) >> (qubit % word_bits) & 1) == 0) continue;
-      basis_.multiplied(k, j);
-      multiply_letters(basis_.element(k), e);
-    }
+    basis_.finish(k);
+    const std::size_t word = at(qubit / word_bits, 0);
     for (std::size_t e = 0; e < capacity_; ++e) {
-      if (weights_[e] == no_element || basis_.generates(e)) continue;
-      if (((x_[at(w, e)] | z_[at(w, e)]) >> (qubit % word_bits) & 1) == 0) continue;
-      basis_.parts(e)[k / word_bits] ^= Word{1} << (k % word_bits);
+      if (e == basis_.element(k)) continue;
+      if (((x_[word + e] | z_[word + e]) >> (qubit % word_bits) & 1) == 0) continue;
       multiply_letters(basis_.element(k), e);
-      if (weights_[e] == 0 || has_copy(e)) drop(e);
+      if (!basis_.generates(e) && (weights_[e] == 0 || has_copy(e))) drop(e);
     }
   }
   return stripped;

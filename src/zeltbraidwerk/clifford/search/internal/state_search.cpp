@@ -38,47 +38,55 @@ class Search {
         rng_(options.seed, options.stream),
         meter_(effort),
         start_(stabilisers),
-        best_(by_graph(stabilisers)),
-        needed_(joined_wires(best_)),
-        depth_(depth_of(best_.gates, wires_)) {}
+        shortest_{by_graph(stabilisers), 0},
+        needed_(joined_wires(shortest_.list)) {
+    shortest_.depth = depth_of(shortest_.list.gates, wires_);
+    shallowest_ = shortest_;
+  }
 
   GateList run() {
     report();
-    if (is_least()) return best_;
+    if (is_least()) return wanted().list;
     lighten();
     greedy();
     beam(4);
     for (int round = 0; !meter_.ended() && !is_least(); ++round) {
       const std::uint64_t steps = std::uint64_t{1} << std::min(first_walk + round, 40);
       const int window = round == 0 ? 3 : 4;
-      by_depth_&& round > 0 ? anneal(steps, window) : walk(steps, window);
+      walk(steps, window);
+      if (by_depth_) anneal(round % 2 == 0 ? shortest_ : shallowest_, 8 * steps, window);
       renew(4 << std::min(round, 20));
       beam(8 << std::min(round, widest));
     }
-    return best_;
+    return wanted().list;
   }
 
  private:
+  struct Circuit {
+    GateList list;
+    int depth;
+  };
+
   static constexpr int first_rounds = 100;
   static constexpr int first_walk = 11;
   static constexpr int widest = 10;
 
+  const Circuit& wanted() const { return by_depth_ ? shallowest_ : shortest_; }
+
   /// As many gates as it takes to join the wires that are entangled.
-  bool is_least() const { return best_.count() <= (by_depth_ ? 1 : needed_); }
+  bool is_least() const { return wanted().list.count() <= (by_depth_ ? 1 : needed_); }
 
-  bool is_better(int count, int depth) const {
-    return by_depth_ ? std::pair(depth, count) < std::pair(depth_, best_.count())
-                     : std::pair(count, depth) < std::pair(best_.count(), depth_);
+  void take(const GateList& list) { take(list, depth_of(list.gates, wires_)); }
+  void take(const GateList& list, int depth) {
+    const std::pair by_count{list.count(), depth};
+    const std::pair by_depth{depth, list.count()};
+    const bool shorter = by_count < std::pair(shortest_.list.count(), shortest_.depth);
+    const bool shallower = by_depth < std::pair(shallowest_.depth, shallowest_.list.count());
+    if (shorter) shortest_ = {list, depth};
+    if (shallower) shallowest_ = {list, depth};
+    if (by_depth_ ? shallower : shorter) report();
   }
-
-  void take(const GateList& list) {
-    const int depth = depth_of(list.gates, wires_);
-    if (!is_better(list.count(), depth)) return;
-    best_ = list;
-    depth_ = depth;
-    report();
-  }
-  void report() const { meter_.better(best_.count(), depth_); }
+  void report() const { meter_.better(wanted().list.count(), wanted().depth); }
 
   template <class Found>
   void search_from(const StateGroup& group, int width, Meter& meter, Found&& take) {
@@ -113,27 +121,24 @@ class Search {
 
   void walk(std::uint64_t steps, int window) {
     StateRewriter rewriter(window);
-    walk_round(best_, rewriter, steps, Cooling{}, rng_, meter_,
-               [&](const GateList& list, bool shorter) {
-                 const int depth = depth_of(list.gates, wires_);
-                 if (!shorter && depth >= depth_) return false;
-                 depth_ = depth;
-                 meter_.better(list.count(), depth_);
-                 return true;
-               });
+    GateList best = shortest_.list;
+    walk_round(best, rewriter, steps, Cooling{}, rng_, meter_, [&](const GateList& list, bool) {
+      take(list);
+      return false;
+    });
   }
 
-  void anneal(std::uint64_t steps, int window) {
+  void anneal(const Circuit& from, std::uint64_t steps, int window) {
     constexpr float uphill = 0.3F;
     constexpr Cooling temperatures{0.4F, 0.05F};
-    ShallowStateRewriter rewriter(window, best_, rng_);
-    Walk<ShallowStateRewriter> walk(best_, rewriter);
+    ShallowStateRewriter rewriter(window, from.list, rng_);
+    Walk<ShallowStateRewriter> walk(from.list, rewriter);
     for (std::uint64_t k = 0; k < steps; ++k) {
       if (k % 64 == 0) {
         const double part = static_cast<double>(k) / static_cast<double>(steps);
         rewriter.set_temperature(temperatures.at(part));
       }
-      if (walk.step(uphill, rng_) && is_better(walk.count(), rewriter.depth())) take(walk.list());
+      if (walk.step(uphill, rng_)) take(walk.list(), rewriter.depth());
       if (!meter_.step()) return;
     }
   }
@@ -141,7 +146,7 @@ class Search {
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
-    GateList now = best_;
+    GateList now = shortest_.list;
     for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
       const int cut = 2 + rng_.below(now.count() - 1);
       StateGroup group(stabilisers_behind(now, cut));
@@ -160,9 +165,9 @@ class Search {
   Rng rng_;
   Meter meter_;
   StateGroup start_;
-  GateList best_;
+  Circuit shortest_;
+  Circuit shallowest_;
   int needed_;
-  int depth_;
 };
 
 bool rows_are_independent(BitMatrix m) {
