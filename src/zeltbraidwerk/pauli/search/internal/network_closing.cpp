@@ -4,7 +4,6 @@
 #include <numeric>
 #include <tuple>
 
-#include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 
 namespace zelt::braidwerk::internal {
@@ -90,9 +89,11 @@ std::vector<NetworkEvent> with_swaps(const std::vector<NetworkEvent>& events,
 
 }  // namespace
 
-NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort& effort) {
+NetworkTail close_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
+                       std::uint64_t seed, const Effort& effort) {
   CliffordOptions options;
-  options.outputs = Outputs::free;
+  options.outputs = outputs;
+  options.device = graph;
   options.seed = seed;
   CliffordResult undone = search_clifford(frame.preimages(), options, effort);
   return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};

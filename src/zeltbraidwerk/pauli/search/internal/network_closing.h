@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -13,11 +14,13 @@ struct NetworkTail {
   std::vector<int> wires;
 };
 
-/// Undoes the gates of a network, given what their labels stand for at its end. Takes one greedy
+/// Undoes the gates of a network, given what its labels stand for at its end: in place, or with the
+/// qubits on any wires, with gates on the edges of the graph where there is one. Takes one greedy
 /// run at least.
-NetworkTail close_tail(const LabelFrame& frame, std::uint64_t seed, const Effort& effort);
+NetworkTail close_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
+                       std::uint64_t seed, const Effort& effort);
 
-/// The same by the gates of the network backward: on any device.
+/// The same by the gates of the network backward.
 NetworkTail undo(const std::vector<NetworkEvent>& events, int qubits);
 
 /// Swaps that it takes to bring every qubit back to its own wire.

@@ -58,7 +58,8 @@ class NetworkSearch {
   void walk(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
   Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
-  Network closed(std::vector<NetworkEvent> events, const LabelFrame& frame, std::uint64_t effort);
+  Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
+                 std::uint64_t steps);
   void keep(Network network);
   NetworkResult result() const;
 
@@ -98,7 +99,7 @@ void NetworkSearch::run_greedily() {
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
     problem.finish_greedily(state, events, meter_);
-    Network network = closed(std::move(events), state.frame, 0);
+    Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
     keep(std::move(network));
   }
@@ -115,7 +116,7 @@ void NetworkSearch::run_ladders() {
   NetworkState state = problem.start(&events);
   for (const Gate& gate : gates) problem.play(state, gate, &events);
   cancel_pairs(events);
-  keep(closed(std::move(events), state.frame, 0));
+  keep(closed(events, state.frame, 0));
 }
 
 /// Some beams from the start, then some from random gates of the best network.
@@ -153,7 +154,7 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
     for (const Gate& gate : prefix) problem.play(state, gate, &events);
     for (const auto& move : finished.moves) problem.play(state, move.gate, &events);
     const std::uint64_t effort = std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14);
-    Network network = closed(std::move(events), state.frame, effort);
+    Network network = closed(events, state.frame, effort);
     if (prefix.empty()) plans_.report(plan, network.count);
     keep(std::move(network));
   }
@@ -182,24 +183,36 @@ void NetworkSearch::walk(int cycle) {
 }
 
 /// With its tail, for which so many steps are taken, and the qubits where they are to stand.
-Network NetworkSearch::closed(std::vector<NetworkEvent> events, const LabelFrame& frame,
+Network NetworkSearch::closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                               std::uint64_t steps) {
   std::vector<int> wires(static_cast<std::size_t>(qubits()));
   std::iota(wires.begin(), wires.end(), 0);
-  if (options_.end == NetworkEnd::open) return measured(std::move(events), std::move(wires));
+  if (options_.end == NetworkEnd::open) return measured(events, std::move(wires));
   Effort effort;
   effort.control = meter_.control();
   effort.steps = steps;
-  NetworkTail tail =
-      options_.graph == nullptr ? close_tail(frame, rng_.next(), effort) : undo(events, qubits());
-  for (const Gate& gate : tail.gates) events.push_back({gate, -1});
-  cancel_pairs(events);
-  if (options_.end == NetworkEnd::closed) {
-    take_in_swaps(events, tail.wires, options_.by_depth, rng_);
-  } else {
-    wires = std::move(tail.wires);
+  const bool in_place = options_.end == NetworkEnd::closed;
+  std::optional<Network> best;
+  const auto consider = [&](NetworkTail tail) {
+    std::vector<NetworkEvent> whole = events;
+    for (const Gate& gate : tail.gates) whole.push_back({gate, -1});
+    cancel_pairs(whole);
+    if (in_place && swaps_of(tail.wires) > 0) {
+      take_in_swaps(whole, tail.wires, options_.by_depth, rng_);
+      tail.wires = wires;
+    }
+    Network network = measured(std::move(whole), std::move(tail.wires));
+    if (!best || network.count < best->count) best = std::move(network);
+  };
+  if (options_.graph == nullptr) {
+    consider(close_tail(frame, Outputs::free, nullptr, rng_.next(), effort));
   }
-  return measured(std::move(events), std::move(wires));
+  if (in_place || options_.graph != nullptr) {
+    const Outputs outputs = in_place ? Outputs::in_place : Outputs::free;
+    consider(close_tail(frame, outputs, options_.graph, rng_.next(), effort));
+  }
+  if (options_.graph != nullptr) consider(undo(events, qubits()));
+  return std::move(*best);
 }
 
 Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<int> wires) const {
