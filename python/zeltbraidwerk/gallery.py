@@ -16,6 +16,8 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.clifford import CliffordTableau
+from zeltbraidwerk.gates import Gate
 
 BoolArray = npt.NDArray[np.bool_]
 
@@ -148,6 +150,25 @@ def random_graph(n: int, seed: int = 1) -> BoolArray:
         for j in range(i):
             graph[i, j] = graph[j, i] = rng.random() < 0.5
     return graph
+
+
+def random_clifford(n: int, count: int) -> list[CliffordTableau]:
+    """``count`` Clifford operators, of so many random gates that all of them are about as likely;
+    the same ones every time.
+
+    >>> random_clifford(2, 1)[0].n
+    2
+    """
+    rng = random.Random(9000 + n)
+    found = []
+    for _ in range(count):
+        gates = []
+        for _ in range(6 * n * n):
+            gates += [rng.choice((Gate.h, Gate.s))(rng.randrange(n)) for _ in range(2)]
+            if n > 1:
+                gates.append(Gate.cnot(*rng.sample(range(n), 2)))
+        found.append(CliffordTableau.from_circuit(Circuit(n, gates)))
+    return found
 
 
 def multiplier() -> Circuit:
