@@ -13,6 +13,7 @@ NB_MODULE(_core, m) {
   bind_graphs(m);
   bind_graph_state(m);
   bind_state_search(m);
+  bind_clifford_search(m);
   bind_device_search(m);
   bind_cnot_search(m);
   bind_pauli(m);

@@ -14,6 +14,7 @@ void bind_linear_search(nanobind::module_& m);
 void bind_graph_state(nanobind::module_& m);
 void bind_state_search(nanobind::module_& m);
 void bind_graphs(nanobind::module_& m);
+void bind_clifford_search(nanobind::module_& m);
 void bind_cnot_search(nanobind::module_& m);
 void bind_device_search(nanobind::module_& m);
 void bind_pauli(nanobind::module_& m);

@@ -1,6 +1,17 @@
 """Synthesis of quantum circuits."""
 
-from zeltbraidwerk import core, errors, gallery, graph_state, linear, pauli, phase, plot, routing
+from zeltbraidwerk import (
+    clifford,
+    core,
+    errors,
+    gallery,
+    graph_state,
+    linear,
+    pauli,
+    phase,
+    plot,
+    routing,
+)
 from zeltbraidwerk._core import _version as __version__
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -15,6 +26,7 @@ __all__ = [
     "Gate",
     "Parameter",
     "__version__",
+    "clifford",
     "core",
     "errors",
     "gallery",

@@ -1,4 +1,10 @@
-"""Clifford operators as tableaus."""
+"""Clifford operators as tableaus, and circuits for them and for stabilizer states.
+
+>>> import zeltbraidwerk as zb
+>>> swap = ["IX", "XI"], ["IZ", "ZI"]  # the images of X and of Z
+>>> zb.clifford.synthesize(swap).count, zb.clifford.synthesize(swap, permutation="free").count
+(3, 0)
+"""
 
 from __future__ import annotations
 
@@ -10,13 +16,22 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _interop, _validate, errors
+from zeltbraidwerk._operators import CliffordSynthesis, methods, synthesize
+from zeltbraidwerk._states import StateSynthesis, synthesize_state
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
 
 if TYPE_CHECKING:
     import stim
 
-__all__ = ["CliffordTableau"]
+__all__ = [
+    "CliffordSynthesis",
+    "CliffordTableau",
+    "StateSynthesis",
+    "methods",
+    "synthesize",
+    "synthesize_state",
+]
 
 # Signed letters by exponents (z, x), at 4 z + x.
 _SIGNS = _core.SILUAP[:, 0].astype(np.bool_)

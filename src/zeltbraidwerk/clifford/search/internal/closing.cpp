@@ -34,7 +34,7 @@ class ClosingRewriter {
   static constexpr Gathering gathering = Gathering::by_labels;
   static constexpr bool judges = false;
 
-  explicit ClosingRewriter(const GateList& list) {
+  ClosingRewriter(const GateList& list, int window) : window_(window) {
     for (int wire = 0; wire < list.wires(); ++wire) {
       permutation_.push_back(wire_of(list.origin[end_of(wire, 0)]));
     }
@@ -42,7 +42,7 @@ class ClosingRewriter {
   }
 
   bool done() const { return left_ == 0; }
-  int window_size(Rng&) const { return 4; }
+  int window_size(Rng&) const { return window_; }
 
   bool rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
     switch (window.size) {
@@ -86,6 +86,7 @@ class ClosingRewriter {
     return result;
   }
 
+  int window_;
   Permutation permutation_;
   int left_;
 };
@@ -109,8 +110,8 @@ constexpr int steps_a_wire = 256;
 
 }  // namespace
 
-GateList with_outputs_in_place(const GateList& list, Rng& rng) {
-  ClosingRewriter rewriter(list);
+GateList with_outputs_in_place(const GateList& list, int window, Rng& rng) {
+  ClosingRewriter rewriter(list, window);
   Walk<ClosingRewriter> walk(list, rewriter);
   const int steps = steps_a_wire * list.wires();
   constexpr Cooling cooling{0.1F, 0.003F};

@@ -6,8 +6,9 @@
 
 namespace zelt::braidwerk::internal {
 
-/// Brings every output of a list back to its own wire. Blocks on four wires take in exchanges of
-/// outputs, mostly for one gate each; three gates an exchange where no block does.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList with_outputs_in_place(const GateList& list, Rng& rng);
+/// Brings every output of a list back to its own wire. Blocks on `window` wires take in exchanges
+/// of outputs, mostly for one gate or two each; three gates an exchange where no block does.
+ZELTBRAIDWERK_KERNEL_EXPORT GateList with_outputs_in_place(const GateList& list, int window,
+                                                           Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

@@ -84,13 +84,13 @@ class CliffordSearch {
   }
 
   void search_in_place() {
-    offer(with_outputs_in_place(shortest_.list, rng_));
+    offer(with_outputs_in_place(shortest_.list, window_of(0), rng_));
     for (int round = 0; go_on(); ++round) {
       const PlacedRewriter rewriter(window_of(round));
       if (challenge(round)) {
         walk(shortest_, WindowRewriter(window_of(round)), steps_of(round) / 2);
         if (meter_.ended()) break;
-        Layered closed(with_outputs_in_place(shortest_.list, rng_));
+        Layered closed(with_outputs_in_place(shortest_.list, window_of(round), rng_));
         walk(closed, rewriter, steps_of(round) / 4);
         offer(closed.list);
       }
