@@ -222,19 +222,6 @@ class Device:
 
     _path: tuple[str, tuple[int, ...]] | None = None  # once it was searched to the end
 
-    def _shortest_path(self, start: int, end: int) -> tuple[int, ...]:
-        """Along edges; the two hang together."""
-        before = {end: end}
-        reached = [end]
-        for qubit in reached:
-            for other in sorted(self._neighbours[qubit] - before.keys()):
-                before[other] = qubit
-                reached.append(other)
-        path = [start]
-        while path[-1] != end:
-            path.append(before[path[-1]])
-        return tuple(path)
-
     def fits(self, circuit: Circuit | CnotCircuit) -> bool:
         """Whether every gate on several qubits is on edges."""
         if circuit.n > self._n:

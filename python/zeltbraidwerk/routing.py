@@ -12,12 +12,11 @@ from __future__ import annotations
 import time
 from collections.abc import Callable
 from functools import partial
-from itertools import pairwise
 from typing import Any, Literal
 
 import numpy as np
 
-from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk import _core, _operators, _search, _validate, errors
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit
@@ -33,6 +32,7 @@ _Routed = tuple[list[_core.Gate], _core.OperatorTableau]
 
 _NO_NORMAL_FORM = ("XX", "S*")
 _MOST_PLANS = 1e8  # hours of work
+_CLOSING_STEPS = 100_000
 
 
 def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
@@ -78,8 +78,8 @@ def route(
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads, ``device`` whatever
     :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, and only its rotations are
     emitted, each as CNOTs along a tree of the device and one RZ. What Clifford gates leave behind
-    is handed back as ``result.tail``; ``tail="close"`` appends it as gates, each CNOT along a path
-    of the device.
+    is handed back as ``result.tail``; ``tail="close"`` appends it as gates on the edges, found by a
+    short search.
 
     ``depth`` is how many rotations ahead the choice of a root looks: each level makes the work
     longer by the number of qubits of a rotation. ``objective`` is what that choice weighs, "count"
@@ -197,15 +197,14 @@ def _result(
     width = source.n if site is None else site.device.n
     routed = placed(_circuit(source.n, gates), qubits, width)
     rotates = [gate.name == "RZ" for gate in routed]
-    if qubits != tuple(range(width)) or (tail == "close" and site is not None):
-        left = placed(_circuit(source.n, _core.clifford_circuit(operator._core)), qubits, width)
+    if tail == "close" and site is not None:
+        closing = _closed(operator, site)
+        routed = Circuit._trusted(width, routed.gates + placed(closing, qubits, width).gates)
+        rotates += [False] * len(closing)
         operator = CliffordTableau(width)
-        if tail == "close" and site is not None:
-            closing = _along_paths(left, site.device)
-            routed = Circuit._trusted(width, routed.gates + closing)
-            rotates += [False] * len(closing)
-        else:
-            operator = operator.apply(left)
+    elif qubits != tuple(range(width)):
+        left = _circuit(source.n, _core.clifford_circuit(operator._core))
+        operator = CliffordTableau(width).apply(placed(left, qubits, width))
     return Routing(
         circuit=routed,
         source=source,
@@ -230,30 +229,7 @@ def _circuit(n: int, gates: list[_core.Gate]) -> Circuit:
     )
 
 
-def _along_paths(circuit: Circuit, device: Device) -> tuple[Gate, ...]:
-    """Each CNOT along a shortest path of the device; a swap goes there and back."""
-    gates: list[Gate] = []
-    waiting = list(circuit)[::-1]
-    while waiting:
-        gate = waiting.pop()
-        if gate.name != "CNOT":
-            gates.append(gate)
-            continue
-        path = device._shortest_path(*gate.qubits)
-        turned = Gate._trusted("CNOT", gate.qubits[::-1], ())
-        if waiting[-1:-3:-1] == [turned, gate] and len(path) > 2:
-            del waiting[-2:]
-            there = list(pairwise(path))
-            pairs = [pair for a, b in [*there, *there[-2::-1]] for pair in ((a, b), (b, a), (a, b))]
-        else:
-            pairs = _far_cnot(path)
-        gates += [Gate._trusted("CNOT", pair, ()) for pair in pairs]
-    return tuple(gates)
-
-
-def _far_cnot(path: tuple[int, ...]) -> list[tuple[int, int]]:
-    """The first qubit of a path onto the last."""
-    steps = list(pairwise(path))
-    # There and back adds the first qubit to all others; once more without the last takes it off
-    # those between.
-    return [*steps[:0:-1], *steps] + ([*steps[-2:0:-1], *steps[:-1]] if len(steps) > 1 else [])
+def _closed(operator: CliffordTableau, site: Site) -> Circuit:
+    """A circuit of the operator on the edges, by a short search that is the same every time."""
+    ground = site.device.part(site.qubits)
+    return _operators.synthesize(operator, device=ground, seed=0, steps=_CLOSING_STEPS).circuit
