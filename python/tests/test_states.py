@@ -8,8 +8,8 @@ from support import unitary
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import errors
-from zeltbraidwerk._states import prepares, synthesize_state
-from zeltbraidwerk.clifford import CliffordTableau
+from zeltbraidwerk._states import prepares
+from zeltbraidwerk.clifford import CliffordTableau, synthesize_state
 from zeltbraidwerk.gates import Gate
 
 
