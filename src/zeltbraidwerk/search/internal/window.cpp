@@ -89,23 +89,39 @@ void WindowFinder::scan(const std::vector<Gate>& list, int at, Gathering gatheri
   const int end = direction > 0 ? static_cast<int>(list.size()) : -1;
   int position = direction > 0 ? at : at - 1;
   int reached = at;  // the end of the stretch up to the last gate taken
-  for (; position != end && open >= 2; position += direction) {
-    const Gate& gate = list[static_cast<std::size_t>(position)];
-    const int a = place(gate.a);
-    const int b = place(gate.b);
-    if (a == none && b == none) continue;
-    if (a != none && b != none &&
-        passes(gate, skipped[static_cast<std::size_t>(a)], skipped[static_cast<std::size_t>(b)],
-               gathering)) {
-      window.positions.push_back(position);
-      reached = direction > 0 ? position + 1 : position;
-      continue;
+  bool all = position == end;
+  while (position != end && open >= 2) {
+    // The gates on wires of the window, first picked out without a branch.
+    constexpr int most = 32;
+    std::array<int, most> touching;
+    const int stop =
+        direction > 0 ? std::min(position + most, end) : std::max(position - most, end);
+    int count = 0;
+    for (; position != stop; position += direction) {
+      const Gate& gate = list[static_cast<std::size_t>(position)];
+      touching[static_cast<std::size_t>(count)] = position;
+      count += (place(gate.a) & place(gate.b)) != none;
     }
-    if (a != none) skip(a, gate.a);
-    if (b != none) skip(b, gate.b);
+    int k = 0;
+    for (; k < count && open >= 2; ++k) {
+      const int here = touching[static_cast<std::size_t>(k)];
+      const Gate& gate = list[static_cast<std::size_t>(here)];
+      const int a = place(gate.a);
+      const int b = place(gate.b);
+      if (a != none && b != none &&
+          passes(gate, skipped[static_cast<std::size_t>(a)], skipped[static_cast<std::size_t>(b)],
+                 gathering)) {
+        window.positions.push_back(here);
+        reached = direction > 0 ? here + 1 : here;
+        continue;
+      }
+      if (a != none) skip(a, gate.a);
+      if (b != none) skip(b, gate.b);
+    }
+    all = position == end && k == count;
   }
   unsigned untouched = 0;
-  if (position == end) {
+  if (all) {
     for (int k = 0; k < window.size; ++k) {
       if (skipped[static_cast<std::size_t>(k)] == 0) untouched |= 1U << k;
     }
