@@ -78,7 +78,7 @@ class ParitySearch {
 
   GateList quick_start(Meter& own) {
     // The beam weighs all CNOTs at each step, the plain methods only some.
-    const bool small = graph_ != nullptr ? n_ <= 20 : n_ <= 128 && parities_.cols() <= 4096;
+    const bool small = beam_microseconds() < (graph_ != nullptr && n_ > 20 ? 0 : 2e5);
     Network network;
     if (small) {
       const GrowthCost cost{costs_[0].decay, 0, -1};
@@ -94,20 +94,29 @@ class ParitySearch {
     return closed_plainly(network, n_, graph_, rng_);
   }
 
-  /// In turns a wider beam and walks that take as long: from what the beam has found, and from the
-  /// best of all.
+  /// In turns a beam of four times the width and a walk from what it has found that takes about as
+  /// long; where that is not the best of all, one from there too.
   void search() {
-    std::uint64_t steps = 10000;
-    for (int width = 8; !meter_.ended(); width = std::min(4 * width, widest())) {
+    const double narrow = beam_microseconds();
+    const int first = static_cast<int>(std::clamp(5e3 / narrow, 1.0, 2.0));
+    auto steps = static_cast<std::uint64_t>(std::clamp(first * narrow, 5e3, 1e18));
+    walk(found_, steps);
+    for (int width = first; !meter_.ended(); width = std::min(4 * width, widest())) {
       const std::uint64_t before = meter_.steps();
-      const std::optional<GateList> list = width == 8 ? grown_at_all_costs(width) : grown(width);
+      const auto list = width == first ? grown_at_all_costs(width) : grown(width);
       const auto spent = static_cast<double>(meter_.steps() - before) * walk_steps_of_state();
-      steps = std::max(2 * steps, static_cast<std::uint64_t>(spent));
-      if (list) walk(*list, steps);
-      walk(found_, steps);
+      steps = list ? static_cast<std::uint64_t>(spent) : 2 * steps;
+      if (!list || !walk(*list, steps)) walk(found_, steps);
       if (swapping()) settle(steps / 4);
       if (n_ < 4 && width > 30) break;  // there is nothing more to find
     }
+  }
+
+  /// About what a beam of width 1 takes; a step of the walk takes one or less. Not measured, so
+  /// that the same is done everywhere.
+  double beam_microseconds() const {
+    const double terms = parities_.cols();
+    return 1 + 8e-6 * terms * terms * n_ * n_ * n_ * (graph_ == nullptr ? 1 : 4);
   }
 
   /// About as many steps of the walk take as long as a state of the beam.
@@ -161,9 +170,10 @@ class ParitySearch {
 
   bool swapping() const { return walked_end() == ParityEnd::swaps; }
 
-  void walk(GateList list, std::uint64_t steps) {
+  /// True when it has led to the best of all.
+  bool walk(GateList list, std::uint64_t steps) {
     walked(rewriter_, list, steps);
-    take(list);
+    return take(list);
   }
 
   /// Puts the outputs of the best circuit in their places, and walks on with them there.
@@ -188,11 +198,14 @@ class ParitySearch {
                });
   }
 
-  /// Keeps what is the shortest for the walk, and the answer that can be had from it.
-  void take(const GateList& list) {
-    const bool none = best_.gates.empty();
-    if (none || rewriter_.length(list) <= rewriter_.length(found_)) found_ = list;
+  /// Keeps what is the shortest for the walk, and the answer that can be had from it. True when it
+  /// is the shortest.
+  bool take(const GateList& list) {
+    const bool shortest =
+        found_.gates.empty() || rewriter_.length(list) <= rewriter_.length(found_);
+    if (shortest) found_ = list;
     answer(swapping() ? in_place(list, rng_) : list);
+    return shortest;
   }
 
   void answer(const GateList& list) {
