@@ -21,6 +21,7 @@ NB_MODULE(_core, m) {
   bind_pauli_search(m);
   bind_pauli_steps(m);
   bind_phase(m);
+  bind_parity_search(m);
   bind_phase_search(m);
   bind_routing(m);
 }

@@ -22,6 +22,7 @@ void bind_pauli_network_search(nanobind::module_& m);
 void bind_pauli_search(nanobind::module_& m);
 void bind_pauli_steps(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);
+void bind_parity_search(nanobind::module_& m);
 void bind_phase_search(nanobind::module_& m);
 void bind_routing(nanobind::module_& m);
 

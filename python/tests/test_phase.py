@@ -44,10 +44,12 @@ def test_every_parity_gets_its_angle_and_wires_end_as_they_should(on_device, dat
     device = Device(whole, edges) if on_device else None
     endings = [{"leftover": "return"}, {}, {"permutation": "free"}]
     for method in phase.methods(device=on_device):
+        steps = 300 if method in ("auto", "search") else None
         for ending in endings:
             result = phase.synthesize(
-                poly, n=n, device=device, method=method, restarts=runs, seed=2, **ending
-            )
+                poly, n=n, device=device, method=method, restarts=runs, steps=steps, seed=2,
+                **ending,
+            )  # fmt: skip
             wires, angles = followed(result.circuit)
             place = result.placement
             assert angles == {
@@ -136,22 +138,41 @@ def test_searches():
     poly = {int(parity): 0.1 for parity in rng.choice(2**10 - 1, 60, replace=False) + 1}
     for device in (None, Device.grid(2, 5)):
         options = {"device": device, "n": 10, "seed": 4}
-        counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
-        assert counts[2] <= counts[1] + 1 <= counts[0]  # the last closing has a search of its own
         gray = phase.synthesize(poly, method="gray", restarts=5, **options)
-        assert counts[1] <= gray.count
-        results = {phase.synthesize(poly, restarts=7, jobs=jobs, **options) for jobs in (1, 3)}
+        searched = [
+            phase.synthesize(poly, method="search", steps=steps, **options)
+            for steps in (0, 3000, 30000)
+        ]
+        counts = [result.count for result in searched]
+        assert counts[2] < counts[1] < counts[0] < gray.count
+        assert [point.count for point in searched[2].trace][-1] == counts[2]
+        assert phase.synthesize(poly, steps=3000, **options).count <= counts[1]
+        results = {
+            phase.synthesize(poly, restarts=3, steps=2000, jobs=jobs, **options) for jobs in (1, 3)
+        }
         assert len(results) == 1
-        free = phase.synthesize(poly, restarts=5, permutation="free", **options)
-        kept = phase.synthesize(poly, restarts=5, leftover="return", **options)
-        assert kept.count < free.count < counts[1]
+        free = phase.synthesize(poly, steps=30000, permutation="free", **options)
+        kept = phase.synthesize(poly, steps=30000, leftover="return", **options)
+        assert kept.count < free.count < counts[2] + 1
         assert phase.synthesize(poly, budget=1e-9, **options).verify()
-    shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", restarts=30)
-    assert shallow.depth < phase.synthesize(poly, n=10, seed=4, restarts=30).depth
+    shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", steps=30000)
+    assert shallow.depth < phase.synthesize(poly, n=10, seed=4, steps=30000).depth
     seen = []
     result = phase.synthesize(poly, n=10, seed=4, budget=0.3, progress=seen.append)
     assert seen == sorted(seen, reverse=True)
-    assert result.count <= seen[-1]
+    assert result.count == seen[-1]
+
+
+def test_plain_methods_search_for_another_closing():
+    rng = np.random.default_rng(3)
+    poly = {int(parity): 0.1 for parity in rng.choice(2**10 - 1, 60, replace=False) + 1}
+    for device in (None, Device.grid(2, 5)):
+        options = {"device": device, "n": 10, "seed": 4, "method": "gray"}
+        counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
+        assert counts[2] <= counts[1] + 1 <= counts[0] + 1
+        kept = phase.synthesize(poly, restarts=5, leftover="return", **options)
+        assert kept.count < counts[1]
+        assert phase.synthesize(poly, budget=1e-9, **options).verify()
 
 
 def test_polynomial_of_a_circuit_follows_flips():
@@ -186,8 +207,10 @@ def test_polynomial_of_a_circuit_follows_flips():
         (
             ({"1": 1}, {"device": "qx5", "method": "greedy"}),
             errors.UnknownMethodError,
-            "wanted one of auto, gray on a device",
+            "wanted one of auto, gray, search on a device",
         ),
+        (({"1": 1}, {"method": "gray", "steps": 5}), errors.OptionError, "steps: not an option"),
+        (({1: 1}, {"n": 20000, "method": "search"}), errors.TooLargeError, "at most 16383"),
         (({"111": 1}, {"device": [(0, 1)]}), errors.DeviceTooSmallError, "at least 3 qubits"),
     ],
 )

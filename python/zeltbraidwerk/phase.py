@@ -36,19 +36,22 @@ _Found = tuple[str, npt.NDArray[np.int32], CnotCircuit, tuple[int, ...]]
 
 _Ending = Literal["return", "exact", "free"]
 
-_METHODS = ("gray", "greedy")
+_METHODS = ("gray", "greedy", "search")
+_ON_DEVICE = ("gray", "search")
+_MOST_SEARCHED = 16383  # qubits
 _DEFAULT_RUNS = 20
 _DEFAULT_RUNS_ON_DEVICE = 100  # which are quicker, and differ more
 _CLOSING_SHARE = 0.25  # of the budget
+_CLOSING_STEPS = 20_000  # of the search for a closing, where there is no budget
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
     """The names that ``method`` takes, without a device or with one.
 
     >>> methods(), methods(device=True)
-    (('auto', 'gray', 'greedy'), ('auto', 'gray'))
+    (('auto', 'gray', 'greedy', 'search'), ('auto', 'gray', 'search'))
     """
-    return ("auto", "gray") if device else ("auto", *_METHODS)
+    return ("auto", *(_ON_DEVICE if device else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
@@ -58,6 +61,7 @@ class PhaseSynthesis(HoldsCircuit):
     ``leftover`` is the linear map that the circuit leaves behind, row r the inputs whose XOR stands
     on wire r; None where it was closed. ``permutation`` tells on which wire each qubit then stands.
     On a larger device wire k is its qubit ``placement[k]``; elsewhere the two are the same.
+    ``trace`` holds the moments of the search at which its best became better.
     """
 
     circuit: Circuit
@@ -71,6 +75,7 @@ class PhaseSynthesis(HoldsCircuit):
     seconds: float = field(compare=False)
     placement: tuple[int, ...]
     device: Device | None = None
+    trace: tuple[_search.Point, ...] = field(compare=False, default=())
 
     def verify(self) -> bool:
         """Follows the parities through the circuit, apart from the library: every one gets its
@@ -125,8 +130,9 @@ def synthesize(
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
+    steps: int | None = None,
     jobs: int | None = 1,
-    progress: Callable[[int], object] | None = None,
+    progress: Callable[[_search.Progress], object] | None = None,
 ) -> PhaseSynthesis:
     """A circuit of CNOT and PH gates for a phase polynomial.
 
@@ -149,9 +155,16 @@ def synthesize(
     the circuit is diagonal; ``permutation="free"`` lets qubits end on other wires,
     ``result.permutation[k]`` for qubit k. With "return" it is handed back as ``result.leftover``.
 
-    "gray" is GraySynth, "greedy" a search for few CNOTs; "auto" takes the best. With a ``device``
-    every CNOT is on one of its edges, as in :func:`zeltbraidwerk.linear.synthesize`, which explains
-    the other options too.
+    "gray" is GraySynth, "greedy" takes one of the lightest parities after the other; "search" grows
+    circuits in ever wider beams and shortens the best one window by window, for as long as it may
+    go on; "auto" takes the best. With a ``device`` every CNOT is on one of its edges, as in
+    :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too.
+
+    >>> parities = zb.gallery.random_parities(8, 64, 1)[0]
+    >>> polynomial = {parity: 0.1 for parity in parities}
+    >>> [zb.phase.synthesize(polynomial, n=8, method="search", seed=1, steps=steps).count
+    ...  for steps in (0, 50_000)]
+    [89, 76]
     """
     start = time.perf_counter()
     terms, size = _terms(polynomial, n)
@@ -168,11 +181,20 @@ def synthesize(
     _validate.choice(objective, "objective", ("count", "depth"))
     if leftover == "return" and permutation == "free":
         raise errors.OptionError("permutation: got 'free' with leftover='return', which is exact")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    if steps is not None and method not in ("auto", "search"):
+        raise errors.OptionError(f"steps: not an option of method {method!r}")
+    names = known[1:] if method == "auto" else (method,)
+    if size > _MOST_SEARCHED:
+        if method == "search":
+            raise errors.TooLargeError(
+                f"polynomial: got {size} qubits, wanted at most {_MOST_SEARCHED} for 'search'"
+            )
+        names = tuple(name for name in names if name != "search")
     site = None if ground is None else Site.of(ground, size)
     ending: _Ending = "return" if leftover == "return" else permutation
     search = _PhaseSearch(terms, global_phase, size, site, objective, ending, effort, start)
-    return search.work(known[1:] if method == "auto" else (method,), progress)
+    return search.work(names, progress)
 
 
 def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[np.bool_]]:
@@ -295,30 +317,55 @@ class _PhaseSearch:
             [[bool(parity >> q & 1) for parity in terms] for q in range(n)], dtype=np.bool_
         ).reshape(n, len(terms))
         self._adjacency = np.zeros((0, 0), dtype=np.bool_) if site is None else site.adjacency
-        share = None if effort.budget is None else (1 - _CLOSING_SHARE) * effort.budget
-        self._control = _core._SearchControl(share)
 
     def work(
-        self, names: Sequence[str], progress: Callable[[int], object] | None
+        self, names: Sequence[str], progress: Callable[[_search.Progress], object] | None
     ) -> PhaseSynthesis:
         if not self._terms:
             nothing = np.zeros((0, 3), dtype=np.int32)
             return self._result((names[0], nothing, CnotCircuit(self._n), self._in_place()), 0)
-        runs = self._effort.restarts
-        if runs is None and self._effort.budget is None:
-            runs = _DEFAULT_RUNS if self._site is None else _DEFAULT_RUNS_ON_DEVICE
+        effort = self._effort
+        searches = names[-1] == "search"
+        share = 1.0 if searches or self._ending == "return" else 1 - _CLOSING_SHARE
+        self._control = _core._SearchControl(effort.budget and share * effort.budget)
+        trace = _search.Trace(self._objective == "depth", progress)
         found, made = _search.best_of(
-            [_search.Lane(partial(self._run, name), runs) for name in names],
-            self._effort.jobs, self._control, self._key, self._result,
-            _search.Trace(self._objective == "depth", progress),
+            [self._lane(name, len(names) > 1) for name in names], effort.jobs, self._control,
+            self._key, partial(self._result, trace=trace), trace,
         )  # fmt: skip
-        if self._ending != "return":
+        if self._closes(found, searches):
             try:
                 found = min(found, self._closed_anew(found, self._ending), key=self._key)
             except errors.Interrupted:
-                best = self._result(found, made)
+                best = self._result(found, made, trace)
                 raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-        return self._result(found, made)
+        return self._result(found, made, trace)
+
+    def _closes(self, found: _Found, searches: bool) -> bool:
+        """Whether there is time for another closing, and a circuit that wants one."""
+        if self._ending == "return" or found[0] == "search":
+            return False
+        return not searches or self._effort.budget is None
+
+    def _lane(self, name: str, within_auto: bool) -> _search.Lane[_Found]:
+        effort = self._effort
+        if name == "search":
+            steps = effort.search_steps
+            if within_auto and effort.steps is None and steps is not None and effort.restarts:
+                steps //= 10  # there are other methods at work, and more runs
+            return _search.search_lane(partial(self._search, steps), self._key, effort)
+        runs = effort.restarts
+        if runs is None and (within_auto or effort.budget is None):  # a budget is for the search
+            runs = _DEFAULT_RUNS if self._site is None else _DEFAULT_RUNS_ON_DEVICE
+        return _search.Lane(partial(self._run, name), runs)
+
+    def _search(self, steps: int | None, run: int) -> _Found:
+        """One run of the search, which closes what it leaves behind itself."""
+        made, permutation = _core._search_parities(
+            self._parities, self._adjacency, self._ending, self._objective == "depth", self._seed,
+            run, steps, self._control,
+        )  # fmt: skip
+        return "search", made.reshape(-1, 3), CnotCircuit(self._n), tuple(permutation)
 
     def _in_place(self) -> tuple[int, ...]:
         return tuple(range(self._n))
@@ -344,6 +391,7 @@ class _PhaseSearch:
             permutation=permutation, objective=self._objective, seed=self._seed,
             restarts=effort.restarts, jobs=effort.jobs,
             budget=None if effort.budget is None else _CLOSING_SHARE * effort.budget,
+            steps=_CLOSING_STEPS if effort.budget is None else None,
         )  # fmt: skip
         return name, steps, closing.circuit, closing.permutation
 
@@ -356,7 +404,9 @@ class _PhaseSearch:
         count, depth = cnots.count, cnots.depth
         return (count, depth) if self._objective == "count" else (depth, count)
 
-    def _result(self, found: _Found, runs: int) -> PhaseSynthesis:
+    def _result(
+        self, found: _Found, runs: int, trace: _search.Trace | None = None
+    ) -> PhaseSynthesis:
         name, steps, closing, permutation = found
         site = self._site
         qubits = self._in_place() if site is None else site.qubits
@@ -379,4 +429,5 @@ class _PhaseSearch:
             seconds=time.perf_counter() - self._start,
             placement=qubits,
             device=None if site is None else site.device,
+            trace=() if trace is None else tuple(trace.points),
         )
