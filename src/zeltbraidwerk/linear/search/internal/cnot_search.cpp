@@ -36,6 +36,8 @@ class BlockwiseSearch {
 
   bool finished() const { return std::ranges::all_of(searches_, &FreeSearch::finished); }
 
+  bool hot() const { return searches_.size() == 1 && searches_[0].hot(); }
+
   GateList best() const { return joined(nullptr, nullptr); }
 
   /// Each block gets a share of the steps by its size. look hears of every shorter circuit.
@@ -125,12 +127,13 @@ GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
 
 GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   const int n = m.rows();
-  constexpr Cooling cooling{0.15F, 0.01F};
   if (n <= most_window_wires) return shortest_circuit(m, false, rng);
   BlockwiseSearch search(m, window, rng);
   Keeper keeper(closed(search.best(), rng), meter);
   if (meter.ended()) return keeper.best();
   const BlockRewriter rewriter(window, false);
+  const bool hot = search.hot();
+  const Cooling cooling = hot ? FreeSearch::hot_cooling : FreeSearch::cooling;
   const auto heard = [&](const GateList& list, bool) {
     keeper.offer(list);
     return true;
@@ -139,13 +142,14 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   double steps = first_round;
   for (int number = 0; !meter.ended(); ++number, steps *= growth) {
     const auto whole = static_cast<std::uint64_t>(steps);
-    search.round(number, whole / 2, rng, meter, [](const GateList&) {});
+    search.round(number, hot ? whole / 4 : whole / 2, rng, meter, [](const GateList&) {});
     if (meter.ended()) break;  // with more effort nothing would be closed here
+    if (hot && number % 3 != 0) continue;
     GateList fresh = closed(search.best(), rng);
-    walk_round(fresh, rewriter, whole, cooling, rng, meter, heard);
+    walk_round(fresh, rewriter, hot ? 13 * whole : whole, cooling, rng, meter, heard);
     keeper.offer(fresh);
     if (fresh.count() <= walker.count()) std::swap(walker, fresh);
-    walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
+    if (!hot) walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
     keeper.offer(walker);
   }
   return keeper.best();

@@ -14,13 +14,14 @@ namespace {
 
 // Sizes up to which each of these pays.
 constexpr int greedy_first = 64;  // a single greedy run takes 20 ms there
+constexpr int small = 20;
 constexpr int wide_beam = 40;
 constexpr int extension = 110;
 constexpr int greedy_wires = 512;
 constexpr int whole_greedy = 160;  // above, additions go to few lines
 
 double exponent_of_greedy(int n) {
-  return n <= 12 ? 1 : n <= 20 ? -0.5 : n <= 28 ? -1 : -n / 28.0;
+  return n <= 12 ? 1 : n <= small ? -0.5 : n <= 28 ? -1 : -n / 28.0;
 }
 
 ReductionCost greedy_cost(int n) {
@@ -30,7 +31,10 @@ ReductionCost greedy_cost(int n) {
 }
 
 ReductionCost beam_cost(int n) {
-  return {.exponent = n <= 20 ? 0 : n <= wide_beam ? -0.5 : -n / 32.0, .with_inverse = n <= 20};
+  return {.exponent = n <= small       ? 0
+                      : n <= wide_beam ? -0.5
+                                       : -n / 32.0,
+          .with_inverse = n <= small};
 }
 
 GateList by_pairs(const BitMatrix& m) {
@@ -101,6 +105,7 @@ FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), wi
   const int n = m_.rows();
   const int ones = n <= greedy_wires ? std::min(m_.weight(), inverse(m_).weight()) : n * n;
   sparse_ = n > most_window_wires && ones < n * n / 3;
+  hot_ = !sparse_ && n > small && n <= wide_beam;
   if (n <= most_window_wires) {
     best_ = shortest_circuit(m_, true, rng);
     optimal_ = true;
@@ -129,9 +134,9 @@ GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
   }
   if (n <= wide_beam) {
     // Small ones walk from many starts, larger ones long from the best.
-    if (number > 1 && (n > 20 || number % 2 == 0)) return {};
-    return reduce(m_, beam_cost(n), number == 0 ? 10 : 300, static_cast<Facing>(number % 4), rng,
-                  meter);
+    if (hot_ ? number > 0 : number > 1 && number % 2 == 0) return {};
+    return reduce(m_, beam_cost(n), number == 0 && !hot_ ? 10 : 300,
+                  static_cast<Facing>(number % 4), rng, meter);
   }
   if (n <= extension) {
     // Seconds, then ten, then a minute.

@@ -34,7 +34,8 @@ class FreeSearch {
   bool finished() const { return optimal_; }  ///< there is nothing shorter
 
   /// Round 0, 1, ...: another start where one pays, a walk of `steps` steps from it, and one of as
-  /// many from the best so far. look(list) hears of every list that is shorter than the best.
+  /// many from the best so far; or, at middle sizes, one long hot walk in every third round, as
+  /// long as those of three. look(list) hears of every list that is shorter than the best.
   template <class Look>
   void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
     if (optimal_) return;
@@ -50,19 +51,27 @@ class FreeSearch {
     if (!fresh.gates.empty()) {
       heard(fresh, true);
       const bool far = fresh.count() > best_.count() + best_.count() / 8;
-      if (!far) walk_round(fresh, rewriter, steps, cooling, rng, meter, heard);
+      if (!far && !hot_) walk_round(fresh, rewriter, steps, cooling, rng, meter, heard);
       if (fresh.count() <= best_.count()) best_ = std::move(fresh);
     }
-    walk_round(best_, rewriter, steps, cooling, rng, meter, heard);
+    if (!hot_) {
+      walk_round(best_, rewriter, steps, cooling, rng, meter, heard);
+    } else if (number % 3 == 0) {
+      walk_round(best_, rewriter, 10 * steps, hot_cooling, rng, meter, heard);
+    }
   }
 
- private:
   static constexpr Cooling cooling{0.15F, 0.01F};
+  static constexpr Cooling hot_cooling{0.3F, 0.003F};
+  /// Whether long hot walks are worth more than many: for dense maps of 21 to 40 wires.
+  bool hot() const { return hot_; }
 
+ private:
   GateList start(int number, Rng& rng, Meter& meter) const;
 
   BitMatrix m_;
   bool sparse_;  // or its inverse is: ciphers
+  bool hot_;
   bool optimal_ = false;
   GateList best_;
   int shortest_;
