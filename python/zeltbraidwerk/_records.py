@@ -85,7 +85,7 @@ RECORDS = (
     Record("joltik", "44", 1, 4_000_000),
     Record("anubis", "99", 1, 8_000_000),
     Record("clefia_m1", "103", 4, 6_000_000),
-    Record("khazad", "366", 2, 20_000_000),
+    Record("khazad", "366", 5, 30_000_000),
 )
 
 
