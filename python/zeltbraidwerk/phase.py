@@ -335,7 +335,7 @@ class _PhaseSearch:
         )  # fmt: skip
         if self._closes(found, searches):
             try:
-                found = min(found, self._closed_anew(found, self._ending), key=self._key)
+                found = min(found, self._closed_anew(found), key=self._key)
             except errors.Interrupted:
                 best = self._result(found, made, trace)
                 raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
@@ -353,13 +353,13 @@ class _PhaseSearch:
             steps = effort.search_steps
             if within_auto and effort.steps is None and steps is not None and effort.restarts:
                 steps //= 10  # there are other methods at work, and more runs
-            return _search.search_lane(partial(self._search, steps), self._key, effort)
+            return _search.search_lane(partial(self._run_search, steps), self._key, effort)
         runs = effort.restarts
         if runs is None and (within_auto or effort.budget is None):  # a budget is for the search
             runs = _DEFAULT_RUNS if self._site is None else _DEFAULT_RUNS_ON_DEVICE
         return _search.Lane(partial(self._run, name), runs)
 
-    def _search(self, steps: int | None, run: int) -> _Found:
+    def _run_search(self, steps: int | None, run: int) -> _Found:
         """One run of the search, which closes what it leaves behind itself."""
         made, permutation = _core._search_parities(
             self._parities, self._adjacency, self._ending, self._objective == "depth", self._seed,
@@ -381,14 +381,15 @@ class _PhaseSearch:
         steps = steps.reshape(-1, 3)  # control, or -1 for a phase; target; term, or -1 for a CNOT
         return run, (name, steps, CnotCircuit._trusted(self._n, closing), tuple(permutation))
 
-    def _closed_anew(self, found: _Found, permutation: linear.Permutation) -> _Found:
+    def _closed_anew(self, found: _Found) -> _Found:
         """The same with what is left behind closed by a search of its own."""
         name, steps, _, _ = found
         effort = self._effort
         closing = linear.synthesize(
             self._network(steps).inverse().matrix(),
             device=None if self._site is None else self._site.device.part(self._site.qubits),
-            permutation=permutation, objective=self._objective, seed=self._seed,
+            permutation="free" if self._ending == "free" else "exact", objective=self._objective,
+            seed=self._seed,
             restarts=effort.restarts, jobs=effort.jobs,
             budget=None if effort.budget is None else _CLOSING_SHARE * effort.budget,
             steps=_CLOSING_STEPS if effort.budget is None else None,
