@@ -162,7 +162,7 @@ def phase_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
             screen.progress(f"{name} ...")
             result = zb.phase.synthesize(
                 terms, n=original.n, method=name.partition(",")[0], device=device,
-                restarts=200, seed=1,
+                restarts=200 if name in ("gray", "greedy") else None, seed=1,
             )  # fmt: skip
             again, left = zb.phase.polynomial_of(result.circuit)
             on_edges = device is None or device.fits(result.circuit)
