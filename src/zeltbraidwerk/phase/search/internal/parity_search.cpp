@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -214,9 +215,25 @@ class ParitySearch {
       return by_depth_ ? std::pair(layers, count) : std::pair(count, layers);
     };
     if (!best_.gates.empty() && key(list.count(), depth) >= key(best_.count(), depth_)) return;
+    assert(right(list));
     best_ = list;
     depth_ = depth;
     meter_.better(best_.count(), depth_);
+  }
+
+  /// Whether every parity comes up, and outputs are where the list says or in their places.
+  bool right(const GateList& list) const {
+    const std::vector<PhaseStep> steps = with_phases(list.gates, parities_);
+    if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities_.cols()))
+      return false;
+    if (leftover_ == Leftover::returned) return true;
+    const BitMatrix map = linear_map(steps, n_);
+    for (int wire = 0; wire < n_; ++wire) {
+      const int output = wire_of(list.origin[end_of(wire, 0)]);
+      if (leftover_ == Leftover::closed && output != wire) return false;
+      if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
+    }
+    return true;
   }
 
   const BitMatrix& parities_;
