@@ -17,7 +17,7 @@ import os
 import secrets
 import time
 from collections.abc import Callable, Sequence
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from functools import partial
 from typing import Any, Literal
 
@@ -452,13 +452,10 @@ class _LinearSearch:
         steps = effort.steps
         if steps is None and effort.budget is None:
             steps = _STEPS_A_QUBIT * max(len(self._bits), 8)
-        if (
-            within_auto
-            and effort.steps is None
-            and steps is not None
-            and effort.restarts is not None
-        ):
-            steps //= 10  # there are other methods at work, and more runs
+            if within_auto and effort.restarts is not None:
+                # One run beside those of other methods, the longer the more there are of them.
+                steps = steps * min(effort.restarts, 8) // 2
+                effort = replace(effort, restarts=1)
         return _search.search_lane(partial(self._search, reach, steps), self._key, effort)
 
     def _search(self, reach: int | None, steps: int | None, run: int) -> _Found:

@@ -42,7 +42,8 @@ _MOST_SEARCHED = 16383  # qubits
 _DEFAULT_RUNS = 20
 _DEFAULT_RUNS_ON_DEVICE = 100  # which are quicker, and differ more
 _CLOSING_SHARE = 0.25  # of the budget
-_CLOSING_STEPS = 20_000  # of the search for a closing, where there is no budget
+_CLOSING_STEPS = 50_000  # of the search that closes, for each run
+_MOST_CLOSING_STEPS = 1_000_000
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
@@ -385,14 +386,15 @@ class _PhaseSearch:
         """The same with what is left behind closed by a search of its own."""
         name, steps, _, _ = found
         effort = self._effort
+        steps_to_close = min(_CLOSING_STEPS * (effort.restarts or 4), _MOST_CLOSING_STEPS)
         closing = linear.synthesize(
             self._network(steps).inverse().matrix(),
             device=None if self._site is None else self._site.device.part(self._site.qubits),
             permutation="free" if self._ending == "free" else "exact", objective=self._objective,
             seed=self._seed,
-            restarts=effort.restarts, jobs=effort.jobs,
+            restarts=1, jobs=effort.jobs,
             budget=None if effort.budget is None else _CLOSING_SHARE * effort.budget,
-            steps=_CLOSING_STEPS if effort.budget is None else None,
+            steps=steps_to_close if effort.budget is None else None,
         )  # fmt: skip
         return name, steps, closing.circuit, closing.permutation
 

@@ -139,14 +139,18 @@ GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
                   static_cast<Facing>(number % 4), rng, meter);
   }
   if (n <= extension) {
-    // Seconds, then ten, then a minute.
-    const std::array<ExtensionOptions, 3> lengths{{{30, 200'000, 10'000, 200, 1},
-                                                   {30, 1'000'000, 100'000, 1500, 3},
-                                                   {30, 3'000'000, 500'000, 5000, 5}}};
-    if (number != 0 && number != 2 && number % 5 != 0) return {};
+    // Half a second, three, ten, a minute.
+    constexpr std::array<ExtensionOptions, 4> lengths{{{30, 100'000, 6'000, 200, 1},
+                                                       {30, 300'000, 30'000, 1000, 2},
+                                                       {30, 1'000'000, 100'000, 1500, 3},
+                                                       {30, 3'000'000, 500'000, 5000, 5}}};
+    constexpr std::array<int, 5> length_of_round{0, 1, -1, 2, -1};
+    const int length =
+        number < 5 ? length_of_round[static_cast<std::size_t>(number)] : (number % 5 == 0 ? 3 : -1);
+    if (length < 0) return {};
     GateList list;
-    const std::size_t k = number == 0 ? 0 : number == 2 ? 1 : 2;
-    return extend(m_, lengths[k], rng, meter, list) ? list : GateList();
+    return extend(m_, lengths[static_cast<std::size_t>(length)], rng, meter, list) ? list
+                                                                                   : GateList();
   }
   if (n <= greedy_wires && number == 0) {
     return reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
