@@ -1,7 +1,9 @@
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 
@@ -100,8 +102,38 @@ void OperatorReduction::price_letters(const OperatorRows& rows, int side) {
   }
 }
 
+/// The wires whose rows are the lightest, but for those that are done, and those at which the
+/// lightest row of the other side has letters: nearly all good gates are there.
+void OperatorReduction::choose_wires(const OperatorRows& rows, int side) {
+  tried_.assign(static_cast<std::size_t>(wires_), wires_ <= cost_.most_wires);
+  if (wires_ <= cost_.most_wires) return;
+  const auto lightest = [&](int of, std::size_t most, auto&& takes) {
+    std::vector<std::pair<int, int>> found;
+    for (int i = 0; i < wires_; ++i) {
+      if (takes(i)) found.emplace_back(rows.weight(of, i), i);
+    }
+    const std::size_t count = std::min(found.size(), most);
+    std::partial_sort(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(count),
+                      found.end());
+    found.resize(count);
+    return found;
+  };
+  const auto unfinished = [&](int of) { return [&, of](int i) { return rows.weight(of, i) > 3; }; };
+  const auto most = static_cast<std::size_t>(cost_.most_wires);
+  for (const auto& [weight, i] : lightest(side, most, unfinished(side))) {
+    tried_[static_cast<std::size_t>(i)] = true;
+  }
+  for (const auto& [weight, q] : lightest(1 - side, 1, unfinished(1 - side))) {
+    const auto met = lightest(side, most / 2, [&](int i) {
+      return (rows.label_at(side, i, 1, q) | rows.label_at(side, i, 2, q)) != 0;
+    });
+    for (const auto& [own, i] : met) tried_[static_cast<std::size_t>(i)] = true;
+  }
+}
+
 void OperatorReduction::price(const OperatorRows& rows, int side) {
   children_.clear();
+  choose_wires(rows, side);
   price_letters(rows, side);
   const double weight = side == 0 ? 1.0 : cost_.other_side;
   const std::vector<Word> nothing(2 * static_cast<std::size_t>(rows.words()));
@@ -131,6 +163,7 @@ void OperatorReduction::price(const OperatorRows& rows, int side) {
   };
   for (int j = 1; j < wires_; ++j) {
     for (int i = 0; i < j; ++i) {
+      if (!tried_[static_cast<std::size_t>(i)] && !tried_[static_cast<std::size_t>(j)]) continue;
       if (!meet(rows, side, i, j)) continue;
       multiply_out(rows.row(side, i, 1), rows.row(side, j, 1), rows.words(), letters_.data(), both);
       for (int a = 1; a < 4; ++a) {

@@ -56,11 +56,13 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OperatorReduction {
   double cost_of(const OperatorRows& rows) const;
   void price(const OperatorRows& rows, int side);
   void price_letters(const OperatorRows& rows, int side);
+  void choose_wires(const OperatorRows& rows, int side);
 
   int wires_;
   OperatorCost cost_;
   std::vector<double> value_;   ///< by weight
   std::vector<float> letters_;  ///< sums of prices of letters on the other side, by bytes of rows
+  std::vector<bool> tried_;     ///< wires on which gates are tried
   std::vector<Child> children_;
   OperatorRows scratch_;
 };

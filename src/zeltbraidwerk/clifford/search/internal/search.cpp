@@ -60,12 +60,14 @@ class CliffordSearch {
     return !optimal && !meter_.ended();
   }
 
+  static constexpr int quick_wires = 64;  ///< a greedy run takes a fifth of a second
+
   void begin() {
     shortest_ = Layered(eliminated_list(images_, Outputs::free));
     best_ = Layered(eliminated_list(images_, options_.outputs));
     report();
     if (wires_ > 4) {
-      shorten(shortest_, beam(1, unlimited_));
+      shorten(shortest_, beam(1, wires_ <= quick_wires ? unlimited_ : meter_));
     } else if (wires_ > 1) {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       offer(shortest_list(images_, options_.outputs, rng_));
@@ -169,6 +171,7 @@ class CliffordSearch {
   Layered beam(int width, Meter& meter) {
     BeamOptions options;
     options.width = width;
+    options.patience = 30 + wires_;
     options.noise = 1e-3 * problem_.small_change();
     BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
     const auto found = search.run(start_);

@@ -11,14 +11,23 @@
 namespace zelt::braidwerk::internal {
 
 OperatorCost cost_for(int wires) {
+  struct Choice {
+    int most_wires;
+    int twice_power;
+    double offset;
+    double other_side;
+  };
+  constexpr Choice choices[] = {{10, -5, 0, 1},        {18, -10, 0, 1},
+                                {28, -10, 0, 0.05},    {48, -14, 0.125, 0.05},
+                                {80, -20, 0.25, 0.05}, {most_wires, -24, 0.3, 0.05}};
+  const Choice* choice = choices;
+  while (wires > choice->most_wires) ++choice;
   OperatorCost cost;
-  cost.twice_power = wires <= 10   ? -5
-                     : wires <= 18 ? -8
-                     : wires <= 28 ? -10
-                     : wires <= 48 ? -12
-                                   : -16;
-  cost.other_side = wires <= 18 ? 1 : 0.05;
+  cost.twice_power = choice->twice_power;
   cost.scale = wires;
+  cost.offset = choice->offset * wires;
+  cost.other_side = choice->other_side;
+  if (wires > 128) cost.most_wires = 16;
   return cost;
 }
 
