@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <map>
 #include <optional>
 #include <vector>
 
 #include "support/graphs.h"
 #include "support/phases.h"
+#include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
 
@@ -100,11 +102,29 @@ TEST(ParitySearch, SameSeedAndStepsGiveTheSameCircuit) {
   EXPECT_EQ(search(7, 0, 20000), search(7, 0, 20000));
   EXPECT_NE(search(7, 0, 20000), search(8, 0, 20000));
   EXPECT_NE(search(7, 0, 20000), search(7, 1, 20000));
-  std::size_t last = search(7, 0, 0).size();
-  for (const std::uint64_t count : {100, 1000, 10000, 50000}) {
-    const std::size_t size = search(7, 0, count).size();
-    EXPECT_LE(size, last);
-    last = size;
+}
+
+/// By gates, or by layers where these are asked for.
+TEST(ParitySearch, MoreStepsAreNeverWorse) {
+  support::Rng rng(4);
+  const BitMatrix parities = pack_parities(random_polynomial(8, 30, rng), 8);
+  for (const auto& [leftover, by_depth] :
+       std::vector<std::pair<Leftover, bool>>{{Leftover::returned, false},
+                                              {Leftover::closed_freely, true},
+                                              {Leftover::closed, false},
+                                              {Leftover::closed, true}}) {
+    int last = std::numeric_limits<int>::max();
+    for (std::uint64_t count = 0; count < 20000; count += 1 + count / 5) {
+      const auto found =
+          search_parities(parities, {leftover, nullptr, by_depth, 5, 0}, steps(count));
+      structures::CnotCircuit circuit(8);
+      for (const PhaseStep& step : found.steps) {
+        if (step.is_cnot()) circuit.addGate(step.control, step.target);
+      }
+      const int cost = by_depth ? circuit.depth() : cnots(found);
+      ASSERT_LE(cost, last) << count;
+      last = cost;
+    }
   }
 }
 

@@ -179,9 +179,9 @@ class ParitySearch {
 
   /// Puts the outputs of the best circuit in their places, and walks on with them there.
   void settle(std::uint64_t steps) {
+    if (meter_.ended()) return;
     GateList list = in_place(found_, rng_);
     walked(settler_, list, steps);
-    answer(list);
   }
 
   /// Of equally short lists the one of fewest layers.
@@ -194,9 +194,10 @@ class ParitySearch {
                  const int its = depth_of(other.gates, n_);
                  if (!shorter && its >= depth) return false;
                  depth = its;
-                 if (rewriter.end() != ParityEnd::swaps) answer(other);
+                 offer(other, rewriter);
                  return true;
                });
+    offer(list, rewriter);
   }
 
   /// Keeps what is the shortest for the walk, and the answer that can be had from it. True when it
@@ -205,8 +206,18 @@ class ParitySearch {
     const bool shortest =
         found_.gates.empty() || rewriter_.length(list) <= rewriter_.length(found_);
     if (shortest) found_ = list;
-    answer(swapping() ? in_place(list, rng_) : list);
+    offer(list, rewriter_);
     return shortest;
+  }
+
+  /// What there is when the effort ends is only an answer where, had the search gone on, one as
+  /// good would have come of it: more effort is never worse.
+  void offer(const GateList& list, const ParityRewriter& rewriter) {
+    const bool swaps = rewriter.end() == ParityEnd::swaps;
+    const bool first = best_.gates.empty();
+    if (!first && meter_.ended() && (swaps || by_depth_)) return;
+    if (!swaps) return answer(list);
+    if (first || by_depth_ || rewriter.length(list) < best_.count()) answer(in_place(list, rng_));
   }
 
   void answer(const GateList& list) {
