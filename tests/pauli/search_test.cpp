@@ -111,7 +111,7 @@ Effort steps(std::uint64_t count) {
 
 TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
   std::mt19937 rng(1);
-  for (int instance = 0; instance < 90; ++instance) {
+  for (int instance = 0; instance < 60; ++instance) {
     const int n = static_cast<int>(rng() % (instance % 10 == 0 ? 51 : 9));
     const int most = instance % 7 == 0 ? 60 : 15;
     PauliRows table =
@@ -179,6 +179,14 @@ TEST(NetworkSearch, FewestKnown) {
   const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
   options.end = NetworkEnd::open;
   EXPECT_EQ(search_network(numbered(letters, n), options, steps(1000)).count, 3);
+}
+
+TEST(NetworkSearch, RefusesAGraphInPieces) {
+  const BitGraph pieces(3);
+  NetworkOptions options;
+  options.graph = &pieces;
+  const Rotations rotations = numbered(support::rows({"XXI"}), 3);
+  EXPECT_THROW(search_network(rotations, options, steps(1)), std::invalid_argument);
 }
 
 }  // namespace

@@ -121,8 +121,7 @@ int swaps_of(const std::vector<int>& wires) {
   return swaps;
 }
 
-void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
-                   Rng& rng) {
+void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, Rng& rng) {
   constexpr int ways = 4;
   if (swaps_of(wires) == 0) return;
   const int n = static_cast<int>(wires.size());
@@ -133,7 +132,7 @@ void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bo
     std::vector<NetworkEvent> found = with_swaps(events, wires, chance, rng);
     const int count = gates_of(found);
     const int depth = depth_of(found, n);
-    const auto cost = by_depth ? std::tuple(depth, count) : std::tuple(count, depth);
+    const std::tuple cost(count, depth);
     if (way > 0 && cost >= least) continue;
     best = std::move(found);
     least = cost;

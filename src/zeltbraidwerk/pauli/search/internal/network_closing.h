@@ -29,7 +29,6 @@ int swaps_of(const std::vector<int>& wires);
 /// Brings every qubit back to its own wire. A swap behind a gate on the same wires costs one gate
 /// more, as both together are two gates, and what comes later has its wires renamed; three where
 /// there is no such gate. The best of some random ways.
-void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, bool by_depth,
-                   Rng& rng);
+void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

@@ -8,19 +8,18 @@ namespace {
 constexpr std::size_t remembered = 5;
 
 constexpr NetworkPlan plans_free[] = {
-    {{.shape = 0.4, .bonus = 0, .emphasis = Emphasis::by_place, .rate = 40}},
-    {{.geometric = false, .shape = 1.5, .bonus = 0.2, .emphasis = Emphasis::by_place, .rate = 70}},
+    {{.shape = 0.45, .bonus = 0.7, .emphasis = Emphasis::by_place, .rate = 50}},
+    {{.geometric = false, .shape = 2, .emphasis = Emphasis::by_place, .rate = 80}},
     {{.shape = 0.45}},
+    {{.shape = 0.45, .bonus = 1, .emphasis = Emphasis::by_place, .rate = 50}},
     {{.geometric = false, .shape = 3, .bonus = 0.5}},
-    {{.shape = 0.4, .bonus = 0, .emphasis = Emphasis::by_place, .rate = 40}, true},
-    {{.geometric = false, .shape = 1.5, .bonus = 0.2, .emphasis = Emphasis::by_place, .rate = 70},
-     true},
+    {{.shape = 0.45, .bonus = 0.7, .emphasis = Emphasis::by_place, .rate = 50}, true},
 };
 constexpr NetworkPlan plans_in_order[] = {
-    {{.shape = 0.7, .bonus = 1, .emphasis = Emphasis::by_chain, .rate = 0.45}},
-    {{.shape = 0.65, .bonus = 0.8, .emphasis = Emphasis::by_predecessors, .rate = 1.2}},
+    {{.shape = 0.7, .bonus = 1, .emphasis = Emphasis::by_chain, .rate = 0.5}},
+    {{.shape = 0.7, .bonus = 0.6, .emphasis = Emphasis::by_predecessors, .rate = 1}},
+    {{.shape = 0.7, .bonus = 1, .emphasis = Emphasis::by_chain, .rate = 0.4}},
     {{.geometric = false, .shape = 0.7, .emphasis = Emphasis::by_predecessors, .rate = 1.2}},
-    {{.geometric = false, .shape = 1, .emphasis = Emphasis::by_chain, .rate = 0.4}},
 };
 
 double between(double low, double high, Rng& rng) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <optional>
+#include <stdexcept>
 #include <tuple>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
@@ -93,8 +94,14 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
 }
 
 void NetworkSearch::run_greedily() {
+  constexpr int always = 3;
+  constexpr int longest_without_emphasis = 1000;
+  int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
-    if (best_ && meter_.ended()) return;
+    if (plan.settings.emphasis == Emphasis::equal && given_.count() > longest_without_emphasis) {
+      continue;
+    }
+    if (runs++ >= always && meter_.ended()) return;
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
@@ -162,13 +169,13 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
 
 /// Longer with every cycle, each time from the best network.
 void NetworkSearch::walk(int cycle) {
-  constexpr std::uint64_t steps_an_event = 16;
-  const std::uint64_t steps = steps_an_event * best_->events.size() << std::min(cycle, 6);
-  NetworkWalk walk(best_->events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
+  constexpr std::uint64_t steps_an_event = 8;
+  const Network from = *best_;
+  const std::uint64_t steps = steps_an_event * from.events.size() << std::min(cycle, 6);
+  NetworkWalk walk(from.events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
                    options_.graph);
-  const std::vector<int> wires = best_->wires;
   constexpr Cooling cooling;
-  int least = best_->count;
+  int least = from.count;
   std::optional<std::vector<NetworkEvent>> found;
   for (std::uint64_t k = 0; k < steps; ++k) {
     const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
@@ -178,8 +185,8 @@ void NetworkSearch::walk(int cycle) {
     }
     if (!meter_.step()) break;
   }
-  if (found) keep(measured(std::move(*found), wires));
-  keep(measured(walk.events(), wires));
+  if (found) keep(measured(std::move(*found), from.wires));
+  keep(measured(walk.events(), from.wires));
 }
 
 /// With its tail, for which so many steps are taken, and the qubits where they are to stand.
@@ -198,7 +205,7 @@ Network NetworkSearch::closed(const std::vector<NetworkEvent>& events, const Lab
     for (const Gate& gate : tail.gates) whole.push_back({gate, -1});
     cancel_pairs(whole);
     if (in_place && swaps_of(tail.wires) > 0) {
-      take_in_swaps(whole, tail.wires, options_.by_depth, rng_);
+      take_in_swaps(whole, tail.wires, rng_);
       tail.wires = wires;
     }
     Network network = measured(std::move(whole), std::move(tail.wires));
@@ -268,6 +275,14 @@ NetworkResult NetworkSearch::result() const {
 
 NetworkResult search_network(const Rotations& rotations, const NetworkOptions& options,
                              const Effort& effort) {
+  const int n = rotations.frame.qubits();
+  if (options.graph != nullptr && n > 0) {
+    std::vector<int> all(static_cast<std::size_t>(n));
+    std::iota(all.begin(), all.end(), 0);
+    if (options.graph->size() != n || !is_connected(*options.graph, VertexSet(n, all))) {
+      throw std::invalid_argument("A graph of the qubits must be connected");
+    }
+  }
   return NetworkSearch(rotations, options, effort).run();
 }
 

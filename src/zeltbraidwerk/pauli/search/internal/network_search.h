@@ -36,7 +36,8 @@ struct NetworkResult {
 /// A short circuit of rotations. Identity strings are left out.
 ///
 /// Greedy runs, then beams from the start and from random gates of the best circuit so far, with
-/// random costs. The first run is finished whatever the effort.
+/// random costs, and walks between them. The first runs are finished whatever the effort. Throws
+/// std::invalid_argument for a graph that is not connected or has another number of wires.
 ZELTBRAIDWERK_KERNEL_EXPORT NetworkResult search_network(const Rotations& rotations,
                                                          const NetworkOptions& options,
                                                          const Effort& effort);
