@@ -25,7 +25,7 @@ class SwapNetwork {
     int edge;
   };
 
-  SwapNetwork(int width, int height) : width_(width), height_(height) {
+  SwapNetwork(int width, int height) : width_(width) {
     for (int v = 0; v < width * height; ++v) {
       if ((v + 1) % width != 0) edges_.emplace_back(v, v + 1);
       if (v + width < width * height) edges_.emplace_back(v, v + width);
@@ -83,7 +83,6 @@ class SwapNetwork {
   }
 
   int width_;
-  int height_;
   std::vector<std::pair<int, int>> edges_;
 };
 

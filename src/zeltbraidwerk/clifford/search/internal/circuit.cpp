@@ -9,8 +9,6 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int label_y = label_x | label_z;
-
 int label_of_letter(unsigned char letter) {
   return (letter_has_x(letter) ? label_x : 0) | (letter_has_z(letter) ? label_z : 0);
 }
