@@ -13,7 +13,7 @@ import time
 from collections.abc import Callable, Sequence
 from concurrent.futures import FIRST_COMPLETED, Future, ThreadPoolExecutor, wait
 from dataclasses import dataclass
-from typing import Any, Generic, NamedTuple, Protocol, TypeVar
+from typing import Any, Generic, Protocol, TypeVar
 
 from zeltbraidwerk import _validate, errors
 
@@ -70,7 +70,8 @@ class Control(Protocol):
         ...
 
 
-class Point(NamedTuple):
+@dataclass(frozen=True)
+class Point:
     """The best circuit at a moment of a search."""
 
     seconds: float
@@ -87,7 +88,7 @@ class Progress(int):
 
     def __new__(cls, objective: int, point: Point) -> Progress:
         self = super().__new__(cls, objective)
-        self.seconds, self.count, self.depth = point
+        self.seconds, self.count, self.depth = point.seconds, point.count, point.depth
         return self
 
 
@@ -101,8 +102,7 @@ class Trace:
         self._best: tuple[int, int] | None = None
 
     def hear(self, point: Point) -> None:
-        _, count, depth = point
-        key = (depth, count) if self.by_depth else (count, depth)
+        key = (point.depth, point.count) if self.by_depth else (point.count, point.depth)
         if self._best is not None and self._best <= key:
             return
         objective_fell = self._best is None or key[0] < self._best[0]

@@ -456,9 +456,9 @@ class _LinearSearch:
                 # One run beside those of other methods, the longer the more there are of them.
                 steps = steps * min(effort.restarts, 8) // 2
                 effort = replace(effort, restarts=1)
-        return _search.search_lane(partial(self._search, reach, steps), self._key, effort)
+        return _search.search_lane(partial(self._searched, reach, steps), self._key, effort)
 
-    def _search(self, reach: int | None, steps: int | None, run: int) -> _Found:
+    def _searched(self, reach: int | None, steps: int | None, run: int) -> _Found:
         """One run of the search."""
         site = self._sites.get("search")
         tail = (self._seed, run, steps, self._control)

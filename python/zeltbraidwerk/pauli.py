@@ -5,7 +5,7 @@ A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q 
 >>> import zeltbraidwerk as zb
 >>> result = zb.pauli.synthesize({"XXI": 0.5, "YYI": "a", "IZZ": 0.25}, seed=1)
 >>> result.count, result.verify()
-(5, True)
+(4, True)
 """
 
 from __future__ import annotations
@@ -132,6 +132,7 @@ def synthesize(
     steps a run, or goes to the end of the budget; its first circuit is ready in milliseconds for a
     thousand rotations. Ctrl-C and a budget end the other methods between two runs.
 
+    >>> import zeltbraidwerk as zb
     >>> ansatz = zb.gallery.uccsd(4, 2)
     >>> zb.pauli.synthesize(ansatz, method="search", order="commuting", seed=1).count
     15
@@ -278,9 +279,9 @@ class _PauliSearch:
         steps = self._effort.search_steps
         if within_auto and self._effort.steps is None and steps is not None:
             steps = _AUTO_STEPS if self._effort.restarts is None else _AUTO_STEPS // 10
-        return _search.search_lane(partial(self._search, steps), self._key, self._effort)
+        return _search.search_lane(partial(self._searched, steps), self._key, self._effort)
 
-    def _search(self, steps: int | None, run: int) -> _Found:
+    def _searched(self, steps: int | None, run: int) -> _Found:
         adjacency = np.zeros((0, 0), dtype=bool) if self._site is None else self._site.adjacency
         in_order = self._order == "commuting"
         operations, wires, count, depth = _core._search_network(
