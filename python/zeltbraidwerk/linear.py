@@ -296,6 +296,8 @@ def synthesize(
         lanes.append(search.search_lane(True, None))
     elif method == "search":
         lanes = [search.search_lane(False, None)]
+        if effort.steps == 0 and effort.search_runs == 1:
+            return search.greedy(lanes[0])
     else:
         chosen = _METHODS[method]
         if chosen.quick and effort.restarts in (None, 1) and effort.budget is None:
@@ -438,6 +440,12 @@ class _LinearSearch:
     def single(self, name: str, options: dict[str, int]) -> LinearSynthesis:
         """Run 0 of a method that always finishes, without a thread."""
         return self._result(self._run(name, options, 0, 1)[1], 1)
+
+    def greedy(self, lane: _search.Lane[_Found]) -> LinearSynthesis:
+        """A search of no steps always finishes, and needs no thread."""
+        made = lane.run(0, 1)
+        assert made is not None
+        return self._result(made[1], 1, self._front())
 
     def lane(self, name: str, runs: int | None, options: dict[str, int]) -> _search.Lane[_Found]:
         draws = name in _ON_DEVICE or _METHODS[name].draws
