@@ -45,7 +45,8 @@ def test_types(tmp_path):
     config = tmp_path / "mypy.ini"
     config.write_text(
         "[mypy]\nstrict = True\nexclude = demo\n"
-        "[mypy-matplotlib.*,qiskit.*,pytket.*,stim.*]\nignore_missing_imports = True\nfollow_imports = skip\n"
+        "[mypy-matplotlib.*,qiskit.*,pytket.*,stim.*]\n"
+        "ignore_missing_imports = True\nfollow_imports = skip\n"
     )
     command = [sys.executable, "-m", "mypy", "--config-file", config, "-p", "zeltbraidwerk"]
     done = subprocess.run(command, cwd=tmp_path, capture_output=True, text=True, check=False)
