@@ -36,7 +36,8 @@ class BlockwiseSearch {
 
   bool finished() const { return std::ranges::all_of(searches_, &FreeSearch::finished); }
 
-  bool hot() const { return searches_.size() == 1 && searches_[0].hot(); }
+  /// The search of a map that is one block; null for others.
+  const FreeSearch* single() const { return searches_.size() == 1 ? &searches_[0] : nullptr; }
 
   GateList best() const { return joined(nullptr, nullptr); }
 
@@ -132,8 +133,9 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   Keeper keeper(closed(search.best(), rng), meter);
   if (meter.ended()) return keeper.best();
   const BlockRewriter rewriter(window, false);
-  const bool hot = search.hot();
-  const Cooling cooling = hot ? FreeSearch::hot_cooling : FreeSearch::cooling;
+  const FreeSearch* single = search.single();
+  const bool long_walks = single != nullptr && single->prefers_long_walks();
+  const Cooling cooling = single != nullptr ? single->cooling() : Cooling{0.15F, 0.01F};
   const auto heard = [&](const GateList& list, bool) {
     keeper.offer(list);
     return true;
@@ -142,14 +144,14 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   double steps = first_round;
   for (int number = 0; !meter.ended(); ++number, steps *= growth) {
     const auto whole = static_cast<std::uint64_t>(steps);
-    search.round(number, hot ? whole / 4 : whole / 2, rng, meter, [](const GateList&) {});
+    search.round(number, long_walks ? whole / 4 : whole / 2, rng, meter, [](const GateList&) {});
     if (meter.ended()) break;  // with more effort nothing would be closed here
-    if (hot && number % 3 != 0) continue;
+    if (long_walks && number % 3 != 0) continue;
     GateList fresh = closed(search.best(), rng);
-    walk_round(fresh, rewriter, hot ? 13 * whole : whole, cooling, rng, meter, heard);
+    walk_round(fresh, rewriter, long_walks ? 13 * whole : whole, cooling, rng, meter, heard);
     keeper.offer(fresh);
     if (fresh.count() <= walker.count()) std::swap(walker, fresh);
-    if (!hot) walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
+    if (!long_walks) walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
     keeper.offer(walker);
   }
   return keeper.best();

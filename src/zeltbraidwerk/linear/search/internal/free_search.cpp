@@ -105,7 +105,7 @@ FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), wi
   const int n = m_.rows();
   const int ones = n <= greedy_wires ? std::min(m_.weight(), inverse(m_).weight()) : n * n;
   sparse_ = n > most_window_wires && ones < n * n / 3;
-  hot_ = !sparse_ && n > small && n <= wide_beam;
+  long_ = !sparse_ && n > 10 && n <= wide_beam;
   if (n <= most_window_wires) {
     best_ = shortest_circuit(m_, true, rng);
     optimal_ = true;
@@ -121,6 +121,11 @@ FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), wi
   shortest_ = best_.count();
 }
 
+Cooling FreeSearch::cooling() const {
+  if (!long_) return m_.rows() <= extension ? Cooling{0.15F, 0.01F} : Cooling{0.05F, 0.005F};
+  return m_.rows() <= small ? Cooling{0.15F, 0.05F} : Cooling{0.3F, 0.003F};
+}
+
 GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
   const int n = m_.rows();
   if (sparse_ && n <= extension) {
@@ -134,8 +139,8 @@ GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
   }
   if (n <= wide_beam) {
     // Small ones walk from many starts, larger ones long from the best.
-    if (hot_ ? number > 0 : number > 1 && number % 2 == 0) return {};
-    return reduce(m_, beam_cost(n), number == 0 && !hot_ ? 10 : 300,
+    if (long_ ? number > 0 : number > 1 && number % 2 == 0) return {};
+    return reduce(m_, beam_cost(n), number == 0 && !long_ ? 10 : 300,
                   static_cast<Facing>(number % 4), rng, meter);
   }
   if (n <= extension) {

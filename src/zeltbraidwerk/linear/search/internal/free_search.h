@@ -51,27 +51,27 @@ class FreeSearch {
     if (!fresh.gates.empty()) {
       heard(fresh, true);
       const bool far = fresh.count() > best_.count() + best_.count() / 8;
-      if (!far && !hot_) walk_round(fresh, rewriter, steps, cooling, rng, meter, heard);
+      if (!far && !long_) walk_round(fresh, rewriter, steps, cooling(), rng, meter, heard);
       if (fresh.count() <= best_.count()) best_ = std::move(fresh);
     }
-    if (!hot_) {
-      walk_round(best_, rewriter, steps, cooling, rng, meter, heard);
+    if (!long_) {
+      walk_round(best_, rewriter, steps, cooling(), rng, meter, heard);
     } else if (number % 3 == 0) {
-      walk_round(best_, rewriter, 10 * steps, hot_cooling, rng, meter, heard);
+      walk_round(best_, rewriter, 10 * steps, cooling(), rng, meter, heard);
     }
   }
 
-  static constexpr Cooling cooling{0.15F, 0.01F};
-  static constexpr Cooling hot_cooling{0.3F, 0.003F};
-  /// Whether long hot walks are worth more than many: for dense maps of 21 to 40 wires.
-  bool hot() const { return hot_; }
+  /// Whether long walks are worth more than many: for dense maps of 11 to 40 wires.
+  bool prefers_long_walks() const { return long_; }
+  /// Of walks on maps of this size and kind.
+  Cooling cooling() const;
 
  private:
   GateList start(int number, Rng& rng, Meter& meter) const;
 
   BitMatrix m_;
   bool sparse_;  // or its inverse is: ciphers
-  bool hot_;
+  bool long_;
   bool optimal_ = false;
   GateList best_;
   int shortest_;
