@@ -144,9 +144,12 @@ def _greedy(budget: float) -> str:
 
 
 def heavy_hex() -> zb.Device:
-    """Two heavy hexagons side by side without two of the outer vertices: 19 qubits."""
-    ring = [(k, (k + 1) % 12) for k in range(12)]
-    return zb.Device(19, [*ring, (0, 12), *((k, k + 1) for k in range(12, 18)), (18, 4)], "hex_19")
+    """The heavy hexagons of a code of distance 3: three rows of three qubits with a flag between
+    neighbours, and in each gap one qubit that joins ends and one that joins flags."""
+    edges = [(5 * row + k, 5 * row + k + 1) for row in range(3) for k in range(4)]
+    for qubit, (above, below) in enumerate(((0, 5), (3, 8), (6, 11), (9, 14)), 15):
+        edges += [(above, qubit), (qubit, below)]
+    return zb.Device(19, edges, "heavy hexagons")
 
 
 def rows() -> list[Row]:
