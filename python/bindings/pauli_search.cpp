@@ -14,6 +14,7 @@
 #include "operations.h"
 #include "search.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/pauli/internal/colouring.h"
 #include "zeltbraidwerk/pauli/internal/commuting_sets.h"
 #include "zeltbraidwerk/pauli/internal/diagonaliser.h"
@@ -29,7 +30,6 @@
 namespace zelt::braidwerk::python {
 
 using internal::Draw;
-using internal::Elimination;
 using internal::PauliFrame;
 using internal::Rotations;
 using nb::literals::operator""_a;
@@ -78,13 +78,16 @@ struct Network {
   TwoQubitCost cost;
 };
 
+constexpr std::uint64_t closing_steps = 10'000;  ///< a few milliseconds, and no large table
+
 struct Search {
   Method method;
   const Strings& strings;
   int qubits;
   bool in_order;
   Tail tail;
-  Graph* graph;  // null: any two qubits may meet
+  Graph* graph;                     // null: any two qubits may meet
+  const internal::BitGraph* edges;  // of the graph
   std::uint64_t seed;
   bool by_depth;
 
@@ -100,7 +103,7 @@ struct Search {
     Network found;
     found.gates = in_order ? internal::synthesise_in_order(renamed(names), synthesis)
                            : synthesis(renamed(names));
-    close(found);
+    close(found, number);
     rename_back(found, names);
     found.cost = two_qubit_cost(found.gates, qubits);
     return found;
@@ -144,35 +147,35 @@ struct Search {
     return result;
   }
 
-  /// On a device the Clifford gates are undone one by one, on the edges where they stand.
-  void close(Network& found) const {
+  /// Undoes the Clifford gates by a short search for one circuit of them all, or one by one where
+  /// that is no longer.
+  void close(Network& found, int number) const {
     found.wires.resize(static_cast<std::size_t>(qubits));
     std::iota(found.wires.begin(), found.wires.end(), 0);
     if (tail == Tail::returned || method == methods[0].second) return;
-    PauliFrame images = internal::identity_images(qubits);
-    std::vector<Gate> undone;
+    std::vector<Gate> undoing;
     for (const Gate& gate : found.gates) {
-      if (!gate.params.empty() && gate.params[0].is_abstract) continue;
-      images.apply(gate);
-      undone.push_back(gate);
+      if (gate.params.empty() || !gate.params[0].is_abstract) undoing.push_back(gate);
     }
-    if (graph != nullptr) {
-      undone = internal::inverted(undone);
-    } else {
-      Elimination best = internal::eliminate_clifford(images, false);
-      if (tail == Tail::closed) {
-        best.close();
-        Elimination other = internal::eliminate_clifford(images, true);
-        other.close();
-        if (count(other.gates) < count(best.gates)) best = std::move(other);
-      }
-      undone = std::move(best.gates);
-      found.wires = std::move(best.wires);
-    }
-    found.gates.insert(found.gates.end(), undone.begin(), undone.end());
-  }
+    undoing = internal::inverted(undoing);
+    PauliFrame images = internal::identity_images(qubits);
+    for (const Gate& gate : undoing) images.apply(gate);
 
-  int count(const std::vector<Gate>& gates) const { return two_qubit_cost(gates, qubits).count; }
+    internal::CliffordOptions options;
+    options.outputs = tail == Tail::closed ? internal::Outputs::in_place : internal::Outputs::free;
+    options.by_depth = by_depth;
+    options.seed = seed;
+    options.stream = static_cast<std::uint64_t>(number);
+    options.device = edges;
+    internal::Effort effort;
+    effort.steps = closing_steps;
+    auto [closing, shortest, depth] = internal::search_clifford(images, options, effort);
+    if (shortest < two_qubit_cost(undoing, qubits).count) {
+      undoing = std::move(closing.gates);
+      found.wires = std::move(closing.wires);
+    }
+    found.gates.insert(found.gates.end(), undoing.begin(), undoing.end());
+  }
 
   void rename_back(Network& found, const std::vector<int>& names) const {
     std::vector<int> old(names.size());
@@ -232,9 +235,17 @@ void bind_pauli_search(nb::module_& m) {
         const Strings strings = to_strings(letters);
         const int qubits = static_cast<int>(letters.shape(1));
         std::optional<Graph> device = with_paths(std::move(graph));
-        const Search search{
-            method_named(method),        strings, qubits,  in_order, static_cast<Tail>(tail),
-            device ? &*device : nullptr, seed,    by_depth};
+        std::optional<internal::BitGraph> edges;
+        if (device) edges.emplace(*device);
+        const Search search{method_named(method),
+                            strings,
+                            qubits,
+                            in_order,
+                            static_cast<Tail>(tail),
+                            device ? &*device : nullptr,
+                            edges ? &*edges : nullptr,
+                            seed,
+                            by_depth};
         auto best = unlocked([&] {
           return best_of_runs(
               first, last, control.control(qubits), [&](int number) { return search.run(number); },
