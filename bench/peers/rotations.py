@@ -49,11 +49,24 @@ def inputs(quick: bool) -> Iterator[tuple[str, Rotations]]:
     yield "Ising 12", small_angles([*ring, *("I" * k + "X" + "I" * (11 - k) for k in range(12))])
 
 
-def pytket_greedy(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float]:
+def to_pytket(rotations: Rotations) -> PytketCircuit:
     n = len(next(iter(rotations)))
-    start = PytketCircuit(n)
+    circuit = PytketCircuit(n)
     for string, angle in rotations.items():
-        start.add_pauliexpbox(PauliExpBox([Pauli[p] for p in string], angle / math.pi), range(n))
+        circuit.add_pauliexpbox(PauliExpBox([Pauli[p] for p in string], angle / math.pi), range(n))
+    return circuit
+
+
+def to_qiskit(rotations: Rotations) -> QuantumCircuit:
+    n = len(next(iter(rotations)))
+    circuit = QuantumCircuit(n)
+    operator = SparsePauliOp([s[::-1] for s in rotations], [a / 2 for a in rotations.values()])
+    circuit.append(PauliEvolutionGate(operator), range(n))
+    return circuit
+
+
+def pytket_greedy(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float]:
+    start = to_pytket(rotations)
 
     def run() -> PytketCircuit:
         circuit = start.copy()
@@ -62,7 +75,7 @@ def pytket_greedy(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float
 
     circuit, seconds = timed(run)
     AutoRebase({OpType.CX, OpType.Rz, OpType.Rx}).apply(circuit)
-    kept = PytketCircuit(n)
+    kept = PytketCircuit(circuit.n_qubits)
     for command in circuit:
         kept.add_gate(command.op.type, command.op.params, [q.index[0] for q in command.qubits])
     return zb.Circuit.from_pytket(kept), seconds
@@ -70,10 +83,7 @@ def pytket_greedy(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float
 
 def qiskit_default(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float]:
     """Angles as they are, level 3, to CX and rotations."""
-    n = len(next(iter(rotations)))
-    circuit = QuantumCircuit(n)
-    operator = SparsePauliOp([s[::-1] for s in rotations], [a / 2 for a in rotations.values()])
-    circuit.append(PauliEvolutionGate(operator), range(n))
+    circuit = to_qiskit(rotations)
     found, seconds = timed(
         lambda: transpile(
             circuit, basis_gates=["cx", "rz", "rx"], optimization_level=3, seed_transpiler=1
@@ -122,6 +132,7 @@ PEERS = (
     ("greedy-depth", ours(method="greedy-depth", permutation="free")),
     ("sets-closed", ours(method="sets-closed")),
     ("auto", ours(permutation="free")),
+    ("search, 15 s", ours(method="search", permutation="free", budget=15)),
 )
 
 

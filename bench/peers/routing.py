@@ -9,14 +9,15 @@ from __future__ import annotations
 
 import random
 import sys
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Iterator, Sequence
 from pathlib import Path
 from statistics import mean
 
+from pytket import Circuit as PytketCircuit
 from pytket.architecture import Architecture
-from pytket.passes import DecomposeBoxes, DefaultMappingPass, SequencePass, SynthesiseTket
+from pytket.passes import BasePass, DecomposeBoxes, DefaultMappingPass, SynthesiseTket
 from pytket.transform import Transform
-from qiskit import transpile
+from qiskit import QuantumCircuit, transpile
 from qiskit.transpiler import CouplingMap
 
 import zeltbraidwerk as zb
@@ -55,9 +56,9 @@ def inputs(quick: bool, folder: Path | None) -> Iterator[tuple[str, zb.Circuit]]
             yield file.stem, circuit
 
 
-def qiskit_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost:
+def qiskit_on(source: QuantumCircuit, device: zb.Device, timed: Timer) -> Cost:
+    """Level 3, to CX and gates on one qubit on the device's edges."""
     couplings = CouplingMap([pair for a, b in device.edges for pair in ((a, b), (b, a))])
-    source = circuit.to_qiskit()
     found, seconds = timed(
         lambda: transpile(
             source, coupling_map=couplings, basis_gates=["cx", "rz", "sx", "x"],
@@ -72,14 +73,17 @@ def qiskit_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost
     return _cost(pairs, device, seconds)
 
 
-def pytket_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost:
+def pytket_on(
+    source: PytketCircuit, device: zb.Device, timed: Timer, first: Sequence[BasePass] = ()
+) -> Cost:
+    """The passes ``first``, then the default placement and routing."""
     architecture = Architecture(list(device.edges))
-    passes = SequencePass([DecomposeBoxes(), DefaultMappingPass(architecture)])
-    source = circuit.to_pytket()
+    passes = (DecomposeBoxes(), *first, DefaultMappingPass(architecture))
 
-    def run():
+    def run() -> PytketCircuit:
         routed = source.copy()
-        passes.apply(routed)
+        for one in passes:
+            one.apply(routed)
         Transform.DecomposeSWAPtoCX(architecture).apply(routed)
         Transform.DecomposeBRIDGE().apply(routed)
         SynthesiseTket().apply(routed)
@@ -92,6 +96,14 @@ def pytket_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost
         if len(command.qubits) == 2
     ]
     return _cost(pairs, device, seconds)
+
+
+def qiskit_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost:
+    return qiskit_on(circuit.to_qiskit(), device, timed)
+
+
+def pytket_default(circuit: zb.Circuit, device: zb.Device, timed: Timer) -> Cost:
+    return pytket_on(circuit.to_pytket(), device, timed)
 
 
 def ours(**options: object):

@@ -21,6 +21,7 @@ from functools import partial
 from pathlib import Path
 from statistics import mean
 
+import cliffords
 import numpy as np
 import pyzx
 import rotations
@@ -147,33 +148,40 @@ DEVICES = {"3 x 3 grid": zb.Device.grid(3, 3), "4 x 4 grid": zb.Device.grid(4, 4
 
 def devices(quick: bool) -> None:
     """Random matrices on the edges of a device, every output in its place."""
-    for runs in (1, 100):
-        print(f"\nOn a device, {runs} runs\n{_line(HEADS)}")
+    for title, options in (
+        ("auto, 1 run", {"restarts": 1}),
+        ("auto, 20 runs", {"restarts": 20}),
+        ("search, 5 s", {"method": "search", "budget": 5}),
+    ):
+        print(f"\nOn a device, {title}\n{_line(HEADS)}")
         for name, device in DEVICES.items():
-            matrices = gallery.random_invertible(device.n, 3 if quick else 20)
-            their, our = pyzx_on(device), ours("auto", device=device, restarts=runs, seed=1)
+            matrices = gallery.random_invertible(device.n, 3 if quick else 10)
+            their = pyzx_on(device)
+            our = ours(**{"method": "auto", "device": device, "seed": 1} | options)
             them = measured("PyZX", their, matrices, device)
-            us = measured("auto", our, matrices, device)
-            _compare(name, "PyZX", them, f"auto, {runs} runs", us)
+            us = measured("ours", our, matrices, device)
+            _compare(name, "PyZX", them, title, us)
 
 
 def phases(quick: bool) -> None:
     """Random phase polynomials on any two qubits, with what they leave behind undone."""
-    for method, runs in (("gray", 1), ("auto", 1), ("auto", 20)):
-        print(f"\nPhase polynomials, {method}, {runs} runs\n{_line(HEADS)}")
+    for title, options in (
+        ("gray, 1 run", {"method": "gray", "restarts": 1}),
+        ("auto, 1 run", {"restarts": 1}),
+        ("search, 3 s", {"method": "search", "budget": 3}),
+    ):
+        print(f"\nPhase polynomials, {title}\n{_line(HEADS)}")
         for n, terms in ((8, 64), (16, 160), (20, 200)):
             them, us = [], []
-            for parities in gallery.random_parities(n, terms, 3 if quick else 20):
+            for parities in gallery.random_parities(n, terms, 3 if quick else 10):
                 wires = [[parity >> q & 1 for parity in parities] for q in range(n)]
                 circuit, seconds = timed(partial(synth_cnot_phase_aam, wires, [0.1] * terms))
                 poly = dict.fromkeys(parities, 0.1)
                 them.append(_phase_cost(zb.Circuit.from_qiskit(circuit), poly, seconds))
-                call = partial(zb.phase.synthesize, poly, n=n, method=method, restarts=runs, seed=1)
+                call = partial(zb.phase.synthesize, poly, n=n, seed=1, **options)
                 result, seconds = timed(call)
                 us.append(_phase_cost(result.circuit, poly, seconds))
-            _compare(
-                f"{n}, {terms} terms", "Qiskit", _means(them), f"{method}, {runs} runs", _means(us)
-            )
+            _compare(f"{n}, {terms} terms", "Qiskit", _means(them), title, _means(us))
 
 
 def _phase_cost(circuit: zb.Circuit, poly: dict[int, float], seconds: float) -> tuple[float, ...]:
@@ -212,6 +220,12 @@ COMPARISONS: tuple[tuple[str, tuple[int | str, ...], Named, Named], ...] = (
         (8, 16, 32, 64, "aes_mixcolumns"),
         ("pytket", pytket_greedy),
         ("auto, 20 runs", ours("auto", restarts=20, **FREE)),
+    ),
+    (
+        "Wires free, longer search",
+        (8, 16, 32, 64, "aes_mixcolumns"),
+        ("pytket", pytket_greedy),
+        ("search, 5 s", ours("search", budget=5, **FREE)),
     ),
     (
         "Wires free, for depth",
@@ -257,6 +271,7 @@ def main() -> int:
     devices(quick)
     phases(quick)
     rotations.main(timed, quick)
+    cliffords.main(timed, quick)
     routing.main(timed, quick, options.circuits)
     tableau(gates=1000 if quick else 100_000)
     print("\nCNOTs x, depth x: ours over theirs. speed-up: their time over ours.")
