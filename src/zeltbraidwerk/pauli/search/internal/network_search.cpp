@@ -5,8 +5,10 @@
 #include <optional>
 #include <stdexcept>
 #include <tuple>
+#include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/pauli/search/internal/diagonal_network.h"
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
@@ -283,7 +285,17 @@ NetworkResult search_network(const Rotations& rotations, const NetworkOptions& o
       throw std::invalid_argument("A graph of the qubits must be connected");
     }
   }
-  return NetworkSearch(rotations, options, effort).run();
+  if (!is_locally_diagonal(rotations.frame)) return NetworkSearch(rotations, options, effort).run();
+  // The first runs do better on few light rotations, the search for parities on all others.
+  Effort none = effort;
+  none.steps = 0;
+  NetworkResult first = NetworkSearch(rotations, options, none).run();
+  NetworkResult found = search_diagonal_network(rotations, options, effort);
+  const auto size = [&](const NetworkResult& result) {
+    const std::pair both(result.count, result.depth);
+    return options.by_depth ? std::pair(both.second, both.first) : both;
+  };
+  return size(found) < size(first) ? found : first;
 }
 
 }  // namespace zelt::braidwerk::internal
