@@ -53,7 +53,7 @@ void bind_cnot_search(nb::module_& m) {
       [](const ArrayLike& matrix, bool exact, std::uint64_t seed, int run,
          std::optional<std::uint64_t> steps, SearchControl& control) -> std::vector<Found> {
         const BitMatrix bits = to_bits(matrix, "matrix");
-        const internal::ShallowOptions options{!exact, seed, stream(run), {}};
+        const internal::ShallowOptions options{!exact, seed, stream(run)};
         const auto front = unlocked(
             [&] { return internal::search_shallow_cnot(bits, options, control.effort(steps)); });
         std::vector<Found> found;

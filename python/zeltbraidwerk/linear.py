@@ -37,6 +37,7 @@ _Found = tuple[str, CnotCircuit, tuple[int, ...]]
 
 _FACINGS = 4  # runs that differ without a draw
 _STEPS_A_QUBIT = 12_500  # of a search without a limit
+_STEPS_FOR_DEPTH = 100_000  # the same up to 32 qubits; above, a step takes longer by their square
 _SHORT_BUDGET = 0.25  # seconds; the tables of windows on five wires take a part of it to build
 
 
@@ -249,11 +250,12 @@ def synthesize(
 
     "search" gets better for as long as it may go on: ``steps`` steps a run, or to the end of the
     budget; without either it makes 12,500 steps a qubit, which take 0.1 s for 8 qubits and about
-    1 s for 64. What it does depends on the seed and the step alone: the same seed and steps give
-    the same circuit on every machine, and more is never worse. With a budget and no ``restarts``
-    each job makes one run. With 0 steps there is no more than a greedy run, in a millisecond for 16
-    qubits. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
-    lets outputs end up so many edges from their places, between "exact" (0) and "free".
+    1 s for 64, or for depth what takes about a second up to 100 qubits. What it does depends on the
+    seed and the step alone: the same seed and steps give the same circuit on every machine, and
+    more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
+    there is no more than a greedy run, in a millisecond for 16 qubits. Its runs for the objective
+    "depth" also give ``result.front``. On a device, ``reach`` lets outputs end up so many edges
+    from their places, between "exact" (0) and "free".
 
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count
@@ -459,7 +461,10 @@ class _LinearSearch:
         effort = self._effort
         steps = effort.steps
         if steps is None and effort.budget is None:
-            steps = _STEPS_A_QUBIT * max(len(self._bits), 8)
+            n = len(self._bits)
+            steps = _STEPS_A_QUBIT * max(n, 8)
+            if self._objective == "depth":
+                steps = min(_STEPS_FOR_DEPTH, _STEPS_FOR_DEPTH * 32 * 32 // max(n, 1) ** 2)
             if within_auto and effort.restarts is not None:
                 # One run beside those of other methods, the longer the more there are of them.
                 steps = steps * min(effort.restarts, 8) // 2

@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "zeltbraidwerk/linear/internal/block_recursion.h"
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/search/internal/depth_rewriter.h"
@@ -52,7 +53,7 @@ class ShallowSearch {
 
   std::vector<LayeredCircuit> run() {
     first_circuit();
-    for (const GateList& list : options_.known) consider(list);
+    if (n_ >= wires_of_blocks && !meter_.ended()) block_recursion();
     if (n_ < 2) return front_.circuits();
     for (int round = 0; !meter_.ended() && front_.shallowest().depth > 0; ++round) {
       const std::uint64_t steps = std::uint64_t{10000} << std::min(round, 30);
@@ -67,6 +68,8 @@ class ShallowSearch {
   }
 
  private:
+  static constexpr int wires_of_blocks = 24;  ///< on fewer wires, greedy layers are fewer
+
   void first_circuit() {
     Effort whole;
     whole.control.stop = meter_.control().stop;
@@ -75,6 +78,23 @@ class ShallowSearch {
     consider(found ? series_.circuit() : list_of(eliminate_gauss(m_)));
     for (std::uint64_t k = 0; k < meter.steps() && meter_.step(); ++k) {
     }
+  }
+
+  /// Of large matrices far fewer layers than the greedy ones, and as many gates.
+  void block_recursion() {
+    FreeCircuit found(n_);
+    BlockRecursion recursion(found.circuit.gates, meter_.control());
+    if (!recursion.reduce(m_, found.perm.data())) return;
+    found.circuit.reverse();
+    found.outputs_from_inputs();
+    GateList list = list_of(found.circuit);
+    for (int r = 0; r < n_; ++r) {
+      const int wire = found.perm[static_cast<std::size_t>(r)];
+      for (int label = 0; label < 4; ++label) {
+        list.origin[end_of(wire, label)] = end_of(r, label);
+      }
+    }
+    consider(std::move(list));
   }
 
   /// The best of layers alone after so many steps.

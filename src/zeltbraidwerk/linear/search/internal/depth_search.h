@@ -14,7 +14,6 @@ struct ShallowOptions {
   bool permuted = true;  ///< outputs may end up on any wires
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;
-  std::vector<GateList> known;  ///< circuits of the matrix to begin with, beside the search's own
 };
 
 /// CNOT circuits of an invertible matrix with few layers: first the best by depth, then by gates,
@@ -22,7 +21,7 @@ struct ShallowOptions {
 /// holds row origin[w] of the matrix in the end; without `permuted` that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
-/// and between these rounds of annealing on windows, for different prices of a gate in layers,
+/// from 24 wires on block recursion, and between these rounds of annealing on windows, for different prices of a gate in layers,
 /// longer and longer. The greedy run is always finished. A singular matrix has no circuit; for one
 /// the result is what elimination makes of it.
 ///
