@@ -131,6 +131,7 @@ PEERS = (
     ("two steps ahead", ours(depth=2)),
     ("for depth", ours(objective="depth")),
     ("closed", ours(tail="close")),
+    ("two, closed", ours(depth=2, tail="close")),
 )
 
 
