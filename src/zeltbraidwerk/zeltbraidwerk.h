@@ -4,6 +4,7 @@
 /// The whole library.
 
 #include "zeltbraidwerk/clifford/clifford_circuit.h"
+#include "zeltbraidwerk/clifford/search_synthesis.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/random.h"
 #include "zeltbraidwerk/foundations/signal_handler.h"
@@ -27,8 +28,10 @@
 #include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
+#include "zeltbraidwerk/pauli/search_synthesis.h"
 #include "zeltbraidwerk/phase/gray_synth.h"
 #include "zeltbraidwerk/phase/gray_synth_on_graph.h"
+#include "zeltbraidwerk/phase/search_synthesis.h"
 #include "zeltbraidwerk/routing/ion_nnizer.h"
 #include "zeltbraidwerk/routing/linear_nnizer.h"
 #include "zeltbraidwerk/routing/metrics.h"

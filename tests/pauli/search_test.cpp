@@ -184,12 +184,4 @@ TEST(NetworkSearch, FewestKnown) {
   EXPECT_EQ(search_network(numbered(letters, n), options, steps(1000)).count, 3);
 }
 
-TEST(NetworkSearch, RefusesAGraphInPieces) {
-  const BitGraph pieces(3);
-  NetworkOptions options;
-  options.graph = &pieces;
-  const Rotations rotations = numbered(support::rows({"XXI"}), 3);
-  EXPECT_THROW(search_network(rotations, options, steps(1)), std::invalid_argument);
-}
-
 }  // namespace

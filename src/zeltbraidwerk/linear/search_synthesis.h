@@ -1,22 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
+#include "zeltbraidwerk/search/search_effort.h"
 
 namespace synthesis {
-
-/// How far search_synthesis goes. What it does depends on seed and stream, never on how far it may
-/// go: the same seed, stream and steps give the same circuit, and more effort is never worse.
-struct SearchEffort {
-  std::uint64_t steps = 200'000;  ///< a microsecond or two each
-  double seconds = std::numeric_limits<double>::infinity();
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;  ///< of the seed, one a run: for several threads
-};
 
 /// A short CNOT circuit of an invertible matrix, by search: a greedy reduction by additions of rows
 /// and of columns, then beams of them, then walks among the circuits of the map through windows

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/turns.h"
+#include "zeltbraidwerk/foundations/weyl.h"
 
 using structures::Gate;
 
@@ -138,6 +139,23 @@ class Eliminator {
 };
 
 }  // namespace
+
+PauliFrame images_under(const structures::OperatorTableau& tableau) {
+  const int n = tableau.nbqbits;
+  PauliFrame images(n, 2 * n);
+  for (int r = 0; r < 2 * n; ++r) {
+    structures::WeylOperator image = r < n ? structures::WeylOperator::pauli_x(r, n)
+                                           : structures::WeylOperator::pauli_z(r - n, n);
+    image.conjugate_with(tableau);
+    const auto [negative, letters] = image.to_pauli();
+    images.set_negative(r, negative);
+    for (int q = 0; q < n; ++q) {
+      const char letter = letters[static_cast<std::size_t>(q)];
+      images.set_letter(r, q, letter == 'I' ? 0 : static_cast<unsigned char>(letter - 'X' + 1));
+    }
+  }
+  return images;
+}
 
 PauliFrame identity_images(int qubits) {
   PauliFrame frame(qubits, 2 * qubits);

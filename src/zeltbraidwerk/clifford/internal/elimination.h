@@ -4,12 +4,16 @@
 
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/foundations/operator_tableau.h"
 
 namespace zelt::braidwerk::internal {
 
 /// The images of X on qubits 0 to n-1, then those of Z, under the identity; carried through a
 /// circuit, they are its tableau.
 ZELTBRAIDWERK_KERNEL_EXPORT PauliFrame identity_images(int qubits);
+
+/// The same under the operator of a tableau.
+PauliFrame images_under(const structures::OperatorTableau& tableau);
 
 /// What undoes a Clifford operator: behind the gates, the images of X and Z on qubit q are X and Z
 /// on wire wires[q].

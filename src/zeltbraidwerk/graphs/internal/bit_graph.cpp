@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -104,6 +105,14 @@ bool is_connected(const BitGraph& graph, const VertexSet& members) {
     graph.meet_neighbours(v, unmet, open);
   }
   return unmet.empty();
+}
+
+void require_connected(const BitGraph& graph, int n) {
+  VertexSet all(graph.size());
+  for (int v = 0; v < graph.size(); ++v) all.insert(v);
+  if (graph.size() != n || (n > 0 && !is_connected(graph, all))) {
+    throw std::invalid_argument("A device must be a connected graph of the qubits");
+  }
 }
 
 VertexSet non_cutting(const BitGraph& graph, const VertexSet& members) {

@@ -146,6 +146,9 @@ inline bool BitGraph::is_leaf(int v) const {
 /// Whether the members, with the edges among them, hang together. False for no members.
 ZELTBRAIDWERK_KERNEL_EXPORT bool is_connected(const BitGraph& graph, const VertexSet& members);
 
+/// Throws std::invalid_argument unless the graph is a connected one of n vertices.
+ZELTBRAIDWERK_KERNEL_EXPORT void require_connected(const BitGraph& graph, int n);
+
 /// The members without which the others are connected: by cut vertices where all of them are
 /// connected, O(n + edges). None for a single member.
 ZELTBRAIDWERK_KERNEL_EXPORT VertexSet non_cutting(const BitGraph& graph, const VertexSet& members);

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/search/search_effort.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -27,6 +28,18 @@ struct Effort {
   std::uint64_t steps = std::numeric_limits<std::uint64_t>::max();
   std::function<void(const SearchPoint&)> on_better;
 };
+
+/// From now on.
+inline Effort limits_of(const synthesis::SearchEffort& effort) {
+  Effort limits;
+  limits.steps = effort.steps;
+  if (effort.seconds < 1e9) {
+    limits.control.deadline =
+        Control::Clock::now() + std::chrono::duration_cast<Control::Clock::duration>(
+                                    std::chrono::duration<double>(effort.seconds));
+  }
+  return limits;
+}
 
 /// The effort of one run as it is spent.
 class Meter {

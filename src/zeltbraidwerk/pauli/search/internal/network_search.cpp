@@ -277,14 +277,7 @@ NetworkResult NetworkSearch::result() const {
 
 NetworkResult search_network(const Rotations& rotations, const NetworkOptions& options,
                              const Effort& effort) {
-  const int n = rotations.frame.qubits();
-  if (options.graph != nullptr && n > 0) {
-    std::vector<int> all(static_cast<std::size_t>(n));
-    std::iota(all.begin(), all.end(), 0);
-    if (options.graph->size() != n || !is_connected(*options.graph, VertexSet(n, all))) {
-      throw std::invalid_argument("A graph of the qubits must be connected");
-    }
-  }
+  if (options.graph != nullptr) require_connected(*options.graph, rotations.frame.qubits());
   if (!is_locally_diagonal(rotations.frame)) return NetworkSearch(rotations, options, effort).run();
   // The first runs do better on few light rotations, the search for parities on all others.
   Effort none = effort;

@@ -1,0 +1,36 @@
+#include "zeltbraidwerk/pauli/search_synthesis.h"
+
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "zeltbraidwerk/pauli/search/internal/network_search.h"
+
+namespace synthesis {
+
+using namespace zelt::braidwerk::internal;
+
+std::vector<structures::Gate> search_pauli_synthesis(
+    int n, const PauliTable& table, const std::vector<structures::Parameter>& params, bool in_order,
+    std::vector<int>& wires, bool in_place, const SearchEffort& effort,
+    const structures::Graph* device) {
+  for (const auto& row : table) {
+    if (static_cast<int>(row.size()) != n) {
+      throw std::invalid_argument("A Pauli string does not have a letter for each qubit");
+    }
+  }
+  std::optional<BitGraph> edges;
+  if (device != nullptr) edges.emplace(*device);
+  NetworkOptions options;
+  options.in_order = in_order;
+  options.end = in_place ? NetworkEnd::closed : NetworkEnd::closed_freely;
+  options.graph = edges ? &*edges : nullptr;
+  options.seed = effort.seed;
+  options.stream = effort.stream;
+  NetworkResult found =
+      search_network({PauliFrame::pack(table, n), params}, options, limits_of(effort));
+  wires = std::move(found.wires);
+  return std::move(found.gates);
+}
+
+}  // namespace synthesis
