@@ -32,7 +32,9 @@ def test_commands_and_links_lead_somewhere():
     text = PAGES[0].read_text(encoding="utf-8")
     known = set(
         re.findall(
-            r"^  (\w+(?: (?:speed|quality|peers|search))?)", (ROOT / "dev").read_text(), re.MULTILINE
+            r"^  (\w+(?: (?:speed|quality|peers|search))?)",
+            (ROOT / "dev").read_text(),
+            re.MULTILINE,
         )
     )
     for command in re.findall(r"\./dev (bench \w+|\w+)", text):
