@@ -7,6 +7,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/one_sided.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/shallow.h"
@@ -36,7 +37,9 @@ class CliffordSearch {
         meter_(effort),
         wires_(images.qubits()),
         problem_(wires_, cost_for(wires_)),
+        one_sided_(wires_),
         start_(problem_.start(OperatorRows(images))),
+        sparse_(start_.rows.weight() < 3 * wires_ * wires_ / 2),
         shortest_(GateList(wires_, {})),
         best_(GateList(wires_, {})) {}
 
@@ -60,14 +63,15 @@ class CliffordSearch {
     return !optimal && !meter_.ended();
   }
 
-  static constexpr int quick_wires = 64;  ///< a greedy run takes a fifth of a second
+  static constexpr int quick_wires = 256;  ///< a greedy run takes a second
+  static constexpr int most_two_sided = 18;
 
   void begin() {
     shortest_ = Layered(eliminated_list(images_, Outputs::free));
-    best_ = Layered(eliminated_list(images_, options_.outputs));
+    best_ = in_place() ? Layered(eliminated_list(images_, options_.outputs)) : shortest_;
     report();
     if (wires_ > 4) {
-      shorten(shortest_, beam(1, wires_ <= quick_wires ? unlimited_ : meter_));
+      shorten(shortest_, beam(start_for(0), 1, wires_ <= quick_wires ? unlimited_ : meter_));
     } else if (wires_ > 1) {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       offer(shortest_list(images_, options_.outputs, rng_));
@@ -150,17 +154,28 @@ class CliffordSearch {
   /// The small windows need no large table, and little effort has no use for it.
   static int window_of(int round) { return round == 0 ? 3 : 4; }
 
-  /// A new beginning: a beam that takes no more time than the walk of the round does, on an
-  /// operator with more than four qubits, and half such a walk from there.
+  /// Dense operators on many qubits are brought down from one side, others also from both.
+  enum class Start { behind, before, both };
+  Start start_for(int round) const {
+    if (wires_ <= most_two_sided || (sparse_ && round % 2 == 1)) return Start::both;
+    return (sparse_ ? round / 2 : round) % 2 == 0 ? Start::behind : Start::before;
+  }
+
+  /// A new beginning on more than four qubits: a beam, and half a walk from there. From both sides
+  /// it takes no more time than the walk of the round does, from one side no more than four: wider
+  /// beams are worth it there.
   bool challenge(int round) {
-    const auto pairs = static_cast<std::uint64_t>(wires_) * static_cast<std::uint64_t>(wires_);
-    const std::uint64_t price = pairs * pairs / 128 + 1;  // of width 1, in windows
+    const Start start = start_for(round);
+    const bool both = start == Start::both;
+    const auto n = static_cast<std::uint64_t>(wires_);
+    const std::uint64_t price = both ? n * n * n * n / 128 + 1 : n * n * n / 100;  // in windows
     int width = 0;
-    for (const int wider : {10, 30, 100, 300}) {
-      if (static_cast<std::uint64_t>(wider) * price <= steps_of(round)) width = wider;
+    for (const int wider : {1, 10, 30, 100, 300, 1000, 3000}) {
+      const bool allowed = static_cast<std::uint64_t>(wider) * price <= steps_of(round);
+      if (allowed && (!both || wider <= 300)) width = wider;
     }
     if (width == 0 || wires_ <= 4) return false;
-    Layered found = beam(width, meter_);
+    Layered found = beam(start, width, meter_);
     if (meter_.ended()) return false;
     walk(found, WindowRewriter(window_of(round)), steps_of(round) / 2);
     shorten(shortest_, std::move(found));
@@ -168,14 +183,22 @@ class CliffordSearch {
   }
 
   /// The shortest circuit if it finds none.
-  Layered beam(int width, Meter& meter) {
+  Layered beam(Start start, int width, Meter& meter) {
     BeamOptions options;
     options.width = width;
     options.patience = 30 + wires_;
-    options.noise = 1e-3 * problem_.small_change();
-    BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
-    const auto found = search.run(start_);
-    return found.empty() ? shortest_ : Layered(circuit_of(found[0].state.rows, found[0].moves));
+    if (start == Start::both) {
+      options.noise = 1e-3 * problem_.small_change();
+      BeamSearch<OperatorReduction> search(problem_, options, rng_, meter);
+      const auto found = search.run(start_);
+      return found.empty() ? shortest_ : Layered(circuit_of(found[0].state.rows, found[0].moves));
+    }
+    const int side = start == Start::behind ? 0 : 1;
+    options.noise = 1e-3 * one_sided_.small_change();
+    BeamSearch<OneSidedReduction> search(one_sided_, options, rng_, meter);
+    const auto found = search.run(one_sided_.start(start_.rows, side));
+    return found.empty() ? shortest_
+                         : Layered(one_sided_.circuit(found[0].state, found[0].moves, side));
   }
 
   static void shorten(Layered& shortest, Layered found) {
@@ -230,7 +253,9 @@ class CliffordSearch {
   Meter unlimited_{no_limit_};
   int wires_;
   OperatorReduction problem_;
+  OneSidedReduction one_sided_;
   OperatorReduction::State start_;
+  bool sparse_;
   Layered shortest_;  ///< with free outputs
   Layered best_;      ///< of those wanted
 };
