@@ -10,9 +10,11 @@
 
 #include "support/pauli.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/one_sided.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/window_table.h"
+#include "zeltbraidwerk/search/internal/beam.h"
 
 namespace {
 
@@ -241,6 +243,27 @@ TEST(CliffordSearch, acts_as_the_operator) {
         EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.circuit.wires));
         if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
       }
+    }
+  }
+}
+
+TEST(CliffordSearch, brings_operators_down_from_either_side) {
+  std::mt19937 rng(4);
+  for (const int n : {0, 1, 2, 3, 5, 40, 100}) {
+    const Circuit wanted = random_clifford(n, 30 * n, rng);
+    const PauliFrame images = images_of(wanted, n);
+    for (const int side : {0, 1}) {
+      OneSidedReduction problem(n);
+      Rng draws(1, 1);
+      const Effort unlimited;
+      Meter meter(unlimited);
+      const auto start = problem.start(OperatorRows(images), side);
+      const auto found = BeamSearch(problem, {}, draws, meter).run(start);
+      ASSERT_EQ(found.size(), 1U);
+      const GateList list = problem.circuit(found[0].state, found[0].moves, side);
+      expect_same_operator(wanted, to_circuit(list, images), n);
+      if (HasFatalFailure()) FAIL() << n << " qubits, side " << side;
+      EXPECT_LE(list.count(), n * (n + 4) * 29 / 100);
     }
   }
 }

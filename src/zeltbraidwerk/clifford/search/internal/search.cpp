@@ -168,7 +168,7 @@ class CliffordSearch {
     const Start start = start_for(round);
     const bool both = start == Start::both;
     const auto n = static_cast<std::uint64_t>(wires_);
-    const std::uint64_t price = both ? n * n * n * n / 128 + 1 : n * n * n / 100;  // in windows
+    const std::uint64_t price = both ? n * n * n * n / 512 : n * n * n / 100;  // in windows
     int width = 0;
     for (const int wider : {1, 10, 30, 100, 300, 1000, 3000}) {
       const bool allowed = static_cast<std::uint64_t>(wider) * price <= steps_of(round);
