@@ -59,6 +59,14 @@ def test_random_tableaus_of_stim(n):
     assert device.fits(placed.circuit)
 
 
+def test_a_large_tableau_of_stim():
+    stim = pytest.importorskip("stim")
+    tableau = stim.Tableau.random(100)
+    result = clifford.synthesize(tableau, steps=0, seed=1)
+    assert CliffordTableau.from_circuit(result.circuit).to_stim() == tableau
+    assert result.count < 0.7 * clifford.synthesize(tableau, method="elimination").count
+
+
 def test_results_repeat_and_tell_a_wrong_circuit():
     circuit = zb.Circuit(5, [Gate.h(0), Gate.cnot(0, 3), Gate.s(3), Gate.cnot(3, 1)])
     first, again = (clifford.synthesize(circuit, steps=500, seed=4) for _ in range(2))

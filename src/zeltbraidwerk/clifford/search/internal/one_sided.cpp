@@ -58,7 +58,8 @@ void OneSidedReduction::weigh(State& state, int wire, int sign) const {
     const Word* row = state.rows_.data() + offset(wire, label);
     for (int w = 0; w < words_; ++w) {
       for (Word rest = row[w] | row[words_ + w]; rest != 0; rest &= rest - 1) {
-        auto& weight = state.weights_[static_cast<std::size_t>(w * word_bits + std::countr_zero(rest))];
+        auto& weight =
+            state.weights_[static_cast<std::size_t>(w * word_bits + std::countr_zero(rest))];
         weight = static_cast<std::uint16_t>(weight + sign);
       }
     }

@@ -25,9 +25,9 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
  public:
   class State {
     friend class OneSidedReduction;
-    std::vector<Word> rows_;             // three a wire, two planes each
+    std::vector<Word> rows_;              // three a wire, two planes each
     std::vector<std::uint16_t> weights_;  // of the rows of the other side
-    std::vector<std::uint64_t> hashes_;  // of the three rows of a wire
+    std::vector<std::uint64_t> hashes_;   // of the three rows of a wire
     std::uint64_t hash_ = 0;
     double cost_ = 0;
     int unfinished_ = 0;  // wires of the other side
@@ -88,9 +88,9 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
   std::uint64_t hash_of(const Word* rows) const;
 
   int wires_;
-  int words_;  // a plane
-  std::vector<double> value_;          // by weight
-  std::array<double, 256> prices_{};   // of letters in the lightest rows
+  int words_;                         // a plane
+  std::vector<double> value_;         // by weight
+  std::array<double, 256> prices_{};  // of letters in the lightest rows
   std::vector<std::uint16_t> lightest_;
   std::vector<Met> met_;
 };

@@ -35,7 +35,7 @@ class OperatorRows {
   int weight(int side, int wire) const {
     return weights_[static_cast<std::size_t>(side * wires_ + wire)];
   }
-  int weight() const { return total_; }                 ///< of all wires of a side
+  int weight() const { return total_; }                   ///< of all wires of a side
   bool is_local() const { return total_ == 3 * wires_; }  ///< nothing but one-qubit gates is left
 
   ZELTBRAIDWERK_KERNEL_EXPORT void multiply(int side, const Gate& gate);
