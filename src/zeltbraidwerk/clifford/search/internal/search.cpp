@@ -162,15 +162,16 @@ class CliffordSearch {
   }
 
   /// A new beginning on more than four qubits: a beam, and half a walk from there. From both sides
-  /// it takes no more time than the walk of the round does, from one side no more than four: wider
-  /// beams are worth it there.
+  /// it takes no more time than four walks of the round do, and from one side more the more qubits
+  /// there are, as walks bring less there.
   bool challenge(int round) {
     const Start start = start_for(round);
     const bool both = start == Start::both;
     const auto n = static_cast<std::uint64_t>(wires_);
-    const std::uint64_t price = both ? n * n * n * n / 512 : n * n * n / 100;  // in windows
+    const std::uint64_t price =  // in windows
+        both ? n * n * n * n / 512 : n * n * std::min<std::uint64_t>(n, 64) / 100;
     int width = 0;
-    for (const int wider : {1, 10, 30, 100, 300, 1000, 3000}) {
+    for (const int wider : {1, 3, 10, 30, 100, 300, 1000, 3000}) {
       const bool allowed = static_cast<std::uint64_t>(wider) * price <= steps_of(round);
       if (allowed && (!both || wider <= 300)) width = wider;
     }
