@@ -155,6 +155,8 @@ ZELTBRAIDWERK_KERNEL_EXPORT int depth_of(const std::vector<Gate>& gates, int wir
 /// `steps` steps from `best`, or fewer when the effort ends; afterwards `best` is the shortest list
 /// seen. Now and then look(list, shorter) is asked whether a list that is no longer than the best
 /// is to take its place; `shorter` says that the best has just become shorter and is that list.
+/// Where the effort ends between two looks it is asked about a shorter list alone: with more
+/// effort, the next look would have been at another one.
 template <class Rewriter, class Look>
 void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling cooling, Rng& rng,
                 Meter& meter, Look&& look) {
@@ -174,7 +176,7 @@ void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling
       go_on = meter.step();
     }
     if (shorter) look(best, true);
-    if (walk.length(walk.list()) == least && look(walk.list(), false)) best = walk.list();
+    if (go_on && walk.length(walk.list()) == least && look(walk.list(), false)) best = walk.list();
   }
 }
 

@@ -41,14 +41,16 @@ class BlockwiseSearch {
 
   GateList best() const { return joined(nullptr, nullptr); }
 
-  /// Each block gets a share of the steps by its size. look hears of every shorter circuit.
+  /// Each block gets a share of the steps by its size. look is called for circuits that are no
+  /// longer, with a function that makes the circuit.
   template <class Look>
   void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
     for (std::size_t k = 0; k < searches_.size(); ++k) {
       const auto share = static_cast<std::uint64_t>(matrices_[k].rows()) * steps /
                          static_cast<std::uint64_t>(std::max(n_, 1));
-      searches_[k].round(number, share + 1, rng, meter,
-                         [&](const GateList& list) { look(joined(&searches_[k], &list)); });
+      searches_[k].round(number, share + 1, rng, meter, [&](const GateList& list) {
+        look([&] { return joined(&searches_[k], &list); });
+      });
       if (meter.ended()) return;
     }
   }
@@ -120,8 +122,7 @@ GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   double steps = first_round;
   for (int number = 0; !search.finished() && !meter.ended(); ++number, steps *= growth) {
     search.round(number, static_cast<std::uint64_t>(steps), rng, meter,
-                 [&](const GateList& list) { keeper.offer(list); });
-    keeper.offer(search.best());
+                 [&](const auto& list) { keeper.offer(list()); });
   }
   return keeper.best();
 }
@@ -144,15 +145,14 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   double steps = first_round;
   for (int number = 0; !meter.ended(); ++number, steps *= growth) {
     const auto whole = static_cast<std::uint64_t>(steps);
-    search.round(number, long_walks ? whole / 4 : whole / 2, rng, meter, [](const GateList&) {});
+    search.round(number, long_walks ? whole / 4 : whole / 2, rng, meter, [](const auto&) {});
     if (meter.ended()) break;  // with more effort nothing would be closed here
     if (long_walks && number % 3 != 0) continue;
     GateList fresh = closed(search.best(), rng);
-    walk_round(fresh, rewriter, long_walks ? 13 * whole : whole, cooling, rng, meter, heard);
     keeper.offer(fresh);
+    walk_round(fresh, rewriter, long_walks ? 13 * whole : whole, cooling, rng, meter, heard);
     if (fresh.count() <= walker.count()) std::swap(walker, fresh);
     if (!long_walks) walk_round(walker, rewriter, whole, cooling, rng, meter, heard);
-    keeper.offer(walker);
   }
   return keeper.best();
 }

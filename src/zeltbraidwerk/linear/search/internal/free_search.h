@@ -35,13 +35,13 @@ class FreeSearch {
 
   /// Round 0, 1, ...: another start where one pays, a walk of `steps` steps from it, and one of as
   /// many from the best so far; or, at middle sizes, one long hot walk in every third round, as
-  /// long as those of three. look(list) hears of every list that is shorter than the best.
+  /// long as those of three. look(list) hears of lists that are no longer than the best.
   template <class Look>
   void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
     if (optimal_) return;
     const BlockRewriter rewriter(window_, true);
-    const auto heard = [&](const GateList& list, bool shorter) {
-      if (shorter && list.count() < shortest_) {
+    const auto heard = [&](const GateList& list, bool) {
+      if (list.count() <= shortest_) {
         shortest_ = list.count();
         look(list);
       }
