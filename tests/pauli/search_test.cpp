@@ -147,22 +147,28 @@ TEST(NetworkSearch, MoreStepsAreMoreOfTheSame) {
   std::mt19937 rng(2);
   for (const bool in_order : {false, true}) {
     const Rotations rotations = numbered(support::random_rows(30, 6, rng), 6);
-    NetworkOptions options;
-    options.in_order = in_order;
-    options.seed = 5;
-    int last = std::numeric_limits<int>::max();
-    for (const std::uint64_t count : {0u, 10u, 300u, 1000u, 5000u, 30000u}) {
-      const auto result = search_network(rotations, options, steps(count));
-      EXPECT_EQ(result.gates, search_network(rotations, options, steps(count)).gates);
-      EXPECT_LE(result.count, last);
-      last = result.count;
+    for (const bool by_depth : {false, true}) {
+      NetworkOptions options;
+      options.in_order = in_order;
+      options.by_depth = by_depth;
+      options.seed = 5;
+      std::pair last(1000, 1000);
+      for (std::uint64_t count = 0; count < 10000; count += 1 + count / 5) {
+        const auto result = search_network(rotations, options, steps(count));
+        const auto size = by_depth ? std::pair(result.depth, result.count)
+                                   : std::pair(result.count, result.depth);
+        ASSERT_LE(size, last) << count;
+        last = size;
+      }
+      const auto again = search_network(rotations, options, steps(3000));
+      EXPECT_EQ(again.gates, search_network(rotations, options, steps(3000)).gates);
+      // Spent before it began, an effort still gives a circuit.
+      Effort spent;
+      spent.control.deadline = Control::Clock::now();
+      const auto first = search_network(rotations, options, spent);
+      EXPECT_EQ(first.gates, search_network(rotations, options, steps(0)).gates);
+      EXPECT_LT(last.first, by_depth ? first.depth : first.count);
     }
-    // Spent before it began, an effort still gives a circuit.
-    Effort spent;
-    spent.control.deadline = Control::Clock::now();
-    EXPECT_EQ(search_network(rotations, options, spent).gates,
-              search_network(rotations, options, steps(0)).gates);
-    EXPECT_LT(last, search_network(rotations, options, spent).count);
   }
 }
 

@@ -73,6 +73,7 @@ class NetworkSearch {
   NetworkPlans plans_;
   RotationList given_;
   RotationList sorted_;
+  int first_ = 0;                   // gates of the best of the runs that are always made
   std::optional<Network> best_;     // of fewest gates: the search goes on from it
   std::optional<Network> shallow_;  // of fewest layers
 };
@@ -111,6 +112,7 @@ void NetworkSearch::run_greedily() {
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
     keep(std::move(network));
+    if (runs <= always) first_ = best_->count;
   }
 }
 
@@ -118,7 +120,7 @@ void NetworkSearch::run_greedily() {
 /// strings are light. Where they are not, ladders are not worth the time.
 void NetworkSearch::run_ladders() {
   const std::vector<Gate> gates = ladders(given_, options_.graph);
-  if (static_cast<std::size_t>(best_->count) < gates.size() / 2) return;
+  if (static_cast<std::size_t>(first_) < gates.size() / 2) return;
   NetworkProblem problem(given_, options_.in_order, plans_.first()[0].settings, options_.graph,
                          rng_);
   std::vector<NetworkEvent> events;
@@ -156,8 +158,9 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
   options.patience = 30 + qubits();
   options.noise = 16;
   const std::uint64_t before = meter_.steps();
-  BeamSearch<NetworkProblem> beam(problem, options, rng_, meter_);
-  for (const auto& finished : beam.run(start)) {
+  const auto found = BeamSearch<NetworkProblem>(problem, options, rng_, meter_).run(start);
+  if (meter_.ended()) return;  // with more effort tails would be closed with more of it
+  for (const auto& finished : found) {
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
     for (const Gate& gate : prefix) problem.play(state, gate, &events);
@@ -178,16 +181,14 @@ void NetworkSearch::walk(int cycle) {
                    options_.graph);
   constexpr Cooling cooling;
   int least = from.count;
-  std::optional<std::vector<NetworkEvent>> found;
   for (std::uint64_t k = 0; k < steps; ++k) {
     const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
     if (walk.step(uphill, rng_) && walk.count() < least) {
       least = walk.count();
-      found = walk.events();
+      keep(measured(walk.events(), from.wires));
     }
-    if (!meter_.step()) break;
+    if (!meter_.step()) return;  // with more effort the walk would have ended elsewhere
   }
-  if (found) keep(measured(std::move(*found), from.wires));
   keep(measured(walk.events(), from.wires));
 }
 
