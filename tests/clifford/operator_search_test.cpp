@@ -317,15 +317,22 @@ TEST(CliffordSearch, finds_the_same_again_and_nothing_worse_with_more_steps) {
   std::mt19937 rng(5);
   const PauliFrame images = images_of(random_clifford(9, 200, rng), 9);
   for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
-    int last = 1000;
-    for (const std::uint64_t count : {0U, 50U, 5000U, 40000U}) {
-      const auto found = search_clifford(images, {outputs, false, 7, 2}, steps(count));
-      EXPECT_LE(found.count, last);
-      last = found.count;
-      EXPECT_EQ(search_clifford(images, {outputs, false, 7, 2}, steps(count)).circuit.gates,
-                found.circuit.gates);
+    for (const bool by_depth : {false, true}) {
+      const CliffordOptions options{outputs, by_depth, 7, 2};
+      std::pair last(1000, 1000);
+      for (std::uint64_t count = 0; count < 60000; count += 1 + count / 2) {
+        const auto found = search_clifford(images, options, steps(count));
+        const auto size =
+            by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
+        ASSERT_LE(size, last) << count;
+        last = size;
+      }
+      EXPECT_EQ(search_clifford(images, options, steps(5000)).circuit.gates,
+                search_clifford(images, options, steps(5000)).circuit.gates);
+      if (!by_depth) {
+        EXPECT_LE(last.first, outputs == Outputs::free ? 23 : 29);
+      }
     }
-    EXPECT_LE(last, outputs == Outputs::free ? 23 : 29);
   }
 }
 

@@ -175,12 +175,16 @@ TEST(StateSearch, does_the_same_again_and_better_with_more_steps) {
   const StateResult first = searched(strings, 3000, {.seed = 7});
   EXPECT_EQ(searched(strings, 3000, {.seed = 7}).gates, first.gates);
   EXPECT_NE(searched(strings, 3000, {.seed = 8}).gates, first.gates);
-  int last = searched(strings, 0).count;
-  EXPECT_GT(edges_of(strings), last);
-  for (const std::uint64_t steps : {50, 500, 5000, 20000}) {
-    const int count = searched(strings, steps).count;
-    EXPECT_LE(count, last) << steps;
-    last = count;
+  EXPECT_GT(edges_of(strings), searched(strings, 0).count);
+  for (const bool by_depth : {false, true}) {
+    std::pair last(1000, 1000);
+    for (std::uint64_t steps = 0; steps < 5000; steps += 1 + steps / 5) {
+      const StateResult found = searched(strings, steps, {.by_depth = by_depth});
+      const auto size =
+          by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
+      ASSERT_LE(size, last) << steps;
+      last = size;
+    }
   }
 }
 

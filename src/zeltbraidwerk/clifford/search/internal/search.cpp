@@ -83,8 +83,9 @@ class CliffordSearch {
     for (int round = 0; go_on(); ++round) {
       const WindowRewriter rewriter(window_of(round));
       challenge(round);
-      walk(shortest_, rewriter, steps_of(round));
+      if (meter_.ended()) break;
       offer(shortest_.list);
+      walk(shortest_, rewriter, steps_of(round));
       if (options_.by_depth) anneal(round % 2 == 0 ? shortest_ : best_, rewriter, steps_of(round));
     }
   }
@@ -97,12 +98,11 @@ class CliffordSearch {
         walk(shortest_, WindowRewriter(window_of(round)), steps_of(round) / 2);
         if (meter_.ended()) break;
         Layered closed(with_outputs_in_place(shortest_.list, window_of(round), rng_));
-        walk(closed, rewriter, steps_of(round) / 4);
         offer(closed.list);
+        walk(closed, rewriter, steps_of(round) / 4);
       }
       Layered next = best_;
       walk(next, rewriter, steps_of(round) / 2);
-      offer(next.list);
       if (options_.by_depth) anneal(best_, rewriter, steps_of(round) / 2);
     }
   }
@@ -222,7 +222,9 @@ class CliffordSearch {
                  const int depth = depth_of(list.gates, wires_);
                  const bool take = shorter || depth < circuit.depth;
                  if (take) circuit.depth = depth;
-                 if (take && wanted) offer(list);
+                 // Few gates are worth less than few layers, which more effort might lose again.
+                 const bool lasts = !options_.by_depth || !meter_.ended();
+                 if (take && wanted && lasts) offer(list);
                  return take;
                });
   }

@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/search/internal/state_depth.h"
+#include "zeltbraidwerk/clifford/search/internal/shallow.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
@@ -123,24 +123,15 @@ class Search {
     StateRewriter rewriter(window);
     GateList best = shortest_.list;
     walk_round(best, rewriter, steps, Cooling{}, rng_, meter_, [&](const GateList& list, bool) {
-      take(list);
+      // Few gates are worth less than few layers, which more effort might have lost again.
+      if (!by_depth_ || !meter_.ended()) take(list);
       return false;
     });
   }
 
   void anneal(const Circuit& from, std::uint64_t steps, int window) {
-    constexpr float uphill = 0.3F;
-    constexpr Cooling temperatures{0.4F, 0.05F};
-    ShallowStateRewriter rewriter(window, from.list, rng_);
-    Walk<ShallowStateRewriter> walk(from.list, rewriter);
-    for (std::uint64_t k = 0; k < steps; ++k) {
-      if (k % 64 == 0) {
-        const double part = static_cast<double>(k) / static_cast<double>(steps);
-        rewriter.set_temperature(temperatures.at(part));
-      }
-      if (walk.step(uphill, rng_)) take(walk.list(), rewriter.depth());
-      if (!meter_.step()) return;
-    }
+    anneal_depth(from.list, StateRewriter(window), steps, rng_, meter_,
+                 [&](const GateList& list, int depth) { take(list, depth); });
   }
 
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
