@@ -91,6 +91,8 @@ class CliffordSearch {
   }
 
   void search_in_place() {
+    // With more effort a greedy run that was cut would have led to another circuit to close.
+    if (wires_ > quick_wires && meter_.ended()) return;
     offer(with_outputs_in_place(shortest_.list, window_of(0), rng_));
     for (int round = 0; go_on(); ++round) {
       const PlacedRewriter rewriter(window_of(round));
