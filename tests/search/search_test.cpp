@@ -121,9 +121,21 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
       list.push_back(cnot(c, (c + 1 + rng.below(wires - 1)) % wires));
     }
     const bool by_values = round % 2 == 1;
-    finder.find(list, rng.below(25), 2 + rng.below(4),
-                by_values ? Gathering::by_values : Gathering::by_labels, rng, window);
+    const int at = rng.below(25);
+    const int size = 2 + rng.below(4);
+    Rng same_draws = rng;
+    finder.find(list, at, size, by_values ? Gathering::by_values : Gathering::by_labels, rng,
+                window);
     ASSERT_FALSE(window.gates.empty());
+    if (!by_values) {
+      Window sooner;
+      finder.find(list, at, size, Gathering::of_cnots, same_draws, sooner);
+      ASSERT_EQ(sooner.positions, window.positions);
+      for (const auto end : {&Window::from_start, &Window::to_end}) {
+        const unsigned all = (1U << window.size) - 1;
+        ASSERT_EQ(sooner.*end == all, window.*end == all);
+      }
+    }
     const Values before = after(list, wires);
     const auto values = shown(list, wires);
     // Gates before the block leave places alone that it says they do, and those behind it.

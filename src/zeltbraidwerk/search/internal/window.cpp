@@ -6,16 +6,51 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// Whether a gate may pass those skipped, of which `a` and `b` are the labels met on its wires.
-constexpr bool passes(const Gate& gate, unsigned a, unsigned b, Gathering gathering) {
-  const auto only = [](unsigned labels, int own) { return (labels & ~(1U << own)) == 0; };
-  if (gathering == Gathering::by_values) return only(a, label_z) && b == 0;
-  return only(a, label_of(gate.a)) && only(b, label_of(gate.b));
-}
+/// The gates skipped so far on the way from the block, by what they leave open: a gate may pass
+/// them when its a is among `first` and its b among `second`, and with Gathering::by_labels when on
+/// neither another label was met.
+template <Gathering gathering>
+class Skipped {
+ public:
+  explicit Skipped(int places) : first_((1U << places) - 1), second_(first_), untouched_(first_) {}
 
-constexpr bool closed(unsigned labels) {
-  return (labels & (labels - 1)) != 0;
-}
+  bool pass(const Gate& gate, int a, int b) const {
+    if (((first_ >> a) & (second_ >> b) & 1U) == 0) return false;
+    if constexpr (gathering != Gathering::by_labels) return true;
+    return only(a, gate.a) && only(b, gate.b);
+  }
+
+  void add(int place, End end) {
+    const unsigned bit = 1U << place;
+    untouched_ &= ~bit;
+    if constexpr (gathering == Gathering::by_labels) {
+      unsigned& labels = labels_[static_cast<std::size_t>(place)];
+      labels |= 1U << label_of(end);
+      if ((labels & (labels - 1)) != 0) first_ = second_ &= ~bit;
+    } else {
+      const bool target = label_of(end) == label_x;
+      if (target) first_ &= ~bit;
+      if (!target || gathering == Gathering::by_values) second_ &= ~bit;
+    }
+  }
+
+  /// Whether any gate may still pass.
+  bool open() const {
+    const unsigned both = first_ | second_;
+    return first_ != 0 && second_ != 0 && (both & (both - 1)) != 0;
+  }
+  unsigned untouched() const { return untouched_; }
+
+ private:
+  bool only(int place, End end) const {
+    return (labels_[static_cast<std::size_t>(place)] & ~(1U << label_of(end))) == 0;
+  }
+
+  unsigned first_;
+  unsigned second_;
+  unsigned untouched_;
+  std::array<unsigned, most_window_wires> labels_{};  // by place: a bit for each label met
+};
 
 }  // namespace
 
@@ -64,9 +99,17 @@ void WindowFinder::gather(const std::vector<Gate>& list, int at, Gathering gathe
                           Window& window) {
   window.positions.clear();
   window.first = window.centre = window.last = at;
-  scan<-1>(list, at, gathering, window);
-  std::reverse(window.positions.begin(), window.positions.end());
-  scan<1>(list, at, gathering, window);
+  switch (gathering) {
+    case Gathering::by_labels:
+      scan_both<Gathering::by_labels>(list, at, window);
+      break;
+    case Gathering::of_cnots:
+      scan_both<Gathering::of_cnots>(list, at, window);
+      break;
+    case Gathering::by_values:
+      scan_both<Gathering::by_values>(list, at, window);
+      break;
+  }
   window.gates.clear();
   for (const int position : window.positions) {
     const Gate& gate = list[static_cast<std::size_t>(position)];
@@ -75,22 +118,21 @@ void WindowFinder::gather(const std::vector<Gate>& list, int at, Gathering gathe
   }
 }
 
-template <int direction>
-void WindowFinder::scan(const std::vector<Gate>& list, int at, Gathering gathering,
-                        Window& window) {
-  std::array<unsigned, most_window_wires> skipped{};  // by place: a bit for each label met
-  int open = window.size;
-  const auto skip = [&](int place, End end) {
-    unsigned& labels = skipped[static_cast<std::size_t>(place)];
-    const bool was = closed(labels);
-    labels |= 1U << label_of(end);
-    if (!was && closed(labels)) --open;
-  };
+template <Gathering gathering>
+void WindowFinder::scan_both(const std::vector<Gate>& list, int at, Window& window) {
+  scan<-1, gathering>(list, at, window);
+  std::reverse(window.positions.begin(), window.positions.end());
+  scan<1, gathering>(list, at, window);
+}
+
+template <int direction, Gathering gathering>
+void WindowFinder::scan(const std::vector<Gate>& list, int at, Window& window) {
+  Skipped<gathering> skipped(window.size);
   const int end = direction > 0 ? static_cast<int>(list.size()) : -1;
   int position = direction > 0 ? at : at - 1;
   int reached = at;  // the end of the stretch up to the last gate taken
   bool all = position == end;
-  while (position != end && open >= 2) {
+  while (position != end && skipped.open()) {
     // The gates on wires of the window, first picked out without a branch.
     constexpr int most = 32;
     std::array<int, most> touching;
@@ -103,31 +145,23 @@ void WindowFinder::scan(const std::vector<Gate>& list, int at, Gathering gatheri
       count += (place(gate.a) & place(gate.b)) != none;
     }
     int k = 0;
-    for (; k < count && open >= 2; ++k) {
+    for (; k < count && skipped.open(); ++k) {
       const int here = touching[static_cast<std::size_t>(k)];
       const Gate& gate = list[static_cast<std::size_t>(here)];
       const int a = place(gate.a);
       const int b = place(gate.b);
-      if (a != none && b != none &&
-          passes(gate, skipped[static_cast<std::size_t>(a)], skipped[static_cast<std::size_t>(b)],
-                 gathering)) {
+      if (a != none && b != none && skipped.pass(gate, a, b)) {
         window.positions.push_back(here);
         reached = direction > 0 ? here + 1 : here;
         continue;
       }
-      if (a != none) skip(a, gate.a);
-      if (b != none) skip(b, gate.b);
+      if (a != none) skipped.add(a, gate.a);
+      if (b != none) skipped.add(b, gate.b);
     }
     all = position == end && k == count;
   }
-  unsigned untouched = 0;
-  if (all) {
-    for (int k = 0; k < window.size; ++k) {
-      if (skipped[static_cast<std::size_t>(k)] == 0) untouched |= 1U << k;
-    }
-  }
   (direction > 0 ? window.last : window.first) = reached;
-  (direction > 0 ? window.to_end : window.from_start) = untouched;
+  (direction > 0 ? window.to_end : window.from_start) = all ? skipped.untouched() : 0;
 }
 
 int WindowFinder::replace(std::vector<Gate>& list, const Window& window,

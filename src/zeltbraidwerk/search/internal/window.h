@@ -53,8 +53,9 @@ struct Window {
   int first = 0;               ///< the block's gates and those skipped lie in [first, last)
   int centre = 0;              ///< gates skipped before it stay before the block
   int last = 0;
-  unsigned from_start = 0;  ///< places that no gate before the block touches
-  unsigned to_end = 0;      ///< places that no gate after the block touches
+  /// Places that no gate before the block touches, or behind it. For CNOTs all or perhaps none.
+  unsigned from_start = 0;
+  unsigned to_end = 0;
 };
 
 /// Puts `block` in the place of what a list, of gates or of something by gate, has at the window's
@@ -90,6 +91,7 @@ int put_block(std::vector<T>& list, const Window& window, const std::vector<T>& 
 /// Which gates may move past which on the way to the block.
 enum class Gathering {
   by_labels,  ///< a gate may pass one that commutes with it
+  of_cnots,   ///< the same, found sooner, for CNOTs only
   /// The same, but what a gate makes of its wires must stay the same too: it may pass a gate that
   /// shares no more than its control with it. For CNOTs only.
   by_values,
@@ -115,13 +117,14 @@ class ZELTBRAIDWERK_KERNEL_EXPORT WindowFinder {
 
   void grow(const std::vector<Gate>& list, int at, int size, Rng& rng, Window& window);
   void gather(const std::vector<Gate>& list, int at, Gathering gathering, Window& window);
-  template <int direction>
-  void scan(const std::vector<Gate>& list, int at, Gathering gathering, Window& window);
+  template <Gathering gathering>
+  void scan_both(const std::vector<Gate>& list, int at, Window& window);
+  template <int direction, Gathering gathering>
+  void scan(const std::vector<Gate>& list, int at, Window& window);
   int place(End end) const { return place_[static_cast<std::size_t>(wire_of(end))]; }
   void enter(int wire, Window& window);
 
   std::vector<std::uint8_t> place_;  // by wire
-  std::vector<int> backward_;
 };
 
 }  // namespace zelt::braidwerk::internal

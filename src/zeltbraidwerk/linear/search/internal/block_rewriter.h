@@ -11,7 +11,7 @@ namespace zelt::braidwerk::internal {
 /// Windows of a CNOT circuit replaced by random shortest circuits for them.
 class BlockRewriter {
  public:
-  static constexpr Gathering gathering = Gathering::by_labels;
+  static constexpr Gathering gathering = Gathering::of_cnots;
   static constexpr bool judges = false;
 
   /// Windows of `largest` wires, and as many of one less. With `permuted`, what leaves a window may

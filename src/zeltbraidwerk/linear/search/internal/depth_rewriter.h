@@ -19,7 +19,7 @@ struct DepthEnergy {
 /// layers anew; whether the new circuit stands is drawn by its energy and a temperature.
 class DepthRewriter {
  public:
-  static constexpr Gathering gathering = Gathering::by_labels;
+  static constexpr Gathering gathering = Gathering::of_cnots;
   static constexpr bool judges = true;
 
   DepthRewriter(int wires, int largest, bool permuted, Rng& rng)
