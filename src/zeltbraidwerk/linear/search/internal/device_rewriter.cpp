@@ -78,7 +78,8 @@ bool DeviceRewriter::rewrite(const GateList& list, const Window& window, float u
   const SmallMatrix m = table.map_of(block_);
   const int distance = table.distance(m);
   if (distance > size) return false;  // uphill moves only make the list longer by one
-  const int detours = distance == size && rng.chance(uphill) ? 1 : 0;
+  const float odds = distance == size ? uphill : uphill - 1;
+  const int detours = odds > 0 && rng.chance(odds) ? 1 : 0;
   const SmallMatrix left = table.descend(m, detours, rng, rewrite.block);
   for (Gate& gate : rewrite.block) {
     gate = cnot(kind.place_at[static_cast<std::size_t>(wire_of(gate.a))],

@@ -33,7 +33,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Distances {
 /// too late stay as they are. The 21 kinds that there are all come in a dense random graph alone.
 class ZELTBRAIDWERK_KERNEL_EXPORT DeviceRewriter {
  public:
-  static constexpr Gathering gathering = Gathering::by_labels;
+  static constexpr Gathering gathering = Gathering::of_cnots;
   static constexpr bool judges = false;
   static constexpr int most_large_tables = 12;
 
@@ -43,6 +43,8 @@ class ZELTBRAIDWERK_KERNEL_EXPORT DeviceRewriter {
 
   int window_size(Rng& rng) const { return largest_ > 4 && rng.coin() ? 5 : 4; }
 
+  /// `uphill` may be above 1: what is more than that is the probability of a detour in a block that
+  /// can be made shorter.
   bool rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
                Rewrite& rewrite);
 

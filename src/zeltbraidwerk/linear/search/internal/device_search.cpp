@@ -143,7 +143,7 @@ class Search {
   }
 
   void walk(GateList& list, std::uint64_t steps) {
-    const Cooling cooling{1.0F, 0.1F};
+    const Cooling cooling = options_.by_depth ? Cooling{1.0F, 0.1F} : Cooling{2.0F, 0.3F};
     const auto look = [&](const GateList& found, bool) {
       take(found);
       return true;  // equals take over: they lead elsewhere
