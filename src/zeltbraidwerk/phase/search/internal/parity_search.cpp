@@ -96,7 +96,7 @@ class ParitySearch {
   }
 
   /// In turns a beam of four times the width and a walk from what it has found that takes about as
-  /// long; where that is not the best of all, one from there too.
+  /// long, or longer; where that is not the best of all, one from there too.
   void search() {
     const double narrow = beam_microseconds();
     const int first = static_cast<int>(std::clamp(5e3 / narrow, 1.0, 2.0));
@@ -105,7 +105,8 @@ class ParitySearch {
     for (int width = first; !meter_.ended(); width = std::min(4 * width, widest())) {
       const std::uint64_t before = meter_.steps();
       const auto list = width == first ? grown_at_all_costs(width) : grown(width);
-      const auto spent = static_cast<double>(meter_.steps() - before) * walk_steps_of_state();
+      const auto spent =
+          static_cast<double>(meter_.steps() - before) * walk_steps_of_state() * walks_to_beams();
       steps = list ? static_cast<std::uint64_t>(spent) : 2 * steps;
       if (!list || !walk(*list, steps)) walk(found_, steps);
       if (swapping()) settle(steps / 4);
@@ -124,6 +125,9 @@ class ParitySearch {
   double walk_steps_of_state() const {
     return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / 20000;
   }
+
+  /// On few wires a walk makes up for a narrow beam, on many it does not.
+  double walks_to_beams() const { return graph_ == nullptr && n_ < 12 ? 16 : 1; }
 
   int widest() const {
     const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
