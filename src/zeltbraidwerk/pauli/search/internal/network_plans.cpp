@@ -8,12 +8,14 @@ namespace {
 constexpr std::size_t remembered = 5;
 
 constexpr NetworkPlan plans_free[] = {
-    {{.shape = 0.45, .bonus = 0.7, .emphasis = Emphasis::by_place, .rate = 50}},
-    {{.geometric = false, .shape = 2, .emphasis = Emphasis::by_place, .rate = 80}},
+    {{.shape = 0.42, .bonus = 0.4, .emphasis = Emphasis::by_place, .rate = 50}},
+    {{.shape = 0.44, .bonus = 0.8, .emphasis = Emphasis::by_place, .rate = 55}},
     {{.shape = 0.45}},
-    {{.shape = 0.45, .bonus = 1, .emphasis = Emphasis::by_place, .rate = 50}},
+    {{.shape = 0.48, .bonus = 0.2, .emphasis = Emphasis::by_place, .rate = 35}},
+    {{.shape = 0.42, .bonus = 0.6, .emphasis = Emphasis::by_place, .rate = 55}},
+    {{.geometric = false, .shape = 2, .emphasis = Emphasis::by_place, .rate = 80}},
     {{.geometric = false, .shape = 3, .bonus = 0.5}},
-    {{.shape = 0.45, .bonus = 0.7, .emphasis = Emphasis::by_place, .rate = 50}, true},
+    {{.shape = 0.44, .bonus = 0.8, .emphasis = Emphasis::by_place, .rate = 55}, true},
 };
 constexpr NetworkPlan plans_in_order[] = {
     {{.shape = 0.7, .bonus = 1, .emphasis = Emphasis::by_chain, .rate = 0.5}},

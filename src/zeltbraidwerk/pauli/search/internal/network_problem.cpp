@@ -9,7 +9,7 @@ namespace {
 
 constexpr int window_in_order = 320;
 constexpr int widest_window = 1280;
-constexpr double least_emphasis = 0.002;
+constexpr double least_emphasis = 0.01;
 /// Costs that fall by less do not count, or a search could go in circles.
 constexpr std::int64_t least_gain = (std::int64_t{1} << NetworkCosts::unit_bits) / 10000;
 /// Strings that gain and lose less are not looked at.
@@ -88,14 +88,32 @@ std::uint64_t NetworkProblem::id(int row) {
 }
 
 NetworkState NetworkProblem::start(std::vector<NetworkEvent>* events) {
-  const int n = list_.qubits();
   State state;
-  state.frame = LabelFrame(n);
+  state.frame = LabelFrame(list_.qubits());
   state.left.resize(static_cast<std::size_t>(words_for(list_.count())));
   for (int row = 0; row < list_.count(); ++row) {
     state.left[static_cast<std::size_t>(row / word_bits)] |= Word{1} << (row % word_bits);
   }
   state.count_left = list_.count();
+  open_window(state);
+  for (int q = 0; q < list_.qubits() && !in_order_; ++q) serve_on(state, q, events);
+  if (in_order_) serve_in_order(state, events);
+  settle(state);
+  return state;
+}
+
+NetworkState NetworkProblem::taken_over(const State& other) {
+  State state;
+  state.frame = other.frame;
+  state.left = other.left;
+  state.count_left = other.count_left;
+  state.served = other.served;
+  open_window(state);
+  return state;
+}
+
+void NetworkProblem::open_window(State& state) {
+  const int n = list_.qubits();
   state.letters = LetterRows(n, capacity_);
   if (in_order_) {
     state.before.resize(static_cast<std::size_t>(capacity_) * slot_words_);
@@ -106,18 +124,15 @@ NetworkState NetworkProblem::start(std::vector<NetworkEvent>* events) {
   }
   if (settings_.tail > 0) {
     state.images = LetterRows(n, 2 * n);
+    std::vector<Word> letter(string_.size());
     for (int q = 0; q < 2 * n; ++q) {
-      std::ranges::fill(string_, 0);
       const auto word = static_cast<std::size_t>(q % n / word_bits + (q < n ? 0 : list_.words()));
-      string_[word] = Word{1} << (q % n % word_bits);
-      state.images.append(string_.data());
+      letter[word] = Word{1} << (q % n % word_bits);
+      append(state.images, letter.data(), state.frame);
+      letter[word] = 0;
     }
   }
   settle(state);
-  for (int q = 0; q < n && !in_order_; ++q) serve_on(state, q, events);
-  if (in_order_) serve_in_order(state, events);
-  settle(state);
-  return state;
 }
 
 void NetworkProblem::play(State& state, const Gate& gate, std::vector<NetworkEvent>* events) {
@@ -140,15 +155,13 @@ void NetworkProblem::make(State& state, const Move& move) {
   play(state, move.gate);
 }
 
-void NetworkProblem::finish_greedily(State& state, std::vector<NetworkEvent>& events,
-                                     Meter& meter) {
-  while (!done(state)) {
-    score(state);
-    choose(state, 1);
-    state.lock = chosen_[0].move.lock;
-    play(state, chosen_[0].move.gate, &events);
-    meter.step();
-  }
+Gate NetworkProblem::play_best(State& state, std::vector<NetworkEvent>* events) {
+  score(state);
+  choose(state, 1);
+  const Move move = chosen_[0].move;
+  state.lock = move.lock;
+  play(state, move.gate, events);
+  return move.gate;
 }
 
 void NetworkProblem::serve_on(State& state, int q, std::vector<NetworkEvent>* events) {
@@ -222,18 +235,23 @@ void NetworkProblem::settle(State& state) {
   weigh(state);
 }
 
-void NetworkProblem::enter(State& state, int row) {
-  const Word* own = list_.string(row);
+/// What a string has become.
+void NetworkProblem::append(LetterRows& rows, const Word* own, const LabelFrame& frame) {
   std::ranges::fill(string_, 0);
   for (int q = 0; q < list_.qubits(); ++q) {
     const auto w = static_cast<std::size_t>(q / word_bits);
     const int shift = q % word_bits;
     // The letter has an X where it anticommutes with Z, and the other way round.
-    string_[w] |= Word{list_.clash(own, state.frame.of_z(q))} << shift;
-    string_[w + static_cast<std::size_t>(list_.words())] |=
-        Word{list_.clash(own, state.frame.of_x(q))} << shift;
+    string_[w] |= Word{list_.clash(own, frame.of_z(q))} << shift;
+    string_[w + static_cast<std::size_t>(list_.words())] |= Word{list_.clash(own, frame.of_x(q))}
+                                                            << shift;
   }
-  state.letters.append(string_.data());
+  rows.append(string_.data());
+}
+
+void NetworkProblem::enter(State& state, int row) {
+  const Word* own = list_.string(row);
+  append(state.letters, own, state.frame);
   if (in_order_) {
     int slot = 0;
     while ((state.free_slots[static_cast<std::size_t>(slot / word_bits)] >> (slot % word_bits) &

@@ -58,11 +58,16 @@ class NetworkProblem {
                  const BitGraph* graph, Rng& rng);
 
   State start(std::vector<NetworkEvent>* events = nullptr);
+  /// A state of another problem with the same list and order.
+  State taken_over(const State& other);
   /// Plays a gate and appends it and the rotations that can be served.
   void play(State& state, const Gate& gate, std::vector<NetworkEvent>* events = nullptr);
-  /// One after the other the gate that lowers the costs most; where none does, those that shorten
-  /// the lightest string, until it is served. Ends always; a step a gate.
-  void finish_greedily(State& state, std::vector<NetworkEvent>& events, Meter& meter);
+  /// Plays the gate that lowers the costs most; where none does, those that shorten the lightest
+  /// string, until it is served. So again and again it ends always.
+  Gate play_best(State& state, std::vector<NetworkEvent>* events = nullptr);
+
+  /// In units of the settings.
+  std::int64_t costs(const State& state) { return score(state); }
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink);
@@ -91,7 +96,9 @@ class NetworkProblem {
   void serve_in_order(State& state, std::vector<NetworkEvent>* events);
   void take_out(State& state, int row, End end, std::vector<NetworkEvent>* events);
   void settle(State& state);
+  void open_window(State& state);
   void enter(State& state, int row);
+  void append(LetterRows& rows, const Word* own, const LabelFrame& frame);
   void weigh(State& state);
   void weigh_by_chain(State& state);
 

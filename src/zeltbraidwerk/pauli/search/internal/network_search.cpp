@@ -14,6 +14,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/pauli/search/internal/network_relay.h"
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
@@ -45,6 +46,7 @@ class NetworkSearch {
     run_ladders();
     for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
       walk(cycle);
+      if (is_long()) run_relays(cycle);
       run_beams(cycle);
     }
     return result();
@@ -52,6 +54,8 @@ class NetworkSearch {
 
  private:
   int qubits() const { return rotations_.frame.qubits(); }
+  /// So long that a relay of greedy runs does better than most beams.
+  bool is_long() const { return given_.count() >= 300; }
   std::vector<int> rows(bool sorted) const;
   const RotationList& list(const NetworkPlan& plan) const { return plan.sorted ? sorted_ : given_; }
 
@@ -59,7 +63,11 @@ class NetworkSearch {
   void run_ladders();
   void run_beams(int cycle);
   void walk(int cycle);
+  void run_relays(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
+  std::vector<Gate> random_prefix();
+  Network finished(NetworkProblem& problem, const std::vector<Gate>& prefix,
+                   const std::vector<Gate>& gates, std::uint64_t before);
   Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
   Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                  std::uint64_t steps);
@@ -97,7 +105,7 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
 }
 
 void NetworkSearch::run_greedily() {
-  constexpr int always = 3;
+  const int always = options_.in_order ? 3 : 4;
   constexpr int longest_without_emphasis = 1000;
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
@@ -108,7 +116,10 @@ void NetworkSearch::run_greedily() {
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
-    problem.finish_greedily(state, events, meter_);
+    while (!problem.done(state)) {
+      problem.play_best(state, &events);
+      meter_.step();
+    }
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
     keep(std::move(network));
@@ -130,22 +141,47 @@ void NetworkSearch::run_ladders() {
   keep(closed(events, state.frame, 0));
 }
 
+/// The gates of the best network up to a random one.
+std::vector<Gate> NetworkSearch::random_prefix() {
+  std::vector<Gate> prefix;
+  const int cut = rng_.below(best_->open + 1);
+  for (const NetworkEvent& event : best_->events) {
+    if (static_cast<int>(prefix.size()) == cut) break;
+    if (event.row < 0) prefix.push_back(event.gate);
+  }
+  return prefix;
+}
+
+/// Some from the start, then some from random gates of the best network.
+void NetworkSearch::run_relays(int cycle) {
+  constexpr int from_start = 2;
+  constexpr int from_gates = 3;
+  RelayOptions options;
+  options.in_order = options_.in_order;
+  options.graph = options_.graph;
+  options.runs = 8 << std::min(cycle, 3);
+  for (int run = 0; run < from_start + from_gates && !meter_.ended(); ++run) {
+    const std::vector<Gate> prefix = run < from_start ? std::vector<Gate>() : random_prefix();
+    const RotationList& rows = list(plans_.draw(rng_));
+    options.stretch = 30 + rng_.below(50);
+    options.known = options_.in_order ? best_->count : 0;  // in any order it does not help
+    const std::uint64_t before = meter_.steps();
+    const auto gates = run_relay(rows, options, prefix, plans_, rng_, meter_);
+    if (!gates) return;
+    NetworkProblem problem(rows, options_.in_order, plans_.first()[0].settings, options_.graph,
+                           rng_);
+    keep(finished(problem, prefix, *gates, before));
+  }
+}
+
 /// Some beams from the start, then some from random gates of the best network.
 void NetworkSearch::run_beams(int cycle) {
-  constexpr int from_start = 3;
-  constexpr int from_gates = 6;
+  const int from_start = is_long() ? 1 : 3;
+  const int from_gates = is_long() ? 2 : 6;
   const int width = 4 << std::min(cycle, 5);
   for (int run = 0; run < from_start + from_gates && !meter_.ended(); ++run) {
     const NetworkPlan plan = plans_.draw(rng_);
-    std::vector<Gate> prefix;
-    if (run >= from_start) {
-      const int cut = rng_.below(best_->open + 1);
-      for (const NetworkEvent& event : best_->events) {
-        if (static_cast<int>(prefix.size()) == cut) break;
-        if (event.row < 0) prefix.push_back(event.gate);
-      }
-    }
-    run_beam(plan, prefix, width);
+    run_beam(plan, run < from_start ? std::vector<Gate>() : random_prefix(), width);
   }
 }
 
@@ -158,18 +194,27 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
   options.patience = 30 + qubits();
   options.noise = 16;
   const std::uint64_t before = meter_.steps();
-  const auto found = BeamSearch<NetworkProblem>(problem, options, rng_, meter_).run(start);
+  BeamSearch<NetworkProblem> beam(problem, options, rng_, meter_);
+  const auto all = beam.run(start);
   if (meter_.ended()) return;  // with more effort tails would be closed with more of it
-  for (const auto& finished : found) {
-    std::vector<NetworkEvent> events;
-    NetworkState state = problem.start(&events);
-    for (const Gate& gate : prefix) problem.play(state, gate, &events);
-    for (const auto& move : finished.moves) problem.play(state, move.gate, &events);
-    const std::uint64_t effort = std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14);
-    Network network = closed(events, state.frame, effort);
+  for (const auto& found : all) {
+    std::vector<Gate> gates;
+    for (const auto& move : found.moves) gates.push_back(move.gate);
+    Network network = finished(problem, prefix, gates, before);
     if (prefix.empty()) plans_.report(plan, network.count);
     keep(std::move(network));
   }
+}
+
+/// With a tail for which an eighth of the steps since `before` are taken.
+Network NetworkSearch::finished(NetworkProblem& problem, const std::vector<Gate>& prefix,
+                                const std::vector<Gate>& gates, std::uint64_t before) {
+  std::vector<NetworkEvent> events;
+  NetworkState state = problem.start(&events);
+  for (const Gate& gate : prefix) problem.play(state, gate, &events);
+  for (const Gate& gate : gates) problem.play(state, gate, &events);
+  return closed(events, state.frame,
+                std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14));
 }
 
 /// Longer with every cycle, each time from the best network.
