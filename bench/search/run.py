@@ -15,7 +15,7 @@ import argparse
 import sys
 import time
 from collections.abc import Callable, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from functools import partial
 from statistics import mean
 from typing import Any
@@ -124,15 +124,44 @@ MOLECULES = {"LiH": (12, 4), "H2O": (14, 10), "NH3": (16, 10), "N2": (20, 14)}
 def pauli(
     molecule: str, order: str, budget: float, goal: float, others: str, **options: Any
 ) -> Row:
-    rotations = gallery.uccsd(*MOLECULES[molecule])
+    lists = [list(gallery.uccsd(*MOLECULES[molecule]))]
+    return strings(f"UCCSD {molecule}", lists, order, budget, goal, others, **options)
 
-    def call(seconds: float) -> Any:
-        return zb.pauli.synthesize(
-            rotations, method="search", order=order, seed=1, **_effort(seconds), **options
+
+def random_strings(n: int, terms: int, order: str, budget: float, goal: float, others: str) -> Row:
+    lists = [gallery.random_paulis(n, terms)]
+    return strings(f"strings {n} {terms}", lists, order, budget, goal, others)
+
+
+def maxcut(n: int, budget: float, goal: float, others: str) -> Row:
+    lists = [gallery.maxcut(n, seed) for seed in (1, 2, 3)]
+    return strings(f"MaxCut {n}", lists, "commuting", budget, goal, others)
+
+
+def long_list(order: str, seconds: float) -> Row:
+    """Of real and imaginary amplitudes: 13,400 strings of 20 qubits. The goal is one of time."""
+    real = list(gallery.uccsd(20, 10))
+    turned = str.maketrans("XY", "YX")
+    imaginary = [
+        s[: (k := max(s.rfind("X"), s.rfind("Y")))] + s[k:].translate(turned) for s in real
+    ]
+    row = strings("UCCSD 20 10 complex", [real + imaginary], order, 0, 26800, "")
+    return replace(row, most_milliseconds=1e3 * seconds)
+
+
+def strings(
+    name: str, lists: Sequence[list[str]], order: str, budget: float, goal: float, others: str,
+    **options: Any,
+) -> Row:  # fmt: skip
+    calls = [
+        lambda seconds, some=some: zb.pauli.synthesize(
+            dict.fromkeys(some, 0.1), method="search", order=order, seed=1, **_effort(seconds),
+            **options,
         )
-
-    name = " ".join(["UCCSD", molecule, order, *options.values()])
-    return Row(name + _greedy(budget), [call], budget, goal, others)
+        for some in lists
+    ]  # fmt: skip
+    title = " ".join([name, order, *options.values()])
+    return Row(title + _greedy(budget), calls, budget, goal, others)
 
 
 def _effort(seconds: float) -> dict[str, Any]:
@@ -234,6 +263,14 @@ def rows() -> list[Row]:
         pauli("H2O", "free", 15, 860, "", tail="return"),
         pauli("LiH", "commuting", 15, 845, "", tail="return"),
         pauli("H2O", "commuting", 15, 1375, "", tail="return"),
+        random_strings(10, 100, "free", 5, 236, "330"),
+        random_strings(20, 400, "free", 10, 2190, "3162"),
+        random_strings(10, 100, "commuting", 5, 332, "376"),
+        random_strings(20, 400, "commuting", 10, 2800, "2850"),
+        maxcut(20, 5, 58, "60"),
+        maxcut(50, 5, 148, "150"),
+        long_list("free", 1.5),
+        long_list("commuting", 1.5),
     ]
 
 

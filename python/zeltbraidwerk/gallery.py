@@ -142,6 +142,29 @@ def _ladder(
     return {key: factor for key, factor in result.items() if factor}
 
 
+def random_paulis(n: int, terms: int, seed: int = 1) -> list[str]:
+    """``terms`` strings of Paulis on n qubits, uniform.
+
+    >>> random_paulis(4, 3)
+    ['XIYI', 'ZZZZ', 'XIZI']
+    """
+    rng = random.Random(seed)
+    return ["".join(rng.choice("IXYZ") for _ in range(n)) for _ in range(terms)]
+
+
+def maxcut(n: int, seed: int = 1) -> list[str]:
+    """The strings of one layer of QAOA for the largest cut of a random graph of degree three, n
+    even: ZZ on its edges, then X on every qubit."""
+    rng = random.Random(seed)
+    edges: set[tuple[int, ...]] = set()
+    while len(edges) < 3 * n // 2:
+        ends = rng.sample(3 * list(range(n)), 3 * n)
+        edges = {(min(pair), max(pair)) for pair in zip(ends[::2], ends[1::2], strict=True)}
+        edges = {(a, b) for a, b in edges if a != b}
+    pairs = ["".join("Z" if q in edge else "I" for q in range(n)) for edge in sorted(edges)]
+    return pairs + ["".join("X" if q == p else "I" for q in range(n)) for p in range(n)]
+
+
 def random_graph(n: int, seed: int = 1) -> BoolArray:
     """A symmetric matrix, each pair of vertices joined or not with equal odds."""
     rng = random.Random(seed)
