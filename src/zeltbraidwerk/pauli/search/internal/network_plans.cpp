@@ -66,8 +66,11 @@ NetworkPlan NetworkPlans::drawn_anew(Rng& rng) const {
 
 NetworkPlan NetworkPlans::draw(Rng& rng) const {
   if (best_.empty() || rng.chance(0.4F)) return drawn_anew(rng);
-  NetworkPlan plan =
-      best_[static_cast<std::size_t>(rng.below(static_cast<int>(best_.size())))].plan;
+  return varied(best_[static_cast<std::size_t>(rng.below(static_cast<int>(best_.size())))].plan,
+                rng);
+}
+
+NetworkPlan NetworkPlans::varied(NetworkPlan plan, Rng& rng) const {
   NetworkSettings& settings = plan.settings;
   settings.shape = settings.geometric
                        ? std::clamp(settings.shape + between(-0.07, 0.07, rng), 0.25, 0.92)

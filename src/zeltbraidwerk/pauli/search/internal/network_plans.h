@@ -24,6 +24,8 @@ class NetworkPlans {
   void report(const NetworkPlan& plan, int cost);
   /// One of the best, changed a little; now and then another one.
   NetworkPlan draw(Rng& rng) const;
+  /// One changed a little.
+  NetworkPlan varied(NetworkPlan plan, Rng& rng) const;
 
  private:
   struct Tried {

@@ -9,6 +9,7 @@ namespace {
 struct Leg {
   std::vector<Gate> gates;
   NetworkState state;
+  NetworkPlan plan;
   double cost = 0;
 };
 
@@ -37,6 +38,7 @@ class Relay {
       }
       gates.insert(gates.end(), best->gates.begin(), best->gates.end());
       state = std::move(best->state);
+      followed_ = best->plan;
     }
     return gates;
   }
@@ -45,10 +47,12 @@ class Relay {
   std::optional<Leg> run_leg(const NetworkState& from) {
     const int end = std::max(0, from.count_left - options_.stretch);
     const int baton = end == 0 ? 0 : from.count_left - options_.stretch / 2;
-    NetworkProblem problem(list_, options_.in_order, plans_.draw(rng_).settings, options_.graph,
-                           rng_);
+    const bool vary = followed_ && rng_.chance(options_.alike);
+    const NetworkPlan plan = vary ? plans_.varied(*followed_, rng_) : plans_.draw(rng_);
+    NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_);
     NetworkState state = problem.taken_over(from);
     Leg leg;
+    leg.plan = plan;
     int gates = 0;
     while (state.count_left > end) {
       const bool stays = state.count_left > baton;
@@ -73,6 +77,7 @@ class Relay {
   Rng& rng_;
   Meter& meter_;
   NetworkProblem judge_;
+  std::optional<NetworkPlan> followed_;
   double gate_ = 0;  // its costs that one gate stands for
 };
 

@@ -159,6 +159,7 @@ void NetworkSearch::run_relays(int cycle) {
   RelayOptions options;
   options.in_order = options_.in_order;
   options.graph = options_.graph;
+  options.alike = options_.in_order ? 0 : 0.8F;
   options.runs = 8 << std::min(cycle, 3);
   for (int run = 0; run < from_start + from_gates && !meter_.ended(); ++run) {
     const std::vector<Gate> prefix = run < from_start ? std::vector<Gate>() : random_prefix();
