@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/linear/internal/pair_elimination.h"
+#include "zeltbraidwerk/linear/search/internal/column_reduction.h"
 #include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
@@ -13,7 +14,8 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 // Sizes up to which each of these pays.
-constexpr int greedy_first = 64;  // a single greedy run takes 20 ms there
+constexpr int greedy_first = 64;    // a single greedy run takes 20 ms there
+constexpr int columns_first = 320;  // one by columns a third of a second
 constexpr int small = 20;
 constexpr int wide_beam = 40;
 constexpr int extension = 110;
@@ -111,10 +113,11 @@ FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), wi
     optimal_ = true;
   } else {
     best_ = by_pairs(m_);
-    if (n <= greedy_first) {
+    if (n <= (by_columns() ? columns_first : greedy_first)) {
       const Effort unbounded;
       Meter meter(unbounded);
-      GateList greedy = reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
+      GateList greedy = by_columns() ? reduce_by_columns(m_, 1, Facing::plain, rng, meter)
+                                     : reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
       if (greedy.wires() == n && greedy.count() < best_.count()) best_ = std::move(greedy);
     }
   }
@@ -126,8 +129,22 @@ Cooling FreeSearch::cooling() const {
   return m_.rows() <= small ? Cooling{0.15F, 0.05F} : Cooling{0.3F, 0.003F};
 }
 
-GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
+bool FreeSearch::by_columns() const {
+  return !sparse_ && m_.rows() > wide_beam;
+}
+
+GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const {
   const int n = m_.rows();
+  if (by_columns()) {
+    // The widest beam that takes about twice the time of the walks of the round.
+    const double price = static_cast<double>(n) * n * n / 400;  // in steps, of width 1
+    int width = number == 0 ? 1 : 0;
+    for (const int wider : {1, 10, 30, 100, 300, 1000, 3000}) {
+      if (wider * price <= static_cast<double>(steps)) width = wider;
+    }
+    if (width == 0) return {};
+    return reduce_by_columns(m_, width, static_cast<Facing>(2 * ((number + 1) % 2)), rng, meter);
+  }
   if (sparse_ && n <= extension) {
     // No cost is best for every cipher, and of the four facings each can be.
     constexpr std::array<ReductionCost, 6> costs{
@@ -140,8 +157,9 @@ GateList FreeSearch::start(int number, Rng& rng, Meter& meter) const {
   if (n <= wide_beam) {
     // Small ones walk from many starts, larger ones long from the best.
     if (long_ ? number > 0 : number > 1 && number % 2 == 0) return {};
-    return reduce(m_, beam_cost(n), number == 0 && !long_ ? 10 : 300,
-                  static_cast<Facing>(number % 4), rng, meter);
+    const auto facing = static_cast<Facing>(number % 4);
+    if (n > 24) return reduce_by_columns(m_, 1000, facing, rng, meter);
+    return reduce(m_, beam_cost(n), number == 0 && !long_ ? 10 : 300, facing, rng, meter);
   }
   if (n <= extension) {
     // Half a second, three, ten, a minute.

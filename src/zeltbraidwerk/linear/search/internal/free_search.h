@@ -47,7 +47,7 @@ class FreeSearch {
       }
       return true;  // equals take over: they lead elsewhere
     };
-    GateList fresh = start(number, rng, meter);
+    GateList fresh = start(number, steps, rng, meter);
     if (!fresh.gates.empty()) {
       heard(fresh, true);
       const bool far = fresh.count() > best_.count() + best_.count() / 8;
@@ -67,7 +67,8 @@ class FreeSearch {
   Cooling cooling() const;
 
  private:
-  GateList start(int number, Rng& rng, Meter& meter) const;
+  GateList start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
+  bool by_columns() const;  ///< dense maps of more than 40 wires
 
   BitMatrix m_;
   bool sparse_;  // or its inverse is: ciphers
