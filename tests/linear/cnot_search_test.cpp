@@ -1,4 +1,4 @@
-// The search for short CNOT circuits: tables of windows, walks, extension, and the whole.
+// The search for short CNOT circuits: tables of windows, walks, and the whole.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,9 +12,7 @@
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
-#include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
-#include "zeltbraidwerk/linear/search/internal/sum_decoder.h"
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 #include "zeltbraidwerk/linear/search_synthesis.h"
 
@@ -230,49 +228,6 @@ TEST(CnotSearch, BlocksAreTakenApart) {
   EXPECT_EQ(blocks_of(packed(m)).size(), 3U);
   for (const bool exact : {false, true}) {
     EXPECT_TRUE(implements(search_cnot(packed(m), {.exact = exact}, steps(20000)), m, exact));
-  }
-}
-
-TEST(CnotExtension, PutsEveryWireBack) {
-  support::Rng matrices(19);
-  for (const int n : {3, 20, 70}) {
-    const BoolMatrix m = support::random_invertible(n, matrices);
-    Rng rng(1, 1);
-    const Effort unbounded;
-    Meter meter(unbounded);
-    GateList list;
-    ASSERT_TRUE(extend(packed(m), {.core = n / 2, .wire_steps = 500, .exchanges = 20, .splits = 2},
-                       rng, meter, list));
-    EXPECT_TRUE(implements(free_circuit(list), m, false)) << n;
-  }
-}
-
-TEST(SumDecoder, FindsSumsThatAddUp) {
-  Rng rng(3, 3);
-  for (const int bits : {1, 7, 64, 100}) {
-    SumDecoder decoder(bits);
-    const int stride = words_for(bits);
-    std::vector<std::vector<Word>> pool;
-    const auto push = [&](std::vector<Word> v) {
-      decoder.push(v.data());
-      pool.push_back(std::move(v));
-    };
-    for (int k = 0; k < 3 * bits; ++k) {
-      std::vector<Word> v(at(stride));
-      for (int b = 0; b < bits; ++b) {
-        if (k < bits ? b == k : rng.coin()) v[at(b / 64)] |= Word{1} << (b % 64);
-      }
-      push(std::move(v));
-    }
-    std::vector<Word> target(at(stride));
-    for (const int k : {1, 2 * bits - 1, 2 * bits, 3 * bits - 1}) {
-      for (int w = 0; w < stride; ++w) target[at(w)] ^= pool[at(k % (3 * bits))][at(w)];
-    }
-    std::vector<Word> sum(at(stride));
-    for (const int k : decoder.decode(target.data(), 50, rng)) {
-      for (int w = 0; w < stride; ++w) sum[at(w)] ^= pool[at(k)][at(w)];
-    }
-    EXPECT_EQ(sum, target) << bits;
   }
 }
 

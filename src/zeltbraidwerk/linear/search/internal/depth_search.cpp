@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/search/internal/depth_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -19,15 +20,6 @@ GateList list_of(const structures::CnotCircuit& circuit) {
   GateList list(circuit.nbqbits, {});
   for (const auto& [control, target] : circuit.gates) list.gates.push_back(cnot(control, target));
   return list;
-}
-
-FreeCircuit free_circuit(const GateList& list) {
-  FreeCircuit found(list.wires());
-  for (const Gate& gate : list.gates) found.circuit.addGate(wire_of(gate.a), wire_of(gate.b));
-  for (int w = 0; w < list.wires(); ++w) {
-    found.perm[static_cast<std::size_t>(wire_of(list.origin[end_of(w, 0)]))] = w;
-  }
-  return found;
 }
 
 [[maybe_unused]] bool implements(const GateList& list, const BitMatrix& m) {
@@ -87,14 +79,7 @@ class ShallowSearch {
     if (!recursion.reduce(m_, found.perm.data())) return;
     found.circuit.reverse();
     found.outputs_from_inputs();
-    GateList list = list_of(found.circuit);
-    for (int r = 0; r < n_; ++r) {
-      const int wire = found.perm[static_cast<std::size_t>(r)];
-      for (int label = 0; label < 4; ++label) {
-        list.origin[end_of(wire, label)] = end_of(r, label);
-      }
-    }
-    consider(std::move(list));
+    consider(gate_list(found));
   }
 
   /// The best of layers alone after so many steps.

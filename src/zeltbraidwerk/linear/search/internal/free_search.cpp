@@ -6,7 +6,6 @@
 
 #include "zeltbraidwerk/linear/internal/pair_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/column_reduction.h"
-#include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -18,7 +17,7 @@ constexpr int greedy_first = 64;    // a single greedy run takes 20 ms there
 constexpr int columns_first = 320;  // one by columns a third of a second
 constexpr int small = 20;
 constexpr int wide_beam = 40;
-constexpr int extension = 110;
+constexpr int middle = 110;
 constexpr int greedy_wires = 512;
 constexpr int whole_greedy = 160;  // above, additions go to few lines
 
@@ -125,7 +124,7 @@ FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), wi
 }
 
 Cooling FreeSearch::cooling() const {
-  if (!long_) return m_.rows() <= extension ? Cooling{0.15F, 0.01F} : Cooling{0.05F, 0.005F};
+  if (!long_) return m_.rows() <= middle ? Cooling{0.15F, 0.01F} : Cooling{0.05F, 0.005F};
   return m_.rows() <= small ? Cooling{0.15F, 0.05F} : Cooling{0.3F, 0.003F};
 }
 
@@ -145,7 +144,7 @@ GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& met
     if (width == 0) return {};
     return reduce_by_columns(m_, width, static_cast<Facing>(2 * ((number + 1) % 2)), rng, meter);
   }
-  if (sparse_ && n <= extension) {
+  if (sparse_ && n <= middle) {
     // No cost is best for every cipher, and of the four facings each can be.
     constexpr std::array<ReductionCost, 6> costs{
         {{1, true}, {0, true}, {-0.5, false}, {-2, false}, {-1, true}, {0, false}}};
@@ -160,20 +159,6 @@ GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& met
     const auto facing = static_cast<Facing>(number % 4);
     if (n > 24) return reduce_by_columns(m_, 1000, facing, rng, meter);
     return reduce(m_, beam_cost(n), number == 0 && !long_ ? 10 : 300, facing, rng, meter);
-  }
-  if (n <= extension) {
-    // Half a second, three, ten, a minute.
-    constexpr std::array<ExtensionOptions, 4> lengths{{{30, 100'000, 6'000, 200, 1},
-                                                       {30, 300'000, 30'000, 1000, 2},
-                                                       {30, 1'000'000, 100'000, 1500, 3},
-                                                       {30, 3'000'000, 500'000, 5000, 5}}};
-    constexpr std::array<int, 5> length_of_round{0, 1, -1, 2, -1};
-    const int length =
-        number < 5 ? length_of_round[static_cast<std::size_t>(number)] : (number % 5 == 0 ? 3 : -1);
-    if (length < 0) return {};
-    GateList list;
-    return extend(m_, lengths[static_cast<std::size_t>(length)], rng, meter, list) ? list
-                                                                                   : GateList();
   }
   if (n <= greedy_wires && number == 0) {
     return reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
