@@ -65,6 +65,7 @@ class CliffordSearch {
 
   static constexpr int quick_wires = 256;  ///< a greedy run takes a second
   static constexpr int most_two_sided = 18;
+  static constexpr int quick_two_sided = 40;  ///< a greedy run takes a twentieth of a second
 
   void begin() {
     shortest_ = Layered(eliminated_list(images_, Outputs::free));
@@ -72,6 +73,9 @@ class CliffordSearch {
     report();
     if (wires_ > 4) {
       shorten(shortest_, beam(start_for(0), 1, wires_ <= quick_wires ? unlimited_ : meter_));
+      if (wires_ > most_two_sided && wires_ <= quick_two_sided) {
+        shorten(shortest_, beam(Start::both, 1, unlimited_));
+      }
     } else if (wires_ > 1) {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       offer(shortest_list(images_, options_.outputs, rng_));

@@ -157,7 +157,6 @@ GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& met
     // Small ones walk from many starts, larger ones long from the best.
     if (long_ ? number > 0 : number > 1 && number % 2 == 0) return {};
     const auto facing = static_cast<Facing>(number % 4);
-    if (n > 24) return reduce_by_columns(m_, 1000, facing, rng, meter);
     return reduce(m_, beam_cost(n), number == 0 && !long_ ? 10 : 300, facing, rng, meter);
   }
   if (n <= greedy_wires && number == 0) {
