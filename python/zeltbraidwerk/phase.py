@@ -340,6 +340,8 @@ class _PhaseSearch:
             except errors.Interrupted:
                 best = self._result(found, made, trace)
                 raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+            count, depth = self._size(found)
+            trace.hear(_search.Point(time.perf_counter() - self._start, count, depth))
         return self._result(found, made, trace)
 
     def _closes(self, found: _Found, searches: bool) -> bool:
@@ -402,9 +404,12 @@ class _PhaseSearch:
         """The CNOTs among the steps."""
         return CnotCircuit._trusted(self._n, steps[steps[:, 2] < 0, :2].copy())
 
-    def _key(self, found: _Found) -> tuple[int, int]:
+    def _size(self, found: _Found) -> tuple[int, int]:
         cnots = self._network(found[1]) + found[2]
-        count, depth = cnots.count, cnots.depth
+        return cnots.count, cnots.depth
+
+    def _key(self, found: _Found) -> tuple[int, int]:
+        count, depth = self._size(found)
         return (count, depth) if self._objective == "count" else (depth, count)
 
     def _result(

@@ -6,8 +6,6 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int most_priced = 8;
-
 /// The rows of two wires behind a gate on them, six rows.
 void multiply(Word* of_k, Word* of_l, int a, int b, int words) {
   const auto row = [words](Word* rows, int label) { return rows + (label - 1) * 2 * words; };
@@ -22,14 +20,9 @@ void multiply(Word* of_k, Word* of_l, int a, int b, int words) {
 
 /// Over all weights that there are, f goes through about 13 orders of magnitude: doubles have 16.
 OneSidedReduction::OneSidedReduction(int wires)
-    : wires_(wires), words_(words_for(wires)), value_(static_cast<std::size_t>(3 * wires + 2)) {
-  const double ratio = 1 - std::min(0.2, 13.0 / std::max(wires, 1));
-  double value = -1;
-  for (double& of_weight : value_) {
-    of_weight = value;
-    value *= ratio;
-  }
-}
+    : wires_(wires),
+      words_(words_for(wires)),
+      light_(3 * wires, 1 - std::min(0.2, 13.0 / std::max(wires, 1)), letter_limit) {}
 
 OneSidedReduction::State OneSidedReduction::start(const OperatorRows& rows, int side) const {
   State state;
@@ -43,7 +36,7 @@ OneSidedReduction::State OneSidedReduction::start(const OperatorRows& rows, int 
     state.hashes_[static_cast<std::size_t>(k)] = hash_of(state.rows_.data() + offset(k, 1));
     state.hash_ += state.hashes_[static_cast<std::size_t>(k)];
   }
-  sum_up(state);
+  state.sum_ = light_.sum(state.weights_, wires_);
   return state;
 }
 
@@ -63,16 +56,6 @@ void OneSidedReduction::weigh(State& state, int wire, int sign) const {
         weight = static_cast<std::uint16_t>(weight + sign);
       }
     }
-  }
-}
-
-void OneSidedReduction::sum_up(State& state) const {
-  state.cost_ = 0;
-  state.unfinished_ = 0;
-  for (int i = 0; i < wires_; ++i) {
-    const std::uint16_t weight = state.weights_[static_cast<std::size_t>(i)];
-    state.cost_ += value_[weight];
-    if (weight > letter_limit) ++state.unfinished_;
   }
 }
 
@@ -112,30 +95,12 @@ void OneSidedReduction::make(State& state, const Move& gate) const {
     hash = hash_of(rows + offset(wire, 1));
     state.hash_ += hash;
   }
-  sum_up(state);
+  state.sum_ = light_.sum(state.weights_, wires_);
 }
 
 void OneSidedReduction::price_lightest(const State& state) {
-  lightest_.clear();
-  for (int i = 0; i < wires_; ++i) {
-    if (state.weights_[static_cast<std::size_t>(i)] > letter_limit) {
-      lightest_.push_back(static_cast<std::uint16_t>(i));
-    }
-  }
-  const std::size_t count = std::min<std::size_t>(lightest_.size(), most_priced);
-  std::partial_sort(lightest_.begin(), lightest_.begin() + static_cast<std::ptrdiff_t>(count),
-                    lightest_.end(), [&](std::uint16_t i, std::uint16_t j) {
-                      return state.weights_[i] != state.weights_[j]
-                                 ? state.weights_[i] < state.weights_[j]
-                                 : i < j;
-                    });
-  lightest_.resize(count);
-  for (std::size_t t = 0; t < count; ++t) {
-    const std::uint16_t w = state.weights_[lightest_[t]];
-    const double price = (value_[w + 1U] - value_[w - 1U]) / 2;
-    const std::size_t bit = std::size_t{1} << t;
-    for (std::size_t low = 0; low < bit; ++low) prices_[bit | low] = prices_[low] + price;
-  }
+  light_.choose(state.weights_, wires_);
+  const std::vector<std::uint16_t>& lightest = light_.chosen();
   met_.clear();
   for (int wire = 0; wire < wires_; ++wire) {
     const Word* rows = state.rows_.data() + offset(wire, 1);
@@ -144,8 +109,8 @@ void OneSidedReduction::price_lightest(const State& state) {
     };
     Met met;
     met.wire = wire;
-    for (std::size_t t = 0; t < count; ++t) {
-      const int at = lightest_[t];
+    for (std::size_t t = 0; t < lightest.size(); ++t) {
+      const int at = lightest[t];
       for (std::size_t label = 1; label < 3; ++label) {
         const int plane = 2 * static_cast<int>(label) - 2;
         met.x[label] = static_cast<std::uint8_t>(met.x[label] | bit_of(plane, at) << t);
@@ -157,7 +122,7 @@ void OneSidedReduction::price_lightest(const State& state) {
     met.x[3] = met.x[1] ^ met.x[2];
     met.z[3] = met.z[1] ^ met.z[2];
     for (std::size_t label = 1; label < 4; ++label) {
-      met.price[label] = prices_[met.x[label] | met.z[label]];
+      met.price[label] = light_.price(met.x[label] | met.z[label]);
       met.price[0] += met.price[label];
     }
     met_.push_back(met);
@@ -171,8 +136,8 @@ std::array<double, 9> OneSidedReduction::changes_of(const Met& k, const Met& l) 
   std::array<double, 3> of_k{}, of_l{};
   for (std::size_t a = 0; a < 3; ++a) {
     for (std::size_t b = 0; b < 3; ++b) {
-      const double price =
-          prices_[static_cast<std::size_t>((k.x[a + 1] ^ l.x[b + 1]) | (k.z[a + 1] ^ l.z[b + 1]))];
+      const double price = light_.price(
+          static_cast<std::size_t>((k.x[a + 1] ^ l.x[b + 1]) | (k.z[a + 1] ^ l.z[b + 1])));
       products[3 * a + b] = price;
       of_k[a] += price;
       of_l[b] += price;

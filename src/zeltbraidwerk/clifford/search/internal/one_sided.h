@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/search/internal/light_rows.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -29,8 +30,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
     std::vector<std::uint16_t> weights_;  // of the rows of the other side
     std::vector<std::uint64_t> hashes_;   // of the three rows of a wire
     std::uint64_t hash_ = 0;
-    double cost_ = 0;
-    int unfinished_ = 0;  // wires of the other side
+    LightRows::Sum sum_;  // over the other side
   };
   using Move = Gate;
 
@@ -45,7 +45,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
         const auto changes = changes_of(met_[k], met_[l]);
         for (int a = 1; a < 4; ++a) {
           for (int b = 1; b < 4; ++b) {
-            sink(state.cost_ + changes[static_cast<std::size_t>(3 * a + b - 4)],
+            sink(state.sum_.cost + changes[static_cast<std::size_t>(3 * a + b - 4)],
                  {end_of(met_[k].wire, a), end_of(met_[l].wire, b)});
           }
         }
@@ -55,12 +55,12 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
   /// Blind to one-qubit gates on the side of the gates, and to the order of wires there.
   std::uint64_t hash(const State& state, const Move& gate) const;
   void make(State& state, const Move& gate) const;
-  bool done(const State& state) const { return state.unfinished_ == 0; }
+  bool done(const State& state) const { return state.sum_.unfinished == 0; }
 
   /// What one letter changes in a row of a random operator.
   double small_change() const {
     const auto typical = static_cast<std::size_t>(9 * wires_ / 4);
-    return value_[typical + 1] - value_[typical];
+    return light_.value(typical + 1) - light_.value(typical);
   }
 
   /// The circuit of an operator of which the gates have left one-qubit gates and a renaming.
@@ -84,14 +84,11 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
   void price_lightest(const State& state);
   std::array<double, 9> changes_of(const Met& k, const Met& l) const;
   void weigh(State& state, int wire, int sign) const;
-  void sum_up(State& state) const;
   std::uint64_t hash_of(const Word* rows) const;
 
   int wires_;
-  int words_;                         // a plane
-  std::vector<double> value_;         // by weight
-  std::array<double, 256> prices_{};  // of letters in the lightest rows
-  std::vector<std::uint16_t> lightest_;
+  int words_;        // a plane
+  LightRows light_;  // of the other side
   std::vector<Met> met_;
 };
 

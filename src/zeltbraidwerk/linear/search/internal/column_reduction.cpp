@@ -9,21 +9,15 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr int most_priced = 8;
 constexpr int finished_weight = 2;  // a one in M, a one in N
 
 }  // namespace
 
 /// Over all weights that there are, f goes through about 9 orders of magnitude: doubles have 16.
 ColumnReduction::ColumnReduction(int n)
-    : n_(n), words_(words_for(n)), value_(static_cast<std::size_t>(2 * n + 2)) {
-  const double ratio = 1 - std::min(0.18, 12.0 / std::max(n, 1));
-  double value = -1;
-  for (double& of_weight : value_) {
-    of_weight = value;
-    value *= ratio;
-  }
-}
+    : n_(n),
+      words_(words_for(n)),
+      light_(2 * n, 1 - std::min(0.18, 12.0 / std::max(n, 1)), finished_weight) {}
 
 ColumnReduction::State ColumnReduction::start(const BitMatrix& m) const {
   State state;
@@ -40,7 +34,7 @@ ColumnReduction::State ColumnReduction::start(const BitMatrix& m) const {
     hash = hash_of(of_m.row(c), of_n.row(c));
     state.hash_ += hash;
   }
-  sum_up(state);
+  state.sum_ = light_.sum(state.weights_, n_);
   return state;
 }
 
@@ -49,16 +43,6 @@ void ColumnReduction::weigh(State& state, int kind, int column, int sign) const 
     std::uint16_t& weight = state.weights_[static_cast<std::size_t>(row)];
     weight = static_cast<std::uint16_t>(weight + sign);
   });
-}
-
-void ColumnReduction::sum_up(State& state) const {
-  state.cost_ = 0;
-  state.unfinished_ = 0;
-  for (int row = 0; row < n_; ++row) {
-    const std::uint16_t weight = state.weights_[static_cast<std::size_t>(row)];
-    state.cost_ += value_[weight];
-    if (weight > finished_weight) ++state.unfinished_;
-  }
 }
 
 std::uint64_t ColumnReduction::hash_of(const Word* of_m, const Word* of_n) const {
@@ -100,35 +84,17 @@ void ColumnReduction::make(State& state, const Move& move) const {
                    state.columns_.data() + offset(1, column));
     state.hash_ += hash;
   }
-  sum_up(state);
+  state.sum_ = light_.sum(state.weights_, n_);
 }
 
 void ColumnReduction::price_lightest(const State& state) {
-  lightest_.clear();
-  for (int row = 0; row < n_; ++row) {
-    if (state.weights_[static_cast<std::size_t>(row)] > finished_weight) {
-      lightest_.push_back(static_cast<std::uint16_t>(row));
-    }
-  }
-  const std::size_t count = std::min<std::size_t>(lightest_.size(), most_priced);
-  std::partial_sort(lightest_.begin(), lightest_.begin() + static_cast<std::ptrdiff_t>(count),
-                    lightest_.end(), [&](std::uint16_t i, std::uint16_t j) {
-                      return state.weights_[i] != state.weights_[j]
-                                 ? state.weights_[i] < state.weights_[j]
-                                 : i < j;
-                    });
-  lightest_.resize(count);
-  for (std::size_t t = 0; t < count; ++t) {
-    const std::uint16_t w = state.weights_[lightest_[t]];
-    const double price = (value_[w + 1U] - value_[w - 1U]) / 2;
-    const std::size_t bit = std::size_t{1} << t;
-    for (std::size_t low = 0; low < bit; ++low) prices_[bit | low] = prices_[low] + price;
-  }
+  light_.choose(state.weights_, n_);
+  const std::vector<std::uint16_t>& lightest = light_.chosen();
   met_.clear();
   for (int column = 0; column < n_; ++column) {
     unsigned bits[2] = {0, 0};
-    for (std::size_t t = 0; t < count; ++t) {
-      const int row = lightest_[t];
+    for (std::size_t t = 0; t < lightest.size(); ++t) {
+      const int row = lightest[t];
       for (const int kind : {0, 1}) {
         const Word word =
             state.columns_[offset(kind, column) + static_cast<std::size_t>(row / word_bits)];

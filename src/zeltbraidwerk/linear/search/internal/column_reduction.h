@@ -1,12 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/light_rows.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -25,8 +25,7 @@ class ColumnReduction {
     std::vector<std::uint16_t> weights_;
     std::vector<std::uint64_t> hashes_;
     std::uint64_t hash_ = 0;
-    double cost_ = 0;
-    int unfinished_ = 0;  // rows
+    LightRows::Sum sum_;
   };
   /// Column `to` of M gains column `from`, and column `from` of N column `to`.
   struct Move {
@@ -43,16 +42,16 @@ class ColumnReduction {
     for (const Met& to : met_) {
       for (const Met& from : met_) {
         if (to.column == from.column) continue;
-        const double change = prices_[to.of_m ^ from.of_m] - prices_[to.of_m] +
-                              prices_[from.of_n ^ to.of_n] - prices_[from.of_n];
-        sink(state.cost_ + change, {to.column, from.column});
+        const double change = light_.price(to.of_m ^ from.of_m) - light_.price(to.of_m) +
+                              light_.price(from.of_n ^ to.of_n) - light_.price(from.of_n);
+        sink(state.sum_.cost + change, {to.column, from.column});
       }
     }
   }
   /// Blind to the order of columns.
   std::uint64_t hash(const State& state, const Move& move) const;
   void make(State& state, const Move& move) const;
-  bool done(const State& state) const { return state.unfinished_ == 0; }
+  bool done(const State& state) const { return state.sum_.unfinished == 0; }
 
   GateList circuit(const State& reduced, const std::vector<Move>& moves) const;
 
@@ -69,14 +68,11 @@ class ColumnReduction {
   }
   void price_lightest(const State& state);
   void weigh(State& state, int kind, int column, int sign) const;
-  void sum_up(State& state) const;
   std::uint64_t hash_of(const Word* of_m, const Word* of_n) const;
 
   int n_;
   int words_;
-  std::vector<double> value_;         // by weight
-  std::array<double, 256> prices_{};  // of ones in the lightest rows
-  std::vector<std::uint16_t> lightest_;
+  LightRows light_;
   std::vector<Met> met_;
 };
 
