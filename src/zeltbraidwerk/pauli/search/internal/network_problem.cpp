@@ -322,7 +322,7 @@ std::int64_t NetworkProblem::score(const State& state) {
     sum += static_cast<std::int64_t>(factor) * (costs_.of(weight) - usual_);
     const std::uint32_t less = times(factor, costs_.rise(weight));
     const std::uint32_t more = times(factor, costs_.rise(weight + 1));
-    if (less < least_pull && more < least_pull) continue;
+    if (times(factor, costs_.steepest(weight)) < least_pull) continue;
     pairs_.add(letters_.data(), state.letters.letters(place, letters_.data()), less, more);
   }
   sum >>= NetworkCosts::factor_bits;
@@ -337,17 +337,25 @@ std::int64_t NetworkProblem::score(const State& state) {
 }
 
 std::int64_t NetworkProblem::score_on_graph(const State& state) {
+  constexpr std::int64_t unknown = std::numeric_limits<std::int64_t>::max();
   edges_.clear();
   std::int64_t sum = 0;
   for (int place = 0; place < state.letters.count(); ++place) {
-    const std::int64_t factor = state.factors[static_cast<std::size_t>(place)];
+    const std::uint32_t factor = state.factors[static_cast<std::size_t>(place)];
     const int now = reach(state, place);
-    sum += factor * (costs_.of(now) - usual_);
-    if (times(static_cast<std::uint32_t>(factor), costs_.rise(now)) < least_pull && now > 1)
-      continue;
+    sum += static_cast<std::int64_t>(factor) * (costs_.of(now) - usual_);
+    if (times(factor, costs_.steepest(now)) < least_pull) continue;
+    // Rounded by itself, so that a change and the one back cancel out.
+    const auto cost = [&](int reach) {
+      return static_cast<std::int64_t>(factor) * costs_.of(reach) >> NetworkCosts::factor_bits;
+    };
+    changes_.assign(static_cast<std::size_t>(list_.qubits()), unknown);
     const auto change = [&](int q) {
-      return (factor * (costs_.of(reach_with(state, place, q)) - costs_.of(now))) >>
-             NetworkCosts::factor_bits;
+      std::int64_t& found = changes_[static_cast<std::size_t>(q)];
+      if (found == unknown) {
+        found = cost(reach_with(state, place, q)) - cost(now);
+      }
+      return found;
     };
     for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
       const auto [a, b] = gate_costs_.pairs()[p];

@@ -134,6 +134,7 @@ class NetworkProblem {
   mutable std::vector<int> letters_;     // scratch
   std::vector<Word> string_;             // scratch
   std::vector<Word> chains_;             // scratch
+  std::vector<std::int64_t> changes_;    // scratch: of a string, by qubit
 };
 
 template <class Sink>

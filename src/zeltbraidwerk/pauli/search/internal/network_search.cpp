@@ -106,12 +106,12 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
 
 void NetworkSearch::run_greedily() {
   const int always = options_.in_order ? 3 : 4;
-  constexpr int longest_without_emphasis = 1000;
+  // All alike, every string is looked at for every gate, which takes longer on a device.
+  const bool long_without_emphasis =
+      options_.graph == nullptr ? given_.count() > 1000 : given_.count() * qubits() > 8000;
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
-    if (plan.settings.emphasis == Emphasis::equal && given_.count() > longest_without_emphasis) {
-      continue;
-    }
+    if (plan.settings.emphasis == Emphasis::equal && long_without_emphasis) continue;
     if (runs++ >= always && meter_.ended()) return;
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
     std::vector<NetworkEvent> events;

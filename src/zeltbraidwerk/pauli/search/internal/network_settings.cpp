@@ -30,6 +30,10 @@ NetworkCosts::NetworkCosts(const NetworkSettings& settings, int qubits) {
     rise_.push_back(static_cast<std::uint32_t>(of_.back() - of_[of_.size() - 2]));
     tail_.push_back(in_units(settings.tail * std::log2(weight)));
   }
+  steepest_ = rise_;
+  for (std::size_t weight = steepest_.size() - 1; weight > 0; --weight) {
+    steepest_[weight - 1] = std::max(steepest_[weight - 1], steepest_[weight]);
+  }
 }
 
 std::uint32_t NetworkCosts::factor(double f) {

@@ -42,6 +42,9 @@ class NetworkCosts {
   /// f(weight) - f(weight - 1) for weights from 1, and f itself.
   std::uint32_t rise(int weight) const { return rise_[static_cast<std::size_t>(weight)]; }
   std::int64_t of(int weight) const { return of_[static_cast<std::size_t>(weight)]; }
+  /// The largest rise to this weight and to heavier ones. It never grows with the weight, as the
+  /// rises do by rounding, so that what is too heavy to matter is so at every larger weight.
+  std::uint32_t steepest(int weight) const { return steepest_[static_cast<std::size_t>(weight)]; }
   /// The same of the frame's own strings.
   std::uint32_t tail_rise(int weight) const {
     return static_cast<std::uint32_t>(tail(weight) - tail(weight - 1));
@@ -53,6 +56,7 @@ class NetworkCosts {
 
  private:
   std::vector<std::uint32_t> rise_;
+  std::vector<std::uint32_t> steepest_;
   std::vector<std::int64_t> of_;
   std::vector<std::int64_t> tail_;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "zeltbraidwerk/graphs/internal/path_tree.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -13,11 +12,15 @@ constexpr std::size_t most_known = std::size_t{1} << 18;
 
 }  // namespace
 
-Reach::Reach(const BitGraph& graph) : words_(words_for(graph.size())), known_(least_known) {
-  for (int root = 0; root < graph.size(); ++root) {
-    PathTree tree;
-    search_tree(graph, root, tree);
-    distances_.push_back(std::move(tree.distance));
+Reach::Reach(const BitGraph& graph)
+    : words_(words_for(graph.size())),
+      neighbours_(static_cast<std::size_t>(graph.size())),
+      known_(least_known),
+      distance_(neighbours_.size()),
+      region_(neighbours_.size()) {
+  for (int q = 0; q < graph.size(); ++q) {
+    for_each_bit(graph.row(q), graph.words(),
+                 [&](int v) { neighbours_[static_cast<std::size_t>(q)].push_back(v); });
   }
 }
 
@@ -49,30 +52,56 @@ int Reach::operator()(const Word* wires) {
   return known_[slot].reach;
 }
 
-/// Grows the tree from the first wire, always to the nearest one.
+int Reach::region_of(int q) {
+  const auto next = [&](int v) -> int& { return region_[static_cast<std::size_t>(v)]; };
+  while (next(q) != q) q = next(q) = next(next(q));
+  return q;
+}
+
+/// Regions grow around all letters at once, a wire at a time. Where two meet, the path between
+/// their letters is the next edge of a shortest tree (Mehlhorn, Information Processing Letters 27,
+/// 1988).
 int Reach::compute(const Word* wires) {
-  outside_.clear();
-  for_each_bit(wires, words_, [&](int q) { outside_.push_back(q); });
-  const int weight = static_cast<int>(outside_.size());
-  int last = outside_.back();
-  outside_.pop_back();
-  nearest_.clear();
-  for (const int q : outside_)
-    nearest_.push_back(distances_[static_cast<std::size_t>(last)][static_cast<std::size_t>(q)]);
+  const auto at = [](int q) { return static_cast<std::size_t>(q); };
+  std::ranges::fill(distance_, -1);
+  rim_.clear();
+  for_each_bit(wires, words_, [&](int q) {
+    distance_[at(q)] = 0;
+    region_[at(q)] = q;
+    rim_.push_back(q);
+  });
+  const int weight = static_cast<int>(rim_.size());
+  int apart = weight - 1;
   int edges = 0;
-  while (!outside_.empty()) {
-    const auto next = std::ranges::min_element(nearest_) - nearest_.begin();
-    const auto at = static_cast<std::size_t>(next);
-    edges += nearest_[at];
-    last = outside_[at];
-    std::swap(outside_[at], outside_.back());
-    std::swap(nearest_[at], nearest_.back());
-    outside_.pop_back();
-    nearest_.pop_back();
-    const auto& from_last = distances_[static_cast<std::size_t>(last)];
-    for (std::size_t k = 0; k < outside_.size(); ++k) {
-      nearest_[k] = std::min(nearest_[k], from_last[static_cast<std::size_t>(outside_[k])]);
+  const auto meet = [&](int a, int b, int length) {
+    const int one = region_of(a);
+    const int other = region_of(b);
+    if (one == other) return;
+    region_[at(one)] = other;
+    edges += length;
+    --apart;
+  };
+  for (int level = 0; apart > 0; ++level) {
+    for (const int q : rim_) {
+      if (apart == 0) break;
+      for (const int v : neighbours_[at(q)]) {
+        if (distance_[at(v)] == level) meet(q, v, 2 * level + 1);
+      }
     }
+    next_.clear();
+    for (const int q : rim_) {
+      if (apart == 0) break;
+      for (const int v : neighbours_[at(q)]) {
+        if (distance_[at(v)] < 0) {
+          distance_[at(v)] = level + 1;
+          region_[at(v)] = q;
+          next_.push_back(v);
+        } else if (distance_[at(v)] == level + 1) {
+          meet(q, v, 2 * level + 2);
+        }
+      }
+    }
+    std::swap(rim_, next_);
   }
   return 2 * edges - weight + 2;
 }

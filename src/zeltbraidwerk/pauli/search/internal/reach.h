@@ -30,12 +30,17 @@ class Reach {
   std::size_t slot_of(std::uint64_t key) const;
   int compute(const Word* wires);
 
+  /// A wire of the region, the same of all that have met.
+  int region_of(int q);
+
   int words_ = 0;
-  std::vector<std::vector<int>> distances_;
+  std::vector<std::vector<int>> neighbours_;
   std::vector<Entry> known_;  // open addressing
   std::size_t count_ = 0;
-  std::vector<int> outside_;  // scratch: wires that are not in the tree yet
-  std::vector<int> nearest_;  // how far each of them is from it
+  std::vector<int> distance_;  // scratch: from the nearest letter, -1 if not known yet
+  std::vector<int> region_;    // towards region_of
+  std::vector<int> rim_;       // the wires reached last
+  std::vector<int> next_;
 };
 
 }  // namespace zelt::braidwerk::internal
