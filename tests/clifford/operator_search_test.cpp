@@ -10,6 +10,7 @@
 
 #include "support/pauli.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
@@ -264,6 +265,23 @@ TEST(CliffordSearch, brings_operators_down_from_either_side) {
       expect_same_operator(wanted, to_circuit(list, images), n);
       if (HasFatalFailure()) FAIL() << n << " qubits, side " << side;
       EXPECT_LE(list.count(), n * (n + 4) * 29 / 100);
+    }
+  }
+}
+
+TEST(CliffordSearch, finds_layered_forms) {
+  std::mt19937 rng(6);
+  Rng draws(1, 1);
+  for (const int n : {0, 1, 2, 3, 6, 25, 64}) {
+    for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+      const Circuit wanted = random_clifford(n, n * n, rng);
+      const PauliFrame images = images_of(wanted, n);
+      const GateList list = layered_list(OperatorRows(images), outputs, draws, steps(1));
+      const CliffordCircuit found = to_circuit(list, images);
+      expect_same_operator(wanted, found, n);
+      EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.wires));
+      EXPECT_LE(depth_of(list.gates, n), 2 * n + 30);
+      if (HasFatalFailure()) FAIL() << n << " qubits";
     }
   }
 }

@@ -7,6 +7,7 @@
 
 #include "support/graphs.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/graphs/shortest_paths.h"
 
 namespace {
@@ -179,6 +180,38 @@ TEST(ShortestPaths, BothTablesAreTheWrittenOnes) {
       for (int i = 0; i < n; ++i) {
         ASSERT_EQ(g.shortest_paths[at(i)][at(j)], expected[at(i)]) << g << i << ' ' << j;
       }
+    }
+  }
+}
+
+TEST(EdgeColoring, needs_one_matching_more_than_the_largest_degree) {
+  std::mt19937 rng(3);
+  for (int n = 0; n < 40; ++n) {
+    for (const unsigned odds : {1U, 3U, 5U}) {
+      zelt::braidwerk::internal::BitGraph left(n);
+      std::vector<std::size_t> degrees(at(n));
+      int edges = 0;
+      for (int a = 0; a < n; ++a) {
+        for (int b = a + 1; b < n; ++b) {
+          if (rng() % 5 >= odds) continue;
+          left.join(a, b);
+          ++degrees[at(a)];
+          ++degrees[at(b)];
+          ++edges;
+        }
+      }
+      const auto matchings = zelt::braidwerk::internal::matchings_of(left);
+      EXPECT_LE(matchings.size(), n == 0 ? 0 : std::ranges::max(degrees) + 1);
+      for (const auto& matching : matchings) {
+        std::vector<bool> met(at(n));
+        for (const auto& [a, b] : matching) {
+          ASSERT_TRUE(left.joined(a, b) && !met[at(a)] && !met[at(b)]);
+          met[at(a)] = met[at(b)] = true;
+          left.part(a, b);
+          --edges;
+        }
+      }
+      EXPECT_EQ(edges, 0);
     }
   }
 }

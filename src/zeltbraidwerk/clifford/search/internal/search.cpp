@@ -7,6 +7,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
@@ -80,6 +81,7 @@ class CliffordSearch {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       offer(shortest_list(images_, options_.outputs, rng_));
     }
+    if (takes_layers()) offer(layered(1));
   }
 
   void search_freely() {
@@ -90,6 +92,7 @@ class CliffordSearch {
       if (meter_.ended()) break;
       offer(shortest_.list);
       walk(shortest_, rewriter, steps_of(round));
+      layer_again(round);
       if (options_.by_depth) anneal(round % 2 == 0 ? shortest_ : best_, rewriter, steps_of(round));
     }
   }
@@ -109,6 +112,7 @@ class CliffordSearch {
       }
       Layered next = best_;
       walk(next, rewriter, steps_of(round) / 2);
+      layer_again(round);
       if (options_.by_depth) anneal(best_, rewriter, steps_of(round) / 2);
     }
   }
@@ -206,6 +210,25 @@ class CliffordSearch {
     const auto found = search.run(one_sided_.start(start_.rows, side));
     return found.empty() ? shortest_
                          : Layered(one_sided_.circuit(found[0].state, found[0].moves, side));
+  }
+
+  /// The layered form has few layers on many qubits.
+  bool takes_layers() const { return options_.by_depth && wires_ > most_two_sided; }
+  GateList layered(std::uint64_t steps) {
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = steps;
+    return layered_list(start_.rows, options_.outputs, rng_, effort);
+  }
+
+  /// Once more with other labels, and the map searched longer. That takes a quarter of the round's
+  /// steps, as a step of it takes about as long as a gate on every fourth wire.
+  void layer_again(int round) {
+    if (!takes_layers()) return;
+    const std::uint64_t steps = steps_of(round) / 4;
+    const GateList found = layered(4 * steps / static_cast<std::uint64_t>(wires_));
+    for (std::uint64_t k = 0; k < steps; ++k) meter_.step();
+    if (!meter_.ended()) offer(found);
   }
 
   static void shorten(Layered& shortest, Layered found) {

@@ -1,0 +1,163 @@
+#include "zeltbraidwerk/clifford/search/internal/layered_form.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/clifford/search/internal/reduction.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/graphs/internal/edge_coloring.h"
+#include "zeltbraidwerk/linear/search/internal/depth_search.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+/// Vectors that are independent.
+class Independent {
+ public:
+  explicit Independent(int size) : rows_(size, size), used_(static_cast<std::size_t>(size)) {}
+
+  /// Adds it unless it is a sum of others.
+  bool add(BitMatrix vector) {
+    for (int c = 0; c < rows_.cols(); ++c) {
+      if (!vector.get(0, c)) continue;
+      if (!used_[static_cast<std::size_t>(c)]) {
+        std::copy_n(vector.row(0), rows_.stride(), rows_.row(c));
+        used_[static_cast<std::size_t>(c)] = true;
+        return true;
+      }
+      for (int w = 0; w < rows_.stride(); ++w) vector.row(0)[w] ^= rows_.row(c)[w];
+    }
+    return false;
+  }
+
+ private:
+  BitMatrix rows_;  // by the first bit
+  std::vector<bool> used_;
+};
+
+class LayeredForm {
+ public:
+  LayeredForm(OperatorRows rows, Rng& rng)
+      : rows_(std::move(rows)), wires_(rows_.wires()), rng_(rng) {
+    choose_inputs();
+    choose_outputs();
+  }
+
+  GateList circuit(Outputs outputs, const Effort& effort) {
+    // What X on the inputs becomes is X on the outputs by the map, times Z by the graph behind it;
+    // the graph before it has given Z on the inputs its part of X.
+    const BitMatrix map = parts(input_x_, output_z_);
+    const BitMatrix back = inverse(map);
+    const BitMatrix before = product(parts(input_z_, output_z_), back);
+    const BitMatrix behind = product(back, parts(input_x_, output_x_));
+    take_off_graph(1, before, input_x_);
+    take_off_graph(0, behind, output_z_);
+    take_off_map(map, outputs, effort);
+    return circuit_of(rows_, moves_);
+  }
+
+ private:
+  using Labels = std::vector<int>;
+
+  static int& of(Labels& labels, int wire) { return labels[static_cast<std::size_t>(wire)]; }
+  static int of(const Labels& labels, int wire) { return labels[static_cast<std::size_t>(wire)]; }
+
+  void choose_inputs() {
+    for (int i = 0; i < wires_; ++i) {
+      input_x_.push_back(1 + rng_.below(3));
+      input_z_.push_back(other_labels[input_x_.back()][rng_.below(2)]);
+    }
+  }
+
+  /// So that the parts of X of the images of X have an inverse. Of any two labels of a wire one
+  /// will do: the images commute, and nothing else commutes with all of them.
+  void choose_outputs() {
+    Independent columns(wires_);
+    for (int w = 0; w < wires_; ++w) {
+      const int first = rng_.below(3);
+      int z = 0;
+      for (int k = 0; k < 3 && z == 0; ++k) {
+        const int label = 1 + (first + k) % 3;
+        BitMatrix column(1, wires_);
+        for (int i = 0; i < wires_; ++i) column.set(0, i, meets(i, of(input_x_, i), w, label));
+        if (columns.add(std::move(column))) z = label;
+      }
+      output_z_.push_back(z);
+      output_x_.push_back(other_labels[z][0]);
+    }
+  }
+
+  /// Whether the image of a label on an input anticommutes with one on an output.
+  bool meets(int input, int label, int output, int by) const {
+    const int found = rows_.label_at(1, input, label, output);
+    return found != 0 && found != by;
+  }
+
+  BitMatrix parts(const Labels& of_inputs, const Labels& by_outputs) const {
+    BitMatrix parts(wires_, wires_);
+    for (int i = 0; i < wires_; ++i) {
+      for (int w = 0; w < wires_; ++w) {
+        parts.set(i, w, meets(i, of(of_inputs, i), w, of(by_outputs, w)));
+      }
+    }
+    return parts;
+  }
+
+  void play(int side, const Gate& gate) {
+    rows_.multiply(side, gate);
+    moves_.push_back({side, gate});
+  }
+
+  /// What stands on its diagonal is on single wires.
+  void take_off_graph(int side, const BitMatrix& adjacency, const Labels& labels) {
+    BitGraph graph(wires_);
+    for (int a = 0; a < wires_; ++a) {
+      for (int b = a + 1; b < wires_; ++b) {
+        if (adjacency.get(a, b)) graph.join(a, b);
+      }
+    }
+    for (const auto& matching : matchings_of(graph)) {
+      for (const auto& [a, b] : matching) {
+        play(side, {end_of(a, of(labels, a)), end_of(b, of(labels, b))});
+      }
+    }
+  }
+
+  /// From the last gate to the first. Each is a CNOT but for one-qubit gates behind it, which turn
+  /// X on its control, and Z on its target.
+  void take_off_map(const BitMatrix& map, Outputs outputs, const Effort& effort) {
+    for (int i = 0; i < wires_; ++i) {
+      for_each_bit(map.row(i), map.stride(),
+                   [&](int w) { of(output_x_, w) = rows_.label_at(1, i, of(input_x_, i), w); });
+    }
+    ShallowOptions options;
+    options.permuted = outputs == Outputs::free;
+    options.seed = rng_.next();
+    const GateList list = search_shallow_cnot(map.transposed(), options, effort).front().list;
+    const auto output = [&](End end) { return wire_of(list.origin[end_of(wire_of(end), 0)]); };
+    for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
+      const bool forward = label_of(gate->a) == label_z;
+      const int control = output(forward ? gate->a : gate->b);
+      const int target = output(forward ? gate->b : gate->a);
+      play(0, {end_of(control, of(output_z_, control)), end_of(target, of(output_x_, target))});
+      of(output_x_, control) ^= of(output_z_, control);
+      of(output_z_, target) ^= of(output_x_, target);
+    }
+  }
+
+  OperatorRows rows_;
+  int wires_;
+  Rng& rng_;
+  Labels input_x_, input_z_, output_x_, output_z_;
+  std::vector<OperatorReduction::Move> moves_;
+};
+
+}  // namespace
+
+GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort) {
+  return LayeredForm(std::move(rows), rng).circuit(outputs, effort);
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
+#include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+namespace zelt::braidwerk::internal {
+
+/// A circuit of few layers for an operator on many qubits: gates between X on pairs of qubits,
+/// which commute, then a linear map by CNOTs, then gates between Z on pairs, which commute as well,
+/// X and Z any two labels of a wire, drawn for the inputs. Every operator has such a form.
+///
+/// On n qubits the layers are about n / 2 before the map and as many behind it, and those of the
+/// map, which is searched by depth with this effort. More gates than by a reduction.
+ZELTBRAIDWERK_KERNEL_EXPORT GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng,
+                                                  const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal

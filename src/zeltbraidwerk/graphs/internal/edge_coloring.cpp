@@ -1,0 +1,125 @@
+#include "zeltbraidwerk/graphs/internal/edge_coloring.h"
+
+#include <algorithm>
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr int none = -1;
+
+/// Edges get a colour one after the other; at a vertex no two have the same.
+class EdgeColoring {
+ public:
+  explicit EdgeColoring(const BitGraph& graph)
+      : size_(static_cast<std::size_t>(graph.size())), color_(size_ * size_, none) {
+    int most = 0;
+    for (int v = 0; v < graph.size(); ++v) {
+      int degree = 0;
+      for_each_bit(graph.row(v), graph.words(), [&](int) { ++degree; });
+      most = std::max(most, degree);
+    }
+    colors_ = static_cast<std::size_t>(most) + 1;
+    neighbour_.assign(size_ * colors_, none);
+    for (int u = 0; u < graph.size(); ++u) {
+      for_each_bit(graph.row(u), graph.words(), [&](int v) {
+        if (u < v) add(u, v);
+      });
+    }
+  }
+
+  std::vector<std::vector<std::pair<int, int>>> matchings() const {
+    std::vector<std::vector<std::pair<int, int>>> found(colors_);
+    for (int u = 0; u < static_cast<int>(size_); ++u) {
+      for (int v = u + 1; v < static_cast<int>(size_); ++v) {
+        const int c = color_[at(u, v)];
+        if (c != none) found[static_cast<std::size_t>(c)].emplace_back(u, v);
+      }
+    }
+    std::erase_if(found, [](const auto& matching) { return matching.empty(); });
+    return found;
+  }
+
+ private:
+  std::size_t at(int u, int v) const {
+    return static_cast<std::size_t>(u) * size_ + static_cast<std::size_t>(v);
+  }
+  /// Along the edge of a colour.
+  int& neighbour(int u, int c) {
+    return neighbour_[static_cast<std::size_t>(u) * colors_ + static_cast<std::size_t>(c)];
+  }
+  bool is_free(int u, int c) { return neighbour(u, c) == none; }
+  int free_color(int u) {
+    int c = 0;
+    while (!is_free(u, c)) ++c;
+    return c;
+  }
+  void color(int u, int v, int c) {
+    color_[at(u, v)] = color_[at(v, u)] = c;
+    neighbour(u, c) = v;
+    neighbour(v, c) = u;
+  }
+  void uncolor(int u, int v) {
+    const int c = color_[at(u, v)];
+    if (c == none) return;
+    color_[at(u, v)] = color_[at(v, u)] = none;
+    neighbour(u, c) = neighbour(v, c) = none;
+  }
+
+  void add(int u, int v) {
+    const std::vector<int> fan = fan_of(u, v);
+    const int wanted = free_color(fan.back());
+    exchange(u, wanted, free_color(u));
+    std::size_t last = 0;
+    while (!is_free(fan[last], wanted)) ++last;
+    turn(u, fan, last, wanted);
+  }
+
+  /// Neighbours of u from v on, the colour of the edge to each of which is free at the one before.
+  std::vector<int> fan_of(int u, int v) {
+    std::vector<int> fan{v};
+    for (bool grown = true; grown;) {
+      grown = false;
+      for (int c = 0; c < static_cast<int>(colors_) && !grown; ++c) {
+        const int next = neighbour(u, c);
+        if (next == none || !is_free(fan.back(), c) || std::ranges::count(fan, next) != 0) continue;
+        fan.push_back(next);
+        grown = true;
+      }
+    }
+    return fan;
+  }
+
+  /// On the path of these two colours that begins at u, with the first of them.
+  void exchange(int u, int first, int second) {
+    std::vector<int> path{u};
+    for (int c = first; !is_free(path.back(), c); c = c == first ? second : first) {
+      path.push_back(neighbour(path.back(), c));
+    }
+    for (std::size_t k = 0; k + 1 < path.size(); ++k) uncolor(path[k], path[k + 1]);
+    for (std::size_t k = 0; k + 1 < path.size(); ++k) {
+      color(path[k], path[k + 1], k % 2 == 0 ? second : first);
+    }
+  }
+
+  /// Every edge of the fan up to the last gets the colour of the next one.
+  void turn(int u, const std::vector<int>& fan, std::size_t last, int wanted) {
+    std::vector<int> colors;
+    for (std::size_t k = 1; k <= last; ++k) colors.push_back(color_[at(u, fan[k])]);
+    colors.push_back(wanted);
+    for (std::size_t k = 1; k <= last; ++k) uncolor(u, fan[k]);
+    for (std::size_t k = 0; k <= last; ++k) color(u, fan[k], colors[k]);
+  }
+
+  std::size_t size_;
+  std::size_t colors_ = 0;
+  std::vector<int> color_;      // of the edge between two vertices
+  std::vector<int> neighbour_;  // by vertex and colour
+};
+
+}  // namespace
+
+std::vector<std::vector<std::pair<int, int>>> matchings_of(const BitGraph& graph) {
+  return EdgeColoring(graph).matchings();
+}
+
+}  // namespace zelt::braidwerk::internal
