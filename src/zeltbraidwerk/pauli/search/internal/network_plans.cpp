@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -15,6 +16,17 @@ constexpr NetworkPlan plans_free[] = {
     {{.shape = 0.42, .bonus = 0.6, .emphasis = Emphasis::by_place, .rate = 55}},
     {{.geometric = false, .shape = 2, .emphasis = Emphasis::by_place, .rate = 80}},
     {{.geometric = false, .shape = 3, .bonus = 0.5}},
+    {{.shape = 0.44, .bonus = 0.8, .emphasis = Emphasis::by_place, .rate = 55}, true},
+};
+/// Strings are up to three times as far from a single letter, so costs are flatter.
+constexpr NetworkPlan plans_on_device[] = {
+    {{.shape = 0.44, .bonus = 0.8, .emphasis = Emphasis::by_place, .rate = 55}},
+    {{.geometric = false, .shape = 2.5, .bonus = 1, .emphasis = Emphasis::by_place, .rate = 500}},
+    {{.geometric = false, .shape = 2, .bonus = 0.5, .emphasis = Emphasis::by_place, .rate = 200}},
+    {{.geometric = false, .shape = 2, .bonus = 1, .emphasis = Emphasis::by_place, .rate = 200}},
+    {{.geometric = false, .shape = 2.5, .bonus = 1}},
+    {{.geometric = false, .shape = 2, .bonus = 1, .emphasis = Emphasis::by_place, .rate = 80}},
+    {{.shape = 0.45}},
     {{.shape = 0.44, .bonus = 0.8, .emphasis = Emphasis::by_place, .rate = 55}, true},
 };
 constexpr NetworkPlan plans_in_order[] = {
@@ -32,6 +44,7 @@ double between(double low, double high, Rng& rng) {
 
 std::span<const NetworkPlan> NetworkPlans::first() const {
   if (in_order_) return plans_in_order;
+  if (on_device_) return plans_on_device;
   return plans_free;
 }
 
@@ -51,6 +64,12 @@ NetworkPlan NetworkPlans::drawn_anew(Rng& rng) const {
     settings.emphasis = rng.chance(0.4F) ? Emphasis::by_chain : Emphasis::by_predecessors;
     settings.rate =
         settings.emphasis == Emphasis::by_chain ? between(0.27, 0.48, rng) : between(0.8, 2, rng);
+  } else if (on_device_ && !best_.empty() && !best_[0].plan.settings.geometric) {
+    settings.geometric = false;
+    settings.shape = between(1.6, 3, rng);
+    settings.bonus = between(0, 1, rng);
+    if (rng.chance(0.75F)) settings.emphasis = Emphasis::by_place;
+    settings.rate = 60 * std::pow(10, between(0, 1, rng));
   } else if (!best_.empty() && best_[0].plan.settings.emphasis == Emphasis::by_place) {
     settings.shape = settings.geometric ? between(0.35, 0.6, rng) : between(1, 2.2, rng);
     settings.bonus = between(0, 1, rng);

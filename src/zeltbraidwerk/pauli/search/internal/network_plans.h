@@ -16,8 +16,8 @@ struct NetworkPlan {
 /// Plans to begin with, and others around those that did best.
 class NetworkPlans {
  public:
-  NetworkPlans(bool in_order, bool closes, int qubits)
-      : in_order_(in_order), closes_(closes), qubits_(qubits) {}
+  NetworkPlans(bool in_order, bool closes, bool on_device, int qubits)
+      : in_order_(in_order), closes_(closes), on_device_(on_device), qubits_(qubits) {}
 
   std::span<const NetworkPlan> first() const;
   /// What a run came to. Few are remembered.
@@ -37,6 +37,7 @@ class NetworkPlans {
 
   bool in_order_;
   bool closes_;
+  bool on_device_;
   int qubits_;
   std::vector<Tried> best_;  // ascending
 };

@@ -37,7 +37,8 @@ class NetworkSearch {
         options_(options),
         meter_(effort),
         rng_(options.seed, options.stream),
-        plans_(options.in_order, options.end != NetworkEnd::open, qubits()),
+        plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
+               qubits()),
         given_(rotations.frame, rows(false)),
         sorted_(rotations.frame, rows(true)) {}
 
@@ -56,6 +57,11 @@ class NetworkSearch {
   int qubits() const { return rotations_.frame.qubits(); }
   /// So long that a relay of greedy runs does better than most beams.
   bool is_long() const { return given_.count() >= 300; }
+  /// So long that a greedy run takes more than a second or two: on a device many strings are looked
+  /// at for every gate, for every wire.
+  bool is_slow() const {
+    return options_.graph != nullptr && 1e-6 * given_.count() * qubits() * qubits() > 1;
+  }
   std::vector<int> rows(bool sorted) const;
   const RotationList& list(const NetworkPlan& plan) const { return plan.sorted ? sorted_ : given_; }
 
@@ -104,13 +110,14 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
   return rows;
 }
 
+/// The first ones whatever the effort.
 void NetworkSearch::run_greedily() {
-  const int always = options_.in_order ? 3 : 4;
-  // All alike, every string is looked at for every gate, which takes longer on a device.
-  const bool long_without_emphasis =
-      options_.graph == nullptr ? given_.count() > 1000 : given_.count() * qubits() > 8000;
+  const int always = is_slow() ? 1 : options_.in_order ? 3 : 4;
+  constexpr int longest_without_emphasis = 1000;
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
+    const bool long_without_emphasis =
+        options_.graph == nullptr && given_.count() > longest_without_emphasis;
     if (plan.settings.emphasis == Emphasis::equal && long_without_emphasis) continue;
     if (runs++ >= always && meter_.ended()) return;
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
@@ -118,7 +125,7 @@ void NetworkSearch::run_greedily() {
     NetworkState state = problem.start(&events);
     while (!problem.done(state)) {
       problem.play_best(state, &events);
-      meter_.step();
+      if (!meter_.step() && runs > always) return;
     }
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
