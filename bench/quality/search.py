@@ -69,6 +69,12 @@ def paulis() -> Iterator[Row]:
                     rotations, method="search", order=order, seed=1, steps=steps
                 )
                 yield _row("pauli", name, f"{order} {steps}", result)
+    for device in (zb.Device.grid(4, 4), zb.Device.line(12)):
+        for steps in (0, 3_000):
+            result = zb.pauli.synthesize(
+                inputs["uccsd_lih"], method="search", device=device, seed=1, steps=steps
+            )
+            yield _row("pauli", f"uccsd_lih on {device.name or device.n}", str(steps), result)
 
 
 def cliffords() -> Iterator[Row]:
@@ -80,6 +86,18 @@ def cliffords() -> Iterator[Row]:
                     operator, method="search", permutation=wires, seed=1, steps=most
                 )
                 yield _row("clifford", f"random_{n}", f"{wires} {most}", result)
+    for n, options in (
+        (16, {"device": zb.Device.grid(4, 4)}),
+        (16, {"objective": "depth", "permutation": "free"}),
+        (50, {"objective": "depth", "permutation": "free"}),
+    ):
+        operator = gallery.random_clifford(n, 1)[0]
+        kind = "depth" if "objective" in options else "grid"
+        for steps in (0, 100_000):
+            result = zb.clifford.synthesize(
+                operator, method="search", seed=1, steps=steps, **options
+            )
+            yield _row("clifford", f"random_{n}", f"{kind} {steps}", result)
 
 
 def states() -> Iterator[Row]:
