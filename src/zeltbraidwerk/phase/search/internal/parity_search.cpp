@@ -126,8 +126,8 @@ class ParitySearch {
     return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / 20000;
   }
 
-  /// On few wires a walk makes up for a narrow beam, on many it does not.
-  double walks_to_beams() const { return graph_ == nullptr && n_ < 12 ? 16 : 1; }
+  /// On few wires a walk makes up for a narrow beam, on many less so.
+  double walks_to_beams() const { return graph_ == nullptr && n_ < 12 ? 16 : 3; }
 
   int widest() const {
     const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
