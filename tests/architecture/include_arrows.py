@@ -15,7 +15,7 @@ ALLOWED = {
     "graph_state": {"foundations"},
     "linear": {"foundations", "graphs", "search"},
     "phase": {"foundations", "graphs", "linear", "search"},
-    "clifford": {"foundations", "graphs", "search"},
+    "clifford": {"foundations", "graphs", "linear", "search"},
     "routing": {"foundations", "graphs"},
 }
 ALLOWED["pauli"] = set(ALLOWED) - {"routing"}

@@ -105,8 +105,8 @@ class ParitySearch {
     for (int width = first; !meter_.ended(); width = std::min(4 * width, widest())) {
       const std::uint64_t before = meter_.steps();
       const auto list = width == first ? grown_at_all_costs(width) : grown(width);
-      const auto spent =
-          static_cast<double>(meter_.steps() - before) * walk_steps_of_state() * walks_to_beams();
+      const auto spent = static_cast<double>(meter_.steps() - before) * walk_steps_of_state() *
+                         walks_to_beams(width);
       steps = list ? static_cast<std::uint64_t>(spent) : 2 * steps;
       if (!list || !walk(*list, steps)) walk(found_, steps);
       if (swapping()) settle(steps / 4);
@@ -126,8 +126,11 @@ class ParitySearch {
     return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / 20000;
   }
 
-  /// On few wires a walk makes up for a narrow beam, on many less so.
-  double walks_to_beams() const { return graph_ == nullptr && n_ < 12 ? 16 : 3; }
+  /// On few wires a walk makes up for a narrow beam, on many what a wide one has left undone.
+  double walks_to_beams(int width) const {
+    if (graph_ != nullptr) return 1;
+    return n_ < 12 ? 16 : width < 200 ? 1 : 3;
+  }
 
   int widest() const {
     const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
