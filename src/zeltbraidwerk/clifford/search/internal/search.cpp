@@ -72,6 +72,7 @@ class CliffordSearch {
     shortest_ = Layered(eliminated_list(images_, Outputs::free));
     best_ = in_place() ? Layered(eliminated_list(images_, options_.outputs)) : shortest_;
     report();
+    if (takes_layers() && (wires_ <= quick_wires || !meter_.ended())) offer(layered(1));
     if (wires_ > 4) {
       shorten(shortest_, beam(start_for(0), 1, wires_ <= quick_wires ? unlimited_ : meter_));
       if (wires_ > most_two_sided && wires_ <= quick_two_sided) {
@@ -81,7 +82,6 @@ class CliffordSearch {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       offer(shortest_list(images_, options_.outputs, rng_));
     }
-    if (takes_layers()) offer(layered(1));
   }
 
   void search_freely() {

@@ -29,8 +29,9 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images
 
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
 /// included. One greedy run whatever the effort, above 256 qubits a plain elimination; then wider
-/// beams and walks in turns until it ends. On up to four qubits without a device no circuit is
-/// shorter. Images of no operator give a circuit of another one.
+/// beams and walks in turns until it ends. By depth a layered form comes first. On up to four
+/// qubits without a device no circuit is shorter. Images of no operator give a circuit of another
+/// one.
 ///
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds. A state of a beam takes a byte a
 /// pair of qubits, 100 on up to 18 qubits; tables of windows 32 MB, once, and with outputs in place
