@@ -237,6 +237,7 @@ def rows() -> list[Row]:
         clifford(8, 5, 2, 7.4, "12.9", objective="depth"),
         clifford(16, 3, 3, 20.3, "32.6", objective="depth"),
         clifford(32, 2, 5, 59, "99", objective="depth"),
+        clifford(100, 1, 10, 215, "", objective="depth"),
         clifford(100, 1, 10, 2600, ""),
         clifford(200, 1, 10, 10100, ""),
         clifford(300, 1, 60, 22000, ""),

@@ -33,9 +33,9 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images
 /// qubits without a device no circuit is shorter. Images of no operator give a circuit of another
 /// one.
 ///
-/// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds. A state of a beam takes a byte a
-/// pair of qubits, 100 on up to 18 qubits; tables of windows 32 MB, once, and with outputs in place
-/// 12 MB more.
+/// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
+/// as long. A state of a beam takes a byte a pair of qubits, 100 on up to 18 qubits; tables of
+/// windows 32 MB, once, and with outputs in place 12 MB more.
 ZELTBRAIDWERK_KERNEL_EXPORT CliffordResult search_clifford(const PauliFrame& images,
                                                            const CliffordOptions& options,
                                                            const Effort& effort);

@@ -113,11 +113,9 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
 /// The first ones whatever the effort.
 void NetworkSearch::run_greedily() {
   const int always = is_slow() ? 1 : options_.in_order ? 3 : 4;
-  constexpr int longest_without_emphasis = 1000;
+  const bool long_without_emphasis = options_.graph == nullptr && given_.count() > 1000;
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
-    const bool long_without_emphasis =
-        options_.graph == nullptr && given_.count() > longest_without_emphasis;
     if (plan.settings.emphasis == Emphasis::equal && long_without_emphasis) continue;
     if (runs++ >= always && meter_.ended()) return;
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
