@@ -42,6 +42,44 @@ TEST(Meter, EndsAtItsStepsOrItsDeadline) {
   EXPECT_FALSE(late.step());
 }
 
+/// The steps that a search makes which is told of a circuit after `told` of them.
+std::uint64_t steps_made(const Effort& effort, const LowerBound& bound, bool by_depth, int told,
+                         const LowerBound& found) {
+  Meter meter(effort, by_depth);
+  meter.better(100, 100);
+  meter.prove(bound);
+  for (int k = 0; k < told; ++k) meter.step();
+  meter.better(found.count, found.depth);
+  while (!meter.ended()) meter.step();
+  return meter.steps();
+}
+
+TEST(Meter, EndsWhenNothingBetterIsPossible) {
+  Effort effort;
+  effort.steps = 100'000;
+  LowerBound heard;
+  effort.on_bound = [&](const LowerBound& bound) { heard = bound; };
+  const LowerBound bound{4, 3};
+  for (const bool by_depth : {false, true}) {
+    const LowerBound one_met = by_depth ? LowerBound{5, 3} : LowerBound{4, 4};
+    const LowerBound other_met = by_depth ? LowerBound{4, 4} : LowerBound{5, 3};
+    EXPECT_EQ(steps_made(effort, bound, by_depth, 50, {4, 3}), 50U);
+    EXPECT_EQ(steps_made(effort, bound, by_depth, 50, one_met), 100 + Meter::polish);
+    EXPECT_EQ(steps_made(effort, bound, by_depth, 50, other_met), 100'000U);
+  }
+  EXPECT_EQ(heard.count, 4);
+  // An effort that ends before is spent as ever, and a bound may be proven after its circuit.
+  effort.steps = 70;
+  EXPECT_EQ(steps_made(effort, bound, false, 50, {4, 4}), 70U);
+  Meter meter(effort);
+  meter.better(4, 3);
+  EXPECT_TRUE(meter.step());
+  meter.prove({2, 3});
+  EXPECT_FALSE(meter.ended() || meter.proven());
+  meter.prove({4, 0});
+  EXPECT_TRUE(meter.ended() && meter.proven());
+}
+
 /// Numbers to be brought to 0 by adding 3 or taking off 5, with a score that misleads: every other
 /// number is a local minimum.
 struct Numbers {

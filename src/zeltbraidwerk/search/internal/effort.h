@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -18,6 +19,19 @@ struct SearchPoint {
   int depth = 0;
 };
 
+/// Proven: no circuit of a problem has fewer gates on two wires, and none has fewer layers of them.
+/// It depends on the problem alone, never on a seed or on the effort.
+struct LowerBound {
+  int count = 0;
+  int depth = 0;
+
+  /// A bound holds as well as another one.
+  void raise(const LowerBound& other) {
+    count = std::max(count, other.count);
+    depth = std::max(depth, other.depth);
+  }
+};
+
 /// How far a search may go: so many steps, to the deadline, or until it is stopped. A step is one
 /// window of a walk or one state of a beam.
 ///
@@ -27,6 +41,7 @@ struct Effort {
   Control control;
   std::uint64_t steps = std::numeric_limits<std::uint64_t>::max();
   std::function<void(const SearchPoint&)> on_better;
+  std::function<void(const LowerBound&)> on_bound;  ///< hears of it whenever it has risen
 };
 
 /// From now on.
@@ -42,22 +57,35 @@ inline Effort limits_of(const synthesis::SearchEffort& effort) {
 }
 
 /// The effort of one run as it is spent.
+///
+/// A run also ends when it cannot get better. When the best circuit that the meter was told of
+/// meets the bound in what is searched for, gates or layers, the run goes on for as many steps
+/// again as it has made, and `polish` more, as the other measure may still fall. When both are met
+/// it ends at once. So the end depends on the seed and the steps alone, and where the effort ends
+/// before, nothing has changed.
 class Meter {
  public:
-  explicit Meter(const Effort& effort) : effort_(&effort), start_(Control::Clock::now()) {}
+  explicit Meter(const Effort& effort, bool by_depth = false)
+      : effort_(&effort),
+        by_depth_(by_depth),
+        limit_(effort.steps),
+        start_(Control::Clock::now()) {}
+
+  /// Steps to go on for, beside as many as were made, when only one measure meets its bound.
+  static constexpr std::uint64_t polish = 1000;
 
   /// Counts a step; false when the search is to end. The clock is looked at once in 32 steps, so a
   /// step that takes longer than microseconds also asks ended().
   bool step() {
     ++steps_;
     if ((steps_ & 31) == 0) ended();
-    if (steps_ >= effort_->steps) ended_ = true;
+    if (steps_ >= limit_) ended_ = true;
     return !ended_;
   }
 
   /// Looks at the clock. Once true, always true.
   bool ended() {
-    if (!ended_) ended_ = steps_ >= effort_->steps || effort_->control.stop_requested();
+    if (!ended_) ended_ = steps_ >= limit_ || effort_->control.stop_requested();
     return ended_;
   }
 
@@ -67,14 +95,38 @@ class Meter {
   }
   const Control& control() const { return effort_->control; }
 
-  void better(int count, int depth) const {
+  /// The best circuit so far has become better.
+  void better(int count, int depth) {
+    best_ = {count, depth};
     if (effort_->on_better) effort_->on_better({seconds(), steps_, count, depth});
+    look_at_bound();
   }
 
+  void prove(const LowerBound& bound) {
+    bound_.raise(bound);
+    if (effort_->on_bound) effort_->on_bound(bound_);
+    look_at_bound();
+  }
+  const LowerBound& bound() const { return bound_; }
+
+  /// Whether the best circuit can get better in neither measure.
+  bool proven() const { return best_.count <= bound_.count && best_.depth <= bound_.depth; }
+
  private:
+  void look_at_bound() {
+    const bool met = by_depth_ ? best_.depth <= bound_.depth : best_.count <= bound_.count;
+    if (met) limit_ = std::min(limit_, proven() ? steps_ : 2 * steps_ + polish);
+  }
+
+  static constexpr int none = std::numeric_limits<int>::max();
+
   const Effort* effort_;
+  bool by_depth_;
+  std::uint64_t limit_;
   Control::Clock::time_point start_;
   std::uint64_t steps_ = 0;
+  LowerBound bound_;
+  LowerBound best_{none, none};
   bool ended_ = false;
 };
 

@@ -35,7 +35,7 @@ class CliffordSearch {
       : images_(images),
         options_(options),
         rng_(options.seed, options.stream),
-        meter_(effort),
+        meter_(effort, options.by_depth),
         wires_(images.qubits()),
         problem_(wires_, cost_for(wires_)),
         one_sided_(wires_),
@@ -275,7 +275,7 @@ class CliffordSearch {
     best_.depth = depth;
     report();
   }
-  void report() const { meter_.better(best_.list.count(), best_.depth); }
+  void report() { meter_.better(best_.list.count(), best_.depth); }
 
   const PauliFrame& images_;
   const CliffordOptions& options_;

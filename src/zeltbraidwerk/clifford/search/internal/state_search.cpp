@@ -36,7 +36,7 @@ class Search {
       : by_depth_(options.by_depth),
         wires_(stabilisers.qubits()),
         rng_(options.seed, options.stream),
-        meter_(effort),
+        meter_(effort, options.by_depth),
         start_(stabilisers),
         shortest_{by_graph(stabilisers), 0},
         needed_(joined_wires(shortest_.list)) {
@@ -86,7 +86,7 @@ class Search {
     if (shallower) shallowest_ = {list, depth};
     if (by_depth_ ? shallower : shorter) report();
   }
-  void report() const { meter_.better(wanted().list.count(), wanted().depth); }
+  void report() { meter_.better(wanted().list.count(), wanted().depth); }
 
   template <class Found>
   void search_from(const StateGroup& group, int width, Meter& meter, Found&& take) {

@@ -85,7 +85,7 @@ class BlockwiseSearch {
 /// Keeps the best circuit and tells of it. Fewer gates first, then fewer layers.
 class Keeper {
  public:
-  Keeper(GateList first, const Meter& meter)
+  Keeper(GateList first, Meter& meter)
       : meter_(meter), best_(std::move(first)), depth_(depth_of(best_.gates, best_.wires())) {
     meter_.better(best_.count(), depth_);
   }
@@ -102,7 +102,7 @@ class Keeper {
   }
 
  private:
-  const Meter& meter_;
+  Meter& meter_;
   GateList best_;
   int depth_;
 };

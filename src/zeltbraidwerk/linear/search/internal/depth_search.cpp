@@ -39,7 +39,7 @@ class ShallowSearch {
         n_(m.rows()),
         options_(options),
         rng_(options.seed, options.stream),
-        meter_(effort),
+        meter_(effort, true),
         scheduler_(n_),
         series_(m) {}
 

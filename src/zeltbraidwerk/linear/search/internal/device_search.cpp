@@ -62,7 +62,7 @@ class Search {
         graph_(graph),
         options_(options),
         rng_(options.seed, options.stream),
-        meter_(effort),
+        meter_(effort, options.by_depth),
         n_(std::min(m.rows(), graph.size())),
         rewriter_(graph, most_window_wires, options.reach),
         best_(n_, {}) {
@@ -180,7 +180,7 @@ class Search {
     return true;
   }
 
-  void tell() const { meter_.better(best_.count(), depth_of(best_.gates, n_)); }
+  void tell() { meter_.better(best_.count(), depth_of(best_.gates, n_)); }
 
   const BitMatrix& m_;
   const BitGraph& graph_;

@@ -35,7 +35,7 @@ class NetworkSearch {
   NetworkSearch(const Rotations& rotations, const NetworkOptions& options, const Effort& effort)
       : rotations_(rotations),
         options_(options),
-        meter_(effort),
+        meter_(effort, options.by_depth),
         rng_(options.seed, options.stream),
         plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
                qubits()),

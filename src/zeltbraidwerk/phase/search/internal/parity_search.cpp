@@ -25,7 +25,7 @@ class ParitySearch {
         leftover_(options.leftover),
         by_depth_(options.by_depth),
         rng_(options.seed, options.stream),
-        meter_(effort),
+        meter_(effort, options.by_depth),
         rewriter_(parities, walked_end(), graph_),
         settler_(parities, ParityEnd::exact, graph_) {
     choose_costs();
