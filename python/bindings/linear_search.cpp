@@ -154,6 +154,11 @@ void bind_linear_search(nb::module_& m) {
              }
              return news;
            })
+      .def("bound",
+           [](SearchControl& c) {
+             const internal::LowerBound bound = c.bound();
+             return std::tuple(bound.count, bound.depth);
+           })
       .def("ended", [](const SearchControl& c) { return c.control(0).stop_requested(); });
   m.def(
       "_best_of_runs",

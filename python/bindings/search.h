@@ -53,6 +53,10 @@ struct SearchControl {
       const std::lock_guard lock(mutex);
       points.push_back(point);
     };
+    result.on_bound = [this](const internal::LowerBound& proven) {
+      const std::lock_guard lock(mutex);
+      lower.raise(proven);
+    };
     return result;
   }
 
@@ -62,6 +66,12 @@ struct SearchControl {
     return std::exchange(points, {});
   }
 
+  /// What runs have proven so far that no circuit is below.
+  internal::LowerBound bound() {
+    const std::lock_guard lock(mutex);
+    return lower;
+  }
+
   std::optional<internal::Control::Clock::time_point> deadline;
   std::atomic<bool> stop = false;
   internal::Control::Clock::time_point start = internal::Control::Clock::now();
@@ -69,6 +79,7 @@ struct SearchControl {
  private:
   std::mutex mutex;
   std::vector<internal::SearchPoint> points;
+  internal::LowerBound lower;
 };
 
 /// Fewer gates first, or fewer layers first; the other decides where they are equal.

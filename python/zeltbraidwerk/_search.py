@@ -4,6 +4,10 @@ A search is a list of lanes, one a method; a lane is a row of runs, numbered fro
 depends on its number alone. Threads take stretches of runs from the lanes. The answer is the best
 run, of equal ones the first of the first lane, and so it does not depend on the number of threads,
 unless a deadline decides which runs there are.
+
+Runs of the search engine tell which numbers of gates and layers no circuit is below. Of the runs
+that are as good as that, one of the engine is the answer before those of other methods; when no
+run that is still to be made would be the answer instead, the search is over.
 """
 
 from __future__ import annotations
@@ -69,6 +73,10 @@ class Control(Protocol):
         """Seconds, counts and depths of the circuits found since the last call."""
         ...
 
+    def bound(self) -> tuple[int, int]:
+        """The numbers of gates and layers that no circuit is below, as far as proven."""
+        ...
+
 
 @dataclass(frozen=True)
 class Point:
@@ -116,9 +124,15 @@ class Lane(Generic[T]):
     """The runs of one method. ``run(first, last)`` gives the best of a stretch with its number, or
     None when none of them finished; ``runs`` is None for as many as fit."""
 
-    def __init__(self, run: Callable[[int, int], tuple[int, T] | None], runs: int | None) -> None:
+    def __init__(
+        self,
+        run: Callable[[int, int], tuple[int, T] | None],
+        runs: int | None,
+        proves: bool = False,
+    ) -> None:
         self.run = run
         self.runs = runs
+        self.proves = proves  # the engine, which tells of bounds
         self.next = 0
         self.length = 1  # of the next stretch
         self.seconds = 0.0  # worked so far, or being worked
@@ -155,72 +169,107 @@ def search_lane(
     def stretch(first: int, last: int) -> tuple[int, T]:
         return min(((k, run(k)) for k in range(first, last)), key=lambda made: key(made[1]))
 
-    return Lane(stretch, effort.search_runs)
+    return Lane(stretch, effort.search_runs, proves=True)
 
 
 class Search(Generic[T]):
     """The best value so far, also when the search is broken off by an exception."""
 
     def __init__(
-        self, key: Callable[[T], tuple[int, ...]], control: Control, look: Callable[[], object]
+        self,
+        key: Callable[[T], tuple[int, ...]],
+        control: Control,
+        look: Callable[[], object],
+        by_depth: bool,
     ) -> None:
         self.best: T | None = None
         self.runs = 0
         self._key = key
         self._control = control
         self._look = look
-        self._rank: tuple[tuple[int, ...], int, int] | None = None
+        self._by_depth = by_depth
+        self._run: tuple[tuple[int, ...], int, int] | None = None  # of the best: key, lane, number
 
     def work(self, lanes: Sequence[Lane[T]], jobs: int, on_better: Callable[[T], object]) -> None:
         """Runs all lanes to their end or to the deadline; ``on_better`` is called from here."""
-        running: dict[Future[tuple[float, tuple[int, T] | None]], tuple[int, int]] = {}
+        running: dict[Future[tuple[float, tuple[int, T] | None]], tuple[int, int, int]] = {}
         with ThreadPoolExecutor(jobs, "zeltbraidwerk") as pool:
             try:
                 while True:
                     while len(running) < jobs and (place := self._next_lane(lanes)) is not None:
                         first, last = lanes[place].take()
                         task = pool.submit(lanes[place].timed, first, last)
-                        running[task] = (place, last - first)
+                        running[task] = (place, first, last)
                         lanes[place].seconds += _STRETCH_SECONDS
                     if not running:
                         return
+                    if not any(self._may_win(lanes, *part[:2]) for part in running.values()):
+                        self._control.stop()
                     ended = wait(running, _LOOK_SECONDS, FIRST_COMPLETED).done
                     self._look()
                     for task in ended:
-                        place, length = running.pop(task)
-                        self.runs += length
-                        if self._finish(lanes[place], place, length, *task.result()):
+                        place, first, last = running.pop(task)
+                        self.runs += last - first
+                        if self._finish(lanes, place, last - first, *task.result()):
                             on_better(self.best)  # type: ignore[arg-type]
             except BaseException:
                 self._control.stop()
-                for task, (place, length) in running.items():  # what they have found by now counts
+                for task, (place, first, last) in running.items():  # what they have by now counts
                     if not task.cancel() and task.exception() is None:
-                        self._finish(lanes[place], place, length, *task.result())
+                        self._finish(lanes, place, last - first, *task.result())
                 raise
 
     def _next_lane(self, lanes: Sequence[Lane[T]]) -> int | None:
         ended = self._control.ended()
-        best = None if self._rank is None else float(self._rank[0][0])
-        there = [place for place, lane in enumerate(lanes) if lane.open(ended)]
+        best = None if self._run is None else float(self._run[0][0])
+        there = [
+            place
+            for place, lane in enumerate(lanes)
+            if lane.open(ended) and self._may_win(lanes, place, lane.next)
+        ]
         return min(there, key=lambda place: (lanes[place].share(best), place), default=None)
 
+    def _rank(
+        self, lanes: Sequence[Lane[T]], key: tuple[int, ...], place: int, run: int
+    ) -> tuple[tuple[int, ...], bool, int, int]:
+        """Less is better. The bound is known from the first answer of the engine on."""
+        return key, not (lanes[place].proves and self._is_least(key)), place, run
+
+    def _is_least(self, key: tuple[int, ...]) -> bool:
+        bound = self._control.bound()
+        return key[:2] <= (bound[::-1] if self._by_depth else bound)
+
+    def _may_win(self, lanes: Sequence[Lane[T]], place: int, run: int) -> bool:
+        """Whether a run of a lane, or a later one, can still be the answer."""
+        if self._run is None or not self._is_least(self._run[0]):
+            return True
+        return self._rank(lanes, self._run[0], place, run) < self._rank(lanes, *self._run)
+
     def _finish(
-        self, lane: Lane[T], place: int, length: int, seconds: float, found: tuple[int, T] | None
+        self,
+        lanes: Sequence[Lane[T]],
+        place: int,
+        length: int,
+        seconds: float,
+        found: tuple[int, T] | None,
     ) -> bool:
         """True when the search has become better."""
+        lane = lanes[place]
         lane.seconds += seconds - _STRETCH_SECONDS
         if seconds < _STRETCH_SECONDS / 2:
             lane.length = max(lane.length, 2 * length)
         if found is None:
             return False
         run, value = found
-        rank = (self._key(value), place, run)
-        lane.best = min(rank[0][0], rank[0][0] if lane.best is None else lane.best)
-        if self._rank is not None and self._rank <= rank:
+        key = self._key(value)
+        lane.best = min(key[0], key[0] if lane.best is None else lane.best)
+        before = self._run
+        if before is not None and (
+            self._rank(lanes, *before) <= self._rank(lanes, key, place, run)
+        ):
             return False
-        better = self._rank is None or self._rank[0] > rank[0]
-        self._rank, self.best = rank, value
-        return better
+        self._run, self.best = (key, place, run), value
+        return before is None or before[0] > key
 
 
 def best_of(
@@ -245,7 +294,7 @@ def best_of(
         for point in control.news():
             trace.hear(Point(*point))
 
-    search = Search[T](key, control, look)
+    search = Search[T](key, control, look, trace.by_depth)
     try:
         search.work(lanes, jobs, better)
     except KeyboardInterrupt:

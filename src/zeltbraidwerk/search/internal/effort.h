@@ -41,7 +41,8 @@ struct Effort {
   Control control;
   std::uint64_t steps = std::numeric_limits<std::uint64_t>::max();
   std::function<void(const SearchPoint&)> on_better;
-  std::function<void(const LowerBound&)> on_bound;  ///< hears of it whenever it has risen
+  std::function<void(const LowerBound&)> on_bound;  ///< hears of it whenever it may have risen
+  bool past_bound = false;  ///< goes on where nothing better is possible, to see that it is so
 };
 
 /// From now on.
@@ -115,7 +116,8 @@ class Meter {
  private:
   void look_at_bound() {
     const bool met = by_depth_ ? best_.depth <= bound_.depth : best_.count <= bound_.count;
-    if (met) limit_ = std::min(limit_, proven() ? steps_ : 2 * steps_ + polish);
+    if (met && !effort_->past_bound)
+      limit_ = std::min(limit_, proven() ? steps_ : 2 * steps_ + polish);
   }
 
   static constexpr int none = std::numeric_limits<int>::max();

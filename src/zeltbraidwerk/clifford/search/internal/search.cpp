@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/shallow.h"
@@ -46,11 +47,12 @@ class CliffordSearch {
 
   CliffordResult run() {
     if (are_images_of_operator(images_)) {
+      meter_.prove(bound_of_operator(start_.rows, options_.outputs, options_.device));
       if (options_.device != nullptr) {
         search_on_device();
       } else {
         begin();
-        in_place() ? search_in_place() : search_freely();
+        if (!meter_.proven()) in_place() ? search_in_place() : search_freely();
       }
     }
     return {to_circuit(best_.list, images_), best_.list.count(), best_.depth};
@@ -72,6 +74,7 @@ class CliffordSearch {
     shortest_ = Layered(eliminated_list(images_, Outputs::free));
     best_ = in_place() ? Layered(eliminated_list(images_, options_.outputs)) : shortest_;
     report();
+    if (meter_.proven()) return;
     if (takes_layers() && (wires_ <= quick_wires || !meter_.ended())) offer(layered(1));
     if (wires_ > 4) {
       shorten(shortest_, beam(start_for(0), 1, wires_ <= quick_wires ? unlimited_ : meter_));
@@ -80,7 +83,9 @@ class CliffordSearch {
       }
     } else if (wires_ > 1) {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
-      offer(shortest_list(images_, options_.outputs, rng_));
+      const GateList shortest = shortest_list(images_, options_.outputs, rng_);
+      offer(shortest);
+      meter_.prove({shortest.count(), 0});
     }
   }
 

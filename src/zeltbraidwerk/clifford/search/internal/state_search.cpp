@@ -1,13 +1,14 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/shallow.h"
+#include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -15,19 +16,11 @@ namespace {
 /// Up to here the greedy run is a matter of milliseconds, and made whatever the effort.
 constexpr int few_wires = 64;
 
-/// The gates of a list that join wires which those before them leave apart.
-int joined_wires(const GateList& list) {
-  std::vector<int> group(static_cast<std::size_t>(list.wires()));
-  std::iota(group.begin(), group.end(), 0);
-  int joined = 0;
-  for (const Gate& gate : list.gates) {
-    const int from = group[static_cast<std::size_t>(wire_of(gate.a))];
-    const int to = group[static_cast<std::size_t>(wire_of(gate.b))];
-    if (from == to) continue;
-    std::ranges::replace(group, from, to);
-    ++joined;
-  }
-  return joined;
+/// What the gates of a list join, and so what is entangled where the list is that of a graph.
+WireGroups joined_by(const GateList& list) {
+  WireGroups groups(list.wires());
+  for (const Gate& gate : list.gates) groups.join(wire_of(gate.a), wire_of(gate.b));
+  return groups;
 }
 
 class Search {
@@ -38,8 +31,9 @@ class Search {
         rng_(options.seed, options.stream),
         meter_(effort, options.by_depth),
         start_(stabilisers),
-        shortest_{by_graph(stabilisers), 0},
-        needed_(joined_wires(shortest_.list)) {
+        shortest_{by_graph(stabilisers), 0} {
+    const WireGroups entangled = joined_by(shortest_.list);
+    meter_.prove(bound_of_state(stabilisers, entangled.joins(), entangled.largest()));
     shortest_.depth = depth_of(shortest_.list.gates, wires_);
     shallowest_ = shortest_;
   }
@@ -73,8 +67,9 @@ class Search {
 
   const Circuit& wanted() const { return by_depth_ ? shallowest_ : shortest_; }
 
-  /// As many gates as it takes to join the wires that are entangled.
-  bool is_least() const { return wanted().list.count() <= (by_depth_ ? 1 : needed_); }
+  bool is_least() const {
+    return meter_.proven() || (!by_depth_ && shortest_.list.count() <= meter_.bound().count);
+  }
 
   void take(const GateList& list) { take(list, depth_of(list.gates, wires_)); }
   void take(const GateList& list, int depth) {
@@ -158,7 +153,6 @@ class Search {
   StateGroup start_;
   Circuit shortest_;
   Circuit shallowest_;
-  int needed_;
 };
 
 bool rows_are_independent(BitMatrix m) {

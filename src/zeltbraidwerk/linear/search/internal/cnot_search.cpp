@@ -12,6 +12,7 @@
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_bound.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -119,6 +120,8 @@ GateList closed(const GateList& list, Rng& rng) {
 GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   BlockwiseSearch search(m, window, rng);
   Keeper keeper(search.best(), meter);
+  if (search.single() == nullptr) keeper.offer(by_pairs(m, Facing::plain));
+  if (m.rows() <= most_window_wires) meter.prove({keeper.best().count(), 0});
   double steps = first_round;
   for (int number = 0; !search.finished() && !meter.ended(); ++number, steps *= growth) {
     search.round(number, static_cast<std::uint64_t>(steps), rng, meter,
@@ -129,9 +132,14 @@ GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
 
 GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   const int n = m.rows();
-  if (n <= most_window_wires) return shortest_circuit(m, false, rng);
+  if (n <= most_window_wires) {
+    const Keeper only(shortest_circuit(m, false, rng), meter);
+    meter.prove({only.best().count(), 0});
+    return only.best();
+  }
   BlockwiseSearch search(m, window, rng);
   Keeper keeper(closed(search.best(), rng), meter);
+  keeper.offer(by_pairs(m, Facing::plain));
   if (meter.ended()) return keeper.best();
   const BlockRewriter rewriter(window, false);
   const FreeSearch* single = search.single();
@@ -163,6 +171,11 @@ FreeCircuit search_cnot(const BitMatrix& m, const CnotSearchOptions& options,
                         const Effort& effort) {
   Rng rng(options.seed, options.stream);
   Meter meter(effort);
+  meter.prove(bound_of_map(m, options.exact));
+  if (meter.bound().count == 0) {
+    Keeper only(relabelled(m), meter);
+    return free_circuit(only.best());
+  }
   const int window = std::clamp(options.window, 2, most_window_wires);
   return free_circuit(options.exact ? search_exact(m, window, rng, meter)
                                     : search_free(m, window, rng, meter));

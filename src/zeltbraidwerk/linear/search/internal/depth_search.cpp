@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/linear/search/internal/depth_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_bound.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -41,7 +42,9 @@ class ShallowSearch {
         rng_(options.seed, options.stream),
         meter_(effort, true),
         scheduler_(n_),
-        series_(m) {}
+        series_(m) {
+    meter_.prove(bound_of_map(m, !options.permuted));
+  }
 
   std::vector<LayeredCircuit> run() {
     first_circuit();
@@ -68,6 +71,13 @@ class ShallowSearch {
     Meter meter(whole);
     const bool found = n_ > 1 && series_.run(rng_, meter);
     consider(found ? series_.circuit() : list_of(eliminate_gauss(m_)));
+    // Of sparse matrices the elimination by pairs may have fewer layers. Others go on without it.
+    GateList pairs = by_pairs(m_, Facing::plain);
+    const int depth = scheduler_.settle(pairs.gates);
+    const LayeredCircuit& best = front_.shallowest();
+    if (std::tuple(depth, pairs.count()) < std::tuple(best.depth, best.list.count())) {
+      offer(depth, pairs);
+    }
     for (std::uint64_t k = 0; k < meter.steps() && meter_.step(); ++k) {
     }
   }

@@ -2,13 +2,17 @@
 
 #include <algorithm>
 #include <cassert>
+#include <functional>
 #include <numeric>
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
 #include "zeltbraidwerk/linear/search/internal/device_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
+#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_bound.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -73,8 +77,11 @@ class Search {
 
   GateList run() {
     if (n_ < 2) return std::move(best_);
+    if (has_circuit_) meter_.prove(bound_of_map_on_device(m_, graph_, options_.reach));
     eliminate_at_once();
-    if (!replace_all()) {
+    if (replace_all()) {
+      if (has_circuit_) meter_.prove({best_.count(), 0});
+    } else {
       std::uint64_t steps = 12000;
       for (; !meter_.ended() && best_.count() > 0; steps *= 2) cup(steps);
     }
@@ -82,16 +89,38 @@ class Search {
   }
 
  private:
-  /// Without a search: the answer when there is no time for more.
+  /// Without a search: the answer when there is no time for more. No worse than the plain method
+  /// of these draws, and mostly far better where a greedy run of the beam takes little time.
   void eliminate_at_once() {
     const Draw draw = [this](int low, int high) { return low + rng_.below(high - low + 1); };
-    FreeCircuit found(n_);
-    row_column_synthesis(m_, graph_, {}, draw, Control{}, found);
-    for (const auto& [control, target] : found.circuit.gates) {
-      best_.gates.push_back(cnot(control, target));
-    }
+    best_ = cleared(false, draw);
     tell();
+    const auto plain = [this](bool free) {
+      SeededDraw draws(options_.seed, static_cast<std::uint32_t>(options_.stream));
+      take(cleared(free, std::ref(draws)));
+    };
+    plain(false);
+    if (options_.reach >= n_ - 1) plain(true);
+    if (n_ > most_greedy_wires || !has_circuit_ || meter_.proven()) return;
+    Rng own(options_.seed,
+            ~options_.stream);  // the search goes on with the draws that it would have
+    const Effort unlimited;
+    Meter meter(unlimited);
+    for (const GateList& found :
+         eliminate_on_device(m_, graph_, {.vertices = vertices_at_once()}, own, meter)) {
+      take(found);
+    }
   }
+
+  GateList cleared(bool free, const Draw& draw) const {
+    FreeCircuit found(n_);
+    row_column_synthesis(m_, graph_, {.free = free}, draw, Control{}, found);
+    return gate_list(found);
+  }
+
+  static constexpr int most_greedy_wires =
+      64;  ///< a greedy run of the beam takes some tenths of a second
+  int vertices_at_once() const { return n_ <= 32 ? n_ : 8; }
 
   /// On few wires all gates fit into one window. True when that gives the shortest circuit.
   bool replace_all() {
@@ -105,7 +134,8 @@ class Search {
     all.to_end = (1U << n_) - 1;
     Rewrite rewrite;
     if (!rewriter_.rewrite(best_, all, 0, rng_, rewrite)) return best_.count() < 2;
-    GateList shortest(n_, std::move(rewrite.block));
+    GateList shortest = best_;
+    shortest.gates = std::move(rewrite.block);
     for (std::size_t end = 0; rewrite.renames && end < shortest.origin.size(); ++end) {
       shortest.origin[rewrite.ends[end / 4][end % 4]] = best_.origin[end];
     }
@@ -132,7 +162,7 @@ class Search {
   /// By a beam that takes about as long as a walk of `steps`.
   GateList eliminated(std::uint64_t steps) {
     DeviceEliminationOptions options;
-    options.vertices = n_ <= 32 ? n_ : 8;
+    options.vertices = vertices_at_once();
     const double steps_of_one = 0.25 * n_ * n_ * options.vertices;
     options.width =
         static_cast<int>(std::clamp(static_cast<double>(steps) / steps_of_one, 10., 300.));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "zeltbraidwerk/linear/internal/pair_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/column_reduction.h"
@@ -20,6 +21,7 @@ constexpr int wide_beam = 40;
 constexpr int middle = 110;
 constexpr int greedy_wires = 512;
 constexpr int whole_greedy = 160;  // above, additions go to few lines
+constexpr int whole_sparse = 256;  // the same of sparse matrices
 
 double exponent_of_greedy(int n) {
   return n <= 12 ? 1 : n <= small ? -0.5 : n <= 28 ? -1 : -n / 28.0;
@@ -31,6 +33,17 @@ ReductionCost greedy_cost(int n) {
           .focus = n > whole_greedy ? 8 : 0};
 }
 
+/// Of greedy runs on sparse matrices: few lines change, so that several take no longer than one on
+/// a dense matrix does, and none is best for all.
+std::vector<ReductionCost> sparse_costs(int n) {
+  if (n <= whole_greedy) return {{-0.5, false}, {0, true}};
+  if (n <= whole_sparse) return {{-0.5, false}};
+  return {{-0.5, false, 8}};
+}
+
+constexpr std::array all_facings{Facing::plain, Facing::inverse, Facing::transpose,
+                                 Facing::inverse_transpose};
+
 ReductionCost beam_cost(int n) {
   return {.exponent = n <= small       ? 0
                       : n <= wide_beam ? -0.5
@@ -38,16 +51,26 @@ ReductionCost beam_cost(int n) {
           .with_inverse = n <= small};
 }
 
-GateList by_pairs(const BitMatrix& m) {
-  BitMatrix work = m;
-  structures::CnotCircuit circuit(m.rows(), pair_elimination(work));
-  circuit.reverse();
-  FreeCircuit found(m.rows());
-  found.circuit = std::move(circuit);
-  return gate_list(found);
+}  // namespace
+
+GateList relabelled(const BitMatrix& m) {
+  GateList list(m.rows(), {});
+  for (int r = 0; r < m.rows(); ++r) {
+    for_each_bit(m.row(r), m.stride(), [&](int c) {
+      for (int label = 0; label < 4; ++label) list.origin[end_of(c, label)] = end_of(r, label);
+    });
+  }
+  return list;
 }
 
-}  // namespace
+GateList by_pairs(const BitMatrix& m, Facing facing) {
+  BitMatrix work = face(m, facing);
+  FreeCircuit found(m.rows());
+  found.circuit = structures::CnotCircuit(m.rows(), pair_elimination(work));
+  found.circuit.reverse();
+  found.face_back(facing);
+  return gate_list(found);
+}
 
 GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng) {
   const int n = m.rows();
@@ -104,20 +127,31 @@ GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing
 
 FreeSearch::FreeSearch(BitMatrix m, int window, Rng& rng) : m_(std::move(m)), window_(window) {
   const int n = m_.rows();
-  const int ones = n <= greedy_wires ? std::min(m_.weight(), inverse(m_).weight()) : n * n;
-  sparse_ = n > most_window_wires && ones < n * n / 3;
+  const int ones = m_.weight();
+  const int ones_back = n <= greedy_wires ? inverse(m_).weight() : n * n;
+  const bool may_be_sparse = n > most_window_wires && n <= greedy_wires;
+  sparse_ = may_be_sparse && std::min(ones, ones_back) < n * n / 3;
   long_ = !sparse_ && n > 10 && n <= wide_beam;
   if (n <= most_window_wires) {
     best_ = shortest_circuit(m_, true, rng);
     optimal_ = true;
   } else {
-    best_ = by_pairs(m_);
+    best_ = by_pairs(m_, Facing::plain);
+    const auto consider = [&](GateList list) {
+      if (list.wires() == n && list.count() < best_.count()) best_ = std::move(list);
+    };
+    const Effort unbounded;
+    Meter meter(unbounded);
     if (n <= (by_columns() ? columns_first : greedy_first)) {
-      const Effort unbounded;
-      Meter meter(unbounded);
-      GateList greedy = by_columns() ? reduce_by_columns(m_, 1, Facing::plain, rng, meter)
-                                     : reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter);
-      if (greedy.wires() == n && greedy.count() < best_.count()) best_ = std::move(greedy);
+      consider(by_columns() ? reduce_by_columns(m_, 1, Facing::plain, rng, meter)
+                            : reduce(m_, greedy_cost(n), 1, Facing::plain, rng, meter));
+    }
+    if (sparse_) {
+      for (const Facing facing : all_facings) consider(by_pairs(m_, facing));
+      const Facing lighter = ones <= ones_back ? Facing::plain : Facing::inverse;
+      for (const ReductionCost& cost : sparse_costs(n)) {
+        consider(reduce(m_, cost, 1, lighter, rng, meter));
+      }
     }
   }
   shortest_ = best_.count();

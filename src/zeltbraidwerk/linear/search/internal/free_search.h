@@ -21,6 +21,12 @@ ZELTBRAIDWERK_KERNEL_EXPORT GateList gate_list(const FreeCircuit& found);
 GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,
                 Meter& meter);
 
+/// Without gates, of a permutation of the inputs.
+GateList relabelled(const BitMatrix& m);
+
+/// A circuit of the elimination by pairs on a facing of a matrix, outputs in place.
+GateList by_pairs(const BitMatrix& m, Facing facing);
+
 /// A random one of the shortest circuits of a matrix of up to 5 rows.
 GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng);
 

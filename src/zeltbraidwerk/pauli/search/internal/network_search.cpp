@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/search/internal/diagonal_network.h"
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
+#include "zeltbraidwerk/pauli/search/internal/network_bound.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
@@ -40,11 +41,17 @@ class NetworkSearch {
         plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
                qubits()),
         given_(rotations.frame, rows(false)),
-        sorted_(rotations.frame, rows(true)) {}
+        sorted_(rotations.frame, rows(true)) {
+    meter_.prove(bound_of_network(rotations.frame, options));
+  }
 
   NetworkResult run() {
     run_greedily();
-    run_ladders();
+    if (!meter_.proven()) run_ladders();
+    if (!meter_.ended()) {
+      const int least = meter_.bound().count;
+      meter_.prove({fewest_network_gates(rotations_.frame, options_, least, best_->count), 0});
+    }
     for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
       walk(cycle);
       if (is_long()) run_relays(cycle);
@@ -117,7 +124,7 @@ void NetworkSearch::run_greedily() {
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
     if (plan.settings.emphasis == Emphasis::equal && long_without_emphasis) continue;
-    if (runs++ >= always && meter_.ended()) return;
+    if (meter_.proven() || (runs++ >= always && meter_.ended())) return;
     NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
@@ -335,7 +342,11 @@ NetworkResult search_network(const Rotations& rotations, const NetworkOptions& o
   Effort none = effort;
   none.steps = 0;
   NetworkResult first = NetworkSearch(rotations, options, none).run();
-  NetworkResult found = search_diagonal_network(rotations, options, effort);
+  const LowerBound bound = bound_of_network(rotations.frame, options);
+  if (first.count <= bound.count && first.depth <= bound.depth) return first;
+  Effort parities = effort;
+  parities.on_bound = nullptr;  // what networks of parities take, others might not
+  NetworkResult found = search_diagonal_network(rotations, options, parities);
   const auto size = [&](const NetworkResult& result) {
     const std::pair both(result.count, result.depth);
     return options.by_depth ? std::pair(both.second, both.first) : both;

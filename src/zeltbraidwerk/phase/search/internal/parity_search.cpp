@@ -6,6 +6,7 @@
 #include <optional>
 #include <utility>
 
+#include "zeltbraidwerk/phase/search/internal/parity_bound.h"
 #include "zeltbraidwerk/phase/search/internal/parity_rewriter.h"
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
@@ -28,12 +29,16 @@ class ParitySearch {
         meter_(effort, options.by_depth),
         rewriter_(parities, walked_end(), graph_),
         settler_(parities, ParityEnd::exact, graph_) {
+    meter_.prove(bound_of_parities(parities, options));
     choose_costs();
   }
 
   GateList run() {
     best_ = found_ = GateList(n_, {});
-    if (parities_.cols() == 0) return best_;
+    if (parities_.cols() == 0) {
+      meter_.better(0, 0);
+      return best_;
+    }
     take(first());
     search();
     return std::move(best_);

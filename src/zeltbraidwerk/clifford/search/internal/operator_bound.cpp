@@ -1,0 +1,85 @@
+#include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+/// What label c of a wire has on each qubit.
+using Images = std::array<std::vector<int>, 4>;
+
+Images images_of(const OperatorRows& rows, int side, int wire) {
+  Images images;
+  for (int label = 1; label <= 3; ++label) {
+    for (int q = 0; q < rows.wires(); ++q) {
+      images[static_cast<std::size_t>(label)].push_back(rows.label_at(side, wire, label, q));
+    }
+  }
+  return images;
+}
+
+int letters(const std::vector<int>& image) {
+  return static_cast<int>(image.size() - static_cast<std::size_t>(std::ranges::count(image, 0)));
+}
+
+/// The rank of the images on all qubits but one.
+int rank_beside(const Images& images, int qubit) {
+  const auto at = static_cast<std::size_t>(qubit);
+  int zero = 0;
+  for (std::size_t label = 1; label <= 3; ++label) {
+    zero += letters(images[label]) == (images[label][at] != 0 ? 1 : 0) ? 1 : 0;
+  }
+  return zero == 3 ? 0 : zero == 1 ? 1 : 2;
+}
+
+}  // namespace
+
+LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const BitGraph* device) {
+  const int n = rows.wires();
+  LowerBound bound;
+  if (n < 2) return bound;
+  WireGroups groups(2 * n);  // outputs, then inputs
+  int meetings = 0;
+  int widest = 1;
+  for (int wire = 0; wire < n; ++wire) {
+    const Images images = images_of(rows, 0, wire);
+    const Images back = images_of(rows, 1, wire);
+    int least = outputs == Outputs::in_place ? rank_beside(images, wire) : 2;
+    for (int q = 0; q < n && least > 0 && outputs == Outputs::free; ++q) {
+      least = std::min(least, rank_beside(images, q));
+    }
+    meetings += least;
+    bound.depth = std::max(bound.depth, least);
+    for (std::size_t label = 1; label <= 3; ++label) {
+      widest = std::max({widest, letters(images[label]), letters(back[label])});
+      for (int q = 0; q < n; ++q) {
+        if (images[label][static_cast<std::size_t>(q)] != 0) groups.join(wire, n + q);
+      }
+    }
+    if (outputs == Outputs::in_place) groups.join(wire, n + wire);
+  }
+  bound.count = std::max((meetings + 1) / 2, groups.joins() - n);
+  if (groups.largest() > 2) bound.depth = std::max(bound.depth, groups.largest() > 4 ? 2 : 1);
+  bound.depth = std::max(bound.depth, layers_to_spread(widest));
+  if (device != nullptr && outputs == Outputs::in_place) {
+    const Distances distances(*device);
+    for (int wire = 0; wire < n; ++wire) {
+      for (int label = 1; label <= 3; ++label) {
+        for (int q = 0; q < n; ++q) {
+          if (rows.label_at(0, wire, label, q) == 0) continue;
+          bound.raise({distances(wire, q), distances(wire, q)});
+        }
+      }
+    }
+  }
+  bound.depth = std::max(bound.depth, (bound.count + n / 2 - 1) / (n / 2));
+  return bound;
+}
+
+}  // namespace zelt::braidwerk::internal

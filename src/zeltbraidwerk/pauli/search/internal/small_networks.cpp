@@ -1,0 +1,203 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <unordered_set>
+#include <vector>
+
+#include "zeltbraidwerk/pauli/search/internal/network_bound.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+constexpr int most_wires = 4;
+constexpr int most_rotations = 32;
+constexpr int most_tried = 200'000;  // gates, which take some hundredths of a second
+
+/// A string on up to four qubits: the X and Z bits of qubit q in bits 2 q and 2 q + 1.
+using SmallString = std::uint8_t;
+
+bool clash(SmallString a, SmallString b) {
+  const unsigned turned = (b & 0x55U) << 1 | (b & 0xaaU) >> 1;
+  return (std::popcount(a & turned) & 1) != 0;
+}
+
+/// The strings that stand on a wire as its labels, up to signs and names: the first two of three in
+/// order, the third is their product.
+using Labels = std::array<SmallString, 2>;
+
+Labels labels_of(SmallString a, SmallString b) {
+  std::array<SmallString, 3> all{a, b, static_cast<SmallString>(a ^ b)};
+  std::ranges::sort(all);
+  return {all[0], all[1]};
+}
+
+struct State {
+  std::array<Labels, most_wires> wires;
+  std::uint32_t served;
+  bool operator==(const State&) const = default;
+};
+
+struct Hash {
+  std::size_t operator()(const State& state) const {
+    std::uint64_t hash = state.served;
+    for (const Labels& labels : state.wires) {
+      hash = Rng::mixed(hash + (std::uint64_t{labels[0]} << 8 | labels[1]) + 0x9e3779b97f4a7c15U);
+    }
+    return hash;
+  }
+};
+
+class SmallNetworks {
+ public:
+  SmallNetworks(const PauliFrame& strings, const NetworkOptions& options)
+      : n_(strings.qubits()), options_(options) {
+    for (int row = 0; row < strings.rows(); ++row) {
+      SmallString string = 0;
+      for (int q = 0; q < n_; ++q) {
+        if (strings.x_planes().get(q, row)) string |= static_cast<SmallString>(1U << 2 * q);
+        if (strings.z_planes().get(q, row)) string |= static_cast<SmallString>(2U << 2 * q);
+      }
+      if (string == 0) continue;
+      std::uint32_t before = 0;
+      for (std::size_t k = 0; options.in_order && k < strings_.size(); ++k) {
+        if (clash(strings_[k], string)) before |= 1U << k;
+      }
+      strings_.push_back(string);
+      before_.push_back(before);
+    }
+  }
+
+  /// Whether there is a network of at most so many gates; also true when too many were tried, in
+  /// all calls together.
+  bool may_take(int gates) {
+    State first{};
+    for (int q = 0; q < n_; ++q) first.wires[static_cast<std::size_t>(q)] = own_labels(q);
+    serve(first);
+    if (needed(first) > gates) return false;
+    std::vector<State> level{first};
+    seen_ = {first};
+    for (int left = gates; !level.empty(); --left) {
+      if (std::ranges::any_of(level, [&](const State& state) { return is_done(state); })) {
+        return true;
+      }
+      std::vector<State> next;
+      for (const State& state : level) {
+        if (tried_ > most_tried) return true;
+        add_children(state, left - 1, next);
+      }
+      level = std::move(next);
+    }
+    return false;
+  }
+
+ private:
+  static Labels own_labels(int q) {
+    return labels_of(static_cast<SmallString>(1U << 2 * q), static_cast<SmallString>(2U << 2 * q));
+  }
+  bool undone() const { return options_.end != NetworkEnd::open; }
+  std::uint32_t all() const {
+    return static_cast<std::uint32_t>((std::uint64_t{1} << strings_.size()) - 1);
+  }
+
+  bool is_on_a_wire(const State& state, SmallString string) const {
+    return std::any_of(state.wires.begin(), state.wires.begin() + n_, [&](const Labels& labels) {
+      return string == labels[0] || string == labels[1] || string == (labels[0] ^ labels[1]);
+    });
+  }
+  void serve(State& state) const {
+    // Rotations that must come before are earlier ones, so that one pass serves all.
+    for (std::size_t k = 0; k < strings_.size(); ++k) {
+      if ((state.served >> k & 1) != 0 || (before_[k] & ~state.served) != 0) continue;
+      if (is_on_a_wire(state, strings_[k])) state.served |= 1U << k;
+    }
+  }
+
+  /// Wires that do not hold the labels that they are to hold at the end.
+  int displaced(const State& state) const {
+    int wires = 0;
+    for (int w = 0; w < n_; ++w) {
+      const Labels& labels = state.wires[static_cast<std::size_t>(w)];
+      bool at_home = false;
+      for (int q = 0; q < n_; ++q) {
+        if (options_.end == NetworkEnd::closed && q != w) continue;
+        at_home |= labels == own_labels(q);
+      }
+      wires += at_home ? 0 : 1;
+    }
+    return wires;
+  }
+  bool is_done(const State& state) const {
+    return state.served == all() && (!undone() || displaced(state) == 0);
+  }
+
+  int weight(const State& state, SmallString string) const {
+    return static_cast<int>(
+        std::count_if(state.wires.begin(), state.wires.begin() + n_, [&](const Labels& labels) {
+          return clash(labels[0], string) || clash(labels[1], string);
+        }));
+  }
+  static int letters(SmallString string) {
+    return std::popcount((string | static_cast<unsigned>(string) >> 1) & 0x55U);
+  }
+  /// No fewer gates lead from the state to an end.
+  int needed(const State& state) const {
+    int gates = undone() ? (displaced(state) + 1) / 2 : 0;
+    for (std::size_t k = 0; k < strings_.size(); ++k) {
+      if ((state.served >> k & 1) != 0) continue;
+      const int back = undone() ? letters(strings_[k]) - 1 : 0;
+      gates = std::max(gates, weight(state, strings_[k]) - 1 + back);
+    }
+    return gates;
+  }
+
+  void add_children(const State& state, int most_behind, std::vector<State>& next) {
+    for (std::size_t b = 1; b < static_cast<std::size_t>(n_); ++b) {
+      for (std::size_t a = 0; a < b; ++a) {
+        if (options_.graph != nullptr &&
+            !options_.graph->joined(static_cast<int>(a), static_cast<int>(b))) {
+          continue;
+        }
+        for (int gate = 0; gate < 9; ++gate) add_child(state, a, b, gate, most_behind, next);
+      }
+    }
+  }
+  /// The label of each wire that a gate keeps is multiplied to the others of the other wire.
+  void add_child(const State& state, std::size_t a, std::size_t b, int gate, int most_behind,
+                 std::vector<State>& next) {
+    ++tried_;
+    const auto turned = [](const Labels& labels, int which) {
+      const auto third = static_cast<SmallString>(labels[0] ^ labels[1]);
+      return which == 0 ? labels : which == 1 ? Labels{labels[1], third} : Labels{third, labels[0]};
+    };
+    const Labels on_a = turned(state.wires[a], gate / 3);
+    const Labels on_b = turned(state.wires[b], gate % 3);
+    State child = state;
+    child.wires[a] = labels_of(on_a[0], static_cast<SmallString>(on_a[1] ^ on_b[0]));
+    child.wires[b] = labels_of(on_b[0], static_cast<SmallString>(on_b[1] ^ on_a[0]));
+    serve(child);
+    if (needed(child) <= most_behind && seen_.insert(child).second) next.push_back(child);
+  }
+
+  int n_;
+  const NetworkOptions& options_;
+  std::vector<SmallString> strings_;
+  std::vector<std::uint32_t> before_;  // rotations that have to come first
+  std::unordered_set<State, Hash> seen_;
+  int tried_ = 0;
+};
+
+}  // namespace
+
+int fewest_network_gates(const PauliFrame& strings, const NetworkOptions& options, int least,
+                         int most) {
+  if (strings.qubits() > most_wires || strings.rows() > most_rotations) return least;
+  SmallNetworks networks(strings, options);
+  while (least < most && !networks.may_take(least)) ++least;
+  return least;
+}
+
+}  // namespace zelt::braidwerk::internal
