@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "support/gate_lists.h"
 #include "support/oracles.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
@@ -31,71 +32,11 @@ namespace {
 
 using namespace zelt::braidwerk::internal;
 using support::at;
+using support::map_of;
+using support::path;
+using support::pulled_back;
+using support::random_gates;
 using support::Rng;
-
-/// Gates on random wires, on the edges of a graph if there is one. With `labels` the ends are any
-/// labels, otherwise the gates are CNOTs.
-std::vector<Gate> random_gates(int n, int count, const BitGraph* graph, bool labels, Rng& rng) {
-  std::vector<Gate> gates;
-  const auto any = [&](int below) {
-    return static_cast<int>(rng() % static_cast<unsigned>(below));
-  };
-  while (static_cast<int>(gates.size()) < count) {
-    const int a = any(n);
-    const int b = any(n);
-    if (a == b || (graph != nullptr && !graph->joined(a, b))) continue;
-    gates.push_back(labels ? Gate{end_of(a, 1 + any(3)), end_of(b, 1 + any(3))} : cnot(a, b));
-  }
-  return gates;
-}
-
-BitMatrix map_of(const std::vector<Gate>& gates, int n) {
-  BitMatrix map = BitMatrix::identity(n);
-  for (const Gate& gate : gates) map.add_row(wire_of(gate.a), wire_of(gate.b));
-  return map;
-}
-
-BitGraph line(int n) {
-  BitGraph graph(n);
-  for (int v = 1; v < n; ++v) graph.join(v - 1, v);
-  return graph;
-}
-
-/// What X, then Z, on the wires behind the first `count` gates stand for in front of them: the
-/// images under the way back, which takes as many gates. Each wire's other labels than the one of a
-/// gate are multiplied by the other wire's label of that gate.
-PauliFrame pulled_back(const std::vector<Gate>& gates, int count, int n) {
-  std::map<End, std::vector<int>> stands_for;  // labels by wire; products are XORs
-  for (int q = 0; q < n; ++q) {
-    for (int label = 1; label <= 3; ++label) {
-      std::vector<int>& string = stands_for[end_of(q, label)];
-      string.assign(at(n), 0);
-      string[at(q)] = label;
-    }
-  }
-  const auto multiply = [&](End kept, const std::vector<int>& by) {
-    for (int label = 1; label <= 3; ++label) {
-      if (label == label_of(kept)) continue;
-      std::vector<int>& string = stands_for[end_of(wire_of(kept), label)];
-      for (int q = 0; q < n; ++q) string[at(q)] ^= by[at(q)];
-    }
-  };
-  for (int k = 0; k < count; ++k) {
-    const auto [a, b] = gates[at(k)];
-    const std::vector<int> on_a = stands_for[a];
-    multiply(a, stands_for[b]);
-    multiply(b, on_a);
-  }
-  PauliFrame frame(n, 2 * n);
-  for (int row = 0; row < 2 * n; ++row) {
-    const std::vector<int>& string = stands_for[end_of(row % n, row < n ? label_x : label_z)];
-    for (int q = 0; q < n; ++q) {
-      frame.set_letter(row, q,
-                       letter_of((string[at(q)] & label_x) != 0, (string[at(q)] & label_z) != 0));
-    }
-  }
-  return frame;
-}
 
 /// Those of two wires or more, once each, a column a parity.
 BitMatrix different_parities(const std::set<std::vector<bool>>& parities, int n) {
@@ -127,12 +68,12 @@ struct Tally {
 
 TEST(Bounds, OfMapsAreNotAboveTheShortestCircuit) {
   Rng rng(1);
-  const BitGraph path = line(5);
+  const BitGraph edges_of_path = path(5);
   SmallGraph edges = 0;
   for (int v = 1; v < 5; ++v) edges = static_cast<SmallGraph>(edges | edge_bit(v - 1, v));
   std::array<Tally, 4> tallies;
   for (int k = 0; k < 4000; ++k) {
-    const auto gates = random_gates(5, k % 9, k % 2 == 0 ? nullptr : &path, false, rng);
+    const auto gates = random_gates(5, k % 9, k % 2 == 0 ? nullptr : &edges_of_path, false, rng);
     const BitMatrix m = map_of(gates, 5);
     const SmallMatrix small = small_matrix(m);
     const int depth = depth_of(gates, 5);
@@ -141,8 +82,8 @@ TEST(Bounds, OfMapsAreNotAboveTheShortestCircuit) {
       tallies[exact].add(bound_of_map(m, exact), shortest, depth);
       if (k % 2 == 0) continue;
       const int on_path = WindowTable::of(5, edges, !exact).distance(small);
-      tallies[2 + exact].add(bound_of_map_on_device(m, path, exact ? 0 : any_reach), on_path,
-                             depth);
+      tallies[2 + exact].add(bound_of_map_on_device(m, edges_of_path, exact ? 0 : any_reach),
+                             on_path, depth);
     }
   }
   for (const Tally& tally : tallies) EXPECT_GT(tally.met * 10, tally.all);
@@ -181,14 +122,14 @@ TEST(Bounds, OfLargerProblemsAreNotAboveTheCircuitsThatTheyAreMadeFrom) {
   std::array<Tally, 4> tallies;
   for (int k = 0; k < 3000; ++k) {
     const int n = 4 + k % 6;
-    const BitGraph path = line(n);
-    const BitGraph* graph = k % 3 == 0 ? &path : nullptr;
+    const BitGraph along = path(n);
+    const BitGraph* graph = k % 3 == 0 ? &along : nullptr;
     const auto cnots = random_gates(n, k % 11, graph, false, rng);
     const int depth = depth_of(cnots, n);
     const auto count = static_cast<int>(cnots.size());
     const BitMatrix m = map_of(cnots, n);
     tallies[0].add(
-        graph == nullptr ? bound_of_map(m, k % 2 == 0) : bound_of_map_on_device(m, path, 0), count,
+        graph == nullptr ? bound_of_map(m, k % 2 == 0) : bound_of_map_on_device(m, along, 0), count,
         depth);
 
     // Every parity that comes up, or some of them; undone by the way back.
@@ -241,116 +182,6 @@ TEST(Bounds, OfLargerProblemsAreNotAboveTheCircuitsThatTheyAreMadeFrom) {
     }
   }
   for (const Tally& tally : tallies) EXPECT_GT(tally.met * 20, tally.all);
-}
-
-/// A search of some family: counts and depths of its circuits as an effort goes on.
-struct Case {
-  const char* family;
-  bool by_depth;
-  std::function<void(const Effort&)> search;
-};
-
-struct Heard {
-  LowerBound best{1 << 30, 1 << 30};
-  LowerBound bound;
-};
-
-Heard heard_of(const Case& one, std::uint64_t steps, bool past_bound) {
-  Heard heard;
-  Effort effort;
-  effort.steps = steps;
-  effort.past_bound = past_bound;
-  effort.on_better = [&](const SearchPoint& point) { heard.best = {point.count, point.depth}; };
-  effort.on_bound = [&](const LowerBound& bound) { heard.bound = bound; };
-  one.search(effort);
-  return heard;
-}
-
-/// Searches of small problems, each of which owns what it needs.
-std::vector<Case> small_cases(unsigned seed) {
-  Rng rng(seed);
-  const auto n = static_cast<int>(2 + seed % 5);
-  const auto graph = std::make_shared<BitGraph>(line(n));
-  const bool by_depth = seed % 3 == 0;
-  const BitMatrix m = map_of(random_gates(n, static_cast<int>(seed % 7), nullptr, false, rng), n);
-  const auto gates = random_gates(n, static_cast<int>(seed % 7), nullptr, true, rng);
-  const auto count = static_cast<int>(gates.size());
-  const PauliFrame images = pulled_back(gates, count, n);
-  std::vector<int> z(at(n));
-  std::iota(z.begin(), z.end(), n);
-  const PauliFrame stabilisers = images.select(z);
-  const PauliFrame strings = images.select(std::span(z).first(at(1 + n / 2)));
-  BitMatrix parities(n, n / 2 + 1);
-  for (int w = 0; w < n; ++w) {
-    for (int p = 0; p < parities.cols(); ++p) parities.set(w, p, rng() % 2 == 0);
-  }
-  std::vector<Case> cases;
-  for (const bool place : {false, true}) {
-    cases.push_back({"map", by_depth, [=](const Effort& effort) {
-                       if (by_depth) {
-                         search_shallow_cnot(m, {.permuted = !place, .seed = seed}, effort);
-                       } else {
-                         search_cnot(m, {.exact = place, .seed = seed}, effort);
-                       }
-                     }});
-    cases.push_back({"map on a line", by_depth, [=](const Effort& effort) {
-                       search_cnot_on_device(m, *graph, {place ? 0 : any_reach, by_depth, seed, 0},
-                                             effort);
-                     }});
-    for (const bool placed : {false, true}) {
-      const BitGraph* edges = placed ? graph.get() : nullptr;
-      const Outputs outputs = place ? Outputs::in_place : Outputs::free;
-      cases.push_back({"operator", by_depth, [=, owner = graph](const Effort& effort) {
-                         search_clifford(images, {outputs, by_depth, seed, 0, edges}, effort);
-                       }});
-      const Leftover leftover = place ? Leftover::closed : Leftover::closed_freely;
-      cases.push_back({"parities", by_depth, [=, owner = graph](const Effort& effort) {
-                         search_parities(parities, {leftover, edges, by_depth, seed, 0}, effort);
-                       }});
-      const NetworkEnd end = place ? NetworkEnd::closed : NetworkEnd::open;
-      cases.push_back({"rotations", by_depth, [=, owner = graph](const Effort& effort) {
-                         Rotations rotations{strings, {}};
-                         rotations.params.assign(at(strings.rows()), structures::Parameter(0.1));
-                         search_network(rotations, {place, end, edges, by_depth, seed, 0}, effort);
-                       }});
-    }
-  }
-  cases.push_back({"state", by_depth, [=](const Effort& effort) {
-                     search_state(stabilisers, {by_depth, seed, 0}, effort);
-                   }});
-  return cases;
-}
-
-/// Wherever the bound is met, the search ends, and where it would have come to as few.
-TEST(Bounds, EndSearchesWithWhatTheyWouldHaveFound) {
-  std::map<std::string, std::array<int, 3>> tally;  // met, met in both measures, all
-  for (unsigned seed = 1; seed <= 40; ++seed) {
-    for (const Case& one : small_cases(seed)) {
-      SCOPED_TRACE(std::string(one.family) + ", seed " + std::to_string(seed));
-      constexpr std::uint64_t steps = 3000;
-      const Heard whole = heard_of(one, steps, true);
-      const Heard ended = heard_of(one, steps, false);
-      EXPECT_LE(ended.bound.count, whole.best.count);
-      EXPECT_LE(ended.bound.depth, whole.best.depth);
-      const auto first = [&](const LowerBound& b) { return one.by_depth ? b.depth : b.count; };
-      EXPECT_EQ(first(ended.best), first(whole.best));
-      const bool met = first(ended.best) == first(ended.bound);
-      const bool both =
-          ended.best.count == ended.bound.count && ended.best.depth == ended.bound.depth;
-      std::array<int, 3>& row = tally[one.family];
-      row[0] += met ? 1 : 0;
-      row[1] += both ? 1 : 0;
-      ++row[2];
-      // With no end of steps it ends by itself, and finds nothing else than with enough of them.
-      if (!met) continue;
-      EXPECT_EQ(first(heard_of(one, ~std::uint64_t{0}, false).best), first(ended.best));
-    }
-  }
-  for (const auto& [family, row] : tally) {
-    EXPECT_GT(2 * row[0], row[2]) << family;
-    RecordProperty(family, std::to_string(row[0]) + " " + std::to_string(row[1]) + " of " +
-                               std::to_string(row[2]));
-  }
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int most_wires = 4;
 constexpr int most_rotations = 32;
-constexpr int most_tried = 200'000;  // gates, which take some hundredths of a second
+constexpr std::size_t most_tried = 1'000'000;  // strings behind gates, in hundredths of a second
 
 /// A string on up to four qubits: the X and Z bits of qubit q in bits 2 q and 2 q + 1.
 using SmallString = std::uint8_t;
@@ -168,7 +168,7 @@ class SmallNetworks {
   /// The label of each wire that a gate keeps is multiplied to the others of the other wire.
   void add_child(const State& state, std::size_t a, std::size_t b, int gate, int most_behind,
                  std::vector<State>& next) {
-    ++tried_;
+    tried_ += strings_.size() + most_wires;
     const auto turned = [](const Labels& labels, int which) {
       const auto third = static_cast<SmallString>(labels[0] ^ labels[1]);
       return which == 0 ? labels : which == 1 ? Labels{labels[1], third} : Labels{third, labels[0]};
@@ -187,7 +187,7 @@ class SmallNetworks {
   std::vector<SmallString> strings_;
   std::vector<std::uint32_t> before_;  // rotations that have to come first
   std::unordered_set<State, Hash> seen_;
-  int tried_ = 0;
+  std::size_t tried_ = 0;
 };
 
 }  // namespace
