@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <deque>
 #include <functional>
 #include <map>
@@ -27,6 +28,7 @@
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
 #include "zeltbraidwerk/pauli/search/internal/network_bound.h"
 #include "zeltbraidwerk/phase/search/internal/parity_bound.h"
+#include "zeltbraidwerk/phase/search/internal/small_networks.h"
 
 namespace {
 
@@ -113,6 +115,62 @@ TEST(Bounds, OfMapsKnowTheFewestLayersOfThreeWires) {
     }
     EXPECT_EQ(depth.size(), 168U);
     for (const auto& [m, layers] : depth) EXPECT_EQ(fewest_layers(3, m, permuted), layers);
+  }
+}
+
+/// The plain way: by levels, over what the wires hold and which parities were shown.
+int fewest_gates(const std::set<unsigned>& parities, int n, bool undone, bool in_place) {
+  using State = std::pair<std::vector<unsigned>, std::set<unsigned>>;
+  State first;
+  for (int w = 0; w < n; ++w) first.first.push_back(1U << w);
+  std::set<State> seen{first};
+  std::vector<State> level{first};
+  for (int gates = 0;; ++gates) {
+    std::vector<State> next;
+    for (const auto& [wires, shown] : level) {
+      std::vector<unsigned> outputs = wires;
+      if (!in_place) std::ranges::sort(outputs);
+      if (shown == parities && (!undone || outputs == first.first)) return gates;
+      for (int control = 0; control < n; ++control) {
+        for (int target = 0; target < n; ++target) {
+          State child{wires, shown};
+          child.first[at(target)] ^= wires[at(control)];
+          const unsigned inputs = child.first[at(target)];
+          if (parities.contains(inputs)) child.second.insert(inputs);
+          if (control != target && seen.insert(child).second) next.push_back(std::move(child));
+        }
+      }
+    }
+    level = std::move(next);
+  }
+}
+
+TEST(Bounds, OfParitiesComeToTheShortestNetworksOfFewWires) {
+  Rng rng(3);
+  for (int k = 0; k < 60; ++k) {
+    const int n = k % 5 == 0 ? 4 : 3;
+    std::set<unsigned> parities;
+    std::set<std::vector<bool>> bits;
+    for (int p = 0; p < 1 + k % 3; ++p) {
+      const unsigned parity = static_cast<unsigned>(rng()) % (1U << n);
+      if (std::popcount(parity) < 2) continue;
+      parities.insert(parity);
+      std::vector<bool> of_wire;
+      for (int w = 0; w < n; ++w) of_wire.push_back((parity >> w & 1) != 0);
+      bits.insert(of_wire);
+    }
+    const BitMatrix columns = different_parities(bits, n);
+    for (const Leftover leftover :
+         {Leftover::returned, Leftover::closed_freely, Leftover::closed}) {
+      const int fewest =
+          fewest_gates(parities, n, leftover != Leftover::returned, leftover == Leftover::closed);
+      const ParitySearchOptions options{.leftover = leftover, .seed = 1};
+      EXPECT_LE(bound_of_parities(columns, options).count, fewest);
+      EXPECT_EQ(search_small_networks(columns, options, 0, 100).least, fewest);
+      Effort effort;  // it ends by itself
+      const auto found = search_parities(columns, options, effort);
+      EXPECT_EQ(std::ranges::count_if(found.steps, &PhaseStep::is_cnot), fewest);
+    }
   }
 }
 

@@ -13,7 +13,7 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr int most_wires = 4;
+constexpr int most_small_wires = 4;
 constexpr int most_rotations = 32;
 constexpr std::size_t most_tried = 1'000'000;  // strings behind gates, in hundredths of a second
 
@@ -36,7 +36,7 @@ Labels labels_of(SmallString a, SmallString b) {
 }
 
 struct State {
-  std::array<Labels, most_wires> wires;
+  std::array<Labels, most_small_wires> wires;
   std::uint32_t served;
   bool operator==(const State&) const = default;
 };
@@ -168,7 +168,7 @@ class SmallNetworks {
   /// The label of each wire that a gate keeps is multiplied to the others of the other wire.
   void add_child(const State& state, std::size_t a, std::size_t b, int gate, int most_behind,
                  std::vector<State>& next) {
-    tried_ += strings_.size() + most_wires;
+    tried_ += strings_.size() + most_small_wires;
     const auto turned = [](const Labels& labels, int which) {
       const auto third = static_cast<SmallString>(labels[0] ^ labels[1]);
       return which == 0 ? labels : which == 1 ? Labels{labels[1], third} : Labels{third, labels[0]};
@@ -194,7 +194,7 @@ class SmallNetworks {
 
 int fewest_network_gates(const PauliFrame& strings, const NetworkOptions& options, int least,
                          int most) {
-  if (strings.qubits() > most_wires || strings.rows() > most_rotations) return least;
+  if (strings.qubits() > most_small_wires || strings.rows() > most_rotations) return least;
   SmallNetworks networks(strings, options);
   while (least < most && !networks.may_take(least)) ++least;
   return least;

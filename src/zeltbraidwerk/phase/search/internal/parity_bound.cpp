@@ -1,10 +1,7 @@
 #include "zeltbraidwerk/phase/search/internal/parity_bound.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <numeric>
 #include <span>
@@ -17,75 +14,6 @@
 namespace zelt::braidwerk::internal {
 
 namespace {
-
-constexpr int most_searched = 3;
-
-/// All networks on two or three wires, level by level.
-class AllNetworks {
- public:
-  AllNetworks(const BitMatrix& parities, const ParitySearchOptions& options)
-      : n_(parities.rows()), options_(options) {
-    const BitMatrix by_parity = parities.transposed();
-    for (int p = 0; p < by_parity.rows(); ++p) {
-      wanted_ |= 1U << by_parity.row(p)[0];
-    }
-  }
-
-  int fewest_gates() {
-    std::vector<State> level{{{1, 2, 4}, 0}};
-    seen_[key(level[0])] = true;
-    for (int gates = 0; !level.empty(); ++gates) {
-      std::vector<State> next;
-      for (const State& state : level) {
-        if (is_done(state)) return gates;
-        add_children(state, next);
-      }
-      level = std::move(next);
-    }
-    return 0;
-  }
-
- private:
-  struct State {
-    std::array<unsigned, most_searched> wires;  // the inputs of each, as bits
-    unsigned shown;                             // parities, as bits
-  };
-
-  static std::size_t key(const State& state) {
-    return (std::size_t{state.wires[0]} | state.wires[1] << 3 | state.wires[2] << 6) << 8 |
-           state.shown;
-  }
-  bool is_done(const State& state) const {
-    if (state.shown != wanted_) return false;
-    for (int w = 0; w < n_; ++w) {
-      const unsigned inputs = state.wires[static_cast<std::size_t>(w)];
-      if (options_.leftover == Leftover::closed && inputs != 1U << w) return false;
-      if (options_.leftover == Leftover::closed_freely && !std::has_single_bit(inputs))
-        return false;
-    }
-    return true;
-  }
-  void add_children(const State& state, std::vector<State>& next) {
-    for (int control = 0; control < n_; ++control) {
-      for (int target = 0; target < n_; ++target) {
-        if (control == target) continue;
-        if (options_.graph != nullptr && !options_.graph->joined(control, target)) continue;
-        State child = state;
-        unsigned& inputs = child.wires[static_cast<std::size_t>(target)];
-        inputs ^= child.wires[static_cast<std::size_t>(control)];
-        child.shown |= wanted_ & 1U << inputs;
-        if (seen_[key(child)]) continue;
-        seen_[key(child)] = true;
-        next.push_back(child);
-      }
-    }
-  }
-
-  int n_;
-  const ParitySearchOptions& options_;
-  unsigned wanted_ = 0;
-  std::vector<bool> seen_ = std::vector<bool>(std::size_t{1} << 17);
-};
 
 /// As many as possible, the lightest first, that have no wire in common with another one.
 int apart(const BitMatrix& by_parity) {
@@ -135,7 +63,6 @@ LowerBound bound_of_parities(const BitMatrix& parities, const ParitySearchOption
   bound.raise({groups.joins(), 0});
   bound.raise({by_parity.rows() + (undone ? apart(by_parity) : 0), 0});
   if (undone) bound.raise({static_cast<int>(std::ranges::count(met, true)), 2});
-  if (n <= most_searched) bound.raise({AllNetworks(parities, options).fewest_gates(), 0});
   bound.raise({0, (bound.count + n / 2 - 1) / (n / 2)});
   return bound;
 }

@@ -22,8 +22,6 @@ namespace zelt::braidwerk::internal {
 ///
 /// Layers. A parity of w wires takes log2 w layers, on a graph as many as to its farthest wires
 /// from the nearest; the same again to undo it.
-///
-/// Up to three wires the gates are exact, by breadth-first search.
 ZELTBRAIDWERK_KERNEL_EXPORT LowerBound bound_of_parities(const BitMatrix& parities,
                                                          const ParitySearchOptions& options);
 

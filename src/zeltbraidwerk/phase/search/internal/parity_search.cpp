@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/phase/search/internal/parity_rewriter.h"
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
+#include "zeltbraidwerk/phase/search/internal/small_networks.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -40,6 +41,7 @@ class ParitySearch {
       return best_;
     }
     take(first());
+    look_at_all();
     search();
     return std::move(best_);
   }
@@ -80,6 +82,15 @@ class ParitySearch {
     GateList list = quick_start(own);
     for (std::uint64_t k = 0; k < own.steps(); ++k) meter_.step();
     return list;
+  }
+
+  /// Where there are few networks, up to the best one's number of gates.
+  void look_at_all() {
+    if (meter_.ended()) return;
+    const SmallNetwork all = search_small_networks(
+        parities_, {.leftover = leftover_, .graph = graph_}, meter_.bound().count, best_.count());
+    if (all.shortest) take(*all.shortest);
+    meter_.prove({all.least, 0});
   }
 
   GateList quick_start(Meter& own) {
