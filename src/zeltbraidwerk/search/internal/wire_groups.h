@@ -13,6 +13,12 @@ inline int layers_to_spread(int wires) {
   return std::bit_width(static_cast<unsigned>(std::max(wires, 1) - 1));
 }
 
+/// Layers of so many gates on so many wires, two or more.
+inline int layers_to_hold(int gates, int wires) {
+  const int most = wires / 2;
+  return (gates + most - 1) / most;
+}
+
 /// Wires in groups that grow together: a gate joins the groups of its two wires, so wires that have
 /// to be joined take at least as many gates as there are joins.
 class WireGroups {

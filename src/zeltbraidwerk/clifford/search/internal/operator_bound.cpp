@@ -78,7 +78,7 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
       }
     }
   }
-  bound.depth = std::max(bound.depth, (bound.count + n / 2 - 1) / (n / 2));
+  bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));
   return bound;
 }
 

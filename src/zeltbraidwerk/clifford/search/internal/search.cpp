@@ -15,6 +15,7 @@
 #include "zeltbraidwerk/clifford/search/internal/shallow.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -85,7 +86,7 @@ class CliffordSearch {
       shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
       const GateList shortest = shortest_list(images_, options_.outputs, rng_);
       offer(shortest);
-      meter_.prove({shortest.count(), 0});
+      meter_.prove({shortest.count(), layers_to_hold(shortest.count(), wires_)});
     }
   }
 

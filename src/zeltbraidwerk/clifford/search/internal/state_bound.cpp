@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "zeltbraidwerk/search/internal/wire_groups.h"
+
 namespace zelt::braidwerk::internal {
 
 namespace {
@@ -58,7 +60,7 @@ LowerBound bound_of_state(const PauliFrame& stabilisers, int joins, int largest_
   LowerBound bound;
   if (n < 2 || joins == 0) return bound;
   bound.count = joins;
-  bound.depth = std::max(largest_group > 2 ? 2 : 1, (joins + n / 2 - 1) / (n / 2));
+  bound.depth = std::max(largest_group > 2 ? 2 : 1, layers_to_hold(joins, n));
   if (n <= most_listed) {
     std::vector<SmallString> generators;
     for (int r = 0; r < n; ++r) {

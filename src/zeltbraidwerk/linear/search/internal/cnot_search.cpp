@@ -13,6 +13,7 @@
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -121,7 +122,9 @@ GateList search_free(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   BlockwiseSearch search(m, window, rng);
   Keeper keeper(search.best(), meter);
   if (search.single() == nullptr) keeper.offer(by_pairs(m, Facing::plain));
-  if (m.rows() <= most_window_wires) meter.prove({keeper.best().count(), 0});
+  if (m.rows() <= most_window_wires) {
+    meter.prove({keeper.best().count(), layers_to_hold(keeper.best().count(), m.rows())});
+  }
   double steps = first_round;
   for (int number = 0; !search.finished() && !meter.ended(); ++number, steps *= growth) {
     search.round(number, static_cast<std::uint64_t>(steps), rng, meter,
@@ -134,7 +137,7 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
   const int n = m.rows();
   if (n <= most_window_wires) {
     const Keeper only(shortest_circuit(m, false, rng), meter);
-    meter.prove({only.best().count(), 0});
+    meter.prove({only.best().count(), layers_to_hold(only.best().count(), n)});
     return only.best();
   }
   BlockwiseSearch search(m, window, rng);

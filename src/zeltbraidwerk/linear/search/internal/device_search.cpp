@@ -13,6 +13,7 @@
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -80,7 +81,7 @@ class Search {
     if (has_circuit_) meter_.prove(bound_of_map_on_device(m_, graph_, options_.reach));
     eliminate_at_once();
     if (replace_all()) {
-      if (has_circuit_) meter_.prove({best_.count(), 0});
+      if (has_circuit_) meter_.prove({best_.count(), layers_to_hold(best_.count(), n_)});
     } else {
       std::uint64_t steps = 12000;
       for (; !meter_.ended() && best_.count() > 0; steps *= 2) cup(steps);

@@ -73,7 +73,7 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact) {
     bound.raise({WindowTable::of(n, complete_graph(n), !exact).distance(map),
                  fewest_layers(n, map, !exact)});
   }
-  bound.depth = std::max(bound.depth, (bound.count + n / 2 - 1) / (n / 2));
+  bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));
   return bound;
 }
 

@@ -43,7 +43,7 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkOptions& opt
   bound.raise({gates_to_show + (undone ? 1 : 0), undone ? 2 : 1});
   bound.raise({groups.joins(), 0});
   if (undone) bound.raise({static_cast<int>(std::ranges::count(met, true)), 0});
-  bound.raise({0, (bound.count + n / 2 - 1) / (n / 2)});
+  bound.raise({0, layers_to_hold(bound.count, n)});
   return bound;
 }
 

@@ -18,6 +18,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_relay.h"
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 #include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -49,8 +50,9 @@ class NetworkSearch {
     run_greedily();
     if (!meter_.proven()) run_ladders();
     if (!meter_.ended()) {
-      const int least = meter_.bound().count;
-      meter_.prove({fewest_network_gates(rotations_.frame, options_, least, best_->count), 0});
+      const int least =
+          fewest_network_gates(rotations_.frame, options_, meter_.bound().count, best_->count);
+      meter_.prove({least, layers_to_hold(least, qubits())});
     }
     for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
       walk(cycle);

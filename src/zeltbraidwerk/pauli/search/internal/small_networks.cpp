@@ -116,42 +116,58 @@ class SmallNetworks {
     }
   }
 
-  /// Wires that do not hold the labels that they are to hold at the end.
-  int displaced(const State& state) const {
-    int wires = 0;
-    for (int w = 0; w < n_; ++w) {
-      const Labels& labels = state.wires[static_cast<std::size_t>(w)];
-      bool at_home = false;
-      for (int q = 0; q < n_; ++q) {
-        if (options_.end == NetworkEnd::closed && q != w) continue;
-        at_home |= labels == own_labels(q);
-      }
-      wires += at_home ? 0 : 1;
+  /// No fewer gates on a wire bring its labels to the qubit where they are to be: the rank of what
+  /// they have on the others.
+  int gates_home(const State& state, int w) const {
+    int fewest = 2;
+    for (int q = 0; q < n_; ++q) {
+      if (options_.end == NetworkEnd::closed && q != w) continue;
+      const unsigned beside = ~(3U << 2 * q);
+      const unsigned a = state.wires[static_cast<std::size_t>(w)][0] & beside;
+      const unsigned b = state.wires[static_cast<std::size_t>(w)][1] & beside;
+      fewest = std::min(fewest, a == 0 && b == 0 ? 0 : a == 0 || b == 0 || a == b ? 1 : 2);
     }
-    return wires;
+    return fewest;
   }
   bool is_done(const State& state) const {
-    return state.served == all() && (!undone() || displaced(state) == 0);
+    bool done = state.served == all();
+    for (int w = 0; w < n_ && undone(); ++w) done = done && gates_home(state, w) == 0;
+    return done;
   }
 
-  int weight(const State& state, SmallString string) const {
-    return static_cast<int>(
-        std::count_if(state.wires.begin(), state.wires.begin() + n_, [&](const Labels& labels) {
-          return clash(labels[0], string) || clash(labels[1], string);
-        }));
+  /// Those on which a string has letters now, as bits.
+  unsigned wires_of(const State& state, SmallString string) const {
+    unsigned wires = 0;
+    for (int w = 0; w < n_; ++w) {
+      const Labels& labels = state.wires[static_cast<std::size_t>(w)];
+      if (clash(labels[0], string) || clash(labels[1], string)) wires |= 1U << w;
+    }
+    return wires;
   }
   static int letters(SmallString string) {
     return std::popcount((string | static_cast<unsigned>(string) >> 1) & 0x55U);
   }
-  /// No fewer gates lead from the state to an end.
+
+  /// No fewer gates lead from the state to an end: what one string needs, and half of what the
+  /// wires do. One that is at home, but has a letter of a string, meets two gates where it is to be
+  /// at home again.
   int needed(const State& state) const {
-    int gates = undone() ? (displaced(state) + 1) / 2 : 0;
+    int gates = 0;
+    unsigned in_strings = 0;
     for (std::size_t k = 0; k < strings_.size(); ++k) {
       if ((state.served >> k & 1) != 0) continue;
+      const unsigned wires = wires_of(state, strings_[k]);
+      if (std::popcount(wires) > 1) in_strings |= wires;
       const int back = undone() ? letters(strings_[k]) - 1 : 0;
-      gates = std::max(gates, weight(state, strings_[k]) - 1 + back);
+      gates = std::max(gates, std::popcount(wires) - 1 + back);
     }
-    return gates;
+    int meetings = 0;
+    for (int w = 0; w < n_; ++w) {
+      const int home = undone() ? gates_home(state, w) : 0;
+      const bool leaves = home == 0 && (in_strings >> w & 1) != 0;
+      meetings += leaves ? (undone() ? 2 : 1) : home;
+    }
+    return std::max(gates, (meetings + 1) / 2);
   }
 
   void add_children(const State& state, int most_behind, std::vector<State>& next) {

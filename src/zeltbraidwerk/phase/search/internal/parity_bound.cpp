@@ -63,7 +63,7 @@ LowerBound bound_of_parities(const BitMatrix& parities, const ParitySearchOption
   bound.raise({groups.joins(), 0});
   bound.raise({by_parity.rows() + (undone ? apart(by_parity) : 0), 0});
   if (undone) bound.raise({static_cast<int>(std::ranges::count(met, true)), 2});
-  bound.raise({0, (bound.count + n / 2 - 1) / (n / 2)});
+  bound.raise({0, layers_to_hold(bound.count, n)});
   return bound;
 }
 

@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
 #include "zeltbraidwerk/phase/search/internal/small_networks.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -90,7 +91,7 @@ class ParitySearch {
     const SmallNetwork all = search_small_networks(
         parities_, {.leftover = leftover_, .graph = graph_}, meter_.bound().count, best_.count());
     if (all.shortest) take(*all.shortest);
-    meter_.prove({all.least, 0});
+    meter_.prove({all.least, layers_to_hold(all.least, n_)});
   }
 
   GateList quick_start(Meter& own) {
