@@ -146,9 +146,9 @@ def synthesize(
     >>> import zeltbraidwerk as zb
     >>> result = zb.phase.synthesize({(1, 0): 0.5, (1, 1): 0.25, (0, 0): 1.0}, seed=1)
     >>> print(result.circuit.draw())
-    q0: ──PH(0.5)──⊕──PH(0.25)──⊕──
+    q0: ──PH(0.5)──●────────────●──
                    │            │
-    q1: ───────────●────────────●──
+    q1: ───────────⊕──PH(0.25)──⊕──
     >>> result.global_phase
     Parameter(1.0)
 
