@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <vector>
 
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
@@ -11,29 +12,30 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// What label c of a wire has on each qubit.
-using Images = std::array<std::vector<int>, 4>;
+/// What a wire's labels have on each qubit, and how many letters in all.
+struct Images {
+  std::array<std::vector<int>, 4> of_label;
+  std::array<int, 4> letters{};
+};
 
 Images images_of(const OperatorRows& rows, int side, int wire) {
   Images images;
-  for (int label = 1; label <= 3; ++label) {
+  for (std::size_t label = 1; label <= 3; ++label) {
+    std::vector<int>& image = images.of_label[label];
     for (int q = 0; q < rows.wires(); ++q) {
-      images[static_cast<std::size_t>(label)].push_back(rows.label_at(side, wire, label, q));
+      image.push_back(rows.label_at(side, wire, static_cast<int>(label), q));
+      images.letters[label] += image.back() != 0 ? 1 : 0;
     }
   }
   return images;
 }
 
-int letters(const std::vector<int>& image) {
-  return static_cast<int>(image.size() - static_cast<std::size_t>(std::ranges::count(image, 0)));
-}
-
 /// The rank of the images on all qubits but one.
 int rank_beside(const Images& images, int qubit) {
-  const auto at = static_cast<std::size_t>(qubit);
   int zero = 0;
   for (std::size_t label = 1; label <= 3; ++label) {
-    zero += letters(images[label]) == (images[label][at] != 0 ? 1 : 0) ? 1 : 0;
+    const int there = images.of_label[label][static_cast<std::size_t>(qubit)] != 0 ? 1 : 0;
+    zero += images.letters[label] == there ? 1 : 0;
   }
   return zero == 3 ? 0 : zero == 1 ? 1 : 2;
 }
@@ -57,9 +59,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
     meetings += least;
     bound.depth = std::max(bound.depth, least);
     for (std::size_t label = 1; label <= 3; ++label) {
-      widest = std::max({widest, letters(images[label]), letters(back[label])});
+      widest = std::max({widest, images.letters[label], back.letters[label]});
       for (int q = 0; q < n; ++q) {
-        if (images[label][static_cast<std::size_t>(q)] != 0) groups.join(wire, n + q);
+        if (images.of_label[label][static_cast<std::size_t>(q)] != 0) groups.join(wire, n + q);
       }
     }
     if (outputs == Outputs::in_place) groups.join(wire, n + wire);

@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/draw.h"
+#include "zeltbraidwerk/foundations/internal/packed_table.h"
+#include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
+#include "zeltbraidwerk/graphs/internal/steiner_gauss.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
 #include "zeltbraidwerk/linear/search/internal/device_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
@@ -90,7 +93,7 @@ class Search {
   }
 
  private:
-  /// Without a search: the answer when there is no time for more. No worse than the plain method
+  /// Without a search: the answer when there is no time for more. No worse than the plain methods
   /// of these draws, and mostly far better where a greedy run of the beam takes little time.
   void eliminate_at_once() {
     const Draw draw = [this](int low, int high) { return low + rng_.below(high - low + 1); };
@@ -103,6 +106,7 @@ class Search {
     plain(false);
     if (options_.reach >= n_ - 1) plain(true);
     if (n_ > most_greedy_wires || !has_circuit_ || meter_.proven()) return;
+    eliminate_along_path();
     Rng own(options_.seed,
             ~options_.stream);  // the search goes on with the draws that it would have
     const Effort unlimited;
@@ -111,6 +115,24 @@ class Search {
          eliminate_on_device(m_, graph_, {.vertices = vertices_at_once()}, own, meter)) {
       take(found);
     }
+  }
+
+  /// Where a path through all vertices is found soon.
+  void eliminate_along_path() {
+    Control few;
+    few.max_operations = 10'000;
+    const HamiltonianSearch walk = find_hamiltonian_path(graph_, few);
+    if (walk.outcome != HamiltonianSearch::found) return;
+    structures::Graph device(n_);
+    graph_.unpack_into(device);
+    SeededDraw draws(options_.seed, static_cast<std::uint32_t>(options_.stream));
+    FreeCircuit found(n_);
+    for (const auto& [control, target] :
+         steiner_gauss_ham_path(unpack_table(m_), device, walk.path, std::ref(draws))) {
+      found.circuit.gates.emplace_back(control, target);
+    }
+    found.circuit.reverse();
+    take(gate_list(found));
   }
 
   GateList cleared(bool free, const Draw& draw) const {
