@@ -13,9 +13,9 @@ inline int layers_to_spread(int wires) {
   return std::bit_width(static_cast<unsigned>(std::max(wires, 1) - 1));
 }
 
-/// Layers of so many gates on so many wires, two or more.
+/// Layers of so many gates on so many wires.
 inline int layers_to_hold(int gates, int wires) {
-  const int most = wires / 2;
+  const int most = std::max(wires / 2, 1);
   return (gates + most - 1) / most;
 }
 

@@ -344,7 +344,12 @@ NetworkResult search_network(const Rotations& rotations, const NetworkOptions& o
   Effort none = effort;
   none.steps = 0;
   NetworkResult first = NetworkSearch(rotations, options, none).run();
-  const LowerBound bound = bound_of_network(rotations.frame, options);
+  LowerBound bound = bound_of_network(rotations.frame, options);
+  if (effort.steps > 0) {
+    const int least = fewest_network_gates(rotations.frame, options, bound.count, first.count);
+    bound.raise({least, layers_to_hold(least, rotations.frame.qubits())});
+    if (effort.on_bound) effort.on_bound(bound);
+  }
   if (first.count <= bound.count && first.depth <= bound.depth) return first;
   Effort parities = effort;
   parities.on_bound = nullptr;  // what networks of parities take, others might not
