@@ -152,7 +152,7 @@ def synthesize(
     if permutation == "free" and (tail == "return" or ground is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order == "commuting")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     if steps is not None and method not in ("auto", "search"):
         raise errors.OptionError(f"steps: not an option of method {method!r}")
     site = None if ground is None else Site.of(ground, given.n)
