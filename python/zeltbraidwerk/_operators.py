@@ -215,12 +215,11 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
         operator = CliffordTableau.from_circuit(operator)
     if isinstance(operator, CliffordTableau):
         return operator.images()
+    wanted = "a tableau or circuit of Clifford gates, or lists of the images of X and of Z"
     if isinstance(operator, (tuple, list)) and len(operator) == 2:
-        return operator[0], operator[1]
-    raise errors.DtypeError(
-        f"operator: got {type(operator).__name__}, wanted a tableau or circuit of Clifford gates, "
-        "or the images of X and of Z"
-    )
+        xs, zs = (_validate.items(images, "operator", wanted) for images in operator)
+        return xs, zs
+    raise errors.DtypeError(f"operator: got {type(operator).__name__}, wanted {wanted}")
 
 
 _CIRCUITS: dict[str, Callable[[Any], Circuit]] = {

@@ -6,8 +6,9 @@ from __future__ import annotations
 import math
 import operator
 from collections.abc import Callable, Collection, Mapping, Sequence
+from collections.abc import Set as AbstractSet
 from itertools import chain
-from typing import Any, TypeVar
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -15,7 +16,6 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, errors
 
 BoolArray = npt.NDArray[np.bool_]
-T = TypeVar("T")
 
 _BOOLS = (bool, np.bool_)
 _SHOWN = 80  # characters of a value in the text of an error
@@ -41,7 +41,7 @@ def comes_from(value: Any, package: str) -> bool:
 # --- kinds of values ----------------------------------------------------------------------------
 
 
-def instance(value: Any, name: str, kind: type[T] | tuple[type[T], ...], wanted: str) -> T:
+def instance(value: Any, name: str, kind: type | tuple[type, ...], wanted: str) -> Any:
     """``wanted`` is what the text of the error says, such as "a Device"."""
     if not isinstance(value, kind):
         raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
@@ -61,9 +61,11 @@ def callback(value: Any, name: str) -> Callable[..., object] | None:
 def items(value: Any, name: str, wanted: str) -> list[Any]:
     """What can be iterated over in a fixed order, as a list. Text, mappings and sets are refused;
     so are masked arrays, whose mask would be lost."""
-    if isinstance(value, (str, bytes, bytearray, Mapping, set, frozenset, np.ma.MaskedArray)):
-        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
+    refused = (str, bytes, bytearray, set, frozenset, np.ma.MaskedArray)
+    is_mapping = isinstance(value, Mapping) and not isinstance(value, AbstractSet)
     try:
+        if isinstance(value, refused) or is_mapping:
+            raise TypeError
         return list(value)
     except TypeError:
         raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}") from None

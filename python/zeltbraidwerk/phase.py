@@ -203,6 +203,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     >>> polynomial_of(Circuit(2, gates))[0]
     {1: Parameter(0.5), 3: Parameter(0.25)}
     """
+    _validate.instance(circuit, "circuit", Circuit, "a Circuit")
     wires = [1 << wire for wire in range(circuit.n)]
     flipped = [False] * circuit.n
     terms: Terms = {}
