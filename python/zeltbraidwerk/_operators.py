@@ -33,7 +33,8 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods()
     ('auto', 'search', 'elimination')
     """
-    return ("auto", "search") if device else ("auto", "search", "elimination")
+    on_device = _validate.flag(device, "device")
+    return ("auto", "search") if on_device else ("auto", "search", "elimination")
 
 
 @dataclass(frozen=True, repr=False)

@@ -19,6 +19,7 @@ BoolArray = npt.NDArray[np.bool_]
 
 _BOOLS = (bool, np.bool_)
 _SHOWN = 80  # characters of a value in the text of an error
+_YEAR = 3.2e7  # seconds
 _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
 
 
@@ -46,6 +47,10 @@ def instance(value: Any, name: str, kind: type | tuple[type, ...], wanted: str) 
     if not isinstance(value, kind):
         raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
     return value
+
+
+def flag(value: Any, name: str) -> bool:
+    return bool(instance(value, name, _BOOLS, "True or False"))
 
 
 def text(value: Any, name: str) -> str:
@@ -138,8 +143,10 @@ def real(value: Any, name: str, wanted: str) -> float:
 
 def seconds(value: Any, name: str) -> float:
     number = real(value, name, "seconds")
-    if not 0 < number < math.inf:
-        raise errors.OptionError(f"{name}: got {number}, wanted a positive number of seconds")
+    if not 0 < number <= _YEAR:
+        raise errors.OptionError(
+            f"{name}: got {number}, wanted a positive number of seconds, a year at most"
+        )
     return number
 
 

@@ -85,18 +85,18 @@ class Device:
     @classmethod
     def grid(cls, rows: int, columns: int) -> Device:
         """Qubit ``row * columns + column``, joined to its neighbours across and down."""
-        r, c = (_validate.integer(rows, "rows", 1), _validate.integer(columns, "columns", 1))
-        _validate.qubit_count(r * c, "rows, columns")
-        across = [(q, q + 1) for q in range(r * c) if (q + 1) % c]
-        return cls(r * c, across + [(q, q + c) for q in range(r * c - c)], f"{r} x {c} grid")
+        r, c = _validate.integer(rows, "rows", 1), _validate.integer(columns, "columns", 1)
+        n = _validate.qubit_count(r * c, "rows, columns")
+        across = [(q, q + 1) for q in range(n) if (q + 1) % c]
+        return cls(n, across + [(q, q + c) for q in range(n - c)], f"{r} x {c} grid")
 
     @classmethod
     def heavy_hex(cls, rows: int, length: int) -> Device:
         """``rows`` lines of ``length`` qubits, joined through single qubits at every fourth place,
         by turns from place 0 and from place 2 on. Lines are numbered first."""
         r, k = _validate.integer(rows, "rows", 1), _validate.integer(length, "length", 1)
-        pairs = [(q, q + 1) for q in range(r * k) if (q + 1) % k]
         n = _validate.qubit_count(r * k, "rows, length")
+        pairs = [(q, q + 1) for q in range(n) if (q + 1) % k]
         for row in range(r - 1):
             for place in range(2 * (row % 2), k, 4):
                 pairs += [(row * k + place, n), (n, (row + 1) * k + place)]

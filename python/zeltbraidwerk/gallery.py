@@ -29,7 +29,8 @@ _MOST = 2**31 - 1
 def circulant(first_row: list[int], polynomial: int) -> BoolArray:
     """The circulant of field elements, each row the one above turned right by one place.
 
-    Entries are elements of GF(2)[x] modulo ``polynomial``, bit k the coefficient of x^k.
+    Entries are elements of GF(2)[x] modulo ``polynomial``, of degree at most 64, bit k the
+    coefficient of x^k.
 
     >>> circulant([2, 3], 0b111).astype(int)
     array([[0, 1, 1, 1],
@@ -79,9 +80,8 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
            [1, 1, 1],
            [1, 1, 0]])
     """
-    _validate.qubit_count(n)
+    n, count = _validate.qubit_count(n), _count(count, "count")
     rng = _random(7000 + n if seed is None else seed)
-    _count(count, "count")
     found: list[BoolArray] = []
     while len(found) < count:
         rows = [rng.getrandbits(n) for _ in range(n)] if n else []
@@ -105,9 +105,8 @@ def uccsd(
     {'YZXI': -1.0, 'XZYI': 1.0, 'IYZX': -1.0, 'IXZY': 1.0, 'YXXX': -0.25, 'XYXX': -0.25, \
 'XXYX': 0.25, 'YYYX': -0.25, 'XXXY': 0.25, 'YYXY': -0.25, 'YXYY': 0.25, 'XYYY': 0.25}
     """
-    for value, name, most in ((qubits, "qubits", None), (electrons, "electrons", qubits)):
-        if _count(value, name, most) % 2:
-            raise errors.OptionError(f"{name}: got {value}, wanted an even number: a closed shell")
+    qubits = _even(qubits, "qubits", 0, _MOST)
+    electrons = _even(electrons, "electrons", 0, qubits)
     excitations = list(_excitations(qubits, electrons))
     factors = [1.0] * len(excitations)
     if amplitudes is not None:
@@ -173,9 +172,7 @@ def random_paulis(n: int, terms: int, seed: int = 1) -> list[str]:
 def maxcut(n: int, seed: int = 1) -> list[str]:
     """The strings of one layer of QAOA for the largest cut of a random graph of degree three, n
     even and at least 4: ZZ on its edges, then X on every qubit."""
-    if _validate.integer(n, "n", 4, _MOST) % 2:
-        raise errors.OptionError(f"n: got {n}, wanted an even number: every degree is three")
-    rng = _random(seed)
+    n, rng = _even(n, "n", 4, _MOST), _random(seed)
     edges: set[tuple[int, ...]] = set()
     while len(edges) < 3 * n // 2:
         ends = rng.sample(3 * list(range(n)), 3 * n)
@@ -202,8 +199,8 @@ def random_clifford(n: int, count: int) -> list[CliffordTableau]:
     >>> random_clifford(2, 1)[0].n
     2
     """
-    rng = random.Random(9000 + _validate.qubit_count(n))
-    _count(count, "count")
+    n, count = _validate.qubit_count(n), _count(count, "count")
+    rng = random.Random(9000 + n)
     found = []
     for _ in range(count):
         gates = []
@@ -235,9 +232,9 @@ def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
     >>> random_parities(3, 2, 1)
     [[5, 2]]
     """
-    _validate.integer(n, "n", 0, 63)
-    rng = random.Random(8000 + _count(terms, "terms", 2**n - 1))
-    _count(count, "count")
+    n, count = _validate.integer(n, "n", 0, 63), _count(count, "count")
+    terms = _validate.integer(terms, "terms", 0, 2**n - 1)
+    rng = random.Random(8000 + terms)
     return [rng.sample(range(1, 2**n), terms) for _ in range(count)]
 
 
@@ -257,13 +254,20 @@ def _random(seed: Any) -> random.Random:
     return random.Random(_validate.integer(seed, "seed", 0, 2**64 - 1))
 
 
-def _count(value: Any, name: str, most: int | None = None) -> int:
-    return _validate.integer(value, name, 0, _MOST if most is None else most)
+def _count(value: Any, name: str) -> int:
+    return _validate.integer(value, name, 0, _MOST)
+
+
+def _even(value: Any, name: str, least: int, most: int) -> int:
+    number = _validate.integer(value, name, least, most)
+    if number % 2:
+        raise errors.OptionError(f"{name}: got {number}, wanted an even number")
+    return number
 
 
 def _elements(first_row: Any, polynomial: Any) -> list[int]:
     """Elements of the field of the polynomial, at least one."""
-    degree = _validate.integer(polynomial, "polynomial", 2).bit_length() - 1
+    degree = _validate.integer(polynomial, "polynomial", 2, 2**65 - 1).bit_length() - 1
     row = _validate.items(first_row, "first_row", "a list of field elements as ints")
     if not row:
         raise errors.ShapeError("first_row: got no elements, wanted at least one")

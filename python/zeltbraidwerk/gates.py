@@ -243,6 +243,7 @@ class Gate:
 
     @classmethod
     def from_core(cls, gate: _core.Gate) -> Gate:
+        _validate.instance(gate, "gate", _core.Gate, "a gate of the core")
         return cls(gate.name, gate.qbits, [Parameter._wrap(p) for p in gate.params])
 
     def __eq__(self, other: object) -> bool:

@@ -52,7 +52,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(), methods(device=True)
     (('auto', 'gray', 'greedy', 'search'), ('auto', 'gray', 'search'))
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
