@@ -66,6 +66,8 @@ def callback(value: Any, name: str) -> Callable[..., object] | None:
 def items(value: Any, name: str, wanted: str) -> list[Any]:
     """What can be iterated over in a fixed order, as a list. Text, mappings and sets are refused;
     so are masked arrays, whose mask would be lost."""
+    if type(value) in (tuple, list):
+        return list(value)
     refused = (str, bytes, bytearray, set, frozenset, np.ma.MaskedArray)
     is_mapping = isinstance(value, Mapping) and not isinstance(value, AbstractSet)
     try:
@@ -166,9 +168,8 @@ def qubit_count(value: Any, name: str = "n") -> int:
 
 def qubits(values: Any, name: str) -> tuple[int, ...]:
     """Distinct qubits from 0 up; the circuit that takes them knows the upper end."""
-    checked = tuple(
-        _index(value, name) for value in items(values, name, "an integer or a list of integers")
-    )
+    listed = items(values, name, "an integer or a list of integers")
+    checked = tuple([_index(value, name) for value in listed])
     for qubit in checked:
         if not 0 <= qubit < _MOST:
             wanted = "0 or more" if qubit < 0 else f"0 to {_MOST - 1}"

@@ -133,8 +133,11 @@ _INVERSES = {"S": "D-S", "D-S": "S"} | {
 
 def _listed(value: Any) -> Any:
     """One value alone in a tuple. Text is one value, and so is an array without a dimension."""
-    without_dimension = isinstance(value, np.ndarray) and value.ndim == 0
-    one = isinstance(value, str) or not isinstance(value, Iterable) or without_dimension
+    if type(value) in (tuple, list):
+        return value
+    if type(value) in (int, float, str, Parameter) or not isinstance(value, Iterable):
+        return (value,)
+    one = isinstance(value, str) or (isinstance(value, np.ndarray) and value.ndim == 0)
     return (value,) if one else value
 
 
