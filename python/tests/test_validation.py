@@ -30,7 +30,7 @@ def masked(values):
 # --- angles -------------------------------------------------------------------------------------
 
 
-@pytest.mark.parametrize("text", ["0.5", "1", "-1", "1e-3", ".5", " 0.5 "])
+@pytest.mark.parametrize("text", ["0.5", "1", "-1", "1e-3", ".5", "UMINUS 0.5", "+ 1 2"])
 def test_numbers_as_text_are_no_angles(text):
     with pytest.raises(errors.AngleError, match=r"value: got '.*', wanted a number, not text"):
         Parameter(text)
