@@ -71,7 +71,7 @@ WRONG = {
 
 # What belongs to a class when one of its methods is called, and of the fields of a dataclass.
 INSTANCES = {
-    "Circuit": lambda: BELL,
+    "Circuit": CNOTS.to_circuit,
     "CliffordTableau": lambda: CliffordTableau(2),
     "CnotCircuit": lambda: CNOTS,
     "Device": lambda: Device.line(3),
@@ -269,14 +269,15 @@ def calls(name, given):
 
 
 def complaint(function, argument, args, options):
-    """What is wrong with how a call ends; None where nothing is."""
+    """What is wrong with how a call ends; None where nothing is. Without an argument that is wrong,
+    it has to succeed."""
     try:
         outcome = function(*args, **options)
         if inspect.isgenerator(outcome):
             list(outcome)
     except (ValueError, TypeError) as error:
-        named = argument is None or argument in str(error)
-        return None if named or isinstance(error, errors.Error) else f"does not name it: {error!r}"
+        named = isinstance(error, errors.Error) or str(argument) in str(error)
+        return None if argument and named else f"does not name {argument}: {error!r}"[:200]
     except errors.MissingPackageError:
         return None
     except Exception as error:
