@@ -278,15 +278,17 @@ def frozen(array: npt.NDArray[Any]) -> npt.NDArray[Any]:
 
 
 def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
-    """(True for minus, letters) of a string such as "XIZ", "-XIZ" or "+_XZ"."""
+    """(True for minus, letters) of a string such as "XIZ", "-XIZ" or "+_XZ". Letters are upper or
+    lower case, not both: the "i" of "iXX" is a phase, where other packages write it."""
     if not isinstance(value, str):
         raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a string of letters")
-    letters = value.lstrip("+-").upper().replace("_", "I")
+    letters = value.lstrip("+-")
     sign = value[: len(value) - len(letters)]
-    if len(sign) > 1 or set(letters) - set("IXYZ"):
+    if len(sign) > 1 or all(set(letters) - set(case) for case in ("IXYZ_", "ixyz_")):
         raise errors.PauliError(
             f"{name}: got {shown(value)}, wanted letters I, X, Y, Z after one sign"
         )
+    letters = letters.upper().replace("_", "I")
     if len(letters) != n:
         raise errors.PauliError(f"{name}: got {len(letters)} letters, wanted {n}")
     return sign == "-", letters
