@@ -133,6 +133,7 @@ class CnotCircuit(_CircuitBase):
 
     @classmethod
     def from_core(cls, circuit: _core.CnotCircuit) -> CnotCircuit:
+        _validate.instance(circuit, "circuit", _core.CnotCircuit, "a circuit of the core")
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
@@ -268,7 +269,8 @@ class Circuit(_CircuitBase):
 
     @classmethod
     def from_core(cls, n: int, gates: Iterable[_core.Gate]) -> Circuit:
-        return cls(n, map(Gate.from_core, gates))
+        listed = _validate.items(gates, "gates", "gates of the core")
+        return cls(n, [Gate.from_core(gate) for gate in listed])
 
     def to_core(self) -> list[_core.Gate]:
         return [gate.to_core() for gate in self._gates]
