@@ -20,6 +20,7 @@ from zeltbraidwerk._operators import CliffordSynthesis, methods, synthesize
 from zeltbraidwerk._states import StateSynthesis, synthesize_state
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import gates_alone
 
 if TYPE_CHECKING:
     import stim
@@ -79,7 +80,7 @@ class CliffordTableau:
         if isinstance(gates, Circuit) and gates.n != self.n:
             raise errors.ShapeError(f"gates: got {gates.n} qubits, wanted {self.n}")
         result = self.to_core()
-        for gate in (gates,) if isinstance(gates, Gate) else gates:
+        for gate in gates_alone((gates,) if isinstance(gates, Gate) else gates, "gates"):
             _validate.qubits_below(gate.qubits, self.n, "gates")
             if any(param.is_symbolic for param in gate.params):
                 raise errors.NotCliffordError(f"gates: got {gate}, wanted a numeric angle")
@@ -146,9 +147,8 @@ class CliffordTableau:
 
     @classmethod
     def from_stim(cls, tableau: stim.Tableau) -> CliffordTableau:
-        n, operations = _interop.from_stim(tableau.to_circuit())
-        gates = [Gate(*operation) for operation in operations]
-        return cls(max(n, len(tableau))).apply(gates)
+        circuit = Circuit.from_stim(tableau.to_circuit())
+        return cls(max(circuit.n, len(tableau))).apply(circuit.gates)
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, CliffordTableau):
