@@ -27,7 +27,7 @@ class Primitive:
     own_name: str
     qubits: int = 1
     angles: int = 0
-    fixed: tuple[Parameter, ...] = ()
+    fixed: tuple[float, ...] = ()
     size = 1
     depth = 0
 
@@ -69,8 +69,7 @@ def expanded(
 ) -> list[Plain]:
     """In our gates. Raises what :func:`_angles.evaluate` does."""
     if isinstance(gate, Primitive):
-        params = gate.fixed or tuple(map(Parameter, angles))
-        return [(gate.own_name, tuple(qubits), params)]
+        return [(gate.own_name, tuple(qubits), tuple(map(Parameter, gate.fixed or angles)))]
     values = dict(zip(gate.params, angles, strict=True))
     made: list[Plain] = []
     for inner, expressions, places in gate.parts or ():
@@ -131,6 +130,8 @@ def _part(
     if not match:
         raise errors.QasmError(f"line {line}: cannot read {short(text)!r}")
     name, operands = match[1], split(match[3])
+    if name in ("measure", "reset", "if", "gate", "opaque", "qreg", "creg"):
+        raise errors.QasmError(f"line {line}: got {name} in a definition, wanted gates alone")
     for operand in operands:
         if operand not in places:
             raise errors.QasmError(

@@ -23,8 +23,7 @@ from zeltbraidwerk._definitions import (
 )
 from zeltbraidwerk.gates import Parameter
 
-_T = Parameter(math.pi / 4)
-_V = Parameter(math.pi / 2)
+_T = math.pi / 4
 _PRIMITIVES = {
     "cx": Primitive("CNOT", 2), "CX": Primitive("CNOT", 2), "cz": Primitive("CSIGN", 2),
     "h": Primitive("H"), "s": Primitive("S"), "sdg": Primitive("D-S"), "x": Primitive("X"),
@@ -32,7 +31,7 @@ _PRIMITIVES = {
     "rx": Primitive("RX", 1, 1), "ry": Primitive("RY", 1, 1), "rz": Primitive("RZ", 1, 1),
     "p": Primitive("PH", 1, 1), "u1": Primitive("PH", 1, 1),
     "t": Primitive("PH", fixed=(_T,)), "tdg": Primitive("PH", fixed=(-_T,)),
-    "sx": Primitive("RX", fixed=(_V,)), "sxdg": Primitive("RX", fixed=(-_V,)),
+    "sx": Primitive("RX", fixed=(2 * _T,)), "sxdg": Primitive("RX", fixed=(-2 * _T,)),
 }  # fmt: skip
 _DEFINITIONS = """
 gate u0(gamma) a { id a; }

@@ -21,10 +21,11 @@ QASM_NAMES = {
 
 
 def _package(name: str) -> Any:
+    top = name.partition(".")[0]
     try:
+        importlib.import_module(top)
         return importlib.import_module(name)
     except ImportError:
-        top = name.partition(".")[0]
         raise errors.MissingPackageError(
             f"this conversion needs the package {top}: pip install {top}"
         ) from None

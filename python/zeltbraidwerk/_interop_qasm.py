@@ -86,10 +86,17 @@ def _names(given: list[str]) -> list[str]:
 # --- in -----------------------------------------------------------------------------------------
 
 _HEADER = re.compile(r"""\binclude\s*["']qelib1\.inc["']""")
-_VERSION = re.compile(r"\s*OPENQASM[^;]*;")
+# What the header has as it is commonly shipped and Qiskit's own one lacks; it reads id as a U.
+MORE = (
+    "ccz", "id", "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu",
+    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
+)  # fmt: skip
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What a reader with a stack of its own might not survive: long expressions, large registers.
 _STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}")
+_SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
+_MOST_BROADCAST = 1_000_000  # bits of all registers times statements
+_MOST_INNER = 20_000  # a second or two
 
 
 def read(text: Any, reader: str = "auto") -> Read:
@@ -99,12 +106,17 @@ def read(text: Any, reader: str = "auto") -> Read:
     plain = _qasm.without_comments(text)
     if reader == "qiskit":
         return _by_qiskit(plain)
-    if reader == "auto" and not _STRANGE.search(plain) and _has_qiskit():
+    if reader == "auto" and not _is_strange(plain) and _has_qiskit():
         try:
             return _by_qiskit(plain)
         except errors.Error:
             pass  # our own reader tells line and cause, and knows more
     return _qasm.read(plain)
+
+
+def _is_strange(text: str) -> bool:
+    bits = sum(map(int, _SIZES.findall(text)))
+    return bool(_STRANGE.search(text)) or bits * text.count(";") > _MOST_BROADCAST
 
 
 def _has_qiskit() -> bool:
@@ -119,16 +131,10 @@ def _by_qiskit(text: str) -> Read:
     qasm2 = _interop._package("qiskit.qasm2")
     if not text.strip():
         raise errors.QasmError("got no statement, wanted OpenQASM 2")
-    if not _HEADER.search(text):
-        version = _VERSION.match(text)
-        place = version.end() if version else 0
-        text = f'{text[:place]} include "qelib1.inc"; {text[place:]}'
+    names = set(MORE) if _HEADER.search(text) else set(table()) - {"U", "CX"}
+    instructions = _interop_qiskit.custom_instructions(names - set(_DECLARED.findall(text)))
     try:
-        circuit = qasm2.loads(
-            text,
-            include_path=(),
-            custom_instructions=_interop_qiskit.custom_instructions(_DECLARED.findall(text)),
-        )
+        circuit = qasm2.loads(text, include_path=(), custom_instructions=instructions)
     except (qasm2.QASM2ParseError, _interop._package("qiskit.circuit").CircuitError) as error:
         raise errors.QasmError(str(error)) from None
-    return _interop_qiskit.read(circuit)
+    return _interop_qiskit.read(circuit, _MOST_INNER)

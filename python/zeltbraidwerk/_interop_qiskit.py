@@ -64,12 +64,12 @@ def _tests(
 # --- in -----------------------------------------------------------------------------------------
 
 _STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}  # their names of gates of ours
-_BASIS = ("cx", "u", "measure", "reset", "barrier")
 
 
-def read(circuit: Any) -> Read:
+def read(circuit: Any, most_inner: int = MOST_OPERATIONS) -> Read:
+    """``most_inner`` bounds the instructions within definitions, which take long to unfold."""
     _reading.wanted(circuit, "qiskit", "QuantumCircuit")
-    reader = _Reader()
+    reader = _Reader(most_inner)
     bits = {bit: place for place, bit in enumerate(circuit.clbits)}
     reader.block(circuit, range(circuit.num_qubits), range(len(bits)), None, None)
     return circuit.num_qubits, reader.reading.operations, _registers(circuit, bits)
@@ -77,6 +77,8 @@ def read(circuit: Any) -> Read:
 
 def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
     """Bits without a register get one; registers that share bits give way to one for all."""
+    if sum(map(len, circuit.cregs)) > len({bit for r in circuit.cregs for bit in r}):
+        return [Register("c", len(places))]
     starts = {places[r[0]]: r for r in circuit.cregs if len(r)}
     names = [register.name for register in circuit.cregs]
     empty = [Register(r.name, 0) for r in circuit.cregs if not len(r)]
@@ -97,15 +99,14 @@ def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
                 return [Register("c", len(places))]
             found.append(Register(register.name, len(register)))
             place += len(register)
-    if len(found) < sum(bool(len(register)) for register in circuit.cregs):
-        return [Register("c", len(places))]
     return found + empty
 
 
 class _Reader:
-    def __init__(self) -> None:
+    def __init__(self, most_inner: int) -> None:
         self.reading = Reading()
-        self._visits = 0
+        self._inner = 0
+        self._most_inner = most_inner
         self._circuit = _interop._package("qiskit.circuit")
 
     def block(
@@ -119,9 +120,9 @@ class _Reader:
         for place, instruction in enumerate(circuit.data):
             here = where or f"instruction {place}"
             on = tuple([wires[qubit] for qubit in instruction.qubits])
-            self._visits += 1
-            if self._visits > MOST_OPERATIONS:
-                raise errors.GateError(f"{here}: got more than {MOST_OPERATIONS} operations")
+            self._inner += depth > 0
+            if self._inner > self._most_inner:
+                raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
             if instruction.is_standard_gate():
                 name = _STANDARD.get(instruction.name, instruction.name)
                 if name in known:
@@ -206,23 +207,17 @@ def _parts(operation: Any, where: str) -> Any:
             return definition
         holder = qiskit.QuantumCircuit(operation.num_qubits, operation.num_clbits)
         holder.append(operation, range(operation.num_qubits), range(operation.num_clbits))
-        parts = qiskit.transpile(holder, basis_gates=list(_BASIS), optimization_level=0)
+        parts = qiskit.transpile(holder, basis_gates=["cx", "u"], optimization_level=0)
         if all(inner.name != operation.name for inner in parts.data):
             return parts
     except (qiskit.exceptions.QiskitError, TypeError, ValueError) as error:
-        reason = str(error).strip("\"'")
+        reason = str(error).strip("\"'").partition("\n")[0]
     raise errors.GateError(
         f"{where}: got {operation.name}, which Qiskit cannot take apart: {reason}"
     )
 
 
 # --- for Qiskit's reader of OpenQASM ------------------------------------------------------------
-
-# What qelib1.inc has as it is commonly shipped and Qiskit's reader does not know by itself.
-_MORE = (
-    "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu", "rxx", "rzz",
-    "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
-)  # fmt: skip
 
 
 def _named_gate() -> Any:
@@ -236,8 +231,8 @@ def _named_gate() -> Any:
 _known_classes: list[Any] = []
 
 
-def custom_instructions(declared: Collection[str]) -> list[Any]:
-    """Of the gates in ``_MORE``, but for the names that a text declares itself."""
+def custom_instructions(names: Collection[str]) -> list[Any]:
+    """Of these gates of our table."""
     qasm2, made = _interop._package("qiskit.qasm2"), _named_gate()
 
     def instruction(name: str) -> Any:
@@ -245,4 +240,4 @@ def custom_instructions(declared: Collection[str]) -> list[Any]:
         build = lambda *angles: made(name, gate.qubits, list(angles))  # noqa: E731
         return qasm2.CustomInstruction(name, gate.angles, gate.qubits, build, builtin=True)
 
-    return [instruction(name) for name in _MORE if name not in set(declared)]
+    return [instruction(name) for name in sorted(names)]

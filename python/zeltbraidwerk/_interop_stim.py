@@ -89,7 +89,7 @@ _KNOWN = {
     "CX": "cx", "CZ": "cz", "CY": "cy", "H": "h", "S": "s", "S_DAG": "sdg", "X": "x", "Y": "y",
     "Z": "z", "I": "id", "SWAP": "swap", "SQRT_X": "sx", "SQRT_X_DAG": "sxdg",
 }  # fmt: skip
-_TURNS = {"SQRT_Y": Parameter(math.pi / 2), "SQRT_Y_DAG": Parameter(-math.pi / 2)}
+_TURNS = {"SQRT_Y": math.pi / 2, "SQRT_Y_DAG": -math.pi / 2}
 _FEEDBACK = {"CX": "X", "CY": "Y", "CZ": "Z", "XCZ": "X", "YCZ": "Y"}
 _PASSED_OVER = ("TICK", "QUBIT_COORDS", "SHIFT_COORDS")
 # What turns a Pauli operator into Z; the gates backwards, S for its inverse, turn it back.
@@ -229,7 +229,7 @@ def _gate(name: str, qubits: tuple[int, ...]) -> list[Plain]:
     if name in _KNOWN:
         return read_gate(_KNOWN[name], qubits, [])
     if name in _TURNS:
-        return [("RY", qubits, (_TURNS[name],))]
+        return [("RY", qubits, (Parameter(_TURNS[name]),))]
     return [
         (own, tuple(qubits[place] for place in places), params)
         for own, places, params in _of_tableau(name)

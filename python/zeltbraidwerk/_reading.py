@@ -31,16 +31,20 @@ class Reading:
                 self.operations.append(Gate._trusted(name, qubits, params))
             else:
                 self.add(Gate._trusted(name, qubits, params), where, condition)
+        self._check_room()
 
     def add(
         self, operation: Gate | Measure | Reset | Barrier, where: str, condition: Condition | None
     ) -> None:
-        if len(self.operations) >= MOST_OPERATIONS:
-            raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
+        self._check_room()
         if condition is None or isinstance(operation, Barrier):
             self.operations.append(operation)
         elif condition[1] >> len(condition[0]) == 0:
             self.operations.append(Conditional(operation, *condition, where=where))
+
+    def _check_room(self) -> None:
+        if len(self.operations) > MOST_OPERATIONS:
+            raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
 
 
 @contextmanager
