@@ -70,14 +70,20 @@ def test_operations_are_kept(circuit):
 def per_wire(circuit):
     """What is on each qubit and bit, in order: equal for circuits that differ by the order of
     operations that do not meet. Barriers are left out."""
-    wires = {}
+    wires, writes = {}, {}
     for item in circuit:
         if isinstance(item, Barrier):
             continue
         inner = getattr(item, "operation", item)
-        bits = {*getattr(item, "bits", ()), *getattr(inner, "bits", ())}
-        for wire in (*(("q", q) for q in item.qubits), *(("b", b) for b in bits)):
-            wires.setdefault(wire, []).append(item)
+        for qubit in item.qubits:
+            wires.setdefault(("qubit", qubit), []).append(item)
+        for bit in item.bits if isinstance(item, Conditional) else ():
+            asked = wires.setdefault(("asked", bit, writes.get(bit, 0)), [])
+            asked.append(item)
+            asked.sort(key=str)
+        if isinstance(inner, Measure):
+            wires.setdefault(("written", inner.bit), []).append(item)
+            writes[inner.bit] = writes.get(inner.bit, 0) + 1
     return wires
 
 

@@ -4,7 +4,8 @@ from __future__ import annotations
 
 import math
 from collections.abc import Sequence
-from functools import cache
+from dataclasses import dataclass
+from functools import cache, cached_property
 from typing import TYPE_CHECKING, Any
 
 from zeltbraidwerk import _interop, _reading, errors
@@ -101,52 +102,73 @@ _MEASURED = {
 }  # fmt: skip
 
 
+@dataclass(frozen=True)
+class _Step:
+    """An instruction and the groups of its targets, or a body to repeat."""
+
+    name: str
+    where: str
+    groups: Sequence[Sequence[Any]] = ()
+    body: Sequence[_Step] = ()
+    times: int = 1
+
+    @cached_property
+    def cost(self) -> int:
+        return len(self.groups) + self.times * sum(step.cost for step in self.body)
+
+
 def read(circuit: Any) -> Read:
     _reading.wanted(circuit, "stim", "Circuit")
-    reader = _Reader()
-    reader.block(circuit, None, 0)
+    steps, reader = _parsed(circuit, None, 0), _Reader()
+    for step in steps:
+        if step.cost > MOST_OPERATIONS:
+            raise errors.GateError(f"{step.where}: got more than {MOST_OPERATIONS} operations")
+    reader.steps(steps)
     registers = [Register("rec", reader.records)] if reader.records else []
     return circuit.num_qubits, reader.reading.operations, registers
+
+
+def _parsed(circuit: Any, where: str | None, depth: int) -> list[_Step]:
+    """Instructions that do nothing are left out, and so are bodies of nothing else."""
+    if depth > MOST_NESTED:
+        raise errors.GateError(f"{where}: got REPEAT nested deeper than {MOST_NESTED}")
+    steps = []
+    for place, instruction in enumerate(circuit):
+        here = where or f"instruction {place}"
+        if instruction.name == "REPEAT":
+            body = _parsed(instruction.body_copy(), here, depth + 1)
+            if body:
+                steps.append(_Step("REPEAT", here, (), body, instruction.repeat_count))
+        elif instruction.name not in _PASSED_OVER:
+            _check(instruction, here)
+            if groups := instruction.target_groups():
+                steps.append(_Step(instruction.name, here, groups))
+    return steps
+
+
+def _check(instruction: Any, where: str) -> None:
+    name = instruction.name
+    products = ("MPP", "SPP", "SPP_DAG")
+    known = name in _KNOWN or name in _MEASURED or name in products
+    if not known and not _gate_data(name).is_unitary:
+        raise errors.GateError(f"{where}: got {name}, wanted gates, measurements and resets")
+    arguments = instruction.gate_args_copy()
+    if any(arguments):
+        raise errors.GateError(f"{where}: got {name}({arguments[0]:g}), wanted no noise")
 
 
 class _Reader:
     def __init__(self) -> None:
         self.reading = Reading()
         self.records = 0
-        self._visits = 0
 
-    def block(self, circuit: Any, where: str | None, depth: int) -> None:
-        if depth > MOST_NESTED:
-            raise errors.GateError(f"{where}: got REPEAT nested deeper than {MOST_NESTED}")
-        for place, instruction in enumerate(circuit):
-            here = where or f"instruction {place}"
-            if instruction.name == "REPEAT":
-                body = instruction.body_copy()
-                for _ in range(instruction.repeat_count):
-                    self._visit(here)
-                    self.block(body, here, depth + 1)
-                continue
-            self._visit(here)
-            if instruction.name not in _PASSED_OVER:
-                self._instruction(instruction, here)
-
-    def _visit(self, where: str) -> None:
-        self._visits += 1
-        if self._visits > MOST_OPERATIONS:
-            raise errors.GateError(f"{where}: got more than {MOST_OPERATIONS} operations")
-
-    def _instruction(self, instruction: Any, where: str) -> None:
-        name = instruction.name
-        known = name in _KNOWN or name in _TURNS or name in _MEASURED or name in ("MPP", "SPP")
-        if not known and name != "SPP_DAG" and not _gate_data(name).is_unitary:
-            raise errors.GateError(f"{where}: got {name}, wanted gates, measurements and resets")
-        arguments = instruction.gate_args_copy()
-        if any(arguments):
-            raise errors.GateError(f"{where}: got {name}({arguments[0]:g}), wanted no noise")
-        with _reading.located(where):
-            for group in instruction.target_groups():
-                self._visit(where)
-                self._group(name, group, where)
+    def steps(self, steps: Sequence[_Step]) -> None:
+        for step in steps:
+            for _ in range(step.times if step.body else 0):
+                self.steps(step.body)
+            for group in step.groups:
+                with _reading.located(step.where):
+                    self._group(step.name, group, step.where)
 
     def _group(self, name: str, group: Sequence[Any], where: str) -> None:
         qubits = tuple(target.value for target in group)
