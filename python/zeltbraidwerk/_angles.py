@@ -30,6 +30,7 @@ _FUNCTIONS: dict[str, Callable[..., Any]] = {
     name: getattr(math, name) for name in ("sin", "cos", "tan", "exp", "sqrt")
 } | {"ln": math.log}
 _OPEN = (0, operator.pos)
+_NO_NUMBER = "got an angle that is no finite number"
 
 
 def read(text: str, names: tuple[str, ...] = ()) -> Expression:
@@ -102,7 +103,7 @@ def _value(match: re.Match[str], names: tuple[str, ...]) -> Step:
 
 def evaluate(expression: Expression, values: Mapping[str, Angle]) -> Angle:
     """The value, in numbers or, where a name stands for a symbol, by what :class:`Parameter` can:
-    sums and signs. Raises a ValueError or an AngleError."""
+    sums and signs. Raises an AngleError."""
     stack: list[Any] = []
     for step in expression:
         if isinstance(step, float):
@@ -118,7 +119,7 @@ def evaluate(expression: Expression, values: Mapping[str, Angle]) -> Angle:
     if isinstance(value, Parameter):
         return value
     if isinstance(value, complex) or not math.isfinite(value):
-        raise ValueError
+        raise errors.AngleError(_NO_NUMBER)
     return float(value)
 
 
@@ -132,5 +133,5 @@ def _applied(function: Callable[..., Any], operands: list[Any]) -> Any:
         raise errors.AngleError(f"got the symbolic angle {str(symbols[0])!r}, wanted a number")
     try:
         return function(*operands)
-    except (ArithmeticError, TypeError):
-        raise ValueError from None
+    except (ArithmeticError, TypeError, ValueError):
+        raise errors.AngleError(_NO_NUMBER) from None

@@ -3,27 +3,16 @@
 from __future__ import annotations
 
 import os
-from abc import abstractmethod
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
-from pathlib import Path
-from typing import TYPE_CHECKING, Any, Literal, Self
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import (
-    _boxes,
-    _core,
-    _draw,
-    _interop_pytket,
-    _interop_qasm,
-    _interop_qiskit,
-    _interop_stim,
-    _reading,
-    _validate,
-    errors,
-)
+from zeltbraidwerk import _core, _files, _reading, _validate, errors
+from zeltbraidwerk._circuit_base import CircuitBase
+from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import (
     Barrier,
@@ -33,130 +22,17 @@ from zeltbraidwerk.instructions import (
     Operation,
     Register,
     Reset,
+    bits_of,
     gates_alone,
     placed,
-)
-
-if TYPE_CHECKING:
-    import pytket.circuit
-    import qiskit
-    import stim
+    registers_of,
+    told,
+)  # fmt: skip
 
 __all__ = ["Circuit", "CnotCircuit", "Gate", "Parameter"]
 
 
-class _CircuitBase:
-    """What all circuits share: pictures, and the ways out and in."""
-
-    _n: int
-
-    @property
-    def n(self) -> int:
-        """Number of qubits."""
-        return self._n
-
-    @abstractmethod
-    def _operations(self) -> Iterable[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
-        """The gates as plain tuples, those under a condition as well."""
-
-    @abstractmethod
-    def _whole(self) -> Circuit:
-        """As a general circuit, for writers and pictures."""
-
-    @classmethod
-    @abstractmethod
-    def _of_whole(cls, circuit: Circuit) -> Self:
-        """The way back; raises where an operation does not fit the kind of circuit."""
-
-    @classmethod
-    def _of_read(cls, read: _reading.Read) -> Self:
-        n, operations, classical = read
-        return cls._of_whole(Circuit._trusted(n, tuple(operations), tuple(classical)))
-
-    def draw(self, width: int = 100) -> str:
-        """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
-        width = _validate.integer(width, "width", 1)
-        return _draw.text(self._n, _boxes.boxes(self._whole()), width)
-
-    def _repr_svg_(self) -> str:
-        return _draw.svg(self._n, _boxes.boxes(self._whole()))
-
-    def to_qasm(self) -> str:
-        """OpenQASM 2. A condition must be one on all bits of a register."""
-        return _interop_qasm.write(self._whole())
-
-    @classmethod
-    def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
-        """Reads OpenQASM 2, whole: several registers, numbered through in their order, the gates of
-        ``qelib1.inc`` as it is commonly shipped, gate definitions, measurements, resets, barriers
-        and ``if``.
-
-        Gates are taken apart into those of :class:`Gate`, up to a global phase; definitions in the
-        text win over the header's, whose gates are known without ``include`` as well. An ``if``
-        that can never hold is left out. Block comments are read too. Limits: 1,000,000 qubits and
-        bits each, definitions nested 100 deep, 4,000,000 operations after expansion, where an
-        operation counts once for each bit of its condition and a barrier once for each qubit.
-
-        ``include`` of any other file and other versions are refused. A
-        :class:`~zeltbraidwerk.errors.QasmError` tells the line.
-
-        ``reader`` is "own", "qiskit", or "auto": Qiskit's where it is installed, and ours where
-        that is not or refuses the text. What both read is the same.
-        """
-        return cls._of_read(_interop_qasm.read(text, reader))
-
-    def to_qiskit(self) -> qiskit.QuantumCircuit:
-        """A circuit of Qiskit, with the classical registers by their names."""
-        return _interop_qiskit.write(self._whole())
-
-    @classmethod
-    def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
-        """Reads any circuit that Qiskit can take apart: by its definitions and, where a gate has
-        none, by its transpiler at level 0.
-
-        Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
-        are kept, and so are classical registers; delays are left out. Other control flow, and gates
-        that nothing takes apart, are refused with the index of the instruction; so are angles with
-        symbols that are no Parameter alone.
-        """
-        return cls._of_read(_interop_qiskit.read(circuit))
-
-    def to_pytket(self) -> pytket.circuit.Circuit:
-        """A circuit of pytket, with the classical registers by their names."""
-        return _interop_pytket.write(self._whole())
-
-    @classmethod
-    def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
-        """Reads any circuit that pytket can take apart, qubits in the order of
-        ``circuit.qubits``.
-
-        Boxes are decomposed and gates rebased on a copy; a permutation of wires becomes gates.
-        Measurements, resets, barriers, conditions and classical registers are kept. Operations on
-        classical bits alone are refused with the index of the command.
-        """
-        return cls._of_read(_interop_pytket.read(circuit))
-
-    def to_stim(self) -> stim.Circuit:
-        """Clifford circuits alone; rotations by multiples of pi/2 become Clifford gates.
-
-        Barriers become TICKs. Records are in the order of the measurements; a Pauli gate, CNOT
-        excepted, may be under a condition of one bit.
-        """
-        return _interop_stim.write(self._whole())
-
-    @classmethod
-    def from_stim(cls, circuit: stim.Circuit) -> Self:
-        """Reads a circuit of Stim: all unitary gates, measurements and resets in any basis,
-        measurements of Pauli products, and Pauli gates controlled by records.
-
-        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS carry no
-        operation and are passed over. Noise, detectors and observables are refused with the index
-        of the instruction. Limit: 4,000,000 operations once REPEAT is written out.
-        """
-        return cls._of_read(_interop_stim.read(circuit))
-
-
-class CnotCircuit(_CircuitBase):
+class CnotCircuit(CircuitBase):
     """A circuit of CNOTs on ``n`` qubits: (control, target) pairs, the first acts first.
 
     >>> circuit = CnotCircuit(3, [(0, 1), (1, 2)])
@@ -255,19 +131,11 @@ class CnotCircuit(_CircuitBase):
         return self.to_circuit()
 
     @classmethod
-    def _of_whole(cls, circuit: Circuit) -> CnotCircuit:
-        pairs = []
-        for place, gate in enumerate(gates_alone(circuit, "circuit")):
-            if gate.name not in ("CNOT", "I"):
-                raise errors.NotLinearError(
-                    f"circuit: got the gate {gate.name} (gate {place}), wanted CNOTs alone"
-                )
-            if gate.name == "CNOT":
-                pairs.append((gate.qubits[0], gate.qubits[1]))
-        return cls(circuit.n, pairs)
+    def _of_read(cls, read: Read) -> CnotCircuit:
+        return Circuit._of_read(read).to_cnot_circuit()
 
 
-class Circuit(_CircuitBase):
+class Circuit(CircuitBase):
     """A circuit of :class:`Gate` on ``n`` qubits, the first acts first.
 
     It may hold the operations of :mod:`zeltbraidwerk.instructions` as well: measurements, resets,
@@ -307,7 +175,7 @@ class Circuit(_CircuitBase):
             if not isinstance(operation, (Gate, Instruction)):
                 raise errors.DtypeError(f"gates: got {operation!r}, wanted a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
-        self._classical = _registers(classical, self._items)
+        self._classical = registers_of(classical, self._items)
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
@@ -317,8 +185,8 @@ class Circuit(_CircuitBase):
             return source
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
-        if isinstance(source, os.PathLike) or (isinstance(source, str) and _is_path(source)):
-            return cls.from_qasm(_text_of(source))
+        if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
+            return cls.from_qasm(_files.text_of(source))
         if isinstance(source, str):
             return cls.from_qasm(source)
         for kind, read in (
@@ -397,7 +265,7 @@ class Circuit(_CircuitBase):
         """Of gates on so many qubits at least."""
         layers = [0] * (self._n + self.bit_count)
         for item in self._items:
-            wires = [*item.qubits, *(self._n + bit for bit in _bits(item))]
+            wires = [*item.qubits, *(self._n + bit for bit in bits_of(item))]
             gate = item.operation if isinstance(item, Conditional) else item
             takes_time = isinstance(gate, Gate) and len(gate.qubits) >= least
             layer = max([layers[wire] for wire in wires]) + takes_time
@@ -419,7 +287,7 @@ class Circuit(_CircuitBase):
         parts: tuple[list[Operation], list[Operation]] = ([], [])
         busy: set[int] = set()  # what gates and conditions use from here on; bit b is -1 - b
         for item in reversed(self._items):
-            bits = {-1 - bit for bit in _bits(item)}
+            bits = {-1 - bit for bit in bits_of(item)}
             ends = isinstance(item, (Measure, Reset, Barrier)) and busy.isdisjoint(
                 bits.union(item.qubits)
             )
@@ -455,8 +323,16 @@ class Circuit(_CircuitBase):
         )
 
     def to_cnot_circuit(self) -> CnotCircuit:
-        """The same circuit where all gates are CNOTs."""
-        return CnotCircuit._of_whole(self)
+        """The same circuit where all gates are CNOTs; barriers are left out."""
+        pairs = []
+        for place, gate in enumerate(gates_alone(self, "circuit")):
+            if gate.name not in ("CNOT", "I"):
+                raise errors.NotLinearError(
+                    f"circuit: got the gate {gate.name} (gate {place}), wanted CNOTs alone"
+                )
+            if gate.name == "CNOT":
+                pairs.append((gate.qubits[0], gate.qubits[1]))
+        return CnotCircuit(self._n, pairs)
 
     def __add__(self, later: Circuit) -> Circuit:
         """This circuit, then the other, with the same classical registers or one without."""
@@ -465,7 +341,7 @@ class Circuit(_CircuitBase):
         _same_size(self, later)
         if self._classical and later._classical and self._classical != later._classical:
             raise errors.BitError(
-                f"got circuits with {_told(self._classical)} and {_told(later._classical)}, wanted "
+                f"got circuits with {told(self._classical)} and {told(later._classical)}, wanted "
                 "the same classical registers"
             )
         return self._trusted(
@@ -518,64 +394,11 @@ class Circuit(_CircuitBase):
         return self
 
     @classmethod
-    def _of_whole(cls, circuit: Circuit) -> Circuit:
-        return circuit
+    def _of_read(cls, read: Read) -> Circuit:
+        n, operations, classical = read
+        return cls._trusted(n, tuple(operations), tuple(classical))
 
 
-def _registers(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:
-    """Checked; where none are given, one named c for the bits that are used."""
-    used = 1 + max((bit for item in operations for bit in _bits(item)), default=-1)
-    if given is None:
-        return (Register("c", used),) if used else ()
-    try:
-        pairs = given.items() if isinstance(given, Mapping) else given
-        registers = tuple(r if isinstance(r, Register) else Register(*r) for r in pairs)
-    except errors.Error as error:
-        raise type(error)(f"classical: {error}") from None
-    except TypeError:
-        raise errors.DtypeError(
-            f"classical: got {given!r}, wanted registers or pairs of a name and a size"
-        ) from None
-    names = [register.name for register in registers]
-    if len(set(names)) < len(names):
-        raise errors.BitError(f"classical: got the names {', '.join(names)}, wanted each one once")
-    size = sum(register.size for register in registers)
-    if used > size:
-        raise errors.BitError(f"gates: got bit {used - 1}, wanted one of {size} bits")
-    return registers
-
-
-def _bits(item: Operation) -> tuple[int, ...]:
-    """Those that an operation reads or writes."""
-    if isinstance(item, Gate):
-        return ()
-    return item.bits + (_bits(item.operation) if isinstance(item, Conditional) else ())
-
-
-def _told(registers: Sequence[Register]) -> str:
-    return ", ".join(f"{register.name}[{register.size}]" for register in registers)
-
-
-def _is_path(text: str) -> bool:
-    """No OpenQASM does without a semicolon."""
-    return bool(text.strip()) and ";" not in text and "\n" not in text
-
-
-def _text_of(path: str | os.PathLike[str]) -> str:
-    try:
-        return Path(path).read_text(encoding="utf-8-sig")
-    except UnicodeDecodeError:
-        raise errors.QasmFileError(
-            f"circuit: got the file {str(path)!r}, wanted text in UTF-8"
-        ) from None
-    except (OSError, ValueError) as error:
-        reason = getattr(error, "strerror", None) or error
-        raise errors.QasmFileError(
-            f"circuit: got {str(path)[:200]!r}, wanted OpenQASM 2 or the path of a file of it: "
-            f"{reason}"
-        ) from None
-
-
-def _same_size(first: _CircuitBase, second: _CircuitBase) -> None:
+def _same_size(first: CircuitBase, second: CircuitBase) -> None:
     if first.n != second.n:
         raise errors.ShapeError(f"got circuits on {first.n} and {second.n} qubits, wanted the same")

@@ -11,7 +11,7 @@ Conditional(operation=Gate('X', (2,)), bits=(0, 1), value=3)
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from dataclasses import dataclass, field, replace
 from typing import TYPE_CHECKING, Any, ClassVar, Self, TypeAlias
 
@@ -224,6 +224,40 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
             + ("; Circuit.split_ending takes it off" if ending else "")
         )
     return [operation for operation in listed if isinstance(operation, Gate)]
+
+
+def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:
+    """Checked; where none are given, one named c for the bits that are used."""
+    used = 1 + max((bit for item in operations for bit in bits_of(item)), default=-1)
+    if given is None:
+        return (Register("c", used),) if used else ()
+    try:
+        pairs = given.items() if isinstance(given, Mapping) else given
+        registers = tuple(r if isinstance(r, Register) else Register(*r) for r in pairs)
+    except errors.Error as error:
+        raise type(error)(f"classical: {error}") from None
+    except TypeError:
+        raise errors.DtypeError(
+            f"classical: got {given!r}, wanted registers or pairs of a name and a size"
+        ) from None
+    names = [register.name for register in registers]
+    if len(set(names)) < len(names):
+        raise errors.BitError(f"classical: got the names {', '.join(names)}, wanted each one once")
+    size = sum(register.size for register in registers)
+    if used > size:
+        raise errors.BitError(f"gates: got bit {used - 1}, wanted one of {size} bits")
+    return registers
+
+
+def bits_of(item: Operation) -> tuple[int, ...]:
+    """Those that an operation reads or writes."""
+    if isinstance(item, Gate):
+        return ()
+    return item.bits + (bits_of(item.operation) if isinstance(item, Conditional) else ())
+
+
+def told(registers: Sequence[Register]) -> str:
+    return ", ".join(f"{register.name}[{register.size}]" for register in registers)
 
 
 def _index(value: Any, name: str) -> int:
