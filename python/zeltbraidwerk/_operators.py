@@ -117,9 +117,9 @@ def synthesize(
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
 
-    The other options are those of the method "search" of :func:`zeltbraidwerk.linear.synthesize`.
-    Raises classes of :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that
-    do not fit.
+    The other options are those of the method "search" of :func:`zeltbraidwerk.linear.synthesize`;
+    "elimination" takes neither ``restarts`` nor ``budget`` nor ``steps``. Raises classes of
+    :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that do not fit.
     """
     start = time.perf_counter()
     images = read(operator)
@@ -127,10 +127,10 @@ def synthesize(
     _validate.choice(objective, "objective", ("count", "depth"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
     site = None if device is None else Site.of(Device.of(device), n)
-    if method not in methods(device=site is not None):
-        listed = ", ".join(methods(device=site is not None))
-        raise errors.UnknownMethodError(f"method: got {method!r}, wanted one of {listed}")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    _validate.method(method, methods(device=site is not None), site is not None)
+    searches = dict.fromkeys(("restarts", "budget", "steps"), ("auto", "search"))
+    _validate.options_of(method, searches, restarts=restarts, budget=budget, steps=steps)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     trace = _search.Trace(objective == "depth", progress)

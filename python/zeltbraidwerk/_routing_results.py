@@ -9,7 +9,7 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _pauli_check, _routing_check
-from zeltbraidwerk._results import HoldsCircuit
+from zeltbraidwerk._observables import MovesObservables
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
@@ -58,13 +58,13 @@ class NormalForm:
 
 
 @dataclass(frozen=True, repr=False)
-class Routing(HoldsCircuit):
+class Routing(MovesObservables):
     """A routed circuit, and how it came about.
 
     The source equals ``circuit`` followed by the Clifford operator ``tail``, up to a global phase;
-    ``tail`` is the identity where it was closed. An observable O behind the source has the value of
-    ``tail.inverse().conjugate(O)`` behind the circuit. On a larger device qubit k of the source is
-    its qubit ``placement[k]``.
+    ``tail`` is the identity where it was closed. An observable O after the source has the value of
+    ``tail.inverse().conjugate(O)`` after the circuit: ``absorb`` and ``readout`` take the tail into
+    what is measured. On a larger device qubit k of the source is its qubit ``placement[k]``.
     """
 
     circuit: Circuit
@@ -80,6 +80,9 @@ class Routing(HoldsCircuit):
     def entangling_count(self) -> int:
         """Number of gates on two and more qubits, each counted once."""
         return sum(len(gate.qubits) > 1 for gate in self.circuit)
+
+    def _to_circuit(self) -> CliffordTableau:
+        return self.tail.inverse()
 
     def verify(self) -> bool:
         """Follows the rotations of the circuit back through its gates, and those of the source

@@ -33,6 +33,13 @@ __all__ = ["GraphStateSynthesis", "methods", "synthesize"]
 _METHODS = ("naive", "decoding", "search")
 _AUTO = ("naive", "search")
 _DEFAULT_RUNS = 10
+_TRIES = 100
+_TAKERS = {
+    "tries": ("decoding",),
+    "restarts": ("auto", "decoding", "search"),
+    "budget": ("auto", "decoding", "search"),
+    "steps": ("auto", "search"),
+}
 
 
 def methods() -> tuple[str, ...]:
@@ -78,7 +85,7 @@ def synthesize(
     *,
     method: str = "auto",
     objective: Objective = "count",
-    tries: int = 100,
+    tries: int | None = None,
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
@@ -91,31 +98,36 @@ def synthesize(
     ``graph`` is a symmetric 0/1 matrix, or a graph of networkx or rustworkx, whose nodes are
     numbered in their order. A one on the diagonal, a loop, is an S on that qubit.
 
-    "naive" takes a CZ an edge. "decoding" builds the state vertex by vertex, each attached by few
-    gates found by syndrome decoding with ``tries`` random restarts; ``restarts`` is the number of
-    its runs, later ones in another order of the vertices. "search" begins with a gate an edge and
-    gets better for as long as it may go on, as in :func:`zeltbraidwerk.linear.synthesize`; the
-    other options are those of there. "auto" takes the better of "naive" and "search".
-    ``objective`` is "count" or "depth" of gates on two qubits.
+    "naive" takes one CZ per edge. "decoding" builds the state vertex by vertex, each attached by
+    few gates found by syndrome decoding with ``tries`` random restarts (default: 100); ``restarts``
+    is the number of its runs, later ones in another order of the vertices. "search" begins with one
+    gate per edge and gets better for as long as it may go on, as in
+    :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too. "auto" takes the
+    better of "naive" and "search". ``objective`` is "count" or "depth" of gates on two qubits.
+    An option that the method does not take is refused.
     """
     start = time.perf_counter()
     adjacency = _adjacency(graph)
-    if method not in methods():
-        raise errors.UnknownMethodError(
-            f"method: got {method!r}, wanted one of {', '.join(methods())}"
-        )
+    _validate.method(method, methods())
     _validate.choice(objective, "objective", ("count", "depth"))
-    tries = _validate.integer(tries, "tries", 0, 2**31 - 1)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
-    if steps is not None and method not in ("auto", "search"):
-        raise errors.OptionError(f"steps: not an option of method {method!r}")
+    _validate.options_of(
+        method, _TAKERS, tries=tries, restarts=restarts, budget=budget, steps=steps
+    )
+    most_tries = _TRIES if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     by_depth = objective == "depth"
 
     def run(name: str, first: int, last: int) -> tuple[int, _states.Found] | None:
         found = _core._best_graph_state(
-            adjacency, tries if name == "decoding" else -1, drawn, first, last, by_depth, control
+            adjacency,
+            most_tries if name == "decoding" else -1,
+            drawn,
+            first,
+            last,
+            by_depth,
+            control,
         )
         if found is None:
             return None
