@@ -218,7 +218,7 @@ def test_best_over_time_is_drawn_a_line_a_result(dense):
     axes = Axes()
     assert plot.best_over_time(result, result, axes=axes) is axes
     assert axes.lines[1][1][-1] == result.count
-    with pytest.raises(ValueError, match="value: got 'time', wanted 'count' or 'depth'"):
+    with pytest.raises(ValueError, match="value: got 'time', wanted one of 'count', 'depth'"):
         plot.best_over_time(result, value="time")
 
 

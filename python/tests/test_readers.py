@@ -1,6 +1,7 @@
 """Circuits from outside: OpenQASM 2 by both readers, Qiskit, pytket, Stim, and what is none."""
 
 import math
+import re
 import sys
 
 import numpy as np
@@ -19,6 +20,7 @@ from zeltbraidwerk import (
     Measure,
     Register,
     Reset,
+    _validate,
     errors,
 )
 from zeltbraidwerk._header import table
@@ -250,7 +252,7 @@ def test_deep_expressions_are_read():
 @pytest.mark.parametrize("thing", [None, 5, object(), b"qreg q[1];", ["h"], int, math, np.eye(2)])
 @pytest.mark.parametrize("kind", [Circuit, CnotCircuit])
 def test_no_circuit(kind, thing):
-    name = type(thing).__name__
+    name = re.escape(_validate.shown(thing))
     for read, wanted in (
         (kind.from_qasm, f"text: got {name}, wanted OpenQASM 2 as a string"),
         (kind.from_qiskit, f"circuit: got {name}, wanted a QuantumCircuit of qiskit"),

@@ -101,8 +101,7 @@ _MOST_INNER = 20_000  # a second or two
 
 def read(text: Any, reader: str = "auto") -> Read:
     _validate.choice(reader, "reader", READERS)
-    if not isinstance(text, str):
-        raise errors.DtypeError(f"text: got {type(text).__name__}, wanted OpenQASM 2 as a string")
+    _validate.instance(text, "text", str, "OpenQASM 2 as a string")
     plain = _qasm.without_comments(text)
     if reader == "qiskit":
         return _by_qiskit(plain)

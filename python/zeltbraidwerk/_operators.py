@@ -33,7 +33,8 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods()
     ('auto', 'search', 'elimination')
     """
-    return ("auto", "search") if device else ("auto", "search", "elimination")
+    on_device = _validate.flag(device, "device")
+    return ("auto", "search") if on_device else ("auto", "search", "elimination")
 
 
 @dataclass(frozen=True, repr=False)
@@ -215,12 +216,11 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
         operator = CliffordTableau.from_circuit(operator)
     if isinstance(operator, CliffordTableau):
         return operator.images()
+    wanted = "a tableau or circuit of Clifford gates, or lists of the images of X and of Z"
     if isinstance(operator, (tuple, list)) and len(operator) == 2:
-        return operator[0], operator[1]
-    raise errors.DtypeError(
-        f"operator: got {type(operator).__name__}, wanted a tableau or circuit of Clifford gates, "
-        "or the images of X and of Z"
-    )
+        xs, zs = (_validate.items(images, "operator", wanted) for images in operator)
+        return xs, zs
+    raise errors.DtypeError(f"operator: got {type(operator).__name__}, wanted {wanted}")
 
 
 _CIRCUITS: dict[str, Callable[[Any], Circuit]] = {

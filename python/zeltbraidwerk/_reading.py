@@ -6,7 +6,7 @@ from collections.abc import Iterable, Iterator
 from contextlib import contextmanager
 from typing import Any
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _validate, errors
 from zeltbraidwerk._definitions import MOST_OPERATIONS, Plain
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Register, Reset
@@ -57,17 +57,10 @@ def located(where: str) -> Iterator[None]:
         raise type(error)(text if text.startswith(where) else f"{where}: {text}") from None
 
 
-def is_of(value: Any, package: str) -> bool:
-    """Whether another package made its class or one above; the package is not imported."""
-    return any(_package(base) == package for base in type(value).__mro__)
-
-
 def wanted(value: Any, package: str, kind: str) -> None:
-    """Refuses what is no object of another package's class."""
-    if any(base.__name__ == kind and _package(base) == package for base in type(value).__mro__):
-        return
-    raise errors.DtypeError(f"circuit: got {type(value).__name__}, wanted a {kind} of {package}")
-
-
-def _package(kind: type) -> str:
-    return kind.__module__.partition(".")[0].lstrip("_")
+    """Refuses what is no object of another package's class, or of one derived from it."""
+    names = [base.__name__ for base in type(value).__mro__]
+    if not (_validate.comes_from(value, package) and kind in names):
+        raise errors.DtypeError(
+            f"circuit: got {_validate.shown(value)}, wanted a {kind} of {package}"
+        )

@@ -6,8 +6,9 @@ from __future__ import annotations
 import math
 import operator
 from collections.abc import Callable, Collection, Mapping, Sequence
+from collections.abc import Set as AbstractSet
 from itertools import chain
-from typing import Any, TypeVar
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -15,10 +16,10 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, errors
 
 BoolArray = npt.NDArray[np.bool_]
-T = TypeVar("T")
 
 _BOOLS = (bool, np.bool_)
 _SHOWN = 80  # characters of a value in the text of an error
+_YEAR = 3.2e7  # seconds
 _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
 
 
@@ -41,11 +42,15 @@ def comes_from(value: Any, package: str) -> bool:
 # --- kinds of values ----------------------------------------------------------------------------
 
 
-def instance(value: Any, name: str, kind: type[T] | tuple[type[T], ...], wanted: str) -> T:
+def instance(value: Any, name: str, kind: type | tuple[type, ...], wanted: str) -> Any:
     """``wanted`` is what the text of the error says, such as "a Device"."""
     if not isinstance(value, kind):
         raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
     return value
+
+
+def flag(value: Any, name: str) -> bool:
+    return bool(instance(value, name, _BOOLS, "True or False"))
 
 
 def text(value: Any, name: str) -> str:
@@ -61,9 +66,13 @@ def callback(value: Any, name: str) -> Callable[..., object] | None:
 def items(value: Any, name: str, wanted: str) -> list[Any]:
     """What can be iterated over in a fixed order, as a list. Text, mappings and sets are refused;
     so are masked arrays, whose mask would be lost."""
-    if isinstance(value, (str, bytes, bytearray, Mapping, set, frozenset, np.ma.MaskedArray)):
-        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
+    if type(value) in (tuple, list):
+        return list(value)
+    refused = (str, bytes, bytearray, set, frozenset, np.ma.MaskedArray)
+    is_mapping = isinstance(value, Mapping) and not isinstance(value, AbstractSet)
     try:
+        if isinstance(value, refused) or is_mapping:
+            raise TypeError
         return list(value)
     except TypeError:
         raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}") from None
@@ -136,8 +145,10 @@ def real(value: Any, name: str, wanted: str) -> float:
 
 def seconds(value: Any, name: str) -> float:
     number = real(value, name, "seconds")
-    if not 0 < number < math.inf:
-        raise errors.OptionError(f"{name}: got {number}, wanted a positive number of seconds")
+    if not 0 < number <= _YEAR:
+        raise errors.OptionError(
+            f"{name}: got {number}, wanted a positive number of seconds, a year at most"
+        )
     return number
 
 
@@ -157,9 +168,8 @@ def qubit_count(value: Any, name: str = "n") -> int:
 
 def qubits(values: Any, name: str) -> tuple[int, ...]:
     """Distinct qubits from 0 up; the circuit that takes them knows the upper end."""
-    checked = tuple(
-        _index(value, name) for value in items(values, name, "an integer or a list of integers")
-    )
+    listed = items(values, name, "an integer or a list of integers")
+    checked = tuple([_index(value, name) for value in listed])
     for qubit in checked:
         if not 0 <= qubit < _MOST:
             wanted = "0 or more" if qubit < 0 else f"0 to {_MOST - 1}"

@@ -10,7 +10,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _reading, _validate, errors
+from zeltbraidwerk import _core, _files, _validate, errors
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -66,6 +66,7 @@ class CnotCircuit(CircuitBase):
 
     @classmethod
     def from_core(cls, circuit: _core.CnotCircuit) -> CnotCircuit:
+        _validate.instance(circuit, "circuit", _core.CnotCircuit, "a circuit of the core")
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
@@ -165,15 +166,11 @@ class Circuit(CircuitBase):
         classical: Iterable[Register | tuple[str, int]] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
-        try:
-            self._items = tuple(gates)
-        except TypeError:
-            raise errors.DtypeError(
-                f"gates: got {type(gates).__name__}, wanted gates in order"
-            ) from None
+        self._items: tuple[Operation, ...] = tuple(
+            _validate.items(gates, "gates", "gates in order")
+        )
         for operation in self._items:
-            if not isinstance(operation, (Gate, Instruction)):
-                raise errors.DtypeError(f"gates: got {operation!r}, wanted a Gate")
+            _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
         self._classical = registers_of(classical, self._items)
 
@@ -192,11 +189,11 @@ class Circuit(CircuitBase):
         for kind, read in (
             ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
         ):  # fmt: skip
-            if _reading.is_of(source, kind):
+            if _validate.comes_from(source, kind):
                 return read(source)
         raise errors.DtypeError(
-            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
-            "Qiskit, pytket or Stim"
+            f"circuit: got {_validate.shown(source)}, wanted a Circuit, OpenQASM 2, or a circuit "
+            "of Qiskit, pytket or Stim"
         )
 
     @classmethod
@@ -210,7 +207,8 @@ class Circuit(CircuitBase):
 
     @classmethod
     def from_core(cls, n: int, gates: Iterable[_core.Gate]) -> Circuit:
-        return cls(n, map(Gate.from_core, gates))
+        listed = _validate.items(gates, "gates", "gates of the core")
+        return cls(n, [Gate.from_core(gate) for gate in listed])
 
     def to_core(self) -> list[_core.Gate]:
         """The gates, barriers left out; other operations are refused."""

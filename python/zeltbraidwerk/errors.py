@@ -65,6 +65,10 @@ class ParityError(Error, ValueError):
     """Parities that cannot be read, or of unequal length."""
 
 
+class GraphError(Error, ValueError):
+    """A graph with directions, parallel edges or loops where a plain one is wanted."""
+
+
 class DeviceError(Error, ValueError):
     """Something that is no device, or an edge that joins no two of its qubits."""
 

@@ -22,9 +22,9 @@ class Parameter:
 
     Expressions are text in prefix notation with one blank between two tokens: a name as in
     ``"theta"`` or ``"theta[0]"``, a sum as in ``"+ a 0.5"``, or a negation as in ``"UMINUS a"``;
-    each operand is a name, a number or again an expression. Products, infix notation and text that
-    is no more than a number are refused. Sums of numbers are wrapped into the open interval from
-    -2 pi to 2 pi.
+    each operand is a name, a number or again an expression. Products, infix notation and text
+    without a name are refused. Sums of numbers are wrapped into the open interval from -2 pi to
+    2 pi.
 
     >>> Parameter(0.5) + 1.0
     Parameter(1.5)
@@ -98,21 +98,22 @@ def parameter(value: Any, name: str) -> Parameter:
 
 
 def _expression(text: str, name: str) -> str:
-    """The text as it is, where it is an expression."""
-    if _NUMBER.fullmatch(text.strip()):
-        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
-    missing = 1  # operands that are still to come
+    """The text as it is, where it is an expression with a name in it."""
+    missing, names = 1, 0  # operands that are still to come, and names so far
     for token in text.split(" "):
-        is_operand = _NAME.fullmatch(token) or _NUMBER.fullmatch(token)
-        if missing == 0 or not (token in _OPERANDS or is_operand):
+        is_name = token not in _OPERANDS and _NAME.fullmatch(token)
+        if missing == 0 or not (token in _OPERANDS or is_name or _NUMBER.fullmatch(token)):
             missing = -1
             break
         missing += _OPERANDS.get(token, 0) - 1
+        names += bool(is_name)
     if missing:
         raise errors.AngleError(
             f"{name}: got {_validate.shown(text)}, wanted an expression: a name as in 'theta', or "
             "prefix notation as in '+ a b', '+ 0.5 a' and 'UMINUS a'"
         )
+    if not names:
+        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
     return text
 
 
@@ -133,8 +134,11 @@ _INVERSES = {"S": "D-S", "D-S": "S"} | {
 
 def _listed(value: Any) -> Any:
     """One value alone in a tuple. Text is one value, and so is an array without a dimension."""
-    without_dimension = isinstance(value, np.ndarray) and value.ndim == 0
-    one = isinstance(value, str) or not isinstance(value, Iterable) or without_dimension
+    if type(value) in (tuple, list):
+        return value
+    if type(value) in (int, float, str, Parameter) or not isinstance(value, Iterable):
+        return (value,)
+    one = isinstance(value, str) or (isinstance(value, np.ndarray) and value.ndim == 0)
     return (value,) if one else value
 
 
@@ -243,6 +247,7 @@ class Gate:
 
     @classmethod
     def from_core(cls, gate: _core.Gate) -> Gate:
+        _validate.instance(gate, "gate", _core.Gate, "a gate of the core")
         return cls(gate.name, gate.qbits, [Parameter._wrap(p) for p in gate.params])
 
     def __eq__(self, other: object) -> bool:

@@ -29,8 +29,7 @@ class Register:
     size: int
 
     def __post_init__(self) -> None:
-        if not isinstance(self.name, str):
-            raise errors.DtypeError(f"name: got {self.name!r}, wanted a string")
+        _validate.instance(self.name, "name", str, "a string")
         if not self.name:
             raise errors.OptionError("name: got '', wanted a name for the register")
         _set(self, size=_validate.integer(self.size, "size", 0, 2**31 - 1))
@@ -160,12 +159,11 @@ class Conditional(Instruction):
     value: int = 1
 
     def __post_init__(self) -> None:
-        if not isinstance(self.operation, (Gate, Measure, Reset)):
-            raise errors.DtypeError(
-                f"operation: got {self.operation!r}, wanted a Gate, a Measure or a Reset"
-            )
+        kinds = (Gate, Measure, Reset)
+        _validate.instance(self.operation, "operation", kinds, "a Gate, a Measure or a Reset")
         given = self.bits if isinstance(self.bits, Iterable) else (self.bits,)
-        bits = tuple(_index(bit, "bits") for bit in given)
+        listed = _validate.items(given, "bits", "an integer or a list of integers")
+        bits = tuple([_index(bit, "bits") for bit in listed])
         if not bits or len(set(bits)) < len(bits):
             raise errors.BitError(f"bits: got {bits}, wanted one or more, none of them twice")
         value = _validate.integer(self.value, "value", 0, (1 << len(bits)) - 1)
@@ -214,7 +212,8 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
         if isinstance(operation, (Gate, Barrier)):
             continue
         if not isinstance(operation, Instruction):
-            raise errors.DtypeError(f"{name}: got {operation!r}, wanted a Gate")
+            got = _validate.shown(operation)
+            raise errors.DtypeError(f"{name}: got {got}, wanted a Gate")
         where = operation.where or f"operation {place}"
         last = not any(set(operation.qubits) & set(rest.qubits) for rest in listed[place + 1 :])
         ending = last and not isinstance(operation, Conditional)
@@ -233,12 +232,13 @@ def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register,
         return (Register("c", used),) if used else ()
     try:
         pairs = given.items() if isinstance(given, Mapping) else given
-        registers = tuple(r if isinstance(r, Register) else Register(*r) for r in pairs)
+        registers = tuple([r if isinstance(r, Register) else Register(*r) for r in pairs])
     except errors.Error as error:
         raise type(error)(f"classical: {error}") from None
     except TypeError:
+        got = _validate.shown(given)
         raise errors.DtypeError(
-            f"classical: got {given!r}, wanted registers or pairs of a name and a size"
+            f"classical: got {got}, wanted registers or pairs of a name and a size"
         ) from None
     names = [register.name for register in registers]
     if len(set(names)) < len(names):

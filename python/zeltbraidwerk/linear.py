@@ -129,7 +129,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(device=True)
     ('auto', 'row_column', 'steiner', 'search')
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)

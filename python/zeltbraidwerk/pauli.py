@@ -67,7 +67,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(device=True)
     ('auto', 'sets', 'search')
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 def synthesize(

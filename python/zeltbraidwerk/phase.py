@@ -53,7 +53,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(), methods(device=True)
     (('auto', 'gray', 'greedy', 'search'), ('auto', 'gray', 'search'))
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
@@ -204,6 +204,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     >>> polynomial_of(Circuit(2, gates))[0]
     {1: Parameter(0.5), 3: Parameter(0.25)}
     """
+    _validate.instance(circuit, "circuit", Circuit, "a Circuit")
     wires = [1 << wire for wire in range(circuit.n)]
     flipped = [False] * circuit.n
     terms: Terms = {}
