@@ -1,5 +1,6 @@
 """Circuits that hold measurements, resets, barriers and classically controlled gates."""
 
+import dataclasses
 import pickle
 import xml.etree.ElementTree as ET
 
@@ -21,6 +22,7 @@ from zeltbraidwerk import (
     clifford,
     errors,
     phase,
+    routing,
 )
 
 X, CNOT = Gate("X", 0), Gate.cnot(0, 1)
@@ -171,6 +173,8 @@ ENDING = Circuit(2, [CNOT, Measure(1, 0)])
         clifford.synthesize,
         clifford.synthesize_state,
         phase.polynomial_of,
+        routing.normalize,
+        routing.route_ions,
         lambda circuit: CnotCircuit.from_qasm(circuit.to_qasm(), reader="own"),
     ],
 )
@@ -183,6 +187,36 @@ def test_where_gates_alone_are_wanted(call):
     with pytest.raises(errors.NotUnitaryError, match="a classically controlled gate on qubit 1"):
         call(Circuit(2, [Conditional(CNOT, 0)]))
     call(Circuit(2, [Gate.cnot(0, 1), Barrier((0, 1)), Gate.cnot(0, 1)]))
+
+
+ROUTED = Circuit(
+    4,
+    [
+        Gate.cnot(0, 2), Measure(3, 2), Gate.rz(2, 0.3), Barrier((0, 1, 2)), Gate.cnot(2, 1),
+        Gate.h(0), Measure(0, 0), Barrier((0, 3)), Reset(2), Measure(2, 1),
+    ],
+    [("c", 2), ("d", 1)],
+)  # fmt: skip
+
+
+@pytest.mark.parametrize("size", [4, 6])
+def test_routing_takes_the_ending_along(size):
+    device = Device(size, [(k, k + 1) for k in range(1, size - 1)] + [(0, size - 1)])
+    result = routing.route(ROUTED, device, steps=0)
+    first, ending = result.circuit.split_ending()
+    assert first.operations == first.gates
+    assert ending == ROUTED.split_ending()[1].placed(result.placement, size)
+    assert result.entangling_count == sum(len(gate.qubits) > 1 for gate in first)
+    assert result.verify()
+    wrong = Circuit(size, [*first, *reversed(ending.operations)], ending.classical)
+    assert not dataclasses.replace(result, circuit=wrong).verify()
+    with pytest.raises(errors.OptionError, match=r"tail: got 'return' .* a measurement of qubit 3"):
+        routing.route(ROUTED, device, tail="return")
+    with pytest.raises(errors.NotUnitaryError, match="qubit 1 in the middle"):
+        routing.route(MIDDLE, Device.line(2))
+    gates = ROUTED.split_ending()[0]
+    assert routing.route(gates, device, tail="return").verify()
+    assert routing.normalize(gates).verify()
 
 
 @pytest.mark.parametrize(

@@ -258,7 +258,7 @@ def test_no_circuit(kind, thing):
         (kind.from_qiskit, f"circuit: got {name}, wanted a QuantumCircuit of qiskit"),
         (kind.from_pytket, f"circuit: got {name}, wanted a Circuit of pytket"),
         (kind.from_stim, f"circuit: got {name}, wanted a Circuit of stim"),
-        (Circuit.of, f"circuit: got {name}, wanted a Circuit"),
+        (Circuit.of, f"circuit: got {type(thing).__name__}, wanted a Circuit"),
     ):
         with pytest.raises(errors.DtypeError, match=wanted):
             read(thing)

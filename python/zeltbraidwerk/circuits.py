@@ -192,8 +192,8 @@ class Circuit(CircuitBase):
             if _validate.comes_from(source, kind):
                 return read(source)
         raise errors.DtypeError(
-            f"circuit: got {_validate.shown(source)}, wanted a Circuit, OpenQASM 2, or a circuit "
-            "of Qiskit, pytket or Stim"
+            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
+            "Qiskit, pytket or Stim"
         )
 
     @classmethod
@@ -297,6 +297,10 @@ class Circuit(CircuitBase):
             Circuit._trusted(self._n, first, self._classical),
             Circuit._trusted(self._n, ending, self._classical),
         )
+
+    def unitary(self) -> Circuit:
+        """The gates alone, barriers left out; other operations are refused."""
+        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")))
 
     def placed(self, qubits: Sequence[int], n: int) -> Circuit:
         """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""

@@ -60,7 +60,7 @@ class Instruction:
         def description(self) -> str:
             """Such as "a measurement of qubit 3", for the texts of errors."""
 
-    def placed(self, places: Sequence[int]) -> Self:
+    def _placed(self, places: Sequence[int]) -> Self:
         """The same on other qubits: what is on qubit q goes to ``places[q]``."""
         raise NotImplementedError
 
@@ -84,7 +84,7 @@ class Measure(Instruction):
     def bits(self) -> tuple[int, ...]:
         return (self.bit,)
 
-    def placed(self, places: Sequence[int]) -> Measure:
+    def _placed(self, places: Sequence[int]) -> Measure:
         return replace(self, qubit=places[self.qubit])
 
     @property
@@ -110,7 +110,7 @@ class Reset(Instruction):
     def qubits(self) -> tuple[int, ...]:
         return (self.qubit,)
 
-    def placed(self, places: Sequence[int]) -> Reset:
+    def _placed(self, places: Sequence[int]) -> Reset:
         return replace(self, qubit=places[self.qubit])
 
     @property
@@ -135,7 +135,7 @@ class Barrier(Instruction):
         if not self.qubits:
             raise errors.QubitError("qubits: got none, wanted one or more")
 
-    def placed(self, places: Sequence[int]) -> Barrier:
+    def _placed(self, places: Sequence[int]) -> Barrier:
         return replace(self, qubits=tuple(places[qubit] for qubit in self.qubits))
 
     @property
@@ -182,7 +182,7 @@ class Conditional(Instruction):
     def params(self) -> tuple[Parameter, ...]:  # type: ignore[override]
         return self.operation.params
 
-    def placed(self, places: Sequence[int]) -> Conditional:
+    def _placed(self, places: Sequence[int]) -> Conditional:
         return replace(self, operation=placed(self.operation, places))
 
     @property
@@ -202,7 +202,7 @@ def placed(operation: Any, places: Sequence[int]) -> Any:
     if isinstance(operation, Gate):
         qubits = tuple(places[qubit] for qubit in operation.qubits)
         return Gate._trusted(operation.name, qubits, operation.params)
-    return operation.placed(places)
+    return operation._placed(places)
 
 
 def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
