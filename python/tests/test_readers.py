@@ -172,6 +172,7 @@ BAD_PROGRAMS = [
     ("qreg q[1];\nrz(9^9^9) q[0];", "line 2: got the angle"),
     ("qreg q[1];\nrz(2 3) q[0];", "line 2: got the angle '2 3', wanted a number"),
     ("qreg q[2];\ncu(1,2,3,exp(999)) q[0],q[1];", "line 2: got the angle 'exp.999.'"),
+    ("qreg q[1];\nu0(exp(999)) q[0];", "line 2: got the angle 'exp.999.'"),
     ("qreg q[2];\ncp(2*1e308) q[0],q[1];", "line 2: got the angle"),
     ("qreg q[2];\ncu3(1,1e308,1e308) q[0],q[1];", "line 2: got an angle of cu3 that is no"),
     ("gate g(t) a { rz(1/t) a; }\nqreg q[1];\ng(0) q[0];", "line 3: got an angle of g"),

@@ -100,4 +100,7 @@ def read_gate(name: str, qubits: Sequence[int], angles: Sequence[float | Paramet
         raise errors.GateError(f"the gate {name} is not known")
     check_counts(gate, name, len(qubits), len(angles))
     numbers = [a if isinstance(a, Parameter) and a.is_symbolic else float(a) for a in angles]
+    for angle in numbers:
+        if isinstance(angle, float) and not math.isfinite(angle):
+            raise errors.AngleError(f"got the angle {angle} of {name}, wanted a finite number")
     return expanded(gate, qubits, numbers)
