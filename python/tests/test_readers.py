@@ -28,12 +28,18 @@ from zeltbraidwerk._header import table
 # --- OpenQASM 2 ---------------------------------------------------------------------------------
 
 
+def places(circuit):
+    """The lines that operations come from; gates keep none."""
+    return [getattr(item, "where", "") for item in circuit]
+
+
 @pytest.mark.parametrize("name", FILES)
 def test_programs_are_the_same_by_both_readers(name):
     pytest.importorskip("qiskit")
     own = Circuit.from_qasm(FILES[name], reader="own")
     assert Circuit.from_qasm(FILES[name], reader="qiskit") == own
     assert Circuit.from_qasm(FILES[name]) == own
+    assert places(Circuit.from_qasm(FILES[name])) == places(own)
     again = Circuit.from_qasm(own.to_qasm(), reader="own")
     assert again.operations == own.operations
     assert again.classical == own.classical
@@ -145,6 +151,7 @@ def test_random_programs_are_the_same_by_both_readers(text):
         except errors.Error:  # a division by zero
             found.append(None)
     assert found[0] == found[1]
+    assert places(found[0] or ()) == places(found[1] or ())
     # Qiskit looks at the numbers of definitions that are not used as well.
     assert found[2] is None or found[2] == found[0]
 

@@ -94,6 +94,7 @@ MORE = (
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What a reader with a stack of its own might not survive: long expressions, large registers.
 _STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}")
+_TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
 _SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
 _MOST_BROADCAST = 1_000_000  # bits of all registers times statements
 _MOST_INNER = 20_000  # a second or two
@@ -136,4 +137,6 @@ def _by_qiskit(text: str) -> Read:
         circuit = qasm2.loads(text, include_path=(), custom_instructions=instructions)
     except (qasm2.QASM2ParseError, _interop._package("qiskit.circuit").CircuitError) as error:
         raise errors.QasmError(str(error)) from None
-    return _interop_qiskit.read(circuit, _MOST_INNER)
+    lines = _qasm.lines_of(text) if _TELLS_PLACE.search(text) else []
+    known = lines if len(lines) == len(circuit.data) else None
+    return _interop_qiskit.read(circuit, _MOST_INNER, known)

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Mapping
+from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
 from typing import TYPE_CHECKING, Any
 
@@ -66,10 +66,13 @@ def _tests(
 _STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}  # their names of gates of ours
 
 
-def read(circuit: Any, most_inner: int = MOST_OPERATIONS) -> Read:
-    """``most_inner`` bounds the instructions within definitions, which take long to unfold."""
+def read(
+    circuit: Any, most_inner: int = MOST_OPERATIONS, lines: Sequence[int] | None = None
+) -> Read:
+    """``most_inner`` bounds the instructions within definitions, which take long to unfold;
+    ``lines`` are those that the instructions were read from."""
     _reading.wanted(circuit, "qiskit", "QuantumCircuit")
-    reader = _Reader(most_inner)
+    reader = _Reader(most_inner, lines)
     bits = {bit: place for place, bit in enumerate(circuit.clbits)}
     reader.block(circuit, range(circuit.num_qubits), range(len(bits)), None, None)
     return circuit.num_qubits, reader.reading.operations, _registers(circuit, bits)
@@ -103,7 +106,8 @@ def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
 
 
 class _Reader:
-    def __init__(self, most_inner: int) -> None:
+    def __init__(self, most_inner: int, lines: Sequence[int] | None) -> None:
+        self._lines = lines
         self.reading = Reading()
         self._inner = 0
         self._most_inner = most_inner
@@ -118,7 +122,9 @@ class _Reader:
         targets = dict(zip(circuit.clbits, bits, strict=True))
         known = table()
         for place, instruction in enumerate(circuit.data):
-            here = where or f"instruction {place}"
+            here = where or (
+                f"line {self._lines[place]}" if self._lines else f"instruction {place}"
+            )
             on = tuple([wires[qubit] for qubit in instruction.qubits])
             self._inner += depth > 0
             if self._inner > self._most_inner:

@@ -30,6 +30,7 @@ _COMMENT = re.compile(r'"[^"\n]*"|//[^\n]*|/\*.*?(?:\*/|\Z)', re.DOTALL)
 _PIECE = re.compile(r"([^;{}]*)([;{}]|\Z)")
 _REGISTER = re.compile(r"([qc])reg\s+([A-Za-z_]\w*)\s*\[\s*(\d+)\s*\]", re.ASCII)
 _OPERAND = re.compile(r"([A-Za-z_]\w*)\s*(?:\[\s*(\d+)\s*\])?", re.ASCII)
+_NAMED = re.compile(r"([A-Za-z_]\w*)\s*(\[[^]]*\])?", re.ASCII)
 _VERSION = re.compile(r"OPENQASM\s+(\S+)")
 _INCLUDE = re.compile(r"""include\s*(["'])(.*)\1""")
 _IF = re.compile(r"if\s*\(\s*([A-Za-z_]\w*)\s*==\s*(\d+)\s*\)\s*(.+)", re.ASCII | re.DOTALL)
@@ -64,6 +65,26 @@ def read(text: str) -> tuple[int, list[Operation], list[Register]]:
     if not reader.seen:
         raise QasmError("got no statement, wanted OpenQASM 2")
     return reader.qubits, reader.reading.operations, reader.registers
+
+
+def lines_of(text: str) -> list[int]:
+    """The lines of the operations of a program that is right, each one as often as its registers
+    make it."""
+    sizes: dict[str, int] = {}
+    lines: list[int] = []
+    for line, statement, body in _statements(text):
+        word = re.match(r"\w*", statement)[0]  # type: ignore[index]
+        if register := _REGISTER.fullmatch(statement):
+            sizes[register[2]] = int(register[3])
+        elif word == "barrier":
+            lines.append(line)
+        elif body is None and word not in ("OPENQASM", "include", "opaque"):
+            if condition := _IF.fullmatch(statement):
+                statement = condition[3]
+            operands = re.sub(r"^\w+\s*(\(.*\))?", "", statement, flags=re.DOTALL)
+            bare = [sizes[name] for name, place in _NAMED.findall(operands) if not place]
+            lines += [line] * (max(bare) if bare else 1)
+    return lines
 
 
 Body = list[tuple[int, str]] | None
