@@ -92,8 +92,8 @@ MORE = (
     "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
 )  # fmt: skip
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
-# What a reader with a stack of its own might not survive: long expressions, large registers.
-_STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}")
+# What a compiled reader might not survive: long expressions, large registers and numbers.
+_STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}|==\s*\d{9}|OPENQASM\s+[^;\s]{9}")
 _TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
 _SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
 _MOST_BROADCAST = 1_000_000  # bits of all registers times statements
@@ -135,8 +135,10 @@ def _by_qiskit(text: str) -> Read:
     instructions = _interop_qiskit.custom_instructions(names - set(_DECLARED.findall(text)))
     try:
         circuit = qasm2.loads(text, include_path=(), custom_instructions=instructions)
-    except (qasm2.QASM2ParseError, _interop._package("qiskit.circuit").CircuitError) as error:
-        raise errors.QasmError(str(error)) from None
+    except BaseException as error:  # also TypeError for "U q;", and panics, which are no Exception
+        if isinstance(error, Exception) or type(error).__name__ == "PanicException":
+            raise errors.QasmError(str(error)) from None
+        raise
     lines = _qasm.lines_of(text) if _TELLS_PLACE.search(text) else []
     known = lines if len(lines) == len(circuit.data) else None
     return _interop_qiskit.read(circuit, _MOST_INNER, known)

@@ -156,7 +156,7 @@ class _Reader:
 
     def _version(self, text: str) -> None:
         match = _VERSION.fullmatch(text)
-        if not match or match[1] not in ("2", "2.0"):
+        if not match or not re.fullmatch(r"0*2(\.0*)?", match[1]):
             found = short(match[1] if match else text)
             raise QasmError(f"got version {found} of OpenQASM, wanted 2.0")
         if self.seen > 1:
