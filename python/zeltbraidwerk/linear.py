@@ -330,11 +330,14 @@ def _sites(
 
 def _takers(on_device: bool) -> dict[str, tuple[str, ...]]:
     """The methods that take each option that not all of them take."""
-    elsewhere = " without a device" if on_device else ""
     takers = {
-        option: tuple(name + elsewhere for name, each in _METHODS.items() if option in each.options)
+        option: tuple(name for name, each in _METHODS.items() if option in each.options)
         for option in ("section", "width", "lookahead")
     }
+    if on_device:  # none of these works there
+        takers = {
+            option: (f"{', '.join(names)} without a device",) for option, names in takers.items()
+        }
     takers["reach"] = ("search" if on_device else "search on a device",)
     return takers | {"steps": ("auto", "search")}
 
