@@ -67,7 +67,7 @@ class Instruction:
 
 @dataclass(frozen=True)
 class Measure(Instruction):
-    """A measurement of Z on ``qubit``: ``bit`` is 0 for |0> and 1 for |1>."""
+    """A measurement of Z on ``qubit``: ``bit`` becomes 0 for ``|0>`` and 1 for ``|1>``."""
 
     name: ClassVar[str] = "measure"
     qubit: int
@@ -97,7 +97,7 @@ class Measure(Instruction):
 
 @dataclass(frozen=True)
 class Reset(Instruction):
-    """Puts ``qubit`` into |0>, whatever it was."""
+    """Puts ``qubit`` into ``|0>``, whatever it was."""
 
     name: ClassVar[str] = "reset"
     bits: ClassVar[tuple[int, ...]] = ()
