@@ -247,7 +247,7 @@ LONG = "qreg q[9];" + 40 * LAYER
         (lambda: routing.route(T3, Device.line(3), budget=0), errors.OptionError, "budget"),
         (lambda: routing.route(3, Device.line(3)), errors.DtypeError, "circuit: got int"),
         (lambda: routing.normalize("qreg q[1]; foo q[0];"), errors.QasmError, "foo is not known"),
-        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.GateError, "got 0 for RZ"),
+        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.QasmError, "0 angles for rz"),
         (
             lambda: routing.normalize(Circuit(2, [Gate("XX", (0, 1), (PI / 2, 2))])),
             errors.GateError,

@@ -20,6 +20,7 @@ from zeltbraidwerk._operators import CliffordSynthesis, methods, synthesize
 from zeltbraidwerk._states import StateSynthesis, synthesize_state
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import gates_alone
 
 if TYPE_CHECKING:
     import stim
@@ -85,8 +86,8 @@ class CliffordTableau:
             raise errors.ShapeError(f"gates: got {gates.n} qubits, wanted {self.n}")
         result = self.to_core()
         listed = (gates,) if isinstance(gates, Gate) else gates
-        for gate in _validate.items(listed, "gates", "a Gate, a list of them or a circuit"):
-            _validate.instance(gate, "gates", Gate, "a Gate")
+        items = _validate.items(listed, "gates", "a Gate, a list of them or a circuit")
+        for gate in gates_alone(items, "gates"):
             _validate.qubits_below(gate.qubits, self.n, "gates")
             if any(param.is_symbolic for param in gate.params):
                 raise errors.NotCliffordError(f"gates: got {gate}, wanted a numeric angle")
@@ -158,9 +159,8 @@ class CliffordTableau:
             raise errors.DtypeError(
                 f"tableau: got {_validate.shown(tableau)}, wanted a tableau of Stim"
             )
-        n, operations = _interop.from_stim(tableau.to_circuit())
-        gates = [Gate(*operation) for operation in operations]
-        return cls(max(n, len(tableau))).apply(gates)
+        circuit = Circuit.from_stim(tableau.to_circuit())
+        return cls(max(circuit.n, len(tableau))).apply(circuit.gates)
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, CliffordTableau):

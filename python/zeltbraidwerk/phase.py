@@ -28,6 +28,7 @@ from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter, parameter
+from zeltbraidwerk.instructions import gates_alone
 
 __all__ = ["PhaseSynthesis", "methods", "polynomial_of", "synthesize"]
 
@@ -208,7 +209,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     flipped = [False] * circuit.n
     terms: Terms = {}
     fixed = {"Z": np.pi, "S": np.pi / 2, "D-S": -np.pi / 2}
-    for gate in circuit:
+    for gate in gates_alone(circuit, "circuit"):
         wire = gate.qubits[-1]
         if gate.name == "CNOT":
             wires[wire] ^= wires[gate.qubits[0]]

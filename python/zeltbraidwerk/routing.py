@@ -27,6 +27,7 @@ from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.instructions import Barrier, gates_alone
 from zeltbraidwerk.linear import Objective
 
 __all__ = ["NormalForm", "Routing", "normalize", "route", "route_ions"]
@@ -46,7 +47,9 @@ def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads. Clifford gates, and rotations by
     0, pi/2 and pi with either sign, pass to the end; angles may be symbolic. With ``merge``,
     rotations about the same string are added where others let them meet, and sums that have become
-    Clifford pass to the end as well.
+    Clifford pass to the end as well. Barriers are left out; a circuit that holds measurements,
+    resets or conditions is refused: :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at
+    its end.
 
     >>> normalize("qreg q[2]; h q[0]; rz(0.5) q[0]; cx q[0],q[1]; rz(0.25) q[1];").blocks
     ((('XI', Parameter(0.5)), ('XZ', Parameter(0.25))),)
@@ -90,6 +93,10 @@ def route(
     is the identity. With ``tail="return"`` the circuit is shorter and has to be followed by
     ``result.tail``; ``result.absorb`` and ``result.readout`` take that into what is measured.
 
+    Measurements and resets that end the circuit go along, each to the qubit that its qubit is
+    placed on; with ``tail="return"``, and elsewhere in the circuit, they are refused. Barriers
+    before them are left out.
+
     ``depth`` is how many rotations ahead the choice of a root looks: each level makes the work
     longer by the number of qubits of a rotation. ``objective`` is what that choice weighs, "count"
     or "depth" of CNOTs. ``budget`` is in seconds; a run that does not end in it raises
@@ -107,14 +114,18 @@ def route(
         raise errors.OptionError(f"steps: got {got}, wanted None where no tail is closed")
     effort = _CLOSING_STEPS if steps is None else _validate.integer(steps, "steps", 0, 2**63 - 1)
     ground = Device.of(device)
-    source = _read(circuit)
+    whole = Circuit.of(circuit)
+    first, ending = whole.split_ending()
+    source = _read(first)
+    if tail == "return":
+        _refuse_ending(ending)
     site = Site.of(ground, source.n)
     if limit is None:
         _refuse_endless(source, levels)
     graph = site.graph()
     kernel = partial(_core._routed, source.to_core(), graph, levels, objective == "depth")
     gates, frame = _run(kernel, limit)
-    left = _result(source, gates, frame, start, site)
+    left = _result(whole, gates, frame, start, site)
     if tail == "return":
         return left
     rest = None if limit is None else max(limit - (time.perf_counter() - start), _SHORTEST)
@@ -154,13 +165,25 @@ def route_ions(
 
 
 def _read(circuit: Any) -> Circuit:
+    """Gates alone, barriers left out."""
     source = Circuit.of(circuit)
-    for gate in source:
+    gates = gates_alone(source, "circuit")
+    for gate in gates:
         if gate.name in _NO_NORMAL_FORM:
             raise errors.GateError(
                 f"circuit: got {gate}, wanted Clifford gates on at most two qubits and rotations"
             )
-    return source
+    return source if len(gates) == len(source) else source.unitary()
+
+
+def _refuse_ending(ending: Circuit) -> None:
+    for operation in ending:
+        if not isinstance(operation, Barrier):
+            raise errors.OptionError(
+                f"tail: got 'return' for a circuit that ends with {operation.description}, which "
+                "would come before the tail; wanted 'close', or circuit.split_ending()[0] and "
+                "result.readout"
+            )
 
 
 def _error_rates(shelving: Any) -> tuple[float, float]:
@@ -244,9 +267,12 @@ def _closed(
 
     def by(closing: _operators.CliffordSynthesis) -> Routing:
         tail = placed(closing.circuit, site.qubits, left.n)
+        ending = placed(left.source.split_ending()[1], site.qubits, left.n)
         return replace(
             left,
-            circuit=Circuit._trusted(left.n, left.circuit.gates + tail.gates),
+            circuit=Circuit._trusted(
+                left.n, left.circuit.gates + tail.gates + ending.operations, ending.classical
+            ),
             tail=CliffordTableau(left.n),
             seconds=left.seconds + time.perf_counter() - start,
             _rotates=_validate.frozen(np.pad(left._rotates, (0, len(tail)))),
