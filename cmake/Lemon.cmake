@@ -3,7 +3,17 @@
 # Three of them call std::allocator<T>::construct and destroy, which C++20 removed, or declare a
 # conversion to a const value, which clang rejects. They are rewritten into the build tree, in
 # front of the system's folder. Nothing is linked: lemon::INVALID comes from the headers.
-find_package(lemon CONFIG REQUIRED)
+find_package(lemon CONFIG QUIET)
+if(NOT lemon_FOUND)
+  message(FATAL_ERROR "The headers of LEMON 1.3 are missing: apt-get install liblemon-dev")
+endif()
+# As object code LEMON asks for no copy of its licence; it goes along where its package left one.
+find_file(ZELTBRAIDWERK_LEMON_LICENCE NAMES copyright LICENSE NO_DEFAULT_PATH
+  PATHS "${LEMON_INCLUDE_DIR}/../share/doc" PATH_SUFFIXES liblemon-dev lemon)
+mark_as_advanced(ZELTBRAIDWERK_LEMON_LICENCE)
+if(ZELTBRAIDWERK_LEMON_LICENCE)
+  zeltbraidwerk_licence(lemon "${ZELTBRAIDWERK_LEMON_LICENCE}")
+endif()
 
 block()
   set(overlay "${CMAKE_CURRENT_BINARY_DIR}/lemon_overlay")

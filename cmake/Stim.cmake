@@ -1,7 +1,13 @@
 # zeltbraidwerk_stim: the part of Stim that is used here (circuits, tableaus and the conversions
 # between them), built from its pinned and hashed source distribution as a hidden static library.
-# Sets ZELTBRAIDWERK_HAS_STIM; without Stim everything else still builds.
-set(ZELTBRAIDWERK_WITH_STIM AUTO CACHE STRING "Build with Stim: AUTO (if it can be had), ON or OFF")
+# Sets ZELTBRAIDWERK_HAS_STIM; without Stim everything else still builds. A wheel lacks nothing in
+# silence: there Stim must be had unless it is switched off.
+if(SKBUILD)
+  set(zeltbraidwerk_with_stim ON)
+else()
+  set(zeltbraidwerk_with_stim AUTO)
+endif()
+set(ZELTBRAIDWERK_WITH_STIM ${zeltbraidwerk_with_stim} CACHE STRING "Build with Stim: AUTO (if it can be had), ON or OFF")
 set_property(CACHE ZELTBRAIDWERK_WITH_STIM PROPERTY STRINGS AUTO ON OFF)
 set(ZELTBRAIDWERK_STIM_SDIST "" CACHE FILEPATH
   "Stim's source distribution, already downloaded (empty: pip fetches it)")
@@ -86,6 +92,7 @@ if(NOT stim_source)
   return()
 endif()
 set(ZELTBRAIDWERK_HAS_STIM ON)
+zeltbraidwerk_licence(stim "${stim_source}/../LICENSE")
 
 set(stim_files
   circuit/circuit.cc

@@ -1,5 +1,8 @@
 """The demo's answers to good and bad files, and the inputs that it builds by itself."""
 
+import re
+import time
+
 import numpy as np
 import pytest
 
@@ -61,6 +64,17 @@ def test_good_file_is_synthesised_verified_and_drawn(given, tmp_path, content):
     assert "pmh" in out
     assert " NO" not in out
     assert (tmp_path / "demo.svg").read_text().lstrip().startswith("<svg")
+
+
+def test_search_on_a_device_takes_seconds_and_tells_how_far_it_is(tmp_path, capsys):
+    screen = demo.Screen()
+    screen.live = True
+    start = time.process_time()
+    assert demo.device_section(screen, None, tmp_path / "demo.svg")
+    assert time.process_time() - start < 15
+    found = re.findall(r"\r\033\[Ksearch \.\.\. (\d+) CNOTs so far", capsys.readouterr().out)
+    assert len(found) > 1
+    assert sorted(found, key=int, reverse=True) == found
 
 
 def test_replay_finds_a_wrong_circuit():

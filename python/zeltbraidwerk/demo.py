@@ -26,8 +26,13 @@ from zeltbraidwerk.linear import LinearSynthesis
 
 SMALL = np.array([[1, 0, 1, 0], [1, 1, 0, 0], [0, 1, 1, 1], [1, 1, 1, 1]], dtype=bool)
 DRAWN_WIRES = 8  # what a terminal shows well
-RUNS: dict[str, Any] = {"restarts": 20, "budget": 2.0}  # of one method
-AUTO: dict[str, Any] = {"restarts": 1000, "budget": 3.0, "jobs": None}
+RUNS: dict[str, Any] = {"restarts": 20, "budget": 1.0}  # of one method
+AUTO: dict[str, Any] = {"restarts": 1000, "budget": 2.0, "jobs": None}
+DEVICE_RUNS: dict[str, dict[str, Any]] = {  # where it is not one run of each method
+    "steiner": {"restarts": 200},
+    "row_column": {"restarts": 200},
+    "search": {"steps": 200_000},
+}
 
 
 class InputError(Exception):
@@ -54,6 +59,11 @@ class Screen:
     def progress(self, text: str) -> None:
         if self.live:
             print(f"\r\033[K{self.style(text, '2')}", end="", flush=True)
+
+    def counting(self, name: str, unit: str) -> Callable[[int], None]:
+        """Shows that ``name`` is at work; what it returns shows the best found so far."""
+        self.progress(f"{name} ...")
+        return lambda best: self.progress(f"{name} ... {best} {unit} so far")
 
     def table(self, heads: Sequence[str], rows: Iterable[Sequence[str]]) -> None:
         """Prints rows as they come, each over the progress line that led to it."""
@@ -122,17 +132,17 @@ def device_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> b
     matrix = gallery.cipher_layers()["aes_small_scale"]
     device = zb.Device.grid(4, 4)
     screen.title("MixColumns of small-scale AES, 16 qubits, on a 4 x 4 grid")
-    screen.note("Every CNOT joins two neighbours, every output is in its place. 200 runs each.")
+    screen.note("Every CNOT joins two neighbours, every output is in its place.")
     right: list[bool] = []
     best: CnotCircuit | None = None
 
     def rows() -> Iterator[tuple[str, ...]]:
         nonlocal best
         for method in zb.linear.methods(device=True):
-            screen.progress(f"{method} ...")
             result = zb.linear.synthesize(
-                matrix, device=device, method=method, restarts=200, seed=1
-            )
+                matrix, device=device, method=method, seed=1,
+                progress=screen.counting(method, "CNOTs"), **DEVICE_RUNS.get(method, {}),
+            )  # fmt: skip
             replayed = _replay(result.circuit, result.permutation) == _as_ints(matrix)
             right.append(replayed and all(_joined(device, *pair) for pair in result.circuit))
             if best is None or result.count < best.count:
@@ -159,9 +169,9 @@ def phase_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
         grid = zb.Device.grid(3, 4)
         runs = [(method, None) for method in zb.phase.methods()] + [("auto, 3 x 4 grid", grid)]
         for name, device in runs:
-            screen.progress(f"{name} ...")
             result = zb.phase.synthesize(
                 terms, n=original.n, method=name.partition(",")[0], device=device,
+                progress=screen.counting(name, "CNOTs"),
                 restarts=200 if name in ("gray", "greedy") else None, seed=1,
             )  # fmt: skip
             again, left = zb.phase.polynomial_of(result.circuit)
@@ -181,7 +191,9 @@ def pauli_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
     right = _every_method(
         screen,
         zb.pauli.methods(),
-        lambda name: zb.pauli.synthesize(ansatz, method=name, order="free", seed=1),
+        lambda name, progress: zb.pauli.synthesize(
+            ansatz, method=name, order="free", seed=1, progress=progress
+        ),
     )
     left_open = zb.pauli.synthesize(ansatz, method="greedy", order="free", tail="return", seed=1)
     observable = "Z" * left_open.n
@@ -199,7 +211,9 @@ def graph_state_section(screen: Screen, matrix: BoolArray | None, picture: Path)
     return _every_method(
         screen,
         zb.graph_state.methods(),
-        lambda name: zb.graph_state.synthesize(graph, method=name, seed=1),
+        lambda name, progress: zb.graph_state.synthesize(
+            graph, method=name, seed=1, progress=progress
+        ),
     )
 
 
@@ -217,12 +231,14 @@ def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
 
     def rows() -> Iterator[tuple[str, ...]]:
         yield "anywhere", str(original.two_qubit_count), str(original.two_qubit_depth), "-", "-"
-        for name, result in (
-            ("handed back", zb.routing.route(original, device, tail="return")),
-            ("one step ahead", best),
-            ("closed", zb.routing.route(original, device)),
-            ("ions, global gates", zb.routing.route_ions(original)),
+        for name, routed in (
+            ("handed back", lambda: zb.routing.route(original, device, tail="return")),
+            ("one step ahead", lambda: best),
+            ("closed", lambda: zb.routing.route(original, device)),
+            ("ions, global gates", lambda: zb.routing.route_ions(original)),
         ):
+            screen.progress(f"{name} ...")
+            result = routed()
             right.append(result.verify())
             count = result.entangling_count
             yield _row(name, count, result.depth, result.seconds, right[-1])
@@ -262,15 +278,16 @@ def records_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
 
 
 def _every_method(
-    screen: Screen, methods: Sequence[str], synthesised: Callable[[str], Any]
+    screen: Screen,
+    methods: Sequence[str],
+    synthesised: Callable[[str, Callable[[int], None]], Any],
 ) -> bool:
     """A table of results that verify themselves, the best last; True when each is right."""
     right: list[bool] = []
 
     def rows() -> Iterator[tuple[str, ...]]:
         for method in [*methods[1:], methods[0]]:
-            screen.progress(f"{method} ...")
-            result = synthesised(method)
+            result = synthesised(method, screen.counting(method, "gates"))
             right.append(result.verify())
             yield _row(method, result.count, result.depth, result.seconds, right[-1])
 
@@ -351,15 +368,11 @@ def _synthesised(
     screen: Screen, matrix: BoolArray, method: str, options: dict[str, Any]
 ) -> LinearSynthesis | None:
     """None when no run ended in its time."""
-    screen.progress(f"{method} ...")
-
-    def progress(best: int) -> None:
-        screen.progress(f"{method} ... {best} CNOTs so far")
-
     try:
         return zb.linear.synthesize(
-            matrix, method=method, permutation="free", seed=1, progress=progress, **options
-        )
+            matrix, method=method, permutation="free", seed=1,
+            progress=screen.counting(method, "CNOTs"), **options,
+        )  # fmt: skip
     except UnfinishedError:
         return None
 

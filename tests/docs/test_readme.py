@@ -1,6 +1,5 @@
 """What the README shows is what happens: its examples run, its commands and files are there."""
 
-import doctest
 import re
 import runpy
 import sys
@@ -8,6 +7,7 @@ import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 import pytest
+from examples import failures
 
 ROOT = Path(__file__).parents[2]
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
@@ -15,17 +15,17 @@ PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
 def test_python_examples(page):
-    failed, _ = doctest.testfile(
-        str(page),
-        module_relative=False,
-        optionflags=doctest.ELLIPSIS | doctest.NORMALIZE_WHITESPACE,
-    )
-    assert failed == 0
+    assert failures(str(page)) == 0
 
 
 def test_cpp_example_is_the_compiled_file():
     blocks = re.findall(r"```cpp\n(.*?)```", PAGES[0].read_text(encoding="utf-8"), re.DOTALL)
     assert blocks == [(ROOT / "examples" / "quickstart.cpp").read_text(encoding="utf-8")]
+
+
+def test_cmake_example_is_what_the_consumer_test_builds():
+    (block,) = re.findall(r"```cmake\n(.*?)```", PAGES[0].read_text(encoding="utf-8"), re.DOTALL)
+    assert block in (ROOT / "tests" / "consumer" / "CMakeLists.txt").read_text(encoding="utf-8")
 
 
 def test_commands_and_links_lead_somewhere():
