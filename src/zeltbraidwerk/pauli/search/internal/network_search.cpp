@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <numeric>
 #include <optional>
 #include <stdexcept>
@@ -8,7 +10,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
-#include "zeltbraidwerk/pauli/search/internal/diagonal_network.h"
+#include "zeltbraidwerk/pauli/search/internal/diagonal_blocks.h"
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
@@ -35,25 +37,29 @@ class NetworkSearch {
   NetworkSearch(const Rotations& rotations, const NetworkOptions& options, const Effort& effort)
       : rotations_(rotations),
         options_(options),
-        meter_(effort),
+        effort_(effort),
+        meter_(effort_),
         rng_(options.seed, options.stream),
         plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
                qubits()),
         given_(rotations.frame, rows(false)),
-        sorted_(rotations.frame, rows(true)) {}
+        sorted_(rotations.frame, rows(true)),
+        blocks_(given_, options.in_order) {}
 
   NetworkResult run() {
-    run_greedily();
-    run_ladders();
-    for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
-      walk(cycle);
-      if (is_long()) run_relays(cycle);
-      run_beams(cycle);
-    }
+    search();
     return result();
   }
 
+  /// Whether the end is open in name only: blocks of a list in layers are closed for the single
+  /// letters that follow them.
+  bool is_closed_anyhow() const {
+    return options_.end == NetworkEnd::open && blocks_.are_large() && blocks_.count() > 0 &&
+           !blocks_.is_last(blocks_.count() - 1) && (options_.by_depth || blocks_.count() > 1);
+  }
+
  private:
+  void search();
   int qubits() const { return rotations_.frame.qubits(); }
   /// So long that a relay of greedy runs does better than most beams.
   bool is_long() const { return given_.count() >= 300; }
@@ -67,8 +73,12 @@ class NetworkSearch {
 
   void run_greedily();
   void run_ladders();
+  void play_ladders(const std::vector<RotationGroup>& groups, bool shallow);
+  Effort share_with_blocks();
+  Network run_blocks(const Effort& effort);
+  PlacedEvents search_block(std::size_t block, const Effort& effort) const;
   void run_beams(int cycle);
-  void walk(int cycle);
+  void walk(int cycle, bool by_layers);
   void run_relays(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
   std::vector<Gate> random_prefix();
@@ -77,20 +87,37 @@ class NetworkSearch {
   Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
   Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                  std::uint64_t steps);
+  int size(const Network& n) const { return options_.by_depth ? n.depth : n.count; }
+  void keep_first(Network network);
   void keep(Network network);
   NetworkResult result() const;
 
   const Rotations& rotations_;
   NetworkOptions options_;
+  Effort effort_;
   Meter meter_;
   Rng rng_;
   NetworkPlans plans_;
   RotationList given_;
   RotationList sorted_;
-  int first_ = 0;                   // gates of the best of the runs that are always made
-  std::optional<Network> best_;     // of fewest gates: the search goes on from it
-  std::optional<Network> shallow_;  // of fewest layers
+  DiagonalBlocks blocks_;
+  int first_ = std::numeric_limits<int>::max();  // size of the best run that is always made
+  std::optional<Network> best_;                  // of fewest gates: the search goes on from it
+  std::optional<Network> shallow_;               // of fewest layers
 };
+
+void NetworkSearch::search() {
+  run_greedily();
+  run_ladders();
+  const Effort effort_of_blocks = share_with_blocks();
+  for (int cycle = 0; best_->count > 0 && effort_.steps > 0 && meter_.step(); ++cycle) {
+    walk(cycle, false);
+    if (options_.by_depth && !meter_.ended()) walk(cycle, true);
+    if (is_long()) run_relays(cycle);
+    run_beams(cycle);
+  }
+  if (effort_of_blocks.steps > 0) run_blocks(effort_of_blocks);
+}
 
 /// Those that turn anything.
 std::vector<int> NetworkSearch::rows(bool sorted) const {
@@ -127,23 +154,98 @@ void NetworkSearch::run_greedily() {
     }
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
-    keep(std::move(network));
-    if (runs <= always) first_ = best_->count;
+    runs <= always ? keep_first(std::move(network)) : keep(std::move(network));
   }
 }
 
-/// So that no list costs more than one rotation after the other, which is hard to beat where
-/// strings are light. Where they are not, ladders are not worth the time.
+/// So that no list costs more than its rotations in groups, one after the other, which is hard to
+/// beat where strings are light; nor has more layers than a colouring of the groups.
 void NetworkSearch::run_ladders() {
-  const std::vector<Gate> gates = ladders(given_, options_.graph);
-  if (static_cast<std::size_t>(first_) < gates.size() / 2) return;
-  NetworkProblem problem(given_, options_.in_order, plans_.first()[0].settings, options_.graph,
+  std::vector<RotationGroup> groups;
+  if (options_.graph == nullptr) {
+    groups = groups_of(given_, options_.in_order);
+  } else {
+    for (int row = 0; row < given_.count(); ++row) groups.push_back({row});
+  }
+  play_ladders(groups, false);
+  if (options_.by_depth && options_.graph == nullptr) {
+    play_ladders(by_layers(given_, std::move(groups), options_.in_order), true);
+  }
+}
+
+void NetworkSearch::play_ladders(const std::vector<RotationGroup>& groups, bool shallow) {
+  const std::vector<Gate> gates =
+      ladders(given_, groups, options_.in_order, options_.graph, shallow);
+  // Where strings are heavy, ladders are not worth the time.
+  if (!options_.by_depth && static_cast<std::size_t>(first_) < gates.size() / 2) return;
+  std::vector<int> order;
+  for (const RotationGroup& group : groups) {
+    for (const int row : group) order.push_back(given_.number(row));
+  }
+  const RotationList grouped(rotations_.frame, std::move(order));
+  NetworkProblem problem(grouped, options_.in_order, plans_.first()[0].settings, options_.graph,
                          rng_);
   std::vector<NetworkEvent> events;
   NetworkState state = problem.start(&events);
   for (const Gate& gate : gates) problem.play(state, gate, &events);
   cancel_pairs(events);
-  keep(closed(events, state.frame, 0));
+  keep_first(closed(events, state.frame, 0));
+}
+
+/// Takes from the effort what the search of the blocks gets: all where there is one block, or where
+/// they take hardly more gates to begin with, as they gain more by it than other ways; none where
+/// they take many more, half of it otherwise. Only runs that are made with any effort decide.
+Effort NetworkSearch::share_with_blocks() {
+  Effort share = effort_;
+  share.steps = 0;
+  if (blocks_.count() == 0 || !blocks_.are_large()) return share;
+  const int own = size(run_blocks(share));
+  // Layers of several blocks do not add up: more effort for each could make more of them.
+  if (options_.by_depth && blocks_.count() > 1) return share;
+  if (options_.by_depth ? own <= first_ : blocks_.count() == 1 || own <= 1.1 * first_) {
+    share.steps = std::exchange(effort_.steps, 0);
+  } else if (own <= 1.25 * first_) {
+    share.steps = effort_.steps / 2;
+    effort_.steps -= share.steps;
+    if (effort_.control.deadline) {
+      const auto now = Control::Clock::now();
+      effort_.control.deadline = now + (*effort_.control.deadline - now) / 2;
+    }
+  }
+  return share;
+}
+
+/// As it is kept.
+Network NetworkSearch::run_blocks(const Effort& effort) {
+  PlacedEvents all = blocks_.search(
+      [this](std::size_t block, const Effort& share) { return search_block(block, share); },
+      effort);
+  Network network = measured(std::move(all.events), std::move(all.wires));
+  keep(network);
+  return network;
+}
+
+PlacedEvents NetworkSearch::search_block(std::size_t block, const Effort& effort) const {
+  NetworkOptions options = options_;
+  options.in_order = false;
+  // In place, so that an open end is never longer than a closed one; and on a device the next block
+  // needs its qubits where they were.
+  if (!blocks_.is_last(block) && (options.end == NetworkEnd::open || options.graph != nullptr)) {
+    options.end = NetworkEnd::closed;
+  }
+  std::vector<int> parities = blocks_.parities_of(block);
+  if (blocks_.are_all() && !options_.in_order) {
+    std::ranges::sort(parities);
+    return search_parity_network(blocks_.strings_of(block, parities).frame, options, effort);
+  }
+  const Rotations strings = blocks_.strings_of(block, parities);
+  NetworkSearch search(strings, options, effort);
+  search.search();
+  Network network = options.by_depth ? *search.shallow_ : *search.best_;
+  for (NetworkEvent& event : network.events) {
+    if (event.row >= 0) event.row = parities[static_cast<std::size_t>(event.row)];
+  }
+  return {std::move(network.events), std::move(network.wires)};
 }
 
 /// The gates of the best network up to a random one.
@@ -223,19 +325,21 @@ Network NetworkSearch::finished(NetworkProblem& problem, const std::vector<Gate>
                 std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14));
 }
 
-/// Longer with every cycle, each time from the best network.
-void NetworkSearch::walk(int cycle) {
+/// Longer with every cycle, each time from the best network; with `by_layers` from the one of
+/// fewest layers, to others that have no more.
+void NetworkSearch::walk(int cycle, bool by_layers) {
   constexpr std::uint64_t steps_an_event = 8;
-  const Network from = *best_;
+  const Network from = by_layers ? *shallow_ : *best_;
   const std::uint64_t steps = steps_an_event * from.events.size() << std::min(cycle, 6);
   NetworkWalk walk(from.events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
                    options_.graph);
   constexpr Cooling cooling;
-  int least = from.count;
+  int least = by_layers ? from.depth : from.count;
   for (std::uint64_t k = 0; k < steps; ++k) {
     const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
-    if (walk.step(uphill, rng_) && walk.count() < least) {
-      least = walk.count();
+    const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
+    if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
+      least = now;
       keep(measured(walk.events(), from.wires));
     }
     if (!meter_.step()) return;  // with more effort the walk would have ended elsewhere
@@ -293,6 +397,12 @@ Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<in
   return network;
 }
 
+/// One of the runs that are made with any effort.
+void NetworkSearch::keep_first(Network network) {
+  first_ = std::min(first_, size(network));
+  keep(std::move(network));
+}
+
 /// Where it is no worse than the best, so that searches go on from another one.
 void NetworkSearch::keep(Network network) {
   const auto count_first = [](const Network& n) { return std::tuple(n.count, n.depth); };
@@ -330,17 +440,21 @@ NetworkResult NetworkSearch::result() const {
 NetworkResult search_network(const Rotations& rotations, const NetworkOptions& options,
                              const Effort& effort) {
   if (options.graph != nullptr) require_connected(*options.graph, rotations.frame.qubits());
-  if (!is_locally_diagonal(rotations.frame)) return NetworkSearch(rotations, options, effort).run();
-  // The first runs do better on few light rotations, the search for parities on all others.
-  Effort none = effort;
-  none.steps = 0;
-  NetworkResult first = NetworkSearch(rotations, options, none).run();
-  NetworkResult found = search_diagonal_network(rotations, options, effort);
+  NetworkSearch search(rotations, options, effort);
+  if (!search.is_closed_anyhow()) return search.run();
+  // Searched as closed as well, for as many steps: an open end is never longer than a closed one.
+  Effort half = effort;
+  const auto now = Control::Clock::now();
+  if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
+  NetworkResult open = NetworkSearch(rotations, options, half).run();
+  NetworkOptions closed_options = options;
+  closed_options.end = NetworkEnd::closed;
+  NetworkResult closed = NetworkSearch(rotations, closed_options, effort).run();
   const auto size = [&](const NetworkResult& result) {
-    const std::pair both(result.count, result.depth);
-    return options.by_depth ? std::pair(both.second, both.first) : both;
+    return options.by_depth ? std::pair(result.depth, result.count)
+                            : std::pair(result.count, result.depth);
   };
-  return size(found) < size(first) ? found : first;
+  return size(closed) < size(open) ? closed : open;
 }
 
 }  // namespace zelt::braidwerk::internal
