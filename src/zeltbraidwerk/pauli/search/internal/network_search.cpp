@@ -14,6 +14,7 @@
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
+#include "zeltbraidwerk/pauli/search/internal/network_keeper.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
 #include "zeltbraidwerk/pauli/search/internal/network_relay.h"
@@ -22,15 +23,6 @@
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// A way to serve all rotations.
-struct Network {
-  std::vector<NetworkEvent> events;
-  std::vector<int> wires;
-  int open = 0;  // gates before the last rotation
-  int count = 0;
-  int depth = 0;
-};
 
 class NetworkSearch {
  public:
@@ -44,7 +36,8 @@ class NetworkSearch {
                qubits()),
         given_(rotations.frame, rows(false)),
         sorted_(rotations.frame, rows(true)),
-        blocks_(given_, options.in_order) {}
+        blocks_(given_, options.in_order),
+        kept_(options.by_depth, meter_) {}
 
   NetworkResult run() {
     search();
@@ -87,9 +80,6 @@ class NetworkSearch {
   Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
   Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                  std::uint64_t steps);
-  int size(const Network& n) const { return options_.by_depth ? n.depth : n.count; }
-  void keep_first(Network network);
-  void keep(Network network);
   NetworkResult result() const;
 
   const Rotations& rotations_;
@@ -101,16 +91,14 @@ class NetworkSearch {
   RotationList given_;
   RotationList sorted_;
   DiagonalBlocks blocks_;
-  int first_ = std::numeric_limits<int>::max();  // size of the best run that is always made
-  std::optional<Network> best_;                  // of fewest gates: the search goes on from it
-  std::optional<Network> shallow_;               // of fewest layers
+  NetworkKeeper kept_;
 };
 
 void NetworkSearch::search() {
   run_greedily();
   run_ladders();
   const Effort effort_of_blocks = share_with_blocks();
-  for (int cycle = 0; best_->count > 0 && effort_.steps > 0 && meter_.step(); ++cycle) {
+  for (int cycle = 0; kept_.best().count > 0 && effort_.steps > 0 && meter_.step(); ++cycle) {
     walk(cycle, false);
     if (options_.by_depth && !meter_.ended()) walk(cycle, true);
     if (is_long()) run_relays(cycle);
@@ -154,7 +142,7 @@ void NetworkSearch::run_greedily() {
     }
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
-    runs <= always ? keep_first(std::move(network)) : keep(std::move(network));
+    runs <= always ? kept_.offer_first(std::move(network)) : kept_.offer(std::move(network));
   }
 }
 
@@ -177,7 +165,7 @@ void NetworkSearch::play_ladders(const std::vector<RotationGroup>& groups, bool 
   const std::vector<Gate> gates =
       ladders(given_, groups, options_.in_order, options_.graph, shallow);
   // Where strings are heavy, ladders are not worth the time.
-  if (!options_.by_depth && static_cast<std::size_t>(first_) < gates.size() / 2) return;
+  if (!options_.by_depth && static_cast<std::size_t>(kept_.first()) < gates.size() / 2) return;
   std::vector<int> order;
   for (const RotationGroup& group : groups) {
     for (const int row : group) order.push_back(given_.number(row));
@@ -189,7 +177,7 @@ void NetworkSearch::play_ladders(const std::vector<RotationGroup>& groups, bool 
   NetworkState state = problem.start(&events);
   for (const Gate& gate : gates) problem.play(state, gate, &events);
   cancel_pairs(events);
-  keep_first(closed(events, state.frame, 0));
+  kept_.offer_first(closed(events, state.frame, 0));
 }
 
 /// Takes from the effort what the search of the blocks gets: all where there is one block, or where
@@ -199,12 +187,13 @@ Effort NetworkSearch::share_with_blocks() {
   Effort share = effort_;
   share.steps = 0;
   if (blocks_.count() == 0 || !blocks_.are_large()) return share;
-  const int own = size(run_blocks(share));
+  const int own = kept_.size(run_blocks(share));
+  const int first = kept_.first();
   // Layers of several blocks do not add up: more effort for each could make more of them.
   if (options_.by_depth && blocks_.count() > 1) return share;
-  if (options_.by_depth ? own <= first_ : blocks_.count() == 1 || own <= 1.1 * first_) {
+  if (options_.by_depth ? own <= first : blocks_.count() == 1 || own <= 1.1 * first) {
     share.steps = std::exchange(effort_.steps, 0);
-  } else if (own <= 1.25 * first_) {
+  } else if (own <= 1.25 * first) {
     share.steps = effort_.steps / 2;
     effort_.steps -= share.steps;
     if (effort_.control.deadline) {
@@ -221,7 +210,7 @@ Network NetworkSearch::run_blocks(const Effort& effort) {
       [this](std::size_t block, const Effort& share) { return search_block(block, share); },
       effort);
   Network network = measured(std::move(all.events), std::move(all.wires));
-  keep(network);
+  kept_.offer(network);
   return network;
 }
 
@@ -241,7 +230,7 @@ PlacedEvents NetworkSearch::search_block(std::size_t block, const Effort& effort
   const Rotations strings = blocks_.strings_of(block, parities);
   NetworkSearch search(strings, options, effort);
   search.search();
-  Network network = options.by_depth ? *search.shallow_ : *search.best_;
+  Network network = search.kept_.answer();
   for (NetworkEvent& event : network.events) {
     if (event.row >= 0) event.row = parities[static_cast<std::size_t>(event.row)];
   }
@@ -251,8 +240,8 @@ PlacedEvents NetworkSearch::search_block(std::size_t block, const Effort& effort
 /// The gates of the best network up to a random one.
 std::vector<Gate> NetworkSearch::random_prefix() {
   std::vector<Gate> prefix;
-  const int cut = rng_.below(best_->open + 1);
-  for (const NetworkEvent& event : best_->events) {
+  const int cut = rng_.below(kept_.best().open + 1);
+  for (const NetworkEvent& event : kept_.best().events) {
     if (static_cast<int>(prefix.size()) == cut) break;
     if (event.row < 0) prefix.push_back(event.gate);
   }
@@ -272,13 +261,13 @@ void NetworkSearch::run_relays(int cycle) {
     const std::vector<Gate> prefix = run < from_start ? std::vector<Gate>() : random_prefix();
     const RotationList& rows = list(plans_.draw(rng_));
     options.stretch = 30 + rng_.below(50);
-    options.known = options_.in_order ? best_->count : 0;  // in any order it does not help
+    options.known = options_.in_order ? kept_.best().count : 0;  // in any order it does not help
     const std::uint64_t before = meter_.steps();
     const auto gates = run_relay(rows, options, prefix, plans_, rng_, meter_);
     if (!gates) return;
     NetworkProblem problem(rows, options_.in_order, plans_.first()[0].settings, options_.graph,
                            rng_);
-    keep(finished(problem, prefix, *gates, before));
+    kept_.offer(finished(problem, prefix, *gates, before));
   }
 }
 
@@ -310,7 +299,7 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
     for (const auto& move : found.moves) gates.push_back(move.gate);
     Network network = finished(problem, prefix, gates, before);
     if (prefix.empty()) plans_.report(plan, network.count);
-    keep(std::move(network));
+    kept_.offer(std::move(network));
   }
 }
 
@@ -329,7 +318,7 @@ Network NetworkSearch::finished(NetworkProblem& problem, const std::vector<Gate>
 /// fewest layers, to others that have no more.
 void NetworkSearch::walk(int cycle, bool by_layers) {
   constexpr std::uint64_t steps_an_event = 8;
-  const Network from = by_layers ? *shallow_ : *best_;
+  const Network from = by_layers ? kept_.shallow() : kept_.best();
   const std::uint64_t steps = steps_an_event * from.events.size() << std::min(cycle, 6);
   NetworkWalk walk(from.events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
                    options_.graph);
@@ -340,11 +329,11 @@ void NetworkSearch::walk(int cycle, bool by_layers) {
     const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
     if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
       least = now;
-      keep(measured(walk.events(), from.wires));
+      kept_.offer(measured(walk.events(), from.wires));
     }
     if (!meter_.step()) return;  // with more effort the walk would have ended elsewhere
   }
-  keep(measured(walk.events(), from.wires));
+  kept_.offer(measured(walk.events(), from.wires));
 }
 
 /// With its tail, for which so many steps are taken, and the qubits where they are to stand.
@@ -397,31 +386,8 @@ Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<in
   return network;
 }
 
-/// One of the runs that are made with any effort.
-void NetworkSearch::keep_first(Network network) {
-  first_ = std::min(first_, size(network));
-  keep(std::move(network));
-}
-
-/// Where it is no worse than the best, so that searches go on from another one.
-void NetworkSearch::keep(Network network) {
-  const auto count_first = [](const Network& n) { return std::tuple(n.count, n.depth); };
-  const auto depth_first = [](const Network& n) { return std::tuple(n.depth, n.count); };
-  const auto found = std::tuple(network.count, network.depth);
-  bool better = false;
-  if (!shallow_ || depth_first(network) < depth_first(*shallow_)) {
-    better = options_.by_depth;
-    shallow_ = network;
-  }
-  if (!best_ || count_first(network) <= count_first(*best_)) {
-    better |= !options_.by_depth && (!best_ || count_first(network) < count_first(*best_));
-    best_ = std::move(network);
-  }
-  if (better) meter_.better(std::get<0>(found), std::get<1>(found));
-}
-
 NetworkResult NetworkSearch::result() const {
-  const Network& network = options_.by_depth ? *shallow_ : *best_;
+  const Network& network = kept_.answer();
   const int n = qubits();
   NetworkResult result{{}, network.wires, network.count, network.depth};
   PauliFrame images = identity_images(n);
