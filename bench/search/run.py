@@ -157,7 +157,8 @@ def strings(
 ) -> Row:  # fmt: skip
     calls = [
         lambda seconds, some=some: zb.pauli.synthesize(
-            [(string, 0.1) for string in some], method="search", order=order, seed=1,
+            [(string, 0.1) for string in (some if order == "commuting" else dict.fromkeys(some))],
+            method="search", order=order, seed=1,
             **_effort(seconds), **options,
         )
         for some in lists
