@@ -47,6 +47,9 @@ def inputs(quick: bool) -> Iterator[tuple[str, Rotations]]:
         )
     ring = [f"{'I' * k}ZZ{'I' * (10 - k)}" for k in range(11)]
     yield "Ising 12", small_angles([*ring, *("I" * k + "X" + "I" * (11 - k) for k in range(12))])
+    yield "LABS 12", small_angles(string for string, _ in gallery.low_autocorrelation(12))
+    yield "MaxCut 20, 12", small_angles(gallery.maxcut_regular(20, 12))
+    yield "Heisenberg 4x4", small_angles(string for string, _ in gallery.heisenberg((4, 4)))
 
 
 def to_pytket(rotations: Rotations) -> PytketCircuit:

@@ -2,9 +2,12 @@
 
 from __future__ import annotations
 
+import itertools
 import sys
 from collections.abc import Iterator
 from typing import Any
+
+import numpy as np
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
@@ -21,6 +24,7 @@ def searches() -> Iterator[Row]:
     yield from on_devices()
     yield from parities()
     yield from paulis()
+    yield from layers()
     yield from cliffords()
     yield from states()
 
@@ -76,6 +80,30 @@ def paulis() -> Iterator[Row]:
                 steps=steps,
             )  # fmt: skip
             yield _row("pauli", f"uccsd_lih on {device.name or device.n}", str(steps), result)
+
+
+def layers() -> Iterator[Row]:
+    """Layers of QAOA, and Trotter steps on lattices, in order."""
+    graph = gallery.random_graph(16, 1)
+    edges = [("".join("IZ"[q in edge] for q in range(16)), 0.1) for edge in np.argwhere(graph)]
+    inputs: dict[str, list[tuple[str, float]]] = {
+        "labs_10": gallery.low_autocorrelation(10),
+        "labs_10_x2": gallery.low_autocorrelation(10, 2),
+        "maxcut_14_6": [(string, 0.1) for string in gallery.maxcut_regular(14, 6)],
+        "heisenberg_4": gallery.heisenberg(4),
+        "heisenberg_10_x3": gallery.heisenberg(10, 3),
+        "heisenberg_3x3_x2": gallery.heisenberg((3, 3), 2),
+        "xy_4x4": gallery.heisenberg((4, 4), couplings=(1, 1, 0)),
+        "ising_20_x2": gallery.ising_chain(20, 2),
+        "edges_16": edges,
+    }
+    for (name, rotations), steps in itertools.product(inputs.items(), (0, 20_000)):
+        for objective in ("count", "depth"):
+            result = zb.pauli.synthesize(
+                rotations, method="search", order="commuting", objective=objective, seed=1,
+                steps=steps,
+            )  # fmt: skip
+            yield _row("pauli", name, f"commuting {objective} {steps}", result)
 
 
 def cliffords() -> Iterator[Row]:

@@ -20,6 +20,8 @@ from functools import partial
 from statistics import mean
 from typing import Any
 
+import numpy as np
+
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
 
@@ -155,13 +157,38 @@ def strings(
 ) -> Row:  # fmt: skip
     calls = [
         lambda seconds, some=some: zb.pauli.synthesize(
-            [(string, 0.1) for string in dict.fromkeys(some)], method="search", order=order, seed=1,
+            [(string, 0.1) for string in (some if order == "commuting" else dict.fromkeys(some))],
+            method="search", order=order, seed=1,
             **_effort(seconds), **options,
         )
         for some in lists
     ]  # fmt: skip
     title = " ".join([name, order, *options.values()])
-    return Row(title + _greedy(budget), calls, budget, goal, others)
+    by_depth = options.get("objective") == "depth"
+    return Row(title + _greedy(budget), calls, budget, goal, others, by_depth)
+
+
+def layers() -> list[Row]:
+    """Layers of QAOA, and Trotter steps on lattices. Goals are those of the free order, and of
+    ladders that gates on the same qubits share, or layers of an edge colouring."""
+
+    def row(name: str, found: list[tuple[str, float]], *goal: Any, **options: Any) -> Row:
+        return strings(name, [[s for s, _ in found]], "commuting", *goal, **options)
+
+    graph = gallery.random_graph(40, 1)
+    edges = [("".join("IZ"[q in e] for q in range(40)), 0.1) for e in np.argwhere(graph)]
+    dense = [(string, 0.1) for string in gallery.maxcut_regular(20, 12)]
+    return [
+        row("LABS 15", gallery.low_autocorrelation(15), 5, 334, "390"),
+        row("LABS 20", gallery.low_autocorrelation(20), 5, 800, "973"),
+        row("MaxCut 20 12", dense, 5, 161, "162"),
+        row("Heisenberg 20 x3", gallery.heisenberg(20, 3), 5, 171, "171"),
+        row("Heisenberg 4x4 x3", gallery.heisenberg((4, 4), 3), 5, 216, "216"),
+        row("Heisenberg 4x4", gallery.heisenberg((4, 4)), 0, 72, "72"),
+        row("Heisenberg 6x6", gallery.heisenberg((6, 6)), 0, 180, "180"),
+        row("Ising 60", gallery.ising_chain(60), 0, 4, "", objective="depth"),
+        row("edges 40", edges, 0, 57, "", objective="depth"),
+    ]
 
 
 def _effort(seconds: float) -> dict[str, Any]:
@@ -270,6 +297,7 @@ def rows() -> list[Row]:
         random_strings(20, 400, "commuting", 10, 2800, "2850"),
         maxcut(20, 5, 58, "60"),
         maxcut(50, 5, 148, "150"),
+        *layers(),
         long_list("free", 1.5),
         long_list("commuting", 1.5),
     ]

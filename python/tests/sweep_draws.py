@@ -128,21 +128,41 @@ class Draw(random.Random):
         names = self.sample(sorted(SYMBOLS), most) if kind == 2 else range(most)
         return [(few, self.randint(1, 255) / 256, name)[kind] for name in names]
 
+    def layers(self, n, terms):
+        pool, again = [], self.chance(0.5)
+        for _ in range(self.randint(1, 3)):
+            if not pool or not again:
+                letters = [self.choice("XYZZZZ") for _ in range(n)]
+                layer = [
+                    "".join(self.choice(("I", "I", letter)) for letter in letters)
+                    for _ in range(terms)
+                ]
+            pool += layer
+            mixer = self.choice("XY")
+            pool += ["".join(mixer if q == k else "I" for q in range(n)) for k in range(n)]
+        return pool
+
     def strings(self, n):
         """Pauli strings with signs."""
-        most, kind = self.terms(n), self.randrange(4)
+        most, kind = self.terms(n), self.randrange(6)
         pool = []
         if kind == 0:  # all commute
             operator = self.clifford(n)
             for _ in range(most):
                 diagonal = "".join(self.choice("IIZ") for _ in range(n))
                 pool.append(str(operator(stim.PauliString(diagonal))))
+        elif kind == 1:  # layers that are diagonal on each qubit, single letters between them
+            pool = self.layers(n, most)
+        elif kind == 2:  # the same letter on two qubits
+            for _ in range(most if n > 1 else 0):
+                pair, letter = self.sample(range(n), 2), self.choice("XYZ")
+                pool.append("".join(letter if q in pair else "I" for q in range(n)))
         else:
-            weight = n if kind == 1 else self.randint(0, min(n, 4))
+            weight = n if kind == 3 else self.randint(0, min(n, 4))
             for _ in range(most):
                 letters = ["I"] * n
                 for q in self.sample(range(n), weight):
-                    letters[q] = self.choice("IXYZ" if kind == 1 else "XYZ")
+                    letters[q] = self.choice("IXYZ" if kind == 3 else "XYZ")
                 pool.append(self.choice(("", "+", "-")) + "".join(letters))
         if pool and self.chance(0.3):
             pool = self.choices(pool[: self.randint(1, 6)], k=most)

@@ -2,6 +2,7 @@
 
 import math
 import pickle
+import re
 
 import numpy as np
 import pytest
@@ -584,3 +585,110 @@ def test_steps_of_the_core():
         core.weight_sort([[7]], params[:1])
     with pytest.raises(IndexError):
         core.bring_to_z([[1]], params[:1], 1, 1)
+
+
+def pairs_at_once(strings):
+    """Gates of ladders in which neighbours on the same two qubits share them."""
+    groups = []
+    for string in strings:
+        qubits = [q for q, letter in enumerate(string) if letter != "I"]
+        if not groups or groups[-1][0] != qubits:
+            groups.append((qubits, set()))
+        groups[-1][1].add(string)
+    return sum(
+        max(2, len(found)) if len(qubits) == 2 else 2 * (len(qubits) - 1) * len(found)
+        for qubits, found in groups
+    )
+
+
+@given(data=st.data())
+def test_search_takes_no_more_gates_than_ladders_of_equal_supports(data):
+    n = data.draw(st.integers(2, 6))
+    qubits = st.lists(st.integers(0, n - 1), min_size=1, max_size=3, unique=True)
+    blocks = st.lists(st.tuples(qubits, st.sets(st.sampled_from("XYZ"), min_size=1)), min_size=1)
+    strings = [
+        "".join(letter if q in on else "I" for q in range(n))
+        for on, letters in data.draw(blocks)
+        for letter in sorted(letters)
+    ]
+    listed = [(string, 0.1) for string in strings]
+    method = data.draw(st.sampled_from(("auto", "search")))
+    brief = {"steps": data.draw(st.sampled_from((0, 300))), "seed": 1, "restarts": 1}
+    kept = {"order": "commuting", "method": method} | brief
+    closed = pauli.synthesize(listed, **kept)
+    assert closed.verify()
+    assert closed.count <= pairs_at_once(strings)
+    assert pauli.synthesize(listed, tail="return", **kept).count <= closed.count
+    free = pauli.synthesize(dict(listed), order="free", method=method, **brief)
+    assert free.count <= pairs_at_once(sorted(set(strings), key=lambda s: [c != "I" for c in s]))
+
+
+@pytest.mark.parametrize(
+    ("listed", "options", "most"),
+    [
+        (gallery.heisenberg(4), {}, (9, 9)),
+        (gallery.heisenberg((4, 4)), {}, (72, 36)),
+        (gallery.heisenberg((6, 6)), {}, (180, 60)),
+        (gallery.heisenberg(20, 3), {"steps": 0}, (171, 69)),
+        (gallery.heisenberg((4, 4), couplings=(1, 1, 0)), {"steps": 0}, (48, 24)),
+        (gallery.ising_chain(60), {"steps": 0, "objective": "depth"}, (118, 4)),
+        (gallery.ising_chain(20, 3), {"steps": 0, "objective": "depth"}, (114, 12)),
+        (gallery.low_autocorrelation(12), {"steps": 30_000}, (150, 150)),
+        (gallery.low_autocorrelation(12, 3), {"steps": 30_000}, (450, 450)),
+    ],
+)
+def test_lattices_and_layers_in_order(listed, options, most):
+    result = pauli.synthesize(listed, order="commuting", seed=1, **options)
+    assert result.verify()
+    assert (result.count <= most[0], result.depth <= most[1]) == (True, True), result
+
+
+def test_energies_of_the_gallery():
+    for n in range(2, 8):
+        listed = gallery.low_autocorrelation(n, 2, gamma=0.5, beta=0.25)
+        assert listed[: len(listed) // 2] == listed[len(listed) // 2 :]
+        terms = [(s, angle) for s, angle in listed[: len(listed) // 2] if "X" not in s]
+        energies = set()
+        for bits in range(2**n):
+            signs = [1 - 2 * (bits >> q & 1) for q in range(n)]
+            sidelobes = [sum(signs[i] * signs[i + k] for i in range(n - k)) for k in range(1, n)]
+            found = sum(
+                angle * math.prod(signs[q] for q in range(n) if string[q] == "Z")
+                for string, angle in terms
+            )
+            energies.add(sum(c * c for c in sidelobes) - found)
+        assert len(energies) == 1  # the constant that was dropped
+        assert listed[-n:] == [("I" * q + "X" + "I" * (n - 1 - q), 0.5) for q in range(n)]
+
+    for n, degree in ((1, 0), (4, 3), (7, 4), (10, 9), (20, 12)):
+        strings = gallery.maxcut_regular(n, degree, 3)
+        assert len(set(strings)) == n * degree // 2 + n
+        assert all(sum(s[q] == "Z" for s in strings) == degree for q in range(n))
+    assert gallery.maxcut_regular(20, 12) != gallery.maxcut_regular(20, 12, 2)
+
+    grid = [s for s, angle in gallery.heisenberg((2, 3), 2, (1, 0, 0.5)) if angle == 1]
+    assert sorted(grid) == sorted(
+        2 * ["XXIIII", "IXXIII", "IIIXXI", "IIIIXX", "XIIXII", "IXIIXI", "IIXIIX"]
+    )
+    assert len(gallery.heisenberg((3, 4, 5))) == 3 * (2 * 4 * 5 + 3 * 3 * 5 + 3 * 4 * 4)
+    assert gallery.heisenberg(0) == gallery.ising_chain(0) == gallery.low_autocorrelation(0) == []
+
+
+@pytest.mark.parametrize(
+    ("call", "text"),
+    [
+        (lambda: gallery.low_autocorrelation(-1), "n: got -1, wanted at least 0"),
+        (lambda: gallery.low_autocorrelation("3"), "n: got '3', wanted an integer"),
+        (lambda: gallery.maxcut_regular(5, 3), "degree: got 3"),
+        (lambda: gallery.maxcut_regular(5, 5), "degree: got 5"),
+        (lambda: gallery.heisenberg((2, -1)), "shape: got -1"),
+        (lambda: gallery.heisenberg(3, 0), "steps: got 0"),
+        (lambda: gallery.heisenberg(3, couplings=(1, 1)), "couplings: got 2 numbers"),
+        (lambda: gallery.heisenberg(3, couplings=1), "couplings: got int"),
+        (lambda: gallery.heisenberg(1.5), "shape: got float"),
+        (lambda: gallery.ising_chain(3, field="x"), "field: got 'x', wanted a number"),
+    ],
+)
+def test_bad_arguments_of_the_gallery(call, text):
+    with pytest.raises((ValueError, TypeError), match=re.escape(text)):
+        call()

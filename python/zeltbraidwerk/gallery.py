@@ -7,9 +7,10 @@ cipher's state follow each other, lowest bit first.
 
 from __future__ import annotations
 
+import numbers
 import random
 import re
-from collections.abc import Iterator, Sequence
+from collections.abc import Iterable, Iterator, Sequence
 from pathlib import Path
 from typing import Any
 
@@ -288,3 +289,143 @@ def _multiplication(element: int, polynomial: int) -> BoolArray:
         if element >> degree:
             element ^= polynomial
     return np.array(columns, dtype=bool).T
+
+
+Rotations = list[tuple[str, float]]
+
+
+def low_autocorrelation(
+    n: int, layers: int = 1, gamma: float = 0.5, beta: float = 0.5
+) -> Rotations:
+    """Rotations of QAOA for low autocorrelation binary sequences (LABS) of length n.
+
+    The energy of a sequence s of n signs is the sum over k = 1 .. n - 1 of the squares of the
+    autocorrelations, the sums over i of s[i] s[i + k]: terms of weight 2 and 4 (J. Bernasconi,
+    Journal de Physique 48, 1987). Each layer is exp(-i gamma energy), one rotation per term, equal
+    terms added and constants dropped, then exp(-i beta X) on every qubit.
+
+    >>> low_autocorrelation(3)
+    [('ZIZ', 2.0), ('XII', 1.0), ('IXI', 1.0), ('IIX', 1.0)]
+    """
+    _validate.integer(n, "n", 0)
+    _validate.integer(layers, "layers", 0)
+    angles = 2 * _number(gamma, "gamma"), 2 * _number(beta, "beta")
+    terms: dict[frozenset[int], int] = {}
+    for k in range(1, n):
+        for i in range(n - k):
+            for j in range(i):
+                term = frozenset({i, i + k}) ^ frozenset({j, j + k})
+                terms[term] = terms.get(term, 0) + 2
+    energy = [(_string("Z", sorted(term), n), angles[0] * c) for term, c in terms.items()]
+    mixers = [(_string("X", [q], n), angles[1]) for q in range(n)]
+    return layers * (energy + mixers)
+
+
+def maxcut_regular(n: int, degree: int, seed: int = 1) -> list[str]:
+    """The strings of one layer of QAOA for the largest cut of a random regular graph on n vertices:
+    ZZ on its edges, then X on every qubit. n times the degree is even.
+
+    The graph is a circulant one after random exchanges of the ends of two edges.
+
+    >>> maxcut_regular(4, 3)
+    ['ZZII', 'ZIZI', 'ZIIZ', 'IZZI', 'IZIZ', 'IIZZ', 'XIII', 'IXII', 'IIXI', 'IIIX']
+    """
+    _validate.integer(n, "n", 0)
+    _validate.integer(degree, "degree", 0)
+    _validate.integer(seed, "seed", 0)
+    if not 0 <= degree < max(n, 1) or n * degree % 2 != 0:
+        raise errors.OptionError(
+            f"degree: got {degree!r}, wanted 0 to {max(n, 1) - 1}, n times the degree even"
+        )
+    steps = [*range(1, degree // 2 + 1), *([n // 2] if degree % 2 else [])]
+    ends = [(v, (v + k) % n) for k in steps for v in range(n)]
+    edges = sorted({(min(pair), max(pair)) for pair in ends})
+    rng, joined = random.Random(seed), set(edges)
+    for _ in range(10 * len(edges)):
+        one, other = rng.randrange(len(edges)), rng.randrange(len(edges))
+        (a, b), (c, d) = edges[one], rng.sample(edges[other], 2)
+        exchanged = {(min(a, c), max(a, c)), (min(b, d), max(b, d))}
+        if len({a, b, c, d}) == 4 and not exchanged & joined:
+            joined = joined - {edges[one], edges[other]} | exchanged
+            edges[one], edges[other] = exchanged
+    pairs = [_string("Z", edge, n) for edge in sorted(joined)]
+    return pairs + [_string("X", [q], n) for q in range(n)]
+
+
+def heisenberg(
+    shape: int | Sequence[int],
+    steps: int = 1,
+    couplings: Sequence[float] = (1.0, 1.0, 1.0),
+    time: float = 1.0,
+) -> Rotations:
+    """Rotations of a Trotter formula of first order for the Heisenberg model, on a chain of
+    ``shape`` qubits or a grid of any number of sides, open at its ends.
+
+    The Hamiltonian is the sum over the edges of couplings[0] XX + couplings[1] YY +
+    couplings[2] ZZ: XXZ with the first two alike, XY with the last one 0. Each step is
+    exp(-i H time / steps) with one rotation for every coupling other than 0, edge by edge.
+
+    >>> heisenberg(3, couplings=(1, 1, 0))
+    [('XXI', 2.0), ('YYI', 2.0), ('IXX', 2.0), ('IYY', 2.0)]
+    """
+    sides = [_validate.integer(side, "shape", 0) for side in _several(shape, "shape", True)]
+    _validate.integer(steps, "steps", 1)
+    strengths = [_number(each, "couplings") for each in _several(couplings, "couplings")]
+    if len(strengths) != 3:
+        raise errors.OptionError(
+            f"couplings: got {len(strengths)} numbers, wanted those of XX, YY and ZZ"
+        )
+    turn = 2 * _number(time, "time") / steps
+    sites = np.arange(int(np.prod(sides))).reshape(sides)
+    edges = [
+        (int(a), int(b))
+        for axis in range(len(sides))
+        for a, b in zip(
+            sites.take(range(max(sides[axis] - 1, 0)), axis).flat,
+            sites.take(range(1, sides[axis]), axis).flat,
+            strict=True,
+        )
+    ]
+    return steps * [
+        (_string(letter, edge, sites.size), coupling * turn)
+        for edge in sorted(edges)
+        for letter, coupling in zip("XYZ", strengths, strict=True)
+        if coupling != 0
+    ]
+
+
+def ising_chain(
+    n: int, steps: int = 1, coupling: float = 1.0, field: float = 1.0, time: float = 1.0
+) -> Rotations:
+    """Rotations of a Trotter formula of first order for the Ising model in a transverse field, on
+    an open chain: each step has ZZ on neighbours, then X on every qubit.
+
+    >>> ising_chain(2)
+    [('ZZ', 2.0), ('XI', 2.0), ('IX', 2.0)]
+    """
+    _validate.integer(n, "n", 0)
+    _validate.integer(steps, "steps", 1)
+    turn = 2 * _number(time, "time") / steps
+    pair, single = _number(coupling, "coupling") * turn, _number(field, "field") * turn
+    pairs = [(_string("Z", (q, q + 1), n), pair) for q in range(n - 1)]
+    return steps * (pairs + [(_string("X", [q], n), single) for q in range(n)])
+
+
+def _string(letter: str, qubits: Sequence[int], n: int) -> str:
+    return "".join(letter if q in qubits else "I" for q in range(n))
+
+
+def _number(value: float, name: str) -> float:
+    if isinstance(value, (bool, np.bool_)) or not isinstance(value, numbers.Real):
+        raise errors.DtypeError(f"{name}: got {value!r}, wanted a number")
+    if not np.isfinite(value):
+        raise errors.OptionError(f"{name}: got {value!r}, wanted a finite number")
+    return float(value)
+
+
+def _several(value: Any, name: str, one_will_do: bool = False) -> list[Any]:
+    if one_will_do and isinstance(value, (int, np.integer)):
+        return [value]
+    if isinstance(value, str) or not isinstance(value, Iterable):
+        raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a sequence")
+    return list(value)

@@ -183,6 +183,194 @@ TEST(NetworkSearch, MoreStepsAreMoreOfTheSame) {
   }
 }
 
+std::vector<bool> support(const std::vector<unsigned char>& row) {
+  std::vector<bool> qubits;
+  for (const unsigned char letter : row) qubits.push_back(letter != 0);
+  return qubits;
+}
+
+/// Gates of ladders: rotations on the same qubits share one where they meet, XX, YY and ZZ of a
+/// pair three gates, fewer of these two. Of others each string has its own.
+int grouped_count(const PauliRows& table, bool in_order) {
+  std::vector<PauliRows> groups;
+  for (const auto& row : table) {
+    std::ptrdiff_t at = std::ssize(groups) - 1;
+    const auto is_its = [&](const PauliRows& group) { return support(group[0]) == support(row); };
+    const auto commutes = [&](const PauliRows& group) {
+      return std::ranges::none_of(group,
+                                  [&](const auto& other) { return clash(text(other), text(row)); });
+    };
+    const auto group_at = [&] { return groups.begin() + at; };
+    while (at >= 0 && !is_its(*group_at()) && (!in_order || commutes(*group_at()))) --at;
+    if (at >= 0 && is_its(*group_at())) {
+      group_at()->push_back(row);
+    } else {
+      groups.push_back({row});
+    }
+  }
+  int count = 0;
+  for (const PauliRows& group : groups) {
+    const std::set<std::vector<unsigned char>> strings(group.begin(), group.end());
+    const auto weight = static_cast<int>(std::ranges::count(support(group[0]), true));
+    const auto different = static_cast<int>(strings.size());
+    count += weight == 2 ? std::max(2, different) : 2 * (weight - 1) * different;
+  }
+  return count;
+}
+
+/// XX, YY and ZZ on pairs of a random graph, and now and then heavier strings of one letter.
+PauliRows one_letter_strings(int n, int count, unsigned most_letters, std::mt19937& rng) {
+  PauliRows table;
+  for (int k = 0; k < count; ++k) {
+    std::vector<unsigned char> row(static_cast<std::size_t>(n));
+    const std::size_t weight = rng() % 4 == 0 ? 1 + rng() % 4 : 2;
+    const auto letter = static_cast<unsigned char>(3 - rng() % most_letters);
+    for (std::size_t w = 0; w < weight; ++w) row[rng() % row.size()] = letter;
+    if (std::ranges::count(support(row), true) > 1) table.push_back(row);
+  }
+  return table;
+}
+
+TEST(NetworkSearch, NeverMoreGatesThanGroupedLadders) {
+  std::mt19937 rng(4);
+  for (int instance = 0; instance < 60; ++instance) {
+    const int n = 2 + static_cast<int>(rng() % (instance % 3 == 0 ? 30 : 8));
+    const PauliRows table = one_letter_strings(n, instance % 5 == 0 ? 400 : 40, 3, rng);
+    for (const bool in_order : {false, true}) {
+      const int most = grouped_count(table, in_order);
+      for (const auto end : {NetworkEnd::open, NetworkEnd::closed, NetworkEnd::closed_freely}) {
+        NetworkOptions options;
+        options.in_order = in_order;
+        options.end = end;
+        options.seed = static_cast<std::uint64_t>(instance);
+        for (const std::uint64_t count : {0, 100}) {
+          const auto result = search_network(numbered(table, n), options, steps(count));
+          ASSERT_EQ(fault(table, n, options, result), "") << text(table);
+          EXPECT_LE(result.count, most) << instance << ": " << text(table);
+        }
+      }
+    }
+  }
+}
+
+/// Of a pair's strings, two layers for each colour of the edges or three where it has XX, YY and
+/// ZZ.
+TEST(NetworkSearch, NeverMoreLayersThanAnEdgeColouring) {
+  std::mt19937 rng(5);
+  for (int instance = 0; instance < 60; ++instance) {
+    const int n = 2 + static_cast<int>(rng() % 20);
+    const bool bipartite = rng() % 2 == 0;
+    const unsigned letters = instance % 3 == 0 ? 3 : 1;
+    std::vector<int> degrees(static_cast<std::size_t>(n));
+    PauliRows table;
+    for (std::size_t b = 0; b < degrees.size(); ++b) {
+      for (std::size_t a = 0; a < b; ++a) {
+        if (rng() % 2 == 0 || (bipartite && (a + b) % 2 == 0)) continue;
+        ++degrees[a];
+        ++degrees[b];
+        for (unsigned k = 0; k < letters; ++k) {
+          auto& row = table.emplace_back(static_cast<std::size_t>(n));
+          row[a] = row[b] = static_cast<unsigned char>(3 - k);
+        }
+      }
+    }
+    std::ranges::shuffle(table, rng);
+    const int colours = std::ranges::max(degrees) + (bipartite ? 0 : 1);
+    for (int layer = 0; layer < 2 && letters == 1; ++layer) {
+      for (std::size_t q = 0; q < degrees.size(); ++q) {
+        table.emplace_back(static_cast<std::size_t>(n))[q] = 1;
+      }
+    }
+    NetworkOptions options;
+    options.by_depth = true;
+    for (const bool in_order : {false, true}) {
+      if (in_order && letters > 1) continue;
+      options.in_order = in_order;
+      for (const auto end : {NetworkEnd::open, NetworkEnd::closed}) {
+        options.end = end;
+        for (const std::uint64_t count : {0, 500}) {
+          const auto result = search_network(numbered(table, n), options, steps(count));
+          ASSERT_EQ(fault(table, n, options, result), "") << text(table);
+          EXPECT_LE(result.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
+        }
+      }
+    }
+  }
+}
+
+/// Layers of Z strings, other letters on some qubits, with single letters between them.
+PauliRows layers(int n, int terms, int count, bool alike, std::mt19937& rng) {
+  PauliRows table;
+  PauliRows layer;
+  for (int k = 0; k < count; ++k) {
+    if (k == 0 || !alike) {
+      layer = support::random_rows(terms, n, rng);
+      for (auto& row : layer) {
+        for (std::size_t q = 0; q < row.size(); ++q) {
+          row[q] = row[q] % 2 == 0       ? 0
+                   : alike || q % 3 != 0 ? 3
+                                         : static_cast<unsigned char>(k % 3 + 1);
+        }
+      }
+    }
+    table.insert(table.end(), layer.begin(), layer.end());
+    for (std::size_t q = 0; q < static_cast<std::size_t>(n); ++q) {
+      for (unsigned char letter = 1; letter <= 2; ++letter) {
+        table.emplace_back(static_cast<std::size_t>(n))[q] = letter;
+      }
+    }
+  }
+  return table;
+}
+
+TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
+  std::mt19937 rng(6);
+  for (int instance = 0; instance < 6; ++instance) {
+    const PauliRows one = layers(8, 40, 1, true, rng);
+    const PauliRows layer(one.begin(), one.begin() + 40);
+    PauliRows parities;  // each once
+    std::ranges::copy_if(layer, std::back_inserter(parities), [&](const auto& row) {
+      return std::ranges::find(parities, row) == parities.end();
+    });
+    PauliRows three;
+    for (int k = 0; k < 3; ++k) three.insert(three.end(), one.begin(), one.end());
+    NetworkOptions options;
+    options.seed = 3;
+    for (const std::uint64_t count : {0, 20000}) {
+      options.in_order = false;
+      const int free = search_network(numbered(parities, 8), options, steps(count)).count;
+      options.in_order = true;
+      EXPECT_LE(search_network(numbered(one, 8), options, steps(count)).count, free);
+      const auto result = search_network(numbered(three, 8), options, steps(count));
+      EXPECT_EQ(fault(three, 8, options, result), "");
+      EXPECT_LE(result.count, 3 * free);
+    }
+  }
+}
+
+TEST(NetworkSearch, LayersGetBetterWithMoreSteps) {
+  std::mt19937 rng(7);
+  for (int instance = 0; instance < 24; ++instance) {
+    const int n = 4 + static_cast<int>(rng() % 4);
+    const PauliRows table = layers(n, 6 + 6 * (instance % 5), 1 + instance % 4, false, rng);
+    NetworkOptions options;
+    options.in_order = instance % 6 != 5;
+    options.by_depth = instance % 4 == 3;
+    options.end = static_cast<NetworkEnd>(instance % 3);
+    const BitGraph graph = connected_graph(n, rng);
+    if (instance % 7 == 0) options.graph = &graph;
+    std::pair last(10000, 10000);
+    for (std::uint64_t count = 0; count < 20000; count += 1 + count) {
+      const auto result = search_network(numbered(table, n), options, steps(count));
+      EXPECT_EQ(fault(table, n, options, result), "") << text(table);
+      const auto size = options.by_depth ? std::pair(result.depth, result.count)
+                                         : std::pair(result.count, result.depth);
+      ASSERT_LE(size, last) << count << ": " << text(table);
+      last = size;
+    }
+  }
+}
+
 TEST(NetworkSearch, FewestKnown) {
   // XX, YY and ZZ on a pair take three gates between them.
   PauliRows chain;

@@ -10,7 +10,9 @@ constexpr int none = -1;
 /// Edges get a colour one after the other; at a vertex no two have the same.
 class EdgeColoring {
  public:
-  explicit EdgeColoring(const BitGraph& graph)
+  /// With `by_paths` two colours change places along a path, and one more is taken where that does
+  /// not help; otherwise fans are turned.
+  EdgeColoring(const BitGraph& graph, bool by_paths)
       : size_(static_cast<std::size_t>(graph.size())), color_(size_ * size_, none) {
     int most = 0;
     for (int v = 0; v < graph.size(); ++v) {
@@ -18,11 +20,12 @@ class EdgeColoring {
       for_each_bit(graph.row(v), graph.words(), [&](int) { ++degree; });
       most = std::max(most, degree);
     }
-    colors_ = static_cast<std::size_t>(most) + 1;
+    // Each end of an edge has at most one edge less than `most` already: twice as many will do.
+    colors_ = static_cast<std::size_t>(by_paths ? 2 * most : most + 1);
     neighbour_.assign(size_ * colors_, none);
     for (int u = 0; u < graph.size(); ++u) {
       for_each_bit(graph.row(u), graph.words(), [&](int v) {
-        if (u < v) add(u, v);
+        if (u < v) by_paths ? add_by_path(u, v) : add(u, v);
       });
     }
   }
@@ -74,6 +77,19 @@ class EdgeColoring {
     turn(u, fan, last, wanted);
   }
 
+  void add_by_path(int u, int v) {
+    const int free_at_u = free_color(u);
+    const int free_at_v = free_color(v);
+    if (free_at_u < free_at_v) {
+      exchange(v, free_at_u, free_at_v);
+    } else if (free_at_v < free_at_u) {
+      exchange(u, free_at_v, free_at_u);
+    }
+    int c = 0;
+    while (!is_free(u, c) || !is_free(v, c)) ++c;
+    color(u, v, c);
+  }
+
   /// Neighbours of u from v on, the colour of the edge to each of which is free at the one before.
   std::vector<int> fan_of(int u, int v) {
     std::vector<int> fan{v};
@@ -119,7 +135,13 @@ class EdgeColoring {
 }  // namespace
 
 std::vector<std::vector<std::pair<int, int>>> matchings_of(const BitGraph& graph) {
-  return EdgeColoring(graph).matchings();
+  return EdgeColoring(graph, false).matchings();
+}
+
+std::vector<std::vector<std::pair<int, int>>> few_matchings_of(const BitGraph& graph) {
+  auto by_paths = EdgeColoring(graph, true).matchings();
+  auto by_fans = matchings_of(graph);
+  return by_paths.size() <= by_fans.size() ? std::move(by_paths) : std::move(by_fans);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -13,4 +13,9 @@ namespace zelt::braidwerk::internal {
 ZELTBRAIDWERK_KERNEL_EXPORT std::vector<std::vector<std::pair<int, int>>> matchings_of(
     const BitGraph& graph);
 
+/// The same in as few as the largest degree, which is the least, where the graph is bipartite
+/// (D. Koenig, Mathematische Annalen 77, 1916), and often where it is not; never more than above.
+ZELTBRAIDWERK_KERNEL_EXPORT std::vector<std::vector<std::pair<int, int>>> few_matchings_of(
+    const BitGraph& graph);
+
 }  // namespace zelt::braidwerk::internal

@@ -90,6 +90,9 @@ class Meter {
     return ended_;
   }
 
+  /// No more steps than that in all.
+  void cut(std::uint64_t steps) { limit_ = std::min(limit_, steps); }
+
   std::uint64_t steps() const { return steps_; }
   double seconds() const {
     return std::chrono::duration<double>(Control::Clock::now() - start_).count();

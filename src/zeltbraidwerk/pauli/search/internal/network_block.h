@@ -17,6 +17,7 @@ namespace zelt::braidwerk::internal {
 class NetworkBlock {
  public:
   static constexpr int wires = 3;
+  static constexpr int most_rotations = 16;
 
   explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
 
@@ -36,8 +37,6 @@ class NetworkBlock {
   const std::array<End, 4 * wires>& ends() const { return ends_; }
 
  private:
-  static constexpr int most_rotations = 16;
-
   struct State {
     std::uint64_t operators;  // what X and Z on the wires, behind the block, are here
     std::array<std::uint64_t, most_rotations / 8> strings;

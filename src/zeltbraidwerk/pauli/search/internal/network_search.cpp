@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <numeric>
 #include <optional>
 #include <stdexcept>
@@ -8,11 +10,12 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
-#include "zeltbraidwerk/pauli/search/internal/diagonal_network.h"
+#include "zeltbraidwerk/pauli/search/internal/diagonal_blocks.h"
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_bound.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
+#include "zeltbraidwerk/pauli/search/internal/network_keeper.h"
 #include "zeltbraidwerk/pauli/search/internal/network_plans.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
 #include "zeltbraidwerk/pauli/search/internal/network_relay.h"
@@ -23,46 +26,40 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// A way to serve all rotations.
-struct Network {
-  std::vector<NetworkEvent> events;
-  std::vector<int> wires;
-  int open = 0;  // gates before the last rotation
-  int count = 0;
-  int depth = 0;
-};
-
 class NetworkSearch {
  public:
   NetworkSearch(const Rotations& rotations, const NetworkOptions& options, const Effort& effort)
       : rotations_(rotations),
         options_(options),
-        meter_(effort, options.by_depth),
+        effort_(effort),
+        meter_(effort_, options.by_depth),
         rng_(options.seed, options.stream),
         plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
                qubits()),
         given_(rotations.frame, rows(false)),
-        sorted_(rotations.frame, rows(true)) {
+        sorted_(rotations.frame, rows(true)),
+        blocks_(given_, options.in_order),
+        kept_(options.by_depth, meter_) {
     meter_.prove(bound_of_network(rotations.frame, options));
   }
 
   NetworkResult run() {
-    run_greedily();
-    if (!meter_.proven()) run_ladders();
-    if (!meter_.ended()) {
-      const int least =
-          fewest_network_gates(rotations_.frame, options_, meter_.bound().count, best_->count);
-      meter_.prove({least, layers_to_hold(least, qubits())});
-    }
-    for (int cycle = 0; best_->count > 0 && meter_.step(); ++cycle) {
-      walk(cycle);
-      if (is_long()) run_relays(cycle);
-      run_beams(cycle);
-    }
+    search();
     return result();
   }
 
+  bool is_proven() const { return meter_.proven(); }
+
+  /// Whether the end is open in name only: blocks of a list in layers are closed for the single
+  /// letters that follow them.
+  bool is_closed_anyhow() const {
+    return options_.end == NetworkEnd::open && blocks_.are_large() && blocks_.count() > 0 &&
+           !blocks_.is_last(blocks_.count() - 1) && (options_.by_depth || blocks_.count() > 1);
+  }
+
  private:
+  void search();
+  void prove_by_search();
   int qubits() const { return rotations_.frame.qubits(); }
   /// So long that a relay of greedy runs does better than most beams.
   bool is_long() const { return given_.count() >= 300; }
@@ -76,8 +73,12 @@ class NetworkSearch {
 
   void run_greedily();
   void run_ladders();
+  void play_ladders(const std::vector<RotationGroup>& groups, bool shallow);
+  Effort share_with_blocks();
+  Network run_blocks(const Effort& effort);
+  PlacedEvents search_block(std::size_t block, const Effort& effort) const;
   void run_beams(int cycle);
-  void walk(int cycle);
+  void walk(int cycle, bool by_layers);
   void run_relays(int cycle);
   void run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width);
   std::vector<Gate> random_prefix();
@@ -86,20 +87,40 @@ class NetworkSearch {
   Network measured(std::vector<NetworkEvent> events, std::vector<int> wires) const;
   Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                  std::uint64_t steps);
-  void keep(Network network);
   NetworkResult result() const;
 
   const Rotations& rotations_;
   NetworkOptions options_;
+  Effort effort_;
   Meter meter_;
   Rng rng_;
   NetworkPlans plans_;
   RotationList given_;
   RotationList sorted_;
-  int first_ = 0;                   // gates of the best of the runs that are always made
-  std::optional<Network> best_;     // of fewest gates: the search goes on from it
-  std::optional<Network> shallow_;  // of fewest layers
+  DiagonalBlocks blocks_;
+  NetworkKeeper kept_;
 };
+
+void NetworkSearch::search() {
+  run_greedily();
+  if (!meter_.proven()) run_ladders();
+  if (!meter_.ended()) prove_by_search();
+  if (meter_.proven()) return;
+  const Effort effort_of_blocks = share_with_blocks();
+  for (int cycle = 0; kept_.best().count > 0 && effort_.steps > 0 && meter_.step(); ++cycle) {
+    walk(cycle, false);
+    if (options_.by_depth && !meter_.ended()) walk(cycle, true);
+    if (is_long()) run_relays(cycle);
+    run_beams(cycle);
+  }
+  if (effort_of_blocks.steps > 0 && !meter_.proven()) run_blocks(effort_of_blocks);
+}
+
+void NetworkSearch::prove_by_search() {
+  const int least = fewest_network_gates(rotations_.frame, options_, meter_.bound().count,
+                                         kept_.best().count);
+  meter_.prove({least, layers_to_hold(least, qubits())});
+}
 
 /// Those that turn anything.
 std::vector<int> NetworkSearch::rows(bool sorted) const {
@@ -136,30 +157,109 @@ void NetworkSearch::run_greedily() {
     }
     Network network = closed(events, state.frame, 0);
     plans_.report(plan, network.count);
-    keep(std::move(network));
-    if (runs <= always) first_ = best_->count;
+    runs <= always ? kept_.offer_first(std::move(network)) : kept_.offer(std::move(network));
   }
 }
 
-/// So that no list costs more than one rotation after the other, which is hard to beat where
-/// strings are light. Where they are not, ladders are not worth the time.
+/// So that no list costs more than its rotations in groups, one after the other, which is hard to
+/// beat where strings are light; nor has more layers than a colouring of the groups.
 void NetworkSearch::run_ladders() {
-  const std::vector<Gate> gates = ladders(given_, options_.graph);
-  if (static_cast<std::size_t>(first_) < gates.size() / 2) return;
-  NetworkProblem problem(given_, options_.in_order, plans_.first()[0].settings, options_.graph,
+  std::vector<RotationGroup> groups;
+  if (options_.graph == nullptr) {
+    groups = groups_of(given_, options_.in_order);
+  } else {
+    for (int row = 0; row < given_.count(); ++row) groups.push_back({row});
+  }
+  play_ladders(groups, false);
+  if (options_.by_depth && options_.graph == nullptr) {
+    play_ladders(by_layers(given_, std::move(groups), options_.in_order), true);
+  }
+}
+
+void NetworkSearch::play_ladders(const std::vector<RotationGroup>& groups, bool shallow) {
+  const std::vector<Gate> gates =
+      ladders(given_, groups, options_.in_order, options_.graph, shallow);
+  // Where strings are heavy, ladders are not worth the time.
+  if (!options_.by_depth && static_cast<std::size_t>(kept_.first()) < gates.size() / 2) return;
+  std::vector<int> order;
+  for (const RotationGroup& group : groups) {
+    for (const int row : group) order.push_back(given_.number(row));
+  }
+  const RotationList grouped(rotations_.frame, std::move(order));
+  NetworkProblem problem(grouped, options_.in_order, plans_.first()[0].settings, options_.graph,
                          rng_);
   std::vector<NetworkEvent> events;
   NetworkState state = problem.start(&events);
   for (const Gate& gate : gates) problem.play(state, gate, &events);
   cancel_pairs(events);
-  keep(closed(events, state.frame, 0));
+  kept_.offer_first(closed(events, state.frame, 0));
+}
+
+/// Takes from the effort what the search of the blocks gets: all where there is one block, or where
+/// they take hardly more gates to begin with, as they gain more by it than other ways; none where
+/// they take many more, half of it otherwise. Only runs that are made with any effort decide.
+Effort NetworkSearch::share_with_blocks() {
+  Effort share = effort_;
+  share.steps = 0;
+  share.on_bound = nullptr;  // what networks of blocks take, others might not
+  if (blocks_.count() == 0 || !blocks_.are_large()) return share;
+  const int own = kept_.size(run_blocks(share));
+  const int first = kept_.first();
+  // Layers of several blocks do not add up: more effort for each could make more of them.
+  if (options_.by_depth && blocks_.count() > 1) return share;
+  if (options_.by_depth ? own <= first : blocks_.count() == 1 || own <= 1.1 * first) {
+    share.steps = std::exchange(effort_.steps, 0);
+    meter_.cut(effort_.steps);
+  } else if (own <= 1.25 * first) {
+    share.steps = effort_.steps / 2;
+    effort_.steps -= share.steps;
+    meter_.cut(effort_.steps);
+    if (effort_.control.deadline) {
+      const auto now = Control::Clock::now();
+      effort_.control.deadline = now + (*effort_.control.deadline - now) / 2;
+    }
+  }
+  return share;
+}
+
+/// As it is kept.
+Network NetworkSearch::run_blocks(const Effort& effort) {
+  PlacedEvents all = blocks_.search(
+      [this](std::size_t block, const Effort& share) { return search_block(block, share); },
+      effort);
+  Network network = measured(std::move(all.events), std::move(all.wires));
+  kept_.offer(network);
+  return network;
+}
+
+PlacedEvents NetworkSearch::search_block(std::size_t block, const Effort& effort) const {
+  NetworkOptions options = options_;
+  options.in_order = false;
+  // In place, so that an open end is never longer than a closed one; and on a device the next block
+  // needs its qubits where they were.
+  if (!blocks_.is_last(block) && (options.end == NetworkEnd::open || options.graph != nullptr)) {
+    options.end = NetworkEnd::closed;
+  }
+  std::vector<int> parities = blocks_.parities_of(block);
+  if (blocks_.are_all() && !options_.in_order) {
+    std::ranges::sort(parities);
+    return search_parity_network(blocks_.strings_of(block, parities).frame, options, effort);
+  }
+  const Rotations strings = blocks_.strings_of(block, parities);
+  NetworkSearch search(strings, options, effort);
+  search.search();
+  Network network = search.kept_.answer();
+  for (NetworkEvent& event : network.events) {
+    if (event.row >= 0) event.row = parities[static_cast<std::size_t>(event.row)];
+  }
+  return {std::move(network.events), std::move(network.wires)};
 }
 
 /// The gates of the best network up to a random one.
 std::vector<Gate> NetworkSearch::random_prefix() {
   std::vector<Gate> prefix;
-  const int cut = rng_.below(best_->open + 1);
-  for (const NetworkEvent& event : best_->events) {
+  const int cut = rng_.below(kept_.best().open + 1);
+  for (const NetworkEvent& event : kept_.best().events) {
     if (static_cast<int>(prefix.size()) == cut) break;
     if (event.row < 0) prefix.push_back(event.gate);
   }
@@ -179,13 +279,13 @@ void NetworkSearch::run_relays(int cycle) {
     const std::vector<Gate> prefix = run < from_start ? std::vector<Gate>() : random_prefix();
     const RotationList& rows = list(plans_.draw(rng_));
     options.stretch = 30 + rng_.below(50);
-    options.known = options_.in_order ? best_->count : 0;  // in any order it does not help
+    options.known = options_.in_order ? kept_.best().count : 0;  // in any order it does not help
     const std::uint64_t before = meter_.steps();
     const auto gates = run_relay(rows, options, prefix, plans_, rng_, meter_);
     if (!gates) return;
     NetworkProblem problem(rows, options_.in_order, plans_.first()[0].settings, options_.graph,
                            rng_);
-    keep(finished(problem, prefix, *gates, before));
+    kept_.offer(finished(problem, prefix, *gates, before));
   }
 }
 
@@ -217,7 +317,7 @@ void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& p
     for (const auto& move : found.moves) gates.push_back(move.gate);
     Network network = finished(problem, prefix, gates, before);
     if (prefix.empty()) plans_.report(plan, network.count);
-    keep(std::move(network));
+    kept_.offer(std::move(network));
   }
 }
 
@@ -232,24 +332,26 @@ Network NetworkSearch::finished(NetworkProblem& problem, const std::vector<Gate>
                 std::min((meter_.steps() - before) / 8, std::uint64_t{1} << 14));
 }
 
-/// Longer with every cycle, each time from the best network.
-void NetworkSearch::walk(int cycle) {
+/// Longer with every cycle, each time from the best network; with `by_layers` from the one of
+/// fewest layers, to others that have no more.
+void NetworkSearch::walk(int cycle, bool by_layers) {
   constexpr std::uint64_t steps_an_event = 8;
-  const Network from = *best_;
+  const Network from = by_layers ? kept_.shallow() : kept_.best();
   const std::uint64_t steps = steps_an_event * from.events.size() << std::min(cycle, 6);
   NetworkWalk walk(from.events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
                    options_.graph);
   constexpr Cooling cooling;
-  int least = from.count;
+  int least = by_layers ? from.depth : from.count;
   for (std::uint64_t k = 0; k < steps; ++k) {
     const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
-    if (walk.step(uphill, rng_) && walk.count() < least) {
-      least = walk.count();
-      keep(measured(walk.events(), from.wires));
+    const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
+    if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
+      least = now;
+      kept_.offer(measured(walk.events(), from.wires));
     }
     if (!meter_.step()) return;  // with more effort the walk would have ended elsewhere
   }
-  keep(measured(walk.events(), from.wires));
+  kept_.offer(measured(walk.events(), from.wires));
 }
 
 /// With its tail, for which so many steps are taken, and the qubits where they are to stand.
@@ -302,25 +404,8 @@ Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<in
   return network;
 }
 
-/// Where it is no worse than the best, so that searches go on from another one.
-void NetworkSearch::keep(Network network) {
-  const auto count_first = [](const Network& n) { return std::tuple(n.count, n.depth); };
-  const auto depth_first = [](const Network& n) { return std::tuple(n.depth, n.count); };
-  const auto found = std::tuple(network.count, network.depth);
-  bool better = false;
-  if (!shallow_ || depth_first(network) < depth_first(*shallow_)) {
-    better = options_.by_depth;
-    shallow_ = network;
-  }
-  if (!best_ || count_first(network) <= count_first(*best_)) {
-    better |= !options_.by_depth && (!best_ || count_first(network) < count_first(*best_));
-    best_ = std::move(network);
-  }
-  if (better) meter_.better(std::get<0>(found), std::get<1>(found));
-}
-
 NetworkResult NetworkSearch::result() const {
-  const Network& network = options_.by_depth ? *shallow_ : *best_;
+  const Network& network = kept_.answer();
   const int n = qubits();
   NetworkResult result{{}, network.wires, network.count, network.depth};
   PauliFrame images = identity_images(n);
@@ -339,26 +424,25 @@ NetworkResult NetworkSearch::result() const {
 NetworkResult search_network(const Rotations& rotations, const NetworkOptions& options,
                              const Effort& effort) {
   if (options.graph != nullptr) require_connected(*options.graph, rotations.frame.qubits());
-  if (!is_locally_diagonal(rotations.frame)) return NetworkSearch(rotations, options, effort).run();
-  // The first runs do better on few light rotations, the search for parities on all others.
-  Effort none = effort;
-  none.steps = 0;
-  NetworkResult first = NetworkSearch(rotations, options, none).run();
-  LowerBound bound = bound_of_network(rotations.frame, options);
-  if (effort.steps > 0) {
-    const int least = fewest_network_gates(rotations.frame, options, bound.count, first.count);
-    bound.raise({least, layers_to_hold(least, rotations.frame.qubits())});
-    if (effort.on_bound) effort.on_bound(bound);
-  }
-  if (first.count <= bound.count && first.depth <= bound.depth) return first;
-  Effort parities = effort;
-  parities.on_bound = nullptr;  // what networks of parities take, others might not
-  NetworkResult found = search_diagonal_network(rotations, options, parities);
+  NetworkSearch search(rotations, options, effort);
+  if (!search.is_closed_anyhow()) return search.run();
+  // Searched as closed as well, for as many steps: an open end is never longer than a closed one.
+  Effort half = effort;
+  const auto now = Control::Clock::now();
+  if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
+  NetworkSearch open_search(rotations, options, half);
+  NetworkResult open = open_search.run();
+  if (open_search.is_proven()) return open;
+  NetworkOptions closed_options = options;
+  closed_options.end = NetworkEnd::closed;
+  Effort rest = effort;
+  rest.on_bound = nullptr;  // what closed networks take, open ones might not
+  NetworkResult closed = NetworkSearch(rotations, closed_options, rest).run();
   const auto size = [&](const NetworkResult& result) {
-    const std::pair both(result.count, result.depth);
-    return options.by_depth ? std::pair(both.second, both.first) : both;
+    return options.by_depth ? std::pair(result.depth, result.count)
+                            : std::pair(result.count, result.depth);
   };
-  return size(found) < size(first) ? found : first;
+  return size(closed) < size(open) ? closed : open;
 }
 
 }  // namespace zelt::braidwerk::internal

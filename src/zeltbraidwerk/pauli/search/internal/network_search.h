@@ -35,8 +35,11 @@ struct NetworkResult {
 
 /// A short circuit of rotations. Identity strings are left out.
 ///
-/// Greedy runs, then beams from the start and from random gates of the best circuit so far, with
-/// random costs, and walks between them. The first runs are finished whatever the effort. Throws
+/// Greedy runs and ladders of rotations on the same qubits, so that on all pairs of wires no list
+/// takes more gates than these, nor more layers than an edge colouring of them; then walks, and
+/// beams from the start and from random gates of the best circuit so far, with random costs. Lists
+/// in layers that are diagonal in some basis of each qubit, and long enough, are searched layer by
+/// layer, as networks of parities. The first runs are finished whatever the effort. Throws
 /// std::invalid_argument for a graph that is not connected or has another number of wires.
 ZELTBRAIDWERK_KERNEL_EXPORT NetworkResult search_network(const Rotations& rotations,
                                                          const NetworkOptions& options,

@@ -1,5 +1,6 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
@@ -20,6 +21,7 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
+      levels_(static_cast<std::size_t>(qubits)),
       now_(4 * static_cast<std::size_t>(qubits)) {
   for (const NetworkEvent& event : events) {
     gates_.push_back(event.gate);
@@ -28,7 +30,7 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
   std::iota(now_.begin(), now_.end(), End{0});
 }
 
-bool NetworkWalk::step(float uphill, Rng& rng) {
+bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   if (gates_.empty()) return false;
   const int at = rng.below(static_cast<int>(gates_.size()));
   if (rows_[static_cast<std::size_t>(at)] >= 0) return false;
@@ -56,8 +58,22 @@ bool NetworkWalk::step(float uphill, Rng& rng) {
     new_gates_.push_back({placed(event.gate.a), placed(event.gate.b)});
     new_rows_.push_back(event.row);
   }
+  const bool limited = most_layers < std::numeric_limits<int>::max();
+  if (limited) {
+    old_gates_ = gates_;
+    old_rows_ = rows_;
+  }
   put_block(rows_, window_, new_rows_);
   put(put_block(gates_, window_, new_gates_));
+  if (limited) {
+    const int depth = layers();
+    if (depth > most_layers) {
+      gates_.swap(old_gates_);
+      rows_.swap(old_rows_);
+      return false;
+    }
+    depth_ = depth;
+  }
   count_ += gates_of(block_.events()) - old;
   return true;
 }
@@ -90,6 +106,19 @@ void NetworkWalk::put(int from) {
     *gate = {now_[gate->a], now_[gate->b]};
   }
   each([&](End end, End) { now_[end] = end; });
+}
+
+int NetworkWalk::layers() {
+  std::ranges::fill(levels_, 0);
+  int most = 0;
+  for (std::size_t k = 0; k < gates_.size(); ++k) {
+    if (rows_[k] >= 0) continue;
+    int& a = levels_[static_cast<std::size_t>(wire_of(gates_[k].a))];
+    int& b = levels_[static_cast<std::size_t>(wire_of(gates_[k].b))];
+    a = b = std::max(a, b) + 1;
+    most = std::max(most, a);
+  }
+  return most;
 }
 
 std::vector<NetworkEvent> NetworkWalk::events() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "zeltbraidwerk/pauli/search/internal/network_block.h"
@@ -17,19 +18,23 @@ class NetworkWalk {
   NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order, bool end_is_free,
               const BitGraph* graph);
 
-  /// True when the network has changed. `uphill` is the probability of a gate more.
-  bool step(float uphill, Rng& rng);
+  /// True when the network has changed. `uphill` is the probability of a gate more. Changes that
+  /// would make more layers than `most_layers` are not made.
+  bool step(float uphill, Rng& rng, int most_layers = std::numeric_limits<int>::max());
 
   int count() const { return count_; }
+  int depth() const { return depth_; }  ///< only kept where layers are limited
   std::vector<NetworkEvent> events() const;
 
  private:
   unsigned pairs_that_meet() const;
   void put(int from);
+  int layers();
 
   const BitGraph* graph_;
   bool end_is_free_;
   int count_ = 0;
+  int depth_ = 0;
   std::vector<Gate> gates_;  // both ends of a rotation are the same
   std::vector<int> rows_;
   WindowFinder finder_;
@@ -38,7 +43,10 @@ class NetworkWalk {
   std::vector<NetworkEvent> inside_;
   std::vector<Gate> new_gates_;
   std::vector<int> new_rows_;
-  std::vector<End> now_;  // by end
+  std::vector<Gate> old_gates_;
+  std::vector<int> old_rows_;
+  std::vector<int> levels_;  // scratch: of wires
+  std::vector<End> now_;     // by end
 };
 
 }  // namespace zelt::braidwerk::internal
