@@ -224,6 +224,14 @@ TEST(Routing, Metrics) {
   EXPECT_DOUBLE_EQ(shelving.get_score(pair), 1 - 0.01);
   std::vector<int> moved{1, 2};
   EXPECT_DOUBLE_EQ(shelving.get_score(moved), (1 - 0.002) * (1 - 0.01));
+  // Ions without a bit of their own never change.
+  ShelveMetric bare(0, 0.25, 0.1);
+  std::vector<int> three{0, 1, 2};
+  EXPECT_EQ(bare.get_score(three), 0.25);
+  bare.update(three);
+  EXPECT_EQ(bare.get_score(three), 0.25);
+  shelving.update(three = {0, 1, 7});
+  EXPECT_DOUBLE_EQ(shelving.get_score(three), 1 - 0.03);
   EXPECT_TRUE(shelving.compare(0.5, -1) && shelving.compare(0.6, 0.5));
   EXPECT_FALSE(shelving.compare(0.5, 0.5) || DefaultMetric().compare(5, 5));
   std::vector<RotationSequence> blocks{{{"ZZZZZ", 0.1}, {"YIIIZ", 0.2}}};
