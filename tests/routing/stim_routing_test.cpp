@@ -76,7 +76,7 @@ TEST(StimRouting, Updates) {
   for (const Gate& gate : gates) tableau.apply_left(gate);
   update_stim_tableau_left(gates, expected);
   EXPECT_EQ(convert_to_stim(tableau), expected);
-  update_stim_tableau_left({rz(-pi / 2), rx(0.3), Gate("X", {0})}, expected);
+  update_stim_tableau_left({rz(-pi / 2), rx(0.3), Gate("X", {0}), Gate(), Gate("I", {})}, expected);
   EXPECT_EQ(convert_to_stim(tableau), expected);
   EXPECT_THROW(
       update_stim_tableau_left({Gate("RX", {0}, {structures::Parameter("a")}, false)}, expected),

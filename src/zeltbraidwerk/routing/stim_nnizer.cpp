@@ -128,7 +128,7 @@ int cost_clifford_order_stim(int block, std::vector<StimRotations>& blocks, Stim
 void update_stim_tableau_left(const std::vector<Gate>& gates, StimTableau& tableau) {
   Transposed view(tableau);
   for (const Gate& gate : gates) {
-    const std::size_t q = at(gate.qbits.at(0));
+    const auto qubit = [&](std::size_t k) { return at(gate.qbits.at(k)); };
     const auto quarter_turns = [&] {
       const double theta = std::fmod(gate.params.at(0).get_numeric_value(), full_turn);
       return is_near(theta, quarter_turn)         ? 1
@@ -137,18 +137,19 @@ void update_stim_tableau_left(const std::vector<Gate>& gates, StimTableau& table
                                                   : 0;
     };
     if (gate.name == "CNOT") {
-      view.append_ZCX(q, at(gate.qbits.at(1)));
+      view.append_ZCX(qubit(0), qubit(1));
     } else if (gate.name == "CZ" || gate.name == "CSIGN") {
-      view.append_ZCZ(q, at(gate.qbits.at(1)));
+      view.append_ZCZ(qubit(0), qubit(1));
     } else if (gate.name == "H") {
-      view.append_H_XZ(q);
+      view.append_H_XZ(qubit(0));
     } else if (gate.name == "RZ" || gate.name == "PH") {
-      for (int k = quarter_turns(); k > 0; --k) view.append_S(q);
+      for (int k = quarter_turns(); k > 0; --k) view.append_S(qubit(0));
     } else if (gate.name == "RX") {
       const int count = quarter_turns();
-      view.append_H_XZ(q);
-      for (int k = 0; k < count; ++k) view.append_S(q);
-      view.append_H_XZ(q);
+      if (count == 0) continue;
+      view.append_H_XZ(qubit(0));
+      for (int k = 0; k < count; ++k) view.append_S(qubit(0));
+      view.append_H_XZ(qubit(0));
     }
   }
 }
