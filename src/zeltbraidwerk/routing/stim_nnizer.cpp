@@ -8,6 +8,7 @@
 #include <stim/stabilizers/tableau_transposed_raii.h>
 #include "zeltbraidwerk/foundations/internal/turns.h"
 #include "zeltbraidwerk/foundations/weyl.h"
+#include "zeltbraidwerk/routing/internal/cached_trees.h"
 #include "zeltbraidwerk/routing/internal/route.h"
 
 namespace synthesis {
@@ -91,7 +92,7 @@ void clifford_nnize_stim(const std::vector<Gate>& circuit, Graph& graph, int dep
   }
   StimAxes axes(strings, StimTableau(frame.num_qubits));
   Waiting waiting(form.first);
-  DeviceTrees trees(graph);
+  CachedTrees trees(graph);
   route_on_device(
       axes, waiting, trees, FanInCost::cnots, depth, Control(), [&](const Gadget& gadget) {
         std::ranges::move(gadget.gates(), std::back_inserter(out));
@@ -113,10 +114,10 @@ int cost_clifford_order_stim(int block, std::vector<StimRotations>& blocks, Stim
   }
   Waiting waiting(std::move(first));
   if (waiting.is_empty(0)) return 0;
-  DeviceTrees trees(graph);
+  CachedTrees trees(graph);
   const Control control;
   Gadget gadget;
-  GadgetSearch<StimAxes> search(waiting, trees, FanInCost::cnots, control);
+  GadgetSearch<StimAxes, CachedTrees> search(waiting, trees, FanInCost::cnots, control);
   const int cost = search.best(0, StimAxes(strings, std::move(frame)), depth, &gadget);
   std::ranges::move(gadget.gates(), std::back_inserter(gates));
   if (gadget.root >= 0) qubit = gadget.root;
