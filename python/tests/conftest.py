@@ -1,3 +1,4 @@
+import gc
 import os
 import signal
 import threading
@@ -9,6 +10,15 @@ from support import product
 
 settings.register_profile("default", deadline=None, max_examples=40, derandomize=True)
 settings.load_profile("default")
+
+
+def pytest_unconfigure():
+    """Hypothesis registers a callback of the garbage collector for good, and what it can reach, the
+    cases of all test modules among them, would outlive the interpreter.
+    """
+    gc.callbacks[:] = [
+        call for call in gc.callbacks if not (call.__module__ or "").startswith("hypothesis.")
+    ]
 
 
 @pytest.fixture
