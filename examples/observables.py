@@ -22,11 +22,9 @@ LETTERS["Z"] = np.diag([1, -1])
 
 
 def main() -> None:
-    ansatz = gallery.uccsd(4, 2, [0.02, -0.03, -0.11])
-    closed = zb.pauli.synthesize(ansatz, method="greedy", order="commuting", seed=1)
-    left_open = zb.pauli.synthesize(
-        ansatz, method="greedy", order="commuting", tail="return", seed=1
-    )
+    ansatz = list(gallery.uccsd(4, 2, [0.02, -0.03, -0.11]).items())  # a product, in this order
+    closed = zb.pauli.synthesize(ansatz, method="greedy", seed=1)
+    left_open = zb.pauli.synthesize(ansatz, method="greedy", tail="return", seed=1)
     # The Hartree-Fock state: orbitals 0 and 1 filled.
     filled = zb.Circuit(4, [zb.Gate("X", 0), zb.Gate("X", 1)])
 

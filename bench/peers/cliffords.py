@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import sys
 from collections.abc import Callable, Sequence
+from functools import partial
 from statistics import mean
 from typing import Any
 
@@ -63,7 +64,7 @@ def pytket_greedy(given: Any, device: zb.Device, timed: Timer) -> Cost:
 def ours(seconds: float, **options: object) -> Method:
     def run(given: Any, device: zb.Device, timed: Timer) -> Cost:
         if isinstance(given, dict):
-            synthesize = zb.pauli.synthesize
+            synthesize = partial(zb.pauli.synthesize, order="free")
         elif isinstance(given, zb.CliffordTableau):
             synthesize = zb.clifford.synthesize
         else:

@@ -92,9 +92,10 @@ def qiskit_default(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, floa
     return zb.Circuit.from_qiskit(found), seconds
 
 
-def ours(**options: object):
+def ours(order: str = "free", **options: object):
     def run(rotations: Rotations, timed: Timer) -> tuple[zb.Circuit, float]:
-        result, seconds = timed(lambda: zb.pauli.synthesize(rotations, seed=1, **options))
+        listed = list(rotations.items())
+        result, seconds = timed(lambda: zb.pauli.synthesize(listed, order=order, seed=1, **options))
         return result.circuit, seconds
 
     return run

@@ -126,12 +126,12 @@ def _cost(pairs: list[tuple[int, ...]], device: zb.Device, seconds: float) -> Co
 PEERS = (
     ("Qiskit, level 3", qiskit_default),
     ("pytket, default", pytket_default),
-    ("handed back", ours()),
-    ("one step ahead", ours(depth=1)),
-    ("two steps ahead", ours(depth=2)),
-    ("for depth", ours(objective="depth")),
-    ("closed", ours(tail="close")),
-    ("two, closed", ours(depth=2, tail="close")),
+    ("handed back", ours(tail="return")),
+    ("one step ahead", ours(depth=1, tail="return")),
+    ("two steps ahead", ours(depth=2, tail="return")),
+    ("for depth", ours(objective="depth", tail="return")),
+    ("closed", ours()),
+    ("two, closed", ours(depth=2)),
 )
 
 

@@ -30,11 +30,13 @@ def pauli() -> Iterator[Row]:
         for method, wires in itertools.product(zb.pauli.methods(), ("exact", "free")):
             if method == "search":  # see search.py
                 continue
-            result = zb.pauli.synthesize(rotations, method=method, permutation=wires, seed=1)
+            result = zb.pauli.synthesize(
+                rotations, method=method, order="free", permutation=wires, seed=1
+            )
             yield _row("pauli", name, f"{method} {wires}", result)
-    ansatz = gallery.uccsd(12, 4)
+    ansatz = list(gallery.uccsd(12, 4).items())
     for method in ("auto", "greedy", "recursive"):
-        result = zb.pauli.synthesize(ansatz, method=method, order="commuting", seed=1)
+        result = zb.pauli.synthesize(ansatz, method=method, seed=1)
         yield _row("pauli", "uccsd_lih", f"{method} in order", result)
 
 
@@ -45,7 +47,8 @@ def graph_states() -> Iterator[Row]:
             if method == "search":
                 continue
             for runs in (1, 5):
-                result = zb.graph_state.synthesize(graph, method=method, seed=1, restarts=runs)
+                restarts = None if method == "naive" else runs
+                result = zb.graph_state.synthesize(graph, method=method, seed=1, restarts=restarts)
                 yield _row("graph_state", f"random_{n}_{seed}", f"{method} x{runs}", result)
 
 

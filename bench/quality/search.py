@@ -66,14 +66,15 @@ def paulis() -> Iterator[Row]:
         for order in ("free", "commuting"):
             for steps in (0, 3_000):
                 result = zb.pauli.synthesize(
-                    rotations, method="search", order=order, seed=1, steps=steps
+                    list(rotations.items()), method="search", order=order, seed=1, steps=steps
                 )
                 yield _row("pauli", name, f"{order} {steps}", result)
     for device in (zb.Device.grid(4, 4), zb.Device.line(12)):
         for steps in (0, 3_000):
             result = zb.pauli.synthesize(
-                inputs["uccsd_lih"], method="search", device=device, seed=1, steps=steps
-            )
+                inputs["uccsd_lih"], method="search", order="free", device=device, seed=1,
+                steps=steps,
+            )  # fmt: skip
             yield _row("pauli", f"uccsd_lih on {device.name or device.n}", str(steps), result)
 
 

@@ -155,8 +155,8 @@ def strings(
 ) -> Row:  # fmt: skip
     calls = [
         lambda seconds, some=some: zb.pauli.synthesize(
-            dict.fromkeys(some, 0.1), method="search", order=order, seed=1, **_effort(seconds),
-            **options,
+            [(string, 0.1) for string in dict.fromkeys(some)], method="search", order=order, seed=1,
+            **_effort(seconds), **options,
         )
         for some in lists
     ]  # fmt: skip

@@ -50,7 +50,7 @@ class Case:
 
     def size(self, result):
         """What more steps never make worse. The tail of a routed circuit is closed for count."""
-        if self.search is routed:
+        if self.search is zb.routing.route:
             return result.count
         by_depth = self.options["objective"] == "depth"
         return (result.depth, result.count) if by_depth else (result.count, result.depth)
@@ -146,6 +146,8 @@ def pauli(draw, n):
     )  # fmt: skip
     if ground is not None or options["tail"] == "return":
         options["permutation"] = "exact"
+    if options["order"] == "free":
+        options["repeated"] = "merge"
 
     def check(result):
         inputs, outputs = assert_report(result, n, ground, options["permutation"] == "free")
@@ -240,16 +242,9 @@ def routing(draw, n):
         assert_operator(operator.then(tail), behind, places, places)
         assert kept["tail"] == "return" or tail == stim.Tableau(result.n)
 
-    return Case(routed, source, kept | {"steps": options.get("steps", 10)}, check)
-
-
-def routed(circuit, *, steps, **options):
-    """With as many steps for the tail."""
-    usual, zb.routing._CLOSING_STEPS = zb.routing._CLOSING_STEPS, steps
-    try:
-        return zb.routing.route(circuit, **options)
-    finally:
-        zb.routing._CLOSING_STEPS = usual
+    if kept["tail"] == "close":
+        kept["steps"] = options.get("steps", 10)
+    return Case(zb.routing.route, source, kept, check)
 
 
 # --- running ------------------------------------------------------------------------------------

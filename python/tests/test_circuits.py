@@ -10,7 +10,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 from support import cnots, replay
 
-from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Gate, Parameter, errors
+from zeltbraidwerk import Barrier, Circuit, CliffordTableau, CnotCircuit, Gate, Parameter, errors
 
 
 @st.composite
@@ -159,11 +159,12 @@ def test_qasm_of_others():
         t a[0]; swap a[0],a[1];
     """
     expected = [
-        Gate.h(0), Gate.h(1), Gate.cnot(1, 2), Gate.rz(2, -3 * math.pi / 4 + 0.5),
+        Gate.h(0), Gate.h(1), Gate.cnot(1, 2), Barrier((0, 1)),
+        Gate.rz(2, -3 * math.pi / 4 + 0.5),
         Gate("PH", 0, math.sqrt(2)), Gate("PH", 0, math.pi / 4),
         Gate.cnot(0, 1), Gate.cnot(1, 0), Gate.cnot(0, 1),
     ]  # fmt: skip
-    assert Circuit.from_qasm(text) == Circuit(3, expected)
+    assert Circuit.from_qasm(text) == Circuit(3, expected, [("c", 2)])
     toffoli = Circuit.from_qasm("qreg q[3]; ccx q[0],q[1],q[2];")
     assert (toffoli.count, toffoli.two_qubit_count) == (15, 6)
 
@@ -171,7 +172,7 @@ def test_qasm_of_others():
 @pytest.mark.parametrize(
     ("text", "complaint"),
     [
-        ("qreg q[1];\nmeasure q[0] -> c[0];", "line 2: got 'measure'"),
+        ("qreg q[1];\nmeasure q[0] -> c[0];", r"line 2: got the operand 'c\[0\]', wanted a bit"),
         ("qreg q[1];\n\nfoo q[0];", "line 3: the gate foo is not known"),
         ("qreg q[1]; h q[1];", r"line 1: got q\[1\], wanted places 0 to 0"),
         ("qreg q[2]; cx q[0],q[0];", "a qubit twice"),
@@ -230,19 +231,9 @@ def test_what_other_packages_have_and_we_do_not():
     pytest.importorskip("stim")
     with pytest.raises(errors.NotCliffordError, match=r"RZ\(0.3\)"):
         Circuit(1, [Gate.rz(0, 0.3)]).to_stim()
-    qiskit = pytest.importorskip("qiskit")
-    measured = qiskit.QuantumCircuit(1, 1)
-    measured.measure(0, 0)
-    with pytest.raises(errors.GateError, match="measure is not known"):
-        Circuit.from_qiskit(measured)
+    pytest.importorskip("qiskit")
     symbolic = Circuit(1, [Gate.rz(0, Parameter("a") + 1.0)]).to_qiskit()
     assert [p.name for p in symbolic.parameters] == ["a"]
-    tket = pytest.importorskip("pytket.circuit")
-    swapped = tket.Circuit(2)
-    swapped.SWAP(0, 1)
-    swapped.replace_SWAPs()
-    with pytest.raises(errors.GateError, match="renames its wires"):
-        Circuit.from_pytket(swapped)
 
 
 def test_a_missing_package_is_named(monkeypatch):

@@ -218,7 +218,7 @@ def test_best_over_time_is_drawn_a_line_a_result(dense):
     axes = Axes()
     assert plot.best_over_time(result, result, axes=axes) is axes
     assert axes.lines[1][1][-1] == result.count
-    with pytest.raises(ValueError, match="value: got 'time', wanted 'count' or 'depth'"):
+    with pytest.raises(ValueError, match="value: got 'time', wanted one of 'count', 'depth'"):
         plot.best_over_time(result, value="time")
 
 
@@ -254,7 +254,7 @@ def test_ctrl_c_stops_at_once_with_the_best_so_far(ctrl_c, dense):
         ([1, 0], errors.ShapeError, r"got shape \(2,\), wanted a square matrix"),
         (np.ones((2, 2, 2), dtype=bool), errors.ShapeError, r"got shape \(2, 2, 2\)"),
         ([[1, 1], [1, 1]], errors.SingularMatrixError, "got a singular 2 by 2 matrix"),
-        (None, errors.DtypeError, "type object"),
+        (None, errors.DtypeError, "matrix: got None, wanted an array or nested lists"),
     ],
 )
 def test_bad_matrices_are_refused_by_name(matrix, error, text):

@@ -7,7 +7,7 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support import letters_matrix, rotation_matrix, same_up_to_phase, unitary
+from support import gate_matrix, letters_matrix, rotation_matrix, same_up_to_phase, unitary
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import Parameter, core, errors, gallery, pauli
@@ -44,14 +44,12 @@ def product(listed):
 def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
     wanted = product(listed)
     brief = {"restarts": 2, **briefly(method)}
-    result = pauli.synthesize(listed, method=method, order="commuting", seed=seed, **brief)
+    result = pauli.synthesize(listed, method=method, seed=seed, **brief)
     assert result.verify()
     assert same_up_to_phase(unitary(result.circuit), wanted)
 
     # Handed back, the tail goes into the observables.
-    result = pauli.synthesize(
-        listed, method=method, order="commuting", tail="return", seed=seed, **brief
-    )
+    result = pauli.synthesize(listed, method=method, tail="return", seed=seed, **brief)
     assert result.verify()
     circuit = unitary(result.circuit)
     for observable in ("X" * result.n, "-" + "YZ" * result.n):
@@ -66,8 +64,9 @@ def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
     order=st.sampled_from(["free", "commuting"]),
 )
 def test_every_way_verifies(listed, seed, order):
-    options = {"order": order, "seed": seed, "restarts": 2}
-    ladder = pauli.synthesize(listed, method="ladder", order=order)
+    way = {"order": order, "repeated": "merge" if order == "free" else "refuse"}
+    options = {**way, "seed": seed, "restarts": 2}
+    ladder = pauli.synthesize(listed, method="ladder", **way)
     for method in METHODS:
         for way in ({"permutation": "free"}, {"tail": "return"}, {}):
             result = pauli.synthesize(listed, method=method, **way, **options, **briefly(method))
@@ -90,7 +89,7 @@ def test_every_way_verifies(listed, seed, order):
 
 def test_verification_finds_faults():
     given = [("XX", 0.5), ("ZI", "a"), ("YY", 0.25)]
-    result = pauli.synthesize(given, order="commuting", tail="return", method="greedy")
+    result = pauli.synthesize(given, tail="return", method="greedy")
     assert result.verify()
     gates = list(result.circuit)
     at = next(k for k, gate in enumerate(gates) if gate.name == "CNOT")
@@ -110,21 +109,104 @@ def replaced(result, **changes):
     return type(result)(**{**fields, **changes})
 
 
-def test_orders_of_rotations():
-    # X and Z do not commute: free, they may stand in either order; commuting, in theirs alone.
-    first = pauli.synthesize([("ZZ", 0.1), ("XI", 0.2), ("ZZ", 0.3)], order="free")
-    assert [angle for _, angle in first.rotations] == [0.4, 0.2]
-    exact = pauli.synthesize([("ZZ", 0.1), ("XI", 0.2), ("ZZ", 0.3)], order="commuting")
-    assert [angle for _, angle in exact.rotations] == [0.1, 0.2, 0.3]
-    merged = pauli.synthesize([("ZZ", 6.0), ("XX", "a"), ("-ZZ", -6.0)], order="commuting")
-    assert [angle for _, angle in merged.rotations] == [12.0, Parameter("a")]
+def evolved(gates, state):
+    """The state after gates, or after pairs of a Pauli string and an angle."""
+    n = len(state).bit_length() - 1
+    for gate in gates:
+        matrix = gate_matrix(gate, n) if isinstance(gate, zb.Gate) else rotation_matrix(*gate)
+        state = matrix @ state
+    return state
+
+
+def test_a_layer_of_qaoa_keeps_its_energy():
+    strings = gallery.maxcut(6)
+    edges = [string for string in strings if "Z" in string]
+    layer = [(string, 0.6 if "Z" in string else 0.8) for string in strings]
+    start = np.full(64, 1 / 8)
+
+    def energy(state):
+        return sum(np.vdot(state, letters_matrix(edge) @ state).real for edge in edges)
+
+    wanted = energy(evolved(layer, start))
+    assert abs(wanted) > 2
+    for options in ({}, {"objective": "depth"}, {"device": zb.Device.grid(2, 3)}):
+        result = pauli.synthesize(layer, seed=1, steps=2000, **options)
+        assert result.verify()
+        assert result.order == "commuting"
+        assert np.isclose(energy(evolved(result.circuit, start)), wanted)
+    # In any order, as asked for by name, the energy is another one, which is why.
+    free = pauli.synthesize(layer, order="free", method="search", seed=1, steps=2000)
+    assert free.order == "free"
+    assert free.verify()
+    assert not np.isclose(energy(evolved(free.circuit, start)), wanted)
+    assert not replaced(free, order="commuting").verify()
+
+
+def test_angles_of_equal_strings():
+    def angles(given, **options):
+        return [float(angle) for _, angle in pauli.synthesize(given, **options).rotations]
+
+    steps = 3 * [("ZZ", 0.1), ("XI", 0.2)]
+    assert angles(steps) == [0.1, 0.2, 0.1, 0.2, 0.1, 0.2]
+    with pytest.raises(errors.OptionError, match=r"got ZZ again after XI.*repeated='merge'"):
+        pauli.synthesize(steps, order="free")
+    assert np.allclose(angles(steps, order="free", repeated="merge"), [0.3, 0.6])
+    # Nothing between that does not commute: added either way, across other strings and itself.
+    meeting = [("ZZ", 6.0), ("XX", 1.0), ("-ZZ", -6.0), ("xx", 2.0), ("+ZZ", 0.5), ("XI", 1.0)]
+    assert angles(meeting) == angles(meeting, order="free") == [12.5, 3.0, 1.0]
+    # Of a mapping, which has no order, always.
+    mapping = {"-XI": 0.25, "ZI": 0.5, "X_": 1.0, "Z_": 0.25, "XI": 2.0}
+    assert angles(mapping, order="free") == [2.75, 0.75]
+    assert angles(mapping | {"ZI": 0.5, "Z_": -0.5}, order="free") == [2.75, 0.0]
+
+
+def test_long_lists_keep_their_order():
+    """Longer than what is looked at together."""
+    rows = [format(k, "012b").translate({48: "I", 49: "Z"}) for k in range(1, 3000)]
+    listed = [(row, 1.0) for row in rows]
+    options = {"method": "search", "steps": 0}
+    twice = pauli.synthesize(listed + listed, **options)
+    assert [float(angle) for _, angle in twice.rotations] == len(rows) * [2.0]
+    mixer = ("X" + 11 * "I", 1.0)  # does not commute with rows from 2048 on
+    both = pauli.synthesize([*listed, mixer, *listed], method="recursive")
+    assert len(both.rotations) == len(rows) + 1 + 3000 - 2048
+    assert both.verify()
+    others = [rotation for rotation in both.rotations if rotation[0] != mixer[0]]
+    assert not replaced(both, rotations=(*others, (mixer[0], Parameter(1.0)))).verify()
+
+
+def test_what_has_no_order_is_refused_where_it_matters():
+    info = pytest.importorskip("qiskit.quantum_info")
+    pytest.importorskip("pytket")
+    from pytket.circuit import Qubit
+    from pytket.pauli import Pauli, QubitPauliString
+    from pytket.utils import QubitPauliOperator
+
+    def of_pytket(*words):
+        terms = [{Qubit(q): Pauli[p] for q, p in enumerate(word)} for word in words]
+        return QubitPauliOperator({QubitPauliString(term): 0.5 for term in terms})
+
+    for clashing, commuting, name in (
+        ({"XI": 0.5, "ZZ": 0.5}, {"XX": 0.5, "ZZ": 0.5}, "a mapping"),
+        ({"XI": 0.5, "ZZ": 0.5}.items(), {"XX": 0.5, "ZZ": 0.5}.items(), "a mapping"),
+        (info.SparsePauliOp(["IX", "ZZ"]), info.SparsePauliOp(["XX", "ZZ"]), "a SparsePauliOp"),
+        (of_pytket("XI", "ZZ"), of_pytket("XX", "ZZ"), "a QubitPauliOperator"),
+    ):
+        with pytest.raises(
+            errors.OptionError, match=rf"order: .*for {name}.*(XI and ZZ|ZZ and XI)"
+        ):
+            pauli.synthesize(clashing)
+        assert pauli.synthesize(clashing, order="free").verify()
+        exact = pauli.synthesize(commuting)
+        assert exact.order == "commuting"
+        assert exact.verify()
 
 
 def test_readout_gives_the_same_values_as_the_observables():
     listed = [("XXI", 0.4), ("IYZ", 1.1), ("ZZZ", -0.7), ("YIX", 0.2)]
     observables = ["ZZI", "-XXI", "YYX"]
     for tail in ("return", "close"):
-        result = pauli.synthesize(listed, tail=tail, order="commuting", method="recursive")
+        result = pauli.synthesize(listed, tail=tail, method="recursive")
         readout = result.readout(observables)
         state = unitary(result.circuit + readout.circuit)[:, 0]
         bits = np.array([[k >> 2 & 1, k >> 1 & 1, k & 1] for k in range(8)])
@@ -169,30 +251,81 @@ def test_forms_of_rotations():
     ]
     stim = pytest.importorskip("stim")
     forms.append([(stim.PauliString("XY_"), 0.5), (stim.PauliString("-_ZZ"), "a")])
-    read = [pauli.synthesize(form, method="ladder").rotations for form in forms]
+    read = [pauli.synthesize(form, order="free", method="ladder").rotations for form in forms]
     assert all(each == read[0] for each in read)
     with pytest.raises(errors.PauliError, match="wanted the sign"):
         pauli.synthesize([(stim.PauliString("iX"), 0.5)])
 
 
-def test_rotations_of_qiskit():
+HAMILTONIANS = [
+    (["XXIY", "IYYI", "ZIZX", "IIII", "YIIZ"], [0.3, -0.2, 0.7, 0.4, -0.15], 0.9),
+    (["IIXZ", "ZYII", "IXIY", "IXIY"], [-0.6, 0.35, 0.2, 0.5], -0.4),
+]
+
+
+@pytest.mark.parametrize("preserve_order", [True, False])
+@pytest.mark.parametrize("kind", ["lie 1", "lie 3", "suzuki 2", "suzuki 4", "grouped", "drift"])
+@pytest.mark.parametrize(("labels", "weights", "time"), HAMILTONIANS)
+def test_an_evolution_gate_of_qiskit_is_its_own_circuit(
+    labels, weights, time, kind, preserve_order
+):
     info = pytest.importorskip("qiskit.quantum_info")
     library = pytest.importorskip("qiskit.circuit.library")
-    operator = info.SparsePauliOp(["XXI", "IYY", "ZIZ"], [0.3, -0.2, 0.7])
-    gate = library.PauliEvolutionGate(operator, time=0.9)
-    result = pauli.synthesize(gate, order="commuting")
-    scaled = pauli.synthesize(operator * 0.9, order="commuting")
-    assert [s for s, _ in scaled.rotations] == [s for s, _ in result.rotations]
-    assert np.allclose([float(a) for _, a in scaled.rotations], [0.54, -0.36, 1.26])
-    theirs = info.Operator(gate.definition).reverse_qargs().data
+    synthesis = pytest.importorskip("qiskit.synthesis")
+    name, _, number = kind.partition(" ")
+    formula = {
+        "lie": lambda: synthesis.LieTrotter(int(number), preserve_order=preserve_order),
+        "suzuki": lambda: synthesis.SuzukiTrotter(
+            int(number), reps=2, preserve_order=preserve_order
+        ),
+        "grouped": lambda: synthesis.LieTrotter(2, preserve_order=preserve_order),
+        "drift": lambda: synthesis.QDrift(2, seed=5, preserve_order=preserve_order),
+    }[name]
+    operator = info.SparsePauliOp(labels, weights)
+    if name == "grouped":
+        operator = operator.group_commuting()
+
+    def gate():
+        return library.PauliEvolutionGate(operator, time, synthesis=formula())
+
+    result = pauli.synthesize(gate(), method="greedy", seed=1)
+    assert result.verify()
+    # A draw of QDrift comes again from a new object with the same seed.
+    theirs = info.Operator(gate().definition).reverse_qargs().data
     assert same_up_to_phase(unitary(result.circuit), theirs)
+    assert same_up_to_phase(product(listed(result)), theirs)
+
+
+def test_operators_of_qiskit():
+    info = pytest.importorskip("qiskit.quantum_info")
+    library = pytest.importorskip("qiskit.circuit.library")
+    synthesis = pytest.importorskip("qiskit.synthesis")
+    operator = info.SparsePauliOp(["XXI", "IYY", "ZIZ"], [0.3, -0.2, 0.7])
+    terms = pauli.synthesize(operator, order="free", method="ladder").rotations
+    assert terms == (("IXX", 0.6), ("YYI", -0.4), ("ZIZ", 1.4))
+    gate = library.PauliEvolutionGate(operator, synthesis=synthesis.MatrixExponential())
+    with pytest.raises(errors.OptionError, match="MatrixExponential, which is no product"):
+        pauli.synthesize(gate)
+    steps = library.PauliEvolutionGate(operator, synthesis=synthesis.LieTrotter(3))
+    with pytest.raises(errors.OptionError, match="again after"):
+        pauli.synthesize(steps, order="free")
+    merged = pauli.synthesize(steps, order="free", repeated="merge", method="ladder").rotations
+    assert [string for string, _ in merged] == [string for string, _ in terms]
+    time = pytest.importorskip("qiskit.circuit").Parameter("t")
+    with pytest.raises(errors.AngleError, match="wanted a number"):
+        pauli.synthesize(library.PauliEvolutionGate(operator, time))
+    nothing = library.PauliEvolutionGate(operator, 0, synthesis=synthesis.QDrift())
+    assert pauli.synthesize(nothing).circuit == zb.Circuit(3)
     with pytest.raises(errors.AngleError, match="real number"):
-        pauli.synthesize(operator * 1j)
+        pauli.synthesize(operator * 1j, order="free")
     assert pauli.codiagonalize([info.Pauli("-XXI"), info.Pauli("ZZI")]).strings == ["-IXX", "+IZZ"]
+    long = pauli.partition([info.Pauli("X" + 69 * "I")])
+    assert long == [[69 * "I" + "X"]]
 
 
 def test_rotations_of_pytket():
     pytest.importorskip("pytket")
+    import sympy
     from pytket.circuit import Circuit, Qubit
     from pytket.pauli import Pauli, QubitPauliString
     from pytket.utils import QubitPauliOperator, gen_term_sequence_circuit
@@ -202,11 +335,14 @@ def test_rotations_of_pytket():
         QubitPauliString({Qubit(1): Pauli.Z, Qubit(0): Pauli.Z}): -0.45,
     }
     operator = QubitPauliOperator(terms)
-    result = pauli.synthesize(operator, order="commuting")
+    result = pauli.synthesize(operator, order="free")
     theirs = gen_term_sequence_circuit(operator, Circuit(3)).get_unitary()
     orders = [product(order) for order in (listed(result), listed(result)[::-1])]
     assert any(same_up_to_phase(theirs, order) for order in orders)
-    assert same_up_to_phase(unitary(result.circuit), orders[0])
+    assert any(same_up_to_phase(unitary(result.circuit), order) for order in orders)
+    operator = QubitPauliOperator({string: sympy.Symbol("a") for string in terms})
+    with pytest.raises(errors.AngleError, match="got a, wanted a number"):
+        pauli.synthesize(operator, order="free")
 
 
 def listed(result):
@@ -221,7 +357,7 @@ def test_edges():
     assert result.rotations == (("ZI", Parameter(1.0)),)
     assert pauli.partition([]) == []
     assert pauli.codiagonalize([]).verify()
-    many = {"".join("IXYZ"[k * 7919 >> 2 * q & 3] for q in range(9)): 0.1 for k in range(300)}
+    many = [("".join("IXYZ"[k * 7919 >> 2 * q & 3] for q in range(9)), 0.1) for k in range(300)]
     assert pauli.synthesize(many, seed=5) == pauli.synthesize(many, seed=5, jobs=2)
     assert (
         pauli.synthesize(many, seed=5, objective="depth").depth
@@ -229,17 +365,115 @@ def test_edges():
     )
 
 
+def two():
+    return pauli.synthesize([("XX", 1.0)], tail="return", method="ladder")
+
+
 @pytest.mark.parametrize(
     ("call", "error", "text"),
     [
         (lambda: pauli.synthesize({"XA": 1.0}), errors.PauliError, "rotations: got 'XA'"),
+        *(
+            (lambda bad=bad: pauli.synthesize(bad), error, text)
+            for bad, error, text in (
+                ({"iXX": 0.1}, errors.PauliError, "rotations: got 'iXX'"),
+                ([("-iXX", 0.1)], errors.PauliError, "got '-iXX', wanted letters I, X, Y, Z"),
+                ([("XX", 0.1), ("XXX", 0.1)], errors.PauliError, "got 3 letters, wanted 2"),
+                ([("XX", True)], errors.DtypeError, "rotations: got True, wanted a number"),
+                ([("XX", -math.inf)], errors.AngleError, "rotations: got -inf"),
+                ([("XX", 10**400)], errors.AngleError, "rotations: got inf"),
+                ([("XX", 1e308), ("XX", 1e308)], errors.AngleError, "rotations: got inf"),
+                ([("XX", 1j)], errors.DtypeError, "rotations: got 1j"),
+                ([("XX", np.array([0.1]))], errors.DtypeError, "rotations: got array"),
+                ([("XX", np.ma.masked)], errors.DtypeError, "rotations: got masked"),
+                ([("XX", "2*a")], errors.AngleError, r"rotations: got '2\*a'"),
+                ([("XX", b"a")], errors.DtypeError, "rotations: got b'a'"),
+                ([([0.0, 1.0], 0.1)], errors.PauliError, "rotations: got the code 0.0"),
+                ([([True, 1], 0.1)], errors.PauliError, "rotations: got the code True"),
+                ([(([0], [1]), 0.1)], errors.PauliError, r"got the code \[0\]"),
+                ([(np.array(3), 0.1)], errors.DtypeError, "wanted codes 0 to 3"),
+                ((np.array([[1.0, 2.0]]), [0.1]), errors.PauliError, "got the code np.float64"),
+                ((np.array([[[1]]]), [0.1]), errors.PauliError, "got the code array"),
+                ((np.ma.array([[1, 2]]), [0.1]), errors.DtypeError, "rotations: got masked_array"),
+                ((["XX", "YY"], "ab"), errors.DtypeError, "got 'ab', wanted a list of angles"),
+                ((["XX"], 0.5), errors.DtypeError, "got 0.5, wanted a list of angles"),
+                ((["XX"], {0.5: 1}), errors.DtypeError, "wanted a list of angles"),
+                ((["XX"], np.ma.array([0.5])), errors.DtypeError, "wanted a list of angles"),
+                (([["XX"]], [0.5]), errors.PauliError, "got the code 'XX'"),
+                ([("XX",)], errors.ShapeError, r"got \('XX',\), wanted a string and its angle"),
+                ([("XX", 1, 2)], errors.ShapeError, "wanted a string and its angle"),
+                ([{"XX": 1}], errors.ShapeError, "wanted a string and its angle"),
+                (("XX", 0.5), errors.ShapeError, "rotations: got 'XX', wanted a string"),
+                ({("XX", 0.5)}, errors.DtypeError, "rotations: got {"),
+                ("XX", errors.DtypeError, "rotations: got 'XX'"),
+                (None, errors.DtypeError, "rotations: got None"),
+            )
+        ),
+        (
+            lambda: pauli.synthesize([], repeated="merge"),
+            errors.OptionError,
+            "repeated: got 'merge', wanted 'refuse'",
+        ),
+        (lambda: pauli.synthesize([], repeated=1), errors.OptionError, "repeated: got 1"),
+        (lambda: pauli.synthesize({}, method=["auto"]), errors.UnknownMethodError, "got \\['auto'"),
+        (lambda: pauli.synthesize([], n=1.0), errors.DtypeError, "n: got 1.0, wanted an integer"),
+        (lambda: pauli.synthesize([("XX", 1)], n=3), errors.PauliError, "got 2 letters, wanted 3"),
+        *(
+            (lambda call=call, bad=bad: call(bad), error, f"{name}: {text}")
+            for call, name in (
+                (pauli.partition, "strings"),
+                (pauli.codiagonalize, "strings"),
+                (lambda bad: two().readout(bad), "observables"),
+                (lambda bad: two().absorb(bad), "observables"),
+            )
+            for bad, error, text in (
+                (5, errors.DtypeError, "got 5"),
+                (None, errors.DtypeError, "got None"),
+                ({"XX"}, errors.DtypeError, "got {"),
+                ([3], errors.DtypeError, "got int"),
+                (["XX", b"XX"], errors.DtypeError, "got bytes"),
+                (["iXX"], errors.PauliError, "got 'iXX'"),
+                (["XX", "XXX"], errors.PauliError, "got 3 letters, wanted 2"),
+                (np.ma.array([[1, 2]]), errors.DtypeError, "got masked_array"),
+                ([(0, 4)], errors.PauliError, "got the code 4"),
+            )
+        ),
+        (lambda: two().readout("XX"), errors.DtypeError, "observables: got 'XX', wanted Pauli"),
+        (lambda: two().absorb(b"XX"), errors.DtypeError, "observables: got bytes"),
+        *(
+            (lambda bad=bad: two().absorb({"XX": bad}), error, "observables: got the coefficient")
+            for bad, error in (
+                ("a", errors.DtypeError),
+                (None, errors.DtypeError),
+                (True, errors.DtypeError),
+                ([1], errors.DtypeError),
+                (np.array([1.0]), errors.DtypeError),
+                (math.nan, errors.AngleError),
+                (complex(0, math.inf), errors.AngleError),
+            )
+        ),
+        *(
+            (lambda bad=bad: two().readout(["XX"]).values(bad), error, f"bits: {text}")
+            for bad, error, text in (
+                ([[0, 2]], errors.EntryError, "got the entry 2"),
+                ([[0, -1]], errors.EntryError, "got the entry -1"),
+                ([[0.0, 1.0]], errors.DtypeError, "got entries of type float64"),
+                ([["0", "1"]], errors.DtypeError, "got entries of type"),
+                ("01", errors.DtypeError, "got '01'"),
+                ([0, 1], errors.ShapeError, r"got shape \(2,\)"),
+                ([[0, 1], [0]], errors.ShapeError, "got rows of unequal length"),
+                ([[0, 1, 0]], errors.ShapeError, r"got shape \(1, 3\), wanted \(shots, 2\)"),
+                (np.ma.array([[0, 1]]), errors.DtypeError, "got a masked array"),
+                (None, errors.DtypeError, "got None"),
+            )
+        ),
         (lambda: pauli.synthesize({"XX": 1, "X": 1}), errors.PauliError, "got 1 letters, wanted 2"),
         (lambda: pauli.synthesize({"XX": math.nan}), errors.AngleError, "finite"),
         (lambda: pauli.synthesize({"XX": None}), errors.DtypeError, "wanted a number of radians"),
         (lambda: pauli.synthesize([((0, 4), 1.0)]), errors.PauliError, "got the code 4"),
         (lambda: pauli.synthesize(["XX"]), errors.ShapeError, "wanted a string and its angle"),
         (lambda: pauli.synthesize((["XX"], [1, 2])), errors.ShapeError, "1 strings, 2 angles"),
-        (lambda: pauli.synthesize(3), errors.DtypeError, "got int, wanted Pauli strings"),
+        (lambda: pauli.synthesize(3), errors.DtypeError, "got 3, wanted Pauli strings"),
         (lambda: pauli.synthesize({3: 1.0}), errors.DtypeError, "rotations: got int"),
         (lambda: pauli.synthesize({}, method="no"), errors.UnknownMethodError, "got 'no'"),
         (lambda: pauli.synthesize({}, order="any"), errors.OptionError, "order: got 'any'"),
@@ -287,10 +521,10 @@ def test_bad_arguments_are_refused_by_name(call, error, text):
 def test_uccsd_has_its_numbers_of_strings_and_compiles(qubits, electrons, strings, cnots):
     ansatz = gallery.uccsd(qubits, electrons)
     assert len(ansatz) == strings
-    ladder = pauli.synthesize(ansatz, method="ladder")
+    ladder = pauli.synthesize(ansatz, order="free", method="ladder")
     assert ladder.count == cnots
     for method in ("recursive", "greedy", "sets"):
-        result = pauli.synthesize(ansatz, method=method, seed=1)
+        result = pauli.synthesize(ansatz, order="free", method=method, seed=1)
         assert result.verify()
         assert result.count < 0.5 * cnots or qubits == 4
 
@@ -319,16 +553,16 @@ def test_core_functions_agree_with_the_package():
     keyed = {tuple(codes(string)): Parameter(f"a{k}")._core for k, string in enumerate(ansatz)}
     circuit, tableau = core.greedy_pauli_synth(keyed, core.OperatorTableau(4))
     names = {string: f"a{k}" for k, string in enumerate(ansatz)}
-    ours = pauli.synthesize(names, method="greedy", tail="return")
+    ours = pauli.synthesize(names, order="free", method="greedy", tail="return")
     assert zb.Circuit.from_core(4, circuit) == ours.circuit
     assert zb.CliffordTableau.from_core(tableau) == ours.clifford
     tail = zb.Circuit.from_core(4, core.clifford_circuit(tableau))
     assert zb.CliffordTableau.from_circuit(tail) == ours.clifford
     circuit, tableau = core.pauli_synth(keyed, core.OperatorTableau(4))
-    recursive = pauli.synthesize(names, method="recursive", tail="return")
+    recursive = pauli.synthesize(names, order="free", method="recursive", tail="return")
     assert zb.Circuit.from_core(4, circuit) == recursive.circuit
     closed = zb.Circuit.from_core(4, core.commute_pauli_synth(keyed, 0))
-    assert closed == pauli.synthesize(names, method="sets-closed").circuit
+    assert closed == pauli.synthesize(names, order="free", method="sets-closed").circuit
 
 
 def test_steps_of_the_core():

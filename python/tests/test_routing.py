@@ -8,7 +8,7 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support import device_edges, rotation_matrix, same_up_to_phase, unitary
+from support import device_edges, letters_matrix, rotation_matrix, same_up_to_phase, unitary
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import Circuit, CliffordTableau, Device, Gate, Parameter, core, errors, routing
@@ -51,13 +51,13 @@ def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
         assert form.verify()
     options = {"depth": depth, "objective": objective}
     for result in (
-        routing.route(source, device, **options),
+        routing.route(source, device, tail="return", **options),
         routing.route_ions(source, depth=depth),
         routing.route_ions(source, shelving=(0.01, 0.002), depth=depth),
     ):
         assert result.verify()
         assert same_up_to_phase(tail_matrix(result.tail) @ unitary(result.circuit), wanted)
-    closed = routing.route(source, device, tail="close", **options)
+    closed = routing.route(source, device, **options)
     assert closed.verify()
     assert closed.tail == CliffordTableau(n)
     assert same_up_to_phase(unitary(closed.circuit), wanted)
@@ -80,11 +80,41 @@ def test_large_and_symbolic_circuits_verify_on_parts_of_devices(data, tail):
     assert pickle.loads(pickle.dumps(result)) == result
 
 
+def test_the_tail_goes_into_observables():
+    """Of a source whose Clifford operator is not its own inverse, nor symmetric in the qubits."""
+    source = Circuit(3, [Gate.h(0), Gate.ry(1, 0.7), Gate.rx(2, 0.4), Gate.s(0), Gate.cnot(0, 1)])
+    source += Circuit(3, [Gate.rz(1, 1.1), Gate.h(1), Gate.s(1), Gate.cnot(1, 2), Gate.rx(0, 0.3)])
+    observables = ["YXX", "-IZZ", "XZI"]
+    wanted = means(unitary(source)[:, 0], observables)
+    for result in (
+        routing.route(source, Device.line(3), tail="return"),
+        routing.route(source, Device(5, [(0, 4), (4, 2), (2, 1)]), tail="return"),
+        routing.route(source, Device.line(4), steps=0),
+        routing.route_ions(source),
+    ):
+        state = unitary(result.circuit)[:, 0]
+        absorbed = result.absorb(observables)
+        assert np.allclose(means(state, absorbed), wanted)
+        assert [result.absorb(o) for o in observables] == absorbed
+        readout = result.readout(observables)
+        odds = np.abs(unitary(result.circuit + readout.circuit)[:, 0]) ** 2
+        bits = (np.arange(2**result.n)[:, None] >> np.arange(result.n)[::-1]) & 1
+        assert np.allclose(odds @ readout.values(bits), wanted)
+    # The other direction would be another value.
+    left_open = routing.route(source, Device.line(3), tail="return")
+    turned = [left_open.tail.conjugate(o) for o in observables]
+    assert not np.any(np.isclose(means(unitary(left_open.circuit)[:, 0], turned), wanted))
+
+
+def means(state, observables):
+    return [(state.conj() @ letters_matrix(o) @ state).real for o in observables]
+
+
 def test_verification_finds_faults():
     source = Circuit(3, [Gate.h(0), Gate.cnot(0, 1), Gate.rz(1, 0.3), Gate.rx(2, "a"), Gate.s(1)])
     source += Circuit(3, [Gate.cnot(1, 2), Gate.rz(2, 0.7), Gate.rz(1, 0.2)])
     device = Device.line(3)
-    for result in (routing.route(source, device), routing.route(source, device, tail="close")):
+    for result in (routing.route(source, device, tail="return"), routing.route(source, device)):
         assert result.verify()
         gates = list(result.circuit)
         at = next(k for k, gate in enumerate(gates) if gate.name == "CNOT")
@@ -125,7 +155,7 @@ def test_merging_folds_what_has_become_clifford():
     assert routing.normalize(source).rotations == (("YX", Parameter(-PI / 4)),)
     plain = routing.normalize(source, merge=False)
     assert plain.rotations == (("ZI", Parameter(PI / 2)), ("XX", Parameter(PI / 4)))
-    only_clifford = routing.route("qreg q[2]; h q[0]; cx q[0],q[1];", Device.line(2))
+    only_clifford = routing.route("qreg q[2]; h q[0]; cx q[0],q[1];", Device.line(2), tail="return")
     assert only_clifford.circuit == Circuit(2)
     assert only_clifford.tail == CliffordTableau.from_circuit(
         Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
@@ -142,7 +172,7 @@ def test_standard_output_stays_quiet_and_the_core_agrees(capfd):
         graph.add_edge(a, b)
     start = core.OperatorTableau(4)
     for name, objective in (("clifford_nnize", "count"), ("clifford_nnize_depth", "depth")):
-        result = routing.route(source, device, objective=objective, depth=1)
+        result = routing.route(source, device, objective=objective, depth=1, tail="return")
         gates, frame = getattr(core, name)(source.to_core(), graph, 1, True, True, start, 0)
         assert Circuit.from_core(4, gates) == result.circuit
         assert CliffordTableau.from_core(frame).inverse() == result.tail
@@ -173,16 +203,17 @@ def test_forms_of_circuits(tmp_path):
     )
     info = pytest.importorskip("qiskit.quantum_info")
     assert same_up_to_phase(unitary(wanted), info.Operator(theirs).reverse_qargs().data)
-    assert routing.route(theirs, Device.line(3), tail="close").verify()
+    assert routing.route(theirs, Device.line(3), steps=0).verify()
     symbolic = qiskit.QuantumCircuit(1)
     symbolic.rx(qiskit.circuit.Parameter("theta"), 0)
     assert routing.normalize(symbolic).rotations == (("X", Parameter("theta")),)
 
     pytket = pytest.importorskip("pytket")
     toffoli = pytket.Circuit(3).CCX(0, 1, 2).T(0)  # both turns of qubit 0 make a Clifford gate
-    assert routing.route(toffoli, Device.line(3)).rotations == 6
+    assert routing.route(toffoli, Device.line(3), steps=0).rotations == 6
     stim = pytest.importorskip("stim")
-    assert not routing.route(stim.Circuit("H 0\nCX 0 1"), Device.line(2)).circuit
+    bell = stim.Circuit("H 0\nCX 0 1")
+    assert not routing.route(bell, Device.line(2), tail="return").circuit
 
 
 T3 = "qreg q[3]; ccx q[0],q[1],q[2];"
@@ -216,7 +247,7 @@ LONG = "qreg q[9];" + 40 * LAYER
         (lambda: routing.route(T3, Device.line(3), budget=0), errors.OptionError, "budget"),
         (lambda: routing.route(3, Device.line(3)), errors.DtypeError, "circuit: got int"),
         (lambda: routing.normalize("qreg q[1]; foo q[0];"), errors.QasmError, "foo is not known"),
-        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.GateError, "got 0 for RZ"),
+        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.QasmError, "0 angles for rz"),
         (
             lambda: routing.normalize(Circuit(2, [Gate("XX", (0, 1), (PI / 2, 2))])),
             errors.GateError,
@@ -224,6 +255,19 @@ LONG = "qreg q[9];" + 40 * LAYER
         ),
         (lambda: routing.normalize(Circuit(1, [Gate("S*", 0)])), errors.GateError, "circuit: got"),
         (lambda: routing.route_ions(T3, shelving=0.1), errors.DtypeError, "pair_error"),
+        (lambda: routing.route_ions(T3, shelving="12"), errors.DtypeError, "shelving: got '12'"),
+        (lambda: routing.route_ions(T3, shelving=("0", 1)), errors.DtypeError, "shelving: got '0'"),
+        (lambda: routing.route_ions(T3, shelving=(0, 10**400)), errors.OptionError, "rate inf"),
+        (lambda: routing.route_ions(T3, shelving=(0, 0, 0)), errors.ShapeError, "got 3 numbers"),
+        (lambda: routing.normalize(T3, merge="no"), errors.DtypeError, "merge: got 'no'"),
+        (lambda: routing.route(T3, Device.line(3), steps=-1), errors.OptionError, "steps: got -1"),
+        (
+            lambda: routing.route(T3, Device.line(3), tail="return", steps=5),
+            errors.OptionError,
+            "steps: got 5, wanted None where no tail is closed",
+        ),
+        (lambda: routing.route_ions(T3).absorb(5), errors.DtypeError, "observables: got 5"),
+        (lambda: routing.route_ions(T3).readout(["Z"]), errors.PauliError, "got 1 letters"),
         (lambda: routing.route_ions(T3, shelving=(0.1, 2)), errors.OptionError, "got the rate 2"),
         (
             lambda: routing.route(LONG, Device.grid(3, 3), depth=9, budget=0.01),

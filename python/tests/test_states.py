@@ -131,8 +131,8 @@ def test_verification_finds_faults():
         (["XXI", "IXX", "XIX"], errors.PauliError, "got XIX, which is a product"),
         (["II", "ZZ"], errors.PauliError, "got II"),
         (["XA", "ZZ"], errors.PauliError, "letters I, X, Y, Z"),
-        ("XX", errors.DtypeError, "state: got str, wanted Pauli strings"),
-        (7, errors.DtypeError, "state: got int"),
+        ("XX", errors.DtypeError, "state: got 'XX', wanted Pauli strings"),
+        (7, errors.DtypeError, "state: got 7, wanted"),
         (zb.Circuit(1, [Gate.rz(0, 0.3)]), errors.NotCliffordError, "wanted a Clifford gate"),
     ],
 )

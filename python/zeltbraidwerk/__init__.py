@@ -17,14 +17,20 @@ from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 __all__ = [
+    "Barrier",
     "Circuit",
     "CliffordTableau",
     "CnotCircuit",
+    "Conditional",
     "Device",
     "Gate",
+    "Measure",
     "Parameter",
+    "Register",
+    "Reset",
     "__version__",
     "clifford",
     "core",

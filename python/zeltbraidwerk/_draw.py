@@ -7,15 +7,17 @@ from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field
 from html import escape
 
-CONTROL, TARGET = "●", "⊕"
+CONTROL, TARGET, BARRIER = "●", "⊕", "░"
 
 
 @dataclass(frozen=True)
 class Box:
-    """One gate of a picture: what stands on each of its wires."""
+    """One gate of a picture: what stands on each of its wires. Boxes that share a classical bit
+    stand one after the other."""
 
     qubits: tuple[int, ...]
     labels: tuple[str, ...]
+    bits: tuple[int, ...] = ()
 
 
 @dataclass
@@ -32,15 +34,16 @@ class Column:
 
 def columns(boxes: Iterable[Box]) -> list[Column]:
     found: list[Column] = []
-    free: dict[int, int] = {}  # the first column with room on a wire
+    free: dict[int, int] = {}  # the first column with room on a wire; bit b is wire -1 - b
     for box in boxes:
         low, high = min(box.qubits), max(box.qubits)
-        place = max(free.get(wire, 0) for wire in range(low, high + 1))
+        wires = [*range(low, high + 1), *(-1 - bit for bit in box.bits)]
+        place = max(free.get(wire, 0) for wire in wires)
         if place == len(found):
             found.append(Column())
         found[place].labels.update(zip(box.qubits, box.labels, strict=True))
         found[place].bonds.update(range(low, high))
-        free.update((wire, place + 1) for wire in range(low, high + 1))
+        free.update((wire, place + 1) for wire in wires)
     return found
 
 

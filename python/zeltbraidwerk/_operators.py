@@ -33,7 +33,8 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods()
     ('auto', 'search', 'elimination')
     """
-    return ("auto", "search") if device else ("auto", "search", "elimination")
+    on_device = _validate.flag(device, "device")
+    return ("auto", "search") if on_device else ("auto", "search", "elimination")
 
 
 @dataclass(frozen=True, repr=False)
@@ -117,9 +118,9 @@ def synthesize(
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
 
-    The other options are those of the method "search" of :func:`zeltbraidwerk.linear.synthesize`.
-    Raises classes of :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that
-    do not fit.
+    The other options are those of the method "search" of :func:`zeltbraidwerk.linear.synthesize`;
+    "elimination" takes neither ``restarts`` nor ``budget`` nor ``steps``. Raises classes of
+    :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that do not fit.
     """
     start = time.perf_counter()
     images = read(operator)
@@ -127,10 +128,10 @@ def synthesize(
     _validate.choice(objective, "objective", ("count", "depth"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
     site = None if device is None else Site.of(Device.of(device), n)
-    if method not in methods(device=site is not None):
-        listed = ", ".join(methods(device=site is not None))
-        raise errors.UnknownMethodError(f"method: got {method!r}, wanted one of {listed}")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    _validate.method(method, methods(device=site is not None), site is not None)
+    searches = dict.fromkeys(("restarts", "budget", "steps"), ("auto", "search"))
+    _validate.options_of(method, searches, restarts=restarts, budget=budget, steps=steps)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     trace = _search.Trace(objective == "depth", progress)
@@ -215,12 +216,11 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
         operator = CliffordTableau.from_circuit(operator)
     if isinstance(operator, CliffordTableau):
         return operator.images()
+    wanted = "a tableau or circuit of Clifford gates, or lists of the images of X and of Z"
     if isinstance(operator, (tuple, list)) and len(operator) == 2:
-        return operator[0], operator[1]
-    raise errors.DtypeError(
-        f"operator: got {type(operator).__name__}, wanted a tableau or circuit of Clifford gates, "
-        "or the images of X and of Z"
-    )
+        xs, zs = (_validate.items(images, "operator", wanted) for images in operator)
+        return xs, zs
+    raise errors.DtypeError(f"operator: got {type(operator).__name__}, wanted {wanted}")
 
 
 _CIRCUITS: dict[str, Callable[[Any], Circuit]] = {

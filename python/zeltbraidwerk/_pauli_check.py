@@ -14,6 +14,7 @@ from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 # i^power X^x Z^z, bit q of x and z for qubit q.
 _Operator = tuple[int, int, int]
 Pauli = tuple[bool, str]  # true for minus, letters
+_STRIDE = 1024  # strings compared with all later ones together
 
 
 def _times(a: _Operator, b: _Operator, power: int = 0) -> _Operator:
@@ -164,7 +165,11 @@ def _keeps_order(strings: Sequence[str], order: Sequence[int]) -> bool:
     letters = np.array([list(string) for string in strings])
     x = np.isin(letters, ("X", "Y")).astype(np.float32)
     z = np.isin(letters, ("Z", "Y")).astype(np.float32)
-    clash = (x @ z.T + z @ x.T) % 2 > 0
     places = np.array(order)
-    swapped = places[:, None] > places[None, :]
-    return not bool(np.any(np.triu(clash & swapped)))
+    for start in range(0, len(places), _STRIDE):
+        some = slice(start, start + _STRIDE)
+        clash = (x[some] @ z[start:].T + z[some] @ x[start:].T) % 2 > 0
+        swapped = places[some, None] > places[None, start:]
+        if np.any(np.triu(clash & swapped)):
+            return False
+    return True

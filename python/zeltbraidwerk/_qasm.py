@@ -1,112 +1,308 @@
-"""A reader of OpenQASM 2: registers, gates of the standard header, arithmetic in angles."""
+"""A reader of OpenQASM 2, whole, that needs no other package."""
 
 from __future__ import annotations
 
-import ast
-import math
-import operator
 import re
-from collections.abc import Callable, Iterator
-from typing import Any
+from collections.abc import Iterator
 
+from zeltbraidwerk import _angles, errors
+from zeltbraidwerk._definitions import (
+    APPLICATION,
+    MOST_OPERATIONS,
+    NAME,
+    Definition,
+    Primitive,
+    check_counts,
+    define,
+    expanded,
+    expression,
+    short,
+    split,
+)  # fmt: skip
+from zeltbraidwerk._header import table
+from zeltbraidwerk._reading import Condition, Reading
 from zeltbraidwerk.errors import QasmError
+from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
 
-# Line, name, qubits, angles.
-ParsedGate = tuple[int, str, tuple[int, ...], tuple[float, ...]]
+MOST_BITS = 1_000_000  # of each kind
 
-_IGNORED = ("OPENQASM", "include", "creg", "barrier")
-_REFUSED = ("measure", "reset", "if", "opaque", "gate")
-_REGISTER = re.compile(r"qreg\s+(\w+)\s*\[\s*(\d+)\s*\]")
-_GATE = re.compile(r"(\w+)\s*(?:\((.*)\))?\s*(.*)", re.DOTALL)
-_OPERAND = re.compile(r"(\w+)\s*(?:\[\s*(\d+)\s*\])?")
-
-
-def parse(text: str) -> tuple[int, list[ParsedGate]]:
-    """The number of qubits, registers numbered through in order, and the gates."""
-    registers: dict[str, range] = {}
-    n = 0
-    gates: list[ParsedGate] = []
-    for line, statement in _statements(text):
-        keyword = re.match(r"\w*", statement)[0]  # type: ignore[index]
-        if keyword in _IGNORED:
-            continue
-        if keyword in _REFUSED:
-            raise QasmError(f"line {line}: got {keyword!r}, wanted gates alone")
-        if keyword == "qreg":
-            match = _REGISTER.fullmatch(statement)
-            if not match:
-                raise QasmError(f"line {line}: cannot read {statement!r}")
-            registers[match[1]] = range(n, n + int(match[2]))
-            n += int(match[2])
-            continue
-        gates += _gates(line, statement, registers)
-    return n, gates
+_COMMENT = re.compile(r'"[^"\n]*"|//[^\n]*|/\*.*?(?:\*/|\Z)', re.DOTALL)
+_PIECE = re.compile(r"([^;{}]*)([;{}]|\Z)")
+_REGISTER = re.compile(r"([qc])reg\s+([A-Za-z_]\w*)\s*\[\s*(\d+)\s*\]", re.ASCII)
+_OPERAND = re.compile(r"([A-Za-z_]\w*)\s*(?:\[\s*(\d+)\s*\])?", re.ASCII)
+_NAMED = re.compile(r"([A-Za-z_]\w*)\s*(\[[^]]*\])?", re.ASCII)
+_VERSION = re.compile(r"OPENQASM\s+(\S+)")
+_INCLUDE = re.compile(r"""include\s*(["'])(.*)\1""")
+_IF = re.compile(r"if\s*\(\s*([A-Za-z_]\w*)\s*==\s*(\d+)\s*\)\s*(.+)", re.ASCII | re.DOTALL)
 
 
-def _statements(text: str) -> Iterator[tuple[int, str]]:
-    line = 1
-    plain = re.sub(r"//[^\n]*", "", text)
-    for raw in re.split(r"[;{}]", plain):
+def without_comments(text: str) -> str:
+    """Lines stay where they are. ``/* */`` is no comment of the standard, but files have it."""
+
+    def blank(match: re.Match[str]) -> str:
+        found = match[0]
+        if found.startswith('"'):
+            return found
+        if found.startswith("/*") and (len(found) < 4 or not found.endswith("*/")):
+            line = 1 + text.count("\n", 0, match.start())
+            raise QasmError(f"line {line}: got /* without its */")
+        return " " + "\n" * found.count("\n")
+
+    return _COMMENT.sub(blank, text) if "/" in text else text
+
+
+def read(text: str) -> tuple[int, list[Operation], list[Register]]:
+    """Number of qubits, operations and classical registers of text without comments."""
+    reader = _Reader()
+    for line, statement, body in _statements(text):
+        try:
+            reader.statement(line, statement, body)
+        except QasmError as error:
+            place = "" if str(error).startswith("line ") else f"line {line}: "
+            raise QasmError(f"{place}{error}") from None
+        except (errors.GateError, errors.AngleError) as error:
+            raise QasmError(f"line {line}: {error}") from None
+    if not reader.seen:
+        raise QasmError("got no statement, wanted OpenQASM 2")
+    return reader.qubits, reader.reading.operations, reader.registers
+
+
+def lines_of(text: str) -> list[int]:
+    """The lines of the operations of a program that is right, each one as often as its registers
+    make it."""
+    sizes: dict[str, int] = {}
+    lines: list[int] = []
+    for line, statement, body in _statements(text):
+        word = re.match(r"\w*", statement)[0]  # type: ignore[index]
+        if register := _REGISTER.fullmatch(statement):
+            sizes[register[2]] = int(register[3])
+        elif word == "barrier":
+            lines.append(line)
+        elif body is None and word not in ("OPENQASM", "include", "opaque"):
+            if condition := _IF.fullmatch(statement):
+                statement = condition[3]
+            operands = re.sub(r"^\w+\s*(\(.*\))?", "", statement, flags=re.DOTALL)
+            bare = [sizes[name] for name, place in _NAMED.findall(operands) if not place]
+            lines += [line] * (max(bare) if bare else 1)
+    return lines
+
+
+Body = list[tuple[int, str]] | None
+
+
+def _statements(text: str) -> Iterator[tuple[int, str, Body]]:
+    """Each with its line; that of a gate with the statements in its braces."""
+    line, head = 1, (0, "")
+    body: Body = None
+    for match in _PIECE.finditer(text):
+        raw, end = match[1], match[2]
         statement = raw.strip()
-        if statement:
-            yield line + raw[: len(raw) - len(raw.lstrip())].count("\n"), statement
+        start = line + raw[: len(raw) - len(raw.lstrip())].count("\n")
         line += raw.count("\n")
+        if statement and end not in (";", "{"):
+            raise QasmError(f"line {start}: got {short(statement)!r} without its semicolon")
+        if end == "{":
+            if body is not None or not re.match(r"gate\b", statement):
+                raise QasmError(f"line {start}: got '{{' after {short(statement)!r}")
+            head, body = (start, statement), []
+        elif end == "}":
+            if body is None:
+                raise QasmError(f"line {line}: got '}}' without its '{{'")
+            yield *head, body
+            body = None
+        elif body is not None and statement:
+            body.append((start, statement))
+        elif statement:
+            yield start, statement, None
+    if body is not None:
+        raise QasmError(f"line {head[0]}: got '{{' without its '}}'")
 
 
-def _gates(line: int, statement: str, registers: dict[str, range]) -> Iterator[ParsedGate]:
-    match = _GATE.fullmatch(statement)
-    if not match or not match[3]:
-        raise QasmError(f"line {line}: cannot read {statement!r}")
-    angles = tuple(_value(line, part) for part in match[2].split(",")) if match[2] else ()
-    operands = [_operand(line, part.strip(), registers) for part in match[3].split(",")]
-    wide = {len(operand) for operand in operands if len(operand) != 1}
-    if len(wide) > 1:
-        raise QasmError(f"line {line}: registers of unequal size in {statement!r}")
-    for place in range(wide.pop() if wide else 1):
-        qubits = tuple(o[place] if len(o) > 1 else o[0] for o in operands)
-        if len(set(qubits)) < len(qubits):
-            raise QasmError(f"line {line}: a qubit twice in {statement!r}")
-        yield line, match[1], qubits, angles
+class _Reader:
+    def __init__(self) -> None:
+        self.qubits = 0
+        self.bits = 0
+        self.seen = 0
+        self._cost = 0
+        self.reading = Reading()
+        self.registers: list[Register] = []
+        self._places: dict[str, range] = {}  # of registers of qubits
+        self._bit_places: dict[str, range] = {}
+        self._gates: dict[str, Primitive | Definition] = dict(table())
+        self._defined: set[str] = set()
+        self._angles: dict[str, list[_angles.Angle]] = {"": []}
+        self._operands: dict[str, range] = {}
+
+    def statement(self, line: int, text: str, body: Body) -> None:
+        self.seen += 1
+        word = NAME.match(text)
+        match word[0] if word else "":
+            case "OPENQASM":
+                self._version(text)
+            case "include":
+                self._include(text)
+            case "qreg" | "creg":
+                self._register(text)
+            case "gate" | "opaque" as keyword:
+                if keyword == "gate" and body is None:
+                    raise QasmError("got a gate without its body in braces")
+                self._define(text[len(keyword) :].strip(), body)
+            case "barrier":
+                self._barrier(line, text[len("barrier") :])
+            case "if":
+                self._if(line, text)
+            case _:
+                self._operation(line, text, None)
+
+    def _version(self, text: str) -> None:
+        match = _VERSION.fullmatch(text)
+        if not match or not re.fullmatch(r"0*2(\.0*)?", match[1]):
+            found = short(match[1] if match else text)
+            raise QasmError(f"got version {found} of OpenQASM, wanted 2.0")
+        if self.seen > 1:
+            raise QasmError("got OPENQASM after other statements, wanted it first")
+
+    def _include(self, text: str) -> None:
+        match = _INCLUDE.fullmatch(text)
+        if not match or match[2] != "qelib1.inc":
+            raise QasmError(f'got {short(text)!r}, wanted no file but "qelib1.inc"')
+
+    def _register(self, text: str) -> None:
+        match = _REGISTER.fullmatch(text)
+        if not match:
+            raise QasmError(f"cannot read {short(text)!r}")
+        quantum, name, size = match[1] == "q", match[2], _integer(match[3])
+        if name in self._places or name in self._bit_places:
+            raise QasmError(f"got the register {name} twice")
+        first = self.qubits if quantum else self.bits
+        if first + size > MOST_BITS:
+            kind = "qubits" if quantum else "bits"
+            raise QasmError(f"got {first + size} {kind}, wanted {MOST_BITS} at most")
+        if quantum:
+            self._places[name] = range(first, first + size)
+            self.qubits += size
+        else:
+            self._bit_places[name] = range(first, first + size)
+            self.bits += size
+            self.registers.append(Register(name, size))
+
+    def _define(self, head: str, body: Body) -> None:
+        name, gate = define(head, body, self._gates)
+        if name in self._defined:
+            raise QasmError(f"got the gate {name} twice")
+        self._defined.add(name)
+        self._gates[name] = gate
+
+    def _if(self, line: int, text: str) -> None:
+        match = _IF.fullmatch(text)
+        if not match:
+            raise QasmError(f"cannot read {short(text)!r}, wanted if(register==number) operation")
+        if match[1] not in self._bit_places:
+            raise QasmError(f"got {match[1]!r}, wanted a classical register")
+        bits = tuple(self._bit_places[match[1]])
+        if not bits:
+            raise QasmError(f"got a condition on {match[1]!r}, which has no bits")
+        self._operation(line, match[3], (bits, _integer(match[2])))
+
+    def _operation(self, line: int, text: str, condition: Condition | None) -> None:
+        where = f"line {line}"
+        if re.match(r"measure\b", text):
+            source, arrow, target = text[len("measure") :].partition("->")
+            if not arrow:
+                raise QasmError(f"cannot read {short(text)!r}, wanted measure qubit -> bit")
+            qubits, bits = self._qubits(source.strip()), self._bits(target.strip())
+            if len(qubits) != len(bits):
+                raise QasmError(f"got {len(qubits)} qubits and {len(bits)} bits in {short(text)!r}")
+            self._room(len(qubits), condition)
+            for qubit, bit in zip(qubits, bits, strict=True):
+                self.reading.add(Measure(qubit, bit, where=where), where, condition)
+        elif re.match(r"reset\b", text):
+            qubits = self._qubits(text[len("reset") :].strip())
+            self._room(len(qubits), condition)
+            for qubit in qubits:
+                self.reading.add(Reset(qubit, where=where), where, condition)
+        else:
+            self._apply(line, text, condition)
+
+    def _barrier(self, line: int, text: str) -> None:
+        names = split(text)
+        parts = [self._qubits(name) for name in names] if names else [range(self.qubits)]
+        self._room(sum(map(len, parts)), None)
+        qubits = tuple(dict.fromkeys(qubit for part in parts for qubit in part))
+        if qubits:
+            self.reading.operations.append(Barrier(qubits, where=f"line {line}"))
+
+    def _apply(self, line: int, text: str, condition: Condition | None) -> None:
+        match = APPLICATION.fullmatch(text)
+        if not match:
+            raise QasmError(f"cannot read {short(text)!r}")
+        name, operands = match[1], [self._qubits(part) for part in split(match[3])]
+        gate = self._gates.get(name)
+        if gate is None:
+            raise QasmError(f"the gate {short(name)} is not known")
+        if isinstance(gate, Definition) and gate.parts is None:
+            raise QasmError(f"the gate {name} is opaque: nothing tells what it does")
+        angles = self._values(line, match[2] or "")
+        check_counts(gate, name, len(operands), len(angles))
+        wide = {len(operand) for operand in operands if len(operand) != 1}
+        if len(wide) > 1:
+            raise QasmError(f"got registers of unequal size in {short(text)!r}")
+        count = wide.pop() if wide else 1
+        self._room(count * gate.size, condition)
+        for place in range(count):
+            qubits = [operand[place if len(operand) > 1 else 0] for operand in operands]
+            if len(set(qubits)) < len(qubits):
+                raise QasmError(f"got a qubit twice in {short(text)!r}")
+            try:
+                plain = expanded(gate, qubits, angles)
+            except ValueError:
+                raise QasmError(f"got an angle of {name} that is no number") from None
+            self.reading.gates(plain, f"line {line}", condition)
+
+    def _room(self, count: int, condition: Condition | None) -> None:
+        """Refuses what would not end: operations count once for each bit of their condition, and
+        barriers once for each qubit."""
+        self._cost += count * (len(condition[0]) if condition else 1)
+        if self._cost > MOST_OPERATIONS:
+            raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
+
+    def _values(self, line: int, text: str) -> list[_angles.Angle]:
+        values = self._angles.get(text)
+        if values is None:
+            values = []
+            for part in split(text):
+                steps = expression(line, part)
+                try:
+                    values.append(_angles.evaluate(steps, {}))
+                except ValueError:
+                    raise QasmError(f"got the angle {short(part)!r}, wanted a number") from None
+            self._angles[text] = values
+        return values
+
+    def _qubits(self, text: str) -> range:
+        found = self._operands.get(text)
+        if found is None:
+            found = self._operands[text] = _operand(text, self._places, "a qubit of a register")
+        return found
+
+    def _bits(self, text: str) -> range:
+        return _operand(text, self._bit_places, "a bit of a classical register")
 
 
-def _operand(line: int, text: str, registers: dict[str, range]) -> range:
+def _operand(text: str, registers: dict[str, range], wanted: str) -> range:
     match = _OPERAND.fullmatch(text)
     if not match or match[1] not in registers:
-        raise QasmError(f"line {line}: got the operand {text!r}, wanted a qubit of a register")
+        raise QasmError(f"got the operand {short(text)!r}, wanted {wanted}")
     register = registers[match[1]]
     if match[2] is None:
         return register
-    place = int(match[2])
+    place = _integer(match[2])
     if place >= len(register):
-        raise QasmError(f"line {line}: got {text}, wanted places 0 to {len(register) - 1}")
+        raise QasmError(f"got {short(text)}, wanted places 0 to {len(register) - 1}")
     return register[place : place + 1]
 
 
-_BINARY: dict[type, Callable[[float, float], float]] = {
-    ast.Add: operator.add, ast.Sub: operator.sub, ast.Mult: operator.mul,
-    ast.Div: operator.truediv, ast.Pow: operator.pow,
-}  # fmt: skip
-_FUNCTIONS = {name: getattr(math, name) for name in ("sin", "cos", "tan", "exp", "sqrt")} | {
-    "ln": math.log
-}
-
-
-def _value(line: int, text: str) -> float:
-    def evaluate(node: Any) -> float:
-        match node:
-            case ast.Constant(value=int() | float() as value):
-                return float(value)
-            case ast.Name(id="pi"):
-                return math.pi
-            case ast.UnaryOp(op=ast.USub(), operand=inner):
-                return -evaluate(inner)
-            case ast.BinOp(left=left, op=op, right=right) if type(op) in _BINARY:
-                return float(_BINARY[type(op)](evaluate(left), evaluate(right)))
-            case ast.Call(func=ast.Name(id=name), args=[inner]) if name in _FUNCTIONS:
-                return float(_FUNCTIONS[name](evaluate(inner)))
-        raise ValueError
-
-    try:
-        return evaluate(ast.parse(text.strip().replace("^", "**"), mode="eval").body)
-    except (SyntaxError, ValueError, ArithmeticError, TypeError, RecursionError):
-        raise QasmError(f"line {line}: got the angle {text.strip()!r}, wanted a number") from None
+def _integer(text: str) -> int:
+    if len(text) > 4000:
+        raise QasmError(f"got a number of {len(text)} digits")
+    return int(text)

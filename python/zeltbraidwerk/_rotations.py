@@ -2,18 +2,21 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+import operator
+from collections.abc import ItemsView, Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _validate, errors
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk import _core, _foreign_rotations, _validate, errors
+from zeltbraidwerk.gates import Parameter, parameter
 
 _CODES = str.maketrans("IXYZ", "\0\1\2\3")
 _IDENTITY = "I"
+_STRINGS = ("stim.PauliString", "qiskit.Pauli")
+_STRIDE = 1024  # strings looked at together
 
 
 @dataclass(frozen=True)
@@ -30,8 +33,17 @@ class Rotations:
         return codes(self.strings, self.n)
 
 
+class _Listed(NamedTuple):
+    pairs: Iterable[tuple[Any, Any]]
+    unordered: str | None  # what the source is, where its items have no order
+    n: int | None = None  # qubits, where the source knows them without a string
+
+
+# --- strings ------------------------------------------------------------------------------------
+
+
 def codes(strings: Sequence[str], n: int) -> npt.NDArray[np.uint8]:
-    """A row a string, 0 to 3 for I, X, Y, Z."""
+    """One row per string, 0 to 3 for I, X, Y, Z."""
     text = "".join(strings).translate(_CODES)
     return np.frombuffer(text.encode("latin-1"), dtype=np.uint8).reshape(len(strings), n)
 
@@ -40,40 +52,21 @@ def from_codes(letters: npt.NDArray[np.uint8]) -> list[str]:
     return ["".join("IXYZ"[code] for code in row) for row in letters.tolist()]
 
 
-def read(source: Any, n: int | None, in_order: bool) -> Rotations:
-    """Signs go into the angles, angles of equal strings are added: all of them, or with
-    ``in_order`` those between which everything commutes."""
-    size = None if n is None else _validate.qubit_count(n)
-    strings: list[str] = []
-    angles: list[Parameter] = []
-    places: dict[str, int] = {}
-    global_angle = Parameter(0.0)
-    for pauli, angle in _pairs(source):
-        minus, letters = signed(pauli, size, "rotations")
-        size = len(letters)
-        value = -Parameter(angle) if minus else Parameter(angle)
-        if not letters.strip(_IDENTITY):
-            global_angle = _sum(global_angle, value)
-            continue
-        place = places.get(letters)
-        if place is not None and in_order and not _free(letters, strings[place + 1 :]):
-            place = None
-        if place is not None:
-            angles[place] = _sum(angles[place], value)
-            continue
-        places[letters] = len(strings)
-        strings.append(letters)
-        angles.append(value)
-    return Rotations(size or 0, tuple(strings), tuple(angles), global_angle)
+def is_string(value: Any) -> bool:
+    """Whether the value is meant as one Pauli string. A list of codes is one only within a list."""
+    return isinstance(value, (str, bytes, bytearray)) or _kind(value) in _STRINGS
 
 
-def read_strings(source: Any, name: str) -> list[tuple[bool, str]]:
-    """(True for minus, letters) of each, all of one length."""
-    if isinstance(source, str) or not isinstance(source, Iterable):
-        raise errors.DtypeError(f"{name}: got {type(source).__name__}, wanted Pauli strings")
+def read_strings(source: Any, name: str, n: int | None = None) -> list[tuple[bool, str]]:
+    """(True for minus, letters) of each, all of one length. Of a mapping, the keys."""
+    if is_string(source):
+        raise errors.DtypeError(
+            f"{name}: got {_validate.shown(source)}, wanted Pauli strings in a list"
+        )
+    listed = list(source) if isinstance(source, Mapping) else source
     found: list[tuple[bool, str]] = []
-    for pauli in source:
-        found.append(signed(pauli, len(found[0][1]) if found else None, name))
+    for pauli in _validate.items(listed, name, "Pauli strings in a list"):
+        found.append(signed(pauli, len(found[0][1]) if found else n, name))
     return found
 
 
@@ -90,7 +83,8 @@ def signed(pauli: Any, n: int | None, name: str) -> tuple[bool, str]:
             raise errors.PauliError(f"{name}: got {label}, wanted the sign + or -")
         pauli = label[: len(label) - pauli.num_qubits] + label[::-1][: pauli.num_qubits]
     elif isinstance(pauli, (tuple, list, np.ndarray)):
-        pauli = _from_list(pauli, name)
+        listed = _validate.items(pauli, name, "codes 0 to 3 for I, X, Y, Z")
+        pauli = "".join(_letter(code, name) for code in listed)
     length = len(pauli.lstrip("+-")) if isinstance(pauli, str) else 0
     return _validate.pauli(pauli, length if n is None else n, name)
 
@@ -99,24 +93,17 @@ def commute(a: str, b: str) -> bool:
     return sum(p != q and "I" not in (p, q) for p, q in zip(a, b, strict=True)) % 2 == 0
 
 
-def _free(letters: str, between: Iterable[str]) -> bool:
-    return all(commute(letters, other) for other in between)
-
-
-def _sum(a: Parameter, b: Parameter) -> Parameter:
-    """Of numbers, without the wrapping by 2 pi, which would cost a sign."""
-    return a + b if a.is_symbolic or b.is_symbolic else Parameter(float(a) + float(b))
-
-
-def _from_list(letters: Any, name: str) -> str:
-    try:
-        return "".join("IXYZ"[code] for code in letters if code in range(4) or _refuse(code, name))
-    except TypeError:
-        raise errors.PauliError(f"{name}: got {letters!r}, wanted codes 0 to 3") from None
-
-
-def _refuse(code: Any, name: str) -> bool:
-    raise errors.PauliError(f"{name}: got the code {code!r}, wanted 0 to 3 for I, X, Y, Z")
+def _letter(code: Any, name: str) -> str:
+    if not isinstance(code, (bool, np.bool_, np.ndarray)):
+        try:
+            number = operator.index(code)
+        except TypeError:
+            number = -1
+        if 0 <= number < 4:
+            return "IXYZ"[number]
+    raise errors.PauliError(
+        f"{name}: got the code {_validate.shown(code)}, wanted 0 to 3 for I, X, Y, Z"
+    )
 
 
 def _kind(value: Any) -> str:
@@ -125,70 +112,127 @@ def _kind(value: Any) -> str:
     return f"{of.__module__.partition('.')[0].lstrip('_')}.{of.__name__}"
 
 
-def _pairs(source: Any) -> Iterator[tuple[Any, Any]]:
-    readers = {
-        "qiskit.SparsePauliOp": lambda op: _of_operator(op, 1.0),
-        "qiskit.PauliEvolutionGate": _of_evolution,
-        "pytket.QubitPauliOperator": _of_pytket,
-    }
-    if (reader := readers.get(_kind(source))) is not None:
-        return reader(source)
-    if isinstance(source, Mapping):
-        return iter(source.items())
+# --- lists of rotations -------------------------------------------------------------------------
+
+
+def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
+    """Signs go into the angles. Angles of equal strings are added where everything between them
+    commutes with them, and everywhere if the source has no order or ``repeated`` is "merge".
+    Refuses what ``order`` and ``repeated`` do not give a meaning."""
+    listed = _listed(source)
+    size = listed.n if n is None else _validate.qubit_count(n)
+    strings: list[str] = []
+    angles: list[Parameter] = []
+    global_angle = Parameter(0.0)
+    for pauli, angle in listed.pairs:
+        minus, letters = signed(pauli, size, "rotations")
+        size = len(letters)
+        value = parameter(angle, "rotations")
+        value = -value if minus else value
+        if letters.strip(_IDENTITY):
+            strings.append(letters)
+            angles.append(value)
+        else:
+            global_angle = _sum(global_angle, value)
+    if len(set(strings)) < len(strings):
+        in_order = listed.unordered is None and repeated == "refuse"
+        strings, angles = _joined(strings, angles, in_order, order == "free")
+    found = Rotations(size or 0, tuple(strings), tuple(angles), global_angle)
+    if listed.unordered is not None and order == "commuting":
+        _refuse_clashes(found, listed.unordered)
+    return found
+
+
+def _joined(
+    strings: Sequence[str], angles: Sequence[Parameter], in_order: bool, refuse: bool
+) -> tuple[list[str], list[Parameter]]:
+    """With ``in_order``, a string that comes again stays where one between does not commute with
+    it, or is refused."""
+    clashes = _Clashes(codes(strings, len(strings[0])))
+    # The row at which each string came last, and its place in what is kept. Whatever was joined to
+    # a place before that row commutes with it, so that the rows after it decide.
+    last: dict[str, tuple[int, int]] = {}
+    kept: list[str] = []
+    sums: list[Parameter] = []
+    for row, (string, angle) in enumerate(zip(strings, angles, strict=True)):
+        before, place = last.get(string, (row, -1))
+        clash = clashes.first(before + 1, row) if in_order and place >= 0 else None
+        if clash is not None and refuse:
+            raise errors.OptionError(
+                f"rotations: got {string} again after {strings[clash]}, which does not commute "
+                "with it: order='free' would fold the steps of a product into one; wanted "
+                "order='commuting', which keeps the product, or repeated='merge', which adds the "
+                "angles of equal strings"
+            )
+        if place < 0 or clash is not None:
+            place = len(kept)
+            kept.append(string)
+            sums.append(angle)
+        else:
+            sums[place] = _sum(sums[place], angle)
+        last[string] = row, place
+    return kept, sums
+
+
+class _Clashes:
+    """Which rows of strings do not commute."""
+
+    def __init__(self, letters: npt.NDArray[np.uint8]) -> None:
+        # Counts of letters are small integers, which float32 holds, and adds fast.
+        self._x = ((letters == 1) | (letters == 2)).astype(np.float32)
+        self._z = (letters > 1).astype(np.float32)
+
+    def first(self, begin: int, row: int) -> int | None:
+        """The first row from ``begin`` on and before ``row`` that does not commute with ``row``."""
+        for start in range(begin, row, _STRIDE):
+            some = slice(start, min(start + _STRIDE, row))
+            odd = (self._x[some] @ self._z[row] + self._z[some] @ self._x[row]) % 2 > 0
+            if odd.any():
+                return start + int(odd.argmax())
+        return None
+
+
+def _refuse_clashes(rotations: Rotations, unordered: str) -> None:
+    if (clash := _core._first_clash(rotations.letters())) is not None:
+        a, b = (rotations.strings[k] for k in clash)
+        raise errors.OptionError(
+            f"order: got 'commuting' for {unordered}, which has no order, with {a} and {b}, which "
+            "do not commute; wanted order='free', or a list of pairs"
+        )
+
+
+def _sum(a: Parameter, b: Parameter) -> Parameter:
+    """Of numbers, without the wrapping by 2 pi, which would cost a sign."""
+    if a.is_symbolic or b.is_symbolic:
+        return a + b
+    return parameter(float(a) + float(b), "rotations")
+
+
+def _listed(source: Any) -> _Listed:
+    kind = _kind(source)
+    if kind == "qiskit.PauliEvolutionGate":
+        return _Listed(_foreign_rotations.of_evolution(source), None, source.num_qubits)
+    if kind == "qiskit.SparsePauliOp":
+        terms = _foreign_rotations.of_operator(source)
+        return _Listed(terms, "a SparsePauliOp", source.num_qubits)
+    if kind == "pytket.QubitPauliOperator":
+        return _Listed(_foreign_rotations.of_pytket(source), "a QubitPauliOperator")
+    if isinstance(source, (Mapping, ItemsView)):
+        items = source.items() if isinstance(source, Mapping) else source
+        return _Listed(items, "a mapping")
     if isinstance(source, tuple) and len(source) == 2 and isinstance(source[0], (list, np.ndarray)):
-        strings, angles = list(source[0]), list(source[1])
+        strings = _validate.items(source[0], "rotations", "strings")
+        angles = _validate.items(source[1], "rotations", "a list of angles beside the strings")
         if len(strings) != len(angles):
             raise errors.ShapeError(f"rotations: got {len(strings)} strings, {len(angles)} angles")
-        return zip(strings, angles, strict=True)
-    return _of_list(source)
+        return _Listed(zip(strings, angles, strict=True), None)
+    return _Listed(_pairs(_validate.items(source, "rotations", "Pauli strings with angles")), None)
 
 
-def _of_list(source: Any) -> Iterator[tuple[Any, Any]]:
-    if isinstance(source, str) or not isinstance(source, Iterable):
-        raise errors.DtypeError(
-            f"rotations: got {type(source).__name__}, wanted Pauli strings with angles"
-        )
-    for pair in source:
-        if isinstance(pair, str) or not isinstance(pair, Sequence) or len(pair) != 2:
-            raise errors.ShapeError(f"rotations: got {pair!r}, wanted a string and its angle")
+def _pairs(items: list[Any]) -> Iterator[tuple[Any, Any]]:
+    for pair in items:
+        if isinstance(pair, (str, bytes)) or not isinstance(pair, Sequence) or len(pair) != 2:
+            raise errors.ShapeError(
+                f"rotations: got {_validate.shown(pair)}, wanted a string and its angle"
+            )
         yield pair[0], pair[1]
-
-
-def _of_operator(operator: Any, time: float) -> Iterator[tuple[str, float]]:
-    """exp(-i time c P) a term c P; labels have qubit 0 last."""
-    for label, coefficient in operator.to_list():
-        yield label[::-1], 2 * time * _real(coefficient)
-
-
-def _of_evolution(gate: Any) -> Iterator[tuple[str, float]]:
-    time = _real(gate.time)
-    for operator in gate.operator if isinstance(gate.operator, list) else [gate.operator]:
-        if _kind(operator) != "qiskit.SparsePauliOp":
-            raise errors.DtypeError(f"rotations: got {_kind(operator)}, wanted a SparsePauliOp")
-        yield from _of_operator(operator, time)
-
-
-def _of_pytket(operator: Any) -> Iterator[tuple[str, float]]:
-    """exp(-i pi/2 c P) a term c P, as where pytket makes Pauli gadgets of it."""
-    qubits = sorted(operator.all_qubits)
-    registers = {qubit.reg_name for qubit in qubits}
-    if len(registers) == 1 and all(len(qubit.index) == 1 for qubit in qubits):
-        place = {qubit: qubit.index[0] for qubit in qubits}
-    else:
-        place = {qubit: k for k, qubit in enumerate(qubits)}
-    n = max(place.values(), default=-1) + 1
-    for string, coefficient in operator._dict.items():
-        letters = ["I"] * n
-        for qubit, pauli in string.map.items():
-            letters[place[qubit]] = pauli.name
-        yield "".join(letters), np.pi * _real(coefficient)
-
-
-def _real(value: Any) -> float:
-    try:
-        number = complex(value)
-    except TypeError:
-        raise errors.AngleError(f"rotations: got {value}, wanted a number") from None
-    if number.imag:
-        raise errors.AngleError(f"rotations: got {value}, wanted a real number")
-    return number.real

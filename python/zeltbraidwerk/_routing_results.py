@@ -9,11 +9,12 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _pauli_check, _routing_check
-from zeltbraidwerk._results import HoldsCircuit
+from zeltbraidwerk._observables import MovesObservables
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.instructions import Barrier, Instruction
 
 
 @dataclass(frozen=True, repr=False)
@@ -58,13 +59,13 @@ class NormalForm:
 
 
 @dataclass(frozen=True, repr=False)
-class Routing(HoldsCircuit):
+class Routing(MovesObservables):
     """A routed circuit, and how it came about.
 
     The source equals ``circuit`` followed by the Clifford operator ``tail``, up to a global phase;
-    ``tail`` is the identity where it was closed. An observable O behind the source has the value of
-    ``tail.inverse().conjugate(O)`` behind the circuit. On a larger device qubit k of the source is
-    its qubit ``placement[k]``.
+    ``tail`` is the identity where it was closed. An observable O after the source has the value of
+    ``tail.inverse().conjugate(O)`` after the circuit: ``absorb`` and ``readout`` take the tail into
+    what is measured. On a larger device qubit k of the source is its qubit ``placement[k]``.
     """
 
     circuit: Circuit
@@ -79,20 +80,26 @@ class Routing(HoldsCircuit):
     @property
     def entangling_count(self) -> int:
         """Number of gates on two and more qubits, each counted once."""
-        return sum(len(gate.qubits) > 1 for gate in self.circuit)
+        return sum(len(gate.qubits) > 1 for gate in self.circuit.gates)
+
+    def _to_circuit(self) -> CliffordTableau:
+        return self.tail.inverse()
 
     def verify(self) -> bool:
         """Follows the rotations of the circuit back through its gates, and those of the source
         through the source's, with signs and apart from the library: they are the same, none before
         another that it does not commute with; so are the Clifford operators, with the tail; and
-        gates are on edges."""
-        found, pulled = _pauli_check.unfolded(self.circuit, [not r for r in self._rotates])
-        blocks, clifford = _routing_check.normal_form(placed(self.source, self.placement, self.n))
+        gates are on edges. Measurements and resets are those of the source, in their places."""
+        circuit, ending = self.circuit.split_ending()
+        source, wanted_ending = placed(self.source, self.placement, self.n).split_ending()
+        found, pulled = _pauli_check.unfolded(circuit, [not r for r in self._rotates])
+        blocks, clifford = _routing_check.normal_form(source.unitary())
         wanted = [rotation for block in blocks for rotation in block]
         return (
             _pauli_check.same_rotations(found, wanted, True)
             and _fits(pulled, self.tail, clifford)
             and (self.device is None or self.device.fits(self.circuit))
+            and _records(ending) == _records(wanted_ending)
         )
 
     def __repr__(self) -> str:
@@ -105,16 +112,12 @@ class Routing(HoldsCircuit):
 
 
 def placed(circuit: Circuit, placement: Sequence[int], n: int) -> Circuit:
-    """The same gates on qubits of a larger machine."""
-    if tuple(placement) == tuple(range(n)):
-        return circuit
-    return Circuit._trusted(
-        n,
-        tuple(
-            Gate._trusted(gate.name, tuple(placement[q] for q in gate.qubits), gate.params)
-            for gate in circuit
-        ),
-    )
+    """The same operations on qubits of a larger machine."""
+    return circuit if tuple(placement) == tuple(range(n)) else circuit.placed(placement, n)
+
+
+def _records(ending: Circuit) -> list[Instruction]:
+    return [item for item in ending if not isinstance(item, Barrier)]
 
 
 def _fits(

@@ -36,7 +36,17 @@ class Effort:
     steps: int | None = None
 
     @classmethod
-    def checked(cls, seed: Any, restarts: Any, budget: Any, jobs: Any, steps: Any = None) -> Effort:
+    def checked(
+        cls,
+        seed: Any,
+        restarts: Any,
+        budget: Any,
+        jobs: Any,
+        steps: Any = None,
+        progress: Any = None,
+    ) -> Effort:
+        """``progress`` is checked alone: the trace of the search holds it."""
+        _validate.callback(progress, "progress")
         return cls(
             None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1),
             None if restarts is None else _validate.integer(restarts, "restarts", 1, 2**31 - 1),

@@ -76,7 +76,7 @@ def synthesize_state(
     start = time.perf_counter()
     stabilisers = read(state)
     _validate.choice(objective, "objective", ("count", "depth"))
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     trace = _search.Trace(objective == "depth", progress)

@@ -5,8 +5,10 @@ from __future__ import annotations
 
 import math
 import operator
-from collections.abc import Collection, Iterable, Sequence
-from typing import Any, TypeVar
+from collections.abc import Callable, Collection, Mapping, Sequence
+from collections.abc import Set as AbstractSet
+from itertools import chain
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
@@ -14,19 +16,247 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, errors
 
 BoolArray = npt.NDArray[np.bool_]
-T = TypeVar("T")
+
+_BOOLS = (bool, np.bool_)
+_SHOWN = 80  # characters of a value in the text of an error
+_YEAR = 3.2e7  # seconds
+_MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
+
+
+def shown(value: Any) -> str:
+    """The value for the text of an error: on one line and short, whatever its ``repr`` does."""
+    try:
+        text = " ".join(repr(value).split())
+    except Exception:  # also of an int with too many digits
+        text = f"a value of type {type(value).__name__}"
+    return text if len(text) <= _SHOWN else f"{text[: _SHOWN - 3]}..."
+
+
+def comes_from(value: Any, package: str) -> bool:
+    """Whether a class of that package, or a class derived from one, made the value. The package
+    is not imported."""
+    modules = (base.__module__.partition(".")[0].lstrip("_") for base in type(value).__mro__)
+    return package in modules
+
+
+# --- kinds of values ----------------------------------------------------------------------------
+
+
+def instance(value: Any, name: str, kind: type | tuple[type, ...], wanted: str) -> Any:
+    """``wanted`` is what the text of the error says, such as "a Device"."""
+    if not isinstance(value, kind):
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}")
+    return value
+
+
+def flag(value: Any, name: str) -> bool:
+    return bool(instance(value, name, _BOOLS, "True or False"))
+
+
+def text(value: Any, name: str) -> str:
+    return str(instance(value, name, str, "text"))
+
+
+def callback(value: Any, name: str) -> Callable[..., object] | None:
+    if value is not None and not callable(value):
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted a function or None")
+    return value  # type: ignore[no-any-return]
+
+
+def items(value: Any, name: str, wanted: str) -> list[Any]:
+    """What can be iterated over in a fixed order, as a list. Text, mappings and sets are refused;
+    so are masked arrays, whose mask would be lost."""
+    if type(value) in (tuple, list):
+        return list(value)
+    refused = (str, bytes, bytearray, set, frozenset, np.ma.MaskedArray)
+    is_mapping = isinstance(value, Mapping) and not isinstance(value, AbstractSet)
+    try:
+        if isinstance(value, refused) or is_mapping:
+            raise TypeError
+        return list(value)
+    except TypeError:
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}") from None
+
+
+def choice(value: Any, name: str, choices: Collection[str]) -> str:
+    if not isinstance(value, str) or value not in choices:
+        listed = ", ".join(repr(each) for each in choices)
+        raise errors.OptionError(f"{name}: got {shown(value)}, wanted one of {listed}")
+    return str(value)
+
+
+def method(value: Any, known: Collection[str], on_device: bool = False) -> str:
+    """The argument ``method`` of a family; ``known`` is what its ``methods()`` returns."""
+    if not isinstance(value, str) or value not in known:
+        raise errors.UnknownMethodError(
+            f"method: got {shown(value)}, wanted one of {', '.join(known)}"
+            f"{' on a device' if on_device else ''}"
+        )
+    return str(value)
+
+
+def options_of(chosen: str, takers: Mapping[str, Collection[str]], **given: Any) -> None:
+    """Refuses the options that were given, those not None, but that the method does not take.
+    ``takers`` lists for each option the methods that take it; others are taken by all."""
+    for name, value in given.items():
+        if value is not None and name in takers and chosen not in takers[name]:
+            raise errors.OptionError(
+                f"{name}: not an option of method {chosen!r}, but of {', '.join(takers[name])}"
+            )
+
+
+# --- numbers ------------------------------------------------------------------------------------
+
+
+def integer(value: Any, name: str, least: int, most: int | None = None) -> int:
+    number = _index(value, name)
+    if number < least or (most is not None and number > most):
+        wanted = f"at least {least}" if most is None else f"{least} to {most}"
+        raise errors.OptionError(f"{name}: got {shown(number)}, wanted {wanted}")
+    return number
+
+
+def _index(value: Any, name: str) -> int:
+    if type(value) is int:
+        return value
+    try:
+        if isinstance(value, (*_BOOLS, np.ma.MaskedArray)):
+            raise TypeError
+        return operator.index(value)
+    except TypeError:
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted an integer") from None
+
+
+def real(value: Any, name: str, wanted: str) -> float:
+    """A number that is neither bool nor text; it may be infinite or no number."""
+    if type(value) is float:
+        return value
+    refused = (str, bytes, bytearray, *_BOOLS, np.ma.MaskedArray)
+    is_array = isinstance(value, np.ndarray) and (value.ndim or value.dtype.kind not in "iuf")
+    try:
+        if isinstance(value, refused) or is_array:
+            raise TypeError
+        return float(value)
+    except OverflowError:
+        return math.inf
+    except (TypeError, ValueError):
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted {wanted}") from None
+
+
+def seconds(value: Any, name: str) -> float:
+    number = real(value, name, "seconds")
+    if not 0 < number <= _YEAR:
+        raise errors.OptionError(
+            f"{name}: got {number}, wanted a positive number of seconds, a year at most"
+        )
+    return number
+
+
+def angle(value: Any, name: str) -> float:
+    number = real(value, name, "a number of radians or an expression")
+    if not math.isfinite(number):
+        raise errors.AngleError(f"{name}: got {number}, wanted a finite angle in radians")
+    return number
+
+
+# --- qubits -------------------------------------------------------------------------------------
+
+
+def qubit_count(value: Any, name: str = "n") -> int:
+    return integer(value, name, 0, _MOST)
+
+
+def qubits(values: Any, name: str) -> tuple[int, ...]:
+    """Distinct qubits from 0 up; the circuit that takes them knows the upper end."""
+    listed = items(values, name, "an integer or a list of integers")
+    checked = tuple([_index(value, name) for value in listed])
+    for qubit in checked:
+        if not 0 <= qubit < _MOST:
+            wanted = "0 or more" if qubit < 0 else f"0 to {_MOST - 1}"
+            raise errors.QubitError(f"{name}: got {shown(qubit)}, wanted {wanted}")
+    if len(set(checked)) < len(checked):
+        raise errors.QubitError(f"{name}: got {shown(checked)}, wanted distinct qubits")
+    return checked
+
+
+def qubits_below(values: Sequence[int], n: int, name: str) -> None:
+    for qubit in values:
+        if qubit >= n:
+            raise errors.QubitError(f"{name}: got qubit {qubit}, wanted 0 to {n - 1}")
+
+
+def pairs(value: Any, name: str) -> npt.NDArray[Any]:
+    """Pairs of integers as a (k, 2) array."""
+    rows = value if isinstance(value, np.ndarray) else items(value, name, "pairs of qubits")
+    found = array(rows, name)
+    if found.shape == (0,):
+        return np.zeros((0, 2), dtype=np.int32)
+    if found.dtype.kind not in "iu":
+        raise errors.DtypeError(f"{name}: got entries of type {found.dtype}, wanted integers")
+    if found.ndim != 2 or found.shape[1] != 2:
+        raise errors.ShapeError(f"{name}: got shape {found.shape}, wanted pairs, (pairs, 2)")
+    if rows is not value and not set(map(type, chain.from_iterable(rows))).isdisjoint(_BOOLS):
+        raise errors.DtypeError(f"{name}: got a bool among the qubits, wanted integers")
+    return found
+
+
+def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
+    """A read-only (k, 2) array of control and target, apart from the caller's."""
+    found = pairs(value, name)
+    outside = found[(found < 0) | (found >= n)]
+    if outside.size:
+        raise errors.QubitError(f"{name}: got qubit {outside[0]}, wanted 0 to {n - 1}")
+    same = found[found[:, 0] == found[:, 1]]
+    if same.size:
+        raise errors.QubitError(f"{name}: got control and target both {same[0, 0]}")
+    return frozen(found.astype(np.int32))
+
+
+# --- arrays -------------------------------------------------------------------------------------
+
+
+def array(value: Any, name: str) -> npt.NDArray[Any]:
+    """An array, or what holds one, as a plain array of numpy that is not copied where it need not
+    be. Nested lists, pandas, galois and sparse matrices of scipy are taken; masks are refused."""
+    parts = value if isinstance(value, (list, tuple)) else (value,)
+    if any(isinstance(part, np.ma.MaskedArray) for part in parts):
+        raise errors.DtypeError(f"{name}: got a masked array, wanted one in which all entries hold")
+    if comes_from(value, "scipy") and hasattr(value, "toarray"):
+        value = value.toarray()
+    if isinstance(value, (str, bytes, bytearray)) or not (
+        isinstance(value, Sequence) or hasattr(value, "__array__")
+    ):
+        raise errors.DtypeError(f"{name}: got {shown(value)}, wanted an array or nested lists")
+    try:
+        return np.asarray(value)
+    except (TypeError, ValueError, OverflowError):
+        raise errors.ShapeError(f"{name}: got rows of unequal length") from None
+
+
+def bits(value: Any, name: str) -> BoolArray:
+    """An array of bool of any shape. One of bool is not copied; nothing here writes into it."""
+    found = array(value, name)
+    if found.dtype == np.bool_:
+        return found
+    if found.size and found.dtype.kind not in "biu":
+        raise errors.DtypeError(
+            f"{name}: got entries of type {found.dtype}, wanted bool or the integers 0 and 1"
+        )
+    as_bool = found.astype(np.bool_)
+    if not np.array_equal(found, as_bool):
+        strange = found[found != as_bool].flat[0]
+        raise errors.EntryError(f"{name}: got the entry {strange}, wanted 0 and 1 alone")
+    return as_bool
 
 
 def bit_matrix(value: Any, name: str) -> BoolArray:
-    """A square matrix of bool. An array of bool is not copied; nothing here writes into it."""
-    array = value if isinstance(value, np.ndarray) else _as_array(value, name)
-    if array.dtype != np.bool_:
-        array = _as_bits(array, name)
-    if array.ndim != 2 or array.shape[0] != array.shape[1]:
-        if array.size == 0 and array.ndim < 2:
+    """A square matrix of bool."""
+    found = bits(value, name)
+    if found.ndim != 2 or found.shape[0] != found.shape[1]:
+        if found.size == 0 and found.ndim < 2:
             return np.zeros((0, 0), dtype=np.bool_)
-        raise errors.ShapeError(f"{name}: got shape {array.shape}, wanted a square matrix")
-    return array
+        raise errors.ShapeError(f"{name}: got shape {found.shape}, wanted a square matrix")
+    return found
 
 
 def invertible_matrix(value: Any, name: str) -> BoolArray:
@@ -39,118 +269,26 @@ def invertible_matrix(value: Any, name: str) -> BoolArray:
     return matrix
 
 
-def _as_array(value: Any, name: str) -> npt.NDArray[Any]:
-    try:
-        return np.asarray(value)
-    except ValueError:
-        raise errors.ShapeError(f"{name}: got rows of unequal length") from None
-
-
-def _as_bits(array: npt.NDArray[Any], name: str) -> BoolArray:
-    if array.size and array.dtype.kind not in "biu":
-        raise errors.DtypeError(
-            f"{name}: got entries of type {array.dtype}, wanted bool or the integers 0 and 1"
-        )
-    bits = array.astype(np.bool_)
-    if not np.array_equal(array, bits):
-        strange = array[array != bits].flat[0]
-        raise errors.EntryError(f"{name}: got the entry {strange}, wanted 0 and 1 alone")
-    return bits
-
-
-def integer(value: Any, name: str, least: int, most: int | None = None) -> int:
-    if isinstance(value, (bool, np.bool_)):
-        raise errors.DtypeError(f"{name}: got {value!r}, wanted an integer")
-    try:
-        number = operator.index(value)
-    except TypeError:
-        raise errors.DtypeError(f"{name}: got {value!r}, wanted an integer") from None
-    if number < least or (most is not None and number > most):
-        wanted = f"at least {least}" if most is None else f"{least} to {most}"
-        raise errors.OptionError(f"{name}: got {number}, wanted {wanted}")
-    return number
-
-
-def seconds(value: Any, name: str) -> float:
-    try:
-        number = float(value)
-    except (TypeError, ValueError):
-        raise errors.DtypeError(f"{name}: got {value!r}, wanted seconds") from None
-    if not number > 0:
-        raise errors.OptionError(f"{name}: got {number}, wanted a positive number of seconds")
-    return number
-
-
-def choice(value: Any, name: str, choices: Collection[str]) -> str:
-    if value not in choices:
-        listed = ", ".join(repr(each) for each in choices)
-        raise errors.OptionError(f"{name}: got {value!r}, wanted one of {listed}")
-    return str(value)
-
-
-def qubit_count(value: Any, name: str = "n") -> int:
-    return integer(value, name, 0, 2**31 - 1)
-
-
-def qubits(values: Iterable[Any], name: str) -> tuple[int, ...]:
-    """Distinct qubits from 0 up; the circuit that takes them knows the upper end."""
-    checked = []
-    for value in values:
-        try:
-            qubit = operator.index(value)
-        except TypeError:
-            raise errors.DtypeError(f"{name}: got {value!r}, wanted an integer") from None
-        if qubit < 0:
-            raise errors.QubitError(f"{name}: got {qubit}, wanted 0 or more")
-        checked.append(qubit)
-    if len(set(checked)) < len(checked):
-        raise errors.QubitError(f"{name}: got {tuple(checked)}, wanted distinct qubits")
-    return tuple(checked)
-
-
-def qubits_below(values: Sequence[int], n: int, name: str) -> None:
-    for qubit in values:
-        if qubit >= n:
-            raise errors.QubitError(f"{name}: got qubit {qubit}, wanted 0 to {n - 1}")
-
-
-def finite(value: float, name: str) -> float:
-    if not math.isfinite(value):
-        raise errors.AngleError(f"{name}: got {value}, wanted a finite angle in radians")
-    return float(value)
-
-
-def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
-    """A read-only (k, 2) array of control and target, apart from the caller's."""
-    array = _as_array(value if isinstance(value, np.ndarray) else list(value), name)
-    if array.size == 0:
-        array = np.zeros((0, 2), dtype=np.int32)
-    if array.dtype.kind not in "iu":
-        raise errors.DtypeError(f"{name}: got entries of type {array.dtype}, wanted integers")
-    if array.ndim != 2 or array.shape[1] != 2:
-        raise errors.ShapeError(f"{name}: got shape {array.shape}, wanted (gates, 2)")
-    outside = array[(array < 0) | (array >= n)]
-    if outside.size:
-        raise errors.QubitError(f"{name}: got qubit {outside[0]}, wanted 0 to {n - 1}")
-    same = array[array[:, 0] == array[:, 1]]
-    if same.size:
-        raise errors.QubitError(f"{name}: got control and target both {same[0, 0]}")
-    return frozen(array.astype(np.int32))
-
-
 def frozen(array: npt.NDArray[Any]) -> npt.NDArray[Any]:
     array.flags.writeable = False
     return array
 
 
+# --- Pauli strings ------------------------------------------------------------------------------
+
+
 def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
-    """(True for minus, letters) of a string such as "XIZ", "-XIZ" or "+_XZ"."""
+    """(True for minus, letters) of a string such as "XIZ", "-XIZ" or "+_XZ". Letters are upper or
+    lower case, not both: the "i" of "iXX" is a phase, where other packages write it."""
     if not isinstance(value, str):
         raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a string of letters")
-    letters = value.lstrip("+-").upper().replace("_", "I")
+    letters = value.lstrip("+-")
     sign = value[: len(value) - len(letters)]
-    if len(sign) > 1 or set(letters) - set("IXYZ"):
-        raise errors.PauliError(f"{name}: got {value!r}, wanted letters I, X, Y, Z after one sign")
+    if len(sign) > 1 or all(set(letters) - set(case) for case in ("IXYZ_", "ixyz_")):
+        raise errors.PauliError(
+            f"{name}: got {shown(value)}, wanted letters I, X, Y, Z after one sign"
+        )
+    letters = letters.upper().replace("_", "I")
     if len(letters) != n:
         raise errors.PauliError(f"{name}: got {len(letters)} letters, wanted {n}")
     return sign == "-", letters

@@ -3,103 +3,36 @@
 from __future__ import annotations
 
 import os
-from abc import abstractmethod
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
-from pathlib import Path
-from typing import TYPE_CHECKING, Any, Self
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _draw, _interop, _validate, errors
-from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
-
-if TYPE_CHECKING:
-    import pytket.circuit
-    import qiskit
-    import stim
+from zeltbraidwerk import _core, _files, _validate, errors
+from zeltbraidwerk._circuit_base import CircuitBase
+from zeltbraidwerk._reading import Read
+from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Instruction,
+    Measure,
+    Operation,
+    Register,
+    Reset,
+    bits_of,
+    gates_alone,
+    placed,
+    registers_of,
+    told,
+)  # fmt: skip
 
 __all__ = ["Circuit", "CnotCircuit", "Gate", "Parameter"]
 
 
-class _CircuitBase:
-    """What all circuits share: pictures, and the ways out and in."""
-
-    _n: int
-
-    @property
-    def n(self) -> int:
-        """Number of qubits."""
-        return self._n
-
-    @abstractmethod
-    def _operations(self) -> Iterable[_interop.Operation]:
-        """The gates as plain tuples, for writers and pictures."""
-
-    @classmethod
-    @abstractmethod
-    def _from_operations(cls, n: int, operations: Iterable[_interop.Operation]) -> Self:
-        """The way back; raises where a gate does not fit the kind of circuit."""
-
-    def draw(self, width: int = 100) -> str:
-        """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
-        width = _validate.integer(width, "width", 1)
-        return _draw.text(self._n, map(_box, self._operations()), width)
-
-    def _repr_svg_(self) -> str:
-        return _draw.svg(self._n, list(map(_box, self._operations())))
-
-    def to_qasm(self) -> str:
-        """OpenQASM 2."""
-        return _interop.to_qasm(self._n, self._operations())
-
-    @classmethod
-    def from_qasm(cls, text: str) -> Self:
-        """Reads OpenQASM 2. Registers are numbered through, Toffolis and swaps taken apart.
-
-        Unitary gates of ``qelib1.inc`` up to three qubits are read; measurements and gate
-        definitions are refused. Global phases are not kept.
-        """
-        return cls._from_operations(*_interop.from_qasm(text))
-
-    def to_qiskit(self) -> qiskit.QuantumCircuit:
-        return _interop.to_qiskit(self._n, self._operations())
-
-    @classmethod
-    def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
-        """Reads a circuit of Qiskit; gates that are not known must be decomposed before."""
-        return cls._from_operations(*_interop.from_qiskit(circuit))
-
-    def to_pytket(self) -> pytket.circuit.Circuit:
-        return _interop.to_pytket(self._n, self._operations())
-
-    @classmethod
-    def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
-        """Reads a circuit of pytket; gates that are not known must be rebased before."""
-        return cls._from_operations(*_interop.from_pytket(circuit))
-
-    def to_stim(self) -> stim.Circuit:
-        """Clifford circuits alone; rotations by multiples of pi/2 become Clifford gates."""
-        return _interop.to_stim(self._n, self._operations())
-
-    @classmethod
-    def from_stim(cls, circuit: stim.Circuit) -> Self:
-        """Reads a unitary circuit of Stim."""
-        return cls._from_operations(*_interop.from_stim(circuit))
-
-
-def _box(operation: _interop.Operation) -> _draw.Box:
-    name, qubits, params = operation
-    if name == "CNOT":
-        return _draw.Box(qubits, (_draw.CONTROL, _draw.TARGET))
-    if name in ("CSIGN", "CZ"):
-        return _draw.Box(qubits, (_draw.CONTROL, _draw.CONTROL))
-    label = f"{name}({params[0]})" if name in ROTATIONS else name
-    return _draw.Box(qubits, (label,) * len(qubits))
-
-
-class CnotCircuit(_CircuitBase):
+class CnotCircuit(CircuitBase):
     """A circuit of CNOTs on ``n`` qubits: (control, target) pairs, the first acts first.
 
     >>> circuit = CnotCircuit(3, [(0, 1), (1, 2)])
@@ -133,6 +66,7 @@ class CnotCircuit(_CircuitBase):
 
     @classmethod
     def from_core(cls, circuit: _core.CnotCircuit) -> CnotCircuit:
+        _validate.instance(circuit, "circuit", _core.CnotCircuit, "a circuit of the core")
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
@@ -162,7 +96,7 @@ class CnotCircuit(_CircuitBase):
 
     def to_circuit(self) -> Circuit:
         """The same gates as a general circuit."""
-        return Circuit(self._n, (Gate("CNOT", pair) for pair in self))
+        return Circuit._trusted(self._n, tuple(Gate._trusted("CNOT", pair, ()) for pair in self))
 
     def __add__(self, later: CnotCircuit) -> CnotCircuit:
         """This circuit, then the other."""
@@ -191,22 +125,23 @@ class CnotCircuit(_CircuitBase):
     def __reduce__(self) -> tuple[Any, ...]:
         return CnotCircuit, (self._n, self._gates)
 
-    def _operations(self) -> Iterator[_interop.Operation]:
+    def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         return (("CNOT", pair, ()) for pair in self)
 
+    def _whole(self) -> Circuit:
+        return self.to_circuit()
+
     @classmethod
-    def _from_operations(cls, n: int, operations: Iterable[_interop.Operation]) -> CnotCircuit:
-        pairs = []
-        for name, qubits, _ in operations:
-            if name not in ("CNOT", "I"):
-                raise errors.NotLinearError(f"got the gate {name}, wanted CNOTs alone")
-            if name == "CNOT":
-                pairs.append((qubits[0], qubits[1]))
-        return cls(n, pairs)
+    def _of_read(cls, read: Read) -> CnotCircuit:
+        return Circuit._of_read(read).to_cnot_circuit()
 
 
-class Circuit(_CircuitBase):
+class Circuit(CircuitBase):
     """A circuit of :class:`Gate` on ``n`` qubits, the first acts first.
+
+    It may hold the operations of :mod:`zeltbraidwerk.instructions` as well: measurements, resets,
+    barriers and classically controlled gates. ``classical`` are registers of bits, or pairs of a
+    name and a size; without, the bits that are used make one register, "c".
 
     >>> bell = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
     >>> bell
@@ -224,13 +159,20 @@ class Circuit(_CircuitBase):
     <BLANKLINE>
     """
 
-    def __init__(self, n: int, gates: Iterable[Gate] = ()) -> None:
+    def __init__(
+        self,
+        n: int,
+        gates: Iterable[Operation] = (),
+        classical: Iterable[Register | tuple[str, int]] | None = None,
+    ) -> None:
         self._n = _validate.qubit_count(n)
-        self._gates = tuple(gates)
-        for gate in self._gates:
-            if not isinstance(gate, Gate):
-                raise errors.DtypeError(f"gates: got {gate!r}, wanted a Gate")
-            _validate.qubits_below(gate.qubits, self._n, "gates")
+        self._items: tuple[Operation, ...] = tuple(
+            _validate.items(gates, "gates", "gates in order")
+        )
+        for operation in self._items:
+            _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
+            _validate.qubits_below(operation.qubits, self._n, "gates")
+        self._classical = registers_of(classical, self._items)
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
@@ -240,128 +182,225 @@ class Circuit(_CircuitBase):
             return source
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
-        if isinstance(source, os.PathLike) or (isinstance(source, str) and _is_path(source)):
-            try:
-                source = Path(source).read_text(encoding="utf-8")
-            except UnicodeDecodeError:
-                raise errors.QasmError(f"circuit: {source} is no text") from None
+        if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
+            return cls.from_qasm(_files.text_of(source))
         if isinstance(source, str):
             return cls.from_qasm(source)
-        kind = type(source).__module__.partition(".")[0].lstrip("_")
-        if kind == "qiskit":
-            return cls.from_qiskit(source)
-        if kind == "pytket":
-            return cls.from_pytket(source)
-        if kind == "stim":
-            return cls.from_stim(source)
+        for kind, read in (
+            ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
+        ):  # fmt: skip
+            if _validate.comes_from(source, kind):
+                return read(source)
         raise errors.DtypeError(
             f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
             "Qiskit, pytket or Stim"
         )
 
     @classmethod
-    def _trusted(cls, n: int, gates: tuple[Gate, ...]) -> Circuit:
-        """Of gates that are known to be right."""
+    def _trusted(
+        cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
+    ) -> Circuit:
+        """Of parts that are known to be right."""
         circuit = cls.__new__(cls)
-        circuit._n, circuit._gates = n, gates
+        circuit._n, circuit._items, circuit._classical = n, operations, classical
         return circuit
 
     @classmethod
     def from_core(cls, n: int, gates: Iterable[_core.Gate]) -> Circuit:
-        return cls(n, map(Gate.from_core, gates))
+        listed = _validate.items(gates, "gates", "gates of the core")
+        return cls(n, [Gate.from_core(gate) for gate in listed])
 
     def to_core(self) -> list[_core.Gate]:
-        return [gate.to_core() for gate in self._gates]
+        """The gates, barriers left out; other operations are refused."""
+        return [gate.to_core() for gate in gates_alone(self, "circuit")]
 
     @property
+    def operations(self) -> tuple[Operation, ...]:
+        """All operations in order; what the circuit iterates over."""
+        return self._items
+
+    @cached_property
     def gates(self) -> tuple[Gate, ...]:
-        return self._gates
+        """The gates without a condition, and no other operations."""
+        return tuple(item for item in self._items if isinstance(item, Gate))
+
+    @property
+    def classical(self) -> tuple[Register, ...]:
+        """The classical registers; their bits are numbered through in this order."""
+        return self._classical
+
+    @property
+    def bit_count(self) -> int:
+        """Number of classical bits."""
+        return sum(register.size for register in self._classical)
 
     @property
     def count(self) -> int:
-        """Number of gates."""
-        return len(self._gates)
+        """Number of gates, classically controlled ones among them."""
+        return sum(1 for _ in self._operations())
 
     @property
     def two_qubit_count(self) -> int:
         """Number of two-qubit gates; an XX on k qubits counts its k (k - 1) / 2 pairs."""
-        sizes = [len(gate.qubits) for gate in self._gates]
+        sizes = [len(qubits) for _, qubits, _ in self._operations()]
         return sum(size * (size - 1) // 2 for size in sizes)
 
     @cached_property
     def depth(self) -> int:
-        """Number of layers when every gate is placed as soon as its qubits are free."""
-        return _depth(self._n, self._gates)
+        """Number of layers when every gate is placed as soon as its qubits are free.
+
+        Measurements and resets take no time. A gate after a barrier waits for all that is before it
+        on the barrier's qubits; one under a condition, for the measurements into its bits.
+        """
+        return self._depth(1)
 
     @cached_property
     def two_qubit_depth(self) -> int:
         """The depth when gates on one qubit take no time."""
-        return _depth(self._n, [gate for gate in self._gates if len(gate.qubits) > 1])
+        return self._depth(2)
+
+    def _depth(self, least: int) -> int:
+        """Of gates on so many qubits at least."""
+        layers = [0] * (self._n + self.bit_count)
+        for item in self._items:
+            wires = [*item.qubits, *(self._n + bit for bit in bits_of(item))]
+            gate = item.operation if isinstance(item, Conditional) else item
+            takes_time = isinstance(gate, Gate) and len(gate.qubits) >= least
+            layer = max([layers[wire] for wire in wires]) + takes_time
+            for wire in wires:
+                layers[wire] = layer
+        return max(layers, default=0)
+
+    def split_ending(self) -> tuple[Circuit, Circuit]:
+        """The circuit without what ends it, and the ending: measurements and resets after which
+        neither a gate uses their qubit nor a condition their bit, and barriers among them.
+
+        The two one after the other are the circuit, up to the order of operations that do not
+        meet and the place of barriers. What other functions need to be gates alone is the first.
+
+        >>> circuit = Circuit(2, [Measure(0, 0), Gate.h(1), Measure(1, 1)])
+        >>> circuit.split_ending()[0], [str(item) for item in circuit.split_ending()[1]]
+        (Circuit(2 qubits, 1 gates, 0 two-qubit, depth 1), ['measure 0 -> 0', 'measure 1 -> 1'])
+        """
+        parts: tuple[list[Operation], list[Operation]] = ([], [])
+        busy: set[int] = set()  # what gates and conditions use from here on; bit b is -1 - b
+        for item in reversed(self._items):
+            bits = {-1 - bit for bit in bits_of(item)}
+            ends = isinstance(item, (Measure, Reset, Barrier)) and busy.isdisjoint(
+                bits.union(item.qubits)
+            )
+            parts[ends].append(item)
+            if not ends and not isinstance(item, Barrier):
+                busy.update(item.qubits, bits)
+        first, ending = (tuple(reversed(part)) for part in parts)
+        return (
+            Circuit._trusted(self._n, first, self._classical),
+            Circuit._trusted(self._n, ending, self._classical),
+        )
+
+    def unitary(self) -> Circuit:
+        """The gates alone, barriers left out; other operations are refused."""
+        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")))
+
+    def placed(self, qubits: Sequence[int], n: int) -> Circuit:
+        """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        n = _validate.qubit_count(n)
+        places = _validate.qubits(qubits, "qubits")
+        if len(places) != self._n:
+            raise errors.ShapeError(f"qubits: got {len(places)}, wanted {self._n}")
+        _validate.qubits_below(places, n, "qubits")
+        return Circuit._trusted(
+            n, tuple(placed(item, places) for item in self._items), self._classical
+        )
 
     def inverse(self) -> Circuit:
-        return Circuit(self._n, [gate.inverse() for gate in reversed(self._gates)])
+        """Gates backwards, barriers among them; other operations have no inverse."""
+        gates_alone(self, "circuit")
+        return self._trusted(
+            self._n,
+            tuple(
+                item.inverse() if isinstance(item, Gate) else item for item in reversed(self._items)
+            ),
+            self._classical,
+        )
 
     def to_cnot_circuit(self) -> CnotCircuit:
-        """The same circuit where all gates are CNOTs."""
-        return CnotCircuit._from_operations(self._n, self._operations())
+        """The same circuit where all gates are CNOTs; barriers are left out."""
+        pairs = []
+        for place, gate in enumerate(gates_alone(self, "circuit")):
+            if gate.name not in ("CNOT", "I"):
+                raise errors.NotLinearError(
+                    f"circuit: got the gate {gate.name} (gate {place}), wanted CNOTs alone"
+                )
+            if gate.name == "CNOT":
+                pairs.append((gate.qubits[0], gate.qubits[1]))
+        return CnotCircuit(self._n, pairs)
 
     def __add__(self, later: Circuit) -> Circuit:
-        """This circuit, then the other."""
+        """This circuit, then the other, with the same classical registers or one without."""
         if not isinstance(later, Circuit):
             return NotImplemented
         _same_size(self, later)
-        return Circuit(self._n, self._gates + later._gates)
+        if self._classical and later._classical and self._classical != later._classical:
+            raise errors.BitError(
+                f"got circuits with {told(self._classical)} and {told(later._classical)}, wanted "
+                "the same classical registers"
+            )
+        return self._trusted(
+            self._n,
+            self._items + later._items,
+            self._classical or later._classical,
+        )
 
     def __len__(self) -> int:
-        return len(self._gates)
+        return len(self._items)
 
-    def __iter__(self) -> Iterator[Gate]:
-        return iter(self._gates)
+    def __iter__(self) -> Iterator[Any]:
+        return iter(self._items)
 
-    def __getitem__(self, index: int) -> Gate:
-        return self._gates[index]
+    def __getitem__(self, index: int) -> Any:
+        return self._items[index]
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Circuit):
             return NotImplemented
-        return self._n == other._n and self._gates == other._gates
+        return self._key() == other._key()
 
     def __hash__(self) -> int:
-        return hash((self._n, self._gates))
+        return hash(self._key())
+
+    def _key(self) -> tuple[Any, ...]:
+        return self._n, self._items, self._classical
 
     def __repr__(self) -> str:
+        others = len(self._items) - self.count
         return (
             f"Circuit({self._n} qubits, {self.count} gates, "
-            f"{self.two_qubit_count} two-qubit, depth {self.depth})"
+            f"{self.two_qubit_count} two-qubit, depth {self.depth}"
+            f"{f', {others} other operations' if others else ''})"
         )
 
     def __str__(self) -> str:
-        return "\n".join(map(str, self._gates))
+        return "\n".join(map(str, self._items))
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return Circuit, (self._n, self._gates)
+        return Circuit, self._key()
 
-    def _operations(self) -> Iterator[_interop.Operation]:
-        return ((gate.name, gate.qubits, gate.params) for gate in self._gates)
+    def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
+        for item in self._items:
+            gate = item.operation if isinstance(item, Conditional) else item
+            if isinstance(gate, Gate):
+                yield gate.name, gate.qubits, gate.params
+
+    def _whole(self) -> Circuit:
+        return self
 
     @classmethod
-    def _from_operations(cls, n: int, operations: Iterable[_interop.Operation]) -> Circuit:
-        return cls(n, [Gate(*operation) for operation in operations])
+    def _of_read(cls, read: Read) -> Circuit:
+        n, operations, classical = read
+        return cls._trusted(n, tuple(operations), tuple(classical))
 
 
-def _is_path(text: str) -> bool:
-    return text.endswith(".qasm") and "\n" not in text
-
-
-def _depth(n: int, gates: Iterable[Gate]) -> int:
-    layers = [0] * n
-    for gate in gates:
-        layer = 1 + max(layers[qubit] for qubit in gate.qubits)
-        for qubit in gate.qubits:
-            layers[qubit] = layer
-    return max(layers, default=0)
-
-
-def _same_size(first: _CircuitBase, second: _CircuitBase) -> None:
+def _same_size(first: CircuitBase, second: CircuitBase) -> None:
     if first.n != second.n:
         raise errors.ShapeError(f"got circuits on {first.n} and {second.n} qubits, wanted the same")

@@ -20,6 +20,7 @@ from zeltbraidwerk._operators import CliffordSynthesis, methods, synthesize
 from zeltbraidwerk._states import StateSynthesis, synthesize_state
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import gates_alone
 
 if TYPE_CHECKING:
     import stim
@@ -57,11 +58,16 @@ class CliffordTableau:
 
     @classmethod
     def from_core(cls, tableau: _core.OperatorTableau) -> CliffordTableau:
-        return cls._wrap(_core.OperatorTableau(tableau))
+        kind = _core.OperatorTableau
+        return cls._wrap(
+            kind(_validate.instance(tableau, "tableau", kind, "a tableau of the core"))
+        )
 
     @classmethod
     def from_circuit(cls, circuit: Circuit | CnotCircuit) -> CliffordTableau:
         """The operator of a circuit of Clifford gates."""
+        kinds = (Circuit, CnotCircuit)
+        _validate.instance(circuit, "circuit", kinds, "a Circuit or CnotCircuit")
         return cls(circuit.n).apply(circuit)
 
     def to_core(self) -> _core.OperatorTableau:
@@ -79,7 +85,9 @@ class CliffordTableau:
         if isinstance(gates, Circuit) and gates.n != self.n:
             raise errors.ShapeError(f"gates: got {gates.n} qubits, wanted {self.n}")
         result = self.to_core()
-        for gate in (gates,) if isinstance(gates, Gate) else gates:
+        listed = (gates,) if isinstance(gates, Gate) else gates
+        items = _validate.items(listed, "gates", "a Gate, a list of them or a circuit")
+        for gate in gates_alone(items, "gates"):
             _validate.qubits_below(gate.qubits, self.n, "gates")
             if any(param.is_symbolic for param in gate.params):
                 raise errors.NotCliffordError(f"gates: got {gate}, wanted a numeric angle")
@@ -116,6 +124,7 @@ class CliffordTableau:
 
     def then(self, later: CliffordTableau) -> CliffordTableau:
         """This operator followed by the other."""
+        _validate.instance(later, "later", CliffordTableau, "a CliffordTableau")
         return later @ self
 
     def images(self) -> tuple[list[str], list[str]]:
@@ -146,9 +155,12 @@ class CliffordTableau:
 
     @classmethod
     def from_stim(cls, tableau: stim.Tableau) -> CliffordTableau:
-        n, operations = _interop.from_stim(tableau.to_circuit())
-        gates = [Gate(*operation) for operation in operations]
-        return cls(max(n, len(tableau))).apply(gates)
+        if not (_validate.comes_from(tableau, "stim") and hasattr(tableau, "to_circuit")):
+            raise errors.DtypeError(
+                f"tableau: got {_validate.shown(tableau)}, wanted a tableau of Stim"
+            )
+        circuit = Circuit.from_stim(tableau.to_circuit())
+        return cls(max(circuit.n, len(tableau))).apply(circuit.gates)
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, CliffordTableau):

@@ -179,9 +179,11 @@ def pauli_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
     screen.title(f"The UCCSD ansatz of LiH: {len(ansatz)} Pauli rotations on 12 qubits")
     screen.note("One Trotter step each; the Clifford operator behind it undone.")
     right = _every_method(
-        screen, zb.pauli.methods(), lambda name: zb.pauli.synthesize(ansatz, method=name, seed=1)
+        screen,
+        zb.pauli.methods(),
+        lambda name: zb.pauli.synthesize(ansatz, method=name, order="free", seed=1),
     )
-    left_open = zb.pauli.synthesize(ansatz, method="greedy", tail="return", seed=1)
+    left_open = zb.pauli.synthesize(ansatz, method="greedy", order="free", tail="return", seed=1)
     observable = "Z" * left_open.n
     print(
         f"Not undone by greedy: {left_open.count} CNOTs; in place of {observable} behind the "
@@ -210,15 +212,15 @@ def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
         f"A multiplier in GF(16), {original.n} qubits, {rotations} rotations, on a 4 x 4 grid"
     )
     screen.note("No SWAP gates. What Clifford gates leave behind is handed back, or closed.")
-    best = zb.routing.route(original, device, depth=1)
+    best = zb.routing.route(original, device, depth=1, tail="return")
     right: list[bool] = []
 
     def rows() -> Iterator[tuple[str, ...]]:
         yield "anywhere", str(original.two_qubit_count), str(original.two_qubit_depth), "-", "-"
         for name, result in (
-            ("handed back", zb.routing.route(original, device)),
+            ("handed back", zb.routing.route(original, device, tail="return")),
             ("one step ahead", best),
-            ("closed", zb.routing.route(original, device, tail="close")),
+            ("closed", zb.routing.route(original, device)),
             ("ions, global gates", zb.routing.route_ions(original)),
         ):
             right.append(result.verify())
@@ -230,7 +232,7 @@ def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
     place.write_text(device.draw(best.circuit), encoding="utf-8")
     print(f"Picture of the device and how often each edge is used: {place}")
     screen.title("A Toffoli gate on a line of three qubits, and what it leaves behind")
-    toffoli = zb.routing.route("qreg q[3]; ccx q[0],q[1],q[2];", zb.Device.line(3))
+    toffoli = zb.routing.route("qreg q[3]; ccx q[0],q[1],q[2];", zb.Device.line(3), tail="return")
     right.append(toffoli.verify())
     print(f"{toffoli.circuit.draw()}\n{toffoli.tail}")
     return all(right)

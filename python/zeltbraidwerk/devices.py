@@ -12,7 +12,7 @@ Device('2 x 3 grid': 6 qubits, 7 edges)
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator, Mapping
+from collections.abc import Iterable, Iterator
 from functools import cache, cached_property
 from pathlib import Path
 from typing import Any
@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _draw_device, _validate, errors
+from zeltbraidwerk import _core, _couplings, _draw_device, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 
 __all__ = ["Device"]
@@ -36,45 +36,46 @@ class Device:
 
     def __init__(self, n: int, edges: Iterable[tuple[int, int]], name: str = "") -> None:
         self._n = _validate.qubit_count(n)
-        pairs = _validate.cnots(list(edges), self._n, "edges").tolist()
+        listed = list(edges) if isinstance(edges, (set, frozenset)) else edges
+        pairs = _validate.cnots(listed, self._n, "edges").tolist()
         self._edges: tuple[Edge, ...] = tuple(sorted({(min(pair), max(pair)) for pair in pairs}))
-        self._name = name
+        self._name = _validate.text(name, "name")
 
     @classmethod
     def from_edges(cls, edges: Iterable[tuple[int, int]], name: str = "") -> Device:
-        """As many qubits as the edges name: the greatest number in them and one more."""
-        pairs = [tuple(pair) for pair in edges]
-        n = 1 + max((_validate.integer(q, "edges", 0) for pair in pairs for q in pair), default=-1)
-        return cls(n, pairs, name)  # type: ignore[arg-type]
+        """As many qubits as the edges name: the greatest number in them and one more.
+
+        Edges are pairs of qubits, one per row where they are an array. A matrix is never read as
+        an adjacency matrix: ``Device(len(matrix), numpy.argwhere(matrix))`` is the device of one.
+        Edges without qubit 0 are refused, since most of them count from 1.
+        """
+        return cls(*_couplings.of_edges(edges, "edges"), name)
 
     @classmethod
     def from_networkx(cls, graph: Any) -> Device:
-        """A graph of networkx; its nodes are the integers from 0 up."""
-        nodes = [_validate.integer(node, "graph", 0) for node in graph.nodes]
-        return cls(1 + max(nodes, default=-1), [(a, b) for a, b in graph.edges() if a != b])
+        """An undirected graph of networkx without parallel edges and loops.
+
+        Nodes that are integers, 0 the least, are the qubits of those numbers; numbers in between
+        that are no nodes are qubits without an edge. Other integers, such as 1 to n, are numbered
+        from 0 in ascending order, and nodes of any other kind in the order of ``graph.nodes``.
+        """
+        return cls(*_couplings.of_graph(graph, "graph"))
 
     @classmethod
     def from_rustworkx(cls, graph: Any) -> Device:
-        nodes = list(graph.node_indices())
-        return cls(1 + max(nodes, default=-1), [(a, b) for a, b in graph.edge_list() if a != b])
+        """An undirected graph of rustworkx without parallel edges and loops; the indices of its
+        nodes are the qubits."""
+        return cls(*_couplings.of_graph(graph, "graph"))
 
     @classmethod
     def from_qiskit(cls, source: Any) -> Device:
-        """A coupling map of Qiskit, or a backend or target that has one."""
-        maps = getattr(source, "coupling_map", None)
-        if maps is None and hasattr(source, "build_coupling_map"):
-            maps = source.build_coupling_map()
-        found = source if maps is None else maps
-        if not hasattr(found, "get_edges"):
-            raise errors.DeviceError(f"source: got {source!r}, wanted something with couplings")
-        return cls(found.size(), [(a, b) for a, b in found.get_edges()])
+        """A coupling map of Qiskit, or a backend or target that has one. Directions are dropped."""
+        return cls(*_couplings.of_qiskit(source, "source"))
 
     @classmethod
     def from_pytket(cls, architecture: Any) -> Device:
         """An architecture of pytket; its nodes are numbered in their order."""
-        places = {node: place for place, node in enumerate(architecture.nodes)}
-        pairs = [(places[a], places[b]) for a, b in architecture.coupling]
-        return cls(len(places), pairs)
+        return cls(*_couplings.of_pytket(architecture, "architecture"))
 
     @classmethod
     def line(cls, n: int) -> Device:
@@ -85,16 +86,17 @@ class Device:
     def grid(cls, rows: int, columns: int) -> Device:
         """Qubit ``row * columns + column``, joined to its neighbours across and down."""
         r, c = _validate.integer(rows, "rows", 1), _validate.integer(columns, "columns", 1)
-        across = [(q, q + 1) for q in range(r * c) if (q + 1) % c]
-        return cls(r * c, across + [(q, q + c) for q in range(r * c - c)], f"{r} x {c} grid")
+        n = _validate.qubit_count(r * c, "rows, columns")
+        across = [(q, q + 1) for q in range(n) if (q + 1) % c]
+        return cls(n, across + [(q, q + c) for q in range(n - c)], f"{r} x {c} grid")
 
     @classmethod
     def heavy_hex(cls, rows: int, length: int) -> Device:
         """``rows`` lines of ``length`` qubits, joined through single qubits at every fourth place,
         by turns from place 0 and from place 2 on. Lines are numbered first."""
         r, k = _validate.integer(rows, "rows", 1), _validate.integer(length, "length", 1)
-        pairs = [(q, q + 1) for q in range(r * k) if (q + 1) % k]
-        n = r * k
+        n = _validate.qubit_count(r * k, "rows, length")
+        pairs = [(q, q + 1) for q in range(n) if (q + 1) % k]
         for row in range(r - 1):
             for place in range(2 * (row % 2), k, 4):
                 pairs += [(row * k + place, n), (n, (row + 1) * k + place)]
@@ -113,9 +115,15 @@ class Device:
         >>> Device.named("tokyo")
         Device('tokyo': 20 qubits, 43 edges)
         """
+        return cls._known(name, "name")
+
+    @classmethod
+    def _known(cls, name: Any, argument: str) -> Device:
         known = _known_devices()
-        if name not in known:
-            raise errors.DeviceError(f"name: got {name!r}, wanted one of {', '.join(known)}")
+        if not isinstance(name, str) or name not in known:
+            raise errors.DeviceError(
+                f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(known)}"
+            )
         pairs = known[name]
         return cls(1 + max(map(max, pairs)), pairs, name)
 
@@ -126,25 +134,21 @@ class Device:
     @classmethod
     def of(cls, source: Any) -> Device:
         """Whatever stands for a device: one of these, a name, an object of networkx, rustworkx,
-        Qiskit or pytket, or an edge list."""
+        Qiskit or pytket, or edges, each as the method named after it reads it."""
         if isinstance(source, Device):
             return source
         if isinstance(source, str):
-            return cls.named(source)
-        if hasattr(source, "node_indices"):
-            return cls.from_rustworkx(source)
-        if hasattr(source, "get_edges") or hasattr(source, "coupling_map"):
-            return cls.from_qiskit(source)
-        if hasattr(source, "build_coupling_map"):
-            return cls.from_qiskit(source)
-        if hasattr(source, "coupling") and hasattr(source, "nodes"):
-            return cls.from_pytket(source)
-        if hasattr(source, "edges") and hasattr(source, "nodes"):
-            return cls.from_networkx(source)
-        if isinstance(source, Iterable) and not isinstance(source, Mapping):
-            return cls.from_edges(source)
+            return cls._known(source, "device")
+        if _couplings.is_graph(source):
+            return cls(*_couplings.of_graph(source, "device"))
+        if _validate.comes_from(source, "qiskit"):
+            return cls(*_couplings.of_qiskit(source, "device"))
+        if _validate.comes_from(source, "pytket"):
+            return cls(*_couplings.of_pytket(source, "device"))
+        if isinstance(source, Iterable) and not isinstance(source, (bytes, bytearray, dict)):
+            return cls(*_couplings.of_edges(source, "device"))
         raise errors.DeviceError(
-            f"device: got {type(source).__name__}, wanted a Device, a name, edges or a graph"
+            f"device: got {_validate.shown(source)}, wanted a Device, a name, edges or a graph"
         )
 
     @property
@@ -224,7 +228,7 @@ class Device:
 
     def fits(self, circuit: Circuit | CnotCircuit) -> bool:
         """Whether every gate on several qubits is on edges."""
-        if circuit.n > self._n:
+        if _circuit(circuit).n > self._n:
             return False
         return all(
             b in self._neighbours[a]
@@ -247,7 +251,9 @@ class Device:
         One for each qubit that it can grow from, at most; by the neighbour with most edges into
         what is there.
         """
-        n = _validate.qubit_count(n)
+        return self._connected_parts(_validate.qubit_count(n))
+
+    def _connected_parts(self, n: int) -> Iterator[tuple[int, ...]]:
         if n == 0:
             yield ()
         grown: dict[tuple[int, ...], int] = {}
@@ -270,7 +276,12 @@ class Device:
     def draw(self, circuit: Circuit | CnotCircuit | None = None) -> str:
         """A picture (SVG); with a circuit, its edges are marked with how often they are used."""
         used: dict[Edge, int] = {}
-        for _, qubits, _ in circuit._operations() if circuit is not None else ():
+        operations = () if circuit is None else _circuit(circuit)._operations()
+        if circuit is not None and circuit.n > self._n:
+            raise errors.DeviceTooSmallError(
+                f"circuit: got {circuit.n} qubits, wanted at most {self._n}"
+            )
+        for _, qubits, _ in operations:
             for place, a in enumerate(qubits):
                 for b in qubits[place + 1 :]:
                     used[min(a, b), max(a, b)] = used.get((min(a, b), max(a, b)), 0) + 1
@@ -293,6 +304,12 @@ class Device:
 
     def __reduce__(self) -> tuple[Any, ...]:
         return Device, (self._n, self._edges, self._name)
+
+
+def _circuit(circuit: Any) -> Circuit | CnotCircuit:
+    kinds = (Circuit, CnotCircuit)
+    found: Circuit | CnotCircuit = _validate.instance(circuit, "circuit", kinds, "a circuit")
+    return found
 
 
 @cache

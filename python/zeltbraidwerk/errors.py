@@ -41,6 +41,14 @@ class GateError(Error, ValueError):
     """An unknown gate, or one with the wrong number of qubits or angles."""
 
 
+class BitError(Error, ValueError):
+    """A classical bit out of range or named twice, or registers that do not fit together."""
+
+
+class NotUnitaryError(Error, ValueError):
+    """A measurement, a reset or a classically controlled gate where gates alone are wanted."""
+
+
 class PauliError(Error, ValueError):
     """A Pauli string with a letter other than I, X, Y and Z, or of the wrong length."""
 
@@ -55,6 +63,10 @@ class NotLinearError(Error, ValueError):
 
 class ParityError(Error, ValueError):
     """Parities that cannot be read, or of unequal length."""
+
+
+class GraphError(Error, ValueError):
+    """A graph with directions, parallel edges or loops where a plain one is wanted."""
 
 
 class DeviceError(Error, ValueError):
@@ -75,6 +87,10 @@ class NoHamiltonianPathError(DeviceError):
 
 class QasmError(Error, ValueError):
     """OpenQASM text that cannot be read; the text gives the line."""
+
+
+class QasmFileError(QasmError, OSError):
+    """A file of OpenQASM that cannot be read."""
 
 
 class UnknownMethodError(Error, ValueError):

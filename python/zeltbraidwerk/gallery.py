@@ -11,21 +11,26 @@ import random
 import re
 from collections.abc import Iterator, Sequence
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
+from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.gates import Gate
 
 BoolArray = npt.NDArray[np.bool_]
 
+_MOST = 2**31 - 1
+
 
 def circulant(first_row: list[int], polynomial: int) -> BoolArray:
     """The circulant of field elements, each row the one above turned right by one place.
 
-    Entries are elements of GF(2)[x] modulo ``polynomial``, bit k the coefficient of x^k.
+    Entries are elements of GF(2)[x] modulo ``polynomial``, of degree at most 64, bit k the
+    coefficient of x^k.
 
     >>> circulant([2, 3], 0b111).astype(int)
     array([[0, 1, 1, 1],
@@ -33,16 +38,19 @@ def circulant(first_row: list[int], polynomial: int) -> BoolArray:
            [1, 1, 0, 1],
            [1, 0, 1, 1]])
     """
-    size = len(first_row)
-    return _over_bits(
-        [[first_row[(c - r) % size] for c in range(size)] for r in range(size)], polynomial
-    )
+    row = _elements(first_row, polynomial)
+    size = len(row)
+    return _over_bits([[row[(c - r) % size] for c in range(size)] for r in range(size)], polynomial)
 
 
 def hadamard(first_row: list[int], polynomial: int) -> BoolArray:
-    """The Hadamard matrix of field elements: entry (r, c) is element r XOR c of the first row."""
-    size = len(first_row)
-    return _over_bits([[first_row[r ^ c] for c in range(size)] for r in range(size)], polynomial)
+    """The Hadamard matrix of field elements: entry (r, c) is element r XOR c of the first row,
+    whose length is a power of two."""
+    row = _elements(first_row, polynomial)
+    size = len(row)
+    if size & (size - 1):
+        raise errors.ShapeError(f"first_row: got {size} elements, wanted a power of two")
+    return _over_bits([[row[r ^ c] for c in range(size)] for r in range(size)], polynomial)
 
 
 def aes_mixcolumns() -> BoolArray:
@@ -72,7 +80,8 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
            [1, 1, 1],
            [1, 1, 0]])
     """
-    rng = random.Random(7000 + n if seed is None else seed)
+    n, count = _validate.qubit_count(n), _count(count, "count")
+    rng = _random(7000 + n if seed is None else seed)
     found: list[BoolArray] = []
     while len(found) < count:
         rows = [rng.getrandbits(n) for _ in range(n)] if n else []
@@ -89,18 +98,26 @@ def uccsd(
 
     Under Jordan-Wigner, spin orbitals interleaved (even up, odd down), the lowest ones filled: for
     every excitation T that conserves spin, exp(amplitude (T - T-dagger)) as a product of rotations,
-    in one order. Without ``amplitudes``, one an excitation, all are 1. LiH, H2O, NH3 and N2 in
-    minimal bases are (12, 4), (14, 10), (16, 10) and (20, 14).
+    in one order. Both numbers are even. Without ``amplitudes``, one per excitation, all are 1. LiH,
+    H2O, NH3 and N2 in minimal bases are (12, 4), (14, 10), (16, 10) and (20, 14).
 
     >>> uccsd(4, 2)
     {'YZXI': -1.0, 'XZYI': 1.0, 'IYZX': -1.0, 'IXZY': 1.0, 'YXXX': -0.25, 'XYXX': -0.25, \
 'XXYX': 0.25, 'YYYX': -0.25, 'XXXY': 0.25, 'YYXY': -0.25, 'YXYY': 0.25, 'XYYY': 0.25}
     """
+    qubits = _even(qubits, "qubits", 0, _MOST)
+    electrons = _even(electrons, "electrons", 0, qubits)
     excitations = list(_excitations(qubits, electrons))
-    if amplitudes is None:
-        amplitudes = [1.0] * len(excitations)
+    factors = [1.0] * len(excitations)
+    if amplitudes is not None:
+        listed = _validate.items(amplitudes, "amplitudes", "a list of numbers")
+        factors = [_validate.angle(amplitude, "amplitudes") for amplitude in listed]
+    if len(factors) != len(excitations):
+        raise errors.ShapeError(
+            f"amplitudes: got {len(factors)}, wanted {len(excitations)}, one per excitation"
+        )
     rotations: dict[str, float] = {}
-    for (filled, empty), amplitude in zip(excitations, amplitudes, strict=True):
+    for (filled, empty), amplitude in zip(excitations, factors, strict=True):
         product: dict[tuple[int, int], complex] = {(0, 0): 1.0}
         for orbital, raises in [(a, True) for a in empty] + [(i, False) for i in filled[::-1]]:
             product = _ladder(product, orbital, raises)
@@ -148,14 +165,14 @@ def random_paulis(n: int, terms: int, seed: int = 1) -> list[str]:
     >>> random_paulis(4, 3)
     ['XIYI', 'ZZZZ', 'XIZI']
     """
-    rng = random.Random(seed)
+    n, terms, rng = _validate.qubit_count(n), _count(terms, "terms"), _random(seed)
     return ["".join(rng.choice("IXYZ") for _ in range(n)) for _ in range(terms)]
 
 
 def maxcut(n: int, seed: int = 1) -> list[str]:
     """The strings of one layer of QAOA for the largest cut of a random graph of degree three, n
-    even: ZZ on its edges, then X on every qubit."""
-    rng = random.Random(seed)
+    even and at least 4: ZZ on its edges, then X on every qubit."""
+    n, rng = _even(n, "n", 4, _MOST), _random(seed)
     edges: set[tuple[int, ...]] = set()
     while len(edges) < 3 * n // 2:
         ends = rng.sample(3 * list(range(n)), 3 * n)
@@ -167,7 +184,7 @@ def maxcut(n: int, seed: int = 1) -> list[str]:
 
 def random_graph(n: int, seed: int = 1) -> BoolArray:
     """A symmetric matrix, each pair of vertices joined or not with equal odds."""
-    rng = random.Random(seed)
+    n, rng = _validate.qubit_count(n), _random(seed)
     graph = np.zeros((n, n), dtype=bool)
     for i in range(n):
         for j in range(i):
@@ -182,6 +199,7 @@ def random_clifford(n: int, count: int) -> list[CliffordTableau]:
     >>> random_clifford(2, 1)[0].n
     2
     """
+    n, count = _validate.qubit_count(n), _count(count, "count")
     rng = random.Random(9000 + n)
     found = []
     for _ in range(count):
@@ -208,11 +226,14 @@ def multiplier() -> Circuit:
 
 
 def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
-    """``count`` sets of different parities of n qubits, bit q of an int for qubit q, none zero.
+    """``count`` sets of different parities of n qubits, at most 63, bit q of an int for qubit q,
+    none zero.
 
     >>> random_parities(3, 2, 1)
     [[5, 2]]
     """
+    n, count = _validate.integer(n, "n", 0, 63), _count(count, "count")
+    terms = _validate.integer(terms, "terms", 0, 2**n - 1)
     rng = random.Random(8000 + terms)
     return [rng.sample(range(1, 2**n), terms) for _ in range(count)]
 
@@ -220,12 +241,37 @@ def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
 def rank(rows: list[int]) -> int:
     """Rank over GF(2) of rows written as ints, a bit a column."""
     basis: dict[int, int] = {}
-    for row in rows:
+    for row in _validate.items(rows, "rows", "a list of ints"):
+        row = _validate.integer(row, "rows", 0)
         while row and (top := row.bit_length()) in basis:
             row ^= basis[top]
         if row:
             basis[row.bit_length()] = row
     return len(basis)
+
+
+def _random(seed: Any) -> random.Random:
+    return random.Random(_validate.integer(seed, "seed", 0, 2**64 - 1))
+
+
+def _count(value: Any, name: str) -> int:
+    return _validate.integer(value, name, 0, _MOST)
+
+
+def _even(value: Any, name: str, least: int, most: int) -> int:
+    number = _validate.integer(value, name, least, most)
+    if number % 2:
+        raise errors.OptionError(f"{name}: got {number}, wanted an even number")
+    return number
+
+
+def _elements(first_row: Any, polynomial: Any) -> list[int]:
+    """Elements of the field of the polynomial, at least one."""
+    degree = _validate.integer(polynomial, "polynomial", 2, 2**65 - 1).bit_length() - 1
+    row = _validate.items(first_row, "first_row", "a list of field elements as ints")
+    if not row:
+        raise errors.ShapeError("first_row: got no elements, wanted at least one")
+    return [_validate.integer(element, "first_row", 0, 2**degree - 1) for element in row]
 
 
 def _over_bits(elements: list[list[int]], polynomial: int) -> BoolArray:

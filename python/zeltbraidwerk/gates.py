@@ -2,19 +2,29 @@
 
 from __future__ import annotations
 
+import re
 from collections.abc import Iterable
 from typing import Any, SupportsFloat, SupportsIndex
+
+import numpy as np
 
 from zeltbraidwerk import _core, _validate, errors
 
 __all__ = ["Gate", "Parameter"]
 
+_NUMBER = re.compile(r"[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?", re.ASCII)
+_NAME = re.compile(r"(?!(?i:nan|inf|infinity)$)[^\W\d]\w*(\[\d+\])*")
+_OPERANDS = {"+": 2, "UMINUS": 1}
+
 
 class Parameter:
     """A rotation angle in radians, a number or a symbolic expression.
 
-    Expressions are text in prefix notation: ``"a"``, ``"+ a b"``, ``"UMINUS a"``. Sums of numbers
-    are wrapped into the open interval from -2 pi to 2 pi.
+    Expressions are text in prefix notation with one blank between two tokens: a name as in
+    ``"theta"`` or ``"theta[0]"``, a sum as in ``"+ a 0.5"``, or a negation as in ``"UMINUS a"``;
+    each operand is a name, a number or again an expression. Products, infix notation and text
+    without a name are refused. Sums of numbers are wrapped into the open interval from -2 pi to
+    2 pi.
 
     >>> Parameter(0.5) + 1.0
     Parameter(1.5)
@@ -25,20 +35,7 @@ class Parameter:
     __slots__ = ("_core",)
 
     def __init__(self, value: Parameter | SupportsFloat | SupportsIndex | str) -> None:
-        if isinstance(value, Parameter):
-            self._core: _core.Parameter = value._core
-        elif isinstance(value, str):
-            if not value.strip():
-                raise errors.AngleError(f"value: got {value!r}, wanted an expression")
-            self._core = _core.Parameter(value)
-        else:
-            try:
-                number = float(value)
-            except TypeError:
-                raise errors.DtypeError(
-                    f"value: got {value!r}, wanted a number of radians or an expression"
-                ) from None
-            self._core = _core.Parameter(_validate.finite(number, "value"))
+        self._core: _core.Parameter = parameter(value, "value")._core
 
     @property
     def is_symbolic(self) -> bool:
@@ -91,6 +88,35 @@ class Parameter:
         return parameter
 
 
+def parameter(value: Any, name: str) -> Parameter:
+    """The value as a Parameter; ``name`` is the argument that an error is to tell of."""
+    if isinstance(value, Parameter):
+        return value
+    if isinstance(value, str):
+        return Parameter._wrap(_core.Parameter(_expression(str(value), name)))
+    return Parameter._wrap(_core.Parameter(_validate.angle(value, name)))
+
+
+def _expression(text: str, name: str) -> str:
+    """The text as it is, where it is an expression with a name in it."""
+    missing, names = 1, 0  # operands that are still to come, and names so far
+    for token in text.split(" "):
+        is_name = token not in _OPERANDS and _NAME.fullmatch(token)
+        if missing == 0 or not (token in _OPERANDS or is_name or _NUMBER.fullmatch(token)):
+            missing = -1
+            break
+        missing += _OPERANDS.get(token, 0) - 1
+        names += bool(is_name)
+    if missing:
+        raise errors.AngleError(
+            f"{name}: got {_validate.shown(text)}, wanted an expression: a name as in 'theta', or "
+            "prefix notation as in '+ a b', '+ 0.5 a' and 'UMINUS a'"
+        )
+    if not names:
+        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
+    return text
+
+
 # Name: (number of qubits, or None for two and more; number of angles).
 VOCABULARY: dict[str, tuple[int | None, int]] = {
     "CNOT": (2, 0), "CSIGN": (2, 0), "CZ": (2, 0),
@@ -104,6 +130,16 @@ ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
 _INVERSES = {"S": "D-S", "D-S": "S"} | {
     name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
 }
+
+
+def _listed(value: Any) -> Any:
+    """One value alone in a tuple. Text is one value, and so is an array without a dimension."""
+    if type(value) in (tuple, list):
+        return value
+    if type(value) in (int, float, str, Parameter) or not isinstance(value, Iterable):
+        return (value,)
+    one = isinstance(value, str) or (isinstance(value, np.ndarray) and value.ndim == 0)
+    return (value,) if one else value
 
 
 class Gate:
@@ -128,17 +164,14 @@ class Gate:
         qubits: int | Iterable[int],
         params: Parameter | float | str | Iterable[Parameter | float | str] = (),
     ) -> None:
-        if name not in VOCABULARY:
-            raise errors.GateError(f"name: got {name!r}, wanted one of {', '.join(VOCABULARY)}")
-        targets = qubits if isinstance(qubits, Iterable) else (qubits,)
-        angles: Iterable[Parameter | float | str]
-        if isinstance(params, (Parameter, str)) or not isinstance(params, Iterable):
-            angles = (params,)
-        else:
-            angles = params
-        self._name = name
-        self._qubits = _validate.qubits(targets, "qubits")
-        self._params = tuple(Parameter(angle) for angle in angles)
+        if not isinstance(name, str) or name not in VOCABULARY:
+            raise errors.GateError(
+                f"name: got {_validate.shown(name)}, wanted one of {', '.join(VOCABULARY)}"
+            )
+        self._name = str(name)
+        self._qubits = _validate.qubits(_listed(qubits), "qubits")
+        angles = _validate.items(_listed(params), "params", "an angle or a list of angles")
+        self._params = tuple(parameter(angle, "params") for angle in angles)
         wanted, wanted_params = VOCABULARY[name]
         if len(self._qubits) != wanted and (wanted or len(self._qubits) < 2):
             raise errors.GateError(
@@ -214,6 +247,7 @@ class Gate:
 
     @classmethod
     def from_core(cls, gate: _core.Gate) -> Gate:
+        _validate.instance(gate, "gate", _core.Gate, "a gate of the core")
         return cls(gate.name, gate.qbits, [Parameter._wrap(p) for p in gate.params])
 
     def __eq__(self, other: object) -> bool:

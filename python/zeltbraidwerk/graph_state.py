@@ -22,7 +22,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _search, _states, _validate, errors
+from zeltbraidwerk import _core, _couplings, _search, _states, _validate, errors
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk.circuits import Circuit
@@ -33,6 +33,13 @@ __all__ = ["GraphStateSynthesis", "methods", "synthesize"]
 _METHODS = ("naive", "decoding", "search")
 _AUTO = ("naive", "search")
 _DEFAULT_RUNS = 10
+_TRIES = 100
+_TAKERS = {
+    "tries": ("decoding",),
+    "restarts": ("auto", "decoding", "search"),
+    "budget": ("auto", "decoding", "search"),
+    "steps": ("auto", "search"),
+}
 
 
 def methods() -> tuple[str, ...]:
@@ -78,7 +85,7 @@ def synthesize(
     *,
     method: str = "auto",
     objective: Objective = "count",
-    tries: int = 100,
+    tries: int | None = None,
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
@@ -88,34 +95,41 @@ def synthesize(
 ) -> GraphStateSynthesis:
     """A circuit of CNOT, CZ and gates on one qubit that prepares a graph state from all qubits 0.
 
-    ``graph`` is a symmetric 0/1 matrix, or a graph of networkx or rustworkx, whose nodes are
-    numbered in their order. A one on the diagonal, a loop, is an S on that qubit.
+    ``graph`` is a symmetric 0/1 matrix, or an undirected graph of networkx or rustworkx without
+    parallel edges. Its nodes are numbered from 0: integers in ascending order, nodes of any other
+    kind in the order of ``graph.nodes``. A one on the diagonal, or a loop, is an S on that qubit.
+    A list of edges is refused; ``[[1, 0], [0, 1]]``, which may be one, must be an array of bool.
 
-    "naive" takes a CZ an edge. "decoding" builds the state vertex by vertex, each attached by few
-    gates found by syndrome decoding with ``tries`` random restarts; ``restarts`` is the number of
-    its runs, later ones in another order of the vertices. "search" begins with a gate an edge and
-    gets better for as long as it may go on, as in :func:`zeltbraidwerk.linear.synthesize`; the
-    other options are those of there. "auto" takes the better of "naive" and "search".
-    ``objective`` is "count" or "depth" of gates on two qubits.
+    "naive" takes one CZ per edge. "decoding" builds the state vertex by vertex, each attached by
+    few gates found by syndrome decoding with ``tries`` random restarts (default: 100); ``restarts``
+    is the number of its runs, later ones in another order of the vertices. "search" begins with one
+    gate per edge and gets better for as long as it may go on, as in
+    :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too. "auto" takes the
+    better of "naive" and "search". ``objective`` is "count" or "depth" of gates on two qubits.
+    An option that the method does not take is refused.
     """
     start = time.perf_counter()
     adjacency = _adjacency(graph)
-    if method not in methods():
-        raise errors.UnknownMethodError(
-            f"method: got {method!r}, wanted one of {', '.join(methods())}"
-        )
+    _validate.method(method, methods())
     _validate.choice(objective, "objective", ("count", "depth"))
-    tries = _validate.integer(tries, "tries", 0, 2**31 - 1)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
-    if steps is not None and method not in ("auto", "search"):
-        raise errors.OptionError(f"steps: not an option of method {method!r}")
+    _validate.options_of(
+        method, _TAKERS, tries=tries, restarts=restarts, budget=budget, steps=steps
+    )
+    most_tries = _TRIES if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     drawn = secrets.randbits(64) if effort.seed is None else effort.seed
     control = _core._SearchControl(effort.budget)
     by_depth = objective == "depth"
 
     def run(name: str, first: int, last: int) -> tuple[int, _states.Found] | None:
         found = _core._best_graph_state(
-            adjacency, tries if name == "decoding" else -1, drawn, first, last, by_depth, control
+            adjacency,
+            most_tries if name == "decoding" else -1,
+            drawn,
+            first,
+            last,
+            by_depth,
+            control,
         )
         if found is None:
             return None
@@ -159,14 +173,14 @@ def _stabilisers(graph: npt.NDArray[np.bool_]) -> list[str]:
 
 
 def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:
-    package = type(graph).__module__.partition(".")[0]
-    if package == "networkx":
-        places = {node: k for k, node in enumerate(graph.nodes)}
-        return _from_edges(len(places), [(places[a], places[b]) for a, b in graph.edges()])
-    if package == "rustworkx":
-        places = {node: k for k, node in enumerate(graph.node_indices())}
-        edges = graph.edge_list()
-        return _from_edges(len(places), [(places[a], places[b]) for a, b in edges])
+    if _couplings.is_graph(graph):
+        nodes, edges = _couplings.graph(graph, "graph")
+        place = _couplings.numbered(nodes)
+        matrix = np.zeros((len(nodes), len(nodes)), dtype=np.bool_)
+        for a, b in edges:
+            matrix[place[a], place[b]] = matrix[place[b], place[a]] = True
+        return _validate.frozen(matrix)
+    _refuse_edges(graph)
     matrix = _validate.bit_matrix(graph, "graph")
     if not np.array_equal(matrix, matrix.T):
         i, j = np.argwhere(matrix != matrix.T)[0]
@@ -176,8 +190,16 @@ def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:
     return _validate.frozen(matrix.copy())
 
 
-def _from_edges(n: int, edges: list[tuple[int, int]]) -> npt.NDArray[np.bool_]:
-    matrix = np.zeros((n, n), dtype=np.bool_)
-    for a, b in edges:
-        matrix[a, b] = matrix[b, a] = True
-    return _validate.frozen(matrix)
+def _refuse_edges(graph: Any) -> None:
+    """Refuses pairs of vertices, and the one matrix that as pairs would be another graph."""
+    rows = _validate.array(graph, "graph")
+    if rows.ndim == 2 and rows.shape[1] == 2 != len(rows):
+        raise errors.ShapeError(
+            f"graph: got shape {rows.shape}, wanted a square matrix; of edges make a graph of "
+            "networkx"
+        )
+    if rows.dtype != np.bool_ and np.array_equal(rows, [[1, 0], [0, 1]]):
+        raise errors.GraphError(
+            "graph: got [[1, 0], [0, 1]], which may be a matrix of two loops or one edge written "
+            "twice; wanted an array of bool for the loops, or a graph of networkx"
+        )

@@ -129,7 +129,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(device=True)
     ('auto', 'row_column', 'steiner', 'search')
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
@@ -274,12 +274,13 @@ def synthesize(
     _validate.choice(objective, "objective", ("count", "depth"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
     ground = None if device is None else Device.of(device)
-    if method not in methods(device=ground is not None):
-        listed = ", ".join(methods(device=ground is not None))
-        raise errors.UnknownMethodError(f"method: got {method!r}, wanted one of {listed}")
-    options = _options(method, len(bits), section=section, width=width, lookahead=lookahead)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
-    _validate_search_options(method, ground, effort, permutation, reach)
+    on_device = ground is not None
+    _validate.method(method, methods(device=on_device), on_device)
+    given = {"section": section, "width": width, "lookahead": lookahead}
+    _validate.options_of(method, _takers(on_device), steps=steps, reach=reach, **given)
+    options = _options(method, len(bits), given)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
+    reach = _reach(reach, permutation)
     exact = permutation == "exact"
     search = _LinearSearch(bits, objective, exact, effort, start)
     if ground is not None:
@@ -327,36 +328,36 @@ def _sites(
     return sites
 
 
-def _validate_search_options(
-    method: str,
-    device: Device | None,
-    effort: _search.Effort,
-    permutation: Permutation,
-    reach: int | None,
-) -> None:
-    if effort.steps is not None and method not in ("auto", "search"):
-        raise errors.OptionError(f"steps: not an option of method {method!r}")
+def _takers(on_device: bool) -> dict[str, tuple[str, ...]]:
+    """The methods that take each option that not all of them take."""
+    takers = {
+        option: tuple(name for name, each in _METHODS.items() if option in each.options)
+        for option in ("section", "width", "lookahead")
+    }
+    if on_device:  # none of these works there
+        takers = {
+            option: (f"{', '.join(names)} without a device",) for option, names in takers.items()
+        }
+    takers["reach"] = ("search" if on_device else "search on a device",)
+    return takers | {"steps": ("auto", "search")}
+
+
+def _reach(reach: Any, permutation: Permutation) -> int | None:
     if reach is None:
-        return
-    _validate.integer(reach, "reach", 0, 2**31 - 1)
-    if method != "search" or device is None:
-        raise errors.OptionError('reach: an option of method "search" on a device')
+        return None
     if permutation != "exact":
         raise errors.OptionError('reach: wanted with permutation="exact", which it relaxes')
+    return _validate.integer(reach, "reach", 0, 2**31 - 1)
 
 
-def _options(method: str, n: int, **values: int | None) -> dict[str, int]:
-    """Those of the options that were given, each in its range and known to the method."""
+def _options(method: str, n: int, values: dict[str, int | None]) -> dict[str, int]:
+    """Those of the options that were given, each in its range."""
     limits = {"section": 30, "width": 2**31 - 1, "lookahead": 64}
     given = {
         name: _validate.integer(value, name, 1, limits[name])
         for name, value in values.items()
         if value is not None
     }
-    known = _METHODS[method].options if method in _METHODS else frozenset[str]()
-    for name in given:
-        if name not in known:
-            raise errors.OptionError(f"{name}: not an option of method {method!r}")
     if method in _METHODS:
         if n > _METHODS[method].most:
             raise errors.TooLargeError(

@@ -3,7 +3,8 @@
 A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q acts on qubit q.
 
 >>> import zeltbraidwerk as zb
->>> result = zb.pauli.synthesize({"XXI": 0.5, "YYI": "a", "IZZ": 0.25}, seed=1)
+>>> rotations = [("XXI", 0.5), ("YYI", "a"), ("IZZ", 0.25)]  # the first acts first
+>>> result = zb.pauli.synthesize(rotations, seed=1)
 >>> result.count, result.verify()
 (4, True)
 """
@@ -20,8 +21,9 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _rotations, _search, _validate, errors
+from zeltbraidwerk._observables import Readout
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis, Readout
+from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.linear import Objective, Permutation
@@ -31,7 +33,8 @@ __all__ = [
     "synthesize",
 ]  # fmt: skip
 
-Order = Literal["free", "commuting"]
+Order = Literal["commuting", "free"]
+Repeated = Literal["refuse", "merge"]
 Tail = Literal["close", "return"]
 _Lane = tuple[str, bool]  # a method, and whether in the order given
 _Found = tuple[_Lane, npt.NDArray[np.int32], tuple[int, ...], int, int]
@@ -64,7 +67,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(device=True)
     ('auto', 'sets', 'search')
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 def synthesize(
@@ -72,7 +75,8 @@ def synthesize(
     *,
     n: int | None = None,
     method: str = "auto",
-    order: Order = "free",
+    order: Order = "commuting",
+    repeated: Repeated = "refuse",
     tail: Tail = "close",
     device: Any = None,
     permutation: Permutation = "exact",
@@ -86,22 +90,33 @@ def synthesize(
 ) -> PauliSynthesis:
     """A circuit for Pauli rotations.
 
-    ``rotations`` maps strings to angles, or lists pairs of both, or is a tuple of a list of strings
-    (or an array of codes 0 to 3 for I, X, Y, Z) and one of angles. A string is text with or without
-    a sign, a Pauli string of Stim, or a Pauli of Qiskit. Angles are numbers of radians, or symbolic
-    and passed through. A SparsePauliOp of Qiskit stands for exp(-i c P) a term c P, a
-    PauliEvolutionGate for that with its time; a QubitPauliOperator of pytket for
-    exp(-i pi/2 c P). ``n`` is the number of qubits where there is no string to tell it. Angles of
-    equal strings are added; those of identity strings are global phases, exp(-i angle / 2) with
+    ``rotations`` lists pairs of a string and an angle, or is a tuple of a list of strings (or an
+    array of codes 0 to 3 for I, X, Y, Z) and a list of angles, or maps strings to angles. A string
+    is text with or without a sign, a Pauli string of Stim, or a Pauli of Qiskit. Angles are numbers
+    of radians, or symbolic and passed through. A SparsePauliOp of Qiskit stands for exp(-i c P) for
+    each term c P, a QubitPauliOperator of pytket for exp(-i pi/2 c P). A PauliEvolutionGate of
+    Qiskit stands for the product that its ``synthesis`` expands it into: LieTrotter or
+    SuzukiTrotter with their ``order``, ``reps`` and ``preserve_order``, or one draw of QDrift; a
+    MatrixExponential is no product and refused. ``n`` is the number of qubits where there is no
+    string to tell it. Angles of identity strings are global phases, exp(-i angle / 2) with
     ``result.global_angle``.
 
-    **Order.** With ``order="free"``, the default, rotations may change places, also those that do
-    not commute: the circuit carries out each one once, which is one Trotter step as good as any
-    other. With ``order="commuting"`` only rotations that commute change places: the circuit is
-    exactly the product of the rotations in the order given, the first acts first. This holds for
-    every method: the rotations are cut into layers that commute, and each is synthesised by itself,
-    but for "search", which looks at all of them together. Where all rotations commute, the operator
-    is exact either way.
+    **Order.** The rotations are a product, of which the first acts first. With
+    ``order="commuting"``, the default, only rotations that commute change places, so that the
+    circuit is exactly the product, up to a global phase. This holds for every method: the rotations
+    are cut into layers that commute, and each is synthesised by itself, but for "search", which
+    looks at all of them together. With ``order="free"`` all rotations may change places: the
+    circuit carries out each one once, in an order that makes it short. That is one Trotter step as
+    good as any other, and mostly another operator than the product.
+
+    Angles of equal strings are added where everything between them commutes with them. With
+    ``order="free"`` a list is refused in which a string comes again after one that does not commute
+    with it, as in two Trotter steps; ``repeated="merge"`` adds their angles all the same, and so
+    makes one step of several.
+
+    A mapping, a SparsePauliOp and a QubitPauliOperator are sums, which have no order: equal strings
+    are added, and where strings do not commute, ``order="free"`` has to be asked for. Pass
+    ``list(mapping.items())`` for a product in the order of a dict. A set is refused.
 
     ==================  ============================================================================
     method              what it does
@@ -118,7 +133,8 @@ def synthesize(
     ==================  ============================================================================
 
     ``auto`` takes the best of them, and for count never more CNOTs than ``ladder``. With
-    ``order="free"`` it tries layers in the order given as well: ``result.order`` tells which it is.
+    ``order="free"`` it tries the order given as well: ``result.order`` is then "commuting" where
+    the circuit is exactly the product.
 
     **Tail.** Clifford gates stay behind the rotations. ``tail="close"``, the default, undoes them;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
@@ -133,26 +149,26 @@ def synthesize(
     thousand rotations. Ctrl-C and a budget end the other methods between two runs.
 
     >>> import zeltbraidwerk as zb
-    >>> ansatz = zb.gallery.uccsd(4, 2)
-    >>> zb.pauli.synthesize(ansatz, method="search", order="commuting", seed=1).count
+    >>> ansatz = zb.gallery.uccsd(4, 2)  # a dict, whose strings do not all commute
+    >>> zb.pauli.synthesize(ansatz, method="search", order="free", seed=1).count
+    12
+    >>> zb.pauli.synthesize(list(ansatz.items()), method="search", seed=1).count
     15
     """
     start = time.perf_counter()
-    _validate.choice(order, "order", ("free", "commuting"))
+    _validate.choice(order, "order", ("commuting", "free"))
+    _validate.choice(repeated, "repeated", ("refuse", "merge"))
     _validate.choice(tail, "tail", ("close", "return"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
     _validate.choice(objective, "objective", ("count", "depth"))
     ground = None if device is None else Device.of(device)
-    known = methods(device=ground is not None)
-    if method not in known:
-        raise errors.UnknownMethodError(
-            f"method: got {method!r}, wanted one of {', '.join(known)}"
-            f"{' on a device' if ground else ''}"
-        )
+    _validate.method(method, methods(device=ground is not None), ground is not None)
+    if repeated == "merge" and order == "commuting":
+        raise errors.OptionError("repeated: got 'merge', wanted 'refuse' where the order is kept")
     if permutation == "free" and (tail == "return" or ground is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
-    given = _rotations.read(rotations, n, order == "commuting")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
+    given = _rotations.read(rotations, n, order, repeated)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     if steps is not None and method not in ("auto", "search"):
         raise errors.OptionError(f"steps: not an option of method {method!r}")
     site = None if ground is None else Site.of(ground, given.n)

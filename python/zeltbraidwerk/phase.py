@@ -14,7 +14,7 @@ from __future__ import annotations
 
 import secrets
 import time
-from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field
 from functools import partial
 from typing import Any, Literal
@@ -27,7 +27,8 @@ from zeltbraidwerk._results import HoldsCircuit
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import Gate, Parameter, parameter
+from zeltbraidwerk.instructions import gates_alone
 
 __all__ = ["PhaseSynthesis", "methods", "polynomial_of", "synthesize"]
 
@@ -52,7 +53,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(), methods(device=True)
     (('auto', 'gray', 'greedy', 'search'), ('auto', 'gray', 'search'))
     """
-    return ("auto", *(_ON_DEVICE if device else _METHODS))
+    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
 
 
 @dataclass(frozen=True, repr=False)
@@ -137,11 +138,12 @@ def synthesize(
 ) -> PhaseSynthesis:
     """A circuit of CNOT and PH gates for a phase polynomial.
 
-    ``polynomial`` maps parities to angles, or is a pair of a 0/1 array, a row a parity, and the
-    angles. A parity is a tuple or a string of bits, a bit a qubit, or an int whose bit q stands for
-    qubit q; ``n`` is the number of qubits where ints leave it open. Angles are numbers of radians
-    or symbolic, and pass through untouched; those of equal parities are added. The zero parity
-    stands on no wire: its angle is ``result.global_phase``.
+    ``polynomial`` maps parities to angles, or is a tuple ``(parities, angles)`` of two lists, the
+    first of which may be a 0/1 array with one row per parity. A parity is a tuple or a string of
+    bits, one per qubit, or an int whose bit q stands for qubit q; ``n`` is the number of qubits
+    where ints leave it open. Angles are numbers of radians or symbolic, and pass through untouched;
+    those of equal parities are added. The zero parity stands on no wire: its angle is
+    ``result.global_phase``.
 
     >>> import zeltbraidwerk as zb
     >>> result = zb.phase.synthesize({(1, 0): 0.5, (1, 1): 0.25, (0, 0): 1.0}, seed=1)
@@ -172,19 +174,14 @@ def synthesize(
     global_phase = terms.pop(0, Parameter(0.0))
     ground = None if device is None else Device.of(device)
     known = methods(device=ground is not None)
-    if method not in known:
-        raise errors.UnknownMethodError(
-            f"method: got {method!r}, wanted one of {', '.join(known)}"
-            f"{' on a device' if ground else ''}"
-        )
+    _validate.method(method, known, ground is not None)
     _validate.choice(leftover, "leftover", ("close", "return"))
     _validate.choice(permutation, "permutation", ("exact", "free"))
     _validate.choice(objective, "objective", ("count", "depth"))
     if leftover == "return" and permutation == "free":
         raise errors.OptionError("permutation: got 'free' with leftover='return', which is exact")
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
-    if steps is not None and method not in ("auto", "search"):
-        raise errors.OptionError(f"steps: not an option of method {method!r}")
+    _validate.options_of(method, {"steps": ("auto", "search")}, steps=steps)
+    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
     names = known[1:] if method == "auto" else (method,)
     if size > _MOST_SEARCHED:
         if method == "search":
@@ -207,11 +204,12 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     >>> polynomial_of(Circuit(2, gates))[0]
     {1: Parameter(0.5), 3: Parameter(0.25)}
     """
+    _validate.instance(circuit, "circuit", Circuit, "a Circuit")
     wires = [1 << wire for wire in range(circuit.n)]
     flipped = [False] * circuit.n
     terms: Terms = {}
     fixed = {"Z": np.pi, "S": np.pi / 2, "D-S": -np.pi / 2}
-    for gate in circuit:
+    for gate in gates_alone(circuit, "circuit"):
         wire = gate.qubits[-1]
         if gate.name == "CNOT":
             wires[wire] ^= wires[gate.qubits[0]]
@@ -246,7 +244,7 @@ def _terms(polynomial: Any, n: int | None) -> tuple[Terms, int]:
             raise errors.ParityError(
                 f"polynomial: got the parity {key!r} of {length} bits, wanted {size}"
             )
-        _add(terms, parity, Parameter(angle))
+        _add(terms, parity, parameter(angle, "polynomial"))
     if size is not None and widest > size:
         raise errors.ParityError(f"polynomial: got qubit {widest - 1}, wanted 0 to {size - 1}")
     return terms, widest if size is None else size
@@ -256,14 +254,12 @@ def _pairs(polynomial: Any) -> Iterator[tuple[Any, Any]]:
     if isinstance(polynomial, Mapping):
         yield from polynomial.items()
         return
-    try:
-        parities, angles = polynomial
-        keys, values = list(parities), list(angles)
-    except (TypeError, ValueError):
-        raise errors.ParityError(
-            f"polynomial: got {type(polynomial).__name__}, wanted a mapping from parities to "
-            "angles or a pair of both"
-        ) from None
+    wanted = "a mapping from parities to angles, or a tuple of a list of parities and one of angles"
+    # A list of two would as well be two parities without angles.
+    _validate.instance(polynomial, "polynomial", tuple, wanted)
+    if len(polynomial) != 2 or any(isinstance(part, str) for part in polynomial):
+        raise errors.ParityError(f"polynomial: got {_validate.shown(polynomial)}, wanted {wanted}")
+    keys, values = (_validate.items(part, "polynomial", wanted) for part in polynomial)
     if len(keys) != len(values):
         raise errors.ParityError(
             f"polynomial: got {len(keys)} parities and {len(values)} angles, wanted as many"
@@ -275,20 +271,17 @@ def _parity(key: Any) -> tuple[int, int | None]:
     """The bits as an int, and how many there are where the key tells."""
     if isinstance(key, (int, np.integer)) and not isinstance(key, (bool, np.bool_)):
         return _validate.integer(key, "polynomial", 0), None
-    digits = [
-        str(int(bit)) if isinstance(bit, (bool, np.bool_)) else str(bit) for bit in _bits(key)
-    ]
-    if set(digits) - {"0", "1"}:
-        raise errors.ParityError(f"polynomial: got the parity {key!r}, wanted bits 0 and 1")
-    return int("".join(digits)[::-1] or "0", 2), len(digits)
-
-
-def _bits(key: Any) -> Iterable[Any]:
-    if not isinstance(key, Iterable):
+    wanted = "a tuple or string of bits 0 and 1, or an int"
+    if not isinstance(key, (Sequence, np.ndarray)) or isinstance(key, np.ma.MaskedArray):
         raise errors.ParityError(
-            f"polynomial: got the parity {key!r}, wanted a tuple or string of bits, or an int"
+            f"polynomial: got the parity {_validate.shown(key)}, wanted {wanted}"
         )
-    return key
+    digits = [str(int(bit)) if isinstance(bit, (bool, np.bool_)) else str(bit) for bit in key]
+    if set(digits) - {"0", "1"}:
+        raise errors.ParityError(
+            f"polynomial: got the parity {_validate.shown(key)}, wanted {wanted}"
+        )
+    return int("".join(digits)[::-1] or "0", 2), len(digits)
 
 
 class _PhaseSearch:

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any, Literal, Protocol
 
+from zeltbraidwerk import _interop, _validate, errors
+
 if TYPE_CHECKING:
     from collections.abc import Sequence
 
@@ -30,16 +32,18 @@ def best_over_time(
     >>> result = zb.linear.synthesize(matrix, method="search", seed=1)
     >>> axes = zb.plot.best_over_time(result)  # doctest: +SKIP
     """
-    if value not in ("count", "depth"):
-        raise ValueError(f"value: got {value!r}, wanted 'count' or 'depth'")
+    _validate.choice(value, "value", ("count", "depth"))
+    for result in results:
+        if not hasattr(result, "trace"):
+            raise errors.DtypeError(
+                f"results: got {_validate.shown(result)}, wanted results of a search"
+            )
     if axes is None:
-        try:
-            from matplotlib import pyplot
-        except ImportError as error:
-            raise ImportError(
-                "best_over_time draws with matplotlib: pip install matplotlib"
-            ) from error
-        axes = pyplot.figure().add_subplot()
+        axes = _interop._package("matplotlib.pyplot").figure().add_subplot()
+    elif not callable(getattr(axes, "step", None)):
+        raise errors.DtypeError(
+            f"axes: got {_validate.shown(axes)}, wanted axes of matplotlib or None"
+        )
     for k, result in enumerate(results):
         seconds = [point.seconds for point in result.trace]
         values = [getattr(point, value) for point in result.trace]

@@ -1,0 +1,431 @@
+"""Circuits of Qiskit, pytket and Stim, read and written, by the matrices and flows of those
+packages."""
+
+import math
+
+import numpy as np
+import pytest
+from hypothesis import given
+from support import same_up_to_phase, unitary
+from test_instructions import dynamic_circuits, per_wire
+
+from zeltbraidwerk import (
+    Barrier,
+    Circuit,
+    CliffordTableau,
+    Conditional,
+    Gate,
+    Measure,
+    Register,
+    Reset,
+    errors,
+)
+
+X1 = Gate("X", 1)
+
+
+def refused(error, match, read, *arguments):
+    with pytest.raises(error, match=match):
+        read(*arguments)
+
+
+# --- Qiskit -------------------------------------------------------------------------------------
+
+
+@pytest.fixture
+def qiskit():
+    return pytest.importorskip("qiskit")
+
+
+def theirs(circuit):
+    from qiskit.quantum_info import Operator
+
+    return Operator(circuit.reverse_bits()).data
+
+
+def compound_gates():
+    """Gates of Qiskit on up to four qubits that are none of ours, with the qubits they are on."""
+    from qiskit import QuantumCircuit
+    from qiskit.circuit import library as lib
+    from qiskit.quantum_info import SparsePauliOp, random_clifford, random_unitary
+
+    inner = QuantumCircuit(2, name="inner")
+    inner.h(0)
+    inner.crz(0.3, 1, 0)
+    outer = QuantumCircuit(3, name="h")  # named as a gate of ours that it is not
+    outer.append(inner.to_gate(), [2, 0])
+    outer.t(1)
+    evolution = lib.PauliEvolutionGate(SparsePauliOp(["XYZ", "ZZI"], [0.3, 0.4]), 0.7)
+    return {
+        "unitary on 1": (lib.UnitaryGate(random_unitary(2, seed=1)), [2]),
+        "unitary on 2": (lib.UnitaryGate(random_unitary(4, seed=1)), [3, 0]),
+        "unitary on 3": (lib.UnitaryGate(random_unitary(8, seed=1)), [3, 0, 1]),
+        "controls": (lib.MCXGate(3), [2, 0, 3, 1]),
+        "controlled phase": (lib.MCPhaseGate(0.3, 3), [2, 0, 3, 1]),
+        "control at 0": (lib.CXGate(ctrl_state=0), [2, 0]),
+        "controls at 0 and 1": (lib.CCXGate(ctrl_state=1), [3, 0, 1]),
+        "rotation, control at 0": (lib.CRYGate(0.4, ctrl_state=0), [1, 3]),
+        "qft": (lib.QFTGate(3), [3, 0, 2]),
+        "evolution": (evolution, [1, 2, 0]),
+        "clifford": (random_clifford(3, seed=3), [2, 0, 3]),
+        "permutation": (lib.PermutationGate([2, 0, 1]), [1, 3, 0]),
+        "nested": (outer.to_gate(), [3, 1, 0]),
+        "nested, controlled": (outer.to_gate().control(1), [3, 1, 0, 2]),
+        "nested, inverse": (outer.to_gate().inverse(), [3, 1, 0]),
+        "power": (inner.to_gate().power(0.5), [1, 0]),
+        "linear": (lib.LinearFunction([[1, 1, 0], [0, 1, 0], [1, 0, 1]]), [2, 0, 3]),
+        "diagonal": (lib.DiagonalGate([1, -1, 1j, 1]), [1, 0]),
+        "state": (lib.StatePreparation([0.6, 0.8j, 0, 0]), [2, 1]),
+        "iswap": (lib.iSwapGate(), [1, 3]),
+        "ecr": (lib.ECRGate(), [2, 0]),
+        "xx + yy": (lib.XXPlusYYGate(0.1, 0.2), [3, 0]),
+        "paulis": (lib.PauliGate("XYZ"), [3, 1, 0]),
+        "phase": (lib.GlobalPhaseGate(0.3), []),
+    }
+
+
+def test_whatever_qiskit_takes_apart(qiskit):
+    for name, (gate, on) in compound_gates().items():
+        circuit = qiskit.QuantumCircuit(4)
+        circuit.append(gate, on)
+        plain = qiskit.transpile(circuit, basis_gates=["u", "cx"], optimization_level=0)
+        assert same_up_to_phase(theirs(plain), unitary(Circuit.from_qiskit(circuit))), name
+
+
+def test_a_gate_named_as_another_is_what_its_definition_says(qiskit):
+    named = qiskit.circuit.Gate("x", 1, [])
+    named.definition = qiskit.QuantumCircuit(1)
+    named.definition.s(0)
+    circuit = qiskit.QuantumCircuit(2)
+    circuit.append(named, [1])
+    assert Circuit.from_qiskit(circuit) == Circuit(2, [Gate.s(1)])
+
+
+def test_initialize_resets(qiskit):
+    circuit = qiskit.QuantumCircuit(2)
+    circuit.initialize([0.6, 0, 0, 0.8])
+    found = Circuit.from_qiskit(circuit)
+    assert found.operations[:2] == (Reset(0), Reset(1))
+    state = unitary(Circuit(2, found.gates))[:, 0]
+    assert np.allclose(abs(state), [0.6, 0, 0, 0.8])
+
+
+def test_operations_of_qiskit(qiskit):
+    circuit = qiskit.QuantumCircuit(
+        qiskit.QuantumRegister(2, "a"), qiskit.ClassicalRegister(2, "m"),
+        qiskit.ClassicalRegister(1, "k"),
+    )  # fmt: skip
+    circuit.measure(0, 1)
+    with circuit.if_test((circuit.cregs[0], 2)):
+        circuit.x(1)
+    with circuit.if_test((circuit.clbits[2], 0)):
+        circuit.cx(1, 0)
+        with circuit.if_test((circuit.clbits[0], 1)):
+            circuit.reset(0)
+    circuit.delay(100, 0)
+    circuit.barrier(0)
+    circuit.measure_all()
+    found = Circuit.from_qiskit(circuit)
+    assert found.classical == (Register("m", 2), Register("k", 1), Register("meas", 2))
+    assert found.operations == (
+        Measure(0, 1), Conditional(X1, (0, 1), 2), Conditional(Gate.cnot(1, 0), 2, 0),
+        Conditional(Reset(0), (2, 0), 2), Barrier(0), Barrier((0, 1)), Measure(0, 3), Measure(1, 4),
+    )  # fmt: skip
+    assert found[0].where == "instruction 0"
+
+
+@given(circuit=dynamic_circuits())
+def test_operations_through_qiskit_and_back(circuit):
+    pytest.importorskip("qiskit")
+    assert Circuit.from_qiskit(circuit.to_qiskit()) == circuit
+
+
+def test_a_circuit_laid_out_by_qiskit(qiskit):
+    source = qiskit.QuantumCircuit(3)
+    source.h(0)
+    source.ccx(0, 2, 1)
+    line = [[k, k + 1] for k in range(4)]
+    routed = qiskit.transpile(
+        source, coupling_map=line, basis_gates=["rz", "sx", "cx"], initial_layout=[4, 0, 2],
+        seed_transpiler=1,
+    )  # fmt: skip
+    found = Circuit.from_qiskit(routed)
+    assert found.n == 5
+    assert same_up_to_phase(theirs(routed), unitary(found))
+
+
+def test_classical_bits_of_qiskit(qiskit):
+    clbit = qiskit.circuit.Clbit
+    circuit = qiskit.QuantumCircuit([clbit()])
+    c = qiskit.ClassicalRegister(2, "c")
+    circuit.add_register(c)
+    circuit.add_bits([clbit()])
+    sizes = [(register.name, register.size) for register in Circuit.from_qiskit(circuit).classical]
+    assert sizes == [("c_", 1), ("c", 2), ("c__", 1)]
+    circuit.add_register(qiskit.ClassicalRegister(name="shared", bits=[c[0]]))
+    assert Circuit.from_qiskit(circuit).classical == (Register("c", 4),)
+
+
+def test_symbols_of_qiskit(qiskit):
+    a = qiskit.circuit.Parameter("a")
+    circuit = qiskit.QuantumCircuit(1)
+    circuit.rx(a, 0)
+    assert Circuit.from_qiskit(circuit) == Circuit(1, [Gate.rx(0, "a")])
+    bound = circuit.assign_parameters({a: 0.5})
+    assert Circuit.from_qiskit(bound) == Circuit(1, [Gate.rx(0, 0.5)])
+    circuit.rz(2 * a, 0)
+    refused(errors.AngleError, r"instruction 1: got the angle 2\*a", Circuit.from_qiskit, circuit)
+
+
+def test_what_qiskit_has_and_we_do_not(qiskit):
+    from qiskit.circuit.classical import expr
+
+    def with_else(circuit):
+        with circuit.if_test((circuit.clbits[0], 1)) as otherwise:
+            circuit.x(0)
+        with otherwise:
+            circuit.y(0)
+
+    def in_a_loop(circuit):
+        with circuit.while_loop((circuit.clbits[0], 1)):
+            circuit.x(0)
+
+    def by_an_expression(circuit):
+        with circuit.if_test(expr.equal(circuit.cregs[0], 1)):
+            circuit.x(0)
+
+    def into_its_condition(circuit):
+        with circuit.if_test((circuit.clbits[0], 1)):
+            circuit.measure(0, 0)
+            circuit.x(0)
+
+    def unknown(circuit):
+        circuit.append(qiskit.circuit.Gate("foo", 1, []), [0])
+
+    for add, text in (
+        (with_else, "instruction 1: got if with else"),
+        (in_a_loop, "instruction 1: got while_loop, wanted if_test"),
+        (by_an_expression, "instruction 1: got if, wanted if_test of one register or bit"),
+        (into_its_condition, "instruction 1: got if around a measurement into a bit"),
+        (unknown, "instruction 1: got foo, which Qiskit cannot take apart"),
+    ):
+        circuit = qiskit.QuantumCircuit(1, 1)
+        circuit.h(0)
+        add(circuit)
+        refused(errors.GateError, text, Circuit.from_qiskit, circuit)
+
+
+# --- pytket -------------------------------------------------------------------------------------
+
+
+@pytest.fixture
+def tket():
+    return pytest.importorskip("pytket.circuit")
+
+
+def test_whatever_pytket_takes_apart(tket):
+    from pytket.pauli import Pauli
+
+    box = tket.PauliExpBox([Pauli.X, Pauli.Y], 0.3)
+    circuit = tket.Circuit(4).add_pauliexpbox(box, [3, 1])
+    circuit.add_unitary1qbox(tket.Unitary1qBox(np.array([[0.6, 0.8j], [0.8j, 0.6]])), 2)
+    kind = tket.OpType
+    for name, turns, on in (
+        (kind.TK2, [0.1, 0.2, 0.3], [3, 1]), (kind.ISWAP, [0.3], [1, 2]), (kind.ECR, [], [2, 0]),
+        (kind.PhasedX, [0.1, 0.2], [2]), (kind.CnRy, [0.3], [2, 1, 3, 0]),
+        (kind.CnX, [], [0, 3, 1, 2]), (kind.XXPhase3, [0.3], [3, 0, 1]), (kind.Phase, [0.2], []),
+        (kind.NPhasedX, [0.1, 0.2], [0, 1, 3]), (kind.BRIDGE, [], [3, 1, 0]),
+        (kind.GPI, [0.1], [1]), (kind.AAMS, [0.1, 0.2, 0.3], [2, 1]),
+    ):  # fmt: skip
+        circuit.add_gate(name, turns, on)
+    before = circuit.get_commands()
+    assert same_up_to_phase(circuit.get_unitary(), unitary(Circuit.from_pytket(circuit)))
+    assert circuit.get_commands() == before
+
+
+def test_gates_of_pytket_that_we_know(tket):
+    from zeltbraidwerk._interop_pytket import _KNOWN
+
+    for name in (*_KNOWN, "TK1"):
+        kind = getattr(tket.OpType, name)
+        for qubits in ([2], [2, 0], [2, 0, 1]):
+            for turns in ([], [0.13], [0.13, 0.27], [0.13, 0.27, 0.41]):
+                circuit = tket.Circuit(3)
+                try:
+                    circuit.add_gate(kind, turns, qubits)
+                except (RuntimeError, IndexError):  # not so many
+                    continue
+                found = Circuit.from_pytket(circuit)
+                assert same_up_to_phase(circuit.get_unitary(), unitary(found)), name
+
+
+def test_wires_that_pytket_permutes(tket):
+    circuit = tket.Circuit(3).SWAP(0, 1).H(1).SWAP(1, 2).CX(0, 2)
+    matrix = circuit.get_unitary()
+    circuit.replace_SWAPs()
+    assert same_up_to_phase(matrix, unitary(Circuit.from_pytket(circuit)))
+    assert any(a != b for a, b in circuit.implicit_qubit_permutation().items())  # as it was
+
+
+def test_operations_of_pytket(tket):
+    circuit = tket.Circuit()
+    b, a = circuit.add_q_register("b", 2), circuit.add_q_register("a", 2)
+    m, k = circuit.add_c_register("m", 3), circuit.add_c_register("k", 1)
+    circuit.CX(b[0], a[1]).Measure(b[0], m[1]).X(a[0], condition=m[1])
+    circuit.CX(a[0], a[1], condition_bits=[m[0], m[2]], condition_value=2)
+    circuit.Measure(b[0], k[0], condition_bits=[m[0]], condition_value=0)
+    circuit.Reset(b[1]).add_barrier([b[0], a[0]])
+    found = Circuit.from_pytket(circuit)
+    # Qubits and registers in pytket's order, by their names.
+    assert found.classical == (Register("k", 1), Register("m", 3))
+    assert per_wire(found) == per_wire(
+        Circuit(4, [
+            Gate.cnot(2, 1), Measure(2, 2), Conditional(Gate("X", 0), 2),
+            Conditional(Gate.cnot(0, 1), (1, 3), 2), Conditional(Measure(2, 0), 1, 0), Reset(3),
+        ])
+    )  # fmt: skip
+    assert Barrier((2, 0)) in found.operations
+    circuit.add_gate(tket.OpType.CnZ, [*a, *b], condition_bits=[m[0]], condition_value=1)
+    assert isinstance(Circuit.from_pytket(circuit)[-1], Conditional)
+
+
+@given(circuit=dynamic_circuits())
+def test_operations_through_pytket_and_back(circuit):
+    pytest.importorskip("pytket")
+    registers = [("a", 2), ("b", 2)]  # in the order of their names
+    named = Circuit(circuit.n, circuit.operations, registers)
+    back = Circuit.from_pytket(named.to_pytket())
+    assert back.classical == named.classical
+    assert _rounded(per_wire(back)) == _rounded(per_wire(named))
+
+
+def _rounded(wires):
+    """pytket counts in half turns, from 0 to 4."""
+
+    def turned(angle):
+        return round(math.remainder(float(angle), 4 * math.pi), 9) + 0.0
+
+    return {
+        wire: [(str(item).split("]")[0], [turned(p) for p in item.params]) for item in items]
+        for wire, items in wires.items()
+    }
+
+
+def test_symbols_of_pytket(tket):
+    sympy = pytest.importorskip("sympy")
+    x = sympy.Symbol("x")
+    circuit = tket.Circuit(1).Rz(x / sympy.pi, 0)
+    assert Circuit.from_pytket(circuit) == Circuit(1, [Gate.rz(0, "x")])
+    assert Circuit.from_pytket(Circuit(1, [Gate.rz(0, "x")]).to_pytket())[0] == Gate.rz(0, "x")
+    circuit.Rz(2 * x, 0)
+    refused(errors.AngleError, "command 1: got the angle", Circuit.from_pytket, circuit)
+
+
+def test_what_pytket_has_and_we_do_not(tket):
+    circuit = tket.Circuit(1, 2).H(0).add_c_setbits([True], [1])
+    refused(errors.GateError, "command 0: got SetBits", Circuit.from_pytket, circuit)
+    circuit = tket.Circuit(1, 2)
+    circuit.X(0, condition=circuit.bits[0] & circuit.bits[1])
+    refused(errors.GateError, "command 0: got ClExpr", Circuit.from_pytket, circuit)
+
+
+# --- Stim ---------------------------------------------------------------------------------------
+
+
+@pytest.fixture
+def stim():
+    return pytest.importorskip("stim")
+
+
+def test_all_unitary_gates_of_stim(stim):
+    for name, data in stim.gate_data().items():
+        if not data.is_unitary or name.startswith("SPP"):
+            continue
+        circuit = stim.Circuit()
+        circuit.append(name, [2, 0] if data.is_two_qubit_gate else [1])
+        circuit.append("I", [2])
+        found = CliffordTableau.from_circuit(Circuit.from_stim(circuit))
+        assert found.to_stim() == circuit.to_tableau(), name
+    nothing = stim.Circuit("REPEAT 1000000000000 {\nREPEAT 1000000000000 {\nTICK\n}\n}")
+    assert Circuit.from_stim(nothing) == Circuit(0)
+    products = stim.Circuit("""
+        SPP X0*!Y2*Z1 !X1
+        SPP_DAG !X1*Z0 Y2
+        REPEAT 3 {
+            C_XYZ 1
+            SPP X0*Y0*Z0*Z1*Y0*Z0*X0
+        }
+    """)
+    found = CliffordTableau.from_circuit(Circuit.from_stim(products))
+    assert found.to_stim() == products.to_tableau()
+
+
+MEASURED = """
+    H 0
+    CX 0 1
+    M !0 1
+    MX 2
+    MY !2
+    MR !0
+    MRX !1
+    MRY 2
+    R 0
+    RX 1
+    RY 2
+    TICK
+    MPP X0*Y1*!Z2 !Z0 X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2
+    MXX 0 !1
+    MYY !1 2
+    MZZ 0 2
+    CX rec[-1] 1
+    REPEAT 2 {
+        CZ 2 rec[-2]
+        XCZ 0 rec[-3]
+        YCZ 0 rec[-1]
+        M 1
+    }
+    CY rec[-4] 2
+    QUBIT_COORDS(1, 2) 0
+    SHIFT_COORDS(3)
+"""
+
+
+def test_measurements_of_stim(stim):
+    """Flows tell what becomes of every Pauli operator, which records it takes, and its sign."""
+    circuit = stim.Circuit(MEASURED.replace("X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2", "Z0*X2*Z2*!X2*Z2"))
+    found = Circuit.from_stim(circuit)
+    assert found.classical == (Register("rec", circuit.num_measurements),)
+    assert {str(f) for f in found.to_stim().flow_generators()} == {
+        str(f) for f in circuit.flow_generators()
+    }
+    assert Circuit.from_stim(found.to_stim()) == found
+
+
+def test_conditions_for_stim(stim):
+    items = [Measure(0, 1), Measure(1, 0), Conditional(Gate.rz(1, math.pi), 1, 0), Barrier(0)]
+    text = "M 0 1\nCZ rec[-2] 1\nZ 1\nTICK"
+    assert Circuit(2, items).to_stim() == stim.Circuit(text)
+    for item in (Gate.h(1), Gate.cnot(0, 1), Reset(1)):
+        circuit = Circuit(2, [Measure(0, 0), Conditional(item, 0)])
+        refused(errors.GateError, "qubit 1 under a condition on bits 0", circuit.to_stim)
+    symbolic = Circuit(1, [Gate.rz(0, "a")])
+    refused(errors.NotCliffordError, r"got RZ\(a\)", symbolic.to_stim)
+
+
+@pytest.mark.parametrize(
+    ("text", "complaint"),
+    [
+        ("H 0\nX_ERROR(0.1) 0", "instruction 1: got X_ERROR, wanted gates"),
+        ("M(0.1) 0", r"instruction 0: got M\(0.1\), wanted no noise"),
+        ("M 0\nDETECTOR rec[-1]", "instruction 1: got DETECTOR"),
+        ("M 0\nOBSERVABLE_INCLUDE(0) rec[-1]", "instruction 1: got OBSERVABLE_INCLUDE"),
+        ("MPAD 0", "instruction 0: got MPAD"),
+        ("H 0\nREPEAT 2 {\nH 0\nDEPOLARIZE1(0.1) 0\n}", "instruction 1: got DEPOLARIZE1"),
+        ("CX sweep[0] 1", "instruction 0: got CX on other targets"),
+        ("MPP X0*X0", "instruction 0: got the measurement of an identity"),
+        ("CX rec[-1] 0", r"instruction 0: got rec\[-1\] after 0 records"),
+        ("REPEAT 9999 {\nREPEAT 9999 {\nH 0\n}\n}", "instruction 0: got more than 4000000"),
+    ],
+)
+def test_what_stim_has_and_we_do_not(stim, text, complaint):
+    refused(errors.GateError, complaint, Circuit.from_stim, stim.Circuit(text))

@@ -1,0 +1,297 @@
+"""What looks like a valid argument but is none is refused by name, not taken for something else."""
+
+import math
+import pickle
+from itertools import product as every
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import CnotCircuit, Device, Gate, Parameter, errors, gallery
+
+MATRIX = [[1, 1], [0, 1]]
+FAMILIES = {
+    "linear": lambda **options: zb.linear.synthesize(MATRIX, **options),
+    "phase": lambda **options: zb.phase.synthesize({"11": 0.5}, **options),
+    "clifford": lambda **options: zb.clifford.synthesize((["X"], ["Z"]), **options),
+    "state": lambda **options: zb.clifford.synthesize_state(["XX", "ZZ"], **options),
+    "graph_state": lambda **options: zb.graph_state.synthesize([[0, 1], [1, 0]], **options),
+    "pauli": lambda **options: zb.pauli.synthesize({"XX": 0.5}, **options),
+}
+
+
+def masked(values):
+    return np.ma.array(values, mask=np.zeros(np.shape(values)))
+
+
+# --- angles -------------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("text", ["0.5", "1", "-1", "1e-3", ".5", "UMINUS 0.5", "+ 1 2"])
+def test_numbers_as_text_are_no_angles(text):
+    with pytest.raises(errors.AngleError, match=r"value: got '.*', wanted a number, not text"):
+        Parameter(text)
+
+
+@pytest.mark.parametrize(
+    "text",
+    ["2*a", "-a", "- gamma", "a b", "a+b", "+ a", "+ a b c", "+", "UMINUS", "UMINUS a b", " a",
+     "a ", "+  a b", "a\n", "a\tb", "pi/2", "sin(a)", "a[b]", "nan",
+     "inf", "+ a -inf", "+ NaN a", "3a"],
+)  # fmt: skip
+def test_text_that_is_no_expression(text):
+    with pytest.raises(
+        errors.AngleError, match=r"value: got '.*', wanted an expression: .*'\+ a b"
+    ):
+        Parameter(text)
+    with pytest.raises(errors.AngleError, match=r"params: got '.*', wanted an expression"):
+        Gate.rz(0, text)
+    with pytest.raises(errors.AngleError, match=r"polynomial: got '.*', wanted an expression"):
+        zb.phase.synthesize({"1": text})
+
+
+@pytest.mark.parametrize(
+    "text",
+    ["a", "theta[0]", "θ", "_x1", "infinite", "+ 0.5 a", "UMINUS + a -2.500000", "+ + a b c"],
+)
+def test_expressions_pass_as_they_are(text):
+    assert Parameter(text).expression == text
+
+
+def sums(parts):
+    return st.one_of(st.builds(lambda a, b: a + b, parts, parts), st.builds(lambda a: -a, parts))
+
+
+@given(
+    st.recursive(
+        st.one_of(st.sampled_from(("a", "b", "theta[0]")), st.floats(-1e6, 1e6)).map(Parameter),
+        sums,
+    )
+)
+def test_what_the_library_writes_reads_back(angle):
+    if angle.is_symbolic:
+        assert Parameter(angle.expression) == angle
+    assert pickle.loads(pickle.dumps(angle)) == angle
+
+
+@pytest.mark.parametrize("value", [True, np.True_, b"1", 1j, np.array([0.5]), np.array("1"), [1]])
+def test_what_is_no_number_is_no_angle(value):
+    with pytest.raises(errors.DtypeError, match=r"value: got .*, wanted a number of radians"):
+        Parameter(value)
+
+
+# --- options ------------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("family", FAMILIES)
+def test_efforts_are_numbers_and_functions(family):
+    for budget in ("5", "1 s", b"5", True, np.True_, [5], masked(5.0)):
+        with pytest.raises(errors.DtypeError, match=r"budget: got .*, wanted seconds"):
+            FAMILIES[family](budget=budget)
+    for budget in (math.nan, math.inf, -1, 0, 10**400):
+        with pytest.raises(errors.OptionError, match=r"budget: got .*, wanted a positive number"):
+            FAMILIES[family](budget=budget)
+    for name, value in every(("seed", "steps", "restarts", "jobs"), (True, "1", 1.0, masked(1))):
+        with pytest.raises(errors.DtypeError, match=f"{name}: got .*, wanted an integer"):
+            FAMILIES[family](**{name: value})
+    with pytest.raises(errors.DtypeError, match="progress: got 5, wanted a function or None"):
+        FAMILIES[family](progress=5)
+
+
+@pytest.mark.parametrize(
+    ("family", "methods", "options"),
+    [
+        ("linear", ["gauss", "pmh", "pairs", "blocks", "syndrome", "greedy"], ["steps", "reach"]),
+        ("linear", ["auto", "search", "gauss", "blocks"], ["section", "width", "lookahead"]),
+        ("phase", ["gray", "greedy"], ["steps"]),
+        ("clifford", ["elimination"], ["steps", "restarts", "budget"]),
+        ("graph_state", ["naive"], ["tries", "steps", "restarts", "budget"]),
+        ("graph_state", ["decoding"], ["steps"]),
+        ("graph_state", ["auto", "search"], ["tries"]),
+    ],
+)
+def test_options_that_a_method_does_not_take(family, methods, options):
+    for method, option in every(methods, options):
+        with pytest.raises(
+            errors.OptionError, match=f"{option}: not an option of method '{method}'"
+        ):
+            FAMILIES[family](method=method, **{option: 1})
+
+
+def test_quick_methods_look_at_progress_too():
+    for call in (
+        lambda: zb.linear.synthesize(MATRIX, method="pmh", progress=5),
+        lambda: zb.phase.synthesize({}, progress=5),
+        lambda: zb.clifford.synthesize((["X"], ["Z"]), method="elimination", progress=5),
+    ):
+        with pytest.raises(errors.DtypeError, match="progress: got 5"):
+            call()
+
+
+# --- arrays -------------------------------------------------------------------------------------
+
+
+class Field(np.ndarray):
+    """As galois has them: an array that forbids what its field does not have."""
+
+    def astype(self, *_, **__):
+        raise TypeError
+
+    __ne__ = __eq__ = astype
+
+
+def test_what_holds_an_array_is_one():
+    wanted = zb.linear.synthesize(MATRIX, method="gauss")
+    whole = np.array(MATRIX)
+    sparse = pytest.importorskip("scipy.sparse")
+    for matrix in (whole.view(Field), sparse.csr_array(whole), tuple(MATRIX)):
+        assert zb.linear.synthesize(matrix, method="gauss") == wanted
+
+
+@pytest.mark.parametrize(
+    ("call", "name"),
+    [
+        (lambda: zb.linear.synthesize(masked(MATRIX)), "matrix"),
+        (lambda: zb.linear.synthesize([masked(row) for row in MATRIX]), "matrix"),
+        (lambda: zb.graph_state.synthesize(masked([[0, 1], [1, 0]])), "graph"),
+        (lambda: zb.phase.synthesize((masked([[1, 1]]), [0.5])), "polynomial"),
+        (lambda: zb.phase.synthesize(([[1, 1]], masked([0.5]))), "polynomial"),
+        (lambda: CnotCircuit(2, masked([[0, 1]])), "gates"),
+        (lambda: Device(2, masked([[0, 1]])), "edges"),
+        (lambda: Device.of(masked([[0, 1]])), "device"),
+        (lambda: Gate("CNOT", masked([0, 1])), "qubits"),
+        (lambda: Gate("RZ", 0, masked([0.5])), "params"),
+    ],
+)
+def test_masked_arrays_are_refused(call, name):
+    with pytest.raises(errors.DtypeError, match=f"^{name}: got .*masked"):
+        call()
+
+
+@pytest.mark.parametrize(
+    "call",
+    [
+        lambda: Gate("H", True),
+        lambda: Gate("CNOT", (0, np.True_)),
+        lambda: CnotCircuit(2, [(0, True)]),
+        lambda: CnotCircuit(2, np.array([[False, True]])),
+        lambda: Device(2, [(0, True)]),
+        lambda: Device.line(True),
+        lambda: Device.line(3).part([True, 0]),
+        lambda: zb.CliffordTableau(True),
+        lambda: Gate("CNOT", {0, 1}),
+        lambda: Device.line(3).part({0, 1}),
+    ],
+)
+def test_neither_bools_nor_sets_are_qubits(call):
+    with pytest.raises(errors.DtypeError, match=r"^(qubits|gates|edges|n): got .*, wanted"):
+        call()
+
+
+# --- graphs -------------------------------------------------------------------------------------
+
+
+def test_graphs_with_directions_parallel_edges_and_loops():
+    networkx, rustworkx = pytest.importorskip("networkx"), pytest.importorskip("rustworkx")
+    parallel, directed, loop = rustworkx.PyGraph(), rustworkx.PyDiGraph(), networkx.Graph([(0, 0)])
+    for graph, edges in ((parallel, [(0, 1), (1, 0)]), (directed, [(0, 1)])):
+        graph.add_nodes_from(range(2))
+        graph.add_edges_from_no_data(edges)
+    directions = {"a directed": (networkx.DiGraph([(0, 1), (1, 0)]), directed)}
+    kinds = directions | {"parallel edges": (networkx.MultiGraph([(0, 1), (0, 1)]), parallel)}
+    for kind, graphs in kinds.items():
+        for graph in graphs:
+            for read, name in ((Device.of, "device"), (zb.graph_state.synthesize, "graph")):
+                with pytest.raises(
+                    errors.GraphError, match=f"{name}: got .*{kind}.*, wanted an und"
+                ):
+                    read(graph)
+    with pytest.raises(errors.GraphError, match="device: got an edge from 0 to itself"):
+        Device.of(loop)
+
+
+def test_numbers_of_nodes():
+    networkx = pytest.importorskip("networkx")
+    one_based = networkx.Graph([(3, 1), (1, 2)])
+    assert Device.of(one_based) == Device(3, [(0, 2), (0, 1)])
+    assert Device.of(networkx.Graph([(4, 2), (2, 0)])) == Device(5, [(2, 4), (0, 2)])
+    assert Device.of(networkx.grid_2d_graph(2, 3)) == Device.grid(2, 3)
+    assert Device.of(networkx.Graph([("b", "a"), ("a", "c")])) == Device(3, [(0, 1), (1, 2)])
+    stabilisers = zb.graph_state.synthesize(one_based).stabilisers()
+    assert stabilisers == ["XZZ", "ZXI", "ZIX"]
+
+
+def test_edges_that_count_from_one():
+    text = r"got 1 as the least qubit, wanted qubits from 0 up; .*Device\(n, edges\)"
+    for read, name in ((Device.from_edges, "edges"), (Device.of, "device")):
+        with pytest.raises(errors.DeviceError, match=f"{name}: {text}"):
+            read([(1, 2), (2, 3)])
+    assert Device(4, [(1, 2), (2, 3)]).n == 4
+    assert Device.of({(0, 1), (1, 2)}) == Device.line(3)
+
+
+@pytest.mark.parametrize(
+    ("call", "error", "text"),
+    [
+        (
+            lambda: zb.graph_state.synthesize([(0, 1), (1, 2), (2, 0)]),
+            errors.ShapeError,
+            "of edges",
+        ),
+        (lambda: zb.graph_state.synthesize([(1, 0), (0, 1)]), errors.GraphError, "written twice"),
+        (lambda: Device.of(np.ones((3, 3), int)), errors.ShapeError, r"device: .* wanted pairs"),
+        (lambda: Device.of("moon"), errors.DeviceError, "device: got 'moon', wanted one of qx5"),
+        (lambda: Device.from_networkx([(0, 1)]), errors.DtypeError, "wanted a graph of networkx"),
+        (lambda: Device.from_qiskit(5), errors.DeviceError, "source: got 5, wanted a coupling map"),
+        (lambda: Device.from_pytket(5), errors.DeviceError, "architecture: got 5, wanted an arch"),
+        (lambda: Device.line(2).draw(CnotCircuit(3)), errors.DeviceTooSmallError, "at most 2"),
+        (lambda: Device.line(2).connected_parts(-1), errors.OptionError, "n: got -1"),
+        (lambda: Device.line(2).fits([(0, 1)]), errors.DtypeError, "circuit: got"),
+        (lambda: Gate("H", 10**30), errors.QubitError, "qubits: got 1000.*, wanted 0 to"),
+        (lambda: Gate(["H"], 0), errors.GateError, r"name: got \['H'\], wanted one of"),
+        (lambda: zb.plot.best_over_time(5), errors.DtypeError, "results: got 5, wanted results"),
+    ],
+)
+def test_what_is_taken_for_something_else(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+def test_a_matrix_of_loops_may_be_of_bool():
+    assert zb.graph_state.synthesize(np.eye(2, dtype=bool)).stabilisers() == ["YI", "IY"]
+
+
+# --- the gallery --------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize(
+    ("call", "text"),
+    [
+        (lambda: gallery.uccsd(3, 1), "qubits: got 3, wanted an even number"),
+        (lambda: gallery.uccsd(4, 1), "electrons: got 1, wanted an even number"),
+        (lambda: gallery.uccsd(4, 6), "electrons: got 6, wanted 0 to 4"),
+        (lambda: gallery.uccsd(4, 2, [1.0]), "amplitudes: got 1, wanted 3"),
+        (lambda: gallery.maxcut(2), "n: got 2, wanted 4 to"),
+        (lambda: gallery.maxcut(5), "n: got 5, wanted an even number"),
+        (lambda: gallery.random_invertible(-1, 1), "n: got -1, wanted 0 to"),
+        (lambda: gallery.random_invertible(2, -1), "count: got -1, wanted 0 to"),
+        (lambda: gallery.random_parities(2, 4, 1), "terms: got 4, wanted 0 to 3"),
+        (lambda: gallery.random_parities(64, 1, 1), "n: got 64, wanted 0 to 63"),
+        (lambda: gallery.random_paulis(-1, 2), "n: got -1, wanted 0 to"),
+        (lambda: gallery.random_graph(-1), "n: got -1, wanted 0 to"),
+        (lambda: gallery.random_clifford(-1, 1), "n: got -1, wanted 0 to"),
+        (lambda: gallery.circulant([], 7), "first_row: got no elements"),
+        (lambda: gallery.circulant([4], 7), "first_row: got 4, wanted 0 to 3"),
+        (
+            lambda: gallery.hadamard([1, 2, 3], 7),
+            "first_row: got 3 elements, wanted a power of two",
+        ),
+        (lambda: gallery.rank([-1]), "rows: got -1, wanted at least 0"),
+    ],
+)
+def test_inputs_that_the_gallery_does_not_have(call, text):
+    with pytest.raises(ValueError, match=text):
+        call()

@@ -1,0 +1,132 @@
+"""What all circuits share: pictures, and the ways to other formats and back."""
+
+from __future__ import annotations
+
+from abc import abstractmethod
+from collections.abc import Iterable
+from typing import TYPE_CHECKING, Literal, Self
+
+from zeltbraidwerk import (
+    _boxes,
+    _draw,
+    _interop_pytket,
+    _interop_qasm,
+    _interop_qiskit,
+    _interop_stim,
+    _validate,
+)
+from zeltbraidwerk._reading import Read
+from zeltbraidwerk.gates import Parameter
+
+if TYPE_CHECKING:
+    import pytket.circuit
+    import qiskit
+    import stim
+
+    from zeltbraidwerk.circuits import Circuit
+
+
+class CircuitBase:
+    """What all circuits share: pictures, and the ways out and in."""
+
+    _n: int
+
+    @property
+    def n(self) -> int:
+        """Number of qubits."""
+        return self._n
+
+    @abstractmethod
+    def _operations(self) -> Iterable[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
+        """The gates as plain tuples, those under a condition as well."""
+
+    @abstractmethod
+    def _whole(self) -> Circuit:
+        """As a general circuit, for writers and pictures."""
+
+    @classmethod
+    @abstractmethod
+    def _of_read(cls, read: Read) -> Self:
+        """Of what a reader has read; raises where an operation does not fit the kind of circuit."""
+
+    def draw(self, width: int = 100) -> str:
+        """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
+        width = _validate.integer(width, "width", 1)
+        return _draw.text(self._n, _boxes.boxes(self._whole()), width)
+
+    def _repr_svg_(self) -> str:
+        return _draw.svg(self._n, _boxes.boxes(self._whole()))
+
+    def to_qasm(self) -> str:
+        """OpenQASM 2. A condition must be one on all bits of a register."""
+        return _interop_qasm.write(self._whole())
+
+    @classmethod
+    def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
+        """Reads OpenQASM 2, whole: several registers, numbered through in their order, the gates of
+        ``qelib1.inc`` as it is commonly shipped, gate definitions, measurements, resets, barriers
+        and ``if``.
+
+        Gates are taken apart into those of :class:`Gate`, up to a global phase; definitions in the
+        text win over the header's, whose gates are known without ``include`` as well. An ``if``
+        that can never hold is left out. Block comments are read too. Limits: 1,000,000 qubits and
+        bits each, definitions nested 100 deep, 4,000,000 operations after expansion, where an
+        operation counts once for each bit of its condition and a barrier once for each qubit.
+
+        ``include`` of any other file and other versions are refused. A
+        :class:`~zeltbraidwerk.errors.QasmError` tells the line.
+
+        ``reader`` is "own", "qiskit", or "auto": Qiskit's where it is installed, and ours where
+        that is not or refuses the text. What both read is the same.
+        """
+        return cls._of_read(_interop_qasm.read(text, reader))
+
+    def to_qiskit(self) -> qiskit.QuantumCircuit:
+        """A circuit of Qiskit, with the classical registers by their names."""
+        return _interop_qiskit.write(self._whole())
+
+    @classmethod
+    def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
+        """Reads any circuit that Qiskit can take apart: by its definitions and, where a gate has
+        none, by its transpiler at level 0.
+
+        Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
+        are kept, and so are classical registers; delays are left out. Other control flow, and gates
+        that nothing takes apart, are refused with the index of the instruction; so are angles with
+        symbols that are no Parameter alone.
+        """
+        return cls._of_read(_interop_qiskit.read(circuit))
+
+    def to_pytket(self) -> pytket.circuit.Circuit:
+        """A circuit of pytket, with the classical registers by their names."""
+        return _interop_pytket.write(self._whole())
+
+    @classmethod
+    def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
+        """Reads any circuit that pytket can take apart, qubits in the order of
+        ``circuit.qubits``.
+
+        Boxes are decomposed and gates rebased on a copy; a permutation of wires becomes gates.
+        Measurements, resets, barriers, conditions and classical registers are kept. Operations on
+        classical bits alone are refused with the index of the command.
+        """
+        return cls._of_read(_interop_pytket.read(circuit))
+
+    def to_stim(self) -> stim.Circuit:
+        """Clifford circuits alone; rotations by multiples of pi/2 become Clifford gates.
+
+        Barriers become TICKs. Records are in the order of the measurements; a Pauli gate, CNOT
+        excepted, may be under a condition of one bit.
+        """
+        return _interop_stim.write(self._whole())
+
+    @classmethod
+    def from_stim(cls, circuit: stim.Circuit) -> Self:
+        """Reads a circuit of Stim: all unitary gates, measurements and resets in any basis,
+        measurements of Pauli products, and Pauli gates controlled by records.
+
+        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS carry no
+        operation and are passed over. Noise, detectors and observables are refused with the index
+        of the instruction. Limit: 4,000,000 operations once REPEAT is written out.
+        """
+        return cls._of_read(_interop_stim.read(circuit))

@@ -1,0 +1,28 @@
+"""Text from files that hold a circuit."""
+
+from __future__ import annotations
+
+import os
+from pathlib import Path
+
+from zeltbraidwerk import errors
+
+
+def is_path(text: str) -> bool:
+    """No OpenQASM does without a semicolon."""
+    return bool(text.strip()) and ";" not in text and "\n" not in text
+
+
+def text_of(path: str | os.PathLike[str]) -> str:
+    try:
+        return Path(path).read_text(encoding="utf-8-sig")
+    except UnicodeDecodeError:
+        raise errors.QasmFileError(
+            f"circuit: got the file {str(path)!r}, wanted text in UTF-8"
+        ) from None
+    except (OSError, ValueError) as error:
+        reason = getattr(error, "strerror", None) or error
+        raise errors.QasmFileError(
+            f"circuit: got {str(path)[:200]!r}, wanted OpenQASM 2 or the path of a file of it: "
+            f"{reason}"
+        ) from None

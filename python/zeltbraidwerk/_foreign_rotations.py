@@ -1,0 +1,65 @@
+"""Pauli rotations as Qiskit and pytket hold them. Neither package is imported."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator
+from typing import Any
+
+import numpy as np
+
+from zeltbraidwerk import errors
+
+Pair = tuple[str, float]
+
+
+def of_operator(operator: Any) -> Iterator[Pair]:
+    """exp(-i c P) for each term c P of a SparsePauliOp; its labels have qubit 0 last."""
+    for label, coefficient in operator.to_list():
+        yield label[::-1], 2 * _real(coefficient)
+
+
+def of_evolution(gate: Any) -> Iterator[Pair]:
+    """The product that the synthesis of a PauliEvolutionGate stands for, by Qiskit's own
+    expansion: the circuit that Qiskit would make has the same rotations in the same order."""
+    if not callable(expand := getattr(gate.synthesis, "expand", None)):
+        raise errors.OptionError(
+            f"rotations: got a PauliEvolutionGate with {type(gate.synthesis).__name__}, which is "
+            "no product of rotations, wanted a synthesis such as LieTrotter or SuzukiTrotter"
+        )
+    try:
+        terms = expand(gate)
+    except (TypeError, ValueError, ArithmeticError) as fault:
+        raise errors.AngleError(
+            f"rotations: got a PauliEvolutionGate that Qiskit cannot expand: {fault}"
+        ) from None
+    for letters, qubits, angle in terms:
+        word = ["I"] * gate.num_qubits
+        for letter, qubit in zip(letters, qubits, strict=True):
+            word[qubit] = letter
+        yield "".join(word), _real(angle)
+
+
+def of_pytket(operator: Any) -> Iterator[Pair]:
+    """exp(-i pi/2 c P) for each term c P, as where pytket makes Pauli gadgets of it."""
+    qubits = sorted(operator.all_qubits)
+    registers = {qubit.reg_name for qubit in qubits}
+    if len(registers) == 1 and all(len(qubit.index) == 1 for qubit in qubits):
+        place = {qubit: qubit.index[0] for qubit in qubits}
+    else:
+        place = {qubit: k for k, qubit in enumerate(qubits)}
+    n = max(place.values(), default=-1) + 1
+    for string, coefficient in operator._dict.items():
+        letters = ["I"] * n
+        for qubit, pauli in string.map.items():
+            letters[place[qubit]] = pauli.name
+        yield "".join(letters), np.pi * _real(coefficient)
+
+
+def _real(value: Any) -> float:
+    try:
+        number = complex(value)
+    except (TypeError, ValueError):
+        raise errors.AngleError(f"rotations: got {value}, wanted a number") from None
+    if number.imag:
+        raise errors.AngleError(f"rotations: got {value}, wanted a real number")
+    return number.real

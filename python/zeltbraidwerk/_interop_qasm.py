@@ -1,0 +1,144 @@
+"""OpenQASM 2, out and in: by Qiskit's reader where it is installed, and by our own."""
+
+from __future__ import annotations
+
+import importlib.util
+import re
+from typing import TYPE_CHECKING, Any
+
+from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
+from zeltbraidwerk._definitions import NAME
+from zeltbraidwerk._header import table
+from zeltbraidwerk._reading import Condition, Read
+from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import Measure
+
+if TYPE_CHECKING:
+    from zeltbraidwerk.circuits import Circuit
+
+READERS = ("auto", "own", "qiskit")
+# Beside the names of gates.
+_KEYWORDS = (
+    "barrier", "creg", "cos", "exp", "gate", "if", "include", "ln", "measure", "opaque", "pi",
+    "qreg", "reset", "sin", "sqrt", "tan",
+)  # fmt: skip
+
+
+# --- out ----------------------------------------------------------------------------------------
+
+
+def write(circuit: Circuit) -> str:
+    names = _names([register.name for register in circuit.classical])
+    wires = "q"
+    while wires in names:
+        wires += "_"
+    lines = ["OPENQASM 2.0;", 'include "qelib1.inc";', f"qreg {wires}[{circuit.n}];"]
+    bits: list[str] = []
+    ranges: dict[tuple[int, ...], str] = {}
+    for name, register in zip(names, circuit.classical, strict=True):
+        lines.append(f"creg {name}[{register.size}];")
+        ranges[tuple(range(len(bits), len(bits) + register.size))] = name
+        bits += [f"{name}[{k}]" for k in range(register.size)]
+    for operation, condition in _interop.written(circuit):
+        prefix = "" if condition is None else _condition(condition, ranges)
+        on = [f"{wires}[{qubit}]" for qubit in operation.qubits]
+        if isinstance(operation, Measure):
+            lines.append(f"{prefix}measure {on[0]} -> {bits[operation.bit]};")
+        elif isinstance(operation, Gate):
+            lines += [f"{prefix}{text};" for text in _gate(operation, on)]
+        else:
+            lines.append(f"{prefix}{operation.name} {','.join(on)};")
+    return "\n".join(lines) + "\n"
+
+
+def _gate(gate: Gate, on: list[str]) -> list[str]:
+    if gate.name == "XX":  # the header of the standard has no rxx
+        a, b = on
+        turn = f"rz({float(gate.params[0])!r}) {b}"
+        return [f"h {a}", f"h {b}", f"cx {a},{b}", turn, f"cx {a},{b}", f"h {a}", f"h {b}"]
+    angle = f"({float(gate.params[0])!r})" if gate.params else ""
+    name = "u1" if gate.name == "PH" else _interop.QASM_NAMES[gate.name]
+    return [f"{name}{angle} {','.join(on)}"]
+
+
+def _condition(condition: Condition, ranges: dict[tuple[int, ...], str]) -> str:
+    bits, value = condition
+    if bits not in ranges:
+        raise errors.BitError(
+            f"got a condition on bits {', '.join(map(str, bits))}, wanted all bits of a register "
+            "in order, which is what OpenQASM 2 can write"
+        )
+    return f"if({ranges[bits]}=={value}) "
+
+
+def _names(given: list[str]) -> list[str]:
+    """Names that OpenQASM takes for registers; those that it takes are kept."""
+    names: list[str] = []
+    for name in given:
+        fits = NAME.fullmatch(name) and name[0].islower() and name not in (*_KEYWORDS, *table())
+        name = name if fits else "c_" + re.sub(r"\W", "_", name, flags=re.ASCII)
+        while name in names:
+            name += "_"
+        names.append(name)
+    return names
+
+
+# --- in -----------------------------------------------------------------------------------------
+
+_HEADER = re.compile(r"""\binclude\s*["']qelib1\.inc["']""")
+# What the header has as it is commonly shipped and Qiskit's own one lacks; it reads id as a U.
+MORE = (
+    "ccz", "id", "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu",
+    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
+)  # fmt: skip
+_DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
+# What a compiled reader might not survive: long expressions, large registers and numbers.
+_STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}|==\s*\d{9}|OPENQASM\s+[^;\s]{9}")
+_TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
+_SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
+_MOST_BROADCAST = 1_000_000  # bits of all registers times statements
+_MOST_INNER = 20_000  # a second or two
+
+
+def read(text: Any, reader: str = "auto") -> Read:
+    _validate.choice(reader, "reader", READERS)
+    _validate.instance(text, "text", str, "OpenQASM 2 as a string")
+    plain = _qasm.without_comments(text)
+    if reader == "qiskit":
+        return _by_qiskit(plain)
+    if reader == "auto" and not _is_strange(plain) and _has_qiskit():
+        try:
+            return _by_qiskit(plain)
+        except errors.Error:
+            pass  # our own reader tells line and cause, and knows more
+    return _qasm.read(plain)
+
+
+def _is_strange(text: str) -> bool:
+    bits = sum(map(int, _SIZES.findall(text)))
+    return bool(_STRANGE.search(text)) or bits * text.count(";") > _MOST_BROADCAST
+
+
+def _has_qiskit() -> bool:
+    try:
+        return importlib.util.find_spec("qiskit") is not None
+    except ValueError:  # where somebody has put None in its place
+        return False
+
+
+def _by_qiskit(text: str) -> Read:
+    """Include paths are empty: no file is ever opened."""
+    qasm2 = _interop._package("qiskit.qasm2")
+    if not text.strip():
+        raise errors.QasmError("got no statement, wanted OpenQASM 2")
+    names = set(MORE) if _HEADER.search(text) else set(table()) - {"U", "CX"}
+    instructions = _interop_qiskit.custom_instructions(names - set(_DECLARED.findall(text)))
+    try:
+        circuit = qasm2.loads(text, include_path=(), custom_instructions=instructions)
+    except BaseException as error:  # also TypeError for "U q;", and panics, which are no Exception
+        if isinstance(error, Exception) or type(error).__name__ == "PanicException":
+            raise errors.QasmError(str(error)) from None
+        raise
+    lines = _qasm.lines_of(text) if _TELLS_PLACE.search(text) else []
+    known = lines if len(lines) == len(circuit.data) else None
+    return _interop_qiskit.read(circuit, _MOST_INNER, known)

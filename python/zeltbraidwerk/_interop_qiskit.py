@@ -1,0 +1,249 @@
+"""Circuits of Qiskit, out and in."""
+
+from __future__ import annotations
+
+from collections.abc import Collection, Mapping, Sequence
+from contextlib import ExitStack
+from typing import TYPE_CHECKING, Any
+
+from zeltbraidwerk import _interop, _reading, errors
+from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
+from zeltbraidwerk._header import read_gate, table
+from zeltbraidwerk._reading import Condition, Read, Reading
+from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
+
+if TYPE_CHECKING:
+    from zeltbraidwerk.circuits import Circuit
+
+# --- out ----------------------------------------------------------------------------------------
+
+
+def write(circuit: Circuit) -> Any:
+    qiskit = _interop._package("qiskit")
+    names = [register.name for register in circuit.classical]
+    made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))
+    for register in circuit.classical:
+        made.add_register(qiskit.ClassicalRegister(register.size, register.name))
+    registers = {tuple(made.find_bit(bit).index for bit in r): r for r in made.cregs}
+    for operation, condition in _interop.written(circuit):
+        with ExitStack() as inside:
+            for test in _tests(made, registers, condition):
+                inside.enter_context(made.if_test(test))
+            if isinstance(operation, Gate):
+                angles = [
+                    _interop.angle(p, _interop._package("qiskit.circuit").Parameter)
+                    for p in _interop.angles(operation)
+                ]
+                getattr(made, _interop.QASM_NAMES[operation.name])(*angles, *operation.qubits)
+            elif isinstance(operation, Measure):
+                made.measure(operation.qubit, operation.bit)
+            else:
+                getattr(made, operation.name)(list(operation.qubits))
+    return made
+
+
+def _free(name: str, taken: Collection[str]) -> str:
+    while name in taken:
+        name += "_"
+    return name
+
+
+def _tests(
+    made: Any, registers: Mapping[tuple[int, ...], Any], condition: Condition | None
+) -> list[tuple[Any, int]]:
+    """One on a whole register where it is one; else one for each bit, within each other."""
+    if condition is None:
+        return []
+    bits, value = condition
+    if bits in registers:
+        return [(registers[bits], value)]
+    return [(made.clbits[bit], value >> k & 1) for k, bit in enumerate(bits)]
+
+
+# --- in -----------------------------------------------------------------------------------------
+
+_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}  # their names of gates of ours
+
+
+def read(
+    circuit: Any, most_inner: int = MOST_OPERATIONS, lines: Sequence[int] | None = None
+) -> Read:
+    """``most_inner`` bounds the instructions within definitions, which take long to unfold;
+    ``lines`` are those that the instructions were read from."""
+    _reading.wanted(circuit, "qiskit", "QuantumCircuit")
+    reader = _Reader(most_inner, lines)
+    bits = {bit: place for place, bit in enumerate(circuit.clbits)}
+    reader.block(circuit, range(circuit.num_qubits), range(len(bits)), None, None)
+    return circuit.num_qubits, reader.reading.operations, _registers(circuit, bits)
+
+
+def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
+    """Bits without a register get one; registers that share bits give way to one for all."""
+    if sum(map(len, circuit.cregs)) > len({bit for r in circuit.cregs for bit in r}):
+        return [Register("c", len(places))]
+    starts = {places[r[0]]: r for r in circuit.cregs if len(r)}
+    names = [register.name for register in circuit.cregs]
+    empty = [Register(r.name, 0) for r in circuit.cregs if not len(r)]
+    found: list[Register] = []
+    loose = place = 0
+    while place < len(places) or loose:
+        register = starts.get(place)
+        if place < len(places) and register is None:
+            loose, place = loose + 1, place + 1
+            continue
+        if loose:
+            name = _free("c", names)
+            names.append(name)
+            found.append(Register(name, loose))
+            loose = 0
+        if register is not None:
+            if [places[bit] for bit in register] != list(range(place, place + len(register))):
+                return [Register("c", len(places))]
+            found.append(Register(register.name, len(register)))
+            place += len(register)
+    return found + empty
+
+
+class _Reader:
+    def __init__(self, most_inner: int, lines: Sequence[int] | None) -> None:
+        self._lines = lines
+        self.reading = Reading()
+        self._inner = 0
+        self._most_inner = most_inner
+        self._circuit = _interop._package("qiskit.circuit")
+
+    def block(
+        self, circuit: Any, qubits: Any, bits: Any, where: str | None, condition: Condition | None,
+        depth: int = 0,
+    ) -> None:  # fmt: skip
+        """A circuit whose qubits and bits are those given of the circuit around all."""
+        wires = dict(zip(circuit.qubits, qubits, strict=True))
+        targets = dict(zip(circuit.clbits, bits, strict=True))
+        known = table()
+        for place, instruction in enumerate(circuit.data):
+            here = where or (
+                f"line {self._lines[place]}" if self._lines else f"instruction {place}"
+            )
+            on = tuple([wires[qubit] for qubit in instruction.qubits])
+            self._inner += depth > 0
+            if self._inner > self._most_inner:
+                raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
+            if instruction.is_standard_gate():
+                name = _STANDARD.get(instruction.name, instruction.name)
+                if name in known:
+                    self._gate(name, on, instruction.params, here, condition)
+                    continue
+            into = tuple([targets[bit] for bit in instruction.clbits])
+            self._instruction(instruction.operation, on, into, targets, here, condition, depth)
+
+    def _gate(
+        self, name: str, on: tuple[int, ...], params: Any, where: str, condition: Condition | None
+    ) -> None:
+        with _reading.located(where):
+            angles = [p if type(p) is float else _interop.number(p) for p in params]
+            self.reading.gates(read_gate(name, on, angles), where, condition)
+
+    def _instruction(
+        self, operation: Any, on: tuple[int, ...], into: tuple[int, ...],
+        targets: Mapping[Any, int], where: str, condition: Condition | None, depth: int,
+    ) -> None:  # fmt: skip
+        kinds = self._circuit
+        if isinstance(operation, kinds.ControlFlowOp):
+            self._control(operation, on, into, targets, where, condition, depth)
+        elif isinstance(operation, kinds.Barrier):
+            if on:
+                self.reading.add(Barrier(on, where=where), where, None)
+        elif isinstance(operation, kinds.Measure):
+            self.reading.add(Measure(on[0], into[0], where=where), where, condition)
+        elif isinstance(operation, kinds.Reset):
+            self.reading.add(Reset(on[0], where=where), where, condition)
+        elif isinstance(operation, _named_gate()):
+            self._gate(operation.name, on, operation.params, where, condition)
+        elif not isinstance(operation, kinds.Delay) and operation.name != "global_phase":
+            if depth >= MOST_NESTED:
+                raise errors.GateError(
+                    f"{where}: got gates nested deeper than {MOST_NESTED}, such as {operation.name}"
+                )
+            self.block(_parts(operation, where), on, into, where, condition, depth + 1)
+
+    def _control(
+        self, operation: Any, on: tuple[int, ...], into: tuple[int, ...],
+        targets: Mapping[Any, int], where: str, condition: Condition | None, depth: int,
+    ) -> None:  # fmt: skip
+        """An ``if`` without an ``else``; one within another holds where both do."""
+        test = getattr(operation, "condition", None)
+        if not isinstance(operation, self._circuit.IfElseOp) or not isinstance(test, tuple):
+            what = operation.name if not isinstance(operation, self._circuit.IfElseOp) else "if"
+            raise errors.GateError(
+                f"{where}: got {what}, wanted if_test of one register or bit at most"
+            )
+        if len(operation.blocks) > 1:
+            raise errors.GateError(f"{where}: got if with else, wanted if_test alone")
+        source, value = test
+        asked = [source] if isinstance(source, self._circuit.Clbit) else source
+        bits = tuple([targets[bit] for bit in asked])
+        inner: Condition = (bits, int(value))
+        if condition is not None:
+            if set(bits) & set(condition[0]):
+                raise errors.GateError(f"{where}: got if within if on the same bits")
+            inner = (condition[0] + bits, condition[1] | inner[1] << len(condition[0]))
+        first = len(self.reading.operations)
+        if value >> len(bits) == 0:
+            self.block(operation.blocks[0], on, into, where, inner, depth + 1)
+        _check_body(self.reading.operations[first:], bits, where)
+
+
+def _check_body(body: list[Any], bits: tuple[int, ...], where: str) -> None:
+    """Each operation of it asks for the condition anew; so nothing in it may change the bits."""
+    for operation in body[:-1]:
+        inner = operation.operation if isinstance(operation, Conditional) else operation
+        if isinstance(inner, Measure) and inner.bit in bits:
+            raise errors.GateError(
+                f"{where}: got if around a measurement into a bit that it asks for"
+            )
+
+
+def _parts(operation: Any, where: str) -> Any:
+    """The circuit that an instruction stands for: by its definition, or by Qiskit's transpiler."""
+    qiskit = _interop._package("qiskit")
+    reason = "nothing tells what it does"
+    try:
+        if (definition := getattr(operation, "definition", None)) is not None:
+            return definition
+        holder = qiskit.QuantumCircuit(operation.num_qubits, operation.num_clbits)
+        holder.append(operation, range(operation.num_qubits), range(operation.num_clbits))
+        parts = qiskit.transpile(holder, basis_gates=["cx", "u"], optimization_level=0)
+        if all(inner.name != operation.name for inner in parts.data):
+            return parts
+    except (qiskit.exceptions.QiskitError, TypeError, ValueError) as error:
+        reason = str(error).strip("\"'").partition("\n")[0]
+    raise errors.GateError(
+        f"{where}: got {operation.name}, which Qiskit cannot take apart: {reason}"
+    )
+
+
+# --- for Qiskit's reader of OpenQASM ------------------------------------------------------------
+
+
+def _named_gate() -> Any:
+    """A class of gates that are those of our table, whatever Qiskit has by their names."""
+    if not _known_classes:
+        gate = _interop._package("qiskit.circuit").Gate
+        _known_classes.append(type("_NamedGate", (gate,), {}))
+    return _known_classes[0]
+
+
+_known_classes: list[Any] = []
+
+
+def custom_instructions(names: Collection[str]) -> list[Any]:
+    """Of these gates of our table."""
+    qasm2, made = _interop._package("qiskit.qasm2"), _named_gate()
+
+    def instruction(name: str) -> Any:
+        gate = table()[name]
+        build = lambda *angles: made(name, gate.qubits, list(angles))  # noqa: E731
+        return qasm2.CustomInstruction(name, gate.angles, gate.qubits, build, builtin=True)
+
+    return [instruction(name) for name in sorted(names)]

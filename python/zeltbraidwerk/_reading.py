@@ -1,0 +1,66 @@
+"""What the readers of all formats share: the operations that they have read, within a limit."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
+from typing import Any
+
+from zeltbraidwerk import _validate, errors
+from zeltbraidwerk._definitions import MOST_OPERATIONS, Plain
+from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Register, Reset
+
+Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
+Read = tuple[int, list[Operation], list[Register]]  # number of qubits, ...
+
+
+class Reading:
+    """Operations in order. What is added under a condition that cannot hold is left out."""
+
+    def __init__(self) -> None:
+        self.operations: list[Operation] = []
+
+    def gates(
+        self, plain: Iterable[Plain], where: str = "", condition: Condition | None = None
+    ) -> None:
+        for name, qubits, params in plain:
+            if name == "barrier":
+                self.operations.append(Barrier(qubits, where=where))
+            elif condition is None:
+                self.operations.append(Gate._trusted(name, qubits, params))
+            else:
+                self.add(Gate._trusted(name, qubits, params), where, condition)
+        self._check_room()
+
+    def add(
+        self, operation: Gate | Measure | Reset | Barrier, where: str, condition: Condition | None
+    ) -> None:
+        self._check_room()
+        if condition is None or isinstance(operation, Barrier):
+            self.operations.append(operation)
+        elif condition[1] >> len(condition[0]) == 0:
+            self.operations.append(Conditional(operation, *condition, where=where))
+
+    def _check_room(self) -> None:
+        if len(self.operations) > MOST_OPERATIONS:
+            raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
+
+
+@contextmanager
+def located(where: str) -> Iterator[None]:
+    """Errors of a gate or an angle in the block tell the place."""
+    try:
+        yield
+    except (errors.AngleError, errors.GateError) as error:
+        text = str(error)
+        raise type(error)(text if text.startswith(where) else f"{where}: {text}") from None
+
+
+def wanted(value: Any, package: str, kind: str) -> None:
+    """Refuses what is no object of another package's class, or of one derived from it."""
+    names = [base.__name__ for base in type(value).__mro__]
+    if not (_validate.comes_from(value, package) and kind in names):
+        raise errors.DtypeError(
+            f"circuit: got {_validate.shown(value)}, wanted a {kind} of {package}"
+        )

@@ -1,0 +1,270 @@
+"""What a circuit holds beside gates: measurements, resets, barriers, classically controlled gates.
+
+They are immutable values and share ``name``, ``qubits`` and ``params`` with
+:class:`~zeltbraidwerk.Gate`, so that one loop goes over all. No name of theirs is one of a gate.
+
+>>> Measure(0, 1), Reset(0), Barrier((0, 1))
+(Measure(qubit=0, bit=1), Reset(qubit=0), Barrier(qubits=(0, 1)))
+>>> Conditional(Gate("X", 2), (0, 1), 3)  # an X where bits 0 and 1 are both set
+Conditional(operation=Gate('X', (2,)), bits=(0, 1), value=3)
+"""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Mapping, Sequence
+from dataclasses import dataclass, field, replace
+from typing import TYPE_CHECKING, Any, ClassVar, Self, TypeAlias
+
+from zeltbraidwerk import _validate, errors
+from zeltbraidwerk.gates import Gate, Parameter
+
+__all__ = ["Barrier", "Conditional", "Instruction", "Measure", "Register", "Reset"]
+
+
+@dataclass(frozen=True)
+class Register:
+    """Classical bits with a name; the bits of a circuit's registers are numbered through."""
+
+    name: str
+    size: int
+
+    def __post_init__(self) -> None:
+        _validate.instance(self.name, "name", str, "a string")
+        if not self.name:
+            raise errors.OptionError("name: got '', wanted a name for the register")
+        _set(self, size=_validate.integer(self.size, "size", 0, 2**31 - 1))
+
+
+@dataclass(frozen=True)
+class Instruction:
+    """Base of all operations that are no gates.
+
+    ``where`` tells where the operation was read, such as "line 12", for the texts of errors; it
+    does not count when two are compared.
+    """
+
+    name: ClassVar[str]
+    params: ClassVar[tuple[Parameter, ...]] = ()
+    where: str = field(default="", compare=False, repr=False, kw_only=True)
+
+    if TYPE_CHECKING:  # fields or properties below; a property here would be a field's default
+
+        @property
+        def qubits(self) -> tuple[int, ...]: ...
+
+        @property
+        def bits(self) -> tuple[int, ...]:
+            """The classical bits that are read or written."""
+
+        @property
+        def description(self) -> str:
+            """Such as "a measurement of qubit 3", for the texts of errors."""
+
+    def _placed(self, places: Sequence[int]) -> Self:
+        """The same on other qubits: what is on qubit q goes to ``places[q]``."""
+        raise NotImplementedError
+
+
+@dataclass(frozen=True)
+class Measure(Instruction):
+    """A measurement of Z on ``qubit``: ``bit`` becomes 0 for ``|0>`` and 1 for ``|1>``."""
+
+    name: ClassVar[str] = "measure"
+    qubit: int
+    bit: int
+
+    def __post_init__(self) -> None:
+        _set(self, qubit=_index(self.qubit, "qubit"), bit=_index(self.bit, "bit"))
+
+    @property
+    def qubits(self) -> tuple[int, ...]:
+        return (self.qubit,)
+
+    @property
+    def bits(self) -> tuple[int, ...]:
+        return (self.bit,)
+
+    def _placed(self, places: Sequence[int]) -> Measure:
+        return replace(self, qubit=places[self.qubit])
+
+    @property
+    def description(self) -> str:
+        return f"a measurement of qubit {self.qubit}"
+
+    def __str__(self) -> str:
+        return f"measure {self.qubit} -> {self.bit}"
+
+
+@dataclass(frozen=True)
+class Reset(Instruction):
+    """Puts ``qubit`` into ``|0>``, whatever it was."""
+
+    name: ClassVar[str] = "reset"
+    bits: ClassVar[tuple[int, ...]] = ()
+    qubit: int
+
+    def __post_init__(self) -> None:
+        _set(self, qubit=_index(self.qubit, "qubit"))
+
+    @property
+    def qubits(self) -> tuple[int, ...]:
+        return (self.qubit,)
+
+    def _placed(self, places: Sequence[int]) -> Reset:
+        return replace(self, qubit=places[self.qubit])
+
+    @property
+    def description(self) -> str:
+        return f"a reset of qubit {self.qubit}"
+
+    def __str__(self) -> str:
+        return f"reset {self.qubit}"
+
+
+@dataclass(frozen=True)
+class Barrier(Instruction):
+    """Separates what is before it on ``qubits`` from what is after it; it does nothing itself."""
+
+    name: ClassVar[str] = "barrier"
+    bits: ClassVar[tuple[int, ...]] = ()
+    qubits: tuple[int, ...]
+
+    def __post_init__(self) -> None:
+        qubits = self.qubits if isinstance(self.qubits, Iterable) else (self.qubits,)
+        _set(self, qubits=_validate.qubits(qubits, "qubits"))
+        if not self.qubits:
+            raise errors.QubitError("qubits: got none, wanted one or more")
+
+    def _placed(self, places: Sequence[int]) -> Barrier:
+        return replace(self, qubits=tuple(places[qubit] for qubit in self.qubits))
+
+    @property
+    def description(self) -> str:
+        return f"a barrier on qubits {', '.join(map(str, self.qubits))}"
+
+    def __str__(self) -> str:
+        return f"barrier {' '.join(map(str, self.qubits))}"
+
+
+@dataclass(frozen=True)
+class Conditional(Instruction):
+    """A gate, a measurement or a reset that is carried out where ``bits`` have ``value``.
+
+    ``bits[k]`` is the binary digit 2^k of ``value``.
+    """
+
+    name: ClassVar[str] = "conditional"
+    operation: Gate | Measure | Reset
+    bits: tuple[int, ...]
+    value: int = 1
+
+    def __post_init__(self) -> None:
+        kinds = (Gate, Measure, Reset)
+        _validate.instance(self.operation, "operation", kinds, "a Gate, a Measure or a Reset")
+        given = self.bits if isinstance(self.bits, Iterable) else (self.bits,)
+        listed = _validate.items(given, "bits", "an integer or a list of integers")
+        bits = tuple([_index(bit, "bits") for bit in listed])
+        if not bits or len(set(bits)) < len(bits):
+            raise errors.BitError(f"bits: got {bits}, wanted one or more, none of them twice")
+        value = _validate.integer(self.value, "value", 0, (1 << len(bits)) - 1)
+        _set(self, bits=bits, value=value)
+
+    @property
+    def gate(self) -> Gate | None:
+        """The gate; None where a measurement or a reset is controlled."""
+        return self.operation if isinstance(self.operation, Gate) else None
+
+    @property
+    def qubits(self) -> tuple[int, ...]:
+        return self.operation.qubits
+
+    @property
+    def params(self) -> tuple[Parameter, ...]:  # type: ignore[override]
+        return self.operation.params
+
+    def _placed(self, places: Sequence[int]) -> Conditional:
+        return replace(self, operation=placed(self.operation, places))
+
+    @property
+    def description(self) -> str:
+        what = "gate" if self.gate else self.operation.name
+        return f"a classically controlled {what} on qubit {self.qubits[-1]}"
+
+    def __str__(self) -> str:
+        return f"if {' '.join(map(str, self.bits))} == {self.value}: {self.operation}"
+
+
+Operation: TypeAlias = Gate | Instruction
+
+
+def placed(operation: Any, places: Sequence[int]) -> Any:
+    """The operation on other qubits: what is on qubit q goes to ``places[q]``."""
+    if isinstance(operation, Gate):
+        qubits = tuple(places[qubit] for qubit in operation.qubits)
+        return Gate._trusted(operation.name, qubits, operation.params)
+    return operation._placed(places)
+
+
+def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
+    """The gates, barriers left out; any other operation is refused by its name and place."""
+    listed = list(operations)
+    for place, operation in enumerate(listed):
+        if isinstance(operation, (Gate, Barrier)):
+            continue
+        if not isinstance(operation, Instruction):
+            got = _validate.shown(operation)
+            raise errors.DtypeError(f"{name}: got {got}, wanted a Gate")
+        where = operation.where or f"operation {place}"
+        last = not any(set(operation.qubits) & set(rest.qubits) for rest in listed[place + 1 :])
+        ending = last and not isinstance(operation, Conditional)
+        raise errors.NotUnitaryError(
+            f"{name}: got {operation.description} {'at the end' if ending else 'in the middle'} "
+            f"({where}), wanted gates alone"
+            + ("; Circuit.split_ending takes it off" if ending else "")
+        )
+    return [operation for operation in listed if isinstance(operation, Gate)]
+
+
+def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:
+    """Checked; where none are given, one named c for the bits that are used."""
+    used = 1 + max((bit for item in operations for bit in bits_of(item)), default=-1)
+    if given is None:
+        return (Register("c", used),) if used else ()
+    try:
+        pairs = given.items() if isinstance(given, Mapping) else given
+        registers = tuple([r if isinstance(r, Register) else Register(*r) for r in pairs])
+    except errors.Error as error:
+        raise type(error)(f"classical: {error}") from None
+    except TypeError:
+        got = _validate.shown(given)
+        raise errors.DtypeError(
+            f"classical: got {got}, wanted registers or pairs of a name and a size"
+        ) from None
+    names = [register.name for register in registers]
+    if len(set(names)) < len(names):
+        raise errors.BitError(f"classical: got the names {', '.join(names)}, wanted each one once")
+    size = sum(register.size for register in registers)
+    if used > size:
+        raise errors.BitError(f"gates: got bit {used - 1}, wanted one of {size} bits")
+    return registers
+
+
+def bits_of(item: Operation) -> tuple[int, ...]:
+    """Those that an operation reads or writes."""
+    if isinstance(item, Gate):
+        return ()
+    return item.bits + (bits_of(item.operation) if isinstance(item, Conditional) else ())
+
+
+def told(registers: Sequence[Register]) -> str:
+    return ", ".join(f"{register.name}[{register.size}]" for register in registers)
+
+
+def _index(value: Any, name: str) -> int:
+    return _validate.integer(value, name, 0, 2**31 - 1)
+
+
+def _set(built: Any, /, **fields: Any) -> None:
+    """Of a frozen value while it is built."""
+    for name, entry in fields.items():
+        object.__setattr__(built, name, entry)
