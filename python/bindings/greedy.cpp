@@ -232,12 +232,12 @@ void bind_greedy(nb::module_& m) {
       "output.");
   m.def(
       "pathfinding_synthesis",
-      [](int n, const ArrayLike& A, const std::string& cost, bool with_inverse, int width,
-         int depth, int restarts, bool escape, bool text) {
+      [](int n, const ArrayLike& A, std::string cost, bool with_inverse, int width, int depth,
+         int restarts, bool escape, bool text) {
         return searched(n, A, width, depth, !text,
                         [&](const BoolMatrix& a, std::vector<int>& perm) {
-                          return pathfinding_synthesis(n, a, perm, cost.c_str(), with_inverse,
-                                                       width, depth, restarts, escape);
+                          return pathfinding_synthesis(n, a, perm, cost.data(), with_inverse, width,
+                                                       depth, restarts, escape);
                         });
       },
       "n"_a, "A"_a, "cost"_a, "with_inverse"_a, "width"_a, "depth"_a, "restarts"_a, "escape"_a,

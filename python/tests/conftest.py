@@ -1,3 +1,4 @@
+import gc
 import inspect
 import os
 import re
@@ -30,6 +31,15 @@ def pytest_runtest_makereport(item, call):
         report.outcome = "failed"
         report.longrepr = f"skipped, which may not be: {call.excinfo.value}"
     return report
+
+
+def pytest_unconfigure():
+    """Hypothesis registers a callback of the garbage collector for good, and what it can reach, the
+    cases of all test modules among them, would outlive the interpreter.
+    """
+    gc.callbacks[:] = [
+        call for call in gc.callbacks if not (call.__module__ or "").startswith("hypothesis.")
+    ]
 
 
 @pytest.fixture

@@ -155,17 +155,17 @@ TEST(Pathfinding, SelectsTheSearchAndKeepsTheFirstOfTheShortest) {
   const int n = 9;
   const BoolMatrix a = support::random_invertible(n, rng);
   struct Choice {
-    const char* cost;
+    std::string cost;
     bool with_inverse;
     bool escape;
     int search;
   };
-  for (const Choice& choice : {Choice{"ones", false, false, 0},
-                               {"ones", true, false, 1},
-                               {"ones", false, true, 2},
-                               {"ones", true, true, 2},
-                               {"log", false, false, 3},
-                               {"log", true, true, 3}}) {
+  for (Choice choice : {Choice{"ones", false, false, 0},
+                        {"ones", true, false, 1},
+                        {"ones", false, true, 2},
+                        {"ones", true, true, 2},
+                        {"log", false, false, 3},
+                        {"log", true, true, 3}}) {
     for (const int restarts : {-1, 0, 1, 12}) {
       Draws draws(37);
       CnotCircuit best;
@@ -181,8 +181,8 @@ TEST(Pathfinding, SelectsTheSearchAndKeepsTheFirstOfTheShortest) {
       support::uniform_script = std::ref(again);
       std::vector<int> perm(at(n) + 1, -1);
       testing::internal::CaptureStdout();
-      EXPECT_EQ(pathfinding_synthesis(n, a, perm, choice.cost, choice.with_inverse, 2, 1, restarts,
-                                      choice.escape),
+      EXPECT_EQ(pathfinding_synthesis(n, a, perm, choice.cost.data(), choice.with_inverse, 2, 1,
+                                      restarts, choice.escape),
                 best);
       testing::internal::GetCapturedStdout();
       EXPECT_EQ(perm.back(), -1);
@@ -193,11 +193,16 @@ TEST(Pathfinding, SelectsTheSearchAndKeepsTheFirstOfTheShortest) {
   }
 }
 
+static_assert(std::is_same_v<decltype(pathfinding_synthesis),
+                             CnotCircuit(int, const BoolMatrix&, std::vector<int>&, char*, bool,
+                                         int, int, int, bool)>);
+
 TEST(Pathfinding, OtherNamesRunNothing) {
-  for (const char* name : {"", "Ones", "ones ", "one", "LOG", "logs"}) {
+  for (std::string name : {"", "Ones", "ones ", "one", "LOG", "logs"}) {
     std::vector<int> perm{5, 6};
-    EXPECT_EQ(pathfinding_synthesis(2, matrix({"11", "01"}), perm, name, false, 1, 1, 3, false),
-              CnotCircuit());
+    EXPECT_EQ(
+        pathfinding_synthesis(2, matrix({"11", "01"}), perm, name.data(), false, 1, 1, 3, false),
+        CnotCircuit());
     EXPECT_EQ(perm, (std::vector{5, 6}));
   }
 }

@@ -39,19 +39,14 @@ std::vector<Gate> naive_gray_synth(const PhasePolynomial& poly, int n) {
   BoolMatrix m;
   std::vector<Parameter> params;
   phase_poly_to_table(poly, m, params, n);
-  struct Piece {
-    int target;
-    std::set<int> rows;
-    std::vector<int> cols;
-  };
   std::set<int> all;
   for (int r = 0; r < n; ++r) all.insert(r);
   std::vector<int> cols(params.size());
   std::iota(cols.begin(), cols.end(), 0);
-  std::list<Piece> work{{-1, all, cols}};
+  std::list<Part2> work{{-1, all, cols}};
   std::vector<Gate> circuit;
   while (!work.empty()) {
-    Piece piece = work.front();
+    Part2 piece = work.front();
     work.pop_front();
     if (piece.cols.empty()) continue;
     if (piece.cols.size() == 1 && piece.target != -1) {
@@ -61,14 +56,14 @@ std::vector<Gate> naive_gray_synth(const PhasePolynomial& poly, int n) {
       }
       circuit.push_back(Gate("PH", {piece.target}, {params[at(c)]}, true));
     } else if (piece.rows.empty()) {
-      work.push_front({piece.target, all, piece.cols});
+      work.push_front(Part2(piece.target, all, piece.cols));
     } else {
       const int b = naive_best_split(piece.cols, piece.rows, m);
       std::vector<int> sides[2];
       for (const int c : piece.cols) sides[m[at(b)][at(c)]].push_back(c);
       piece.rows.erase(b);
-      work.push_front({piece.target == -1 ? b : piece.target, piece.rows, sides[1]});
-      work.push_front({piece.target, piece.rows, sides[0]});
+      work.push_front(Part2(piece.target == -1 ? b : piece.target, piece.rows, sides[1]));
+      work.push_front(Part2(piece.target, piece.rows, sides[0]));
     }
   }
   return circuit;
@@ -112,6 +107,16 @@ TEST(GraySynth, IsTheWrittenWorkList) {
     ASSERT_EQ(fault(poly, circuit, table), "") << show(circuit);
     ASSERT_EQ(circuit, naive_gray_synth(poly, n));
   }
+}
+
+TEST(GraySynthSteps, APieceOfWorkHasThreeFields) {
+  const std::set<int> rows{2, 0};
+  const std::vector<int> cols{3, 1};
+  const Part2 piece(-1, rows, cols);
+  const auto& [target, its_rows, its_cols] = piece;
+  EXPECT_EQ(target, -1);
+  EXPECT_EQ(its_rows, rows);
+  EXPECT_EQ(its_cols, cols);
 }
 
 TEST(GraySynthSteps, WorkOnTheParityTable) {

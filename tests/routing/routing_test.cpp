@@ -40,6 +40,7 @@ struct Options {
   int depth;
   bool commuting;
   bool merge;
+  bool keeps_trees = false;
 };
 
 Options random_options(int depths, Rng& rng) {
@@ -54,6 +55,7 @@ std::vector<Gate> routed(const std::vector<Gate>& circuit, Graph& graph, const O
   kernel.depth = options.depth;
   kernel.commuting_blocks = options.commuting;
   kernel.merge = options.merge;
+  kernel.keeps_trees = options.keeps_trees;
   if (by_depth) kernel.objective = zelt::braidwerk::internal::FanInCost::depth;
   EXPECT_TRUE(route(circuit, graph, kernel, out, frame));
   return out;
@@ -161,7 +163,8 @@ TEST(Routing, AgreesWithAPlainVersion) {
   }
 }
 
-/// Long trees, more vertices than a word has bits, and trees found in the graph's cache.
+/// Long trees, more vertices than a word has bits; without the graph's cache, then filling it, then
+/// out of it.
 TEST(Routing, AgreesWithAPlainVersionOnLargeDevices) {
   Rng rng(80);
   for (int k = 0; k < 24; ++k) {
@@ -177,10 +180,11 @@ TEST(Routing, AgreesWithAPlainVersionOnLargeDevices) {
                      [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
                        return plain::choose(b, blocks, f, plain_graph, 0, false);
                      });
-    for (int again = 0; again < 2; ++again) {
+    for (const bool keeps_trees : {false, true, true}) {
       OperatorTableau frame(n);
-      ASSERT_EQ(routed(circuit, graph, {0, true, true}, false, frame), expected) << k;
+      ASSERT_EQ(routed(circuit, graph, {0, true, true, keeps_trees}, false, frame), expected) << k;
       ASSERT_EQ(frame, expected_frame) << k;
+      ASSERT_EQ(graph.steiner_cache.empty(), !keeps_trees) << k;
     }
   }
 }
@@ -224,6 +228,14 @@ TEST(Routing, Metrics) {
   EXPECT_DOUBLE_EQ(shelving.get_score(pair), 1 - 0.01);
   std::vector<int> moved{1, 2};
   EXPECT_DOUBLE_EQ(shelving.get_score(moved), (1 - 0.002) * (1 - 0.01));
+  // Ions without a bit of their own never change.
+  ShelveMetric bare(0, 0.25, 0.1);
+  std::vector<int> three{0, 1, 2};
+  EXPECT_EQ(bare.get_score(three), 0.25);
+  bare.update(three);
+  EXPECT_EQ(bare.get_score(three), 0.25);
+  shelving.update(three = {0, 1, 7});
+  EXPECT_DOUBLE_EQ(shelving.get_score(three), 1 - 0.03);
   EXPECT_TRUE(shelving.compare(0.5, -1) && shelving.compare(0.6, 0.5));
   EXPECT_FALSE(shelving.compare(0.5, 0.5) || DefaultMetric().compare(5, 5));
   std::vector<RotationSequence> blocks{{{"ZZZZZ", 0.1}, {"YIIIZ", 0.2}}};

@@ -35,8 +35,10 @@ TEST(StimRouting, AgreesWithTheOtherFrame) {
     std::mt19937_64 engine(rng());
     StimTableau stim_frame = StimTableau::random(static_cast<std::size_t>(n), engine);
     std::vector<Gate> stim_out;
-    clifford_nnize_stim(circuit, graph, depth, commuting, merge, stim_out, stim_frame, 0);
+    Graph stim_graph = graph;
+    clifford_nnize_stim(circuit, stim_graph, depth, commuting, merge, stim_out, stim_frame, 0);
     ASSERT_EQ(stim_out, out) << k;
+    ASSERT_EQ(support::cached_trees(stim_graph), support::cached_trees(graph)) << k;
     ASSERT_EQ(stim_frame, convert_to_stim(frame)) << k;
     if (out.empty()) continue;
     OperatorTableau start(n);
@@ -56,8 +58,9 @@ TEST(StimRouting, AgreesWithTheOtherFrame) {
     start.rx_plus_left(0);
     ASSERT_EQ(cost_clifford_order(block, blocks, start, graph, depth, gates[0], qubit[0], index[0],
                                   flip[0]),
-              cost_clifford_order_stim(block, stim_blocks, convert_to_stim(start), graph, depth,
-                                       gates[1], qubit[1], index[1], flip[1]));
+              cost_clifford_order_stim(block, stim_blocks, convert_to_stim(start), stim_graph,
+                                       depth, gates[1], qubit[1], index[1], flip[1]));
+    ASSERT_EQ(support::cached_trees(stim_graph), support::cached_trees(graph)) << k;
     ASSERT_EQ(gates[0], gates[1]) << k;
     ASSERT_TRUE(qubit[0] == qubit[1] && index[0] == index[1] && flip[0] == flip[1]) << k;
   }
@@ -76,7 +79,7 @@ TEST(StimRouting, Updates) {
   for (const Gate& gate : gates) tableau.apply_left(gate);
   update_stim_tableau_left(gates, expected);
   EXPECT_EQ(convert_to_stim(tableau), expected);
-  update_stim_tableau_left({rz(-pi / 2), rx(0.3), Gate("X", {0})}, expected);
+  update_stim_tableau_left({rz(-pi / 2), rx(0.3), Gate("X", {0}), Gate(), Gate("I", {})}, expected);
   EXPECT_EQ(convert_to_stim(tableau), expected);
   EXPECT_THROW(
       update_stim_tableau_left({Gate("RX", {0}, {structures::Parameter("a")}, false)}, expected),

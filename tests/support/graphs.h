@@ -97,6 +97,16 @@ inline std::string show(const std::vector<structures::Gate>& gates) {
   return text;
 }
 
+/// The trees in the graph's cache: terminals, vertices and edges of each.
+inline std::string cached_trees(const structures::Graph& graph) {
+  std::string text;
+  for (const auto& [terminals, tree] : graph.steiner_cache) {
+    const std::vector<int> vertices(tree.vertices.begin(), tree.vertices.end());
+    text += show(terminals) + ": " + show(vertices) + ", " + show(tree.edges()) + '\n';
+  }
+  return text;
+}
+
 /// Whether every CNOT joins neighbours.
 inline bool runs_on(const structures::Graph& device, const std::vector<structures::Gate>& gates) {
   return std::all_of(gates.begin(), gates.end(), [&](const structures::Gate& gate) {

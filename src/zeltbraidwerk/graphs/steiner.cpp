@@ -22,6 +22,13 @@ std::vector<std::set<int>> draw_seed_sets(int n, const Draw& draw) {
   return sets;
 }
 
+const structures::Graph& cached_tree(structures::Graph& graph, std::vector<int>& terminals) {
+  const auto known = graph.steiner_cache.find(terminals);
+  if (known != graph.steiner_cache.end()) return known->second;
+  const auto build = graph.sketch_mode != 0 ? structures::sketch_steiner : structures::steiner_good;
+  return graph.steiner_cache.emplace(terminals, build(graph, terminals)).first->second;
+}
+
 }  // namespace zelt::braidwerk::internal
 
 namespace structures {
@@ -46,9 +53,11 @@ struct TablePaths {
 };
 
 Graph to_graph(const internal::SteinerTree& tree) {
-  Graph result(tree.edges.size());
+  Graph result;
+  result.n = tree.edges.size();
+  result.adjacency.resize(static_cast<std::size_t>(result.n) * static_cast<std::size_t>(result.n));
   tree.edges.unpack_into(result);
-  std::erase_if(result.vertices, [&](int v) { return !tree.vertices.contains(v); });
+  tree.vertices.for_each([&](int v) { result.vertices.insert(result.vertices.end(), v); });
   return result;
 }
 
@@ -84,12 +93,7 @@ void Graph::initialize_sketches() {
 }
 
 Graph Graph::steiner_tree(std::vector<int>& terminals) {
-  if (const auto known = steiner_cache.find(terminals); known != steiner_cache.end()) {
-    return known->second;
-  }
-  Graph tree = sketch_mode != 0 ? sketch_steiner(*this, terminals) : steiner_good(*this, terminals);
-  steiner_cache[terminals] = tree;
-  return tree;
+  return internal::cached_tree(*this, terminals);
 }
 
 }  // namespace structures

@@ -11,8 +11,8 @@ namespace synthesis {
 using namespace zelt::braidwerk::internal;
 
 structures::CnotCircuit pathfinding_synthesis(int n, const BoolMatrix& A, std::vector<int>& perm,
-                                              const char* cost, bool with_inverse, int width,
-                                              int depth, int restarts, bool escape) {
+                                              char* cost, bool with_inverse, int width, int depth,
+                                              int restarts, bool escape) {
   GreedyOptions options{.beam = {width, depth}, .announce_escapes = true};
   const std::string_view name = cost;
   if (name == "log") {

@@ -18,8 +18,10 @@ namespace synthesis {
 /// perm has at least n entries and receives the permutation of the returned circuit: output r of
 /// the wanted operation comes out on wire perm[r]. See greedy_ones.h for the direction, `width` and
 /// `depth`, and for what happens when a search does not finish.
-ZELTBRAIDWERK_EXPORT structures::CnotCircuit pathfinding_synthesis(
-    int n, const BoolMatrix& A, std::vector<int>& perm, const char* cost, bool with_inverse,
-    int width, int depth, int restarts, bool escape);
+ZELTBRAIDWERK_EXPORT structures::CnotCircuit pathfinding_synthesis(int n, const BoolMatrix& A,
+                                                                   std::vector<int>& perm,
+                                                                   char* cost, bool with_inverse,
+                                                                   int width, int depth,
+                                                                   int restarts, bool escape);
 
 }  // namespace synthesis

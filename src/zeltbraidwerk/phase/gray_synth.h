@@ -15,6 +15,16 @@
 /// The step functions work on a parity table: a BoolMatrix with a row a qubit and a column a term,
 /// in key order, whose entry [r][c] says that parity c holds what now stands on wire r.
 
+/// One pending piece of gray_synth's work.
+struct ZELTBRAIDWERK_EXPORT Part2 {
+  int target;             ///< the row that is to carry the parities of the piece; -1: none yet
+  std::set<int> rows;     ///< on which the piece may still be split
+  std::vector<int> cols;  ///< the terms of the piece, in the order in which they were handed down
+
+  Part2(int carrier, const std::set<int>& split_rows, const std::vector<int>& terms)
+      : target(carrier), rows(split_rows), cols(terms) {}
+};
+
 /// CNOT and PH circuit of a phase polynomial. Every parity comes up once on some qubit and gets its
 /// PH gate there; parities are ordered so that neighbours share many bits.
 ///

@@ -18,16 +18,6 @@ using structures::Parameter;
 
 namespace {
 
-Columns pack_columns(const std::set<int>& cols) {
-  Columns columns;
-  for (const int col : cols) {
-    const int word = col / internal::word_bits;
-    if (columns.empty() || columns.back().word != word) columns.push_back({word, 0});
-    columns.back().mask |= internal::Word{1} << (col % internal::word_bits);
-  }
-  return columns;
-}
-
 /// Runs a step of the walk between the plain containers and its own.
 template <class Step>
 void walk(std::set<int>& cols, const Graph& graph, std::vector<Gate>& circuit, BoolMatrix& table,
@@ -35,7 +25,7 @@ void walk(std::set<int>& cols, const Graph& graph, std::vector<Gate>& circuit, B
   if (cols.empty() || table.empty()) return;
   GraphWalk walker(graph, internal::BitMatrix::pack(table, static_cast<int>(table.size()),
                                                     static_cast<int>(table[0].size())));
-  Columns columns = pack_columns(cols);
+  Columns columns = internal::pack_columns(cols);
   step(walker, columns);
   cols.clear();
   internal::for_each_column(columns, [&](int col) { cols.insert(cols.end(), col); });

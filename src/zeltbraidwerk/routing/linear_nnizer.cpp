@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "zeltbraidwerk/routing/internal/cached_trees.h"
 #include "zeltbraidwerk/routing/internal/route.h"
 
 namespace synthesis {
@@ -19,10 +20,10 @@ int choose(FanInCost objective, int block, const std::vector<RotationSequence>& 
   const BlockList list(block, blocks, frame.nbqbits);
   Waiting waiting(list.first);
   if (waiting.is_empty(0)) return 0;
-  DeviceTrees trees(graph);
+  CachedTrees trees(graph);
   const Control control;
   Gadget gadget;
-  GadgetSearch<FrameAxes> search(waiting, trees, objective, control);
+  GadgetSearch<FrameAxes, CachedTrees> search(waiting, trees, objective, control);
   const int cost = search.best(0, FrameAxes(carried(list.rotations, frame)), depth, &gadget);
   std::ranges::move(gadget.gates(), std::back_inserter(gates));
   if (gadget.root >= 0) qubit = gadget.root;
@@ -37,7 +38,7 @@ void clifford_nnize(const std::vector<Gate>& circuit, Graph& graph, int depth,
                     bool commuting_blocks, bool merge, std::vector<Gate>& out,
                     OperatorTableau& frame, int sketch_mode) {
   graph.sketch_mode = sketch_mode;
-  route(circuit, graph, {depth, commuting_blocks, merge, FanInCost::cnots, {}}, out, frame);
+  route(circuit, graph, {depth, commuting_blocks, merge, FanInCost::cnots, true, {}}, out, frame);
 }
 
 int cost_clifford_order(int block, std::vector<RotationSequence>& blocks, OperatorTableau frame,
@@ -50,7 +51,8 @@ void clifford_nnize_depth(const std::vector<Gate>& circuit, Graph& graph, int de
                           bool commuting_blocks, bool merge, std::vector<Gate>& out,
                           OperatorTableau& frame, int sketch_mode) {
   graph.sketch_mode = sketch_mode;
-  route(circuit, graph, {depth, commuting_blocks, merge, FanInCost::told_depth, {}}, out, frame);
+  route(circuit, graph, {depth, commuting_blocks, merge, FanInCost::told_depth, true, {}}, out,
+        frame);
 }
 
 int cost_clifford_order_depth(int block, std::vector<RotationSequence>& blocks,

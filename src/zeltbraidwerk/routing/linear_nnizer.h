@@ -21,17 +21,19 @@ namespace synthesis {
 /// lands on the qubit of its support with which the CNOTs of its fan-in and of the `depth`
 /// rotations after it are fewest (of equal ones the smallest; with depth 0 always the smallest).
 /// `commuting_blocks` and `merge` are those of normalize_circuit; `sketch_mode` is stored in the
-/// graph and chooses its tree builder. The graph's cache is read, and takes the trees walked.
+/// graph and chooses its tree builder. At each level of the search the tree of every rotation of
+/// the block is asked for by graph.steiner_tree: the graph's cache answers, whichever builder made
+/// its tree, and keeps each one, O(n^2) bits, as long as the graph lives.
 ///
 /// A frame other than the identity is read twice, by the normal form and by the search, and stays
 /// in the product: with V its operator, the circuit in front of which stands V-dagger twice comes
 /// out, as far as its rotations go. Throws what normalize_circuit throws; std::out_of_range where
-/// the path table is missing; std::logic_error "ooops" where a sketched tree closes a cycle, with
-/// `out` and `frame` partly updated.
+/// the path table is missing; std::logic_error "ooops" where a sketched tree closes a cycle, or a
+/// tree is in parts since the device is, with `out` and `frame` partly updated.
 ///
 /// Cost: the waiting rotations are kept as they stand, so a rotation costs O(gates of its fan-in *
-/// waiting / 64) and the trees of the light ones of its block; each level of lookahead multiplies
-/// by the size of a support. Nothing limits `depth`.
+/// waiting / 64) and the trees of its block that are new; each level of lookahead multiplies by the
+/// size of a support. Nothing limits `depth`.
 ZELTBRAIDWERK_EXPORT void clifford_nnize(const std::vector<structures::Gate>& circuit,
                                          structures::Graph& graph, int depth, bool commuting_blocks,
                                          bool merge, std::vector<structures::Gate>& out,

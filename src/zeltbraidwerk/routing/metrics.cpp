@@ -9,6 +9,13 @@ bool is_unset(double score) {
   return score == -1.0;
 }
 
+void set_bits(BoolRow& bits, const std::vector<int>& places, bool value) {
+  for (const int place : places) {
+    const auto at = static_cast<std::size_t>(place);
+    if (at < bits.size()) bits[at] = value;
+  }
+}
+
 }  // namespace
 
 double DefaultMetric::get_score(std::vector<int>& ions) const {
@@ -31,7 +38,7 @@ ShelveMetric::ShelveMetric(int n, double pair, double shelve)
 
 double ShelveMetric::get_score(std::vector<int>& ions) const {
   BoolRow wanted(shelved.size());
-  for (const int ion : ions) wanted.at(static_cast<std::size_t>(ion)) = true;
+  set_bits(wanted, ions, true);
   int changes = 0;
   for (std::size_t q = 0; q < shelved.size(); ++q) changes += shelved[q] == wanted[q];
   const auto k = static_cast<double>(ions.size());
@@ -40,7 +47,7 @@ double ShelveMetric::get_score(std::vector<int>& ions) const {
 
 void ShelveMetric::update(std::vector<int>& ions) {
   shelved.assign(shelved.size(), true);
-  for (const int ion : ions) shelved.at(static_cast<std::size_t>(ion)) = false;
+  set_bits(shelved, ions, false);
 }
 
 bool ShelveMetric::compare(double a, double b) const {

@@ -20,7 +20,8 @@ struct ZELTBRAIDWERK_EXPORT DefaultMetric {
 };
 
 /// The fidelity of entangling gates on a machine that shelves the ions that take no part: the
-/// product of 1 - pair_error * pairs and 1 - shelve_error * changes, higher is better.
+/// product of 1 - pair_error * pairs and 1 - shelve_error * changes, higher is better. An ion
+/// without a bit in `shelved` never changes; its pairs count.
 struct ZELTBRAIDWERK_EXPORT ShelveMetric {
   BoolRow shelved;      ///< outside the last active set
   double pair_error;    ///< of one pair of ions in an entangling gate

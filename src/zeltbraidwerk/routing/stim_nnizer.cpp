@@ -8,6 +8,7 @@
 #include <stim/stabilizers/tableau_transposed_raii.h>
 #include "zeltbraidwerk/foundations/internal/turns.h"
 #include "zeltbraidwerk/foundations/weyl.h"
+#include "zeltbraidwerk/routing/internal/cached_trees.h"
 #include "zeltbraidwerk/routing/internal/route.h"
 
 namespace synthesis {
@@ -91,7 +92,7 @@ void clifford_nnize_stim(const std::vector<Gate>& circuit, Graph& graph, int dep
   }
   StimAxes axes(strings, StimTableau(frame.num_qubits));
   Waiting waiting(form.first);
-  DeviceTrees trees(graph);
+  CachedTrees trees(graph);
   route_on_device(
       axes, waiting, trees, FanInCost::cnots, depth, Control(), [&](const Gadget& gadget) {
         std::ranges::move(gadget.gates(), std::back_inserter(out));
@@ -113,10 +114,10 @@ int cost_clifford_order_stim(int block, std::vector<StimRotations>& blocks, Stim
   }
   Waiting waiting(std::move(first));
   if (waiting.is_empty(0)) return 0;
-  DeviceTrees trees(graph);
+  CachedTrees trees(graph);
   const Control control;
   Gadget gadget;
-  GadgetSearch<StimAxes> search(waiting, trees, FanInCost::cnots, control);
+  GadgetSearch<StimAxes, CachedTrees> search(waiting, trees, FanInCost::cnots, control);
   const int cost = search.best(0, StimAxes(strings, std::move(frame)), depth, &gadget);
   std::ranges::move(gadget.gates(), std::back_inserter(gates));
   if (gadget.root >= 0) qubit = gadget.root;
@@ -128,7 +129,7 @@ int cost_clifford_order_stim(int block, std::vector<StimRotations>& blocks, Stim
 void update_stim_tableau_left(const std::vector<Gate>& gates, StimTableau& tableau) {
   Transposed view(tableau);
   for (const Gate& gate : gates) {
-    const std::size_t q = at(gate.qbits.at(0));
+    const auto qubit = [&](std::size_t k) { return at(gate.qbits.at(k)); };
     const auto quarter_turns = [&] {
       const double theta = std::fmod(gate.params.at(0).get_numeric_value(), full_turn);
       return is_near(theta, quarter_turn)         ? 1
@@ -137,18 +138,19 @@ void update_stim_tableau_left(const std::vector<Gate>& gates, StimTableau& table
                                                   : 0;
     };
     if (gate.name == "CNOT") {
-      view.append_ZCX(q, at(gate.qbits.at(1)));
+      view.append_ZCX(qubit(0), qubit(1));
     } else if (gate.name == "CZ" || gate.name == "CSIGN") {
-      view.append_ZCZ(q, at(gate.qbits.at(1)));
+      view.append_ZCZ(qubit(0), qubit(1));
     } else if (gate.name == "H") {
-      view.append_H_XZ(q);
+      view.append_H_XZ(qubit(0));
     } else if (gate.name == "RZ" || gate.name == "PH") {
-      for (int k = quarter_turns(); k > 0; --k) view.append_S(q);
+      for (int k = quarter_turns(); k > 0; --k) view.append_S(qubit(0));
     } else if (gate.name == "RX") {
       const int count = quarter_turns();
-      view.append_H_XZ(q);
-      for (int k = 0; k < count; ++k) view.append_S(q);
-      view.append_H_XZ(q);
+      if (count == 0) continue;
+      view.append_H_XZ(qubit(0));
+      for (int k = 0; k < count; ++k) view.append_S(qubit(0));
+      view.append_H_XZ(qubit(0));
     }
   }
 }

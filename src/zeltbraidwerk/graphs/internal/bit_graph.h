@@ -35,6 +35,7 @@ class VertexSet {
     return -1;
   }
   bool empty() const { return first() < 0; }
+  int members() const { return weight(words(), count()); }  ///< how many
 
   template <class F>
   void for_each(F&& f) const {

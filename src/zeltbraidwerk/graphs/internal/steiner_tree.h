@@ -150,6 +150,10 @@ std::optional<SteinerTree> join_at_seed(Paths& paths, const Sketches& sketches,
   return best;
 }
 
+/// Graph::steiner_tree without the copy: the tree as it stands in the graph's cache.
+ZELTBRAIDWERK_KERNEL_EXPORT const structures::Graph& cached_tree(structures::Graph& graph,
+                                                                 std::vector<int>& terminals);
+
 /// `size` draws of a vertex, repeats collapsed.
 ZELTBRAIDWERK_KERNEL_EXPORT std::set<int> draw_seed_set(int n, int size, const Draw& draw);
 

@@ -18,6 +18,11 @@ struct Cnot {
 
 ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> to_gates(std::span<const Cnot> cnots);
 
+/// The CNOTs of a fan-in: one for each vertex that is no terminal, and one for each edge.
+inline int fan_in_cnots(int vertices, int terminals) {
+  return 2 * vertices - terminals - 1;
+}
+
 /// The routines of namespace `routines`, which append to `out`. Trees passed by value are consumed.
 ZELTBRAIDWERK_KERNEL_EXPORT void fill_for_fan_in(const BitGraph& tree,
                                                  std::span<const int> terminals,

@@ -26,6 +26,18 @@ inline Columns all_columns(int count) {
   return columns;
 }
 
+/// `list` is ascending.
+template <class Range>
+Columns pack_columns(const Range& list) {
+  Columns columns;
+  for (const int column : list) {
+    const int word = column / word_bits;
+    if (columns.empty() || columns.back().word != word) columns.push_back({word, 0});
+    columns.back().mask |= Word{1} << (column % word_bits);
+  }
+  return columns;
+}
+
 inline int count_columns(ColumnsView columns) {
   int count = 0;
   for (const auto& [word, mask] : columns) count += std::popcount(mask);

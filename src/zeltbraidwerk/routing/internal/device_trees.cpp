@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <stdexcept>
+
+#include "zeltbraidwerk/graphs/internal/tree_routines.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -23,72 +26,50 @@ struct MeasuredPaths {
   }
 };
 
-SteinerTree unpack(const structures::Graph& tree) {
-  SteinerTree result;
-  result.edges = BitGraph(tree);
-  result.vertices = VertexSet(tree.n, tree.vertices);
-  return result;
-}
-
-int size_of(const VertexSet& set) {
-  return weight(set.words(), set.count());
-}
-
 }  // namespace
 
-DeviceTrees::DeviceTrees(structures::Graph& graph)
-    : graph_(graph), had_cache_(!graph.steiner_cache.empty()), neighbours_(graph.n) {
-  if (graph.shortest_paths.size() != at(graph.n)) return;
+DeviceTrees::DeviceTrees(structures::Graph& graph) : graph_(graph), neighbours_(graph.n) {
+  if (graph.shortest_paths.size() != at(graph.n)) {
+    throw std::out_of_range("The table of shortest paths is not filled");
+  }
   for (const auto& row : graph.shortest_paths) {
     for (const auto& path : row) {
       lengths_.push_back(static_cast<int>(path.size()));
       if (path.size() == 2) neighbours_.join(path.front(), path.back());
     }
   }
-  is_connected_ = lengths_.size() == at(graph.n) * at(graph.n) &&
-                  std::find(lengths_.begin(), lengths_.end(), 0) == lengths_.end();
+  const bool is_connected = std::find(lengths_.begin(), lengths_.end(), 0) == lengths_.end();
+  grows_by_words_ = graph.sketch_mode == 0 && is_connected;
 }
 
 SteinerTree DeviceTrees::tree(const std::vector<int>& terminals) {
-  if (had_cache_) {
-    const auto known = graph_.steiner_cache.find(terminals);
-    if (known != graph_.steiner_cache.end()) return unpack(known->second);
-  }
-  if (lengths_.size() != at(graph_.n) * at(graph_.n)) {  // the graph says what is wrong
-    std::vector<int> list = terminals;
-    return unpack(graph_.steiner_tree(list));
-  }
   const MeasuredPaths paths{graph_, lengths_};
   if (graph_.sketch_mode == 0) return grow_steiner_tree(paths, terminals);
   if (graph_.sketches.empty()) graph_.initialize_sketches();
   return join_at_seed(paths, graph_.sketches, terminals).value_or(SteinerTree());
 }
 
-bool DeviceTrees::grows_by_words() const {
-  return graph_.sketch_mode == 0 && !had_cache_ && is_connected_;
-}
-
 /// grow_steiner_tree without its edges. Terminals beside the tree come first in any order: they
 /// add no vertex but themselves, and which vertices join it afterwards depends on its vertices
 /// alone.
 int DeviceTrees::fan_in_cost(const VertexSet& support, int limit) {
-  const int terminals = size_of(support);
-  const auto cost = [&](int vertices) { return 2 * vertices - terminals - 1; };
-  if (terminals == 0 || !grows_by_words()) {
+  const int terminals = support.members();
+  if (terminals == 0 || !grows_by_words_) {
     std::vector<int> list;
     support.for_each([&](int v) { list.push_back(v); });
-    return cost(size_of(tree(list).vertices));
+    return fan_in_cnots(tree(list).vertices.members(), terminals);
   }
   left_ = support;
   tree_ = border_ = VertexSet(size());
   vertices_ = 0;
   enter(support.first());
   take_in_beside();
-  while (!left_.empty() && cost(vertices_ + size_of(left_)) <= limit) {
+  const auto at_least = [&] { return fan_in_cnots(vertices_ + left_.members(), terminals); };
+  while (!left_.empty() && at_least() <= limit) {
     attach_nearest();
     take_in_beside();
   }
-  return cost(vertices_ + size_of(left_));
+  return at_least();
 }
 
 void DeviceTrees::enter(int v) {
@@ -135,10 +116,6 @@ void DeviceTrees::attach_nearest() {
     if (nearest < 0 && lengths[v] == length) nearest = v;
   });
   for (const int v : graph_.shortest_paths[at(nearest)][at(terminal)]) enter(v);
-}
-
-void DeviceTrees::keep(std::vector<int> terminals) {
-  graph_.steiner_tree(terminals);
 }
 
 }  // namespace zelt::braidwerk::internal

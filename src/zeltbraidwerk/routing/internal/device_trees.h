@@ -7,32 +7,31 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The Steiner trees of a device, as Graph::steiner_tree gives them, without a graph for each: a
-/// search looks at many more of them than it takes. A tree that the graph's cache held at the
-/// outset is taken from there; only keep() adds to the cache.
+/// The Steiner trees of a device, as Graph::steiner_tree builds them, without a graph for each and
+/// without the graph's cache: a search looks at many more of them than it takes.
 class ZELTBRAIDWERK_KERNEL_EXPORT DeviceTrees {
  public:
-  /// Reads graph.sketch_mode and graph.shortest_paths. The graph must outlive this.
+  static constexpr bool may_skip = true;
+
+  /// Reads graph.sketch_mode and graph.shortest_paths, and draws graph.sketches where a tree needs
+  /// them. The graph must outlive this. Throws std::out_of_range where the path table is missing.
   explicit DeviceTrees(structures::Graph& graph);
 
   int size() const { return graph_.n; }
   SteinerTree tree(const std::vector<int>& terminals);
-  void keep(std::vector<int> terminals);
 
   /// The CNOTs of a fan-in on the tree of a support: one a vertex that is no terminal, and one an
   /// edge. When they are more than `limit`, any number above it.
   int fan_in_cost(const VertexSet& support, int limit);
 
  private:
-  bool grows_by_words() const;
   void enter(int v);
   void take_in_beside();
   void attach_nearest();
 
   structures::Graph& graph_;
-  bool had_cache_;
-  std::vector<int> lengths_;  ///< of the paths, in vertices; empty when the table is not filled
-  bool is_connected_ = false;
+  std::vector<int> lengths_;  ///< of the paths, in vertices
+  bool grows_by_words_;
   BitGraph neighbours_;  ///< pairs joined by a path of two vertices
 
   // A tree that is growing, its vertices alone.

@@ -8,7 +8,7 @@
 
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
-#include "zeltbraidwerk/routing/internal/device_trees.h"
+#include "zeltbraidwerk/graphs/internal/steiner_tree.h"
 #include "zeltbraidwerk/routing/internal/frame_axes.h"
 #include "zeltbraidwerk/routing/internal/waiting.h"
 
@@ -40,11 +40,12 @@ struct Gadget {
 };
 
 /// Chooses the next rotation and the qubit that it lands on. Axes is FrameAxes, or what reads the
-/// rotations in another way.
-template <class Axes>
+/// rotations in another way. Trees is CachedTrees or DeviceTrees; where Trees::may_skip is set,
+/// rotations and plans that cannot be the cheapest are not looked at.
+template <class Axes, class Trees>
 class GadgetSearch {
  public:
-  GadgetSearch(Waiting& waiting, DeviceTrees& trees, FanInCost objective, const Control& control)
+  GadgetSearch(Waiting& waiting, Trees& trees, FanInCost objective, const Control& control)
       : waiting_(waiting), trees_(trees), objective_(objective), control_(control) {}
 
   /// The cost of the cheapest plan for this block's rotations and the `depth` that follow the
@@ -58,24 +59,26 @@ class GadgetSearch {
     fill_for_fan_in(tree.edges, chosen.support, fill);
     if (depth > 0) axes.apply(fill);
     waiting_.take(block, chosen.row);
+    const int all_cnots =
+        fan_in_cnots(tree.vertices.members(), static_cast<int>(chosen.support.size()));
     int least = chosen.support.empty() ? 0 : bound;
     for (const int root : chosen.support) {
       chosen.fan = fill;
       empty_for_fan_in(tree.edges, root, chosen.fan);
       int cost = cost_of(chosen.fan);
-      if (depth > 0 && (cost < least || objective_ == FanInCost::told_depth)) {
+      if (depth > 0 && (cost < least || !may_skip())) {
         Axes next = axes;
         next.apply(std::span(chosen.fan).subspan(fill.size()));
         cost += best(waiting_.is_empty(block) ? block + 1 : block, std::move(next), depth - 1,
-                     nullptr, objective_ == FanInCost::told_depth ? unbounded : least - cost);
+                     nullptr, may_skip() ? least - cost : unbounded);
       }
       if (cost < least) {
         least = cost;
         chosen.root = root;
         if (plan != nullptr) *plan = chosen;
       }
-      // All roots of a tree take the same number of CNOTs.
-      if (depth < 1 && objective_ == FanInCost::cnots) break;
+      // All roots of a tree that joins its terminals take the same number of CNOTs.
+      if (depth < 1 && objective_ == FanInCost::cnots && cost == all_cnots) break;
     }
     waiting_.give_back(block, chosen.row);
     if (plan != nullptr && chosen.support.empty()) *plan = chosen;
@@ -88,34 +91,55 @@ class GadgetSearch {
  private:
   static constexpr int unbounded = std::numeric_limits<int>::max();
 
-  /// The rotation of the cheapest tree, of equal ones the first. A tree on w terminals costs w - 1
-  /// or more, so that light rows go first and most others need no tree.
+  bool may_skip() const { return Trees::may_skip && objective_ != FanInCost::told_depth; }
+
+  /// The rotation of the cheapest tree; ties: the first.
   std::pair<Gadget, SteinerTree> choose(int block, Axes& axes) {
     stop_requested();
     const std::vector<int> rows = waiting_.rows(block);
     axes.read(rows);
+    std::pair<Gadget, SteinerTree> chosen;
+    Gadget& gadget = chosen.first;
+    gadget.row = Trees::may_skip ? cheapest_of_light(axes, rows) : cheapest(axes, rows);
+    support(axes, gadget.row).for_each([&](int q) { gadget.support.push_back(q); });
+    chosen.second = trees_.tree(gadget.support);
+    gadget.flip = axes.is_negative(gadget.row);
+    for (const int q : gadget.support) {
+      if (axes.has_x(gadget.row, q)) gadget.basis.push_back({q, axes.is_y(gadget.row, q)});
+    }
+    return chosen;
+  }
+
+  int cheapest(const Axes& axes, const std::vector<int>& rows) {
+    int least = unbounded;
+    int chosen = -1;
+    for (const int row : rows) {
+      const int cost = trees_.fan_in_cost(support(axes, row), unbounded);
+      if (cost >= least) continue;
+      least = cost;
+      chosen = row;
+    }
+    return chosen;
+  }
+
+  /// The same row. A tree on w terminals costs w - 1 or more, so that light rows go first and most
+  /// others need no tree.
+  int cheapest_of_light(const Axes& axes, const std::vector<int>& rows) {
     std::vector<std::pair<int, int>> by_weight;  // and row
     for (const int row : rows) {
       by_weight.emplace_back(weight(axes.support(row), words_for(axes.qubits())), row);
     }
     std::sort(by_weight.begin(), by_weight.end());
     int least = unbounded;
-    std::pair<Gadget, SteinerTree> chosen;
-    Gadget& gadget = chosen.first;
+    int chosen = -1;
     for (const auto& [weight, row] : by_weight) {
-      if (gadget.row >= 0 && weight - 1 > least) break;
-      const int limit = gadget.row > row ? least : least - 1;
-      if (gadget.row >= 0 && weight - 1 > limit) continue;
+      if (chosen >= 0 && weight - 1 > least) break;
+      const int limit = chosen > row ? least : least - 1;
+      if (chosen >= 0 && weight - 1 > limit) continue;
       const int cost = trees_.fan_in_cost(support(axes, row), limit);
-      if (gadget.row >= 0 && cost > limit) continue;
+      if (chosen >= 0 && cost > limit) continue;
       least = cost;
-      gadget.row = row;
-    }
-    support(axes, gadget.row).for_each([&](int q) { gadget.support.push_back(q); });
-    chosen.second = trees_.tree(gadget.support);
-    gadget.flip = axes.is_negative(gadget.row);
-    for (const int q : gadget.support) {
-      if (axes.has_x(gadget.row, q)) gadget.basis.push_back({q, axes.is_y(gadget.row, q)});
+      chosen = row;
     }
     return chosen;
   }
@@ -137,17 +161,17 @@ class GadgetSearch {
   }
 
   Waiting& waiting_;
-  DeviceTrees& trees_;
+  Trees& trees_;
   FanInCost objective_;
   const Control& control_;
   bool stopped_ = false;
 };
 
 /// Emits all waiting rotations; `emit` takes each Gadget in turn. False when the control said stop.
-template <class Axes, class Emit>
-bool route_on_device(Axes& axes, Waiting& waiting, DeviceTrees& trees, FanInCost objective,
-                     int depth, const Control& control, Emit&& emit) {
-  GadgetSearch<Axes> search(waiting, trees, objective, control);
+template <class Axes, class Trees, class Emit>
+bool route_on_device(Axes& axes, Waiting& waiting, Trees& trees, FanInCost objective, int depth,
+                     const Control& control, Emit&& emit) {
+  GadgetSearch<Axes, Trees> search(waiting, trees, objective, control);
   for (int b = 0; b < waiting.blocks(); ++b) {
     while (!waiting.is_empty(b)) {
       Gadget gadget;
@@ -156,7 +180,6 @@ bool route_on_device(Axes& axes, Waiting& waiting, DeviceTrees& trees, FanInCost
       if (search.stop_requested()) return false;
       axes.apply(gadget.basis);
       axes.apply(gadget.fan);
-      trees.keep(gadget.support);
       waiting.take(b, gadget.row);
       emit(gadget);
     }

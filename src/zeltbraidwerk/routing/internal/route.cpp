@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/routing/internal/route.h"
 
 #include "zeltbraidwerk/foundations/weyl.h"
+#include "zeltbraidwerk/routing/internal/cached_trees.h"
+#include "zeltbraidwerk/routing/internal/device_trees.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -31,12 +33,14 @@ PauliFrame carried(const RotationRows& rotations, const OperatorTableau& tableau
   return frame;
 }
 
-bool route(const std::vector<Gate>& circuit, structures::Graph& graph,
-           const RoutingOptions& options, std::vector<Gate>& out, OperatorTableau& frame) {
+namespace {
+
+template <class Trees>
+bool route_over(Trees trees, const std::vector<Gate>& circuit, const RoutingOptions& options,
+                std::vector<Gate>& out, OperatorTableau& frame) {
   const NormalForm form = normal_form(circuit, frame, options.commuting_blocks, options.merge);
   FrameAxes axes(carried(form.rotations, frame));
   Waiting waiting(form.first);
-  DeviceTrees trees(graph);
   const bool finished = route_on_device(
       axes, waiting, trees, options.objective, options.depth, options.control,
       [&](const Gadget& gadget) {
@@ -50,6 +54,14 @@ bool route(const std::vector<Gate>& circuit, structures::Graph& graph,
       });
   if (finished) frame.multiply_right(form.clifford);
   return finished;
+}
+
+}  // namespace
+
+bool route(const std::vector<Gate>& circuit, structures::Graph& graph,
+           const RoutingOptions& options, std::vector<Gate>& out, OperatorTableau& frame) {
+  return options.keeps_trees ? route_over(CachedTrees(graph), circuit, options, out, frame)
+                             : route_over(DeviceTrees(graph), circuit, options, out, frame);
 }
 
 }  // namespace zelt::braidwerk::internal

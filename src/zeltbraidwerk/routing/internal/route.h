@@ -13,12 +13,14 @@ struct RoutingOptions {
   bool commuting_blocks = true;
   bool merge = true;
   FanInCost objective = FanInCost::cnots;  ///< on a device
+  bool keeps_trees = false;                ///< in the graph's cache: each tree that is asked for
   Control control;                         ///< deadline and stop, looked at in every search
 };
 
 /// What synthesis::clifford_nnize and clifford_nnize_depth do, by the graph's own sketch_mode.
-/// False when the control said stop: `out` then ends behind some rotation, and `frame` is its
-/// gates'.
+/// Unless `keeps_trees`, the graph's cache is neither read nor written, which is faster, and a
+/// sketched tree with a cycle goes unnoticed where no cheapest plan can lie. False when the control
+/// said stop: `out` then ends behind some rotation, and `frame` is its gates'.
 ZELTBRAIDWERK_KERNEL_EXPORT bool route(const std::vector<structures::Gate>& circuit,
                                        structures::Graph& graph, const RoutingOptions& options,
                                        std::vector<structures::Gate>& out,
