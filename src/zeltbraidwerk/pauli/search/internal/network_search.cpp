@@ -117,8 +117,8 @@ void NetworkSearch::search() {
 }
 
 void NetworkSearch::prove_by_search() {
-  const int least = fewest_network_gates(rotations_.frame, options_, meter_.bound().count,
-                                         kept_.best().count);
+  const int least =
+      fewest_network_gates(rotations_.frame, options_, meter_.bound().count, kept_.best().count);
   meter_.prove({least, layers_to_hold(least, qubits())});
 }
 
