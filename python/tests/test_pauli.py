@@ -677,16 +677,16 @@ def test_energies_of_the_gallery():
 @pytest.mark.parametrize(
     ("call", "text"),
     [
-        (lambda: gallery.low_autocorrelation(-1), "n: got -1, wanted at least 0"),
+        (lambda: gallery.low_autocorrelation(-1), "n: got -1, wanted 0 to"),
         (lambda: gallery.low_autocorrelation("3"), "n: got '3', wanted an integer"),
         (lambda: gallery.maxcut_regular(5, 3), "degree: got 3"),
         (lambda: gallery.maxcut_regular(5, 5), "degree: got 5"),
         (lambda: gallery.heisenberg((2, -1)), "shape: got -1"),
         (lambda: gallery.heisenberg(3, 0), "steps: got 0"),
         (lambda: gallery.heisenberg(3, couplings=(1, 1)), "couplings: got 2 numbers"),
-        (lambda: gallery.heisenberg(3, couplings=1), "couplings: got int"),
-        (lambda: gallery.heisenberg(1.5), "shape: got float"),
-        (lambda: gallery.ising_chain(3, field="x"), "field: got 'x', wanted a number"),
+        (lambda: gallery.heisenberg(3, couplings=1), "couplings: got 1, wanted the three numbers"),
+        (lambda: gallery.heisenberg(1.5), "shape: got 1.5"),
+        (lambda: gallery.ising_chain(3, field="x"), "field: got 'x', wanted a finite number"),
     ],
 )
 def test_bad_arguments_of_the_gallery(call, text):

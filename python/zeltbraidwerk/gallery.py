@@ -7,10 +7,10 @@ cipher's state follow each other, lowest bit first.
 
 from __future__ import annotations
 
-import numbers
+import math
 import random
 import re
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Iterator, Sequence
 from pathlib import Path
 from typing import Any
 
@@ -307,9 +307,8 @@ def low_autocorrelation(
     >>> low_autocorrelation(3)
     [('ZIZ', 2.0), ('XII', 1.0), ('IXI', 1.0), ('IIX', 1.0)]
     """
-    _validate.integer(n, "n", 0)
-    _validate.integer(layers, "layers", 0)
-    angles = 2 * _number(gamma, "gamma"), 2 * _number(beta, "beta")
+    n, layers = _validate.qubit_count(n), _count(layers, "layers")
+    angles = 2 * _validate.angle(gamma, "gamma"), 2 * _validate.angle(beta, "beta")
     terms: dict[frozenset[int], int] = {}
     for k in range(1, n):
         for i in range(n - k):
@@ -330,17 +329,14 @@ def maxcut_regular(n: int, degree: int, seed: int = 1) -> list[str]:
     >>> maxcut_regular(4, 3)
     ['ZZII', 'ZIZI', 'ZIIZ', 'IZZI', 'IZIZ', 'IIZZ', 'XIII', 'IXII', 'IIXI', 'IIIX']
     """
-    _validate.integer(n, "n", 0)
-    _validate.integer(degree, "degree", 0)
-    _validate.integer(seed, "seed", 0)
-    if not 0 <= degree < max(n, 1) or n * degree % 2 != 0:
-        raise errors.OptionError(
-            f"degree: got {degree!r}, wanted 0 to {max(n, 1) - 1}, n times the degree even"
-        )
+    n, rng = _validate.qubit_count(n), _random(seed)
+    degree = _validate.integer(degree, "degree", 0, max(n, 1) - 1)
+    if n * degree % 2 != 0:
+        raise errors.OptionError(f"degree: got {degree} for {n} vertices, wanted an even product")
     steps = [*range(1, degree // 2 + 1), *([n // 2] if degree % 2 else [])]
     ends = [(v, (v + k) % n) for k in steps for v in range(n)]
     edges = sorted({(min(pair), max(pair)) for pair in ends})
-    rng, joined = random.Random(seed), set(edges)
+    joined = set(edges)
     for _ in range(10 * len(edges)):
         one, other = rng.randrange(len(edges)), rng.randrange(len(edges))
         (a, b), (c, d) = edges[one], rng.sample(edges[other], 2)
@@ -368,15 +364,20 @@ def heisenberg(
     >>> heisenberg(3, couplings=(1, 1, 0))
     [('XXI', 2.0), ('YYI', 2.0), ('IXX', 2.0), ('IYY', 2.0)]
     """
-    sides = [_validate.integer(side, "shape", 0) for side in _several(shape, "shape", True)]
-    _validate.integer(steps, "steps", 1)
-    strengths = [_number(each, "couplings") for each in _several(couplings, "couplings")]
+    listed = shape
+    if not isinstance(shape, (int, np.integer)):
+        listed = _validate.items(shape, "shape", "an integer or a list of integers")
+    sides = [_count(side, "shape") for side in (listed if isinstance(listed, list) else [listed])]
+    size = _count(math.prod(sides), "shape")
+    steps = _validate.integer(steps, "steps", 1, _MOST)
+    wanted = "the three numbers of XX, YY and ZZ"
+    strengths = [
+        _finite(each, "couplings") for each in _validate.items(couplings, "couplings", wanted)
+    ]
     if len(strengths) != 3:
-        raise errors.OptionError(
-            f"couplings: got {len(strengths)} numbers, wanted those of XX, YY and ZZ"
-        )
-    turn = 2 * _number(time, "time") / steps
-    sites = np.arange(int(np.prod(sides))).reshape(sides)
+        raise errors.OptionError(f"couplings: got {len(strengths)} numbers, wanted {wanted}")
+    turn = 2 * _finite(time, "time") / steps
+    sites = np.arange(size).reshape(sides)
     edges = [
         (int(a), int(b))
         for axis in range(len(sides))
@@ -403,10 +404,9 @@ def ising_chain(
     >>> ising_chain(2)
     [('ZZ', 2.0), ('XI', 2.0), ('IX', 2.0)]
     """
-    _validate.integer(n, "n", 0)
-    _validate.integer(steps, "steps", 1)
-    turn = 2 * _number(time, "time") / steps
-    pair, single = _number(coupling, "coupling") * turn, _number(field, "field") * turn
+    n, steps = _validate.qubit_count(n), _validate.integer(steps, "steps", 1, _MOST)
+    turn = 2 * _finite(time, "time") / steps
+    pair, single = _finite(coupling, "coupling") * turn, _finite(field, "field") * turn
     pairs = [(_string("Z", (q, q + 1), n), pair) for q in range(n - 1)]
     return steps * (pairs + [(_string("X", [q], n), single) for q in range(n)])
 
@@ -415,17 +415,8 @@ def _string(letter: str, qubits: Sequence[int], n: int) -> str:
     return "".join(letter if q in qubits else "I" for q in range(n))
 
 
-def _number(value: float, name: str) -> float:
-    if isinstance(value, (bool, np.bool_)) or not isinstance(value, numbers.Real):
-        raise errors.DtypeError(f"{name}: got {value!r}, wanted a number")
-    if not np.isfinite(value):
-        raise errors.OptionError(f"{name}: got {value!r}, wanted a finite number")
-    return float(value)
-
-
-def _several(value: Any, name: str, one_will_do: bool = False) -> list[Any]:
-    if one_will_do and isinstance(value, (int, np.integer)):
-        return [value]
-    if isinstance(value, str) or not isinstance(value, Iterable):
-        raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a sequence")
-    return list(value)
+def _finite(value: Any, name: str) -> float:
+    number = _validate.real(value, name, "a finite number")
+    if not math.isfinite(number):
+        raise errors.OptionError(f"{name}: got {number}, wanted a finite number")
+    return number

@@ -34,7 +34,9 @@ def best_over_time(
     """
     _validate.choice(value, "value", ("count", "depth"))
     for result in results:
-        if not hasattr(result, "trace"):
+        if not isinstance(
+            getattr(result, "trace", None), tuple
+        ):  # arrays have a method of the name
             raise errors.DtypeError(
                 f"results: got {_validate.shown(result)}, wanted results of a search"
             )
