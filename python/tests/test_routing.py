@@ -297,3 +297,13 @@ def test_ctrl_c_ends_a_run(ctrl_c):
     with pytest.raises(errors.Interrupted):
         routing.route(LONG, Device.grid(3, 3), depth=9, budget=60)
     assert time.perf_counter() - start < 10
+
+
+def test_closing_ends_with_ctrl_c_and_with_the_budget(ctrl_c):
+    """Without an end of its own; what is closed by then is the answer."""
+    circuit, device = zb.gallery.multiplier(), zb.Device.grid(3, 4)
+    with pytest.raises(errors.Interrupted) as caught:
+        zb.routing.route(circuit, device, steps=2**62)
+    for result in (caught.value.best, zb.routing.route(circuit, device, steps=2**62, budget=0.3)):
+        assert result.tail == CliffordTableau(12)
+        assert result.verify()

@@ -222,7 +222,7 @@ def multiplier() -> Circuit:
     text = (Path(__file__).parent / "data" / "gf16_mult.qasm").read_text(encoding="ascii")
     text = re.sub(r"\bcx (\S+),(\S+);", r"cx \2,\1;", text).replace("ccx", "ccz")
     # A CCZ is taken apart with Hadamards around its Toffoli, which cancel those within.
-    circuit = Circuit.from_qasm(text)
+    circuit = Circuit.from_qasm(text, reader="own")
     return Circuit(circuit.n, [gate for gate in circuit if gate.name != "H"])
 
 
