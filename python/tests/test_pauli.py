@@ -30,7 +30,9 @@ def rotations(draw, most=12, qubits=5, angles=NUMBERS):
 
 
 def briefly(method):
-    return {"steps": 300} if method == "search" else {}
+    """Two runs of a method that makes different ones, few steps of one that searches."""
+    runs = {} if method == "ladder" else {"restarts": 2}
+    return runs | ({"steps": 300} if method == "search" else {})
 
 
 def product(listed):
@@ -44,7 +46,7 @@ def product(listed):
 @given(listed=rotations(), method=st.sampled_from(METHODS), seed=st.integers(0, 9))
 def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
     wanted = product(listed)
-    brief = {"restarts": 2, **briefly(method)}
+    brief = briefly(method)
     result = pauli.synthesize(listed, method=method, seed=seed, **brief)
     assert result.verify()
     assert same_up_to_phase(unitary(result.circuit), wanted)
@@ -66,7 +68,7 @@ def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
 )
 def test_every_way_verifies(listed, seed, order):
     way = {"order": order, "repeated": "merge" if order == "free" else "refuse"}
-    options = {**way, "seed": seed, "restarts": 2}
+    options = {**way, "seed": seed}
     ladder = pauli.synthesize(listed, method="ladder", **way)
     for method in METHODS:
         for way in ({"permutation": "free"}, {"tail": "return"}, {}):
@@ -74,7 +76,7 @@ def test_every_way_verifies(listed, seed, order):
             assert result.verify(), (method, way)
             if "tail" not in way and "permutation" not in way:
                 assert result.clifford == zb.CliffordTableau(result.n)
-    best = pauli.synthesize(listed, steps=300, **options)
+    best = pauli.synthesize(listed, restarts=2, steps=300, **options)
     assert best.verify()
     assert best.count <= ladder.count
     assert ladder.count == sum(
@@ -414,6 +416,11 @@ def two():
             lambda: pauli.synthesize([], repeated="merge"),
             errors.OptionError,
             "repeated: got 'merge', wanted 'refuse'",
+        ),
+        (
+            lambda: pauli.synthesize([], method="ladder", restarts=2),
+            errors.OptionError,
+            "restarts: not an option of method 'ladder'",
         ),
         (lambda: pauli.synthesize([], repeated=1), errors.OptionError, "repeated: got 1"),
         (lambda: pauli.synthesize({}, method=["auto"]), errors.UnknownMethodError, "got \\['auto'"),

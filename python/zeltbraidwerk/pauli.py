@@ -162,15 +162,20 @@ def synthesize(
     _validate.choice(permutation, "permutation", ("exact", "free"))
     _validate.choice(objective, "objective", ("count", "depth"))
     ground = None if device is None else Device.of(device)
-    _validate.method(method, methods(device=ground is not None), ground is not None)
+    on_device = ground is not None
+    _validate.method(method, methods(device=on_device), on_device)
     if repeated == "merge" and order == "commuting":
         raise errors.OptionError("repeated: got 'merge', wanted 'refuse' where the order is kept")
     if permutation == "free" and (tail == "return" or ground is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order, repeated)
     effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    if steps is not None and method not in ("auto", "search"):
-        raise errors.OptionError(f"steps: not an option of method {method!r}")
+    takers = {
+        "steps": ("auto", "search"),
+        # Each run of a ladder would be the same.
+        "restarts": tuple(name for name in methods(device=on_device) if name != "ladder"),
+    }
+    _validate.options_of(method, takers, steps=steps, restarts=restarts)
     site = None if ground is None else Site.of(ground, given.n)
     search = _PauliSearch(given, order, tail, permutation, objective, site, effort, start)
     return search.work(method, progress)
