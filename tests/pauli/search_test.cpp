@@ -307,9 +307,8 @@ PauliRows layers(int n, int terms, int count, bool alike, std::mt19937& rng) {
       layer = support::random_rows(terms, n, rng);
       for (auto& row : layer) {
         for (std::size_t q = 0; q < row.size(); ++q) {
-          row[q] = row[q] % 2 == 0       ? 0
-                   : alike || q % 3 != 0 ? 3
-                                         : static_cast<unsigned char>(k % 3 + 1);
+          const int letter = alike || q % 3 != 0 ? 3 : k % 3 + 1;
+          row[q] = static_cast<unsigned char>(row[q] % 2 == 0 ? 0 : letter);
         }
       }
     }
