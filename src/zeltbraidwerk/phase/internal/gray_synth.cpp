@@ -10,10 +10,18 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 ZELTBRAIDWERK_CLONES
-int best_split(const BitMatrix& parities, const std::set<int>& rows, ColumnsView columns) {
+int best_of_rows(const BitMatrix& parities, const int* rows, std::size_t count,
+                 ColumnsView columns) {
   BestSplit best{count_columns(columns)};
-  for (const int row : rows) best.consider(row, count_ones(columns, parities.row(row)));
+  for (std::size_t k = 0; k < count; ++k) {
+    best.consider(rows[k], count_ones(columns, parities.row(rows[k])));
+  }
   return best.row;
+}
+
+int best_split(const BitMatrix& parities, const std::set<int>& rows, ColumnsView columns) {
+  const std::vector<int> listed(rows.begin(), rows.end());
+  return best_of_rows(parities, listed.data(), listed.size(), columns);
 }
 
 /// Depth-first over pieces of work. The first piece is worked on; none is empty.
