@@ -255,8 +255,8 @@ def synthesize(
     more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
     there is no more than a greedy run, in a millisecond for 16 qubits, or a few on a sparse matrix;
     it is never worse than "pairs". A run ends before its steps where its circuit is proven to be
-    the best. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach`` lets outputs end up so many edges
-    from their places, between "exact" (0) and "free".
+    the best. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
+    lets outputs end up so many edges from their places, between "exact" (0) and "free".
 
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count
