@@ -73,7 +73,7 @@ endfunction()
 # zeltbraidwerk_stim_units(file...): the library's source files that include Stim's headers.
 # Stim needs -fno-strict-aliasing; the kernels would pay for it, so it stays with these units.
 function(zeltbraidwerk_stim_units)
-  set_source_files_properties(${ARGN} TARGET_DIRECTORY zeltbraidwerk
+  set_source_files_properties(${ARGN} TARGET_DIRECTORY zeltbraidwerk_objects
     PROPERTIES COMPILE_OPTIONS -fno-strict-aliasing)
 endfunction()
 

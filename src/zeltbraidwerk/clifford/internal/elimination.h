@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/foundations/operator_tableau.h"
 
@@ -10,7 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// The images of X on qubits 0 to n-1, then those of Z, under the identity; carried through a
 /// circuit, they are its tableau.
-ZELTBRAIDWERK_KERNEL_EXPORT PauliFrame identity_images(int qubits);
+PauliFrame identity_images(int qubits);
 
 /// The same under the operator of a tableau.
 PauliFrame images_under(const structures::OperatorTableau& tableau);
@@ -22,15 +21,15 @@ struct Elimination {
   std::vector<int> wires;
 
   /// Appends what brings every qubit back to its own wire, three CNOTs a swap.
-  ZELTBRAIDWERK_KERNEL_EXPORT void close();
+  void close();
 };
 
 /// Of the images that an operator has. With `in_place`, qubits are gathered on their own wires
 /// where that takes no more CNOTs than a swap. Images of no operator end as well, not eliminated.
-ZELTBRAIDWERK_KERNEL_EXPORT Elimination eliminate_clifford(PauliFrame images, bool in_place);
+Elimination eliminate_clifford(PauliFrame images, bool in_place);
 
 /// The inverse of a circuit of gates that the elimination knows.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> inverted(
+std::vector<structures::Gate> inverted(
     const std::vector<structures::Gate>& gates);
 
 }  // namespace zelt::braidwerk::internal

@@ -4,7 +4,6 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
 
@@ -15,7 +14,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// This is the form in which every linear algorithm computes. Public functions take and return
 /// BoolMatrix: they pack, run the kernel, unpack.
-class ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix {
+class BitMatrix {
  public:
   BitMatrix() = default;
   BitMatrix(int rows, int cols);  ///< all zero; sizes below 1 count as 0
@@ -71,18 +70,18 @@ class ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix {
 };
 
 /// Ones in a, and in a XOR b, over `count` words.
-ZELTBRAIDWERK_KERNEL_EXPORT int weight(const Word* a, int count);
-ZELTBRAIDWERK_KERNEL_EXPORT int weight_of_sum(const Word* a, const Word* b, int count);
+int weight(const Word* a, int count);
+int weight_of_sum(const Word* a, const Word* b, int count);
 
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix product(const BitMatrix& a, const BitMatrix& b);
+BitMatrix product(const BitMatrix& a, const BitMatrix& b);
 
 /// Gauss-Jordan with row additions alone. On a singular matrix what cannot be repaired is left out.
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix inverse(BitMatrix m);
+BitMatrix inverse(BitMatrix m);
 
-ZELTBRAIDWERK_KERNEL_EXPORT bool is_invertible(BitMatrix m);
+bool is_invertible(BitMatrix m);
 
 /// The factorisation of LU(); ends at the first step without a pivot. Returns the steps done.
-ZELTBRAIDWERK_KERNEL_EXPORT int lu_factorise(BitMatrix& m, std::vector<int>& rows,
+int lu_factorise(BitMatrix& m, std::vector<int>& rows,
                                              std::vector<int>& cols);
 
 inline BitMatrix::BitMatrix(int rows, int cols)

@@ -4,7 +4,6 @@
 #include <span>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 
@@ -33,7 +32,7 @@ enum class TwoQubitGate { cnot, cz, swap, xx, xx_inverse };
 /// and costs a few words per 64 rows, whatever the number of qubits.
 ///
 /// Invariant: bits at and beyond rows() are 0 in every plane.
-class ZELTBRAIDWERK_KERNEL_EXPORT PauliFrame {
+class PauliFrame {
  public:
   PauliFrame() = default;
   PauliFrame(int qubits, int rows);  ///< identity strings, all plus

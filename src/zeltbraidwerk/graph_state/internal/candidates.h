@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graph_state/graph_state.h"
 
@@ -24,11 +23,11 @@ struct Candidates {
 
 /// The candidates along a circuit that starts at `graph`, on as many qubits. `target` holds a bit a
 /// qubit.
-ZELTBRAIDWERK_KERNEL_EXPORT Candidates find_candidates(const TripleCircuit& circuit,
+Candidates find_candidates(const TripleCircuit& circuit,
                                                        BitMatrix graph, const Word* target);
 
 /// Inserts the groups of the chosen candidates, ascending, for the new qubit.
-ZELTBRAIDWERK_KERNEL_EXPORT void insert_groups(TripleCircuit& circuit,
+void insert_groups(TripleCircuit& circuit,
                                                const std::vector<int>& chosen,
                                                const std::vector<int>& positions,
                                                const std::vector<int>& qubits,

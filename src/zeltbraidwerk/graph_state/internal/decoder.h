@@ -3,7 +3,6 @@
 #include <optional>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
@@ -14,11 +13,11 @@ namespace zelt::braidwerk::internal {
 /// vectors in ascending order, none twice.
 
 /// By nearest vectors. Nothing where the way never ends.
-ZELTBRAIDWERK_KERNEL_EXPORT std::optional<std::vector<int>> decode_greedily(BitMatrix problem);
+std::optional<std::vector<int>> decode_greedily(BitMatrix problem);
 
 /// The shortest answer of decode_greedily on the problem itself and on `tries` random forms of it;
 /// empty when none has one. Ends early when no answer can be shorter, or when the control says so.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<int> decode(const BitMatrix& problem, int tries,
+std::vector<int> decode(const BitMatrix& problem, int tries,
                                                     const Draw& draw, const Control& control);
 
 }  // namespace zelt::braidwerk::internal

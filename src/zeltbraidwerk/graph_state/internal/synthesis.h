@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
@@ -10,7 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// Appends a circuit that solves the graph. When the control ends it, the rest goes without
 /// restarts: the circuit solves the graph all the same.
-ZELTBRAIDWERK_KERNEL_EXPORT void synthesise_graph_state(const BitMatrix& graph,
+void synthesise_graph_state(const BitMatrix& graph,
                                                         TripleCircuit& circuit, int tries,
                                                         const Draw& draw, const Control& control);
 

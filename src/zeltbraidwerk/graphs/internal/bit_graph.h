@@ -3,7 +3,6 @@
 #include <bit>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/graph.h"
 
@@ -58,7 +57,7 @@ class VertexSet {
 };
 
 /// The edges of an undirected graph, one packed row of neighbours a vertex. Symmetric.
-class ZELTBRAIDWERK_KERNEL_EXPORT BitGraph {
+class BitGraph {
  public:
   BitGraph() = default;
   explicit BitGraph(int n) : rows_(n, n) {}
@@ -145,13 +144,13 @@ inline bool BitGraph::is_leaf(int v) const {
 }
 
 /// Whether the members, with the edges among them, hang together. False for no members.
-ZELTBRAIDWERK_KERNEL_EXPORT bool is_connected(const BitGraph& graph, const VertexSet& members);
+bool is_connected(const BitGraph& graph, const VertexSet& members);
 
 /// Throws std::invalid_argument unless the graph is a connected one of n vertices.
-ZELTBRAIDWERK_KERNEL_EXPORT void require_connected(const BitGraph& graph, int n);
+void require_connected(const BitGraph& graph, int n);
 
 /// The members without which the others are connected: by cut vertices where all of them are
 /// connected, O(n + edges). None for a single member.
-ZELTBRAIDWERK_KERNEL_EXPORT VertexSet non_cutting(const BitGraph& graph, const VertexSet& members);
+VertexSet non_cutting(const BitGraph& graph, const VertexSet& members);
 
 }  // namespace zelt::braidwerk::internal

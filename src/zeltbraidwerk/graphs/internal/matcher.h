@@ -4,7 +4,6 @@
 #include <tuple>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -14,7 +13,7 @@ namespace zelt::braidwerk::internal {
 /// Which of several best matchings comes out, and in which order, follows from the order of the
 /// edges: (0, 0), (0, 1), ... (0, n-1), (1, 1), ... Edges that cannot be of use stay in for the
 /// same reason.
-class ZELTBRAIDWERK_KERNEL_EXPORT Matcher {
+class Matcher {
  public:
   explicit Matcher(int size);
   ~Matcher();

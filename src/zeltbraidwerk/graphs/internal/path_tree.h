@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 namespace zelt::braidwerk::internal {
@@ -23,16 +22,16 @@ struct PathTree {
 };
 
 /// Breadth-first search that takes neighbours in descending order.
-ZELTBRAIDWERK_KERNEL_EXPORT void search_tree(const BitGraph& graph, int root, PathTree& tree);
+void search_tree(const BitGraph& graph, int root, PathTree& tree);
 
 /// The tree of repeated sweeps: for v ascending and its neighbours w ascending, v takes w as its
 /// parent when that brings it strictly nearer to the root.
-ZELTBRAIDWERK_KERNEL_EXPORT void sweep_tree(const BitGraph& graph, int root, PathTree& tree);
+void sweep_tree(const BitGraph& graph, int root, PathTree& tree);
 
 /// The path table of a graph whose vertices drop out one after the other, each tree computed when
 /// it is first looked at. While the graph is whole, paths are branches of search_tree at their
 /// source; afterwards, of sweep_tree at their target.
-class ZELTBRAIDWERK_KERNEL_EXPORT ShrinkingPaths {
+class ShrinkingPaths {
  public:
   explicit ShrinkingPaths(BitGraph graph);
 

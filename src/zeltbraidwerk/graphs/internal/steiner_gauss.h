@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/foundations/table.h"
 #include "zeltbraidwerk/graphs/internal/tree_routines.h"
@@ -11,7 +10,7 @@ namespace zelt::braidwerk::internal {
 
 /// See synthesis::steiner_gauss_ham_path. The draws are those of the sketches, and are made only
 /// where graph.sketch_mode is not 0.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<Cnot> steiner_gauss_ham_path(const structures::Table& table,
+std::vector<Cnot> steiner_gauss_ham_path(const structures::Table& table,
                                                                      const structures::Graph& graph,
                                                                      const std::vector<int>& path,
                                                                      const Draw& draw);

@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
@@ -151,13 +150,13 @@ std::optional<SteinerTree> join_at_seed(Paths& paths, const Sketches& sketches,
 }
 
 /// Graph::steiner_tree without the copy: the tree as it stands in the graph's cache.
-ZELTBRAIDWERK_KERNEL_EXPORT const structures::Graph& cached_tree(structures::Graph& graph,
+const structures::Graph& cached_tree(structures::Graph& graph,
                                                                  std::vector<int>& terminals);
 
 /// `size` draws of a vertex, repeats collapsed.
-ZELTBRAIDWERK_KERNEL_EXPORT std::set<int> draw_seed_set(int n, int size, const Draw& draw);
+std::set<int> draw_seed_set(int n, int size, const Draw& draw);
 
 /// Seed sets of 1, 2, 4, ... draws, as many as the floor of log2(n).
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<std::set<int>> draw_seed_sets(int n, const Draw& draw);
+std::vector<std::set<int>> draw_seed_sets(int n, const Draw& draw);
 
 }  // namespace zelt::braidwerk::internal

@@ -3,7 +3,6 @@
 #include <span>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
@@ -16,7 +15,7 @@ struct Cnot {
   bool operator==(const Cnot&) const = default;
 };
 
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> to_gates(std::span<const Cnot> cnots);
+std::vector<structures::Gate> to_gates(std::span<const Cnot> cnots);
 
 /// The CNOTs of a fan-in: one for each vertex that is no terminal, and one for each edge.
 inline int fan_in_cnots(int vertices, int terminals) {
@@ -24,12 +23,12 @@ inline int fan_in_cnots(int vertices, int terminals) {
 }
 
 /// The routines of namespace `routines`, which append to `out`. Trees passed by value are consumed.
-ZELTBRAIDWERK_KERNEL_EXPORT void fill_for_fan_in(const BitGraph& tree,
+void fill_for_fan_in(const BitGraph& tree,
                                                  std::span<const int> terminals,
                                                  std::vector<Cnot>& out);
-ZELTBRAIDWERK_KERNEL_EXPORT void empty_for_fan_in(BitGraph tree, int root, std::vector<Cnot>& out);
-ZELTBRAIDWERK_KERNEL_EXPORT void fill_tree(const BitGraph& tree, std::span<const int> targets,
+void empty_for_fan_in(BitGraph tree, int root, std::vector<Cnot>& out);
+void fill_tree(const BitGraph& tree, std::span<const int> targets,
                                            int root, bool root_is_set, std::vector<Cnot>& out);
-ZELTBRAIDWERK_KERNEL_EXPORT void empty_tree(BitGraph tree, int root, std::vector<Cnot>& out);
+void empty_tree(BitGraph tree, int root, std::vector<Cnot>& out);
 
 }  // namespace zelt::braidwerk::internal

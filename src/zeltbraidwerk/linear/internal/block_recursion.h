@@ -14,7 +14,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// Rows move, and their labels with them: labels[i] is the qubit on which row i of the matrix in
 /// work stands. Gates are emitted on labels, so those of a diagonal block fit into the whole.
-class ZELTBRAIDWERK_KERNEL_EXPORT BlockRecursion {
+class BlockRecursion {
  public:
   using Gates = std::vector<std::tuple<int, int>>;
 
@@ -48,11 +48,11 @@ class ZELTBRAIDWERK_KERNEL_EXPORT BlockRecursion {
 
 /// Swaps rows of m, and their labels, until its leading blocks up to half its size are invertible.
 /// Ends early on a singular matrix without such an order.
-ZELTBRAIDWERK_KERNEL_EXPORT void make_leading_blocks_invertible(BitMatrix& m, int* labels);
+void make_leading_blocks_invertible(BitMatrix& m, int* labels);
 
 /// Appends the swaps that carry out the permutation: row i of their matrix has its one in column
 /// perm[i]. A cycle of any length costs at most two layers of swaps.
-ZELTBRAIDWERK_KERNEL_EXPORT void add_permutation(int n, const int* perm,
+void add_permutation(int n, const int* perm,
                                                  BlockRecursion::Gates& gates);
 
 }  // namespace zelt::braidwerk::internal

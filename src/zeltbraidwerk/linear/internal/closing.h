@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
@@ -11,13 +10,13 @@ namespace zelt::braidwerk::internal {
 /// wires.
 
 /// Appends swaps of three CNOTs, in at most two layers of swaps.
-ZELTBRAIDWERK_KERNEL_EXPORT structures::CnotCircuit close_by_swaps(FreeCircuit found);
+structures::CnotCircuit close_by_swaps(FreeCircuit found);
 
 /// Lets gates swap on their way: CNOT(a, b) and a swap of its wires are two CNOTs, so a gate whose
 /// wires lie in one cycle of the permutation takes a swap on for one CNOT more. Which gates do is
 /// found by local search; what none takes on is swapped at the end. Shorter than close_by_swaps,
 /// and often deeper. Cost O(n) passes over the gates.
-ZELTBRAIDWERK_KERNEL_EXPORT structures::CnotCircuit close_within_gates(const FreeCircuit& found,
+structures::CnotCircuit close_within_gates(const FreeCircuit& found,
                                                                        const Draw& draw);
 
 }  // namespace zelt::braidwerk::internal

@@ -3,7 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 
@@ -14,7 +13,7 @@ namespace zelt::braidwerk::internal {
 /// facing than on the matrix itself.
 enum class Facing { plain, inverse, transpose, inverse_transpose };
 
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix face(const BitMatrix& m, Facing facing);
+BitMatrix face(const BitMatrix& m, Facing facing);
 
 /// Other names for the outputs and inputs of a map: output r takes the place of output rows[r],
 /// input c that of input cols[c]. Every method breaks its ties by place, so other names give other
@@ -24,12 +23,12 @@ struct Renaming {
   std::vector<int> cols;
 
   /// Entry (r, c) of the result is entry (rows[r], cols[c]) of m.
-  ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix operator()(const BitMatrix& m) const;
+  BitMatrix operator()(const BitMatrix& m) const;
 };
 
 /// A circuit that implements a map with its outputs on other wires: row perm[r] of its matrix is
 /// row r of the map.
-struct ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit {
+struct FreeCircuit {
   structures::CnotCircuit circuit;
   std::vector<int> perm;
 

@@ -15,7 +15,7 @@ struct FactorDecoding {
 
 /// CNOT circuit of a matrix from its LU factors, each row of a factor found by syndrome decoding.
 /// perm[r] is set to the wire that row r is matched to.
-ZELTBRAIDWERK_KERNEL_EXPORT FactorDecoding decode_factors(BitMatrix m, std::vector<int>& perm,
+FactorDecoding decode_factors(BitMatrix m, std::vector<int>& perm,
                                                           int width, int depth,
                                                           const Control& control);
 

@@ -36,7 +36,7 @@ struct GreedyResult {
 ///
 /// The search can run in circles, so control.max_operations must stay finite; it counts anew in
 /// every escape. Progress is reported once an addition, but not from within an escape.
-ZELTBRAIDWERK_KERNEL_EXPORT GreedyResult greedy_synthesis(const BitMatrix& a,
+GreedyResult greedy_synthesis(const BitMatrix& a,
                                                           std::vector<int>& perm,
                                                           const GreedyOptions& options,
                                                           const Draw& draw, const Control& control);

@@ -6,6 +6,6 @@ namespace zelt::braidwerk::internal {
 
 /// The matrix turned by half a circle: rows and columns both in reverse order. Upper triangular
 /// becomes lower triangular, so what works below the diagonal serves above it too.
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix mirrored(const BitMatrix& m);
+BitMatrix mirrored(const BitMatrix& m);
 
 }  // namespace zelt::braidwerk::internal

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
@@ -24,7 +23,7 @@ struct RowColumnOptions {
   bool free = false;
   int slack = 0;
 };
-ZELTBRAIDWERK_KERNEL_EXPORT bool row_column_synthesis(const BitMatrix& m, const BitGraph& graph,
+bool row_column_synthesis(const BitMatrix& m, const BitGraph& graph,
                                                       const RowColumnOptions& options,
                                                       const Draw& draw, const Control& control,
                                                       FreeCircuit& found);

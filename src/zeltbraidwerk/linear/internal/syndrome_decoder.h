@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 
@@ -51,7 +50,7 @@ struct DecodingQueue {
 /// Finds a short list of parities whose sum is the syndrome, by beam search: from each state the
 /// `width` children of lowest weight go on, of equal weight those whose residual comes first, place
 /// by place with 0 before 1.
-class ZELTBRAIDWERK_KERNEL_EXPORT SyndromeDecoder {
+class SyndromeDecoder {
  public:
   enum class Outcome { open, solved, stopped };
 

@@ -3,7 +3,6 @@
 #include <functional>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 
@@ -23,6 +22,6 @@ Colouring colour_by_degree(int n, const Neighbours& neighbours);
 Colouring colour_by_degree_left(const BitMatrix& graph);
 
 /// The rows of a frame in groups that commute pairwise: colour_by_degree.
-ZELTBRAIDWERK_KERNEL_EXPORT Colouring commuting_groups(const PauliFrame& frame);
+Colouring commuting_groups(const PauliFrame& frame);
 
 }  // namespace zelt::braidwerk::internal

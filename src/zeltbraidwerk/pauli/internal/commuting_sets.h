@@ -2,18 +2,17 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 
 namespace zelt::braidwerk::internal {
 
 /// The circuit of commute_pauli_synth.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_sets(
+std::vector<structures::Gate> synthesise_sets(
     const Rotations& rotations, int method, const Draw& draw);
 
 /// The circuit of commute_pauli_synth_improved, with its demands on the angles.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_open_sets(Rotations rotations,
+std::vector<structures::Gate> synthesise_open_sets(Rotations rotations,
                                                                                int method,
                                                                                const Draw& draw);
 

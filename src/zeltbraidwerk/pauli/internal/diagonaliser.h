@@ -3,7 +3,6 @@
 #include <set>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/graphs/graph.h"
 
@@ -31,7 +30,7 @@ class Diagonaliser {
 };
 
 /// All of it: returns the circuit, and leaves the frame diagonal if its rows commute.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> diagonalise(
+std::vector<structures::Gate> diagonalise(
     PauliFrame& frame, structures::Graph* graph = nullptr);
 
 }  // namespace zelt::braidwerk::internal

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 
@@ -18,11 +17,11 @@ struct GraphForm {
 GraphForm graph_form_of(const PauliFrame& frame);
 
 /// Rewrites the frame by the circuit returned. On a throw it is as it was.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> diagonalise_by_graph_state(
+std::vector<structures::Gate> diagonalise_by_graph_state(
     PauliFrame& frame, int method, const Draw& draw);
 
 /// By the method given, greedily where a graph-state method fails.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> change_basis(PauliFrame& frame,
+std::vector<structures::Gate> change_basis(PauliFrame& frame,
                                                                        int method, int& failures,
                                                                        const Draw& draw);
 

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 
 namespace zelt::braidwerk::internal {
@@ -14,8 +13,8 @@ namespace zelt::braidwerk::internal {
 /// qubits; the row there keeps its one letter or loses one of two, or else no lead grew; and the
 /// longer lead grows only by a row that loses one of two letters. So with each pass, of moves on
 /// disjoint qubits, the sorted list of weights falls in lexicographic order.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_greedily(Rotations rotations);
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_in_matchings(
+std::vector<structures::Gate> synthesise_greedily(Rotations rotations);
+std::vector<structures::Gate> synthesise_in_matchings(
     Rotations rotations);
 
 }  // namespace zelt::braidwerk::internal

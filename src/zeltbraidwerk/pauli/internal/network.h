@@ -3,7 +3,6 @@
 #include <functional>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 
@@ -18,20 +17,20 @@ using Synthesis = std::function<std::vector<structures::Gate>(Rotations)>;
 
 /// Each rotation alone: its letters turned into Z, a ladder of CNOTs to the last of them and back.
 /// Keeps the order of the rows; 2 (weight - 1) CNOTs a row, and no Clifford operator that stays.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_ladders(
+std::vector<structures::Gate> synthesise_ladders(
     const Rotations& rotations);
 
 /// Commuting sets on a device: every CNOT on an edge of the graph, whose shortest paths are set.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_open_sets_on_graph(
+std::vector<structures::Gate> synthesise_open_sets_on_graph(
     Rotations rotations, structures::Graph& graph);
 
 /// Rows in layers, each behind the last one that holds an earlier row with which it does not
 /// commute. So the rows of a layer commute, and the layers one after the other are the product of
 /// the rows in their order. O(rows^2 * qubits / 64).
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<std::vector<int>> layers_in_order(const PauliFrame& frame);
+std::vector<std::vector<int>> layers_in_order(const PauliFrame& frame);
 
 /// The product of the rows in their order, each layer by the synthesis.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<structures::Gate> synthesise_in_order(
+std::vector<structures::Gate> synthesise_in_order(
     Rotations rotations, const Synthesis& synthesis);
 
 }  // namespace zelt::braidwerk::internal

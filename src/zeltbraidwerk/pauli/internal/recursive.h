@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/phase/internal/columns.h"
 
@@ -12,7 +11,7 @@ using RowSet = Columns;  ///< rows of a frame: columns of its planes
 
 /// Recursive synthesis of the rows of a frame; see pauli_synth. `done` is a plane of the rows that
 /// were emitted. A row that is done is still carried along, and counted within its group.
-class ZELTBRAIDWERK_KERNEL_EXPORT RecursiveSynthesis {
+class RecursiveSynthesis {
  public:
   PauliFrame& frame;
   const std::vector<structures::Parameter>& params;

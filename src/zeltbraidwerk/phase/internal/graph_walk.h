@@ -3,7 +3,6 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/phase/internal/columns.h"
@@ -14,7 +13,7 @@ namespace zelt::braidwerk::internal {
 /// The two mutually recursive steps of gray_synth_on_graph over one parity table. The steps leave
 /// in `columns` what the exported step functions leave in their sets. Calls nest at most twice as
 /// deep as there are rows.
-class ZELTBRAIDWERK_KERNEL_EXPORT GraphWalk {
+class GraphWalk {
  public:
   GraphWalk(const structures::Graph& graph, BitMatrix parities);
 

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/phase/internal/phase_circuit.h"
 
@@ -24,6 +23,6 @@ struct BestSplit {
 };
 
 /// See gray_synth. `parities` has no zero column.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<PhaseStep> gray_synth(BitMatrix parities);
+std::vector<PhaseStep> gray_synth(BitMatrix parities);
 
 }  // namespace zelt::braidwerk::internal

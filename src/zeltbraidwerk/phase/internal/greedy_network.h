@@ -3,7 +3,6 @@
 #include <optional>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
@@ -19,7 +18,7 @@ struct GreedyNetworkOptions {
 /// A phase circuit that always works on one of the lightest parities left: of the CNOTs that take a
 /// wire out of it, the one that helps all parities most, less what it adds to the linear map that
 /// is left behind. Equal ones are drawn. `parities` has no zero column. Nothing when stopped.
-ZELTBRAIDWERK_KERNEL_EXPORT std::optional<std::vector<PhaseStep>> greedy_network(
+std::optional<std::vector<PhaseStep>> greedy_network(
     BitMatrix parities, const GreedyNetworkOptions& options, const Draw& draw,
     const Control& control);
 

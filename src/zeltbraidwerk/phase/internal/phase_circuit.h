@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/phase/phase_polynomial.h"
@@ -23,13 +22,13 @@ struct PhaseStep {
 /// The parity table of a polynomial on n qubits: entry (r, c) says that the parity of term c holds
 /// wire r. Throws std::invalid_argument for a key of another length, and for the zero parity, which
 /// is a global phase that no wire ever carries.
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix pack_parities(const PhasePolynomial& poly, int n);
+BitMatrix pack_parities(const PhasePolynomial& poly, int n);
 
 /// The linear map on n wires of the steps' CNOTs.
-ZELTBRAIDWERK_KERNEL_EXPORT BitMatrix linear_map(const std::vector<PhaseStep>& steps, int n);
+BitMatrix linear_map(const std::vector<PhaseStep>& steps, int n);
 
 /// The steps as gates; params[c] is the angle of term c.
-ZELTBRAIDWERK_KERNEL_EXPORT void append_gates(
+void append_gates(
     const std::vector<PhaseStep>& steps, const std::vector<const structures::Parameter*>& params,
     std::vector<structures::Gate>& circuit);
 

@@ -2,14 +2,13 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/steiner_tree.h"
 
 namespace zelt::braidwerk::internal {
 
 /// The Steiner trees of a device, as Graph::steiner_tree builds them, without a graph for each and
 /// without the graph's cache: a search looks at many more of them than it takes.
-class ZELTBRAIDWERK_KERNEL_EXPORT DeviceTrees {
+class DeviceTrees {
  public:
   static constexpr bool may_skip = true;
 

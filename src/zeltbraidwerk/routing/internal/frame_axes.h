@@ -3,7 +3,6 @@
 #include <span>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/graphs/internal/tree_routines.h"
@@ -18,7 +17,7 @@ struct BasisChange {
 
 /// The axes of the waiting rotations, kept as they stand behind the gates emitted: each gate
 /// rewrites all of them. Copying copies words.
-class ZELTBRAIDWERK_KERNEL_EXPORT FrameAxes {
+class FrameAxes {
  public:
   explicit FrameAxes(PauliFrame frame) : frame_(std::move(frame)) {}
 

@@ -4,7 +4,6 @@
 #include <string_view>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/foundations/operator_tableau.h"
 #include "zeltbraidwerk/routing/normal_form.h"
@@ -13,7 +12,7 @@ namespace zelt::braidwerk::internal {
 
 /// Rotations in time order, packed by rows: the X bits of a string, then its Z bits. Signs are in
 /// the angles.
-struct ZELTBRAIDWERK_KERNEL_EXPORT RotationRows {
+struct RotationRows {
   int qubits = 0;
   int half = 0;  ///< words of X bits, and of Z bits
   std::vector<Word> words;
@@ -63,10 +62,10 @@ struct NormalForm {
 };
 
 /// What the functions of the same purpose in namespace `synthesis` do.
-ZELTBRAIDWERK_KERNEL_EXPORT void merge_rotations(RotationRows& rotations);
-ZELTBRAIDWERK_KERNEL_EXPORT bool fold_cliffords(RotationRows& rotations,
+void merge_rotations(RotationRows& rotations);
+bool fold_cliffords(RotationRows& rotations,
                                                 structures::OperatorTableau& tableau);
-ZELTBRAIDWERK_KERNEL_EXPORT NormalForm normal_form(const std::vector<structures::Gate>& circuit,
+NormalForm normal_form(const std::vector<structures::Gate>& circuit,
                                                    const structures::OperatorTableau& start,
                                                    bool commuting_blocks, bool merge);
 

@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -150,7 +149,7 @@ class Walk {
 };
 
 /// Layers of the gates, each put into the first layer that is free on its wires.
-ZELTBRAIDWERK_KERNEL_EXPORT int depth_of(const std::vector<Gate>& gates, int wires);
+int depth_of(const std::vector<Gate>& gates, int wires);
 
 /// `steps` steps from `best`, or fewer when the effort ends; afterwards `best` is the shortest list
 /// seen. Now and then look(list, shorter) is asked whether a list that is no longer than the best

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -98,7 +97,7 @@ enum class Gathering {
 };
 
 /// Finds windows around gates of a list. Holds a table of the wires, so one a thread.
-class ZELTBRAIDWERK_KERNEL_EXPORT WindowFinder {
+class WindowFinder {
  public:
   explicit WindowFinder(int wires) : place_(static_cast<std::size_t>(wires), none) {}
 

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -16,15 +15,15 @@ struct CliffordCircuit {
 };
 
 /// A list of gates and its last one-qubit gates as a circuit, whatever signs it has.
-ZELTBRAIDWERK_KERNEL_EXPORT CliffordCircuit emitted(const GateList& list);
+CliffordCircuit emitted(const GateList& list);
 
 /// A list of gates and its last one-qubit gates as a circuit, signs those of the images of X, then
 /// of Z, that the operator has. At most one one-qubit gate on either wire before a CNOT.
-ZELTBRAIDWERK_KERNEL_EXPORT CliffordCircuit to_circuit(const GateList& list,
+CliffordCircuit to_circuit(const GateList& list,
                                                        const PauliFrame& images);
 
 /// The way back, signs left out, from CNOTs and gates on one wire.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList to_list(const std::vector<structures::Gate>& circuit,
+GateList to_list(const std::vector<structures::Gate>& circuit,
                                              int wires);
 
 }  // namespace zelt::braidwerk::internal

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -8,7 +7,7 @@ namespace zelt::braidwerk::internal {
 
 /// Brings every output of a list back to its own wire. Blocks on `window` wires take in exchanges
 /// of outputs, mostly for one gate or two each; three gates an exchange where no block does.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList with_outputs_in_place(const GateList& list, int window,
+GateList with_outputs_in_place(const GateList& list, int window,
                                                            Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

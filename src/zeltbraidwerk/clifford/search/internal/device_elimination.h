@@ -5,7 +5,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -14,7 +13,7 @@ namespace zelt::braidwerk::internal {
 /// An operator brought down to one-qubit gates by gates on the edges of a connected graph, wire by
 /// wire: a problem of a beam. A wire is cleared along Steiner trees, through rows of one side or
 /// the other, when the wires that are left hang together without it.
-class ZELTBRAIDWERK_KERNEL_EXPORT DeviceElimination {
+class DeviceElimination {
  public:
   struct State {
     OperatorRows rows;

@@ -2,7 +2,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -14,7 +13,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// On n qubits the layers are about n / 2 before the map and as many behind it, and those of the
 /// map, which is searched by depth with this effort. More gates than by a reduction.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng,
+GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng,
                                                   const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

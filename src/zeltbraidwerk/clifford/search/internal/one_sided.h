@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/light_rows.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -22,7 +21,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// A step takes time n for the gate made, and (w / 3)^2 for those tried where the lightest has
 /// weight w.
-class ZELTBRAIDWERK_KERNEL_EXPORT OneSidedReduction {
+class OneSidedReduction {
  public:
   class State {
     friend class OneSidedReduction;

@@ -2,7 +2,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -22,7 +21,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// On a device, with outputs in place, what a label has on a wire came from as many edges away as
 /// it is far.
-ZELTBRAIDWERK_KERNEL_EXPORT LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs,
+LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs,
                                                          const BitGraph* device);
 
 }  // namespace zelt::braidwerk::internal

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
@@ -20,7 +19,7 @@ class OperatorRows {
  public:
   OperatorRows() = default;
   /// Of the images of X, then of Z, on all qubits.
-  ZELTBRAIDWERK_KERNEL_EXPORT explicit OperatorRows(const PauliFrame& images);
+  explicit OperatorRows(const PauliFrame& images);
 
   int wires() const { return wires_; }
   int words() const { return words_; }  ///< a plane
@@ -38,9 +37,9 @@ class OperatorRows {
   int weight() const { return total_; }                   ///< of all wires of a side
   bool is_local() const { return total_ == 3 * wires_; }  ///< nothing but one-qubit gates is left
 
-  ZELTBRAIDWERK_KERNEL_EXPORT void multiply(int side, const Gate& gate);
+  void multiply(int side, const Gate& gate);
   /// Blind to one-qubit gates behind the operator and to the order of its outputs.
-  ZELTBRAIDWERK_KERNEL_EXPORT std::uint64_t hash() const;
+  std::uint64_t hash() const;
 
  private:
   std::size_t number(int side, int wire, int label) const {

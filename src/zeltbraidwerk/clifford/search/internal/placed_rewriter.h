@@ -73,7 +73,7 @@ WindowRows append_reordered_circuit(const PlacedTable<wires>& table, WindowRows 
 /// place, or longer ones uphill. The one-qubit gates that a block leaves go behind the gates.
 ///
 /// On a device, by circuits on its edges alone; with free outputs the last windows may move theirs.
-class ZELTBRAIDWERK_KERNEL_EXPORT PlacedRewriter {
+class PlacedRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
   static constexpr bool judges = false;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
-#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -19,7 +18,7 @@ class Planes {
   static constexpr int operators = 1 << (2 * wires);
   static constexpr int count = (operators - 1) * (operators / 2) / 6;
 
-  static ZELTBRAIDWERK_KERNEL_EXPORT const Planes& shared();
+  static const Planes& shared();
 
   int number(unsigned x, unsigned z) const { return number_[x][z]; }
   unsigned rest(int plane, unsigned pauli) const {
@@ -44,9 +43,9 @@ class PlacedTable {
   static constexpr unsigned moves = moves_on(wires);
   static constexpr std::uint64_t all_moves = (std::uint64_t{1} << moves) - 1;
 
-  explicit ZELTBRAIDWERK_KERNEL_EXPORT PlacedTable(std::uint64_t allowed);
+  explicit PlacedTable(std::uint64_t allowed);
   /// The one with all gates, built when it is asked for first.
-  static ZELTBRAIDWERK_KERNEL_EXPORT const PlacedTable& shared();
+  static const PlacedTable& shared();
 
   /// The distance modulo 3, or 3 out of reach.
   unsigned residue(WindowRows rows) const {
@@ -54,7 +53,7 @@ class PlacedTable {
     return residues_[k / 4] >> (2 * (k % 4)) & 3U;
   }
   /// -1 out of reach. Goes all the way down.
-  ZELTBRAIDWERK_KERNEL_EXPORT int distance(WindowRows rows) const;
+  int distance(WindowRows rows) const;
   bool allows(unsigned move) const { return (allowed_ >> move & 1) != 0; }
 
  private:
@@ -83,8 +82,8 @@ class PlacedTable {
   std::vector<std::uint8_t> residues_;  ///< four a byte
 };
 
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT PlacedTable<2>;
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT PlacedTable<3>;
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT PlacedTable<4>;
+extern template class PlacedTable<2>;
+extern template class PlacedTable<3>;
+extern template class PlacedTable<4>;
 
 }  // namespace zelt::braidwerk::internal

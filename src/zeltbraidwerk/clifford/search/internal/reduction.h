@@ -5,7 +5,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/cost.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -16,7 +15,7 @@ namespace zelt::braidwerk::internal {
 /// What a gate does to the rows of its own two wires is priced exactly. On the other side it
 /// changes two letters in many rows; there every letter has the mean of what one more and one less
 /// would cost, which is a sum over the bits of the same rows.
-class ZELTBRAIDWERK_KERNEL_EXPORT OperatorReduction {
+class OperatorReduction {
  public:
   struct State {
     OperatorRows rows;
@@ -68,7 +67,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT OperatorReduction {
 };
 
 /// The circuit of an operator of which the moves have left one-qubit gates and a renaming.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList circuit_of(const OperatorRows& left,
+GateList circuit_of(const OperatorRows& left,
                                                 const std::vector<OperatorReduction::Move>& moves);
 
 }  // namespace zelt::braidwerk::internal

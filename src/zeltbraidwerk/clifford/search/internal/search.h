@@ -4,7 +4,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -25,7 +24,7 @@ struct CliffordResult {
 };
 
 /// Whether these can be the images of X, then of Z, on all qubits under an operator.
-ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images);
+bool are_images_of_operator(const PauliFrame& images);
 
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
 /// included. One greedy run whatever the effort, above 256 qubits a plain elimination; then wider
@@ -36,7 +35,7 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool are_images_of_operator(const PauliFrame& images
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes a byte a pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, and with outputs in place 12 MB more.
-ZELTBRAIDWERK_KERNEL_EXPORT CliffordResult search_clifford(const PauliFrame& images,
+CliffordResult search_clifford(const PauliFrame& images,
                                                            const CliffordOptions& options,
                                                            const Effort& effort);
 

@@ -2,7 +2,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/cost.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -12,10 +11,10 @@ namespace zelt::braidwerk::internal {
 OperatorCost cost_for(int wires);
 
 /// The circuit of a plain elimination, up to any images.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList eliminated_list(const PauliFrame& images, Outputs outputs);
+GateList eliminated_list(const PauliFrame& images, Outputs outputs);
 
 /// One of the shortest circuits of an operator on two to four qubits.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList shortest_list(const PauliFrame& images, Outputs outputs,
+GateList shortest_list(const PauliFrame& images, Outputs outputs,
                                                    Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

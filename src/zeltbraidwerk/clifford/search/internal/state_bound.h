@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -13,7 +12,7 @@ namespace zelt::braidwerk::internal {
 /// stabilisers have a basis of strings on at most 2^d qubits each, the images of Z; where the ones
 /// so light do not make up all of them, there are more layers. These are counted on up to 12
 /// qubits.
-ZELTBRAIDWERK_KERNEL_EXPORT LowerBound bound_of_state(const PauliFrame& stabilisers, int joins,
+LowerBound bound_of_state(const PauliFrame& stabilisers, int joins,
                                                       int largest_group);
 
 }  // namespace zelt::braidwerk::internal

@@ -5,12 +5,11 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
-#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
 /// Scores all gates on a group at once, by what they do to its generators as they are.
-class ZELTBRAIDWERK_KERNEL_EXPORT StateGates {
+class StateGates {
  public:
   struct Scored {
     double loss;  ///< of worth; below 0 where a gate gains

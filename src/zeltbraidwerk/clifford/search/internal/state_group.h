@@ -8,7 +8,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/light_basis.h"
 #include "zeltbraidwerk/clifford/search/internal/state_kernels.h"
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -27,7 +26,7 @@ inline double weight_worth(std::size_t weight) {
 /// Products are found in information sets (E. Prange, "The use of information sets in decoding
 /// cyclic codes", IRE Transactions on Information Theory 8 (1962) 5): generators that are made to
 /// have one letter each on qubits drawn at random are light, and so are their products of two.
-class ZELTBRAIDWERK_KERNEL_EXPORT StateGroup {
+class StateGroup {
  public:
   StateGroup() = default;
   /// Of independent strings that commute, one a qubit. Signs are not looked at.

@@ -7,7 +7,7 @@ namespace zelt::braidwerk::internal {
 /// Replaces windows of circuits that begin with zeros on all wires. On a wire that no gate has
 /// touched, in front of the window, whatever Z on it controls does nothing: of all operators that
 /// the window may then as well be, one that takes the fewest gates is taken.
-class ZELTBRAIDWERK_KERNEL_EXPORT StateRewriter {
+class StateRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
   static constexpr bool judges = false;

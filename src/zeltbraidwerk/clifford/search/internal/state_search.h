@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
@@ -22,7 +21,7 @@ struct StateResult {
 };
 
 /// Independent strings that commute, one a qubit: the stabilisers of one state.
-ZELTBRAIDWERK_KERNEL_EXPORT bool stabilise_a_state(const PauliFrame& strings);
+bool stabilise_a_state(const PauliFrame& strings);
 
 /// A circuit of few CNOTs that turns zeros into the state with these stabilisers, signs included.
 /// One greedy run whatever the effort; then wider beams, a walk, and new beginnings of the circuit
@@ -30,7 +29,7 @@ ZELTBRAIDWERK_KERNEL_EXPORT bool stabilise_a_state(const PauliFrame& strings);
 ///
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
 /// 32 MB, once.
-ZELTBRAIDWERK_KERNEL_EXPORT StateResult search_state(const PauliFrame& stabilisers,
+StateResult search_state(const PauliFrame& stabilisers,
                                                      const StateOptions& options,
                                                      const Effort& effort);
 

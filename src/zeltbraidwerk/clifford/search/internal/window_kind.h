@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
-#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -27,6 +26,6 @@ struct WindowKind {
 /// The table is built when its kind is asked for first; on four wires there are six kinds that hang
 /// together, of 9 MB each.
 template <int wires>
-ZELTBRAIDWERK_KERNEL_EXPORT const WindowKind<wires>& kind_of(WindowGraph graph);
+const WindowKind<wires>& kind_of(WindowGraph graph);
 
 }  // namespace zelt::braidwerk::internal

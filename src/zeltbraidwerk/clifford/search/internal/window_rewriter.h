@@ -76,7 +76,7 @@ bool rewrite_rows(WindowRows rows, int old, float uphill, Rng& rng, Rewrite& rew
 
 /// Replaces windows of Clifford gates by random shortest circuits, or longer ones uphill. What the
 /// block leaves of one-qubit gates and of a renaming of its wires goes behind the gates.
-class ZELTBRAIDWERK_KERNEL_EXPORT WindowRewriter {
+class WindowRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
   static constexpr bool judges = false;

@@ -8,7 +8,6 @@
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
-#include "zeltbraidwerk/export.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -20,9 +19,9 @@ class WindowTable {
  public:
   static constexpr unsigned moves = moves_on(wires);
 
-  ZELTBRAIDWERK_KERNEL_EXPORT WindowTable();
+  WindowTable();
   /// Built when it is asked for first.
-  static ZELTBRAIDWERK_KERNEL_EXPORT const WindowTable& shared();
+  static const WindowTable& shared();
 
   struct Entry {
     int distance;
@@ -83,8 +82,8 @@ class WindowTable {
   std::vector<Slot> slots_;
 };
 
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT WindowTable<2>;
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT WindowTable<3>;
-extern template class ZELTBRAIDWERK_KERNEL_EXPORT WindowTable<4>;
+extern template class WindowTable<2>;
+extern template class WindowTable<3>;
+extern template class WindowTable<4>;
 
 }  // namespace zelt::braidwerk::internal

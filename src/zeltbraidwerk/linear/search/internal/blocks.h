@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 
 namespace zelt::braidwerk::internal {
@@ -16,7 +15,7 @@ struct Block {
 
 /// The finest division, blocks in the order of their first row. Rows of zeros make blocks without
 /// columns.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<Block> blocks_of(const BitMatrix& m);
+std::vector<Block> blocks_of(const BitMatrix& m);
 
 /// Entry (r, c) is entry (rows[r], cols[c]) of m.
 BitMatrix block_matrix(const BitMatrix& m, const Block& block);

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -29,7 +28,7 @@ struct CnotSearchOptions {
 ///
 /// Memory: two tables of 32 MB for the process; beams take up to 300 states of 2 n^2 bits, or twice
 /// that, up to 40 qubits.
-ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit search_cnot(const BitMatrix& m,
+FreeCircuit search_cnot(const BitMatrix& m,
                                                     const CnotSearchOptions& options,
                                                     const Effort& effort);
 

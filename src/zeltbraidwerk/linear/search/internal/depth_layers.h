@@ -5,7 +5,6 @@
 #include <span>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/linear/search/internal/reduction.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -19,7 +18,7 @@ struct LayerCost {
 
 /// The problem of reducing a matrix by few layers, for a beam search: a layer is a set of additions
 /// of one side that share no line, put together greedily by gain.
-class ZELTBRAIDWERK_KERNEL_EXPORT LayerReduction {
+class LayerReduction {
  public:
   using State = ReductionState;
   /// The number of a layer that this problem has put together.

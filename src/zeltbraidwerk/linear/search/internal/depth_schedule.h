@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bool_rows.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
@@ -16,7 +15,7 @@ namespace zelt::braidwerk::internal {
 /// A pass over the gates puts each into the first layer that is open to it, filling gaps. A pass
 /// backward, from the last layer to the first, and one forward again never need more layers and
 /// often fewer, as each gate finds at least the place open that it had.
-class ZELTBRAIDWERK_KERNEL_EXPORT Scheduler {
+class Scheduler {
  public:
   explicit Scheduler(int wires);
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/search/internal/depth_front.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -26,7 +25,7 @@ struct ShallowOptions {
 /// singular matrix has no circuit; for one the result is what elimination makes of it.
 ///
 /// Memory: a few hundred MB at most, of which 130 MB tables of windows.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<LayeredCircuit> search_shallow_cnot(
+std::vector<LayeredCircuit> search_shallow_cnot(
     const BitMatrix& m, const ShallowOptions& options, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

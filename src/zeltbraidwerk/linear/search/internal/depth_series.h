@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/linear/search/internal/depth_layers.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
@@ -13,7 +12,7 @@ namespace zelt::braidwerk::internal {
 /// Runs of beams over layers on one matrix. The first is greedy; later ones begin anew or keep the
 /// first layers of the best so far, each with an exponent and a width of its own: what is best for
 /// one matrix is not for another, and the end of a run is its weak part.
-class ZELTBRAIDWERK_KERNEL_EXPORT LayerSeries {
+class LayerSeries {
  public:
   explicit LayerSeries(const BitMatrix& m) : m_(m), n_(m.rows()) {}
 

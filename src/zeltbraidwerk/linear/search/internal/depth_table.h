@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 
@@ -12,7 +11,7 @@ inline constexpr int most_tabled_wires = 4;
 /// The fewest layers of disjoint CNOTs that implement an invertible map of 2 to 4 wires, outputs in
 /// their places or (`permuted`) on any wires. By breadth-first search over all maps, once for each
 /// size in a process; 64 kB and some milliseconds for four wires.
-ZELTBRAIDWERK_KERNEL_EXPORT int fewest_layers(int wires, SmallMatrix m, bool permuted);
+int fewest_layers(int wires, SmallMatrix m, bool permuted);
 
 /// Of up to five rows.
 inline SmallMatrix small_matrix(const BitMatrix& m) {

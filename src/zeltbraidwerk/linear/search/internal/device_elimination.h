@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -28,7 +27,7 @@ inline constexpr int most_eliminated_wires = 256;
 /// rows and columns left are light and close together.
 ///
 /// The shortest first; none when the effort was spent before.
-ZELTBRAIDWERK_KERNEL_EXPORT std::vector<GateList> eliminate_on_device(
+std::vector<GateList> eliminate_on_device(
     const BitMatrix& m, const BitGraph& graph, const DeviceEliminationOptions& options, Rng& rng,
     Meter& meter);
 

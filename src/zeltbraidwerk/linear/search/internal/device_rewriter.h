@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 #include "zeltbraidwerk/search/internal/rng.h"
@@ -14,7 +13,7 @@
 namespace zelt::braidwerk::internal {
 
 /// Distances between the vertices of a graph by number of edges; -1 where there is no way.
-class ZELTBRAIDWERK_KERNEL_EXPORT Distances {
+class Distances {
  public:
   explicit Distances(const BitGraph& graph);
   int operator()(int a, int b) const { return far_[index(a, b)]; }
@@ -31,7 +30,7 @@ class ZELTBRAIDWERK_KERNEL_EXPORT Distances {
 /// between their wires. A device has windows of several kinds, each with a table of its own: of
 /// those for five wires at most `most_large_tables` of 32 MB, and windows of the kinds that come
 /// too late stay as they are. The 21 kinds that there are all come in a dense random graph alone.
-class ZELTBRAIDWERK_KERNEL_EXPORT DeviceRewriter {
+class DeviceRewriter {
  public:
   static constexpr Gathering gathering = Gathering::of_cnots;
   static constexpr bool judges = false;

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <limits>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -26,7 +25,7 @@ struct DeviceSearchOptions {
 /// ever longer. Wire w of the result has output wire_of(origin[4 w]).
 ///
 /// There is always a circuit, whatever the effort: one elimination without a search.
-ZELTBRAIDWERK_KERNEL_EXPORT GateList search_cnot_on_device(const BitMatrix& m,
+GateList search_cnot_on_device(const BitMatrix& m,
                                                            const BitGraph& graph,
                                                            const DeviceSearchOptions& options,
                                                            const Effort& effort);

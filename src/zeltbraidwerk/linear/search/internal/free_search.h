@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
@@ -14,8 +13,8 @@
 namespace zelt::braidwerk::internal {
 
 /// From a circuit as the engine has it: output r comes out on wire perm[r].
-ZELTBRAIDWERK_KERNEL_EXPORT FreeCircuit free_circuit(const GateList& list);
-ZELTBRAIDWERK_KERNEL_EXPORT GateList gate_list(const FreeCircuit& found);
+FreeCircuit free_circuit(const GateList& list);
+GateList gate_list(const FreeCircuit& found);
 
 /// A circuit of m by a beam search on one of its facings; without gates when it found none.
 GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,

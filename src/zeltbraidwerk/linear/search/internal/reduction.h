@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
@@ -46,7 +45,7 @@ class ReductionState {
 
 /// The problem of reducing a matrix by additions of rows and of columns, for a beam search. All
 /// additions of both sides are children.
-class ZELTBRAIDWERK_KERNEL_EXPORT Reduction {
+class Reduction {
  public:
   using State = ReductionState;
   using Move = SideAddition;

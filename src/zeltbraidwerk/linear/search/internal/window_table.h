@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -31,7 +30,7 @@ constexpr SmallGraph complete_graph(int k) {
 /// either as it is or with the outputs on other wires (`permuted`). 32 MB for k = 5, 64 kB for
 /// k = 4. Built in 0.2 to 0.6 s (k = 5) by breadth-first search over classes of matrices that
 /// differ by names of wires alone.
-class ZELTBRAIDWERK_KERNEL_EXPORT WindowTable {
+class WindowTable {
  public:
   static constexpr std::uint8_t unreachable = 255;
 

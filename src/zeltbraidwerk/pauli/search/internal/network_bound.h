@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -21,14 +20,14 @@ namespace zelt::braidwerk::internal {
 ///
 /// Layers. A string of w letters takes log2 w layers, on a graph as many as from the nearest wire
 /// to its farthest letter; the same again where it is undone.
-ZELTBRAIDWERK_KERNEL_EXPORT LowerBound bound_of_network(const PauliFrame& strings,
+LowerBound bound_of_network(const PauliFrame& strings,
                                                         const NetworkOptions& options);
 
 /// The fewest gates of a network that is known to have at least `least` and at most `most`, or, if
 /// that takes too long, a number in between that none has fewer of: by breadth-first searches over
 /// what stands on the wires and which rotations are served, one for each number of gates. On up to
 /// four wires and 32 rotations; elsewhere `least`.
-ZELTBRAIDWERK_KERNEL_EXPORT int fewest_network_gates(const PauliFrame& strings,
+int fewest_network_gates(const PauliFrame& strings,
                                                      const NetworkOptions& options, int least,
                                                      int most);
 

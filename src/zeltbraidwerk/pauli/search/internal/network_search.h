@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -41,7 +40,7 @@ struct NetworkResult {
 /// in layers that are diagonal in some basis of each qubit, and long enough, are searched layer by
 /// layer, as networks of parities. The first runs are finished whatever the effort. Throws
 /// std::invalid_argument for a graph that is not connected or has another number of wires.
-ZELTBRAIDWERK_KERNEL_EXPORT NetworkResult search_network(const Rotations& rotations,
+NetworkResult search_network(const Rotations& rotations,
                                                          const NetworkOptions& options,
                                                          const Effort& effort);
 

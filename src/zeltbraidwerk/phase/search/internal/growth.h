@@ -5,7 +5,6 @@
 #include <optional>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/phase/search/internal/steiner_weights.h"
@@ -47,7 +46,7 @@ struct GrowthMove {
 /// a beam search. States that hold the same on other wires are one.
 ///
 /// All CNOTs of a state are scored together in O(sum of w n / 8 + n^2) for parities of w wires.
-class ZELTBRAIDWERK_KERNEL_EXPORT Growth {
+class Growth {
  public:
   using State = GrowthState;
   using Move = GrowthMove;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -22,7 +21,7 @@ namespace zelt::braidwerk::internal {
 ///
 /// Layers. A parity of w wires takes log2 w layers, on a graph as many as to its farthest wires
 /// from the nearest; the same again to undo it.
-ZELTBRAIDWERK_KERNEL_EXPORT LowerBound bound_of_parities(const BitMatrix& parities,
+LowerBound bound_of_parities(const BitMatrix& parities,
                                                          const ParitySearchOptions& options);
 
 }  // namespace zelt::braidwerk::internal

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
@@ -23,7 +22,7 @@ enum class ParityEnd {
 
 /// Windows of a parity network replaced by random shortest circuits that still show what is shown
 /// nowhere else.
-class ZELTBRAIDWERK_KERNEL_EXPORT ParityRewriter {
+class ParityRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_values;
   static constexpr bool judges = false;

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/phase/internal/phase_circuit.h"
@@ -38,7 +37,7 @@ struct ParitySearchResult {
 /// one, and a walk over the windows of the best circuit, until the effort ends.
 ///
 /// Memory: 16 bytes for a parity and 32 for a wire, for each state of a beam and word of wires.
-ZELTBRAIDWERK_KERNEL_EXPORT ParitySearchResult search_parities(const BitMatrix& parities,
+ParitySearchResult search_parities(const BitMatrix& parities,
                                                                const ParitySearchOptions& options,
                                                                const Effort& effort);
 

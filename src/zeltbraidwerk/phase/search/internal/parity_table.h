@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -22,7 +21,7 @@ using SumSet = std::uint16_t;
 ///
 /// 2 MB on the complete graph, up to 21 MB on the path, as there is one entry for all matrices and
 /// sets that differ by names of wires alone. Built in 0.05 to 0.35 s.
-class ZELTBRAIDWERK_KERNEL_EXPORT ParityTable {
+class ParityTable {
  public:
   ParityTable(SmallGraph graph, bool permuted);
 
