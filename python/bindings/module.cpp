@@ -24,4 +24,9 @@ NB_MODULE(_core, m) {
   bind_parity_search(m);
   bind_phase_search(m);
   bind_routing(m);
+  bind_synthesize(m);
+  bind_linear_synthesize(m);
+  bind_phase_synthesize(m);
+  bind_pauli_synthesize(m);
+  bind_clifford_synthesize(m);
 }

@@ -24,6 +24,11 @@ void bind_pauli_steps(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);
 void bind_parity_search(nanobind::module_& m);
 void bind_phase_search(nanobind::module_& m);
+void bind_synthesize(nanobind::module_& m);
+void bind_linear_synthesize(nanobind::module_& m);
+void bind_phase_synthesize(nanobind::module_& m);
+void bind_pauli_synthesize(nanobind::module_& m);
+void bind_clifford_synthesize(nanobind::module_& m);
 void bind_routing(nanobind::module_& m);
 
 }  // namespace zelt::braidwerk::python

@@ -35,18 +35,27 @@ const char* gate_name(int index) {
 }
 
 Operations to_operations(const std::vector<structures::Gate>& gates) {
+  return to_operations(gates, {});
+}
+
+Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows) {
   constexpr std::size_t columns = 5;
   auto* data = new std::int32_t[gates.size() * columns + 1];
   const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<std::int32_t*>(p); });
-  std::int32_t* row = data;
-  for (const structures::Gate& gate : gates) {
-    row[0] = name_index(gate.name);
-    row[1] = gate.qbits[0];
-    row[2] = gate.qbits.size() > 1 ? gate.qbits[1] : -1;
-    row[3] = -1;
-    row[4] = 0;
-    if (!gate.params.empty()) write_angle(gate.params[0], row);
-    row += columns;
+  std::int32_t* out = data;
+  for (std::size_t k = 0; k < gates.size(); ++k, out += columns) {
+    const structures::Gate& gate = gates[k];
+    out[0] = name_index(gate.name);
+    out[1] = gate.qbits[0];
+    out[2] = gate.qbits.size() > 1 ? gate.qbits[1] : -1;
+    out[3] = -1;
+    out[4] = 0;
+    if (k < rows.size() && rows[k] >= 0) {
+      out[3] = rows[k];
+      out[4] = gate.params[0].value < 0 ? -1 : 1;
+    } else if (!gate.params.empty()) {
+      write_angle(gate.params[0], out);
+    }
   }
   return Operations(data, {gates.size(), columns}, owner);
 }

@@ -19,6 +19,9 @@ using Letters = nb::ndarray<const std::uint8_t, nb::ndim<2>, nb::c_contig, nb::d
 const char* gate_name(int index);
 
 Operations to_operations(const std::vector<structures::Gate>& gates);
+/// The same of gates that come with the row of each rotation, -1 for other gates. The angle of a
+/// rotation has its sign alone.
+Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows);
 
 /// The angle that stands for rotation r until it is in Python again.
 inline structures::Parameter placeholder(int r) {

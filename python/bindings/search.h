@@ -122,18 +122,6 @@ inline internal::FreeCircuit closed(internal::FreeCircuit found, Better better,
   return result;
 }
 
-/// A symmetric matrix of edges.
-inline internal::BitGraph to_graph(const ArrayLike& adjacency) {
-  const BitMatrix bits = to_bits(adjacency, "adjacency");
-  internal::BitGraph graph(bits.rows());
-  for (int v = 0; v < bits.rows(); ++v) {
-    for (int w = 0; w < v; ++w) {
-      if (bits.get(v, w)) graph.join(v, w);
-    }
-  }
-  return graph;
-}
-
 /// Vertex v of the result is vertex names[v] of the graph.
 inline internal::BitGraph renamed(const internal::BitGraph& graph, const std::vector<int>& names) {
   internal::BitGraph result(graph.size());

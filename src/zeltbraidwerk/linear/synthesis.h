@@ -14,4 +14,5 @@
 #include "zeltbraidwerk/linear/search_synthesis.h"
 #include "zeltbraidwerk/linear/syndrome_decoding.h"
 #include "zeltbraidwerk/linear/syndrome_synthesis.h"
+#include "zeltbraidwerk/linear/synthesize.h"
 #include "zeltbraidwerk/linear/triangular_pairs.h"

@@ -9,16 +9,11 @@
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/search_effort.h"
+#include "zeltbraidwerk/search/synthesis_options.h"
 
 namespace zelt::braidwerk::internal {
 
-/// A moment at which a search had found a better circuit.
-struct SearchPoint {
-  double seconds = 0;  ///< since the search began
-  std::uint64_t steps = 0;
-  int count = 0;
-  int depth = 0;
-};
+using synthesis::SearchPoint;
 
 /// Proven: no circuit of a problem has fewer gates on two wires, and none has fewer layers of them.
 /// It depends on the problem alone, never on a seed or on the effort.
