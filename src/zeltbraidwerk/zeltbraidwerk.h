@@ -4,7 +4,6 @@
 /// The whole library.
 
 #include "zeltbraidwerk/clifford/clifford_circuit.h"
-#include "zeltbraidwerk/clifford/search_synthesis.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/random.h"
@@ -30,11 +29,9 @@
 #include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
-#include "zeltbraidwerk/pauli/search_synthesis.h"
 #include "zeltbraidwerk/pauli/synthesize.h"
 #include "zeltbraidwerk/phase/gray_synth.h"
 #include "zeltbraidwerk/phase/gray_synth_on_graph.h"
-#include "zeltbraidwerk/phase/search_synthesis.h"
 #include "zeltbraidwerk/phase/synthesize.h"
 #include "zeltbraidwerk/routing/ion_nnizer.h"
 #include "zeltbraidwerk/routing/linear_nnizer.h"

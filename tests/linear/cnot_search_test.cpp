@@ -15,7 +15,6 @@
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_table.h"
-#include "zeltbraidwerk/linear/search_synthesis.h"
 
 namespace {
 
@@ -159,21 +158,6 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   const FreeCircuit exact = search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10));
   EXPECT_EQ(exact.circuit.gates.size(), 5U);
   EXPECT_TRUE(implements(exact, m, true));
-}
-
-TEST(CnotSearch, ThePublicDoorLeadsToTheSame) {
-  support::Rng matrices(23);
-  for (const int n : {0, 1, 9}) {
-    BoolMatrix m = support::random_invertible(n, matrices);
-    for (const bool in_place : {false, true}) {
-      std::vector<int> perm(at(n));
-      const auto circuit = synthesis::search_synthesis(n, m, perm, in_place, {.steps = 2000});
-      EXPECT_TRUE(implements({circuit, perm}, m, in_place));
-      EXPECT_EQ(circuit.gates,
-                search_cnot(packed(m), {.outputs = support::outputs(in_place)}, steps(2000))
-                    .circuit.gates);
-    }
-  }
 }
 
 TEST(CnotSearch, MoreStepsAreNeverWorseAndRepeat) {

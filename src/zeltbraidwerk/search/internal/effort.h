@@ -8,7 +8,6 @@
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/task.h"
-#include "zeltbraidwerk/search/search_effort.h"
 #include "zeltbraidwerk/search/synthesis_options.h"
 
 namespace zelt::braidwerk::internal {
@@ -40,18 +39,6 @@ struct Effort {
   std::function<void(const LowerBound&)> on_bound;  ///< hears of it whenever it may have risen
   bool past_bound = false;  ///< goes on where nothing better is possible, to see that it is so
 };
-
-/// From now on.
-inline Effort limits_of(const synthesis::SearchEffort& effort) {
-  Effort limits;
-  limits.steps = effort.steps;
-  if (effort.seconds < 1e9) {
-    limits.control.deadline =
-        Control::Clock::now() + std::chrono::duration_cast<Control::Clock::duration>(
-                                    std::chrono::duration<double>(effort.seconds));
-  }
-  return limits;
-}
 
 /// The effort of one run as it is spent.
 ///
