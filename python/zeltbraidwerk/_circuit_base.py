@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 from abc import abstractmethod
+from collections import Counter
 from collections.abc import Iterable
+from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
 from zeltbraidwerk import (
@@ -17,13 +19,12 @@ from zeltbraidwerk import (
 )
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
     import pytket.circuit
     import qiskit
     import stim
-
-    from zeltbraidwerk.circuits import Circuit
 
 
 class CircuitBase:
@@ -40,8 +41,33 @@ class CircuitBase:
     def _operations(self) -> Iterable[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         """The gates as plain tuples, those under a condition as well."""
 
+    @cached_property
+    def _sizes(self) -> Counter[int]:
+        """How many gates there are by their number of qubits."""
+        return Counter(len(qubits) for _, qubits, _ in self._operations())
+
+    @property
+    def gate_count(self) -> int:
+        """Number of gates, classically controlled ones included."""
+        return self._sizes.total()
+
+    @property
+    def one_qubit_count(self) -> int:
+        """Number of gates on one qubit."""
+        return self._sizes[1]
+
+    @property
+    def two_qubit_count(self) -> int:
+        """Number of two-qubit gates; an XX gate on k qubits counts as its k (k - 1) / 2 pairs."""
+        return sum(size * (size - 1) // 2 * gates for size, gates in self._sizes.items())
+
+    @property
+    def entangling_count(self) -> int:
+        """Number of gates on two or more qubits, an XX gate on k qubits counted once."""
+        return self.gate_count - self.one_qubit_count
+
     @abstractmethod
-    def _whole(self) -> Circuit:
+    def _whole(self) -> WholeCircuit:
         """As a general circuit, for writers and pictures."""
 
     @classmethod

@@ -4,15 +4,12 @@ from __future__ import annotations
 
 import importlib
 from collections.abc import Callable, Iterator
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import errors
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
 
 QASM_NAMES = {
     "CNOT": "cx", "CSIGN": "cz", "CZ": "cz", "H": "h", "S": "s", "D-S": "sdg", "X": "x", "Y": "y",
@@ -32,7 +29,7 @@ def _package(name: str) -> Any:
 
 
 def written(
-    circuit: Circuit,
+    circuit: WholeCircuit,
 ) -> Iterator[tuple[Gate | Measure | Reset | Barrier, Condition | None]]:
     """The operations, each with its condition, and without XX on three and more qubits, which no
     other package has."""

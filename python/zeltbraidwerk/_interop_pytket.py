@@ -3,16 +3,13 @@
 from __future__ import annotations
 
 import math
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -22,7 +19,7 @@ _NAMES = {
 }  # fmt: skip
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     tket = _interop._package("pytket.circuit")
     made = tket.Circuit()
     name = "q"

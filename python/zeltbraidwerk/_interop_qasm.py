@@ -4,17 +4,14 @@ from __future__ import annotations
 
 import importlib.util
 import re
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
 from zeltbraidwerk._definitions import NAME
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Measure
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Measure, WholeCircuit
 
 READERS = ("auto", "own", "qiskit")
 # Beside the names of gates.
@@ -27,7 +24,7 @@ _KEYWORDS = (
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: Circuit) -> str:
+def write(circuit: WholeCircuit) -> str:
     names = _names([register.name for register in circuit.classical])
     wires = "q"
     while wires in names:

@@ -4,22 +4,19 @@ from __future__ import annotations
 
 from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import read_gate, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     qiskit = _interop._package("qiskit")
     names = [register.name for register in circuit.classical]
     made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))

@@ -6,17 +6,14 @@ import math
 from collections.abc import Sequence
 from dataclasses import dataclass
 from functools import cache, cached_property
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Read, Reading
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -29,7 +26,7 @@ _QUARTERS = {axis: ("I", f"SQRT_{axis}", axis, f"SQRT_{axis}_DAG") for axis in "
 }
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     stim = _interop._package("stim")
     made = stim.Circuit()
     records: dict[int, int] = {}  # the number of the record that a bit holds

@@ -9,7 +9,8 @@ from functools import reduce
 from operator import xor
 
 from zeltbraidwerk import gallery, linear
-from zeltbraidwerk.linear import LinearSynthesis, Objective, Permutation
+from zeltbraidwerk._results import Objective, Permutation
+from zeltbraidwerk.linear import LinearSynthesis
 
 
 @dataclass(frozen=True)

@@ -22,12 +22,12 @@ _STRIDE = 1024  # strings looked at together
 @dataclass(frozen=True)
 class Rotations:
     """Strings of letters, none of them the identity, and their angles, in the order given.
-    ``global_angle`` is that of the identity strings together."""
+    ``identity_angle`` is that of the identity strings together."""
 
     n: int
     strings: tuple[str, ...]
     angles: tuple[Parameter, ...]
-    global_angle: Parameter
+    identity_angle: Parameter
 
     def letters(self) -> npt.NDArray[np.uint8]:
         return codes(self.strings, self.n)
@@ -123,7 +123,7 @@ def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
     size = listed.n if n is None else _validate.qubit_count(n)
     strings: list[str] = []
     angles: list[Parameter] = []
-    global_angle = Parameter(0.0)
+    identity_angle = Parameter(0.0)
     for pauli, angle in listed.pairs:
         minus, letters = signed(pauli, size, "rotations")
         size = len(letters)
@@ -133,11 +133,11 @@ def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
             strings.append(letters)
             angles.append(value)
         else:
-            global_angle = _sum(global_angle, value)
+            identity_angle = _sum(identity_angle, value)
     if len(set(strings)) < len(strings):
         in_order = listed.unordered is None and repeated == "refuse"
         strings, angles = _joined(strings, angles, in_order, order == "free")
-    found = Rotations(size or 0, tuple(strings), tuple(angles), global_angle)
+    found = Rotations(size or 0, tuple(strings), tuple(angles), identity_angle)
     if listed.unordered is not None and order == "commuting":
         _refuse_clashes(found, listed.unordered)
     return found

@@ -119,7 +119,7 @@ class Trace:
         self._progress = progress
         self._best: tuple[int, int] | None = None
 
-    def hear(self, point: Point) -> None:
+    def add(self, point: Point) -> None:
         key = (point.depth, point.count) if self.by_depth else (point.count, point.depth)
         if self._best is not None and self._best <= key:
             return
@@ -298,11 +298,11 @@ def best_of(
     def better(found: T) -> None:
         first, second = key(found)[:2]
         count, depth = (second, first) if trace.by_depth else (first, second)
-        trace.hear(Point(time.perf_counter() - start, count, depth))
+        trace.add(Point(time.perf_counter() - start, count, depth))
 
     def look() -> None:
         for point in control.news():
-            trace.hear(Point(*point))
+            trace.add(Point(*point))
 
     search = Search[T](key, control, look, trace.by_depth)
     try:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+from collections import Counter
 from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
 from typing import Any
@@ -10,7 +11,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _validate, errors
+from zeltbraidwerk import _core, _files, _renamed, _validate, errors
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -86,6 +87,15 @@ class CnotCircuit(CircuitBase):
     def depth(self) -> int:
         """Number of layers when every CNOT is placed as soon as its qubits are free."""
         return self.to_core().depth()
+
+    @property
+    def two_qubit_depth(self) -> int:
+        """The same as ``depth``."""
+        return self.depth
+
+    @cached_property
+    def _sizes(self) -> Counter[int]:
+        return Counter({2: len(self._gates)})
 
     def matrix(self) -> npt.NDArray[np.bool_]:
         """The linear map: row r marks the inputs whose XOR stands on output r."""
@@ -234,16 +244,7 @@ class Circuit(CircuitBase):
         """Number of classical bits."""
         return sum(register.size for register in self._classical)
 
-    @property
-    def count(self) -> int:
-        """Number of gates, classically controlled ones among them."""
-        return sum(1 for _ in self._operations())
-
-    @property
-    def two_qubit_count(self) -> int:
-        """Number of two-qubit gates; an XX on k qubits counts its k (k - 1) / 2 pairs."""
-        sizes = [len(qubits) for _, qubits, _ in self._operations()]
-        return sum(size * (size - 1) // 2 for size in sizes)
+    count = _renamed.Field("gate_count")
 
     @cached_property
     def depth(self) -> int:
@@ -260,7 +261,7 @@ class Circuit(CircuitBase):
         return self._depth(2)
 
     def _depth(self, least: int) -> int:
-        """Of gates on so many qubits at least."""
+        """Of gates on at least ``least`` qubits."""
         layers = [0] * (self._n + self.bit_count)
         for item in self._items:
             wires = [*item.qubits, *(self._n + bit for bit in bits_of(item))]
@@ -373,9 +374,9 @@ class Circuit(CircuitBase):
         return self._n, self._items, self._classical
 
     def __repr__(self) -> str:
-        others = len(self._items) - self.count
+        others = len(self._items) - self.gate_count
         return (
-            f"Circuit({self._n} qubits, {self.count} gates, "
+            f"Circuit({self._n} qubits, {self.gate_count} gates, "
             f"{self.two_qubit_count} two-qubit, depth {self.depth}"
             f"{f', {others} other operations' if others else ''})"
         )

@@ -11,9 +11,9 @@ Conditional(operation=Gate('X', (2,)), bits=(0, 1), value=3)
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
-from typing import TYPE_CHECKING, Any, ClassVar, Self, TypeAlias
+from typing import TYPE_CHECKING, Any, ClassVar, Protocol, Self, TypeAlias
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.gates import Gate, Parameter
@@ -37,7 +37,7 @@ class Register:
 
 @dataclass(frozen=True)
 class Instruction:
-    """Base of all operations that are no gates.
+    """Base of all operations other than gates.
 
     ``where`` tells where the operation was read, such as "line 12", for the texts of errors; it
     does not count when two are compared.
@@ -195,6 +195,16 @@ class Conditional(Instruction):
 
 
 Operation: TypeAlias = Gate | Instruction
+
+
+class WholeCircuit(Protocol):
+    """What pictures and writers of other formats read of a :class:`~zeltbraidwerk.Circuit`."""
+
+    @property
+    def n(self) -> int: ...
+    @property
+    def classical(self) -> tuple[Register, ...]: ...
+    def __iter__(self) -> Iterator[Any]: ...
 
 
 def placed(operation: Any, places: Sequence[int]) -> Any:
