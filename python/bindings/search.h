@@ -122,19 +122,6 @@ inline internal::FreeCircuit closed(internal::FreeCircuit found, Better better,
   return result;
 }
 
-/// Vertex v of the result is vertex names[v] of the graph.
-inline internal::BitGraph renamed(const internal::BitGraph& graph, const std::vector<int>& names) {
-  internal::BitGraph result(graph.size());
-  for (int v = 0; v < graph.size(); ++v) {
-    for (int w = 0; w < v; ++w) {
-      if (graph.joined(names[static_cast<std::size_t>(v)], names[static_cast<std::size_t>(w)])) {
-        result.join(v, w);
-      }
-    }
-  }
-  return result;
-}
-
 /// Run 0 of a quick method goes to its end whatever the deadline, so that there is an answer.
 inline internal::Control control_of_run(const internal::Control& control, int number) {
   internal::Control own = control;

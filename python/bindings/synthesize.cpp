@@ -74,16 +74,16 @@ void bind_synthesize(nb::module_& m) {
              std::optional<ArrayLike> adjacency, std::uint64_t seed, std::optional<int> restarts,
              std::optional<double> budget, std::optional<std::uint64_t> steps, int jobs,
              nb::object progress) {
-            new (self) CommonOptions{{.method = std::move(method),
-                                      .objective = objective,
-                                      .outputs = outputs,
-                                      .seed = seed,
-                                      .restarts = restarts,
-                                      .budget = budget,
-                                      .steps = steps,
-                                      .jobs = jobs},
-                                     std::nullopt,
-                                     std::move(progress)};
+            new (self) CommonOptions{{}, std::nullopt, std::move(progress)};
+            synthesis::SynthesisOptions& options = self->options;
+            options.method = std::move(method);
+            options.objective = objective;
+            options.outputs = outputs;
+            options.seed = seed;
+            options.restarts = restarts;
+            options.budget = budget;
+            options.steps = steps;
+            options.jobs = jobs;
             if (adjacency) {
               const internal::BitGraph graph = to_graph(*adjacency);
               self->device.emplace(graph.size());
