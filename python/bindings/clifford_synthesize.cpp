@@ -40,8 +40,8 @@ Found to_found(Result result) {
 
 void bind_clifford_synthesize(nb::module_& m) {
   m.def("_clifford_methods", &synthesis::clifford_methods, "on_device"_a);
-  m.def("_graph_state_methods", &synthesis::graph_state_methods);
-  m.def("_state_methods", &synthesis::state_methods);
+  m.def("_graph_state_methods", &synthesis::graph_state_methods, "on_device"_a);
+  m.def("_state_methods", &synthesis::state_methods, "on_device"_a);
   m.def(
       "_synthesize_clifford",
       [](const Letters& letters, const std::vector<bool>& minus, const CommonOptions& common) {

@@ -17,17 +17,6 @@ int name_index(const std::string& name) {
   return static_cast<int>(found - std::begin(names));
 }
 
-void write_angle(const structures::Parameter& angle, std::int32_t* row) {
-  constexpr std::size_t prefix = 7;  // of "UMINUS "
-  if (!angle.is_abstract) {
-    row[4] = static_cast<std::int32_t>(std::lround(angle.value / internal::quarter_turn));
-    return;
-  }
-  const bool minus = angle.expression.starts_with('U');
-  row[3] = std::stoi(minus ? angle.expression.substr(prefix) : angle.expression);
-  row[4] = minus ? -1 : 1;
-}
-
 }  // namespace
 
 const char* gate_name(int index) {
@@ -54,7 +43,8 @@ Operations to_operations(const std::vector<structures::Gate>& gates, const std::
       out[3] = rows[k];
       out[4] = gate.params[0].value < 0 ? -1 : 1;
     } else if (!gate.params.empty()) {
-      write_angle(gate.params[0], out);
+      out[4] =
+          static_cast<std::int32_t>(std::lround(gate.params[0].value / internal::quarter_turn));
     }
   }
   return Operations(data, {gates.size(), columns}, owner);
@@ -79,20 +69,6 @@ ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int 
   unsigned char* row = data;
   for (const auto& string : strings) row = std::copy_n(string.begin(), columns, row);
   return ByteArray2(data, {strings.size(), columns}, owner);
-}
-
-TwoQubitCost two_qubit_cost(const std::vector<structures::Gate>& gates, int qubits) {
-  TwoQubitCost cost;
-  std::vector<int> levels(static_cast<std::size_t>(qubits));
-  for (const structures::Gate& gate : gates) {
-    if (gate.qbits.size() != 2) continue;
-    int& a = levels[static_cast<std::size_t>(gate.qbits[0])];
-    int& b = levels[static_cast<std::size_t>(gate.qbits[1])];
-    a = b = std::max(a, b) + 1;
-    cost.depth = std::max(cost.depth, a);
-    ++cost.count;
-  }
-  return cost;
 }
 
 }  // namespace zelt::braidwerk::python

@@ -15,9 +15,9 @@ void bind_phase_synthesize(nb::module_& m) {
   m.def("_phase_methods", &synthesis::phase_methods, "on_device"_a);
   m.def(
       "_synthesize_phase",
-      [](const ArrayLike& parities,
+      [](const ArrayLike& parities, int qubits, int terms,
          const CommonOptions& common) -> std::tuple<SynthesisResult, IntArray2> {
-        const BitMatrix bits = to_bits(parities, "parities");
+        const BitMatrix bits = to_bits(parities, qubits, terms, "parities");
         auto result = synthesized(common, PhaseOptions{}, [&](const PhaseOptions& options) {
           return internal::synthesize_phase(bits, options);
         });
@@ -27,7 +27,7 @@ void bind_phase_synthesize(nb::module_& m) {
         }
         return {std::move(result), to_numpy(steps)};
       },
-      "parities"_a, "options"_a,
+      "parities"_a, "qubits"_a, "terms"_a, "options"_a,
       "Rows of three: control, or -1 for a phase; target; term, or -1 for a CNOT.");
 }
 

@@ -21,6 +21,11 @@ void raise_error(const char* name, const char* text) {
   throw nb::python_error();
 }
 
+void raise_keyboard_interrupt() {
+  PyErr_SetNone(PyExc_KeyboardInterrupt);
+  throw nb::python_error();
+}
+
 void PythonCalls::take(nb::python_error& error) {
   if (!error.matches(PyExc_KeyboardInterrupt)) throw std::move(error);
   interrupted_ = true;

@@ -7,12 +7,15 @@
 #include <nanobind/stl/vector.h>
 
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include "convert.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/graph.h"
+#include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/synthesis_options.h"
 
 /// \file
@@ -29,6 +32,8 @@ struct CommonOptions {
 
 /// Raises the class of zeltbraidwerk.errors.
 [[noreturn]] void raise_error(const char* name, const char* text);
+
+[[noreturn]] void raise_keyboard_interrupt();
 
 /// Calls of Python from within a search, each with the interpreter lock.
 class PythonCalls {
@@ -66,13 +71,36 @@ auto synthesized(const CommonOptions& common, Options options, Call&& call) {
     return result;
   } catch (const synthesis::UnfinishedError& error) {
     if (!python.interrupted()) raise_error("UnfinishedError", error.what());
-    PyErr_SetNone(PyExc_KeyboardInterrupt);
-    throw nb::python_error();
+    raise_keyboard_interrupt();
   } catch (const synthesis::TooLargeError& error) {
     raise_error("TooLargeError", error.what());
   } catch (const std::invalid_argument& error) {
     raise_error("OptionError", error.what());
   }
+}
+
+/// Calls one kernel, in a thread, so that Ctrl-C can end it: kernel(control) gives a value, or
+/// nothing when it was ended. `n` is the number of qubits.
+template <class Kernel>
+auto interruptible(std::optional<double> budget, int n, Kernel&& kernel) {
+  struct Outcome {
+    typename std::invoke_result_t<Kernel, const internal::Control&>::value_type value;
+    bool stopped;
+  };
+  internal::RunControl control(budget);
+  const internal::Lane lane{.runs = 1, .make = [&](int) -> std::optional<internal::MadeCircuit> {
+                              auto value = kernel(control.control(n));
+                              if (!value) return std::nullopt;
+                              return internal::MadeCircuit{{}, std::move(*value)};
+                            }};
+  const CommonOptions none{{}, std::nullopt, nb::none()};
+  Outcome outcome = synthesized(
+      none, synthesis::SynthesisOptions{}, [&](const synthesis::SynthesisOptions& options) {
+        internal::BestRun best = internal::best_of_runs({lane}, options, control);
+        return Outcome{std::move(best.as<decltype(Outcome::value)>()), best.result.stopped};
+      });
+  if (outcome.stopped) raise_keyboard_interrupt();
+  return std::move(outcome.value);
 }
 
 }  // namespace zelt::braidwerk::python

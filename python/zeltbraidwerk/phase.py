@@ -175,4 +175,6 @@ def synthesize(
         )  # fmt: skip
 
     left_open = _core._Outputs.left_open if tail == "return" else None
-    return call.run(_core._synthesize_phase, result, parities, outputs=left_open)
+    return call.run(
+        _core._synthesize_phase, result, parities, size, len(terms), outputs=left_open
+    )

@@ -190,7 +190,7 @@ Family clifford() {
 Family state() {
   return {"state",
           6,
-          [](bool) { return synthesis::state_methods(); },
+          synthesis::state_methods,
           {Outputs::in_place},
           {},
           [wanted = some_operator()](const SynthesisOptions& options) {
@@ -213,7 +213,7 @@ Family graph_state() {
   }
   return {"graph state",
           7,
-          [](bool) { return synthesis::graph_state_methods(); },
+          synthesis::graph_state_methods,
           {Outputs::in_place},
           {},
           [graph, wanted = support::tableau_of(edges, 7)](const SynthesisOptions& options) {

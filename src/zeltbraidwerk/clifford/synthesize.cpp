@@ -155,7 +155,8 @@ CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
       zelt::braidwerk::internal::images_under(tableau), options);
 }
 
-std::vector<std::string> state_methods() {
+std::vector<std::string> state_methods(bool on_device) {
+  if (on_device) return {};
   return {"auto", "search"};
 }
 

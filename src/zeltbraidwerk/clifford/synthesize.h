@@ -38,8 +38,8 @@ struct StateResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< as of CliffordResult
 };
 
-/// The methods; "auto" is the first.
-ZELTBRAIDWERK_EXPORT std::vector<std::string> state_methods();
+/// The methods; "auto" is the first. None on a device.
+ZELTBRAIDWERK_EXPORT std::vector<std::string> state_methods(bool on_device = false);
 
 /// A circuit that turns all qubits, being 0, into a stabilizer state, up to a global phase. It
 /// takes about a quarter of the gates of an operator. There are no devices; outputs are in place.

@@ -124,7 +124,8 @@ void check_options(const GraphStateOptions& options) {
 
 }  // namespace
 
-std::vector<std::string> graph_state_methods() {
+std::vector<std::string> graph_state_methods(bool on_device) {
+  if (on_device) return {};
   return {"auto", "naive", "decoding", "search"};
 }
 

@@ -19,8 +19,8 @@ struct GraphStateResult : SynthesisResult {
   std::vector<structures::Gate> gates;
 };
 
-/// The methods; "auto" is the first.
-ZELTBRAIDWERK_EXPORT std::vector<std::string> graph_state_methods();
+/// The methods; "auto" is the first. None on a device.
+ZELTBRAIDWERK_EXPORT std::vector<std::string> graph_state_methods(bool on_device = false);
 
 /// A circuit of "CNOT", "CSIGN" and gates on one qubit that prepares a graph state from all qubits
 /// 0: every qubit in the state plus, then a CZ on every edge. A one on the diagonal of the

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/search/objective.h"
+#include "zeltbraidwerk/search/search_point.h"
 
 /// \file
 /// What the synthesize functions of all families have in common: options, results, errors.
@@ -25,14 +26,6 @@ struct Graph;
 }
 
 namespace synthesis {
-
-/// The best circuit at a moment of a search.
-struct SearchPoint {
-  double seconds = 0;       ///< since the call began
-  std::uint64_t steps = 0;  ///< of the run that found it; 0 for methods that do not count steps
-  int count = 0;            ///< gates on two qubits
-  int depth = 0;            ///< layers of these
-};
 
 struct SynthesisOptions {
   std::string method = "auto";  ///< one of the family's methods; "auto" takes the best of several

@@ -8,7 +8,7 @@
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/task.h"
-#include "zeltbraidwerk/search/synthesis_options.h"
+#include "zeltbraidwerk/search/search_point.h"
 
 namespace zelt::braidwerk::internal {
 
