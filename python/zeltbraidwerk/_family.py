@@ -14,9 +14,6 @@ from collections.abc import Callable, Sequence
 from dataclasses import dataclass, replace
 from typing import Any, TypeVar
 
-import numpy as np
-import numpy.typing as npt
-
 from zeltbraidwerk import _core, _renamed, _search, _validate, errors
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site

@@ -21,9 +21,7 @@ class Effort:
     steps: int | None = None
 
     @classmethod
-    def checked(
-        cls, seed: Any, restarts: Any, budget: Any, jobs: Any, steps: Any = None
-    ) -> Effort:
+    def checked(cls, seed: Any, restarts: Any, budget: Any, jobs: Any, steps: Any = None) -> Effort:
         return cls(
             None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1),
             None if restarts is None else _validate.integer(restarts, "restarts", 1, 2**31 - 1),

@@ -11,7 +11,6 @@ from zeltbraidwerk import _core, errors
 from zeltbraidwerk.devices import Device
 
 
-
 @dataclass(frozen=True)
 class Site:
     """Qubits of a device that hang together, wire k on ``qubits[k]``, and perhaps a Hamiltonian

@@ -150,9 +150,7 @@ def synthesize(
     given = _rotations.read(rotations, n, order, repeated)
     call.place(given.n)
 
-    def result(
-        found: Found, operations: npt.NDArray[np.int32], in_order: bool
-    ) -> PauliSynthesis:
+    def result(found: Found, operations: npt.NDArray[np.int32], in_order: bool) -> PauliSynthesis:
         width, qubits = call.width(given.n), call.qubits(given.n)
         return call.result(
             PauliSynthesis, found, given.n,

@@ -21,7 +21,7 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _core, _parities, _renamed, _search, _validate, errors
 from zeltbraidwerk._family import Family, Found
-from zeltbraidwerk._parities import Terms, polynomial_of
+from zeltbraidwerk._parities import polynomial_of
 from zeltbraidwerk._results import Objective, Permutation, Result, Tail
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate, Parameter
@@ -175,6 +175,4 @@ def synthesize(
         )  # fmt: skip
 
     left_open = _core._Outputs.left_open if tail == "return" else None
-    return call.run(
-        _core._synthesize_phase, result, parities, size, len(terms), outputs=left_open
-    )
+    return call.run(_core._synthesize_phase, result, parities, size, len(terms), outputs=left_open)
