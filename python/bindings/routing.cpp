@@ -186,7 +186,7 @@ void bind_interruptible(nb::module_& m) {
               options.objective =
                   by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
               options.control = control;
-              Routed made{{}, OperatorTableau(graph.n)};
+              Routed made(Circuit{}, OperatorTableau(graph.n));
               auto& [out, frame] = made;
               if (!internal::route(circuit, graph, options, out, frame)) return std::nullopt;
               return made;
@@ -203,7 +203,7 @@ void bind_interruptible(nb::module_& m) {
               internal::RoutingOptions options;
               options.depth = depth;
               options.control = control;
-              Routed made{{}, OperatorTableau(n)};
+              Routed made(Circuit{}, OperatorTableau(n));
               auto& [out, frame] = made;
               const bool finished =
                   errors ? internal::route_ions(

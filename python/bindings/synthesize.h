@@ -88,11 +88,12 @@ auto interruptible(std::optional<double> budget, int n, Kernel&& kernel) {
     bool stopped;
   };
   internal::RunControl control(budget);
-  const internal::Lane lane{.runs = 1, .make = [&](int) -> std::optional<internal::MadeCircuit> {
-                              auto value = kernel(control.control(n));
-                              if (!value) return std::nullopt;
-                              return internal::MadeCircuit{{}, std::move(*value)};
-                            }};
+  const internal::Lane lane{
+      .method = "one kernel", .runs = 1, .make = [&](int) -> std::optional<internal::MadeCircuit> {
+        auto value = kernel(control.control(n));
+        if (!value) return std::nullopt;
+        return internal::MadeCircuit{{}, std::move(*value)};
+      }};
   const CommonOptions none{{}, std::nullopt, nb::none()};
   Outcome outcome = synthesized(
       none, synthesis::SynthesisOptions{}, [&](const synthesis::SynthesisOptions& options) {

@@ -92,7 +92,9 @@ TEST(Runs, TheFirstRunThatMeetsTheBoundIsTheAnswer) {
       EXPECT_EQ(best.result.method, met ? "engine" : "plain");
       EXPECT_EQ(best.as<int>(), met ? engine_meets : 5);
       EXPECT_EQ(best.result.least_count, 2);
-      if (met) EXPECT_LE(engine_runs, engine_meets + jobs);
+      if (met) {
+        EXPECT_LE(engine_runs, engine_meets + jobs);
+      }
     }
   }
 }

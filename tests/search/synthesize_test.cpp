@@ -433,8 +433,10 @@ TEST(Synthesize, LinearMapsWithinReachAndTheirFronts) {
   for (std::size_t k = 0; k < shallow.front.size(); ++k) {
     const auto& [circuit, permutation] = shallow.front[k];
     EXPECT_TRUE(support::implements_up_to(circuit, permutation, m));
-    if (k > 0) EXPECT_LT(circuit.gates.size(), shallow.front[k - 1].circuit.gates.size());
-    if (k > 0) EXPECT_GT(circuit.depth(), shallow.front[k - 1].circuit.depth());
+    if (k == 0) continue;
+    const auto& before = shallow.front[k - 1].circuit;
+    EXPECT_LT(circuit.gates.size(), before.gates.size());
+    EXPECT_GT(circuit.depth(), before.depth());
   }
 }
 

@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <iterator>
 #include <limits>
 #include <mutex>
@@ -60,6 +62,13 @@ void check_range(const char* name, std::optional<int> value, int most) {
                               ", wanted 1 to " + std::to_string(most));
 }
 
+/// To three digits.
+std::string shown(double value) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.3g", value);
+  return text.data();
+}
+
 void check_memory(const LinearMethod& method, int n, const LinearMethodOptions& options) {
   if (n > method.most_qubits) {
     throw synthesis::TooLargeError("matrix: got " + std::to_string(n) + " qubits, wanted at most " +
@@ -67,15 +76,15 @@ void check_memory(const LinearMethod& method, int n, const LinearMethodOptions& 
                                    std::string(method.name) + "'");
   }
   if (method.memory == nullptr) return;
-  const auto there =
+  const double there =
       static_cast<double>(sysconf(_SC_PAGE_SIZE)) * static_cast<double>(sysconf(_SC_PHYS_PAGES));
-  const auto needed = static_cast<double>(method.memory(n, options));
-  if (needed <= there / 2 && std::pow(options.width, options.lookahead) < 0x1p31) return;
+  const double needed = method.memory(n, options);
+  const double states = std::pow(options.width, options.lookahead);
+  if (needed <= there / 2 && states < 0x1p31) return;
   throw synthesis::TooLargeError("width, lookahead: got " + std::to_string(options.width) +
                                  " and " + std::to_string(options.lookahead) +
-                                 ", which would take " +
-                                 std::to_string(std::lround(std::min(needed / 1e9, 1e9))) +
-                                 " GB of " + std::to_string(std::lround(there / 1e9)) + " GB");
+                                 ", which would take " + shown(states) + " states and " +
+                                 shown(needed / 1e9) + " GB of " + shown(there / 1e9) + " GB");
 }
 
 /// One call: from options to lanes of runs, and from the best run to a result.

@@ -66,22 +66,17 @@ bool greedily(const BitMatrix& m, FreeCircuit& found, const LinearMethodOptions&
   return result.reduced;
 }
 
-/// As a double, which has room for any number of them.
 double states(const LinearMethodOptions& options, int levels) {
   return std::pow(options.width, std::max(levels, 0));
 }
 
-std::uint64_t bytes(double count) {
-  return static_cast<std::uint64_t>(std::min(count, 1e18));
-}
-
-std::uint64_t greedy_memory(int n, const LinearMethodOptions& options) {
+double greedy_memory(int n, const LinearMethodOptions& options) {
   const double kept = states(options, options.lookahead - 2);
-  return bytes(16 * kept * options.width + kept * 12 * n * n);
+  return 16 * kept * options.width + kept * 12 * n * n;
 }
 
-std::uint64_t syndrome_memory(int n, const LinearMethodOptions& options) {
-  return bytes(2 * states(options, options.lookahead) * (12 + 4 * options.lookahead + n / 8));
+double syndrome_memory(int n, const LinearMethodOptions& options) {
+  return 2 * states(options, options.lookahead) * (12 + 4 * options.lookahead + n / 8);
 }
 
 constexpr LinearMethod greedy_method(std::string_view name, decltype(LinearMethod::make) make) {

@@ -34,8 +34,8 @@ struct LinearMethod {
   bool takes_section = false;
   bool takes_beam = false;
   int most_qubits = 1 << 30;
-  /// Bytes of the states of a beam.
-  std::uint64_t (*memory)(int n, const LinearMethodOptions& options) = nullptr;
+  /// Bytes of the states of a beam; a double has room for any number.
+  double (*memory)(int n, const LinearMethodOptions& options) = nullptr;
 };
 
 /// In the order in which their names are listed.

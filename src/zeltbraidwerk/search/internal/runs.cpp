@@ -301,10 +301,12 @@ class Runner {
     }
   }
 
+  /// Without effect when all workers have ended.
   void stop() {
     const std::lock_guard lock(mutex_);
-    stopped_ = busy_ > 0;
-    if (stopped_) control_.stop();
+    if (busy_ == 0) return;
+    stopped_ = true;
+    control_.stop();
   }
 
   void hear_news() {
