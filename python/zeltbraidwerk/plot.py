@@ -24,8 +24,8 @@ class Traced(Protocol):
 def best_over_time(
     *results: Traced, axes: Any = None, value: Literal["count", "depth"] = "count"
 ) -> Any:
-    """Draws the best count, or depth, of each result against the seconds of its search, a line a
-    result. Returns the axes: those given, or new ones.
+    """Draws the best count, or depth, of each result against the seconds of its search, one line
+    per result. Returns the axes: those given, or new ones.
 
     >>> import zeltbraidwerk as zb
     >>> matrix = zb.gallery.random_invertible(8, 1)[0]
