@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/linear/search_synthesis.h"
 
 namespace {
@@ -42,7 +43,7 @@ Effort steps(std::uint64_t count) {
 // Distances by plain search from the identity, or from all permutations, a row a number.
 using Rows = std::array<unsigned, 5>;
 
-std::map<Rows, int> plain_distances(int n, SmallGraph graph, bool permuted, int most) {
+std::map<Rows, int> plain_distances(int n, WindowGraph graph, bool permuted, int most) {
   std::map<Rows, int> distance;
   std::vector<Rows> level;
   Rows start{};
@@ -57,7 +58,7 @@ std::map<Rows, int> plain_distances(int n, SmallGraph graph, bool permuted, int 
     for (const Rows& m : level) {
       for (int c = 0; c < n; ++c) {
         for (int t = 0; t < n; ++t) {
-          if (c == t || !(graph & edge_bit(c, t))) continue;
+          if (c == t || !(graph & pair_bit(c, t))) continue;
           Rows other = m;  // one more CNOT in front: column c gains column t
           for (int r = 0; r < n; ++r) other[at(r)] ^= ((m[at(r)] >> t) & 1U) << c;
           if (distance.emplace(other, d).second) next.push_back(other);
@@ -76,19 +77,19 @@ SmallMatrix small(int n, const Rows& rows) {
 }
 
 TEST(CnotWindowTable, DistancesAreThoseOfPlainSearch) {
-  const auto line = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(1, 2) | edge_bit(2, 3));
-  const auto star = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(0, 2) | edge_bit(0, 3));
-  for (const SmallGraph graph : {complete_graph(4), line, star}) {
+  const auto line = static_cast<WindowGraph>(pair_bit(0, 1) | pair_bit(1, 2) | pair_bit(2, 3));
+  const auto star = static_cast<WindowGraph>(pair_bit(0, 1) | pair_bit(0, 2) | pair_bit(0, 3));
+  for (const WindowGraph graph : {complete_graph(4), line, star}) {
     for (const bool permuted : {false, true}) {
       const auto plain = plain_distances(4, graph, permuted, 100);
       ASSERT_EQ(plain.size(), 20160U);
-      const WindowTable& table = WindowTable::of(4, graph, permuted);
+      const MapTable& table = MapTable::of(4, graph, permuted);
       for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(4, rows)), d);
     }
   }
   for (const bool permuted : {false, true}) {
     const auto plain = plain_distances(5, complete_graph(5), permuted, permuted ? 3 : 4);
-    const WindowTable& table = WindowTable::of(5, complete_graph(5), permuted);
+    const MapTable& table = MapTable::of(5, complete_graph(5), permuted);
     for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(5, rows)), d);
   }
 }
@@ -97,7 +98,7 @@ TEST(CnotWindowTable, DescendsToAShortestCircuit) {
   Rng rng(1, 0);
   for (const bool permuted : {false, true}) {
     for (int k = 2; k <= 5; ++k) {
-      const WindowTable& table = WindowTable::of(k, complete_graph(k), permuted);
+      const MapTable& table = MapTable::of(k, complete_graph(k), permuted);
       for (int round = 0; round < 200; ++round) {
         SmallMatrix m = table.identity();
         for (int g = 0; g < 30; ++g) {
@@ -122,10 +123,9 @@ TEST(CnotWalk, KeepsTheMapAtEveryStep) {
   for (const bool permuted : {false, true}) {
     for (const int n : {2, 3, 4, 5, 7, 12}) {
       const BoolMatrix m = support::random_invertible(n, matrices);
-      const CnotSearchOptions options{.exact = !permuted, .seed = 5};
+      const Task task{.outputs = support::outputs(!permuted), .seed = 5};
       const BlockRewriter rewriter(std::min(n, 5), permuted);
-      Walk<const BlockRewriter> walk(gate_list(search_cnot(packed(m), options, steps(0))),
-                                     rewriter);
+      Walk<const BlockRewriter> walk(gate_list(search_cnot(packed(m), task, steps(0))), rewriter);
       for (int step = 0; step < 300; ++step) {
         walk.step(0.5F, rng);
         ASSERT_TRUE(implements(free_circuit(walk.list()), m, !permuted)) << n << " step " << step;
@@ -141,8 +141,8 @@ TEST(CnotSearch, FindsACircuitOfEverySize) {
     const BoolMatrix m = support::random_invertible(n, matrices);
     for (const bool exact : {false, true}) {
       for (const int window : {4, 5}) {
-        const CnotSearchOptions options{.exact = exact, .seed = 1, .window = window};
-        const FreeCircuit found = search_cnot(packed(m), options, steps(n < 20 ? 3000 : 300));
+        const Task task{.outputs = support::outputs(exact), .seed = 1};
+        const FreeCircuit found = search_cnot(packed(m), task, steps(n < 20 ? 3000 : 300), window);
         ASSERT_TRUE(implements(found, m, exact)) << n;
       }
     }
@@ -153,10 +153,10 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   // Output 0 is input 1, output 1 is input 2, output 2 is input 0 plus input 1: one CNOT and a
   // cycle.
   const BoolMatrix m = support::matrix({"010", "001", "110"});
-  const FreeCircuit free = search_cnot(packed(m), {.exact = false}, steps(10));
+  const FreeCircuit free = search_cnot(packed(m), {.outputs = Outputs::anywhere}, steps(10));
   EXPECT_EQ(support::show(free.circuit.gates), "(1,0)");
   EXPECT_EQ(free.perm, (std::vector<int>{1, 2, 0}));
-  const FreeCircuit exact = search_cnot(packed(m), {.exact = true}, steps(10));
+  const FreeCircuit exact = search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10));
   EXPECT_EQ(exact.circuit.gates.size(), 5U);
   EXPECT_TRUE(implements(exact, m, true));
 }
@@ -170,7 +170,8 @@ TEST(CnotSearch, ThePublicDoorLeadsToTheSame) {
       const auto circuit = synthesis::search_synthesis(n, m, perm, in_place, {.steps = 2000});
       EXPECT_TRUE(implements({circuit, perm}, m, in_place));
       EXPECT_EQ(circuit.gates,
-                search_cnot(packed(m), {.exact = in_place}, steps(2000)).circuit.gates);
+                search_cnot(packed(m), {.outputs = support::outputs(in_place)}, steps(2000))
+                    .circuit.gates);
     }
   }
 }
@@ -182,9 +183,9 @@ TEST(CnotSearch, MoreStepsAreNeverWorseAndRepeat) {
     for (const bool exact : {false, true}) {
       std::size_t last = 100000;
       for (const std::uint64_t count : {0, 100, 3000, 20000, 90000}) {
-        const CnotSearchOptions options{.exact = exact, .seed = 4, .stream = 2};
-        const auto found = search_cnot(m, options, steps(count)).circuit.gates;
-        EXPECT_EQ(found, search_cnot(m, options, steps(count)).circuit.gates);
+        const Task task{.outputs = support::outputs(exact), .seed = 4, .stream = 2};
+        const auto found = search_cnot(m, task, steps(count)).circuit.gates;
+        EXPECT_EQ(found, search_cnot(m, task, steps(count)).circuit.gates);
         EXPECT_LE(found.size(), last);
         last = found.size();
       }
@@ -204,7 +205,7 @@ TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
     last = point.count;
     if (point.steps > 50000) stop = true;
   };
-  const FreeCircuit found = search_cnot(packed(m), {.exact = false}, effort);
+  const FreeCircuit found = search_cnot(packed(m), {.outputs = Outputs::anywhere}, effort);
   EXPECT_TRUE(implements(found, m, false));
   EXPECT_EQ(static_cast<int>(found.circuit.gates.size()), last);
 }
@@ -227,7 +228,8 @@ TEST(CnotSearch, BlocksAreTakenApart) {
   put(six, 10, 3);
   EXPECT_EQ(blocks_of(packed(m)).size(), 3U);
   for (const bool exact : {false, true}) {
-    EXPECT_TRUE(implements(search_cnot(packed(m), {.exact = exact}, steps(20000)), m, exact));
+    EXPECT_TRUE(implements(
+        search_cnot(packed(m), {.outputs = support::outputs(exact)}, steps(20000)), m, exact));
   }
 }
 

@@ -10,8 +10,9 @@
 
 #include "support/graphs.h"
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 namespace {
 
@@ -20,14 +21,16 @@ using namespace zelt::braidwerk::internal;
 
 GateList searched(const BoolMatrix& m, const structures::Graph& device, std::uint64_t steps,
                   int reach = 0, std::uint64_t seed = 1, bool by_depth = false) {
-  DeviceSearchOptions options;
-  options.by_depth = by_depth;
-  options.reach = reach;
-  options.seed = seed;
+  const BitGraph graph(device);
+  const Task task{.objective = support::objective(by_depth),
+                  .outputs = reach == any_reach ? Outputs::anywhere : Outputs::within_reach,
+                  .reach = reach,
+                  .device = &graph,
+                  .seed = seed};
   Effort effort;
   effort.steps = steps;
   const int n = device.n;
-  return search_cnot_on_device(BitMatrix::pack(m, n, n), BitGraph(device), options, effort);
+  return search_cnot_on_device(BitMatrix::pack(m, n, n), task, effort);
 }
 
 std::vector<std::tuple<int, int>> cnots(const GateList& list) {
@@ -59,7 +62,7 @@ std::string fault(const GateList& list, const BoolMatrix& m, const structures::G
   }
   std::vector<int> wire(m.size());
   for (std::size_t w = 0; w < m.size(); ++w) {
-    const int output = wire_of(list.origin[4 * w]);
+    const int output = list.frame.output_on(static_cast<int>(w));
     wire[at(output)] = static_cast<int>(w);
     if (reach < any_reach && distance(device, output, static_cast<int>(w)) > reach) {
       return "too far from its place";
@@ -157,9 +160,9 @@ TEST(DeviceSearch, TablesOfALine) {
       }
     }
   }
-  const SmallGraph line = edge_bit(0, 1) | edge_bit(1, 2) | edge_bit(2, 3);
-  const WindowTable& in_place = WindowTable::of(4, line, false);
-  const WindowTable& moved = WindowTable::of(4, line, true);
+  const WindowGraph line = pair_bit(0, 1) | pair_bit(1, 2) | pair_bit(2, 3);
+  const MapTable& in_place = MapTable::of(4, line, false);
+  const MapTable& moved = MapTable::of(4, line, true);
   EXPECT_EQ(exact.size(), 20160u);
   for (const auto& [rows, gates] : exact) {
     ASSERT_EQ(in_place.distance(small(rows)), gates);

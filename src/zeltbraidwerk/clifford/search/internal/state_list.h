@@ -9,7 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// \file
 /// Gates that turn zeros into a state, and what they are apart from signs: behind the gates, label
-/// origin[end] of the state is found on `end`.
+/// frame[end] of the state is found on `end`.
 
 /// The plain circuit: brought to the form of a graph state, a gate an edge. Of a graph the edges
 /// are its own.
@@ -20,7 +20,7 @@ GateList by_graph(const PauliFrame& stabilisers);
 GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 
 /// The stabilisers, without signs, of what the first `count` gates make of zeros.
-PauliFrame stabilisers_behind(const GateList& list, int count);
+PauliFrame stabilisers_after(const GateList& list, int count);
 
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others behind it.
 GateList continued(GateList begin, const GateList& list, int count);

@@ -68,9 +68,9 @@ class BlockwiseSearch {
         return end_of(block.cols[static_cast<std::size_t>(wire_of(end))], label_of(end));
       };
       for (const Gate& gate : part.gates) all.gates.push_back({wire(gate.a), wire(gate.b)});
-      for (std::size_t end = 0; end < part.origin.size(); ++end) {
-        const End from = part.origin[end];
-        all.origin[wire(static_cast<End>(end))] =
+      for (std::size_t end = 0; end < part.frame.size(); ++end) {
+        const End from = part.frame[end];
+        all.frame[wire(static_cast<End>(end))] =
             end_of(block.rows[static_cast<std::size_t>(wire_of(from))], label_of(from));
       }
     }
@@ -170,18 +170,18 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
 
 }  // namespace
 
-FreeCircuit search_cnot(const BitMatrix& m, const CnotSearchOptions& options,
-                        const Effort& effort) {
-  Rng rng(options.seed, options.stream);
+FreeCircuit search_cnot(const BitMatrix& m, const Task& task, const Effort& effort,
+                        int largest_window) {
+  Rng rng(task.seed, task.stream);
   Meter meter(effort);
-  meter.prove(bound_of_map(m, options.exact));
+  meter.prove(bound_of_map(m, task.in_place()));
   if (meter.bound().count == 0) {
     Keeper only(relabelled(m), meter);
     return free_circuit(only.best());
   }
-  const int window = std::clamp(options.window, 2, most_window_wires);
-  return free_circuit(options.exact ? search_exact(m, window, rng, meter)
-                                    : search_free(m, window, rng, meter));
+  const int window = std::clamp(largest_window, 2, most_window_wires);
+  return free_circuit(task.in_place() ? search_exact(m, window, rng, meter)
+                                      : search_free(m, window, rng, meter));
 }
 
 }  // namespace zelt::braidwerk::internal
