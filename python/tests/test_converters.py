@@ -416,7 +416,7 @@ def test_conditions_for_stim(stim):
     ("text", "complaint"),
     [
         ("H 0\nX_ERROR(0.1) 0", "instruction 1: got X_ERROR, wanted gates"),
-        ("M(0.1) 0", r"instruction 0: got M\(0.1\), wanted no noise"),
+        ("M(0.1) 0", r"instruction 0: got M\(0.1\), wanted gates without noise"),
         ("M 0\nDETECTOR rec[-1]", "instruction 1: got DETECTOR"),
         ("M 0\nOBSERVABLE_INCLUDE(0) rec[-1]", "instruction 1: got OBSERVABLE_INCLUDE"),
         ("MPAD 0", "instruction 0: got MPAD"),

@@ -43,7 +43,7 @@ def test_random_graphs_cost_far_less_than_their_edges(n, most):
     assert result.count <= most < np.triu(graph).sum() or n == 8
     simulator = stim.TableauSimulator()
     simulator.do(result.circuit.to_stim())
-    for stabiliser in result.stabilisers():
+    for stabiliser in result.stabilizers:
         assert simulator.peek_observable_expectation(stim.PauliString(stabiliser)) == 1
 
 

@@ -111,7 +111,7 @@ def test_forms(package, form):
         (7, {}, errors.DtypeError, "operator: got int"),
         ("XZ", {}, errors.DtypeError, "operator: got str"),
         ((["X"], ["Z", "Z"]), {}, errors.ShapeError, "got 1 images of X and 2 of Z"),
-        ((["XI"], ["ZI"]), {}, errors.ShapeError, "images of 1 qubits on 2"),
+        ((["XI"], ["ZI"]), {}, errors.ShapeError, "got 1 images of 2 letters, wanted 1"),
         (
             (["XI", "XI"], ["ZI", "IZ"]),
             {},

@@ -42,7 +42,7 @@ def test_every_parity_gets_its_angle_and_wires_end_as_they_should(on_device, dat
     n = data.draw(st.integers(0, whole)) if on_device else whole
     poly = data.draw(polynomials(n))
     device = Device(whole, edges) if on_device else None
-    endings = [{"leftover": "return"}, {}, {"permutation": "free"}]
+    endings = [{"tail": "return"}, {}, {"permutation": "free"}]
     for method in phase.methods(device=on_device):
         steps = 300 if method in ("auto", "search") else None
         for ending in endings:
@@ -60,7 +60,7 @@ def test_every_parity_gets_its_angle_and_wires_end_as_they_should(on_device, dat
             }
             wanted = [frozenset([q]) for q in range(result.circuit.n)]
             for q, wire in enumerate(result.permutation):
-                row = [q] if result.leftover is None else np.flatnonzero(result.leftover[q])
+                row = [q] if result.tail is None else np.flatnonzero(result.tail[q])
                 wanted[place[wire]] = frozenset(place[c] for c in row)
             assert wires == wanted
             if ending != {"permutation": "free"}:
@@ -81,9 +81,9 @@ def test_plain_methods_are_those_of_the_library():
         graph.add_edge(*edge)
     own = {None: core.gray_synth(poly), device: core.gray_synth_on_graph(poly, graph)}
     for on, (gates, table) in own.items():
-        result = phase.synthesize(ordered, method="gray", device=on, leftover="return", restarts=1)
+        result = phase.synthesize(ordered, method="gray", device=on, tail="return", restarts=1)
         assert result.circuit == Circuit.from_core(6, gates)
-        assert np.array_equal(result.leftover, table.to_bool_bool())
+        assert np.array_equal(result.tail, table.to_bool_bool())
 
 
 def test_every_form_of_a_polynomial_reads_alike():
@@ -125,7 +125,7 @@ def test_wrong_results_do_not_verify():
         "a phase is there twice": {"circuit": Circuit(3, (*gates[: a + 1], *gates[a:]))},
         "a phase has another's angle": {"circuit": Circuit(3, swapped)},
         "a CNOT is missing": {"circuit": Circuit(3, gates[:-1])},
-        "a map is left": {"leftover": replay(3, [(0, 1)])},
+        "a map is left": {"tail": replay(3, [(0, 1)])},
         "not on the device": {"device": Device(3, [(0, 2)])},
         "another wire": {"permutation": (1, 0, 2)},
     }
@@ -152,7 +152,7 @@ def test_searches():
         }
         assert len(results) == 1
         free = phase.synthesize(poly, steps=30000, permutation="free", **options)
-        kept = phase.synthesize(poly, steps=30000, leftover="return", **options)
+        kept = phase.synthesize(poly, steps=30000, tail="return", **options)
         assert kept.count < free.count < counts[2] + 1
         assert phase.synthesize(poly, budget=1e-9, **options).verify()
     shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", steps=30000)
@@ -170,7 +170,7 @@ def test_plain_methods_search_for_another_closing():
         options = {"device": device, "n": 10, "seed": 4, "method": "gray"}
         counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
         assert counts[2] <= counts[1] + 1 <= counts[0] + 1
-        kept = phase.synthesize(poly, restarts=5, leftover="return", **options)
+        kept = phase.synthesize(poly, restarts=5, tail="return", **options)
         assert kept.count < counts[1]
         assert phase.synthesize(poly, budget=1e-9, **options).verify()
 
@@ -204,12 +204,12 @@ def test_polynomial_of_a_circuit_follows_flips():
         (({"1": float("nan")}, {}), errors.AngleError, "got nan"),
         (({"1": None}, {}), errors.DtypeError, "polynomial: got None"),
         (({"1": "0.5"}, {}), errors.AngleError, "polynomial: got '0.5', wanted a number, not text"),
-        (({"1": 1}, {"leftover": "undo"}), errors.OptionError, "leftover: got 'undo'"),
+        (({"1": 1}, {"tail": "undo"}), errors.OptionError, "tail: got 'undo'"),
         (({"1": 1}, {"method": "best"}), errors.UnknownMethodError, "wanted one of auto, gray"),
         (
-            ({"1": 1}, {"leftover": "return", "permutation": "free"}),
+            ({"1": 1}, {"tail": "return", "permutation": "free"}),
             errors.OptionError,
-            "permutation: got 'free' with leftover='return'",
+            "permutation: got 'free' with tail='return'",
         ),
         (
             ({"1": 1}, {"device": "qx5", "method": "greedy"}),

@@ -49,11 +49,11 @@ def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
             matrix = rotation_matrix(letters, float(angle)) @ matrix
         assert same_up_to_phase(tail_matrix(form.tail) @ matrix, wanted)
         assert form.verify()
-    options = {"depth": depth, "objective": objective}
+    options = {"lookahead": depth, "objective": objective}
     for result in (
         routing.route(source, device, tail="return", **options),
-        routing.route_ions(source, depth=depth),
-        routing.route_ions(source, shelving=(0.01, 0.002), depth=depth),
+        routing.route_ions(source, lookahead=depth),
+        routing.route_ions(source, shelving=(0.01, 0.002), lookahead=depth),
     ):
         assert result.verify()
         assert same_up_to_phase(tail_matrix(result.tail) @ unitary(result.circuit), wanted)
@@ -172,7 +172,7 @@ def test_standard_output_stays_quiet_and_the_core_agrees(capfd):
         graph.add_edge(a, b)
     start = core.OperatorTableau(4)
     for name, objective in (("clifford_nnize", "count"), ("clifford_nnize_depth", "depth")):
-        result = routing.route(source, device, objective=objective, depth=1, tail="return")
+        result = routing.route(source, device, objective=objective, lookahead=1, tail="return")
         gates, frame = getattr(core, name)(source.to_core(), graph, 1, True, True, start, 0)
         assert Circuit.from_core(4, gates) == result.circuit
         assert CliffordTableau.from_core(frame).inverse() == result.tail
@@ -231,17 +231,21 @@ LONG = "qreg q[9];" + 40 * LAYER
         (
             lambda: routing.route(T3, Device(4, [(0, 1), (2, 3)])),
             errors.DisconnectedDeviceError,
-            "in pieces of 2, 2",
+            "component has 2 qubits, wanted 3",
         ),
-        (lambda: routing.route(T3, Device.line(3), depth=-1), errors.OptionError, "depth: got -1"),
-        (lambda: routing.route(T3, Device.line(3), depth=1.5), errors.DtypeError, "depth"),
+        (
+            lambda: routing.route(T3, Device.line(3), lookahead=-1),
+            errors.OptionError,
+            "lookahead: got -1",
+        ),
+        (lambda: routing.route(T3, Device.line(3), lookahead=1.5), errors.DtypeError, "lookahead"),
         (lambda: routing.route(T3, "nowhere"), errors.DeviceError, "wanted one of"),
         (
-            lambda: routing.route(LONG, Device.grid(3, 3), depth=10**6),
+            lambda: routing.route(LONG, Device.grid(3, 3), lookahead=10**6),
             errors.TooLargeError,
-            "depth: got 1000000, which makes about",
+            "lookahead: got 1000000, which makes about",
         ),
-        (lambda: routing.route_ions(LONG, depth=40), errors.TooLargeError, "plans of"),
+        (lambda: routing.route_ions(LONG, lookahead=40), errors.TooLargeError, "plans of"),
         (lambda: routing.route(T3, Device.line(3), objective="x"), errors.OptionError, "got 'x'"),
         (lambda: routing.route(T3, Device.line(3), tail="open"), errors.OptionError, "tail: got"),
         (lambda: routing.route(T3, Device.line(3), budget=0), errors.OptionError, "budget"),
@@ -270,7 +274,7 @@ LONG = "qreg q[9];" + 40 * LAYER
         (lambda: routing.route_ions(T3).readout(["Z"]), errors.PauliError, "got 1 letters"),
         (lambda: routing.route_ions(T3, shelving=(0.1, 2)), errors.OptionError, "got the rate 2"),
         (
-            lambda: routing.route(LONG, Device.grid(3, 3), depth=9, budget=0.01),
+            lambda: routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=0.01),
             errors.UnfinishedError,
             "larger budget",
         ),
@@ -295,7 +299,7 @@ def test_bad_arguments_are_refused_by_name(call, error, text):
 def test_ctrl_c_ends_a_run(ctrl_c):
     start = time.perf_counter()
     with pytest.raises(errors.Interrupted):
-        routing.route(LONG, Device.grid(3, 3), depth=9, budget=60)
+        routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=60)
     assert time.perf_counter() - start < 10
 
 

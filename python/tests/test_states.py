@@ -94,7 +94,7 @@ def test_forms_of_states(package, form):
 
 def test_options_of_the_search():
     graph = zb.gallery.random_graph(24, 3)
-    strings = zb.graph_state.synthesize(graph, method="naive").stabilisers()
+    strings = zb.graph_state.synthesize(graph, method="naive").stabilizers
     told = []
     first = synthesize_state(strings, seed=5, steps=3000, restarts=3, progress=told.append)
     assert first == synthesize_state(strings, seed=5, steps=3000, restarts=3, jobs=2)
@@ -124,8 +124,8 @@ def test_verification_finds_faults():
     ("state", "error", "text"),
     [
         (["XX", "ZZZ"], errors.PauliError, "state: got 3 letters, wanted 2"),
-        (["XX"], errors.ShapeError, "state: got 1 stabilisers of 2 letters, wanted 2"),
-        (["X", "X"], errors.ShapeError, "got 2 stabilisers of 1 letters, wanted 1"),
+        (["XX"], errors.ShapeError, "state: got 1 stabilizers of 2 letters, wanted 2"),
+        (["X", "X"], errors.ShapeError, "got 2 stabilizers of 1 letters, wanted 1"),
         (["XI", "ZI"], errors.PauliError, "state: got XI and ZI, which do not commute"),
         (["XX", "-XX"], errors.PauliError, "state: got XX, which is a product"),
         (["XXI", "IXX", "XIX"], errors.PauliError, "got XIX, which is a product"),
