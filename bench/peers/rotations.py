@@ -105,7 +105,7 @@ def ours(order: str = "free", **options: object):
 
 
 def is_right(circuit: zb.Circuit, rotations: Rotations) -> bool:
-    """Each rotation once, in whatever order, and a permutation of the wires at most behind them."""
+    """Each rotation once, in whatever order, and a permutation of the wires at most after them."""
     left = dict(rotations)
     pulled = PulledBack(circuit.n)
     for gate in circuit:

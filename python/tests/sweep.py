@@ -223,7 +223,7 @@ def routing(draw, n):
     n = max(n, 1)
     ground = draw.ground(n, 1)
     options = draw.options(ground, lookahead=[0, 0, 1], tail=["close", "close", "return"])
-    kept = {name: options[name] for name in ("objective", "depth", "tail", "device")}
+    kept = {name: options[name] for name in ("objective", "lookahead", "tail", "device")}
     # Where unitaries are small, rotations may add up to Clifford gates.
     dense = ground[0] <= 5 and kept["tail"] == "close"
     source = Circuit(n, [draw.gate(n, dense) for _ in range(draw.choice((3, 2 * n, 60)))])

@@ -338,8 +338,16 @@ def test_wrong_results_on_a_device_do_not_verify(dense):
     ("options", "error", "text"),
     [
         ({"device": Device.line(3)}, errors.DeviceTooSmallError, "wanted at least 4 qubits"),
-        ({"device": LINE_AND_DOT}, errors.DisconnectedDeviceError, "in pieces of 3, 1 qubits"),
-        ({"device": LINE_AND_DOT, "method": "steiner"}, errors.DisconnectedDeviceError, "4 that"),
+        (
+            {"device": LINE_AND_DOT},
+            errors.DisconnectedDeviceError,
+            "component has 3 qubits, wanted 4",
+        ),
+        (
+            {"device": LINE_AND_DOT, "method": "steiner"},
+            errors.DisconnectedDeviceError,
+            "4 connected",
+        ),
         ({"device": STAR, "method": "steiner"}, errors.NoHamiltonianPathError, "but there is none"),
         ({"device": STAR, "method": "pmh"}, errors.UnknownMethodError, "wanted one of auto, row_c"),
         ({"method": "steiner"}, errors.UnknownMethodError, "got 'steiner', wanted one of auto"),

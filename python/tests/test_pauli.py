@@ -307,7 +307,7 @@ def test_operators_of_qiskit():
     terms = pauli.synthesize(operator, order="free", method="ladder").rotations
     assert terms == (("IXX", 0.6), ("YYI", -0.4), ("ZIZ", 1.4))
     gate = library.PauliEvolutionGate(operator, synthesis=synthesis.MatrixExponential())
-    with pytest.raises(errors.OptionError, match="MatrixExponential, which is no product"):
+    with pytest.raises(errors.OptionError, match="MatrixExponential, which is not a product"):
         pauli.synthesize(gate)
     steps = library.PauliEvolutionGate(operator, synthesis=synthesis.LieTrotter(3))
     with pytest.raises(errors.OptionError, match="again after"):

@@ -231,7 +231,7 @@ LONG = "qreg q[9];" + 40 * LAYER
         (
             lambda: routing.route(T3, Device(4, [(0, 1), (2, 3)])),
             errors.DisconnectedDeviceError,
-            "in pieces of 2, 2",
+            "component has 2 qubits, wanted 3",
         ),
         (
             lambda: routing.route(T3, Device.line(3), lookahead=-1),

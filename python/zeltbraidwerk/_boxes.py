@@ -1,4 +1,4 @@
-"""The operations of a circuit as boxes of a picture."""
+"""The boxes that show the operations of a circuit in a picture."""
 
 from __future__ import annotations
 

@@ -1,4 +1,4 @@
-"""What all circuits share: pictures, and the ways to other formats and back."""
+"""What all circuits share: counts, pictures, and conversion to and from other formats."""
 
 from __future__ import annotations
 
@@ -28,7 +28,7 @@ if TYPE_CHECKING:
 
 
 class CircuitBase:
-    """What all circuits share: pictures, and the ways out and in."""
+    """What all circuits share: counts, pictures, and conversion to and from other formats."""
 
     _n: int
 
@@ -73,7 +73,8 @@ class CircuitBase:
     @classmethod
     @abstractmethod
     def _of_read(cls, read: Read) -> Self:
-        """Of what a reader has read; raises where an operation does not fit the kind of circuit."""
+        """From the output of a reader; raises where an operation does not fit the kind of
+        circuit."""
 
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
@@ -89,21 +90,22 @@ class CircuitBase:
 
     @classmethod
     def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
-        """Reads OpenQASM 2, whole: several registers, numbered through in their order, the gates of
-        ``qelib1.inc`` as it is commonly shipped, gate definitions, measurements, resets, barriers
+        """Reads all of OpenQASM 2: several registers, numbered in their order, the gates of the
+        common ``qelib1.inc``, gate definitions, measurements, resets, barriers
         and ``if``.
 
-        Gates are taken apart into those of :class:`Gate`, up to a global phase; definitions in the
+        Gates are decomposed into those of :class:`Gate`, up to a global phase; definitions in the
         text win over the header's, whose gates are known without ``include`` as well. An ``if``
-        that can never hold is left out. Block comments are read too. Limits: 1,000,000 qubits and
-        bits each, definitions nested 100 deep, 4,000,000 operations after expansion, where an
-        operation counts once for each bit of its condition and a barrier once for each qubit.
+        whose condition can never hold is left out. Block comments are read too. Limits: 1,000,000
+        qubits and bits each, definitions nested 100 deep, 4,000,000 operations after expansion,
+        where an operation counts once for each bit of its condition and a barrier once for each
+        qubit.
 
         ``include`` of any other file and other versions are refused. A
         :class:`~zeltbraidwerk.errors.QasmError` tells the line.
 
-        ``reader`` is "own", "qiskit", or "auto": Qiskit's where it is installed, and ours where
-        that is not or refuses the text. What both read is the same.
+        ``reader`` is "own" for the reader of this package, "qiskit", or "auto": Qiskit's where it
+        is installed and accepts the text, else the own one. Both read the same circuit.
         """
         return cls._of_read(_interop_qasm.read(text, reader))
 
@@ -113,13 +115,13 @@ class CircuitBase:
 
     @classmethod
     def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
-        """Reads any circuit that Qiskit can take apart: by its definitions and, where a gate has
-        none, by its transpiler at level 0.
+        """Reads any circuit that Qiskit can decompose: by the definitions of its gates and, where a
+        gate has none, by the transpiler at level 0.
 
         Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
         are kept, and so are classical registers; delays are left out. Other control flow, and gates
-        that nothing takes apart, are refused with the index of the instruction; so are angles with
-        symbols that are no Parameter alone.
+        that cannot be decomposed, are refused with the index of the instruction; so are symbolic
+        angles other than a single Parameter.
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 
@@ -129,7 +131,7 @@ class CircuitBase:
 
     @classmethod
     def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
-        """Reads any circuit that pytket can take apart, qubits in the order of
+        """Reads any circuit that pytket can decompose, with qubits in the order of
         ``circuit.qubits``.
 
         Boxes are decomposed and gates rebased on a copy; a permutation of wires becomes gates.
@@ -151,8 +153,8 @@ class CircuitBase:
         """Reads a circuit of Stim: all unitary gates, measurements and resets in any basis,
         measurements of Pauli products, and Pauli gates controlled by records.
 
-        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS carry no
-        operation and are passed over. Noise, detectors and observables are refused with the index
-        of the instruction. Limit: 4,000,000 operations once REPEAT is written out.
+        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS are
+        not operations and are left out. Noise, detectors and observables are refused with the index
+        of the instruction. Limit: 4,000,000 operations after expansion of REPEAT.
         """
         return cls._of_read(_interop_stim.read(circuit))

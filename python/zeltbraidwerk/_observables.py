@@ -1,4 +1,4 @@
-"""Observables after a circuit that leaves a Clifford operator undone."""
+"""Observables after a circuit whose tail, a Clifford operator, is left open."""
 
 from __future__ import annotations
 
@@ -99,7 +99,7 @@ class MovesObservables(Result):
 
 
 def _coefficient(value: Any, minus: bool) -> Any:
-    """A finite number, or a symbol of whatever package, with its sign."""
+    """A finite number, or a symbol of any package, with its sign."""
     try:
         if isinstance(value, (bool, np.bool_, np.ndarray)):
             raise TypeError
@@ -120,7 +120,7 @@ def _is_finite(value: Any) -> bool:
 @dataclass(frozen=True)
 class Readout:
     """A basis change to append before all qubits are measured. The value of observable k is then
-    ``signs[k]``, turned over for each of ``qubits[k]`` that comes out as 1."""
+    ``signs[k]``, times -1 for each of ``qubits[k]`` that is measured as 1."""
 
     circuit: Circuit
     qubits: tuple[tuple[int, ...], ...]

@@ -12,7 +12,7 @@ from zeltbraidwerk import _validate
 
 @dataclass(frozen=True)
 class Effort:
-    """The options on how long to search, checked."""
+    """The options of the length of a search, checked."""
 
     seed: int | None
     restarts: int | None
@@ -41,7 +41,7 @@ class Point:
 
 
 class Progress(int):
-    """The objective as an int, and all that there is to tell of the best circuit so far."""
+    """The objective of the best circuit so far as an int, with its count, depth and seconds."""
 
     count: int
     depth: int

@@ -1,4 +1,4 @@
-"""Where on a device a circuit goes: found, or refused by name, before work starts."""
+"""The qubits of a device that a circuit uses: chosen, or refused, before work starts."""
 
 from __future__ import annotations
 
@@ -13,7 +13,7 @@ from zeltbraidwerk.devices import Device
 
 @dataclass(frozen=True)
 class Site:
-    """Qubits of a device that hang together, wire k on ``qubits[k]``, and perhaps a Hamiltonian
+    """Connected qubits of a device, wire k on ``qubits[k]``, and for some methods a Hamiltonian
     path through the wires."""
 
     device: Device
@@ -27,16 +27,16 @@ class Site:
             return cls(device, tuple(range(n)))
         for qubits in device.connected_parts(n):
             return cls(device, qubits)
-        raise _in_pieces(device, n)
+        raise _disconnected(device, n)
 
     @classmethod
     def with_path(cls, device: Device, n: int, seconds: float) -> Site:
-        """The first part that has a path; a part takes an even share of the time."""
+        """The first connected part with a path; each part gets the same share of the time."""
         _refuse_small(device, n)
         whole = n == device.n and (n == 0 or device.is_connected)
         parts = [tuple(range(n))] if whole else list(device.connected_parts(n))
         if not parts:
-            raise _in_pieces(device, n)
+            raise _disconnected(device, n)
         unfinished = False
         for qubits in parts:
             try:
@@ -73,9 +73,8 @@ def _refuse_small(device: Device, n: int) -> None:
         raise errors.DeviceTooSmallError(f"device: got {device!r}, wanted at least {n} qubits")
 
 
-def _in_pieces(device: Device, n: int) -> errors.DisconnectedDeviceError:
+def _disconnected(device: Device, n: int) -> errors.DisconnectedDeviceError:
     return errors.DisconnectedDeviceError(
-        f"device: got {device!r} in pieces of "
-        f"{', '.join(str(len(piece)) for piece in device._pieces[:4])} qubits at most, "
-        f"wanted {n} that hang together"
+        f"device: got {device!r}, whose largest connected component has "
+        f"{len(device._pieces[0])} qubits, wanted {n} connected qubits"
     )

@@ -1,4 +1,4 @@
-"""Circuits: immutable values that draw themselves and convert to other packages' formats."""
+"""Circuits: immutable values that can be drawn and converted to the formats of other packages."""
 
 from __future__ import annotations
 
@@ -59,7 +59,7 @@ class CnotCircuit(CircuitBase):
 
     @classmethod
     def _trusted(cls, n: int, gates: npt.NDArray[np.int32]) -> CnotCircuit:
-        """Of an array that nobody else holds and whose entries are known to be right."""
+        """From an array that nobody else holds and whose entries are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n = n
         circuit._gates = _validate.frozen(gates)
@@ -186,8 +186,8 @@ class Circuit(CircuitBase):
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
-        """Whatever stands for a circuit: one of these, a CnotCircuit, a circuit of Qiskit, pytket
-        or Stim, text in OpenQASM 2, or the path of a file of it."""
+        """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
+        pytket or Stim, text in OpenQASM 2, or the path of a file with such text."""
         if isinstance(source, Circuit):
             return source
         if isinstance(source, CnotCircuit):
@@ -210,7 +210,7 @@ class Circuit(CircuitBase):
     def _trusted(
         cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
     ) -> Circuit:
-        """Of parts that are known to be right."""
+        """From parts that are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._items, circuit._classical = n, operations, classical
         return circuit
@@ -236,7 +236,7 @@ class Circuit(CircuitBase):
 
     @property
     def classical(self) -> tuple[Register, ...]:
-        """The classical registers; their bits are numbered through in this order."""
+        """The classical registers; their bits are numbered from 0 in this order."""
         return self._classical
 
     @property
@@ -276,15 +276,15 @@ class Circuit(CircuitBase):
         """The circuit without what ends it, and the ending: measurements and resets after which
         neither a gate uses their qubit nor a condition their bit, and barriers among them.
 
-        The two one after the other are the circuit, up to the order of operations that do not
-        meet and the place of barriers. What other functions need to be gates alone is the first.
+        The first followed by the second is the circuit, up to the order of operations on different
+        qubits and the places of barriers. Functions that need gates alone take the first.
 
         >>> circuit = Circuit(2, [Measure(0, 0), Gate.h(1), Measure(1, 1)])
         >>> circuit.split_ending()[0], [str(item) for item in circuit.split_ending()[1]]
         (Circuit(2 qubits, 1 gates, 0 two-qubit, depth 1), ['measure 0 -> 0', 'measure 1 -> 1'])
         """
         parts: tuple[list[Operation], list[Operation]] = ([], [])
-        busy: set[int] = set()  # what gates and conditions use from here on; bit b is -1 - b
+        busy: set[int] = set()  # used by later gates and conditions; bit b is -1 - b
         for item in reversed(self._items):
             bits = {-1 - bit for bit in bits_of(item)}
             ends = isinstance(item, (Measure, Reset, Barrier)) and busy.isdisjoint(
@@ -315,7 +315,7 @@ class Circuit(CircuitBase):
         )
 
     def inverse(self) -> Circuit:
-        """Gates backwards, barriers among them; other operations have no inverse."""
+        """The inverse gates and the barriers in reverse order; other operations have no inverse."""
         gates_alone(self, "circuit")
         return self._trusted(
             self._n,

@@ -86,7 +86,7 @@ def synthesize(
     "naive" takes one CZ per edge. "decoding" builds the state vertex by vertex, each attached by
     few gates found by syndrome decoding with ``tries`` random restarts (default: 100); ``restarts``
     is the number of its runs, later ones in another order of the vertices. "search" begins with one
-    gate per edge and gets better for as long as it may go on, as in
+    gate per edge and finds shorter circuits the longer it runs, as in
     :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too. "auto" takes the
     better of "naive" and "search". ``objective`` is "count" or "depth" of gates on two qubits.
     An option that the method does not take is refused.

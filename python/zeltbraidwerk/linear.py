@@ -112,7 +112,7 @@ def synthesize(
     ``result.permutation[r]``.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
-    of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
+    of its edges. Of a larger device a connected part is used: ``result.placement`` tells which.
     "row_column" works on every connected device; "steiner" needs a Hamiltonian path, which is
     searched for before work starts.
 
@@ -120,23 +120,23 @@ def synthesize(
     >>> result.circuit, result.device.fits(result.circuit)
     (CnotCircuit(3 qubits, 2 CNOTs, depth 2), True)
 
-    ``restarts`` is the number of runs of the method: the first one is the method as it stands, the
-    others work on the inverse, the transpose and renamed wires, and with their own draws.
-    ``budget``, in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to
-    ``jobs`` threads (None: one a core). The same ``seed`` gives the same circuit whatever ``jobs``
-    is, unless a budget cuts the search short. ``progress`` is called with the best objective so far
+    ``restarts`` is the number of runs of the method: the first one is the method itself, the others
+    work on the inverse, the transpose and renamed wires, and with other random numbers. ``budget``,
+    in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to ``jobs``
+    threads (None: one per core). The same ``seed`` gives the same circuit whatever ``jobs`` is,
+    unless a budget ends the search early. ``progress`` is called with the best objective so far
     whenever it falls: an int that also has ``count``, ``depth`` and ``seconds``. Ctrl-C stops at
     once and raises :class:`zeltbraidwerk.errors.Interrupted`, which holds the best result so far.
 
-    "search" gets better for as long as it may go on: ``steps`` steps a run, or to the end of the
-    budget; without either it makes 12,500 steps a qubit, which take 0.1 s for 8 qubits and about
-    1 s for 64, or for depth what takes about a second up to 100 qubits. What it does depends on the
-    seed and the step alone: the same seed and steps give the same circuit on every machine, and
-    more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
-    there is no more than a greedy run, in a millisecond for 16 qubits, or a few on a sparse matrix;
+    "search" finds shorter circuits the longer it runs: ``steps`` steps per run, or to the end of
+    the budget; without either it makes 12,500 steps per qubit, which take 0.1 s for 8 qubits and
+    about 1 s for 64, or for depth what takes about a second up to 100 qubits. What it does depends
+    on the seed and the step alone: the same seed and steps give the same circuit on every machine,
+    and more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
+    it makes one greedy run, which takes a millisecond for 16 qubits, or a few on a sparse matrix;
     it is never worse than "pairs". A run ends before its steps where its circuit is proven to be
     the best. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
-    lets outputs end up so many edges from their places, between "exact" (0) and "free".
+    is how many edges from its place an output may end, between "exact" (0) and "free".
 
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count

@@ -1,4 +1,4 @@
-"""Circuits for products of Pauli rotations, as chemistry and optimisation ask for them.
+"""Circuits for products of Pauli rotations, for example of chemistry and optimisation.
 
 A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q acts on qubit q.
 
@@ -79,7 +79,7 @@ def synthesize(
     Qiskit stands for the product that its ``synthesis`` expands it into: LieTrotter or
     SuzukiTrotter with their ``order``, ``reps`` and ``preserve_order``, or one draw of QDrift; a
     MatrixExponential is no product and refused. ``n`` is the number of qubits where there is no
-    string to tell it. Angles of identity strings make a global phase,
+    string. Angles of identity strings make a global phase,
     exp(i ``result.global_phase``).
 
     **Order.** The rotations are a product, of which the first acts first. With
@@ -88,7 +88,7 @@ def synthesize(
     are cut into layers that commute, and each layer is synthesised by itself; only "search" looks
     at all rotations together. With ``order="free"`` all rotations may change places: the
     circuit carries out each one once, in an order that makes it short. That is one Trotter step as
-    good as any other, and mostly another operator than the product.
+    good as any other, and usually not the same operator as the product.
 
     Angles of equal strings are added where everything between them commutes with them. With
     ``order="free"`` a list is refused in which a string comes again after one that does not commute

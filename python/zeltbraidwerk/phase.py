@@ -2,7 +2,7 @@
 
 A phase polynomial is a set of parities, each with an angle: the diagonal operator that turns the
 phase by the angle where the XOR of the parity's qubits is 1. :func:`synthesize` turns it into a
-circuit in which every parity comes up on some wire and gets its phase gate there.
+circuit in which every parity appears on some wire and gets its phase gate there.
 
 >>> import zeltbraidwerk as zb
 >>> result = zb.phase.synthesize({"110": 0.5, "011": "a", "111": 0.25}, seed=1)
@@ -130,10 +130,11 @@ def synthesize(
     on other wires, ``result.permutation[k]`` for qubit k. With "return" the map is not undone and
     returned as ``result.tail``.
 
-    "gray" is GraySynth, "greedy" takes one of the lightest parities after the other; "search" grows
-    circuits in ever wider beams and shortens the best one window by window, for as long as it may
-    go on; "auto" takes the best. With a ``device`` every CNOT is on one of its edges, as in
-    :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too.
+    "gray" is GraySynth, "greedy" realises one of the lightest remaining parities at a time;
+    "search" builds circuits in wider and wider beams and shortens the best one window by window,
+    and finds shorter circuits the longer it runs; "auto" takes the best. With a ``device`` every
+    CNOT is on one of its edges, as in :func:`zeltbraidwerk.linear.synthesize`, which explains the
+    other options too.
 
     >>> parities = zb.gallery.random_parities(8, 64, 1)[0]
     >>> polynomial = {parity: 0.1 for parity in parities}

@@ -36,7 +36,7 @@ _Routed = tuple[list[_core.Gate], _core.OperatorTableau]
 
 _NO_NORMAL_FORM = ("XX", "S*")
 _FAMILY = Family(lambda on_device: ("auto", "trees" if on_device else "global_gates"))
-_MOST_PLANS = 1e8  # hours of work
+_MOST_PLANS = 1e8  # hours of time
 _CLOSING_STEPS = 100_000
 _SHORTEST = 1e-3  # seconds; the first circuit that closes a tail is made in any case
 
