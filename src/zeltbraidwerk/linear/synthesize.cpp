@@ -1,11 +1,6 @@
 #include "zeltbraidwerk/linear/synthesize.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdio>
 #include <iterator>
 #include <limits>
 #include <mutex>
@@ -15,6 +10,7 @@
 
 #include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
 #include "zeltbraidwerk/linear/internal/methods.h"
+#include "zeltbraidwerk/linear/internal/options.h"
 #include "zeltbraidwerk/linear/internal/synthesize.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
@@ -47,55 +43,15 @@ constexpr AutoMethod auto_for_count[] = {
     {"pmh", 1 << 30}, {"pairs", 1 << 30}, {"syndrome", 512}, {"greedy", 64}};
 constexpr AutoMethod auto_for_depth[] = {{"pmh", 1 << 30}, {"blocks", 512}, {"greedy_inverse", 64}};
 
-std::vector<std::string> takers(bool LinearMethod::* takes, bool on_device) {
-  std::vector<std::string> names;
-  for (const LinearMethod& method : linear_method_table()) {
-    if (method.*takes) names.emplace_back(method.name);
-  }
-  if (on_device) names.back() += " without a device";
-  return names;
-}
-
-void check_range(const char* name, std::optional<int> value, int most) {
-  if (!value || (*value >= 1 && *value <= most)) return;
-  throw std::invalid_argument(std::string(name) + ": got " + std::to_string(*value) +
-                              ", wanted 1 to " + std::to_string(most));
-}
-
-/// To three digits.
-std::string shown(double value) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.3g", value);
-  return text.data();
-}
-
-void check_memory(const LinearMethod& method, int n, const LinearMethodOptions& options) {
-  if (n > method.most_qubits) {
-    throw synthesis::TooLargeError("matrix: got " + std::to_string(n) + " qubits, wanted at most " +
-                                   std::to_string(method.most_qubits) + " for '" +
-                                   std::string(method.name) + "'");
-  }
-  if (method.memory == nullptr) return;
-  const double there =
-      static_cast<double>(sysconf(_SC_PAGE_SIZE)) * static_cast<double>(sysconf(_SC_PHYS_PAGES));
-  const double needed = method.memory(n, options);
-  const double states = std::pow(options.width, options.lookahead);
-  if (needed <= there / 2 && states < 0x1p31) return;
-  throw synthesis::TooLargeError("width, lookahead: got " + std::to_string(options.width) +
-                                 " and " + std::to_string(options.lookahead) +
-                                 ", which would take " + shown(states) + " states and " +
-                                 shown(needed / 1e9) + " GB of " + shown(there / 1e9) + " GB");
-}
-
 /// One call: from options to lanes of runs, and from the best run to a result.
 class LinearCall {
  public:
   LinearCall(const BitMatrix& m, const LinearOptions& options)
       : m_(m),
         options_(options),
-        method_options_{options.section, options.width.value_or(1), options.lookahead.value_or(1)},
+        method_options_(method_options(options)),
         control_(options.budget) {
-    check();
+    check_options(options, n());
     if (options.device != nullptr) {
       device_.emplace(*options.device);
       require_connected(*device_, n());
@@ -123,35 +79,6 @@ class LinearCall {
   int n() const { return m_.rows(); }
   bool in_place() const { return options_.outputs != Outputs::anywhere; }
   bool within_auto() const { return options_.method == "auto"; }
-
-  void check() const {
-    check_effort(options_);
-    const bool on_device = options_.device != nullptr;
-    check_method(options_.method, synthesis::linear_methods(on_device), on_device);
-    const bool reach = options_.outputs == Outputs::within_reach;
-    check_options_of(
-        options_.method,
-        {{"section", options_.section.has_value(), takers(&LinearMethod::takes_section, on_device)},
-         {"width", options_.width.has_value(), takers(&LinearMethod::takes_beam, on_device)},
-         {"lookahead", options_.lookahead.has_value(),
-          takers(&LinearMethod::takes_beam, on_device)},
-         {"steps", options_.steps.has_value(), {"auto", "search"}},
-         {"reach", reach, {on_device ? "search" : "search on a device"}}});
-    if (options_.outputs == Outputs::left_open) {
-      throw std::invalid_argument(
-          "outputs: got left_open, wanted in_place, within_reach or anywhere");
-    }
-    if (options_.reach < 0) {
-      throw std::invalid_argument("reach: got " + std::to_string(options_.reach) +
-                                  ", wanted at least 0");
-    }
-    check_range("section", options_.section, 30);
-    check_range("width", options_.width, std::numeric_limits<int>::max());
-    check_range("lookahead", options_.lookahead, 64);
-    if (const LinearMethod* method = on_device ? nullptr : linear_method(options_.method)) {
-      check_memory(*method, n(), method_options_);
-    }
-  }
 
   // --- lanes ----------------------------------------------------------------------------------
 

@@ -1,70 +1,19 @@
 #include "zeltbraidwerk/search/internal/runs.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <condition_variable>
 #include <exception>
 #include <limits>
+#include <mutex>
 #include <numeric>
-#include <stdexcept>
 #include <thread>
 #include <tuple>
 
 namespace zelt::braidwerk::internal {
 
-using synthesis::Objective;
 using synthesis::SynthesisOptions;
-
-RunControl::RunControl(std::optional<double> budget) {
-  if (!budget) return;
-  // Longer than a year is no deadline, and would not fit the clock.
-  const std::chrono::duration<double> left(std::min(*budget, 3.2e7));
-  deadline_ = start_ + std::chrono::duration_cast<Control::Clock::duration>(left);
-}
-
-Control RunControl::control(int n) const {
-  // Greedy searches rarely need more than n^2 additions; in a circle they would go on for ever.
-  const long cap = 1000 + static_cast<long>(n) * n;
-  return {deadline_, &stop_, static_cast<int>(std::min(cap, 1L << 30)), nullptr};
-}
-
-Control RunControl::control_of_run(int n, int run) const {
-  Control own = control(n);
-  if (run == 0) own.deadline.reset();
-  return own;
-}
-
-Effort RunControl::effort(std::optional<std::uint64_t> steps) {
-  Effort result;
-  result.control = control(0);
-  result.steps = steps.value_or(std::numeric_limits<std::uint64_t>::max());
-  result.on_better = [this](const SearchPoint& point) { tell(point); };
-  result.on_bound = [this](const LowerBound& proven) {
-    const std::lock_guard lock(mutex_);
-    bound_.raise(proven);
-  };
-  return result;
-}
-
-double RunControl::seconds() const {
-  return std::chrono::duration<double>(Control::Clock::now() - start_).count();
-}
-
-void RunControl::tell(SearchPoint point) {
-  point.seconds = seconds();
-  const std::lock_guard lock(mutex_);
-  points_.push_back(point);
-}
-
-std::vector<SearchPoint> RunControl::news() {
-  const std::lock_guard lock(mutex_);
-  return std::exchange(points_, {});
-}
-
-LowerBound RunControl::bound() {
-  const std::lock_guard lock(mutex_);
-  return bound_;
-}
 
 namespace {
 
@@ -328,17 +277,6 @@ class Runner {
   std::exception_ptr failure_;
 };
 
-[[noreturn]] void refuse(const std::string& name, const std::string& got,
-                         const std::string& wanted) {
-  throw std::invalid_argument(name + ": got " + got + ", wanted " + wanted);
-}
-
-std::string joined(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-  return text;
-}
-
 }  // namespace
 
 BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& options,
@@ -346,54 +284,6 @@ BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& opt
   Runner runner(lanes, options, control);
   runner.work();
   return runner.result();
-}
-
-void check_effort(const SynthesisOptions& options) {
-  if (options.restarts && *options.restarts < 1) {
-    refuse("restarts", std::to_string(*options.restarts), "at least 1");
-  }
-  if (options.budget && !(*options.budget > 0)) {
-    refuse("budget", std::to_string(*options.budget), "a positive number of seconds");
-  }
-  if (options.jobs < 0 || options.jobs > 1024) {
-    refuse("jobs", std::to_string(options.jobs), "1 to 1024, or 0 for one per core");
-  }
-}
-
-void check_method(const std::string& method, const std::vector<std::string>& known,
-                  bool on_device) {
-  if (std::ranges::find(known, method) != known.end()) return;
-  refuse("method", "'" + method + "'",
-         "one of " + joined(known) + (on_device ? " on a device" : ""));
-}
-
-void check_options_of(const std::string& method, const std::vector<OptionOfSome>& options) {
-  for (const auto& [name, given, takers] : options) {
-    if (!given || std::ranges::find(takers, method) != takers.end()) continue;
-    throw std::invalid_argument(std::string(name) + ": not an option of method '" + method +
-                                "', but of " + joined(takers));
-  }
-}
-
-void check_search_options(const SynthesisOptions& options, const std::vector<std::string>& takers) {
-  check_options_of(options.method, {{"restarts", options.restarts.has_value(), takers},
-                                    {"budget", options.budget.has_value(), takers},
-                                    {"steps", options.steps.has_value(), takers}});
-}
-
-std::optional<std::uint64_t> steps_of_search(const SynthesisOptions& options) {
-  if (!options.steps && !options.budget) return default_search_steps;
-  return options.steps;
-}
-
-int runs_of_search(const SynthesisOptions& options) {
-  if (options.restarts) return *options.restarts;
-  return steps_of_search(options) ? 1 : threads(options);
-}
-
-int threads(const SynthesisOptions& options) {
-  if (options.jobs > 0) return options.jobs;
-  return static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
 }
 
 std::vector<int> in_order(int n) {
