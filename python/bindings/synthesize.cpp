@@ -31,7 +31,7 @@ void PythonCalls::take(nb::python_error& error) {
   interrupted_ = true;
 }
 
-void PythonCalls::tell(const SearchPoint& point) {
+void PythonCalls::report(const SearchPoint& point) {
   if (interrupted_) return;
   const nb::gil_scoped_acquire lock;
   try {

@@ -40,7 +40,7 @@ class PythonCalls {
  public:
   explicit PythonCalls(nb::object progress) : progress_(std::move(progress)) {}
 
-  void tell(const synthesis::SearchPoint& point);
+  void report(const synthesis::SearchPoint& point);
   /// True from Ctrl-C on. Throws what other signals raise.
   bool stop();
 
@@ -62,7 +62,7 @@ auto synthesized(const CommonOptions& common, Options options, Call&& call) {
   static_cast<synthesis::SynthesisOptions&>(options) = common.options;
   if (common.device) options.device = &*common.device;
   if (!common.progress.is_none()) {
-    options.progress = [&](const synthesis::SearchPoint& point) { python.tell(point); };
+    options.progress = [&](const synthesis::SearchPoint& point) { python.report(point); };
   }
   options.stop = [&] { return python.stop(); };
   try {

@@ -30,7 +30,7 @@ Effort RunControl::effort(std::optional<std::uint64_t> steps) {
   Effort result;
   result.control = control(0);
   result.steps = steps.value_or(std::numeric_limits<std::uint64_t>::max());
-  result.on_better = [this](const SearchPoint& point) { tell(point); };
+  result.on_better = [this](const SearchPoint& point) { report(point); };
   result.on_bound = [this](const LowerBound& proven) {
     const std::lock_guard lock(mutex_);
     bound_.raise(proven);
@@ -42,7 +42,7 @@ double RunControl::seconds() const {
   return std::chrono::duration<double>(Control::Clock::now() - start_).count();
 }
 
-void RunControl::tell(SearchPoint point) {
+void RunControl::report(SearchPoint point) {
   point.seconds = seconds();
   const std::lock_guard lock(mutex_);
   points_.push_back(point);

@@ -11,7 +11,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What the runs of one call share: its clock, its deadline, its stop flag, and what they tell.
+/// What the runs of one call share: its clock, its deadline, its stop flag, and what they report.
 class RunControl {
  public:
   explicit RunControl(std::optional<double> budget);
@@ -27,8 +27,8 @@ class RunControl {
   bool ended() const { return control(0).stop_requested(); }
   double seconds() const;  ///< since the call began
 
-  void tell(SearchPoint point);     ///< a circuit was found, now
-  std::vector<SearchPoint> news();  ///< what was told since the last call
+  void report(SearchPoint point);   ///< a circuit was found, now
+  std::vector<SearchPoint> news();  ///< what was reported since the last call
   LowerBound bound();               ///< what has been proven so far
 
  private:

@@ -17,16 +17,16 @@ using synthesis::SynthesisOptions;
 
 namespace {
 
-constexpr std::chrono::milliseconds look(50);  ///< between two looks at what runs tell
+constexpr std::chrono::milliseconds poll_interval(50);  ///< of the calling thread
 /// A lane whose best is so much longer than the best of all gets half its time.
 constexpr double half_share = 0.05;
 
-/// The moments at which the best circuit became better, and who is told of them.
+/// The moments at which the best circuit became better; reports them to `progress`.
 class Trace {
  public:
   explicit Trace(const SynthesisOptions& options) : options_(options) {}
 
-  void hear(const SearchPoint& point) {
+  void add(const SearchPoint& point) {
     const auto key = CircuitSize{point.count, point.depth}.key(options_.objective);
     if (best_ && *best_ <= key) return;
     const bool objective_fell = !best_ || key.first < best_->first;
@@ -44,7 +44,7 @@ class Trace {
 };
 
 /// One search: which run is made next, and which was the best. Workers make the runs; the calling
-/// thread looks at what they tell, and at whether they should stop.
+/// thread collects what they report, and tells them when to stop.
 class Runner {
  public:
   Runner(const std::vector<Lane>& lanes, const SynthesisOptions& options, RunControl& control)
@@ -63,7 +63,7 @@ class Runner {
       serve();
     }
     if (failure_) std::rethrow_exception(failure_);
-    hear_news();
+    add_news();
   }
 
   BestRun result() {
@@ -171,7 +171,7 @@ class Runner {
     state.best = std::min(state.best.value_or(key.first), key.first);
     if (best_ && best_rank() <= rank(key, place)) return;
     if (!best_ || key < best_key()) {
-      control_.tell({.count = made->size.count, .depth = made->size.depth});
+      control_.report({.count = made->size.count, .depth = made->size.depth});
     }
     best_ = {place, std::move(*made)};
   }
@@ -238,11 +238,11 @@ class Runner {
     auto asked = Clock::now();
     std::unique_lock lock(mutex_);
     while (busy_ > 0) {
-      changed_.wait_for(lock, look);
+      changed_.wait_for(lock, poll_interval);
       if (failure_ || is_decided()) control_.stop();
       lock.unlock();
-      hear_news();
-      if (options_.stop && Clock::now() - asked >= look) {
+      add_news();
+      if (options_.stop && Clock::now() - asked >= poll_interval) {
         asked = Clock::now();
         if (options_.stop()) stop();
       }
@@ -258,8 +258,8 @@ class Runner {
     control_.stop();
   }
 
-  void hear_news() {
-    for (const SearchPoint& point : control_.news()) trace_.hear(point);
+  void add_news() {
+    for (const SearchPoint& point : control_.news()) trace_.add(point);
   }
 
   const SynthesisOptions& options_;
