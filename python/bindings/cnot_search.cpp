@@ -13,7 +13,7 @@
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
-#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 
 /// \file
 /// What linear.synthesize stands on for its method "search". A run is a stream of a seed; a circuit

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <bit>
 
-#include "zeltbraidwerk/linear/search/internal/free_search.h"
-
 namespace zelt::braidwerk::internal {
 
 namespace {
@@ -116,19 +114,6 @@ GateList ColumnReduction::circuit(const State& reduced, const std::vector<Move>&
                  [&](int row) { list.frame.put_output(row, column); });
   }
   return list;
-}
-
-GateList reduce_by_columns(const BitMatrix& m, int width, Facing facing, Rng& rng, Meter& meter) {
-  ColumnReduction problem(m.rows());
-  BeamOptions options;
-  options.width = width;
-  options.patience = 30 + m.rows();
-  BeamSearch<ColumnReduction> search(problem, options, rng, meter);
-  const auto found = search.run(problem.start(face(m, facing)));
-  if (found.empty()) return {};
-  FreeCircuit circuit = free_circuit(problem.circuit(found[0].state, found[0].moves));
-  circuit.face_back(facing);
-  return gate_list(circuit);
 }
 
 }  // namespace zelt::braidwerk::internal

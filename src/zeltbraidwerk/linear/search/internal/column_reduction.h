@@ -4,9 +4,8 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
-#include "zeltbraidwerk/linear/internal/facing.h"
-#include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/light_rows.h"
+#include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -75,8 +74,5 @@ class ColumnReduction {
   LightRows light_;
   std::vector<Met> met_;
 };
-
-/// A circuit of m by such a search on one of its facings; without gates when it found none.
-GateList reduce_by_columns(const BitMatrix& m, int width, Facing facing, Rng& rng, Meter& meter);
 
 }  // namespace zelt::braidwerk::internal
