@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -81,6 +82,12 @@ inline std::vector<ReductionCost> greedy_costs_if_sparse(int n) {
 inline ReductionCost beam_cost(int n) {
   const bool small = n <= cnot_tuning.small_wires;
   return {.exponent = small ? 0 : -0.5, .with_inverse = small};
+}
+
+/// Of beams by columns: f(w) = -q^w goes through about 9 orders of magnitude over all weights; a
+/// double has 16. Rows matrix 64, 128 free.
+inline double column_ratio(int n) {
+  return 1 - std::min(0.18, 12.0 / std::max(n, 1));
 }
 
 /// Of beams on sparse maps, in turn. Rows of ciphers.
