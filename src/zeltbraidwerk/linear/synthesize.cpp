@@ -15,7 +15,7 @@
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
-#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
