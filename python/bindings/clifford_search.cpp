@@ -37,7 +37,7 @@ PauliFrame to_images(const Letters& letters, const std::vector<bool>& minus) {
 }
 
 internal::Outputs outputs(bool exact) {
-  return exact ? internal::Outputs::in_place : internal::Outputs::free;
+  return exact ? internal::Outputs::in_place : internal::Outputs::anywhere;
 }
 
 }  // namespace
@@ -51,12 +51,14 @@ void bind_clifford_search(nb::module_& m) {
         const PauliFrame images = to_images(letters, minus);
         std::optional<internal::BitGraph> device;
         if (adjacency) device = to_graph(*adjacency);
-        const internal::CliffordOptions options{outputs(exact), by_depth, seed,
-                                                static_cast<std::uint64_t>(run),
-                                                device ? &*device : nullptr};
-        auto circuit = unlocked([&] {
-          return internal::search_clifford(images, options, control.effort(steps)).circuit;
-        });
+        const internal::Task task{
+            .objective = by_depth ? internal::Objective::depth : internal::Objective::count,
+            .outputs = outputs(exact),
+            .device = device ? &*device : nullptr,
+            .seed = seed,
+            .stream = static_cast<std::uint64_t>(run)};
+        auto circuit = unlocked(
+            [&] { return internal::search_clifford(images, task, control.effort(steps)).circuit; });
         return {to_operations(circuit.gates), std::move(circuit.wires)};
       },
       "letters"_a, "minus"_a, "exact"_a, "by_depth"_a, "adjacency"_a.none(), "seed"_a, "run"_a,

@@ -35,6 +35,10 @@ std::uint64_t stream(int run) {
   return static_cast<std::uint64_t>(run);
 }
 
+internal::Outputs outputs(bool exact) {
+  return exact ? internal::Outputs::in_place : internal::Outputs::anywhere;
+}
+
 }  // namespace
 
 void bind_cnot_search(nb::module_& m) {
@@ -43,9 +47,9 @@ void bind_cnot_search(nb::module_& m) {
       [](const ArrayLike& matrix, bool exact, int window, std::uint64_t seed, int run,
          std::optional<std::uint64_t> steps, SearchControl& control) -> Found {
         const BitMatrix bits = to_bits(matrix, "matrix");
-        const internal::CnotSearchOptions options{exact, seed, stream(run), window};
-        return to_found(
-            unlocked([&] { return internal::search_cnot(bits, options, control.effort(steps)); }));
+        const internal::Task task{.outputs = outputs(exact), .seed = seed, .stream = stream(run)};
+        return to_found(unlocked(
+            [&] { return internal::search_cnot(bits, task, control.effort(steps), window); }));
       },
       "matrix"_a, "exact"_a, "window"_a, "seed"_a, "run"_a, "steps"_a.none(), "control"_a);
   m.def(
@@ -53,9 +57,12 @@ void bind_cnot_search(nb::module_& m) {
       [](const ArrayLike& matrix, bool exact, std::uint64_t seed, int run,
          std::optional<std::uint64_t> steps, SearchControl& control) -> std::vector<Found> {
         const BitMatrix bits = to_bits(matrix, "matrix");
-        const internal::ShallowOptions options{!exact, seed, stream(run)};
+        const internal::Task task{.objective = internal::Objective::depth,
+                                  .outputs = outputs(exact),
+                                  .seed = seed,
+                                  .stream = stream(run)};
         const auto front = unlocked(
-            [&] { return internal::search_shallow_cnot(bits, options, control.effort(steps)); });
+            [&] { return internal::search_shallow_cnot(bits, task, control.effort(steps)); });
         std::vector<Found> found;
         for (const auto& layered : front) {
           found.push_back(to_found(internal::free_circuit(layered.list)));
@@ -70,13 +77,15 @@ void bind_cnot_search(nb::module_& m) {
          SearchControl& control) -> Found {
         const BitMatrix bits = to_bits(matrix, "matrix");
         const internal::BitGraph graph = to_graph(adjacency);
-        const internal::DeviceSearchOptions options{.reach = reach.value_or(internal::any_reach),
-                                                    .by_depth = by_depth,
-                                                    .seed = seed,
-                                                    .stream = stream(run)};
-        return to_found(internal::free_circuit(unlocked([&] {
-          return internal::search_cnot_on_device(bits, graph, options, control.effort(steps));
-        })));
+        const internal::Task task{
+            .objective = by_depth ? internal::Objective::depth : internal::Objective::count,
+            .outputs = reach ? internal::Outputs::within_reach : internal::Outputs::anywhere,
+            .reach = reach.value_or(0),
+            .device = &graph,
+            .seed = seed,
+            .stream = stream(run)};
+        return to_found(internal::free_circuit(unlocked(
+            [&] { return internal::search_cnot_on_device(bits, task, control.effort(steps)); })));
       },
       "matrix"_a, "adjacency"_a, "reach"_a.none(), "by_depth"_a, "seed"_a, "run"_a,
       "steps"_a.none(), "control"_a);

@@ -28,16 +28,16 @@ void bind_parity_search(nb::module_& m) {
          SearchControl& control) -> std::tuple<IntArray2, std::vector<int>> {
         const BitMatrix bits = to_bits(parities, "parities");
         const internal::BitGraph graph = to_graph(adjacency);
-        internal::ParitySearchOptions options;
-        options.leftover = ending == "return"  ? internal::Leftover::returned
-                           : ending == "exact" ? internal::Leftover::closed
-                                               : internal::Leftover::closed_freely;
-        options.graph = graph.size() > 0 ? &graph : nullptr;
-        options.by_depth = by_depth;
-        options.seed = seed;
-        options.stream = static_cast<std::uint64_t>(run);
-        auto found = unlocked(
-            [&] { return internal::search_parities(bits, options, control.effort(steps)); });
+        internal::Task task;
+        task.objective = by_depth ? internal::Objective::depth : internal::Objective::count;
+        task.outputs = ending == "return"  ? internal::Outputs::left_open
+                       : ending == "exact" ? internal::Outputs::in_place
+                                           : internal::Outputs::anywhere;
+        task.device = graph.size() > 0 ? &graph : nullptr;
+        task.seed = seed;
+        task.stream = static_cast<std::uint64_t>(run);
+        auto found =
+            unlocked([&] { return internal::search_parities(bits, task, control.effort(steps)); });
         TableOf<int> rows;
         for (const auto& [from, to, term] : found.steps) rows.push_back({from, to, term});
         return {to_numpy(rows), std::move(found.permutation)};

@@ -26,19 +26,21 @@ void bind_pauli_network_search(nb::module_& m) {
          std::uint64_t seed, int run, std::optional<std::uint64_t> steps,
          SearchControl& control) -> std::tuple<Operations, std::vector<int>, int, int> {
         const internal::BitGraph graph = to_graph(adjacency);
-        internal::NetworkOptions options;
-        options.in_order = in_order;
-        options.end = static_cast<internal::NetworkEnd>(tail);
-        options.graph = graph.size() > 0 ? &graph : nullptr;
-        options.by_depth = by_depth;
-        options.seed = seed;
-        options.stream = static_cast<std::uint64_t>(run);
+        internal::NetworkTask task;
+        task.objective = by_depth ? internal::Objective::depth : internal::Objective::count;
+        task.outputs = tail == 0   ? internal::Outputs::left_open
+                       : tail == 1 ? internal::Outputs::in_place
+                                   : internal::Outputs::anywhere;
+        task.in_order = in_order;
+        task.device = graph.size() > 0 ? &graph : nullptr;
+        task.seed = seed;
+        task.stream = static_cast<std::uint64_t>(run);
         internal::Rotations rotations{
             internal::PauliFrame::pack(to_strings(letters), static_cast<int>(letters.shape(1))),
             {}};
         for (int r = 0; r < rotations.frame.rows(); ++r) rotations.params.push_back(placeholder(r));
         auto found = unlocked(
-            [&] { return internal::search_network(rotations, options, control.effort(steps)); });
+            [&] { return internal::search_network(rotations, task, control.effort(steps)); });
         return {to_operations(found.gates), std::move(found.wires), found.count, found.depth};
       },
       "letters"_a, "in_order"_a, "tail"_a, "adjacency"_a, "by_depth"_a, "seed"_a, "run"_a,

@@ -161,15 +161,15 @@ struct Search {
     PauliFrame images = internal::identity_images(qubits);
     for (const Gate& gate : undoing) images.apply(gate);
 
-    internal::CliffordOptions options;
-    options.outputs = tail == Tail::closed ? internal::Outputs::in_place : internal::Outputs::free;
-    options.by_depth = by_depth;
-    options.seed = seed;
-    options.stream = static_cast<std::uint64_t>(number);
-    options.device = edges;
+    internal::Task task;
+    task.objective = by_depth ? internal::Objective::depth : internal::Objective::count;
+    task.outputs = tail == Tail::closed ? internal::Outputs::in_place : internal::Outputs::anywhere;
+    task.seed = seed;
+    task.stream = static_cast<std::uint64_t>(number);
+    task.device = edges;
     internal::Effort effort;
     effort.steps = closing_steps;
-    auto [closing, shortest, depth] = internal::search_clifford(images, options, effort);
+    auto [closing, shortest, depth] = internal::search_clifford(images, task, effort);
     if (shortest < two_qubit_cost(undoing, qubits).count) {
       undoing = std::move(closing.gates);
       found.wires = std::move(closing.wires);

@@ -37,9 +37,12 @@ void bind_state_search(nb::module_& m) {
          int run, std::optional<std::uint64_t> steps,
          SearchControl& control) -> std::tuple<Operations, int, int> {
         const PauliFrame stabilisers = to_stabilisers(letters, minus);
-        const internal::StateOptions options{by_depth, seed, static_cast<std::uint64_t>(run)};
+        const internal::Task task{
+            .objective = by_depth ? internal::Objective::depth : internal::Objective::count,
+            .seed = seed,
+            .stream = static_cast<std::uint64_t>(run)};
         const auto found = unlocked(
-            [&] { return internal::search_state(stabilisers, options, control.effort(steps)); });
+            [&] { return internal::search_state(stabilisers, task, control.effort(steps)); });
         return {to_operations(found.gates), found.count, found.depth};
       },
       "letters"_a, "minus"_a, "by_depth"_a, "seed"_a, "run"_a, "steps"_a.none(), "control"_a,

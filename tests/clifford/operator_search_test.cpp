@@ -9,6 +9,7 @@
 #include <string>
 
 #include "support/pauli.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
@@ -69,7 +70,7 @@ std::string class_of(PlainRows rows, Outputs outputs) {
     std::ranges::sort(of_wire);
     wires.push_back(of_wire[0] + of_wire[1] + of_wire[2]);
   }
-  if (outputs == Outputs::free) std::ranges::sort(wires);
+  if (outputs == Outputs::anywhere) std::ranges::sort(wires);
   return std::accumulate(wires.begin(), wires.end(), std::string());
 }
 
@@ -118,10 +119,10 @@ template <int wires>
 void expect_free_distances(int most, int classes) {
   const auto& table = WindowTable<wires>::shared();
   int met = 0;
-  search_breadth_first(wires, Outputs::free, ~std::uint64_t{0}, most,
+  search_breadth_first(wires, Outputs::anywhere, ~std::uint64_t{0}, most,
                        [&](const PlainRows& rows, int distance) {
                          const auto entry = table.find(packed(rows));
-                         ASSERT_EQ(entry.distance, distance) << class_of(rows, Outputs::free);
+                         ASSERT_EQ(entry.distance, distance) << class_of(rows, Outputs::anywhere);
                          ++met;
                          for (unsigned move = 0; move < table.moves; ++move) {
                            const auto next = table.find(behind(window_gates[move], packed(rows)));
@@ -233,15 +234,18 @@ Effort steps(std::uint64_t count) {
 TEST(CliffordSearch, acts_as_the_operator) {
   std::mt19937 rng(1);
   for (const int n : {0, 1, 2, 3, 4, 5, 6, 7, 9, 12, 17, 26, 33, 50}) {
-    for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
       for (int round = 0; round < (n < 8 ? 20 : 2); ++round) {
         const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
-        const CliffordOptions options{outputs, round % 3 == 2, rng(), rng()};
-        const auto found = search_clifford(images_of(wanted, n), options, steps(rng() % 3000));
+        const Task task{.objective = support::objective(round % 3 == 2),
+                        .outputs = outputs,
+                        .seed = rng(),
+                        .stream = rng()};
+        const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
         expect_same_operator(wanted, found.circuit, n);
         EXPECT_EQ(std::ranges::count(found.circuit.gates, "CNOT", &structures::Gate::name),
                   found.count);
-        EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.circuit.wires));
+        EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
         if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
       }
     }
@@ -273,13 +277,13 @@ TEST(CliffordSearch, finds_layered_forms) {
   std::mt19937 rng(6);
   Rng draws(1, 1);
   for (const int n : {0, 1, 2, 3, 6, 25, 64}) {
-    for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
       const Circuit wanted = random_clifford(n, n * n, rng);
       const PauliFrame images = images_of(wanted, n);
       const GateList list = layered_list(OperatorRows(images), outputs, draws, steps(1));
       const CliffordCircuit found = to_circuit(list, images);
       expect_same_operator(wanted, found, n);
-      EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.wires));
+      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
       EXPECT_LE(depth_of(list.gates, n), 2 * n + 30);
       if (HasFatalFailure()) FAIL() << n << " qubits";
     }
@@ -305,11 +309,15 @@ TEST(CliffordSearch, keeps_to_the_edges_of_a_device) {
     for (int round = 0; round < (n < 8 ? 12 : 2); ++round) {
       const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
       const BitGraph device = random_device(n, rng);
-      const Outputs outputs = round % 2 == 0 ? Outputs::in_place : Outputs::free;
-      const CliffordOptions options{outputs, round % 3 == 2, rng(), rng(), &device};
-      const auto found = search_clifford(images_of(wanted, n), options, steps(rng() % 3000));
+      const Outputs outputs = round % 2 == 0 ? Outputs::in_place : Outputs::anywhere;
+      const Task task{.objective = support::objective(round % 3 == 2),
+                      .outputs = outputs,
+                      .device = &device,
+                      .seed = rng(),
+                      .stream = rng()};
+      const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
       expect_same_operator(wanted, found.circuit, n);
-      EXPECT_TRUE(outputs == Outputs::free || std::ranges::is_sorted(found.circuit.wires));
+      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
       for (const structures::Gate& gate : found.circuit.gates) {
         ASSERT_TRUE(gate.qbits.size() == 1 || device.joined(gate.qbits[0], gate.qbits[1]));
       }
@@ -323,10 +331,10 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
                        structures::Gate::CNOT(2, 0), structures::Gate::CNOT(0, 2),
                        structures::Gate::CNOT(1, 0), structures::Gate::S(1)};
   const PauliFrame images = images_of(wanted, 3);
-  const auto free = search_clifford(images, {Outputs::free, false, 0, 0}, steps(100));
+  const auto free = search_clifford(images, {.outputs = Outputs::anywhere}, steps(100));
   EXPECT_EQ(free.circuit.wires, (std::vector<int>{2, 1, 0}));
   EXPECT_EQ(free.count, 1);
-  const auto placed = search_clifford(images, {Outputs::in_place, false, 0, 0}, steps(1000));
+  const auto placed = search_clifford(images, {.outputs = Outputs::in_place}, steps(1000));
   EXPECT_EQ(placed.circuit.wires, (std::vector<int>{0, 1, 2}));
   EXPECT_EQ(placed.count, 4);
 }
@@ -334,21 +342,22 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
 TEST(CliffordSearch, finds_the_same_again_and_nothing_worse_with_more_steps) {
   std::mt19937 rng(5);
   const PauliFrame images = images_of(random_clifford(9, 200, rng), 9);
-  for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+  for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
     for (const bool by_depth : {false, true}) {
-      const CliffordOptions options{outputs, by_depth, 7, 2};
+      const Task task{
+          .objective = support::objective(by_depth), .outputs = outputs, .seed = 7, .stream = 2};
       std::pair last(1000, 1000);
       for (std::uint64_t count = 0; count < 60000; count += 1 + count / 2) {
-        const auto found = search_clifford(images, options, steps(count));
+        const auto found = search_clifford(images, task, steps(count));
         const auto size =
             by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
         ASSERT_LE(size, last) << count;
         last = size;
       }
-      EXPECT_EQ(search_clifford(images, options, steps(5000)).circuit.gates,
-                search_clifford(images, options, steps(5000)).circuit.gates);
+      EXPECT_EQ(search_clifford(images, task, steps(5000)).circuit.gates,
+                search_clifford(images, task, steps(5000)).circuit.gates);
       if (!by_depth) {
-        EXPECT_LE(last.first, outputs == Outputs::free ? 23 : 29);
+        EXPECT_LE(last.first, outputs == Outputs::anywhere ? 23 : 29);
       }
     }
   }

@@ -1,4 +1,5 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
+#include "support/tasks.h"
 
 #include <gtest/gtest.h>
 
@@ -92,15 +93,15 @@ bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>&
 }
 
 StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     const StateOptions& options = {}) {
+                     const Task& task = {}) {
   Effort effort;
   effort.steps = steps;
-  return search_state(frame_of(strings, static_cast<int>(strings.size())), options, effort);
+  return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);
 }
 
 void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps,
                      bool by_depth = false) {
-  const StateResult found = searched(strings, steps, {.by_depth = by_depth});
+  const StateResult found = searched(strings, steps, {.objective = support::objective(by_depth)});
   ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
   const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
   EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
@@ -162,7 +163,7 @@ TEST(StateSearch, trades_gates_for_layers) {
   const StateResult small = searched(strings, 30000);
   int last = small.depth - 1;
   for (const std::uint64_t steps : {10000, 20000, 40000}) {
-    const StateResult shallow = searched(strings, steps, {.by_depth = true});
+    const StateResult shallow = searched(strings, steps, {.objective = Objective::depth});
     EXPECT_LE(shallow.depth, last) << steps;
     EXPECT_GE(shallow.count, small.count);
     last = shallow.depth;
@@ -179,7 +180,8 @@ TEST(StateSearch, does_the_same_again_and_better_with_more_steps) {
   for (const bool by_depth : {false, true}) {
     std::pair last(1000, 1000);
     for (std::uint64_t steps = 0; steps < 5000; steps += 1 + steps / 5) {
-      const StateResult found = searched(strings, steps, {.by_depth = by_depth});
+      const StateResult found =
+          searched(strings, steps, {.objective = support::objective(by_depth)});
       const auto size =
           by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
       ASSERT_LE(size, last) << steps;

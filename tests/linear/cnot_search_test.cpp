@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
@@ -122,10 +123,9 @@ TEST(CnotWalk, KeepsTheMapAtEveryStep) {
   for (const bool permuted : {false, true}) {
     for (const int n : {2, 3, 4, 5, 7, 12}) {
       const BoolMatrix m = support::random_invertible(n, matrices);
-      const CnotSearchOptions options{.exact = !permuted, .seed = 5};
+      const Task task{.outputs = support::outputs(!permuted), .seed = 5};
       const BlockRewriter rewriter(std::min(n, 5), permuted);
-      Walk<const BlockRewriter> walk(gate_list(search_cnot(packed(m), options, steps(0))),
-                                     rewriter);
+      Walk<const BlockRewriter> walk(gate_list(search_cnot(packed(m), task, steps(0))), rewriter);
       for (int step = 0; step < 300; ++step) {
         walk.step(0.5F, rng);
         ASSERT_TRUE(implements(free_circuit(walk.list()), m, !permuted)) << n << " step " << step;
@@ -141,8 +141,8 @@ TEST(CnotSearch, FindsACircuitOfEverySize) {
     const BoolMatrix m = support::random_invertible(n, matrices);
     for (const bool exact : {false, true}) {
       for (const int window : {4, 5}) {
-        const CnotSearchOptions options{.exact = exact, .seed = 1, .window = window};
-        const FreeCircuit found = search_cnot(packed(m), options, steps(n < 20 ? 3000 : 300));
+        const Task task{.outputs = support::outputs(exact), .seed = 1};
+        const FreeCircuit found = search_cnot(packed(m), task, steps(n < 20 ? 3000 : 300), window);
         ASSERT_TRUE(implements(found, m, exact)) << n;
       }
     }
@@ -153,10 +153,10 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   // Output 0 is input 1, output 1 is input 2, output 2 is input 0 plus input 1: one CNOT and a
   // cycle.
   const BoolMatrix m = support::matrix({"010", "001", "110"});
-  const FreeCircuit free = search_cnot(packed(m), {.exact = false}, steps(10));
+  const FreeCircuit free = search_cnot(packed(m), {.outputs = Outputs::anywhere}, steps(10));
   EXPECT_EQ(support::show(free.circuit.gates), "(1,0)");
   EXPECT_EQ(free.perm, (std::vector<int>{1, 2, 0}));
-  const FreeCircuit exact = search_cnot(packed(m), {.exact = true}, steps(10));
+  const FreeCircuit exact = search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10));
   EXPECT_EQ(exact.circuit.gates.size(), 5U);
   EXPECT_TRUE(implements(exact, m, true));
 }
@@ -170,7 +170,8 @@ TEST(CnotSearch, ThePublicDoorLeadsToTheSame) {
       const auto circuit = synthesis::search_synthesis(n, m, perm, in_place, {.steps = 2000});
       EXPECT_TRUE(implements({circuit, perm}, m, in_place));
       EXPECT_EQ(circuit.gates,
-                search_cnot(packed(m), {.exact = in_place}, steps(2000)).circuit.gates);
+                search_cnot(packed(m), {.outputs = support::outputs(in_place)}, steps(2000))
+                    .circuit.gates);
     }
   }
 }
@@ -182,9 +183,9 @@ TEST(CnotSearch, MoreStepsAreNeverWorseAndRepeat) {
     for (const bool exact : {false, true}) {
       std::size_t last = 100000;
       for (const std::uint64_t count : {0, 100, 3000, 20000, 90000}) {
-        const CnotSearchOptions options{.exact = exact, .seed = 4, .stream = 2};
-        const auto found = search_cnot(m, options, steps(count)).circuit.gates;
-        EXPECT_EQ(found, search_cnot(m, options, steps(count)).circuit.gates);
+        const Task task{.outputs = support::outputs(exact), .seed = 4, .stream = 2};
+        const auto found = search_cnot(m, task, steps(count)).circuit.gates;
+        EXPECT_EQ(found, search_cnot(m, task, steps(count)).circuit.gates);
         EXPECT_LE(found.size(), last);
         last = found.size();
       }
@@ -204,7 +205,7 @@ TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
     last = point.count;
     if (point.steps > 50000) stop = true;
   };
-  const FreeCircuit found = search_cnot(packed(m), {.exact = false}, effort);
+  const FreeCircuit found = search_cnot(packed(m), {.outputs = Outputs::anywhere}, effort);
   EXPECT_TRUE(implements(found, m, false));
   EXPECT_EQ(static_cast<int>(found.circuit.gates.size()), last);
 }
@@ -227,7 +228,8 @@ TEST(CnotSearch, BlocksAreTakenApart) {
   put(six, 10, 3);
   EXPECT_EQ(blocks_of(packed(m)).size(), 3U);
   for (const bool exact : {false, true}) {
-    EXPECT_TRUE(implements(search_cnot(packed(m), {.exact = exact}, steps(20000)), m, exact));
+    EXPECT_TRUE(implements(
+        search_cnot(packed(m), {.outputs = support::outputs(exact)}, steps(20000)), m, exact));
   }
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/depth_schedule.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
@@ -117,13 +118,13 @@ TEST(DepthSearch, FindsCircuitsOfTheMap) {
   for (const int n : {0, 1, 2, 3, 4, 5, 6, 9, 16, 33, 64, 128}) {
     for (const bool permuted : {false, true}) {
       const BoolMatrix m = support::random_invertible(n, rng);
-      ShallowOptions options;
-      options.permuted = permuted;
-      options.seed = rng();
+      Task task;
+      task.outputs = support::outputs(!permuted);
+      task.seed = rng();
       std::vector<SearchPoint> points;
       Effort effort = steps(n < 64 ? 20000 : 1000);
       effort.on_better = [&](const SearchPoint& point) { points.push_back(point); };
-      const auto front = search_shallow_cnot(packed(m), options, effort);
+      const auto front = search_shallow_cnot(packed(m), task, effort);
       ASSERT_FALSE(front.empty());
       EXPECT_EQ(points.back().depth, front[0].depth);
       EXPECT_EQ(points.back().count, front[0].list.count());
@@ -143,16 +144,16 @@ TEST(DepthSearch, FindsCircuitsOfTheMap) {
 TEST(DepthSearch, KeepsDirections) {
   // Output 0 is x0, output 1 is x0 + x1 + x2, output 2 is x0 + x2: one circuit alone has two gates.
   const BoolMatrix m = support::matrix({"100", "111", "101"});
-  ShallowOptions options;
-  options.permuted = false;
-  const auto front = search_shallow_cnot(packed(m), options, steps(1000));
+  Task task;
+  task.outputs = Outputs::in_place;
+  const auto front = search_shallow_cnot(packed(m), task, steps(1000));
   ASSERT_EQ(front.size(), 1U);
   EXPECT_EQ(front[0].list.gates, (std::vector{cnot(0, 2), cnot(2, 1)}));
   EXPECT_EQ(front[0].depth, 2);
   // The outputs of that circuit named anew: the free search leaves them where they are.
   const BoolMatrix turned = support::matrix({"111", "101", "100"});
-  options.permuted = true;
-  const auto free = search_shallow_cnot(packed(turned), options, steps(1000));
+  task.outputs = Outputs::anywhere;
+  const auto free = search_shallow_cnot(packed(turned), task, steps(1000));
   EXPECT_EQ(free[0].depth, 2);
   EXPECT_TRUE(implements(free[0].list, turned));
 }
@@ -161,13 +162,13 @@ TEST(DepthSearch, RepeatsItselfAndGainsByMoreSteps) {
   support::Rng rng(4);
   const BitMatrix m = packed(support::random_invertible(12, rng));
   for (const bool permuted : {false, true}) {
-    ShallowOptions options;
-    options.permuted = permuted;
-    options.seed = 5;
+    Task task;
+    task.outputs = support::outputs(!permuted);
+    task.seed = 5;
     auto last = std::pair(1000, 1000);
     for (const std::uint64_t count : {0, 300, 6000, 30000}) {
-      const auto front = search_shallow_cnot(m, options, steps(count));
-      EXPECT_EQ(plain(front), plain(search_shallow_cnot(m, options, steps(count))));
+      const auto front = search_shallow_cnot(m, task, steps(count));
+      EXPECT_EQ(plain(front), plain(search_shallow_cnot(m, task, steps(count))));
       const auto best = std::pair(front[0].depth, front[0].list.count());
       EXPECT_LE(best, last);
       last = best;
@@ -177,7 +178,8 @@ TEST(DepthSearch, RepeatsItselfAndGainsByMoreSteps) {
 
 TEST(DepthSearch, EndsOnWhatHasNoCircuit) {
   for (const auto& rows : {std::vector<std::string_view>{"00", "00"}, {"110", "110", "001"}}) {
-    const auto front = search_shallow_cnot(packed(support::matrix(rows)), {}, steps(100));
+    const auto front = search_shallow_cnot(packed(support::matrix(rows)),
+                                           {.outputs = Outputs::anywhere}, steps(100));
     EXPECT_FALSE(front.empty());
   }
 }

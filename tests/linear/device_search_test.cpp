@@ -10,6 +10,7 @@
 
 #include "support/graphs.h"
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
 #include "zeltbraidwerk/linear/search/internal/window_table.h"
 
@@ -20,14 +21,16 @@ using namespace zelt::braidwerk::internal;
 
 GateList searched(const BoolMatrix& m, const structures::Graph& device, std::uint64_t steps,
                   int reach = 0, std::uint64_t seed = 1, bool by_depth = false) {
-  DeviceSearchOptions options;
-  options.by_depth = by_depth;
-  options.reach = reach;
-  options.seed = seed;
+  const BitGraph graph(device);
+  const Task task{.objective = support::objective(by_depth),
+                  .outputs = reach == any_reach ? Outputs::anywhere : Outputs::within_reach,
+                  .reach = reach,
+                  .device = &graph,
+                  .seed = seed};
   Effort effort;
   effort.steps = steps;
   const int n = device.n;
-  return search_cnot_on_device(BitMatrix::pack(m, n, n), BitGraph(device), options, effort);
+  return search_cnot_on_device(BitMatrix::pack(m, n, n), task, effort);
 }
 
 std::vector<std::tuple<int, int>> cnots(const GateList& list) {

@@ -10,6 +10,7 @@
 #include "support/gate_lists.h"
 #include "support/graphs.h"
 #include "support/oracles.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/linear/internal/pair_elimination.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
@@ -124,10 +125,12 @@ TEST(FirstRun, IsNoLongerThanTheEliminationByPairs) {
     SCOPED_TRACE(name);
     const GateList pairs = pairs_of(m);
     for (const bool exact : {false, true}) {
-      const FreeCircuit found = search_cnot(m, {.exact = exact, .seed = 1}, none);
+      const FreeCircuit found =
+          search_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none);
       EXPECT_TRUE(implements_up_to(found.circuit, found.perm, m.unpack()));
       EXPECT_LE(found.circuit.gates.size(), pairs.gates.size()) << exact;
-      const auto front = search_shallow_cnot(m, {.permuted = !exact, .seed = 1}, none);
+      const auto front =
+          search_shallow_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none);
       EXPECT_LE(front[0].depth, depth_of(pairs.gates, m.rows())) << exact;
       EXPECT_TRUE(exact || name != "Serpent" || found.circuit.gates.size() <= 246);
     }
@@ -147,8 +150,8 @@ TEST(FirstRun, OnADeviceIsNoLongerThanThePlainMethodOfItsDraws) {
       SeededDraw draws(7, 0);
       FreeCircuit plain(n);
       row_column_synthesis(m, graph, {.free = free}, std::ref(draws), Control{}, plain);
-      const DeviceSearchOptions options{.reach = free ? any_reach : 0, .seed = 7};
-      const GateList found = search_cnot_on_device(m, graph, options, none);
+      const Task task{.outputs = support::outputs(!free), .device = &graph, .seed = 7};
+      const GateList found = search_cnot_on_device(m, task, none);
       EXPECT_LE(found.gates.size(), plain.circuit.gates.size()) << k;
     }
   }

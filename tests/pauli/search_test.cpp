@@ -1,3 +1,4 @@
+#include "support/tasks.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 
 #include <gtest/gtest.h>
@@ -32,11 +33,11 @@ bool clash(const std::string& a, const std::string& b) {
 }
 
 /// What is wrong with a result, in words; nothing when it is right.
-std::string fault(const PauliRows& table, int n, const NetworkOptions& options,
+std::string fault(const PauliRows& table, int n, const NetworkTask& task,
                   const NetworkResult& result) {
   for (const auto& gate : result.gates) {
     if (gate.qbits.size() < 2) continue;
-    if (options.graph != nullptr && !options.graph->joined(gate.qbits[0], gate.qbits[1])) {
+    if (task.device != nullptr && !task.device->joined(gate.qbits[0], gate.qbits[1])) {
       return "not an edge: " + gate.to_string();
     }
   }
@@ -54,7 +55,7 @@ std::string fault(const PauliRows& table, int n, const NetworkOptions& options,
     if (row == table.size()) return "no such angle: " + angle.expression;
     if (string.second != text(table[row])) return "not that rotation: " + string.second;
     if (!angles.insert("a" + std::to_string(row)).second) return "twice: " + string.second;
-    for (std::size_t k = 0; k < rows.size() && options.in_order; ++k) {
+    for (std::size_t k = 0; k < rows.size() && task.in_order; ++k) {
       if (rows[k] > static_cast<int>(row) && clash(served[k], string.second)) return "order";
     }
     rows.push_back(static_cast<int>(row));
@@ -65,9 +66,9 @@ std::string fault(const PauliRows& table, int n, const NetworkOptions& options,
   if (angles.size() != wanted) return "rotations are missing";
 
   const auto tableau = support::tableau_of(unfolded.clifford, n);
-  for (int q = 0; q < n && options.end != NetworkEnd::open; ++q) {
+  for (int q = 0; q < n && task.closes(); ++q) {
     const int wire = result.wires[static_cast<std::size_t>(q)];
-    if (options.end == NetworkEnd::closed && wire != q) return "not on its wire";
+    if (task.in_place() && wire != q) return "not on its wire";
     for (const char letter : {'X', 'Z'}) {
       std::string before(static_cast<std::size_t>(n), 'I');
       std::string behind = before;
@@ -124,18 +125,18 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
     }
     const BitGraph graph = connected_graph(n, rng);
     for (const bool in_order : {false, true}) {
-      for (const auto end : {NetworkEnd::open, NetworkEnd::closed, NetworkEnd::closed_freely}) {
-        NetworkOptions options;
-        options.in_order = in_order;
-        options.end = end;
-        options.by_depth = instance % 5 == 0;
-        options.seed = static_cast<std::uint64_t>(instance);
-        if (n > 0 && instance % 3 == 0) options.graph = &graph;
+      for (const auto outputs : {Outputs::left_open, Outputs::in_place, Outputs::anywhere}) {
+        NetworkTask task;
+        task.in_order = in_order;
+        task.outputs = outputs;
+        task.objective = support::objective(instance % 5 == 0);
+        task.seed = static_cast<std::uint64_t>(instance);
+        if (n > 0 && instance % 3 == 0) task.device = &graph;
         const auto result =
-            search_network(numbered(table, n), options, steps(instance % 4 == 0 ? 2000 : 60));
-        EXPECT_EQ(fault(table, n, options, result), "")
+            search_network(numbered(table, n), task, steps(instance % 4 == 0 ? 2000 : 60));
+        EXPECT_EQ(fault(table, n, task, result), "")
             << "instance " << instance << ": " << text(table);
-        if (options.graph == nullptr && !options.by_depth) {
+        if (task.device == nullptr && !task.by_depth()) {
           EXPECT_LE(result.count, ladder_count(table));
         }
       }
@@ -148,35 +149,35 @@ TEST(NetworkSearch, MoreStepsAreMoreOfTheSame) {
   for (const bool in_order : {false, true}) {
     const PauliRows table = support::random_rows(30, 6, rng);
     for (const bool by_depth : {false, true}) {
-      NetworkOptions options;
-      options.in_order = in_order;
-      options.by_depth = by_depth;
-      options.seed = 5;
+      NetworkTask task;
+      task.in_order = in_order;
+      task.objective = support::objective(by_depth);
+      task.seed = 5;
       std::pair last(1000, 1000);
       for (std::uint64_t count = 0; count < 10000; count += 1 + count / 5) {
-        const auto result = search_network(numbered(table, 6), options, steps(count));
+        const auto result = search_network(numbered(table, 6), task, steps(count));
         const auto size = by_depth ? std::pair(result.depth, result.count)
                                    : std::pair(result.count, result.depth);
         ASSERT_LE(size, last) << count;
         last = size;
       }
-      const auto again = search_network(numbered(table, 6), options, steps(3000));
-      EXPECT_EQ(again.gates, search_network(numbered(table, 6), options, steps(3000)).gates);
+      const auto again = search_network(numbered(table, 6), task, steps(3000));
+      EXPECT_EQ(again.gates, search_network(numbered(table, 6), task, steps(3000)).gates);
       // Spent before it began, an effort still gives a circuit.
       Effort spent;
       spent.control.deadline = Control::Clock::now();
-      const auto first = search_network(numbered(table, 6), options, spent);
-      EXPECT_EQ(first.gates, search_network(numbered(table, 6), options, steps(0)).gates);
+      const auto first = search_network(numbered(table, 6), task, spent);
+      EXPECT_EQ(first.gates, search_network(numbered(table, 6), task, steps(0)).gates);
       EXPECT_LT(last.first, by_depth ? first.depth : first.count);
     }
     // Long lists begin with relays.
     const PauliRows list = support::random_rows(320, 5, rng);
-    NetworkOptions options;
-    options.in_order = in_order;
+    NetworkTask task;
+    task.in_order = in_order;
     std::pair last(10000, 10000);
     for (const std::uint64_t count : {0, 300, 1000, 2000, 3000, 5000, 10000, 30000}) {
-      const auto result = search_network(numbered(list, 5), options, steps(count));
-      EXPECT_EQ(fault(list, 5, options, result), "");
+      const auto result = search_network(numbered(list, 5), task, steps(count));
+      EXPECT_EQ(fault(list, 5, task, result), "");
       EXPECT_LE(std::pair(result.count, result.depth), last) << count;
       last = {result.count, result.depth};
     }
@@ -238,14 +239,14 @@ TEST(NetworkSearch, NeverMoreGatesThanGroupedLadders) {
     const PauliRows table = one_letter_strings(n, instance % 5 == 0 ? 400 : 40, 3, rng);
     for (const bool in_order : {false, true}) {
       const int most = grouped_count(table, in_order);
-      for (const auto end : {NetworkEnd::open, NetworkEnd::closed, NetworkEnd::closed_freely}) {
-        NetworkOptions options;
-        options.in_order = in_order;
-        options.end = end;
-        options.seed = static_cast<std::uint64_t>(instance);
+      for (const auto outputs : {Outputs::left_open, Outputs::in_place, Outputs::anywhere}) {
+        NetworkTask task;
+        task.in_order = in_order;
+        task.outputs = outputs;
+        task.seed = static_cast<std::uint64_t>(instance);
         for (const std::uint64_t count : {0, 100}) {
-          const auto result = search_network(numbered(table, n), options, steps(count));
-          ASSERT_EQ(fault(table, n, options, result), "") << text(table);
+          const auto result = search_network(numbered(table, n), task, steps(count));
+          ASSERT_EQ(fault(table, n, task, result), "") << text(table);
           EXPECT_LE(result.count, most) << instance << ": " << text(table);
         }
       }
@@ -281,16 +282,16 @@ TEST(NetworkSearch, NeverMoreLayersThanAnEdgeColouring) {
         table.emplace_back(static_cast<std::size_t>(n))[q] = 1;
       }
     }
-    NetworkOptions options;
-    options.by_depth = true;
+    NetworkTask task;
+    task.objective = Objective::depth;
     for (const bool in_order : {false, true}) {
       if (in_order && letters > 1) continue;
-      options.in_order = in_order;
-      for (const auto end : {NetworkEnd::open, NetworkEnd::closed}) {
-        options.end = end;
+      task.in_order = in_order;
+      for (const auto outputs : {Outputs::left_open, Outputs::in_place}) {
+        task.outputs = outputs;
         for (const std::uint64_t count : {0, 500}) {
-          const auto result = search_network(numbered(table, n), options, steps(count));
-          ASSERT_EQ(fault(table, n, options, result), "") << text(table);
+          const auto result = search_network(numbered(table, n), task, steps(count));
+          ASSERT_EQ(fault(table, n, task, result), "") << text(table);
           EXPECT_LE(result.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
         }
       }
@@ -333,15 +334,15 @@ TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
     });
     PauliRows three;
     for (int k = 0; k < 3; ++k) three.insert(three.end(), one.begin(), one.end());
-    NetworkOptions options;
-    options.seed = 3;
+    NetworkTask task;
+    task.seed = 3;
     for (const std::uint64_t count : {0, 20000}) {
-      options.in_order = false;
-      const int free = search_network(numbered(parities, 8), options, steps(count)).count;
-      options.in_order = true;
-      EXPECT_LE(search_network(numbered(one, 8), options, steps(count)).count, free);
-      const auto result = search_network(numbered(three, 8), options, steps(count));
-      EXPECT_EQ(fault(three, 8, options, result), "");
+      task.in_order = false;
+      const int free = search_network(numbered(parities, 8), task, steps(count)).count;
+      task.in_order = true;
+      EXPECT_LE(search_network(numbered(one, 8), task, steps(count)).count, free);
+      const auto result = search_network(numbered(three, 8), task, steps(count));
+      EXPECT_EQ(fault(three, 8, task, result), "");
       EXPECT_LE(result.count, 3 * free);
     }
   }
@@ -352,18 +353,19 @@ TEST(NetworkSearch, LayersGetBetterWithMoreSteps) {
   for (int instance = 0; instance < 24; ++instance) {
     const int n = 4 + static_cast<int>(rng() % 4);
     const PauliRows table = layers(n, 6 + 6 * (instance % 5), 1 + instance % 4, false, rng);
-    NetworkOptions options;
-    options.in_order = instance % 6 != 5;
-    options.by_depth = instance % 4 == 3;
-    options.end = static_cast<NetworkEnd>(instance % 3);
+    NetworkTask task;
+    task.in_order = instance % 6 != 5;
+    task.objective = support::objective(instance % 4 == 3);
+    task.outputs = std::array{Outputs::left_open, Outputs::in_place,
+                              Outputs::anywhere}[static_cast<std::size_t>(instance % 3)];
     const BitGraph graph = connected_graph(n, rng);
-    if (instance % 7 == 0) options.graph = &graph;
+    if (instance % 7 == 0) task.device = &graph;
     std::pair last(10000, 10000);
     for (std::uint64_t count = 0; count < 20000; count += 1 + count) {
-      const auto result = search_network(numbered(table, n), options, steps(count));
-      EXPECT_EQ(fault(table, n, options, result), "") << text(table);
-      const auto size = options.by_depth ? std::pair(result.depth, result.count)
-                                         : std::pair(result.count, result.depth);
+      const auto result = search_network(numbered(table, n), task, steps(count));
+      EXPECT_EQ(fault(table, n, task, result), "") << text(table);
+      const auto size = task.by_depth() ? std::pair(result.depth, result.count)
+                                        : std::pair(result.count, result.depth);
       ASSERT_LE(size, last) << count << ": " << text(table);
       last = size;
     }
@@ -379,13 +381,13 @@ TEST(NetworkSearch, FewestKnown) {
       row[static_cast<std::size_t>(q)] = row[static_cast<std::size_t>(q) + 1] = letter;
     }
   }
-  NetworkOptions options;
-  options.in_order = true;
-  EXPECT_EQ(search_network(numbered(chain, 6), options, steps(3000)).count, 15);
+  NetworkTask task;
+  task.in_order = true;
+  EXPECT_EQ(search_network(numbered(chain, 6), task, steps(3000)).count, 15);
 
   const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
-  options.end = NetworkEnd::open;
-  EXPECT_EQ(search_network(numbered(letters, n), options, steps(1000)).count, 3);
+  task.outputs = Outputs::left_open;
+  EXPECT_EQ(search_network(numbered(letters, n), task, steps(1000)).count, 3);
 }
 
 TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
@@ -405,9 +407,9 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
                      "XZIXIIIIXXXYIIIIXIIIXXIIXIZIIIIIZXIIZIIIIIIIIIXYZIYYXIIXIIIIIIYI"});
   BitGraph star(64);
   for (int v = 1; v < 64; ++v) star.join(0, v);
-  NetworkOptions options;
-  options.graph = &star;
-  EXPECT_EQ(fault(table, 64, options, search_network(numbered(table, 64), options, steps(0))), "");
+  NetworkTask task;
+  task.device = &star;
+  EXPECT_EQ(fault(table, 64, task, search_network(numbered(table, 64), task, steps(0))), "");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "support/graphs.h"
 #include "support/phases.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
@@ -31,12 +32,12 @@ int cnots(const ParitySearchResult& result) {
 
 /// The first fault of a result, or an empty text: by the oracle for phase circuits, against the
 /// permutation where the map is undone, and against the edges.
-std::string fault(const PhasePolynomial& poly, const ParitySearchOptions& options,
-                  const ParitySearchResult& result, int n) {
+std::string fault(const PhasePolynomial& poly, const Task& task, const ParitySearchResult& result,
+                  int n) {
   std::vector<structures::Gate> circuit;
   append_gates(result.steps, angles(poly), circuit);
   Table table(n);
-  if (options.leftover == Leftover::returned) {
+  if (!task.closes()) {
     for (const PhaseStep& step : result.steps) {
       if (step.is_cnot()) table.cnot(step.control, step.target);
     }
@@ -44,12 +45,12 @@ std::string fault(const PhasePolynomial& poly, const ParitySearchOptions& option
     table.bits.assign(table.bits.size(), false);
     for (int k = 0; k < n; ++k) table.bits[at(result.permutation[at(k)] * n + k)] = true;
   }
-  if (options.leftover != Leftover::closed_freely && !std::ranges::is_sorted(result.permutation)) {
+  if (task.outputs != Outputs::anywhere && !std::ranges::is_sorted(result.permutation)) {
     return "outputs are not in their places";
   }
   for (const PhaseStep& step : result.steps) {
-    if (step.is_cnot() && options.graph != nullptr &&
-        !options.graph->joined(step.control, step.target)) {
+    if (step.is_cnot() && task.device != nullptr &&
+        !task.device->joined(step.control, step.target)) {
       return "a gate is not on an edge";
     }
   }
@@ -66,14 +67,13 @@ TEST(ParitySearch, CircuitsDoWhatTheyShould) {
       const BitMatrix parities = pack_parities(poly, n);
       const BitGraph line(support::line(n));
       const BitGraph mesh(with_random_edges(support::line(n), 20, rng));
-      for (const Leftover leftover :
-           {Leftover::returned, Leftover::closed_freely, Leftover::closed}) {
+      for (const Outputs outputs : {Outputs::left_open, Outputs::anywhere, Outputs::in_place}) {
         for (const BitGraph* graph : {static_cast<const BitGraph*>(nullptr), &line, &mesh}) {
-          const ParitySearchOptions options{leftover, graph, false, rng(), 0};
-          const auto quick = search_parities(parities, options, steps(0));
-          EXPECT_EQ(fault(poly, options, quick, n), "") << n << " " << terms;
-          const auto longer = search_parities(parities, options, steps(n > 30 ? 50 : 2000));
-          EXPECT_EQ(fault(poly, options, longer, n), "") << n << " " << terms;
+          const Task task{.outputs = outputs, .device = graph, .seed = rng()};
+          const auto quick = search_parities(parities, task, steps(0));
+          EXPECT_EQ(fault(poly, task, quick, n), "") << n << " " << terms;
+          const auto longer = search_parities(parities, task, steps(n > 30 ? 50 : 2000));
+          EXPECT_EQ(fault(poly, task, longer, n), "") << n << " " << terms;
           EXPECT_LE(cnots(longer), cnots(quick));
           for (int k = 0; k < n; ++k) {
             const int next = longer.permutation[at(k)];
@@ -93,8 +93,7 @@ TEST(ParitySearch, SameSeedAndStepsGiveTheSameCircuit) {
   const auto search = [&](std::uint64_t seed, std::uint64_t stream, std::uint64_t count) {
     std::vector<std::array<int, 3>> gates;
     for (const auto& [control, target, term] :
-         search_parities(parities, {Leftover::closed, nullptr, false, seed, stream}, steps(count))
-             .steps) {
+         search_parities(parities, {.seed = seed, .stream = stream}, steps(count)).steps) {
       gates.push_back({control, target, term});
     }
     return gates;
@@ -108,15 +107,15 @@ TEST(ParitySearch, SameSeedAndStepsGiveTheSameCircuit) {
 TEST(ParitySearch, MoreStepsAreNeverWorse) {
   support::Rng rng(4);
   const BitMatrix parities = pack_parities(random_polynomial(8, 30, rng), 8);
-  for (const auto& [leftover, by_depth] :
-       std::vector<std::pair<Leftover, bool>>{{Leftover::returned, false},
-                                              {Leftover::closed_freely, true},
-                                              {Leftover::closed, false},
-                                              {Leftover::closed, true}}) {
+  for (const auto& [outputs, by_depth] :
+       std::vector<std::pair<Outputs, bool>>{{Outputs::left_open, false},
+                                             {Outputs::anywhere, true},
+                                             {Outputs::in_place, false},
+                                             {Outputs::in_place, true}}) {
     int last = std::numeric_limits<int>::max();
     for (std::uint64_t count = 0; count < 20000; count += 1 + count / 5) {
-      const auto found =
-          search_parities(parities, {leftover, nullptr, by_depth, 5, 0}, steps(count));
+      const auto found = search_parities(
+          parities, {support::objective(by_depth), outputs, 0, nullptr, 5, 0}, steps(count));
       structures::CnotCircuit circuit(8);
       for (const PhaseStep& step : found.steps) {
         if (step.is_cnot()) circuit.addGate(step.control, step.target);
@@ -130,20 +129,20 @@ TEST(ParitySearch, MoreStepsAreNeverWorse) {
 
 /// Few enough to be sure of the least.
 TEST(ParitySearch, SmallSetsComeOutShortest) {
-  const auto count = [](const std::vector<std::string_view>& parities, Leftover leftover) {
+  const auto count = [](const std::vector<std::string_view>& parities, Outputs outputs) {
     const int n = static_cast<int>(parities[0].size());
-    return cnots(search_parities(pack_parities(polynomial(parities), n), {.leftover = leftover},
-                                 steps(3000)));
+    return cnots(
+        search_parities(pack_parities(polynomial(parities), n), {.outputs = outputs}, steps(3000)));
   };
-  EXPECT_EQ(count({"11"}, Leftover::returned), 1);
-  EXPECT_EQ(count({"11"}, Leftover::closed), 2);
-  EXPECT_EQ(count({"110", "111"}, Leftover::returned), 2);
-  EXPECT_EQ(count({"110", "111"}, Leftover::closed), 4);
+  EXPECT_EQ(count({"11"}, Outputs::left_open), 1);
+  EXPECT_EQ(count({"11"}, Outputs::in_place), 2);
+  EXPECT_EQ(count({"110", "111"}, Outputs::left_open), 2);
+  EXPECT_EQ(count({"110", "111"}, Outputs::in_place), 4);
   // All eleven sums of four wires: each CNOT shows one at most, and four of them undo the map.
   const std::vector<std::string_view> all = {"1100", "1010", "0110", "1001", "0101", "0011",
                                              "1110", "1101", "1011", "0111", "1111"};
-  EXPECT_EQ(count(all, Leftover::returned), 11);
-  EXPECT_EQ(count(all, Leftover::closed), 14);
+  EXPECT_EQ(count(all, Outputs::left_open), 11);
+  EXPECT_EQ(count(all, Outputs::in_place), 14);
 }
 
 /// Everything that up to `depth` CNOTs can do on four wires: maps, and sums shown on the way.

@@ -160,15 +160,14 @@ TEST(Bounds, OfParitiesComeToTheShortestNetworksOfFewWires) {
       bits.insert(of_wire);
     }
     const BitMatrix columns = different_parities(bits, n);
-    for (const Leftover leftover :
-         {Leftover::returned, Leftover::closed_freely, Leftover::closed}) {
+    for (const Outputs outputs : {Outputs::left_open, Outputs::anywhere, Outputs::in_place}) {
       const int fewest =
-          fewest_gates(parities, n, leftover != Leftover::returned, leftover == Leftover::closed);
-      const ParitySearchOptions options{.leftover = leftover, .seed = 1};
-      EXPECT_LE(bound_of_parities(columns, options).count, fewest);
-      EXPECT_EQ(search_small_networks(columns, options, 0, 100).least, fewest);
+          fewest_gates(parities, n, outputs != Outputs::left_open, outputs == Outputs::in_place);
+      const Task task{.outputs = outputs, .seed = 1};
+      EXPECT_LE(bound_of_parities(columns, task).count, fewest);
+      EXPECT_EQ(search_small_networks(columns, task, 0, 100).least, fewest);
       Effort effort;  // it ends by itself
-      const auto found = search_parities(columns, options, effort);
+      const auto found = search_parities(columns, task, effort);
       EXPECT_EQ(std::ranges::count_if(found.steps, &PhaseStep::is_cnot), fewest);
     }
   }
@@ -202,20 +201,19 @@ TEST(Bounds, OfLargerProblemsAreNotAboveTheCircuitsThatTheyAreMadeFrom) {
       shown.insert(parity);
     }
     const BitMatrix parities = different_parities(shown, n);
-    ParitySearchOptions options;
-    options.graph = graph;
-    for (const Leftover leftover :
-         {Leftover::returned, Leftover::closed_freely, Leftover::closed}) {
-      options.leftover = leftover;
-      const int times = leftover == Leftover::returned ? 1 : 2;
-      tallies[1].add(bound_of_parities(parities, options), times * count, times * depth);
+    Task task;
+    task.device = graph;
+    for (const Outputs outputs : {Outputs::left_open, Outputs::anywhere, Outputs::in_place}) {
+      task.outputs = outputs;
+      const int times = outputs == Outputs::left_open ? 1 : 2;
+      tallies[1].add(bound_of_parities(parities, task), times * count, times * depth);
     }
 
     const auto gates = random_gates(n, k % 11, graph, true, rng);
     const GateList list(n, gates);
     const int layers = depth_of(gates, n);
     const PauliFrame images = pulled_back(gates, count, n);
-    for (const Outputs outputs : {Outputs::free, Outputs::in_place}) {
+    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
       tallies[2].add(bound_of_operator(OperatorRows(images), outputs, graph), count, layers);
     }
 
@@ -226,12 +224,12 @@ TEST(Bounds, OfLargerProblemsAreNotAboveTheCircuitsThatTheyAreMadeFrom) {
       const int row = static_cast<int>(rng() % static_cast<unsigned>(2 * n));
       for (int q = 0; q < n; ++q) strings.set_letter(g, q, back.letter(row, q));
     }
-    NetworkOptions network;
-    network.graph = graph;
+    NetworkTask network;
+    network.device = graph;
     network.in_order = k % 2 == 0;
-    for (const NetworkEnd end : {NetworkEnd::open, NetworkEnd::closed_freely, NetworkEnd::closed}) {
-      network.end = end;
-      const int times = end == NetworkEnd::open ? 1 : 2;
+    for (const Outputs outputs : {Outputs::left_open, Outputs::anywhere, Outputs::in_place}) {
+      network.outputs = outputs;
+      const int times = outputs == Outputs::left_open ? 1 : 2;
       const LowerBound bound = bound_of_network(strings, network);
       tallies[3].add(bound, times * count, times * layers);
       if (n == 4 && k % 5 == 0) {

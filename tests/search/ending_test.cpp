@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/gate_lists.h"
+#include "support/tasks.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
@@ -71,38 +72,40 @@ std::vector<Case> small_cases(unsigned seed) {
     for (int p = 0; p < parities.cols(); ++p) parities.set(w, p, rng() % 2 == 0);
   }
   std::vector<Case> cases;
+  const Objective objective = support::objective(by_depth);
   for (const bool place : {false, true}) {
+    const Outputs outputs = support::outputs(place);
     cases.push_back({"map", by_depth, [=](const Effort& effort) {
                        if (by_depth) {
-                         search_shallow_cnot(m, {.permuted = !place, .seed = seed}, effort);
+                         search_shallow_cnot(m, {.outputs = outputs, .seed = seed}, effort);
                        } else {
-                         search_cnot(m, {.exact = place, .seed = seed}, effort);
+                         search_cnot(m, {.outputs = outputs, .seed = seed}, effort);
                        }
                      }});
     cases.push_back({"map on a line", by_depth, [=](const Effort& effort) {
-                       search_cnot_on_device(m, *graph, {place ? 0 : any_reach, by_depth, seed, 0},
+                       search_cnot_on_device(m, {objective, outputs, 0, graph.get(), seed, 0},
                                              effort);
                      }});
     for (const bool placed : {false, true}) {
       const BitGraph* edges = placed ? graph.get() : nullptr;
-      const Outputs outputs = place ? Outputs::in_place : Outputs::free;
+      const Task task{objective, outputs, 0, edges, seed, 0};
       cases.push_back({"operator", by_depth, [=, owner = graph](const Effort& effort) {
-                         search_clifford(images, {outputs, by_depth, seed, 0, edges}, effort);
+                         search_clifford(images, task, effort);
                        }});
-      const Leftover leftover = place ? Leftover::closed : Leftover::closed_freely;
       cases.push_back({"parities", by_depth, [=, owner = graph](const Effort& effort) {
-                         search_parities(parities, {leftover, edges, by_depth, seed, 0}, effort);
+                         search_parities(parities, task, effort);
                        }});
-      const NetworkEnd end = place ? NetworkEnd::closed : NetworkEnd::open;
+      NetworkTask network{task, place};
+      if (!place) network.outputs = Outputs::left_open;
       cases.push_back({"rotations", by_depth, [=, owner = graph](const Effort& effort) {
                          Rotations rotations{strings, {}};
                          rotations.params.assign(at(strings.rows()), structures::Parameter(0.1));
-                         search_network(rotations, {place, end, edges, by_depth, seed, 0}, effort);
+                         search_network(rotations, network, effort);
                        }});
     }
   }
   cases.push_back({"state", by_depth, [=](const Effort& effort) {
-                     search_state(stabilisers, {by_depth, seed, 0}, effort);
+                     search_state(stabilisers, {.objective = objective, .seed = seed}, effort);
                    }});
   return cases;
 }

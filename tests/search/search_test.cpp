@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "support/tasks.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -45,7 +46,7 @@ TEST(Meter, EndsAtItsStepsOrItsDeadline) {
 /// The steps that a search makes which is told of a circuit after `told` of them.
 std::uint64_t steps_made(const Effort& effort, const LowerBound& bound, bool by_depth, int told,
                          const LowerBound& found) {
-  Meter meter(effort, by_depth);
+  Meter meter(effort, support::objective(by_depth));
   meter.better(100, 100);
   meter.prove(bound);
   for (int k = 0; k < told; ++k) meter.step();

@@ -21,13 +21,12 @@ std::vector<structures::Gate> search_clifford_synthesis(const structures::Operat
     edges.emplace(*device);
     require_connected(*edges, tableau.nbqbits);
   }
-  CliffordOptions options;
-  options.outputs = in_place ? Outputs::in_place : Outputs::free;
-  options.seed = effort.seed;
-  options.stream = effort.stream;
-  options.device = edges ? &*edges : nullptr;
-  CliffordCircuit found =
-      search_clifford(images_under(tableau), options, limits_of(effort)).circuit;
+  Task task;
+  task.outputs = in_place ? Outputs::in_place : Outputs::anywhere;
+  task.seed = effort.seed;
+  task.stream = effort.stream;
+  task.device = edges ? &*edges : nullptr;
+  CliffordCircuit found = search_clifford(images_under(tableau), task, limits_of(effort)).circuit;
   wires = std::move(found.wires);
   return std::move(found.gates);
 }
@@ -36,8 +35,8 @@ std::vector<structures::Gate> search_state_synthesis(const structures::OperatorT
                                                      const SearchEffort& effort) {
   std::vector<int> images_of_z(static_cast<std::size_t>(tableau.nbqbits));
   std::iota(images_of_z.begin(), images_of_z.end(), tableau.nbqbits);
-  const StateOptions options{.seed = effort.seed, .stream = effort.stream};
-  return search_state(images_under(tableau).select(images_of_z), options, limits_of(effort)).gates;
+  const Task task{.seed = effort.seed, .stream = effort.stream};
+  return search_state(images_under(tableau).select(images_of_z), task, limits_of(effort)).gates;
 }
 
 }  // namespace synthesis

@@ -21,14 +21,14 @@ std::vector<structures::Gate> search_pauli_synthesis(
   }
   std::optional<BitGraph> edges;
   if (device != nullptr) edges.emplace(*device);
-  NetworkOptions options;
-  options.in_order = in_order;
-  options.end = in_place ? NetworkEnd::closed : NetworkEnd::closed_freely;
-  options.graph = edges ? &*edges : nullptr;
-  options.seed = effort.seed;
-  options.stream = effort.stream;
+  NetworkTask task;
+  task.in_order = in_order;
+  task.outputs = in_place ? Outputs::in_place : Outputs::anywhere;
+  task.device = edges ? &*edges : nullptr;
+  task.seed = effort.seed;
+  task.stream = effort.stream;
   NetworkResult found =
-      search_network({PauliFrame::pack(table, n), params}, options, limits_of(effort));
+      search_network({PauliFrame::pack(table, n), params}, task, limits_of(effort));
   wires = std::move(found.wires);
   return std::move(found.gates);
 }

@@ -19,12 +19,12 @@ std::vector<structures::Gate> search_phase_synthesis(const PhasePolynomial& poly
     edges.emplace(*device);
     if (!poly.empty()) require_connected(*edges, n);
   }
-  ParitySearchOptions options;
-  options.leftover = in_place ? Leftover::closed : Leftover::closed_freely;
-  options.graph = edges && n > 0 ? &*edges : nullptr;
-  options.seed = effort.seed;
-  options.stream = effort.stream;
-  ParitySearchResult found = search_parities(pack_parities(poly, n), options, limits_of(effort));
+  Task task;
+  task.outputs = in_place ? Outputs::in_place : Outputs::anywhere;
+  task.device = edges && n > 0 ? &*edges : nullptr;
+  task.seed = effort.seed;
+  task.stream = effort.stream;
+  ParitySearchResult found = search_parities(pack_parities(poly, n), task, limits_of(effort));
   wires = std::move(found.permutation);
   std::vector<structures::Gate> circuit;
   append_gates(found.steps, angles(poly), circuit);

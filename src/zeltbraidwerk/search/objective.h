@@ -11,7 +11,7 @@ enum class Outputs {
   in_place,      ///< every output on the wire of its input
   within_reach,  ///< on a device, a given number of edges away from there
   anywhere,      ///< on any wire: the result tells the permutation
-  left_open,     ///< what the CNOTs or Clifford gates leave is not undone: the result tells what it is
+  left_open,  ///< what the CNOTs or Clifford gates leave is not undone: the result tells what it is
 };
 
 }  // namespace synthesis

@@ -29,7 +29,6 @@ struct Elimination {
 Elimination eliminate_clifford(PauliFrame images, bool in_place);
 
 /// The inverse of a circuit of gates that the elimination knows.
-std::vector<structures::Gate> inverted(
-    const std::vector<structures::Gate>& gates);
+std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates);
 
 }  // namespace zelt::braidwerk::internal

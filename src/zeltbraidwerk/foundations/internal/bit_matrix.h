@@ -81,8 +81,7 @@ BitMatrix inverse(BitMatrix m);
 bool is_invertible(BitMatrix m);
 
 /// The factorisation of LU(); ends at the first step without a pivot. Returns the steps done.
-int lu_factorise(BitMatrix& m, std::vector<int>& rows,
-                                             std::vector<int>& cols);
+int lu_factorise(BitMatrix& m, std::vector<int>& rows, std::vector<int>& cols);
 
 inline BitMatrix::BitMatrix(int rows, int cols)
     : rows_(rows > 0 ? rows : 0),

@@ -23,14 +23,11 @@ struct Candidates {
 
 /// The candidates along a circuit that starts at `graph`, on as many qubits. `target` holds a bit a
 /// qubit.
-Candidates find_candidates(const TripleCircuit& circuit,
-                                                       BitMatrix graph, const Word* target);
+Candidates find_candidates(const TripleCircuit& circuit, BitMatrix graph, const Word* target);
 
 /// Inserts the groups of the chosen candidates, ascending, for the new qubit.
-void insert_groups(TripleCircuit& circuit,
-                                               const std::vector<int>& chosen,
-                                               const std::vector<int>& positions,
-                                               const std::vector<int>& qubits,
-                                               const std::vector<int>& codes, int new_qubit);
+void insert_groups(TripleCircuit& circuit, const std::vector<int>& chosen,
+                   const std::vector<int>& positions, const std::vector<int>& qubits,
+                   const std::vector<int>& codes, int new_qubit);
 
 }  // namespace zelt::braidwerk::internal

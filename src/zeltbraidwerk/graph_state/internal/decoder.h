@@ -17,7 +17,7 @@ std::optional<std::vector<int>> decode_greedily(BitMatrix problem);
 
 /// The shortest answer of decode_greedily on the problem itself and on `tries` random forms of it;
 /// empty when none has one. Ends early when no answer can be shorter, or when the control says so.
-std::vector<int> decode(const BitMatrix& problem, int tries,
-                                                    const Draw& draw, const Control& control);
+std::vector<int> decode(const BitMatrix& problem, int tries, const Draw& draw,
+                        const Control& control);
 
 }  // namespace zelt::braidwerk::internal

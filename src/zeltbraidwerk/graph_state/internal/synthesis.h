@@ -9,8 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// Appends a circuit that solves the graph. When the control ends it, the rest goes without
 /// restarts: the circuit solves the graph all the same.
-void synthesise_graph_state(const BitMatrix& graph,
-                                                        TripleCircuit& circuit, int tries,
-                                                        const Draw& draw, const Control& control);
+void synthesise_graph_state(const BitMatrix& graph, TripleCircuit& circuit, int tries,
+                            const Draw& draw, const Control& control);
 
 }  // namespace zelt::braidwerk::internal

@@ -4,7 +4,6 @@
 #include <tuple>
 #include <vector>
 
-
 namespace zelt::braidwerk::internal {
 
 /// Maximum-weight matching on the complete graph of `size` items, a loop on each of them included.

@@ -150,8 +150,7 @@ std::optional<SteinerTree> join_at_seed(Paths& paths, const Sketches& sketches,
 }
 
 /// Graph::steiner_tree without the copy: the tree as it stands in the graph's cache.
-const structures::Graph& cached_tree(structures::Graph& graph,
-                                                                 std::vector<int>& terminals);
+const structures::Graph& cached_tree(structures::Graph& graph, std::vector<int>& terminals);
 
 /// `size` draws of a vertex, repeats collapsed.
 std::set<int> draw_seed_set(int n, int size, const Draw& draw);

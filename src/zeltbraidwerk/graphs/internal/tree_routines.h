@@ -23,12 +23,10 @@ inline int fan_in_cnots(int vertices, int terminals) {
 }
 
 /// The routines of namespace `routines`, which append to `out`. Trees passed by value are consumed.
-void fill_for_fan_in(const BitGraph& tree,
-                                                 std::span<const int> terminals,
-                                                 std::vector<Cnot>& out);
+void fill_for_fan_in(const BitGraph& tree, std::span<const int> terminals, std::vector<Cnot>& out);
 void empty_for_fan_in(BitGraph tree, int root, std::vector<Cnot>& out);
-void fill_tree(const BitGraph& tree, std::span<const int> targets,
-                                           int root, bool root_is_set, std::vector<Cnot>& out);
+void fill_tree(const BitGraph& tree, std::span<const int> targets, int root, bool root_is_set,
+               std::vector<Cnot>& out);
 void empty_tree(BitGraph tree, int root, std::vector<Cnot>& out);
 
 }  // namespace zelt::braidwerk::internal

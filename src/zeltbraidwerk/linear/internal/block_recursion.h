@@ -52,7 +52,6 @@ void make_leading_blocks_invertible(BitMatrix& m, int* labels);
 
 /// Appends the swaps that carry out the permutation: row i of their matrix has its one in column
 /// perm[i]. A cycle of any length costs at most two layers of swaps.
-void add_permutation(int n, const int* perm,
-                                                 BlockRecursion::Gates& gates);
+void add_permutation(int n, const int* perm, BlockRecursion::Gates& gates);
 
 }  // namespace zelt::braidwerk::internal

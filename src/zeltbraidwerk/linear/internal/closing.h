@@ -16,7 +16,6 @@ structures::CnotCircuit close_by_swaps(FreeCircuit found);
 /// wires lie in one cycle of the permutation takes a swap on for one CNOT more. Which gates do is
 /// found by local search; what none takes on is swapped at the end. Shorter than close_by_swaps,
 /// and often deeper. Cost O(n) passes over the gates.
-structures::CnotCircuit close_within_gates(const FreeCircuit& found,
-                                                                       const Draw& draw);
+structures::CnotCircuit close_within_gates(const FreeCircuit& found, const Draw& draw);
 
 }  // namespace zelt::braidwerk::internal

@@ -15,8 +15,7 @@ struct FactorDecoding {
 
 /// CNOT circuit of a matrix from its LU factors, each row of a factor found by syndrome decoding.
 /// perm[r] is set to the wire that row r is matched to.
-FactorDecoding decode_factors(BitMatrix m, std::vector<int>& perm,
-                                                          int width, int depth,
-                                                          const Control& control);
+FactorDecoding decode_factors(BitMatrix m, std::vector<int>& perm, int width, int depth,
+                              const Control& control);
 
 }  // namespace zelt::braidwerk::internal

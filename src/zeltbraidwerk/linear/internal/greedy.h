@@ -36,10 +36,9 @@ struct GreedyResult {
 ///
 /// The search can run in circles, so control.max_operations must stay finite; it counts anew in
 /// every escape. Progress is reported once an addition, but not from within an escape.
-GreedyResult greedy_synthesis(const BitMatrix& a,
-                                                          std::vector<int>& perm,
-                                                          const GreedyOptions& options,
-                                                          const Draw& draw, const Control& control);
+GreedyResult greedy_synthesis(const BitMatrix& a, std::vector<int>& perm,
+                              const GreedyOptions& options, const Draw& draw,
+                              const Control& control);
 
 /// The circuit of column additions followed by that of row additions, last found first, on wires
 /// relabelled by `perm`.

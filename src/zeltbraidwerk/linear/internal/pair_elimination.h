@@ -12,8 +12,7 @@ using RowPair = std::tuple<int, int>;
 
 /// Matches rows that agree on a long stretch of the columns from `col` on: all but one are the
 /// larger member of one pair. `rows` keeps the one that is not, the smallest, if there is any.
-std::vector<RowPair> match_rows(const BitMatrix& m, int col,
-                                                            std::vector<int>& rows);
+std::vector<RowPair> match_rows(const BitMatrix& m, int col, std::vector<int>& rows);
 
 /// match_rows on the rows from `col` on with a one in column `col`, for the columns behind it.
 std::vector<RowPair> match_column(const BitMatrix& m, int col);

@@ -24,8 +24,7 @@ struct RowColumnOptions {
   int slack = 0;
 };
 bool row_column_synthesis(const BitMatrix& m, const BitGraph& graph,
-                                                      const RowColumnOptions& options,
-                                                      const Draw& draw, const Control& control,
-                                                      FreeCircuit& found);
+                          const RowColumnOptions& options, const Draw& draw, const Control& control,
+                          FreeCircuit& found);
 
 }  // namespace zelt::braidwerk::internal

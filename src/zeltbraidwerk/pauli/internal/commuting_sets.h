@@ -8,13 +8,12 @@
 namespace zelt::braidwerk::internal {
 
 /// The circuit of commute_pauli_synth.
-std::vector<structures::Gate> synthesise_sets(
-    const Rotations& rotations, int method, const Draw& draw);
+std::vector<structures::Gate> synthesise_sets(const Rotations& rotations, int method,
+                                              const Draw& draw);
 
 /// The circuit of commute_pauli_synth_improved, with its demands on the angles.
-std::vector<structures::Gate> synthesise_open_sets(Rotations rotations,
-                                                                               int method,
-                                                                               const Draw& draw);
+std::vector<structures::Gate> synthesise_open_sets(Rotations rotations, int method,
+                                                   const Draw& draw);
 
 void append_reversed(std::vector<structures::Gate>& target,
                      const std::vector<structures::Gate>& source);

@@ -30,7 +30,6 @@ class Diagonaliser {
 };
 
 /// All of it: returns the circuit, and leaves the frame diagonal if its rows commute.
-std::vector<structures::Gate> diagonalise(
-    PauliFrame& frame, structures::Graph* graph = nullptr);
+std::vector<structures::Gate> diagonalise(PauliFrame& frame, structures::Graph* graph = nullptr);
 
 }  // namespace zelt::braidwerk::internal

@@ -17,12 +17,11 @@ struct GraphForm {
 GraphForm graph_form_of(const PauliFrame& frame);
 
 /// Rewrites the frame by the circuit returned. On a throw it is as it was.
-std::vector<structures::Gate> diagonalise_by_graph_state(
-    PauliFrame& frame, int method, const Draw& draw);
+std::vector<structures::Gate> diagonalise_by_graph_state(PauliFrame& frame, int method,
+                                                         const Draw& draw);
 
 /// By the method given, greedily where a graph-state method fails.
-std::vector<structures::Gate> change_basis(PauliFrame& frame,
-                                                                       int method, int& failures,
-                                                                       const Draw& draw);
+std::vector<structures::Gate> change_basis(PauliFrame& frame, int method, int& failures,
+                                           const Draw& draw);
 
 }  // namespace zelt::braidwerk::internal

@@ -14,7 +14,6 @@ namespace zelt::braidwerk::internal {
 /// longer lead grows only by a row that loses one of two letters. So with each pass, of moves on
 /// disjoint qubits, the sorted list of weights falls in lexicographic order.
 std::vector<structures::Gate> synthesise_greedily(Rotations rotations);
-std::vector<structures::Gate> synthesise_in_matchings(
-    Rotations rotations);
+std::vector<structures::Gate> synthesise_in_matchings(Rotations rotations);
 
 }  // namespace zelt::braidwerk::internal

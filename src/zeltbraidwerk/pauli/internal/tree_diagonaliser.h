@@ -17,8 +17,7 @@ std::vector<int> support_on(const PauliFrame& frame, int row, std::span<const in
 /// Co-diagonalises the rows of a frame along a spanning tree of the graph, leaf after leaf: some
 /// row is gathered on the leaf, which is then cut off and never touched again. So it ends after at
 /// most n leaves and n^2 CNOTs.
-void diagonalise_on_tree(PauliFrame& frame,
-                                                     const structures::Graph& graph,
-                                                     std::vector<structures::Gate>& circuit);
+void diagonalise_on_tree(PauliFrame& frame, const structures::Graph& graph,
+                         std::vector<structures::Gate>& circuit);
 
 }  // namespace zelt::braidwerk::internal

@@ -28,9 +28,9 @@ BitMatrix pack_parities(const PhasePolynomial& poly, int n);
 BitMatrix linear_map(const std::vector<PhaseStep>& steps, int n);
 
 /// The steps as gates; params[c] is the angle of term c.
-void append_gates(
-    const std::vector<PhaseStep>& steps, const std::vector<const structures::Parameter*>& params,
-    std::vector<structures::Gate>& circuit);
+void append_gates(const std::vector<PhaseStep>& steps,
+                  const std::vector<const structures::Parameter*>& params,
+                  std::vector<structures::Gate>& circuit);
 
 inline std::vector<const structures::Parameter*> angles(const PhasePolynomial& poly) {
   std::vector<const structures::Parameter*> params;

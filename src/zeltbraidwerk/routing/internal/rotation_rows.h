@@ -63,10 +63,8 @@ struct NormalForm {
 
 /// What the functions of the same purpose in namespace `synthesis` do.
 void merge_rotations(RotationRows& rotations);
-bool fold_cliffords(RotationRows& rotations,
-                                                structures::OperatorTableau& tableau);
+bool fold_cliffords(RotationRows& rotations, structures::OperatorTableau& tableau);
 NormalForm normal_form(const std::vector<structures::Gate>& circuit,
-                                                   const structures::OperatorTableau& start,
-                                                   bool commuting_blocks, bool merge);
+                       const structures::OperatorTableau& start, bool commuting_blocks, bool merge);
 
 }  // namespace zelt::braidwerk::internal

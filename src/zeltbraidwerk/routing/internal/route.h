@@ -21,22 +21,17 @@ struct RoutingOptions {
 /// Unless `keeps_trees`, the graph's cache is neither read nor written, which is faster, and a
 /// sketched tree with a cycle goes unnoticed where no cheapest plan can lie. False when the control
 /// said stop: `out` then ends behind some rotation, and `frame` is its gates'.
-bool route(const std::vector<structures::Gate>& circuit,
-                                       structures::Graph& graph, const RoutingOptions& options,
-                                       std::vector<structures::Gate>& out,
-                                       structures::OperatorTableau& frame);
+bool route(const std::vector<structures::Gate>& circuit, structures::Graph& graph,
+           const RoutingOptions& options, std::vector<structures::Gate>& out,
+           structures::OperatorTableau& frame);
 
 /// What synthesis::clifford_nnize_ion and clifford_nnize_ion_shelving do. False as above.
-bool route_ions(const std::vector<structures::Gate>& circuit,
-                                            structures::DefaultMetric metric,
-                                            const RoutingOptions& options,
-                                            std::vector<structures::Gate>& out,
-                                            structures::OperatorTableau& frame);
-bool route_ions(const std::vector<structures::Gate>& circuit,
-                                            structures::ShelveMetric metric,
-                                            const RoutingOptions& options,
-                                            std::vector<structures::Gate>& out,
-                                            structures::OperatorTableau& frame);
+bool route_ions(const std::vector<structures::Gate>& circuit, structures::DefaultMetric metric,
+                const RoutingOptions& options, std::vector<structures::Gate>& out,
+                structures::OperatorTableau& frame);
+bool route_ions(const std::vector<structures::Gate>& circuit, structures::ShelveMetric metric,
+                const RoutingOptions& options, std::vector<structures::Gate>& out,
+                structures::OperatorTableau& frame);
 
 /// Rotations as the public searches get them: the rows of all blocks from `block` on.
 struct BlockList {

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/search_effort.h"
 
 namespace zelt::braidwerk::internal {
@@ -66,9 +67,9 @@ inline Effort limits_of(const synthesis::SearchEffort& effort) {
 /// before, nothing has changed.
 class Meter {
  public:
-  explicit Meter(const Effort& effort, bool by_depth = false)
+  explicit Meter(const Effort& effort, Objective objective = Objective::count)
       : effort_(&effort),
-        by_depth_(by_depth),
+        objective_(objective),
         limit_(effort.steps),
         start_(Control::Clock::now()) {}
 
@@ -118,7 +119,8 @@ class Meter {
 
  private:
   void look_at_bound() {
-    const bool met = by_depth_ ? best_.depth <= bound_.depth : best_.count <= bound_.count;
+    const bool met =
+        objective_ == Objective::depth ? best_.depth <= bound_.depth : best_.count <= bound_.count;
     if (met && !effort_->past_bound)
       limit_ = std::min(limit_, proven() ? steps_ : 2 * steps_ + polish);
   }
@@ -126,7 +128,7 @@ class Meter {
   static constexpr int none = std::numeric_limits<int>::max();
 
   const Effort* effort_;
-  bool by_depth_;
+  Objective objective_;
   std::uint64_t limit_;
   Control::Clock::time_point start_;
   std::uint64_t steps_ = 0;

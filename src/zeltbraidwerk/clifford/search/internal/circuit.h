@@ -19,11 +19,9 @@ CliffordCircuit emitted(const GateList& list);
 
 /// A list of gates and its last one-qubit gates as a circuit, signs those of the images of X, then
 /// of Z, that the operator has. At most one one-qubit gate on either wire before a CNOT.
-CliffordCircuit to_circuit(const GateList& list,
-                                                       const PauliFrame& images);
+CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images);
 
 /// The way back, signs left out, from CNOTs and gates on one wire.
-GateList to_list(const std::vector<structures::Gate>& circuit,
-                                             int wires);
+GateList to_list(const std::vector<structures::Gate>& circuit, int wires);
 
 }  // namespace zelt::braidwerk::internal

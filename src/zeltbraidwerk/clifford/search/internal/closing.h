@@ -7,7 +7,6 @@ namespace zelt::braidwerk::internal {
 
 /// Brings every output of a list back to its own wire. Blocks on `window` wires take in exchanges
 /// of outputs, mostly for one gate or two each; three gates an exchange where no block does.
-GateList with_outputs_in_place(const GateList& list, int window,
-                                                           Rng& rng);
+GateList with_outputs_in_place(const GateList& list, int window, Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

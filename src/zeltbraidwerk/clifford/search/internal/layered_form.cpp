@@ -132,10 +132,8 @@ class LayeredForm {
       for_each_bit(map.row(i), map.stride(),
                    [&](int w) { of(output_x_, w) = rows_.label_at(1, i, of(input_x_, i), w); });
     }
-    ShallowOptions options;
-    options.permuted = outputs == Outputs::free;
-    options.seed = rng_.next();
-    const GateList list = search_shallow_cnot(map.transposed(), options, effort).front().list;
+    const Task task{.objective = Objective::depth, .outputs = outputs, .seed = rng_.next()};
+    const GateList list = search_shallow_cnot(map.transposed(), task, effort).front().list;
     const auto output = [&](End end) { return wire_of(list.origin[end_of(wire_of(end), 0)]); };
     for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
       const bool forward = label_of(gate->a) == label_z;

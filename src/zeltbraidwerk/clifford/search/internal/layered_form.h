@@ -13,7 +13,6 @@ namespace zelt::braidwerk::internal {
 ///
 /// On n qubits the layers are about n / 2 before the map and as many behind it, and those of the
 /// map, which is searched by depth with this effort. More gates than by a reduction.
-GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng,
-                                                  const Effort& effort);
+GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

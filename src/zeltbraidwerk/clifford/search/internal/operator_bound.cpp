@@ -53,7 +53,7 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
     const Images images = images_of(rows, 0, wire);
     const Images back = images_of(rows, 1, wire);
     int least = outputs == Outputs::in_place ? rank_beside(images, wire) : 2;
-    for (int q = 0; q < n && least > 0 && outputs == Outputs::free; ++q) {
+    for (int q = 0; q < n && least > 0 && outputs == Outputs::anywhere; ++q) {
       least = std::min(least, rank_beside(images, q));
     }
     meetings += least;

@@ -21,7 +21,6 @@ namespace zelt::braidwerk::internal {
 ///
 /// On a device, with outputs in place, what a label has on a wire came from as many edges away as
 /// it is far.
-LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs,
-                                                         const BitGraph* device);
+LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const BitGraph* device);
 
 }  // namespace zelt::braidwerk::internal

@@ -46,7 +46,7 @@ bool PlacedRewriter::rewrite_on(const Window& window, float uphill, Rng& rng,
   rename<wires>(block, kind.name);
   const WindowRows rows = rows_of(block, wires);
   block.clear();
-  const bool last = outputs_ == Outputs::free && window.to_end == (1U << wires) - 1;
+  const bool last = outputs_ == Outputs::anywhere && window.to_end == (1U << wires) - 1;
   const WindowRows left =
       last ? append_reordered_circuit<wires>(*kind.table, rows, random_places<wires>(rng), detour,
                                              rng, block)

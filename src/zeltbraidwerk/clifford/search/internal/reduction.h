@@ -67,7 +67,6 @@ class OperatorReduction {
 };
 
 /// The circuit of an operator of which the moves have left one-qubit gates and a renaming.
-GateList circuit_of(const OperatorRows& left,
-                                                const std::vector<OperatorReduction::Move>& moves);
+GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves);
 
 }  // namespace zelt::braidwerk::internal

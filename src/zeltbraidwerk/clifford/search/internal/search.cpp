@@ -33,11 +33,11 @@ struct Layered {
 /// closing one is better than what any search finds in place from the start.
 class CliffordSearch {
  public:
-  CliffordSearch(const PauliFrame& images, const CliffordOptions& options, const Effort& effort)
+  CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort)
       : images_(images),
-        options_(options),
-        rng_(options.seed, options.stream),
-        meter_(effort, options.by_depth),
+        task_(task),
+        rng_(task.seed, task.stream),
+        meter_(effort, task.objective),
         wires_(images.qubits()),
         problem_(wires_, cost_for(wires_)),
         one_sided_(wires_),
@@ -48,8 +48,8 @@ class CliffordSearch {
 
   CliffordResult run() {
     if (are_images_of_operator(images_)) {
-      meter_.prove(bound_of_operator(start_.rows, options_.outputs, options_.device));
-      if (options_.device != nullptr) {
+      meter_.prove(bound_of_operator(start_.rows, task_.outputs, task_.device));
+      if (task_.device != nullptr) {
         search_on_device();
       } else {
         begin();
@@ -60,10 +60,10 @@ class CliffordSearch {
   }
 
  private:
-  bool in_place() const { return options_.outputs == Outputs::in_place; }
+  bool in_place() const { return task_.in_place(); }
   bool go_on() {
     const bool optimal =
-        options_.by_depth ? best_.depth <= 1 : wires_ <= 4 || best_.list.count() <= 1;
+        task_.by_depth() ? best_.depth <= 1 : wires_ <= 4 || best_.list.count() <= 1;
     return !optimal && !meter_.ended();
   }
 
@@ -72,8 +72,8 @@ class CliffordSearch {
   static constexpr int quick_two_sided = 40;  ///< a greedy run takes a twentieth of a second
 
   void begin() {
-    shortest_ = Layered(eliminated_list(images_, Outputs::free));
-    best_ = in_place() ? Layered(eliminated_list(images_, options_.outputs)) : shortest_;
+    shortest_ = Layered(eliminated_list(images_, Outputs::anywhere));
+    best_ = in_place() ? Layered(eliminated_list(images_, task_.outputs)) : shortest_;
     report();
     if (meter_.proven()) return;
     if (takes_layers() && (wires_ <= quick_wires || !meter_.ended())) offer(layered(1));
@@ -83,8 +83,8 @@ class CliffordSearch {
         shorten(shortest_, beam(Start::both, 1, unlimited_));
       }
     } else if (wires_ > 1) {
-      shortest_ = Layered(shortest_list(images_, Outputs::free, rng_));
-      const GateList shortest = shortest_list(images_, options_.outputs, rng_);
+      shortest_ = Layered(shortest_list(images_, Outputs::anywhere, rng_));
+      const GateList shortest = shortest_list(images_, task_.outputs, rng_);
       offer(shortest);
       meter_.prove({shortest.count(), layers_to_hold(shortest.count(), wires_)});
     }
@@ -99,7 +99,7 @@ class CliffordSearch {
       offer(shortest_.list);
       walk(shortest_, rewriter, steps_of(round));
       layer_again(round);
-      if (options_.by_depth) anneal(round % 2 == 0 ? shortest_ : best_, rewriter, steps_of(round));
+      if (task_.by_depth()) anneal(round % 2 == 0 ? shortest_ : best_, rewriter, steps_of(round));
     }
   }
 
@@ -119,19 +119,19 @@ class CliffordSearch {
       Layered next = best_;
       walk(next, rewriter, steps_of(round) / 2);
       layer_again(round);
-      if (options_.by_depth) anneal(best_, rewriter, steps_of(round) / 2);
+      if (task_.by_depth()) anneal(best_, rewriter, steps_of(round) / 2);
     }
   }
 
   /// Eliminations on the device, and walks on windows of its edges. Hot ones, as few circuits of a
   /// window are equally short.
   void search_on_device() {
-    DeviceElimination problem(*options_.device);
+    DeviceElimination problem(*task_.device);
     const DeviceElimination::State start = problem.start(start_.rows);
     best_ = eliminated_on_device(problem, start, 1, unlimited_);
     report();
     for (int round = 0; best_.list.count() > 1 && !meter_.ended(); ++round) {
-      const PlacedRewriter rewriter(window_of(round), *options_.device, options_.outputs);
+      const PlacedRewriter rewriter(window_of(round), *task_.device, task_.outputs);
       if (const int width = elimination_width(round); width > 0) {
         Layered found = eliminated_on_device(problem, start, width, meter_);
         if (meter_.ended()) break;
@@ -140,7 +140,7 @@ class CliffordSearch {
       }
       Layered next = best_;
       walk(next, rewriter, steps_of(round));
-      if (options_.by_depth) anneal(best_, rewriter, steps_of(round));
+      if (task_.by_depth()) anneal(best_, rewriter, steps_of(round));
     }
   }
 
@@ -219,12 +219,12 @@ class CliffordSearch {
   }
 
   /// The layered form has few layers on many qubits.
-  bool takes_layers() const { return options_.by_depth && wires_ > most_two_sided; }
+  bool takes_layers() const { return task_.by_depth() && wires_ > most_two_sided; }
   GateList layered(std::uint64_t steps) {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = steps;
-    return layered_list(start_.rows, options_.outputs, rng_, effort);
+    return layered_list(start_.rows, task_.outputs, rng_, effort);
   }
 
   /// Once more with other labels, and the map searched longer. That takes a quarter of the round's
@@ -248,17 +248,17 @@ class CliffordSearch {
   template <class Rewriter>
   void walk(Layered& circuit, Rewriter rewriter, std::uint64_t steps) {
     constexpr bool placed = std::is_same_v<Rewriter, PlacedRewriter>;
-    const Cooling cooling = options_.device != nullptr ? Cooling{1.0F, 0.1F}
-                            : placed                   ? Cooling{0.1F, 0.003F}
-                                                       : Cooling{0.3F, 0.003F};
-    const bool wanted = in_place() == placed || options_.device != nullptr;
+    const Cooling cooling = task_.device != nullptr ? Cooling{1.0F, 0.1F}
+                            : placed                ? Cooling{0.1F, 0.003F}
+                                                    : Cooling{0.3F, 0.003F};
+    const bool wanted = in_place() == placed || task_.device != nullptr;
     walk_round(circuit.list, rewriter, steps, cooling, rng_, meter_,
                [&](const GateList& list, bool shorter) {
                  const int depth = depth_of(list.gates, wires_);
                  const bool take = shorter || depth < circuit.depth;
                  if (take) circuit.depth = depth;
                  // Few gates are worth less than few layers, which more effort might lose again.
-                 const bool lasts = !options_.by_depth || !meter_.ended();
+                 const bool lasts = !task_.by_depth() || !meter_.ended();
                  if (take && wanted && lasts) offer(list);
                  return take;
                });
@@ -273,7 +273,7 @@ class CliffordSearch {
   void offer(const GateList& list) { offer(list, depth_of(list.gates, wires_)); }
   void offer(const GateList& list, int depth) {
     const int least = best_.list.count();
-    const bool better = options_.by_depth
+    const bool better = task_.by_depth()
                             ? std::tuple(depth, list.count()) < std::tuple(best_.depth, least)
                             : std::tuple(list.count(), depth) < std::tuple(least, best_.depth);
     if (!better) return;
@@ -284,7 +284,7 @@ class CliffordSearch {
   void report() { meter_.better(best_.list.count(), best_.depth); }
 
   const PauliFrame& images_;
-  const CliffordOptions& options_;
+  const Task& task_;
   Rng rng_;
   Meter meter_;
   const Effort no_limit_;
@@ -310,9 +310,8 @@ bool are_images_of_operator(const PauliFrame& images) {
   return true;
 }
 
-CliffordResult search_clifford(const PauliFrame& images, const CliffordOptions& options,
-                               const Effort& effort) {
-  return CliffordSearch(images, options, effort).run();
+CliffordResult search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
+  return CliffordSearch(images, task, effort).run();
 }
 
 }  // namespace zelt::braidwerk::internal

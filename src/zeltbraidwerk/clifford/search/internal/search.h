@@ -1,21 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
-#include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
-
-struct CliffordOptions {
-  Outputs outputs = Outputs::in_place;
-  bool by_depth = false;  ///< few layers before few gates
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;          ///< one a run
-  const BitGraph* device = nullptr;  ///< connected; CNOTs are on its edges alone
-};
 
 struct CliffordResult {
   CliffordCircuit circuit;
@@ -35,8 +25,6 @@ bool are_images_of_operator(const PauliFrame& images);
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes a byte a pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, and with outputs in place 12 MB more.
-CliffordResult search_clifford(const PauliFrame& images,
-                                                           const CliffordOptions& options,
-                                                           const Effort& effort);
+CliffordResult search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

@@ -67,7 +67,7 @@ GateList shortest_on(const OperatorRows& operator_rows, Outputs outputs, Rng& rn
   GateList list(wires, {});
   Rewrite left;
   read_ends<wires>(
-      outputs == Outputs::free
+      outputs == Outputs::anywhere
           ? append_circuit(WindowTable<wires>::shared(), rows, false, rng, list.gates)
           : append_placed_circuit(PlacedTable<wires>::shared(), rows, false, rng, list.gates),
       left);

@@ -14,7 +14,6 @@ OperatorCost cost_for(int wires);
 GateList eliminated_list(const PauliFrame& images, Outputs outputs);
 
 /// One of the shortest circuits of an operator on two to four qubits.
-GateList shortest_list(const PauliFrame& images, Outputs outputs,
-                                                   Rng& rng);
+GateList shortest_list(const PauliFrame& images, Outputs outputs, Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

@@ -12,7 +12,6 @@ namespace zelt::braidwerk::internal {
 /// stabilisers have a basis of strings on at most 2^d qubits each, the images of Z; where the ones
 /// so light do not make up all of them, there are more layers. These are counted on up to 12
 /// qubits.
-LowerBound bound_of_state(const PauliFrame& stabilisers, int joins,
-                                                      int largest_group);
+LowerBound bound_of_state(const PauliFrame& stabilisers, int joins, int largest_group);
 
 }  // namespace zelt::braidwerk::internal

@@ -25,11 +25,11 @@ WireGroups joined_by(const GateList& list) {
 
 class Search {
  public:
-  Search(const PauliFrame& stabilisers, const StateOptions& options, const Effort& effort)
-      : by_depth_(options.by_depth),
+  Search(const PauliFrame& stabilisers, const Task& task, const Effort& effort)
+      : by_depth_(task.by_depth()),
         wires_(stabilisers.qubits()),
-        rng_(options.seed, options.stream),
-        meter_(effort, options.by_depth),
+        rng_(task.seed, task.stream),
+        meter_(effort, task.objective),
         start_(stabilisers),
         shortest_{by_graph(stabilisers), 0} {
     const WireGroups entangled = joined_by(shortest_.list);
@@ -187,9 +187,8 @@ bool stabilise_a_state(const PauliFrame& strings) {
   return rows_are_independent(std::move(both));
 }
 
-StateResult search_state(const PauliFrame& stabilisers, const StateOptions& options,
-                         const Effort& effort) {
-  Search search(stabilisers, options, effort);
+StateResult search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
+  Search search(stabilisers, task, effort);
   const GateList list = in_place(search.run());
   return {preparation(list, stabilisers), list.count(), depth_of(list.gates, list.wires())};
 }

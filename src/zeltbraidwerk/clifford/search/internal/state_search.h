@@ -1,18 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
-
-struct StateOptions {
-  bool by_depth = false;  ///< few layers before few gates
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;  ///< one a run
-};
 
 struct StateResult {
   std::vector<structures::Gate> gates;  ///< CNOT, and H, S, RX by pi/2, X
@@ -29,8 +23,6 @@ bool stabilise_a_state(const PauliFrame& strings);
 ///
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
 /// 32 MB, once.
-StateResult search_state(const PauliFrame& stabilisers,
-                                                     const StateOptions& options,
-                                                     const Effort& effort);
+StateResult search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

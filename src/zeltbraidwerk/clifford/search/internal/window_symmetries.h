@@ -8,11 +8,9 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
-
-/// Whether an output of a window may come out on any of its wires.
-enum class Outputs { free, in_place };
 
 /// What changes the distance of no operator: a one-qubit gate on each input, with the wires
 /// renamed, on both sides where outputs are in place. A table of distances is built from one

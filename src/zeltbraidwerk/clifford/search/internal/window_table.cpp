@@ -33,7 +33,7 @@ void WindowTable<wires>::fill(const WindowSymmetries<wires>& symmetries, WindowR
 template <int wires>
 WindowTable<wires>::WindowTable() : slots_(std::bit_ceil(classes[wires] + classes[wires] / 4 + 8)) {
   shift_ = 64 - std::countr_zero(slots_.size());
-  const WindowSymmetries<wires> symmetries(Outputs::free, (std::uint64_t{1} << moves) - 1);
+  const WindowSymmetries<wires> symmetries(Outputs::anywhere, (std::uint64_t{1} << moves) - 1);
   std::vector<Orbit> orbits{{identity_rows_on(wires), 0, 0}};
   fill(symmetries, orbits[0].first, 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {

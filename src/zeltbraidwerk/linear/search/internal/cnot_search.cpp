@@ -170,18 +170,18 @@ GateList search_exact(const BitMatrix& m, int window, Rng& rng, Meter& meter) {
 
 }  // namespace
 
-FreeCircuit search_cnot(const BitMatrix& m, const CnotSearchOptions& options,
-                        const Effort& effort) {
-  Rng rng(options.seed, options.stream);
+FreeCircuit search_cnot(const BitMatrix& m, const Task& task, const Effort& effort,
+                        int largest_window) {
+  Rng rng(task.seed, task.stream);
   Meter meter(effort);
-  meter.prove(bound_of_map(m, options.exact));
+  meter.prove(bound_of_map(m, task.in_place()));
   if (meter.bound().count == 0) {
     Keeper only(relabelled(m), meter);
     return free_circuit(only.best());
   }
-  const int window = std::clamp(options.window, 2, most_window_wires);
-  return free_circuit(options.exact ? search_exact(m, window, rng, meter)
-                                    : search_free(m, window, rng, meter));
+  const int window = std::clamp(largest_window, 2, most_window_wires);
+  return free_circuit(task.in_place() ? search_exact(m, window, rng, meter)
+                                      : search_free(m, window, rng, meter));
 }
 
 }  // namespace zelt::braidwerk::internal

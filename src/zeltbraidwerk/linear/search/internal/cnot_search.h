@@ -1,21 +1,12 @@
 #pragma once
 
-#include <cstdint>
-
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/task.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
-
-struct CnotSearchOptions {
-  bool exact = true;  ///< every output on its own wire
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;  ///< of the seed: one a run
-  /// Wires of the largest windows, 2 to 5. The tables for 5 take a tenth of a second to build, once
-  /// in a process, those for 4 nothing.
-  int window = 5;
-};
 
 /// A short CNOT circuit of an invertible matrix, by search: a greedy reduction by additions of rows
 /// and of columns, which is made in any case; then wider ones, each followed by a walk among the
@@ -26,10 +17,12 @@ struct CnotSearchOptions {
 /// the permutation of the shortest circuit is taken up by gates on its way, and the walk goes on
 /// among the circuits of the very map.
 ///
+/// Windows have up to `window` wires, 2 to 5. The tables for 5 take a tenth of a second to build,
+/// once in a process, those for 4 nothing.
+///
 /// Memory: two tables of 32 MB for the process; beams take up to 300 states of 2 n^2 bits, or twice
 /// that, up to 40 qubits.
-FreeCircuit search_cnot(const BitMatrix& m,
-                                                    const CnotSearchOptions& options,
-                                                    const Effort& effort);
+FreeCircuit search_cnot(const BitMatrix& m, const Task& task, const Effort& effort,
+                        int window = most_window_wires);
 
 }  // namespace zelt::braidwerk::internal

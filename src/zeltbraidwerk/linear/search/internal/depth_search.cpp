@@ -35,15 +35,15 @@ GateList list_of(const structures::CnotCircuit& circuit) {
 
 class ShallowSearch {
  public:
-  ShallowSearch(const BitMatrix& m, const ShallowOptions& options, const Effort& effort)
+  ShallowSearch(const BitMatrix& m, const Task& task, const Effort& effort)
       : m_(m),
         n_(m.rows()),
-        options_(options),
-        rng_(options.seed, options.stream),
-        meter_(effort, true),
+        task_(task),
+        rng_(task.seed, task.stream),
+        meter_(effort, Objective::depth),
         scheduler_(n_),
         series_(m) {
-    meter_.prove(bound_of_map(m, !options.permuted));
+    meter_.prove(bound_of_map(m, task.in_place()));
   }
 
   std::vector<LayeredCircuit> run() {
@@ -107,7 +107,7 @@ class ShallowSearch {
 
   /// The circuit as it is wanted: closed where outputs have their places, and in layers.
   GateList consider(GateList list) {
-    if (!options_.permuted) list = closed(list);
+    if (task_.in_place()) list = closed(list);
     const int depth = scheduler_.settle(list.gates);
     offer(depth, list);
     return list;
@@ -138,7 +138,7 @@ class ShallowSearch {
     if (meter_.ended() || list.gates.empty()) return;
     // The small windows need no large table, and little time has no use for it.
     const int largest = std::min(n_, round == 0 ? 4 : most_window_wires);
-    DepthRewriter rewriter(n_, largest, options_.permuted, rng_);
+    DepthRewriter rewriter(n_, largest, !task_.in_place(), rng_);
     rewriter.enter(list.gates, {2, gate, std::min(0.02F, 2.5F / static_cast<float>(list.count()))});
     Walk<DepthRewriter> walk(std::move(list), rewriter);
     constexpr float uphill = 0.3F;
@@ -153,7 +153,7 @@ class ShallowSearch {
 
   const BitMatrix& m_;
   int n_;
-  const ShallowOptions& options_;
+  const Task& task_;
   Rng rng_;
   Meter meter_;
   Scheduler scheduler_;
@@ -163,13 +163,13 @@ class ShallowSearch {
 
 }  // namespace
 
-std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const ShallowOptions& options,
+std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const Task& task,
                                                 const Effort& effort) {
   if (!is_invertible(m)) {
     const GateList list = list_of(eliminate_gauss(m));
     return {{list, depth_of(list.gates, list.wires())}};
   }
-  return ShallowSearch(m, options, effort).run();
+  return ShallowSearch(m, task, effort).run();
 }
 
 }  // namespace zelt::braidwerk::internal

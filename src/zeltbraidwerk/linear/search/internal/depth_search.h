@@ -1,23 +1,17 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/search/internal/depth_front.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
 
-struct ShallowOptions {
-  bool permuted = true;  ///< outputs may end up on any wires
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;
-};
-
 /// CNOT circuits of an invertible matrix with few layers: first the best by depth, then by gates,
 /// then others with fewer and fewer gates, none both as shallow and as short as another. Wire w
-/// holds row origin[w] of the matrix in the end; without `permuted` that is row w.
+/// holds row origin[w] of the matrix in the end; with outputs in place that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
 /// from 24 wires on block recursion, and between these rounds of annealing on windows, for
@@ -25,7 +19,7 @@ struct ShallowOptions {
 /// singular matrix has no circuit; for one the result is what elimination makes of it.
 ///
 /// Memory: a few hundred MB at most, of which 130 MB tables of windows.
-std::vector<LayeredCircuit> search_shallow_cnot(
-    const BitMatrix& m, const ShallowOptions& options, const Effort& effort);
+std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const Task& task,
+                                                const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

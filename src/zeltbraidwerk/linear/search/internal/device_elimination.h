@@ -27,8 +27,8 @@ inline constexpr int most_eliminated_wires = 256;
 /// rows and columns left are light and close together.
 ///
 /// The shortest first; none when the effort was spent before.
-std::vector<GateList> eliminate_on_device(
-    const BitMatrix& m, const BitGraph& graph, const DeviceEliminationOptions& options, Rng& rng,
-    Meter& meter);
+std::vector<GateList> eliminate_on_device(const BitMatrix& m, const BitGraph& graph,
+                                          const DeviceEliminationOptions& options, Rng& rng,
+                                          Meter& meter);
 
 }  // namespace zelt::braidwerk::internal

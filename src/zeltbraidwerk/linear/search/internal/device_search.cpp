@@ -64,24 +64,23 @@ class LayerRewriter {
 
 class Search {
  public:
-  Search(const BitMatrix& m, const BitGraph& graph, const DeviceSearchOptions& options,
-         const Effort& effort)
+  Search(const BitMatrix& m, const Task& task, const Effort& effort)
       : m_(m),
-        graph_(graph),
-        options_(options),
-        rng_(options.seed, options.stream),
-        meter_(effort, options.by_depth),
-        n_(std::min(m.rows(), graph.size())),
-        rewriter_(graph, most_window_wires, options.reach),
+        graph_(*task.device),
+        task_(task),
+        rng_(task.seed, task.stream),
+        meter_(effort, task.objective),
+        n_(std::min(m.rows(), graph_.size())),
+        rewriter_(graph_, most_window_wires, task.most_reach()),
         best_(n_, {}) {
     VertexSet all(n_);
     for (int v = 0; v < n_; ++v) all.insert(v);
-    has_circuit_ = is_invertible(m) && is_connected(graph, all);
+    has_circuit_ = is_invertible(m) && is_connected(graph_, all);
   }
 
   GateList run() {
     if (n_ < 2) return std::move(best_);
-    if (has_circuit_) meter_.prove(bound_of_map_on_device(m_, graph_, options_.reach));
+    if (has_circuit_) meter_.prove(bound_of_map_on_device(m_, graph_, task_.most_reach()));
     eliminate_at_once();
     if (replace_all()) {
       if (has_circuit_) meter_.prove({best_.count(), layers_to_hold(best_.count(), n_)});
@@ -100,15 +99,15 @@ class Search {
     best_ = cleared(false, draw);
     tell();
     const auto plain = [this](bool free) {
-      SeededDraw draws(options_.seed, static_cast<std::uint32_t>(options_.stream));
+      SeededDraw draws(task_.seed, static_cast<std::uint32_t>(task_.stream));
       take(cleared(free, std::ref(draws)));
     };
     plain(false);
-    if (options_.reach >= n_ - 1) plain(true);
+    if (task_.most_reach() >= n_ - 1) plain(true);
     if (n_ > most_greedy_wires || !has_circuit_ || meter_.proven()) return;
     eliminate_along_path();
-    Rng own(options_.seed,
-            ~options_.stream);  // the search goes on with the draws that it would have
+    Rng own(task_.seed,
+            ~task_.stream);  // the search goes on with the draws that it would have
     const Effort unlimited;
     Meter meter(unlimited);
     for (const GateList& found :
@@ -125,7 +124,7 @@ class Search {
     if (walk.outcome != HamiltonianSearch::found) return;
     structures::Graph device(n_);
     graph_.unpack_into(device);
-    SeededDraw draws(options_.seed, static_cast<std::uint32_t>(options_.stream));
+    SeededDraw draws(task_.seed, static_cast<std::uint32_t>(task_.stream));
     FreeCircuit found(n_);
     for (const auto& [control, target] :
          steiner_gauss_ham_path(unpack_table(m_), device, walk.path, std::ref(draws))) {
@@ -147,8 +146,8 @@ class Search {
 
   /// On few wires all gates fit into one window. True when that gives the shortest circuit.
   bool replace_all() {
-    if (n_ > most_window_wires || options_.by_depth ||
-        (options_.reach > 0 && options_.reach < n_ - 1))
+    if (n_ > most_window_wires || task_.by_depth() ||
+        (task_.most_reach() > 0 && task_.most_reach() < n_ - 1))
       return false;
     Window all;
     all.size = n_;
@@ -196,12 +195,12 @@ class Search {
   }
 
   void walk(GateList& list, std::uint64_t steps) {
-    const Cooling cooling = options_.by_depth ? Cooling{1.0F, 0.1F} : Cooling{2.0F, 0.3F};
+    const Cooling cooling = task_.by_depth() ? Cooling{1.0F, 0.1F} : Cooling{2.0F, 0.3F};
     const auto look = [&](const GateList& found, bool) {
       take(found);
       return true;  // equals take over: they lead elsewhere
     };
-    if (options_.by_depth) {
+    if (task_.by_depth()) {
       LayerRewriter layers(rewriter_, list, rng_);
       walk_round(list, layers, steps, cooling, rng_, meter_, look);
     } else {
@@ -211,7 +210,7 @@ class Search {
 
   std::pair<int, int> rank(const GateList& list) const {
     const int depth = depth_of(list.gates, n_);
-    return options_.by_depth ? std::pair(depth, list.count()) : std::pair(list.count(), depth);
+    return task_.by_depth() ? std::pair(depth, list.count()) : std::pair(list.count(), depth);
   }
 
   void take(const GateList& list) {
@@ -237,7 +236,7 @@ class Search {
 
   const BitMatrix& m_;
   const BitGraph& graph_;
-  const DeviceSearchOptions& options_;
+  const Task& task_;
   Rng rng_;
   Meter meter_;
   int n_;
@@ -248,9 +247,8 @@ class Search {
 
 }  // namespace
 
-GateList search_cnot_on_device(const BitMatrix& m, const BitGraph& graph,
-                               const DeviceSearchOptions& options, const Effort& effort) {
-  return Search(m, graph, options, effort).run();
+GateList search_cnot_on_device(const BitMatrix& m, const Task& task, const Effort& effort) {
+  return Search(m, task, effort).run();
 }
 
 }  // namespace zelt::braidwerk::internal

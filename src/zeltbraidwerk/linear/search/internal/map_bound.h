@@ -33,14 +33,12 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact);
 /// places. A gate, or a layer, carries what is on a wire no farther than one edge: output r is at
 /// least as many from input c as they are apart, less the reach. With outputs in their places, the
 /// wires of a block are joined over as many edges as the farthest two of them are apart.
-LowerBound bound_of_map_on_device(const BitMatrix& m,
-                                                              const BitGraph& graph, int reach);
+LowerBound bound_of_map_on_device(const BitMatrix& m, const BitGraph& graph, int reach);
 
 /// What it takes to bring together what is on several of `n` wires, on any one of them: a gate for
 /// each wire but one, and twice as many wires a layer; on a graph no fewer gates than two of the
 /// wires are apart, and no fewer layers than the farthest is from where they meet. Null for all
 /// pairs of wires.
-LowerBound bound_of_gathering(const std::vector<int>& wires,
-                                                          const Distances* distances, int n);
+LowerBound bound_of_gathering(const std::vector<int>& wires, const Distances* distances, int n);
 
 }  // namespace zelt::braidwerk::internal

@@ -204,7 +204,7 @@ PlacedEvents DiagonalBlocks::search(const SearchBlock& search_block, Effort effo
   return std::move(writer).network();
 }
 
-PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkOptions& options,
+PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkTask& task,
                                    const Effort& effort) {
   BitMatrix parities(strings.qubits(), strings.rows());
   for (int q = 0; q < strings.qubits(); ++q) {
@@ -212,15 +212,7 @@ PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkOptio
       parities.set(q, row, strings.letter(row, q) != 0);
     }
   }
-  ParitySearchOptions parity_options;
-  parity_options.leftover = options.end == NetworkEnd::open     ? Leftover::returned
-                            : options.end == NetworkEnd::closed ? Leftover::closed
-                                                                : Leftover::closed_freely;
-  parity_options.graph = options.graph;
-  parity_options.by_depth = options.by_depth;
-  parity_options.seed = options.seed;
-  parity_options.stream = options.stream;
-  ParitySearchResult found = search_parities(parities, parity_options, effort);
+  ParitySearchResult found = search_parities(parities, task, effort);
   PlacedEvents network{{}, std::move(found.permutation)};
   for (const PhaseStep& step : found.steps) {
     const End target = end_of(step.target, label_z);

@@ -66,7 +66,7 @@ class DiagonalBlocks {
 };
 
 /// A network for different strings of Z by the search for parities.
-PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkOptions& options,
+PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkTask& task,
                                    const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

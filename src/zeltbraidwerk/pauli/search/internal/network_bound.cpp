@@ -10,13 +10,13 @@
 
 namespace zelt::braidwerk::internal {
 
-LowerBound bound_of_network(const PauliFrame& strings, const NetworkOptions& options) {
+LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task) {
   const int n = strings.qubits();
   LowerBound bound;
   if (n < 2) return bound;
-  const bool undone = options.end != NetworkEnd::open;
+  const bool undone = task.closes();
   std::vector<Distances> distances;
-  if (options.graph != nullptr) distances.emplace_back(*options.graph);
+  if (task.device != nullptr) distances.emplace_back(*task.device);
   const Distances* far = distances.empty() ? nullptr : distances.data();
   WireGroups groups(n);
   std::vector<bool> met(static_cast<std::size_t>(n));
@@ -33,9 +33,9 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkOptions& opt
     }
     const LowerBound there = bound_of_gathering(wires, far, n);
     // On other wires at the end they may be nearer.
-    const LowerBound back = options.end == NetworkEnd::closed ? there
-                            : undone ? bound_of_gathering(wires, nullptr, n)
-                                     : LowerBound{};
+    const LowerBound back = task.in_place() ? there
+                            : undone        ? bound_of_gathering(wires, nullptr, n)
+                                            : LowerBound{};
     bound.raise({there.count + back.count, there.depth + back.depth});
   }
   if (different.empty()) return bound;

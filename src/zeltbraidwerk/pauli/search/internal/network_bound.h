@@ -20,15 +20,12 @@ namespace zelt::braidwerk::internal {
 ///
 /// Layers. A string of w letters takes log2 w layers, on a graph as many as from the nearest wire
 /// to its farthest letter; the same again where it is undone.
-LowerBound bound_of_network(const PauliFrame& strings,
-                                                        const NetworkOptions& options);
+LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task);
 
 /// The fewest gates of a network that is known to have at least `least` and at most `most`, or, if
 /// that takes too long, a number in between that none has fewer of: by breadth-first searches over
 /// what stands on the wires and which rotations are served, one for each number of gates. On up to
 /// four wires and 32 rotations; elsewhere `least`.
-int fewest_network_gates(const PauliFrame& strings,
-                                                     const NetworkOptions& options, int least,
-                                                     int most);
+int fewest_network_gates(const PauliFrame& strings, const NetworkTask& task, int least, int most);
 
 }  // namespace zelt::braidwerk::internal

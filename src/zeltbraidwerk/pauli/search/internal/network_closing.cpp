@@ -91,11 +91,11 @@ std::vector<NetworkEvent> with_swaps(const std::vector<NetworkEvent>& events,
 
 NetworkTail close_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
                        std::uint64_t seed, const Effort& effort) {
-  CliffordOptions options;
-  options.outputs = outputs;
-  options.device = graph;
-  options.seed = seed;
-  CliffordResult undone = search_clifford(frame.preimages(), options, effort);
+  Task task;
+  task.outputs = outputs;
+  task.device = graph;
+  task.seed = seed;
+  CliffordResult undone = search_clifford(frame.preimages(), task, effort);
   return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
 }
 

@@ -28,19 +28,18 @@ namespace {
 
 class NetworkSearch {
  public:
-  NetworkSearch(const Rotations& rotations, const NetworkOptions& options, const Effort& effort)
+  NetworkSearch(const Rotations& rotations, const NetworkTask& task, const Effort& effort)
       : rotations_(rotations),
-        options_(options),
+        task_(task),
         effort_(effort),
-        meter_(effort_, options.by_depth),
-        rng_(options.seed, options.stream),
-        plans_(options.in_order, options.end != NetworkEnd::open, options.graph != nullptr,
-               qubits()),
+        meter_(effort_, task.objective),
+        rng_(task.seed, task.stream),
+        plans_(task.in_order, task.closes(), task.device != nullptr, qubits()),
         given_(rotations.frame, rows(false)),
         sorted_(rotations.frame, rows(true)),
-        blocks_(given_, options.in_order),
-        kept_(options.by_depth, meter_) {
-    meter_.prove(bound_of_network(rotations.frame, options));
+        blocks_(given_, task.in_order),
+        kept_(task.by_depth(), meter_) {
+    meter_.prove(bound_of_network(rotations.frame, task));
   }
 
   NetworkResult run() {
@@ -53,8 +52,8 @@ class NetworkSearch {
   /// Whether the end is open in name only: blocks of a list in layers are closed for the single
   /// letters that follow them.
   bool is_closed_anyhow() const {
-    return options_.end == NetworkEnd::open && blocks_.are_large() && blocks_.count() > 0 &&
-           !blocks_.is_last(blocks_.count() - 1) && (options_.by_depth || blocks_.count() > 1);
+    return !task_.closes() && blocks_.are_large() && blocks_.count() > 0 &&
+           !blocks_.is_last(blocks_.count() - 1) && (task_.by_depth() || blocks_.count() > 1);
   }
 
  private:
@@ -66,7 +65,7 @@ class NetworkSearch {
   /// So long that a greedy run takes more than a second or two: on a device many strings are looked
   /// at for every gate, for every wire.
   bool is_slow() const {
-    return options_.graph != nullptr && 1e-6 * given_.count() * qubits() * qubits() > 1;
+    return task_.device != nullptr && 1e-6 * given_.count() * qubits() * qubits() > 1;
   }
   std::vector<int> rows(bool sorted) const;
   const RotationList& list(const NetworkPlan& plan) const { return plan.sorted ? sorted_ : given_; }
@@ -90,7 +89,7 @@ class NetworkSearch {
   NetworkResult result() const;
 
   const Rotations& rotations_;
-  NetworkOptions options_;
+  NetworkTask task_;
   Effort effort_;
   Meter meter_;
   Rng rng_;
@@ -109,7 +108,7 @@ void NetworkSearch::search() {
   const Effort effort_of_blocks = share_with_blocks();
   for (int cycle = 0; kept_.best().count > 0 && effort_.steps > 0 && meter_.step(); ++cycle) {
     walk(cycle, false);
-    if (options_.by_depth && !meter_.ended()) walk(cycle, true);
+    if (task_.by_depth() && !meter_.ended()) walk(cycle, true);
     if (is_long()) run_relays(cycle);
     run_beams(cycle);
   }
@@ -118,7 +117,7 @@ void NetworkSearch::search() {
 
 void NetworkSearch::prove_by_search() {
   const int least =
-      fewest_network_gates(rotations_.frame, options_, meter_.bound().count, kept_.best().count);
+      fewest_network_gates(rotations_.frame, task_, meter_.bound().count, kept_.best().count);
   meter_.prove({least, layers_to_hold(least, qubits())});
 }
 
@@ -142,13 +141,13 @@ std::vector<int> NetworkSearch::rows(bool sorted) const {
 
 /// The first ones whatever the effort.
 void NetworkSearch::run_greedily() {
-  const int always = is_slow() ? 1 : options_.in_order ? 3 : 4;
-  const bool long_without_emphasis = options_.graph == nullptr && given_.count() > 1000;
+  const int always = is_slow() ? 1 : task_.in_order ? 3 : 4;
+  const bool long_without_emphasis = task_.device == nullptr && given_.count() > 1000;
   int runs = 0;
   for (const NetworkPlan& plan : plans_.first()) {
     if (plan.settings.emphasis == Emphasis::equal && long_without_emphasis) continue;
     if (meter_.proven() || (runs++ >= always && meter_.ended())) return;
-    NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
+    NetworkProblem problem(list(plan), task_.in_order, plan.settings, task_.device, rng_);
     std::vector<NetworkEvent> events;
     NetworkState state = problem.start(&events);
     while (!problem.done(state)) {
@@ -165,29 +164,27 @@ void NetworkSearch::run_greedily() {
 /// beat where strings are light; nor has more layers than a colouring of the groups.
 void NetworkSearch::run_ladders() {
   std::vector<RotationGroup> groups;
-  if (options_.graph == nullptr) {
-    groups = groups_of(given_, options_.in_order);
+  if (task_.device == nullptr) {
+    groups = groups_of(given_, task_.in_order);
   } else {
     for (int row = 0; row < given_.count(); ++row) groups.push_back({row});
   }
   play_ladders(groups, false);
-  if (options_.by_depth && options_.graph == nullptr) {
-    play_ladders(by_layers(given_, std::move(groups), options_.in_order), true);
+  if (task_.by_depth() && task_.device == nullptr) {
+    play_ladders(by_layers(given_, std::move(groups), task_.in_order), true);
   }
 }
 
 void NetworkSearch::play_ladders(const std::vector<RotationGroup>& groups, bool shallow) {
-  const std::vector<Gate> gates =
-      ladders(given_, groups, options_.in_order, options_.graph, shallow);
+  const std::vector<Gate> gates = ladders(given_, groups, task_.in_order, task_.device, shallow);
   // Where strings are heavy, ladders are not worth the time.
-  if (!options_.by_depth && static_cast<std::size_t>(kept_.first()) < gates.size() / 2) return;
+  if (!task_.by_depth() && static_cast<std::size_t>(kept_.first()) < gates.size() / 2) return;
   std::vector<int> order;
   for (const RotationGroup& group : groups) {
     for (const int row : group) order.push_back(given_.number(row));
   }
   const RotationList grouped(rotations_.frame, std::move(order));
-  NetworkProblem problem(grouped, options_.in_order, plans_.first()[0].settings, options_.graph,
-                         rng_);
+  NetworkProblem problem(grouped, task_.in_order, plans_.first()[0].settings, task_.device, rng_);
   std::vector<NetworkEvent> events;
   NetworkState state = problem.start(&events);
   for (const Gate& gate : gates) problem.play(state, gate, &events);
@@ -206,8 +203,8 @@ Effort NetworkSearch::share_with_blocks() {
   const int own = kept_.size(run_blocks(share));
   const int first = kept_.first();
   // Layers of several blocks do not add up: more effort for each could make more of them.
-  if (options_.by_depth && blocks_.count() > 1) return share;
-  if (options_.by_depth ? own <= first : blocks_.count() == 1 || own <= 1.1 * first) {
+  if (task_.by_depth() && blocks_.count() > 1) return share;
+  if (task_.by_depth() ? own <= first : blocks_.count() == 1 || own <= 1.1 * first) {
     share.steps = std::exchange(effort_.steps, 0);
     meter_.cut(effort_.steps);
   } else if (own <= 1.25 * first) {
@@ -233,20 +230,20 @@ Network NetworkSearch::run_blocks(const Effort& effort) {
 }
 
 PlacedEvents NetworkSearch::search_block(std::size_t block, const Effort& effort) const {
-  NetworkOptions options = options_;
-  options.in_order = false;
+  NetworkTask task = task_;
+  task.in_order = false;
   // In place, so that an open end is never longer than a closed one; and on a device the next block
   // needs its qubits where they were.
-  if (!blocks_.is_last(block) && (options.end == NetworkEnd::open || options.graph != nullptr)) {
-    options.end = NetworkEnd::closed;
+  if (!blocks_.is_last(block) && (!task.closes() || task.device != nullptr)) {
+    task.outputs = Outputs::in_place;
   }
   std::vector<int> parities = blocks_.parities_of(block);
-  if (blocks_.are_all() && !options_.in_order) {
+  if (blocks_.are_all() && !task_.in_order) {
     std::ranges::sort(parities);
-    return search_parity_network(blocks_.strings_of(block, parities).frame, options, effort);
+    return search_parity_network(blocks_.strings_of(block, parities).frame, task, effort);
   }
   const Rotations strings = blocks_.strings_of(block, parities);
-  NetworkSearch search(strings, options, effort);
+  NetworkSearch search(strings, task, effort);
   search.search();
   Network network = search.kept_.answer();
   for (NetworkEvent& event : network.events) {
@@ -271,20 +268,19 @@ void NetworkSearch::run_relays(int cycle) {
   constexpr int from_start = 2;
   constexpr int from_gates = 3;
   RelayOptions options;
-  options.in_order = options_.in_order;
-  options.graph = options_.graph;
-  options.alike = options_.in_order ? 0 : 0.8F;
+  options.in_order = task_.in_order;
+  options.graph = task_.device;
+  options.alike = task_.in_order ? 0 : 0.8F;
   options.runs = 8 << std::min(cycle, 3);
   for (int run = 0; run < from_start + from_gates && !meter_.ended(); ++run) {
     const std::vector<Gate> prefix = run < from_start ? std::vector<Gate>() : random_prefix();
     const RotationList& rows = list(plans_.draw(rng_));
     options.stretch = 30 + rng_.below(50);
-    options.known = options_.in_order ? kept_.best().count : 0;  // in any order it does not help
+    options.known = task_.in_order ? kept_.best().count : 0;  // in any order it does not help
     const std::uint64_t before = meter_.steps();
     const auto gates = run_relay(rows, options, prefix, plans_, rng_, meter_);
     if (!gates) return;
-    NetworkProblem problem(rows, options_.in_order, plans_.first()[0].settings, options_.graph,
-                           rng_);
+    NetworkProblem problem(rows, task_.in_order, plans_.first()[0].settings, task_.device, rng_);
     kept_.offer(finished(problem, prefix, *gates, before));
   }
 }
@@ -301,7 +297,7 @@ void NetworkSearch::run_beams(int cycle) {
 }
 
 void NetworkSearch::run_beam(const NetworkPlan& plan, const std::vector<Gate>& prefix, int width) {
-  NetworkProblem problem(list(plan), options_.in_order, plan.settings, options_.graph, rng_);
+  NetworkProblem problem(list(plan), task_.in_order, plan.settings, task_.device, rng_);
   NetworkState start = problem.start();
   for (const Gate& gate : prefix) problem.play(start, gate);
   BeamOptions options;
@@ -338,8 +334,7 @@ void NetworkSearch::walk(int cycle, bool by_layers) {
   constexpr std::uint64_t steps_an_event = 8;
   const Network from = by_layers ? kept_.shallow() : kept_.best();
   const std::uint64_t steps = steps_an_event * from.events.size() << std::min(cycle, 6);
-  NetworkWalk walk(from.events, qubits(), options_.in_order, options_.end == NetworkEnd::open,
-                   options_.graph);
+  NetworkWalk walk(from.events, qubits(), task_.in_order, !task_.closes(), task_.device);
   constexpr Cooling cooling;
   int least = by_layers ? from.depth : from.count;
   for (std::uint64_t k = 0; k < steps; ++k) {
@@ -359,11 +354,11 @@ Network NetworkSearch::closed(const std::vector<NetworkEvent>& events, const Lab
                               std::uint64_t steps) {
   std::vector<int> wires(static_cast<std::size_t>(qubits()));
   std::iota(wires.begin(), wires.end(), 0);
-  if (options_.end == NetworkEnd::open) return measured(events, std::move(wires));
+  if (!task_.closes()) return measured(events, std::move(wires));
   Effort effort;
   effort.control = meter_.control();
   effort.steps = steps;
-  const bool in_place = options_.end == NetworkEnd::closed;
+  const bool in_place = task_.in_place();
   std::optional<Network> best;
   const auto consider = [&](NetworkTail tail) {
     std::vector<NetworkEvent> whole = events;
@@ -376,21 +371,20 @@ Network NetworkSearch::closed(const std::vector<NetworkEvent>& events, const Lab
     Network network = measured(std::move(whole), std::move(tail.wires));
     if (!best || network.count < best->count) best = std::move(network);
   };
-  if (options_.graph == nullptr) {
-    consider(close_tail(frame, Outputs::free, nullptr, rng_.next(), effort));
+  if (task_.device == nullptr) {
+    consider(close_tail(frame, Outputs::anywhere, nullptr, rng_.next(), effort));
   }
-  if (in_place || options_.graph != nullptr) {
-    const Outputs outputs = in_place ? Outputs::in_place : Outputs::free;
-    consider(close_tail(frame, outputs, options_.graph, rng_.next(), effort));
+  if (in_place || task_.device != nullptr) {
+    const Outputs outputs = in_place ? Outputs::in_place : Outputs::anywhere;
+    consider(close_tail(frame, outputs, task_.device, rng_.next(), effort));
   }
-  if (options_.graph != nullptr) consider(undo(events, qubits()));
+  if (task_.device != nullptr) consider(undo(events, qubits()));
   return std::move(*best);
 }
 
 Network NetworkSearch::measured(std::vector<NetworkEvent> events, std::vector<int> wires) const {
   Network network{std::move(events), std::move(wires), 0, 0, 0};
-  while (options_.end == NetworkEnd::open && !network.events.empty() &&
-         network.events.back().row < 0) {
+  while (!task_.closes() && !network.events.empty() && network.events.back().row < 0) {
     network.events.pop_back();
   }
   for (const NetworkEvent& event : network.events) {
@@ -410,7 +404,7 @@ NetworkResult NetworkSearch::result() const {
   NetworkResult result{{}, network.wires, network.count, network.depth};
   PauliFrame images = identity_images(n);
   result.gates = circuit_of(network.events, rotations_, images);
-  if (options_.end != NetworkEnd::open) {
+  if (task_.closes()) {
     // What is left to undo is on single wires.
     for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {
       result.gates.push_back(std::move(gate));
@@ -421,26 +415,26 @@ NetworkResult NetworkSearch::result() const {
 
 }  // namespace
 
-NetworkResult search_network(const Rotations& rotations, const NetworkOptions& options,
+NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort) {
-  if (options.graph != nullptr) require_connected(*options.graph, rotations.frame.qubits());
-  NetworkSearch search(rotations, options, effort);
+  if (task.device != nullptr) require_connected(*task.device, rotations.frame.qubits());
+  NetworkSearch search(rotations, task, effort);
   if (!search.is_closed_anyhow()) return search.run();
   // Searched as closed as well, for as many steps: an open end is never longer than a closed one.
   Effort half = effort;
   const auto now = Control::Clock::now();
   if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
-  NetworkSearch open_search(rotations, options, half);
+  NetworkSearch open_search(rotations, task, half);
   NetworkResult open = open_search.run();
   if (open_search.is_proven()) return open;
-  NetworkOptions closed_options = options;
-  closed_options.end = NetworkEnd::closed;
+  NetworkTask closed_task = task;
+  closed_task.outputs = Outputs::in_place;
   Effort rest = effort;
   rest.on_bound = nullptr;  // what closed networks take, open ones might not
-  NetworkResult closed = NetworkSearch(rotations, closed_options, rest).run();
+  NetworkResult closed = NetworkSearch(rotations, closed_task, rest).run();
   const auto size = [&](const NetworkResult& result) {
-    return options.by_depth ? std::pair(result.depth, result.count)
-                            : std::pair(result.count, result.depth);
+    return task.by_depth() ? std::pair(result.depth, result.count)
+                           : std::pair(result.count, result.depth);
   };
   return size(closed) < size(open) ? closed : open;
 }

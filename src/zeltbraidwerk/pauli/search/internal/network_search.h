@@ -1,28 +1,16 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
 
-/// What becomes of the Clifford gates of a network.
-enum class NetworkEnd {
-  open,           ///< they stay: a Clifford operator behind the rotations
-  closed,         ///< undone, every qubit on its own wire
-  closed_freely,  ///< undone, the qubits on any wires
-};
-
-struct NetworkOptions {
+struct NetworkTask : Task {
   bool in_order = false;  ///< rotations that clash keep their order; otherwise any order will do
-  NetworkEnd end = NetworkEnd::closed;
-  const BitGraph* graph = nullptr;  ///< wires that may meet, connected; null for all
-  bool by_depth = false;
-  std::uint64_t seed = 0;
-  std::uint64_t stream = 0;
 };
 
 struct NetworkResult {
@@ -40,8 +28,7 @@ struct NetworkResult {
 /// in layers that are diagonal in some basis of each qubit, and long enough, are searched layer by
 /// layer, as networks of parities. The first runs are finished whatever the effort. Throws
 /// std::invalid_argument for a graph that is not connected or has another number of wires.
-NetworkResult search_network(const Rotations& rotations,
-                                                         const NetworkOptions& options,
-                                                         const Effort& effort);
+NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
+                             const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

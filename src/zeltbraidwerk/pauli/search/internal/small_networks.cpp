@@ -53,8 +53,8 @@ struct Hash {
 
 class SmallNetworks {
  public:
-  SmallNetworks(const PauliFrame& strings, const NetworkOptions& options)
-      : n_(strings.qubits()), options_(options) {
+  SmallNetworks(const PauliFrame& strings, const NetworkTask& task)
+      : n_(strings.qubits()), task_(task) {
     for (int row = 0; row < strings.rows(); ++row) {
       SmallString string = 0;
       for (int q = 0; q < n_; ++q) {
@@ -63,7 +63,7 @@ class SmallNetworks {
       }
       if (string == 0) continue;
       std::uint32_t before = 0;
-      for (std::size_t k = 0; options.in_order && k < strings_.size(); ++k) {
+      for (std::size_t k = 0; task.in_order && k < strings_.size(); ++k) {
         if (clash(strings_[k], string)) before |= 1U << k;
       }
       strings_.push_back(string);
@@ -98,7 +98,7 @@ class SmallNetworks {
   static Labels own_labels(int q) {
     return labels_of(static_cast<SmallString>(1U << 2 * q), static_cast<SmallString>(2U << 2 * q));
   }
-  bool undone() const { return options_.end != NetworkEnd::open; }
+  bool undone() const { return task_.closes(); }
   std::uint32_t all() const {
     return static_cast<std::uint32_t>((std::uint64_t{1} << strings_.size()) - 1);
   }
@@ -121,7 +121,7 @@ class SmallNetworks {
   int gates_home(const State& state, int w) const {
     int fewest = 2;
     for (int q = 0; q < n_; ++q) {
-      if (options_.end == NetworkEnd::closed && q != w) continue;
+      if (task_.in_place() && q != w) continue;
       const unsigned beside = ~(3U << 2 * q);
       const unsigned a = state.wires[static_cast<std::size_t>(w)][0] & beside;
       const unsigned b = state.wires[static_cast<std::size_t>(w)][1] & beside;
@@ -173,8 +173,8 @@ class SmallNetworks {
   void add_children(const State& state, int most_behind, std::vector<State>& next) {
     for (std::size_t b = 1; b < static_cast<std::size_t>(n_); ++b) {
       for (std::size_t a = 0; a < b; ++a) {
-        if (options_.graph != nullptr &&
-            !options_.graph->joined(static_cast<int>(a), static_cast<int>(b))) {
+        if (task_.device != nullptr &&
+            !task_.device->joined(static_cast<int>(a), static_cast<int>(b))) {
           continue;
         }
         for (int gate = 0; gate < 9; ++gate) add_child(state, a, b, gate, most_behind, next);
@@ -199,7 +199,7 @@ class SmallNetworks {
   }
 
   int n_;
-  const NetworkOptions& options_;
+  const NetworkTask& task_;
   std::vector<SmallString> strings_;
   std::vector<std::uint32_t> before_;  // rotations that have to come first
   std::unordered_set<State, Hash> seen_;
@@ -208,10 +208,9 @@ class SmallNetworks {
 
 }  // namespace
 
-int fewest_network_gates(const PauliFrame& strings, const NetworkOptions& options, int least,
-                         int most) {
+int fewest_network_gates(const PauliFrame& strings, const NetworkTask& task, int least, int most) {
   if (strings.qubits() > most_small_wires || strings.rows() > most_rotations) return least;
-  SmallNetworks networks(strings, options);
+  SmallNetworks networks(strings, task);
   while (least < most && !networks.may_take(least)) ++least;
   return least;
 }

@@ -35,14 +35,14 @@ int apart(const BitMatrix& by_parity) {
 
 }  // namespace
 
-LowerBound bound_of_parities(const BitMatrix& parities, const ParitySearchOptions& options) {
+LowerBound bound_of_parities(const BitMatrix& parities, const Task& task) {
   const int n = parities.rows();
   const BitMatrix by_parity = parities.transposed();
   LowerBound bound;
   if (n < 2 || by_parity.rows() == 0) return bound;
-  const bool undone = options.leftover != Leftover::returned;
+  const bool undone = task.closes();
   std::vector<Distances> distances;
-  if (options.graph != nullptr) distances.emplace_back(*options.graph);
+  if (task.device != nullptr) distances.emplace_back(*task.device);
   WireGroups groups(n);
   std::vector<bool> met(static_cast<std::size_t>(n));
   for (int p = 0; p < by_parity.rows(); ++p) {
@@ -55,9 +55,9 @@ LowerBound bound_of_parities(const BitMatrix& parities, const ParitySearchOption
     const LowerBound there =
         bound_of_gathering(wires, distances.empty() ? nullptr : distances.data(), n);
     // With free outputs the way back may lead to nearer wires.
-    const LowerBound back = options.leftover == Leftover::closed ? there
-                            : undone ? bound_of_gathering(wires, nullptr, n)
-                                     : LowerBound{};
+    const LowerBound back = task.in_place() ? there
+                            : undone        ? bound_of_gathering(wires, nullptr, n)
+                                            : LowerBound{};
     bound.raise({there.count + back.count, there.depth + back.depth});
   }
   bound.raise({groups.joins(), 0});

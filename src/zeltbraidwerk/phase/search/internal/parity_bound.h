@@ -21,7 +21,6 @@ namespace zelt::braidwerk::internal {
 ///
 /// Layers. A parity of w wires takes log2 w layers, on a graph as many as to its farthest wires
 /// from the nearest; the same again to undo it.
-LowerBound bound_of_parities(const BitMatrix& parities,
-                                                         const ParitySearchOptions& options);
+LowerBound bound_of_parities(const BitMatrix& parities, const Task& task);
 
 }  // namespace zelt::braidwerk::internal

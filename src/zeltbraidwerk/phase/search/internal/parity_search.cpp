@@ -21,17 +21,17 @@ constexpr double tie_noise = 1e-3;
 
 class ParitySearch {
  public:
-  ParitySearch(const BitMatrix& parities, const ParitySearchOptions& options, const Effort& effort)
+  ParitySearch(const BitMatrix& parities, const Task& task, const Effort& effort)
       : parities_(parities),
         n_(parities.rows()),
-        graph_(options.graph),
-        leftover_(options.leftover),
-        by_depth_(options.by_depth),
-        rng_(options.seed, options.stream),
-        meter_(effort, options.by_depth),
+        graph_(task.device),
+        outputs_(task.outputs),
+        by_depth_(task.by_depth()),
+        rng_(task.seed, task.stream),
+        meter_(effort, task.objective),
         rewriter_(parities, walked_end(), graph_),
         settler_(parities, ParityEnd::exact, graph_) {
-    meter_.prove(bound_of_parities(parities, options));
+    meter_.prove(bound_of_parities(parities, task));
     choose_costs();
   }
 
@@ -49,14 +49,8 @@ class ParitySearch {
 
  private:
   ParityEnd walked_end() const {
-    switch (leftover_) {
-      case Leftover::returned:
-        return ParityEnd::open;
-      case Leftover::closed_freely:
-        return ParityEnd::free;
-      case Leftover::closed:
-        break;
-    }
+    if (outputs_ == Outputs::left_open) return ParityEnd::open;
+    if (outputs_ == Outputs::anywhere) return ParityEnd::free;
     return graph_ == nullptr ? ParityEnd::swaps : ParityEnd::exact;
   }
 
@@ -89,7 +83,7 @@ class ParitySearch {
   void look_at_all() {
     if (meter_.ended()) return;
     const SmallNetwork all = search_small_networks(
-        parities_, {.leftover = leftover_, .graph = graph_}, meter_.bound().count, best_.count());
+        parities_, {.outputs = outputs_, .device = graph_}, meter_.bound().count, best_.count());
     if (all.shortest) take(*all.shortest);
     meter_.prove({all.least, layers_to_hold(all.least, n_)});
   }
@@ -105,7 +99,7 @@ class ParitySearch {
       if (!networks.empty()) network = networks[0];
     }
     if (network.empty()) network = plain_network(parities_, graph_, rng_);
-    if (leftover_ == Leftover::returned) return GateList(n_, network);
+    if (outputs_ == Outputs::left_open) return GateList(n_, network);
     if (small) {
       if (auto list = closed(network, n_, graph_, n_ <= 32 ? 10 : 1, rng_, own)) return *list;
     }
@@ -183,7 +177,7 @@ class ParitySearch {
     std::optional<GateList> best;
     for (const Network& network : grow_networks(parities_, graph_, cost, options, rng_, meter_)) {
       std::optional<GateList> list;
-      if (leftover_ == Leftover::returned) {
+      if (outputs_ == Outputs::left_open) {
         list.emplace(n_, network);
       } else {
         list = closed(network, n_, graph_, std::clamp(width / 3, 1, 100), rng_, meter_);
@@ -261,11 +255,11 @@ class ParitySearch {
     const std::vector<PhaseStep> steps = with_phases(list.gates, parities_);
     if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities_.cols()))
       return false;
-    if (leftover_ == Leftover::returned) return true;
+    if (outputs_ == Outputs::left_open) return true;
     const BitMatrix map = linear_map(steps, n_);
     for (int wire = 0; wire < n_; ++wire) {
       const int output = wire_of(list.origin[end_of(wire, 0)]);
-      if (leftover_ == Leftover::closed && output != wire) return false;
+      if (outputs_ == Outputs::in_place && output != wire) return false;
       if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
     }
     return true;
@@ -274,7 +268,7 @@ class ParitySearch {
   const BitMatrix& parities_;
   int n_;
   const BitGraph* graph_;
-  Leftover leftover_;
+  Outputs outputs_;
   bool by_depth_;
   Rng rng_;
   Meter meter_;
@@ -288,15 +282,15 @@ class ParitySearch {
 
 }  // namespace
 
-ParitySearchResult search_parities(const BitMatrix& parities, const ParitySearchOptions& options,
+ParitySearchResult search_parities(const BitMatrix& parities, const Task& task,
                                    const Effort& effort) {
   const BitMatrix made = parities_to_make(parities);
-  const GateList list = ParitySearch(made, options, effort).run();
+  const GateList list = ParitySearch(made, task, effort).run();
   ParitySearchResult result{with_phases(list.gates, parities), {}};
   result.permutation.resize(static_cast<std::size_t>(list.wires()));
   for (int wire = 0; wire < list.wires(); ++wire) {
     const int output = wire_of(list.origin[end_of(wire, 0)]);
-    const int qubit = options.leftover == Leftover::closed_freely ? output : wire;
+    const int qubit = task.outputs == Outputs::anywhere ? output : wire;
     result.permutation[static_cast<std::size_t>(qubit)] = wire;
   }
   return result;

@@ -49,8 +49,7 @@ struct Node {
 
 class SmallNetworks {
  public:
-  SmallNetworks(const BitMatrix& parities, const ParitySearchOptions& options)
-      : n_(parities.rows()), options_(options) {
+  SmallNetworks(const BitMatrix& parities, const Task& task) : n_(parities.rows()), task_(task) {
     const BitMatrix by_parity = parities.transposed();
     for (int p = 0; p < by_parity.rows(); ++p) {
       parities_.push_back(static_cast<unsigned>(by_parity.row(p)[0]));
@@ -83,11 +82,10 @@ class SmallNetworks {
   GateList network() const { return network_; }
 
  private:
-  bool undone() const { return options_.leftover != Leftover::returned; }
+  bool undone() const { return task_.closes(); }
 
   bool at_home(unsigned inputs, int wire) const {
-    return options_.leftover == Leftover::closed ? inputs == 1U << wire
-                                                 : std::has_single_bit(inputs);
+    return task_.in_place() ? inputs == 1U << wire : std::has_single_bit(inputs);
   }
 
   /// No fewer gates lead from the state to an end; 0 at an end alone.
@@ -114,7 +112,7 @@ class SmallNetworks {
     for (int control = 0; control < n_; ++control) {
       for (int target = 0; target < n_; ++target) {
         if (control == target) continue;
-        if (options_.graph != nullptr && !options_.graph->joined(control, target)) continue;
+        if (task_.device != nullptr && !task_.device->joined(control, target)) continue;
         tried_ += parities_.size() + 4;
         State child = state;
         child.map ^= Rows{row_of(state.map, control)} << (most_small_wires * target);
@@ -147,7 +145,7 @@ class SmallNetworks {
   }
 
   int n_;
-  const ParitySearchOptions& options_;
+  const Task& task_;
   std::vector<unsigned> parities_;
   std::vector<std::vector<Node>> levels_;
   std::unordered_set<Key, Hash> seen_;
@@ -157,10 +155,10 @@ class SmallNetworks {
 
 }  // namespace
 
-SmallNetwork search_small_networks(const BitMatrix& parities, const ParitySearchOptions& options,
-                                   int least, int most) {
+SmallNetwork search_small_networks(const BitMatrix& parities, const Task& task, int least,
+                                   int most) {
   if (parities.rows() > most_small_wires || parities.cols() > most_parities) return {least, {}};
-  SmallNetworks networks(parities, options);
+  SmallNetworks networks(parities, task);
   for (; least < most; ++least) {
     const auto answer = networks.takes(least);
     if (answer == SmallNetworks::Answer::yes) return {least, networks.network()};

@@ -21,8 +21,7 @@ struct SmallNetwork {
 /// A state is left out where too many gates would be needed from there on: one for each parity to
 /// be shown, and, where the map is undone, one for each wire that holds no output that it may; and
 /// for a parity that is the sum of w wires now and of v inputs, w - 1, and v - 1 for the way back.
-SmallNetwork search_small_networks(const BitMatrix& parities,
-                                                               const ParitySearchOptions& options,
-                                                               int least, int most);
+SmallNetwork search_small_networks(const BitMatrix& parities, const Task& task, int least,
+                                   int most);
 
 }  // namespace zelt::braidwerk::internal
