@@ -339,30 +339,6 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
   EXPECT_EQ(placed.count, 4);
 }
 
-TEST(CliffordSearch, finds_the_same_again_and_nothing_worse_with_more_steps) {
-  std::mt19937 rng(5);
-  const PauliFrame images = images_of(random_clifford(9, 200, rng), 9);
-  for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
-    for (const bool by_depth : {false, true}) {
-      const Task task{
-          .objective = support::objective(by_depth), .outputs = outputs, .seed = 7, .stream = 2};
-      std::pair last(1000, 1000);
-      for (std::uint64_t count = 0; count < 60000; count += 1 + count / 2) {
-        const auto found = search_clifford(images, task, steps(count));
-        const auto size =
-            by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
-        ASSERT_LE(size, last) << count;
-        last = size;
-      }
-      EXPECT_EQ(search_clifford(images, task, steps(5000)).circuit.gates,
-                search_clifford(images, task, steps(5000)).circuit.gates);
-      if (!by_depth) {
-        EXPECT_LE(last.first, outputs == Outputs::anywhere ? 23 : 29);
-      }
-    }
-  }
-}
-
 TEST(CliffordSearch, ends_on_images_of_no_operator) {
   search_clifford(PauliFrame(4, 8), {}, steps(2000));
   PauliFrame equal(3, 6);

@@ -176,23 +176,6 @@ TEST(CnotSearch, ThePublicDoorLeadsToTheSame) {
   }
 }
 
-TEST(CnotSearch, MoreStepsAreNeverWorseAndRepeat) {
-  support::Rng matrices(11);
-  for (const int n : {9, 24}) {
-    const BitMatrix m = packed(support::random_invertible(n, matrices));
-    for (const bool exact : {false, true}) {
-      std::size_t last = 100000;
-      for (const std::uint64_t count : {0, 100, 3000, 20000, 90000}) {
-        const Task task{.outputs = support::outputs(exact), .seed = 4, .stream = 2};
-        const auto found = search_cnot(m, task, steps(count)).circuit.gates;
-        EXPECT_EQ(found, search_cnot(m, task, steps(count)).circuit.gates);
-        EXPECT_LE(found.size(), last);
-        last = found.size();
-      }
-    }
-  }
-}
-
 TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
   support::Rng matrices(13);
   const BoolMatrix m = support::random_invertible(16, matrices);

@@ -51,13 +51,6 @@ BitMatrix packed(const BoolMatrix& m) {
   return BitMatrix::pack(m, n, n);
 }
 
-std::vector<std::tuple<int, int, std::vector<Gate>>> plain(
-    const std::vector<LayeredCircuit>& front) {
-  std::vector<std::tuple<int, int, std::vector<Gate>>> result;
-  for (const auto& c : front) result.emplace_back(c.depth, c.list.count(), c.list.gates);
-  return result;
-}
-
 TEST(Scheduler, KeepsTheMapAndNeverDeepens) {
   support::Rng rng(1);
   for (const int n : {0, 1, 2, 3, 5, 17, 64}) {
@@ -156,24 +149,6 @@ TEST(DepthSearch, KeepsDirections) {
   const auto free = search_shallow_cnot(packed(turned), task, steps(1000));
   EXPECT_EQ(free[0].depth, 2);
   EXPECT_TRUE(implements(free[0].list, turned));
-}
-
-TEST(DepthSearch, RepeatsItselfAndGainsByMoreSteps) {
-  support::Rng rng(4);
-  const BitMatrix m = packed(support::random_invertible(12, rng));
-  for (const bool permuted : {false, true}) {
-    Task task;
-    task.outputs = support::outputs(!permuted);
-    task.seed = 5;
-    auto last = std::pair(1000, 1000);
-    for (const std::uint64_t count : {0, 300, 6000, 30000}) {
-      const auto front = search_shallow_cnot(m, task, steps(count));
-      EXPECT_EQ(plain(front), plain(search_shallow_cnot(m, task, steps(count))));
-      const auto best = std::pair(front[0].depth, front[0].list.count());
-      EXPECT_LE(best, last);
-      last = best;
-    }
-  }
 }
 
 TEST(DepthSearch, EndsOnWhatHasNoCircuit) {

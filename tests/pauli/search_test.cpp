@@ -144,44 +144,12 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
   }
 }
 
-TEST(NetworkSearch, MoreStepsAreMoreOfTheSame) {
+TEST(NetworkSearch, SpentBeforeItBeganAnEffortGivesTheFirstCircuit) {
   std::mt19937 rng(2);
-  for (const bool in_order : {false, true}) {
-    const PauliRows table = support::random_rows(30, 6, rng);
-    for (const bool by_depth : {false, true}) {
-      NetworkTask task;
-      task.in_order = in_order;
-      task.objective = support::objective(by_depth);
-      task.seed = 5;
-      std::pair last(1000, 1000);
-      for (std::uint64_t count = 0; count < 10000; count += 1 + count / 5) {
-        const auto result = search_network(numbered(table, 6), task, steps(count));
-        const auto size = by_depth ? std::pair(result.depth, result.count)
-                                   : std::pair(result.count, result.depth);
-        ASSERT_LE(size, last) << count;
-        last = size;
-      }
-      const auto again = search_network(numbered(table, 6), task, steps(3000));
-      EXPECT_EQ(again.gates, search_network(numbered(table, 6), task, steps(3000)).gates);
-      // Spent before it began, an effort still gives a circuit.
-      Effort spent;
-      spent.control.deadline = Control::Clock::now();
-      const auto first = search_network(numbered(table, 6), task, spent);
-      EXPECT_EQ(first.gates, search_network(numbered(table, 6), task, steps(0)).gates);
-      EXPECT_LT(last.first, by_depth ? first.depth : first.count);
-    }
-    // Long lists begin with relays.
-    const PauliRows list = support::random_rows(320, 5, rng);
-    NetworkTask task;
-    task.in_order = in_order;
-    std::pair last(10000, 10000);
-    for (const std::uint64_t count : {0, 300, 1000, 2000, 3000, 5000, 10000, 30000}) {
-      const auto result = search_network(numbered(list, 5), task, steps(count));
-      EXPECT_EQ(fault(list, 5, task, result), "");
-      EXPECT_LE(std::pair(result.count, result.depth), last) << count;
-      last = {result.count, result.depth};
-    }
-  }
+  const Rotations list = numbered(support::random_rows(30, 6, rng), 6);
+  Effort spent;
+  spent.control.deadline = Control::Clock::now();
+  EXPECT_EQ(search_network(list, {}, spent).gates, search_network(list, {}, steps(0)).gates);
 }
 
 std::vector<bool> support(const std::vector<unsigned char>& row) {

@@ -25,7 +25,8 @@ def cpp_lines(text: str) -> int:
 def python_lines(text: str) -> int:
     hidden = set()
     for node in ast.walk(ast.parse(text)):
-        if isinstance(node, ast.Module | ast.ClassDef | ast.FunctionDef) and ast.get_docstring(node):
+        documented = isinstance(node, ast.Module | ast.ClassDef | ast.FunctionDef)
+        if documented and ast.get_docstring(node):
             hidden.update(range(node.body[0].lineno, node.body[0].end_lineno + 1))
     seen = set()
     layout = (tokenize.COMMENT, tokenize.NL, tokenize.NEWLINE, tokenize.INDENT, tokenize.DEDENT)
