@@ -242,68 +242,6 @@ def test_ctrl_c_stops_at_once_with_the_best_so_far(ctrl_c, dense):
     assert "best so far: LinearSynthesis(" in str(caught.value)
 
 
-@pytest.mark.parametrize(
-    ("matrix", "error", "text"),
-    [
-        ([[1.0, 0.0], [0.0, 1.0]], errors.DtypeError, "matrix: got entries of type float64"),
-        ([["1", "0"], ["0", "1"]], errors.DtypeError, "matrix: got entries of type <U1"),
-        ([[2, 1], [1, 1]], errors.EntryError, "matrix: got the entry 2"),
-        ([[1, -1], [0, 1]], errors.EntryError, "matrix: got the entry -1"),
-        ([[1, 0, 0], [0, 1, 0]], errors.ShapeError, r"matrix: got shape \(2, 3\)"),
-        ([[1, 0], [0]], errors.ShapeError, "rows of unequal length"),
-        ([1, 0], errors.ShapeError, r"got shape \(2,\), wanted a square matrix"),
-        (np.ones((2, 2, 2), dtype=bool), errors.ShapeError, r"got shape \(2, 2, 2\)"),
-        ([[1, 1], [1, 1]], errors.SingularMatrixError, "got a singular 2 by 2 matrix"),
-        (None, errors.DtypeError, "matrix: got None, wanted an array or nested lists"),
-    ],
-)
-def test_bad_matrices_are_refused_by_name(matrix, error, text):
-    for method in ("pmh", "auto"):
-        with pytest.raises(error, match=text):
-            linear.synthesize(matrix, method=method)
-
-
-@pytest.mark.parametrize(
-    ("options", "error", "text"),
-    [
-        ({"method": "best"}, errors.UnknownMethodError, "method: got 'best', wanted one of auto"),
-        ({"method": None}, errors.UnknownMethodError, "got None"),
-        ({"objective": "gates"}, errors.OptionError, "objective: got 'gates', wanted one of"),
-        ({"permutation": "any"}, errors.OptionError, "permutation: got 'any'"),
-        ({"method": "pmh", "section": 0}, errors.OptionError, "section: got 0, wanted 1 to 30"),
-        ({"method": "pmh", "section": 31}, errors.OptionError, "section: got 31"),
-        ({"method": "pmh", "section": 2.0}, errors.DtypeError, "section: got 2.0, wanted an int"),
-        ({"method": "gauss", "section": 2}, errors.OptionError, "not an option of method 'gauss'"),
-        ({"width": 2}, errors.OptionError, "width: not an option of method 'auto'"),
-        ({"restarts": 0}, errors.OptionError, "restarts: got 0, wanted 1 to"),
-        ({"restarts": True}, errors.DtypeError, "restarts: got True"),
-        ({"budget": 0}, errors.OptionError, "budget: got 0.0, wanted a positive number"),
-        ({"budget": float("nan")}, errors.OptionError, "budget: got nan"),
-        ({"budget": "1 s"}, errors.DtypeError, "budget: got '1 s', wanted seconds"),
-        ({"jobs": 0}, errors.OptionError, "jobs: got 0"),
-        ({"steps": -1}, errors.OptionError, "steps: got -1, wanted 0 to"),
-        ({"method": "pmh", "steps": 5}, errors.OptionError, "steps: not an option of method 'pmh'"),
-        ({"method": "search", "reach": 1}, errors.OptionError, "on a device"),
-        (
-            {"method": "search", "device": "aspen", "reach": 1.0},
-            errors.DtypeError,
-            "reach: got 1.0",
-        ),
-        ({"seed": -1}, errors.OptionError, "seed: got -1"),
-        (
-            {"method": "greedy", "width": 10**4, "lookahead": 8},
-            errors.TooLargeError,
-            r"width, lookahead: got 10000 and 8, which would take 1e\+32 states and .* GB",
-        ),
-        ({"method": "syndrome", "width": 300, "lookahead": 4}, errors.TooLargeError, "GB of"),
-    ],
-)
-def test_bad_options_are_refused_by_name(options, error, text):
-    with pytest.raises(error, match=text) as caught:
-        linear.synthesize(np.eye(3, dtype=bool), **options)
-    assert isinstance(caught.value, (ValueError, TypeError))
-
-
 def test_smallest_matrices():
     for n, matrix in ((0, []), (0, np.zeros((0, 0))), (1, [[1]]), (1, [[True]])):
         for method in METHODS:

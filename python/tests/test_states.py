@@ -7,7 +7,6 @@ from hypothesis import strategies as st
 from support import unitary
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import errors
 from zeltbraidwerk._states import prepares
 from zeltbraidwerk.clifford import CliffordTableau, synthesize_state
 from zeltbraidwerk.gates import Gate
@@ -118,24 +117,3 @@ def test_verification_finds_faults():
     for broken in (gates[1:], gates[:-1], [*gates, Gate("Z", 0)]):
         fields = {name: getattr(result, name) for name in result.__dataclass_fields__}
         assert not type(result)(**{**fields, "circuit": zb.Circuit(3, broken)}).verify()
-
-
-@pytest.mark.parametrize(
-    ("state", "error", "text"),
-    [
-        (["XX", "ZZZ"], errors.PauliError, "state: got 3 letters, wanted 2"),
-        (["XX"], errors.ShapeError, "state: got 1 stabilisers of 2 letters, wanted 2"),
-        (["X", "X"], errors.ShapeError, "got 2 stabilisers of 1 letters, wanted 1"),
-        (["XI", "ZI"], errors.PauliError, "state: got XI and ZI, which do not commute"),
-        (["XX", "-XX"], errors.PauliError, "state: got XX, which is a product"),
-        (["XXI", "IXX", "XIX"], errors.PauliError, "got XIX, which is a product"),
-        (["II", "ZZ"], errors.PauliError, "got II"),
-        (["XA", "ZZ"], errors.PauliError, "letters I, X, Y, Z"),
-        ("XX", errors.DtypeError, "state: got 'XX', wanted Pauli strings"),
-        (7, errors.DtypeError, "state: got 7, wanted"),
-        (zb.Circuit(1, [Gate.rz(0, 0.3)]), errors.NotCliffordError, "wanted a Clifford gate"),
-    ],
-)
-def test_what_is_no_state_is_refused_by_name(state, error, text):
-    with pytest.raises(error, match=text):
-        synthesize_state(state)
