@@ -13,9 +13,9 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
-#include "zeltbraidwerk/clifford/search/internal/window_table.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace {
@@ -117,7 +117,7 @@ void search_breadth_first(std::size_t wires, Outputs outputs, std::uint64_t allo
 
 template <int wires>
 void expect_free_distances(int most, int classes) {
-  const auto& table = WindowTable<wires>::shared();
+  const auto& table = OperatorTable<wires>::shared();
   int met = 0;
   search_breadth_first(wires, Outputs::anywhere, ~std::uint64_t{0}, most,
                        [&](const PlainRows& rows, int distance) {
@@ -136,7 +136,7 @@ TEST(CliffordWindows, know_the_distance_of_every_operator) {
   expect_free_distances<2>(9, 10);
   expect_free_distances<3>(9, 1120);
   expect_free_distances<4>(2, 1 + 54 + 1863);
-  EXPECT_EQ(WindowTable<4>::shared().size(), 1523200);
+  EXPECT_EQ(OperatorTable<4>::shared().size(), 1523200);
 }
 
 /// All pairs of wires, a line, a star.
@@ -172,7 +172,7 @@ TEST(CliffordWindows, lead_down_from_every_operator_in_place) {
     for (int k = 0; k < 50; ++k) rows = behind(window_gates[rng() % window_gates.size()], rows);
     const int distance = table.distance(rows);
     ASSERT_LE(distance, 9);
-    ASSERT_GE(distance, WindowTable<4>::shared().find(rows).distance);
+    ASSERT_GE(distance, OperatorTable<4>::shared().find(rows).distance);
     for (const Gate& gate : window_gates) {
       ASSERT_LE(std::abs(table.distance(behind(gate, rows)) - distance), 1);
     }

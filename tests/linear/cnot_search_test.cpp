@@ -14,7 +14,7 @@
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/free_search.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/linear/search_synthesis.h"
 
 namespace {
@@ -43,7 +43,7 @@ Effort steps(std::uint64_t count) {
 // Distances by plain search from the identity, or from all permutations, a row a number.
 using Rows = std::array<unsigned, 5>;
 
-std::map<Rows, int> plain_distances(int n, SmallGraph graph, bool permuted, int most) {
+std::map<Rows, int> plain_distances(int n, WindowGraph graph, bool permuted, int most) {
   std::map<Rows, int> distance;
   std::vector<Rows> level;
   Rows start{};
@@ -58,7 +58,7 @@ std::map<Rows, int> plain_distances(int n, SmallGraph graph, bool permuted, int 
     for (const Rows& m : level) {
       for (int c = 0; c < n; ++c) {
         for (int t = 0; t < n; ++t) {
-          if (c == t || !(graph & edge_bit(c, t))) continue;
+          if (c == t || !(graph & pair_bit(c, t))) continue;
           Rows other = m;  // one more CNOT in front: column c gains column t
           for (int r = 0; r < n; ++r) other[at(r)] ^= ((m[at(r)] >> t) & 1U) << c;
           if (distance.emplace(other, d).second) next.push_back(other);
@@ -77,19 +77,19 @@ SmallMatrix small(int n, const Rows& rows) {
 }
 
 TEST(CnotWindowTable, DistancesAreThoseOfPlainSearch) {
-  const auto line = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(1, 2) | edge_bit(2, 3));
-  const auto star = static_cast<SmallGraph>(edge_bit(0, 1) | edge_bit(0, 2) | edge_bit(0, 3));
-  for (const SmallGraph graph : {complete_graph(4), line, star}) {
+  const auto line = static_cast<WindowGraph>(pair_bit(0, 1) | pair_bit(1, 2) | pair_bit(2, 3));
+  const auto star = static_cast<WindowGraph>(pair_bit(0, 1) | pair_bit(0, 2) | pair_bit(0, 3));
+  for (const WindowGraph graph : {complete_graph(4), line, star}) {
     for (const bool permuted : {false, true}) {
       const auto plain = plain_distances(4, graph, permuted, 100);
       ASSERT_EQ(plain.size(), 20160U);
-      const WindowTable& table = WindowTable::of(4, graph, permuted);
+      const MapTable& table = MapTable::of(4, graph, permuted);
       for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(4, rows)), d);
     }
   }
   for (const bool permuted : {false, true}) {
     const auto plain = plain_distances(5, complete_graph(5), permuted, permuted ? 3 : 4);
-    const WindowTable& table = WindowTable::of(5, complete_graph(5), permuted);
+    const MapTable& table = MapTable::of(5, complete_graph(5), permuted);
     for (const auto& [rows, d] : plain) ASSERT_EQ(table.distance(small(5, rows)), d);
   }
 }
@@ -98,7 +98,7 @@ TEST(CnotWindowTable, DescendsToAShortestCircuit) {
   Rng rng(1, 0);
   for (const bool permuted : {false, true}) {
     for (int k = 2; k <= 5; ++k) {
-      const WindowTable& table = WindowTable::of(k, complete_graph(k), permuted);
+      const MapTable& table = MapTable::of(k, complete_graph(k), permuted);
       for (int round = 0; round < 200; ++round) {
         SmallMatrix m = table.identity();
         for (int g = 0; g < 30; ++g) {

@@ -22,11 +22,11 @@ structures::CnotCircuit circuit_of(const std::vector<Gate>& gates, int n) {
   return circuit;
 }
 
-/// Whether wire w of the circuit ends with row origin[w] of m.
+/// Whether wire w of the circuit ends with row frame.output_on(w) of m.
 bool implements(const GateList& list, const BoolMatrix& m) {
   const auto n = static_cast<int>(m.size());
   std::vector<int> perm(m.size(), -1);
-  for (int w = 0; w < n; ++w) perm[at(wire_of(list.origin[end_of(w, 0)]))] = w;
+  for (int w = 0; w < n; ++w) perm[at(list.frame.output_on(w))] = w;
   return support::implements_up_to(circuit_of(list.gates, n), perm, m);
 }
 
@@ -125,7 +125,7 @@ TEST(DepthSearch, FindsCircuitsOfTheMap) {
         const auto& [list, depth] = front[k];
         EXPECT_TRUE(implements(list, m)) << n << " wires";
         EXPECT_LE(depth_of(list.gates, n), depth);
-        for (int w = 0; !permuted && w < n; ++w) EXPECT_EQ(list.origin[at(4 * w)], 4 * w);
+        for (int w = 0; !permuted && w < n; ++w) EXPECT_EQ(list.frame.output_on(w), w);
         if (k == 0) continue;
         EXPECT_GT(depth, front[k - 1].depth);
         EXPECT_LT(list.count(), front[k - 1].list.count());

@@ -12,7 +12,7 @@
 #include "support/oracles.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ std::string fault(const GateList& list, const BoolMatrix& m, const structures::G
   }
   std::vector<int> wire(m.size());
   for (std::size_t w = 0; w < m.size(); ++w) {
-    const int output = wire_of(list.origin[4 * w]);
+    const int output = list.frame.output_on(static_cast<int>(w));
     wire[at(output)] = static_cast<int>(w);
     if (reach < any_reach && distance(device, output, static_cast<int>(w)) > reach) {
       return "too far from its place";
@@ -146,9 +146,9 @@ TEST(DeviceSearch, TablesOfALine) {
       }
     }
   }
-  const SmallGraph line = edge_bit(0, 1) | edge_bit(1, 2) | edge_bit(2, 3);
-  const WindowTable& in_place = WindowTable::of(4, line, false);
-  const WindowTable& moved = WindowTable::of(4, line, true);
+  const WindowGraph line = pair_bit(0, 1) | pair_bit(1, 2) | pair_bit(2, 3);
+  const MapTable& in_place = MapTable::of(4, line, false);
+  const MapTable& moved = MapTable::of(4, line, true);
   EXPECT_EQ(exact.size(), 20160u);
   for (const auto& [rows, gates] : exact) {
     ASSERT_EQ(in_place.distance(small(rows)), gates);

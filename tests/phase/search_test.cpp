@@ -105,7 +105,7 @@ TEST(ParitySearch, SmallSetsComeOutShortest) {
 }
 
 /// Everything that up to `depth` CNOTs can do on four wires: maps, and sums shown on the way.
-std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, SmallGraph graph) {
+std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, WindowGraph graph) {
   constexpr SumSet units = 1 << 1 | 1 << 2 | 1 << 4 | 1 << 8;
   std::map<std::pair<SmallMatrix, SumSet>, int> found{{{0x8421, 0}, 0}};
   std::vector<std::pair<SmallMatrix, SumSet>> level{{0x8421, 0}};
@@ -114,7 +114,7 @@ std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, SmallGraph
     for (const auto& [m, shown] : level) {
       for (int c = 0; c < 4; ++c) {
         for (int t = 0; t < 4; ++t) {
-          if (c == t || (graph & edge_bit(c, t)) == 0) continue;
+          if (c == t || (graph & pair_bit(c, t)) == 0) continue;
           const SmallMatrix image = m ^ (((m >> (4 * c)) & 15U) << (4 * t));
           const auto sums =
               static_cast<SumSet>((shown | 1U << ((image >> (4 * t)) & 15U)) & ~units);
@@ -128,8 +128,8 @@ std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, SmallGraph
 }
 
 TEST(ParityTable, DistancesArePlainSearch) {
-  const SmallGraph path = edge_bit(2, 0) | edge_bit(0, 1) | edge_bit(1, 3);
-  for (const SmallGraph graph : {complete_graph(4), path}) {
+  const WindowGraph path = pair_bit(2, 0) | pair_bit(0, 1) | pair_bit(1, 3);
+  for (const WindowGraph graph : {complete_graph(4), path}) {
     const ParityTable& exact = ParityTable::of(graph, false);
     const ParityTable& permuted = ParityTable::of(graph, true);
     std::map<SmallMatrix, std::vector<std::pair<SumSet, int>>> by_map;

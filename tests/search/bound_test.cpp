@@ -71,8 +71,8 @@ struct Tally {
 TEST(Bounds, OfMapsAreNotAboveTheShortestCircuit) {
   Rng rng(1);
   const BitGraph edges_of_path = path(5);
-  SmallGraph edges = 0;
-  for (int v = 1; v < 5; ++v) edges = static_cast<SmallGraph>(edges | edge_bit(v - 1, v));
+  WindowGraph edges = 0;
+  for (int v = 1; v < 5; ++v) edges = static_cast<WindowGraph>(edges | pair_bit(v - 1, v));
   std::array<Tally, 4> tallies;
   for (int k = 0; k < 4000; ++k) {
     const auto gates = random_gates(5, k % 9, k % 2 == 0 ? nullptr : &edges_of_path, false, rng);
@@ -80,10 +80,10 @@ TEST(Bounds, OfMapsAreNotAboveTheShortestCircuit) {
     const SmallMatrix small = small_matrix(m);
     const int depth = depth_of(gates, 5);
     for (const bool exact : {false, true}) {
-      const int shortest = WindowTable::of(5, complete_graph(5), !exact).distance(small);
+      const int shortest = MapTable::of(5, complete_graph(5), !exact).distance(small);
       tallies[exact].add(bound_of_map(m, exact), shortest, depth);
       if (k % 2 == 0) continue;
-      const int on_path = WindowTable::of(5, edges, !exact).distance(small);
+      const int on_path = MapTable::of(5, edges, !exact).distance(small);
       tallies[2 + exact].add(bound_of_map_on_device(m, edges_of_path, exact ? 0 : any_reach),
                              on_path, depth);
     }

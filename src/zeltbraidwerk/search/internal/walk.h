@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
+#include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -22,19 +23,14 @@ struct Rewrite {
   std::array<std::array<End, 4>, most_window_wires> ends;
 };
 
-/// Gates, and what became of the ends of the operation that they began with: behind all gates,
-/// origin[end] is now found on `end`. The labels 1 to 3 of a wire; entry 4 * wire is the wire's
-/// own.
+/// Gates, and what became of the ends of the operation that they began with.
 struct GateList {
   std::vector<Gate> gates;
-  std::vector<End> origin;
+  WireFrame frame;
 
   GateList() = default;
-  GateList(int wires, std::vector<Gate> list)
-      : gates(std::move(list)), origin(static_cast<std::size_t>(wires) * 4) {
-    for (std::size_t end = 0; end < origin.size(); ++end) origin[end] = static_cast<End>(end);
-  }
-  int wires() const { return static_cast<int>(origin.size() / 4); }
+  GateList(int wires, std::vector<Gate> list) : gates(std::move(list)), frame(wires) {}
+  int wires() const { return frame.wires(); }
   int count() const { return static_cast<int>(gates.size()); }
 };
 
@@ -69,7 +65,7 @@ class Walk {
       : list_(std::move(list)),
         rewriter_(rewriter),
         finder_(list_.wires()),
-        now_(list_.origin.size()) {
+        now_(list_.frame.size()) {
     for (std::size_t end = 0; end < now_.size(); ++end) now_[end] = static_cast<End>(end);
   }
 
@@ -97,7 +93,7 @@ class Walk {
         return false;
       }
     }
-    if (rewrite_.renames) rename_origin();
+    if (rewrite_.renames) rename_frame();
     return true;
   }
 
@@ -131,12 +127,11 @@ class Walk {
     each_end([&](std::size_t end, End) { now_[end] = static_cast<End>(end); });
   }
 
-  void rename_origin() {
-    const std::vector<End>& origin = list_.origin;
+  void rename_frame() {
     std::array<std::pair<End, End>, 4 * most_window_wires> moved;
     std::size_t count = 0;
-    each_end([&](std::size_t end, End to) { moved[count++] = {to, origin[end]}; });
-    for (std::size_t k = 0; k < count; ++k) list_.origin[moved[k].first] = moved[k].second;
+    each_end([&](std::size_t end, End to) { moved[count++] = {to, list_.frame[end]}; });
+    for (std::size_t k = 0; k < count; ++k) list_.frame[moved[k].first] = moved[k].second;
   }
 
   GateList list_;

@@ -34,8 +34,10 @@ struct Gate {
   bool operator==(const Gate&) const = default;
 };
 
+inline constexpr int label_wire = 0;  ///< no Pauli label: the wire itself
 inline constexpr int label_x = 1;
 inline constexpr int label_z = 2;
+inline constexpr int label_y = 3;
 
 constexpr Gate cnot(int control, int target) {
   return {end_of(control, label_z), end_of(target, label_x)};

@@ -118,9 +118,9 @@ CliffordCircuit emitted(const GateList& list) {
   for (int wire = 0; wire < n; ++wire) {
     for (const int label : {label_x, label_z}) {
       const End end = end_of(wire, label);
-      emission.bring_end(end, label_of(list.origin[end]));
+      emission.bring_end(end, label_of(list.frame[end]));
     }
-    const End from = list.origin[end_of(wire, label_x)];
+    const End from = list.frame[end_of(wire, label_x)];
     circuit.wires[static_cast<std::size_t>(wire_of(from))] = wire;
   }
   circuit.gates = std::move(emission.gates());
@@ -157,7 +157,7 @@ GateList to_list(const std::vector<structures::Gate>& circuit, int wires) {
   }
   for (int wire = 0; wire < wires; ++wire) {
     for (int label = 1; label < 4; ++label) {
-      list.origin[end_of(wire, label)] = end_of(wire, maps[static_cast<std::size_t>(wire)](label));
+      list.frame[end_of(wire, label)] = end_of(wire, maps[static_cast<std::size_t>(wire)](label));
     }
   }
   return list;

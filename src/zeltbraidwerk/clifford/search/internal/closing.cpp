@@ -36,7 +36,7 @@ class ClosingRewriter {
 
   ClosingRewriter(const GateList& list, int window) : window_(window) {
     for (int wire = 0; wire < list.wires(); ++wire) {
-      permutation_.push_back(wire_of(list.origin[end_of(wire, 0)]));
+      permutation_.push_back(list.frame.output_on(wire));
     }
     left_ = exchanges_left(permutation_);
   }
@@ -94,13 +94,13 @@ class ClosingRewriter {
 /// Three gates of equal labels exchange two wires.
 void exchange_by_gates(GateList& list) {
   for (int wire = 0; wire < list.wires(); ++wire) {
-    for (int other = wire_of(list.origin[end_of(wire, 0)]); other != wire;
-         other = wire_of(list.origin[end_of(wire, 0)])) {
+    for (int other = list.frame.output_on(wire); other != wire;
+         other = list.frame.output_on(wire)) {
       for (int label = 0; label < 4; ++label) {
         const End a = end_of(wire, label);
         const End b = end_of(other, label);
         if (label != 0) list.gates.push_back({a, b});
-        std::swap(list.origin[a], list.origin[b]);
+        std::swap(list.frame[a], list.frame[b]);
       }
     }
   }

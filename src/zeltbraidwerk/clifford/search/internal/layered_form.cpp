@@ -134,7 +134,7 @@ class LayeredForm {
     }
     const Task task{.objective = Objective::depth, .outputs = outputs, .seed = rng_.next()};
     const GateList list = search_shallow_cnot(map.transposed(), task, effort).front().list;
-    const auto output = [&](End end) { return wire_of(list.origin[end_of(wire_of(end), 0)]); };
+    const auto output = [&](End end) { return list.frame.output_on(wire_of(end)); };
     for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
       const bool forward = label_of(gate->a) == label_z;
       const int control = output(forward ? gate->a : gate->b);

@@ -158,7 +158,7 @@ std::array<double, 9> OneSidedReduction::changes_of(const Met& k, const Met& l) 
 GateList OneSidedReduction::circuit(const State& left, const std::vector<Move>& gates,
                                     int side) const {
   GateList list(wires_, {});
-  std::vector<End> before(list.origin.size());
+  WireFrame before(wires_);
   for (int wire = 0; wire < wires_; ++wire) {
     int place = 0;
     while (place + 1 < wires_ && label_at(left, wire, 1, place) == 0) ++place;
@@ -166,7 +166,7 @@ GateList OneSidedReduction::circuit(const State& left, const std::vector<Move>& 
       const End here = end_of(wire, label);
       const End there = end_of(place, label == 0 ? 0 : label_at(left, wire, label, place));
       before[here] = there;
-      (side == 0 ? list.origin[there] : list.origin[here]) = side == 0 ? here : there;
+      (side == 0 ? list.frame[there] : list.frame[here]) = side == 0 ? here : there;
     }
   }
   list.gates = gates;

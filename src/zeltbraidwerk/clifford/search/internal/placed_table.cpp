@@ -1,5 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 
+#include <array>
+#include <atomic>
 #include <bit>
 
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
@@ -108,10 +110,29 @@ int PlacedTable<wires>::distance(WindowRows rows) const {
   return steps;
 }
 
+namespace {
+
 template <int wires>
-const PlacedTable<wires>& PlacedTable<wires>::shared() {
-  static const PlacedTable table(all_moves);
-  return table;
+std::uint64_t moves_on_pairs(WindowGraph graph) {
+  std::uint64_t moves = 0;
+  for (int pair = 0; pair < wires * (wires - 1) / 2; ++pair) {
+    if ((graph >> pair & 1) != 0) moves |= std::uint64_t{511} << (9 * pair);
+  }
+  return moves;
+}
+
+}  // namespace
+
+template <int wires>
+const PlacedTable<wires>& PlacedTable<wires>::of(WindowGraph graph) {
+  static TableCache<WindowGraph, PlacedTable> tables;
+  static std::array<std::atomic<const PlacedTable*>, complete_graph(wires) + 1> known;
+  const PlacedTable* table = known[graph].load(std::memory_order_acquire);
+  if (table == nullptr) {
+    table = &tables.get(graph, [&] { return PlacedTable(moves_on_pairs<wires>(graph)); });
+    known[graph].store(table, std::memory_order_release);
+  }
+  return *table;
 }
 
 template class Planes<2>;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
+#include "zeltbraidwerk/search/internal/window_shape.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -45,7 +46,10 @@ class PlacedTable {
 
   explicit PlacedTable(std::uint64_t allowed);
   /// The one with all gates, built when it is asked for first.
-  static const PlacedTable& shared();
+  static const PlacedTable& shared() { return of(complete_graph(wires)); }
+  /// The one with the gates on these pairs. On four wires there are six connected graphs up to the
+  /// names of their wires: ask for the least ones, as each table takes 9 MB.
+  static const PlacedTable& of(WindowGraph graph);
 
   /// The distance modulo 3, or 3 out of reach.
   unsigned residue(WindowRows rows) const {

@@ -185,14 +185,14 @@ void OperatorReduction::price(const OperatorRows& rows, int side) {
 /// left, and with it at the end.
 GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves) {
   GateList list(left.wires(), {});
-  std::vector<End> before(list.origin.size());
+  WireFrame before(left.wires());
   for (int i = 0; i < left.wires(); ++i) {
     int place = 0;
     while (place + 1 < left.wires() && left.label_at(0, i, 1, place) == 0) ++place;
     for (int label = 0; label < 4; ++label) {
       const int from = label == 0 ? 0 : left.label_at(0, i, label, place);
       before[end_of(i, label)] = end_of(place, from);
-      list.origin[end_of(place, from)] = end_of(i, label);
+      list.frame[end_of(place, from)] = end_of(i, label);
     }
   }
   for (const auto& [side, gate] : moves) {

@@ -12,9 +12,9 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
-#include "zeltbraidwerk/clifford/search/internal/shallow.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {

@@ -45,9 +45,7 @@ GateList eliminated_list(const PauliFrame& images, Outputs outputs) {
   };
   GateList list(images.qubits(), {});
   for (const Gate& gate : on_wires.gates) list.gates.push_back({renamed(gate.a), renamed(gate.b)});
-  for (std::size_t end = 0; end < list.origin.size(); ++end) {
-    list.origin[renamed(static_cast<End>(end))] = on_wires.origin[end];
-  }
+  list.frame = on_wires.frame.renamed(renamed);
   return list;
 }
 
@@ -68,12 +66,12 @@ GateList shortest_on(const OperatorRows& operator_rows, Outputs outputs, Rng& rn
   Rewrite left;
   read_ends<wires>(
       outputs == Outputs::anywhere
-          ? append_circuit(WindowTable<wires>::shared(), rows, false, rng, list.gates)
+          ? append_circuit(OperatorTable<wires>::shared(), rows, false, rng, list.gates)
           : append_placed_circuit(PlacedTable<wires>::shared(), rows, false, rng, list.gates),
       left);
   for (int i = 0; i < wires; ++i) {
     for (int label = 0; label < 4; ++label) {
-      list.origin[left.ends[static_cast<std::size_t>(i)][static_cast<std::size_t>(label)]] =
+      list.frame[left.ends[static_cast<std::size_t>(i)][static_cast<std::size_t>(label)]] =
           end_of(i, label);
     }
   }

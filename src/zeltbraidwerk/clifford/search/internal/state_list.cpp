@@ -92,9 +92,9 @@ GateList by_graph(const PauliFrame& stabilisers) {
     const int other = label_x + label_z - own;
     const int now = label_z ^ (degree % 2 != 0 ? label_x : 0);
     const int wanted = own ^ (form.other.get(a, a) ? other : 0);
-    list.origin[end_of(a, label_x)] = end_of(a, other);
-    list.origin[end_of(a, now)] = end_of(a, wanted);
-    list.origin[end_of(a, now ^ label_x)] = end_of(a, wanted ^ other);
+    list.frame[end_of(a, label_x)] = end_of(a, other);
+    list.frame[end_of(a, now)] = end_of(a, wanted);
+    list.frame[end_of(a, now ^ label_x)] = end_of(a, wanted ^ other);
   }
   return list;
 }
@@ -104,10 +104,10 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group) {
   // On each wire the label that is left and Z change places.
   for (int q = 0; q < group.qubits(); ++q) {
     const int label = group.label(q);
-    if (label != 0) std::swap(list.origin[end_of(q, label)], list.origin[end_of(q, label_z)]);
+    if (label != 0) std::swap(list.frame[end_of(q, label)], list.frame[end_of(q, label_z)]);
   }
   for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
-    list.gates.push_back({list.origin[gate->a], list.origin[gate->b]});
+    list.gates.push_back({list.frame[gate->a], list.frame[gate->b]});
   }
   return list;
 }
@@ -121,28 +121,21 @@ PauliFrame stabilisers_behind(const GateList& list, int count) {
 }
 
 GateList continued(GateList begin, const GateList& list, int count) {
-  std::vector<End> now(begin.origin.size());
-  for (std::size_t end = 0; end < now.size(); ++end) {
-    now[begin.origin[end]] = static_cast<End>(end);
-  }
+  const WireFrame now = begin.frame.inverse();
   for (auto gate = list.gates.begin() + count; gate != list.gates.end(); ++gate) {
     begin.gates.push_back({now[gate->a], now[gate->b]});
   }
-  for (std::size_t end = 0; end < now.size(); ++end) {
-    begin.origin[now[end]] = list.origin[end];
-  }
+  begin.frame = list.frame.renamed([&](End end) { return now[end]; });
   return begin;
 }
 
 GateList in_place(GateList list) {
-  const std::vector<End> origin = list.origin;
+  const WireFrame frame = list.frame;
   const auto renamed = [&](End end) {
-    return end_of(wire_of(origin[end_of(wire_of(end), label_x)]), label_of(end));
+    return end_of(wire_of(frame[end_of(wire_of(end), label_x)]), label_of(end));
   };
   for (Gate& gate : list.gates) gate = {renamed(gate.a), renamed(gate.b)};
-  for (std::size_t end = 0; end < origin.size(); ++end) {
-    list.origin[renamed(static_cast<End>(end))] = origin[end];
-  }
+  list.frame = frame.renamed(renamed);
   return list;
 }
 

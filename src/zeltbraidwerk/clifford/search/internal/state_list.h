@@ -9,7 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// \file
 /// Gates that turn zeros into a state, and what they are apart from signs: behind the gates, label
-/// origin[end] of the state is found on `end`.
+/// frame[end] of the state is found on `end`.
 
 /// The plain circuit: brought to the form of a graph state, a gate an edge. Of a graph the edges
 /// are its own.

@@ -23,7 +23,7 @@ constexpr WindowRows behind_control(int q, unsigned pauli, WindowRows rows) {
 /// fewest gates.
 template <int wires>
 WindowRows with_fresh(int q, WindowRows rows, Rng& rng) {
-  const auto& table = WindowTable<wires>::shared();
+  const auto& table = OperatorTable<wires>::shared();
   constexpr unsigned paulis = 1U << (2 * (wires - 1));
   const unsigned low = (1U << (2 * q)) - 1;
   const auto turn = static_cast<unsigned>(rng.below(paulis));

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/search/internal/shallow.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
+#include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {

@@ -4,7 +4,7 @@
 #include <cassert>
 #include <vector>
 
-#include "zeltbraidwerk/clifford/search/internal/window_table.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -19,7 +19,7 @@ inline unsigned random_move(std::uint64_t moves, Rng& rng) {
 /// Appends a random one of the shortest circuits for an operator, and returns what is left of it:
 /// one-qubit gates and a renaming. With `detour` it takes one gate more, where there is such a way.
 template <int wires>
-WindowRows append_circuit(const WindowTable<wires>& table, WindowRows rows, bool detour, Rng& rng,
+WindowRows append_circuit(const OperatorTable<wires>& table, WindowRows rows, bool detour, Rng& rng,
                           std::vector<Gate>& block) {
   auto entry = table.find(rows);
   const auto take = [&](unsigned move) {
@@ -27,7 +27,7 @@ WindowRows append_circuit(const WindowTable<wires>& table, WindowRows rows, bool
     rows = behind(window_gates[move], rows);
   };
   if (detour && entry.distance > 0) {
-    constexpr unsigned moves = WindowTable<wires>::moves;
+    constexpr unsigned moves = OperatorTable<wires>::moves;
     auto move = static_cast<unsigned>(rng.below(moves));
     for (unsigned tried = 0; tried < moves; ++tried, move = move + 1 == moves ? 0 : move + 1) {
       const auto next = table.find(behind(window_gates[move], rows));
@@ -64,7 +64,7 @@ void read_ends(WindowRows left, Rewrite& rewrite) {
 /// False where there is nothing to choose.
 template <int wires>
 bool rewrite_rows(WindowRows rows, int old, float uphill, Rng& rng, Rewrite& rewrite) {
-  const auto& table = WindowTable<wires>::shared();
+  const auto& table = OperatorTable<wires>::shared();
   const int distance = table.find(rows).distance;
   assert(distance <= old);
   const bool detour = distance == old && rng.chance(uphill);

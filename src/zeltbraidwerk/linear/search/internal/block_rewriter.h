@@ -3,7 +3,7 @@
 #include <bit>
 #include <cassert>
 
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -18,7 +18,7 @@ class BlockRewriter {
   /// leave it on other wires of the window.
   BlockRewriter(int largest, bool permuted) : largest_(largest) {
     for (int k = 2; k <= largest; ++k) {
-      tables_[static_cast<std::size_t>(k)] = &WindowTable::of(k, complete_graph(k), permuted);
+      tables_[static_cast<std::size_t>(k)] = &MapTable::of(k, complete_graph(k), permuted);
     }
   }
 
@@ -27,7 +27,7 @@ class BlockRewriter {
   bool rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) const {
     const auto size = static_cast<int>(window.gates.size());
     if (size < 2) return false;
-    const WindowTable& table = *tables_[static_cast<std::size_t>(window.size)];
+    const MapTable& table = *tables_[static_cast<std::size_t>(window.size)];
     const SmallMatrix m = table.map_of(window.gates);
     const int distance = table.distance(m);
     if (distance > size) return false;  // uphill moves only make the list longer by one
@@ -53,7 +53,7 @@ class BlockRewriter {
   }
 
   int largest_;
-  std::array<const WindowTable*, 6> tables_{};
+  std::array<const MapTable*, 6> tables_{};
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -68,9 +68,9 @@ class BlockwiseSearch {
         return end_of(block.cols[static_cast<std::size_t>(wire_of(end))], label_of(end));
       };
       for (const Gate& gate : part.gates) all.gates.push_back({wire(gate.a), wire(gate.b)});
-      for (std::size_t end = 0; end < part.origin.size(); ++end) {
-        const End from = part.origin[end];
-        all.origin[wire(static_cast<End>(end))] =
+      for (std::size_t end = 0; end < part.frame.size(); ++end) {
+        const End from = part.frame[end];
+        all.frame[wire(static_cast<End>(end))] =
             end_of(block.rows[static_cast<std::size_t>(wire_of(from))], label_of(from));
       }
     }

@@ -112,11 +112,8 @@ GateList ColumnReduction::circuit(const State& reduced, const std::vector<Move>&
   GateList list(n_, {});
   for (const Move& move : moves) list.gates.push_back(cnot(move.to, move.from));
   for (int column = 0; column < n_; ++column) {
-    for_each_bit(reduced.columns_.data() + offset(0, column), words_, [&](int row) {
-      for (int label = 0; label < 4; ++label) {
-        list.origin[end_of(column, label)] = end_of(row, label);
-      }
-    });
+    for_each_bit(reduced.columns_.data() + offset(0, column), words_,
+                 [&](int row) { list.frame.put_output(row, column); });
   }
   return list;
 }

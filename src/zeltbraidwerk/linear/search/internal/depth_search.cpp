@@ -27,7 +27,7 @@ GateList list_of(const structures::CnotCircuit& circuit) {
   BitMatrix map = BitMatrix::identity(m.rows());
   for (const Gate& gate : list.gates) map.add_row(wire_of(gate.a), wire_of(gate.b));
   for (int w = 0; w < m.rows(); ++w) {
-    const int r = wire_of(list.origin[end_of(w, 0)]);
+    const int r = list.frame.output_on(w);
     if (!std::equal(map.row(w), map.row(w) + map.stride(), m.row(r))) return false;
   }
   return true;

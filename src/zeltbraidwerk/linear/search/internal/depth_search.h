@@ -11,7 +11,7 @@ namespace zelt::braidwerk::internal {
 
 /// CNOT circuits of an invertible matrix with few layers: first the best by depth, then by gates,
 /// then others with fewer and fewer gates, none both as shallow and as short as another. Wire w
-/// holds row origin[w] of the matrix in the end; with outputs in place that is row w.
+/// holds row list.frame.output_on(w) of the matrix at the end; with outputs in place that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
 /// from 24 wires on block recursion, and between these rounds of annealing on windows, for

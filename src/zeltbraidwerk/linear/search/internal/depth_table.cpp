@@ -42,7 +42,7 @@ std::vector<Layer> all_layers(int wires) {
 /// By map, 255 for those that are not invertible.
 std::vector<std::uint8_t> depths(int wires, bool permuted) {
   constexpr std::uint8_t unknown = 255;
-  const WindowTable& maps = WindowTable::of(wires, complete_graph(wires), permuted);
+  const MapTable& maps = MapTable::of(wires, complete_graph(wires), permuted);
   std::vector<std::uint8_t> depth(std::size_t{1} << (wires * wires), unknown);
   std::vector<SmallMatrix> level;
   std::array<int, most_tabled_wires> column{};

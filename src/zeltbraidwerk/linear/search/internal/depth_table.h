@@ -1,7 +1,7 @@
 #pragma once
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 namespace zelt::braidwerk::internal {
 

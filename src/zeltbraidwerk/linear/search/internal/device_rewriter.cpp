@@ -31,31 +31,23 @@ DeviceRewriter::DeviceRewriter(const BitGraph& graph, int largest, int reach)
 }
 
 DeviceRewriter::Kind& DeviceRewriter::kind_of(const Window& window) {
-  unsigned graph = 0;
-  for (int v = 1; v < window.size; ++v) {
-    for (int w = 0; w < v; ++w) {
-      if (graph_.joined(window.wires[static_cast<std::size_t>(v)],
-                        window.wires[static_cast<std::size_t>(w)])) {
-        graph |= edge_bit(v, w);
-      }
-    }
-  }
+  const WindowGraph graph = edges_within(window, graph_);
   Kind& kind = kinds_[static_cast<std::size_t>(window.size)][graph];
   if (!kind.known) {
     kind.known = true;
-    kind.named = canonical(window.size, static_cast<SmallGraph>(graph));
+    kind.named = least_graph(window.size, graph);
     for (std::size_t v = 0; v < 5; ++v) {
-      kind.place_at[kind.named.place_of[v]] = static_cast<std::uint8_t>(v);
+      kind.place_at[kind.named.names[v]] = static_cast<std::uint8_t>(v);
     }
   }
   return kind;
 }
 
-const WindowTable* DeviceRewriter::table_of(Kind& kind, int wires, bool permuted) {
-  const WindowTable*& table = kind.tables[permuted ? 1 : 0];
+const MapTable* DeviceRewriter::table_of(Kind& kind, int wires, bool permuted) {
+  const MapTable*& table = kind.tables[permuted ? 1 : 0];
   if (table == nullptr && (wires < 5 || large_tables_ < most_large_tables)) {
     large_tables_ += wires == 5;
-    table = &WindowTable::of(wires, kind.named.graph, permuted);
+    table = &MapTable::of(wires, kind.named.graph, permuted);
   }
   return table;
 }
@@ -65,16 +57,16 @@ bool DeviceRewriter::rewrite(const GateList& list, const Window& window, float u
   const auto size = static_cast<int>(window.gates.size());
   if (size < 2) return false;
   Kind& kind = kind_of(window);
-  const auto& names = kind.named.place_of;
+  const auto& names = kind.named.names;
   block_.clear();
   for (const Gate& gate : window.gates) {
     block_.push_back(cnot(names[static_cast<std::size_t>(wire_of(gate.a))],
                           names[static_cast<std::size_t>(wire_of(gate.b))]));
   }
   const bool at_end = reach_ > 0 && window.to_end == (1U << window.size) - 1;
-  const WindowTable* known = table_of(kind, window.size, at_end);
+  const MapTable* known = table_of(kind, window.size, at_end);
   if (known == nullptr) return false;
-  const WindowTable& table = *known;
+  const MapTable& table = *known;
   const SmallMatrix m = table.map_of(block_);
   const int distance = table.distance(m);
   if (distance > size) return false;  // uphill moves only make the list longer by one
@@ -101,7 +93,7 @@ bool DeviceRewriter::within_reach(const GateList& list, const Window& window,
                                   const Rewrite& rewrite) const {
   for (int place = 0; place < window.size; ++place) {
     const auto p = static_cast<std::size_t>(place);
-    const int output = wire_of(list.origin[end_of(window.wires[p], 0)]);
+    const int output = list.frame.output_on(window.wires[p]);
     const int to = window.wires[static_cast<std::size_t>(wire_of(rewrite.ends[p][0]))];
     if (distances_(output, to) > reach_) return false;
   }

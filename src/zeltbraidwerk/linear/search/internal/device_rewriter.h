@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -51,14 +51,14 @@ class DeviceRewriter {
   /// The graph on a window's places, under the names that its tables go by.
   struct Kind {
     NamedGraph named;
-    std::array<std::uint8_t, 5> place_at;  // the way back
+    WireNames place_at;  // the way back
     bool known = false;
-    std::array<const WindowTable*, 2> tables{};  // exact and permuted
+    std::array<const MapTable*, 2> tables{};  // exact and permuted
   };
 
   Kind& kind_of(const Window& window);
   /// Null where there are too many already.
-  const WindowTable* table_of(Kind& kind, int wires, bool permuted);
+  const MapTable* table_of(Kind& kind, int wires, bool permuted);
   bool within_reach(const GateList& list, const Window& window, const Rewrite& rewrite) const;
 
   const BitGraph& graph_;

@@ -158,8 +158,9 @@ class Search {
     if (!rewriter_.rewrite(best_, all, 0, rng_, rewrite)) return best_.count() < 2;
     GateList shortest = best_;
     shortest.gates = std::move(rewrite.block);
-    for (std::size_t end = 0; rewrite.renames && end < shortest.origin.size(); ++end) {
-      shortest.origin[rewrite.ends[end / 4][end % 4]] = best_.origin[end];
+    if (rewrite.renames) {
+      shortest.frame =
+          best_.frame.renamed([&](End end) { return rewrite.ends[end / 4U][end % 4U]; });
     }
     take(shortest);
     return true;
@@ -226,7 +227,7 @@ class Search {
       map.add_row(wire_of(gate.a), wire_of(gate.b));
     }
     for (int w = 0; w < n_; ++w) {
-      const int output = wire_of(list.origin[end_of(w, 0)]);
+      const int output = list.frame.output_on(w);
       if (!std::equal(map.row(w), map.row(w) + map.stride(), m_.row(output))) return false;
     }
     return true;

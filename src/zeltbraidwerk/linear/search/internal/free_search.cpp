@@ -56,9 +56,7 @@ ReductionCost beam_cost(int n) {
 GateList relabelled(const BitMatrix& m) {
   GateList list(m.rows(), {});
   for (int r = 0; r < m.rows(); ++r) {
-    for_each_bit(m.row(r), m.stride(), [&](int c) {
-      for (int label = 0; label < 4; ++label) list.origin[end_of(c, label)] = end_of(r, label);
-    });
+    for_each_bit(m.row(r), m.stride(), [&](int c) { list.frame.put_output(r, c); });
   }
   return list;
 }
@@ -75,14 +73,14 @@ GateList by_pairs(const BitMatrix& m, Facing facing) {
 GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng) {
   const int n = m.rows();
   if (n < 2) return GateList(n, {});
-  const WindowTable& table = WindowTable::of(n, complete_graph(n), permuted);
+  const MapTable& table = MapTable::of(n, complete_graph(n), permuted);
   SmallMatrix map = 0;
   for (int r = 0; r < n; ++r) map |= static_cast<SmallMatrix>(m.row(r)[0]) << (n * r);
   GateList list(n, {});
   const SmallMatrix left = table.descend(map, 0, rng, list.gates);
   for (int r = 0; r < n; ++r) {
     const int c = std::countr_zero((left >> (n * r)) & ((1U << n) - 1));
-    for (int label = 0; label < 4; ++label) list.origin[end_of(c, label)] = end_of(r, label);
+    list.frame.put_output(r, c);
   }
   return list;
 }
@@ -92,9 +90,7 @@ FreeCircuit free_circuit(const GateList& list) {
   for (const Gate& gate : list.gates) {
     found.circuit.gates.emplace_back(wire_of(gate.a), wire_of(gate.b));
   }
-  for (int wire = 0; wire < list.wires(); ++wire) {
-    found.perm[static_cast<std::size_t>(wire_of(list.origin[end_of(wire, 0)]))] = wire;
-  }
+  found.perm = list.frame.permutation();
   return found;
 }
 
@@ -103,11 +99,7 @@ GateList gate_list(const FreeCircuit& found) {
   for (const auto& [control, target] : found.circuit.gates) {
     list.gates.push_back(cnot(control, target));
   }
-  for (int r = 0; r < list.wires(); ++r) {
-    for (int label = 0; label < 4; ++label) {
-      list.origin[end_of(found.perm[static_cast<std::size_t>(r)], label)] = end_of(r, label);
-    }
-  }
+  list.frame = WireFrame(found.perm);
   return list;
 }
 

@@ -7,7 +7,7 @@
 
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/depth_table.h"
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
@@ -70,8 +70,8 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact) {
   }
   if (n <= most_tabled_wires) {
     const SmallMatrix map = small_matrix(m);
-    bound.raise({WindowTable::of(n, complete_graph(n), !exact).distance(map),
-                 fewest_layers(n, map, !exact)});
+    bound.raise(
+        {MapTable::of(n, complete_graph(n), !exact).distance(map), fewest_layers(n, map, !exact)});
   }
   bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));
   return bound;

@@ -298,11 +298,7 @@ GateList Reduction::circuit(const State& reduced, const std::vector<Move>& moves
     if (move->side == 0) gates.push_back(cnot(wire[move->from], wire[move->to]));
   }
   GateList list(n_, std::move(gates));
-  for (int r = 0; r < n_; ++r) {
-    for (int label = 0; label < 4; ++label) {
-      list.origin[end_of(wire[static_cast<std::size_t>(r)], label)] = end_of(r, label);
-    }
-  }
+  list.frame = WireFrame(wire);
   return list;
 }
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <bit>
 
-#include "zeltbraidwerk/clifford/search/internal/window_table.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
-using Table = WindowTable<NetworkBlock::wires>;
+using Table = OperatorTable<NetworkBlock::wires>;
 constexpr std::uint64_t in_each = 0x0101010101010101;  // of eight bytes
 constexpr int moves = moves_on(NetworkBlock::wires);
 

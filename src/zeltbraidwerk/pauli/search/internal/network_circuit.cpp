@@ -10,8 +10,6 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int label_y = label_x | label_z;
-
 /// What has become of the labels of each wire through gates on that wire alone.
 class WireLabels {
  public:

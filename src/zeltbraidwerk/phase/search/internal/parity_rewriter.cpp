@@ -30,9 +30,9 @@ SmallMatrix run_block(const std::vector<Gate>& block, const std::array<std::uint
 }
 
 /// Swaps that put all outputs in their places.
-int swaps_left(const std::vector<End>& origin) {
+int swaps_left(const WireFrame& frame) {
   static thread_local std::vector<char> seen;
-  const std::size_t n = origin.size() / 4;
+  const auto n = static_cast<std::size_t>(frame.wires());
   seen.assign(n, 0);
   int swaps = static_cast<int>(n);
   for (std::size_t first = 0; first < n; ++first) {
@@ -40,7 +40,7 @@ int swaps_left(const std::vector<End>& origin) {
     --swaps;
     for (std::size_t x = first; !seen[x];) {
       seen[x] = 1;
-      x = static_cast<std::size_t>(wire_of(origin[4 * x]));
+      x = static_cast<std::size_t>(frame.output_on(static_cast<int>(x)));
     }
   }
   return swaps;
@@ -101,23 +101,14 @@ void ParityRewriter::begin(const GateList& list) {
 }
 
 int ParityRewriter::length(const GateList& list) const {
-  return end_ == ParityEnd::swaps ? list.count() + swaps_left(list.origin) : list.count();
+  return end_ == ParityEnd::swaps ? list.count() + swaps_left(list.frame) : list.count();
 }
 
 void ParityRewriter::place_wires(const Window& window) {
   if (graph_ == nullptr) return;
-  unsigned edges = 0;
-  for (int v = 0; v < wires; ++v) {
-    for (int w = 0; w < v; ++w) {
-      if (graph_->joined(window.wires[static_cast<std::size_t>(v)],
-                         window.wires[static_cast<std::size_t>(w)])) {
-        edges |= edge_bit(v, w);
-      }
-    }
-  }
-  const NamedGraph named = canonical(wires, static_cast<SmallGraph>(edges));
+  const NamedGraph& named = least_graph(wires, edges_within(window, *graph_));
   edges_ = named.graph;
-  place_ = named.place_of;
+  place_ = named.names;
 }
 
 /// The map of the block, and which sums no gate outside of it shows.
@@ -176,8 +167,8 @@ void ParityRewriter::read_inputs(const GateList& list, const Window& window) {
 bool ParityRewriter::gains(const GateList& list, const Window& window, int longer,
                            SmallMatrix left) const {
   if (left == identity) return longer <= 0;
-  static thread_local std::vector<End> origin;
-  origin = list.origin;
+  static thread_local WireFrame frame;
+  frame = list.frame;
   for (int r = 0; r < wires; ++r) {
     const int c = std::countr_zero(row_of(left, r));
     const auto wire_at = [&](int place) {
@@ -185,9 +176,9 @@ bool ParityRewriter::gains(const GateList& list, const Window& window, int longe
       while (place_[static_cast<std::size_t>(k)] != place) ++k;
       return 4 * static_cast<std::size_t>(window.wires[static_cast<std::size_t>(k)]);
     };
-    origin[wire_at(c)] = list.origin[wire_at(r)];
+    frame[wire_at(c)] = list.frame[wire_at(r)];
   }
-  return longer + swaps_left(origin) <= swaps_left(list.origin);
+  return longer + swaps_left(frame) <= swaps_left(list.frame);
 }
 
 /// The new block, on the table's places.

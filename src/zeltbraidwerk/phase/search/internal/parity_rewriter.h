@@ -68,7 +68,7 @@ class ParityRewriter {
   std::vector<Value> values_;         // what each gate makes
 
   // Of the window. Its places are renamed so that its edges are those of a table.
-  SmallGraph edges_ = complete_graph(wires);
+  WindowGraph edges_ = complete_graph(wires);
   std::array<std::uint8_t, 5> place_{0, 1, 2, 3, 4};
   SmallMatrix map_ = 0;
   SumSet needed_ = 0;           // shown by no gate outside the block

@@ -258,7 +258,7 @@ class ParitySearch {
     if (outputs_ == Outputs::left_open) return true;
     const BitMatrix map = linear_map(steps, n_);
     for (int wire = 0; wire < n_; ++wire) {
-      const int output = wire_of(list.origin[end_of(wire, 0)]);
+      const int output = list.frame.output_on(wire);
       if (outputs_ == Outputs::in_place && output != wire) return false;
       if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
     }
@@ -287,12 +287,8 @@ ParitySearchResult search_parities(const BitMatrix& parities, const Task& task,
   const BitMatrix made = parities_to_make(parities);
   const GateList list = ParitySearch(made, task, effort).run();
   ParitySearchResult result{with_phases(list.gates, parities), {}};
-  result.permutation.resize(static_cast<std::size_t>(list.wires()));
-  for (int wire = 0; wire < list.wires(); ++wire) {
-    const int output = wire_of(list.origin[end_of(wire, 0)]);
-    const int qubit = task.outputs == Outputs::anywhere ? output : wire;
-    result.permutation[static_cast<std::size_t>(qubit)] = wire;
-  }
+  result.permutation =
+      (task.outputs == Outputs::anywhere ? list.frame : WireFrame(list.wires())).permutation();
   return result;
 }
 

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <utility>
 
 namespace zelt::braidwerk::internal {
@@ -16,7 +13,6 @@ constexpr int slots = 11;
 constexpr int words = 32;
 constexpr SmallMatrix identity = 0x8421;
 
-using Names = std::array<std::uint8_t, wires>;
 using Slots = std::array<std::uint8_t, slots>;
 
 /// Sets of sums, a bit a set: a Boolean function of 11 variables, whether each slot is in the set.
@@ -88,13 +84,13 @@ void draw_back(Family& family, Slots image) {
   }
 }
 
-std::uint8_t renamed(unsigned sum, const Names& names) {
+std::uint8_t renamed(unsigned sum, const WireNames& names) {
   unsigned to = 0;
   for (int c = 0; c < wires; ++c) to |= ((sum >> c) & 1U) << names[static_cast<std::size_t>(c)];
   return static_cast<std::uint8_t>(to);
 }
 
-SmallMatrix renamed_matrix(SmallMatrix m, const Names& names) {
+SmallMatrix renamed_matrix(SmallMatrix m, const WireNames& names) {
   SmallMatrix to = 0;
   for (int r = 0; r < wires; ++r) {
     to |= static_cast<SmallMatrix>(renamed((m >> (wires * r)) & 15U, names))
@@ -135,24 +131,14 @@ bool is_permutation(SmallMatrix m) {
 
 }  // namespace
 
-ParityTable::ParityTable(SmallGraph graph, bool permuted) {
-  // Names of wires that keep the graph.
-  std::vector<Names> namings;
-  Names names{0, 1, 2, 3};
-  do {
-    bool keeps = true;
-    for (int v = 0; v < wires; ++v) {
-      for (int w = 0; w < v; ++w) {
-        keeps &= ((graph & edge_bit(v, w)) != 0) ==
-                 ((graph & edge_bit(names[static_cast<std::size_t>(v)],
-                                    names[static_cast<std::size_t>(w)])) != 0);
-      }
-    }
-    if (keeps) namings.push_back(names);
-  } while (std::next_permutation(names.begin(), names.end()));
-  const auto inverse_of = [&](const Names& naming) {
-    Names back{};
-    for (std::uint8_t v = 0; v < wires; ++v) back[naming[v]] = v;
+ParityTable::ParityTable(WindowGraph graph, bool permuted) {
+  // WireNames of wires that keep the graph.
+  std::vector<WireNames> namings = all_names(wires);
+  std::erase_if(namings,
+                [&](const WireNames& names) { return renamed(wires, graph, names) != graph; });
+  const auto inverse_of = [&](const WireNames& naming) {
+    WireNames back{};
+    for (std::uint8_t v = 0; v < back.size(); ++v) back[naming[v]] = v;
     return static_cast<std::uint8_t>(std::find(namings.begin(), namings.end(), back) -
                                      namings.begin());
   };
@@ -175,14 +161,14 @@ ParityTable::ParityTable(SmallGraph graph, bool permuted) {
     if (place_[m].kind != none || !invertible(m)) continue;
     const auto kind = static_cast<std::uint16_t>(first_of_kind.size());
     first_of_kind.push_back(m);
-    for (const Names& naming : namings) {
+    for (const WireNames& naming : namings) {
       Place& place = place_[renamed_matrix(m, naming)];
       if (place.kind == none) place = {kind, inverse_of(naming)};
     }
   }
   for (std::uint8_t t = 0; t < wires; ++t) {
     for (std::uint8_t c = 0; c < wires; ++c) {
-      if (c == t || (graph & edge_bit(c, t)) == 0) continue;
+      if (c == t || (graph & pair_bit(c, t)) == 0) continue;
       Move& move = moves_.emplace_back(Move{c, t, {}});
       for (unsigned set = 0; set < sets; ++set) {
         unsigned to = 0;
@@ -261,21 +247,9 @@ ParityTable::ParityTable(SmallGraph graph, bool permuted) {
   }
 }
 
-const ParityTable& ParityTable::of(SmallGraph graph, bool permuted) {
-  struct Slot {
-    std::once_flag built;
-    std::unique_ptr<const ParityTable> table;
-  };
-  static std::mutex mutex;
-  static std::map<std::pair<SmallGraph, bool>, Slot> slots_of_kind;
-  Slot* slot;
-  {
-    const std::lock_guard lock(mutex);
-    slot = &slots_of_kind[{graph, permuted}];
-  }
-  std::call_once(slot->built,
-                 [&] { slot->table = std::make_unique<ParityTable>(graph, permuted); });
-  return *slot->table;
+const ParityTable& ParityTable::of(WindowGraph graph, bool permuted) {
+  static TableCache<std::pair<WindowGraph, bool>, ParityTable> tables;
+  return tables.get({graph, permuted}, [&] { return ParityTable(graph, permuted); });
 }
 
 SmallMatrix ParityTable::descend(SmallMatrix m, SumSet needed, bool detour, Rng& rng,

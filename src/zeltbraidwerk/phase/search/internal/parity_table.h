@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
@@ -23,11 +23,11 @@ using SumSet = std::uint16_t;
 /// sets that differ by names of wires alone. Built in 0.05 to 0.35 s.
 class ParityTable {
  public:
-  ParityTable(SmallGraph graph, bool permuted);
+  ParityTable(WindowGraph graph, bool permuted);
 
   /// The one table of its kind, built when it is first asked for; safe to call from all threads.
   /// Tables stay until the process ends.
-  static const ParityTable& of(SmallGraph graph, bool permuted);
+  static const ParityTable& of(WindowGraph graph, bool permuted);
 
   int distance(SmallMatrix m, SumSet needed) const { return distance_of(m, slots_of(needed)); }
 

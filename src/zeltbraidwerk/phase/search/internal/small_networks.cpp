@@ -132,10 +132,7 @@ class SmallNetworks {
     network_ = GateList(n_, {});
     const Rows map = levels_.back()[k].state.map;
     for (int w = 0; w < n_ && undone(); ++w) {
-      const int input = std::countr_zero(row_of(map, w));
-      for (int label = 0; label < 4; ++label) {
-        network_.origin[end_of(w, label)] = end_of(input, label);
-      }
+      network_.frame.put_output(std::countr_zero(row_of(map, w)), w);
     }
     for (std::size_t level = levels_.size() - 1; level > 0; --level) {
       network_.gates.push_back(levels_[level][k].gate);

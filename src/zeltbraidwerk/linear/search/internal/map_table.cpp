@@ -1,42 +1,15 @@
-#include "zeltbraidwerk/linear/search/internal/window_table.h"
+#include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 #include <algorithm>
 #include <bit>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <numeric>
 #include <tuple>
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
-using Names = std::array<std::uint8_t, 5>;
-
-std::vector<Names> all_namings(int wires) {
-  std::vector<Names> namings;
-  Names names{0, 1, 2, 3, 4};
-  do {
-    namings.push_back(names);
-  } while (std::next_permutation(names.begin(), names.begin() + wires));
-  return namings;
-}
-
-SmallGraph renamed(int wires, SmallGraph graph, const Names& names) {
-  unsigned result = 0;
-  for (int v = 0; v < wires; ++v) {
-    for (int w = 0; w < v; ++w) {
-      if (graph & edge_bit(v, w)) {
-        result |= edge_bit(names[static_cast<std::size_t>(v)], names[static_cast<std::size_t>(w)]);
-      }
-    }
-  }
-  return static_cast<SmallGraph>(result);
-}
-
 /// What a naming makes of every row: bit c goes to bit names[c].
-std::array<std::uint8_t, 32> moved_bits(int wires, const Names& names) {
+std::array<std::uint8_t, 32> moved_bits(int wires, const WireNames& names) {
   std::array<std::uint8_t, 32> moved{};
   for (unsigned row = 0; row < (1U << wires); ++row) {
     unsigned to = 0;
@@ -50,7 +23,7 @@ std::array<std::uint8_t, 32> moved_bits(int wires, const Names& names) {
 
 }  // namespace
 
-WindowTable::WindowTable(int wires, SmallGraph graph, bool permuted)
+MapTable::MapTable(int wires, WindowGraph graph, bool permuted)
     : wires_(wires),
       low_row_((1U << wires) - 1),
       low_column_(0),
@@ -62,7 +35,7 @@ WindowTable::WindowTable(int wires, SmallGraph graph, bool permuted)
     low_column_ |= 1U << (wires * r);
     identity_ |= 1U << (wires * r + r);
     for (int c = 0; c < wires; ++c) {
-      if (c != r && (graph & edge_bit(r, c))) {
+      if (c != r && (graph & pair_bit(r, c))) {
         moves_.push_back({static_cast<std::uint8_t>(c), static_cast<std::uint8_t>(r)});
       }
     }
@@ -70,16 +43,16 @@ WindowTable::WindowTable(int wires, SmallGraph graph, bool permuted)
   fill();
 }
 
-void WindowTable::fill() {
-  // Names of wires that keep the graph change no distance, nor do other places of the outputs where
-  // those are free: one matrix of each class is enough to go on from.
+void MapTable::fill() {
+  // WireNames of wires that keep the graph change no distance, nor do other places of the outputs
+  // where those are free: one matrix of each class is enough to go on from.
   struct Symmetry {
     std::array<std::uint8_t, 32> columns;
-    Names rows;
+    WireNames rows;
   };
-  const std::vector<Names> namings = all_namings(wires_);
+  const std::vector<WireNames> namings = all_names(wires_);
   std::vector<Symmetry> symmetries;
-  for (const Names& names : namings) {
+  for (const WireNames& names : namings) {
     if (renamed(wires_, graph_, names) == graph_) {
       symmetries.push_back({moved_bits(wires_, names), names});
     }
@@ -90,7 +63,7 @@ void WindowTable::fill() {
       for (int r = 0; r < wires_; ++r) {
         rows[static_cast<std::size_t>(r)] = symmetry.columns[(m >> (wires_ * r)) & low_row_];
       }
-      const auto place = [&](const Names& names) {
+      const auto place = [&](const WireNames& names) {
         SmallMatrix image = 0;
         for (int r = 0; r < wires_; ++r) {
           image |= rows[static_cast<std::size_t>(r)]
@@ -99,7 +72,7 @@ void WindowTable::fill() {
         distance_[image] = distance;
       };
       if (permuted_) {
-        for (const Names& names : namings) place(names);
+        for (const WireNames& names : namings) place(names);
       } else {
         place(symmetry.rows);
       }
@@ -129,30 +102,18 @@ void WindowTable::fill() {
   }
 }
 
-const WindowTable& WindowTable::of(int wires, SmallGraph graph, bool permuted) {
-  struct Slot {
-    std::once_flag built;
-    std::unique_ptr<const WindowTable> table;
-  };
-  static std::mutex mutex;
-  static std::map<std::tuple<int, SmallGraph, bool>, Slot> slots;
-  Slot* slot;
-  {
-    const std::lock_guard lock(mutex);
-    slot = &slots[{wires, graph, permuted}];
-  }
-  std::call_once(slot->built,
-                 [&] { slot->table = std::make_unique<WindowTable>(wires, graph, permuted); });
-  return *slot->table;
+const MapTable& MapTable::of(int wires, WindowGraph graph, bool permuted) {
+  static TableCache<std::tuple<int, WindowGraph, bool>, MapTable> tables;
+  return tables.get({wires, graph, permuted}, [&] { return MapTable(wires, graph, permuted); });
 }
 
-SmallMatrix WindowTable::map_of(const std::vector<Gate>& block) const {
+SmallMatrix MapTable::map_of(const std::vector<Gate>& block) const {
   SmallMatrix m = identity_;
   for (const Gate& gate : block) m = then(m, wire_of(gate.a), wire_of(gate.b));
   return m;
 }
 
-SmallMatrix WindowTable::product(SmallMatrix a, SmallMatrix b) const {
+SmallMatrix MapTable::product(SmallMatrix a, SmallMatrix b) const {
   SmallMatrix result = 0;
   for (int r = 0; r < wires_; ++r) {
     for (int c = 0; c < wires_; ++c) {
@@ -162,8 +123,8 @@ SmallMatrix WindowTable::product(SmallMatrix a, SmallMatrix b) const {
   return result;
 }
 
-SmallMatrix WindowTable::descend(SmallMatrix m, int detours, Rng& rng,
-                                 std::vector<Gate>& block) const {
+SmallMatrix MapTable::descend(SmallMatrix m, int detours, Rng& rng,
+                              std::vector<Gate>& block) const {
   int distance = distance_[m];
   std::array<std::uint8_t, 20> there;
   std::array<std::uint8_t, 20> chosen;
@@ -185,27 +146,6 @@ SmallMatrix WindowTable::descend(SmallMatrix m, int detours, Rng& rng,
     if (before == -1 && --detours > 0) before = rng.below(distance + 1);
   }
   return m;
-}
-
-NamedGraph canonical(int wires, SmallGraph graph) {
-  struct Kinds {
-    std::array<std::vector<NamedGraph>, 6> by_graph;
-    Kinds() {
-      for (int k = 2; k <= 5; ++k) {
-        const std::vector<Names> namings = all_namings(k);
-        for (unsigned g = 0; g <= complete_graph(k); ++g) {
-          NamedGraph best{static_cast<SmallGraph>(g), {0, 1, 2, 3, 4}};
-          for (const Names& names : namings) {
-            const SmallGraph other = renamed(k, static_cast<SmallGraph>(g), names);
-            if (other < best.graph) best = {other, names};
-          }
-          by_graph[static_cast<std::size_t>(k)].push_back(best);
-        }
-      }
-    }
-  };
-  static const Kinds kinds;
-  return kinds.by_graph[static_cast<std::size_t>(wires)][graph];
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -1,4 +1,4 @@
-#include "zeltbraidwerk/clifford/search/internal/window_table.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -18,8 +18,8 @@ constexpr int orbit_shift = 16;
 }  // namespace
 
 template <int wires>
-void WindowTable<wires>::fill(const WindowSymmetries<wires>& symmetries, WindowRows first,
-                              std::size_t orbit) {
+void OperatorTable<wires>::fill(const WindowSymmetries<wires>& symmetries, WindowRows first,
+                                std::size_t orbit) {
   symmetries.each_image(first, [&](unsigned element, WindowRows image) {
     const Key key = key_of(image);
     Slot& slot = slots_[slot_of(key)];
@@ -31,7 +31,8 @@ void WindowTable<wires>::fill(const WindowSymmetries<wires>& symmetries, WindowR
 
 /// Breadth first over one operator of each orbit, some dozens on four wires.
 template <int wires>
-WindowTable<wires>::WindowTable() : slots_(std::bit_ceil(classes[wires] + classes[wires] / 4 + 8)) {
+OperatorTable<wires>::OperatorTable()
+    : slots_(std::bit_ceil(classes[wires] + classes[wires] / 4 + 8)) {
   shift_ = 64 - std::countr_zero(slots_.size());
   const WindowSymmetries<wires> symmetries(Outputs::anywhere, (std::uint64_t{1} << moves) - 1);
   std::vector<Orbit> orbits{{identity_rows_on(wires), 0, 0}};
@@ -59,13 +60,13 @@ WindowTable<wires>::WindowTable() : slots_(std::bit_ceil(classes[wires] + classe
 }
 
 template <int wires>
-const WindowTable<wires>& WindowTable<wires>::shared() {
-  static const WindowTable table;
+const OperatorTable<wires>& OperatorTable<wires>::shared() {
+  static const OperatorTable table;
   return table;
 }
 
-template class WindowTable<2>;
-template class WindowTable<3>;
-template class WindowTable<4>;
+template class OperatorTable<2>;
+template class OperatorTable<3>;
+template class OperatorTable<4>;
 
 }  // namespace zelt::braidwerk::internal

@@ -11,11 +11,11 @@ namespace zelt::braidwerk::internal {
 /// A rewriter under annealing for few layers: whether a changed circuit stands is drawn by what its
 /// layers and, far less, its gates have risen, and a temperature.
 template <class Rewriter>
-class Shallow : public Rewriter {
+class DepthJudge : public Rewriter {
  public:
   static constexpr bool judges = true;
 
-  Shallow(Rewriter rewriter, const GateList& list, Rng& rng)
+  DepthJudge(Rewriter rewriter, const GateList& list, Rng& rng)
       : Rewriter(std::move(rewriter)),
         wires_(list.wires()),
         depth_(depth_of(list.gates, wires_)),
@@ -53,13 +53,13 @@ void anneal_depth(const GateList& list, Rewriter rewriter, std::uint64_t steps, 
                   Meter& meter, F&& stands) {
   constexpr float uphill = 0.3F;
   constexpr Cooling temperatures{0.4F, 0.05F};
-  Shallow<Rewriter> shallow(std::move(rewriter), list, rng);
-  Walk<Shallow<Rewriter>> walk(list, shallow);
+  DepthJudge<Rewriter> judge(std::move(rewriter), list, rng);
+  Walk<DepthJudge<Rewriter>> walk(list, judge);
   for (std::uint64_t k = 0; k < steps && !meter.ended(); ++k) {
     if (k % 64 == 0) {
-      shallow.set_temperature(temperatures.at(static_cast<double>(k) / static_cast<double>(steps)));
+      judge.set_temperature(temperatures.at(static_cast<double>(k) / static_cast<double>(steps)));
     }
-    if (walk.step(uphill, rng)) stands(walk.list(), shallow.depth());
+    if (walk.step(uphill, rng)) stands(walk.list(), judge.depth());
     meter.step();
   }
 }

@@ -15,13 +15,13 @@ namespace zelt::braidwerk::internal {
 /// outputs and their order, and the gates that such a circuit may begin with. On four wires these
 /// are 1,523,200 classes, up to six gates each, in 32 MB, built in a quarter of a second.
 template <int wires>
-class WindowTable {
+class OperatorTable {
  public:
   static constexpr unsigned moves = moves_on(wires);
 
-  WindowTable();
+  OperatorTable();
   /// Built when it is asked for first.
-  static const WindowTable& shared();
+  static const OperatorTable& shared();
 
   struct Entry {
     int distance;
@@ -82,8 +82,8 @@ class WindowTable {
   std::vector<Slot> slots_;
 };
 
-extern template class WindowTable<2>;
-extern template class WindowTable<3>;
-extern template class WindowTable<4>;
+extern template class OperatorTable<2>;
+extern template class OperatorTable<3>;
+extern template class OperatorTable<4>;
 
 }  // namespace zelt::braidwerk::internal

@@ -8,37 +8,26 @@
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 #include "zeltbraidwerk/search/internal/window.h"
+#include "zeltbraidwerk/search/internal/window_shape.h"
 
 namespace zelt::braidwerk::internal {
 
 /// A matrix of up to 5 x 5 over GF(2): entry (r, c) of a k x k matrix is bit k * r + c.
 using SmallMatrix = std::uint32_t;
 
-/// Pairs of up to 5 wires that have an edge, as bits: see edge_bit.
-using SmallGraph = std::uint16_t;
-
-constexpr SmallGraph edge_bit(int v, int w) {
-  const int low = v < w ? v : w;
-  const int high = v < w ? w : v;
-  return static_cast<SmallGraph>(1U << (high * (high - 1) / 2 + low));
-}
-constexpr SmallGraph complete_graph(int k) {
-  return static_cast<SmallGraph>((1U << (k * (k - 1) / 2)) - 1);
-}
-
 /// For every invertible k x k matrix the fewest CNOTs on the edges of a graph that implement it,
 /// either as it is or with the outputs on other wires (`permuted`). 32 MB for k = 5, 64 kB for
 /// k = 4. Built in 0.2 to 0.6 s (k = 5) by breadth-first search over classes of matrices that
 /// differ by names of wires alone.
-class WindowTable {
+class MapTable {
  public:
   static constexpr std::uint8_t unreachable = 255;
 
-  WindowTable(int wires, SmallGraph graph, bool permuted);
+  MapTable(int wires, WindowGraph graph, bool permuted);
 
   /// The one table of its kind, built when it is first asked for; safe to call from all threads.
   /// Tables stay until the process ends.
-  static const WindowTable& of(int wires, SmallGraph graph, bool permuted);
+  static const MapTable& of(int wires, WindowGraph graph, bool permuted);
 
   int wires() const { return wires_; }
   int distance(SmallMatrix m) const { return distance_[m]; }
@@ -74,17 +63,10 @@ class WindowTable {
   SmallMatrix low_row_;
   SmallMatrix low_column_;
   SmallMatrix identity_;
-  SmallGraph graph_;
+  WindowGraph graph_;
   bool permuted_;
   std::vector<Move> moves_;
   std::vector<std::uint8_t> distance_;
 };
-
-/// Graphs of k wires by the name of one of their kind: place_of[v] is the place of wire v in it.
-struct NamedGraph {
-  SmallGraph graph;
-  std::array<std::uint8_t, 5> place_of;
-};
-NamedGraph canonical(int wires, SmallGraph graph);
 
 }  // namespace zelt::braidwerk::internal
