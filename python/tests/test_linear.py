@@ -125,55 +125,15 @@ def test_permutations_are_closed_by_fewer_cnots_than_three_a_swap(dense):
     assert (swap.count, in_place(swap)) == (3, True)
 
 
-def test_budget_ends_the_search_and_progress_shows_the_best(dense):
-    seen = []
-    start = time.perf_counter()
-    result = linear.synthesize(dense(20), budget=0.3, jobs=2, seed=1, progress=seen.append)
-    assert 0.25 < time.perf_counter() - start < 10
-    assert seen == sorted(seen, reverse=True)
-    assert seen[-1] == result.count
-    assert result.runs > 20
-    assert result.verify()
+def test_a_budget_may_end_before_a_circuit_is_found(dense):
     start = time.perf_counter()
     with pytest.raises(errors.UnfinishedError, match="none of 1 runs found a circuit"):
         linear.synthesize(dense(120), method="greedy_log", budget=0.05)
     assert time.perf_counter() - start < 10
-    # However small the budget is, "auto" has an answer.
-    assert linear.synthesize(dense(60), budget=1e-9).verify()
 
 
-def test_search_repeats_by_steps_and_gets_no_worse_with_more(dense):
-    m = dense(14)
-    for options in ({"permutation": "free"}, {}, {"objective": "depth"}, {"device": "aspen"}):
-        last = None
-        for steps in (0, 2000, 40_000):
-            made = [
-                linear.synthesize(
-                    m, method="search", seed=5, steps=steps, restarts=2, jobs=jobs, **options
-                )
-                for jobs in (1, 2)
-            ]
-            assert made[0].circuit == made[1].circuit
-            assert made[0].verify()
-            by_depth = made[0].objective == "depth"
-            key = (made[0].depth, made[0].count) if by_depth else (made[0].count, made[0].depth)
-            assert last is None or key <= last
-            last = key
-
-
-def test_search_holds_its_budget_and_tells_all(dense):
-    linear.synthesize(dense(12), method="search")  # builds the tables
-    seen = []
-    start = time.perf_counter()
-    result = linear.synthesize(dense(24), method="search", budget=0.6, seed=1, progress=seen.append)
-    assert time.perf_counter() - start < 2
-    assert result.window == 5
-    assert [point.count for point in result.trace] == sorted(
-        (point.count for point in result.trace), reverse=True
-    )
-    assert seen[-1] == seen[-1].count == result.trace[-1].count == result.count
-    assert 0 <= seen[0].seconds <= seen[-1].seconds
-    assert seen[-1].depth >= result.depth
+def test_windows_grow_with_the_budget(dense):
+    assert linear.synthesize(dense(24), method="search", budget=0.6, seed=1).window == 5
     assert linear.synthesize(dense(24), method="search", budget=0.1).window == 4
     assert linear.synthesize(dense(4), method="gauss").window is None
 
@@ -220,16 +180,6 @@ def test_best_over_time_is_drawn_a_line_a_result(dense):
     assert axes.lines[1][1][-1] == result.count
     with pytest.raises(ValueError, match="value: got 'time', wanted one of 'count', 'depth'"):
         plot.best_over_time(result, value="time")
-
-
-def test_exceptions_of_the_callback_end_the_search(dense):
-    def refuse(best):
-        raise ZeroDivisionError
-
-    start = time.perf_counter()
-    with pytest.raises(ZeroDivisionError):
-        linear.synthesize(dense(20), budget=60, jobs=2, progress=refuse)
-    assert time.perf_counter() - start < 10
 
 
 def test_ctrl_c_stops_at_once_with_the_best_so_far(ctrl_c, dense):

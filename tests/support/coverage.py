@@ -1,7 +1,7 @@
 """Print which share of the lines of src the C++ tests run, by folder, and the files that lack most.
 
-usage: coverage.py SUMMARY LEAST: the summary in JSON that gcovr wrote, and the least percentage that
-will do; below it the exit status is 1.
+usage: coverage.py SUMMARY LEAST: the summary in JSON that gcovr wrote, and the least percentage
+that will do; below it the exit status is 1.
 """
 
 import json
