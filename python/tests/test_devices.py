@@ -9,7 +9,7 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support import cnots, device_edges, product, replay
+from support import device_edges, replay
 
 from zeltbraidwerk import Circuit, CnotCircuit, Device, Gate, core, errors, linear
 
@@ -26,15 +26,6 @@ def graph_of(device):
 
 def on_edges(device, gates):
     return all(tuple(sorted(gate)) in device.edges for gate in gates)
-
-
-@st.composite
-def matrices_on_devices(draw, most=7):
-    """A device and an invertible matrix of its size or smaller."""
-    n, edges = draw(device_edges(most=most))
-    size = draw(st.integers(0, n))
-    matrix = replay(size, draw(cnots(size)))[list(draw(st.permutations(range(size))))]
-    return Device(n, edges), matrix
 
 
 # --- devices ------------------------------------------------------------------------------------
@@ -181,18 +172,6 @@ def test_trees_join_their_terminals(case, data):
         assert on_edges(device, joined.edges())
 
 
-@given(matrices_on_devices())
-def test_steiner_gauss_reduces_to_the_identity(case):
-    device, matrix = case
-    path = device.hamiltonian_path()
-    if path is None or len(matrix) != device.n:
-        return
-    table = core.Table.from_matrix(matrix)
-    gates = [g.qbits for g in core.steiner_gauss_ham_path(table, graph_of(device), list(path))]
-    assert on_edges(device, gates)
-    assert np.array_equal(product(replay(device.n, gates), matrix), np.eye(device.n))
-
-
 def filled(device):
     graph = graph_of(device)
     graph.set_shortest_paths()
@@ -212,30 +191,6 @@ def test_graphs_answer_as_the_library_does():
 
 
 # --- matrices on a device -----------------------------------------------------------------------
-
-
-@pytest.mark.parametrize("permutation", ["exact", "free"])
-@given(case=matrices_on_devices(), runs=st.integers(1, 9))
-def test_every_cnot_is_on_an_edge(permutation, case, runs):
-    device, matrix = case
-    before = matrix.copy()
-    size = len(matrix)
-    for method in linear.methods(device=True):
-        options = {"method": method, "restarts": runs, "seed": 5, "permutation": permutation}
-        try:
-            result = linear.synthesize(matrix, device=device, **options)
-        except errors.NoHamiltonianPathError:
-            assert method == "steiner"
-            continue
-        assert on_edges(device, result.circuit)
-        found = replay(device.n, result.circuit)
-        wires = [result.placement[wire] for wire in result.permutation]
-        assert np.array_equal(found[np.ix_(wires, result.placement)], matrix)
-        assert found.sum() == matrix.sum() + device.n - size  # all other qubits are left alone
-        if permutation == "exact":
-            assert result.permutation == tuple(range(size))
-        assert result.verify()
-    assert np.array_equal(matrix, before)
 
 
 def test_steiner_is_that_of_the_library(dense):

@@ -5,40 +5,14 @@ from itertools import pairwise
 
 import numpy as np
 import pytest
-from hypothesis import given
-from hypothesis import strategies as st
-from support import invertible, replay
 
 from zeltbraidwerk import CnotCircuit, Device, core, errors, linear, plot
 
 METHODS = linear.methods()
 
 
-def right(result, matrix):
-    """Whether output r of the matrix stands on wire permutation[r]."""
-    found = replay(len(matrix), result.circuit)
-    return np.array_equal(found[list(result.permutation)], np.asarray(matrix, dtype=bool))
-
-
 def in_place(result):
     return result.permutation == tuple(range(result.n))
-
-
-@pytest.mark.parametrize("method", METHODS)
-@given(m=invertible(9), objective=st.sampled_from(["count", "depth"]), runs=st.integers(1, 9))
-def test_every_method_implements_the_matrix_itself(method, m, objective, runs):
-    before = m.copy()
-    options = {"method": method, "objective": objective, "restarts": runs, "seed": 3}
-    if method in ("auto", "search"):
-        options["steps"] = 3000
-    exact = linear.synthesize(m, **options)
-    assert in_place(exact)
-    assert np.array_equal(exact.circuit.matrix(), m)
-    free = linear.synthesize(m, permutation="free", **options)
-    assert right(free, m)
-    assert exact.verify()
-    assert free.verify()
-    assert np.array_equal(m, before)
 
 
 def test_direction_on_an_asymmetric_matrix():

@@ -1,60 +1,9 @@
 """Circuits for Clifford operators against dense ones and Stim, from all forms, at their edges."""
 
-import numpy as np
 import pytest
-from hypothesis import given
-from hypothesis import strategies as st
-from support import unitary
-from test_states import cliffords
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import CliffordTableau, Gate, clifford
-
-
-def permuted(matrix, wires):
-    """The operator whose qubit q stands on wire wires[q] of this one."""
-    n = len(wires)
-    tensor = matrix.reshape((2,) * n + (-1,))
-    return tensor.transpose([*wires, n]).reshape(matrix.shape)
-
-
-@given(
-    circuit=cliffords(),
-    method=st.sampled_from(clifford.methods()),
-    objective=st.sampled_from(("count", "depth")),
-    permutation=st.sampled_from(("exact", "free")),
-    steps=st.sampled_from((0, 300)),
-    seed=st.integers(0, 9),
-)
-def test_against_the_dense_operator(circuit, method, objective, permutation, steps, seed):
-    options = {"objective": objective, "permutation": permutation, "seed": seed}
-    if method != "elimination":
-        options["steps"] = steps
-    result = clifford.synthesize(circuit, method=method, **options)
-    assert result.verify()
-    assert permutation == "free" or result.permutation == tuple(range(circuit.n))
-    found = permuted(unitary(result.circuit), result.permutation)
-    overlap = np.vdot(found, unitary(circuit)) / 2**circuit.n
-    assert np.isclose(abs(overlap), 1)
-
-
-@pytest.mark.parametrize("n", [0, 1, 6, 21, 40])
-def test_random_tableaus_of_stim(n):
-    stim = pytest.importorskip("stim")
-    tableau = stim.Tableau.random(n)
-    result = clifford.synthesize(tableau, steps=1000, seed=1)
-    assert result.verify()
-    assert CliffordTableau.from_circuit(result.circuit).to_stim() == tableau
-    plain = clifford.synthesize(tableau, method="elimination")
-    assert result.count <= plain.count
-    free = clifford.synthesize(tableau, permutation="free", steps=1000, seed=1)
-    assert free.verify()
-    assert free.count <= result.count
-    device = zb.Device.grid(6, 7)
-    placed = clifford.synthesize(tableau, device=device, steps=50, seed=1)
-    assert placed.verify()
-    assert len(placed.placement) == n
-    assert device.fits(placed.circuit)
 
 
 def test_a_large_tableau_of_stim():

@@ -1,7 +1,6 @@
 """Pauli rotations against dense unitaries, against other packages, and at their edges."""
 
 import math
-import pickle
 
 import numpy as np
 import pytest
@@ -12,27 +11,6 @@ from support import gate_matrix, letters_matrix, rotation_matrix, same_up_to_pha
 import zeltbraidwerk as zb
 from zeltbraidwerk import Parameter, core, errors, gallery, pauli
 
-METHODS = [name for name in pauli.methods() if name != "auto"]
-NUMBERS = st.floats(-7, 7, allow_nan=False)
-
-
-@st.composite
-def rotations(draw, most=12, qubits=5, angles=NUMBERS):
-    n = draw(st.integers(1, qubits))
-    strings = st.text("IXYZ", min_size=n, max_size=n)
-    signs = st.sampled_from(["", "-", "+"])
-    return draw(
-        st.lists(
-            st.tuples(st.builds(str.__add__, signs, strings), angles), min_size=1, max_size=most
-        )
-    )
-
-
-def briefly(method):
-    """Two runs of a method that makes different ones, few steps of one that searches."""
-    runs = {} if method == "ladder" else {"restarts": 2}
-    return runs | ({"steps": 300} if method == "search" else {})
-
 
 def product(listed):
     """The first acts first."""
@@ -40,53 +18,6 @@ def product(listed):
     for string, angle in listed:
         whole = rotation_matrix(string, angle) @ whole
     return whole
-
-
-@given(listed=rotations(), method=st.sampled_from(METHODS), seed=st.integers(0, 9))
-def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
-    wanted = product(listed)
-    brief = briefly(method)
-    result = pauli.synthesize(listed, method=method, seed=seed, **brief)
-    assert result.verify()
-    assert same_up_to_phase(unitary(result.circuit), wanted)
-
-    # Handed back, the tail goes into the observables.
-    result = pauli.synthesize(listed, method=method, tail="return", seed=seed, **brief)
-    assert result.verify()
-    circuit = unitary(result.circuit)
-    for observable in ("X" * result.n, "-" + "YZ" * result.n):
-        observable = observable[: result.n + observable.startswith("-")]
-        behind = circuit.conj().T @ letters_matrix(result.absorb([observable])[0]) @ circuit
-        assert np.allclose(behind, wanted.conj().T @ letters_matrix(observable) @ wanted)
-
-
-@given(
-    listed=rotations(most=30, qubits=9, angles=st.sampled_from(["a", "UMINUS b", 0.3, math.pi])),
-    seed=st.integers(0, 99),
-    order=st.sampled_from(["free", "commuting"]),
-)
-def test_every_way_verifies(listed, seed, order):
-    way = {"order": order, "repeated": "merge" if order == "free" else "refuse"}
-    options = {**way, "seed": seed}
-    ladder = pauli.synthesize(listed, method="ladder", **way)
-    for method in METHODS:
-        for way in ({"permutation": "free"}, {"tail": "return"}, {}):
-            result = pauli.synthesize(listed, method=method, **way, **options, **briefly(method))
-            assert result.verify(), (method, way)
-            if "tail" not in way and "permutation" not in way:
-                assert result.clifford == zb.CliffordTableau(result.n)
-    best = pauli.synthesize(listed, restarts=2, steps=300, **options)
-    assert best.verify()
-    assert best.count <= ladder.count
-    assert ladder.count == sum(
-        2 * (sum(letter != "I" for letter in string) - 1) for string, _ in ladder.rotations
-    )
-    assert pickle.loads(pickle.dumps(best)) == best
-    for tail in ("close", "return"):
-        device = zb.Device.grid(2, 5)
-        result = pauli.synthesize(listed, device=device, tail=tail, steps=300, **options)
-        assert result.verify()
-        assert device.fits(result.circuit)
 
 
 def test_verification_finds_faults():

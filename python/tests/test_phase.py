@@ -4,9 +4,7 @@ import math
 
 import numpy as np
 import pytest
-from hypothesis import given
-from hypothesis import strategies as st
-from support import device_edges, replay
+from support import replay
 
 from zeltbraidwerk import Circuit, Device, Gate, Parameter, core, errors, phase
 
@@ -23,51 +21,6 @@ def followed(circuit):
             assert gate.name == "PH"
             angles.setdefault(wires[gate.qubits[0]], []).append(str(gate.params[0]))
     return wires, angles
-
-
-@st.composite
-def polynomials(draw, n):
-    """Texts of bits, none of them zero, with numbers and names as angles."""
-    parities = draw(
-        st.lists(st.integers(1, 2**n - 1), unique=True, max_size=12) if n else st.just([])
-    )
-    angle = st.one_of(st.floats(-3, 3), st.sampled_from("abc"))
-    return {f"{parity:0{n}b}"[::-1]: draw(angle) for parity in parities}
-
-
-@pytest.mark.parametrize("on_device", [False, True])
-@given(data=st.data(), runs=st.integers(1, 6))
-def test_every_parity_gets_its_angle_and_wires_end_as_they_should(on_device, data, runs):
-    whole, edges = data.draw(device_edges(most=6))
-    n = data.draw(st.integers(0, whole)) if on_device else whole
-    poly = data.draw(polynomials(n))
-    device = Device(whole, edges) if on_device else None
-    endings = [{"leftover": "return"}, {}, {"permutation": "free"}]
-    for method in phase.methods(device=on_device):
-        steps = 300 if method in ("auto", "search") else None
-        for ending in endings:
-            result = phase.synthesize(
-                poly, n=n, device=device, method=method, restarts=runs, steps=steps, seed=2,
-                **ending,
-            )  # fmt: skip
-            wires, angles = followed(result.circuit)
-            place = result.placement
-            assert angles == {
-                frozenset(place[q] for q, bit in enumerate(text) if bit == "1"): [
-                    str(Parameter(angle))
-                ]
-                for text, angle in poly.items()
-            }
-            wanted = [frozenset([q]) for q in range(result.circuit.n)]
-            for q, wire in enumerate(result.permutation):
-                row = [q] if result.leftover is None else np.flatnonzero(result.leftover[q])
-                wanted[place[wire]] = frozenset(place[c] for c in row)
-            assert wires == wanted
-            if ending != {"permutation": "free"}:
-                assert result.permutation == tuple(range(n))
-            if device:
-                assert device.fits(result.circuit)
-            assert result.verify()
 
 
 def test_plain_methods_are_those_of_the_library():

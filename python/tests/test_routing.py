@@ -1,7 +1,6 @@
 """Routed circuits against dense unitaries, against their sources, and at their edges."""
 
 import math
-import pickle
 import time
 
 import numpy as np
@@ -62,22 +61,6 @@ def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
     assert closed.tail == CliffordTableau(n)
     assert same_up_to_phase(unitary(closed.circuit), wanted)
     assert device.fits(closed.circuit)
-
-
-@given(data=st.data(), tail=st.sampled_from(["return", "close"]))
-def test_large_and_symbolic_circuits_verify_on_parts_of_devices(data, tail):
-    n = data.draw(st.integers(1, 9))
-    angles = ["a", "UMINUS b", 0.25, PI / 4, PI / 2]
-    source = data.draw(circuits(n, 60, angles))
-    assert routing.normalize(source).verify()
-    result = routing.route(source, Device.grid(3, 4), tail=tail)
-    assert result.verify()
-    assert result.circuit.n == 12
-    ions = routing.route_ions(source)
-    assert ions.verify()
-    heavy = sum(len(gate.qubits) > 1 for gate in ions.circuit)
-    assert ions.entangling_count == heavy <= ions.rotations
-    assert pickle.loads(pickle.dumps(result)) == result
 
 
 def test_the_tail_goes_into_observables():
