@@ -36,6 +36,31 @@ class SearchBase {
   Incumbent<Circuit> incumbent_;
 };
 
+/// The answer of a search by its objective, and the best by the other measure beside it: where
+/// layers are wanted, circuits of few gates are still good places to walk from.
+template <class Circuit>
+class SearchByBoth : public SearchBase<Circuit> {
+ protected:
+  SearchByBoth(const Task& task, const Effort& effort)
+      : SearchBase<Circuit>(task, effort),
+        other_(task.by_depth() ? Objective::count : Objective::depth) {}
+
+  const Circuit& shortest() const {
+    return this->task_.by_depth() ? other_.circuit() : this->incumbent_.circuit();
+  }
+  const Circuit& shallowest() const {
+    return this->task_.by_depth() ? this->incumbent_.circuit() : other_.circuit();
+  }
+  void offer(const Circuit& circuit, const CircuitSize& size, Origin origin) {
+    if (!this->incumbent_.counts(origin)) return;
+    other_.offer(circuit, size);
+    this->incumbent_.offer(circuit, size, origin);
+  }
+
+ private:
+  Smallest<Circuit> other_;
+};
+
 /// A family of searches.
 ///   schedule()   how its rounds grow
 ///   first()      makes at least one circuit, whatever the effort, and proves what it can

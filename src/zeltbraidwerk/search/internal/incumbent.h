@@ -10,72 +10,82 @@ namespace zelt::braidwerk::internal {
 /// How a search came by a circuit that it offers. It decides whether the circuit may still be taken
 /// when the effort has ended: only where a search that goes on would come to one at least as good.
 enum class Origin {
-  certain,         ///< with more effort it would have been offered all the same
-  lowering_count,  ///< the shortest yet of a walk: with more effort this one or one with fewer
-                   ///< gates
+  certain,         ///< with more effort it would be offered all the same
+  lowering_count,  ///< the shortest yet of a walk: with more effort, it or one with fewer gates
   lowering_depth,  ///< the same of a walk that lowers the layers
-  derived,         ///< made from where the search stood: with more effort from somewhere else
+  derived,         ///< made from where the search stood: with more effort, from somewhere else
 };
 
-/// The best circuit of a search so far. This is the only place that knows the rule that more effort
-/// is never worse. The meter hears of every better circuit; it must outlive this.
-///
-/// Ties: the first circuit stays, or with `latest` the last one offered takes its place, so that a
-/// search goes on from elsewhere; the meter does not hear of that.
-template <class Circuit>
-class Incumbent {
- public:
-  enum class Ties { first, latest };
+/// Which of two circuits of the same size is kept.
+enum class Ties {
+  first,
+  latest,  ///< so that a search goes on from elsewhere
+};
 
-  Incumbent(Objective objective, Meter& meter, Ties ties = Ties::first)
-      : objective_(objective), meter_(meter), ties_(ties) {}
+/// The smallest circuit of those offered, by one measure and then by the other.
+template <class Circuit>
+class Smallest {
+ public:
+  explicit Smallest(Objective objective, Ties ties = Ties::first)
+      : objective_(objective), ties_(ties) {}
 
   bool empty() const { return empty_; }
-  const Circuit& best() const { return best_; }
+  const Circuit& circuit() const { return circuit_; }
   const CircuitSize& size() const { return size_; }
 
-  /// Whether a circuit of this size would be taken.
-  bool wants(const CircuitSize& size, Origin origin) const {
-    if (empty_) return true;
-    if (meter_.ended() && !lasts(origin)) return false;
-    const auto now = size_.key(objective_);
-    const auto other = size.key(objective_);
-    return ties_ == Ties::first ? other < now : other <= now;
+  bool is_smaller(const CircuitSize& size) const {
+    return empty_ || size.key(objective_) < size_.key(objective_);
   }
-
   /// True when it was taken.
   template <class C>
-  bool offer(C&& circuit, const CircuitSize& size, Origin origin) {
-    if (!wants(size, origin)) return false;
-    const bool better = empty_ || size.key(objective_) < size_.key(objective_);
-    best_ = std::forward<C>(circuit);
+  bool offer(C&& circuit, const CircuitSize& size) {
+    if (!is_smaller(size) && !(ties_ == Ties::latest && size == size_)) return false;
+    circuit_ = std::forward<C>(circuit);
     size_ = size;
     empty_ = false;
-    if (better) meter_.better(size.count, size.depth);
     return true;
   }
 
  private:
-  bool lasts(Origin origin) const {
-    switch (origin) {
-      case Origin::certain:
-        return true;
-      case Origin::lowering_count:
-        return objective_ == Objective::count;
-      case Origin::lowering_depth:
-        return objective_ == Objective::depth;
-      case Origin::derived:
-        break;
-    }
-    return false;
-  }
-
   Objective objective_;
-  Meter& meter_;
   Ties ties_;
   bool empty_ = true;
-  Circuit best_{};
+  Circuit circuit_{};
   CircuitSize size_;
+};
+
+/// The answer of a search so far. This is the only place that knows the rule that more effort is
+/// never worse. The meter hears of every smaller circuit, not of ties; it must outlive this.
+template <class Circuit>
+class Incumbent {
+ public:
+  Incumbent(Objective objective, Meter& meter, Ties ties = Ties::first)
+      : objective_(objective), meter_(meter), answer_(objective, ties) {}
+
+  bool empty() const { return answer_.empty(); }
+  const Circuit& circuit() const { return answer_.circuit(); }
+  const CircuitSize& size() const { return answer_.size(); }
+
+  /// Whether a circuit of this origin still counts. The first one always does.
+  bool counts(Origin origin) const {
+    return empty() || origin == Origin::certain || origin == lasting_ || !meter_.ended();
+  }
+  /// True when it was taken.
+  template <class C>
+  bool offer(C&& circuit, const CircuitSize& size, Origin origin) {
+    if (!counts(origin)) return false;
+    const bool smaller = answer_.is_smaller(size);
+    const bool taken = answer_.offer(std::forward<C>(circuit), size);
+    if (smaller) meter_.better(size.count, size.depth);
+    return taken;
+  }
+
+ private:
+  Objective objective_;
+  Origin lasting_ =
+      objective_ == Objective::count ? Origin::lowering_count : Origin::lowering_depth;
+  Meter& meter_;
+  Smallest<Circuit> answer_;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -10,6 +10,7 @@
 
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/internal/window.h"
 #include "zeltbraidwerk/search/internal/wire_frame.h"
 
@@ -146,6 +147,10 @@ class Walk {
 /// Layers of the gates, each put into the first layer that is free on its wires.
 int depth_of(const std::vector<Gate>& gates, int wires);
 
+inline CircuitSize size_of(const GateList& list) {
+  return {list.count(), depth_of(list.gates, list.wires())};
+}
+
 /// `steps` steps from `best`, or fewer when the effort ends; afterwards `best` is the shortest list
 /// seen. Now and then look(list, shorter) is asked whether a list that is no longer than the best
 /// is to take its place; `shorter` says that the best has just become shorter and is that list.
@@ -172,6 +177,21 @@ void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling
     if (shorter) look(best, true);
     if (go_on && walk.length(walk.list()) == least && look(walk.list(), false)) best = walk.list();
   }
+}
+
+/// The same for lists of few gates and, among equally short ones, of few layers. kept(list, size)
+/// hears of each that takes the place of the best.
+template <class Rewriter, class Kept>
+void walk_to_shallow(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling cooling,
+                     Rng& rng, Meter& meter, Kept&& kept) {
+  int depth = size_of(best).depth;
+  walk_round(best, rewriter, steps, cooling, rng, meter, [&](const GateList& list, bool shorter) {
+    const CircuitSize size = size_of(list);
+    if (!shorter && size.depth >= depth) return false;
+    depth = size.depth;
+    kept(list, size);
+    return true;
+  });
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -112,7 +112,7 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group) {
   return list;
 }
 
-PauliFrame stabilisers_behind(const GateList& list, int count) {
+PauliFrame stabilisers_after(const GateList& list, int count) {
   const int n = list.wires();
   PauliFrame frame(n, n);
   for (int q = 0; q < n; ++q) frame.set_letter(q, q, 3);

@@ -20,7 +20,7 @@ GateList by_graph(const PauliFrame& stabilisers);
 GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 
 /// The stabilisers, without signs, of what the first `count` gates make of zeros.
-PauliFrame stabilisers_behind(const GateList& list, int count);
+PauliFrame stabilisers_after(const GateList& list, int count);
 
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others behind it.
 GateList continued(GateList begin, const GateList& list, int count);

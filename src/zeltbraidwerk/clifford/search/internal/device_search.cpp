@@ -1,0 +1,93 @@
+#include "zeltbraidwerk/clifford/search/internal/device_search.h"
+
+#include <algorithm>
+
+#include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
+#include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
+#include "zeltbraidwerk/clifford/search/internal/reduction.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/depth_judge.h"
+#include "zeltbraidwerk/search/internal/driver.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+class CliffordDeviceSearch : public SearchBase<GateList> {
+ public:
+  CliffordDeviceSearch(const OperatorRows& rows, const Task& task, const Effort& effort)
+      : SearchBase(task, effort),
+        wires_(rows.wires()),
+        problem_(*task.device),
+        start_(problem_.start(rows)) {
+    meter_.prove(bound_of_operator(rows, task.outputs, task.device));
+  }
+
+  static Schedule schedule() { return clifford_tuning.rounds; }
+
+  void first() {
+    const Effort unlimited;
+    Meter own(unlimited);
+    const GateList list = eliminated(1, own);
+    incumbent_.offer(list, size_of(list), Origin::certain);
+  }
+
+  bool finished() const { return incumbent_.size().count <= 1; }
+
+  void round(const Round& round) {
+    const PlacedRewriter rewriter(round.number == 0 ? 3 : 4, *task_.device, task_.outputs);
+    if (const int width = width_for(round.steps); width > 0) {
+      GateList found = eliminated(width, meter_);
+      if (meter_.ended()) return;
+      incumbent_.offer(found, size_of(found), Origin::certain);
+      walk(std::move(found), rewriter, round.steps / 2);
+    }
+    walk(incumbent_.circuit(), rewriter, round.steps);
+    if (!task_.by_depth()) return;
+    anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
+                 [this](const GateList& list, int depth) {
+                   incumbent_.offer(list, {list.count(), depth}, Origin::certain);
+                 });
+  }
+
+ private:
+  /// The widest beam that takes no more time than the walk of the round.
+  int width_for(std::uint64_t steps) const {
+    const auto n = static_cast<std::uint64_t>(wires_);
+    const std::uint64_t price = n * n * n * std::min<std::uint64_t>(n, 24) / 8 + 1;
+    return widest_within({1, 3, 10, 30, 100, 300}, static_cast<double>(price),
+                         static_cast<double>(steps));
+  }
+
+  /// The best circuit so far where the beam finds none.
+  GateList eliminated(int width, Meter& meter) {
+    const BeamOptions options{.width = width, .patience = wires_, .noise = 0.01};
+    BeamSearch<DeviceElimination> search(problem_, options, rng_, meter);
+    const auto found = search.run(start_);
+    if (!found.empty()) return circuit_of(found[0].state.rows, found[0].state.gates);
+    return incumbent_.empty() ? GateList(wires_, {}) : incumbent_.circuit();
+  }
+
+  void walk(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
+    walk_to_shallow(list, rewriter, steps, clifford_tuning.cooling_on_device, rng_, meter_,
+                    [this](const GateList& shorter, const CircuitSize& size) {
+                      incumbent_.offer(shorter, size, Origin::lowering_count);
+                    });
+  }
+
+  int wires_;
+  DeviceElimination problem_;
+  DeviceElimination::State start_;
+};
+
+}  // namespace
+
+GateList search_clifford_on_device(const OperatorRows& rows, const Task& task,
+                                   const Effort& effort) {
+  CliffordDeviceSearch search(rows, task, effort);
+  run_search(search);
+  return search.incumbent().circuit();
+}
+
+}  // namespace zelt::braidwerk::internal
