@@ -21,23 +21,15 @@ namespace {
 
 using support::at;
 using support::implements_up_to;
+using support::packed;
+using support::steps;
 using namespace zelt::braidwerk::internal;
-
-BitMatrix packed(const BoolMatrix& m) {
-  return BitMatrix::pack(m, static_cast<int>(m.size()), static_cast<int>(m.size()));
-}
 
 bool implements(const FreeCircuit& found, const BoolMatrix& m, bool exact) {
   for (std::size_t r = 0; exact && r < m.size(); ++r) {
     if (found.perm[r] != static_cast<int>(r)) return false;
   }
   return implements_up_to(found.circuit, found.perm, m);
-}
-
-Effort steps(std::uint64_t count) {
-  Effort effort;
-  effort.steps = count;
-  return effort;
 }
 
 // Distances by plain search from the identity, or from all permutations, a row a number.

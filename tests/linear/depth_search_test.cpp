@@ -10,6 +10,8 @@
 namespace {
 
 using support::at;
+using support::packed;
+using support::steps;
 using namespace zelt::braidwerk::internal;
 
 structures::CnotCircuit circuit_of(const std::vector<Gate>& gates, int n) {
@@ -38,17 +40,6 @@ std::vector<Gate> random_gates(int n, int count, support::Rng& rng) {
     gates.push_back(cnot(control, target));
   }
   return gates;
-}
-
-Effort steps(std::uint64_t count) {
-  Effort effort;
-  effort.steps = count;
-  return effort;
-}
-
-BitMatrix packed(const BoolMatrix& m) {
-  const auto n = static_cast<int>(m.size());
-  return BitMatrix::pack(m, n, n);
 }
 
 TEST(Scheduler, KeepsTheMapAndNeverDeepens) {

@@ -7,6 +7,7 @@
 
 #include "support/dense.h"
 #include "support/digest.h"
+#include "support/graphs.h"
 #include "support/pauli.h"
 #include "zeltbraidwerk/pauli/graph_state_codiag.h"
 #include "zeltbraidwerk/pauli/internal/table_frame.h"
@@ -17,14 +18,11 @@ namespace {
 using structures::Gate;
 using structures::Graph;
 using structures::Parameter;
+using support::at;
 using support::numbered_angles;
 using support::rows;
 using support::text;
 using testing::ElementsAre;
-
-std::size_t at(int i) {
-  return static_cast<std::size_t>(i);
-}
 
 bool is_diagonal(const PauliTable& table) {
   return text(table).find_first_of("XY") == std::string::npos;
@@ -114,34 +112,18 @@ TEST(CoDiagonalisation, KeepsTheOperator) {
   }
 }
 
-Graph random_device(int n, std::mt19937& rng) {
-  Graph graph(n);
-  const bool is_path = rng() % 2;
-  for (int v = 1; v < n; ++v) {
-    graph.add_edge(v, is_path ? v - 1 : static_cast<int>(rng() % static_cast<unsigned>(v)));
-  }
-  for (int k = 0; n > 2 && !is_path && k < n / 3; ++k) graph.add_edge(k, n - 1 - k);
-  graph.set_shortest_paths();
-  return graph;
-}
-
-bool keeps_to_edges(const std::vector<Gate>& circuit, const Graph& graph) {
-  return std::all_of(circuit.begin(), circuit.end(), [&](const Gate& gate) {
-    return gate.qbits.size() == 1 || graph.are_neighbors(gate.qbits[0], gate.qbits[1]);
-  });
-}
-
 TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
   std::mt19937 rng(2);
   for (int round = 0; round < 3000; ++round) {
     const int n = 2 + round % 9;
-    Graph graph = random_device(n, rng);
+    Graph graph = support::random_device(n, round % 3 == 0 ? 0 : 10, rng);
+    graph.set_shortest_paths();
     const int m = 1 + static_cast<int>(rng() % 20);
     const PauliTable before = support::random_commuting_rows(m, n, rng);
     PauliTable table = before;
     auto params = numbered_angles(at(m));
     const auto circuit = generate_basis_change_aa(table, params, graph);
-    ASSERT_TRUE(keeps_to_edges(circuit, graph));
+    ASSERT_TRUE(support::runs_on(graph, circuit));
     ASSERT_TRUE(is_diagonal(table)) << text(before);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
 
@@ -152,7 +134,7 @@ TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
     table = before;
     params = numbered_angles(at(m));
     zelt::braidwerk::internal::unpack_table(frame, table, params);
-    ASSERT_TRUE(keeps_to_edges(by_tree, graph));
+    ASSERT_TRUE(support::runs_on(graph, by_tree));
     ASSERT_TRUE(is_diagonal(table)) << text(before);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, by_tree)) << text(before);
   }

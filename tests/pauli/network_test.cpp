@@ -21,15 +21,6 @@ Rotations rotations_of(const PauliRows& table, int n) {
   return rotations;
 }
 
-bool clash(const PauliRows& table, int a, int b) {
-  bool odd = false;
-  for (std::size_t q = 0; q < table[at(a)].size(); ++q) {
-    const int x = table[at(a)][q], y = table[at(b)][q];
-    odd ^= x != 0 && y != 0 && x != y;
-  }
-  return odd;
-}
-
 /// The rows in the order in which the circuit turns about them; fails where it turns otherwise.
 std::vector<int> served(const PauliRows& table, const std::vector<Gate>& circuit, int n) {
   std::vector<int> order;
@@ -52,7 +43,8 @@ std::vector<int> served(const PauliRows& table, const std::vector<Gate>& circuit
 void expect_kept_order(const PauliRows& table, const std::vector<int>& order) {
   for (std::size_t k = 0; k < order.size(); ++k) {
     for (std::size_t j = 0; j < k; ++j) {
-      EXPECT_FALSE(order[j] > order[k] && clash(table, order[j], order[k]));
+      EXPECT_FALSE(order[j] > order[k] &&
+                   support::anticommute(text(table[at(order[j])]), text(table[at(order[k])])));
     }
   }
 }
@@ -91,7 +83,8 @@ TEST(PauliNetworks, ServeEveryRowOnce) {
         layer_of[at(r)] = static_cast<int>(k);
         int least = 0;
         for (int s = 0; s < r; ++s) {
-          if (clash(table, r, s)) least = std::max(least, layer_of[at(s)] + 1);
+          if (support::anticommute(text(table[at(r)]), text(table[at(s)])))
+            least = std::max(least, layer_of[at(s)] + 1);
         }
         EXPECT_EQ(least, static_cast<int>(k));
       }

@@ -20,12 +20,6 @@ using namespace support;
 using namespace zelt::braidwerk::internal;
 using structures::Table;
 
-Effort steps(std::uint64_t count) {
-  Effort effort;
-  effort.steps = count;
-  return effort;
-}
-
 int cnots(const ParitySearchResult& result) {
   return static_cast<int>(std::ranges::count_if(result.steps, &PhaseStep::is_cnot));
 }

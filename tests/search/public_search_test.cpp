@@ -34,21 +34,10 @@ bool implements(const std::vector<Gate>& circuit, const std::vector<int>& wires,
   return true;
 }
 
-std::vector<Gate> random_clifford(int n, int gates, std::mt19937& rng) {
-  std::vector<Gate> circuit;
-  for (int k = 0; k < gates; ++k) {
-    const int a = static_cast<int>(rng() % static_cast<unsigned>(n));
-    const int b = static_cast<int>(rng() % static_cast<unsigned>(n));
-    circuit.push_back(a != b ? Gate::CNOT(a, b) : rng() % 2 == 0 ? Gate::H(a) : Gate::S(a));
-  }
-  return circuit;
-}
-
 TEST(PublicSearch, CliffordOperatorsAndStates) {
   std::mt19937 rng(1);
   for (const int n : {0, 1, 2, 5, 7}) {
-    const auto wanted =
-        support::tableau_of(n == 0 ? std::vector<Gate>{} : random_clifford(n, 12 * n, rng), n);
+    const auto wanted = support::tableau_of(support::random_clifford(n, 12 * n, rng), n);
     const auto device = support::line(n);
     std::vector<int> wires;
     for (const bool in_place : {false, true}) {
