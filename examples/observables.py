@@ -1,9 +1,8 @@
-"""Measures the energy of a small ansatz with and without the Clifford gates behind its rotations.
+"""Measures the energy of a small ansatz with and without the Clifford gates after its rotations.
 
-The circuit of an ansatz ends in Clifford gates that undo what the synthesis did on the way. They
-cost gates and change no outcome that the observables cannot take over: returned instead of closed,
-they go into the Hamiltonian, or into the basis change in front of the measurement. Prints the
-expectation values of all ways, which are equal.
+The circuit of an ansatz ends with Clifford gates that undo the basis changes of the synthesis. With
+tail="return" they are left out, and the Hamiltonian, or the basis change before the measurement,
+accounts for them instead. Prints the expectation values of all three ways, which are equal.
 """
 
 import numpy as np
@@ -11,7 +10,7 @@ import numpy as np
 import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
 
-# H2 in a minimal basis at its bond length, as far as the ansatz turns it.
+# H2 in a minimal basis at its bond length: the terms that the ansatz changes.
 HAMILTONIAN = {
     "ZIII": 0.171, "IZII": 0.171, "IIZI": -0.223, "IIIZ": -0.223, "ZZII": 0.169, "IIZZ": 0.174,
     "ZIZI": 0.121, "IZIZ": 0.121, "ZIIZ": 0.166, "IZZI": 0.166,
@@ -34,7 +33,7 @@ def main() -> None:
     absorbed = left_open.absorb(HAMILTONIAN)
     print(f"  energy, absorbed            {energy(filled + left_open.circuit, absorbed):.9f}")
 
-    # In groups that commute, each by one basis change: signs and qubits tell what to make of bits.
+    # One basis change per group of commuting strings; the readout turns bits into values.
     total = 0.0
     bits = np.array([[k >> (3 - q) & 1 for q in range(4)] for k in range(16)])
     for group in zb.pauli.partition(HAMILTONIAN):

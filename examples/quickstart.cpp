@@ -7,7 +7,7 @@ int main() {
   const BoolMatrix wanted = {{1, 0, 1, 0}, {1, 1, 0, 0}, {0, 1, 1, 1}, {1, 1, 1, 1}};
 
   structures::CnotCircuit circuit = synthesis::optimized_PMH_Algorithm(4, wanted);
-  circuit.reverse();  // eliminations build the inverse; backward, the same gates build the map
+  circuit.reverse();  // an elimination builds the inverse; reversed, it builds the map itself
 
   std::cout << circuit.gates.size() << " CNOTs, depth " << circuit.depth() << '\n';
   for (const auto& [control, target] : circuit.gates) {

@@ -1,6 +1,6 @@
-// How to give the search engine a problem of one's own: SWAP gates on the edges of a grid that
-// bring every qubit to its place. It is built within the library's tree, as the engine's headers
-// are not installed.
+// How to give the search engine a new problem: SWAP gates on the edges of a grid that
+// bring every qubit to its place. It is built within the source tree of the library, as the headers
+// of the engine are not installed.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>

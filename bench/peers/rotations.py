@@ -105,7 +105,7 @@ def ours(order: str = "free", **options: object):
 
 
 def is_right(circuit: zb.Circuit, rotations: Rotations) -> bool:
-    """Each rotation once, in whatever order, and a permutation of the wires at most behind them."""
+    """Each rotation once, in whatever order, and a permutation of the wires at most after them."""
     left = dict(rotations)
     pulled = PulledBack(circuit.n)
     for gate in circuit:
@@ -133,8 +133,8 @@ PEERS = (
     ("recursive", ours(method="recursive", permutation="free")),
     ("greedy", ours(method="greedy", permutation="free")),
     ("greedy, in order", ours(method="greedy", order="commuting", permutation="free")),
-    ("greedy-depth", ours(method="greedy-depth", permutation="free")),
-    ("sets-closed", ours(method="sets-closed")),
+    ("greedy_depth", ours(method="greedy_depth", permutation="free")),
+    ("sets_closed", ours(method="sets_closed")),
     ("auto", ours(permutation="free")),
     ("search, 15 s", ours(method="search", permutation="free", budget=15)),
 )

@@ -52,7 +52,7 @@ def inputs(quick: bool, folder: Path | None) -> Iterator[tuple[str, zb.Circuit]]
     yield "random, 16 qubits", random_circuit(16, 600, 2)
     for file in sorted(folder.glob("*.qasm")) if folder else ():
         circuit = zb.Circuit.of(file)
-        if circuit.count <= MOST_GATES:
+        if circuit.gate_count <= MOST_GATES:
             yield file.stem, circuit
 
 
@@ -127,11 +127,11 @@ PEERS = (
     ("Qiskit, level 3", qiskit_default),
     ("pytket, default", pytket_default),
     ("handed back", ours(tail="return")),
-    ("one step ahead", ours(depth=1, tail="return")),
-    ("two steps ahead", ours(depth=2, tail="return")),
+    ("one step ahead", ours(lookahead=1, tail="return")),
+    ("two steps ahead", ours(lookahead=2, tail="return")),
     ("for depth", ours(objective="depth", tail="return")),
     ("closed", ours()),
-    ("two, closed", ours(depth=2)),
+    ("two, closed", ours(lookahead=2)),
 )
 
 

@@ -164,7 +164,7 @@ def devices(quick: bool) -> None:
 
 
 def phases(quick: bool) -> None:
-    """Random phase polynomials on any two qubits, with what they leave behind undone."""
+    """Random phase polynomials on any two qubits, with what they leave undone."""
     for title, options in (
         ("gray, 1 run", {"method": "gray", "restarts": 1}),
         ("auto, 1 run", {"restarts": 1}),

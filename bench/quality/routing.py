@@ -42,7 +42,7 @@ def routings() -> Iterator[Row]:
         for depth, objective in itertools.product((0, 1), ("count", "depth")):
             for tail in ("return", "close"):
                 result = zb.routing.route(
-                    circuit, device, depth=depth, objective=objective, tail=tail
+                    circuit, device, lookahead=depth, objective=objective, tail=tail
                 )
                 method = f"{objective} ahead {depth} {tail}"
                 yield _row(f"{name}_{on}", method, result, result.count)

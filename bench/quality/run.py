@@ -86,7 +86,7 @@ PHASES: tuple[tuple[int, int, str | None], ...] = (
 
 
 def phases() -> Iterator[tuple[Key, Cost]]:
-    """Phase polynomials, with what they leave behind undone."""
+    """Phase polynomials, with what they leave undone."""
     for (n, terms, on), k in itertools.product(PHASES, range(2)):
         poly = dict.fromkeys(gallery.random_parities(n, terms, k + 1)[k], 0.1)
         device = None if on is None else DEVICES[on]

@@ -15,7 +15,7 @@ namespace {
 
 using Words = std::vector<std::uint64_t>;
 
-/// Rows of 64-bit words, one behind the other; `stride` words a row.
+/// Rows of 64-bit words, one row after the other; `stride` words per row.
 struct Plain {
   std::size_t n, stride;
   Words words;

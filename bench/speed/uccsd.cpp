@@ -8,7 +8,7 @@
 #include "zeltbraidwerk/pauli/greedy_pauli_synth.h"
 #include "zeltbraidwerk/pauli/pauli_synth.h"
 
-// The UCCSD ansatz by qubits and electrons, and the Clifford operator that stays behind it.
+// The UCCSD ansatz by qubits and electrons, and the Clifford operator that is left after it.
 
 namespace {
 

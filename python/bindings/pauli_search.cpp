@@ -61,12 +61,12 @@ constexpr std::pair<std::string_view, Method> methods[] = {
     {"recursive", recursively},
     {"greedy",
      [](Rotations r, Graph*, const Draw&) { return internal::synthesise_greedily(std::move(r)); }},
-    {"greedy-depth", [](Rotations r, Graph*,
+    {"greedy_depth", [](Rotations r, Graph*,
                         const Draw&) { return internal::synthesise_in_matchings(std::move(r)); }},
     {"sets", in_sets<0>},
-    {"sets-graph", in_sets<1>},
-    {"sets-decoding", in_sets<2>},
-    {"sets-closed",
+    {"sets_graph", in_sets<1>},
+    {"sets_decoding", in_sets<2>},
+    {"sets_closed",
      [](Rotations r, Graph*, const Draw& draw) { return internal::synthesise_sets(r, 0, draw); }},
 };
 

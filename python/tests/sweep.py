@@ -111,9 +111,9 @@ def phase(draw, n):
     ground = draw.ground(n)
     options = draw.options(
         ground, draw.method(zb.phase, n, ground), n=[n], permutation=["exact", "free"],
-        leftover=["close", "close", "return"],
+        tail=["close", "close", "return"],
     )  # fmt: skip
-    if options["leftover"] == "return":
+    if options["tail"] == "return":
         options["permutation"] = "exact"
 
     def check(result):
@@ -130,8 +130,8 @@ def phase(draw, n):
         wanted = [(spread(parity, inputs), value(zb.Parameter(angle))) for parity, angle in terms]
         assert_terms(found, wanted)
         rows = [1 << k for k in range(n)]
-        if options["leftover"] == "return":
-            rows = [sum(1 << int(c) for c in np.flatnonzero(row)) for row in result.leftover]
+        if options["tail"] == "return":
+            rows = [sum(1 << int(c) for c in np.flatnonzero(row)) for row in result.tail]
         assert_map(wires, rows, inputs, outputs)
 
     return Case(zb.phase.synthesize, given, options, check)
@@ -154,7 +154,7 @@ def pauli(draw, n):
         inputs, outputs = assert_report(result, n, ground, options["permutation"] == "free")
         operator, found = unfolded(result.circuit)
         wanted = signed((text, value(zb.Parameter(angle))) for text, angle in given)
-        found.append(("_" * result.n, value(result.global_angle)))
+        found.append(("_" * result.n, value(result.identity_angle)))
         assert_rotations(found, wanted, inputs, options["order"] == "commuting")
         if options["tail"] == "return":
             assert operator == tableau(*result.clifford.images())
@@ -223,8 +223,8 @@ def graph_state(draw, n):
 def routing(draw, n):
     n = max(n, 1)
     ground = draw.ground(n, 1)
-    options = draw.options(ground, depth=[0, 0, 1], tail=["close", "close", "return"])
-    kept = {name: options[name] for name in ("objective", "depth", "tail", "device")}
+    options = draw.options(ground, lookahead=[0, 0, 1], tail=["close", "close", "return"])
+    kept = {name: options[name] for name in ("objective", "lookahead", "tail", "device")}
     # Where unitaries are small, rotations may add up to Clifford gates.
     dense = ground[0] <= 5 and kept["tail"] == "close"
     source = Circuit(n, [draw.gate(n, dense) for _ in range(draw.choice((3, 2 * n, 60)))])

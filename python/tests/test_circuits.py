@@ -82,8 +82,8 @@ def test_general_circuits(circuit):
     assert Circuit.from_qasm(circuit.to_qasm()) == circuit
     assert pickle.loads(pickle.dumps(circuit)) == circuit
     assert circuit.inverse().inverse() == circuit
-    assert circuit.two_qubit_depth <= circuit.depth <= circuit.count
-    assert str(circuit).count("\n") == max(circuit.count - 1, 0)
+    assert circuit.two_qubit_depth <= circuit.depth <= circuit.gate_count
+    assert str(circuit).count("\n") == max(circuit.gate_count - 1, 0)
 
 
 @given(circuit=circuits(), width=st.integers(1, 60))
@@ -135,7 +135,7 @@ def test_qasm_of_others():
     ]  # fmt: skip
     assert Circuit.from_qasm(text) == Circuit(3, expected, [("c", 2)])
     toffoli = Circuit.from_qasm("qreg q[3]; ccx q[0],q[1],q[2];")
-    assert (toffoli.count, toffoli.two_qubit_count) == (15, 6)
+    assert (toffoli.gate_count, toffoli.two_qubit_count) == (15, 6)
 
 
 def same_operator(a, b):
@@ -165,7 +165,7 @@ def test_there_and_back_through_pytket(circuit):
     there = circuit.to_pytket()
     back = Circuit.from_pytket(there)
     assert same_operator(back, circuit)
-    assert back.count == circuit.count
+    assert back.gate_count == circuit.gate_count
 
 
 @given(circuit=circuits())

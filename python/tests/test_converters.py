@@ -206,7 +206,7 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
         (with_else, "instruction 1: got if with else"),
         (in_a_loop, "instruction 1: got while_loop, wanted if_test"),
         (by_an_expression, "instruction 1: got if, wanted if_test of one register or bit"),
-        (into_its_condition, "instruction 1: got if around a measurement into a bit"),
+        (into_its_condition, "instruction 1: got a measurement, under a condition, into a bit"),
         (unknown, "instruction 1: got foo, which Qiskit cannot take apart"),
     ):
         circuit = qiskit.QuantumCircuit(1, 1)
@@ -416,7 +416,7 @@ def test_conditions_for_stim(stim):
     ("text", "complaint"),
     [
         ("H 0\nX_ERROR(0.1) 0", "instruction 1: got X_ERROR, wanted gates"),
-        ("M(0.1) 0", r"instruction 0: got M\(0.1\), wanted no noise"),
+        ("M(0.1) 0", r"instruction 0: got M\(0.1\), wanted gates without noise"),
         ("M 0\nDETECTOR rec[-1]", "instruction 1: got DETECTOR"),
         ("M 0\nOBSERVABLE_INCLUDE(0) rec[-1]", "instruction 1: got OBSERVABLE_INCLUDE"),
         ("MPAD 0", "instruction 0: got MPAD"),

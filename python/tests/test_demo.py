@@ -35,7 +35,7 @@ def given(tmp_path, monkeypatch, capsys):
         (b"10\n0x\n", "line 2: 'x' is neither 0 nor 1"),
         (b"12\n01\n", "line 1: '2' is neither 0 nor 1"),
         (b"110\n011\n101\n", "singular, of rank 2 instead of 3"),
-        (b"\xff\xfe\n", "is no text of 0 and 1"),
+        (b"\xff\xfe\n", "is not a text of 0 and 1"),
         (None, "cannot read"),
     ],
 )

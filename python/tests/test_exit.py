@@ -32,7 +32,7 @@ kept = [
     clifford.synthesize(gallery.random_clifford(6, 1)[0], **options),
     clifford.synthesize_state(["XZI", "ZXZ", "-IZX"], **options),
     pauli.synthesize(rotations, **options),
-    routing.route(circuit, device, depth=1),
+    routing.route(circuit, device, lookahead=1),
     routing.route_ions(circuit),
 ]
 assert told and all(result.verify() for result in kept)

@@ -63,10 +63,10 @@ def test_operations_are_kept(circuit):
     lines = circuit.draw(400).split("\n")
     assert len(set(map(len, lines[::2]))) == 1
     ET.fromstring(circuit._repr_svg_())
-    assert circuit.count == sum(
+    assert circuit.gate_count == sum(
         isinstance(getattr(item, "operation", item), Gate) for item in circuit
     )
-    assert circuit.two_qubit_depth <= circuit.depth <= circuit.count
+    assert circuit.two_qubit_depth <= circuit.depth <= circuit.gate_count
 
 
 def per_wire(circuit):
@@ -118,7 +118,7 @@ def test_counts_and_layers():
         Gate.h(2),
     ]  # fmt: skip
     circuit = Circuit(3, items)
-    assert (circuit.count, circuit.two_qubit_count, len(circuit)) == (4, 1, 7)
+    assert (circuit.gate_count, circuit.two_qubit_count, len(circuit)) == (4, 1, 7)
     assert (circuit.depth, circuit.two_qubit_depth) == (3, 1)
     assert repr(circuit) == ("Circuit(3 qubits, 4 gates, 1 two-qubit, depth 3, 3 other operations)")
     # A gate waits for the measurement that it asks for, though on another qubit.

@@ -237,7 +237,7 @@ def test_operators_of_qiskit():
     terms = pauli.synthesize(operator, order="free", method="ladder").rotations
     assert terms == (("IXX", 0.6), ("YYI", -0.4), ("ZIZ", 1.4))
     gate = library.PauliEvolutionGate(operator, synthesis=synthesis.MatrixExponential())
-    with pytest.raises(errors.OptionError, match="MatrixExponential, which is no product"):
+    with pytest.raises(errors.OptionError, match="MatrixExponential, which is not a product"):
         pauli.synthesize(gate)
     steps = library.PauliEvolutionGate(operator, synthesis=synthesis.LieTrotter(3))
     with pytest.raises(errors.OptionError, match="again after"):
@@ -251,7 +251,7 @@ def test_operators_of_qiskit():
     assert pauli.synthesize(nothing).circuit == zb.Circuit(3)
     with pytest.raises(errors.AngleError, match="real number"):
         pauli.synthesize(operator * 1j, order="free")
-    assert pauli.codiagonalize([info.Pauli("-XXI"), info.Pauli("ZZI")]).strings == ["-IXX", "+IZZ"]
+    assert pauli.codiagonalize([info.Pauli("-XXI"), info.Pauli("ZZI")]).strings == ("-IXX", "+IZZ")
     long = pauli.partition([info.Pauli("X" + 69 * "I")])
     assert long == [[69 * "I" + "X"]]
 
@@ -286,7 +286,7 @@ def test_edges():
     assert pauli.synthesize({}).circuit == zb.Circuit(0)
     assert pauli.synthesize({}, n=3, tail="return").clifford == zb.CliffordTableau(3)
     result = pauli.synthesize({"II": 0.5, "-II": "a", "ZI": 1.0}, method="greedy")
-    assert result.global_angle == Parameter(0.5) + -Parameter("a")
+    assert result.identity_angle == Parameter(0.5) + -Parameter("a")
     assert result.rotations == (("ZI", Parameter(1.0)),)
     assert pauli.partition([]) == []
     assert pauli.codiagonalize([]).verify()
@@ -350,7 +350,7 @@ def test_core_functions_agree_with_the_package():
     recursive = pauli.synthesize(names, order="free", method="recursive", tail="return")
     assert zb.Circuit.from_core(4, circuit) == recursive.circuit
     closed = zb.Circuit.from_core(4, core.commute_pauli_synth(keyed, 0))
-    assert closed == pauli.synthesize(names, order="free", method="sets-closed").circuit
+    assert closed == pauli.synthesize(names, order="free", method="sets_closed").circuit
 
 
 def test_steps_of_the_core():

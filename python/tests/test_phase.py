@@ -34,9 +34,9 @@ def test_plain_methods_are_those_of_the_library():
         graph.add_edge(*edge)
     own = {None: core.gray_synth(poly), device: core.gray_synth_on_graph(poly, graph)}
     for on, (gates, table) in own.items():
-        result = phase.synthesize(ordered, method="gray", device=on, leftover="return", restarts=1)
+        result = phase.synthesize(ordered, method="gray", device=on, tail="return", restarts=1)
         assert result.circuit == Circuit.from_core(6, gates)
-        assert np.array_equal(result.leftover, table.to_bool_bool())
+        assert np.array_equal(result.tail, table.to_bool_bool())
 
 
 def test_every_form_of_a_polynomial_reads_alike():
@@ -78,7 +78,7 @@ def test_wrong_results_do_not_verify():
         "a phase is there twice": {"circuit": Circuit(3, (*gates[: a + 1], *gates[a:]))},
         "a phase has another's angle": {"circuit": Circuit(3, swapped)},
         "a CNOT is missing": {"circuit": Circuit(3, gates[:-1])},
-        "a map is left": {"leftover": replay(3, [(0, 1)])},
+        "a map is left": {"tail": replay(3, [(0, 1)])},
         "not on the device": {"device": Device(3, [(0, 2)])},
         "another wire": {"permutation": (1, 0, 2)},
     }
@@ -100,7 +100,7 @@ def test_searches():
         assert counts[2] < counts[1] < counts[0] < gray.count
         assert phase.synthesize(poly, steps=3000, **options).count <= counts[1]
         free = phase.synthesize(poly, steps=30000, permutation="free", **options)
-        kept = phase.synthesize(poly, steps=30000, leftover="return", **options)
+        kept = phase.synthesize(poly, steps=30000, tail="return", **options)
         assert kept.count < free.count < counts[2] + 1
     shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", steps=30000)
     assert shallow.depth < phase.synthesize(poly, n=10, seed=4, steps=30000).depth
@@ -113,7 +113,7 @@ def test_plain_methods_search_for_another_closing():
         options = {"device": device, "n": 10, "seed": 4, "method": "gray"}
         counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
         assert counts[2] <= counts[1] + 1 <= counts[0] + 1
-        kept = phase.synthesize(poly, restarts=5, leftover="return", **options)
+        kept = phase.synthesize(poly, restarts=5, tail="return", **options)
         assert kept.count < counts[1]
         assert phase.synthesize(poly, budget=1e-9, **options).verify()
 

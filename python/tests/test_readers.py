@@ -307,6 +307,6 @@ def test_files(tmp_path):
 
 def test_without_qiskit_our_own_reader_does(monkeypatch):
     monkeypatch.setitem(sys.modules, "qiskit", None)
-    assert Circuit.from_qasm(FILES["ghz"]).count == 3
+    assert Circuit.from_qasm(FILES["ghz"]).gate_count == 3
     with pytest.raises(errors.MissingPackageError, match="pip install qiskit"):
         Circuit.from_qasm(FILES["ghz"], reader="qiskit")

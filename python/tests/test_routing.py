@@ -48,11 +48,11 @@ def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
             matrix = rotation_matrix(letters, float(angle)) @ matrix
         assert same_up_to_phase(tail_matrix(form.tail) @ matrix, wanted)
         assert form.verify()
-    options = {"depth": depth, "objective": objective}
+    options = {"lookahead": depth, "objective": objective}
     for result in (
         routing.route(source, device, tail="return", **options),
-        routing.route_ions(source, depth=depth),
-        routing.route_ions(source, shelving=(0.01, 0.002), depth=depth),
+        routing.route_ions(source, lookahead=depth),
+        routing.route_ions(source, shelving=(0.01, 0.002), lookahead=depth),
     ):
         assert result.verify()
         assert same_up_to_phase(tail_matrix(result.tail) @ unitary(result.circuit), wanted)
@@ -155,7 +155,7 @@ def test_standard_output_stays_quiet_and_the_core_agrees(capfd):
         graph.add_edge(a, b)
     start = core.OperatorTableau(4)
     for name, objective in (("clifford_nnize", "count"), ("clifford_nnize_depth", "depth")):
-        result = routing.route(source, device, objective=objective, depth=1, tail="return")
+        result = routing.route(source, device, objective=objective, lookahead=1, tail="return")
         gates, frame = getattr(core, name)(source.to_core(), graph, 1, True, True, start, 0)
         assert Circuit.from_core(4, gates) == result.circuit
         assert CliffordTableau.from_core(frame).inverse() == result.tail
@@ -208,7 +208,7 @@ LONG = "qreg q[9];" + 40 * LAYER
 def test_ctrl_c_ends_a_run(ctrl_c):
     start = time.perf_counter()
     with pytest.raises(errors.Interrupted):
-        routing.route(LONG, Device.grid(3, 3), depth=9, budget=60)
+        routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=60)
     assert time.perf_counter() - start < 10
 
 

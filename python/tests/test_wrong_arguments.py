@@ -171,6 +171,7 @@ ARGUMENTS = {
     "gallery.random_paulis": [{"n": 2, "terms": 1}],
     "gallery.rank": [{"rows": [1, 2]}],
     "gallery.uccsd": [{"qubits": 4, "electrons": 2}],
+    "graph_state.methods": [{}],
     "graph_state.synthesize": [
         {"graph": [[0, 1], [1, 0]]} | QUICK,
         {"graph": [[0, 1], [1, 0]], "method": "decoding", "restarts": 1},
@@ -190,9 +191,18 @@ ARGUMENTS = {
     "phase.polynomial_of": [{"circuit": CNOTS.to_circuit()}],
     "phase.synthesize": [{"polynomial": {"11": 0.5}} | QUICK],
     "plot.best_over_time": [],
+    "routing.methods": [{}],
     "routing.normalize": [{"circuit": BELL}],
     "routing.route": [{"circuit": BELL, "device": Device.line(2)}],
     "routing.route_ions": [{"circuit": BELL}],
+} | {
+    f"{result}.{picture}": [{}]
+    for result in (
+        *(name for name in INSTANCES if "Synthesis" in name),
+        "CoDiagonalization",
+        "Routing",
+    )
+    for picture in ("draw", "plot")
 }
 
 

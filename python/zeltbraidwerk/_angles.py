@@ -1,4 +1,4 @@
-"""Arithmetic in angles as OpenQASM writes it, without recursion, so that no text is too deep."""
+"""The arithmetic of angles in OpenQASM, without recursion, so that nesting may be of any depth."""
 
 from __future__ import annotations
 
@@ -30,12 +30,12 @@ _FUNCTIONS: dict[str, Callable[..., Any]] = {
     name: getattr(math, name) for name in ("sin", "cos", "tan", "exp", "sqrt")
 } | {"ln": math.log}
 _OPEN = (0, operator.pos)
-_NO_NUMBER = "got an angle that is no finite number"
+_NO_NUMBER = "got an angle that is not a finite number"
 
 
 def read(text: str, names: tuple[str, ...] = ()) -> Expression:
-    """The expression in postfix order; ``names`` are what it may hold beside pi. Raises a
-    ValueError without a text where it is none."""
+    """The expression in postfix order; ``names`` are the symbols that it may hold besides pi.
+    Raises a ValueError without a text where it is not an expression."""
     steps: list[Step] = []
     waiting: list[tuple[int, Callable[..., Any], int]] = []  # precedence, function, operands
     place, wants_value = 0, True
@@ -75,7 +75,7 @@ def read(text: str, names: tuple[str, ...] = ()) -> Expression:
         raise ValueError
     while waiting:
         if not waiting[-1][0]:
-            raise ValueError  # a parenthesis that nothing closes
+            raise ValueError  # a parenthesis that is not closed
         steps.append(waiting.pop()[1:])
     return tuple(steps)
 
@@ -102,8 +102,8 @@ def _value(match: re.Match[str], names: tuple[str, ...]) -> Step:
 
 
 def evaluate(expression: Expression, values: Mapping[str, Angle]) -> Angle:
-    """The value, in numbers or, where a name stands for a symbol, by what :class:`Parameter` can:
-    sums and signs. Raises an AngleError."""
+    """The value: a number, or a :class:`Parameter` where there are symbols, which allows sums and
+    signs alone. Raises an AngleError."""
     stack: list[Any] = []
     for step in expression:
         if isinstance(step, float):

@@ -1,18 +1,13 @@
-"""The operations of a circuit as boxes of a picture."""
+"""The boxes that show the operations of a circuit in a picture."""
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
-
 from zeltbraidwerk import _draw
 from zeltbraidwerk.gates import ROTATIONS, Gate
-from zeltbraidwerk.instructions import Conditional, Measure, Operation, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Conditional, Measure, Operation, Reset, WholeCircuit
 
 
-def boxes(circuit: Circuit) -> list[_draw.Box]:
+def boxes(circuit: WholeCircuit) -> list[_draw.Box]:
     names = [f"{r.name}[{k}]" for r in circuit.classical for k in range(r.size)]
     whole: dict[tuple[int, ...], str] = {}
     first = 0

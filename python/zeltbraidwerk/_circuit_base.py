@@ -1,9 +1,11 @@
-"""What all circuits share: pictures, and the ways to other formats and back."""
+"""What all circuits share: counts, pictures, and conversion to and from other formats."""
 
 from __future__ import annotations
 
 from abc import abstractmethod
+from collections import Counter
 from collections.abc import Iterable
+from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
 from zeltbraidwerk import (
@@ -17,17 +19,16 @@ from zeltbraidwerk import (
 )
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
     import pytket.circuit
     import qiskit
     import stim
 
-    from zeltbraidwerk.circuits import Circuit
-
 
 class CircuitBase:
-    """What all circuits share: pictures, and the ways out and in."""
+    """What all circuits share: counts, pictures, and conversion to and from other formats."""
 
     _n: int
 
@@ -40,14 +41,40 @@ class CircuitBase:
     def _operations(self) -> Iterable[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         """The gates as plain tuples, those under a condition as well."""
 
+    @cached_property
+    def _sizes(self) -> Counter[int]:
+        """How many gates there are by their number of qubits."""
+        return Counter(len(qubits) for _, qubits, _ in self._operations())
+
+    @property
+    def gate_count(self) -> int:
+        """Number of gates, classically controlled ones included."""
+        return self._sizes.total()
+
+    @property
+    def one_qubit_count(self) -> int:
+        """Number of gates on one qubit."""
+        return self._sizes[1]
+
+    @property
+    def two_qubit_count(self) -> int:
+        """Number of two-qubit gates; an XX gate on k qubits counts as its k (k - 1) / 2 pairs."""
+        return sum(size * (size - 1) // 2 * gates for size, gates in self._sizes.items())
+
+    @property
+    def entangling_count(self) -> int:
+        """Number of gates on two or more qubits, an XX gate on k qubits counted once."""
+        return self.gate_count - self.one_qubit_count
+
     @abstractmethod
-    def _whole(self) -> Circuit:
+    def _whole(self) -> WholeCircuit:
         """As a general circuit, for writers and pictures."""
 
     @classmethod
     @abstractmethod
     def _of_read(cls, read: Read) -> Self:
-        """Of what a reader has read; raises where an operation does not fit the kind of circuit."""
+        """From the output of a reader; raises where an operation does not fit the kind of
+        circuit."""
 
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
@@ -63,21 +90,22 @@ class CircuitBase:
 
     @classmethod
     def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
-        """Reads OpenQASM 2, whole: several registers, numbered through in their order, the gates of
-        ``qelib1.inc`` as it is commonly shipped, gate definitions, measurements, resets, barriers
+        """Reads all of OpenQASM 2: several registers, numbered in their order, the gates of the
+        common ``qelib1.inc``, gate definitions, measurements, resets, barriers
         and ``if``.
 
-        Gates are taken apart into those of :class:`Gate`, up to a global phase; definitions in the
+        Gates are decomposed into those of :class:`Gate`, up to a global phase; definitions in the
         text win over the header's, whose gates are known without ``include`` as well. An ``if``
-        that can never hold is left out. Block comments are read too. Limits: 1,000,000 qubits and
-        bits each, definitions nested 100 deep, 4,000,000 operations after expansion, where an
-        operation counts once for each bit of its condition and a barrier once for each qubit.
+        whose condition can never hold is left out. Block comments are read too. Limits: 1,000,000
+        qubits and bits each, definitions nested 100 deep, 4,000,000 operations after expansion,
+        where an operation counts once for each bit of its condition and a barrier once for each
+        qubit.
 
         ``include`` of any other file and other versions are refused. A
         :class:`~zeltbraidwerk.errors.QasmError` tells the line.
 
-        ``reader`` is "own", "qiskit", or "auto": Qiskit's where it is installed, and ours where
-        that is not or refuses the text. What both read is the same.
+        ``reader`` is "own" for the reader of this package, "qiskit", or "auto": Qiskit's where it
+        is installed and accepts the text, else the own one. Both read the same circuit.
         """
         return cls._of_read(_interop_qasm.read(text, reader))
 
@@ -87,13 +115,13 @@ class CircuitBase:
 
     @classmethod
     def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
-        """Reads any circuit that Qiskit can take apart: by its definitions and, where a gate has
-        none, by its transpiler at level 0.
+        """Reads any circuit that Qiskit can decompose: by the definitions of its gates and, where a
+        gate has none, by the transpiler at level 0.
 
         Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
         are kept, and so are classical registers; delays are left out. Other control flow, and gates
-        that nothing takes apart, are refused with the index of the instruction; so are angles with
-        symbols that are no Parameter alone.
+        that cannot be decomposed, are refused with the index of the instruction; so are symbolic
+        angles other than a single Parameter.
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 
@@ -103,7 +131,7 @@ class CircuitBase:
 
     @classmethod
     def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
-        """Reads any circuit that pytket can take apart, qubits in the order of
+        """Reads any circuit that pytket can decompose, with qubits in the order of
         ``circuit.qubits``.
 
         Boxes are decomposed and gates rebased on a copy; a permutation of wires becomes gates.
@@ -125,8 +153,8 @@ class CircuitBase:
         """Reads a circuit of Stim: all unitary gates, measurements and resets in any basis,
         measurements of Pauli products, and Pauli gates controlled by records.
 
-        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS carry no
-        operation and are passed over. Noise, detectors and observables are refused with the index
-        of the instruction. Limit: 4,000,000 operations once REPEAT is written out.
+        Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS are
+        not operations and are left out. Noise, detectors and observables are refused with the index
+        of the instruction. Limit: 4,000,000 operations after expansion of REPEAT.
         """
         return cls._of_read(_interop_stim.read(circuit))

@@ -1,4 +1,4 @@
-"""Graphs of other packages, and what has one, as a number of qubits and pairs of them."""
+"""Graphs of other packages, and objects that have one, as a number of qubits and pairs of them."""
 
 from __future__ import annotations
 
@@ -14,7 +14,7 @@ Couplings = tuple[int, list[tuple[int, int]]]  # number of qubits, and pairs of 
 
 
 def is_graph(value: Any) -> bool:
-    """Whether :func:`graph` reads it, or says what is wrong with it."""
+    """Whether :func:`graph` reads it, or tells what is wrong with it."""
     return (_validate.comes_from(value, "networkx") and hasattr(value, "is_multigraph")) or (
         _validate.comes_from(value, "rustworkx") and hasattr(value, "node_indices")
     )
@@ -36,8 +36,8 @@ def graph(value: Any, name: str) -> Graph:
     if directed or parallel:
         kind = "directed graph" if directed else "graph with parallel edges"
         raise errors.GraphError(
-            f"{name}: got a {kind}, wanted an undirected one with one edge at most between two "
-            f"nodes; {mended} makes it of g"
+            f"{name}: got a {kind}, wanted an undirected one with at most one edge between two "
+            f"nodes, such as {mended}"
         )
     return list(nodes), [(a, b) for a, b in edges]
 
@@ -55,8 +55,8 @@ def _integers(nodes: Iterable[Any]) -> bool:
 
 
 def of_graph(value: Any, name: str) -> Couplings:
-    """Integers of which 0 is the least are the qubits of those numbers, and what lies between has
-    no edge; so are the indices of rustworkx. Others are numbered."""
+    """Integer nodes from 0 on, and indices of rustworkx, are the numbers of the qubits; missing
+    numbers are qubits without an edge. Other nodes are numbered."""
     nodes, edges = graph(value, name)
     kept = _validate.comes_from(value, "rustworkx") or (
         _integers(nodes) and min(nodes, default=0) == 0
@@ -96,7 +96,7 @@ def of_pytket(value: Any, name: str) -> Couplings:
 
 
 def of_edges(value: Any, name: str) -> Couplings:
-    """Of pairs: as many qubits as the greatest number in them tells, and one more."""
+    """Of pairs, with the qubits 0 to the greatest number in them."""
     pairs = _validate.pairs(list(value) if isinstance(value, (set, frozenset)) else value, name)
     least = int(pairs.min(initial=2**31 - 1))
     if len(pairs) and least > 0:

@@ -10,7 +10,7 @@ from typing import NamedTuple
 from zeltbraidwerk import _angles, errors
 from zeltbraidwerk.gates import Parameter
 
-# A gate in our vocabulary, or a barrier: name, qubits, angles.
+# A gate of this package, or a barrier: name, qubits, angles.
 Plain = tuple[str, tuple[int, ...], tuple[Parameter, ...]]
 
 MOST_NESTED = 100
@@ -22,7 +22,7 @@ APPLICATION = re.compile(r"([A-Za-z_]\w*)\s*(?:\((.*)\))?\s*([^()]*)", re.ASCII 
 
 @dataclass(frozen=True)
 class Primitive:
-    """A gate that is one of ours, by its number of qubits and of angles."""
+    """A gate of this package, with its numbers of qubits and angles."""
 
     own_name: str
     qubits: int = 1
@@ -53,7 +53,7 @@ class Definition:
     def __post_init__(self) -> None:
         inner = [part.gate for part in self.parts or () if part.gate]
         size = sum(gate.size for gate in inner) + len(self.parts or ()) - len(inner)
-        object.__setattr__(self, "size", max(size, 1))  # an empty one takes time as well
+        object.__setattr__(self, "size", max(size, 1))  # an empty one counts too
         object.__setattr__(self, "depth", 1 + max((gate.depth for gate in inner), default=0))
 
     @property
@@ -67,7 +67,7 @@ Known = Mapping[str, Primitive | Definition]
 def expanded(
     gate: Primitive | Definition, qubits: Sequence[int], angles: Sequence[_angles.Angle]
 ) -> list[Plain]:
-    """In our gates. Raises what :func:`_angles.evaluate` does."""
+    """The gates of this package for it. Raises what :func:`_angles.evaluate` does."""
     if isinstance(gate, Primitive):
         return [(gate.own_name, tuple(qubits), tuple(map(Parameter, gate.fixed or angles)))]
     values = dict(zip(gate.params, angles, strict=True))
@@ -93,7 +93,7 @@ def define(
     head: str, body: Sequence[tuple[int, str]] | None, known: Known
 ) -> tuple[str, Definition]:
     """The gate that ``gate HEAD { BODY }`` defines, its statements with their lines. Its gates are
-    among those known before it, so that no definition comes back to itself."""
+    known before it, so that no definition is recursive."""
     match = APPLICATION.fullmatch(head)
     if not match:
         raise errors.QasmError(f"cannot read the definition {short(head)!r}")
@@ -163,7 +163,7 @@ def expression(line: int, text: str, names: tuple[str, ...] = ()) -> _angles.Exp
 
 
 def split(text: str) -> list[str]:
-    """At commas; one at the end does not count."""
+    """At commas; one at the end is ignored."""
     parts = [part.strip() for part in text.split(",")]
     return parts if parts[-1] else parts[:-1]
 

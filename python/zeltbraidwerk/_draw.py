@@ -12,8 +12,8 @@ CONTROL, TARGET, BARRIER = "●", "⊕", "░"
 
 @dataclass(frozen=True)
 class Box:
-    """One gate of a picture: what stands on each of its wires. Boxes that share a classical bit
-    stand one after the other."""
+    """One gate of a picture, with a label for each of its wires. Boxes that share a classical bit
+    are drawn in different columns."""
 
     qubits: tuple[int, ...]
     labels: tuple[str, ...]
@@ -22,7 +22,7 @@ class Box:
 
 @dataclass
 class Column:
-    """Gates that stand one above the other."""
+    """Gates that are drawn one above the other."""
 
     labels: dict[int, str] = field(default_factory=dict)
     bonds: set[int] = field(default_factory=set)  # wire w is joined to wire w + 1
@@ -50,7 +50,7 @@ def columns(boxes: Iterable[Box]) -> list[Column]:
 def blocks(
     items: list[Column], room: float, width_of: Callable[[Column], float]
 ) -> list[list[Column]]:
-    """The columns cut where the room for a line ends; at least one block, one column a block."""
+    """The columns in blocks that fit into a line; at least one block, at least one column each."""
     found: list[list[Column]] = [[]]
     used = 0.0
     for column in items:
@@ -64,7 +64,7 @@ def blocks(
 
 
 def text(n: int, boxes: Iterable[Box], width: int) -> str:
-    """A line a wire, with the joints between them; long circuits go on below."""
+    """One line per wire, with the connections between them; long circuits continue below."""
     names = [f"q{wire}: " for wire in range(n)]
     margin = max(map(len, names), default=0)
     cut = blocks(columns(boxes), width - margin - 2, lambda column: column.width + 2)
@@ -97,7 +97,7 @@ _STYLE = (
 
 
 def svg(n: int, boxes: list[Box], room: int = 1000, most: int = 3000) -> str:
-    """A picture that stands alone, on white. Beyond `most` gates it ends with their number."""
+    """A complete SVG file, on white. After ``most`` gates it ends with the number of the others."""
     cut = blocks(columns(boxes[:most]), room - LEFT, _step)
     height = n * ROW
     right = LEFT + max(sum(map(_step, block)) for block in cut) + 12

@@ -16,7 +16,8 @@ _STYLE = (
 
 
 def svg(n: int, edges: Sequence[tuple[int, int]], used: Mapping[tuple[int, int], int]) -> str:
-    """``used`` counts gates by edge; the more, the wider. What is no edge is dashed red."""
+    """``used`` counts gates by edge; edges with more gates are wider. Pairs that are no edge are
+    dashed red."""
     places = _layout(n, edges) * STEP + MARGIN
     width, height = (places.max(axis=0) + MARGIN) if n else (2 * MARGIN, 2 * MARGIN)
     most = max(used.values(), default=1)
@@ -50,7 +51,7 @@ def _layout(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]
     centred = -0.5 * (far**2 - (far**2).mean(0) - (far**2).mean(1)[:, None] + (far**2).mean())
     values, vectors = np.linalg.eigh(centred)
     places = vectors[:, -2:][:, ::-1] * np.sqrt(np.maximum(values[-2:][::-1], 0))
-    # Qubits that the two axes do not tell apart are moved off each other.
+    # Qubits with equal coordinates are moved apart.
     angle = 2.4 * np.arange(n)
     places += 0.05 * np.stack((np.cos(angle), np.sin(angle)), axis=1)
     weight = 1 / np.maximum(far, 1) ** 2
@@ -64,7 +65,7 @@ def _layout(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]
 
 
 def _distances(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]:
-    """Hops; pieces stand a little further apart than the device is wide."""
+    """Numbers of edges; components are a little further apart than the device is wide."""
     step = np.eye(n, dtype=np.bool_)
     for a, b in edges:
         step[a, b] = step[b, a] = True

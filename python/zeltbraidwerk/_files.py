@@ -9,7 +9,7 @@ from zeltbraidwerk import errors
 
 
 def is_path(text: str) -> bool:
-    """No OpenQASM does without a semicolon."""
+    """Every OpenQASM program has a semicolon."""
     return bool(text.strip()) and ";" not in text and "\n" not in text
 
 

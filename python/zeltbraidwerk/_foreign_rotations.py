@@ -1,4 +1,4 @@
-"""Pauli rotations as Qiskit and pytket hold them. Neither package is imported."""
+"""Pauli rotations in the form of Qiskit and of pytket. Neither package is imported."""
 
 from __future__ import annotations
 
@@ -19,12 +19,12 @@ def of_operator(operator: Any) -> Iterator[Pair]:
 
 
 def of_evolution(gate: Any) -> Iterator[Pair]:
-    """The product that the synthesis of a PauliEvolutionGate stands for, by Qiskit's own
-    expansion: the circuit that Qiskit would make has the same rotations in the same order."""
+    """The product of rotations that Qiskit expands a PauliEvolutionGate into: Qiskit's circuit has
+    the same rotations in the same order."""
     if not callable(expand := getattr(gate.synthesis, "expand", None)):
         raise errors.OptionError(
             f"rotations: got a PauliEvolutionGate with {type(gate.synthesis).__name__}, which is "
-            "no product of rotations, wanted a synthesis such as LieTrotter or SuzukiTrotter"
+            "not a product of rotations, wanted a synthesis such as LieTrotter or SuzukiTrotter"
         )
     try:
         terms = expand(gate)
@@ -40,7 +40,7 @@ def of_evolution(gate: Any) -> Iterator[Pair]:
 
 
 def of_pytket(operator: Any) -> Iterator[Pair]:
-    """exp(-i pi/2 c P) for each term c P, as where pytket makes Pauli gadgets of it."""
+    """exp(-i pi/2 c P) for each term c P, as in the Pauli gadgets of pytket."""
     qubits = sorted(operator.all_qubits)
     registers = {qubit.reg_name for qubit in qubits}
     if len(registers) == 1 and all(len(qubit.index) == 1 for qubit in qubits):

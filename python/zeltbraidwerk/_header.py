@@ -1,7 +1,7 @@
 """The gates that OpenQASM 2 and Qiskit know by name, each as one of ours or by a definition.
 
-All ways in share this table, so that a Toffoli is the same fifteen gates wherever it comes from.
-Up to a global phase, as ours are.
+All readers share this table, so that a Toffoli gate of any format becomes the same fifteen gates.
+Each is right up to a global phase.
 """
 
 from __future__ import annotations
@@ -94,7 +94,7 @@ def table() -> Known:
 
 
 def read_gate(name: str, qubits: Sequence[int], angles: Sequence[float | Parameter]) -> list[Plain]:
-    """A gate of the table in our gates."""
+    """A gate of the table, as gates of this package."""
     gate = table().get(name)
     if gate is None:
         raise errors.GateError(f"the gate {name} is not known")

@@ -1,18 +1,16 @@
-"""What the ways to other packages and back share. Packages are imported when they are asked for."""
+"""What all conversions to and from other packages share. A package is imported when it is
+needed."""
 
 from __future__ import annotations
 
 import importlib
 from collections.abc import Callable, Iterator
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import errors
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
 
 QASM_NAMES = {
     "CNOT": "cx", "CSIGN": "cz", "CZ": "cz", "H": "h", "S": "s", "D-S": "sdg", "X": "x", "Y": "y",
@@ -32,7 +30,7 @@ def _package(name: str) -> Any:
 
 
 def written(
-    circuit: Circuit,
+    circuit: WholeCircuit,
 ) -> Iterator[tuple[Gate | Measure | Reset | Barrier, Condition | None]]:
     """The operations, each with its condition, and without XX on three and more qubits, which no
     other package has."""
@@ -52,7 +50,7 @@ def written(
 
 
 def angles(gate: Gate | Measure | Reset) -> tuple[Parameter, ...]:
-    """Those that other packages want; the second one of XX is none."""
+    """The angles for other packages; the second parameter of XX is not an angle."""
     return gate.params[:1] if gate.name == "XX" else gate.params
 
 
@@ -81,7 +79,7 @@ def angle(parameter: Parameter, symbol: Callable[[str], Any]) -> Any:
 
 
 def number(value: Any) -> Parameter:
-    """A number, or another package's symbol that stands alone."""
+    """A number, or a single symbol of another package."""
     try:
         return Parameter(float(value))
     except (TypeError, RuntimeError):
@@ -89,5 +87,5 @@ def number(value: Any) -> Parameter:
         if isinstance(name, str) and not set(name) & set(" \t\n+-*/()"):
             return Parameter(name)
         raise errors.AngleError(
-            f"got the angle {value}, wanted a number or a parameter alone"
+            f"got the angle {value}, wanted a number or a single parameter"
         ) from None

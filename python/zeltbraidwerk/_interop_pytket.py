@@ -1,18 +1,15 @@
-"""Circuits of pytket, out and in."""
+"""Circuits to and from pytket."""
 
 from __future__ import annotations
 
 import math
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -22,7 +19,7 @@ _NAMES = {
 }  # fmt: skip
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     tket = _interop._package("pytket.circuit")
     made = tket.Circuit()
     name = "q"
@@ -76,14 +73,14 @@ def read(circuit: Any) -> Read:
     bits, registers = _bits(circuit)
     reading = Reading()
     for place, command in enumerate(plain.get_commands()):
-        where = f"command {place}" if plain is circuit else f"command {place} once taken apart"
+        where = f"command {place}" if plain is circuit else f"command {place} after decomposition"
         with _reading.located(where):
             _command(reading, command, qubits, bits, where)
     return circuit.n_qubits, reading.operations, registers
 
 
 def _taken_apart(circuit: Any) -> Any:
-    """The circuit, or a copy of which all gates are known and wires keep their names."""
+    """The circuit, or a copy in which all gates are known and no wires are permuted."""
     tket, passes = _interop._package("pytket.circuit"), _interop._package("pytket.passes")
     plain, known = circuit, {*_KNOWN, *_OTHERS}
     strange = False
@@ -91,7 +88,7 @@ def _taken_apart(circuit: Any) -> Any:
         op = _inner(command.op)
         if not command.qubits and command.bits and op.type.name != "Barrier":
             raise errors.GateError(
-                f"command {place}: got {op.type.name}, wanted no operation on bits alone"
+                f"command {place}: got {op.type.name}, wanted operations on qubits"
             )
         strange = strange or op.type.name not in known
     if strange:
@@ -102,7 +99,7 @@ def _taken_apart(circuit: Any) -> Any:
             passes.AutoRebase(gates).apply(plain)
         except RuntimeError as error:
             raise errors.GateError(f"got a gate that pytket cannot take apart: {error}") from None
-    # A permutation that the circuit holds as labels on its outputs would be lost.
+    # Otherwise a permutation that the circuit holds as labels of its outputs would be lost.
     wires = plain.implicit_qubit_permutation()
     if any(qubit != image for qubit, image in wires.items()):
         plain = circuit.copy() if plain is circuit else plain
@@ -117,7 +114,7 @@ def _inner(op: Any) -> Any:
 
 
 def _bits(circuit: Any) -> tuple[dict[Any, int], list[Register]]:
-    """Bits numbered through the registers; bits with other indices make one register."""
+    """Bits in the order of the registers; bits with other indices make one register."""
     registers = circuit.c_registers
     bits = [register[k] for register in registers for k in range(register.size)]
     if set(bits) != set(circuit.bits):

@@ -1,23 +1,20 @@
-"""OpenQASM 2, out and in: by Qiskit's reader where it is installed, and by our own."""
+"""OpenQASM 2, written, and read by Qiskit where it is installed, else by :mod:`._qasm`."""
 
 from __future__ import annotations
 
 import importlib.util
 import re
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
 from zeltbraidwerk._definitions import NAME
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Measure
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Measure, WholeCircuit
 
 READERS = ("auto", "own", "qiskit")
-# Beside the names of gates.
+# Reserved, besides the names of gates.
 _KEYWORDS = (
     "barrier", "creg", "cos", "exp", "gate", "if", "include", "ln", "measure", "opaque", "pi",
     "qreg", "reset", "sin", "sqrt", "tan",
@@ -27,7 +24,7 @@ _KEYWORDS = (
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: Circuit) -> str:
+def write(circuit: WholeCircuit) -> str:
     names = _names([register.name for register in circuit.classical])
     wires = "q"
     while wires in names:
@@ -72,7 +69,7 @@ def _condition(condition: Condition, ranges: dict[tuple[int, ...], str]) -> str:
 
 
 def _names(given: list[str]) -> list[str]:
-    """Names that OpenQASM takes for registers; those that it takes are kept."""
+    """Valid names of registers in OpenQASM; names that are valid are kept."""
     names: list[str] = []
     for name in given:
         fits = NAME.fullmatch(name) and name[0].islower() and name not in (*_KEYWORDS, *table())
@@ -86,13 +83,13 @@ def _names(given: list[str]) -> list[str]:
 # --- in -----------------------------------------------------------------------------------------
 
 _HEADER = re.compile(r"""\binclude\s*["']qelib1\.inc["']""")
-# What the header has as it is commonly shipped and Qiskit's own one lacks; it reads id as a U.
+# In the usual header, but not in that of Qiskit, which reads id as a U.
 MORE = (
     "ccz", "id", "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu",
     "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
 )  # fmt: skip
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
-# What a compiled reader might not survive: long expressions, large registers and numbers.
+# What may crash a compiled reader: long expressions, large registers and numbers.
 _STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}|==\s*\d{9}|OPENQASM\s+[^;\s]{9}")
 _TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
 _SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
@@ -110,7 +107,7 @@ def read(text: Any, reader: str = "auto") -> Read:
         try:
             return _by_qiskit(plain)
         except errors.Error:
-            pass  # our own reader tells line and cause, and knows more
+            pass  # the other reader tells line and cause, and accepts more
     return _qasm.read(plain)
 
 
@@ -122,12 +119,12 @@ def _is_strange(text: str) -> bool:
 def _has_qiskit() -> bool:
     try:
         return importlib.util.find_spec("qiskit") is not None
-    except ValueError:  # where somebody has put None in its place
+    except ValueError:  # where sys.modules has None in its place
         return False
 
 
 def _by_qiskit(text: str) -> Read:
-    """Include paths are empty: no file is ever opened."""
+    """Include paths are empty, so that no file is opened."""
     qasm2 = _interop._package("qiskit.qasm2")
     if not text.strip():
         raise errors.QasmError("got no statement, wanted OpenQASM 2")

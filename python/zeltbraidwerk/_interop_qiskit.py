@@ -1,25 +1,22 @@
-"""Circuits of Qiskit, out and in."""
+"""Circuits to and from Qiskit."""
 
 from __future__ import annotations
 
 from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import read_gate, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     qiskit = _interop._package("qiskit")
     names = [register.name for register in circuit.classical]
     made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))
@@ -52,7 +49,7 @@ def _free(name: str, taken: Collection[str]) -> str:
 def _tests(
     made: Any, registers: Mapping[tuple[int, ...], Any], condition: Condition | None
 ) -> list[tuple[Any, int]]:
-    """One on a whole register where it is one; else one for each bit, within each other."""
+    """One condition for a whole register; otherwise nested conditions, one for each bit."""
     if condition is None:
         return []
     bits, value = condition
@@ -63,7 +60,8 @@ def _tests(
 
 # --- in -----------------------------------------------------------------------------------------
 
-_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}  # their names of gates of ours
+# Qiskit's names of gates of the table.
+_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
 def read(
@@ -79,7 +77,7 @@ def read(
 
 
 def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
-    """Bits without a register get one; registers that share bits give way to one for all."""
+    """Bits without a register get one; where registers share bits, one register has all bits."""
     if sum(map(len, circuit.cregs)) > len({bit for r in circuit.cregs for bit in r}):
         return [Register("c", len(places))]
     starts = {places[r[0]]: r for r in circuit.cregs if len(r)}
@@ -117,7 +115,8 @@ class _Reader:
         self, circuit: Any, qubits: Any, bits: Any, where: str | None, condition: Condition | None,
         depth: int = 0,
     ) -> None:  # fmt: skip
-        """A circuit whose qubits and bits are those given of the circuit around all."""
+        """A nested circuit; ``qubits`` and ``bits`` are its own in the numbers of the outermost
+        one."""
         wires = dict(zip(circuit.qubits, qubits, strict=True))
         targets = dict(zip(circuit.clbits, bits, strict=True))
         known = table()
@@ -171,7 +170,7 @@ class _Reader:
         self, operation: Any, on: tuple[int, ...], into: tuple[int, ...],
         targets: Mapping[Any, int], where: str, condition: Condition | None, depth: int,
     ) -> None:  # fmt: skip
-        """An ``if`` without an ``else``; one within another holds where both do."""
+        """An ``if`` without an ``else``; a nested one has both conditions."""
         test = getattr(operation, "condition", None)
         if not isinstance(operation, self._circuit.IfElseOp) or not isinstance(test, tuple):
             what = operation.name if not isinstance(operation, self._circuit.IfElseOp) else "if"
@@ -195,19 +194,19 @@ class _Reader:
 
 
 def _check_body(body: list[Any], bits: tuple[int, ...], where: str) -> None:
-    """Each operation of it asks for the condition anew; so nothing in it may change the bits."""
+    """Each operation in it gets the condition, so none of them may change its bits."""
     for operation in body[:-1]:
         inner = operation.operation if isinstance(operation, Conditional) else operation
         if isinstance(inner, Measure) and inner.bit in bits:
             raise errors.GateError(
-                f"{where}: got if around a measurement into a bit that it asks for"
+                f"{where}: got a measurement, under a condition, into a bit of the condition"
             )
 
 
 def _parts(operation: Any, where: str) -> Any:
-    """The circuit that an instruction stands for: by its definition, or by Qiskit's transpiler."""
+    """The circuit of an instruction: from its definition, or from Qiskit's transpiler."""
     qiskit = _interop._package("qiskit")
-    reason = "nothing tells what it does"
+    reason = "it has no definition"
     try:
         if (definition := getattr(operation, "definition", None)) is not None:
             return definition
@@ -227,7 +226,7 @@ def _parts(operation: Any, where: str) -> Any:
 
 
 def _named_gate() -> Any:
-    """A class of gates that are those of our table, whatever Qiskit has by their names."""
+    """Qiskit classes of gates defined by the table, whatever else Qiskit defines by these names."""
     if not _known_classes:
         gate = _interop._package("qiskit.circuit").Gate
         _known_classes.append(type("_NamedGate", (gate,), {}))
@@ -238,7 +237,7 @@ _known_classes: list[Any] = []
 
 
 def custom_instructions(names: Collection[str]) -> list[Any]:
-    """Of these gates of our table."""
+    """For these gates of the table."""
     qasm2, made = _interop._package("qiskit.qasm2"), _named_gate()
 
     def instruction(name: str) -> Any:

@@ -1,4 +1,4 @@
-"""Circuits of Stim, out and in."""
+"""Circuits to and from Stim."""
 
 from __future__ import annotations
 
@@ -6,17 +6,14 @@ import math
 from collections.abc import Sequence
 from dataclasses import dataclass
 from functools import cache, cached_property
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Read, Reading
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -29,7 +26,7 @@ _QUARTERS = {axis: ("I", f"SQRT_{axis}", axis, f"SQRT_{axis}_DAG") for axis in "
 }
 
 
-def write(circuit: Circuit) -> Any:
+def write(circuit: WholeCircuit) -> Any:
     stim = _interop._package("stim")
     made = stim.Circuit()
     records: dict[int, int] = {}  # the number of the record that a bit holds
@@ -93,9 +90,9 @@ _KNOWN = {
 _TURNS = {"SQRT_Y": math.pi / 2, "SQRT_Y_DAG": -math.pi / 2}
 _FEEDBACK = {"CX": "X", "CY": "Y", "CZ": "Z", "XCZ": "X", "YCZ": "Y"}
 _PASSED_OVER = ("TICK", "QUBIT_COORDS", "SHIFT_COORDS")
-# What turns a Pauli operator into Z; the gates backwards, S for its inverse, turn it back.
+# Gates that turn a Pauli operator into Z; in reverse order, with S for its inverse, they undo it.
 _TO_Z = {"X": ("H",), "Y": ("D-S", "H"), "Z": ()}
-# Letters that are measured, and what is done: measure, reset, or both.
+# The measured letters, and the operation: measure, reset, or both.
 _MEASURED = {
     "M": "Z", "MX": "X", "MY": "Y", "MR": "Z", "MRX": "X", "MRY": "Y", "R": "Z", "RX": "X",
     "RY": "Y", "MXX": "XX", "MYY": "YY", "MZZ": "ZZ",
@@ -129,7 +126,7 @@ def read(circuit: Any) -> Read:
 
 
 def _parsed(circuit: Any, where: str | None, depth: int) -> list[_Step]:
-    """Instructions that do nothing are left out, and so are bodies of nothing else."""
+    """Instructions without effect are left out, and so are bodies that hold no others."""
     if depth > MOST_NESTED:
         raise errors.GateError(f"{where}: got REPEAT nested deeper than {MOST_NESTED}")
     steps = []
@@ -154,7 +151,7 @@ def _check(instruction: Any, where: str) -> None:
         raise errors.GateError(f"{where}: got {name}, wanted gates, measurements and resets")
     arguments = instruction.gate_args_copy()
     if any(arguments):
-        raise errors.GateError(f"{where}: got {name}({arguments[0]:g}), wanted no noise")
+        raise errors.GateError(f"{where}: got {name}({arguments[0]:g}), wanted gates without noise")
 
 
 class _Reader:
@@ -194,7 +191,7 @@ class _Reader:
     def _measure(
         self, letters: dict[int, str], inverted: bool, measures: bool, resets: bool, where: str
     ) -> None:
-        """An X before and after turns the outcome round."""
+        """An X before and after inverts the outcome."""
         if not letters:
             raise errors.GateError("got the measurement of an identity, wanted Pauli operators")
         qubit = max(letters)
@@ -207,7 +204,7 @@ class _Reader:
         self._around(letters, inner, where)
 
     def _around(self, letters: dict[int, str], inner: Sequence[Any], where: str) -> None:
-        """The Pauli product is brought onto Z of its last qubit, and back behind."""
+        """The Pauli product is turned into Z of its last qubit, and back after the measurement."""
         last = max(letters)
         there: list[Plain] = [
             (name, (qubit,), ()) for qubit, letter in letters.items() for name in _TO_Z[letter]
@@ -235,7 +232,7 @@ class _Reader:
 
 
 def _product(group: Sequence[Any]) -> tuple[dict[int, str], bool]:
-    """The letters by qubit of a product of Pauli targets, and whether it carries a minus."""
+    """The letters by qubit of a product of Pauli targets, and whether its sign is minus."""
     stim = _interop._package("stim")
     places = {qubit: place for place, qubit in enumerate(dict.fromkeys(t.value for t in group))}
     product = stim.PauliString(len(places))

@@ -1,4 +1,4 @@
-"""Observables after a circuit that leaves a Clifford operator undone."""
+"""Observables after a circuit whose tail, a Clifford operator, is left open."""
 
 from __future__ import annotations
 
@@ -14,16 +14,15 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _core, _rotations, _validate, errors
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import HoldsCircuit
+from zeltbraidwerk._results import Result, spread
+from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.clifford import CliffordTableau
 
 
-class MovesObservables(HoldsCircuit):
-    """Base of the results whose circuit may be short of a Clifford operator. What was wanted and
-    the circuit differ by it, and ``_to_circuit`` tells in which direction."""
-
-    placement: tuple[int, ...]
+@dataclass(frozen=True, kw_only=True, repr=False)
+class MovesObservables(Result):
+    """Base of the results whose circuit may differ from what was wanted by a Clifford operator;
+    ``_to_circuit`` tells in which direction."""
 
     def _to_circuit(self) -> CliffordTableau:
         """The operator C such that an observable O after what was wanted has the expectation value
@@ -86,10 +85,7 @@ class MovesObservables(HoldsCircuit):
         )
 
     def _placed(self, letters: str) -> str:
-        placed = ["I"] * self.n
-        for q, letter in enumerate(letters):
-            placed[self.placement[q]] = letter
-        return "".join(placed)
+        return spread(letters, self.placement, self.n)
 
     def _images(self, observables: Any) -> list[str]:
         listed = _rotations.read_strings(observables, "observables", len(self.placement))
@@ -103,7 +99,7 @@ class MovesObservables(HoldsCircuit):
 
 
 def _coefficient(value: Any, minus: bool) -> Any:
-    """A finite number, or a symbol of whatever package, with its sign."""
+    """A finite number, or a symbol of any package, with its sign."""
     try:
         if isinstance(value, (bool, np.bool_, np.ndarray)):
             raise TypeError
@@ -124,7 +120,7 @@ def _is_finite(value: Any) -> bool:
 @dataclass(frozen=True)
 class Readout:
     """A basis change to append before all qubits are measured. The value of observable k is then
-    ``signs[k]``, turned over for each of ``qubits[k]`` that comes out as 1."""
+    ``signs[k]``, times -1 for each of ``qubits[k]`` that is measured as 1."""
 
     circuit: Circuit
     qubits: tuple[tuple[int, ...], ...]

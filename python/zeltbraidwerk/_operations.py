@@ -1,5 +1,5 @@
-"""Circuits as the kernels hand them over: a row a gate, of its name, its qubits, and its angle as
-a rotation and a sign, or as -1 and a number of quarter turns."""
+"""Circuits from the arrays of the kernels: one row per gate, with its name, its qubits, and its
+angle as a rotation and a sign, or as -1 and a number of quarter turns."""
 
 from __future__ import annotations
 
@@ -22,7 +22,7 @@ def circuit_of(
     angles: Sequence[Parameter] = (),
     qubits: Sequence[int] | None = None,
 ) -> Circuit:
-    """``qubits`` tells where on ``n`` qubits the wires of the rows stand."""
+    """Wire k of the rows is qubit ``qubits[k]`` of ``n``."""
     place = range(n) if qubits is None else qubits
     known: dict[tuple[int, ...], Gate] = {}
     gates = []

@@ -2,86 +2,63 @@
 
 from __future__ import annotations
 
-import secrets
-import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass, field
-from typing import Any, NamedTuple
+from typing import Any
+
+import numpy as np
+import numpy.typing as npt
 
 from zeltbraidwerk import _core, _pauli_check, _rotations, _search, _validate, errors
+from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import HoldsCircuit
-from zeltbraidwerk._site import Site
+from zeltbraidwerk._results import Objective, Permutation, Result, spread
+from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
-from zeltbraidwerk.devices import Device
-from zeltbraidwerk.linear import Objective, Permutation
 
 __all__ = ["CliffordSynthesis", "methods", "synthesize"]
 
 _Image = tuple[bool, str]  # true for minus
+_Found = Found[npt.NDArray[np.int32]]
 
-
-class _Found(NamedTuple):
-    method: str
-    circuit: Circuit
-    wires: tuple[int, ...]
+_FAMILY = Family(
+    ("search", "elimination"),
+    ("search",),
+    dict.fromkeys(("restarts", "budget", "steps"), ("auto", "search")),
+)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
     """The names that ``method`` takes, without a device or with one.
 
-    >>> methods()
-    ('auto', 'search', 'elimination')
+    >>> methods(), methods(device=True)
+    (('auto', 'search', 'elimination'), ('auto', 'search'))
     """
-    on_device = _validate.flag(device, "device")
-    return ("auto", "search") if on_device else ("auto", "search", "elimination")
+    return _FAMILY.methods(device)
 
 
-@dataclass(frozen=True, repr=False)
-class CliffordSynthesis(HoldsCircuit):
-    """A circuit for a Clifford operator, and how it came about.
-
-    Output q of the operator stands on wire ``permutation[q]``. On a device with more qubits than
-    that, wire k is its qubit ``placement[k]``; elsewhere the two are the same. ``images`` are those
-    of X, then of Z, on each qubit under the operator.
-    """
+@dataclass(frozen=True, kw_only=True, repr=False)
+class CliffordSynthesis(Result):
+    """A circuit for a Clifford operator, and how it was found. ``images`` are those of X, then of
+    Z, on each qubit under the operator."""
 
     circuit: Circuit
-    permutation: tuple[int, ...]
-    method: str
-    objective: Objective
-    seed: int | None
-    runs: int = field(compare=False)
-    seconds: float = field(compare=False)
     images: tuple[str, ...] = field(compare=False)
-    placement: tuple[int, ...]
-    device: Device | None = None
-    trace: tuple[_search.Point, ...] = field(compare=False, default=())
 
     def verify(self) -> bool:
-        """Follows every image back through the circuit, gate by gate and apart from the library, to
-        what it is the image of, signs included; on a device, looks at its edges too."""
+        """Follows every image back through the circuit, gate by gate and without the library, to
+        what it is the image of, signs included; on a device, checks its edges too."""
         pulled = _pauli_check.PulledBack(self.n)
         for gate in self.circuit:
             pulled.append(gate)
+        outputs = [self.placement[wire] for wire in self.permutation]
         for row, image in enumerate(self.images):
-            kind, qubit = divmod(row, len(self.permutation))
-            moved = ["I"] * self.n
-            for letter, wire in zip(image[1:], self.permutation, strict=True):
-                moved[self.placement[wire]] = letter
-            wanted = ["I"] * self.n
-            wanted[self.placement[qubit]] = "XZ"[kind]
-            if pulled.image("".join(moved)) != (image[0] == "-", "".join(wanted)):
+            kind, qubit = divmod(row, len(outputs))
+            wanted = spread("XZ"[kind], (self.placement[qubit],), self.n)
+            moved = spread(image[1:], outputs, self.n)
+            if pulled.image(moved) != (image[0] == "-", wanted):
                 return False
-        return self.device is None or self.device.fits(self.circuit)
-
-    def __repr__(self) -> str:
-        placed = self.permutation == tuple(range(len(self.permutation)))
-        return (
-            f"CliffordSynthesis({self.method}: {len(self.permutation)} qubits, "
-            f"{self.count} two-qubit gates, depth {self.depth}, "
-            f"{'outputs in place' if placed else 'outputs permuted'}, {self.seconds:.2g} s)"
-        )
+        return self._on_edges()
 
 
 def synthesize(
@@ -109,11 +86,11 @@ def synthesize(
     >>> result.count, result.verify()
     (4, True)
 
-    ``method`` is one of :func:`methods`; "auto" takes the best of all. "elimination" is a plain
-    greedy one, in a moment; "search" is the search engine of this package. ``objective`` is "count"
-    or "depth" of gates on two qubits. With ``permutation="exact"``, the default, every output
-    stands on the wire of its input; with "free" the circuit is shorter and leaves output q on wire
-    ``result.permutation[q]``.
+    ``method`` is one of :func:`methods`; "auto" takes the best of all. "elimination" is a
+    plain greedy method, which takes milliseconds; "search" searches for shorter circuits.
+    ``objective`` is "count" or "depth" of gates on two qubits. With ``permutation="exact"``, the
+    default, every output stands on the wire of its input; with "free" the circuit is shorter and
+    leaves output q on wire ``result.permutation[q]``.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
@@ -122,62 +99,45 @@ def synthesize(
     "elimination" takes neither ``restarts`` nor ``budget`` nor ``steps``. Raises classes of
     :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that do not fit.
     """
-    start = time.perf_counter()
+    call = _FAMILY.call(
+        method=method, device=device, objective=objective, permutation=permutation, seed=seed,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+    )  # fmt: skip
     images = read(operator)
     n = len(images) // 2
-    _validate.choice(objective, "objective", ("count", "depth"))
-    _validate.choice(permutation, "permutation", ("exact", "free"))
-    site = None if device is None else Site.of(Device.of(device), n)
-    _validate.method(method, methods(device=site is not None), site is not None)
-    searches = dict.fromkeys(("restarts", "budget", "steps"), ("auto", "search"))
-    _validate.options_of(method, searches, restarts=restarts, budget=budget, steps=steps)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    drawn = secrets.randbits(64) if effort.seed is None else effort.seed
-    control = _core._SearchControl(effort.budget)
-    trace = _search.Trace(objective == "depth", progress)
+    call.place(n)
+    drawn = call.draw_seed()
     letters = _rotations.codes([word for _, word in images], n)
     minus = [sign for sign, _ in images]
-    exact = permutation == "exact"
+    adjacency = None if call.site is None else call.adjacency
 
-    def made(name: str, operations: Any, wires: Sequence[int]) -> _Found:
-        size, qubits = (n, None) if site is None else (site.device.n, site.qubits)
-        return _Found(name, circuit_of(size, operations, (), qubits), tuple(wires))
+    def found(name: str, operations: npt.NDArray[np.int32], wires: Sequence[int]) -> _Found:
+        circuit = circuit_of(n, operations)
+        size = circuit.two_qubit_count, circuit.two_qubit_depth
+        return Found(name, operations, tuple(wires), *size)
 
     def searched(run: int) -> _Found:
-        adjacency = None if site is None else site.adjacency
-        return made("search", *_core._search_clifford(
-            letters, minus, exact, objective == "depth", adjacency, drawn, run,
-            effort.search_steps, control,
+        return found("search", *_core._search_clifford(
+            letters, minus, call.exact, call.by_depth, adjacency, drawn, run,
+            call.effort.search_steps, call.control,
         ))  # fmt: skip
 
     def eliminated(first: int, last: int) -> tuple[int, _Found]:
-        return 0, made("elimination", *_core._eliminate_clifford(letters, minus, exact))
+        return 0, found("elimination", *_core._eliminate_clifford(letters, minus, call.exact))
 
-    def key(found: _Found) -> tuple[int, int]:
-        size = found.circuit.two_qubit_count, found.circuit.two_qubit_depth
-        return size if objective == "count" else size[::-1]
-
-    def result(found: _Found, runs: int) -> CliffordSynthesis:
-        return CliffordSynthesis(
-            circuit=found.circuit,
-            permutation=found.wires,
-            method=found.method,
-            objective=objective,
-            seed=drawn,
-            runs=runs,
-            seconds=time.perf_counter() - start,
+    def result(best: _Found, runs: int) -> CliffordSynthesis:
+        return call.result(
+            CliffordSynthesis, best, runs, n,
+            circuit=circuit_of(call.width(n), best.made, (), call.qubits(n)),
             images=tuple("+-"[sign] + word for sign, word in images),
-            placement=tuple(range(n)) if site is None else site.qubits,
-            device=None if site is None else site.device,
-            trace=tuple(trace.points),
-        )
+        )  # fmt: skip
 
     lanes: list[_search.Lane[_Found]] = []
-    if method != "search" and site is None:
+    if "elimination" in call.names:
         lanes.append(_search.Lane(eliminated, 1))
-    if method != "elimination":
-        lanes.append(_search.search_lane(searched, key, effort))
-    return result(*_search.best_of(lanes, effort.jobs, control, key, result, trace))
+    if "search" in call.names:
+        lanes.append(call.search_lane(searched))
+    return result(*call.best(lanes, result))
 
 
 # --- operators of other forms -------------------------------------------------------------------
@@ -192,15 +152,13 @@ def read(operator: Any) -> list[_Image]:
     n = len(xs)
     if images and len(images[0][1]) != n:
         raise errors.ShapeError(
-            f"operator: got images of {n} qubits on {len(images[0][1])}, wanted as many"
+            f"operator: got {n} images of {len(images[0][1])} letters, wanted {n} letters"
         )
     _check(images)
     return images
 
 
 def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
-    from zeltbraidwerk.clifford import CliffordTableau
-
     package, _, kind = _rotations._kind(operator).partition(".")
     if package == "stim" and kind == "Tableau":
         qubits = range(len(operator))
@@ -208,19 +166,26 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
     if package == "qiskit" and kind == "Clifford":
         xs, zs = (operator.to_labels(mode=mode) for mode in "DS")
         return [label[0] + label[:0:-1] for label in xs], [label[0] + label[:0:-1] for label in zs]
-    if package == "pytket" and kind == "UnitaryTableau":
-        operator, kind = operator.to_circuit(), "Circuit"
-    if package in _CIRCUITS and kind in ("Circuit", "QuantumCircuit"):
-        operator = _CIRCUITS[package](operator)
-    if isinstance(operator, (Circuit, CnotCircuit)):
-        operator = CliffordTableau.from_circuit(operator)
-    if isinstance(operator, CliffordTableau):
-        return operator.images()
+    tableau = tableau_of(operator)
+    if tableau is not None:
+        return tableau.images()
     wanted = "a tableau or circuit of Clifford gates, or lists of the images of X and of Z"
     if isinstance(operator, (tuple, list)) and len(operator) == 2:
         xs, zs = (_validate.items(images, "operator", wanted) for images in operator)
         return xs, zs
     raise errors.DtypeError(f"operator: got {type(operator).__name__}, wanted {wanted}")
+
+
+def tableau_of(value: Any) -> CliffordTableau | None:
+    """Of a tableau of this package or pytket, and of circuits; None for everything else."""
+    package, _, kind = _rotations._kind(value).partition(".")
+    if package == "pytket" and kind == "UnitaryTableau":
+        value, kind = value.to_circuit(), "Circuit"
+    if package in _CIRCUITS and kind in ("Circuit", "QuantumCircuit"):
+        value = _CIRCUITS[package](value)
+    if isinstance(value, (Circuit, CnotCircuit)):
+        return CliffordTableau.from_circuit(value)
+    return value if isinstance(value, CliffordTableau) else None
 
 
 _CIRCUITS: dict[str, Callable[[Any], Circuit]] = {

@@ -1,4 +1,4 @@
-"""Pauli operators followed back through circuits, gate by gate and apart from the library."""
+"""Pauli operators followed back through circuits, gate by gate and without the library."""
 
 from __future__ import annotations
 
@@ -29,7 +29,7 @@ def _packed(minus: bool, letters: str) -> _Operator:
 
 
 class PulledBack:
-    """What X and Z on each qubit behind a circuit U are in front of it: U-dagger P U."""
+    """For X and Z on each qubit after a circuit U, the operator before it: U-dagger P U."""
 
     def __init__(self, n: int) -> None:
         self.n = n
@@ -82,7 +82,7 @@ class PulledBack:
             raise errors.GateError(f"got {gate}, which no synthesis of rotations uses")
 
     def rotate(self, minus: bool, letters: str, quarters: int) -> None:
-        """Appends a rotation by quarter turns, told by its axis as it stands in front."""
+        """Appends a rotation by quarter turns, given by its axis before the circuit."""
         _, x, z = axis = _packed(minus, letters)
         for operators in (self._x, self._z):
             for q, operator in enumerate(operators):
@@ -109,7 +109,7 @@ class PulledBack:
             z[a], z[b] = _times(z[a], axis, 3), _times(z[b], axis, 3)
 
     def _turn(self, name: str, a: int) -> None:
-        """By a quarter: X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y."""
+        """By a quarter turn: X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y."""
         x, z = self._x, self._z
         if name == "RX":
             z[a] = _times(x[a], z[a], 1)
@@ -126,8 +126,8 @@ def _quarters(gate: Gate) -> int:
 def unfolded(
     circuit: Circuit, fixed: Sequence[bool]
 ) -> tuple[list[tuple[str, Parameter]], PulledBack]:
-    """The rotations as they stand in front of the circuit, and the Clifford operator of the gates
-    that are fixed."""
+    """The rotations with their axes before the circuit, and the Clifford operator of the fixed
+    gates."""
     clifford = PulledBack(circuit.n)
     rotations = []
     for gate, is_fixed in zip(circuit, fixed, strict=True):
@@ -142,8 +142,8 @@ def unfolded(
 def same_rotations(
     found: list[tuple[str, Parameter]], wanted: list[tuple[str, Parameter]], in_order: bool
 ) -> bool:
-    """Whether each rotation comes up once; with ``in_order``, whether those that do not commute do
-    so in the order wanted."""
+    """Whether each rotation is found once; with ``in_order``, whether those that do not commute
+    have the wanted order."""
     places: dict[str, list[int]] = {}
     for place, (letters, _) in enumerate(found):
         places.setdefault(letters, []).append(place)

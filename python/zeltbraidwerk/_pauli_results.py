@@ -1,46 +1,53 @@
-"""What comes of Pauli rotations: circuits, and the Clifford operators that they leave."""
+"""The results of the family of Pauli rotations."""
 
 from __future__ import annotations
 
+from collections.abc import Iterable
 from dataclasses import dataclass, field
 from functools import cached_property
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _pauli_check
+from zeltbraidwerk import _pauli_check, _renamed, errors
 from zeltbraidwerk._observables import MovesObservables
-from zeltbraidwerk._search import Point
+from zeltbraidwerk._results import Result, Tail, spread
+from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.clifford import CliffordTableau
-from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Parameter
 
 
-@dataclass(frozen=True, repr=False)
+@dataclass(frozen=True, kw_only=True, repr=False)
 class PauliSynthesis(MovesObservables):
-    """A circuit for Pauli rotations, and how it came about.
+    """A circuit for Pauli rotations, and how it was found.
 
-    The circuit is the rotations followed by ``clifford``, which is the identity where the tail was
-    closed, but for qubits that stand on other wires, ``permutation[k]`` for qubit k. On a larger
-    device wire k is its qubit ``placement[k]``; elsewhere the two are the same. ``trace`` holds the
-    moments of the search at which its best became better.
+    The circuit is the rotations followed by ``clifford``. With ``tail`` "close" that is the
+    identity, or the exchange of wires that ``permutation`` tells. ``order`` is "commuting" where
+    the circuit is the product of ``rotations`` in their order. ``identity_angle`` is the angle of
+    all identity strings together, each a rotation exp(-i angle / 2).
     """
 
     circuit: Circuit
     rotations: tuple[tuple[str, Parameter], ...]
-    global_angle: Parameter
-    permutation: tuple[int, ...]
-    method: str
+    identity_angle: Parameter
     order: str
-    tail: str
-    seed: int | None
-    runs: int = field(compare=False)
-    seconds: float = field(compare=False)
-    placement: tuple[int, ...]
-    device: Device | None
+    tail: Tail
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
-    trace: tuple[Point, ...] = field(compare=False, default=())
+
+    global_angle = _renamed.Field("global_phase", lambda result: result.identity_angle)
+
+    @property
+    def global_phase(self) -> Parameter:
+        """What was asked for is exp(i ``global_phase``) times ``rotations``, in radians: minus half
+        of ``identity_angle``. Raises an AngleError where that is symbolic, as no Parameter is half
+        of a symbol."""
+        angle = self.identity_angle
+        if angle.is_symbolic:
+            raise errors.AngleError(
+                f"global_phase: got the symbolic angle {angle.expression!r} of identity strings, "
+                "wanted a number; identity_angle has it"
+            )
+        return Parameter(0.0 - float(angle) / 2)
 
     @cached_property
     def clifford(self) -> CliffordTableau:
@@ -49,7 +56,7 @@ class PauliSynthesis(MovesObservables):
         return CliffordTableau(self.n).apply([gate for gate, rotates in pairs if not rotates])
 
     def verify(self) -> bool:
-        """Follows the rotations back through the circuit, gate by gate, with signs and apart from
+        """Follows the rotations back through the circuit, gate by gate, with signs and without
         the library. With ``order="commuting"`` it proves that the circuit is the product of
         ``rotations``: each comes up once, none before another that it does not commute with. With
         ``order="free"`` it proves that each comes up once, in whatever order, which is not the
@@ -59,8 +66,7 @@ class PauliSynthesis(MovesObservables):
         wanted = [(self._placed(letters), angle) for letters, angle in self.rotations]
         if not _pauli_check.same_rotations(found, wanted, self.order == "commuting"):
             return False
-        on_edges = self.device is None or self.device.fits(self.circuit)
-        return on_edges and (
+        return self._on_edges() and (
             self._is_closed(pulled) if self.tail == "close" else self._fits(pulled)
         )
 
@@ -86,34 +92,25 @@ class PauliSynthesis(MovesObservables):
     def _to_circuit(self) -> CliffordTableau:
         return self.clifford
 
-    def __repr__(self) -> str:
-        end = "tail returned" if self.tail == "return" else "tail closed"
-        if self.permutation != tuple(range(len(self.permutation))):
-            end += ", wires permuted"
-        return (
-            f"PauliSynthesis({self.method}: {len(self.placement)} qubits, "
-            f"{len(self.rotations)} rotations, {self.count} two-qubit gates, depth {self.depth}, "
-            f"{end}, {self.seconds:.2g} s)"
-        )
+    def _about(self) -> Iterable[str]:
+        yield f"{len(self.rotations)} rotations"
+        yield "tail returned" if self.tail == "return" else "tail closed"
 
 
-@dataclass(frozen=True, repr=False)
-class CoDiagonalization:
-    """A Clifford circuit that makes strings diagonal: ``images[k]`` is string k behind it. On a
-    larger device letter k stands on its qubit ``placement[k]``."""
+@dataclass(frozen=True, kw_only=True, repr=False)
+class CoDiagonalization(Result):
+    """A Clifford circuit that makes strings diagonal: ``images[k]`` is string k after it."""
 
     circuit: Circuit
-    strings: list[str]
-    images: list[str]
-    placement: tuple[int, ...]
-    device: Device | None
+    strings: tuple[str, ...]
+    images: tuple[str, ...]
 
     def verify(self) -> bool:
-        """Follows the images back through the circuit, gate by gate and apart from the library."""
-        pulled = _pauli_check.PulledBack(self.circuit.n)
+        """Follows the images back through the circuit, gate by gate and without the library."""
+        pulled = _pauli_check.PulledBack(self.n)
         for gate in self.circuit:
             pulled.append(gate)
-        return (self.device is None or self.device.fits(self.circuit)) and all(
+        return self._on_edges() and all(
             not set(image[1:]) - set("IZ")
             and pulled.image(self._placed(image[1:]))
             == (string[0] != image[0], self._placed(string[1:]))
@@ -121,13 +118,7 @@ class CoDiagonalization:
         )
 
     def _placed(self, letters: str) -> str:
-        placed = ["I"] * self.circuit.n
-        for q, letter in enumerate(letters):
-            placed[self.placement[q]] = letter
-        return "".join(placed)
+        return spread(letters, self.placement, self.n)
 
-    def __repr__(self) -> str:
-        return (
-            f"CoDiagonalization({len(self.strings)} strings, {self.circuit.two_qubit_count} "
-            f"two-qubit gates, depth {self.circuit.two_qubit_depth})"
-        )
+    def _about(self) -> Iterable[str]:
+        yield f"{len(self.strings)} strings"

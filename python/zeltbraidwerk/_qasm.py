@@ -1,4 +1,4 @@
-"""A reader of OpenQASM 2, whole, that needs no other package."""
+"""A reader of all of OpenQASM 2, which needs no other package."""
 
 from __future__ import annotations
 
@@ -37,7 +37,7 @@ _IF = re.compile(r"if\s*\(\s*([A-Za-z_]\w*)\s*==\s*(\d+)\s*\)\s*(.+)", re.ASCII 
 
 
 def without_comments(text: str) -> str:
-    """Lines stay where they are. ``/* */`` is no comment of the standard, but files have it."""
+    """Line numbers stay the same. ``/* */`` is not in the standard, but used in files."""
 
     def blank(match: re.Match[str]) -> str:
         found = match[0]
@@ -68,8 +68,8 @@ def read(text: str) -> tuple[int, list[Operation], list[Register]]:
 
 
 def lines_of(text: str) -> list[int]:
-    """The lines of the operations of a program that is right, each one as often as its registers
-    make it."""
+    """The lines of the operations of a correct program, each one as often as its registers repeat
+    it."""
     sizes: dict[str, int] = {}
     lines: list[int] = []
     for line, statement, body in _statements(text):
@@ -241,7 +241,7 @@ class _Reader:
         if gate is None:
             raise QasmError(f"the gate {short(name)} is not known")
         if isinstance(gate, Definition) and gate.parts is None:
-            raise QasmError(f"the gate {name} is opaque: nothing tells what it does")
+            raise QasmError(f"the gate {name} is opaque: it has no definition")
         angles = self._values(line, match[2] or "")
         check_counts(gate, name, len(operands), len(angles))
         wide = {len(operand) for operand in operands if len(operand) != 1}
@@ -256,12 +256,12 @@ class _Reader:
             try:
                 plain = expanded(gate, qubits, angles)
             except ValueError:
-                raise QasmError(f"got an angle of {name} that is no number") from None
+                raise QasmError(f"got an angle of {name} that is not a number") from None
             self.reading.gates(plain, f"line {line}", condition)
 
     def _room(self, count: int, condition: Condition | None) -> None:
-        """Refuses what would not end: operations count once for each bit of their condition, and
-        barriers once for each qubit."""
+        """Refuses programs that are too long: an operation counts once for each bit of its
+        condition, a barrier once for each qubit."""
         self._cost += count * (len(condition[0]) if condition else 1)
         if self._cost > MOST_OPERATIONS:
             raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")

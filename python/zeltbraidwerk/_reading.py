@@ -1,4 +1,4 @@
-"""What the readers of all formats share: the operations that they have read, within a limit."""
+"""What the readers of all formats share: a list of operations with a limit on its length."""
 
 from __future__ import annotations
 
@@ -49,7 +49,7 @@ class Reading:
 
 @contextmanager
 def located(where: str) -> Iterator[None]:
-    """Errors of a gate or an angle in the block tell the place."""
+    """Adds the place to errors of a gate or an angle in the block."""
     try:
         yield
     except (errors.AngleError, errors.GateError) as error:
@@ -58,7 +58,7 @@ def located(where: str) -> Iterator[None]:
 
 
 def wanted(value: Any, package: str, kind: str) -> None:
-    """Refuses what is no object of another package's class, or of one derived from it."""
+    """Refuses objects that are not of the class of another package, or of one derived from it."""
     names = [base.__name__ for base in type(value).__mro__]
     if not (_validate.comes_from(value, package) and kind in names):
         raise errors.DtypeError(

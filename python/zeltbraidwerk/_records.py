@@ -1,4 +1,5 @@
-"""The shortest circuits found so far for mixing layers of ciphers, and how to find them again."""
+"""The shortest circuits found so far for mixing layers of ciphers, and how to compute them
+again."""
 
 from __future__ import annotations
 
@@ -9,7 +10,8 @@ from functools import reduce
 from operator import xor
 
 from zeltbraidwerk import gallery, linear
-from zeltbraidwerk.linear import LinearSynthesis, Objective, Permutation
+from zeltbraidwerk._results import Objective, Permutation
+from zeltbraidwerk.linear import LinearSynthesis
 
 
 @dataclass(frozen=True)
@@ -62,7 +64,7 @@ LAYERS = {
 @dataclass(frozen=True)
 class Record:
     layer: str
-    published: str  # the best circuit in print that we know of
+    published: str  # the best published circuit that we know of
     seed: int
     steps: int
     permutation: Permutation = "free"
@@ -90,8 +92,7 @@ RECORDS = (
 
 
 def keeps_to_definition(result: LinearSynthesis, layer: str, samples: int = 64) -> bool:
-    """Runs the circuit on unit vectors and on random words, and the cipher's own arithmetic beside
-    it."""
+    """Compares the circuit with the arithmetic of the cipher, on unit vectors and random words."""
     definition = LAYERS[layer]
     bits, size = definition.bits, len(definition.rows)
     draw = random.Random(1)

@@ -1,28 +1,108 @@
-"""What all results that hold a circuit tell of it."""
+"""What the results of all families share."""
 
 from __future__ import annotations
 
-from functools import cached_property
+from abc import abstractmethod
+from collections.abc import Iterable, Sequence
+from dataclasses import dataclass, field
+from typing import Any, Literal
 
-from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk import plot
+from zeltbraidwerk._search import Point
+from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.devices import Device
+
+Objective = Literal["count", "depth"]
+Permutation = Literal["exact", "free"]
+Tail = Literal["close", "return"]
 
 
-class HoldsCircuit:
-    """Base of the results whose ``circuit`` has gates of several kinds."""
+@dataclass(frozen=True, kw_only=True, repr=False)
+class Result:
+    """A circuit, and how it was found. The same fields mean the same in every family:
 
-    circuit: Circuit
+    ==================  ============================================================================
+    field               what it holds
+    ==================  ============================================================================
+    ``circuit``         the circuit, on the qubits of the device where there is one
+    ``permutation``     output k stands on wire ``permutation[k]``; ascending where all are in place
+    ``placement``       wire k is qubit ``placement[k]`` of the circuit; ascending without a device
+    ``device``          the device on whose edges the gates are, or None
+    ``method``          the method that found the circuit; never "auto"
+    ``objective``       what was minimised, "count" or "depth" of two-qubit gates
+    ``seed``            the seed, given or drawn; None where nothing was drawn at random
+    ``runs``            the number of runs of all methods together
+    ``seconds``         the time of the call
+    ``trace``           the moments at which the best circuit became better; empty where there was
+                        no search
+    ==================  ============================================================================
+
+    A result cannot be changed. Two are equal when circuit, permutation, placement, device, method,
+    objective, seed and what the family adds are; ``runs``, ``seconds`` and ``trace`` do not count.
+    """
+
+    circuit: Circuit | CnotCircuit
+    permutation: tuple[int, ...]
+    placement: tuple[int, ...]
+    device: Device | None = None
+    method: str
+    objective: Objective
+    seed: int | None = None
+    runs: int = field(compare=False, default=1)
+    seconds: float = field(compare=False)
+    trace: tuple[Point, ...] = field(compare=False, default=())
 
     @property
     def n(self) -> int:
-        """Number of qubits."""
+        """Number of qubits of the circuit, those of the whole device where there is one."""
         return self.circuit.n
 
-    @cached_property
+    @property
     def count(self) -> int:
-        """Number of gates on two qubits."""
+        """Number of two-qubit gates of the circuit; an XX gate on k qubits counts as its
+        k (k - 1) / 2 pairs. The circuit tells ``one_qubit_count`` and ``gate_count`` too."""
         return self.circuit.two_qubit_count
 
-    @cached_property
+    @property
     def depth(self) -> int:
-        """Layers of gates on two qubits; those on one take no time."""
+        """Number of layers of two-qubit gates; gates on one qubit take no time."""
         return self.circuit.two_qubit_depth
+
+    @abstractmethod
+    def verify(self) -> bool:
+        """Whether the circuit does what was asked for, checked gate by gate without the library."""
+
+    def draw(self, width: int = 100) -> str:
+        """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
+        return self.circuit.draw(width)
+
+    def plot(self, *, axes: Any = None, value: Literal["count", "depth"] | None = None) -> Any:
+        """Draws the best count, or depth, against the seconds of the search, by matplotlib. Without
+        ``value`` it is the objective. Returns the axes: those given, or new ones."""
+        return plot.best_over_time(
+            self, axes=axes, value=self.objective if value is None else value
+        )
+
+    def _on_edges(self) -> bool:
+        return self.device is None or self.device.fits(self.circuit)
+
+    def _about(self) -> Iterable[str]:
+        """What the family adds to the text of ``repr``."""
+        return ()
+
+    def __repr__(self) -> str:
+        parts = [f"{self.count} two-qubit gates", f"depth {self.depth}", *self._about()]
+        if self.permutation != tuple(range(len(self.permutation))):
+            parts.append("outputs permuted")
+        return (
+            f"{type(self).__name__}({self.method}: {len(self.placement)} qubits, "
+            f"{', '.join(parts)}, {self.seconds:.2g} s)"
+        )
+
+
+def spread(letters: str, placement: Sequence[int], n: int) -> str:
+    """A Pauli string on wires as one on ``n`` qubits: letter k goes to ``placement[k]``."""
+    placed = ["I"] * n
+    for letter, qubit in zip(letters, placement, strict=True):
+        placed[qubit] = letter
+    return "".join(placed)

@@ -1,4 +1,4 @@
-"""Pauli rotations as other packages and people write them, in one form."""
+"""Pauli rotations in the forms that users and other packages write, read into one form."""
 
 from __future__ import annotations
 
@@ -22,12 +22,12 @@ _STRIDE = 1024  # strings looked at together
 @dataclass(frozen=True)
 class Rotations:
     """Strings of letters, none of them the identity, and their angles, in the order given.
-    ``global_angle`` is that of the identity strings together."""
+    ``identity_angle`` is the sum of the angles of identity strings."""
 
     n: int
     strings: tuple[str, ...]
     angles: tuple[Parameter, ...]
-    global_angle: Parameter
+    identity_angle: Parameter
 
     def letters(self) -> npt.NDArray[np.uint8]:
         return codes(self.strings, self.n)
@@ -53,7 +53,7 @@ def from_codes(letters: npt.NDArray[np.uint8]) -> list[str]:
 
 
 def is_string(value: Any) -> bool:
-    """Whether the value is meant as one Pauli string. A list of codes is one only within a list."""
+    """Whether the value is one Pauli string. A list of codes counts as one only within a list."""
     return isinstance(value, (str, bytes, bytearray)) or _kind(value) in _STRINGS
 
 
@@ -118,12 +118,12 @@ def _kind(value: Any) -> str:
 def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
     """Signs go into the angles. Angles of equal strings are added where everything between them
     commutes with them, and everywhere if the source has no order or ``repeated`` is "merge".
-    Refuses what ``order`` and ``repeated`` do not give a meaning."""
+    Refuses lists for which ``order`` and ``repeated`` leave open what is meant."""
     listed = _listed(source)
     size = listed.n if n is None else _validate.qubit_count(n)
     strings: list[str] = []
     angles: list[Parameter] = []
-    global_angle = Parameter(0.0)
+    identity_angle = Parameter(0.0)
     for pauli, angle in listed.pairs:
         minus, letters = signed(pauli, size, "rotations")
         size = len(letters)
@@ -133,11 +133,11 @@ def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
             strings.append(letters)
             angles.append(value)
         else:
-            global_angle = _sum(global_angle, value)
+            identity_angle = _sum(identity_angle, value)
     if len(set(strings)) < len(strings):
         in_order = listed.unordered is None and repeated == "refuse"
         strings, angles = _joined(strings, angles, in_order, order == "free")
-    found = Rotations(size or 0, tuple(strings), tuple(angles), global_angle)
+    found = Rotations(size or 0, tuple(strings), tuple(angles), identity_angle)
     if listed.unordered is not None and order == "commuting":
         _refuse_clashes(found, listed.unordered)
     return found
@@ -146,11 +146,11 @@ def read(source: Any, n: int | None, order: str, repeated: str) -> Rotations:
 def _joined(
     strings: Sequence[str], angles: Sequence[Parameter], in_order: bool, refuse: bool
 ) -> tuple[list[str], list[Parameter]]:
-    """With ``in_order``, a string that comes again stays where one between does not commute with
-    it, or is refused."""
+    """With ``in_order``, a repeated string is kept apart, or refused, where a string in between
+    does not commute with it."""
     clashes = _Clashes(codes(strings, len(strings[0])))
-    # The row at which each string came last, and its place in what is kept. Whatever was joined to
-    # a place before that row commutes with it, so that the rows after it decide.
+    # The last row of each string, and its place among the kept ones. All that was added to a place
+    # before that row commutes with it, so that the rows after it decide.
     last: dict[str, tuple[int, int]] = {}
     kept: list[str] = []
     sums: list[Parameter] = []
@@ -160,7 +160,7 @@ def _joined(
         if clash is not None and refuse:
             raise errors.OptionError(
                 f"rotations: got {string} again after {strings[clash]}, which does not commute "
-                "with it: order='free' would fold the steps of a product into one; wanted "
+                "with it: order='free' would make one step of several; wanted "
                 "order='commuting', which keeps the product, or repeated='merge', which adds the "
                 "angles of equal strings"
             )
@@ -202,7 +202,7 @@ def _refuse_clashes(rotations: Rotations, unordered: str) -> None:
 
 
 def _sum(a: Parameter, b: Parameter) -> Parameter:
-    """Of numbers, without the wrapping by 2 pi, which would cost a sign."""
+    """Numbers are not reduced modulo 2 pi, which would lose a sign."""
     if a.is_symbolic or b.is_symbolic:
         return a + b
     return parameter(float(a) + float(b), "rotations")

@@ -1,4 +1,4 @@
-"""The normal form of a circuit, taken gate by gate and apart from the library."""
+"""The normal form of a circuit, computed gate by gate and without the library."""
 
 from __future__ import annotations
 
@@ -27,7 +27,7 @@ def is_clifford_angle(angle: Parameter) -> bool:
 
 
 def normal_form(circuit: Circuit, merge: bool = True) -> tuple[list[list[Rotation]], PulledBack]:
-    """Blocks of rotations that commute pairwise, and the Clifford operator behind them."""
+    """Blocks of rotations that commute pairwise, and the Clifford operator after them."""
     rotations, clifford = unfolded(circuit, [is_clifford(gate) for gate in circuit])
     if merge:
         rotations, folded = _folded(_merged(rotations), circuit.n)
@@ -36,7 +36,7 @@ def normal_form(circuit: Circuit, merge: bool = True) -> tuple[list[list[Rotatio
 
 
 def _merged(rotations: Sequence[Rotation]) -> list[Rotation]:
-    """Each added to the nearest one before it about the same string that it can reach."""
+    """Each is added to the nearest earlier one of the same string that it can be moved to."""
     merged: list[Rotation] = []
     there: set[str] = set()
     for letters, angle in rotations:
@@ -52,7 +52,8 @@ def _merged(rotations: Sequence[Rotation]) -> list[Rotation]:
 
 
 def _folded(rotations: Sequence[Rotation], n: int) -> tuple[list[Rotation], PulledBack]:
-    """Rotations by Clifford angles pass into the operator behind, through which others are read."""
+    """Rotations by Clifford angles become part of the Clifford operator, which conjugates
+    others."""
     clifford = PulledBack(n)
     kept: list[Rotation] = []
     for letters, angle in rotations:
@@ -65,7 +66,7 @@ def _folded(rotations: Sequence[Rotation], n: int) -> tuple[list[Rotation], Pull
 
 
 def _blocks(rotations: Sequence[Rotation]) -> list[list[Rotation]]:
-    """Equal strings of a block are joined."""
+    """Angles of equal strings of a block are added."""
     blocks: list[list[Rotation]] = [[]]
     for letters, angle in rotations:
         if not all(commute(letters, other) for other, _ in blocks[-1]):

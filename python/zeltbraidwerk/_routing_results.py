@@ -1,8 +1,8 @@
-"""What comes of circuits that were taken apart and routed."""
+"""The results of taking circuits apart and of routing them."""
 
 from __future__ import annotations
 
-from collections.abc import Sequence
+from collections.abc import Iterable, Sequence
 from dataclasses import dataclass, field
 
 import numpy as np
@@ -10,9 +10,8 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _pauli_check, _routing_check
 from zeltbraidwerk._observables import MovesObservables
+from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.clifford import CliffordTableau
-from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Parameter
 from zeltbraidwerk.instructions import Barrier, Instruction
 
@@ -40,7 +39,7 @@ class NormalForm:
         return tuple(rotation for block in self.blocks for rotation in block)
 
     def verify(self) -> bool:
-        """Takes the circuit apart once more, gate by gate, with signs and apart from the library,
+        """Takes the circuit apart once more, gate by gate, with signs and without the library,
         and compares rotations and Clifford operator; and blocks commute."""
         blocks, clifford = _routing_check.normal_form(self.source, self.merged)
         wanted = [rotation for block in blocks for rotation in block]
@@ -58,36 +57,37 @@ class NormalForm:
         )
 
 
-@dataclass(frozen=True, repr=False)
+@dataclass(frozen=True, kw_only=True, repr=False)
 class Routing(MovesObservables):
-    """A routed circuit, and how it came about.
+    """A routed circuit, and how it was found.
 
     The source equals ``circuit`` followed by the Clifford operator ``tail``, up to a global phase;
     ``tail`` is the identity where it was closed. An observable O after the source has the value of
-    ``tail.inverse().conjugate(O)`` after the circuit: ``absorb`` and ``readout`` take the tail into
-    what is measured. On a larger device qubit k of the source is its qubit ``placement[k]``.
+    ``tail.inverse().conjugate(O)`` after the circuit: ``absorb`` and ``readout`` do that.
+
+    ``method`` is "trees" on the edges of a device, and "global_gates" for an ion machine, whose
+    gates are on any qubits and whose ``device`` is None. Routing draws nothing at random and makes
+    one run: ``seed`` is None, ``runs`` 1, ``trace`` empty, and ``permutation`` ascending.
     """
 
     circuit: Circuit
     source: Circuit
     tail: CliffordTableau
     rotations: int
-    seconds: float = field(compare=False)
-    placement: tuple[int, ...]
-    device: Device | None
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
 
     @property
     def entangling_count(self) -> int:
-        """Number of gates on two and more qubits, each counted once."""
-        return sum(len(gate.qubits) > 1 for gate in self.circuit.gates)
+        """Number of gates on two and more qubits, each counted once: for an ion machine the number
+        of global gates, while ``count`` is that of their pairs of ions."""
+        return self.circuit.entangling_count
 
     def _to_circuit(self) -> CliffordTableau:
         return self.tail.inverse()
 
     def verify(self) -> bool:
         """Follows the rotations of the circuit back through its gates, and those of the source
-        through the source's, with signs and apart from the library: they are the same, none before
+        through the source's, with signs and without the library: they are the same, none before
         another that it does not commute with; so are the Clifford operators, with the tail; and
         gates are on edges. Measurements and resets are those of the source, in their places."""
         circuit, ending = self.circuit.split_ending()
@@ -98,17 +98,15 @@ class Routing(MovesObservables):
         return (
             _pauli_check.same_rotations(found, wanted, True)
             and _fits(pulled, self.tail, clifford)
-            and (self.device is None or self.device.fits(self.circuit))
+            and self._on_edges()
             and _records(ending) == _records(wanted_ending)
         )
 
-    def __repr__(self) -> str:
-        closed = "closed" if self.tail == CliffordTableau(self.n) else "returned"
-        return (
-            f"Routing({len(self.placement)} qubits, {self.rotations} rotations, "
-            f"{self.entangling_count} entangling gates, depth {self.depth}, tail {closed}, "
-            f"{self.seconds:.2g} s)"
-        )
+    def _about(self) -> Iterable[str]:
+        yield f"{self.rotations} rotations"
+        if self.entangling_count != self.count:
+            yield f"{self.entangling_count} entangling gates"
+        yield "tail closed" if self.tail == CliffordTableau(self.n) else "tail returned"
 
 
 def placed(circuit: Circuit, placement: Sequence[int], n: int) -> Circuit:

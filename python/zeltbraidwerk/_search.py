@@ -1,13 +1,13 @@
-"""Runs of randomised searches, shared out over threads.
+"""Runs of randomised searches, distributed over threads.
 
-A search is a list of lanes, one a method; a lane is a row of runs, numbered from 0, each of which
-depends on its number alone. Threads take stretches of runs from the lanes. The answer is the best
-run, of equal ones the first of the first lane, and so it does not depend on the number of threads,
-unless a deadline decides which runs there are.
+A search is a list of lanes, one per method; a lane is a sequence of runs, numbered from 0, each of
+which depends on its number alone. Threads take blocks of consecutive runs from the lanes. The
+answer is the best run; ties: lowest lane, then lowest run. So it does not depend on the number of
+threads, unless a deadline ends the search.
 
-Runs of the search engine tell which numbers of gates and layers no circuit is below. Of the runs
-that are as good as that, one of the engine is the answer before those of other methods; when no
-run that is still to be made would be the answer instead, the search is over.
+Runs of the search engine prove lower bounds on the number of gates and layers. Of the runs that
+reach the bounds, one of the engine is preferred to those of other methods; when no remaining run
+could become the answer, the search ends.
 """
 
 from __future__ import annotations
@@ -23,15 +23,15 @@ from zeltbraidwerk import _validate, errors
 
 T = TypeVar("T")
 
-_STRETCH_SECONDS = 0.02  # long against what a stretch costs to start, short to a person
-_BEHIND = 0.05  # a lane whose best is this much longer than the best of all gets half its time
-_LOOK_SECONDS = 0.05  # between two looks at what runs tell
-SEARCH_STEPS = 200_000  # of a run of the search engine, where neither steps nor time are said
+_BLOCK_SECONDS = 0.02  # long compared with the start of a block, short for a person
+_EXCESS = 0.05  # a lane whose best is longer than the best of all by this share gets half its time
+_POLL_SECONDS = 0.05  # between two readings of the news of running kernels
+SEARCH_STEPS = 200_000  # of a run of the search engine, without steps and budget
 
 
 @dataclass(frozen=True)
 class Effort:
-    """The options on how long to search, checked."""
+    """The options of the length of a search, checked."""
 
     seed: int | None
     restarts: int | None
@@ -49,7 +49,7 @@ class Effort:
         steps: Any = None,
         progress: Any = None,
     ) -> Effort:
-        """``progress`` is checked alone: the trace of the search holds it."""
+        """``progress`` is only checked: the trace of the search keeps it."""
         _validate.callback(progress, "progress")
         return cls(
             None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1),
@@ -68,14 +68,15 @@ class Effort:
 
     @property
     def search_runs(self) -> int:
-        """Runs of the search engine. To the end of a budget, one each job."""
+        """Runs of the search engine; with a budget and no number of steps, one per job."""
         if self.restarts is not None:
             return self.restarts
         return self.jobs if self.search_steps is None else 1
 
 
 class Control(Protocol):
-    """A deadline and a stop flag that all kernels of one search look at, and what they tell."""
+    """A deadline and a stop flag that all kernels of a search read, and the news that they
+    write."""
 
     def stop(self) -> None: ...
     def ended(self) -> bool: ...
@@ -84,7 +85,7 @@ class Control(Protocol):
         ...
 
     def bound(self) -> tuple[int, int]:
-        """The numbers of gates and layers that no circuit is below, as far as proven."""
+        """The proven lower bounds on the numbers of gates and layers."""
         ...
 
 
@@ -98,7 +99,7 @@ class Point:
 
 
 class Progress(int):
-    """The objective as an int, and all that there is to tell of the best circuit so far."""
+    """The objective of the best circuit so far as an int, with its count, depth and seconds."""
 
     count: int
     depth: int
@@ -111,7 +112,7 @@ class Progress(int):
 
 
 class Trace:
-    """Hears of circuits, keeps the moments at which the best one got better, and tells of them."""
+    """Gets the size of each circuit found, and keeps and reports those better than all before."""
 
     def __init__(self, by_depth: bool, progress: Callable[[Progress], object] | None) -> None:
         self.points: list[Point] = []
@@ -119,7 +120,7 @@ class Trace:
         self._progress = progress
         self._best: tuple[int, int] | None = None
 
-    def hear(self, point: Point) -> None:
+    def add(self, point: Point) -> None:
         key = (point.depth, point.count) if self.by_depth else (point.count, point.depth)
         if self._best is not None and self._best <= key:
             return
@@ -131,8 +132,8 @@ class Trace:
 
 
 class Lane(Generic[T]):
-    """The runs of one method. ``run(first, last)`` gives the best of a stretch with its number, or
-    None when none of them finished; ``runs`` is None for as many as fit."""
+    """The runs of one method. ``run(first, last)`` returns the best of a block with its number, or
+    None when none of them finished; ``runs`` is None for no limit but the deadline."""
 
     def __init__(
         self,
@@ -142,14 +143,14 @@ class Lane(Generic[T]):
     ) -> None:
         self.run = run
         self.runs = runs
-        self.proves = proves  # the engine, which tells of bounds
+        self.proves = proves  # the search engine, which proves bounds
         self.next = 0
-        self.length = 1  # of the next stretch
-        self.seconds = 0.0  # worked so far, or being worked
+        self.length = 1  # of the next block
+        self.seconds = 0.0  # of work, done or begun
         self.best: float | None = None
 
     def open(self, ended: bool) -> bool:
-        """Run 0 is made in any case, so that there is an answer."""
+        """Run 0 is always made, so that there is an answer."""
         return self.next == 0 or (not ended and (self.runs is None or self.next < self.runs))
 
     def take(self) -> tuple[int, int]:
@@ -159,11 +160,11 @@ class Lane(Generic[T]):
         return first, self.next
 
     def share(self, best: float | None) -> float:
-        """Time spent, the dearer the further the lane's best lies behind the best of all."""
+        """Time spent, weighted by how much longer the best of the lane is than the best of all."""
         if best is None or self.next == 0:
             return self.seconds
-        behind = 1.0 if self.best is None else self.best / max(best, 1) - 1
-        return self.seconds * 2 ** min(behind / _BEHIND, 30)
+        excess = 1.0 if self.best is None else self.best / max(best, 1) - 1
+        return self.seconds * 2 ** min(excess / _EXCESS, 30)
 
     def timed(self, first: int, last: int) -> tuple[float, tuple[int, T] | None]:
         start = time.perf_counter()
@@ -174,29 +175,29 @@ class Lane(Generic[T]):
 def search_lane(
     run: Callable[[int], T], key: Callable[[T], tuple[int, ...]], effort: Effort
 ) -> Lane[T]:
-    """The runs of the search engine; each is a stream of the seed."""
+    """The runs of the search engine; each has its own stream of random numbers of the seed."""
 
-    def stretch(first: int, last: int) -> tuple[int, T]:
+    def block(first: int, last: int) -> tuple[int, T]:
         return min(((k, run(k)) for k in range(first, last)), key=lambda made: key(made[1]))
 
-    return Lane(stretch, effort.search_runs, proves=True)
+    return Lane(block, effort.search_runs, proves=True)
 
 
 class Search(Generic[T]):
-    """The best value so far, also when the search is broken off by an exception."""
+    """The best value so far, also when an exception ends the search."""
 
     def __init__(
         self,
         key: Callable[[T], tuple[int, ...]],
         control: Control,
-        look: Callable[[], object],
+        read_news: Callable[[], object],
         by_depth: bool,
     ) -> None:
         self.best: T | None = None
         self.runs = 0
         self._key = key
         self._control = control
-        self._look = look
+        self._read_news = read_news
         self._by_depth = by_depth
         self._run: tuple[tuple[int, ...], int, int] | None = None  # of the best: key, lane, number
 
@@ -210,13 +211,13 @@ class Search(Generic[T]):
                         first, last = lanes[place].take()
                         task = pool.submit(lanes[place].timed, first, last)
                         running[task] = (place, first, last)
-                        lanes[place].seconds += _STRETCH_SECONDS
+                        lanes[place].seconds += _BLOCK_SECONDS
                     if not running:
                         return
                     if not any(self._may_win(lanes, *part[:2]) for part in running.values()):
                         self._control.stop()
-                    ended = wait(running, _LOOK_SECONDS, FIRST_COMPLETED).done
-                    self._look()
+                    ended = wait(running, _POLL_SECONDS, FIRST_COMPLETED).done
+                    self._read_news()
                     for task in ended:
                         place, first, last = running.pop(task)
                         self.runs += last - first
@@ -224,7 +225,7 @@ class Search(Generic[T]):
                             on_better(self.best)  # type: ignore[arg-type]
             except BaseException:
                 self._control.stop()
-                for task, (place, first, last) in running.items():  # what they have by now counts
+                for task, (place, first, last) in running.items():  # what they have found counts
                     if not task.cancel() and task.exception() is None:
                         self._finish(lanes, place, last - first, *task.result())
                 raise
@@ -242,7 +243,7 @@ class Search(Generic[T]):
     def _rank(
         self, lanes: Sequence[Lane[T]], key: tuple[int, ...], place: int, run: int
     ) -> tuple[tuple[int, ...], bool, int, int]:
-        """Less is better. The bound is known from the first answer of the engine on."""
+        """Less is better. The bound is known after the first run of the engine."""
         return key, not (lanes[place].proves and self._is_least(key)), place, run
 
     def _is_least(self, key: tuple[int, ...]) -> bool:
@@ -265,8 +266,8 @@ class Search(Generic[T]):
     ) -> bool:
         """True when the search has become better."""
         lane = lanes[place]
-        lane.seconds += seconds - _STRETCH_SECONDS
-        if seconds < _STRETCH_SECONDS / 2:
+        lane.seconds += seconds - _BLOCK_SECONDS
+        if seconds < _BLOCK_SECONDS / 2:
             lane.length = max(lane.length, 2 * length)
         if found is None:
             return False
@@ -291,20 +292,20 @@ def best_of(
     trace: Trace,
 ) -> tuple[T, int]:
     """The best value and the number of runs. ``key`` gives count and depth, or depth and count, as
-    the trace has them. Raises what the package says where nothing was found, and where Ctrl-C came;
-    ``result`` makes of the best so far what that exception holds."""
+    in the trace. Raises UnfinishedError where nothing was found, and Interrupted after Ctrl-C, with
+    the ``result`` of the best so far."""
     start = time.perf_counter()
 
     def better(found: T) -> None:
         first, second = key(found)[:2]
         count, depth = (second, first) if trace.by_depth else (first, second)
-        trace.hear(Point(time.perf_counter() - start, count, depth))
+        trace.add(Point(time.perf_counter() - start, count, depth))
 
-    def look() -> None:
+    def read_news() -> None:
         for point in control.news():
-            trace.hear(Point(*point))
+            trace.add(Point(*point))
 
-    search = Search[T](key, control, look, trace.by_depth)
+    search = Search[T](key, control, read_news, trace.by_depth)
     try:
         search.work(lanes, jobs, better)
     except KeyboardInterrupt:

@@ -1,4 +1,4 @@
-"""Where on a device a circuit goes: found, or refused by name, before work starts."""
+"""The qubits of a device that a circuit uses: chosen, or refused, before work starts."""
 
 from __future__ import annotations
 
@@ -10,12 +10,12 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, errors
 from zeltbraidwerk.devices import Device
 
-_QUICK = 10_000  # steps towards a path that is nice to have
+_QUICK = 10_000  # steps of the search for a path that is not required
 
 
 @dataclass(frozen=True)
 class Site:
-    """Qubits of a device that hang together, wire k on ``qubits[k]``, and perhaps a Hamiltonian
+    """Connected qubits of a device, wire k on ``qubits[k]``, and for some methods a Hamiltonian
     path through the wires."""
 
     device: Device
@@ -29,16 +29,16 @@ class Site:
             return cls(device, tuple(range(n)))
         for qubits in device.connected_parts(n):
             return cls(device, qubits)
-        raise _in_pieces(device, n)
+        raise _disconnected(device, n)
 
     @classmethod
     def with_path(cls, device: Device, n: int, seconds: float) -> Site:
-        """The first part that has a path; a part takes an even share of the time."""
+        """The first connected part with a path; each part gets the same share of the time."""
         _refuse_small(device, n)
         whole = n == device.n and (n == 0 or device.is_connected)
         parts = [tuple(range(n))] if whole else list(device.connected_parts(n))
         if not parts:
-            raise _in_pieces(device, n)
+            raise _disconnected(device, n)
         unfinished = False
         for qubits in parts:
             try:
@@ -55,8 +55,8 @@ class Site:
         )
 
     def quick_path(self) -> Site | None:
-        """The same qubits with a path, where one is found soon. Steps are counted, not seconds, so
-        that the answer is the same every time."""
+        """The same qubits with a path, where one is found in few steps. Steps are counted, not
+        seconds, so that the answer is the same every time."""
         outcome, path = self.device.part(self.qubits)._search_path(_QUICK, None)
         return Site(self.device, self.qubits, path) if outcome == "found" and path else None
 
@@ -81,9 +81,8 @@ def _refuse_small(device: Device, n: int) -> None:
         raise errors.DeviceTooSmallError(f"device: got {device!r}, wanted at least {n} qubits")
 
 
-def _in_pieces(device: Device, n: int) -> errors.DisconnectedDeviceError:
+def _disconnected(device: Device, n: int) -> errors.DisconnectedDeviceError:
     return errors.DisconnectedDeviceError(
-        f"device: got {device!r} in pieces of "
-        f"{', '.join(str(len(piece)) for piece in device._pieces[:4])} qubits at most, "
-        f"wanted {n} that hang together"
+        f"device: got {device!r}, whose largest connected component has "
+        f"{len(device._pieces[0])} qubits, wanted {n} connected qubits"
     )

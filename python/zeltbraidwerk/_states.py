@@ -1,52 +1,45 @@
-"""Circuits that turn qubits, all of them 0, into a stabilizer state."""
+"""Circuits that prepare a stabilizer state from qubits that are all 0."""
 
 from __future__ import annotations
 
-import secrets
-import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass, field
 from typing import Any
 
 import numpy as np
+import numpy.typing as npt
 
-from zeltbraidwerk import _core, _pauli_check, _rotations, _search, _validate, errors
+from zeltbraidwerk import _core, _pauli_check, _renamed, _rotations, _search, errors
+from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import HoldsCircuit
-from zeltbraidwerk.circuits import Circuit, CnotCircuit
-from zeltbraidwerk.linear import Objective
+from zeltbraidwerk._operators import tableau_of
+from zeltbraidwerk._results import Objective, Result
+from zeltbraidwerk.circuits import Circuit
 
 __all__ = ["StateSynthesis", "synthesize_state"]
 
-_Stabiliser = tuple[bool, str]  # true for minus
-Found = tuple[str, Circuit, int, int]  # method, circuit, count, depth
+_Stabilizer = tuple[bool, str]  # true for minus
+FoundState = Found[npt.NDArray[np.int32]]
+
+_FAMILY = Family(("search",))
 
 
-@dataclass(frozen=True, repr=False)
-class StateSynthesis(HoldsCircuit):
-    """A circuit that turns all qubits, being 0, into a state, and how it came about.
+@dataclass(frozen=True, kw_only=True, repr=False)
+class StateSynthesis(Result):
+    """A circuit that prepares a state from qubits that are all 0, and how it was found.
 
-    ``stabilisers`` are signed strings that leave the state as it is, in the order given.
+    ``stabilizers`` are signed strings that leave the state as it is, in the order given.
     """
 
     circuit: Circuit
-    stabilisers: tuple[str, ...] = field(compare=False)
-    method: str
-    seed: int | None
-    runs: int = field(compare=False)
-    seconds: float = field(compare=False)
-    trace: tuple[_search.Point, ...] = field(compare=False, default=())
+    stabilizers: tuple[str, ...] = field(compare=False)
+
+    stabilisers = _renamed.Field("stabilizers")
 
     def verify(self) -> bool:
-        """Follows the stabilisers back through the circuit, gate by gate and apart from the
-        library, to what leaves all qubits 0: Z alone, with the sign plus."""
-        return prepares(self.circuit, self.stabilisers)
-
-    def __repr__(self) -> str:
-        return (
-            f"StateSynthesis({self.method}: {self.n} qubits, {self.count} two-qubit gates, "
-            f"depth {self.depth}, {self.seconds:.2g} s)"
-        )
+        """Follows the stabilizers back through the circuit, gate by gate and without the library,
+        to what leaves all qubits 0: Z alone, with the sign plus."""
+        return prepares(self.circuit, self.stabilizers)
 
 
 def synthesize_state(
@@ -63,9 +56,9 @@ def synthesize_state(
     """A circuit of CNOTs and gates on one qubit that prepares a stabilizer state from all qubits 0,
     up to a global phase.
 
-    ``state`` is a list of stabilisers, one a qubit, as signed strings of letters or Paulis of Stim
-    or Qiskit; or a tableau or a circuit of Clifford gates, of this package, Stim, Qiskit or pytket,
-    of which only what it makes of zeros counts.
+    ``state`` is a list of stabilizers, one per qubit, as signed strings of letters or Paulis of
+    Stim or Qiskit; or a tableau or a circuit of Clifford gates, of this package, Stim, Qiskit or
+    pytket, of which only the image of the state with all qubits 0 counts.
 
     ``objective`` is "count" or "depth" of gates on two qubits. The other options are those of the
     method "search" of :func:`zeltbraidwerk.linear.synthesize`.
@@ -73,74 +66,54 @@ def synthesize_state(
     >>> synthesize_state(["XXX", "ZZI", "-IZZ"], seed=1).count
     2
     """
-    start = time.perf_counter()
-    stabilisers = read(state)
-    _validate.choice(objective, "objective", ("count", "depth"))
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    drawn = secrets.randbits(64) if effort.seed is None else effort.seed
-    control = _core._SearchControl(effort.budget)
-    trace = _search.Trace(objective == "depth", progress)
+    call = _FAMILY.call(
+        objective=objective, seed=seed, restarts=restarts, budget=budget, steps=steps, jobs=jobs,
+        progress=progress,
+    )  # fmt: skip
+    stabilizers = read(state)
+    n = len(stabilizers)
 
-    def result(found: Found, runs: int) -> StateSynthesis:
-        return StateSynthesis(
-            circuit=found[1],
-            stabilisers=tuple("+-"[minus] + letters for minus, letters in stabilisers),
-            method=found[0],
-            seed=drawn,
-            runs=runs,
-            seconds=time.perf_counter() - start,
-            trace=tuple(trace.points),
-        )
+    def result(found: FoundState, runs: int) -> StateSynthesis:
+        return call.result(
+            StateSynthesis, found, runs, n, circuit=circuit_of(n, found.made),
+            stabilizers=tuple("+-"[minus] + letters for minus, letters in stabilizers),
+        )  # fmt: skip
 
-    lanes = [search_lane(stabilisers, objective == "depth", effort, drawn, control)]
-    key = by_depth if objective == "depth" else by_count
-    return result(*_search.best_of(lanes, effort.jobs, control, key, result, trace))
+    return result(*call.best([search_lane(call, stabilizers)], result))
 
 
-def by_count(found: Found) -> tuple[int, int]:
-    return found[2], found[3]
-
-
-def by_depth(found: Found) -> tuple[int, int]:
-    return found[3], found[2]
-
-
-def search_lane(
-    stabilisers: Sequence[_Stabiliser],
-    shallow: bool,
-    effort: _search.Effort,
-    seed: int,
-    control: Any,
-) -> _search.Lane[Found]:
+def search_lane(call: Call, stabilizers: Sequence[_Stabilizer]) -> _search.Lane[FoundState]:
     """The runs of the search for a state."""
-    letters = _rotations.codes([word for _, word in stabilisers], len(stabilisers))
-    minus = [sign for sign, _ in stabilisers]
-    steps = effort.search_steps
-    if effort.steps is None and steps is not None:
-        steps = _usual_steps(len(minus))
+    letters = _rotations.codes([word for _, word in stabilizers], len(stabilizers))
+    minus = [sign for sign, _ in stabilizers]
+    seed = call.draw_seed()
+    steps = call.effort.search_steps
+    if call.effort.steps is None and steps is not None:
+        steps = _default_steps(len(minus))
 
-    def run(number: int) -> Found:
+    def run(number: int) -> FoundState:
         operations, count, depth = _core._search_state(
-            letters, minus, shallow, seed, number, steps, control
+            letters, minus, call.by_depth, seed, number, steps, call.control
         )
-        return "search", circuit_of(len(minus), operations), count, depth
+        return Found("search", operations, tuple(range(len(minus))), count, depth)
 
-    return _search.search_lane(run, by_depth if shallow else by_count, effort)
+    return call.search_lane(run)
 
 
-def _usual_steps(n: int) -> int:
-    """A second or less: steps are the dearer the more qubits. Enough for a greedy run at least."""
+def _default_steps(n: int) -> int:
+    """For a second or less: a step takes longer the more qubits there are. At least as many as a
+    greedy run takes."""
     return min(50_000, max(40_000_000 // max(n * n, 1), n * n // 8))
 
 
-def prepares(circuit: Circuit, stabilisers: Sequence[str]) -> bool:
-    """Whether zeros come out with these stabilisers."""
+def prepares(circuit: Circuit, stabilizers: Sequence[str]) -> bool:
+    """Whether the circuit turns qubits that are all 0 into the state of these stabilizers."""
     pulled = _pauli_check.PulledBack(circuit.n)
     for gate in circuit:
         pulled.append(gate)
-    for stabiliser in stabilisers:
-        minus, letters = pulled.image(stabiliser.lstrip("+-"))
-        if minus != stabiliser.startswith("-") or set(letters) - set("IZ"):
+    for stabilizer in stabilizers:
+        minus, letters = pulled.image(stabilizer.lstrip("+-"))
+        if minus != stabilizer.startswith("-") or set(letters) - set("IZ"):
             return False
     return True
 
@@ -148,23 +121,21 @@ def prepares(circuit: Circuit, stabilisers: Sequence[str]) -> bool:
 # --- states of other forms ----------------------------------------------------------------------
 
 
-def read(state: Any) -> list[_Stabiliser]:
-    """The stabilisers of a state, checked."""
+def read(state: Any) -> list[_Stabilizer]:
+    """The stabilizers of a state, checked."""
     images = _of_operator(state)
-    stabilisers = _rotations.read_strings(state if images is None else images, "state")
-    n = len(stabilisers[0][1]) if stabilisers else 0
-    if len(stabilisers) != n:
+    stabilizers = _rotations.read_strings(state if images is None else images, "state")
+    n = len(stabilizers[0][1]) if stabilizers else 0
+    if len(stabilizers) != n:
         raise errors.ShapeError(
-            f"state: got {len(stabilisers)} stabilisers of {n} letters, wanted {n}"
+            f"state: got {len(stabilizers)} stabilizers of {n} letters, wanted {n}"
         )
-    _check(stabilisers)
-    return stabilisers
+    _check(stabilizers)
+    return stabilizers
 
 
 def _of_operator(state: Any) -> list[Any] | None:
     """The images of Z under a tableau or a circuit; None for what is neither."""
-    from zeltbraidwerk.clifford import CliffordTableau
-
     package, _, kind = _rotations._kind(state).partition(".")
     if package == "qiskit" and kind == "StabilizerState":
         state, kind = state.clifford, "Clifford"
@@ -174,37 +145,23 @@ def _of_operator(state: Any) -> list[Any] | None:
         return [state.z_output(q) for q in range(len(state))]
     if package == "stim" and kind == "TableauSimulator":
         return list(state.canonical_stabilizers())
-    if package == "pytket" and kind == "UnitaryTableau":
-        state, kind = state.to_circuit(), "Circuit"
-    if package in _CIRCUITS and kind in ("Circuit", "QuantumCircuit"):
-        state = _CIRCUITS[package](state)
-    if isinstance(state, (Circuit, CnotCircuit)):
-        state = CliffordTableau.from_circuit(state)
-    if isinstance(state, CliffordTableau):
-        return list(state.images()[1])
-    return None
+    tableau = tableau_of(state)
+    return None if tableau is None else list(tableau.images()[1])
 
 
-_CIRCUITS: dict[str, Callable[[Any], Circuit]] = {
-    "stim": Circuit.from_stim,
-    "qiskit": Circuit.from_qiskit,
-    "pytket": Circuit.from_pytket,
-}
-
-
-def _check(stabilisers: Sequence[_Stabiliser]) -> None:
+def _check(stabilizers: Sequence[_Stabilizer]) -> None:
     """Refuses strings that do not commute and those that are products of others."""
-    n = len(stabilisers)
-    words = np.array([list(letters) for _, letters in stabilisers], dtype="U1").reshape(n, n)
+    n = len(stabilizers)
+    words = np.array([list(letters) for _, letters in stabilizers], dtype="U1").reshape(n, n)
     has_x, has_z = np.isin(words, ("X", "Y")), np.isin(words, ("Z", "Y"))
     odd = (has_x.astype(int) @ has_z.T.astype(int) + has_z.astype(int) @ has_x.T.astype(int)) % 2
     if odd.any():
         i, j = np.argwhere(odd)[0]
         raise errors.PauliError(
-            f"state: got {stabilisers[i][1]} and {stabilisers[j][1]}, which do not commute"
+            f"state: got {stabilizers[i][1]} and {stabilizers[j][1]}, which do not commute"
         )
     reduced: dict[int, int] = {}  # by highest bit
-    for (_, letters), x, z in zip(stabilisers, has_x, has_z, strict=True):
+    for (_, letters), x, z in zip(stabilizers, has_x, has_z, strict=True):
         row = int.from_bytes(np.packbits(np.concatenate([x, z])).tobytes(), "big")
         while row and row.bit_length() in reduced:
             row ^= reduced[row.bit_length()]

@@ -1,5 +1,6 @@
-"""Arguments checked before work starts: each function returns its argument in the one form that
-the rest of the package uses, or raises with the argument's name, what came and what is wanted."""
+"""Checks of arguments before work starts: each function returns its argument in the one form that
+the rest of the package uses, or raises an error with the name and value of the argument and what is
+wanted."""
 
 from __future__ import annotations
 
@@ -24,7 +25,7 @@ _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
 
 
 def shown(value: Any) -> str:
-    """The value for the text of an error: on one line and short, whatever its ``repr`` does."""
+    """The value for the text of an error: short and on one line, even where its ``repr`` fails."""
     try:
         text = " ".join(repr(value).split())
     except Exception:  # also of an int with too many digits
@@ -64,8 +65,8 @@ def callback(value: Any, name: str) -> Callable[..., object] | None:
 
 
 def items(value: Any, name: str, wanted: str) -> list[Any]:
-    """What can be iterated over in a fixed order, as a list. Text, mappings and sets are refused;
-    so are masked arrays, whose mask would be lost."""
+    """A list of anything that can be iterated over in a fixed order. Text, mappings and sets are
+    refused; so are masked arrays, whose mask would be lost."""
     if type(value) in (tuple, list):
         return list(value)
     refused = (str, bytes, bytearray, set, frozenset, np.ma.MaskedArray)
@@ -128,7 +129,7 @@ def _index(value: Any, name: str) -> int:
 
 
 def real(value: Any, name: str, wanted: str) -> float:
-    """A number that is neither bool nor text; it may be infinite or no number."""
+    """A number, neither bool nor text; it may be infinite or not a number."""
     if type(value) is float:
         return value
     refused = (str, bytes, bytearray, *_BOOLS, np.ma.MaskedArray)
@@ -201,7 +202,7 @@ def pairs(value: Any, name: str) -> npt.NDArray[Any]:
 
 
 def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
-    """A read-only (k, 2) array of control and target, apart from the caller's."""
+    """A read-only (k, 2) array of control and target, not shared with the caller."""
     found = pairs(value, name)
     outside = found[(found < 0) | (found >= n)]
     if outside.size:
@@ -216,11 +217,11 @@ def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
 
 
 def array(value: Any, name: str) -> npt.NDArray[Any]:
-    """An array, or what holds one, as a plain array of numpy that is not copied where it need not
-    be. Nested lists, pandas, galois and sparse matrices of scipy are taken; masks are refused."""
+    """An array, or an object that holds one, as a plain array of numpy, not copied if possible.
+    Nested lists, pandas, galois and sparse matrices of scipy are taken; masks are refused."""
     parts = value if isinstance(value, (list, tuple)) else (value,)
     if any(isinstance(part, np.ma.MaskedArray) for part in parts):
-        raise errors.DtypeError(f"{name}: got a masked array, wanted one in which all entries hold")
+        raise errors.DtypeError(f"{name}: got a masked array, wanted an array without a mask")
     if comes_from(value, "scipy") and hasattr(value, "toarray"):
         value = value.toarray()
     if isinstance(value, (str, bytes, bytearray)) or not (

@@ -1,8 +1,9 @@
-"""Circuits: immutable values that draw themselves and convert to other packages' formats."""
+"""Circuits: immutable values that can be drawn and converted to the formats of other packages."""
 
 from __future__ import annotations
 
 import os
+from collections import Counter
 from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
 from typing import Any
@@ -10,7 +11,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _validate, errors
+from zeltbraidwerk import _core, _files, _renamed, _validate, errors
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -58,7 +59,7 @@ class CnotCircuit(CircuitBase):
 
     @classmethod
     def _trusted(cls, n: int, gates: npt.NDArray[np.int32]) -> CnotCircuit:
-        """Of an array that nobody else holds and whose entries are known to be right."""
+        """From an array that nobody else holds and whose entries are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n = n
         circuit._gates = _validate.frozen(gates)
@@ -86,6 +87,15 @@ class CnotCircuit(CircuitBase):
     def depth(self) -> int:
         """Number of layers when every CNOT is placed as soon as its qubits are free."""
         return self.to_core().depth()
+
+    @property
+    def two_qubit_depth(self) -> int:
+        """The same as ``depth``."""
+        return self.depth
+
+    @cached_property
+    def _sizes(self) -> Counter[int]:
+        return Counter({2: len(self._gates)})
 
     def matrix(self) -> npt.NDArray[np.bool_]:
         """The linear map: row r marks the inputs whose XOR stands on output r."""
@@ -176,8 +186,8 @@ class Circuit(CircuitBase):
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
-        """Whatever stands for a circuit: one of these, a CnotCircuit, a circuit of Qiskit, pytket
-        or Stim, text in OpenQASM 2, or the path of a file of it."""
+        """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
+        pytket or Stim, text in OpenQASM 2, or the path of a file with such text."""
         if isinstance(source, Circuit):
             return source
         if isinstance(source, CnotCircuit):
@@ -200,7 +210,7 @@ class Circuit(CircuitBase):
     def _trusted(
         cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
     ) -> Circuit:
-        """Of parts that are known to be right."""
+        """From parts that are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._items, circuit._classical = n, operations, classical
         return circuit
@@ -226,7 +236,7 @@ class Circuit(CircuitBase):
 
     @property
     def classical(self) -> tuple[Register, ...]:
-        """The classical registers; their bits are numbered through in this order."""
+        """The classical registers; their bits are numbered from 0 in this order."""
         return self._classical
 
     @property
@@ -234,16 +244,7 @@ class Circuit(CircuitBase):
         """Number of classical bits."""
         return sum(register.size for register in self._classical)
 
-    @property
-    def count(self) -> int:
-        """Number of gates, classically controlled ones among them."""
-        return sum(1 for _ in self._operations())
-
-    @property
-    def two_qubit_count(self) -> int:
-        """Number of two-qubit gates; an XX on k qubits counts its k (k - 1) / 2 pairs."""
-        sizes = [len(qubits) for _, qubits, _ in self._operations()]
-        return sum(size * (size - 1) // 2 for size in sizes)
+    count = _renamed.Field("gate_count")
 
     @cached_property
     def depth(self) -> int:
@@ -260,7 +261,7 @@ class Circuit(CircuitBase):
         return self._depth(2)
 
     def _depth(self, least: int) -> int:
-        """Of gates on so many qubits at least."""
+        """Of gates on at least ``least`` qubits."""
         layers = [0] * (self._n + self.bit_count)
         for item in self._items:
             wires = [*item.qubits, *(self._n + bit for bit in bits_of(item))]
@@ -275,15 +276,15 @@ class Circuit(CircuitBase):
         """The circuit without what ends it, and the ending: measurements and resets after which
         neither a gate uses their qubit nor a condition their bit, and barriers among them.
 
-        The two one after the other are the circuit, up to the order of operations that do not
-        meet and the place of barriers. What other functions need to be gates alone is the first.
+        The first followed by the second is the circuit, up to the order of operations on different
+        qubits and the places of barriers. Functions that need gates alone take the first.
 
         >>> circuit = Circuit(2, [Measure(0, 0), Gate.h(1), Measure(1, 1)])
         >>> circuit.split_ending()[0], [str(item) for item in circuit.split_ending()[1]]
         (Circuit(2 qubits, 1 gates, 0 two-qubit, depth 1), ['measure 0 -> 0', 'measure 1 -> 1'])
         """
         parts: tuple[list[Operation], list[Operation]] = ([], [])
-        busy: set[int] = set()  # what gates and conditions use from here on; bit b is -1 - b
+        busy: set[int] = set()  # used by later gates and conditions; bit b is -1 - b
         for item in reversed(self._items):
             bits = {-1 - bit for bit in bits_of(item)}
             ends = isinstance(item, (Measure, Reset, Barrier)) and busy.isdisjoint(
@@ -314,7 +315,7 @@ class Circuit(CircuitBase):
         )
 
     def inverse(self) -> Circuit:
-        """Gates backwards, barriers among them; other operations have no inverse."""
+        """The inverse gates and the barriers in reverse order; other operations have no inverse."""
         gates_alone(self, "circuit")
         return self._trusted(
             self._n,
@@ -373,9 +374,9 @@ class Circuit(CircuitBase):
         return self._n, self._items, self._classical
 
     def __repr__(self) -> str:
-        others = len(self._items) - self.count
+        others = len(self._items) - self.gate_count
         return (
-            f"Circuit({self._n} qubits, {self.count} gates, "
+            f"Circuit({self._n} qubits, {self.gate_count} gates, "
             f"{self.two_qubit_count} two-qubit, depth {self.depth}"
             f"{f', {others} other operations' if others else ''})"
         )

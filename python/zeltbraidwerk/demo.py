@@ -1,8 +1,8 @@
 """Shows the package at work: ``python -m zeltbraidwerk.demo [file]``, or ``records`` for a file.
 
-Without a file the input is MixColumns of AES. A file holds a matrix of one's own, a line of 0 and 1
-a row. "records" finds the shortest known circuits of ciphers again, from their seeds, in a few
-minutes. Every circuit is checked by replaying it gate by gate, apart from the code that built it.
+Without a file the input is MixColumns of AES. A file holds another matrix, one line of 0 and 1 per
+row. "records" computes the shortest known circuits of ciphers again, from their seeds, in a few
+minutes. Every circuit is checked by replaying it gate by gate, without the code that built it.
 """
 
 from __future__ import annotations
@@ -25,7 +25,7 @@ from zeltbraidwerk.gallery import BoolArray
 from zeltbraidwerk.linear import LinearSynthesis
 
 SMALL = np.array([[1, 0, 1, 0], [1, 1, 0, 0], [0, 1, 1, 1], [1, 1, 1, 1]], dtype=bool)
-DRAWN_WIRES = 8  # what a terminal shows well
+DRAWN_WIRES = 8  # what fits into a terminal
 RUNS: dict[str, Any] = {"restarts": 20, "budget": 1.0}  # of one method
 AUTO: dict[str, Any] = {"restarts": 1000, "budget": 2.0, "jobs": None}
 DEVICE_RUNS: dict[str, dict[str, Any]] = {  # where it is not one run of each method
@@ -161,7 +161,7 @@ def phase_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
     original = gallery.multiplier()
     terms, _ = zb.phase.polynomial_of(original)
     screen.title(f"Phases of a multiplier in GF(16), {len(terms)} parities of {original.n} qubits")
-    screen.note("Its Toffolis make one phase polynomial; what CNOTs leave behind is undone again.")
+    screen.note("Its Toffoli gates make one phase polynomial; the map of the CNOTs is undone.")
     right: list[bool] = []
 
     def rows() -> Iterator[tuple[str, ...]]:
@@ -184,10 +184,10 @@ def phase_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
 
 
 def pauli_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
-    """Every method on an ansatz of chemistry, next to each rotation alone, which is "ladder"."""
+    """Every method on an ansatz of chemistry; "ladder" is each rotation alone."""
     ansatz = gallery.uccsd(12, 4)
     screen.title(f"The UCCSD ansatz of LiH: {len(ansatz)} Pauli rotations on 12 qubits")
-    screen.note("One Trotter step each; the Clifford operator behind it undone.")
+    screen.note("One Trotter step each; the Clifford operator after it is undone.")
     right = _every_method(
         screen,
         zb.pauli.methods(),
@@ -198,14 +198,14 @@ def pauli_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bo
     left_open = zb.pauli.synthesize(ansatz, method="greedy", order="free", tail="return", seed=1)
     observable = "Z" * left_open.n
     print(
-        f"Not undone by greedy: {left_open.count} CNOTs; in place of {observable} behind the "
-        f"rotations,\nmeasure {left_open.absorb([observable])[0]} behind the circuit."
+        f"Not undone, by greedy: {left_open.count} CNOTs; instead of {observable} after the "
+        f"rotations,\nmeasure {left_open.absorb([observable])[0]} after the circuit."
     )
     return right and left_open.verify()
 
 
 def graph_state_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> bool:
-    """A random graph, next to a gate an edge, which is "naive"."""
+    """A random graph; "naive" is one gate per edge."""
     graph = gallery.random_graph(30)
     screen.title(f"Graph state of a random graph, 30 vertices, {int(np.triu(graph).sum())} edges")
     return _every_method(
@@ -225,14 +225,14 @@ def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
     screen.title(
         f"A multiplier in GF(16), {original.n} qubits, {rotations} rotations, on a 4 x 4 grid"
     )
-    screen.note("No SWAP gates. What Clifford gates leave behind is handed back, or closed.")
-    best = zb.routing.route(original, device, depth=1, tail="return")
+    screen.note("No SWAP gates. The remaining Clifford operator is returned, or closed.")
+    best = zb.routing.route(original, device, lookahead=1, tail="return")
     right: list[bool] = []
 
     def rows() -> Iterator[tuple[str, ...]]:
         yield "anywhere", str(original.two_qubit_count), str(original.two_qubit_depth), "-", "-"
         for name, routed in (
-            ("handed back", lambda: zb.routing.route(original, device, tail="return")),
+            ("returned", lambda: zb.routing.route(original, device, tail="return")),
             ("one step ahead", lambda: best),
             ("closed", lambda: zb.routing.route(original, device)),
             ("ions, global gates", lambda: zb.routing.route_ions(original)),
@@ -247,7 +247,7 @@ def routing_section(screen: Screen, matrix: BoolArray | None, picture: Path) -> 
     place = picture.with_name(f"{picture.stem}-routing.svg")
     place.write_text(device.draw(best.circuit), encoding="utf-8")
     print(f"Picture of the device and how often each edge is used: {place}")
-    screen.title("A Toffoli gate on a line of three qubits, and what it leaves behind")
+    screen.title("A Toffoli gate on a line of three qubits, and the Clifford operator that remains")
     toffoli = zb.routing.route("qreg q[3]; ccx q[0],q[1],q[2];", zb.Device.line(3), tail="return")
     right.append(toffoli.verify())
     print(f"{toffoli.circuit.draw()}\n{toffoli.tail}")
@@ -312,7 +312,7 @@ def read_matrix(path: Path) -> BoolArray:
     except OSError as error:
         raise InputError(f"cannot read {path}: {error.strerror}") from None
     except UnicodeDecodeError:
-        raise InputError(f"{path} is no text of 0 and 1") from None
+        raise InputError(f"{path} is not a text of 0 and 1") from None
     lines = [(number, "".join(line.split())) for number, line in enumerate(text.splitlines(), 1)]
     lines = [(number, line) for number, line in lines if line]
     if not lines:
@@ -336,7 +336,7 @@ def read_matrix(path: Path) -> BoolArray:
 def main(arguments: Sequence[str] | None = None) -> int:
     parser = argparse.ArgumentParser(prog="demo", description="Synthesises, verifies, draws.")
     parser.add_argument(
-        "file", nargs="?", type=Path, help='a matrix, a line of 0 and 1 a row; or "records"'
+        "file", nargs="?", type=Path, help='a matrix, one line of 0 and 1 per row; or "records"'
     )
     parser.add_argument("--picture", type=Path, help="where the picture goes (SVG)")
     options = parser.parse_args(arguments)
@@ -353,7 +353,7 @@ def main(arguments: Sequence[str] | None = None) -> int:
     if records:
         sections = [Section("records", False, records_section)]
     try:
-        # Every section runs, also behind one that failed.
+        # Every section runs, also after one that failed.
         outcomes = [section.run(screen, matrix, picture) for section in sections]
     except KeyboardInterrupt:
         print("\nstopped", file=sys.stderr)
@@ -367,7 +367,7 @@ def main(arguments: Sequence[str] | None = None) -> int:
 def _synthesised(
     screen: Screen, matrix: BoolArray, method: str, options: dict[str, Any]
 ) -> LinearSynthesis | None:
-    """None when no run ended in its time."""
+    """None when no run ended within the budget."""
     try:
         return zb.linear.synthesize(
             matrix, method=method, permutation="free", seed=1,

@@ -1,4 +1,4 @@
-"""Devices: which qubits may be joined by a two-qubit gate.
+"""Devices: which pairs of qubits may have a two-qubit gate.
 
 >>> import zeltbraidwerk as zb
 >>> device = zb.Device.grid(2, 3)
@@ -29,9 +29,10 @@ Edge = tuple[int, int]
 
 
 class Device:
-    """The coupling graph of a device: ``n`` qubits from 0 up, and the pairs that may be joined.
+    """The coupling graph of a device: ``n`` qubits from 0 up, and the pairs that may have a
+    two-qubit gate.
 
-    Edges have no direction. A device does not change; two are equal when their edges are.
+    Edges have no direction. Devices are immutable; two are equal when their edges are.
     """
 
     def __init__(self, n: int, edges: Iterable[tuple[int, int]], name: str = "") -> None:
@@ -43,11 +44,11 @@ class Device:
 
     @classmethod
     def from_edges(cls, edges: Iterable[tuple[int, int]], name: str = "") -> Device:
-        """As many qubits as the edges name: the greatest number in them and one more.
+        """A device with the qubits 0 to the greatest number in the edges.
 
         Edges are pairs of qubits, one per row where they are an array. A matrix is never read as
         an adjacency matrix: ``Device(len(matrix), numpy.argwhere(matrix))`` is the device of one.
-        Edges without qubit 0 are refused, since most of them count from 1.
+        Edges without qubit 0 are refused, since they probably count from 1.
         """
         return cls(*_couplings.of_edges(edges, "edges"), name)
 
@@ -84,7 +85,7 @@ class Device:
 
     @classmethod
     def grid(cls, rows: int, columns: int) -> Device:
-        """Qubit ``row * columns + column``, joined to its neighbours across and down."""
+        """Qubit ``row * columns + column``, connected to its neighbours in row and column."""
         r, c = _validate.integer(rows, "rows", 1), _validate.integer(columns, "columns", 1)
         n = _validate.qubit_count(r * c, "rows, columns")
         across = [(q, q + 1) for q in range(n) if (q + 1) % c]
@@ -92,8 +93,8 @@ class Device:
 
     @classmethod
     def heavy_hex(cls, rows: int, length: int) -> Device:
-        """``rows`` lines of ``length`` qubits, joined through single qubits at every fourth place,
-        by turns from place 0 and from place 2 on. Lines are numbered first."""
+        """``rows`` lines of ``length`` qubits, connected through single qubits at every fourth
+        place, alternately from place 0 and from place 2 on. Lines are numbered first."""
         r, k = _validate.integer(rows, "rows", 1), _validate.integer(length, "length", 1)
         n = _validate.qubit_count(r * k, "rows, length")
         pairs = [(q, q + 1) for q in range(n) if (q + 1) % k]
@@ -133,8 +134,8 @@ class Device:
 
     @classmethod
     def of(cls, source: Any) -> Device:
-        """Whatever stands for a device: one of these, a name, an object of networkx, rustworkx,
-        Qiskit or pytket, or edges, each as the method named after it reads it."""
+        """A device of anything that describes one: a Device, a name, an object of networkx,
+        rustworkx, Qiskit or pytket, or edges, each read as by the method named after it."""
         if isinstance(source, Device):
             return source
         if isinstance(source, str):
@@ -210,12 +211,12 @@ class Device:
         outcome, path = self._search_path(2**31 - 1, limit)
         if outcome == "unfinished":
             raise errors.UnfinishedError(
-                f"no Hamiltonian path of {self!r} was found in {limit:g} s, and none excluded"
+                f"no Hamiltonian path of {self!r} was found in {limit:g} s, nor shown not to exist"
             )
         return path if outcome == "found" else None
 
     def _search_path(self, steps: int, seconds: float | None) -> tuple[str, tuple[int, ...]]:
-        """ "found" with the path, "none", or "unfinished" behind that many steps or seconds."""
+        """ "found" with the path, "none", or "unfinished" after that many steps or seconds."""
         if self._path is not None:
             return self._path
         control = _core._SearchControl(seconds)
@@ -224,7 +225,7 @@ class Device:
             self._path = outcome, tuple(path)
         return outcome, tuple(path)
 
-    _path: tuple[str, tuple[int, ...]] | None = None  # once it was searched to the end
+    _path: tuple[str, tuple[int, ...]] | None = None  # once the search was completed
 
     def fits(self, circuit: Circuit | CnotCircuit) -> bool:
         """Whether every gate on several qubits is on edges."""
@@ -246,10 +247,10 @@ class Device:
         return Device(len(chosen), inner, f"part of {self._name}" if self._name else "")
 
     def connected_parts(self, n: int) -> Iterator[tuple[int, ...]]:
-        """Sets of ``n`` qubits that hang together, those with many edges among them first.
+        """Connected sets of ``n`` qubits, those with many edges among them first.
 
-        One for each qubit that it can grow from, at most; by the neighbour with most edges into
-        what is there.
+        At most one set for each qubit to start from; it is extended by the neighbour with the most
+        edges to the set.
         """
         return self._connected_parts(_validate.qubit_count(n))
 
@@ -274,7 +275,7 @@ class Device:
         return tuple(sorted(part))
 
     def draw(self, circuit: Circuit | CnotCircuit | None = None) -> str:
-        """A picture (SVG); with a circuit, its edges are marked with how often they are used."""
+        """A picture (SVG); with a circuit, edges are drawn by how often the circuit uses them."""
         used: dict[Edge, int] = {}
         operations = () if circuit is None else _circuit(circuit)._operations()
         if circuit is not None and circuit.n > self._n:

@@ -1,7 +1,7 @@
-"""What the package raises: one class a cause.
+"""The exceptions of the package, one class per cause.
 
-Every text names the argument, what came and what is wanted. All classes derive from
-:class:`Error` and from the built-in class that fits, so ``except ValueError`` works as ever.
+Every text names the argument, its value and what is wanted. All classes derive from :class:`Error`
+and from the built-in class that fits, so that ``except ValueError`` works too.
 """
 
 from __future__ import annotations
@@ -14,11 +14,11 @@ class Error(Exception):
 
 
 class DtypeError(Error, TypeError):
-    """An argument of the wrong type: entries that are no bits, qubits that are no integers."""
+    """An argument of the wrong type: entries that are not bits, qubits that are not integers."""
 
 
 class EntryError(Error, ValueError):
-    """A matrix of integers that holds others than 0 and 1."""
+    """A matrix with entries other than 0 and 1."""
 
 
 class ShapeError(Error, ValueError):
@@ -34,7 +34,7 @@ class QubitError(Error, ValueError):
 
 
 class AngleError(Error, ValueError):
-    """An angle that is no finite number."""
+    """An angle that is not a finite number."""
 
 
 class GateError(Error, ValueError):
@@ -70,7 +70,7 @@ class GraphError(Error, ValueError):
 
 
 class DeviceError(Error, ValueError):
-    """Something that is no device, or an edge that joins no two of its qubits."""
+    """Not a device, or an edge that does not join two of its qubits."""
 
 
 class DeviceTooSmallError(DeviceError):
@@ -78,7 +78,7 @@ class DeviceTooSmallError(DeviceError):
 
 
 class DisconnectedDeviceError(DeviceError):
-    """A device in pieces, none of them large enough."""
+    """A disconnected device without a connected component that is large enough."""
 
 
 class NoHamiltonianPathError(DeviceError):
@@ -102,7 +102,7 @@ class OptionError(Error, ValueError):
 
 
 class TooLargeError(OptionError):
-    """Options that ask for more memory than there is; the text gives the size."""
+    """An input or options that need more memory or time than there is; the text gives the size."""
 
 
 class UnfinishedError(Error, RuntimeError):
@@ -116,7 +116,7 @@ class MissingPackageError(Error, RuntimeError, ImportError):
 class Interrupted(KeyboardInterrupt):
     """Ctrl-C during a search. ``best`` is the best result so far, or None.
 
-    A KeyboardInterrupt and no :class:`Error`: it ends a program unless somebody wants the result.
+    A KeyboardInterrupt and not an :class:`Error`: it ends a program that does not catch it.
     """
 
     def __init__(self, text: str, best: Any = None) -> None:

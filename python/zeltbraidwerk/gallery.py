@@ -28,7 +28,7 @@ _MOST = 2**31 - 1
 
 
 def circulant(first_row: list[int], polynomial: int) -> BoolArray:
-    """The circulant of field elements, each row the one above turned right by one place.
+    """The circulant matrix of field elements: each row is the one above rotated right by one place.
 
     Entries are elements of GF(2)[x] modulo ``polynomial``, of degree at most 64, bit k the
     coefficient of x^k.
@@ -123,7 +123,7 @@ def uccsd(
         for orbital, raises in [(a, True) for a in empty] + [(i, False) for i in filled[::-1]]:
             product = _ladder(product, orbital, raises)
         for (x, z), factor in sorted(product.items()):
-            # Of T - T-dagger the imaginary part stays, twice: exp(i 2 c P) turns by -4 c.
+            # T - T-dagger is twice the imaginary part: exp(i 2 c P) is a rotation by -4 c.
             ys = (x & z).bit_count()
             coefficient = (factor * (-1j) ** ys).imag
             if coefficient:
@@ -148,7 +148,7 @@ def _ladder(
     product: dict[tuple[int, int], complex], orbital: int, raises: bool
 ) -> dict[tuple[int, int], complex]:
     """A sum of X^x Z^z times Z..Z (X -/+ iY)/2, which raises or lowers the orbital's occupation:
-    X (1 +/- Z)/2 behind Z on the orbitals below."""
+    X (1 +/- Z)/2 after Z on the orbitals below."""
     below, bit = (1 << orbital) - 1, 1 << orbital
     result: dict[tuple[int, int], complex] = {}
     for (x, z), factor in product.items():
@@ -184,7 +184,7 @@ def maxcut(n: int, seed: int = 1) -> list[str]:
 
 
 def random_graph(n: int, seed: int = 1) -> BoolArray:
-    """A symmetric matrix, each pair of vertices joined or not with equal odds."""
+    """A symmetric matrix, with an edge between each pair of vertices with probability 1/2."""
     n, rng = _validate.qubit_count(n), _random(seed)
     graph = np.zeros((n, n), dtype=bool)
     for i in range(n):
@@ -194,8 +194,8 @@ def random_graph(n: int, seed: int = 1) -> BoolArray:
 
 
 def random_clifford(n: int, count: int) -> list[CliffordTableau]:
-    """``count`` Clifford operators, of so many random gates that all of them are about as likely;
-    the same ones every time.
+    """``count`` Clifford operators of random gates, enough to make all operators about equally
+    likely; the same ones every time.
 
     >>> random_clifford(2, 1)[0].n
     2
@@ -214,14 +214,15 @@ def random_clifford(n: int, count: int) -> list[CliffordTableau]:
 
 
 def multiplier() -> Circuit:
-    """Multiplication in GF(16) with the Hadamards moved out: CCZs, taken apart, and three CNOTs.
+    """Multiplication in GF(16) as decomposed CCZ gates and three CNOTs, without Hadamards at the
+    ends.
 
-    The Toffolis' targets carry a Hadamard at each end of the circuit alone; between the two, a
-    Toffoli is a CCZ, and a CNOT from target to target is turned round.
+    The targets of the Toffoli gates have a Hadamard at each end of the circuit, which is left out;
+    between the two, a Toffoli is a CCZ, and control and target of a CNOT between targets change.
     """
     text = (Path(__file__).parent / "data" / "gf16_mult.qasm").read_text(encoding="ascii")
     text = re.sub(r"\bcx (\S+),(\S+);", r"cx \2,\1;", text).replace("ccx", "ccz")
-    # A CCZ is taken apart with Hadamards around its Toffoli, which cancel those within.
+    # The Hadamards around the Toffoli of a CCZ cancel those in its decomposition.
     circuit = Circuit.from_qasm(text, reader="own")
     return Circuit(circuit.n, [gate for gate in circuit if gate.name != "H"])
 
@@ -240,7 +241,7 @@ def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
 
 
 def rank(rows: list[int]) -> int:
-    """Rank over GF(2) of rows written as ints, a bit a column."""
+    """Rank over GF(2) of rows written as ints, one bit per column."""
     basis: dict[int, int] = {}
     for row in _validate.items(rows, "rows", "a list of ints"):
         row = _validate.integer(row, "rows", 0)

@@ -89,7 +89,7 @@ class Parameter:
 
 
 def parameter(value: Any, name: str) -> Parameter:
-    """The value as a Parameter; ``name`` is the argument that an error is to tell of."""
+    """The value as a Parameter; errors name the argument ``name``."""
     if isinstance(value, Parameter):
         return value
     if isinstance(value, str):
@@ -98,8 +98,8 @@ def parameter(value: Any, name: str) -> Parameter:
 
 
 def _expression(text: str, name: str) -> str:
-    """The text as it is, where it is an expression with a name in it."""
-    missing, names = 1, 0  # operands that are still to come, and names so far
+    """The text unchanged, if it is an expression with a name in it."""
+    missing, names = 1, 0  # operands that are still missing, and names so far
     for token in text.split(" "):
         is_name = token not in _OPERANDS and _NAME.fullmatch(token)
         if missing == 0 or not (token in _OPERANDS or is_name or _NUMBER.fullmatch(token)):
@@ -133,7 +133,7 @@ _INVERSES = {"S": "D-S", "D-S": "S"} | {
 
 
 def _listed(value: Any) -> Any:
-    """One value alone in a tuple. Text is one value, and so is an array without a dimension."""
+    """A single value as a tuple. Text is a single value, and so is an array without dimensions."""
     if type(value) in (tuple, list):
         return value
     if type(value) in (int, float, str, Parameter) or not isinstance(value, Iterable):
@@ -184,7 +184,7 @@ class Gate:
 
     @classmethod
     def _trusted(cls, name: str, qubits: tuple[int, ...], params: tuple[Parameter, ...]) -> Gate:
-        """Of parts that are known to be right."""
+        """From parts that are known to be valid."""
         gate = cls.__new__(cls)
         gate._name, gate._qubits, gate._params = name, qubits, params
         return gate

@@ -1,4 +1,4 @@
-"""Circuits that prepare graph states, with fewer gates than one an edge.
+"""Circuits that prepare graph states, with fewer gates than one per edge.
 
 The graph state of a graph has every qubit in the state plus, and a CZ on every edge. For vertex i,
 X on it times Z on its neighbours leaves the state as it is.
@@ -12,9 +12,7 @@ X on it times Z on its neighbours leaves the state as it is.
 
 from __future__ import annotations
 
-import secrets
-import time
-from collections.abc import Callable
+from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field
 from functools import partial
 from typing import Any
@@ -22,62 +20,60 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _couplings, _search, _states, _validate, errors
+from zeltbraidwerk import _core, _couplings, _renamed, _search, _states, _validate, errors
+from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import HoldsCircuit
+from zeltbraidwerk._results import Objective, Result
+from zeltbraidwerk._states import FoundState
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.linear import Objective
 
 __all__ = ["GraphStateSynthesis", "methods", "synthesize"]
 
-_METHODS = ("naive", "decoding", "search")
 _AUTO = ("naive", "search")
 _DEFAULT_RUNS = 10
 _TRIES = 100
-_TAKERS = {
-    "tries": ("decoding",),
-    "restarts": ("auto", "decoding", "search"),
-    "budget": ("auto", "decoding", "search"),
-    "steps": ("auto", "search"),
-}
+_FAMILY = Family(
+    ("naive", "decoding", "search"),
+    takers={
+        "tries": ("decoding",),
+        "restarts": ("auto", "decoding", "search"),
+        "budget": ("auto", "decoding", "search"),
+        "steps": ("auto", "search"),
+    },
+)
 
 
-def methods() -> tuple[str, ...]:
-    """The names that ``method`` takes.
+def methods(*, device: bool = False) -> tuple[str, ...]:
+    """The names that ``method`` takes. There are none for a device yet.
 
-    >>> methods()
-    ('auto', 'naive', 'decoding', 'search')
+    >>> methods(), methods(device=True)
+    (('auto', 'naive', 'decoding', 'search'), ())
     """
-    return ("auto", *_METHODS)
+    return _FAMILY.methods(device)
 
 
-@dataclass(frozen=True, repr=False)
-class GraphStateSynthesis(HoldsCircuit):
-    """A circuit that turns all qubits, being 0, into a graph state, and how it came about."""
+@dataclass(frozen=True, kw_only=True, repr=False)
+class GraphStateSynthesis(Result):
+    """A circuit that prepares a graph state from qubits that are all 0, and how it was found.
+    ``graph`` is the adjacency matrix."""
 
     circuit: Circuit
     graph: npt.NDArray[np.bool_] = field(compare=False)
-    method: str
-    seed: int | None
-    runs: int = field(compare=False)
-    seconds: float = field(compare=False)
-    trace: tuple[_search.Point, ...] = field(compare=False, default=())
+
+    stabilisers = _renamed.Field("stabilizers", lambda result: lambda: list(result.stabilizers))
 
     def verify(self) -> bool:
-        """Follows the stabilisers of the graph state back through the circuit, gate by gate and
-        apart from the library, to what leaves all qubits 0: Z alone, and no sign."""
-        return _states.prepares(self.circuit, self.stabilisers())
+        """Follows the stabilizers of the graph state back through the circuit, gate by gate and
+        without the library, to what leaves all qubits 0: Z alone, and no sign."""
+        return _states.prepares(self.circuit, self.stabilizers)
 
-    def stabilisers(self) -> list[str]:
-        """X on a vertex, or Y where it has a loop, and Z on its neighbours."""
-        return _stabilisers(self.graph)
+    @property
+    def stabilizers(self) -> tuple[str, ...]:
+        """For each vertex X, or Y where it has a loop, and Z on its neighbours."""
+        return tuple(_stabilizers(self.graph))
 
-    def __repr__(self) -> str:
-        edges = int(np.triu(self.graph, 1).sum())
-        return (
-            f"GraphStateSynthesis({self.method}: {self.n} qubits, {edges} edges, "
-            f"{self.count} two-qubit gates, depth {self.depth}, {self.seconds:.2g} s)"
-        )
+    def _about(self) -> Iterable[str]:
+        yield f"{int(np.triu(self.graph, 1).sum())} edges"
 
 
 def synthesize(
@@ -103,69 +99,47 @@ def synthesize(
     "naive" takes one CZ per edge. "decoding" builds the state vertex by vertex, each attached by
     few gates found by syndrome decoding with ``tries`` random restarts (default: 100); ``restarts``
     is the number of its runs, later ones in another order of the vertices. "search" begins with one
-    gate per edge and gets better for as long as it may go on, as in
+    gate per edge and finds shorter circuits the longer it runs, as in
     :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too. "auto" takes the
     better of "naive" and "search". ``objective`` is "count" or "depth" of gates on two qubits.
     An option that the method does not take is refused.
     """
-    start = time.perf_counter()
+    call = _FAMILY.call(
+        method=method, objective=objective, seed=seed, restarts=restarts, budget=budget,
+        steps=steps, jobs=jobs, progress=progress, tries=tries,
+    )  # fmt: skip
     adjacency = _adjacency(graph)
-    _validate.method(method, methods())
-    _validate.choice(objective, "objective", ("count", "depth"))
-    _validate.options_of(
-        method, _TAKERS, tries=tries, restarts=restarts, budget=budget, steps=steps
-    )
+    n = len(adjacency)
     most_tries = _TRIES if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    drawn = secrets.randbits(64) if effort.seed is None else effort.seed
-    control = _core._SearchControl(effort.budget)
-    by_depth = objective == "depth"
+    drawn = call.draw_seed()
 
-    def run(name: str, first: int, last: int) -> tuple[int, _states.Found] | None:
+    def run(name: str, first: int, last: int) -> tuple[int, FoundState] | None:
         found = _core._best_graph_state(
-            adjacency,
-            most_tries if name == "decoding" else -1,
-            drawn,
-            first,
-            last,
-            by_depth,
-            control,
-        )
+            adjacency, most_tries if name == "decoding" else -1, drawn, first, last,
+            call.by_depth, call.control,
+        )  # fmt: skip
         if found is None:
             return None
         number, operations, count, depth = found
-        return number, (name, circuit_of(len(adjacency), operations), count, depth)
+        return number, Found(name, operations, tuple(range(n)), count, depth)
 
-    runs = effort.restarts
-    if runs is None and effort.budget is None:
+    def result(found: FoundState, runs: int) -> GraphStateSynthesis:
+        circuit = circuit_of(n, found.made)
+        return call.result(GraphStateSynthesis, found, runs, n, circuit=circuit, graph=adjacency)
+
+    runs = call.effort.restarts
+    if runs is None and call.effort.budget is None:
         runs = _DEFAULT_RUNS
-    trace = _search.Trace(by_depth, progress)
-    lanes: list[_search.Lane[_states.Found]] = []
-    for name in _AUTO if method == "auto" else (method,):
+    lanes: list[_search.Lane[FoundState]] = []
+    for name in _AUTO if call.method == "auto" else call.names:
         if name == "search":
-            stabilisers = [(False, word) for word in _stabilisers(adjacency)]
-            lane = _states.search_lane(stabilisers, by_depth, effort, drawn, control)
+            lanes.append(_states.search_lane(call, [(False, w) for w in _stabilizers(adjacency)]))
         else:
-            lane = _search.Lane(partial(run, name), 1 if name == "naive" else runs)
-        lanes.append(lane)
-
-    def result(found: _states.Found, made: int) -> GraphStateSynthesis:
-        name, circuit, *_ = found
-        return GraphStateSynthesis(
-            circuit=circuit,
-            graph=adjacency,
-            method=name,
-            seed=drawn,
-            runs=made,
-            seconds=time.perf_counter() - start,
-            trace=tuple(trace.points),
-        )
-
-    key = _states.by_depth if by_depth else _states.by_count
-    return result(*_search.best_of(lanes, effort.jobs, control, key, result, trace))
+            lanes.append(_search.Lane(partial(run, name), 1 if name == "naive" else runs))
+    return result(*call.best(lanes, result))
 
 
-def _stabilisers(graph: npt.NDArray[np.bool_]) -> list[str]:
+def _stabilizers(graph: npt.NDArray[np.bool_]) -> list[str]:
     return [
         "".join("XY"[entry] if k == i else "IZ"[entry] for k, entry in enumerate(row))
         for i, row in enumerate(graph.astype(int).tolist())

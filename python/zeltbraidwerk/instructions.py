@@ -1,7 +1,7 @@
-"""What a circuit holds beside gates: measurements, resets, barriers, classically controlled gates.
+"""What a circuit holds besides gates: measurements, resets, barriers, classically controlled gates.
 
 They are immutable values and share ``name``, ``qubits`` and ``params`` with
-:class:`~zeltbraidwerk.Gate`, so that one loop goes over all. No name of theirs is one of a gate.
+:class:`~zeltbraidwerk.Gate`, so that one loop can treat all. None has the name of a gate.
 
 >>> Measure(0, 1), Reset(0), Barrier((0, 1))
 (Measure(qubit=0, bit=1), Reset(qubit=0), Barrier(qubits=(0, 1)))
@@ -11,9 +11,9 @@ Conditional(operation=Gate('X', (2,)), bits=(0, 1), value=3)
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
-from typing import TYPE_CHECKING, Any, ClassVar, Self, TypeAlias
+from typing import TYPE_CHECKING, Any, ClassVar, Protocol, Self, TypeAlias
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.gates import Gate, Parameter
@@ -23,7 +23,7 @@ __all__ = ["Barrier", "Conditional", "Instruction", "Measure", "Register", "Rese
 
 @dataclass(frozen=True)
 class Register:
-    """Classical bits with a name; the bits of a circuit's registers are numbered through."""
+    """Classical bits with a name. The bits of all registers of a circuit are numbered from 0."""
 
     name: str
     size: int
@@ -37,10 +37,10 @@ class Register:
 
 @dataclass(frozen=True)
 class Instruction:
-    """Base of all operations that are no gates.
+    """Base of all operations other than gates.
 
-    ``where`` tells where the operation was read, such as "line 12", for the texts of errors; it
-    does not count when two are compared.
+    ``where`` tells where the operation was read, such as "line 12", for error messages; it
+    is not compared.
     """
 
     name: ClassVar[str]
@@ -197,6 +197,16 @@ class Conditional(Instruction):
 Operation: TypeAlias = Gate | Instruction
 
 
+class WholeCircuit(Protocol):
+    """What pictures and writers of other formats read of a :class:`~zeltbraidwerk.Circuit`."""
+
+    @property
+    def n(self) -> int: ...
+    @property
+    def classical(self) -> tuple[Register, ...]: ...
+    def __iter__(self) -> Iterator[Any]: ...
+
+
 def placed(operation: Any, places: Sequence[int]) -> Any:
     """The operation on other qubits: what is on qubit q goes to ``places[q]``."""
     if isinstance(operation, Gate):
@@ -226,7 +236,7 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
 
 
 def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:
-    """Checked; where none are given, one named c for the bits that are used."""
+    """The registers, checked; where none are given, one named c for the bits that are used."""
     used = 1 + max((bit for item in operations for bit in bits_of(item)), default=-1)
     if given is None:
         return (Register("c", used),) if used else ()
@@ -250,7 +260,7 @@ def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register,
 
 
 def bits_of(item: Operation) -> tuple[int, ...]:
-    """Those that an operation reads or writes."""
+    """The bits that an operation reads or writes."""
     if isinstance(item, Gate):
         return ()
     return item.bits + (bits_of(item.operation) if isinstance(item, Conditional) else ())
@@ -265,6 +275,6 @@ def _index(value: Any, name: str) -> int:
 
 
 def _set(built: Any, /, **fields: Any) -> None:
-    """Of a frozen value while it is built."""
+    """Sets fields of a frozen value while it is built."""
     for name, entry in fields.items():
         object.__setattr__(built, name, entry)

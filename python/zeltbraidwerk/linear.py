@@ -13,105 +13,31 @@ True
 
 from __future__ import annotations
 
-import os
-import secrets
-import time
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field, replace
 from functools import partial
-from typing import Any, Literal
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk._family import Call, Found
+from zeltbraidwerk._linear_methods import FAMILY, METHODS, ON_DEVICE, Method, checked
+from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import CnotCircuit
 from zeltbraidwerk.devices import Device
 
 __all__ = ["LinearSynthesis", "Method", "methods", "synthesize"]
 
-Objective = Literal["count", "depth"]
-Permutation = Literal["exact", "free"]
-_Found = tuple[str, CnotCircuit, tuple[int, ...]]
+_Found = Found[CnotCircuit]
+_Lane = _search.Lane[_Found]
 
-_FACINGS = 4  # runs that differ without a draw
-_STEPS_A_QUBIT = 12_500  # of a search without a limit
+_FACINGS = 4  # runs that differ without a random draw
+_STEPS_PER_QUBIT = 12_500  # of a search without a limit
 _STEPS_FOR_DEPTH = 100_000  # the same up to 32 qubits; above, a step takes longer by their square
 _SHORT_BUDGET = 0.25  # seconds; the tables of windows on five wires take a part of it to build
-
-
-@dataclass(frozen=True)
-class Method:
-    """What a method is good for. ``permutation`` is what its own circuits leave to do: "free" ones
-    come out on other wires, and are closed where the outputs must be in place."""
-
-    name: str
-    summary: str
-    lowers: Objective
-    permutation: Permutation
-    draws: bool = False
-    quick: bool = False  # too short to be stopped
-    options: frozenset[str] = frozenset()
-    most: int = 2**31 - 1  # qubits
-    # Bytes of the beam's states, by size, width and lookahead.
-    memory: Callable[[int, int, int], int] = field(default=lambda n, width, lookahead: 0)
-
-
-def _greedy_memory(n: int, width: int, lookahead: int) -> int:
-    states: int = width ** max(lookahead - 2, 0)
-    return 16 * states * width + states * 12 * n * n
-
-
-def _syndrome_memory(n: int, width: int, lookahead: int) -> int:
-    states: int = width**lookahead
-    return 2 * states * (12 + 4 * lookahead + n // 8)
-
-
-_ELIMINATION = partial(Method, lowers="count", permutation="exact", quick=True)
-_GREEDY = partial(
-    Method, lowers="count", permutation="free", draws=True, most=16383,
-    options=frozenset(("width", "lookahead")), memory=_greedy_memory,
-)  # fmt: skip
-
-_SEARCH = Method(
-    "search",
-    "beams, and walks through windows with known shortest circuits",
-    "count",
-    "exact",
-    True,
-)
-
-# One line a method; what runs under the name stands in the table of the bindings.
-_METHODS = {
-    method.name: method
-    for method in (
-        _ELIMINATION("gauss", "plain Gaussian elimination"),
-        _ELIMINATION("pmh", "elimination in sections of columns", options=frozenset(("section",))),
-        _ELIMINATION("pairs", "elimination by pairs of similar rows"),
-        Method("blocks", "block recursion with matchings, for depth", "depth", "free"),
-        Method(
-            "syndrome", "LU factors, each row found by syndrome decoding", "count", "free",
-            options=frozenset(("width", "lookahead")), memory=_syndrome_memory,
-        ),
-        _GREEDY("greedy", "greedy additions that lower the ones of the matrix"),
-        _GREEDY("greedy_inverse", "the same, of the matrix and its inverse"),
-        _GREEDY("greedy_escape", "the same as greedy, leaving dead ends through the inverse"),
-        _GREEDY("greedy_log", "greedy additions that lower the logarithms of the row weights"),
-        _SEARCH,
-    )
-}  # fmt: skip
-
-# The same on a device, where every CNOT is on an edge.
-_ON_DEVICE = {
-    method.name: method
-    for method in (
-        Method("row_column", "rows and columns cleared along Steiner trees", "count", "free", True),
-        Method("steiner", "elimination along a Hamiltonian path", "count", "exact"),
-        _SEARCH,
-    )
-}
-
 
 # What "auto" runs beside the search, and up to which number of qubits.
 _AUTO: dict[Objective, dict[str, int]] = {
@@ -129,69 +55,36 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     >>> methods(device=True)
     ('auto', 'row_column', 'steiner', 'search')
     """
-    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
+    return FAMILY.methods(device)
 
 
-@dataclass(frozen=True, repr=False)
-class LinearSynthesis:
-    """A circuit for a matrix, and how it came about.
+@dataclass(frozen=True, kw_only=True, repr=False)
+class LinearSynthesis(Result):
+    """A circuit for a matrix, and how it was found.
 
-    Output r of the map stands on wire ``permutation[r]``: row ``permutation[r]`` of the circuit's
-    matrix is row r of the matrix that was asked for. On a device with more qubits than that, wire k
-    is its qubit ``placement[k]``; elsewhere the two are the same.
-
-    ``trace`` holds the moments of the search at which its best became better. ``window`` is the
-    number of wires of the largest windows of the method "search", 4 where the budget was too short
-    for the tables of 5, and None for other methods. ``front`` is what "search" found for the
-    objective "depth": circuits from few layers to few gates, none both as shallow and as short as
-    another.
+    Row ``permutation[r]`` of the circuit's matrix is row r of ``matrix``, which was asked for.
+    ``window`` is the number of wires of the largest windows of the method "search", 4 where the
+    budget was too short for the tables of 5, and None for other methods. ``front`` is what "search"
+    found for the objective "depth": circuits from few layers to few gates, of which none has both
+    at most as many layers and at most as many gates as another.
     """
 
     circuit: CnotCircuit
-    permutation: tuple[int, ...]
-    method: str
-    objective: Objective
-    seed: int | None
-    runs: int = field(compare=False)
-    seconds: float = field(compare=False)
     matrix: npt.NDArray[np.bool_] = field(compare=False)
-    placement: tuple[int, ...] = ()
-    device: Device | None = None
-    trace: tuple[_search.Point, ...] = field(compare=False, default=())
     window: int | None = field(compare=False, default=None)
     front: tuple[LinearSynthesis, ...] = field(compare=False, default=())
 
-    @property
-    def n(self) -> int:
-        return self.circuit.n
-
-    @property
-    def count(self) -> int:
-        return self.circuit.count
-
-    @property
-    def depth(self) -> int:
-        return self.circuit.depth
-
     def verify(self) -> bool:
-        """Replays the circuit, gate by gate and apart from the library, against the matrix; on a
-        device, against its edges too."""
+        """Replays the circuit, gate by gate and without the library, against the matrix; on a
+        device, checks its edges too."""
         wires = [1 << wire for wire in range(self.n)]
         for control, target in self.circuit:
             wires[target] ^= wires[control]
-        place = self.placement or range(self.n)
+        place = self.placement
         wanted = [1 << wire for wire in range(self.n)]
         for row, wire in zip(self.matrix, self.permutation, strict=True):
             wanted[place[wire]] = sum(1 << place[int(c)] for c in np.flatnonzero(row))
-        return wires == wanted and (self.device is None or self.device.fits(self.circuit))
-
-    def __repr__(self) -> str:
-        placed = self.permutation == tuple(range(len(self.matrix)))
-        return (
-            f"LinearSynthesis({self.method}: {self.n} qubits, {self.count} CNOTs, "
-            f"depth {self.depth}, {'outputs in place' if placed else 'outputs permuted'}, "
-            f"{self.seconds:.2g} s)"
-        )
+        return wires == wanted and self._on_edges()
 
 
 def synthesize(
@@ -232,7 +125,7 @@ def synthesize(
     ``result.permutation[r]``.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
-    of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
+    of its edges. Of a larger device a connected part is used: ``result.placement`` tells which.
     "row_column" works on every connected device; "steiner" needs a Hamiltonian path, which is
     searched for before work starts.
 
@@ -240,23 +133,23 @@ def synthesize(
     >>> result.circuit, result.device.fits(result.circuit)
     (CnotCircuit(3 qubits, 2 CNOTs, depth 2), True)
 
-    ``restarts`` is the number of runs of the method: the first one is the method as it stands, the
-    others work on the inverse, the transpose and renamed wires, and with their own draws.
-    ``budget``, in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to
-    ``jobs`` threads (None: one a core). The same ``seed`` gives the same circuit whatever ``jobs``
-    is, unless a budget cuts the search short. ``progress`` is called with the best objective so far
+    ``restarts`` is the number of runs of the method: the first one is the method itself, the others
+    work on the inverse, the transpose and renamed wires, and with other random numbers. ``budget``,
+    in seconds, ends the search; without ``restarts`` it is filled with runs. Runs go to ``jobs``
+    threads (None: one per core). The same ``seed`` gives the same circuit whatever ``jobs`` is,
+    unless a budget ends the search early. ``progress`` is called with the best objective so far
     whenever it falls: an int that also has ``count``, ``depth`` and ``seconds``. Ctrl-C stops at
     once and raises :class:`zeltbraidwerk.errors.Interrupted`, which holds the best result so far.
 
-    "search" gets better for as long as it may go on: ``steps`` steps a run, or to the end of the
-    budget; without either it makes 12,500 steps a qubit, which take 0.1 s for 8 qubits and about
-    1 s for 64, or for depth what takes about a second up to 100 qubits. What it does depends on the
-    seed and the step alone: the same seed and steps give the same circuit on every machine, and
-    more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
-    there is no more than a greedy run, in a millisecond for 16 qubits, or a few on a sparse matrix;
+    "search" finds shorter circuits the longer it runs: ``steps`` steps per run, or to the end of
+    the budget; without either it makes 12,500 steps per qubit, which take 0.1 s for 8 qubits and
+    about 1 s for 64, or for depth what takes about a second up to 100 qubits. What it does depends
+    on the seed and the step alone: the same seed and steps give the same circuit on every machine,
+    and more is never worse. With a budget and no ``restarts`` each job makes one run. With 0 steps
+    it makes one greedy run, which takes a millisecond for 16 qubits, or a few on a sparse matrix;
     it is never worse than "pairs". A run ends before its steps where its circuit is proven to be
     the best. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
-    lets outputs end up so many edges from their places, between "exact" (0) and "free".
+    is how many edges from its place an output may end, between "exact" (0) and "free".
 
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count
@@ -270,280 +163,182 @@ def synthesize(
     :mod:`zeltbraidwerk.errors`, all ValueErrors or TypeErrors, for arguments that do not fit, and
     :class:`~zeltbraidwerk.errors.UnfinishedError` where no run found a circuit in its budget.
     """
-    start = time.perf_counter()
+    call = FAMILY.call(
+        method=method, device=device, objective=objective, permutation=permutation, seed=seed,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+        section=section, width=width, lookahead=lookahead, reach=reach,
+    )  # fmt: skip
     bits = _validate.invertible_matrix(matrix, "matrix")
-    _validate.choice(objective, "objective", ("count", "depth"))
-    _validate.choice(permutation, "permutation", ("exact", "free"))
-    ground = None if device is None else Device.of(device)
-    on_device = ground is not None
-    _validate.method(method, methods(device=on_device), on_device)
     given = {"section": section, "width": width, "lookahead": lookahead}
-    _validate.options_of(method, _takers(on_device), steps=steps, reach=reach, **given)
-    options = _options(method, len(bits), given)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    reach = _reach(reach, permutation)
-    exact = permutation == "exact"
-    search = _LinearSearch(bits, objective, exact, effort, start)
-    if ground is not None:
-        sites = _sites(ground, method, len(bits), exact, effort.budget)
-        for name, site in sites.items():
-            search.place(name, site)
-        lanes = [search.lane(name, _device_runs(effort), {}) for name in sites if name != "search"]
-        if "search" in sites:
-            lanes.append(search.search_lane(method == "auto", reach))
-    elif method == "auto":
-        lanes = [
-            search.lane(name, _auto_runs(name, len(bits), effort), {})
-            for name, most in _AUTO[objective].items()
-            if len(bits) <= most
-        ]
-        lanes.append(search.search_lane(True, None))
-    elif method == "search":
-        lanes = [search.search_lane(False, None)]
-        if effort.steps == 0 and effort.search_runs == 1:
-            return search.greedy(lanes[0])
-    else:
-        chosen = _METHODS[method]
-        if chosen.quick and effort.restarts in (None, 1) and effort.budget is None:
-            return search.single(method, options)
-        lanes = [search.lane(method, _runs(effort), options)]
-    return search.work(lanes, progress)
+    options = checked(call.method, len(bits), given)
+    return _LinearSearch(call, bits, options, _reach(reach, call)).work()
 
 
-def _sites(
-    device: Device, method: str, n: int, exact: bool, budget: float | None
-) -> dict[str, Site]:
-    """Where each method works; refuses a device on which the method asked for cannot.
+def _sites(call: Call, device: Device, n: int) -> dict[str, Site]:
+    """Where each method works; refuses a device on which the method asked for cannot work.
 
     A Hamiltonian path leaves the outputs where they are, so where they may move it gains nothing.
     """
-    if method == "steiner":
-        return {method: Site.with_path(device, n, 5.0 if budget is None else budget)}
-    if method == "search":
-        return {method: Site.of(device, n)}
-    sites = {"row_column": Site.of(device, n)}
-    if method == "auto" and exact and (path := sites["row_column"].quick_path()) is not None:
-        sites["steiner"] = path
-    if method == "auto":
-        sites["search"] = sites["row_column"]
-    return sites
+    if call.method == "steiner":
+        budget = call.effort.budget
+        return {"steiner": Site.with_path(device, n, 5.0 if budget is None else budget)}
+    site = Site.of(device, n)
+    if call.method != "auto":
+        return {call.method: site}
+    path = site.quick_path() if call.exact else None
+    with_path = {} if path is None else {"steiner": path}
+    return {"row_column": site} | with_path | {"search": site}
 
 
-def _takers(on_device: bool) -> dict[str, tuple[str, ...]]:
-    """The methods that take each option that not all of them take."""
-    takers = {
-        option: tuple(name for name, each in _METHODS.items() if option in each.options)
-        for option in ("section", "width", "lookahead")
-    }
-    if on_device:  # none of these works there
-        takers = {
-            option: (f"{', '.join(names)} without a device",) for option, names in takers.items()
-        }
-    takers["reach"] = ("search" if on_device else "search on a device",)
-    return takers | {"steps": ("auto", "search")}
-
-
-def _reach(reach: Any, permutation: Permutation) -> int | None:
+def _reach(reach: Any, call: Call) -> int | None:
     if reach is None:
         return None
-    if permutation != "exact":
+    if not call.exact:
         raise errors.OptionError('reach: wanted with permutation="exact", which it relaxes')
     return _validate.integer(reach, "reach", 0, 2**31 - 1)
 
 
-def _options(method: str, n: int, values: dict[str, int | None]) -> dict[str, int]:
-    """Those of the options that were given, each in its range."""
-    limits = {"section": 30, "width": 2**31 - 1, "lookahead": 64}
-    given = {
-        name: _validate.integer(value, name, 1, limits[name])
-        for name, value in values.items()
-        if value is not None
-    }
-    if method in _METHODS:
-        if n > _METHODS[method].most:
-            raise errors.TooLargeError(
-                f"matrix: got {n} qubits, wanted at most {_METHODS[method].most} for {method!r}"
-            )
-        width, lookahead = given.get("width", 1), given.get("lookahead", 1)
-        needed = _METHODS[method].memory(n, width, lookahead)
-        there = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
-        if needed > there // 2 or width**lookahead > 2**31 - 1:
-            raise errors.TooLargeError(
-                f"width, lookahead: got {width} and {lookahead}, which would take "
-                f"{width**lookahead:.3g} states and {needed / 1e9:.3g} GB of {there / 1e9:.3g} GB"
-            )
-    return given
-
-
-def _runs(effort: _search.Effort) -> int | None:
-    return 1 if effort.restarts is None and effort.budget is None else effort.restarts
-
-
-def _auto_runs(name: str, n: int, effort: _search.Effort) -> int | None:
-    """Without other orders "auto" ends in about a second up to 128 qubits. To the end of a budget
-    goes the search."""
-    if effort.restarts is not None:
-        return effort.restarts
-    if _METHODS[name].quick:
-        return 2 * _FACINGS
-    return 20 if n <= 32 else 4 if n <= 96 else 1
-
-
-def _device_runs(effort: _search.Effort) -> int | None:
-    return 100 if effort.restarts is None and effort.budget is None else effort.restarts
-
-
 class _LinearSearch:
-    """One call of synthesize: from lanes of runs to a result."""
+    """One call of synthesize: the lanes of its methods, and its result."""
 
     def __init__(
         self,
+        call: Call,
         bits: npt.NDArray[np.bool_],
-        objective: Objective,
-        exact: bool,
-        effort: _search.Effort,
-        start: float,
+        options: dict[str, int],
+        reach: int | None,
     ) -> None:
+        self._call = call
         self._bits = bits
-        self._objective: Objective = objective
-        self._exact = exact
-        self._effort = effort
-        self._given_seed = effort.seed
-        self._seed = effort.seed or 0
-        self._start = start
+        self._n = len(bits)
+        self._options = options
+        self._reach = reach
         self._sites: dict[str, Site] = {}
         self._fronts: list[_Found] = []
-        self._control = _core._SearchControl(effort.budget)
+        self._control = call.control  # the time of the budget begins here
 
-    def place(self, name: str, site: Site) -> None:
-        """The method is to work there."""
-        self._sites[name] = site
+    def work(self) -> LinearSynthesis:
+        call = self._call
+        names: Iterable[str] = (call.method,)
+        if call.device is not None:
+            names = self._sites = _sites(call, call.device, self._n)
+        elif call.method == "auto":
+            most = _AUTO[call.objective]
+            names = [*(name for name in most if self._n <= most[name]), "search"]
+        lanes = [self._lane(name) for name in names]
+        if call.device is None and self._is_single():
+            made = lanes[0].run(0, 1)
+            assert made is not None
+            return self._result(made[1], 1)
+        return self._result(*call.best(lanes, self._result))
 
-    def _run(self, name: str, options: dict[str, int], first: int, last: int) -> Any:
-        by_depth = self._objective == "depth"
+    def _is_single(self) -> bool:
+        """Whether one run that always finishes is all there is to do, which needs no thread."""
+        method, effort = self._call.method, self._call.effort
+        if method == "search":
+            return effort.steps == 0 and effort.search_runs == 1
+        quick = method != "auto" and METHODS[method].quick
+        return quick and effort.restarts in (None, 1) and effort.budget is None
+
+    def _lane(self, name: str) -> _Lane:
+        if name == "search":
+            return self._search_lane()
+        runs = self._runs(name)
+        if name in ON_DEVICE or METHODS[name].draws or (runs or _FACINGS + 1) > _FACINGS:
+            self._call.draw_seed()
+        return _search.Lane(partial(self._run, name), runs)
+
+    def _runs(self, name: str) -> int | None:
+        """Without ``restarts`` "auto" ends in about a second up to 128 qubits, and leaves a budget
+        to the search."""
+        effort, on_device = self._call.effort, self._call.device is not None
+        if effort.restarts is not None:
+            return effort.restarts
+        if on_device or self._call.method != "auto":
+            return None if effort.budget is not None else 100 if on_device else 1
+        if METHODS[name].quick:
+            return 2 * _FACINGS
+        return 20 if self._n <= 32 else 4 if self._n <= 96 else 1
+
+    def _run(self, name: str, first: int, last: int) -> tuple[int, _Found] | None:
+        call = self._call
         site = self._sites.get(name)
         if site is None:
+            options = {} if call.method == "auto" else self._options
             found = _core._best_of_runs(
                 name, self._bits, options.get("section"), options.get("width", 1),
-                options.get("lookahead", 1), self._seed, first, last, self._exact, by_depth,
-                self._control,
+                options.get("lookahead", 1), call.seed or 0, first, last, call.exact,
+                call.by_depth, self._control,
             )  # fmt: skip
         else:
             found = _core._best_of_device_runs(
-                self._bits, site.adjacency, site.path, self._seed, first, last, not self._exact,
-                by_depth, self._control,
+                self._bits, site.adjacency, site.path, call.seed or 0, first, last,
+                not call.exact, call.by_depth, self._control,
             )  # fmt: skip
         if found is None:
             return None
         run, gates, permutation = found
-        n = len(self._bits)
-        if site is not None:
-            n, gates = site.device.n, site.placed(gates)
-        return run, (name, CnotCircuit._trusted(n, gates), tuple(permutation))
+        return run, self._found(name, gates, permutation)
 
-    def single(self, name: str, options: dict[str, int]) -> LinearSynthesis:
-        """Run 0 of a method that always finishes, without a thread."""
-        return self._result(self._run(name, options, 0, 1)[1], 1)
+    def _found(self, name: str, gates: npt.NDArray[np.int32], wires: list[int]) -> _Found:
+        site = self._sites.get(name)
+        n, pairs = (self._n, gates) if site is None else (site.device.n, site.placed(gates))
+        circuit = CnotCircuit._trusted(n, pairs)
+        return Found(name, circuit, tuple(wires), circuit.count, circuit.depth)
 
-    def greedy(self, lane: _search.Lane[_Found]) -> LinearSynthesis:
-        """A search of no steps always finishes, and needs no thread."""
-        made = lane.run(0, 1)
-        assert made is not None
-        return self._result(made[1], 1, self._front())
-
-    def lane(self, name: str, runs: int | None, options: dict[str, int]) -> _search.Lane[_Found]:
-        draws = name in _ON_DEVICE or _METHODS[name].draws
-        if self._given_seed is None and (draws or (runs or _FACINGS + 1) > _FACINGS):
-            self._given_seed = self._seed = secrets.randbits(64)
-        return _search.Lane(partial(self._run, name, options), runs)
-
-    def search_lane(self, within_auto: bool, reach: int | None) -> _search.Lane[_Found]:
-        if self._given_seed is None:
-            self._given_seed = self._seed = secrets.randbits(64)
-        effort = self._effort
+    def _search_lane(self) -> _Lane:
+        call = self._call
+        call.draw_seed()
+        effort = call.effort
         steps = effort.steps
         if steps is None and effort.budget is None:
-            n = len(self._bits)
-            steps = _STEPS_A_QUBIT * max(n, 8)
-            if self._objective == "depth":
-                steps = min(_STEPS_FOR_DEPTH, _STEPS_FOR_DEPTH * 32 * 32 // max(n, 1) ** 2)
-            if within_auto and effort.restarts is not None:
+            steps = _STEPS_PER_QUBIT * max(self._n, 8)
+            if call.by_depth:
+                steps = min(_STEPS_FOR_DEPTH, _STEPS_FOR_DEPTH * 32 * 32 // max(self._n, 1) ** 2)
+            if call.method == "auto" and effort.restarts is not None:
                 # One run beside those of other methods, the longer the more there are of them.
                 steps = steps * min(effort.restarts, 8) // 2
                 effort = replace(effort, restarts=1)
-        return _search.search_lane(partial(self._searched, reach, steps), self._key, effort)
+        return call.search_lane(partial(self._searched, steps), effort)
 
-    def _searched(self, reach: int | None, steps: int | None, run: int) -> _Found:
+    def _searched(self, steps: int | None, run: int) -> _Found:
         """One run of the search."""
+        call = self._call
         site = self._sites.get("search")
-        tail = (self._seed, run, steps, self._control)
+        tail = (call.draw_seed(), run, steps, self._control)
         if site is not None:
-            limit = (reach or 0) if self._exact else None
-            gates, wires = _core._search_device_cnots(
-                self._bits, site.adjacency, limit, self._objective == "depth", *tail
-            )
-            return "search", CnotCircuit._trusted(site.device.n, site.placed(gates)), tuple(wires)
-        n = len(self._bits)
-        if self._objective == "count":
-            found = [_core._search_cnots(self._bits, self._exact, self._window(), *tail)]
-        else:
-            found = _core._search_shallow_cnots(self._bits, self._exact, *tail)
-        front = [("search", CnotCircuit._trusted(n, gates), tuple(wires)) for gates, wires in found]
-        if self._objective == "depth":
-            self._fronts += front
-        return min(front, key=self._key)
+            limit = (self._reach or 0) if call.exact else None
+            return self._found("search", *_core._search_device_cnots(
+                self._bits, site.adjacency, limit, call.by_depth, *tail
+            ))  # fmt: skip
+        if not call.by_depth:
+            return self._found("search", *_core._search_cnots(
+                self._bits, call.exact, self._window(), *tail
+            ))  # fmt: skip
+        found = _core._search_shallow_cnots(self._bits, call.exact, *tail)
+        front = [self._found("search", gates, wires) for gates, wires in found]
+        self._fronts += front
+        return min(front, key=call.key)
 
     def _window(self) -> int:
-        effort = self._effort
+        effort = self._call.effort
         return 4 if effort.steps is None and (effort.budget or 1) < _SHORT_BUDGET else 5
 
     def _front(self) -> tuple[LinearSynthesis, ...]:
         """Of all runs together."""
         front: list[LinearSynthesis] = []
-        for found in sorted(self._fronts, key=self._key):
-            if not front or found[1].count < front[-1].count:
-                front.append(self._result(found, 1, ()))
+        for found in sorted(self._fronts, key=self._call.key):
+            if not front or found.count < front[-1].count:
+                front.append(self._made(found, 1, trace=()))
         return tuple(front)
 
-    def work(
-        self,
-        lanes: Sequence[_search.Lane[_Found]],
-        progress: Callable[[_search.Progress], object] | None,
-    ) -> LinearSynthesis:
-        trace = _search.Trace(self._objective == "depth", progress)
+    def _result(self, found: _Found, runs: int) -> LinearSynthesis:
+        return self._made(found, runs, front=self._front())
 
-        def result(found: _Found, runs: int) -> LinearSynthesis:
-            return self._result(found, runs, self._front(), tuple(trace.points))
-
-        best = _search.best_of(lanes, self._effort.jobs, self._control, self._key, result, trace)
-        return result(*best)
-
-    def _key(self, found: _Found) -> tuple[int, int]:
-        circuit = found[1]
-        count, depth = circuit.count, circuit.depth
-        return (count, depth) if self._objective == "count" else (depth, count)
-
-    def _result(
-        self,
-        found: _Found,
-        runs: int,
-        front: tuple[LinearSynthesis, ...] = (),
-        trace: tuple[_search.Point, ...] = (),
-    ) -> LinearSynthesis:
-        name, circuit, permutation = found
-        site = self._sites.get(name)
-        return LinearSynthesis(
-            circuit=circuit,
-            permutation=permutation,
-            method=name,
-            objective=self._objective,
-            seed=self._given_seed,
-            runs=runs,
-            seconds=time.perf_counter() - self._start,
+    def _made(self, found: _Found, runs: int, **own: Any) -> LinearSynthesis:
+        self._call.site = self._sites.get(found.method)
+        return self._call.result(
+            LinearSynthesis, found, runs, self._n, circuit=found.made,
             matrix=_validate.frozen(self._bits.copy()),
-            placement=site.qubits if site else tuple(range(len(self._bits))),
-            device=site.device if site else None,
-            trace=trace,
-            window=self._window() if name == "search" else None,
-            front=front,
-        )
+            window=self._window() if found.method == "search" else None, **own,
+        )  # fmt: skip

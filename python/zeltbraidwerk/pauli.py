@@ -1,4 +1,4 @@
-"""Circuits for products of Pauli rotations, as chemistry and optimisation ask for them.
+"""Circuits for products of Pauli rotations, for example of chemistry and optimisation.
 
 A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q acts on qubit q.
 
@@ -11,8 +11,6 @@ A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q 
 
 from __future__ import annotations
 
-import secrets
-import time
 from collections.abc import Callable, Iterable
 from functools import partial
 from typing import Any, Literal
@@ -21,12 +19,11 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _rotations, _search, _validate, errors
+from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._observables import Readout
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis
-from zeltbraidwerk._site import Site
-from zeltbraidwerk.devices import Device
-from zeltbraidwerk.linear import Objective, Permutation
+from zeltbraidwerk._results import Objective, Permutation, Tail
 
 __all__ = [
     "CoDiagonalization", "PauliSynthesis", "Readout", "codiagonalize", "methods", "partition",
@@ -35,39 +32,45 @@ __all__ = [
 
 Order = Literal["commuting", "free"]
 Repeated = Literal["refuse", "merge"]
-Tail = Literal["close", "return"]
 _Lane = tuple[str, bool]  # a method, and whether in the order given
-_Found = tuple[_Lane, npt.NDArray[np.int32], tuple[int, ...], int, int]
+_Found = Found[tuple[npt.NDArray[np.int32], bool]]  # the gates, and whether in the order given
 
 _METHODS = (
-    "ladder", "recursive", "greedy", "greedy-depth", "sets", "sets-graph", "sets-decoding",
-    "sets-closed", "search",
+    "ladder", "recursive", "greedy", "greedy_depth", "sets", "sets_graph", "sets_decoding",
+    "sets_closed", "search",
 )  # fmt: skip
-_ON_DEVICE = ("sets", "search")
+_FAMILY = Family(
+    _METHODS,
+    ("sets", "search"),
+    # Each run of a ladder would be the same.
+    {"steps": ("auto", "search"), "restarts": ("auto", *_METHODS[1:])},
+    {"steps": ("auto", "search"), "restarts": ("auto", "sets", "search")},
+)
 # What "auto" runs beside the search, whether in the order given, and by how many names of the
 # qubits where nobody says; fewer on long lists. Layers in the order given often beat an order of
 # the method's own.
 _AUTO = {
-    ("ladder", True): 1, ("greedy", True): 2, ("greedy-depth", True): 2, ("sets-closed", True): 2,
-    ("recursive", False): 2, ("greedy", False): 4, ("greedy-depth", False): 4,
-    ("sets", False): 2, ("sets-closed", False): 2,
+    ("ladder", True): 1, ("greedy", True): 2, ("greedy_depth", True): 2, ("sets_closed", True): 2,
+    ("recursive", False): 2, ("greedy", False): 4, ("greedy_depth", False): 4,
+    ("sets", False): 2, ("sets_closed", False): 2,
 }  # fmt: skip
 _AUTO_IN_ORDER = {(name, True): runs for (name, _), runs in sorted(_AUTO.items())}
 _AUTO_STEPS = 30_000  # of the search
 _RUN_LETTERS = 600_000  # letters of all strings, over all runs of a method
 _CODIAGONALIZERS = {"greedy": 0, "graph": 1, "decoding": 2}
+_CODIAGONALIZING = Family(tuple(_CODIAGONALIZERS), ("greedy",))
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
     """The names that ``method`` takes, without a device or with one.
 
     >>> methods()
-    ('auto', 'ladder', 'recursive', 'greedy', 'greedy-depth', 'sets', 'sets-graph', \
-'sets-decoding', 'sets-closed', 'search')
+    ('auto', 'ladder', 'recursive', 'greedy', 'greedy_depth', 'sets', 'sets_graph', \
+'sets_decoding', 'sets_closed', 'search')
     >>> methods(device=True)
     ('auto', 'sets', 'search')
     """
-    return ("auto", *(_ON_DEVICE if _validate.flag(device, "device") else _METHODS))
+    return _FAMILY.methods(device)
 
 
 def synthesize(
@@ -98,16 +101,16 @@ def synthesize(
     Qiskit stands for the product that its ``synthesis`` expands it into: LieTrotter or
     SuzukiTrotter with their ``order``, ``reps`` and ``preserve_order``, or one draw of QDrift; a
     MatrixExponential is no product and refused. ``n`` is the number of qubits where there is no
-    string to tell it. Angles of identity strings are global phases, exp(-i angle / 2) with
-    ``result.global_angle``.
+    string. Angles of identity strings make a global phase,
+    exp(i ``result.global_phase``).
 
     **Order.** The rotations are a product, of which the first acts first. With
     ``order="commuting"``, the default, only rotations that commute change places, so that the
     circuit is exactly the product, up to a global phase. This holds for every method: the rotations
-    are cut into layers that commute, and each is synthesised by itself, but for "search", which
-    looks at all of them together. With ``order="free"`` all rotations may change places: the
+    are cut into layers that commute, and each layer is synthesised by itself; only "search" looks
+    at all rotations together. With ``order="free"`` all rotations may change places: the
     circuit carries out each one once, in an order that makes it short. That is one Trotter step as
-    good as any other, and mostly another operator than the product.
+    good as any other, and usually not the same operator as the product.
 
     Angles of equal strings are added where everything between them commutes with them. With
     ``order="free"`` a list is refused in which a string comes again after one that does not commute
@@ -124,11 +127,11 @@ def synthesize(
     ``ladder``          each rotation alone, in its place, with 2 (weight - 1) CNOTs; always exact
     ``recursive``       groups rotations by shared letters; few CNOTs on large, structured lists
     ``greedy``          lightest rotations first, by the move that helps the most of them
-    ``greedy-depth``    the same with many moves at a time, for few layers
+    ``greedy_depth``    the same with many moves at a time, for few layers
     ``sets``            sets that commute, made diagonal one after the other
-    ``sets-graph``      the same, through a graph state where a set allows it
-    ``sets-decoding``   the same, with a shorter circuit of the graph state
-    ``sets-closed``     the first, each set undone before the next
+    ``sets_graph``      the same, through a graph state where a set allows it
+    ``sets_decoding``   the same, with a shorter circuit of the graph state
+    ``sets_closed``     the first, each set undone before the next
     ``search``          greedy runs, then wider and wider beams; the fewest CNOTs
     ==================  ============================================================================
 
@@ -136,10 +139,10 @@ def synthesize(
     ``order="free"`` it tries the order given as well: ``result.order`` is then "commuting" where
     the circuit is exactly the product.
 
-    **Tail.** Clifford gates stay behind the rotations. ``tail="close"``, the default, undoes them;
+    **Tail.** A Clifford operator follows the rotations. ``tail="close"``, the default, undoes it;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
-    ``tail="return"`` leaves them: the circuit is the rotations followed by ``result.clifford``, and
-    ``result.absorb`` and ``result.readout`` take that into what is measured.
+    ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.clifford``, and
+    ``result.absorb`` and ``result.readout`` change the measurement accordingly.
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
     by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits.
@@ -155,30 +158,20 @@ def synthesize(
     >>> zb.pauli.synthesize(list(ansatz.items()), method="search", seed=1).count
     15
     """
-    start = time.perf_counter()
+    call = _FAMILY.call(
+        method=method, device=device, objective=objective, permutation=permutation, seed=seed,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+    )  # fmt: skip
     _validate.choice(order, "order", ("commuting", "free"))
     _validate.choice(repeated, "repeated", ("refuse", "merge"))
     _validate.choice(tail, "tail", ("close", "return"))
-    _validate.choice(permutation, "permutation", ("exact", "free"))
-    _validate.choice(objective, "objective", ("count", "depth"))
-    ground = None if device is None else Device.of(device)
-    on_device = ground is not None
-    _validate.method(method, methods(device=on_device), on_device)
     if repeated == "merge" and order == "commuting":
         raise errors.OptionError("repeated: got 'merge', wanted 'refuse' where the order is kept")
-    if permutation == "free" and (tail == "return" or ground is not None):
+    if not call.exact and (tail == "return" or call.device is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order, repeated)
-    effort = _search.Effort.checked(seed, restarts, budget, jobs, steps, progress)
-    takers = {
-        "steps": ("auto", "search"),
-        # Each run of a ladder would be the same.
-        "restarts": tuple(name for name in methods(device=on_device) if name != "ladder"),
-    }
-    _validate.options_of(method, takers, steps=steps, restarts=restarts)
-    site = None if ground is None else Site.of(ground, given.n)
-    search = _PauliSearch(given, order, tail, permutation, objective, site, effort, start)
-    return search.work(method, progress)
+    call.place(given.n)
+    return _PauliSearch(call, given, order, tail).work()
 
 
 def partition(strings: Iterable[Any]) -> list[list[str]]:
@@ -197,7 +190,7 @@ def partition(strings: Iterable[Any]) -> list[list[str]]:
 def codiagonalize(
     strings: Iterable[Any], *, method: str = "greedy", device: Any = None, seed: int | None = None
 ) -> CoDiagonalization:
-    """A Clifford circuit C behind which commuting strings hold only I and Z: C P C-dagger.
+    """A Clifford circuit C that makes commuting strings P diagonal: C P C-dagger has I and Z alone.
 
     ``method`` is "greedy", "graph" (through a graph state) or "decoding" (the same with fewer
     gates); the last two are greedy where the strings do not determine a state. With a ``device``,
@@ -205,145 +198,107 @@ def codiagonalize(
 
     >>> result = codiagonalize(["XX", "-ZZ"])
     >>> result.images, result.verify()
-    (['+IZ', '-ZI'], True)
+    (('+IZ', '-ZI'), True)
     """
-    _validate.choice(method, "method", tuple(_CODIAGONALIZERS))
-    ground = None if device is None else Device.of(device)
-    if ground is not None and method != "greedy":
-        raise errors.OptionError(f"method: got {method!r}, wanted 'greedy' on a device")
+    call = _CODIAGONALIZING.call(method=method, device=device, seed=seed)
     listed = _rotations.read_strings(strings, "strings")
     n = len(listed[0][1]) if listed else 0
     letters = _rotations.codes([text for _, text in listed], n)
     if (clash := _core._first_clash(letters)) is not None:
         a, b = (listed[k][1] for k in clash)
         raise errors.PauliError(f"strings: got {a} and {b}, wanted strings that commute pairwise")
-    site = None if ground is None else Site.of(ground, n)
-    drawn = secrets.randbits(64) if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1)
+    call.place(n)
+    site = call.site
+    found = "greedy" if call.method == "auto" else call.method
     operations, images, negative = _core._codiagonalised(
-        letters, _CODIAGONALIZERS[method], None if site is None else site.graph(), drawn
+        letters, _CODIAGONALIZERS[found], None if site is None else site.graph(), call.draw_seed()
     )
-    qubits = tuple(range(n)) if site is None else site.qubits
-    width = n if site is None else site.device.n
-    return CoDiagonalization(
-        circuit=circuit_of(width, operations, (), qubits),
-        strings=["+-"[minus] + text for minus, text in listed],
-        images=[
+    circuit = circuit_of(call.width(n), operations, (), call.qubits(n))
+    return call.result(
+        CoDiagonalization,
+        Found(found, None, tuple(range(n)), circuit.two_qubit_count, circuit.two_qubit_depth), 1, n,
+        circuit=circuit,
+        strings=tuple("+-"[minus] + text for minus, text in listed),
+        images=tuple(
             "+-"[minus != turned] + text
             for (minus, _), turned, text in zip(
                 listed, negative, _rotations.from_codes(images), strict=True
             )
-        ],
-        placement=qubits,
-        device=None if site is None else site.device,
-    )
+        ),
+    )  # fmt: skip
 
 
 class _PauliSearch:
-    """One call of synthesize: from rotations to the best circuit."""
+    """One call of synthesize: the lanes of its methods, and its result."""
 
-    def __init__(
-        self,
-        given: _rotations.Rotations,
-        order: Order,
-        tail: Tail,
-        permutation: Permutation,
-        objective: Objective,
-        site: Site | None,
-        effort: _search.Effort,
-        start: float,
-    ) -> None:
+    def __init__(self, call: Call, given: _rotations.Rotations, order: Order, tail: Tail) -> None:
+        self._call = call
         self._given = given
-        self._start = start
-        self._order: Order = order
+        self._in_order = order == "commuting"
         self._tail: Tail = tail
-        self._ending = 0 if tail == "return" else 2 if permutation == "free" else 1
-        self._by_depth = objective == "depth"
-        self._site = site
-        self._effort = effort
-        self._seed = secrets.randbits(64) if effort.seed is None else effort.seed
+        self._ending = 0 if tail == "return" else 1 if call.exact else 2
+        self._seed = call.draw_seed()
         self._letters = given.letters()
-        self._graph = None if site is None else site.graph()
-        self._control = _core._SearchControl(effort.budget)
+        self._adjacency = call.adjacency
+        self._graph = None if call.site is None else call.site.graph()
 
-    def work(
-        self, method: str, progress: Callable[[_search.Progress], object] | None
-    ) -> PauliSynthesis:
+    def work(self) -> PauliSynthesis:
+        method = self._call.method
         lanes = [] if method == "search" else self._plain_lanes(method)
         if method in ("auto", "search"):
             lanes.append(self._search_lane(method == "auto"))
-        trace = _search.Trace(self._by_depth, progress)
-
-        def result(found: _Found, runs: int) -> PauliSynthesis:
-            return self._result(found, runs, tuple(trace.points))
-
-        best = _search.best_of(lanes, self._effort.jobs, self._control, self._key, result, trace)
-        return result(*best)
+        return self._result(*self._call.best(lanes, self._result))
 
     def _plain_lanes(self, method: str) -> list[_search.Lane[_Found]]:
-        in_order = self._order == "commuting"
         if method != "auto":
-            found: dict[_Lane, int | None] = {
-                (method, in_order): None if self._effort.budget is not None else 1
-            }
-        elif self._site is not None:
-            found = {("sets", in_order): 1}
+            runs = None if self._call.effort.budget is not None else 1
+            wanted: dict[_Lane, int | None] = {(method, self._in_order): runs}
+        elif self._call.site is not None:
+            wanted = {("sets", self._in_order): 1}
         else:
-            found = dict(_AUTO_IN_ORDER if in_order else _AUTO)
-        return [_search.Lane(partial(self._run, lane), self._runs(r)) for lane, r in found.items()]
+            wanted = dict(_AUTO_IN_ORDER if self._in_order else _AUTO)
+        return [
+            _search.Lane(partial(self._run, *lane), self._runs(r)) for lane, r in wanted.items()
+        ]
 
-    def _runs(self, wished: int | None) -> int | None:
-        if self._effort.restarts is not None or wished is None:
-            return self._effort.restarts
-        return max(1, min(wished, _RUN_LETTERS // max(self._letters.size, 1)))
+    def _runs(self, wanted: int | None) -> int | None:
+        if self._call.effort.restarts is not None or wanted is None:
+            return self._call.effort.restarts
+        return max(1, min(wanted, _RUN_LETTERS // max(self._letters.size, 1)))
 
     def _search_lane(self, within_auto: bool) -> _search.Lane[_Found]:
-        steps = self._effort.search_steps
-        if within_auto and self._effort.steps is None and steps is not None:
-            steps = _AUTO_STEPS if self._effort.restarts is None else _AUTO_STEPS // 10
-        return _search.search_lane(partial(self._searched, steps), self._key, self._effort)
+        effort = self._call.effort
+        steps = effort.search_steps
+        if within_auto and effort.steps is None and steps is not None:
+            steps = _AUTO_STEPS if effort.restarts is None else _AUTO_STEPS // 10
+        return self._call.search_lane(partial(self._searched, steps))
 
     def _searched(self, steps: int | None, run: int) -> _Found:
-        adjacency = np.zeros((0, 0), dtype=bool) if self._site is None else self._site.adjacency
-        in_order = self._order == "commuting"
         operations, wires, count, depth = _core._search_network(
-            self._letters, in_order, self._ending, adjacency, self._by_depth, self._seed, run,
-            steps, self._control,
+            self._letters, self._in_order, self._ending, self._adjacency, self._call.by_depth,
+            self._seed, run, steps, self._call.control,
         )  # fmt: skip
-        return ("search", in_order), operations, tuple(wires), count, depth
+        return Found("search", (operations, self._in_order), tuple(wires), count, depth)
 
-    def _run(self, lane: _Lane, first: int, last: int) -> tuple[int, _Found] | None:
-        name, in_order = lane
+    def _run(self, name: str, in_order: bool, first: int, last: int) -> tuple[int, _Found] | None:
         found = _core._best_network(
             name, self._letters, in_order, self._ending, self._graph, self._seed, first, last,
-            self._by_depth, self._control,
+            self._call.by_depth, self._call.control,
         )  # fmt: skip
         if found is None:
             return None
         run, operations, wires, count, depth = found
-        return run, (lane, operations, tuple(wires), count, depth)
+        return run, Found(name, (operations, in_order), tuple(wires), count, depth)
 
-    def _key(self, found: _Found) -> tuple[int, int]:
-        *_, count, depth = found
-        return (depth, count) if self._by_depth else (count, depth)
-
-    def _result(self, found: _Found, runs: int, trace: tuple[_search.Point, ...]) -> PauliSynthesis:
-        (name, in_order), operations, wires, *_ = found
-        given, site = self._given, self._site
-        qubits = tuple(range(given.n)) if site is None else site.qubits
-        width = given.n if site is None else site.device.n
-        return PauliSynthesis(
-            circuit=circuit_of(width, operations, given.angles, qubits),
+    def _result(self, found: _Found, runs: int) -> PauliSynthesis:
+        operations, in_order = found.made
+        given, call = self._given, self._call
+        return call.result(
+            PauliSynthesis, found, runs, given.n,
+            circuit=circuit_of(call.width(given.n), operations, given.angles, call.qubits(given.n)),
             rotations=tuple(zip(given.strings, given.angles, strict=True)),
-            global_angle=given.global_angle,
-            permutation=wires,
-            method=name,
+            identity_angle=given.identity_angle,
             order="commuting" if in_order else "free",
             tail=self._tail,
-            seed=self._seed,
-            runs=runs,
-            seconds=time.perf_counter() - self._start,
-            placement=qubits,
-            device=None if site is None else site.device,
             _rotates=_validate.frozen(operations[:, 3] >= 0),
-            trace=trace,
-        )
+        )  # fmt: skip

@@ -19,13 +19,20 @@ class Traced(Protocol):
 
     @property
     def trace(self) -> Sequence[Point]: ...
+    @property
+    def seconds(self) -> float: ...
+    @property
+    def count(self) -> int: ...
+    @property
+    def depth(self) -> int: ...
 
 
 def best_over_time(
     *results: Traced, axes: Any = None, value: Literal["count", "depth"] = "count"
 ) -> Any:
-    """Draws the best count, or depth, of each result against the seconds of its search, a line a
-    result. Returns the axes: those given, or new ones.
+    """Draws the best count, or depth, of each result against the seconds of its search, one line
+    per result; one point for a result without a search. Returns the axes: those given, or new
+    ones.
 
     >>> import zeltbraidwerk as zb
     >>> matrix = zb.gallery.random_invertible(8, 1)[0]
@@ -34,9 +41,8 @@ def best_over_time(
     """
     _validate.choice(value, "value", ("count", "depth"))
     for result in results:
-        if not isinstance(
-            getattr(result, "trace", None), tuple
-        ):  # arrays have a method of the name
+        # Arrays have a method of the name.
+        if not isinstance(getattr(result, "trace", None), tuple):
             raise errors.DtypeError(
                 f"results: got {_validate.shown(result)}, wanted results of a search"
             )
@@ -47,8 +53,9 @@ def best_over_time(
             f"axes: got {_validate.shown(axes)}, wanted axes of matplotlib or None"
         )
     for k, result in enumerate(results):
-        seconds = [point.seconds for point in result.trace]
-        values = [getattr(point, value) for point in result.trace]
+        points = result.trace or (result,)
+        seconds = [point.seconds for point in points]
+        values = [getattr(point, value) for point in points]
         label = f"{k}: {getattr(result, 'method', '')}".rstrip(": ")
         axes.step(seconds, values, where="post", label=label, marker=".")
     axes.set_xscale("log")

@@ -16,29 +16,39 @@ import time
 from collections.abc import Callable
 from dataclasses import replace
 from functools import partial
-from typing import Any, Literal
+from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _core, _operators, _search, _validate, errors
+from zeltbraidwerk import _core, _operators, _renamed, _search, _validate, errors
+from zeltbraidwerk._family import Call, Family, Found
+from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
-from zeltbraidwerk._site import Site
+from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, gates_alone
-from zeltbraidwerk.linear import Objective
 
-__all__ = ["NormalForm", "Routing", "normalize", "route", "route_ions"]
+__all__ = ["NormalForm", "Routing", "methods", "normalize", "route", "route_ions"]
 
-Tail = Literal["close", "return"]
 _Routed = tuple[list[_core.Gate], _core.OperatorTableau]
 
 _NO_NORMAL_FORM = ("XX", "S*")
-_MOST_PLANS = 1e8  # hours of work
+_FAMILY = Family(("global_gates",), ("trees",))
+_MOST_PLANS = 1e8  # hours of time
 _CLOSING_STEPS = 100_000
 _SHORTEST = 1e-3  # seconds; the first circuit that closes a tail is made in any case
+
+
+def methods(*, device: bool = False) -> tuple[str, ...]:
+    """The names that ``method`` of :func:`route_ions` takes, or with a device that of
+    :func:`route`.
+
+    >>> methods(), methods(device=True)
+    (('auto', 'global_gates'), ('auto', 'trees'))
+    """
+    return _FAMILY.methods(device)
 
 
 def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
@@ -73,11 +83,13 @@ def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
     )
 
 
+@_renamed.options(depth="lookahead")
 def route(
     circuit: Any,
     device: Any,
     *,
-    depth: int = 0,
+    method: str = "auto",
+    lookahead: int = 0,
     objective: Objective = "count",
     tail: Tail = "close",
     budget: float | None = None,
@@ -97,71 +109,70 @@ def route(
     placed on; with ``tail="return"``, and elsewhere in the circuit, they are refused. Barriers
     before them are left out.
 
-    ``depth`` is how many rotations ahead the choice of a root looks: each level makes the work
-    longer by the number of qubits of a rotation. ``objective`` is what that choice weighs, "count"
-    or "depth" of CNOTs. ``budget`` is in seconds; a run that does not end in it raises
+    ``lookahead`` is how many rotations ahead the choice of the root of a tree looks: each more
+    multiplies the work by the number of qubits of a rotation. ``objective`` is what that choice
+    minimises, "count" or "depth" of CNOTs. ``method`` is "trees", or "auto" for the same, as no
+    other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
     :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Closing
     searches for ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
     ends a run; while the tail is being closed, the exception holds a finished result.
     """
-    start = time.perf_counter()
-    _validate.choice(objective, "objective", ("count", "depth"))
+    call = _FAMILY.call(
+        method=method, device=Device.of(device), objective=objective, budget=budget, steps=steps
+    )
     _validate.choice(tail, "tail", ("close", "return"))
-    levels = _validate.integer(depth, "depth", 0, 2**31 - 1)
-    limit = None if budget is None else _validate.seconds(budget, "budget")
+    levels = _validate.integer(lookahead, "lookahead", 0, 2**31 - 1)
     if steps is not None and tail == "return":
         got = _validate.shown(steps)
         raise errors.OptionError(f"steps: got {got}, wanted None where no tail is closed")
-    effort = _CLOSING_STEPS if steps is None else _validate.integer(steps, "steps", 0, 2**63 - 1)
-    ground = Device.of(device)
     whole = Circuit.of(circuit)
     first, ending = whole.split_ending()
     source = _read(first)
     if tail == "return":
         _refuse_ending(ending)
-    site = Site.of(ground, source.n)
-    if limit is None:
+    call.place(source.n)
+    assert call.site is not None
+    if call.effort.budget is None:
         _refuse_endless(source, levels)
-    graph = site.graph()
-    kernel = partial(_core._routed, source.to_core(), graph, levels, objective == "depth")
-    gates, frame = _run(kernel, limit)
-    left = _result(whole, gates, frame, start, site)
+    graph = call.site.graph()
+    kernel = partial(_core._routed, source.to_core(), graph, levels, call.by_depth)
+    gates, frame = _run(kernel, call)
+    left = _result(call, whole, gates, frame)
     if tail == "return":
         return left
-    rest = None if limit is None else max(limit - (time.perf_counter() - start), _SHORTEST)
-    return _closed(left, CliffordTableau._wrap(frame.inverse()), site, effort, rest)
+    return _closed(call, left, CliffordTableau._wrap(frame.inverse()))
 
 
+@_renamed.options(depth="lookahead")
 def route_ions(
     circuit: Any,
     *,
+    method: str = "auto",
     shelving: tuple[float, float] | None = None,
-    depth: int = 0,
+    lookahead: int = 0,
     budget: float | None = None,
 ) -> Routing:
-    """A circuit for an ion machine: one XX gate a rotation, on all of its ions at once.
+    """A circuit for an ion machine: one XX gate per rotation, on all of its ions at once.
 
     The next rotation is one with the fewest pairs of ions; with ``shelving=(pair_error,
     shelve_error)`` the one with the highest fidelity, where an entangling gate loses ``pair_error``
-    a pair and ``shelve_error`` an ion that changes between shelved and active. Otherwise as
-    :func:`route` with ``tail="return"``, with ``result.entangling_count`` XX gates: the Clifford
-    operator ``result.tail`` is always left over, since CNOTs between two ions, which would close
-    it, are no gates of this machine. ``result.absorb`` and ``result.readout`` take it into what is
-    measured.
+    for each pair and ``shelve_error`` for each ion that changes between shelved and active.
+    ``result.entangling_count`` is the number of XX gates. The Clifford operator ``result.tail`` is
+    always left over, as by :func:`route` with ``tail="return"``, since this machine has no CNOTs
+    between two ions, which would close it. ``result.absorb`` and ``result.readout`` take it into
+    what is measured. ``lookahead`` and ``budget`` are as for :func:`route`.
 
     >>> route_ions("qreg q[3]; ccx q[0],q[1],q[2];").entangling_count
     4
     """
-    start = time.perf_counter()
-    levels = _validate.integer(depth, "depth", 0, 2**31 - 1)
-    limit = None if budget is None else _validate.seconds(budget, "budget")
+    call = _FAMILY.call(method=method, budget=budget)
+    levels = _validate.integer(lookahead, "lookahead", 0, 2**31 - 1)
     rates = None if shelving is None else _error_rates(shelving)
     source = _read(circuit)
-    if limit is None:
+    if call.effort.budget is None:
         _refuse_endless(source, levels)
     kernel = partial(_core._routed_for_ions, source.to_core(), source.n, levels, rates)
-    gates, frame = _run(kernel, limit)
-    return _result(source, gates, frame, start, None)
+    return _result(call, source, *_run(kernel, call))
 
 
 def _read(circuit: Any) -> Circuit:
@@ -200,70 +211,61 @@ def _error_rates(shelving: Any) -> tuple[float, float]:
     return rates[0], rates[1]
 
 
-def _refuse_endless(source: Circuit, depth: int) -> None:
+def _refuse_endless(source: Circuit, lookahead: int) -> None:
     """A level of lookahead tries every qubit of a rotation as its root."""
-    if depth == 0:
+    if lookahead == 0:
         return
     weights = [source.n - letters.count("I") for letters, _ in normalize(source).rotations]
     if not weights:
         return
-    ahead = min(depth, len(weights))
+    ahead = min(lookahead, len(weights))
     plans = len(weights) * max(sum(weights) / len(weights), 1.0) ** min(ahead, 300)
     if plans > _MOST_PLANS:
         raise errors.TooLargeError(
-            f"depth: got {depth}, which makes about {plans:.0e} plans of {len(weights)} rotations, "
+            f"lookahead: got {lookahead}, which makes about {plans:.0e} plans of {len(weights)} "
+            "rotations, "
             f"wanted at most {_MOST_PLANS:.0e}, or a budget"
         )
 
 
-def _run(kernel: Callable[..., _Routed | None], budget: float | None) -> _Routed:
-    """In a thread, so that Ctrl-C is heard."""
-    control = _core._SearchControl(budget)
+def _run(kernel: Callable[..., _Routed | None], call: Call) -> _Routed:
+    """In a thread, so that Ctrl-C can stop it."""
 
     def run(first: int, last: int) -> tuple[int, _Routed] | None:
-        found = kernel(control)
+        found = kernel(call.control)
         return None if found is None else (0, found)
 
     lane = _search.Lane(run, 1)
     trace = _search.Trace(False, None)
-    found, _ = _search.best_of([lane], 1, control, lambda _: (0, 0), lambda *_: None, trace)
+    found, _ = _search.best_of([lane], 1, call.control, lambda _: (0, 0), lambda *_: None, trace)
     return found
 
 
 def _result(
-    source: Circuit,
-    gates: list[_core.Gate],
-    frame: _core.OperatorTableau,
-    start: float,
-    site: Site | None,
+    call: Call, source: Circuit, gates: list[_core.Gate], frame: _core.OperatorTableau
 ) -> Routing:
     """With the tail left over."""
     operator = CliffordTableau._wrap(frame.inverse())
-    qubits = tuple(range(source.n)) if site is None else site.qubits
-    width = source.n if site is None else site.device.n
-    routed = placed(_circuit(source.n, gates), qubits, width)
+    n = source.n
+    qubits, width = call.qubits(n), call.width(n)
+    routed = placed(_circuit(n, gates), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
-        left = _circuit(source.n, _core.clifford_circuit(operator._core))
+        left = _circuit(n, _core.clifford_circuit(operator._core))
         operator = CliffordTableau(width).apply(placed(left, qubits, width))
-    return Routing(
-        circuit=routed,
-        source=source,
-        tail=operator,
-        rotations=int(rotates.sum()),
-        seconds=time.perf_counter() - start,
-        placement=qubits,
-        device=None if site is None else site.device,
-        _rotates=_validate.frozen(rotates),
-    )
+    size = routed.two_qubit_count, routed.two_qubit_depth
+    found = Found(call.names[0], None, tuple(range(n)), *size)
+    return call.result(
+        Routing, found, 1, n, circuit=routed, source=source, tail=operator,
+        rotations=int(rotates.sum()), _rotates=_validate.frozen(rotates),
+    )  # fmt: skip
 
 
-def _closed(
-    left: Routing, operator: CliffordTableau, site: Site, steps: int, budget: float | None
-) -> Routing:
+def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
     """The result with the operator appended, which is its tail on the wires of the source: by a
     search, which is the same every time unless the budget ends it."""
-    start = time.perf_counter()
+    site = call.site
+    assert site is not None
 
     def by(closing: _operators.CliffordSynthesis) -> Routing:
         tail = placed(closing.circuit, site.qubits, left.n)
@@ -274,15 +276,19 @@ def _closed(
                 left.n, left.circuit.gates + tail.gates + ending.operations, ending.classical
             ),
             tail=CliffordTableau(left.n),
-            seconds=left.seconds + time.perf_counter() - start,
+            seconds=call.elapsed,
             _rotates=_validate.frozen(np.pad(left._rotates, (0, len(tail)))),
         )
 
-    ground = site.device.part(site.qubits)
+    steps, budget = call.effort.steps, call.effort.budget
     try:
         return by(
-            _operators.synthesize(operator, device=ground, seed=0, steps=steps, budget=budget)
-        )
+            _operators.synthesize(
+                operator, device=site.device.part(site.qubits), seed=0,
+                steps=_CLOSING_STEPS if steps is None else steps,
+                budget=None if budget is None else max(budget - call.elapsed, _SHORTEST),
+            )
+        )  # fmt: skip
     except errors.Interrupted as stopped:
         best = None if stopped.best is None else by(stopped.best)
         raise errors.Interrupted(f"stopped, best so far: {best}", best) from None

@@ -48,7 +48,7 @@ PlainRows plain_identity(std::size_t wires) {
   return rows;
 }
 
-PlainRows plain_behind(const std::string& gate, PlainRows rows) {
+PlainRows plain_rows_after(const std::string& gate, PlainRows rows) {
   for (auto& of_wire : rows) {
     for (std::string& row : of_wire) {
       if (anticommute(row, gate)) row = product(row, gate);
@@ -100,7 +100,7 @@ void search_breadth_first(std::size_t wires, Outputs outputs, std::uint64_t allo
     for (const PlainRows& rows : level) {
       visit(rows, distance);
       for (const std::string& gate : gates) {
-        PlainRows child = plain_behind(gate, rows);
+        PlainRows child = plain_rows_after(gate, rows);
         if (seen.insert(class_of(child, outputs)).second) next.push_back(std::move(child));
       }
     }
@@ -112,16 +112,16 @@ template <int wires>
 void expect_free_distances(int most, int classes) {
   const auto& table = OperatorTable<wires>::shared();
   int met = 0;
-  search_breadth_first(wires, Outputs::anywhere, ~std::uint64_t{0}, most,
-                       [&](const PlainRows& rows, int distance) {
-                         const auto entry = table.find(packed(rows));
-                         ASSERT_EQ(entry.distance, distance) << class_of(rows, Outputs::anywhere);
-                         ++met;
-                         for (unsigned move = 0; move < table.moves; ++move) {
-                           const auto next = table.find(behind(window_gates[move], packed(rows)));
-                           ASSERT_EQ(next.distance == distance - 1, (entry.down >> move & 1) != 0);
-                         }
-                       });
+  search_breadth_first(
+      wires, Outputs::anywhere, ~std::uint64_t{0}, most, [&](const PlainRows& rows, int distance) {
+        const auto entry = table.find(packed(rows));
+        ASSERT_EQ(entry.distance, distance) << class_of(rows, Outputs::anywhere);
+        ++met;
+        for (unsigned move = 0; move < table.moves; ++move) {
+          const auto next = table.find(rows_after(window_gates[move], packed(rows)));
+          ASSERT_EQ(next.distance == distance - 1, (entry.down >> move & 1) != 0);
+        }
+      });
   EXPECT_EQ(met, classes);
 }
 
@@ -162,12 +162,12 @@ TEST(CliffordWindows, lead_down_from_every_operator_in_place) {
   std::mt19937 rng(3);
   for (int round = 0; round < 500; ++round) {
     WindowRows rows = identity_rows_on(4);
-    for (int k = 0; k < 50; ++k) rows = behind(window_gates[rng() % window_gates.size()], rows);
+    for (int k = 0; k < 50; ++k) rows = rows_after(window_gates[rng() % window_gates.size()], rows);
     const int distance = table.distance(rows);
     ASSERT_LE(distance, 9);
     ASSERT_GE(distance, OperatorTable<4>::shared().find(rows).distance);
     for (const Gate& gate : window_gates) {
-      ASSERT_LE(std::abs(table.distance(behind(gate, rows)) - distance), 1);
+      ASSERT_LE(std::abs(table.distance(rows_after(gate, rows)) - distance), 1);
     }
   }
 }

@@ -244,7 +244,7 @@ TEST(StateGroup, foresees_what_a_gate_does) {
       std::ranges::shuffle(open, rng);
       const auto label = [&] { return static_cast<int>(rng() % 3U) + 1; };
       const Move gate{end_of(open[0], label()), end_of(open[1], label())};
-      const double foreseen = group.behind(gate).worth;
+      const double foreseen = group.outlook_after(gate).worth;
       const int left = group.left();
       group.apply(gate);
       apply_to(stabilisers, gate);

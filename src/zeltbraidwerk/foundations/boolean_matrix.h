@@ -76,5 +76,5 @@ ZELTBRAIDWERK_EXPORT int findmax_double(int n, const std::vector<std::vector<dou
 ZELTBRAIDWERK_EXPORT int myPow(int base, int exponent);
 
 /// Writes the leading n by n block to standard output: entries as 1 or 0 with one blank after each,
-/// a line a row, and one empty line behind the last.
+/// one line per row, and an empty line after the last.
 ZELTBRAIDWERK_EXPORT void pretty_print(int n, const BoolMatrix& m);

@@ -34,11 +34,11 @@ class ZELTBRAIDWERK_EXPORT CnotCircuit {
   /// The operator: the identity, then RowOperation(m, control, target, nbqbits) a gate.
   BoolMatrix Simulate() const;
 
-  /// Gate::CNOT a gate, in order.
+  /// one Gate::CNOT per gate, in order.
   std::vector<Gate> to_circuit() const;
 
   /// Appends to three parallel lists what wire w holds along the circuit: its unit parity at
-  /// position 0, then for each gate with target w (at index i of the list) the parity behind that
+  /// position 0, then for each gate with target w (at index i of the list) the parity after that
   /// gate, at position i + 1. A gate inserted at a position sees that parity.
   ///
   /// `idx` lists distinct wires and must hold w. An addition covers only the wires of `idx` up to

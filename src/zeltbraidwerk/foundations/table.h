@@ -41,7 +41,7 @@ struct ZELTBRAIDWERK_EXPORT Table {
   bool operator==(const Table&) const = default;
 };
 
-/// Each entry followed by a blank, a line a row, each flushed.
+/// Each entry followed by a blank, one line per row, each flushed.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const Table& table);
 
 }  // namespace structures

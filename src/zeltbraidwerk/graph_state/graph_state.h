@@ -33,8 +33,8 @@ ZELTBRAIDWERK_EXPORT void check_circuit(BoolMatrix graph, const TripleCircuit& c
 /// A uniform draw a pair of qubits, the diagonal included, from random::uniform.
 ZELTBRAIDWERK_EXPORT BoolMatrix random_graph(int n);
 
-/// To standard output: entries as 0 or 1 with a blank after each, a line a row, one empty line
-/// behind the last.
+/// To standard output: entries as 0 or 1 with a blank after each, one line per row, one empty line
+/// after the last.
 ZELTBRAIDWERK_EXPORT void pretty_print(const BoolMatrix& matrix, int rows, int cols);
 
 /// To standard output: the first n entries with a blank after each, and a line end.

@@ -46,7 +46,7 @@ ZELTBRAIDWERK_EXPORT bool commute(const std::string& a, const std::string& b);
 ZELTBRAIDWERK_EXPORT RotationSequence merge_rotations(const RotationSequence& rotations);
 
 /// Right updates of the tableau by a rotation with a Clifford angle, so that it passes into the
-/// Clifford operator behind. An angle near 0, and an identity string, change nothing; one that is
+/// Clifford operator after. An angle near 0, and an identity string, change nothing; one that is
 /// not Clifford counts as pi/2.
 ZELTBRAIDWERK_EXPORT void update_clifford(std::pair<std::string, structures::Parameter>& rotation,
                                           structures::OperatorTableau& tableau);
@@ -58,11 +58,11 @@ ZELTBRAIDWERK_EXPORT bool renormalize(RotationSequence& rotations,
 
 /// The circuit equals the blocks' rotations, block after block, followed by the inverse of the
 /// operator of the tableau, up to a global phase; for a start other than the identity, read the
-/// circuit behind the inverse of the start's operator.
+/// circuit after the inverse of the start's operator.
 ///
 /// `merge` merges rotations and folds sums that have become Clifford, once. With
 /// `commuting_blocks` each block is the longest run of rotations that commute pairwise, equal
-/// strings in it joined; without, each rotation is a block of its own behind one empty block. No
+/// strings in it joined; without, each rotation is a block of its own after one empty block. No
 /// rotations: one empty block.
 ///
 /// Throws std::logic_error for a gate that is neither in CLIFFORDS nor in ROT, and

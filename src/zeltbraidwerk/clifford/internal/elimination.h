@@ -14,7 +14,7 @@ PauliFrame identity_images(int qubits);
 /// The same under the operator of a tableau.
 PauliFrame images_under(const structures::OperatorTableau& tableau);
 
-/// What undoes a Clifford operator: behind the gates, the images of X and Z on qubit q are X and Z
+/// What undoes a Clifford operator: after the gates, the images of X and Z on qubit q are X and Z
 /// on wire wires[q].
 struct Elimination {
   std::vector<structures::Gate> gates;

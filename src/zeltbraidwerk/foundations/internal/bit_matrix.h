@@ -9,7 +9,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A matrix over GF(2), each row in 64-bit words, lowest bit first, rows one behind the other.
+/// A matrix over GF(2), each row in 64-bit words, lowest bit first, one row after the other.
 /// Invariant: the bits of a row at and beyond cols() are 0, so counts and comparisons need no mask.
 ///
 /// This is the form in which every linear algorithm computes. Public functions take and return
@@ -28,7 +28,7 @@ class BitMatrix {
 
   int rows() const { return rows_; }
   int cols() const { return cols_; }
-  int stride() const { return stride_; }  ///< words a row
+  int stride() const { return stride_; }  ///< words per row
 
   Word* row(int r) { return words_.data() + offset(r); }
   const Word* row(int r) const { return words_.data() + offset(r); }

@@ -28,7 +28,7 @@ enum class TwoQubitGate { cnot, cz, swap, xx, xx_inverse };
 
 /// Many signed Pauli strings, all carried through one Clifford circuit. They are held bit-sliced:
 /// for each qubit one plane of X bits and one of Z bits over all rows, and one plane of signs (a
-/// set bit is minus), 64 rows a word. Y is X and Z. A gate U turns every row P into U P U-dagger
+/// set bit is minus), 64 rows per word. Y is X and Z. A gate U turns every row P into U P U-dagger
 /// and costs a few words per 64 rows, whatever the number of qubits.
 ///
 /// Invariant: bits at and beyond rows() are 0 in every plane.

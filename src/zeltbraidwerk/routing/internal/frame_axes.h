@@ -15,7 +15,7 @@ struct BasisChange {
   bool is_y;
 };
 
-/// The axes of the waiting rotations, kept as they stand behind the gates emitted: each gate
+/// The axes of the waiting rotations, kept as they stand after the gates emitted: each gate
 /// rewrites all of them. Copying copies words.
 class FrameAxes {
  public:

@@ -20,7 +20,7 @@ struct RoutingOptions {
 /// What synthesis::clifford_nnize and clifford_nnize_depth do, by the graph's own sketch_mode.
 /// Unless `keeps_trees`, the graph's cache is neither read nor written, which is faster, and a
 /// sketched tree with a cycle goes unnoticed where no cheapest plan can lie. False when the control
-/// said stop: `out` then ends behind some rotation, and `frame` is its gates'.
+/// said stop: `out` then ends after some rotation, and `frame` is its gates'.
 bool route(const std::vector<structures::Gate>& circuit, structures::Graph& graph,
            const RoutingOptions& options, std::vector<structures::Gate>& out,
            structures::OperatorTableau& frame);

@@ -21,9 +21,9 @@ class CliffordBeams {
 
   const OperatorRows& operator_rows() const { return start_.rows; }
   Side side_for(int round) const;
-  /// The width that a round of so many steps can afford; 0 for none. From both sides a beam takes
-  /// no more time than four walks of the round do, and from one side more the more qubits there
-  /// are, as walks bring less there.
+  /// The width that a round with that number of steps can afford; 0 for none. From both sides a
+  /// beam takes no more time than four walks of the round do, and from one side more the more
+  /// qubits there are, as walks bring less there.
   int width_for(Side side, std::uint64_t steps) const;
   /// Nothing where the beam gave up or its effort ended.
   std::optional<GateList> run(Side side, int width, Rng& rng, Meter& meter);

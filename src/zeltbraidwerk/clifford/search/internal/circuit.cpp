@@ -13,7 +13,7 @@ int label_of_letter(unsigned char letter) {
   return (letter_has_x(letter) ? label_x : 0) | (letter_has_z(letter) ? label_z : 0);
 }
 
-/// What one-qubit gates behind each other make of the labels of a wire, and back.
+/// What one-qubit gates one after the other make of the labels of a wire, and back.
 class LabelMap {
  public:
   int operator()(int label) const { return to_[static_cast<std::size_t>(label)]; }
@@ -40,7 +40,7 @@ std::vector<LabelMap> maps_on(int wires) {
 }
 
 /// Each gate of a list as a CNOT. One-qubit gates before it bring its labels to Z and X; what it is
-/// away from a CNOT behind it is not emitted but kept as the label of the circuit that stands for
+/// away from a CNOT after it is not emitted but kept as the label of the circuit that stands for
 /// each one of the list.
 class Emission {
  public:

@@ -7,7 +7,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A circuit of a Clifford operator. Its output q is on wire wires[q]: behind the gates the images
+/// A circuit of a Clifford operator. Its output q is on wire wires[q]: after the gates the images
 /// of X and Z on qubit q are those of the operator with letter r on wire wires[r].
 struct CliffordCircuit {
   std::vector<structures::Gate> gates;  ///< CNOT, and H, S, RX by pi/2, X, Y, Z

@@ -17,7 +17,7 @@ struct OperatorCost {
   double scale = 1;
   double offset = 0;
   double other_side = 1;  ///< weight of the rows of the inverse
-  /// Gates are tried between about so many wires of each side and all others.
+  /// Gates are tried between about this number of wires of each side and all others.
   int most_wires = 1 << 14;
 
   std::vector<double> values(int most) const {

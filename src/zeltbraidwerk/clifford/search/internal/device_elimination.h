@@ -12,7 +12,7 @@ namespace zelt::braidwerk::internal {
 
 /// An operator brought down to one-qubit gates by gates on the edges of a connected graph, wire by
 /// wire: a problem of a beam. A wire is cleared along Steiner trees, through rows of one side or
-/// the other, when the wires that are left hang together without it.
+/// the other, when the wires that are left are connected without it.
 class DeviceElimination {
  public:
   struct State {
@@ -53,7 +53,7 @@ class DeviceElimination {
   bool done(const State& state) const { return state.wires_left < 2; }
 
  private:
-  static constexpr int most_wires_tried = 24;  ///< about so many of a large device
+  static constexpr int most_wires_tried = 24;  ///< about this number of them on a large device
 
   double price(const State& state) const;
   void bring_down(State& state, const Move& move, int label, int kept, Rng& rng);

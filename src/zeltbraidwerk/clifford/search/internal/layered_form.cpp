@@ -46,14 +46,14 @@ class LayeredForm {
   }
 
   GateList circuit(Outputs outputs, const Effort& effort) {
-    // What X on the inputs becomes is X on the outputs by the map, times Z by the graph behind it;
+    // What X on the inputs becomes is X on the outputs by the map, times Z by the graph after it;
     // the graph before it has given Z on the inputs its part of X.
     const BitMatrix map = parts(input_x_, output_z_);
     const BitMatrix back = inverse(map);
     const BitMatrix before = product(parts(input_z_, output_z_), back);
-    const BitMatrix behind = product(back, parts(input_x_, output_x_));
+    const BitMatrix graph_after = product(back, parts(input_x_, output_x_));
     take_off_graph(1, before, input_x_);
-    take_off_graph(0, behind, output_z_);
+    take_off_graph(0, graph_after, output_z_);
     take_off_map(map, outputs, effort);
     return circuit_of(rows_, moves_);
   }
@@ -125,7 +125,7 @@ class LayeredForm {
     }
   }
 
-  /// From the last gate to the first. Each is a CNOT but for one-qubit gates behind it, which turn
+  /// From the last gate to the first. Each is a CNOT but for one-qubit gates after it, which turn
   /// X on its control, and Z on its target.
   void take_off_map(const BitMatrix& map, Outputs outputs, const Effort& effort) {
     for (int i = 0; i < wires_; ++i) {

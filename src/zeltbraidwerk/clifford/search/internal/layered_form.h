@@ -11,7 +11,7 @@ namespace zelt::braidwerk::internal {
 /// which commute, then a linear map by CNOTs, then gates between Z on pairs, which commute as well,
 /// X and Z any two labels of a wire, drawn for the inputs. Every operator has such a form.
 ///
-/// On n qubits the layers are about n / 2 before the map and as many behind it, and those of the
+/// On n qubits the layers are about n / 2 before the map and as many after it, and those of the
 /// map, which is searched by depth with this effort. More gates than by a reduction.
 GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort);
 

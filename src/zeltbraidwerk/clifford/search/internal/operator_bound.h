@@ -16,7 +16,7 @@ namespace zelt::braidwerk::internal {
 /// sum over all outputs is needed, rounded up. With free outputs q is the input of least rank.
 /// And letters of an image join its wires: a group of s joined wires takes s - 1 gates.
 ///
-/// Layers. A wire meets one gate a layer; an image spreads over at most 2^d wires in d layers,
+/// Layers. A wire meets one gate per layer; an image spreads over at most 2^d wires in d layers,
 /// forward and backward; one layer joins pairs alone; and a layer has at most n / 2 gates.
 ///
 /// On a device, with outputs in place, what a label has on a wire came from as many edges away as

@@ -13,7 +13,7 @@ namespace zelt::braidwerk::internal {
 inline constexpr int other_labels[4][2] = {{0, 0}, {2, 3}, {3, 1}, {1, 2}};
 
 /// A Clifford operator, signs left out, from both sides: row (0, i, c) is the Pauli operator that
-/// it turns into label c on wire i, row (1, i, c) what it makes of label c on wire i. A gate behind
+/// it turns into label c on wire i, row (1, i, c) what it makes of label c on wire i. A gate after
 /// the operator multiplies rows of side 0, one before it rows of side 1, by the same rule.
 class OperatorRows {
  public:
@@ -24,7 +24,7 @@ class OperatorRows {
   int wires() const { return wires_; }
   int words() const { return words_; }  ///< a plane
 
-  /// The plane of the X parts of a row, that of the Z parts behind it.
+  /// The plane of the X parts of a row, that of the Z parts after it.
   const Word* row(int side, int wire, int label) const {
     return rows_.data() + number(side, wire, label) * 2 * static_cast<std::size_t>(words_);
   }
@@ -38,7 +38,7 @@ class OperatorRows {
   bool is_local() const { return total_ == 3 * wires_; }  ///< nothing but one-qubit gates is left
 
   void multiply(int side, const Gate& gate);
-  /// Blind to one-qubit gates behind the operator and to the order of its outputs.
+  /// Blind to one-qubit gates after the operator and to the order of its outputs.
   std::uint64_t hash() const;
 
  private:

@@ -40,7 +40,7 @@ OperatorTable<wires>::OperatorTable()
   for (std::size_t k = 0; k < orbits.size(); ++k) {
     const Orbit orbit = orbits[k];
     for (unsigned move = 0; move < moves; ++move) {
-      const WindowRows rows = behind(window_gates[move], orbit.first);
+      const WindowRows rows = rows_after(window_gates[move], orbit.first);
       const Slot& slot = slots_[slot_of(key_of(rows))];
       if (slot.key == 0) {
         fill(symmetries, rows, orbits.size());

@@ -23,7 +23,7 @@ WindowRows append_placed_circuit(const PlacedTable<wires>& table, WindowRows row
   const auto took_one_that_leads_to = [&](unsigned residue) {
     auto move = static_cast<unsigned>(rng.below(moves));
     for (unsigned tried = 0; tried < moves; ++tried) {
-      const WindowRows next = behind(window_gates[move], rows);
+      const WindowRows next = rows_after(window_gates[move], rows);
       if (table.allows(move) && table.residue(next) == residue) {
         block.push_back(window_gates[move]);
         rows = next;
@@ -70,7 +70,7 @@ WindowRows append_reordered_circuit(const PlacedTable<wires>& table, WindowRows 
 }
 
 /// Replaces windows of Clifford gates by random shortest circuits that leave every wire in its
-/// place, or longer ones uphill. The one-qubit gates that a block leaves go behind the gates.
+/// place, or longer ones uphill. The one-qubit gates that a block leaves go after the gates.
 ///
 /// On a device, by circuits on its edges alone; with free outputs the last windows may move theirs.
 class PlacedRewriter {

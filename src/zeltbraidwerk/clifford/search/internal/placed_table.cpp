@@ -87,7 +87,7 @@ PlacedTable<wires>::PlacedTable(std::uint64_t allowed)
     const unsigned next = (residue(orbits[k]) + 1) % 3;
     for (unsigned move = 0; move < moves; ++move) {
       if (!allows(move)) continue;
-      const WindowRows rows = behind(window_gates[move], orbits[k]);
+      const WindowRows rows = rows_after(window_gates[move], orbits[k]);
       if (residue(rows) == 3) fill(rows, next);
     }
   }
@@ -98,7 +98,7 @@ int PlacedTable<wires>::distance(WindowRows rows) const {
   if (residue(rows) == 3) return -1;
   int steps = 0;
   for (unsigned move = 0; move < moves;) {
-    const WindowRows next = behind(window_gates[move], rows);
+    const WindowRows next = rows_after(window_gates[move], rows);
     if (allows(move) && residue(next) == (residue(rows) + 2) % 3) {
       rows = next;
       ++steps;

@@ -12,7 +12,7 @@ namespace zelt::braidwerk::internal {
 
 /// Numbers for the hyperbolic planes, pairs of anticommuting operators with their product, among
 /// the operators on `wires` qubits; and for each of them the operators that commute with it, read
-/// as operators on a qubit less.
+/// as operators on one qubit less.
 template <int wires>
 class Planes {
  public:
@@ -83,7 +83,7 @@ class PlacedTable {
   friend class PlacedTable;
 
   std::uint64_t allowed_;
-  std::vector<std::uint8_t> residues_;  ///< four a byte
+  std::vector<std::uint8_t> residues_;  ///< four per byte
 };
 
 extern template class PlacedTable<2>;

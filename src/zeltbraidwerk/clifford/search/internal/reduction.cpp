@@ -181,7 +181,7 @@ void OperatorReduction::price(const OperatorRows& rows, int side) {
   }
 }
 
-/// Gates before the operator come first; those behind it last to first, carried to before what is
+/// Gates before the operator come first; those after it last to first, carried to before what is
 /// left, and with it at the end.
 GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves) {
   GateList list(left.wires(), {});

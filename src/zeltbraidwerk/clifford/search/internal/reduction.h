@@ -10,7 +10,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// An operator brought down to one-qubit gates by gates behind and before it: a problem of a beam.
+/// An operator brought down to one-qubit gates by gates after and before it: a problem of a beam.
 ///
 /// What a gate does to the rows of its own two wires is priced exactly. On the other side it
 /// changes two letters in many rows; there every letter has the mean of what one more and one less

@@ -23,7 +23,7 @@ bool are_images_of_operator(const PauliFrame& images);
 /// one.
 ///
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
-/// as long. A state of a beam takes a byte a pair of qubits, 100 on up to 18 qubits; tables of
+/// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, and with outputs in place 12 MB more.
 CliffordResult search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
 

@@ -35,7 +35,7 @@ GateList eliminated_list(const PauliFrame& images, Outputs outputs) {
   Elimination undone = eliminate_clifford(images, outputs == Outputs::in_place);
   if (outputs == Outputs::in_place) undone.close();
   const GateList on_wires = to_list(inverted(undone.gates), images.qubits());
-  // What was gathered on wire w is behind the circuit on the wire of its qubit.
+  // What was gathered on wire w is after the circuit on the wire of its qubit.
   std::vector<int> qubit(undone.wires.size());
   for (std::size_t q = 0; q < qubit.size(); ++q) {
     qubit[static_cast<std::size_t>(undone.wires[q])] = static_cast<int>(q);

@@ -7,7 +7,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The cost that leads to the shortest circuits on so many qubits.
+/// The cost that leads to the shortest circuits on this number of qubits.
 OperatorCost cost_for(int wires);
 
 /// The circuit of a plain elimination, up to any images.

@@ -24,7 +24,7 @@ int weight(SmallString string) {
 /// The least d for which the products of at most 2^d letters make up all.
 int layers_of_products(const std::vector<SmallString>& generators) {
   const auto n = static_cast<int>(generators.size());
-  std::array<int, most_listed + 1> rank{};  // of the products of at most so many letters
+  std::array<int, most_listed + 1> rank{};  // of the products of at most that number of letters
   std::array<std::vector<SmallString>, most_listed + 1> by_weight;
   SmallString product = 0;
   for (unsigned k = 1; k < 1U << n; ++k) {  // in Gray code, one more factor or one less

@@ -17,13 +17,13 @@ class StateGates {
   };
 
   /// The `count` gates of least loss among those that take a letter from some generator, ties
-  /// broken at random, in no order; fewer where there are not so many.
+  /// broken at random, in no order; fewer where there are fewer.
   const std::vector<Scored>& best(const StateGroup& group, int count, Rng& rng);
 
  private:
   using ByLabel = std::array<double, 3>;  ///< by label less one
 
-  /// Worth of the generators with each two letters on a pair of qubits, a < b.
+  /// Worth of the generators with each pair of letters on a pair of qubits, a < b.
   std::array<ByLabel, 3>& pair(int a, int b) {
     return pairs_[static_cast<std::size_t>(b * (b - 1) / 2 + a)];
   }

@@ -55,14 +55,14 @@ GateSide StateGroup::side(End end) const {
           Word{0} - (end >> 1 & 1)};
 }
 
-void StateGroup::look_behind(Gate gate, std::vector<Word>& weights) const {
+void StateGroup::weigh_all_after(Gate gate, std::vector<Word>& weights) const {
   weights.resize(capacity_);
-  weigh_behind(side(gate.a), side(gate.b), weights_.data(), capacity_, weights.data());
+  weigh_after(side(gate.a), side(gate.b), weights_.data(), capacity_, weights.data());
 }
 
-StateGroup::Outlook StateGroup::behind(Gate gate) const {
+StateGroup::Outlook StateGroup::outlook_after(Gate gate) const {
   std::vector<Word>& weights = scratch().weights;
-  look_behind(gate, weights);
+  weigh_all_after(gate, weights);
   const LightBasis* basis = &basis_;
   if (!basis->is_least(weights)) {
     scratch().basis = basis_;
@@ -72,13 +72,13 @@ StateGroup::Outlook StateGroup::behind(Gate gate) const {
   Outlook outlook{0, 0};
   for (int k = 0; k < n_; ++k) {
     outlook.worth += weight_worth(weights[basis->element(k)]);
-    outlook.hash += hash_behind(gate, basis->element(k));
+    outlook.hash += hash_after(gate, basis->element(k));
   }
   return outlook;
 }
 
-/// Of the qubits on which an element has letters behind the gate.
-std::uint64_t StateGroup::hash_behind(Gate gate, std::size_t e) const {
+/// Of the qubits on which an element has letters after the gate.
+std::uint64_t StateGroup::hash_after(Gate gate, std::size_t e) const {
   std::uint64_t hash = 0;
   const GateSide a = side(gate.a);
   const GateSide b = side(gate.b);
@@ -99,7 +99,7 @@ std::uint64_t StateGroup::hash_behind(Gate gate, std::size_t e) const {
 
 void StateGroup::apply(Gate gate) {
   std::vector<Word>& weights = scratch().weights;
-  look_behind(gate, weights);
+  weigh_all_after(gate, weights);
   const GateSide a = side(gate.a);
   const GateSide b = side(gate.b);
   for (std::size_t e = 0; e < capacity_; ++e) {

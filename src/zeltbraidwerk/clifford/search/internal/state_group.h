@@ -29,7 +29,7 @@ inline double weight_worth(std::size_t weight) {
 class StateGroup {
  public:
   StateGroup() = default;
-  /// Of independent strings that commute, one a qubit. Signs are not looked at.
+  /// Of independent strings that commute, one per qubit. Signs are not looked at.
   explicit StateGroup(const PauliFrame& generators);
 
   int qubits() const { return n_; }
@@ -41,13 +41,13 @@ class StateGroup {
   template <class F>
   void each_letter(int k, F&& f) const;
 
-  /// What the generators are worth behind a gate, and a hash of them, blind to operations on single
+  /// What the generators are worth after a gate, and a hash of them, blind to operations on single
   /// qubits.
   struct Outlook {
     double worth;
     std::uint64_t hash;
   };
-  Outlook behind(Gate gate) const;
+  Outlook outlook_after(Gate gate) const;
 
   void apply(Gate gate);
 
@@ -61,8 +61,8 @@ class StateGroup {
     return static_cast<std::size_t>(word) * capacity_ + e;
   }
   GateSide side(End end) const;
-  void look_behind(Gate gate, std::vector<Word>& weights) const;
-  std::uint64_t hash_behind(Gate gate, std::size_t e) const;
+  void weigh_all_after(Gate gate, std::vector<Word>& weights) const;
+  std::uint64_t hash_after(Gate gate, std::size_t e) const;
   void settle();
   bool strip_finished();
   void multiply_letters(std::size_t from, std::size_t to);

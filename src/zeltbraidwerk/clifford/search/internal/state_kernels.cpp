@@ -111,8 +111,8 @@ ZELTBRAIDWERK_CLONES int pairs_clone(const Word* rows, int count, int words, int
 
 }  // namespace
 
-void weigh_behind(const GateSide& a, const GateSide& b, const Word* now, std::size_t count,
-                  Word* then) {
+void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::size_t count,
+                 Word* then) {
   weigh_clone(a, b, now, count, then);
 }
 

@@ -8,8 +8,8 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The letters of many Pauli strings on one qubit, a word each, and the label that a gate has there
-/// as masks of all ones or none.
+/// The letters of many Pauli strings on one qubit, one word each, and the label that a gate has
+/// there as masks of all ones or none.
 struct GateSide {
   const Word* x;
   const Word* z;
@@ -21,9 +21,9 @@ struct GateSide {
   Word odd(std::size_t e) const { return ((x[e] & pz) ^ (z[e] & px)) >> shift; }
 };
 
-/// The weights that strings have behind a gate, from those before it.
-void weigh_behind(const GateSide& a, const GateSide& b, const Word* now, std::size_t count,
-                  Word* then);
+/// The weights that strings have after a gate, from those before it.
+void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::size_t count,
+                 Word* then);
 
 /// Strings as rows: `words` words of X bits, as many of Z bits, and as many that go along. Row
 /// operations leave as many rows as there can be the only one with some letter on a qubit of its

@@ -8,10 +8,10 @@
 namespace zelt::braidwerk::internal {
 
 /// \file
-/// Gates that turn zeros into a state, and what they are apart from signs: behind the gates, label
+/// Gates that turn zeros into a state, and what they are apart from signs: after the gates, label
 /// frame[end] of the state is found on `end`.
 
-/// The plain circuit: brought to the form of a graph state, a gate an edge. Of a graph the edges
+/// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
 /// are its own.
 GateList by_graph(const PauliFrame& stabilisers);
 
@@ -22,7 +22,7 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 /// The stabilisers, without signs, of what the first `count` gates make of zeros.
 PauliFrame stabilisers_after(const GateList& list, int count);
 
-/// The circuit `begin`, of what the first `count` gates of a list make, and the others behind it.
+/// The circuit `begin`, of what the first `count` gates of a list make, and the others after it.
 GateList continued(GateList begin, const GateList& list, int count);
 
 /// The same list with its wires renamed so that each qubit of the state comes out on its own: the

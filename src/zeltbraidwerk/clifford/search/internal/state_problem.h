@@ -9,7 +9,7 @@ namespace zelt::braidwerk::internal {
 
 /// The gates that take a state apart, for the beam: those that make its lightest generators
 /// lighter. What a gate makes of the generators themselves chooses a few of all gates; each of
-/// these is then judged by the best generators behind it.
+/// these is then judged by the best generators after it.
 class StateProblem {
  public:
   using State = StateGroup;
@@ -23,7 +23,7 @@ class StateProblem {
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
     for (const auto& [loss, gate] : gates_.best(state, looked_at, rng)) {
-      const StateGroup::Outlook outlook = state.behind(gate);
+      const StateGroup::Outlook outlook = state.outlook_after(gate);
       sink(-outlook.worth, Move{gate, outlook.hash});
     }
   }

@@ -7,9 +7,9 @@ namespace {
 
 constexpr WindowRows every_row = 0x0101010101010101;
 
-/// The rows behind Z on wire q controlling `pauli`, which has no letter there: what has X on q is
+/// The rows after Z on wire q controlling `pauli`, which has no letter there: what has X on q is
 /// multiplied by it, what anticommutes with it by Z on q.
-constexpr WindowRows behind_control(int q, unsigned pauli, WindowRows rows) {
+constexpr WindowRows rows_after_control(int q, unsigned pauli, WindowRows rows) {
   const WindowRows has_x = rows >> (2 * q) & every_row;
   const unsigned swapped = (pauli & 0x55U) << 1 | (pauli & 0xaaU) >> 1;
   WindowRows odd = rows & (every_row * swapped);
@@ -31,7 +31,7 @@ WindowRows with_fresh(int q, WindowRows rows, Rng& rng) {
   int least = 1 << 8;
   for (unsigned k = 0; k < paulis; ++k) {
     const unsigned others = k ^ turn;
-    const WindowRows same = behind_control(q, (others & low) | (others & ~low) << 2, rows);
+    const WindowRows same = rows_after_control(q, (others & low) | (others & ~low) << 2, rows);
     const int distance = table.find(same).distance;
     if (distance < least) {
       least = distance;

@@ -14,7 +14,7 @@ struct StateResult {
   int depth = 0;                        ///< layers of these
 };
 
-/// Independent strings that commute, one a qubit: the stabilisers of one state.
+/// Independent strings that commute, one per qubit: the stabilisers of one state.
 bool stabilise_a_state(const PauliFrame& strings);
 
 /// A circuit of few CNOTs that turns zeros into the state with these stabilisers, signs included.

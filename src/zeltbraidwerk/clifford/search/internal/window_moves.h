@@ -20,7 +20,7 @@ constexpr WindowRows identity_rows_on(int wires) {
   return rows;
 }
 
-/// The gates on wires a < b, nine a pair, in an order in which fewer wires have the first ones.
+/// The gates on wires a < b, nine per pair, in an order in which fewer wires have the first ones.
 inline constexpr int moves_on(int wires) {
   return 9 * wires * (wires - 1) / 2;
 }
@@ -51,7 +51,7 @@ inline constexpr auto window_gates = [] {
 }();
 
 /// The rows of the operator with the gate of Pauli operator `pauli` put before it.
-constexpr WindowRows behind(std::uint8_t pauli, WindowRows rows) {
+constexpr WindowRows rows_after(std::uint8_t pauli, WindowRows rows) {
   constexpr WindowRows lowest = 0x0101010101010101;
   const unsigned swapped = (pauli & 0x55U) << 1 | (pauli & 0xaaU) >> 1;
   // The parity of each byte's bits in `swapped`, in its lowest bit: whether the two anticommute.
@@ -62,14 +62,14 @@ constexpr WindowRows behind(std::uint8_t pauli, WindowRows rows) {
   return rows ^ (odd & lowest) * pauli;
 }
 
-inline WindowRows behind(const Gate& gate, WindowRows rows) {
-  return behind(pauli_of(gate), rows);
+inline WindowRows rows_after(const Gate& gate, WindowRows rows) {
+  return rows_after(pauli_of(gate), rows);
 }
 
 /// The rows of a block of gates.
 inline WindowRows rows_of(const std::vector<Gate>& block, int wires) {
   WindowRows rows = identity_rows_on(wires);
-  for (auto gate = block.rbegin(); gate != block.rend(); ++gate) rows = behind(*gate, rows);
+  for (auto gate = block.rbegin(); gate != block.rend(); ++gate) rows = rows_after(*gate, rows);
   return rows;
 }
 

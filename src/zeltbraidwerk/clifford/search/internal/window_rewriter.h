@@ -24,13 +24,13 @@ WindowRows append_circuit(const OperatorTable<wires>& table, WindowRows rows, bo
   auto entry = table.find(rows);
   const auto take = [&](unsigned move) {
     block.push_back(window_gates[move]);
-    rows = behind(window_gates[move], rows);
+    rows = rows_after(window_gates[move], rows);
   };
   if (detour && entry.distance > 0) {
     constexpr unsigned moves = OperatorTable<wires>::moves;
     auto move = static_cast<unsigned>(rng.below(moves));
     for (unsigned tried = 0; tried < moves; ++tried, move = move + 1 == moves ? 0 : move + 1) {
-      const auto next = table.find(behind(window_gates[move], rows));
+      const auto next = table.find(rows_after(window_gates[move], rows));
       if (next.distance != entry.distance || next.down == 0) continue;
       take(move);
       entry = next;
@@ -45,7 +45,7 @@ WindowRows append_circuit(const OperatorTable<wires>& table, WindowRows rows, bo
   return rows;
 }
 
-/// By which end each end goes behind what is left of an operator.
+/// By which end each end goes after what is left of an operator.
 template <int wires>
 void read_ends(WindowRows left, Rewrite& rewrite) {
   rewrite.renames = left != identity_rows_on(wires);
@@ -75,7 +75,7 @@ bool rewrite_rows(WindowRows rows, int old, float uphill, Rng& rng, Rewrite& rew
 }
 
 /// Replaces windows of Clifford gates by random shortest circuits, or longer ones uphill. What the
-/// block leaves of one-qubit gates and of a renaming of its wires goes behind the gates.
+/// block leaves of one-qubit gates and of a renaming of its wires goes after the gates.
 class WindowRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;

@@ -1,0 +1,178 @@
+"""Modules import each other one way, and old names work, warn at the caller's line, and no more."""
+
+import ast
+import graphlib
+from pathlib import Path
+
+import numpy as np
+import pytest
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import Circuit, Device, Gate, Parameter, errors
+
+SOURCES = {path.stem: path for path in Path(zb.__file__).parent.glob("*.py")}
+TOFFOLI = "qreg q[3]; ccx q[0],q[1],q[2];"
+ROTATIONS = {"ZZ": 0.5, "II": 0.25}
+GRAPH = np.array([[0, 1], [1, 0]])
+
+
+def imported(path):
+    """The modules of the package that a module imports: at its top, in functions, for types."""
+    for node in ast.walk(ast.parse(path.read_text())):
+        names = [alias.name for alias in node.names] if isinstance(node, ast.Import) else []
+        if isinstance(node, ast.ImportFrom):
+            names = [f"{node.module}.{alias.name}" for alias in node.names]
+        for name in names:
+            package, _, rest = name.partition(".")
+            if package == "zeltbraidwerk" and rest.partition(".")[0] != "_core":
+                module = rest.partition(".")[0]
+                yield module if module in SOURCES else "__init__"
+
+
+def test_imports_run_in_no_circle():
+    arrows = {name: set(imported(path)) for name, path in SOURCES.items()}
+    assert "linear" in arrows["__init__"]
+    assert "_validate" in arrows["linear"]
+    list(graphlib.TopologicalSorter(arrows).static_order())  # raises CycleError, which tells it
+
+
+def phase(**options):
+    return zb.phase.synthesize({"110": 0.5, "011": 0.25}, method="gray", seed=1, **options)
+
+
+def pauli(**options):
+    return zb.pauli.synthesize(ROTATIONS, seed=1, **{"method": "greedy"} | options)
+
+
+def graph_state():
+    return zb.graph_state.synthesize(GRAPH, method="naive", seed=1)
+
+
+def route(**options):
+    return zb.routing.route(TOFFOLI, Device.line(3), tail="return", **options).circuit
+
+
+@pytest.mark.parametrize(
+    ("old", "new", "text"),
+    [
+        (
+            lambda: route(depth=1),
+            lambda: route(lookahead=1),
+            "option depth is now called lookahead",
+        ),
+        (
+            lambda: zb.routing.route_ions(TOFFOLI, depth=1),
+            lambda: zb.routing.route_ions(TOFFOLI, lookahead=1),
+            "lookahead",
+        ),
+        (
+            lambda: phase(leftover="return"),
+            lambda: phase(tail="return"),
+            "option leftover is now called tail",
+        ),
+        (
+            lambda: phase(tail="return").leftover.tolist(),
+            lambda: phase(tail="return").tail.tolist(),
+            "PhaseSynthesis.leftover is now called tail",
+        ),
+        (
+            lambda: pauli().global_angle,  # of a rotation, exp(-i angle / 2)
+            lambda: Parameter(0.25),
+            "PauliSynthesis.global_angle is now called global_phase",
+        ),
+        *(
+            (
+                lambda old=old: pauli(method=old),
+                lambda old=old: pauli(method=old.replace("-", "_")),
+                f"'{old}' is now called '{old.replace('-', '_')}'",
+            )
+            for old in ("greedy-depth", "sets-graph", "sets-decoding", "sets-closed")
+        ),
+        (
+            lambda: graph_state().stabilisers(),
+            lambda: list(graph_state().stabilizers),
+            "GraphStateSynthesis.stabilisers is now called stabilizers",
+        ),
+        (
+            lambda: zb.clifford.synthesize_state(["XX", "ZZ"], steps=0).stabilisers,
+            lambda: ("+XX", "+ZZ"),
+            "StateSynthesis.stabilisers is now called stabilizers",
+        ),
+        (
+            lambda: Circuit(1, [Gate.h(0)]).count,
+            lambda: 1,
+            "Circuit.count is now called gate_count",
+        ),
+    ],
+)
+def test_old_names_mean_what_they_did_and_warn_at_the_caller(old, new, text):
+    with pytest.warns(DeprecationWarning, match=text) as caught:
+        assert old() == new()
+    assert [Path(each.filename).name for each in caught] == [Path(__file__).name]
+
+
+def test_an_old_and_a_new_name_together_are_refused():
+    with pytest.raises(errors.OptionError, match="leftover: got it together with tail"):
+        phase(leftover="return", tail="return")
+    with pytest.raises(errors.UnknownMethodError, match="'greedy-nothing'"):
+        pauli(method="greedy-nothing")
+
+
+def test_a_global_phase_is_one_in_every_family():
+    """exp(i phase): a rotation about the identity turns by minus half its angle."""
+    assert pauli().global_phase == Parameter(-0.125)
+    assert zb.phase.synthesize({"00": 0.25, "01": 1.0}, seed=1).global_phase == Parameter(0.25)
+    symbolic = zb.pauli.synthesize({"II": "a"}, method="greedy")
+    assert symbolic.identity_angle.is_symbolic
+    with pytest.raises(errors.AngleError, match="symbolic angle"):
+        _ = symbolic.global_phase
+
+
+RESULTS = {
+    "linear": lambda: zb.linear.synthesize([[1, 1], [0, 1]], seed=1),
+    "phase": phase,
+    "pauli": pauli,
+    "codiagonalize": lambda: zb.pauli.codiagonalize(["XX", "ZZ"], seed=1),
+    "clifford": lambda: zb.clifford.synthesize(Circuit(2, [Gate.cnot(0, 1), Gate.h(0)]), seed=1),
+    "state": lambda: zb.clifford.synthesize_state(["XX", "ZZ"], seed=1),
+    "graph state": graph_state,
+    "device": lambda: zb.routing.route(TOFFOLI, Device.grid(2, 3)),
+    "ions": lambda: zb.routing.route_ions(TOFFOLI),
+}
+
+
+@pytest.mark.parametrize("family", RESULTS)
+def test_results_of_all_families_have_the_same_fields(family):
+    result, again = RESULTS[family](), RESULTS[family]()
+    gates = [2 if isinstance(gate, tuple) else len(gate.qubits) for gate in result.circuit]
+    assert result.count == sum(size * (size - 1) // 2 for size in gates)
+    assert result.circuit.gate_count == len(gates)
+    assert result.circuit.one_qubit_count == gates.count(1)
+    assert result.depth == result.circuit.two_qubit_depth <= result.count
+    wires = range(len(result.placement))
+    assert sorted(result.permutation) == list(wires)
+    assert set(result.placement) <= set(range(result.n))
+    assert result.device is None or result.device.fits(result.circuit)
+    assert result.method != "auto"
+    assert result.objective == "count"
+    assert result.runs >= 1
+    assert result.seconds > 0
+    assert all(point.count >= result.count for point in result.trace)
+    assert result.verify()
+    assert result.draw() == result.circuit.draw()
+    assert result == again
+    assert hash(result) == hash(again)
+    assert repr(result).startswith(
+        f"{type(result).__name__}({result.method}: {len(wires)} qubits, "
+    )
+    with pytest.raises(AttributeError):
+        result.seed = 7
+
+
+@pytest.mark.parametrize(
+    "family", [zb.linear, zb.phase, zb.pauli, zb.clifford, zb.graph_state, zb.routing]
+)
+def test_methods_are_listed_with_and_without_a_device(family):
+    for names in (family.methods(), family.methods(device=True)):
+        assert names == () or names[0] == "auto"
+        assert not [name for name in names if "-" in name]

@@ -1,0 +1,181 @@
+"""Clifford operators as tableaus."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable
+from functools import cached_property
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk import _core, _interop, _validate, errors
+from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import gates_alone
+
+if TYPE_CHECKING:
+    import stim
+
+# Signed letters by exponents (z, x), at 4 z + x.
+_SIGNS = _core.SILUAP[:, 0].astype(np.bool_)
+_LETTERS = np.frombuffer(b"IXYZ", dtype=np.uint8)[_core.SILUAP[:, 1]]
+
+
+class CliffordTableau:
+    """A Clifford operator on ``n`` qubits, given by the images of Pauli operators under it.
+
+    Immutable; two are equal when they act alike on every Pauli operator, signs included, that is
+    when the operators agree up to a global phase.
+
+    >>> bell = CliffordTableau.from_circuit(Circuit(2, [Gate.h(0), Gate.cnot(0, 1)]))
+    >>> bell.conjugate("ZI"), bell.conjugate("-IZ")
+    ('+XX', '-ZZ')
+    >>> bell @ bell.inverse() == CliffordTableau(2)
+    True
+    """
+
+    def __init__(self, n: int) -> None:
+        """The identity."""
+        self._core = _core.OperatorTableau(_validate.qubit_count(n))
+
+    @classmethod
+    def from_core(cls, tableau: _core.OperatorTableau) -> CliffordTableau:
+        kind = _core.OperatorTableau
+        return cls._wrap(
+            kind(_validate.instance(tableau, "tableau", kind, "a tableau of the core"))
+        )
+
+    @classmethod
+    def from_circuit(cls, circuit: Circuit | CnotCircuit) -> CliffordTableau:
+        """The operator of a circuit of Clifford gates."""
+        kinds = (Circuit, CnotCircuit)
+        _validate.instance(circuit, "circuit", kinds, "a Circuit or CnotCircuit")
+        return cls(circuit.n).apply(circuit)
+
+    def to_core(self) -> _core.OperatorTableau:
+        return _core.OperatorTableau(self._core)
+
+    @property
+    def n(self) -> int:
+        """Number of qubits."""
+        return self._core.nbqbits
+
+    def apply(self, gates: Gate | Iterable[Gate] | Circuit | CnotCircuit) -> CliffordTableau:
+        """This operator followed by the gates. Rotations take multiples of pi/2."""
+        if isinstance(gates, CnotCircuit):
+            gates = gates.to_circuit()
+        if isinstance(gates, Circuit) and gates.n != self.n:
+            raise errors.ShapeError(f"gates: got {gates.n} qubits, wanted {self.n}")
+        result = self.to_core()
+        listed = (gates,) if isinstance(gates, Gate) else gates
+        items = _validate.items(listed, "gates", "a Gate, a list of them or a circuit")
+        for gate in gates_alone(items, "gates"):
+            _validate.qubits_below(gate.qubits, self.n, "gates")
+            if any(param.is_symbolic for param in gate.params):
+                raise errors.NotCliffordError(f"gates: got {gate}, wanted a numeric angle")
+            if gate.name == "I":
+                continue
+            try:
+                result.apply_left(gate.to_core())
+            except RuntimeError:
+                raise errors.NotCliffordError(
+                    f"gates: got {gate}, wanted a Clifford gate"
+                ) from None
+        return self._wrap(result)
+
+    def conjugate(self, pauli: str) -> str:
+        """U P U-dagger as a sign and letters, the letter at place q for qubit q."""
+        minus, letters = _validate.pauli(pauli, self.n, "pauli")
+        operator = _core.WeylOperator(letters)
+        operator.conjugate_with(self._core)
+        turned, image = operator.to_pauli()
+        return "-+"[minus == turned] + image
+
+    def inverse(self) -> CliffordTableau:
+        return self._wrap(self._core.inverse())
+
+    def __matmul__(self, earlier: CliffordTableau) -> CliffordTableau:
+        """The product of operators: the right one acts first."""
+        if not isinstance(earlier, CliffordTableau):
+            return NotImplemented
+        if earlier.n != self.n:
+            raise errors.ShapeError(f"got tableaus on {self.n} and {earlier.n} qubits")
+        product = self.to_core()
+        product.multiply_right(earlier._core)
+        return self._wrap(product)
+
+    def then(self, later: CliffordTableau) -> CliffordTableau:
+        """This operator followed by the other."""
+        _validate.instance(later, "later", CliffordTableau, "a CliffordTableau")
+        return later @ self
+
+    def images(self) -> tuple[list[str], list[str]]:
+        """The images of X and of Z on each qubit, signed.
+
+        >>> CliffordTableau(1).apply(Gate.s(0)).images()
+        (['+Y'], ['+Z'])
+        """
+        signs, letters = self._signs_and_letters
+        texts = [
+            "+-"[int(sign)] + word.tobytes().decode()
+            for sign, word in zip(signs, letters, strict=True)
+        ]
+        return texts[self.n :], texts[: self.n]
+
+    @cached_property
+    def _signs_and_letters(self) -> tuple[npt.NDArray[np.bool_], npt.NDArray[np.uint8]]:
+        """Of the images of all Z, then all X: whether minus, and the letters."""
+        n = self.n
+        exponents = self._core.data[1:, 1:].T
+        places = 4 * exponents[:, :n] + exponents[:, n:]
+        return np.bitwise_xor.reduce(_SIGNS[places], axis=1), _LETTERS[places]
+
+    def to_stim(self) -> stim.Tableau:
+        stim = _interop._package("stim")
+        xs, zs = ([stim.PauliString(text) for text in texts] for texts in self.images())
+        return stim.Tableau.from_conjugated_generators(xs=xs, zs=zs)
+
+    @classmethod
+    def from_stim(cls, tableau: stim.Tableau) -> CliffordTableau:
+        if not (_validate.comes_from(tableau, "stim") and hasattr(tableau, "to_circuit")):
+            raise errors.DtypeError(
+                f"tableau: got {_validate.shown(tableau)}, wanted a tableau of Stim"
+            )
+        circuit = Circuit.from_stim(tableau.to_circuit())
+        return cls(max(circuit.n, len(tableau))).apply(circuit.gates)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, CliffordTableau):
+            return NotImplemented
+        return self._key() == other._key()
+
+    def __hash__(self) -> int:
+        return hash(self._key())
+
+    def __repr__(self) -> str:
+        return f"CliffordTableau({self.n} qubits)"
+
+    def __str__(self) -> str:
+        xs, zs = self.images()
+        lines = [f"X{q} -> {x}   Z{q} -> {z}" for q, (x, z) in enumerate(zip(xs, zs, strict=True))]
+        return "\n".join(lines)
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _rebuild, (self.n, self._core.data)
+
+    def _key(self) -> tuple[int, bytes, bytes]:
+        signs, letters = self._signs_and_letters
+        return self.n, signs.tobytes(), letters.tobytes()
+
+    @classmethod
+    def _wrap(cls, tableau: _core.OperatorTableau) -> CliffordTableau:
+        wrapped = cls.__new__(cls)
+        wrapped._core = tableau
+        return wrapped
+
+
+def _rebuild(n: int, data: npt.NDArray[np.uint8]) -> CliffordTableau:
+    tableau = _core.OperatorTableau(n)
+    tableau.data = data
+    return CliffordTableau._wrap(tableau)
