@@ -23,7 +23,7 @@ FAMILIES = {
     "clifford": lambda **options: zb.clifford.synthesize(OPERATOR, **options),
     "clifford, device": lambda **options: zb.clifford.synthesize(OPERATOR, device=GRID, **options),
     "state": lambda method, **options: zb.clifford.synthesize_state(
-        zb.graph_state.synthesize(GRAPH, method="naive").stabilisers(), **options
+        zb.graph_state.synthesize(GRAPH, method="naive").stabilizers, **options
     ),
     "graph_state": lambda **options: zb.graph_state.synthesize(GRAPH, **options),
     "pauli, any order": lambda **options: zb.pauli.synthesize(

@@ -65,7 +65,7 @@ CliffordTableau(2) @ CliffordTableau(1) -> ShapeError: 2 and 1 qubits
 
 # operators
 clifford.synthesize((['X'], ['Z', 'Z'])) -> ShapeError: got 1 images of X and 2 of Z
-clifford.synthesize((['XI'], ['ZI'])) -> ShapeError: images of 1 qubits on 2
+clifford.synthesize((['XI'], ['ZI'])) -> ShapeError: got 1 images of 2 letters, wanted 1
 clifford.synthesize((['XI', 'XI'], ['ZI', 'IZ'])) -> NotCliffordError: X on qubit 1 and Z on qubit 0
 clifford.synthesize((['X'], ['X'])) -> NotCliffordError: commute
 clifford.synthesize((['X'], ['iZ'])) -> PauliError: operator
@@ -77,8 +77,8 @@ clifford.synthesize(Circuit(1, [Gate.rz(0, 0.1)])) -> NotCliffordError: wanted a
 
 # states
 clifford.synthesize_state(['XX', 'ZZZ']) -> PauliError: state: got 3 letters, wanted 2
-clifford.synthesize_state(['XX']) -> ShapeError: state: got 1 stabilisers of 2 letters, wanted 2
-clifford.synthesize_state(['X', 'X']) -> ShapeError: got 2 stabilisers of 1 letters, wanted 1
+clifford.synthesize_state(['XX']) -> ShapeError: state: got 1 stabilizers of 2 letters, wanted 2
+clifford.synthesize_state(['X', 'X']) -> ShapeError: got 2 stabilizers of 1 letters, wanted 1
 clifford.synthesize_state(['XI', 'ZI']) -> PauliError: state: got XI and ZI, which do not commute
 clifford.synthesize_state(['XX', '-XX']) -> PauliError: state: got XX, which is a product
 clifford.synthesize_state(['XXI', 'IXX', 'XIX']) -> PauliError: got XIX, which is a product
@@ -124,8 +124,8 @@ Device.from_edges([('a', 'b')]) -> DtypeError: edges: got entries of type <U1
 STAR.hamiltonian_path(0) -> OptionError: seconds: got 0.0
 STAR.part([0, 4]) -> QubitError: qubits: got qubit 4
 linear.synthesize(np.eye(4, dtype=bool), device=Device.line(3)) -> DeviceTooSmallError: wanted at least 4 qubits
-linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT) -> DisconnectedDeviceError: in pieces of 3, 1 qubits
-linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT, method='steiner') -> DisconnectedDeviceError: 4 that
+linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT) -> DisconnectedDeviceError: component has 3 qubits, wanted 4
+linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT, method='steiner') -> DisconnectedDeviceError: 4 connected
 linear.synthesize(np.eye(4, dtype=bool), device=STAR, method='steiner') -> NoHamiltonianPathError: but there is none
 linear.synthesize(np.eye(4, dtype=bool), device=STAR, method='pmh') -> UnknownMethodError: wanted one of auto, row_c
 linear.synthesize(np.eye(4, dtype=bool), method='steiner') -> UnknownMethodError: got 'steiner', wanted one of auto
@@ -148,9 +148,9 @@ phase.synthesize((['11'], np.ma.array([1], mask=True))) -> DtypeError: polynomia
 phase.synthesize((['1', '0'], [1])) -> ParityError: got 2 parities and 1 angles
 phase.synthesize({'1': float('nan')}) -> AngleError: got nan
 phase.synthesize({'1': '0.5'}) -> AngleError: polynomial: got '0.5', wanted a number, not text
-phase.synthesize({'1': 1}, leftover='undo') -> OptionError: leftover: got 'undo'
+phase.synthesize({'1': 1}, tail='undo') -> OptionError: tail: got 'undo'
 phase.synthesize({'1': 1}, method='best') -> UnknownMethodError: wanted one of auto, gray
-phase.synthesize({'1': 1}, leftover='return', permutation='free') -> OptionError: permutation: got 'free' with leftover='return'
+phase.synthesize({'1': 1}, tail='return', permutation='free') -> OptionError: permutation: got 'free' with tail='return'
 phase.synthesize({'1': 1}, device='qx5', method='greedy') -> UnknownMethodError: wanted one of auto, gray, search on a device
 phase.synthesize({1: 1}, n=20000, method='search') -> TooLargeError: at most 16383
 phase.synthesize({'111': 1}, device=[(0, 1)]) -> DeviceTooSmallError: at least 3 qubits
@@ -243,12 +243,12 @@ pauli.codiagonalize(['iXX']) -> PauliError: strings: got 'iXX'
 
 # routing
 routing.route(T3, Device.line(2)) -> DeviceTooSmallError: at least 3
-routing.route(T3, Device(4, [(0, 1), (2, 3)])) -> DisconnectedDeviceError: in pieces of 2, 2
-routing.route(T3, Device.line(3), depth=-1) -> OptionError: depth: got -1
-routing.route(T3, Device.line(3), depth=1.5) -> DtypeError: depth
+routing.route(T3, Device(4, [(0, 1), (2, 3)])) -> DisconnectedDeviceError: component has 2 qubits, wanted 3
+routing.route(T3, Device.line(3), lookahead=-1) -> OptionError: lookahead: got -1
+routing.route(T3, Device.line(3), lookahead=1.5) -> DtypeError: lookahead
 routing.route(T3, 'nowhere') -> DeviceError: wanted one of
-routing.route(LONG, Device.grid(3, 3), depth=10 ** 6) -> TooLargeError: depth: got 1000000, which makes about
-routing.route_ions(LONG, depth=40) -> TooLargeError: plans of
+routing.route(LONG, Device.grid(3, 3), lookahead=10 ** 6) -> TooLargeError: lookahead: got 1000000, which makes about
+routing.route_ions(LONG, lookahead=40) -> TooLargeError: plans of
 routing.route(T3, Device.line(3), objective='x') -> OptionError: got 'x'
 routing.route(T3, Device.line(3), tail='open') -> OptionError: tail: got
 routing.normalize('qreg q[1]; foo q[0];') -> QasmError: foo is not known
@@ -265,7 +265,7 @@ routing.route(T3, Device.line(3), steps=-1) -> OptionError: steps: got -1
 routing.route(T3, Device.line(3), tail='return', steps=5) -> OptionError: steps: got 5, wanted None where no tail is closed
 routing.route_ions(T3).readout(['Z']) -> PauliError: got 1 letters
 routing.route_ions(T3, shelving=(0.1, 2)) -> OptionError: got the rate 2
-routing.route(LONG, Device.grid(3, 3), depth=9, budget=0.01) -> UnfinishedError: larger budget
+routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=0.01) -> UnfinishedError: larger budget
 
 # validation
 graph_state.synthesize([(0, 1), (1, 2), (2, 0)]) -> ShapeError: of edges

@@ -47,7 +47,7 @@ def test_forms_of_states(package, form):
 
 def test_options_of_the_search():
     graph = zb.gallery.random_graph(24, 3)
-    strings = zb.graph_state.synthesize(graph, method="naive").stabilisers()
+    strings = zb.graph_state.synthesize(graph, method="naive").stabilizers
     first = synthesize_state(strings, seed=5, steps=3000, restarts=3)
     shallow = synthesize_state(strings, seed=5, steps=20000, objective="depth")
     assert shallow.verify()
