@@ -13,9 +13,8 @@
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
-#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/search/internal/map_table.h"
-#include "zeltbraidwerk/linear/search_synthesis.h"
 
 namespace {
 

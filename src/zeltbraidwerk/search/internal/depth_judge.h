@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -8,29 +9,93 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A rewriter under annealing for few layers: whether a changed circuit stands is drawn by what its
-/// layers and, far less, its gates have risen, and a temperature.
-template <class Rewriter>
-class DepthJudge : public Rewriter {
+/// A rewriter whose changed circuits a rule accepts or refuses by their layers.
+///
+/// A Rule has
+///   accept(gates, uphill, rng)   whether a changed circuit stands; it may reorder the gates, where
+///                                they commute; `uphill` is that of the step
+///   depth()                      layers of the last circuit that stood
+template <class Rewriter, class Rule>
+class DepthJudge {
  public:
+  static constexpr Gathering gathering = Rewriter::gathering;
   static constexpr bool judges = true;
 
-  DepthJudge(Rewriter rewriter, const GateList& list, Rng& rng)
-      : Rewriter(std::move(rewriter)),
-        wires_(list.wires()),
-        depth_(depth_of(list.gates, wires_)),
-        energy_(energy(depth_, list.gates)),
-        rng_(rng) {}
+  DepthJudge(Rewriter& rewriter, Rule& rule, Rng& rng)
+      : rewriter_(rewriter), rule_(rule), rng_(rng) {}
 
-  void set_temperature(float temperature) { temperature_ = temperature; }
-  int depth() const { return depth_; }  ///< of the last circuit that stood
+  int window_size(Rng& rng) const { return rewriter_.window_size(rng); }
+  bool rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
+               Rewrite& rewrite) {
+    uphill_ = uphill;
+    return rewrite_window(rewriter_, list, window, uphill, rng, rewrite);
+  }
+  bool accept(std::vector<Gate>& gates) { return rule_.accept(gates, uphill_, rng_); }
 
-  bool accept(const std::vector<Gate>& gates) {
+  /// Layers first, then gates.
+  int length(const GateList& list) const {
+    constexpr int layer = 1 << 15;
+    return depth_of(list.gates, list.wires()) * layer + std::min(list.count(), layer - 1);
+  }
+
+ private:
+  Rewriter& rewriter_;
+  Rule& rule_;
+  Rng& rng_;
+  float uphill_ = 0;
+};
+
+/// A circuit with more layers stands with probability uphill^k for k layers more: the odds that a
+/// longer block has, for each of them.
+class LayerOdds {
+ public:
+  explicit LayerOdds(const GateList& list)
+      : wires_(list.wires()), depth_(depth_of(list.gates, wires_)) {}
+
+  int depth() const { return depth_; }
+  bool accept(const std::vector<Gate>& gates, float uphill, Rng& rng) {
     const int depth = depth_of(gates, wires_);
-    const float rise = energy(depth, gates) - energy_;
-    if (rise > 0 && rng_.unit() >= std::exp(-rise / temperature_)) return false;
+    for (int more = depth - depth_; more > 0; --more) {
+      if (!rng.chance(uphill)) return false;
+    }
     depth_ = depth;
-    energy_ = energy(depth, gates);
+    return true;
+  }
+
+ private:
+  int wires_;
+  int depth_;
+};
+
+/// Annealing: a circuit of higher energy stands with probability exp(-rise / temperature).
+class Metropolis {
+ public:
+  void set_temperature(float temperature) { temperature_ = temperature; }
+
+ protected:
+  bool accepts(float rise, Rng& rng) const {
+    return rise <= 0 || rng.unit() < std::exp(-rise / temperature_);
+  }
+
+ private:
+  float temperature_ = 0;
+};
+
+/// The energy of a circuit is twice its layers and, far less, its gates.
+class LayerEnergy : public Metropolis {
+ public:
+  explicit LayerEnergy(const GateList& list)
+      : wires_(list.wires()),
+        depth_(depth_of(list.gates, wires_)),
+        energy_(energy(depth_, list.gates)) {}
+
+  int depth() const { return depth_; }
+  bool accept(const std::vector<Gate>& gates, float, Rng& rng) {
+    const int depth = depth_of(gates, wires_);
+    const float changed = energy(depth, gates);
+    if (!accepts(changed - energy_, rng)) return false;
+    depth_ = depth;
+    energy_ = changed;
     return true;
   }
 
@@ -42,26 +107,33 @@ class DepthJudge : public Rewriter {
   int wires_;
   int depth_;
   float energy_;
-  float temperature_ = 0;
-  Rng& rng_;
 };
 
-/// `steps` steps of annealing from a list, or fewer when the effort ends. Calls
-/// stands(list, depth) for each changed list that stands.
+/// `steps` steps of annealing from a list, or fewer when the effort ends; the temperature falls as
+/// `temperatures` says. Calls stands(list, depth) for each changed list that stands.
+template <class Rewriter, class Rule, class F>
+void anneal(GateList list, Rewriter& rewriter, Rule& rule, Cooling temperatures,
+            std::uint64_t steps, Rng& rng, Meter& meter, F&& stands) {
+  constexpr float uphill = 0.3F;
+  constexpr int long_list = 1000;  // its steps take longer than microseconds
+  if (meter.ended()) return;
+  DepthJudge judge(rewriter, rule, rng);
+  Walk walk(std::move(list), judge);
+  for (std::uint64_t k = 0; k < steps; ++k) {
+    if (k % 64 == 0) {
+      rule.set_temperature(temperatures.at(static_cast<double>(k) / static_cast<double>(steps)));
+    }
+    if (walk.step(uphill, rng)) stands(walk.list(), rule.depth());
+    if (!meter.step() || (walk.count() > long_list && meter.ended())) return;
+  }
+}
+
+/// The same by LayerEnergy.
 template <class Rewriter, class F>
 void anneal_depth(const GateList& list, Rewriter rewriter, std::uint64_t steps, Rng& rng,
                   Meter& meter, F&& stands) {
-  constexpr float uphill = 0.3F;
-  constexpr Cooling temperatures{0.4F, 0.05F};
-  DepthJudge<Rewriter> judge(std::move(rewriter), list, rng);
-  Walk<DepthJudge<Rewriter>> walk(list, judge);
-  for (std::uint64_t k = 0; k < steps && !meter.ended(); ++k) {
-    if (k % 64 == 0) {
-      judge.set_temperature(temperatures.at(static_cast<double>(k) / static_cast<double>(steps)));
-    }
-    if (walk.step(uphill, rng)) stands(walk.list(), judge.depth());
-    meter.step();
-  }
+  LayerEnergy rule(list);
+  anneal(list, rewriter, rule, {0.4F, 0.05F}, steps, rng, meter, std::forward<F>(stands));
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -8,17 +8,11 @@
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/task.h"
-#include "zeltbraidwerk/search/search_effort.h"
+#include "zeltbraidwerk/search/search_point.h"
 
 namespace zelt::braidwerk::internal {
 
-/// A moment at which a search had found a better circuit.
-struct SearchPoint {
-  double seconds = 0;  ///< since the search began
-  std::uint64_t steps = 0;
-  int count = 0;
-  int depth = 0;
-};
+using synthesis::SearchPoint;
 
 /// Proven: no circuit of a problem has fewer gates on two wires, and none has fewer layers of them.
 /// It depends on the problem alone, never on a seed or on the effort.
@@ -45,18 +39,6 @@ struct Effort {
   std::function<void(const LowerBound&)> on_bound;  ///< hears of it whenever it may have risen
   bool past_bound = false;  ///< goes on where nothing better is possible, to see that it is so
 };
-
-/// From now on.
-inline Effort limits_of(const synthesis::SearchEffort& effort) {
-  Effort limits;
-  limits.steps = effort.steps;
-  if (effort.seconds < 1e9) {
-    limits.control.deadline =
-        Control::Clock::now() + std::chrono::duration_cast<Control::Clock::duration>(
-                                    std::chrono::duration<double>(effort.seconds));
-  }
-  return limits;
-}
 
 /// The effort of one run as it is spent.
 ///

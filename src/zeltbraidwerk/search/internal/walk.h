@@ -44,6 +44,17 @@ struct Cooling {
   }
 };
 
+/// Asks a rewriter of either kind: see Walk.
+template <class Rewriter>
+bool rewrite_window(Rewriter& rewriter, const GateList& list, const Window& window, float uphill,
+                    Rng& rng, Rewrite& rewrite) {
+  if constexpr (requires { rewriter.rewrite(list, window, uphill, rng, rewrite); }) {
+    return rewriter.rewrite(list, window, uphill, rng, rewrite);
+  } else {
+    return rewriter.rewrite(window, uphill, rng, rewrite);
+  }
+}
+
 /// A walk among the circuits of one operation: again and again a window is replaced by a random
 /// one of the best circuits for it, mostly of equal length, now and then by one that is longer.
 ///
@@ -84,7 +95,7 @@ class Walk {
                  rng, window_);
     rewrite_.renames = false;
     rewrite_.block.clear();
-    if (!rewrite(uphill, rng)) return false;
+    if (!rewrite_window(rewriter_, list_, window_, uphill, rng, rewrite_)) return false;
     if constexpr (Rewriter::judges) old_gates_ = list_.gates;
     const int behind = WindowFinder::replace(list_.gates, window_, rewrite_.block);
     if (rewrite_.renames) rename_gates(behind);
@@ -99,14 +110,6 @@ class Walk {
   }
 
  private:
-  bool rewrite(float uphill, Rng& rng) {
-    if constexpr (requires { rewriter_.rewrite(list_, window_, uphill, rng, rewrite_); }) {
-      return rewriter_.rewrite(list_, window_, uphill, rng, rewrite_);
-    } else {
-      return rewriter_.rewrite(window_, uphill, rng, rewrite_);
-    }
-  }
-
   template <class F>
   void each_end(F&& f) const {
     for (int place = 0; place < window_.size; ++place) {
@@ -177,6 +180,17 @@ void walk_round(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling
     if (shorter) look(best, true);
     if (go_on && walk.length(walk.list()) == least && look(walk.list(), false)) best = walk.list();
   }
+}
+
+/// The same where of equally short lists the latest takes over, as it leads elsewhere. kept(list)
+/// hears of each that takes the place of the best.
+template <class Rewriter, class Kept>
+void walk_among_equals(GateList& best, Rewriter& rewriter, std::uint64_t steps, Cooling cooling,
+                       Rng& rng, Meter& meter, Kept&& kept) {
+  walk_round(best, rewriter, steps, cooling, rng, meter, [&](const GateList& list, bool) {
+    kept(list);
+    return true;
+  });
 }
 
 /// The same for lists of few gates and, among equally short ones, of few layers. kept(list, size)

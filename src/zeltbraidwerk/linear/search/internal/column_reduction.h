@@ -1,82 +1,92 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
-#include "zeltbraidwerk/linear/internal/facing.h"
-#include "zeltbraidwerk/search/internal/beam.h"
-#include "zeltbraidwerk/search/internal/light_rows.h"
+#include "zeltbraidwerk/search/internal/line_reduction.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
 
-/// A matrix M brought down to a permutation by additions of columns alone: a problem of a beam, for
-/// dense matrices.
-///
-/// The cost is a sum of f(w) = -q^w, where w counts the ones of a row of M and of the same row of
-/// N, the transpose of the inverse. Additions are tried between columns in which the lightest row
-/// has ones, and priced by the eight lightest rows alone, each one at the slope of f.
-class ColumnReduction {
+/// The columns of a matrix M, each with the same column of N, the transpose of the inverse: column
+/// `to` of M gains column `from`, and column `from` of N column `to`.
+class ColumnLines {
  public:
-  class State {
-    friend class ColumnReduction;
-    std::vector<Word> columns_;  // of M, then of N
-    std::vector<std::uint16_t> weights_;
-    std::vector<std::uint64_t> hashes_;
-    std::uint64_t hash_ = 0;
-    LightRows::Sum sum_;
-  };
-  /// Column `to` of M gains column `from`, and column `from` of N column `to`.
   struct Move {
     std::uint16_t to;
     std::uint16_t from;
   };
-
-  explicit ColumnReduction(int n);
-
-  State start(const BitMatrix& m) const;
-  template <class Sink>
-  void children(const State& state, Rng&, Sink&& sink) {
-    price_lightest(state);
-    for (const Met& to : met_) {
-      for (const Met& from : met_) {
-        if (to.column == from.column) continue;
-        const double change = light_.price(to.of_m ^ from.of_m) - light_.price(to.of_m) +
-                              light_.price(from.of_n ^ to.of_n) - light_.price(from.of_n);
-        sink(state.sum_.cost + change, {to.column, from.column});
-      }
-    }
-  }
-  /// Blind to the order of columns.
-  std::uint64_t hash(const State& state, const Move& move) const;
-  void make(State& state, const Move& move) const;
-  bool done(const State& state) const { return state.sum_.unfinished == 0; }
-
-  GateList circuit(const State& reduced, const std::vector<Move>& moves) const;
-
- private:
-  /// What the lightest rows have in a column, a bit each.
+  /// What the lightest rows have in a column, one bit for each.
   struct Met {
     std::uint16_t column;
     std::uint8_t of_m;
     std::uint8_t of_n;
   };
 
-  std::size_t offset(int kind, int column) const {
-    return static_cast<std::size_t>((kind * n_ + column) * words_);
+  explicit ColumnLines(int n) : n_(n), words_(words_for(n)) {}
+
+  int size() const { return n_; }
+  int words() const { return 2 * words_; }
+  /// The column of N after the column of M.
+  const Word* of_n(const Word* line) const { return line + words_; }
+
+  LightRows light_rows() const;
+  std::pair<int, int> lines_of(const Move& move) const { return {move.to, move.from}; }
+  void weigh(const Word* line, int sign, LightRows::Weights& weights) const {
+    weigh_column(line, sign, weights);
+    weigh_column(of_n(line), sign, weights);
   }
-  void price_lightest(const State& state);
-  void weigh(State& state, int kind, int column, int sign) const;
-  std::uint64_t hash_of(const Word* of_m, const Word* of_n) const;
+  void weigh_changed(const Move&, const Word* to, const Word* from, int sign,
+                     LightRows::Weights& weights) const {
+    weigh_column(to, sign, weights);
+    weigh_column(of_n(from), sign, weights);
+  }
+  void change(const Move&, Word* to, Word* from) const {
+    for (int w = 0; w < words_; ++w) to[w] ^= from[w];
+    for (int w = words_; w < 2 * words_; ++w) from[w] ^= to[w];
+  }
+  std::uint64_t hash_of(const Word* line) const;
+  bool has(const Word* line, int row) const {
+    return bit(line, row) != 0 || bit(of_n(line), row) != 0;
+  }
+  Met met(int column, const Word* line, const LightRows& light) const;
+
+  template <class F>
+  void each_move(const std::vector<Met>& met, const LightRows& light, F&& f) const {
+    for (const Met& to : met) {
+      for (const Met& from : met) {
+        if (to.column == from.column) continue;
+        f(light.price(to.of_m ^ from.of_m) - light.price(to.of_m) +
+              light.price(from.of_n ^ to.of_n) - light.price(from.of_n),
+          Move{to.column, from.column});
+      }
+    }
+  }
+
+ private:
+  static unsigned bit(const Word* column, int row) {
+    return static_cast<unsigned>(column[row / word_bits] >> (row % word_bits)) & 1U;
+  }
+  void weigh_column(const Word* column, int sign, LightRows::Weights& weights) const {
+    for_each_bit(column, words_, [&](int row) {
+      std::uint16_t& weight = weights[static_cast<std::size_t>(row)];
+      weight = static_cast<std::uint16_t>(weight + sign);
+    });
+  }
 
   int n_;
-  int words_;
-  LightRows light_;
-  std::vector<Met> met_;
+  int words_;  // of a column
 };
 
-/// A circuit of m by such a search on one of its facings; without gates when it found none.
-GateList reduce_by_columns(const BitMatrix& m, int width, Facing facing, Rng& rng, Meter& meter);
+/// A matrix brought down to a permutation by additions of columns alone, for dense matrices.
+class ColumnReduction : public LineReduction<ColumnLines> {
+ public:
+  explicit ColumnReduction(int n) : LineReduction(ColumnLines(n)) {}
+
+  State start(const BitMatrix& m) const;
+  GateList circuit(const State& reduced, const std::vector<Move>& moves) const;
+};
 
 }  // namespace zelt::braidwerk::internal

@@ -29,8 +29,6 @@ class Front {
     return place == circuits_.begin();
   }
 
-  bool empty() const { return circuits_.empty(); }
-  const LayeredCircuit& shallowest() const { return circuits_.front(); }
   const std::vector<LayeredCircuit>& circuits() const { return circuits_; }
 
   /// The circuit for which `layer` times its depth and `gate` times its gates are least.

@@ -1,7 +1,8 @@
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
 
-#include <cmath>
+#include <cstddef>
 
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -14,15 +15,12 @@ struct LayerSeries::Run {
 };
 
 LayerSeries::Run LayerSeries::next_run(Rng& rng) const {
-  // The light lines are to count the more the larger the matrix is.
-  Run run{n_ < 24 ? 0.75 - n_ / 24.0 : n_ < 48 ? -n_ / 24.0 : -4 * std::pow(n_ / 64.0, 0.75)};
+  Run run{layer_exponent(n_)};
   if (first_) return run;
   const double part = static_cast<double>(rng.unit());
-  run.exponent += (n_ < 24 ? 0.5 : -0.5 * run.exponent) * (1 - 2 * part);
-  // Wide beams pay on small matrices; on large ones as many greedy runs do better.
-  const int widths[] = {n_ < 48 ? 8 : 1, n_ < 48 ? 32 : 1, n_ < 48 ? 128 : n_ < 96 ? 16 : 4};
-  run.width = widths[rng.below(3)];
-  if (run.width > 1) run.noise = 0.1F + 0.2F * rng.unit();
+  run.exponent += layer_exponent_spread(n_, run.exponent) * (1 - 2 * part);
+  run.width = layer_widths(n_)[static_cast<std::size_t>(rng.below(3))];
+  if (run.width > 1) run.noise = layer_tuning.least_noise + layer_tuning.more_noise * rng.unit();
   if (!best_.empty() && rng.coin())
     run.kept = static_cast<std::size_t>(rng.below(static_cast<int>(best_.size())));
   return run;
@@ -31,7 +29,8 @@ LayerSeries::Run LayerSeries::next_run(Rng& rng) const {
 bool LayerSeries::run(Rng& rng, Meter& meter) {
   const Run next = next_run(rng);
   first_ = false;
-  LayerReduction problem(n_, {{next.exponent, true, 0}, next.noise > 0 ? 3 : 1, next.noise});
+  LayerReduction problem(
+      n_, {{next.exponent, true, 0}, next.noise > 0 ? layer_tuning.variants : 1, next.noise});
   ReductionState state = problem.start(m_);
   std::vector<SideAddition> all;
   for (std::size_t k = 0; k < next.kept; ++k) {

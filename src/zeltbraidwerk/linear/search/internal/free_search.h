@@ -1,86 +1,79 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
-#include "zeltbraidwerk/linear/search/internal/reduction.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
 
-/// From a circuit as the engine has it: output r comes out on wire perm[r].
-FreeCircuit free_circuit(const GateList& list);
-GateList gate_list(const FreeCircuit& found);
-
-/// A circuit of m by a beam search on one of its facings; without gates when it found none.
-GateList reduce(const BitMatrix& m, const ReductionCost& cost, int width, Facing facing, Rng& rng,
-                Meter& meter);
-
-/// Without gates, of a permutation of the inputs.
-GateList relabelled(const BitMatrix& m);
-
-/// A circuit of the elimination by pairs on a facing of a matrix, outputs in place.
-GateList by_pairs(const BitMatrix& m, Facing facing);
-
-/// A random one of the shortest circuits of a matrix of up to 5 rows.
-GateList shortest_circuit(const BitMatrix& m, bool permuted, Rng& rng);
-
-/// The search for a circuit of one matrix with its outputs where they like, round by round.
+/// The search for a short circuit of one matrix with its outputs anywhere, round by round: a part
+/// of the search for a map, which has one for each of its different blocks.
 class FreeSearch {
  public:
-  /// Finds a first circuit, whatever the effort. Its walks have windows of up to so many wires.
-  FreeSearch(BitMatrix m, int window, Rng& rng);
+  /// Walks have windows of up to that number of wires.
+  FreeSearch(BitMatrix m, int window);
+
+  /// Finds a circuit, whatever the effort.
+  void first(Rng& rng);
 
   const GateList& best() const { return best_; }
   bool finished() const { return optimal_; }  ///< there is nothing shorter
 
-  /// Round 0, 1, ...: another start where one pays, a walk of `steps` steps from it, and one of as
-  /// many from the best so far; or, at middle sizes, one long hot walk in every third round, as
-  /// long as those of three. look(list) hears of lists that are no longer than the best.
-  template <class Look>
-  void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Look&& look) {
+  /// Round 0, 1, ...: another start where one pays, a walk of `steps` steps from it, and one of the
+  /// same length from the best so far; or, at middle sizes, one long hot walk in every third round,
+  /// as long as those of three. found(list) hears of lists that are no longer than any before.
+  template <class Found>
+  void round(int number, std::uint64_t steps, Rng& rng, Meter& meter, Found&& found) {
     if (optimal_) return;
     const BlockRewriter rewriter(window_, true);
-    const auto heard = [&](const GateList& list, bool) {
-      if (list.count() <= shortest_) {
-        shortest_ = list.count();
-        look(list);
-      }
-      return true;  // equals take over: they lead elsewhere
+    const auto offer = [&](const GateList& list) {
+      if (list.count() > shortest_) return;
+      shortest_ = list.count();
+      found(list);
+    };
+    const auto walk = [&](GateList& list, std::uint64_t length) {
+      walk_among_equals(list, rewriter, length, cooling(), rng, meter, offer);
     };
     GateList fresh = start(number, steps, rng, meter);
     if (!fresh.gates.empty()) {
-      heard(fresh, true);
-      const bool far = fresh.count() > best_.count() + best_.count() / 8;
-      if (!far && !long_) walk_round(fresh, rewriter, steps, cooling(), rng, meter, heard);
+      offer(fresh);
+      const int hopeless = best_.count() + best_.count() / cnot_tuning.hopeless_part;
+      if (fresh.count() <= hopeless && !long_walks_) walk(fresh, steps);
       if (fresh.count() <= best_.count()) best_ = std::move(fresh);
     }
-    if (!long_) {
-      walk_round(best_, rewriter, steps, cooling(), rng, meter, heard);
-    } else if (number % 3 == 0) {
-      walk_round(best_, rewriter, 10 * steps, cooling(), rng, meter, heard);
+    if (!long_walks_) {
+      walk(best_, steps);
+    } else if (number % cnot_tuning.long_walk_period == 0) {
+      walk(best_, cnot_tuning.long_walk * steps);
     }
   }
 
   /// Whether long walks are worth more than many: for dense maps of 11 to 40 wires.
-  bool prefers_long_walks() const { return long_; }
+  bool prefers_long_walks() const { return long_walks_; }
   /// Of walks on maps of this size and kind.
   Cooling cooling() const;
 
  private:
+  void make_first_greedily(Rng& rng);
   GateList start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
+  GateList start_by_columns(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
   bool by_columns() const;  ///< dense maps of more than 40 wires
 
   BitMatrix m_;
-  bool sparse_;  // or its inverse is: ciphers
-  bool long_;
+  int n_;
+  Facing lighter_ = Facing::plain;  // of the map and its inverse, the one of fewer ones
+  bool sparse_ = false;             // that one is: ciphers
+  bool long_walks_ = false;
   bool optimal_ = false;
   GateList best_;
-  int shortest_;
+  int shortest_ = 0;
   int window_;
 };
 

@@ -7,7 +7,7 @@
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
 #include "zeltbraidwerk/linear/search/internal/device_elimination.h"
-#include "zeltbraidwerk/linear/search/internal/free_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/search/internal/reduction.h"
 #include "zeltbraidwerk/phase/internal/graph_walk.h"
 #include "zeltbraidwerk/phase/internal/greedy_network.h"

@@ -1,0 +1,168 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "zeltbraidwerk/linear/search/internal/reduction.h"
+#include "zeltbraidwerk/search/internal/schedule.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+/// \file
+/// All numbers of the searches for CNOT circuits that were tuned. Each names the rows of
+/// bench/search that it was chosen by; numbers without a name of a row were not measured singly.
+
+namespace zelt::braidwerk::internal {
+
+/// For few CNOTs, all pairs of wires.
+struct CnotTuning {
+  /// Rows matrix 8 to 512, ciphers.
+  Schedule rounds{.first_steps = 1 << 15, .growth = 1.5};
+
+  // Regimes, by the number of wires. Rows matrix 8 to 512 free.
+  int small_wires = 20;      ///< a beam sees the inverse as well
+  int beam_wires = 40;       ///< beams from both sides; above, by columns where the map is dense
+  int middle_wires = 110;    ///< above, walks are cool
+  int greedy_wires = 512;    ///< above, no greedy run, and no look at the inverse
+  int least_long_walk = 11;  ///< to beam_wires: few long walks in place of many, rows matrix 16, 32
+
+  // Greedy runs that are made whatever the effort. Rows matrix 16 to 64 greedy.
+  int quick_wires = 64;           ///< from both sides: 20 ms
+  int quick_wires_columns = 320;  ///< by columns: a third of a second
+  int inverse_wires = 36;         ///< the cost sees the inverse up to here
+  int whole_wires = 160;          ///< above, additions go to few lines alone
+  int whole_wires_sparse = 256;   ///< the same of sparse maps, rows of ciphers
+  int focus = 8;                  ///< these lines
+
+  // Walks. Rows matrix 8 to 512 free; those of ciphers for sparse maps.
+  Cooling cooling_small{0.15F, 0.05F};    ///< long walks up to small_wires
+  Cooling cooling_long{0.3F, 0.003F};     ///< long walks above
+  Cooling cooling{0.15F, 0.01F};          ///< others
+  Cooling cooling_large{0.05F, 0.005F};   ///< above middle_wires, rows matrix 128 to 512
+  int long_walk_period = 3;               ///< rounds
+  std::uint64_t long_walk = 10;           ///< rounds that it is long, outputs anywhere
+  std::uint64_t long_walk_in_place = 13;  ///< rows matrix 16, 32 exact
+  int hopeless_part = 8;  ///< a start longer than the best by this part is not walked from
+
+  // Beams.
+  int narrow = 10;
+  int wide = 300;  ///< rows matrix 16, 32 free; 1000 gave nothing more on 32 wires
+  double tie_noise = 1e-5;
+  int patience = 30;              ///< levels without a better score, and one more for each wire
+  double columns_per_step = 400;  ///< a beam by columns takes n^3 / 400 steps for each of its width
+  int sparse_beam_wires = 48;     ///< wider beams of sparse maps, rows of ciphers
+  std::array<int, 3> sparse_widths{10, 100, 300};
+  std::size_t sparse_rounds = 8;  ///< of each of these widths
+};
+inline constexpr CnotTuning cnot_tuning;
+
+/// Of greedy runs. Rows matrix 16 to 64 greedy.
+inline ReductionCost greedy_cost(int n) {
+  const double exponent = n <= 12                        ? 1
+                          : n <= cnot_tuning.small_wires ? -0.5
+                          : n <= 28                      ? -1
+                                                         : -n / 28.0;
+  return {.exponent = exponent,
+          .with_inverse = n <= cnot_tuning.inverse_wires,
+          .focus = n > cnot_tuning.whole_wires ? cnot_tuning.focus : 0};
+}
+
+/// Of greedy runs on sparse maps: few lines change, so that several take no longer than one on a
+/// dense map does, and none is best for all. Rows of ciphers.
+inline std::vector<ReductionCost> greedy_costs_if_sparse(int n) {
+  if (n <= cnot_tuning.whole_wires) return {{-0.5, false}, {0, true}};
+  if (n <= cnot_tuning.whole_wires_sparse) return {{-0.5, false}};
+  return {{-0.5, false, cnot_tuning.focus}};
+}
+
+/// Of beams up to beam_wires. Rows matrix 8 to 32 free.
+inline ReductionCost beam_cost(int n) {
+  const bool small = n <= cnot_tuning.small_wires;
+  return {.exponent = small ? 0 : -0.5, .with_inverse = small};
+}
+
+/// Of beams by columns: f(w) = -q^w goes through about 9 orders of magnitude over all weights; a
+/// double has 16. Rows matrix 64, 128 free.
+inline double column_ratio(int n) {
+  return 1 - std::min(0.18, 12.0 / std::max(n, 1));
+}
+
+/// Of beams on sparse maps, in turn. Rows of ciphers.
+inline constexpr std::array<ReductionCost, 6> beam_costs_if_sparse{
+    {{1, true}, {0, true}, {-0.5, false}, {-2, false}, {-1, true}, {0, false}}};
+
+/// For few layers of CNOTs.
+struct ShallowTuning {
+  Schedule rounds{.first_steps = 10000, .most_growths = 30};
+  int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
+  int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
+  int closings = 4;      ///< random ways to close a circuit, next to swaps
+  std::uint64_t layer_part = 5;     ///< of the steps of a round: new layers take one
+  std::uint64_t best_part = 2;      ///< annealing of the best
+  std::uint64_t cheapest_part = 8;  ///< annealing of the cheapest for each price of a gate
+  Cooling heat{0.4F, 0.05F};        ///< of new layers, rows matrix 8 to 32 depth
+  /// Of large circuits, which would not come back once molten, rows matrix 64, 128 depth; and of
+  /// the best circuits.
+  Cooling low_heat{0.2F, 0.05F};
+  // What a circuit costs. Row matrix 32 depth.
+  float layer = 2;
+  float gate = 0.02F;
+  std::array<float, 3> gate_prices{0.1F, 0.5F, 2.0F};  ///< for circuits of fewer gates
+  float bound_gate = 0.02F;  ///< of a gate without room between the layers, most
+  float bound_gates = 2.5F;  ///< of all such gates, most
+};
+inline constexpr ShallowTuning shallow_tuning;
+
+/// For runs of beams over layers. Rows matrix 8 to 256 depth.
+struct LayerTuning {
+  int middle_wires = 24;
+  int large_wires = 48;
+  int huge_wires = 96;
+  int variants = 3;  ///< layers of each side that a run with noise tries on a state
+  float least_noise = 0.1F;
+  float more_noise = 0.2F;  ///< a random part of this is added
+};
+inline constexpr LayerTuning layer_tuning;
+
+/// The exponent of the cost: the light lines are to count the more the larger the matrix is.
+inline double layer_exponent(int n) {
+  if (n < layer_tuning.middle_wires) return 0.75 - n / 24.0;
+  if (n < layer_tuning.large_wires) return -n / 24.0;
+  return -4 * std::pow(n / 64.0, 0.75);
+}
+/// How far later runs may be from it.
+inline double layer_exponent_spread(int n, double exponent) {
+  return n < layer_tuning.middle_wires ? 0.5 : -0.5 * exponent;
+}
+/// Of later runs, drawn. Wide beams pay on small matrices; on large ones as many greedy runs do
+/// better.
+inline std::array<int, 3> layer_widths(int n) {
+  if (n < layer_tuning.large_wires) return {8, 32, 128};
+  return {1, 1, n < layer_tuning.huge_wires ? 16 : 4};
+}
+
+/// For CNOTs on a device.
+struct DeviceTuning {
+  Schedule rounds{.first_steps = 12000};
+  int greedy_wires = 64;  ///< a greedy run of the beam takes some tenths of a second
+  /// Vertices that may go next: all up to so many wires, and a few above; row matrix on grid 8x8.
+  int all_vertices = 32;
+  int few_vertices = 8;
+  int path_operations = 10'000;  ///< for a Hamiltonian path
+  // A round. Rows matrix on grid 4x4 and tokyo.
+  int starts = 4;
+  std::uint64_t walk_from_winner = 2;  ///< in walks of a start
+  std::uint64_t walk_from_best = 4;
+  int least_width = 10;
+  int most_width = 300;
+  double state_price = 0.25;  ///< steps of a walk for n^2 times the vertices of a state
+  /// Above 1: blocks that got shorter are made longer again, row matrix on heavy hexagons.
+  Cooling cooling{2.0F, 0.3F};
+  Cooling cooling_by_depth{1.0F, 0.1F};
+};
+inline constexpr DeviceTuning device_tuning;
+
+}  // namespace zelt::braidwerk::internal
