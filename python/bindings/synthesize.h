@@ -92,7 +92,7 @@ auto interruptible(std::optional<double> budget, int n, Kernel&& kernel) {
       .method = "one kernel", .runs = 1, .make = [&](int) -> std::optional<internal::MadeCircuit> {
         auto value = kernel(control.control(n));
         if (!value) return std::nullopt;
-        return internal::MadeCircuit{{}, std::move(*value)};
+        return internal::made_circuit({}, std::move(*value));
       }};
   const CommonOptions none{{}, std::nullopt, nb::none()};
   Outcome outcome = synthesized(

@@ -27,7 +27,7 @@ Lane lane(const std::string& method, std::optional<int> runs, std::function<int(
           milliseconds time = milliseconds(0)) {
   return {.method = method, .runs = runs, .make = [gates, time](int run) {
             std::this_thread::sleep_for(time);
-            return std::optional(MadeCircuit{{gates(run), 1}, run});
+            return std::optional(made_circuit({gates(run), 1}, run));
           }};
 }
 
@@ -83,7 +83,7 @@ TEST(Runs, TheFirstRunThatMeetsTheBoundIsTheAnswer) {
                               control.effort(1).on_bound({2, 1});
                               std::this_thread::sleep_for(milliseconds(3));
                               const int gates = run >= engine_meets ? 2 : 3;
-                              return std::optional(MadeCircuit{{gates, 1}, run});
+                              return std::optional(made_circuit({gates, 1}, run));
                             },
                         .proves = true};
       const SynthesisOptions options = on_threads(jobs);

@@ -22,7 +22,7 @@ namespace {
 
 std::optional<MadeCircuit> sized(CliffordCircuit found, int n) {
   const CircuitSize size = size_of(found.gates, n);
-  return MadeCircuit{size, std::move(found)};
+  return made_circuit(size, std::move(found));
 }
 
 void check_operator_options(const SynthesisOptions& options) {
@@ -115,7 +115,7 @@ Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& op
                                 .stream = static_cast<std::uint64_t>(run)};
                 StateResult found = search_state(stabilisers, task, control.effort(steps));
                 const CircuitSize size{found.count, found.depth};
-                return std::optional(MadeCircuit{size, std::move(found.gates)});
+                return std::optional(made_circuit(size, std::move(found.gates)));
               },
           .proves = true};
 }

@@ -93,7 +93,7 @@ std::vector<Gate> apart_by_decoding(const BitMatrix& graph, int tries, std::uint
 
 std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
   const CircuitSize size = size_of(gates, n);
-  return MadeCircuit{size, std::move(gates)};
+  return made_circuit(size, std::move(gates));
 }
 
 BitMatrix checked(const BoolMatrix& graph) {

@@ -173,7 +173,7 @@ class LinearCall {
   static std::optional<MadeCircuit> sized(std::optional<FreeCircuit> found) {
     if (!found) return std::nullopt;
     const CircuitSize size = size_of(found->circuit);
-    return MadeCircuit{size, std::move(*found)};
+    return made_circuit(size, std::move(*found));
   }
 
   // --- the search -----------------------------------------------------------------------------

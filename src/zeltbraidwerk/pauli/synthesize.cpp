@@ -145,7 +145,7 @@ class PauliCall {
 
   std::optional<MadeCircuit> sized(PauliNetwork network) const {
     const CircuitSize size = size_of(network.gates, table_.frame.qubits());
-    return MadeCircuit{size, std::move(network)};
+    return made_circuit(size, std::move(network));
   }
 
   const LabelledTable table_;

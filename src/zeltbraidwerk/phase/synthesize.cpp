@@ -107,7 +107,7 @@ class PhaseCall {
           auto network = made.make(run, control_);
           if (!network) return std::nullopt;
           const CircuitSize size = size_of(network->cnots());
-          return MadeCircuit{size, std::move(*network)};
+          return made_circuit(size, std::move(*network));
         }};
   }
 
@@ -129,7 +129,7 @@ class PhaseCall {
                       std::move(found.steps),
                       FreeCircuit(structures::CnotCircuit(qubits()), std::move(found.permutation))};
                   const CircuitSize size = size_of(network.cnots());
-                  return std::optional(MadeCircuit{size, std::move(network)});
+                  return std::optional(made_circuit(size, std::move(network)));
                 },
             .proves = true};
   }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <any>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,8 +29,13 @@ namespace zelt::braidwerk::internal {
 /// The circuit of a run. The runner looks at its size alone.
 struct MadeCircuit {
   CircuitSize size;
-  std::any circuit;
+  std::shared_ptr<void> circuit;  ///< of the type that the family takes it back as
 };
+
+template <class Circuit>
+MadeCircuit made_circuit(const CircuitSize& size, Circuit circuit) {
+  return {size, std::make_shared<Circuit>(std::move(circuit))};
+}
 
 /// The runs of one method.
 struct Lane {
@@ -44,12 +49,12 @@ struct Lane {
 
 struct BestRun {
   std::size_t lane = 0;
-  std::any circuit;
+  std::shared_ptr<void> circuit;
   synthesis::SynthesisResult result;  ///< all but the permutation
 
   template <class Circuit>
   Circuit& as() {
-    return *std::any_cast<Circuit>(&circuit);
+    return *static_cast<Circuit*>(circuit.get());
   }
 };
 
