@@ -152,21 +152,6 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   EXPECT_TRUE(implements(exact, m, true));
 }
 
-TEST(CnotSearch, ThePublicDoorLeadsToTheSame) {
-  support::Rng matrices(23);
-  for (const int n : {0, 1, 9}) {
-    BoolMatrix m = support::random_invertible(n, matrices);
-    for (const bool in_place : {false, true}) {
-      std::vector<int> perm(at(n));
-      const auto circuit = synthesis::search_synthesis(n, m, perm, in_place, {.steps = 2000});
-      EXPECT_TRUE(implements({circuit, perm}, m, in_place));
-      EXPECT_EQ(circuit.gates,
-                search_cnot(packed(m), {.outputs = support::outputs(in_place)}, steps(2000))
-                    .circuit.gates);
-    }
-  }
-}
-
 TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
   support::Rng matrices(13);
   const BoolMatrix m = support::random_invertible(16, matrices);
