@@ -6,12 +6,13 @@ int main() {
   // Row r lists the inputs whose XOR stands on qubit r at the output.
   const BoolMatrix wanted = {{1, 0, 1, 0}, {1, 1, 0, 0}, {0, 1, 1, 1}, {1, 1, 1, 1}};
 
-  structures::CnotCircuit circuit = synthesis::optimized_PMH_Algorithm(4, wanted);
-  circuit.reverse();  // an elimination builds the inverse; the same gates in reverse order build the map
+  synthesis::LinearOptions options;  // as in Python: method, objective, device, seed, budget, jobs
+  options.restarts = 20;
+  const synthesis::LinearResult result = synthesis::synthesize_linear(wanted, options);
 
-  std::cout << circuit.gates.size() << " CNOTs, depth " << circuit.depth() << '\n';
-  for (const auto& [control, target] : circuit.gates) {
+  std::cout << result.count << " CNOTs, depth " << result.depth << ", by " << result.method << '\n';
+  for (const auto& [control, target] : result.circuit.gates) {
     std::cout << "CNOT " << control << ' ' << target << '\n';
   }
-  return circuit.Simulate() == wanted ? 0 : 1;
+  return result.circuit.Simulate() == wanted ? 0 : 1;
 }

@@ -205,6 +205,17 @@ std::vector<unsigned char> to_exponents(const ArrayLike& value, int size, const 
   return bytes;
 }
 
+internal::BitGraph to_graph(const ArrayLike& adjacency) {
+  const BitMatrix bits = to_bits(adjacency, "adjacency");
+  internal::BitGraph graph(bits.rows());
+  for (int v = 0; v < bits.rows(); ++v) {
+    for (int w = 0; w < v; ++w) {
+      if (bits.get(v, w)) graph.join(v, w);
+    }
+  }
+  return graph;
+}
+
 GateList to_gates(const ArrayLike& value, int n, const char* name) {
   const nb::object array = as_array(value, "iu", "integers", name);
   if (is_empty(array)) return {};

@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 /// \file
 /// The way between numpy and the library. Matrices go straight to packed words and back; an array
@@ -49,6 +50,8 @@ template <class T>
 TableOf<T> to_table(const ArrayLike& value, int size, const char* name);
 /// A square matrix of exponents modulo 4, row-major.
 std::vector<unsigned char> to_exponents(const ArrayLike& value, int size, const char* name);
+/// A symmetric matrix of edges.
+internal::BitGraph to_graph(const ArrayLike& adjacency);
 /// (control, target) pairs, qubits from 0 to n-1.
 GateList to_gates(const ArrayLike& value, int n, const char* name);
 

@@ -9,19 +9,17 @@ NB_MODULE(_core, m) {
   bind_tableau(m);
   bind_linear(m);
   bind_greedy(m);
-  bind_linear_search(m);
   bind_graphs(m);
+  bind_hamiltonian_path(m);
   bind_graph_state(m);
-  bind_state_search(m);
-  bind_clifford_search(m);
-  bind_device_search(m);
-  bind_cnot_search(m);
   bind_pauli(m);
-  bind_pauli_network_search(m);
-  bind_pauli_search(m);
+  bind_pauli_groups(m);
   bind_pauli_steps(m);
   bind_phase(m);
-  bind_parity_search(m);
-  bind_phase_search(m);
   bind_routing(m);
+  bind_synthesize(m);
+  bind_linear_synthesize(m);
+  bind_phase_synthesize(m);
+  bind_pauli_synthesize(m);
+  bind_clifford_synthesize(m);
 }

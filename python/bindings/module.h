@@ -10,20 +10,18 @@ void bind_values(nanobind::module_& m);
 void bind_tableau(nanobind::module_& m);
 void bind_linear(nanobind::module_& m);
 void bind_greedy(nanobind::module_& m);
-void bind_linear_search(nanobind::module_& m);
 void bind_graph_state(nanobind::module_& m);
-void bind_state_search(nanobind::module_& m);
 void bind_graphs(nanobind::module_& m);
-void bind_clifford_search(nanobind::module_& m);
-void bind_cnot_search(nanobind::module_& m);
-void bind_device_search(nanobind::module_& m);
+void bind_hamiltonian_path(nanobind::module_& m);
 void bind_pauli(nanobind::module_& m);
-void bind_pauli_network_search(nanobind::module_& m);
-void bind_pauli_search(nanobind::module_& m);
+void bind_pauli_groups(nanobind::module_& m);
 void bind_pauli_steps(nanobind::module_& m);
 void bind_phase(nanobind::module_& m);
-void bind_parity_search(nanobind::module_& m);
-void bind_phase_search(nanobind::module_& m);
+void bind_synthesize(nanobind::module_& m);
+void bind_linear_synthesize(nanobind::module_& m);
+void bind_phase_synthesize(nanobind::module_& m);
+void bind_pauli_synthesize(nanobind::module_& m);
+void bind_clifford_synthesize(nanobind::module_& m);
 void bind_routing(nanobind::module_& m);
 
 }  // namespace zelt::braidwerk::python

@@ -17,17 +17,6 @@ int name_index(const std::string& name) {
   return static_cast<int>(found - std::begin(names));
 }
 
-void write_angle(const structures::Parameter& angle, std::int32_t* row) {
-  constexpr std::size_t prefix = 7;  // of "UMINUS "
-  if (!angle.is_abstract) {
-    row[4] = static_cast<std::int32_t>(std::lround(angle.value / internal::quarter_turn));
-    return;
-  }
-  const bool minus = angle.expression.starts_with('U');
-  row[3] = std::stoi(minus ? angle.expression.substr(prefix) : angle.expression);
-  row[4] = minus ? -1 : 1;
-}
-
 }  // namespace
 
 const char* gate_name(int index) {
@@ -35,18 +24,28 @@ const char* gate_name(int index) {
 }
 
 Operations to_operations(const std::vector<structures::Gate>& gates) {
+  return to_operations(gates, {});
+}
+
+Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows) {
   constexpr std::size_t columns = 5;
   auto* data = new std::int32_t[gates.size() * columns + 1];
   const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<std::int32_t*>(p); });
-  std::int32_t* row = data;
-  for (const structures::Gate& gate : gates) {
-    row[0] = name_index(gate.name);
-    row[1] = gate.qbits[0];
-    row[2] = gate.qbits.size() > 1 ? gate.qbits[1] : -1;
-    row[3] = -1;
-    row[4] = 0;
-    if (!gate.params.empty()) write_angle(gate.params[0], row);
-    row += columns;
+  std::int32_t* out = data;
+  for (std::size_t k = 0; k < gates.size(); ++k, out += columns) {
+    const structures::Gate& gate = gates[k];
+    out[0] = name_index(gate.name);
+    out[1] = gate.qbits[0];
+    out[2] = gate.qbits.size() > 1 ? gate.qbits[1] : -1;
+    out[3] = -1;
+    out[4] = 0;
+    if (k < rows.size() && rows[k] >= 0) {
+      out[3] = rows[k];
+      out[4] = gate.params[0].value < 0 ? -1 : 1;
+    } else if (!gate.params.empty()) {
+      out[4] =
+          static_cast<std::int32_t>(std::lround(gate.params[0].value / internal::quarter_turn));
+    }
   }
   return Operations(data, {gates.size(), columns}, owner);
 }
@@ -70,20 +69,6 @@ ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int 
   unsigned char* row = data;
   for (const auto& string : strings) row = std::copy_n(string.begin(), columns, row);
   return ByteArray2(data, {strings.size(), columns}, owner);
-}
-
-TwoQubitCost two_qubit_cost(const std::vector<structures::Gate>& gates, int qubits) {
-  TwoQubitCost cost;
-  std::vector<int> levels(static_cast<std::size_t>(qubits));
-  for (const structures::Gate& gate : gates) {
-    if (gate.qbits.size() != 2) continue;
-    int& a = levels[static_cast<std::size_t>(gate.qbits[0])];
-    int& b = levels[static_cast<std::size_t>(gate.qbits[1])];
-    a = b = std::max(a, b) + 1;
-    cost.depth = std::max(cost.depth, a);
-    ++cost.count;
-  }
-  return cost;
 }
 
 }  // namespace zelt::braidwerk::python

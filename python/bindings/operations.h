@@ -15,25 +15,16 @@ namespace zelt::braidwerk::python {
 using Operations = nb::ndarray<nb::numpy, std::int32_t, nb::ndim<2>>;
 using Letters = nb::ndarray<const std::uint8_t, nb::ndim<2>, nb::c_contig, nb::device::cpu>;
 
-/// The name of gate `index`, or null behind the last.
+/// The name of gate `index`, or null after the last.
 const char* gate_name(int index);
 
 Operations to_operations(const std::vector<structures::Gate>& gates);
+/// The same of gates that come with the row of each rotation, -1 for other gates. The angle of a
+/// rotation has its sign alone.
+Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows);
 
-/// The angle that stands for rotation r until it is in Python again.
-inline structures::Parameter placeholder(int r) {
-  return {std::to_string(r)};
-}
-
-/// A row a string of codes, each from 0 to 3.
+/// One row per string of codes, each from 0 to 3.
 std::vector<std::vector<unsigned char>> to_strings(const Letters& letters);
 ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int qubits);
-
-/// Gates on two qubits, and the layers that they alone fill.
-struct TwoQubitCost {
-  int count = 0;
-  int depth = 0;
-};
-TwoQubitCost two_qubit_cost(const std::vector<structures::Gate>& gates, int qubits);
 
 }  // namespace zelt::braidwerk::python

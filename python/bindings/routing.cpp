@@ -11,7 +11,7 @@
 
 #include "convert.h"
 #include "module.h"
-#include "search.h"
+#include "synthesize.h"
 #include "zeltbraidwerk/routing/internal/route.h"
 #include "zeltbraidwerk/routing/ion_nnizer.h"
 #include "zeltbraidwerk/routing/linear_nnizer.h"
@@ -169,51 +169,52 @@ void bind_routings(nb::module_& m) {
       "frame"_a, "(out, frame).");
 }
 
-/// What routing.route and routing.route_ions stand on: (gates, frame), or None when the control
-/// said stop.
-void bind_stoppable(nb::module_& m) {
+/// For routing.route and routing.route_ions: (gates, frame). Raises UnfinishedError at the end of
+/// the budget, and KeyboardInterrupt.
+void bind_interruptible(nb::module_& m) {
   using Metric = std::optional<std::pair<double, double>>;
   m.def(
       "_routed",
       [](const Circuit& circuit, Graph graph, int depth, bool by_depth,
-         const SearchControl& control) -> std::optional<Routed> {
-        OperatorTableau frame(graph.n);
-        check_device(circuit, graph, frame, depth);
-        Circuit out;
-        const bool finished = unlocked([&] {
-          graph.set_shortest_paths();
-          internal::RoutingOptions options;
-          options.depth = depth;
-          options.objective = by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
-          options.control = control.control(graph.n);
-          return internal::route(circuit, graph, options, out, frame);
-        });
-        if (!finished) return std::nullopt;
-        return Routed(std::move(out), std::move(frame));
+         std::optional<double> budget) -> Routed {
+        check_device(circuit, graph, OperatorTableau(graph.n), depth);
+        return interruptible(
+            budget, graph.n, [&](const internal::Control& control) -> std::optional<Routed> {
+              graph.set_shortest_paths();
+              internal::RoutingOptions options;
+              options.depth = depth;
+              options.objective =
+                  by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
+              options.control = control;
+              Routed made(Circuit{}, OperatorTableau(graph.n));
+              auto& [out, frame] = made;
+              if (!internal::route(circuit, graph, options, out, frame)) return std::nullopt;
+              return made;
+            });
       },
-      "circuit"_a, "graph"_a, "depth"_a, "by_depth"_a, "control"_a);
+      "circuit"_a, "graph"_a, "depth"_a, "by_depth"_a, "budget"_a.none());
   m.def(
       "_routed_for_ions",
       [](const Circuit& circuit, int n, int depth, const Metric& errors,
-         const SearchControl& control) -> std::optional<Routed> {
+         std::optional<double> budget) -> Routed {
         check_circuit(circuit, n);
-        Circuit out;
-        OperatorTableau frame(n);
-        const bool finished = unlocked([&] {
-          internal::RoutingOptions options;
-          options.depth = depth;
-          options.control = control.control(n);
-          if (!errors) {
-            return internal::route_ions(circuit, structures::DefaultMetric{}, options, out, frame);
-          }
-          return internal::route_ions(circuit,
-                                      structures::ShelveMetric(n, errors->first, errors->second),
-                                      options, out, frame);
-        });
-        if (!finished) return std::nullopt;
-        return Routed(std::move(out), std::move(frame));
+        return interruptible(
+            budget, n, [&](const internal::Control& control) -> std::optional<Routed> {
+              internal::RoutingOptions options;
+              options.depth = depth;
+              options.control = control;
+              Routed made(Circuit{}, OperatorTableau(n));
+              auto& [out, frame] = made;
+              const bool finished =
+                  errors ? internal::route_ions(
+                               circuit, structures::ShelveMetric(n, errors->first, errors->second),
+                               options, out, frame)
+                         : internal::route_ions(circuit, structures::DefaultMetric{}, options, out,
+                                                frame);
+              return finished ? std::optional(std::move(made)) : std::nullopt;
+            });
       },
-      "circuit"_a, "n"_a, "depth"_a, "errors"_a.none(), "control"_a);
+      "circuit"_a, "n"_a, "depth"_a, "errors"_a.none(), "budget"_a.none());
 }
 
 }  // namespace
@@ -221,7 +222,7 @@ void bind_stoppable(nb::module_& m) {
 void bind_routing(nb::module_& m) {
   bind_normal_form(m);
   bind_routings(m);
-  bind_stoppable(m);
+  bind_interruptible(m);
 }
 
 }  // namespace zelt::braidwerk::python

@@ -8,6 +8,7 @@ An instance is made from its family and number alone.
 """
 
 import argparse
+import pickle
 import sys
 import time
 import traceback
@@ -255,17 +256,19 @@ FAMILIES = {
 }
 
 
-def instance(name, number):
+def instance(name, number, method=None):
     draw = Draw(f"{name} {number}")
+    draw.only = method
     n = draw.size(number)
     return draw, n, FAMILIES[name](draw, n)
 
 
-def try_instance(name, number):
+def try_instance(name, number, method=None):
     """The size; raises where something is wrong. Of every eighth instance, effort is looked at."""
-    draw, n, case = instance(name, number)
+    draw, n, case = instance(name, number, method)
     result = case.search(case.given, **case.options)
     case.check(result)
+    assert pickle.loads(pickle.dumps(result)) == result
     if draw.chance(0.125) and "steps" in case.options:
         again = case.search(case.given, **case.options)
         assert again.circuit == result.circuit, "the same call gave another circuit"

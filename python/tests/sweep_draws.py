@@ -15,7 +15,9 @@ STEPS = 3000
 
 
 class Draw(random.Random):
-    """The draws of one instance."""
+    """The draws of one instance; of `only` this method, where there is a choice that has it."""
+
+    only: str | None = None
 
     def chance(self, odds):
         return self.random() < odds
@@ -53,9 +55,11 @@ class Draw(random.Random):
 
     def method(self, module, n, ground):
         """Mostly the search; the others where they are quick and always end."""
+        known = module.methods() if ground is None else module.methods(device=True)
+        if self.only in known:
+            return self.only
         if n > 16 or self.chance(0.85):
             return "search"
-        known = module.methods() if ground is None else module.methods(device=True)
         return self.choice([name for name in known if name not in ("auto", "steiner")])
 
     def options(self, ground, method="search", **choices):

@@ -206,7 +206,7 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
         (with_else, "instruction 1: got if with else"),
         (in_a_loop, "instruction 1: got while_loop, wanted if_test"),
         (by_an_expression, "instruction 1: got if, wanted if_test of one register or bit"),
-        (into_its_condition, "instruction 1: got if around a measurement into a bit"),
+        (into_its_condition, "instruction 1: got a measurement, under a condition, into a bit"),
         (unknown, "instruction 1: got foo, which Qiskit cannot take apart"),
     ):
         circuit = qiskit.QuantumCircuit(1, 1)

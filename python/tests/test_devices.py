@@ -9,7 +9,7 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support import cnots, device_edges, product, replay
+from support import device_edges, replay
 
 from zeltbraidwerk import Circuit, CnotCircuit, Device, Gate, core, errors, linear
 
@@ -26,15 +26,6 @@ def graph_of(device):
 
 def on_edges(device, gates):
     return all(tuple(sorted(gate)) in device.edges for gate in gates)
-
-
-@st.composite
-def matrices_on_devices(draw, most=7):
-    """A device and an invertible matrix of its size or smaller."""
-    n, edges = draw(device_edges(most=most))
-    size = draw(st.integers(0, n))
-    matrix = replay(size, draw(cnots(size)))[list(draw(st.permutations(range(size))))]
-    return Device(n, edges), matrix
 
 
 # --- devices ------------------------------------------------------------------------------------
@@ -94,29 +85,6 @@ def test_devices_of_pytket():
     architecture = pytest.importorskip("pytket.architecture")
     wanted = Device.grid(2, 3)
     assert Device.of(architecture.Architecture(list(wanted.edges))) == wanted
-
-
-@pytest.mark.parametrize(
-    ("call", "error", "text"),
-    [
-        (lambda: Device(2, [(0, 2)]), errors.QubitError, "edges: got qubit 2, wanted 0 to 1"),
-        (lambda: Device(2, [(1, 1)]), errors.QubitError, "edges: got control and target both 1"),
-        (lambda: Device(-1, []), errors.OptionError, "n: got -1"),
-        (lambda: Device.grid(0, 3), errors.OptionError, "rows: got 0"),
-        (lambda: Device.named("moon"), errors.DeviceError, "got 'moon', wanted one of qx5"),
-        (lambda: Device.of(7), errors.DeviceError, "device: got 7, wanted a Device"),
-        (
-            lambda: Device.from_edges([("a", "b")]),
-            errors.DtypeError,
-            "edges: got entries of type <U1",
-        ),
-        (lambda: STAR.hamiltonian_path(0), errors.OptionError, "seconds: got 0.0"),
-        (lambda: STAR.part([0, 4]), errors.QubitError, "qubits: got qubit 4"),
-    ],
-)
-def test_bad_devices_are_refused_by_name(call, error, text):
-    with pytest.raises(error, match=text):
-        call()
 
 
 @given(device_edges(least=0, most=7))
@@ -204,58 +172,10 @@ def test_trees_join_their_terminals(case, data):
         assert on_edges(device, joined.edges())
 
 
-@given(matrices_on_devices())
-def test_steiner_gauss_reduces_to_the_identity(case):
-    device, matrix = case
-    path = device.hamiltonian_path()
-    if path is None or len(matrix) != device.n:
-        return
-    table = core.Table.from_matrix(matrix)
-    gates = [g.qbits for g in core.steiner_gauss_ham_path(table, graph_of(device), list(path))]
-    assert on_edges(device, gates)
-    assert np.array_equal(product(replay(device.n, gates), matrix), np.eye(device.n))
-
-
 def filled(device):
     graph = graph_of(device)
     graph.set_shortest_paths()
     return graph
-
-
-SINGULAR = core.Table.from_matrix([[0, 0], [0, 0]])
-
-
-@pytest.mark.parametrize(
-    ("call", "error", "text"),
-    [
-        (lambda: filled(STAR).steiner_tree([]), ValueError, "terminals: got none"),
-        (lambda: filled(STAR).steiner_tree([0, 4]), IndexError, "terminals: got 4, wanted 0 to 3"),
-        (lambda: core.steiner_good(graph_of(STAR), [0, 1]), ValueError, "table is not filled"),
-        (lambda: core.sketch_steiner(core.Graph(3), [0]), ValueError, "table is not filled"),
-        (lambda: filled(LINE_AND_DOT).steiner_tree([0, 3]), ValueError, "no path joins 0 and 3"),
-        (lambda: core.Graph(2).add_edge(0, 2), IndexError, "vertex: got 2"),
-        (lambda: core.Graph(2).neighbors(-1), IndexError, "i: got -1"),
-        (
-            lambda: core.steiner_gauss_ham_path(SINGULAR, graph_of(Device.line(2)), [0, 1]),
-            RuntimeError,
-            "ooops: Error: Can't fill up this tree!",
-        ),
-        (
-            lambda: core.steiner_gauss_ham_path(core.Table(4), graph_of(STAR), [0, 1, 2, 3]),
-            RuntimeError,
-            "Path is not hamiltonian",
-        ),
-        (
-            lambda: core.steiner_gauss_ham_path(core.Table(3), graph_of(STAR), [0]),
-            ValueError,
-            "table: got size 3, wanted 4",
-        ),
-    ],
-)
-def test_bad_arguments_of_the_core_are_refused_by_name(call, error, text, capfd):
-    with pytest.raises(error, match=text):
-        call()
-    assert capfd.readouterr().err == ""
 
 
 def test_graphs_answer_as_the_library_does():
@@ -271,30 +191,6 @@ def test_graphs_answer_as_the_library_does():
 
 
 # --- matrices on a device -----------------------------------------------------------------------
-
-
-@pytest.mark.parametrize("permutation", ["exact", "free"])
-@given(case=matrices_on_devices(), runs=st.integers(1, 9))
-def test_every_cnot_is_on_an_edge(permutation, case, runs):
-    device, matrix = case
-    before = matrix.copy()
-    size = len(matrix)
-    for method in linear.methods(device=True):
-        options = {"method": method, "restarts": runs, "seed": 5, "permutation": permutation}
-        try:
-            result = linear.synthesize(matrix, device=device, **options)
-        except errors.NoHamiltonianPathError:
-            assert method == "steiner"
-            continue
-        assert on_edges(device, result.circuit)
-        found = replay(device.n, result.circuit)
-        wires = [result.placement[wire] for wire in result.permutation]
-        assert np.array_equal(found[np.ix_(wires, result.placement)], matrix)
-        assert found.sum() == matrix.sum() + device.n - size  # all other qubits are left alone
-        if permutation == "exact":
-            assert result.permutation == tuple(range(size))
-        assert result.verify()
-    assert np.array_equal(matrix, before)
 
 
 def test_steiner_is_that_of_the_library(dense):
@@ -332,29 +228,3 @@ def test_wrong_results_on_a_device_do_not_verify(dense):
     }
     for name, value in elsewhere.items():
         assert not linear.LinearSynthesis(**{**vars(good), name: value}).verify(), name
-
-
-@pytest.mark.parametrize(
-    ("options", "error", "text"),
-    [
-        ({"device": Device.line(3)}, errors.DeviceTooSmallError, "wanted at least 4 qubits"),
-        (
-            {"device": LINE_AND_DOT},
-            errors.DisconnectedDeviceError,
-            "component has 3 qubits, wanted 4",
-        ),
-        (
-            {"device": LINE_AND_DOT, "method": "steiner"},
-            errors.DisconnectedDeviceError,
-            "4 connected",
-        ),
-        ({"device": STAR, "method": "steiner"}, errors.NoHamiltonianPathError, "but there is none"),
-        ({"device": STAR, "method": "pmh"}, errors.UnknownMethodError, "wanted one of auto, row_c"),
-        ({"method": "steiner"}, errors.UnknownMethodError, "got 'steiner', wanted one of auto"),
-        ({"device": 4}, errors.DeviceError, "device: got 4"),
-        ({"device": STAR, "width": 2}, errors.OptionError, "width: not an option"),
-    ],
-)
-def test_devices_that_do_not_fit_are_refused_by_name(dense, options, error, text):
-    with pytest.raises(error, match=text):
-        linear.synthesize(dense(4), **options)

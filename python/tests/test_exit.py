@@ -2,7 +2,12 @@
 
 import subprocess
 import sys
-from pathlib import Path
+
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+
+import zeltbraidwerk as zb
 
 # Every family, with searches on threads and callbacks; what is made stays in the module's names, in
 # a cycle as well, until the interpreter ends.
@@ -52,9 +57,14 @@ def test_a_program_of_every_family_leaves_nothing():
     assert (done.returncode, done.stdout, done.stderr) == (0, "", "")
 
 
+@pytest.mark.parametrize("gate", [zb.Gate.rz(0, 0.3)])
+@given(n=st.integers(1, 3))
+def test_drawn_beside_an_angle(gate, n):
+    """An angle among the cases of a test of hypothesis."""
+    assert len(zb.Circuit(n, [gate])) == 1
+
+
 def test_a_run_of_drawn_tests_leaves_nothing():
-    """The module below holds an angle among its cases, and runs a test of hypothesis."""
-    here = Path(__file__).with_name("test_states.py")
-    command = [sys.executable, "-m", "pytest", "-q", "-k", "dense_state", here]
+    command = [sys.executable, "-m", "pytest", "-q", "-k", "drawn_beside_an_angle", __file__]
     done = subprocess.run(command, capture_output=True, text=True)
     assert (done.returncode, done.stderr) == (0, ""), done.stdout

@@ -1,8 +1,6 @@
 """Pauli rotations against dense unitaries, against other packages, and at their edges."""
 
 import math
-import pickle
-import re
 
 import numpy as np
 import pytest
@@ -13,27 +11,6 @@ from support import gate_matrix, letters_matrix, rotation_matrix, same_up_to_pha
 import zeltbraidwerk as zb
 from zeltbraidwerk import Parameter, core, errors, gallery, pauli
 
-METHODS = [name for name in pauli.methods() if name != "auto"]
-NUMBERS = st.floats(-7, 7, allow_nan=False)
-
-
-@st.composite
-def rotations(draw, most=12, qubits=5, angles=NUMBERS):
-    n = draw(st.integers(1, qubits))
-    strings = st.text("IXYZ", min_size=n, max_size=n)
-    signs = st.sampled_from(["", "-", "+"])
-    return draw(
-        st.lists(
-            st.tuples(st.builds(str.__add__, signs, strings), angles), min_size=1, max_size=most
-        )
-    )
-
-
-def briefly(method):
-    """Two runs of a method that makes different ones, few steps of one that searches."""
-    runs = {} if method == "ladder" else {"restarts": 2}
-    return runs | ({"steps": 300} if method == "search" else {})
-
 
 def product(listed):
     """The first acts first."""
@@ -41,53 +18,6 @@ def product(listed):
     for string, angle in listed:
         whole = rotation_matrix(string, angle) @ whole
     return whole
-
-
-@given(listed=rotations(), method=st.sampled_from(METHODS), seed=st.integers(0, 9))
-def test_order_commuting_is_the_product_of_the_rotations(listed, method, seed):
-    wanted = product(listed)
-    brief = briefly(method)
-    result = pauli.synthesize(listed, method=method, seed=seed, **brief)
-    assert result.verify()
-    assert same_up_to_phase(unitary(result.circuit), wanted)
-
-    # Handed back, the tail goes into the observables.
-    result = pauli.synthesize(listed, method=method, tail="return", seed=seed, **brief)
-    assert result.verify()
-    circuit = unitary(result.circuit)
-    for observable in ("X" * result.n, "-" + "YZ" * result.n):
-        observable = observable[: result.n + observable.startswith("-")]
-        behind = circuit.conj().T @ letters_matrix(result.absorb([observable])[0]) @ circuit
-        assert np.allclose(behind, wanted.conj().T @ letters_matrix(observable) @ wanted)
-
-
-@given(
-    listed=rotations(most=30, qubits=9, angles=st.sampled_from(["a", "UMINUS b", 0.3, math.pi])),
-    seed=st.integers(0, 99),
-    order=st.sampled_from(["free", "commuting"]),
-)
-def test_every_way_verifies(listed, seed, order):
-    way = {"order": order, "repeated": "merge" if order == "free" else "refuse"}
-    options = {**way, "seed": seed}
-    ladder = pauli.synthesize(listed, method="ladder", **way)
-    for method in METHODS:
-        for way in ({"permutation": "free"}, {"tail": "return"}, {}):
-            result = pauli.synthesize(listed, method=method, **way, **options, **briefly(method))
-            assert result.verify(), (method, way)
-            if "tail" not in way and "permutation" not in way:
-                assert result.clifford == zb.CliffordTableau(result.n)
-    best = pauli.synthesize(listed, restarts=2, steps=300, **options)
-    assert best.verify()
-    assert best.count <= ladder.count
-    assert ladder.count == sum(
-        2 * (sum(letter != "I" for letter in string) - 1) for string, _ in ladder.rotations
-    )
-    assert pickle.loads(pickle.dumps(best)) == best
-    for tail in ("close", "return"):
-        device = zb.Device.grid(2, 5)
-        result = pauli.synthesize(listed, device=device, tail=tail, steps=300, **options)
-        assert result.verify()
-        assert device.fits(result.circuit)
 
 
 def test_verification_finds_faults():
@@ -373,156 +303,6 @@ def two():
 
 
 @pytest.mark.parametrize(
-    ("call", "error", "text"),
-    [
-        (lambda: pauli.synthesize({"XA": 1.0}), errors.PauliError, "rotations: got 'XA'"),
-        *(
-            (lambda bad=bad: pauli.synthesize(bad), error, text)
-            for bad, error, text in (
-                ({"iXX": 0.1}, errors.PauliError, "rotations: got 'iXX'"),
-                ([("-iXX", 0.1)], errors.PauliError, "got '-iXX', wanted letters I, X, Y, Z"),
-                ([("XX", 0.1), ("XXX", 0.1)], errors.PauliError, "got 3 letters, wanted 2"),
-                ([("XX", True)], errors.DtypeError, "rotations: got True, wanted a number"),
-                ([("XX", -math.inf)], errors.AngleError, "rotations: got -inf"),
-                ([("XX", 10**400)], errors.AngleError, "rotations: got inf"),
-                ([("XX", 1e308), ("XX", 1e308)], errors.AngleError, "rotations: got inf"),
-                ([("XX", 1j)], errors.DtypeError, "rotations: got 1j"),
-                ([("XX", np.array([0.1]))], errors.DtypeError, "rotations: got array"),
-                ([("XX", np.ma.masked)], errors.DtypeError, "rotations: got masked"),
-                ([("XX", "2*a")], errors.AngleError, r"rotations: got '2\*a'"),
-                ([("XX", b"a")], errors.DtypeError, "rotations: got b'a'"),
-                ([([0.0, 1.0], 0.1)], errors.PauliError, "rotations: got the code 0.0"),
-                ([([True, 1], 0.1)], errors.PauliError, "rotations: got the code True"),
-                ([(([0], [1]), 0.1)], errors.PauliError, r"got the code \[0\]"),
-                ([(np.array(3), 0.1)], errors.DtypeError, "wanted codes 0 to 3"),
-                ((np.array([[1.0, 2.0]]), [0.1]), errors.PauliError, "got the code np.float64"),
-                ((np.array([[[1]]]), [0.1]), errors.PauliError, "got the code array"),
-                ((np.ma.array([[1, 2]]), [0.1]), errors.DtypeError, "rotations: got masked_array"),
-                ((["XX", "YY"], "ab"), errors.DtypeError, "got 'ab', wanted a list of angles"),
-                ((["XX"], 0.5), errors.DtypeError, "got 0.5, wanted a list of angles"),
-                ((["XX"], {0.5: 1}), errors.DtypeError, "wanted a list of angles"),
-                ((["XX"], np.ma.array([0.5])), errors.DtypeError, "wanted a list of angles"),
-                (([["XX"]], [0.5]), errors.PauliError, "got the code 'XX'"),
-                ([("XX",)], errors.ShapeError, r"got \('XX',\), wanted a string and its angle"),
-                ([("XX", 1, 2)], errors.ShapeError, "wanted a string and its angle"),
-                ([{"XX": 1}], errors.ShapeError, "wanted a string and its angle"),
-                (("XX", 0.5), errors.ShapeError, "rotations: got 'XX', wanted a string"),
-                ({("XX", 0.5)}, errors.DtypeError, "rotations: got {"),
-                ("XX", errors.DtypeError, "rotations: got 'XX'"),
-                (None, errors.DtypeError, "rotations: got None"),
-            )
-        ),
-        (
-            lambda: pauli.synthesize([], repeated="merge"),
-            errors.OptionError,
-            "repeated: got 'merge', wanted 'refuse'",
-        ),
-        (
-            lambda: pauli.synthesize([], method="ladder", restarts=2),
-            errors.OptionError,
-            "restarts: not an option of method 'ladder'",
-        ),
-        (lambda: pauli.synthesize([], repeated=1), errors.OptionError, "repeated: got 1"),
-        (lambda: pauli.synthesize({}, method=["auto"]), errors.UnknownMethodError, "got \\['auto'"),
-        (lambda: pauli.synthesize([], n=1.0), errors.DtypeError, "n: got 1.0, wanted an integer"),
-        (lambda: pauli.synthesize([("XX", 1)], n=3), errors.PauliError, "got 2 letters, wanted 3"),
-        *(
-            (lambda call=call, bad=bad: call(bad), error, f"{name}: {text}")
-            for call, name in (
-                (pauli.partition, "strings"),
-                (pauli.codiagonalize, "strings"),
-                (lambda bad: two().readout(bad), "observables"),
-                (lambda bad: two().absorb(bad), "observables"),
-            )
-            for bad, error, text in (
-                (5, errors.DtypeError, "got 5"),
-                (None, errors.DtypeError, "got None"),
-                ({"XX"}, errors.DtypeError, "got {"),
-                ([3], errors.DtypeError, "got int"),
-                (["XX", b"XX"], errors.DtypeError, "got bytes"),
-                (["iXX"], errors.PauliError, "got 'iXX'"),
-                (["XX", "XXX"], errors.PauliError, "got 3 letters, wanted 2"),
-                (np.ma.array([[1, 2]]), errors.DtypeError, "got masked_array"),
-                ([(0, 4)], errors.PauliError, "got the code 4"),
-            )
-        ),
-        (lambda: two().readout("XX"), errors.DtypeError, "observables: got 'XX', wanted Pauli"),
-        (lambda: two().absorb(b"XX"), errors.DtypeError, "observables: got bytes"),
-        *(
-            (lambda bad=bad: two().absorb({"XX": bad}), error, "observables: got the coefficient")
-            for bad, error in (
-                ("a", errors.DtypeError),
-                (None, errors.DtypeError),
-                (True, errors.DtypeError),
-                ([1], errors.DtypeError),
-                (np.array([1.0]), errors.DtypeError),
-                (math.nan, errors.AngleError),
-                (complex(0, math.inf), errors.AngleError),
-            )
-        ),
-        *(
-            (lambda bad=bad: two().readout(["XX"]).values(bad), error, f"bits: {text}")
-            for bad, error, text in (
-                ([[0, 2]], errors.EntryError, "got the entry 2"),
-                ([[0, -1]], errors.EntryError, "got the entry -1"),
-                ([[0.0, 1.0]], errors.DtypeError, "got entries of type float64"),
-                ([["0", "1"]], errors.DtypeError, "got entries of type"),
-                ("01", errors.DtypeError, "got '01'"),
-                ([0, 1], errors.ShapeError, r"got shape \(2,\)"),
-                ([[0, 1], [0]], errors.ShapeError, "got rows of unequal length"),
-                ([[0, 1, 0]], errors.ShapeError, r"got shape \(1, 3\), wanted \(shots, 2\)"),
-                (np.ma.array([[0, 1]]), errors.DtypeError, "got a masked array"),
-                (None, errors.DtypeError, "got None"),
-            )
-        ),
-        (lambda: pauli.synthesize({"XX": 1, "X": 1}), errors.PauliError, "got 1 letters, wanted 2"),
-        (lambda: pauli.synthesize({"XX": math.nan}), errors.AngleError, "finite"),
-        (lambda: pauli.synthesize({"XX": None}), errors.DtypeError, "wanted a number of radians"),
-        (lambda: pauli.synthesize([((0, 4), 1.0)]), errors.PauliError, "got the code 4"),
-        (lambda: pauli.synthesize(["XX"]), errors.ShapeError, "wanted a string and its angle"),
-        (lambda: pauli.synthesize((["XX"], [1, 2])), errors.ShapeError, "1 strings, 2 angles"),
-        (lambda: pauli.synthesize(3), errors.DtypeError, "got 3, wanted Pauli strings"),
-        (lambda: pauli.synthesize({3: 1.0}), errors.DtypeError, "rotations: got int"),
-        (lambda: pauli.synthesize({}, method="no"), errors.UnknownMethodError, "got 'no'"),
-        (lambda: pauli.synthesize({}, order="any"), errors.OptionError, "order: got 'any'"),
-        (
-            lambda: pauli.synthesize({}, tail="return", permutation="free"),
-            errors.OptionError,
-            "no tail is closed",
-        ),
-        (
-            lambda: pauli.synthesize({"XXX": 1}, device=zb.Device.line(2)),
-            errors.DeviceTooSmallError,
-            "wanted at least 3",
-        ),
-        (
-            lambda: pauli.synthesize({"XX": 1}, method="greedy", device=zb.Device.line(2)),
-            errors.UnknownMethodError,
-            "on a device",
-        ),
-        (lambda: pauli.codiagonalize(["XI", "ZI"]), errors.PauliError, "got XI and ZI"),
-        (lambda: pauli.codiagonalize("XX"), errors.DtypeError, "wanted Pauli strings"),
-        (lambda: pauli.partition(["X", "XX"]), errors.PauliError, "got 2 letters, wanted 1"),
-        (lambda: pauli.synthesize({"X": 1}).readout(["X", "Z"]), errors.PauliError, "commute"),
-        (lambda: pauli.synthesize({"X": 1}).absorb("XX"), errors.PauliError, "wanted 1"),
-        (
-            lambda: core.greedy_pauli_synth({(1, 1): 0.5}, core.OperatorTableau(3)),
-            ValueError,
-            "wanted 3",
-        ),
-        (
-            lambda: core.greedy_pauli_synth({(1,): 0.5}, core.OperatorTableau(1)),
-            RuntimeError,
-            "Non-clifford",
-        ),
-    ],
-)
-def test_bad_arguments_are_refused_by_name(call, error, text):
-    with pytest.raises(error, match=text):
-        call()
-
-
-@pytest.mark.parametrize(
     ("qubits", "electrons", "strings", "cnots"),
     [(4, 2, 12, 64), (12, 4, 640, 6976), (14, 10, 1000, 12240), (16, 10, 2340, 31760)],
 )
@@ -679,23 +459,3 @@ def test_energies_of_the_gallery():
     )
     assert len(gallery.heisenberg((3, 4, 5))) == 3 * (2 * 4 * 5 + 3 * 3 * 5 + 3 * 4 * 4)
     assert gallery.heisenberg(0) == gallery.ising_chain(0) == gallery.low_autocorrelation(0) == []
-
-
-@pytest.mark.parametrize(
-    ("call", "text"),
-    [
-        (lambda: gallery.low_autocorrelation(-1), "n: got -1, wanted 0 to"),
-        (lambda: gallery.low_autocorrelation("3"), "n: got '3', wanted an integer"),
-        (lambda: gallery.maxcut_regular(5, 3), "degree: got 3"),
-        (lambda: gallery.maxcut_regular(5, 5), "degree: got 5"),
-        (lambda: gallery.heisenberg((2, -1)), "shape: got -1"),
-        (lambda: gallery.heisenberg(3, 0), "steps: got 0"),
-        (lambda: gallery.heisenberg(3, couplings=(1, 1)), "couplings: got 2 numbers"),
-        (lambda: gallery.heisenberg(3, couplings=1), "couplings: got 1, wanted the three numbers"),
-        (lambda: gallery.heisenberg(1.5), "shape: got 1.5"),
-        (lambda: gallery.ising_chain(3, field="x"), "field: got 'x', wanted a finite number"),
-    ],
-)
-def test_bad_arguments_of_the_gallery(call, text):
-    with pytest.raises((ValueError, TypeError), match=re.escape(text)):
-        call()

@@ -205,6 +205,10 @@ BAD_PROGRAMS = [
     ("qreg q[1];\n§ q[0];", "line 2: cannot read"),
     ("", "got no statement, wanted OpenQASM 2"),
     (" // only a comment", "got no statement"),
+    ("qreg q[1];\nmeasure q[0] -> c[0];", r"line 2: got the operand 'c\[0\]', wanted a bit"),
+    ("qreg q[1]; h r[0];", "wanted a qubit of a register"),
+    ("qreg q; h q;", "cannot read 'qreg q'"),
+    ("qreg q[1]; rz(__import__) q[0];", "got the angle"),
     ("circuit.qasm.gz", "line 1: got 'circuit.qasm.gz' without its semicolon"),
 ]
 

@@ -1,7 +1,6 @@
 """Routed circuits against dense unitaries, against their sources, and at their edges."""
 
 import math
-import pickle
 import time
 
 import numpy as np
@@ -62,22 +61,6 @@ def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
     assert closed.tail == CliffordTableau(n)
     assert same_up_to_phase(unitary(closed.circuit), wanted)
     assert device.fits(closed.circuit)
-
-
-@given(data=st.data(), tail=st.sampled_from(["return", "close"]))
-def test_large_and_symbolic_circuits_verify_on_parts_of_devices(data, tail):
-    n = data.draw(st.integers(1, 9))
-    angles = ["a", "UMINUS b", 0.25, PI / 4, PI / 2]
-    source = data.draw(circuits(n, 60, angles))
-    assert routing.normalize(source).verify()
-    result = routing.route(source, Device.grid(3, 4), tail=tail)
-    assert result.verify()
-    assert result.circuit.n == 12
-    ions = routing.route_ions(source)
-    assert ions.verify()
-    heavy = sum(len(gate.qubits) > 1 for gate in ions.circuit)
-    assert ions.entangling_count == heavy <= ions.rotations
-    assert pickle.loads(pickle.dumps(result)) == result
 
 
 def test_the_tail_goes_into_observables():
@@ -216,84 +199,10 @@ def test_forms_of_circuits(tmp_path):
     assert not routing.route(bell, Device.line(2), tail="return").circuit
 
 
-T3 = "qreg q[3]; ccx q[0],q[1],q[2];"
-TABLEAU = core.OperatorTableau(3)
 LAYER = "".join(
     f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
 )
 LONG = "qreg q[9];" + 40 * LAYER
-
-
-@pytest.mark.parametrize(
-    ("call", "error", "text"),
-    [
-        (lambda: routing.route(T3, Device.line(2)), errors.DeviceTooSmallError, "at least 3"),
-        (
-            lambda: routing.route(T3, Device(4, [(0, 1), (2, 3)])),
-            errors.DisconnectedDeviceError,
-            "component has 2 qubits, wanted 3",
-        ),
-        (
-            lambda: routing.route(T3, Device.line(3), lookahead=-1),
-            errors.OptionError,
-            "lookahead: got -1",
-        ),
-        (lambda: routing.route(T3, Device.line(3), lookahead=1.5), errors.DtypeError, "lookahead"),
-        (lambda: routing.route(T3, "nowhere"), errors.DeviceError, "wanted one of"),
-        (
-            lambda: routing.route(LONG, Device.grid(3, 3), lookahead=10**6),
-            errors.TooLargeError,
-            "lookahead: got 1000000, which makes about",
-        ),
-        (lambda: routing.route_ions(LONG, lookahead=40), errors.TooLargeError, "plans of"),
-        (lambda: routing.route(T3, Device.line(3), objective="x"), errors.OptionError, "got 'x'"),
-        (lambda: routing.route(T3, Device.line(3), tail="open"), errors.OptionError, "tail: got"),
-        (lambda: routing.route(T3, Device.line(3), budget=0), errors.OptionError, "budget"),
-        (lambda: routing.route(3, Device.line(3)), errors.DtypeError, "circuit: got int"),
-        (lambda: routing.normalize("qreg q[1]; foo q[0];"), errors.QasmError, "foo is not known"),
-        (lambda: routing.normalize("qreg q[1]; rz q[0];"), errors.QasmError, "0 angles for rz"),
-        (
-            lambda: routing.normalize(Circuit(2, [Gate("XX", (0, 1), (PI / 2, 2))])),
-            errors.GateError,
-            "wanted Clifford gates",
-        ),
-        (lambda: routing.normalize(Circuit(1, [Gate("S*", 0)])), errors.GateError, "circuit: got"),
-        (lambda: routing.route_ions(T3, shelving=0.1), errors.DtypeError, "pair_error"),
-        (lambda: routing.route_ions(T3, shelving="12"), errors.DtypeError, "shelving: got '12'"),
-        (lambda: routing.route_ions(T3, shelving=("0", 1)), errors.DtypeError, "shelving: got '0'"),
-        (lambda: routing.route_ions(T3, shelving=(0, 10**400)), errors.OptionError, "rate inf"),
-        (lambda: routing.route_ions(T3, shelving=(0, 0, 0)), errors.ShapeError, "got 3 numbers"),
-        (lambda: routing.normalize(T3, merge="no"), errors.DtypeError, "merge: got 'no'"),
-        (lambda: routing.route(T3, Device.line(3), steps=-1), errors.OptionError, "steps: got -1"),
-        (
-            lambda: routing.route(T3, Device.line(3), tail="return", steps=5),
-            errors.OptionError,
-            "steps: got 5, wanted None where no tail is closed",
-        ),
-        (lambda: routing.route_ions(T3).absorb(5), errors.DtypeError, "observables: got 5"),
-        (lambda: routing.route_ions(T3).readout(["Z"]), errors.PauliError, "got 1 letters"),
-        (lambda: routing.route_ions(T3, shelving=(0.1, 2)), errors.OptionError, "got the rate 2"),
-        (
-            lambda: routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=0.01),
-            errors.UnfinishedError,
-            "larger budget",
-        ),
-        (lambda: core.is_clifford(core.Gate("RZ", [0], [], True)), ValueError, "got no angle"),
-        (
-            lambda: core.clifford_nnize_depth([], core.Graph(2), 0, True, True, TABLEAU, 0),
-            ValueError,
-            "graph: got 2 qubits, wanted 3",
-        ),
-        (
-            lambda: core.merge_rotations([(axis, core.Parameter(1.0)) for axis in ("X", "XX")]),
-            ValueError,
-            "got a string of 2 letters",
-        ),
-    ],
-)
-def test_bad_arguments_are_refused_by_name(call, error, text):
-    with pytest.raises(error, match=text):
-        call()
 
 
 def test_ctrl_c_ends_a_run(ctrl_c):

@@ -82,7 +82,6 @@ INSTANCES = {
     "Device": lambda: Device.line(3),
     "Gate": lambda: Gate.h(0),
     "Parameter": lambda: zb.Parameter(0.5),
-    "Method": lambda: zb.linear.Method("name", "summary", "count", "exact"),
     "LinearSynthesis": lambda: zb.linear.synthesize(MATRIX, **QUICK),
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),
     "CliffordSynthesis": lambda: zb.clifford.synthesize(BELL, **QUICK),

@@ -19,13 +19,8 @@ from zeltbraidwerk.circuits import Circuit, CnotCircuit
 __all__ = ["CliffordSynthesis", "methods", "synthesize"]
 
 _Image = tuple[bool, str]  # true for minus
-_Found = Found[npt.NDArray[np.int32]]
 
-_FAMILY = Family(
-    ("search", "elimination"),
-    ("search",),
-    dict.fromkeys(("restarts", "budget", "steps"), ("auto", "search")),
-)
+_FAMILY = Family(_core._clifford_methods)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
@@ -106,38 +101,17 @@ def synthesize(
     images = read(operator)
     n = len(images) // 2
     call.place(n)
-    drawn = call.draw_seed()
     letters = _rotations.codes([word for _, word in images], n)
     minus = [sign for sign, _ in images]
-    adjacency = None if call.site is None else call.adjacency
 
-    def found(name: str, operations: npt.NDArray[np.int32], wires: Sequence[int]) -> _Found:
-        circuit = circuit_of(n, operations)
-        size = circuit.two_qubit_count, circuit.two_qubit_depth
-        return Found(name, operations, tuple(wires), *size)
-
-    def searched(run: int) -> _Found:
-        return found("search", *_core._search_clifford(
-            letters, minus, call.exact, call.by_depth, adjacency, drawn, run,
-            call.effort.search_steps, call.control,
-        ))  # fmt: skip
-
-    def eliminated(first: int, last: int) -> tuple[int, _Found]:
-        return 0, found("elimination", *_core._eliminate_clifford(letters, minus, call.exact))
-
-    def result(best: _Found, runs: int) -> CliffordSynthesis:
+    def result(found: Found, operations: npt.NDArray[np.int32]) -> CliffordSynthesis:
         return call.result(
-            CliffordSynthesis, best, runs, n,
-            circuit=circuit_of(call.width(n), best.made, (), call.qubits(n)),
+            CliffordSynthesis, found, n,
+            circuit=circuit_of(call.width(n), operations, (), call.qubits(n)),
             images=tuple("+-"[sign] + word for sign, word in images),
         )  # fmt: skip
 
-    lanes: list[_search.Lane[_Found]] = []
-    if "elimination" in call.names:
-        lanes.append(_search.Lane(eliminated, 1))
-    if "search" in call.names:
-        lanes.append(call.search_lane(searched))
-    return result(*call.best(lanes, result))
+    return call.run(_core._synthesize_clifford, result, letters, minus)
 
 
 # --- operators of other forms -------------------------------------------------------------------

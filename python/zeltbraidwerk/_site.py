@@ -10,8 +10,6 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, errors
 from zeltbraidwerk.devices import Device
 
-_QUICK = 10_000  # steps of the search for a path that is not required
-
 
 @dataclass(frozen=True)
 class Site:
@@ -53,12 +51,6 @@ class Site:
             f"device: got {device!r}, wanted one with a Hamiltonian path through {n} qubits, "
             f"which method 'steiner' needs, but {reason}; 'row_column' works without"
         )
-
-    def quick_path(self) -> Site | None:
-        """The same qubits with a path, where one is found in few steps. Steps are counted, not
-        seconds, so that the answer is the same every time."""
-        outcome, path = self.device.part(self.qubits)._search_path(_QUICK, None)
-        return Site(self.device, self.qubits, path) if outcome == "found" and path else None
 
     @property
     def adjacency(self) -> npt.NDArray[np.bool_]:

@@ -10,7 +10,7 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _pauli_check, _renamed, _rotations, _search, errors
-from zeltbraidwerk._family import Call, Family, Found
+from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._operators import tableau_of
 from zeltbraidwerk._results import Objective, Result
@@ -19,9 +19,8 @@ from zeltbraidwerk.circuits import Circuit
 __all__ = ["StateSynthesis", "synthesize_state"]
 
 _Stabilizer = tuple[bool, str]  # true for minus
-FoundState = Found[npt.NDArray[np.int32]]
 
-_FAMILY = Family(("search",))
+_FAMILY = Family(_core._state_methods)
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)
@@ -72,38 +71,16 @@ def synthesize_state(
     )  # fmt: skip
     stabilizers = read(state)
     n = len(stabilizers)
+    letters = _rotations.codes([word for _, word in stabilizers], n)
+    minus = [sign for sign, _ in stabilizers]
 
-    def result(found: FoundState, runs: int) -> StateSynthesis:
+    def result(found: Found, operations: npt.NDArray[np.int32]) -> StateSynthesis:
         return call.result(
-            StateSynthesis, found, runs, n, circuit=circuit_of(n, found.made),
+            StateSynthesis, found, n, circuit=circuit_of(n, operations),
             stabilizers=tuple("+-"[minus] + letters for minus, letters in stabilizers),
         )  # fmt: skip
 
-    return result(*call.best([search_lane(call, stabilizers)], result))
-
-
-def search_lane(call: Call, stabilizers: Sequence[_Stabilizer]) -> _search.Lane[FoundState]:
-    """The runs of the search for a state."""
-    letters = _rotations.codes([word for _, word in stabilizers], len(stabilizers))
-    minus = [sign for sign, _ in stabilizers]
-    seed = call.draw_seed()
-    steps = call.effort.search_steps
-    if call.effort.steps is None and steps is not None:
-        steps = _default_steps(len(minus))
-
-    def run(number: int) -> FoundState:
-        operations, count, depth = _core._search_state(
-            letters, minus, call.by_depth, seed, number, steps, call.control
-        )
-        return Found("search", operations, tuple(range(len(minus))), count, depth)
-
-    return call.search_lane(run)
-
-
-def _default_steps(n: int) -> int:
-    """For a second or less: a step takes longer the more qubits there are. At least as many as a
-    greedy run takes."""
-    return min(50_000, max(40_000_000 // max(n * n, 1), n * n // 8))
+    return call.run(_core._synthesize_state, result, letters, minus)
 
 
 def prepares(circuit: Circuit, stabilizers: Sequence[str]) -> bool:

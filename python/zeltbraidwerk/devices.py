@@ -219,8 +219,7 @@ class Device:
         """ "found" with the path, "none", or "unfinished" after that many steps or seconds."""
         if self._path is not None:
             return self._path
-        control = _core._SearchControl(seconds)
-        outcome, path = _core._hamiltonian_path(self.adjacency(), steps, control)
+        outcome, path = _core._hamiltonian_path(self.adjacency(), steps, seconds)
         if outcome != "unfinished":
             self._path = outcome, tuple(path)
         return outcome, tuple(path)

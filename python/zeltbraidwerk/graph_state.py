@@ -14,7 +14,6 @@ from __future__ import annotations
 
 from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field
-from functools import partial
 from typing import Any
 
 import numpy as np
@@ -24,23 +23,11 @@ from zeltbraidwerk import _core, _couplings, _renamed, _search, _states, _valida
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Result
-from zeltbraidwerk._states import FoundState
 from zeltbraidwerk.circuits import Circuit
 
 __all__ = ["GraphStateSynthesis", "methods", "synthesize"]
 
-_AUTO = ("naive", "search")
-_DEFAULT_RUNS = 10
-_TRIES = 100
-_FAMILY = Family(
-    ("naive", "decoding", "search"),
-    takers={
-        "tries": ("decoding",),
-        "restarts": ("auto", "decoding", "search"),
-        "budget": ("auto", "decoding", "search"),
-        "steps": ("auto", "search"),
-    },
-)
+_FAMILY = Family(_core._graph_state_methods)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
@@ -106,37 +93,17 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, objective=objective, seed=seed, restarts=restarts, budget=budget,
-        steps=steps, jobs=jobs, progress=progress, tries=tries,
+        steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
+    most = None if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
     adjacency = _adjacency(graph)
     n = len(adjacency)
-    most_tries = _TRIES if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
-    drawn = call.draw_seed()
 
-    def run(name: str, first: int, last: int) -> tuple[int, FoundState] | None:
-        found = _core._best_graph_state(
-            adjacency, most_tries if name == "decoding" else -1, drawn, first, last,
-            call.by_depth, call.control,
-        )  # fmt: skip
-        if found is None:
-            return None
-        number, operations, count, depth = found
-        return number, Found(name, operations, tuple(range(n)), count, depth)
+    def result(found: Found, operations: npt.NDArray[np.int32]) -> GraphStateSynthesis:
+        circuit = circuit_of(n, operations)
+        return call.result(GraphStateSynthesis, found, n, circuit=circuit, graph=adjacency)
 
-    def result(found: FoundState, runs: int) -> GraphStateSynthesis:
-        circuit = circuit_of(n, found.made)
-        return call.result(GraphStateSynthesis, found, runs, n, circuit=circuit, graph=adjacency)
-
-    runs = call.effort.restarts
-    if runs is None and call.effort.budget is None:
-        runs = _DEFAULT_RUNS
-    lanes: list[_search.Lane[FoundState]] = []
-    for name in _AUTO if call.method == "auto" else call.names:
-        if name == "search":
-            lanes.append(_states.search_lane(call, [(False, w) for w in _stabilizers(adjacency)]))
-        else:
-            lanes.append(_search.Lane(partial(run, name), 1 if name == "naive" else runs))
-    return result(*call.best(lanes, result))
+    return call.run(_core._synthesize_graph_state, result, adjacency, tries=most)
 
 
 def _stabilizers(graph: npt.NDArray[np.bool_]) -> list[str]:

@@ -12,14 +12,13 @@ A rotation is exp(-i angle P / 2) for a Pauli string P, whose letter at place q 
 from __future__ import annotations
 
 from collections.abc import Callable, Iterable
-from functools import partial
 from typing import Any, Literal
 
 import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _rotations, _search, _validate, errors
-from zeltbraidwerk._family import Call, Family, Found
+from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._observables import Readout
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis
@@ -32,33 +31,12 @@ __all__ = [
 
 Order = Literal["commuting", "free"]
 Repeated = Literal["refuse", "merge"]
-_Lane = tuple[str, bool]  # a method, and whether in the order given
-_Found = Found[tuple[npt.NDArray[np.int32], bool]]  # the gates, and whether in the order given
 
-_METHODS = (
-    "ladder", "recursive", "greedy", "greedy_depth", "sets", "sets_graph", "sets_decoding",
-    "sets_closed", "search",
-)  # fmt: skip
-_FAMILY = Family(
-    _METHODS,
-    ("sets", "search"),
-    # Each run of a ladder would be the same.
-    {"steps": ("auto", "search"), "restarts": ("auto", *_METHODS[1:])},
-    {"steps": ("auto", "search"), "restarts": ("auto", "sets", "search")},
-)
-# What "auto" runs beside the search, whether in the order given, and by how many names of the
-# qubits where nobody says; fewer on long lists. Layers in the order given often beat an order of
-# the method's own.
-_AUTO = {
-    ("ladder", True): 1, ("greedy", True): 2, ("greedy_depth", True): 2, ("sets_closed", True): 2,
-    ("recursive", False): 2, ("greedy", False): 4, ("greedy_depth", False): 4,
-    ("sets", False): 2, ("sets_closed", False): 2,
-}  # fmt: skip
-_AUTO_IN_ORDER = {(name, True): runs for (name, _), runs in sorted(_AUTO.items())}
-_AUTO_STEPS = 30_000  # of the search
-_RUN_LETTERS = 600_000  # letters of all strings, over all runs of a method
+_FAMILY = Family(_core._pauli_methods)
 _CODIAGONALIZERS = {"greedy": 0, "graph": 1, "decoding": 2}
-_CODIAGONALIZING = Family(tuple(_CODIAGONALIZERS), ("greedy",))
+_CODIAGONALIZING = Family(
+    lambda on_device: ("auto", "greedy") if on_device else ("auto", *_CODIAGONALIZERS)
+)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
@@ -171,7 +149,24 @@ def synthesize(
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order, repeated)
     call.place(given.n)
-    return _PauliSearch(call, given, order, tail).work()
+
+    def result(found: Found, operations: npt.NDArray[np.int32], in_order: bool) -> PauliSynthesis:
+        width, qubits = call.width(given.n), call.qubits(given.n)
+        return call.result(
+            PauliSynthesis, found, given.n,
+            circuit=circuit_of(width, operations, given.angles, qubits),
+            rotations=tuple(zip(given.strings, given.angles, strict=True)),
+            identity_angle=given.identity_angle,
+            order="commuting" if in_order else "free",
+            tail=tail,
+            _rotates=_validate.frozen(operations[:, 3] >= 0),
+        )  # fmt: skip
+
+    return call.run(
+        _core._synthesize_pauli, result, given.letters(),
+        outputs=_core._Outputs.left_open if tail == "return" else None,
+        in_order=order == "commuting",
+    )  # fmt: skip
 
 
 def partition(strings: Iterable[Any]) -> list[list[str]]:
@@ -211,12 +206,12 @@ def codiagonalize(
     site = call.site
     found = "greedy" if call.method == "auto" else call.method
     operations, images, negative = _core._codiagonalised(
-        letters, _CODIAGONALIZERS[found], None if site is None else site.graph(), call.draw_seed()
+        letters, _CODIAGONALIZERS[found], None if site is None else site.graph(), call.seed()
     )
     circuit = circuit_of(call.width(n), operations, (), call.qubits(n))
     return call.result(
         CoDiagonalization,
-        Found(found, None, tuple(range(n)), circuit.two_qubit_count, circuit.two_qubit_depth), 1, n,
+        Found(found, tuple(range(n)), call.seed()), n,
         circuit=circuit,
         strings=tuple("+-"[minus] + text for minus, text in listed),
         images=tuple(
@@ -226,79 +221,3 @@ def codiagonalize(
             )
         ),
     )  # fmt: skip
-
-
-class _PauliSearch:
-    """One call of synthesize: the lanes of its methods, and its result."""
-
-    def __init__(self, call: Call, given: _rotations.Rotations, order: Order, tail: Tail) -> None:
-        self._call = call
-        self._given = given
-        self._in_order = order == "commuting"
-        self._tail: Tail = tail
-        self._ending = 0 if tail == "return" else 1 if call.exact else 2
-        self._seed = call.draw_seed()
-        self._letters = given.letters()
-        self._adjacency = call.adjacency
-        self._graph = None if call.site is None else call.site.graph()
-
-    def work(self) -> PauliSynthesis:
-        method = self._call.method
-        lanes = [] if method == "search" else self._plain_lanes(method)
-        if method in ("auto", "search"):
-            lanes.append(self._search_lane(method == "auto"))
-        return self._result(*self._call.best(lanes, self._result))
-
-    def _plain_lanes(self, method: str) -> list[_search.Lane[_Found]]:
-        if method != "auto":
-            runs = None if self._call.effort.budget is not None else 1
-            wanted: dict[_Lane, int | None] = {(method, self._in_order): runs}
-        elif self._call.site is not None:
-            wanted = {("sets", self._in_order): 1}
-        else:
-            wanted = dict(_AUTO_IN_ORDER if self._in_order else _AUTO)
-        return [
-            _search.Lane(partial(self._run, *lane), self._runs(r)) for lane, r in wanted.items()
-        ]
-
-    def _runs(self, wanted: int | None) -> int | None:
-        if self._call.effort.restarts is not None or wanted is None:
-            return self._call.effort.restarts
-        return max(1, min(wanted, _RUN_LETTERS // max(self._letters.size, 1)))
-
-    def _search_lane(self, within_auto: bool) -> _search.Lane[_Found]:
-        effort = self._call.effort
-        steps = effort.search_steps
-        if within_auto and effort.steps is None and steps is not None:
-            steps = _AUTO_STEPS if effort.restarts is None else _AUTO_STEPS // 10
-        return self._call.search_lane(partial(self._searched, steps))
-
-    def _searched(self, steps: int | None, run: int) -> _Found:
-        operations, wires, count, depth = _core._search_network(
-            self._letters, self._in_order, self._ending, self._adjacency, self._call.by_depth,
-            self._seed, run, steps, self._call.control,
-        )  # fmt: skip
-        return Found("search", (operations, self._in_order), tuple(wires), count, depth)
-
-    def _run(self, name: str, in_order: bool, first: int, last: int) -> tuple[int, _Found] | None:
-        found = _core._best_network(
-            name, self._letters, in_order, self._ending, self._graph, self._seed, first, last,
-            self._call.by_depth, self._call.control,
-        )  # fmt: skip
-        if found is None:
-            return None
-        run, operations, wires, count, depth = found
-        return run, Found(name, (operations, in_order), tuple(wires), count, depth)
-
-    def _result(self, found: _Found, runs: int) -> PauliSynthesis:
-        operations, in_order = found.made
-        given, call = self._given, self._call
-        return call.result(
-            PauliSynthesis, found, runs, given.n,
-            circuit=circuit_of(call.width(given.n), operations, given.angles, call.qubits(given.n)),
-            rotations=tuple(zip(given.strings, given.angles, strict=True)),
-            identity_angle=given.identity_angle,
-            order="commuting" if in_order else "free",
-            tail=self._tail,
-            _rotates=_validate.frozen(operations[:, 3] >= 0),
-        )  # fmt: skip

@@ -12,34 +12,23 @@ circuit in which every parity appears on some wire and gets its phase gate there
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Iterable
 from dataclasses import dataclass, field
-from functools import partial
 from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _parities, _renamed, _search, _validate, errors, linear
-from zeltbraidwerk._family import Call, Family, Found
-from zeltbraidwerk._parities import Terms, polynomial_of
+from zeltbraidwerk import _core, _parities, _renamed, _search, _validate, errors
+from zeltbraidwerk._family import Family, Found
+from zeltbraidwerk._parities import polynomial_of
 from zeltbraidwerk._results import Objective, Permutation, Result, Tail
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate, Parameter
 
 __all__ = ["PhaseSynthesis", "methods", "polynomial_of", "synthesize"]
 
-# Rows (control, or -1 for a phase; target; term, or -1 for a CNOT), and what closes them.
-_Made = tuple[npt.NDArray[np.int32], CnotCircuit]
-_Found = Found[_Made]
-
-_FAMILY = Family(("gray", "greedy", "search"), ("gray", "search"), {"steps": ("auto", "search")})
-_MOST_SEARCHED = 16383  # qubits
-_DEFAULT_RUNS = 20
-_DEFAULT_RUNS_ON_DEVICE = 100  # which are quicker, and differ more
-_CLOSING_SHARE = 0.25  # of the budget
-_CLOSING_STEPS = 50_000  # of the search that closes, for each run
-_MOST_CLOSING_STEPS = 1_000_000
+_FAMILY = Family(_core._phase_methods)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
@@ -162,127 +151,29 @@ def synthesize(
         raise errors.OptionError("permutation: got 'free' with tail='return', which is exact")
     terms, size = _parities.read(polynomial, n)
     global_phase = terms.pop(0, Parameter(0.0))
-    if size > _MOST_SEARCHED:
-        if method == "search":
-            raise errors.TooLargeError(
-                f"polynomial: got {size} qubits, wanted at most {_MOST_SEARCHED} for 'search'"
-            )
-        call.names = tuple(name for name in call.names if name != "search")
+    listed = tuple(terms.items())
     call.place(size)
-    return _PhaseSearch(call, terms, global_phase, size, tail == "return").work()
+    parities = np.array(
+        [[bool(parity >> q & 1) for parity in terms] for q in range(size)], dtype=np.bool_
+    ).reshape(size, len(terms))
 
-
-class _PhaseSearch:
-    """One call of synthesize: the lanes of its methods, the closing of their tails, its result."""
-
-    def __init__(
-        self, call: Call, terms: Terms, global_phase: Parameter, n: int, left_open: bool
-    ) -> None:
-        self._call = call
-        self._terms = tuple(terms.items())
-        self._global_phase = global_phase
-        self._n = n
-        self._left_open = left_open
-        self._ending = "return" if left_open else call.permutation
-        self._seed = call.draw_seed()
-        self._parities = np.array(
-            [[bool(parity >> q & 1) for parity in terms] for q in range(n)], dtype=np.bool_
-        ).reshape(n, len(terms))
-        self._adjacency = call.adjacency
-        self._searches = "search" in call.names
-        if not self._searches and not left_open:
-            call.budget_share = 1 - _CLOSING_SHARE
-
-    def work(self) -> PhaseSynthesis:
-        call = self._call
-        if not self._terms:
-            nothing = np.zeros((0, 3), dtype=np.int32), CnotCircuit(self._n)
-            return self._result(Found(call.names[0], nothing, tuple(range(self._n)), 0, 0), 0)
-        found, runs = call.best([self._lane(name) for name in call.names], self._result)
-        if self._closes(found):
-            try:
-                found = min(found, self._closed_anew(found), key=call.key)
-            except errors.Interrupted:
-                best = self._result(found, runs)
-                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-            call.trace.add(_search.Point(call.elapsed, found.count, found.depth))
-        return self._result(found, runs)
-
-    def _closes(self, found: _Found) -> bool:
-        """Whether there is time for another closing, and a circuit that may gain by one."""
-        if self._left_open or found.method == "search":
-            return False
-        return not self._searches or self._call.effort.budget is None
-
-    def _lane(self, name: str) -> _search.Lane[_Found]:
-        effort, within_auto = self._call.effort, len(self._call.names) > 1
-        if name == "search":
-            steps = effort.search_steps
-            if within_auto and effort.steps is None and steps is not None and effort.restarts:
-                steps //= 10  # there are other methods at work, and more runs
-            return self._call.search_lane(partial(self._searched, steps))
-        runs = effort.restarts
-        if runs is None and (within_auto or effort.budget is None):  # a budget is for the search
-            runs = _DEFAULT_RUNS if self._call.site is None else _DEFAULT_RUNS_ON_DEVICE
-        return _search.Lane(partial(self._run, name), runs)
-
-    def _searched(self, steps: int | None, run: int) -> _Found:
-        """One run of the search, which closes its tail itself."""
-        made, permutation = _core._search_parities(
-            self._parities, self._adjacency, self._ending, self._call.by_depth, self._seed, run,
-            steps, self._call.control,
+    def result(found: Found, rows: npt.NDArray[np.int32]) -> PhaseSynthesis:
+        rows = rows.reshape(-1, 3)  # control, or -1 for a phase; target; term, or -1 for a CNOT
+        qubits = call.qubits(size)
+        gates = [
+            Gate("CNOT", (qubits[control], qubits[target]))
+            if term < 0
+            else Gate("PH", qubits[target], listed[term][1])
+            for control, target, term in rows.tolist()
+        ]
+        left = None
+        if tail == "return":
+            cnots = CnotCircuit._trusted(size, rows[rows[:, 2] < 0, :2].copy())
+            left = _validate.frozen(cnots.matrix())
+        return call.result(
+            PhaseSynthesis, found, size, circuit=Circuit(call.width(size), gates), tail=left,
+            global_phase=global_phase, terms=listed,
         )  # fmt: skip
-        return self._found("search", made, CnotCircuit(self._n), permutation)
 
-    def _run(self, name: str, first: int, last: int) -> tuple[int, _Found] | None:
-        found = _core._best_of_phase_runs(
-            name, self._parities, self._adjacency, self._ending, self._seed, first, last,
-            self._call.by_depth, self._call.control,
-        )  # fmt: skip
-        if found is None:
-            return None
-        run, rows, closing, permutation = found
-        return run, self._found(name, rows, CnotCircuit._trusted(self._n, closing), permutation)
-
-    def _found(
-        self, name: str, rows: npt.NDArray[np.int32], closing: CnotCircuit, wires: Sequence[int]
-    ) -> _Found:
-        rows = rows.reshape(-1, 3)
-        cnots = self._network(rows) + closing
-        return Found(name, (rows, closing), tuple(wires), cnots.count, cnots.depth)
-
-    def _closed_anew(self, found: _Found) -> _Found:
-        """The same with its tail closed by a search of its own."""
-        rows, _ = found.made
-        site, effort = self._call.site, self._call.effort
-        steps_to_close = min(_CLOSING_STEPS * (effort.restarts or 4), _MOST_CLOSING_STEPS)
-        closing = linear.synthesize(
-            self._network(rows).inverse().matrix(),
-            device=None if site is None else site.device.part(site.qubits),
-            permutation=self._call.permutation, objective=self._call.objective, seed=self._seed,
-            restarts=1, jobs=effort.jobs,
-            budget=None if effort.budget is None else _CLOSING_SHARE * effort.budget,
-            steps=steps_to_close if effort.budget is None else None,
-        )  # fmt: skip
-        return self._found(found.method, rows, closing.circuit, closing.permutation)
-
-    def _network(self, rows: npt.NDArray[np.int32]) -> CnotCircuit:
-        """The CNOTs among the rows."""
-        return CnotCircuit._trusted(self._n, rows[rows[:, 2] < 0, :2].copy())
-
-    def _result(self, found: _Found, runs: int) -> PhaseSynthesis:
-        rows, closing = found.made
-        qubits = self._call.qubits(self._n)
-        gates = []
-        for control, target, term in [*rows.tolist(), *((c, t, -1) for c, t in closing)]:
-            if term < 0:
-                gates.append(Gate("CNOT", (qubits[control], qubits[target])))
-            else:
-                gates.append(Gate("PH", qubits[target], self._terms[term][1]))
-        matrix = self._network(rows).matrix() if self._left_open else None
-        return self._call.result(
-            PhaseSynthesis, found, runs, self._n,
-            circuit=Circuit(self._call.width(self._n), gates),
-            tail=None if matrix is None else _validate.frozen(matrix),
-            global_phase=self._global_phase, terms=self._terms,
-        )  # fmt: skip
+    left_open = _core._Outputs.left_open if tail == "return" else None
+    return call.run(_core._synthesize_phase, result, parities, size, len(terms), outputs=left_open)

@@ -20,7 +20,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _core, _operators, _renamed, _search, _validate, errors
+from zeltbraidwerk import _core, _operators, _renamed, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
@@ -35,7 +35,7 @@ __all__ = ["NormalForm", "Routing", "methods", "normalize", "route", "route_ions
 _Routed = tuple[list[_core.Gate], _core.OperatorTableau]
 
 _NO_NORMAL_FORM = ("XX", "S*")
-_FAMILY = Family(("global_gates",), ("trees",))
+_FAMILY = Family(lambda on_device: ("auto", "trees" if on_device else "global_gates"))
 _MOST_PLANS = 1e8  # hours of time
 _CLOSING_STEPS = 100_000
 _SHORTEST = 1e-3  # seconds; the first circuit that closes a tail is made in any case
@@ -135,7 +135,8 @@ def route(
     if call.effort.budget is None:
         _refuse_endless(source, levels)
     graph = call.site.graph()
-    kernel = partial(_core._routed, source.to_core(), graph, levels, call.by_depth)
+    by_depth = call.objective == "depth"
+    kernel = partial(_core._routed, source.to_core(), graph, levels, by_depth)
     gates, frame = _run(kernel, call)
     left = _result(call, whole, gates, frame)
     if tail == "return":
@@ -228,17 +229,11 @@ def _refuse_endless(source: Circuit, lookahead: int) -> None:
         )
 
 
-def _run(kernel: Callable[..., _Routed | None], call: Call) -> _Routed:
-    """In a thread, so that Ctrl-C can stop it."""
-
-    def run(first: int, last: int) -> tuple[int, _Routed] | None:
-        found = kernel(call.control)
-        return None if found is None else (0, found)
-
-    lane = _search.Lane(run, 1)
-    trace = _search.Trace(False, None)
-    found, _ = _search.best_of([lane], 1, call.control, lambda _: (0, 0), lambda *_: None, trace)
-    return found
+def _run(kernel: Callable[..., _Routed], call: Call) -> _Routed:
+    try:
+        return kernel(call.effort.budget)
+    except KeyboardInterrupt:
+        raise errors.Interrupted("stopped, best so far: None") from None
 
 
 def _result(
@@ -253,10 +248,9 @@ def _result(
     if qubits != tuple(range(width)):
         left = _circuit(n, _core.clifford_circuit(operator._core))
         operator = CliffordTableau(width).apply(placed(left, qubits, width))
-    size = routed.two_qubit_count, routed.two_qubit_depth
-    found = Found(call.names[0], None, tuple(range(n)), *size)
+    found = Found("global_gates" if call.site is None else "trees", tuple(range(n)))
     return call.result(
-        Routing, found, 1, n, circuit=routed, source=source, tail=operator,
+        Routing, found, n, circuit=routed, source=source, tail=operator,
         rotations=int(rotates.sum()), _rotates=_validate.frozen(rotates),
     )  # fmt: skip
 

@@ -12,7 +12,7 @@ ALLOWED = {
     "foundations": set(),
     "graphs": {"foundations"},
     "search": {"foundations"},
-    "graph_state": {"foundations"},
+    "graph_state": {"foundations", "clifford", "search"},
     "linear": {"foundations", "graphs", "search"},
     "phase": {"foundations", "graphs", "linear", "search"},
     "clifford": {"foundations", "graphs", "linear", "search"},

@@ -15,32 +15,6 @@ using namespace zelt::braidwerk::internal;
 using structures::Gate;
 using structures::OperatorTableau;
 
-std::vector<Gate> random_clifford(int n, int gates, std::mt19937& rng) {
-  std::vector<Gate> circuit;
-  const auto qubit = [&] { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
-  while (static_cast<int>(circuit.size()) < gates) {
-    const int a = qubit();
-    const int b = qubit();
-    switch (rng() % 5) {
-      case 0:
-        circuit.push_back(Gate::H(a));
-        break;
-      case 1:
-        circuit.push_back(Gate::S(a));
-        break;
-      case 2:
-        circuit.push_back(Gate("X", {a}));
-        break;
-      case 3:
-        circuit.push_back(Gate("RY", {a}, {structures::Parameter(-1.5707963267948966)}, false));
-        break;
-      default:
-        if (a != b) circuit.push_back(Gate::CNOT(a, b));
-    }
-  }
-  return circuit;
-}
-
 /// Signed images of X and Z on all qubits, by the tableau's own conjugation.
 std::vector<SignedString> images(const OperatorTableau& t) {
   std::vector<SignedString> found;

@@ -170,26 +170,6 @@ TEST(StateSearch, trades_gates_for_layers) {
   }
 }
 
-TEST(StateSearch, does_the_same_again_and_better_with_more_steps) {
-  std::mt19937 rng(4);
-  const auto strings = graph_state(18, 0.5, rng);
-  const StateResult first = searched(strings, 3000, {.seed = 7});
-  EXPECT_EQ(searched(strings, 3000, {.seed = 7}).gates, first.gates);
-  EXPECT_NE(searched(strings, 3000, {.seed = 8}).gates, first.gates);
-  EXPECT_GT(edges_of(strings), searched(strings, 0).count);
-  for (const bool by_depth : {false, true}) {
-    std::pair last(1000, 1000);
-    for (std::uint64_t steps = 0; steps < 5000; steps += 1 + steps / 5) {
-      const StateResult found =
-          searched(strings, steps, {.objective = support::objective(by_depth)});
-      const auto size =
-          by_depth ? std::pair(found.depth, found.count) : std::pair(found.count, found.depth);
-      ASSERT_LE(size, last) << steps;
-      last = size;
-    }
-  }
-}
-
 TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {
   const std::vector<std::vector<SignedString>> wrong{
       {{false, "XI"}, {false, "ZI"}},                    // do not commute

@@ -5,8 +5,7 @@
 
 int main() {
   const BoolMatrix wanted{{true, false, true}, {true, true, false}, {false, false, true}};
-  auto circuit = synthesis::PMH_Algorithm(3, wanted, 1);
-  circuit.reverse();  // from the inverse to the matrix itself
+  const auto circuit = synthesis::synthesize_linear(wanted).circuit;
 
   BoolMatrix reached{{true, false, false}, {false, true, false}, {false, false, true}};
   for (const auto& [control, target] : circuit.gates) {

@@ -1,11 +1,11 @@
 #include "zeltbraidwerk/graphs/blossom.h"
 
 #include <gmock/gmock.h>
-#include <lemon/list_graph.h>
-#include <lemon/matching.h>
 
 #include <algorithm>
 #include <random>
+
+#include "support/digest.h"
 
 namespace {
 
@@ -28,32 +28,6 @@ int score(const Table& table, int i, int j) {
   return std::max(table[a][b], table[b][a]);
 }
 
-/// The matching of a graph put together piece by piece, solved in two halves.
-Pairs lemon_pairs(const Table& table, int n) {
-  lemon::ListGraph graph;
-  lemon::ListGraph::EdgeMap<int> weights(graph);
-  std::vector<lemon::ListGraph::Node> nodes;
-  lemon::ListGraph::NodeMap<int> number(graph);
-  for (int i = 0; i < n; ++i) {
-    nodes.push_back(graph.addNode());
-    number[nodes.back()] = i;
-  }
-  for (int i = 0; i < n; ++i) {
-    for (int j = i; j < n; ++j) {
-      weights[graph.addEdge(nodes[static_cast<std::size_t>(i)],
-                            nodes[static_cast<std::size_t>(j)])] = score(table, i, j);
-    }
-  }
-  lemon::MaxWeightedMatching<lemon::ListGraph> solver(graph, weights);
-  solver.fractionalInit();
-  solver.start();
-  Pairs pairs;
-  for (lemon::ListGraph::EdgeIt e(graph); e != lemon::INVALID; ++e) {
-    if (solver.matching(e)) pairs.emplace_back(number[graph.u(e)], number[graph.v(e)]);
-  }
-  return pairs;
-}
-
 /// The best weight, by trying every partner for the first free item.
 int best_weight(const Table& table, unsigned used) {
   const int n = static_cast<int>(table.size());
@@ -68,25 +42,25 @@ int best_weight(const Table& table, unsigned used) {
   return best;
 }
 
-TEST(Blossom, FindsTheBestMatchingPairForPairAsLemonDoes) {
+TEST(Blossom, FindsTheBestMatchingAndKeepsItsPairs) {
   std::mt19937 rng(1);
+  support::Digest digest;
   for (int round = 0; round < 400; ++round) {
     const int n = static_cast<int>(rng() % 9);
     const int low = std::vector{-4, -1, 0, 1}[rng() % 4];
     const Table table = random_table(n, low, std::vector{1, 4, 50}[rng() % 3], rng);
     Pairs pairs;
-    const double weight = BlossomAlgorithm(table, n, pairs);
-    ASSERT_EQ(pairs, lemon_pairs(table, n)) << "round " << round;
-    ASSERT_EQ(weight, best_weight(table, 0)) << "round " << round;
+    ASSERT_EQ(BlossomAlgorithm(table, n, pairs), best_weight(table, 0)) << "round " << round;
+    digest.add(pairs);
   }
   for (const int n : {30, 61}) {
     for (const int high : {1, 30}) {
-      const Table table = random_table(n, -1, high, rng);
       Pairs pairs;
-      BlossomAlgorithm(table, n, pairs);
-      EXPECT_EQ(pairs, lemon_pairs(table, n));
+      BlossomAlgorithm(random_table(n, -1, high, rng), n, pairs);
+      digest.add(pairs);
     }
   }
+  EXPECT_EQ(digest.text(), "2528558481b8a13c");
 }
 
 TEST(Blossom, CountsAPairWithItsLargerScoreAndAppends) {

@@ -10,6 +10,8 @@
 namespace {
 
 using support::at;
+using support::packed;
+using support::steps;
 using namespace zelt::braidwerk::internal;
 
 structures::CnotCircuit circuit_of(const std::vector<Gate>& gates, int n) {
@@ -38,24 +40,6 @@ std::vector<Gate> random_gates(int n, int count, support::Rng& rng) {
     gates.push_back(cnot(control, target));
   }
   return gates;
-}
-
-Effort steps(std::uint64_t count) {
-  Effort effort;
-  effort.steps = count;
-  return effort;
-}
-
-BitMatrix packed(const BoolMatrix& m) {
-  const auto n = static_cast<int>(m.size());
-  return BitMatrix::pack(m, n, n);
-}
-
-std::vector<std::tuple<int, int, std::vector<Gate>>> plain(
-    const std::vector<LayeredCircuit>& front) {
-  std::vector<std::tuple<int, int, std::vector<Gate>>> result;
-  for (const auto& c : front) result.emplace_back(c.depth, c.list.count(), c.list.gates);
-  return result;
 }
 
 TEST(Scheduler, KeepsTheMapAndNeverDeepens) {
@@ -156,24 +140,6 @@ TEST(DepthSearch, KeepsDirections) {
   const auto free = search_shallow_cnot(packed(turned), task, steps(1000));
   EXPECT_EQ(free[0].depth, 2);
   EXPECT_TRUE(implements(free[0].list, turned));
-}
-
-TEST(DepthSearch, RepeatsItselfAndGainsByMoreSteps) {
-  support::Rng rng(4);
-  const BitMatrix m = packed(support::random_invertible(12, rng));
-  for (const bool permuted : {false, true}) {
-    Task task;
-    task.outputs = support::outputs(!permuted);
-    task.seed = 5;
-    auto last = std::pair(1000, 1000);
-    for (const std::uint64_t count : {0, 300, 6000, 30000}) {
-      const auto front = search_shallow_cnot(m, task, steps(count));
-      EXPECT_EQ(plain(front), plain(search_shallow_cnot(m, task, steps(count))));
-      const auto best = std::pair(front[0].depth, front[0].list.count());
-      EXPECT_LE(best, last);
-      last = best;
-    }
-  }
 }
 
 TEST(DepthSearch, EndsOnWhatHasNoCircuit) {

@@ -107,20 +107,6 @@ TEST(DeviceSearch, DirectionsAndShortest) {
   EXPECT_EQ(searched(swap, support::line(3), 2000, 1).count(), 0);
 }
 
-TEST(DeviceSearch, StepsDecide) {
-  support::Rng rng(2);
-  const structures::Graph device = support::grid(4, 3);
-  const BoolMatrix m = support::random_invertible(device.n, rng);
-  int before = searched(m, device, 0).count();
-  for (const std::uint64_t steps : {10, 100, 1000, 10000, 100000}) {
-    const GateList list = searched(m, device, steps);
-    EXPECT_EQ(list.gates, searched(m, device, steps).gates) << steps;
-    EXPECT_LE(list.count(), before) << steps;
-    before = list.count();
-  }
-  EXPECT_NE(searched(m, device, 1000, 0, 2).gates, searched(m, device, 1000).gates);
-}
-
 TEST(DeviceSearch, FewerLayers) {
   support::Rng rng(4);
   const structures::Graph device = support::grid(4, 3);

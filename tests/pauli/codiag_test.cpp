@@ -6,6 +6,8 @@
 #include <algorithm>
 
 #include "support/dense.h"
+#include "support/digest.h"
+#include "support/graphs.h"
 #include "support/pauli.h"
 #include "zeltbraidwerk/pauli/graph_state_codiag.h"
 #include "zeltbraidwerk/pauli/internal/table_frame.h"
@@ -16,14 +18,11 @@ namespace {
 using structures::Gate;
 using structures::Graph;
 using structures::Parameter;
+using support::at;
 using support::numbered_angles;
 using support::rows;
 using support::text;
 using testing::ElementsAre;
-
-std::size_t at(int i) {
-  return static_cast<std::size_t>(i);
-}
 
 bool is_diagonal(const PauliTable& table) {
   return text(table).find_first_of("XY") == std::string::npos;
@@ -39,71 +38,9 @@ std::string names(const std::vector<Gate>& circuit) {
   return all;
 }
 
-/// The greedy loop as written, on plain tables.
-std::vector<Gate> naive_co_diag(PauliTable& table, std::vector<Parameter>& params) {
-  std::vector<Gate> circuit;
-  std::set<int> active;
-  for (const auto& row : table) {
-    for (std::size_t q = 0; q < row.size(); ++q) {
-      if (row[q] != 0) active.insert(static_cast<int>(q));
-    }
-  }
-  const auto pair_step = [&] {
-    for (const int q1 : active) {
-      for (const int q2 : active) {
-        for (int p = 0; q2 > q1 && p < 9; ++p) {
-          const int p2 = 1 + p / 3;
-          const int p1 = 1 + p % 3;
-          if (!std::all_of(table.begin(), table.end(), [&](const auto& row) {
-                return (row[at(q1)] == 0 || row[at(q1)] == p1) ==
-                       (row[at(q2)] == 0 || row[at(q2)] == p2);
-              })) {
-            continue;
-          }
-          bring_to_z(table, params, q1, p1, circuit);
-          bring_to_z(table, params, q2, p2, circuit);
-          apply_cnot(table, params, q1, q2, circuit);
-          active.erase(q2);
-          return true;
-        }
-      }
-    }
-    return false;
-  };
-  while (!active.empty()) {
-    for (const int q : std::vector<int>(active.begin(), active.end())) {
-      std::set<int> letters;
-      for (const auto& row : table) letters.insert(row[at(q)]);
-      letters.erase(0);
-      if (letters.size() > 1) continue;
-      if (!letters.empty()) bring_to_z(table, params, q, *letters.begin(), circuit);
-      active.erase(q);
-    }
-    if (active.empty() || pair_step()) continue;
-    int best = -1;
-    std::ptrdiff_t least = 1 << 20;
-    for (int r = 0; r < static_cast<int>(table.size()); ++r) {
-      const auto weight = std::count_if(active.begin(), active.end(),
-                                        [&](int q) { return table[at(r)][at(q)] != 0; });
-      if (weight > 0 && weight < least) best = r;
-      if (weight > 0) least = std::min(least, weight);
-    }
-    if (best < 0) break;
-    std::vector<int> support;
-    for (const int q : active) {
-      if (table[at(best)][at(q)] != 0) support.push_back(q);
-      bring_to_z(table, params, q, table[at(best)][at(q)], circuit);
-    }
-    for (std::size_t i = 0; i + 1 < support.size(); ++i) {
-      apply_cnot(table, params, support[i], support[i + 1], circuit);
-    }
-    active.erase(support.back());
-  }
-  return circuit;
-}
-
-TEST(CoDiagonalisation, GoesAsWritten) {
+TEST(CoDiagonalisation, DiagonalisesAndKeepsItsGates) {
   std::mt19937 rng(1);
+  support::Digest digest;
   for (int round = 0; round < 2000; ++round) {
     const int n = 1 + round % 8;
     const int m = static_cast<int>(rng() % 80);
@@ -111,14 +48,13 @@ TEST(CoDiagonalisation, GoesAsWritten) {
     const PauliTable before = round % 5 == 0 ? support::random_rows(m, n, rng)
                                              : support::random_commuting_rows(m, n, rng);
     PauliTable table = before;
-    PauliTable naive = before;
     auto params = numbered_angles(at(m));
-    auto naive_params = params;
     const auto circuit = duncan_co_diag(table, params);
-    ASSERT_EQ(names(circuit), names(naive_co_diag(naive, naive_params))) << text(before);
+    digest.add(circuit);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
     ASSERT_TRUE(round % 5 == 0 || is_diagonal(table)) << text(before);
   }
+  EXPECT_EQ(digest.text(), "cf0f72ba595eced3");
 }
 
 TEST(CoDiagonalisation, KeepsToItsWorkedExamples) {
@@ -176,34 +112,18 @@ TEST(CoDiagonalisation, KeepsTheOperator) {
   }
 }
 
-Graph random_device(int n, std::mt19937& rng) {
-  Graph graph(n);
-  const bool is_path = rng() % 2;
-  for (int v = 1; v < n; ++v) {
-    graph.add_edge(v, is_path ? v - 1 : static_cast<int>(rng() % static_cast<unsigned>(v)));
-  }
-  for (int k = 0; n > 2 && !is_path && k < n / 3; ++k) graph.add_edge(k, n - 1 - k);
-  graph.set_shortest_paths();
-  return graph;
-}
-
-bool keeps_to_edges(const std::vector<Gate>& circuit, const Graph& graph) {
-  return std::all_of(circuit.begin(), circuit.end(), [&](const Gate& gate) {
-    return gate.qbits.size() == 1 || graph.are_neighbors(gate.qbits[0], gate.qbits[1]);
-  });
-}
-
 TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
   std::mt19937 rng(2);
   for (int round = 0; round < 3000; ++round) {
     const int n = 2 + round % 9;
-    Graph graph = random_device(n, rng);
+    Graph graph = support::random_device(n, round % 3 == 0 ? 0 : 10, rng);
+    graph.set_shortest_paths();
     const int m = 1 + static_cast<int>(rng() % 20);
     const PauliTable before = support::random_commuting_rows(m, n, rng);
     PauliTable table = before;
     auto params = numbered_angles(at(m));
     const auto circuit = generate_basis_change_aa(table, params, graph);
-    ASSERT_TRUE(keeps_to_edges(circuit, graph));
+    ASSERT_TRUE(support::runs_on(graph, circuit));
     ASSERT_TRUE(is_diagonal(table)) << text(before);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
 
@@ -214,7 +134,7 @@ TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
     table = before;
     params = numbered_angles(at(m));
     zelt::braidwerk::internal::unpack_table(frame, table, params);
-    ASSERT_TRUE(keeps_to_edges(by_tree, graph));
+    ASSERT_TRUE(support::runs_on(graph, by_tree));
     ASSERT_TRUE(is_diagonal(table)) << text(before);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, by_tree)) << text(before);
   }
@@ -236,48 +156,26 @@ TEST(CoDiagonalisationOnGraphs, QubitsOfTheTreeBecomeActiveAgain) {
   EXPECT_TRUE(update_pair_qubits_aa(table, params, active, circuit, path));
 }
 
-/// The H gates as written; nothing when the rank cannot be reached.
-std::string naive_h_gates(PauliTable table) {
-  auto [z, x] = build_tables(table);
-  z = transpose(z);
-  x = transpose(x);
-  BoolMatrix chosen;
-  std::string gates;
-  const int n = static_cast<int>(x.size());
-  for (int q = 0; q < n && get_table_rank(x) != n; ++q) {
-    chosen.push_back(z[at(q)]);
-    if (get_table_rank(chosen) == q + 1) {
-      gates += "H" + std::to_string(q) + " ";
-      std::swap(z[at(q)], x[at(q)]);
-    }
-    chosen.back() = x[at(q)];
-  }
-  return get_table_rank(x) == n ? gates : "none";
-}
-
 TEST(GraphStateCoDiagonalisation, DiagonalisesWhatIsOfFullRank) {
   std::mt19937 rng(3);
+  support::Digest digest;
   int failures = 0;
-  int failed = 0;
   for (int round = 0; round < 2000; ++round) {
     const int n = 1 + round % 7;
     const int m = n + static_cast<int>(rng() % 4);
     const PauliTable before = support::random_commuting_rows(m, n, rng);
-    const std::string h_gates = naive_h_gates(before);
     PauliTable table = before;
     auto params = numbered_angles(at(m));
     const int method = round % 3;
     const auto circuit = generate_basis_change(table, params, method, failures);
     ASSERT_TRUE(is_diagonal(table)) << text(before);
     ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
-    failed += method != 0 && h_gates == "none";
-    ASSERT_EQ(failures, failed);
-    if (method == 0 || h_gates == "none") continue;
-    ASSERT_TRUE(names(circuit).starts_with(h_gates)) << text(before);
-    ASSERT_TRUE(names(circuit).ends_with("H" + std::to_string(n - 1) + " "));
+    if (method != 2) digest.add(circuit);  // whose decoding is random
+    digest.add(failures);
   }
-  EXPECT_GT(failed, 100);
-  EXPECT_LT(failed, 1000);
+  EXPECT_EQ(digest.text(), "8cf9907340f1bbd7");
+  EXPECT_GT(failures, 100);
+  EXPECT_LT(failures, 1000);
 }
 
 TEST(GraphStateCoDiagonalisation, KeepsToItsWorkedExamples) {

@@ -5,54 +5,38 @@
 
 #include <algorithm>
 
+#include "support/digest.h"
+#include "support/oracles.h"
 #include "support/pauli.h"
 
 namespace {
 
+using support::at;
 using support::rows;
 using support::text;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Classes = std::vector<std::vector<int>>;
 
-std::size_t at(int i) {
-  return static_cast<std::size_t>(i);
-}
-
-/// As written, an entry of the graph at a time. The vertex to visit next is the one of the highest
-/// degree, counted over the lower vertices or over those left.
-Classes naive_colouring(const BoolRow& graph, int n, bool over_those_left) {
-  const auto joined = [&](int u, int v) { return graph[at(u * n + v)]; };
-  std::vector<int> colours(at(n), -1);
-  Classes classes;
-  for (int k = 0; k < n; ++k) {
-    int next = -1;
-    int most = -1;
-    for (int u = 0; u < n; ++u) {
-      int degree = 0;
-      for (int v = 0; v < n; ++v) {
-        degree += joined(u, v) && (over_those_left ? colours[at(v)] < 0 : v < u);
-      }
-      if (colours[at(u)] >= 0 || degree <= most) continue;
-      next = u;
-      most = degree;
+/// Whether every vertex has one colour, and no edge has ends of the same one.
+bool is_colouring(const Classes& classes, const BoolRow& graph, int n) {
+  std::vector<int> members;
+  for (const auto& one : classes) {
+    for (const int u : one) {
+      if (std::ranges::any_of(one, [&](int v) { return graph[at(u * n + v)]; })) return false;
     }
-    const auto is_taken = [&](int colour) {
-      const auto& members = classes[at(colour)];
-      return std::any_of(members.begin(), members.end(), [&](int v) { return joined(next, v); });
-    };
-    int colour = 0;
-    while (at(colour) < classes.size() && is_taken(colour)) ++colour;
-    if (at(colour) == classes.size()) classes.emplace_back();
-    classes[at(colour)].push_back(next);
-    colours[at(next)] = colour;
+    members.insert(members.end(), one.begin(), one.end());
   }
-  for (auto& members : classes) std::sort(members.begin(), members.end());
-  return classes;
+  std::ranges::sort(members);
+  for (int v = 0; v < n; ++v) {
+    if (members.size() != at(n) || members[at(v)] != v) return false;
+  }
+  return true;
 }
 
-TEST(Commuting, ColoursAsWritten) {
+TEST(Commuting, ColoursAndKeepsItsChoices) {
   std::mt19937 rng(1);
+  support::Digest digest;
   for (int round = 0; round < 300; ++round) {
     const int n = round % 80;
     const unsigned density = 1 + static_cast<unsigned>(rng() % 9);
@@ -62,9 +46,12 @@ TEST(Commuting, ColoursAsWritten) {
         graph[at(i * n + j)] = graph[at(j * n + i)] = rng() % 10 < density;
       }
     }
-    ASSERT_EQ(coloration_lf(graph, at(n)), naive_colouring(graph, n, false));
-    ASSERT_EQ(coloration_sl(graph, at(n)), naive_colouring(graph, n, true));
+    for (const auto& classes : {coloration_lf(graph, at(n)), coloration_sl(graph, at(n))}) {
+      ASSERT_TRUE(is_colouring(classes, graph, n));
+      digest.add(classes);
+    }
   }
+  EXPECT_EQ(digest.text(), "0402511c5f06121f");
 }
 
 TEST(Commuting, GroupsAreTheColoursOfTheConflictGraph) {
@@ -85,7 +72,7 @@ TEST(Commuting, GroupsAreTheColoursOfTheConflictGraph) {
         ASSERT_EQ(group[k], table[at(members.back())]);
       }
     }
-    ASSERT_EQ(found, naive_colouring(graph, m, false));
+    ASSERT_EQ(found, coloration_lf(graph, at(m)));
   }
 }
 

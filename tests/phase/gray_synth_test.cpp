@@ -3,10 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <list>
-#include <numeric>
 #include <stdexcept>
 
+#include "support/digest.h"
 #include "support/graphs.h"
 #include "support/phases.h"
 
@@ -18,56 +17,6 @@ using structures::Parameter;
 using structures::Table;
 using testing::ElementsAre;
 using testing::Pair;
-
-/// The split rule, a column at a time.
-int naive_best_split(const std::vector<int>& cols, const std::set<int>& rows, const BoolMatrix& m) {
-  int best = -1;
-  int best_score = -1;
-  for (const int r : rows) {
-    int counts[2] = {0, 0};
-    for (const int c : cols) ++counts[m[at(r)][at(c)]];
-    if (std::max(counts[0], counts[1] + 1) > best_score) {
-      best_score = std::max(counts[0], counts[1] + 1);
-      best = r;
-    }
-  }
-  return best;
-}
-
-/// The work list as it is written, on sets and plain matrices.
-std::vector<Gate> naive_gray_synth(const PhasePolynomial& poly, int n) {
-  BoolMatrix m;
-  std::vector<Parameter> params;
-  phase_poly_to_table(poly, m, params, n);
-  std::set<int> all;
-  for (int r = 0; r < n; ++r) all.insert(r);
-  std::vector<int> cols(params.size());
-  std::iota(cols.begin(), cols.end(), 0);
-  std::list<Part2> work{{-1, all, cols}};
-  std::vector<Gate> circuit;
-  while (!work.empty()) {
-    Part2 piece = work.front();
-    work.pop_front();
-    if (piece.cols.empty()) continue;
-    if (piece.cols.size() == 1 && piece.target != -1) {
-      const int c = piece.cols[0];
-      for (int r = 0; r < n; ++r) {
-        if (m[at(r)][at(c)] && r != piece.target) place_cnot(r, piece.target, circuit, m);
-      }
-      circuit.push_back(Gate("PH", {piece.target}, {params[at(c)]}, true));
-    } else if (piece.rows.empty()) {
-      work.push_front(Part2(piece.target, all, piece.cols));
-    } else {
-      const int b = naive_best_split(piece.cols, piece.rows, m);
-      std::vector<int> sides[2];
-      for (const int c : piece.cols) sides[m[at(b)][at(c)]].push_back(c);
-      piece.rows.erase(b);
-      work.push_front(Part2(piece.target == -1 ? b : piece.target, piece.rows, sides[1]));
-      work.push_front(Part2(piece.target, piece.rows, sides[0]));
-    }
-  }
-  return circuit;
-}
 
 std::string circuit_of(const PhasePolynomial& poly, Table& table) {
   return show(gray_synth(poly, table));
@@ -95,8 +44,9 @@ TEST(GraySynth, RefusesWhatNoWireCanHold) {
   EXPECT_EQ(table, Table(2));
 }
 
-TEST(GraySynth, IsTheWrittenWorkList) {
+TEST(GraySynth, ServesTheTermsAndKeepsItsGates) {
   Rng rng(11);
+  Digest digest;
   for (int trial = 0; trial < 400; ++trial) {
     const bool wide = trial % 40 == 0;
     const int n = 1 + static_cast<int>(rng() % (wide ? 80 : 8));
@@ -105,8 +55,9 @@ TEST(GraySynth, IsTheWrittenWorkList) {
     Table table(n);
     const std::vector<Gate> circuit = gray_synth(poly, table);
     ASSERT_EQ(fault(poly, circuit, table), "") << show(circuit);
-    ASSERT_EQ(circuit, naive_gray_synth(poly, n));
+    digest.add(circuit);
   }
+  EXPECT_EQ(digest.text(), "5b9b55c422d626af");
 }
 
 TEST(GraySynthSteps, APieceOfWorkHasThreeFields) {

@@ -20,12 +20,6 @@ using namespace support;
 using namespace zelt::braidwerk::internal;
 using structures::Table;
 
-Effort steps(std::uint64_t count) {
-  Effort effort;
-  effort.steps = count;
-  return effort;
-}
-
 int cnots(const ParitySearchResult& result) {
   return static_cast<int>(std::ranges::count_if(result.steps, &PhaseStep::is_cnot));
 }
@@ -84,47 +78,6 @@ TEST(ParitySearch, CircuitsDoWhatTheyShould) {
     }
   }
   EXPECT_FALSE(moved.empty()) << "no permutation tells one direction from the other";
-}
-
-TEST(ParitySearch, SameSeedAndStepsGiveTheSameCircuit) {
-  support::Rng rng(2);
-  const PhasePolynomial poly = random_polynomial(9, 40, rng);
-  const BitMatrix parities = pack_parities(poly, 9);
-  const auto search = [&](std::uint64_t seed, std::uint64_t stream, std::uint64_t count) {
-    std::vector<std::array<int, 3>> gates;
-    for (const auto& [control, target, term] :
-         search_parities(parities, {.seed = seed, .stream = stream}, steps(count)).steps) {
-      gates.push_back({control, target, term});
-    }
-    return gates;
-  };
-  EXPECT_EQ(search(7, 0, 20000), search(7, 0, 20000));
-  EXPECT_NE(search(7, 0, 20000), search(8, 0, 20000));
-  EXPECT_NE(search(7, 0, 20000), search(7, 1, 20000));
-}
-
-/// By gates, or by layers where these are asked for.
-TEST(ParitySearch, MoreStepsAreNeverWorse) {
-  support::Rng rng(4);
-  const BitMatrix parities = pack_parities(random_polynomial(8, 30, rng), 8);
-  for (const auto& [outputs, by_depth] :
-       std::vector<std::pair<Outputs, bool>>{{Outputs::left_open, false},
-                                             {Outputs::anywhere, true},
-                                             {Outputs::in_place, false},
-                                             {Outputs::in_place, true}}) {
-    int last = std::numeric_limits<int>::max();
-    for (std::uint64_t count = 0; count < 20000; count += 1 + count / 5) {
-      const auto found = search_parities(
-          parities, {support::objective(by_depth), outputs, 0, nullptr, 5, 0}, steps(count));
-      structures::CnotCircuit circuit(8);
-      for (const PhaseStep& step : found.steps) {
-        if (step.is_cnot()) circuit.addGate(step.control, step.target);
-      }
-      const int cost = by_depth ? circuit.depth() : cnots(found);
-      ASSERT_LE(cost, last) << count;
-      last = cost;
-    }
-  }
 }
 
 /// Few enough to be sure of the least.

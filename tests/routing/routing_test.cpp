@@ -2,9 +2,14 @@
 
 #include <algorithm>
 
-#include "routing/plain_routing.h"
 #include "support/circuits.h"
+#include "support/digest.h"
+#include "support/graphs.h"
+#include "support/pauli.h"
+#include "support/scripted_uniform.h"
 #include "zeltbraidwerk/routing/internal/route.h"
+#include "zeltbraidwerk/routing/ion_nnizer.h"
+#include "zeltbraidwerk/routing/linear_nnizer.h"
 
 namespace {
 
@@ -114,10 +119,13 @@ TEST(Routing, ChoosesRoots) {
   EXPECT_EQ(qubit, -1);
 }
 
-/// The same gates and the same entries of the frame as the plain version, for any options and for
-/// frames other than the identity.
-TEST(Routing, AgreesWithAPlainVersion) {
+/// Any options, frames other than the identity, and both kinds of trees.
+TEST(Routing, KeepsItsGates) {
   Rng rng(74);
+  support::uniform_script = [&](int a, int b) {
+    return a + static_cast<int>(rng() % support::at(b - a + 1));
+  };
+  support::Digest digest;
   for (int k = 0; k < 700; ++k) {
     const int n = 1 + k % 6;
     Graph graph = random_device(n, rng);
@@ -129,95 +137,66 @@ TEST(Routing, AgreesWithAPlainVersion) {
     const bool by_depth = k % 4 == 1;
     OperatorTableau frame(n);
     if (k % 7 == 0) frame.ry_plus_left(0);
-    OperatorTableau expected_frame = frame;
-    Graph same_graph;
-    same_graph = graph;
-    const auto attempt = [](auto&& run) {  // sketched trees may close cycles
-      try {
-        return run();
-      } catch (const std::logic_error& error) {
-        return std::vector<Gate>{Gate(error.what(), {})};
-      }
-    };
-    testing::internal::CaptureStdout();
-    const auto expected = attempt([&] {
-      return plain::route(circuit, options.commuting, options.merge, expected_frame,
-                          [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
-                            return plain::choose(b, blocks, f, same_graph, options.depth, by_depth);
-                          });
-    });
-    const std::string expected_text = testing::internal::GetCapturedStdout();
     const OperatorTableau start = frame;
-    const auto out = attempt([&] { return routed(circuit, graph, options, by_depth, frame); });
-    ASSERT_EQ(texts(out), texts(expected)) << k;
-    ASSERT_EQ(out, expected) << k;
-    ASSERT_EQ(frame, expected_frame) << k;
+    std::vector<Gate> out;
+    try {  // sketched trees may close cycles
+      out = routed(circuit, graph, options, by_depth, frame);
+      digest.add(out, frame);
+    } catch (const std::logic_error& error) {
+      digest.add(std::string_view(error.what()));
+      EXPECT_NE(graph.sketch_mode, 0);
+    }
     if (!by_depth || graph.sketch_mode != 0) continue;
     testing::internal::CaptureStdout();
     std::vector<Gate> told;
     frame = start;
     clifford_nnize_depth(circuit, graph, options.depth, options.commuting, options.merge, told,
                          frame, 0);
-    ASSERT_EQ(testing::internal::GetCapturedStdout(), expected_text) << k;
-    ASSERT_EQ(told, expected) << k;
+    digest.add(testing::internal::GetCapturedStdout());
+    ASSERT_EQ(told, out) << k;
   }
+  EXPECT_EQ(digest.text(), "c8b61520fa704032");
 }
 
 /// Long trees, more vertices than a word has bits; without the graph's cache, then filling it, then
 /// out of it.
-TEST(Routing, AgreesWithAPlainVersionOnLargeDevices) {
+TEST(Routing, KeepsItsGatesOnLargeDevices) {
   Rng rng(80);
+  support::Digest digest;
   for (int k = 0; k < 24; ++k) {
     Graph graph = k % 3 == 0   ? device(support::grid(6, 4 + k % 7))
                   : k % 3 == 1 ? device(support::line(30, true))
                                : random_device(70, rng);
-    const int n = graph.n;
-    const auto circuit = support::random_circuit(n, 5 * n, AngleKind::numeric, rng);
-    OperatorTableau expected_frame(n);
-    Graph plain_graph = graph;
-    const auto expected =
-        plain::route(circuit, true, true, expected_frame,
-                     [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
-                       return plain::choose(b, blocks, f, plain_graph, 0, false);
-                     });
+    const auto circuit = support::random_circuit(graph.n, 5 * graph.n, AngleKind::numeric, rng);
+    std::vector<std::vector<Gate>> found;
     for (const bool keeps_trees : {false, true, true}) {
-      OperatorTableau frame(n);
-      ASSERT_EQ(routed(circuit, graph, {0, true, true, keeps_trees}, false, frame), expected) << k;
-      ASSERT_EQ(frame, expected_frame) << k;
+      OperatorTableau frame(graph.n);
+      found.push_back(routed(circuit, graph, {0, true, true, keeps_trees}, false, frame));
+      digest.add(frame);
+      ASSERT_EQ(found.back(), found.front()) << k;
       ASSERT_EQ(graph.steiner_cache.empty(), !keeps_trees) << k;
     }
+    digest.add(found);
   }
+  EXPECT_EQ(digest.text(), "ed0014ebc373b445");
 }
 
-TEST(Routing, IonsAgreeWithAPlainVersion) {
+TEST(Routing, IonsKeepTheirGates) {
   Rng rng(75);
-  const auto check = [](auto metric, const auto& circuit, int n, const Options& options,
-                        auto&& route) {
-    OperatorTableau frame(n);
-    OperatorTableau expected_frame(n);
-    const auto expected =
-        plain::route(circuit, options.commuting, options.merge, expected_frame,
-                     [&](std::size_t b, const auto& blocks, const OperatorTableau& f) {
-                       return plain::choose_ions(b, blocks, f, options.depth, metric);
-                     });
-    std::vector<Gate> out;
-    route(out, frame);
-    EXPECT_EQ(texts(out), texts(expected));
-    EXPECT_EQ(out, expected);
-    EXPECT_EQ(frame, expected_frame);
-  };
-  for (int k = 0; k < 400 && !testing::Test::HasFailure(); ++k) {
+  support::Digest digest;
+  for (int k = 0; k < 400; ++k) {
     const int n = 1 + k % 6;
     const auto kind = k % 3 == 0 ? AngleKind::symbolic : AngleKind::numeric;
     const auto circuit = support::random_circuit(n, static_cast<int>(rng() % 40), kind, rng);
     const Options o = random_options(3, rng);
-    check(DefaultMetric(), circuit, n, o, [&](auto& out, auto& frame) {
-      clifford_nnize_ion(circuit, o.depth, o.commuting, o.merge, out, frame);
-    });
-    check(ShelveMetric(n, 0.01, 0.003), circuit, n, o, [&](auto& out, auto& frame) {
-      clifford_nnize_ion_shelving(circuit, o.depth, o.commuting, o.merge, 0.01, 0.003, out, frame);
-    });
+    std::vector<Gate> out, shelved;
+    OperatorTableau frame(n), shelved_frame(n);
+    clifford_nnize_ion(circuit, o.depth, o.commuting, o.merge, out, frame);
+    clifford_nnize_ion_shelving(circuit, o.depth, o.commuting, o.merge, 0.01, 0.003, shelved,
+                                shelved_frame);
+    digest.add(out, frame, shelved, shelved_frame);
   }
+  EXPECT_EQ(digest.text(), "e796c73e910f9e64");
 }
 
 TEST(Routing, Metrics) {

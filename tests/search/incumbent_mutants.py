@@ -9,10 +9,11 @@ import tempfile
 from pathlib import Path
 
 HEADER = "zeltbraidwerk/search/internal/incumbent.h"
+SMALLER = "size.key(objective_) < size_.key(objective_)"
 FAULTS = [
-    ("size.key(objective_) < size_.key(objective_)", "size.key(objective_) <= size_.key(objective_)"),
-    ("size.key(objective_) < size_.key(objective_)", "size_.key(objective_) < size.key(objective_)"),
-    ("size.key(objective_) < size_.key(objective_)", "size.count < size_.count"),
+    (SMALLER, SMALLER.replace("<", "<=")),
+    (SMALLER, SMALLER.replace("<", ">")),
+    (SMALLER, "size.count < size_.count"),
     ("empty_ || size.key", "size.key"),
     ("ties_ == Ties::latest", "ties_ == Ties::first"),
     ("&& size == size_", ""),
@@ -25,7 +26,7 @@ FAULTS = [
     ("|| origin == lasting_", ""),
     ("|| !meter_.ended()", ""),
     ("|| !meter_.ended()", "|| true"),
-    ("? Origin::lowering_count : Origin::lowering_depth", "? Origin::lowering_depth : Origin::lowering_count"),
+    ("objective_ == Objective::count ? Origin", "objective_ == Objective::depth ? Origin"),
     ("    if (!counts(origin)) return false;\n", ""),
     ("    if (smaller) meter_", "    if (taken) meter_"),
     ("    if (smaller) meter_.better(size.count, size.depth);\n", ""),

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 
 /// \file
 /// Matrices to test on and what the answers are checked with: a bit at a time, sharing nothing with
@@ -84,6 +85,12 @@ inline BoolMatrix random_invertible(int n, Rng& rng) {
     }
   }
   return m;
+}
+
+/// A square matrix in words.
+inline zelt::braidwerk::internal::BitMatrix packed(const BoolMatrix& m) {
+  const auto n = static_cast<int>(m.size());
+  return zelt::braidwerk::internal::BitMatrix::pack(m, n, n);
 }
 
 inline BoolMatrix multiply(const BoolMatrix& a, const BoolMatrix& b) {

@@ -78,6 +78,26 @@ inline PauliRows random_commuting_rows(int count, int qubits, std::mt19937& rng)
   return table;
 }
 
+inline bool anticommute(const std::string& a, const std::string& b) {
+  bool odd = false;
+  for (std::size_t q = 0; q < a.size(); ++q) odd ^= a[q] != 'I' && b[q] != 'I' && a[q] != b[q];
+  return odd;
+}
+
+/// Half of the gates on two qubits, where there are two.
+inline std::vector<structures::Gate> random_clifford(int n, int gates, std::mt19937& rng) {
+  using structures::Gate;
+  const auto qubit = [&] { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+  std::vector<Gate> circuit;
+  while (n > 0 && static_cast<int>(circuit.size()) < gates) {
+    const int a = qubit();
+    const int b = qubit();
+    const Gate singles[] = {Gate::H(a), Gate::S(a), Gate("Y", {a}), Gate::RXP(a), Gate("Z", {a})};
+    circuit.push_back(a != b && rng() % 2 == 0 ? Gate::CNOT(a, b) : singles[rng() % 5]);
+  }
+  return circuit;
+}
+
 inline SignedString carried(const std::string& letters, const structures::OperatorTableau& t) {
   structures::WeylOperator w(letters);
   w.conjugate_with(t);

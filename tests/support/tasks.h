@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/task.h"
 
 namespace support {
@@ -12,6 +13,12 @@ constexpr Objective objective(bool by_depth) {
 }
 constexpr Outputs outputs(bool in_place) {
   return in_place ? Outputs::in_place : Outputs::anywhere;
+}
+
+inline zelt::braidwerk::internal::Effort steps(std::uint64_t count) {
+  zelt::braidwerk::internal::Effort effort;
+  effort.steps = count;
+  return effort;
 }
 
 }  // namespace support

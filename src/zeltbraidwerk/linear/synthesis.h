@@ -11,7 +11,7 @@
 #include "zeltbraidwerk/linear/greedy_ones.h"
 #include "zeltbraidwerk/linear/pathfinding.h"
 #include "zeltbraidwerk/linear/pmh.h"
-#include "zeltbraidwerk/linear/search_synthesis.h"
 #include "zeltbraidwerk/linear/syndrome_decoding.h"
 #include "zeltbraidwerk/linear/syndrome_synthesis.h"
+#include "zeltbraidwerk/linear/synthesize.h"
 #include "zeltbraidwerk/linear/triangular_pairs.h"

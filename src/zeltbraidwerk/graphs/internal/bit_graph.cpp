@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string>
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -111,8 +112,21 @@ void require_connected(const BitGraph& graph, int n) {
   VertexSet all(graph.size());
   for (int v = 0; v < graph.size(); ++v) all.insert(v);
   if (graph.size() != n || (n > 0 && !is_connected(graph, all))) {
-    throw std::invalid_argument("A device must be a connected graph of the qubits");
+    throw std::invalid_argument("device: got " + std::to_string(graph.size()) +
+                                " qubits, wanted a connected graph of " + std::to_string(n));
   }
+}
+
+BitGraph renamed(const BitGraph& graph, const std::vector<int>& names) {
+  BitGraph result(graph.size());
+  for (int v = 0; v < graph.size(); ++v) {
+    for (int w = 0; w < v; ++w) {
+      if (graph.joined(names[static_cast<std::size_t>(v)], names[static_cast<std::size_t>(w)])) {
+        result.join(v, w);
+      }
+    }
+  }
+  return result;
 }
 
 VertexSet non_cutting(const BitGraph& graph, const VertexSet& members) {

@@ -149,6 +149,9 @@ bool is_connected(const BitGraph& graph, const VertexSet& members);
 /// Throws std::invalid_argument unless the graph is a connected one of n vertices.
 void require_connected(const BitGraph& graph, int n);
 
+/// Vertex v of the result is vertex names[v] of the graph.
+BitGraph renamed(const BitGraph& graph, const std::vector<int>& names);
+
 /// The members without which the others are connected: by cut vertices where all of them are
 /// connected, O(n + edges). None for a single member.
 VertexSet non_cutting(const BitGraph& graph, const VertexSet& members);

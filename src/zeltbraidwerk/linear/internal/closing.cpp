@@ -1,10 +1,12 @@
 #include "zeltbraidwerk/linear/internal/closing.h"
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/linear/internal/block_recursion.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -123,6 +125,18 @@ CnotCircuit close_within_gates(const FreeCircuit& found, const Draw& draw) {
     if (next.cost() <= best.cost()) best = std::move(next);
   }
   return close_by_swaps(best.circuit());
+}
+
+FreeCircuit closed(FreeCircuit found, synthesis::Objective objective, const Draw& draw) {
+  const int n = found.circuit.nbqbits;
+  if (std::ranges::is_sorted(found.perm)) return found;
+  FreeCircuit result(n);
+  result.circuit = close_within_gates(found, draw);
+  CnotCircuit by_swaps = close_by_swaps(std::move(found));
+  if (is_better(size_of(by_swaps), size_of(result.circuit), objective)) {
+    result.circuit = std::move(by_swaps);
+  }
+  return result;
 }
 
 }  // namespace zelt::braidwerk::internal

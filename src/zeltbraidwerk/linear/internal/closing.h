@@ -3,6 +3,7 @@
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
+#include "zeltbraidwerk/search/objective.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -17,5 +18,8 @@ structures::CnotCircuit close_by_swaps(FreeCircuit found);
 /// found by local search; what none takes on is swapped at the end. Shorter than close_by_swaps,
 /// and often deeper. Cost O(n) passes over the gates.
 structures::CnotCircuit close_within_gates(const FreeCircuit& found, const Draw& draw);
+
+/// The better of both ways to put outputs in their places.
+FreeCircuit closed(FreeCircuit found, synthesis::Objective objective, const Draw& draw);
 
 }  // namespace zelt::braidwerk::internal

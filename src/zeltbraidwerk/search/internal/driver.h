@@ -21,11 +21,11 @@ class SearchBase {
   const Meter& meter() const { return meter_; }
 
  protected:
-  SearchBase(const Task& task, const Effort& effort)
+  SearchBase(const Task& task, const Effort& effort, Ties ties = Ties::first)
       : task_(task),
         rng_(task.seed, task.stream),
         meter_(effort, task.objective),
-        incumbent_(task.objective, meter_) {}
+        incumbent_(task.objective, meter_, ties) {}
   SearchBase(const SearchBase&) = delete;
   SearchBase& operator=(const SearchBase&) = delete;
   ~SearchBase() = default;
@@ -41,9 +41,11 @@ class SearchBase {
 template <class Circuit>
 class SearchByBoth : public SearchBase<Circuit> {
  protected:
-  SearchByBoth(const Task& task, const Effort& effort)
-      : SearchBase<Circuit>(task, effort),
-        other_(task.by_depth() ? Objective::count : Objective::depth) {}
+  /// `ties` between circuits of equally few gates; of those of few layers the first is kept.
+  SearchByBoth(const Task& task, const Effort& effort, Ties ties = Ties::first)
+      : SearchBase<Circuit>(task, effort, task.by_depth() ? Ties::first : ties),
+        other_(task.by_depth() ? Objective::count : Objective::depth,
+               task.by_depth() ? ties : Ties::first) {}
 
   const Circuit& shortest() const {
     return this->task_.by_depth() ? other_.circuit() : this->incumbent_.circuit();

@@ -5,20 +5,15 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <optional>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/task.h"
-#include "zeltbraidwerk/search/search_effort.h"
+#include "zeltbraidwerk/search/search_point.h"
 
 namespace zelt::braidwerk::internal {
 
-/// A moment at which a search had found a better circuit.
-struct SearchPoint {
-  double seconds = 0;  ///< since the search began
-  std::uint64_t steps = 0;
-  int count = 0;
-  int depth = 0;
-};
+using synthesis::SearchPoint;
 
 /// Proven: no circuit of a problem has fewer gates on two wires, and none has fewer layers of them.
 /// It depends on the problem alone, never on a seed or on the effort.
@@ -46,18 +41,6 @@ struct Effort {
   bool past_bound = false;  ///< goes on where nothing better is possible, to see that it is so
 };
 
-/// From now on.
-inline Effort limits_of(const synthesis::SearchEffort& effort) {
-  Effort limits;
-  limits.steps = effort.steps;
-  if (effort.seconds < 1e9) {
-    limits.control.deadline =
-        Control::Clock::now() + std::chrono::duration_cast<Control::Clock::duration>(
-                                    std::chrono::duration<double>(effort.seconds));
-  }
-  return limits;
-}
-
 /// The effort of one run as it is spent.
 ///
 /// A run also ends when it cannot get better. When the best circuit that the meter was told of
@@ -68,7 +51,7 @@ inline Effort limits_of(const synthesis::SearchEffort& effort) {
 class Meter {
  public:
   explicit Meter(const Effort& effort, Objective objective = Objective::count)
-      : effort_(&effort),
+      : effort_(effort),
         objective_(objective),
         limit_(effort.steps),
         start_(Control::Clock::now()) {}
@@ -87,29 +70,46 @@ class Meter {
 
   /// Looks at the clock. Once true, always true.
   bool ended() {
-    if (!ended_) ended_ = steps_ >= limit_ || effort_->control.stop_requested();
+    if (!ended_) ended_ = steps_ >= limit_ || effort_.control.stop_requested();
     return ended_;
   }
 
-  /// No more steps than that in all.
-  void cut(std::uint64_t steps) { limit_ = std::min(limit_, steps); }
+  const Effort& effort() const { return effort_; }
+  /// Leaves all of the effort to another search, which counts its own steps; this one ends.
+  Effort give_all() {
+    Effort given = effort_;
+    effort_.steps = limit_ = 0;
+    return given;
+  }
+  /// The same for half of the steps, and of the time that is left.
+  Effort give_half() {
+    Effort given = effort_;
+    given.steps = effort_.steps / 2;
+    effort_.steps -= given.steps;
+    limit_ = std::min(limit_, effort_.steps);
+    if (std::optional<Control::Clock::time_point>& deadline = effort_.control.deadline) {
+      const auto now = Control::Clock::now();
+      deadline = now + (*deadline - now) / 2;
+    }
+    return given;
+  }
 
   std::uint64_t steps() const { return steps_; }
   double seconds() const {
     return std::chrono::duration<double>(Control::Clock::now() - start_).count();
   }
-  const Control& control() const { return effort_->control; }
+  const Control& control() const { return effort_.control; }
 
   /// The best circuit so far has become better.
   void better(int count, int depth) {
     best_ = {count, depth};
-    if (effort_->on_better) effort_->on_better({seconds(), steps_, count, depth});
+    if (effort_.on_better) effort_.on_better({seconds(), steps_, count, depth});
     look_at_bound();
   }
 
   void prove(const LowerBound& bound) {
     bound_.raise(bound);
-    if (effort_->on_bound) effort_->on_bound(bound_);
+    if (effort_.on_bound) effort_.on_bound(bound_);
     look_at_bound();
   }
   const LowerBound& bound() const { return bound_; }
@@ -121,13 +121,13 @@ class Meter {
   void look_at_bound() {
     const bool met =
         objective_ == Objective::depth ? best_.depth <= bound_.depth : best_.count <= bound_.count;
-    if (met && !effort_->past_bound)
+    if (met && !effort_.past_bound)
       limit_ = std::min(limit_, proven() ? steps_ : 2 * steps_ + polish);
   }
 
   static constexpr int none = std::numeric_limits<int>::max();
 
-  const Effort* effort_;
+  Effort effort_;
   Objective objective_;
   std::uint64_t limit_;
   Control::Clock::time_point start_;

@@ -5,6 +5,7 @@
 #include <ranges>
 #include <utility>
 
+#include "zeltbraidwerk/pauli/search/internal/label_frame.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 
 namespace zelt::braidwerk::internal {

@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "zeltbraidwerk/pauli/internal/rotations.h"
-#include "zeltbraidwerk/pauli/search/internal/network_problem.h"
-#include "zeltbraidwerk/pauli/search/internal/network_search.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
+#include "zeltbraidwerk/pauli/search/internal/rotation_list.h"
+#include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
 

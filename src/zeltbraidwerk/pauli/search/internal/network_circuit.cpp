@@ -123,22 +123,4 @@ std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qub
   return gates;
 }
 
-int gates_of(const std::vector<NetworkEvent>& events) {
-  return static_cast<int>(
-      std::ranges::count_if(events, [](const NetworkEvent& event) { return event.row < 0; }));
-}
-
-int depth_of(const std::vector<NetworkEvent>& events, int qubits) {
-  std::vector<int> levels(static_cast<std::size_t>(qubits));
-  int depth = 0;
-  for (const NetworkEvent& event : events) {
-    if (event.row >= 0) continue;
-    int& a = levels[static_cast<std::size_t>(wire_of(event.gate.a))];
-    int& b = levels[static_cast<std::size_t>(wire_of(event.gate.b))];
-    a = b = std::max(a, b) + 1;
-    depth = std::max(depth, a);
-  }
-  return depth;
-}
-
 }  // namespace zelt::braidwerk::internal

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/pauli/internal/rotations.h"
-#include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
 
 /// \file
 /// Networks of labelled gates on their way to circuits and back. Labels leave out what gates do on
@@ -18,9 +18,5 @@ std::vector<structures::Gate> circuit_of(const std::vector<NetworkEvent>& events
 
 /// The gates on two qubits of a Clifford circuit, which holds CNOT alone of these.
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits);
-
-/// Gates among the events, and the layers that they fill.
-int gates_of(const std::vector<NetworkEvent>& events);
-int depth_of(const std::vector<NetworkEvent>& events, int qubits);
 
 }  // namespace zelt::braidwerk::internal

@@ -1,13 +1,58 @@
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <numeric>
-#include <tuple>
+#include <optional>
+#include <utility>
 
+#include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/incumbent.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
+
+/// Gates after a network after which every label stands for a label: qubit q on wire wires[q].
+struct Tail {
+  std::vector<Gate> gates;
+  std::vector<int> wires;
+};
+
+/// Undoes what the labels stand for, by a Clifford search.
+Tail searched_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
+                   std::uint64_t seed, const Effort& effort) {
+  Task task;
+  task.outputs = outputs;
+  task.device = graph;
+  task.seed = seed;
+  CliffordResult undone = search_clifford(frame.preimages(), task, effort);
+  return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
+}
+
+/// Undoes the gates of a network by the same gates backward.
+Tail backward(const std::vector<NetworkEvent>& events, int qubits) {
+  Tail tail{{}, own_wires(qubits)};
+  for (auto event = events.rbegin(); event != events.rend(); ++event) {
+    if (event->row < 0) tail.gates.push_back(event->gate);
+  }
+  return tail;
+}
+
+/// Swaps that it takes to bring every qubit back to its own wire.
+int swaps_of(const std::vector<int>& wires) {
+  std::vector<bool> seen(wires.size());
+  int swaps = 0;
+  for (std::size_t q = 0; q < wires.size(); ++q) {
+    for (std::size_t w = q; !seen[w]; w = static_cast<std::size_t>(wires[w])) {
+      seen[w] = true;
+      if (static_cast<std::size_t>(wires[w]) != q) ++swaps;
+    }
+  }
+  return swaps;
+}
 
 bool share_a_cycle(const std::vector<int>& wires, int a, int b) {
   for (int q = wires[static_cast<std::size_t>(a)]; q != a; q = wires[static_cast<std::size_t>(q)]) {
@@ -87,57 +132,53 @@ std::vector<NetworkEvent> with_swaps(const std::vector<NetworkEvent>& events,
   return result;
 }
 
-}  // namespace
-
-NetworkTail close_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
-                       std::uint64_t seed, const Effort& effort) {
-  Task task;
-  task.outputs = outputs;
-  task.device = graph;
-  task.seed = seed;
-  CliffordResult undone = search_clifford(frame.preimages(), task, effort);
-  return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
-}
-
-NetworkTail undo(const std::vector<NetworkEvent>& events, int qubits) {
-  NetworkTail tail;
-  for (auto event = events.rbegin(); event != events.rend(); ++event) {
-    if (event->row < 0) tail.gates.push_back(event->gate);
-  }
-  tail.wires.resize(static_cast<std::size_t>(qubits));
-  std::iota(tail.wires.begin(), tail.wires.end(), 0);
-  return tail;
-}
-
-int swaps_of(const std::vector<int>& wires) {
-  std::vector<bool> seen(wires.size());
-  int swaps = 0;
-  for (std::size_t q = 0; q < wires.size(); ++q) {
-    for (std::size_t w = q; !seen[w]; w = static_cast<std::size_t>(wires[w])) {
-      seen[w] = true;
-      if (static_cast<std::size_t>(wires[w]) != q) ++swaps;
-    }
-  }
-  return swaps;
-}
-
-void take_in_swaps(std::vector<NetworkEvent>& events, std::vector<int> wires, Rng& rng) {
-  constexpr int ways = 4;
-  if (swaps_of(wires) == 0) return;
-  const int n = static_cast<int>(wires.size());
-  std::vector<NetworkEvent> best;
-  std::tuple<int, int> least;
-  for (int way = 0; way < ways; ++way) {
+/// Brings every qubit back to its own wire. A swap after a gate on the same wires costs one gate
+/// more, as both together are two gates, and what comes later has its wires renamed; three where
+/// there is no such gate. The best of some random ways.
+std::vector<NetworkEvent> in_place(const std::vector<NetworkEvent>& events,
+                                   const std::vector<int>& wires, Rng& rng) {
+  Smallest<std::vector<NetworkEvent>> best(Objective::count);
+  for (int way = 0; way < network_tuning.swap_ways; ++way) {
     const float chance = way == 0 ? 1 : rng.unit();
     std::vector<NetworkEvent> found = with_swaps(events, wires, chance, rng);
-    const int count = gates_of(found);
-    const int depth = depth_of(found, n);
-    const std::tuple cost(count, depth);
-    if (way > 0 && cost >= least) continue;
-    best = std::move(found);
-    least = cost;
+    const CircuitSize size{gates_of(found), depth_of(found, static_cast<int>(wires.size()))};
+    best.offer(std::move(found), size);
   }
-  events = std::move(best);
+  return best.circuit();
+}
+
+Network with_tail(std::vector<NetworkEvent> events, const Tail& tail, bool is_in_place, Rng& rng) {
+  for (const Gate& gate : tail.gates) events.push_back({gate, -1});
+  cancel_pairs(events);
+  if (!is_in_place || swaps_of(tail.wires) == 0) {
+    return network_of(std::move(events), tail.wires, true);
+  }
+  return network_of(in_place(events, tail.wires, rng),
+                    own_wires(static_cast<int>(tail.wires.size())), true);
+}
+
+}  // namespace
+
+Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
+               const NetworkTask& task, const Control& control, std::uint64_t steps, Rng& rng) {
+  if (!task.closes()) return network_of(events, own_wires(frame.qubits()), false);
+  Effort effort;
+  effort.control = control;
+  effort.steps = steps;
+  std::optional<Network> best;
+  const auto consider = [&](const Tail& tail) {
+    Network network = with_tail(events, tail, task.in_place(), rng);
+    if (!best || network.size.count < best->size.count) best = std::move(network);
+  };
+  if (task.device == nullptr) {
+    consider(searched_tail(frame, Outputs::anywhere, nullptr, rng.next(), effort));
+  }
+  if (task.in_place() || task.device != nullptr) {
+    const Outputs outputs = task.in_place() ? Outputs::in_place : Outputs::anywhere;
+    consider(searched_tail(frame, outputs, task.device, rng.next(), effort));
+  }
+  if (task.device != nullptr) consider(backward(events, frame.qubits()));
+  return std::move(*best);
 }
 
 }  // namespace zelt::braidwerk::internal

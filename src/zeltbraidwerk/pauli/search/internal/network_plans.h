@@ -3,6 +3,7 @@
 #include <span>
 #include <vector>
 
+#include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/network_settings.h"
 
 namespace zelt::braidwerk::internal {
@@ -16,8 +17,11 @@ struct NetworkPlan {
 /// Plans to begin with, and others around those that did best.
 class NetworkPlans {
  public:
-  NetworkPlans(bool in_order, bool closes, bool on_device, int qubits)
-      : in_order_(in_order), closes_(closes), on_device_(on_device), qubits_(qubits) {}
+  NetworkPlans(const NetworkTask& task, int qubits)
+      : in_order_(task.in_order),
+        closes_(task.closes()),
+        on_device_(task.device != nullptr),
+        qubits_(qubits) {}
 
   std::span<const NetworkPlan> first() const;
   /// What a run came to. Few are remembered.

@@ -4,17 +4,14 @@
 #include <cmath>
 #include <limits>
 
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int window_in_order = 320;
-constexpr int widest_window = 1280;
-constexpr double least_emphasis = 0.01;
-/// Costs that fall by less do not count, or a search could go in circles.
-constexpr std::int64_t least_gain = (std::int64_t{1} << NetworkCosts::unit_bits) / 10000;
-/// Strings that gain and lose less are not looked at.
-constexpr std::uint32_t least_pull = 8;
-constexpr int longest_chain = 32;
+constexpr const NetworkWindowTuning& tuning = network_window_tuning;
+constexpr std::int64_t least_gain =
+    (std::int64_t{1} << NetworkCosts::unit_bits) / network_window_tuning.least_gain;
 
 std::uint32_t times(std::uint32_t factor, std::uint32_t value) {
   return static_cast<std::uint32_t>(std::uint64_t{factor} * value >> NetworkCosts::factor_bits);
@@ -25,9 +22,9 @@ double emphasis_at(const NetworkSettings& settings, int place) {
 }
 
 int window_size(const NetworkSettings& settings, bool in_order, int count) {
-  int size = std::min(count, in_order ? window_in_order : widest_window);
+  int size = std::min(count, in_order ? tuning.rows_in_order : tuning.most_rows);
   if (!in_order && settings.emphasis == Emphasis::by_place) {
-    const double places = settings.rate * (std::pow(least_emphasis, -0.5) - 1);
+    const double places = settings.rate * (std::pow(tuning.least_emphasis, -0.5) - 1);
     size = std::min(size, std::max(1, static_cast<int>(places)));
   }
   return size;
@@ -67,7 +64,7 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
   for (int k = 0; k < capacity_; ++k) {
     by_place_.push_back(NetworkCosts::factor(emphasis_at(settings, k)));
   }
-  for (int k = 0; k <= std::max(longest_chain, capacity_); ++k) {
+  for (int k = 0; k <= std::max(tuning.longest_chain, capacity_); ++k) {
     by_rate_.push_back(NetworkCosts::factor(settings.emphasis == Emphasis::by_chain
                                                 ? std::pow(settings.rate, k)
                                                 : std::pow(1 + k, -settings.rate)));
@@ -80,7 +77,7 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
   }
   letters_.resize(static_cast<std::size_t>(n) + 1);
   string_.resize(2 * static_cast<std::size_t>(list.words()));
-  chains_.resize((longest_chain + 1) * slot_words_);
+  chains_.resize((tuning.longest_chain + 1) * slot_words_);
 }
 
 std::uint64_t NetworkProblem::id(int row) {
@@ -304,7 +301,7 @@ void NetworkProblem::weigh_by_chain(State& state) {
         if ((earlier[w] & chain[w]) != 0) length = c + 1;
       }
     }
-    length = std::min(length, longest_chain);
+    length = std::min(length, tuning.longest_chain);
     longest = std::max(longest, length);
     chains_[static_cast<std::size_t>(length) * slot_words_ +
             static_cast<std::size_t>(slot / word_bits)] |= Word{1} << (slot % word_bits);
@@ -322,7 +319,7 @@ std::int64_t NetworkProblem::score(const State& state) {
     sum += static_cast<std::int64_t>(factor) * (costs_.of(weight) - usual_);
     const std::uint32_t less = times(factor, costs_.rise(weight));
     const std::uint32_t more = times(factor, costs_.rise(weight + 1));
-    if (times(factor, costs_.steepest(weight)) < least_pull) continue;
+    if (times(factor, costs_.steepest(weight)) < tuning.least_pull) continue;
     pairs_.add(letters_.data(), state.letters.letters(place, letters_.data()), less, more);
   }
   sum >>= NetworkCosts::factor_bits;
@@ -344,7 +341,7 @@ std::int64_t NetworkProblem::score_on_graph(const State& state) {
     const std::uint32_t factor = state.factors[static_cast<std::size_t>(place)];
     const int now = reach(state, place);
     sum += static_cast<std::int64_t>(factor) * (costs_.of(now) - usual_);
-    if (times(factor, costs_.steepest(now)) < least_pull) continue;
+    if (times(factor, costs_.steepest(now)) < tuning.least_pull) continue;
     // Rounded by itself, so that a change and the one back cancel out.
     const auto cost = [&](int reach) {
       return static_cast<std::int64_t>(factor) * costs_.of(reach) >> NetworkCosts::factor_bits;
@@ -404,24 +401,21 @@ void NetworkProblem::choose(const State& state, int count) {
     choose_shortening(state, static_cast<int>(at), state.lock, count);
     return;
   }
-  if (!settings_.lightest_only) {
-    for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
-      const auto& costs = gate_costs_.of(static_cast<int>(p));
-      for (std::size_t k = 0; k < costs.size(); ++k) {
-        if (static_cast<int>(chosen_.size()) < count || costs[k] < chosen_.back().cost) {
-          offer(GateCosts::gate(gate_costs_.pairs()[p], static_cast<int>(k)), -1, count);
-        }
+  for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
+    const auto& costs = gate_costs_.of(static_cast<int>(p));
+    for (std::size_t k = 0; k < costs.size(); ++k) {
+      if (static_cast<int>(chosen_.size()) < count || costs[k] < chosen_.back().cost) {
+        offer(GateCosts::gate(gate_costs_.pairs()[p], static_cast<int>(k)), -1, count);
       }
     }
-    if (!chosen_.empty() && chosen_[0].cost <= -least_gain) return;
-    chosen_.clear();
   }
+  if (!chosen_.empty() && chosen_[0].cost <= -least_gain) return;
+  chosen_.clear();
   const int least = reach_of_nearest(state);
   for (int place = 0; place < state.letters.count(); ++place) {
     if (reach(state, place) != least || !may_come(state, place)) continue;
-    const int lock = settings_.lightest_only ? -1 : state.rows[static_cast<std::size_t>(place)];
-    choose_shortening(state, place, lock, count);
-    if (lock >= 0) return;
+    choose_shortening(state, place, state.rows[static_cast<std::size_t>(place)], count);
+    return;
   }
 }
 

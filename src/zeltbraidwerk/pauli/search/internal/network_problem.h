@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/pauli/search/internal/label_frame.h"
 #include "zeltbraidwerk/pauli/search/internal/letter_rows.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/network_settings.h"
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
 #include "zeltbraidwerk/pauli/search/internal/reach.h"
@@ -13,12 +14,6 @@
 #include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
-
-/// What comes next in a network: a gate, or a rotation about the label of one end.
-struct NetworkEvent {
-  Gate gate;     // of a rotation, both ends are the same
-  int row = -1;  // of a rotation, in the frame that the list was made of
-};
 
 /// The rotations of a list that are left behind some gates. Those in a window, the first ones, are
 /// carried through every gate; where the others stand the frame tells, also when one of them has

@@ -46,7 +46,7 @@ class Relay {
  private:
   std::optional<Leg> run_leg(const NetworkState& from) {
     const int end = std::max(0, from.count_left - options_.stretch);
-    const int baton = end == 0 ? 0 : from.count_left - options_.stretch / 2;
+    const int handover = end == 0 ? 0 : from.count_left - options_.stretch / 2;
     const bool vary = followed_ && rng_.chance(options_.alike);
     const NetworkPlan plan = vary ? plans_.varied(*followed_, rng_) : plans_.draw(rng_);
     NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_);
@@ -55,12 +55,12 @@ class Relay {
     leg.plan = plan;
     int gates = 0;
     while (state.count_left > end) {
-      const bool stays = state.count_left > baton;
+      const bool stays = state.count_left > handover;
       const Gate gate = problem.play_best(state);
       ++gates;
       if (stays) {
         leg.gates.push_back(gate);
-        if (state.count_left <= baton) leg.state = state;
+        if (state.count_left <= handover) leg.state = state;
       }
       if (!meter_.step()) return std::nullopt;
     }
@@ -83,9 +83,9 @@ class Relay {
 
 }  // namespace
 
-std::optional<std::vector<Gate>> run_relay(const RotationList& list, const RelayOptions& options,
-                                           const std::vector<Gate>& prefix,
-                                           const NetworkPlans& plans, Rng& rng, Meter& meter) {
+std::optional<std::vector<Gate>> relay_gates(const RotationList& list, const RelayOptions& options,
+                                             const std::vector<Gate>& prefix,
+                                             const NetworkPlans& plans, Rng& rng, Meter& meter) {
   return Relay(list, options, plans, rng, meter).run(prefix);
 }
 

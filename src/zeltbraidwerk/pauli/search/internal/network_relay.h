@@ -23,8 +23,8 @@ struct RelayOptions {
 /// some with plans of their own set out from the same place, and of the one that took the fewest
 /// gates those that serve the first half of its rotations are kept. Nothing where the effort was
 /// spent before all were served. A step is a gate of a run.
-std::optional<std::vector<Gate>> run_relay(const RotationList& list, const RelayOptions& options,
-                                           const std::vector<Gate>& prefix,
-                                           const NetworkPlans& plans, Rng& rng, Meter& meter);
+std::optional<std::vector<Gate>> relay_gates(const RotationList& list, const RelayOptions& options,
+                                             const std::vector<Gate>& prefix,
+                                             const NetworkPlans& plans, Rng& rng, Meter& meter);
 
 }  // namespace zelt::braidwerk::internal

@@ -4,14 +4,10 @@
 
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/effort.h"
-#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
-
-struct NetworkTask : Task {
-  bool in_order = false;  ///< rotations that clash keep their order; otherwise any order will do
-};
 
 struct NetworkResult {
   std::vector<structures::Gate> gates;
@@ -30,5 +26,8 @@ struct NetworkResult {
 /// std::invalid_argument for a graph that is not connected or has another number of wires.
 NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort);
+
+/// The same as events, for part of a list: an open end is not searched as closed as well.
+Network search_events(const Rotations& rotations, const NetworkTask& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

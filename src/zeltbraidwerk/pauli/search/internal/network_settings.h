@@ -26,9 +26,8 @@ struct NetworkSettings {
   double bonus = 0;
   Emphasis emphasis = Emphasis::equal;
   double rate = 40;
-  double jitter = 0;           ///< emphasis is multiplied by 1 -+ up to this, drawn a row
-  bool lightest_only = false;  ///< only gates that shorten one of the lightest strings
-  double tail = 0;             ///< weight of the logarithms of the frame's own strings
+  double jitter = 0;  ///< emphasis is multiplied by 1 -+ up to this, drawn a row
+  double tail = 0;    ///< weight of the logarithms of the frame's own strings
 };
 
 /// The costs as whole numbers, so that sums do not depend on their order.

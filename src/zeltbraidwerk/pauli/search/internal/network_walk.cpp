@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <numeric>
 
-#include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int patience = 30;
-constexpr int more_patience = 400;  // now and then
-constexpr int most_gates = 8;
+constexpr const NetworkTuning& tuning = network_tuning;
 
 }  // namespace
 
@@ -40,11 +38,13 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   for (std::size_t k = 0; k < window_.gates.size(); ++k) {
     inside_.push_back({window_.gates[k], rows_[static_cast<std::size_t>(window_.positions[k])]});
   }
-  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7) || block_.gates() > most_gates) {
+  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7) ||
+      block_.gates() > tuning.walk_gates) {
     return false;
   }
   const int old = block_.gates();
-  const int nodes = rng.below(16) == 0 ? more_patience : patience;
+  const int nodes =
+      rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : tuning.walk_patience;
   const unsigned pairs = pairs_that_meet();
   const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
   const int longest = old + (rng.chance(uphill) ? 1 : 0);

@@ -3,10 +3,10 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <unordered_set>
 #include <vector>
 
 #include "zeltbraidwerk/pauli/search/internal/network_bound.h"
+#include "zeltbraidwerk/search/internal/level_search.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int most_small_wires = 4;
 constexpr int most_rotations = 32;
-constexpr std::size_t most_tried = 1'000'000;  // strings behind gates, in hundredths of a second
+constexpr std::size_t most_work = 1'000'000;  // strings after gates: some hundredths of a second
 
 /// A string on up to four qubits: the X and Z bits of qubit q in bits 2 q and 2 q + 1.
 using SmallString = std::uint8_t;
@@ -35,24 +35,28 @@ Labels labels_of(SmallString a, SmallString b) {
   return {all[0], all[1]};
 }
 
-struct State {
-  std::array<Labels, most_small_wires> wires;
-  std::uint32_t served;
-  bool operator==(const State&) const = default;
-};
-
-struct Hash {
-  std::size_t operator()(const State& state) const {
-    std::uint64_t hash = state.served;
-    for (const Labels& labels : state.wires) {
-      hash = Rng::mixed(hash + (std::uint64_t{labels[0]} << 8 | labels[1]) + 0x9e3779b97f4a7c15U);
-    }
-    return hash;
-  }
-};
-
+/// Networks of rotations as a problem of a level search.
 class SmallNetworks {
  public:
+  struct State {
+    std::array<Labels, most_small_wires> wires;
+    std::uint32_t served;
+    bool operator==(const State&) const = default;
+  };
+
+  struct Hash {
+    std::size_t operator()(const State& state) const {
+      std::uint64_t hash = state.served;
+      for (const Labels& labels : state.wires) {
+        hash = Rng::mixed(hash + (std::uint64_t{labels[0]} << 8 | labels[1]) + 0x9e3779b97f4a7c15U);
+      }
+      return hash;
+    }
+  };
+  using Key = State;
+  /// The gate itself is not asked for.
+  struct Move {};
+
   SmallNetworks(const PauliFrame& strings, const NetworkTask& task)
       : n_(strings.qubits()), task_(task) {
     for (int row = 0; row < strings.rows(); ++row) {
@@ -71,34 +75,60 @@ class SmallNetworks {
     }
   }
 
-  /// Whether there is a network of at most so many gates; also true when too many were tried, in
-  /// all calls together.
-  bool may_take(int gates) {
+  State start() const {
     State first{};
     for (int q = 0; q < n_; ++q) first.wires[static_cast<std::size_t>(q)] = own_labels(q);
     serve(first);
-    if (needed(first) > gates) return false;
-    std::vector<State> level{first};
-    seen_ = {first};
-    for (int left = gates; !level.empty(); --left) {
-      if (std::ranges::any_of(level, [&](const State& state) { return is_done(state); })) {
-        return true;
-      }
-      std::vector<State> next;
-      for (const State& state : level) {
-        if (tried_ > most_tried) return true;
-        add_children(state, left - 1, next);
-      }
-      level = std::move(next);
+    return first;
+  }
+  const Key& key(const State& state) const { return state; }
+  std::size_t work_of_child() const { return strings_.size() + most_small_wires; }
+
+  bool is_done(const State& state) const {
+    bool done = state.served == all();
+    for (int w = 0; w < n_ && task_.closes(); ++w) done = done && gates_home(state, w) == 0;
+    return done;
+  }
+
+  /// No fewer gates lead from the state to an end: what one string needs, and half of what the
+  /// wires do. One that is at home, but has a letter of a string, meets two gates where it is to be
+  /// at home again.
+  int needed(const State& state) const {
+    int gates = 0;
+    unsigned in_strings = 0;
+    for (std::size_t k = 0; k < strings_.size(); ++k) {
+      if ((state.served >> k & 1) != 0) continue;
+      const unsigned wires = wires_of(state, strings_[k]);
+      if (std::popcount(wires) > 1) in_strings |= wires;
+      const int back = task_.closes() ? letters(strings_[k]) - 1 : 0;
+      gates = std::max(gates, std::popcount(wires) - 1 + back);
     }
-    return false;
+    int meetings = 0;
+    for (int w = 0; w < n_; ++w) {
+      const int home = task_.closes() ? gates_home(state, w) : 0;
+      const bool leaves = home == 0 && (in_strings >> w & 1) != 0;
+      meetings += leaves ? (task_.closes() ? 2 : 1) : home;
+    }
+    return std::max(gates, (meetings + 1) / 2);
+  }
+
+  template <class Sink>
+  void each_child(const State& state, Sink&& sink) const {
+    for (std::size_t b = 1; b < static_cast<std::size_t>(n_); ++b) {
+      for (std::size_t a = 0; a < b; ++a) {
+        if (task_.device != nullptr &&
+            !task_.device->joined(static_cast<int>(a), static_cast<int>(b))) {
+          continue;
+        }
+        for (int gate = 0; gate < 9; ++gate) sink(child_of(state, a, b, gate), Move{});
+      }
+    }
   }
 
  private:
   static Labels own_labels(int q) {
     return labels_of(static_cast<SmallString>(1U << 2 * q), static_cast<SmallString>(2U << 2 * q));
   }
-  bool undone() const { return task_.closes(); }
   std::uint32_t all() const {
     return static_cast<std::uint32_t>((std::uint64_t{1} << strings_.size()) - 1);
   }
@@ -129,12 +159,6 @@ class SmallNetworks {
     }
     return fewest;
   }
-  bool is_done(const State& state) const {
-    bool done = state.served == all();
-    for (int w = 0; w < n_ && undone(); ++w) done = done && gates_home(state, w) == 0;
-    return done;
-  }
-
   /// Those on which a string has letters now, as bits.
   unsigned wires_of(const State& state, SmallString string) const {
     unsigned wires = 0;
@@ -148,43 +172,8 @@ class SmallNetworks {
     return std::popcount((string | static_cast<unsigned>(string) >> 1) & 0x55U);
   }
 
-  /// No fewer gates lead from the state to an end: what one string needs, and half of what the
-  /// wires do. One that is at home, but has a letter of a string, meets two gates where it is to be
-  /// at home again.
-  int needed(const State& state) const {
-    int gates = 0;
-    unsigned in_strings = 0;
-    for (std::size_t k = 0; k < strings_.size(); ++k) {
-      if ((state.served >> k & 1) != 0) continue;
-      const unsigned wires = wires_of(state, strings_[k]);
-      if (std::popcount(wires) > 1) in_strings |= wires;
-      const int back = undone() ? letters(strings_[k]) - 1 : 0;
-      gates = std::max(gates, std::popcount(wires) - 1 + back);
-    }
-    int meetings = 0;
-    for (int w = 0; w < n_; ++w) {
-      const int home = undone() ? gates_home(state, w) : 0;
-      const bool leaves = home == 0 && (in_strings >> w & 1) != 0;
-      meetings += leaves ? (undone() ? 2 : 1) : home;
-    }
-    return std::max(gates, (meetings + 1) / 2);
-  }
-
-  void add_children(const State& state, int most_behind, std::vector<State>& next) {
-    for (std::size_t b = 1; b < static_cast<std::size_t>(n_); ++b) {
-      for (std::size_t a = 0; a < b; ++a) {
-        if (task_.device != nullptr &&
-            !task_.device->joined(static_cast<int>(a), static_cast<int>(b))) {
-          continue;
-        }
-        for (int gate = 0; gate < 9; ++gate) add_child(state, a, b, gate, most_behind, next);
-      }
-    }
-  }
   /// The label of each wire that a gate keeps is multiplied to the others of the other wire.
-  void add_child(const State& state, std::size_t a, std::size_t b, int gate, int most_behind,
-                 std::vector<State>& next) {
-    tried_ += strings_.size() + most_small_wires;
+  State child_of(const State& state, std::size_t a, std::size_t b, int gate) const {
     const auto turned = [](const Labels& labels, int which) {
       const auto third = static_cast<SmallString>(labels[0] ^ labels[1]);
       return which == 0 ? labels : which == 1 ? Labels{labels[1], third} : Labels{third, labels[0]};
@@ -195,24 +184,21 @@ class SmallNetworks {
     child.wires[a] = labels_of(on_a[0], static_cast<SmallString>(on_a[1] ^ on_b[0]));
     child.wires[b] = labels_of(on_b[0], static_cast<SmallString>(on_b[1] ^ on_a[0]));
     serve(child);
-    if (needed(child) <= most_behind && seen_.insert(child).second) next.push_back(child);
+    return child;
   }
 
   int n_;
   const NetworkTask& task_;
   std::vector<SmallString> strings_;
   std::vector<std::uint32_t> before_;  // rotations that have to come first
-  std::unordered_set<State, Hash> seen_;
-  std::size_t tried_ = 0;
 };
 
 }  // namespace
 
 int fewest_network_gates(const PauliFrame& strings, const NetworkTask& task, int least, int most) {
   if (strings.qubits() > most_small_wires || strings.rows() > most_rotations) return least;
-  SmallNetworks networks(strings, task);
-  while (least < most && !networks.may_take(least)) ++least;
-  return least;
+  const SmallNetworks networks(strings, task);
+  return LevelSearch(networks, most_work).run(least, most).least;
 }
 
 }  // namespace zelt::braidwerk::internal

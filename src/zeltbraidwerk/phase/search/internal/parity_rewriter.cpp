@@ -48,8 +48,9 @@ int swaps_left(const WireFrame& frame) {
 
 }  // namespace
 
-ParityRewriter::ParityRewriter(const BitMatrix& parities, ParityEnd end, const BitGraph* graph)
-    : n_(parities.rows()), end_(end), graph_(graph) {
+ParityRewriter::ParityRewriter(const BitMatrix& parities, Outputs outputs, bool counts_swaps,
+                               const BitGraph* graph)
+    : n_(parities.rows()), outputs_(outputs), counts_swaps_(counts_swaps), graph_(graph) {
   for (int q = 0; q < n_; ++q) {
     print_.push_back(n_ <= word_bits ? Word{1} << q : Rng::mixed(static_cast<Word>(q) + 1));
   }
@@ -101,7 +102,7 @@ void ParityRewriter::begin(const GateList& list) {
 }
 
 int ParityRewriter::length(const GateList& list) const {
-  return end_ == ParityEnd::swaps ? list.count() + swaps_left(list.frame) : list.count();
+  return counts_swaps_ ? list.count() + swaps_left(list.frame) : list.count();
 }
 
 void ParityRewriter::place_wires(const Window& window) {
@@ -114,16 +115,16 @@ void ParityRewriter::place_wires(const Window& window) {
 /// The map of the block, and which sums no gate outside of it shows.
 void ParityRewriter::read_block(const Window& window) {
   std::array<std::int32_t, 16> times{};
-  met_ = 0;
+  known_sums_ = 0;
   std::size_t k = 0;
   map_ = run_block(window.gates, place_, [&](unsigned sum) {
     sums_[sum] = values_[static_cast<std::size_t>(window.positions[k++])];
-    met_ |= 1U << sum;
+    known_sums_ |= 1U << sum;
     ++times[sum];
   });
   needed_ = 0;
   constexpr unsigned single = 1U << 1 | 1U << 2 | 1U << 4 | 1U << 8;
-  for (unsigned rest = met_ & ~single; rest != 0; rest &= rest - 1) {
+  for (unsigned rest = known_sums_ & ~single; rest != 0; rest &= rest - 1) {
     const auto sum = static_cast<std::size_t>(std::countr_zero(rest));
     const std::int32_t parity = sums_[sum].parity;
     if (parity >= 0 && shown_[static_cast<std::size_t>(parity)] == times[sum]) {
@@ -186,16 +187,16 @@ bool ParityRewriter::choose(const GateList& list, const Window& window, float up
                             Rewrite& rewrite) {
   const auto size = static_cast<int>(window.gates.size());
   const bool last = window.to_end == all_wires;
-  if (end_ == ParityEnd::open && last) map_ = ParityTable::of(edges_, true).any_end(needed_);
-  bool permuted = end_ != ParityEnd::exact && (graph_ == nullptr || last);
+  if (outputs_ == Outputs::left_open && last) map_ = ParityTable::of(edges_, true).any_end(needed_);
+  bool permuted = outputs_ != Outputs::in_place && (graph_ == nullptr || last);
   for (;;) {
     const ParityTable& table = ParityTable::of(edges_, permuted);
     const int distance = table.distance(map_, needed_);
-    assert(permuted || end_ == ParityEnd::swaps || distance <= size);
+    assert(permuted || counts_swaps_ || distance <= size);
     if (distance > size) return false;
     const bool detour = distance == size && rng.chance(uphill);
     const SmallMatrix left = table.descend(map_, needed_, detour, rng, rewrite.block);
-    if (end_ == ParityEnd::swaps && permuted && !detour &&
+    if (counts_swaps_ && permuted && !detour &&
         !gains(list, window, static_cast<int>(rewrite.block.size()) - size, left)) {
       rewrite.block.clear();
       permuted = false;
@@ -224,7 +225,7 @@ void ParityRewriter::put_values(const GateList& list, const Window& window,
   bool entered = false;
   constexpr std::array<std::uint8_t, 5> as_they_are{0, 1, 2, 3, 4};
   run_block(block, as_they_are, [&](unsigned sum) {
-    if (((met_ >> sum) & 1U) == 0) {
+    if (((known_sums_ >> sum) & 1U) == 0) {
       if (!entered) read_inputs(list, window);
       entered = true;
       std::uint64_t print = 0;
@@ -232,7 +233,7 @@ void ParityRewriter::put_values(const GateList& list, const Window& window,
         print ^= sums_[std::size_t{1} << std::countr_zero(rest)].print;
       }
       sums_[sum] = value_of(print);
-      met_ |= 1U << sum;
+      known_sums_ |= 1U << sum;
     }
     made_.push_back(sums_[sum]);
     count(sums_[sum], 1);
@@ -242,7 +243,7 @@ void ParityRewriter::put_values(const GateList& list, const Window& window,
 
 bool ParityRewriter::rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
                              Rewrite& rewrite) {
-  if (window.size < wires || window.gates.size() < (end_ == ParityEnd::open ? 1U : 2U)) {
+  if (window.size < wires || window.gates.size() < (outputs_ == Outputs::left_open ? 1U : 2U)) {
     return false;
   }
   place_wires(window);

@@ -8,17 +8,10 @@
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
+#include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
-
-/// What is to become of the linear map that a parity network leaves behind.
-enum class ParityEnd {
-  open,   ///< whatever it is
-  free,   ///< outputs on other wires
-  swaps,  ///< the same, where each swap that puts outputs in their places counts as a gate
-  exact,  ///< outputs in their places
-};
 
 /// Windows of a parity network replaced by random shortest circuits that still show what is shown
 /// nowhere else.
@@ -27,14 +20,16 @@ class ParityRewriter {
   static constexpr Gathering gathering = Gathering::by_values;
   static constexpr bool judges = false;
 
-  /// A column a parity, no two equal. With a graph, gates are on its edges, and outputs leave their
-  /// wires in windows at the end of the circuit alone.
-  ParityRewriter(const BitMatrix& parities, ParityEnd end, const BitGraph* graph = nullptr);
+  /// One column per parity, no two equal. With `counts_swaps`, for outputs anywhere, each swap that
+  /// would put an output in its place counts as a gate. With a graph, gates are on its edges, and
+  /// outputs leave their wires in windows at the end of the circuit alone.
+  ParityRewriter(const BitMatrix& parities, Outputs outputs, bool counts_swaps,
+                 const BitGraph* graph);
 
   /// To be called with the list that a walk begins with.
   void begin(const GateList& list);
 
-  ParityEnd end() const { return end_; }
+  bool counts_swaps() const { return counts_swaps_; }
   int window_size(Rng&) const { return wires; }
   int length(const GateList& list) const;
   bool rewrite(const GateList& list, const Window& window, float uphill, Rng& rng,
@@ -60,11 +55,12 @@ class ParityRewriter {
   void put_values(const GateList& list, const Window& window, const std::vector<Gate>& block);
 
   int n_;
-  ParityEnd end_;
+  Outputs outputs_;
+  bool counts_swaps_;
   const BitGraph* graph_;
   std::vector<std::uint64_t> print_;  // of an input
   std::vector<Value> known_;          // the parities by print, with gaps
-  std::vector<std::int32_t> shown_;   // how often, by parity
+  std::vector<std::int32_t> shown_;   // by parity: on how many gates and inputs it stands
   std::vector<Value> values_;         // what each gate makes
 
   // Of the window. Its places are renamed so that its edges are those of a table.
@@ -72,7 +68,7 @@ class ParityRewriter {
   std::array<std::uint8_t, 5> place_{0, 1, 2, 3, 4};
   SmallMatrix map_ = 0;
   SumSet needed_ = 0;           // shown by no gate outside the block
-  unsigned met_ = 0;            // sums that stand in sums_
+  unsigned known_sums_ = 0;     // those whose value stands in sums_
   std::array<Value, 16> sums_;  // of the wires that enter the window
   std::vector<Value> made_;
 };

@@ -2,264 +2,161 @@
 
 #include <algorithm>
 #include <cassert>
-#include <limits>
+#include <cmath>
 #include <optional>
-#include <utility>
 
 #include "zeltbraidwerk/phase/search/internal/parity_bound.h"
+#include "zeltbraidwerk/phase/search/internal/parity_growing.h"
 #include "zeltbraidwerk/phase/search/internal/parity_rewriter.h"
 #include "zeltbraidwerk/phase/search/internal/parity_start.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
 #include "zeltbraidwerk/phase/search/internal/small_networks.h"
+#include "zeltbraidwerk/phase/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/driver.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr double tie_noise = 1e-3;
+constexpr const ParityTuning& tuning = parity_tuning;
 
-class ParitySearch {
+/// In turns a beam of four times the width and a walk from what it has found that takes about as
+/// long, or longer; where that is not the best of all, one from there too.
+///
+/// Where all pairs of wires are joined and outputs are to be in their places, circuits are searched
+/// with outputs on any wires, each swap that is left counted as a gate, and put in place as they
+/// are found.
+class ParitySearch : public SearchBase<GateList> {
  public:
   ParitySearch(const BitMatrix& parities, const Task& task, const Effort& effort)
-      : parities_(parities),
+      : SearchBase(task, effort),
+        parities_(parities),
         n_(parities.rows()),
-        graph_(task.device),
-        outputs_(task.outputs),
-        by_depth_(task.by_depth()),
-        rng_(task.seed, task.stream),
-        meter_(effort, task.objective),
-        rewriter_(parities, walked_end(), graph_),
-        settler_(parities, ParityEnd::exact, graph_) {
-    meter_.prove(bound_of_parities(parities, task));
-    choose_costs();
+        swapping_(task.in_place() && task.device == nullptr),
+        rewriter_(parities, swapping_ ? Outputs::anywhere : task.outputs, swapping_, task.device),
+        in_place_rewriter_(parities, Outputs::in_place, false, task.device),
+        growing_(parities, task, rewriter_, rng_),
+        shortest_(Objective::count, Ties::latest) {}
+
+  /// Of the first walk; the later ones go by the beams before them.
+  Schedule schedule() const {
+    const double steps = first_width() * growing_.beam_microseconds();
+    return {.first_steps = std::clamp(steps, tuning.least_walk_steps, 1e18), .most_growths = 0};
   }
 
-  GateList run() {
-    best_ = found_ = GateList(n_, {});
+  void first() {
+    meter_.prove(bound_of_parities(parities_, task_));
     if (parities_.cols() == 0) {
-      meter_.better(0, 0);
-      return best_;
+      offer(GateList(n_, {}), Origin::certain);
+      return;
     }
-    take(first());
-    look_at_all();
-    search();
-    return std::move(best_);
+    const Effort unlimited;
+    Meter own(unlimited);
+    const GateList list = growing_.quick(own);
+    for (std::uint64_t k = 0; k < own.steps(); ++k) meter_.step();
+    take(list);
+    if (!meter_.ended()) search_small();
+  }
+
+  bool finished() const {
+    return parities_.cols() == 0 || (n_ < 4 && width_ > tuning.widest_on_three_wires);
+  }
+
+  void round(const Round& round) {
+    if (round.number == 0) {
+      walk_steps_ = round.steps;
+      walk(shortest_.circuit(), walk_steps_);
+      width_ = first_width();
+    } else {
+      width_ = std::min(tuning.width_growth * width_, growing_.widest_beam());
+    }
+    if (meter_.ended()) return;
+    const std::uint64_t before = meter_.steps();
+    const auto list = round.number == 0 ? growing_.grow_at_all_costs(width_, meter_)
+                                        : growing_.grow(width_, meter_);
+    const auto spent =
+        static_cast<double>(meter_.steps() - before) * walk_steps_of_state() * walks_to_beams();
+    walk_steps_ = list ? static_cast<std::uint64_t>(spent) : 2 * walk_steps_;
+    if (!list || !walk(*list, walk_steps_)) walk(shortest_.circuit(), walk_steps_);
+    if (swapping_) walk_in_place(walk_steps_ / static_cast<std::uint64_t>(tuning.walks_in_place));
   }
 
  private:
-  ParityEnd walked_end() const {
-    if (outputs_ == Outputs::left_open) return ParityEnd::open;
-    if (outputs_ == Outputs::anywhere) return ParityEnd::free;
-    return graph_ == nullptr ? ParityEnd::swaps : ParityEnd::exact;
+  int first_width() const {
+    return static_cast<int>(
+        std::clamp(tuning.first_beam_microseconds / growing_.beam_microseconds(), 1.0, 2.0));
   }
-
-  /// Light parities count the more the fewer wires there are. The first costs are the best for
-  /// random sets of 8 n to 10 n parities; each set finds its own among them.
-  void choose_costs() {
-    if (graph_ != nullptr) {
-      costs_ = {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}};
-      return;
-    }
-    const double decay = std::clamp(1 - 8.0 / std::max(n_, 1), 0.2, 0.9);
-    const double share = n_ < 12 ? 0.05 : 0.1;
-    const double exponent = n_ < 12 ? 0.0 : n_ < 18 ? -0.5 : -1.0;
-    costs_ = {{decay, share, exponent},
-              {decay, 0, exponent},
-              {decay + 0.1, share, exponent},
-              {decay - 0.15, share, exponent}};
-  }
-
-  /// An answer, whatever the effort.
-  GateList first() {
-    const Effort unlimited;
-    Meter own(unlimited);
-    GateList list = quick_start(own);
-    for (std::uint64_t k = 0; k < own.steps(); ++k) meter_.step();
-    return list;
-  }
-
-  /// Where there are few networks, up to the best one's number of gates.
-  void look_at_all() {
-    if (meter_.ended()) return;
-    const SmallNetwork all = search_small_networks(
-        parities_, {.outputs = outputs_, .device = graph_}, meter_.bound().count, best_.count());
-    if (all.shortest) take(*all.shortest);
-    meter_.prove({all.least, layers_to_hold(all.least, n_)});
-  }
-
-  GateList quick_start(Meter& own) {
-    // The beam weighs all CNOTs at each step, the plain methods only some.
-    const bool small = beam_microseconds() < (graph_ != nullptr && n_ > 20 ? 0 : 2e5);
-    Network network;
-    if (small) {
-      const GrowthCost cost{costs_[0].decay, 0, -1};
-      const auto networks =
-          grow_networks(parities_, graph_, cost, {.width = 2, .noise = tie_noise}, rng_, own);
-      if (!networks.empty()) network = networks[0];
-    }
-    if (network.empty()) network = plain_network(parities_, graph_, rng_);
-    if (outputs_ == Outputs::left_open) return GateList(n_, network);
-    if (small) {
-      if (auto list = closed(network, n_, graph_, n_ <= 32 ? 10 : 1, rng_, own)) return *list;
-    }
-    return closed_plainly(network, n_, graph_, rng_);
-  }
-
-  /// In turns a beam of four times the width and a walk from what it has found that takes about as
-  /// long, or longer; where that is not the best of all, one from there too.
-  void search() {
-    const double narrow = beam_microseconds();
-    const int first = static_cast<int>(std::clamp(5e3 / narrow, 1.0, 2.0));
-    auto steps = static_cast<std::uint64_t>(std::clamp(first * narrow, 5e3, 1e18));
-    walk(found_, steps);
-    for (int width = first; !meter_.ended(); width = std::min(4 * width, widest())) {
-      const std::uint64_t before = meter_.steps();
-      const auto list = width == first ? grown_at_all_costs(width) : grown(width);
-      const auto spent = static_cast<double>(meter_.steps() - before) * walk_steps_of_state() *
-                         walks_to_beams(width);
-      steps = list ? static_cast<std::uint64_t>(spent) : 2 * steps;
-      if (!list || !walk(*list, steps)) walk(found_, steps);
-      if (swapping()) settle(steps / 4);
-      if (n_ < 4 && width > 30) break;  // there is nothing more to find
-    }
-  }
-
-  /// About what a beam of width 1 takes; a step of the walk takes one or less. Not measured, so
-  /// that the same is done everywhere.
-  double beam_microseconds() const {
-    const double terms = parities_.cols();
-    return 1 + 8e-6 * terms * terms * n_ * n_ * n_ * (graph_ == nullptr ? 1 : 4);
-  }
-
   /// About as many steps of the walk take as long as a state of the beam.
   double walk_steps_of_state() const {
     return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / 20000;
   }
-
-  /// On few wires a walk makes up for a narrow beam, on many what a wide one has left undone.
-  double walks_to_beams(int width) const {
-    if (graph_ != nullptr) return 1;
-    return n_ < 12 ? 16 : width < 200 ? 1 : 3;
+  double walks_to_beams() const {
+    if (task_.device != nullptr) return 1;
+    return n_ < tuning.few_wires  ? tuning.walks_on_few
+           : width_ < tuning.wide ? 1
+                                  : tuning.walks_after_wide;
   }
 
-  int widest() const {
-    const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
-    return static_cast<int>(std::clamp(1e9 / bytes, 10.0, 1e5));
+  /// Where there are few networks, all of fewer gates than the best one.
+  void search_small() {
+    const SmallNetwork all =
+        search_small_networks(parities_, task_, meter_.bound().count, incumbent_.size().count);
+    if (all.shortest) take(*all.shortest);
+    meter_.prove({all.least, layers_to_hold(all.least, n_)});
   }
 
-  /// The shortest of all costs, which then goes first.
-  std::optional<GateList> grown_at_all_costs(int width) {
-    std::vector<std::pair<int, GrowthCost>> ranked;
-    std::optional<GateList> best;
-    for (const GrowthCost& cost : costs_) {
-      const std::optional<GateList> list = grown(width, cost);
-      const int length = list ? rewriter_.length(*list) : std::numeric_limits<int>::max();
-      ranked.emplace_back(length, cost);
-      if (list && (!best || length < rewriter_.length(*best))) best = list;
-    }
-    std::ranges::stable_sort(ranked, {}, [](const auto& entry) { return entry.first; });
-    std::ranges::transform(ranked, costs_.begin(), [](const auto& entry) { return entry.second; });
-    return best;
-  }
-
-  /// By the first cost by which the beam comes to an end.
-  std::optional<GateList> grown(int width) {
-    for (const GrowthCost& cost : costs_) {
-      if (auto list = grown(width, cost)) return list;
-    }
-    return std::nullopt;
-  }
-
-  std::optional<GateList> grown(int width, const GrowthCost& cost) {
-    if (n_ > SteinerWeights::most_vertices) return std::nullopt;
-    const BeamOptions options{.width = width, .finishers = 10, .overtime = 5, .noise = tie_noise};
-    std::optional<GateList> best;
-    for (const Network& network : grow_networks(parities_, graph_, cost, options, rng_, meter_)) {
-      std::optional<GateList> list;
-      if (outputs_ == Outputs::left_open) {
-        list.emplace(n_, network);
-      } else {
-        list = closed(network, n_, graph_, std::clamp(width / 3, 1, 100), rng_, meter_);
-      }
-      if (list && (!best || rewriter_.length(*list) < rewriter_.length(*best))) best = list;
-    }
-    return best;
-  }
-
-  bool swapping() const { return walked_end() == ParityEnd::swaps; }
-
-  /// True when it has led to the best of all.
+  /// True when it has led to the shortest of all.
   bool walk(GateList list, std::uint64_t steps) {
-    walked(rewriter_, list, steps);
+    walk(list, rewriter_, steps);
     return take(list);
   }
-
-  /// Puts the outputs of the best circuit in their places, and walks on with them there.
-  void settle(std::uint64_t steps) {
+  /// Puts the outputs of the shortest circuit in their places, and walks on with them there.
+  void walk_in_place(std::uint64_t steps) {
     if (meter_.ended()) return;
-    GateList list = in_place(found_, rng_);
-    walked(settler_, list, steps);
+    GateList list = in_place(shortest_.circuit(), rng_);
+    walk(list, in_place_rewriter_, steps);
   }
-
-  /// Of equally short lists the one of fewest layers.
-  void walked(ParityRewriter& rewriter, GateList& list, std::uint64_t steps) {
+  void walk(GateList& list, ParityRewriter& rewriter, std::uint64_t steps) {
     rewriter.begin(list);
-    int depth = depth_of(list.gates, n_);
-    const Cooling cooling = graph_ == nullptr ? Cooling{0.3F, 0.003F} : Cooling{1.0F, 0.1F};
-    walk_round(list, rewriter, steps, cooling, rng_, meter_,
-               [&](const GateList& other, bool shorter) {
-                 const int its = depth_of(other.gates, n_);
-                 if (!shorter && its >= depth) return false;
-                 depth = its;
-                 offer(other, rewriter);
-                 return true;
-               });
+    const Cooling cooling = task_.device == nullptr ? tuning.cooling : tuning.cooling_on_device;
+    walk_to_shallow(list, rewriter, steps, cooling, rng_, meter_,
+                    [&](const GateList& other, const CircuitSize&) { offer(other, rewriter); });
     offer(list, rewriter);
   }
 
-  /// Keeps what is the shortest for the walk, and the answer that can be had from it. True when it
-  /// is the shortest.
+  /// True when it is the shortest for the walk; of equally short ones the latest is.
   bool take(const GateList& list) {
-    const bool shortest =
-        found_.gates.empty() || rewriter_.length(list) <= rewriter_.length(found_);
-    if (shortest) found_ = list;
+    const bool taken = shortest_.offer(list, {rewriter_.length(list), 0});
     offer(list, rewriter_);
-    return shortest;
+    return taken;
   }
 
-  /// What there is when the effort ends is only an answer where, had the search gone on, one as
-  /// good would have come of it: more effort is never worse.
+  /// A list, or what it becomes when its outputs are put in place: swaps are counted before as one
+  /// gate, but can take three, so that not the shortest lists alone are tried by depth.
   void offer(const GateList& list, const ParityRewriter& rewriter) {
-    const bool swaps = rewriter.end() == ParityEnd::swaps;
-    const bool first = best_.gates.empty();
-    if (!first && meter_.ended() && (swaps || by_depth_)) return;
-    if (!swaps) return answer(list);
-    if (first || by_depth_ || rewriter.length(list) < best_.count()) answer(in_place(list, rng_));
+    if (!rewriter.counts_swaps()) return offer(list, Origin::lowering_count);
+    if (!incumbent_.counts(Origin::derived)) return;
+    const bool may_be_better =
+        incumbent_.empty() || task_.by_depth() || rewriter.length(list) < incumbent_.size().count;
+    if (may_be_better) offer(in_place(list, rng_), Origin::derived);
   }
-
-  void answer(const GateList& list) {
-    const int depth = depth_of(list.gates, n_);
-    const auto key = [this](int count, int layers) {
-      return by_depth_ ? std::pair(layers, count) : std::pair(count, layers);
-    };
-    if (!best_.gates.empty() && key(list.count(), depth) >= key(best_.count(), depth_)) return;
-    assert(right(list));
-    best_ = list;
-    depth_ = depth;
-    meter_.better(best_.count(), depth_);
+  void offer(const GateList& list, Origin origin) {
+    assert(is_right(list));
+    incumbent_.offer(list, size_of(list), origin);
   }
 
   /// Whether every parity comes up, and outputs are where the list says or in their places.
-  bool right(const GateList& list) const {
+  bool is_right(const GateList& list) const {
     const std::vector<PhaseStep> steps = with_phases(list.gates, parities_);
-    if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities_.cols()))
+    if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities_.cols())) {
       return false;
-    if (outputs_ == Outputs::left_open) return true;
+    }
+    if (!task_.closes()) return true;
     const BitMatrix map = linear_map(steps, n_);
     for (int wire = 0; wire < n_; ++wire) {
       const int output = list.frame.output_on(wire);
-      if (outputs_ == Outputs::in_place && output != wire) return false;
+      if (task_.in_place() && output != wire) return false;
       if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
     }
     return true;
@@ -267,17 +164,13 @@ class ParitySearch {
 
   const BitMatrix& parities_;
   int n_;
-  const BitGraph* graph_;
-  Outputs outputs_;
-  bool by_depth_;
-  Rng rng_;
-  Meter meter_;
+  bool swapping_;  // outputs are put in place after the walk
   ParityRewriter rewriter_;
-  ParityRewriter settler_;
-  std::vector<GrowthCost> costs_;
-  GateList found_;  // the shortest for the walk
-  GateList best_;   // the answer
-  int depth_ = 0;
+  ParityRewriter in_place_rewriter_;
+  ParityGrowing growing_;
+  Smallest<GateList> shortest_;  // for the walk
+  int width_ = 0;                // of the last beam
+  std::uint64_t walk_steps_ = 0;
 };
 
 }  // namespace
@@ -285,7 +178,9 @@ class ParitySearch {
 ParitySearchResult search_parities(const BitMatrix& parities, const Task& task,
                                    const Effort& effort) {
   const BitMatrix made = parities_to_make(parities);
-  const GateList list = ParitySearch(made, task, effort).run();
+  ParitySearch search(made, task, effort);
+  run_search(search);
+  const GateList& list = search.incumbent().circuit();
   ParitySearchResult result{with_phases(list.gates, parities), {}};
   result.permutation =
       (task.outputs == Outputs::anywhere ? list.frame : WireFrame(list.wires())).permutation();

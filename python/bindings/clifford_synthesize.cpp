@@ -1,0 +1,77 @@
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "module.h"
+#include "operations.h"
+#include "synthesize.h"
+#include "zeltbraidwerk/clifford/internal/synthesize.h"
+#include "zeltbraidwerk/graph_state/synthesize.h"
+
+/// \file
+/// Circuits for Clifford operators, stabilizer states and graph states.
+namespace zelt::braidwerk::python {
+
+using internal::PauliFrame;
+using nb::literals::operator""_a;
+using synthesis::CliffordOptions;
+using synthesis::GraphStateOptions;
+using synthesis::StateOptions;
+using synthesis::SynthesisResult;
+
+namespace {
+
+using Found = std::tuple<SynthesisResult, Operations>;
+
+PauliFrame to_frame(const Letters& letters, const std::vector<bool>& minus) {
+  if (minus.size() != letters.shape(0)) raise_value_error("minus: wanted one per string");
+  PauliFrame frame = PauliFrame::pack(to_strings(letters), static_cast<int>(letters.shape(1)));
+  for (int r = 0; r < frame.rows(); ++r) frame.set_negative(r, minus[static_cast<std::size_t>(r)]);
+  return frame;
+}
+
+template <class Result>
+Found to_found(Result result) {
+  Operations operations = to_operations(result.gates);
+  return {std::move(result), std::move(operations)};
+}
+
+}  // namespace
+
+void bind_clifford_synthesize(nb::module_& m) {
+  m.def("_clifford_methods", &synthesis::clifford_methods, "on_device"_a);
+  m.def("_graph_state_methods", &synthesis::graph_state_methods, "on_device"_a);
+  m.def("_state_methods", &synthesis::state_methods, "on_device"_a);
+  m.def(
+      "_synthesize_clifford",
+      [](const Letters& letters, const std::vector<bool>& minus, const CommonOptions& common) {
+        const PauliFrame images = to_frame(letters, minus);
+        return to_found(synthesized(common, CliffordOptions{}, [&](const CliffordOptions& options) {
+          return internal::synthesize_clifford(images, options);
+        }));
+      },
+      "letters"_a, "minus"_a, "options"_a,
+      "The letters are images of X, then of Z, on all qubits.");
+  m.def(
+      "_synthesize_state",
+      [](const Letters& letters, const std::vector<bool>& minus, const CommonOptions& common) {
+        const PauliFrame stabilisers = to_frame(letters, minus);
+        return to_found(synthesized(common, StateOptions{}, [&](const StateOptions& options) {
+          return internal::synthesize_state(stabilisers, options);
+        }));
+      },
+      "letters"_a, "minus"_a, "options"_a);
+  m.def(
+      "_synthesize_graph_state",
+      [](const ArrayLike& graph, const CommonOptions& common, std::optional<int> tries) {
+        const BoolMatrix bits = to_bits(graph, "graph").unpack();
+        GraphStateOptions own;
+        own.tries = tries;
+        return to_found(synthesized(common, own, [&](const GraphStateOptions& options) {
+          return synthesis::synthesize_graph_state(bits, options);
+        }));
+      },
+      "graph"_a, "options"_a, "tries"_a.none());
+}
+
+}  // namespace zelt::braidwerk::python

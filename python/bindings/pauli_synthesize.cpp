@@ -1,0 +1,38 @@
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "module.h"
+#include "operations.h"
+#include "synthesize.h"
+#include "zeltbraidwerk/pauli/synthesize.h"
+
+namespace zelt::braidwerk::python {
+
+using nb::literals::operator""_a;
+using synthesis::PauliOptions;
+using synthesis::PauliResult;
+using synthesis::SynthesisResult;
+
+void bind_pauli_synthesize(nb::module_& m) {
+  m.def("_pauli_methods", &synthesis::pauli_methods, "on_device"_a);
+  m.def(
+      "_synthesize_pauli",
+      [](const Letters& letters, const CommonOptions& common,
+         bool in_order) -> std::tuple<SynthesisResult, Operations, bool> {
+        const PauliTable table = to_strings(letters);
+        const auto qubits = static_cast<int>(letters.shape(1));
+        // The angles stay in Python: a rotation comes back as its row and its sign.
+        const std::vector<structures::Parameter> units(table.size(), 1.0);
+        PauliOptions own;
+        own.in_order = in_order;
+        PauliResult result = synthesized(common, own, [&](const PauliOptions& options) {
+          return synthesis::synthesize_pauli(qubits, table, units, options);
+        });
+        Operations operations = to_operations(result.gates, result.rows);
+        return {std::move(result), std::move(operations), result.in_order};
+      },
+      "letters"_a, "options"_a, "in_order"_a);
+}
+
+}  // namespace zelt::braidwerk::python

@@ -1,0 +1,186 @@
+#include "zeltbraidwerk/clifford/synthesize.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/internal/synthesize.h"
+#include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/clifford/search/internal/starts.h"
+#include "zeltbraidwerk/clifford/search/internal/state_search.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/runs.h"
+
+namespace zelt::braidwerk::internal {
+
+using synthesis::SynthesisOptions;
+
+namespace {
+
+std::optional<MadeCircuit> sized(CliffordCircuit found, int n) {
+  const CircuitSize size = size_of(found.gates, n);
+  return made_circuit(size, std::move(found));
+}
+
+void check_operator_options(const SynthesisOptions& options) {
+  check_effort(options);
+  const bool on_device = options.device != nullptr;
+  check_method(options.method, synthesis::clifford_methods(on_device), on_device);
+  check_search_options(options, {"auto", "search"});
+  if (options.outputs != Outputs::in_place && options.outputs != Outputs::anywhere) {
+    throw std::invalid_argument("outputs: got another value, wanted in_place or anywhere");
+  }
+}
+
+/// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
+/// least.
+std::uint64_t usual_state_steps(int n) {
+  const auto size = static_cast<std::uint64_t>(n);
+  const std::uint64_t area = size * size;
+  return std::min<std::uint64_t>(50'000,
+                                 std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+}
+
+}  // namespace
+
+synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
+                                              const synthesis::CliffordOptions& options) {
+  check_operator_options(options);
+  if (!are_images_of_operator(images)) {
+    throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
+  }
+  const int n = images.qubits();
+  RunControl control(options.budget);
+  std::optional<BitGraph> device;
+  if (options.device != nullptr) {
+    device.emplace(*options.device);
+    require_connected(*device, n);
+  }
+  std::vector<Lane> lanes;
+  if (options.method != "search" && !device) {
+    lanes.push_back({.method = "elimination",
+                     .runs = 1,
+                     .make =
+                         [&](int) {
+                           return sized(
+                               to_circuit(eliminated_list(images, options.outputs), images), n);
+                         },
+                     .draws = false,
+                     .brief = true});
+  }
+  if (options.method != "elimination") {
+    lanes.push_back({.method = "search",
+                     .runs = runs_of_search(options),
+                     .make =
+                         [&](int run) {
+                           const Task task{.objective = options.objective,
+                                           .outputs = options.outputs,
+                                           .device = device ? &*device : nullptr,
+                                           .seed = options.seed,
+                                           .stream = static_cast<std::uint64_t>(run)};
+                           const Effort effort = control.effort(steps_of_search(options));
+                           return sized(search_clifford(images, task, effort).circuit, n);
+                         },
+                     .proves = true});
+  }
+  BestRun best = best_of_runs(lanes, options, control);
+  auto& found = best.as<CliffordCircuit>();
+  synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
+  result.permutation = std::move(found.wires);
+  return result;
+}
+
+void check_state_options(const SynthesisOptions& options) {
+  if (options.device != nullptr) {
+    throw std::invalid_argument("device: got one, wanted none for states");
+  }
+  if (options.outputs != Outputs::in_place) {
+    throw std::invalid_argument("outputs: got another value, wanted in_place for states");
+  }
+}
+
+Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& options,
+                       RunControl& control) {
+  std::optional<std::uint64_t> steps = options.steps;
+  if (!steps && !options.budget) steps = usual_state_steps(stabilisers.qubits());
+  return {.method = "search",
+          .runs = runs_of_search(options),
+          .make =
+              [&, steps](int run) {
+                const Task task{.objective = options.objective,
+                                .seed = options.seed,
+                                .stream = static_cast<std::uint64_t>(run)};
+                StateResult found = search_state(stabilisers, task, control.effort(steps));
+                const CircuitSize size{found.count, found.depth};
+                return std::optional(made_circuit(size, std::move(found.gates)));
+              },
+          .proves = true};
+}
+
+synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
+                                        const synthesis::StateOptions& options) {
+  check_effort(options);
+  check_method(options.method, synthesis::state_methods(), false);
+  check_state_options(options);
+  if (!stabilise_a_state(stabilisers)) {
+    throw std::invalid_argument(
+        "stabilisers: got strings that do not commute or are not independent, wanted one per qubit "
+        "that are");
+  }
+  RunControl control(options.budget);
+  BestRun best = best_of_runs({state_search_lane(stabilisers, options, control)}, options, control);
+  auto& gates = best.as<std::vector<structures::Gate>>();
+  synthesis::StateResult result{std::move(best.result), std::move(gates)};
+  result.permutation = in_order(stabilisers.qubits());
+  return result;
+}
+
+}  // namespace zelt::braidwerk::internal
+
+namespace synthesis {
+
+using zelt::braidwerk::internal::PauliFrame;
+
+std::vector<std::string> clifford_methods(bool on_device) {
+  if (on_device) return {"auto", "search"};
+  return {"auto", "search", "elimination"};
+}
+
+CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
+                                   const CliffordOptions& options) {
+  return zelt::braidwerk::internal::synthesize_clifford(
+      zelt::braidwerk::internal::images_under(tableau), options);
+}
+
+std::vector<std::string> state_methods(bool on_device) {
+  if (on_device) return {};
+  return {"auto", "search"};
+}
+
+StateResult synthesize_state(const structures::OperatorTableau& tableau,
+                             const StateOptions& options) {
+  std::vector<int> images_of_z(static_cast<std::size_t>(tableau.nbqbits));
+  std::iota(images_of_z.begin(), images_of_z.end(), tableau.nbqbits);
+  const PauliFrame images = zelt::braidwerk::internal::images_under(tableau);
+  return zelt::braidwerk::internal::synthesize_state(images.select(images_of_z), options);
+}
+
+StateResult synthesize_state(const std::vector<std::vector<unsigned char>>& stabilisers,
+                             const std::vector<bool>& minus, const StateOptions& options) {
+  const auto n = stabilisers.size();
+  const bool square = std::ranges::all_of(stabilisers, [&](const auto& string) {
+    return string.size() == n && std::ranges::all_of(string, [](int code) { return code <= 3; });
+  });
+  if (!square || minus.size() != n) {
+    throw std::invalid_argument("stabilisers: got others, wanted " + std::to_string(n) +
+                                " strings of as many codes 0 to 3, and as many signs");
+  }
+  PauliFrame frame = PauliFrame::pack(stabilisers, static_cast<int>(n));
+  for (int r = 0; r < frame.rows(); ++r) frame.set_negative(r, minus[static_cast<std::size_t>(r)]);
+  return zelt::braidwerk::internal::synthesize_state(frame, options);
+}
+
+}  // namespace synthesis

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/operator_tableau.h"
+#include "zeltbraidwerk/search/synthesis_options.h"
+
+namespace synthesis {
+
+struct CliffordOptions : SynthesisOptions {};
+
+/// Gates are "CNOT", "H", "S", "RX" by pi/2, "X", "Y" and "Z".
+struct CliffordResult : SynthesisResult {
+  std::vector<structures::Gate> gates;
+};
+
+/// The methods, without a device or on one; "auto" is the first.
+ZELTBRAIDWERK_EXPORT std::vector<std::string> clifford_methods(bool on_device = false);
+
+/// A circuit that acts on every Pauli operator as the tableau does, signs included: the operator up
+/// to a global phase. Outputs are in place or anywhere. On up to four qubits without a device no
+/// circuit has fewer CNOTs.
+///
+/// "elimination" is a plain greedy one, in a moment; "search" is the search engine; "auto" takes
+/// the better. That the tableau is one of a Clifford operator is not checked: the circuit of
+/// another one acts otherwise. Throws std::invalid_argument for options that do not fit.
+///
+/// Memory: tables of 45 MB for the process, built in a second or two when they are first used.
+ZELTBRAIDWERK_EXPORT CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
+                                                        const CliffordOptions& options = {});
+
+struct StateOptions : SynthesisOptions {};
+
+struct StateResult : SynthesisResult {
+  std::vector<structures::Gate> gates;  ///< as of CliffordResult
+};
+
+/// The methods; "auto" is the first. None on a device.
+ZELTBRAIDWERK_EXPORT std::vector<std::string> state_methods(bool on_device = false);
+
+/// A circuit that turns all qubits, being 0, into a stabilizer state, up to a global phase. It
+/// takes about a quarter of the gates of an operator. There are no devices; outputs are in place.
+///
+/// The state is the one that the operator makes of zeros; or that of stabilisers, one string of
+/// codes per qubit (0 = I, 1 = X, 2 = Y, 3 = Z), with `minus[k]` for the sign of string k. Throws
+/// std::invalid_argument for strings that are no stabilisers of one state, and for options that do
+/// not fit.
+ZELTBRAIDWERK_EXPORT StateResult synthesize_state(const structures::OperatorTableau& tableau,
+                                                  const StateOptions& options = {});
+ZELTBRAIDWERK_EXPORT StateResult
+synthesize_state(const std::vector<std::vector<unsigned char>>& stabilisers,
+                 const std::vector<bool>& minus, const StateOptions& options = {});
+
+}  // namespace synthesis

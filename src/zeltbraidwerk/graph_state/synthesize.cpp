@@ -1,0 +1,167 @@
+#include "zeltbraidwerk/graph_state/synthesize.h"
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "zeltbraidwerk/clifford/internal/synthesize.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/draw.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/graph_state/graph_state.h"
+#include "zeltbraidwerk/graph_state/internal/synthesis.h"
+#include "zeltbraidwerk/search/internal/runs.h"
+
+namespace synthesis {
+
+using namespace zelt::braidwerk::internal;
+using structures::Gate;
+
+namespace {
+
+constexpr int default_runs = 10;
+constexpr int default_tries = 100;
+
+/// X on a vertex, or Y where it has a loop, and Z on its neighbours.
+PauliFrame stabilisers_of(const BitMatrix& graph) {
+  const int n = graph.rows();
+  PauliFrame stabilisers(n, n);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      if (graph.get(i, j)) stabilisers.set_letter(i, j, i == j ? 2 : 3);
+    }
+    if (!graph.get(i, i)) stabilisers.set_letter(i, i, 1);
+  }
+  return stabilisers;
+}
+
+/// A circuit that prepares a graph state, from the gates that take the graph apart: these backward,
+/// after H on every qubit. They leave signs at random. A Z on a qubit turns the sign of its
+/// stabiliser.
+std::vector<Gate> preparation(const BitMatrix& graph, const std::vector<Gate>& apart) {
+  PauliFrame stabilisers = stabilisers_of(graph);
+  for (const Gate& gate : apart) stabilisers.apply(gate);
+  std::vector<Gate> gates;
+  for (int q = 0; q < graph.rows(); ++q) gates.push_back(Gate::H(q));
+  for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
+    gates.push_back(*gate);
+    for (auto& angle : gates.back().params) angle = angle.flip_sign();
+  }
+  for (int q = 0; q < graph.rows(); ++q) {
+    if (stabilisers.is_negative(q)) gates.emplace_back("Z", std::vector{q});
+  }
+  return gates;
+}
+
+/// One CZ per edge, and an S per loop.
+std::vector<Gate> apart_by_edges(const BitMatrix& graph) {
+  std::vector<Gate> gates = naive_gs_synthesis(graph.unpack());
+  gates.resize(gates.size() - static_cast<std::size_t>(graph.rows()));  // without the H at the end
+  return gates;
+}
+
+BitMatrix renumbered(const BitMatrix& graph, const std::vector<int>& order) {
+  BitMatrix result(graph.rows(), graph.rows());
+  for (int i = 0; i < graph.rows(); ++i) {
+    for (int j = 0; j < graph.rows(); ++j) {
+      result.set(i, j,
+                 graph.get(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(j)]));
+    }
+  }
+  return result;
+}
+
+/// Run 0 takes the qubits in their order, later ones in one that they draw.
+std::vector<Gate> apart_by_decoding(const BitMatrix& graph, int tries, std::uint64_t seed, int run,
+                                    const Control& control) {
+  SeededDraw engine(seed, static_cast<std::uint32_t>(run));
+  const Draw draw = std::ref(engine);
+  std::vector<int> order = shuffled(graph.rows(), draw);
+  if (run == 0) std::ranges::sort(order);
+  TripleCircuit circuit;
+  synthesise_graph_state(renumbered(graph, order), circuit, tries, draw, control);
+  std::vector<Gate> gates;
+  for (const auto& [code, first, second] : circuit) {
+    const int a = order[static_cast<std::size_t>(first)];
+    const int b = order[static_cast<std::size_t>(second)];
+    gates.push_back(code == 0 ? Gate::S(a) : code == 1 ? Gate::CZ(a, b) : Gate::CNOT(a, b));
+  }
+  return gates;
+}
+
+std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
+  const CircuitSize size = size_of(gates, n);
+  return made_circuit(size, std::move(gates));
+}
+
+BitMatrix checked(const BoolMatrix& graph) {
+  const auto n = static_cast<int>(graph.size());
+  const bool square = std::ranges::all_of(
+      graph, [&](const BoolRow& row) { return static_cast<int>(row.size()) == n; });
+  const BitMatrix bits = square ? BitMatrix::pack(graph, n, n) : BitMatrix(0, 1);
+  if (!square || bits != bits.transposed()) {
+    throw std::invalid_argument("graph: got a matrix that is not symmetric, wanted one that is");
+  }
+  return bits;
+}
+
+void check_options(const GraphStateOptions& options) {
+  check_effort(options);
+  check_method(options.method, graph_state_methods(), false);
+  const std::vector<std::string> long_ones{"auto", "decoding", "search"};
+  check_options_of(options.method, {{"tries", options.tries.has_value(), {"decoding"}},
+                                    {"restarts", options.restarts.has_value(), long_ones},
+                                    {"budget", options.budget.has_value(), long_ones},
+                                    {"steps", options.steps.has_value(), {"auto", "search"}}});
+  if (options.tries.value_or(0) < 0) {
+    throw std::invalid_argument("tries: got " + std::to_string(*options.tries) +
+                                ", wanted at least 0");
+  }
+  check_state_options(options);
+}
+
+}  // namespace
+
+std::vector<std::string> graph_state_methods(bool on_device) {
+  if (on_device) return {};
+  return {"auto", "naive", "decoding", "search"};
+}
+
+GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStateOptions& options) {
+  const BitMatrix bits = checked(graph);
+  check_options(options);
+  const int n = bits.rows();
+  RunControl control(options.budget);
+  const PauliFrame stabilisers = stabilisers_of(bits);
+  std::vector<Lane> lanes;
+  if (options.method == "auto" || options.method == "naive") {
+    lanes.push_back({.method = "naive",
+                     .runs = 1,
+                     .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
+                     .draws = false,
+                     .brief = true});
+  }
+  if (options.method == "decoding") {
+    const bool usual = !options.restarts && !options.budget;
+    lanes.push_back({.method = "decoding",
+                     .runs = usual ? default_runs : options.restarts,
+                     .make = [&](int run) {
+                       const int tries = options.tries.value_or(default_tries);
+                       return sized(preparation(bits, apart_by_decoding(bits, tries, options.seed,
+                                                                        run, control.control(n))),
+                                    n);
+                     }});
+  }
+  if (options.method == "auto" || options.method == "search") {
+    lanes.push_back(state_search_lane(stabilisers, options, control));
+  }
+  BestRun best = best_of_runs(lanes, options, control);
+  auto& gates = best.as<std::vector<Gate>>();
+  GraphStateResult result{std::move(best.result), std::move(gates)};
+  result.permutation = in_order(n);
+  return result;
+}
+
+}  // namespace synthesis

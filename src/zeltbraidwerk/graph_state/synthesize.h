@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/boolean_matrix.h"
+#include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/search/synthesis_options.h"
+
+namespace synthesis {
+
+struct GraphStateOptions : SynthesisOptions {
+  std::optional<int> tries;  ///< random restarts of each step of "decoding"; 100 where not given
+};
+
+struct GraphStateResult : SynthesisResult {
+  std::vector<structures::Gate> gates;
+};
+
+/// The methods; "auto" is the first. None on a device.
+ZELTBRAIDWERK_EXPORT std::vector<std::string> graph_state_methods(bool on_device = false);
+
+/// A circuit of "CNOT", "CSIGN" and gates on one qubit that prepares a graph state from all qubits
+/// 0: every qubit in the state plus, then a CZ on every edge. A one on the diagonal of the
+/// symmetric matrix is an S on that qubit. There are no devices; outputs are in place.
+///
+/// "naive" takes one CZ per edge; "decoding" attaches vertex after vertex by few gates, found by
+/// syndrome decoding; "search" begins with one gate per edge and gets better for as long as it may
+/// go on; "auto" takes the better of "naive" and "search". Throws std::invalid_argument for a
+/// matrix that is not symmetric, and for options that do not fit.
+ZELTBRAIDWERK_EXPORT GraphStateResult synthesize_graph_state(const BoolMatrix& graph,
+                                                             const GraphStateOptions& options = {});
+
+}  // namespace synthesis

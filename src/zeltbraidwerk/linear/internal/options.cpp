@@ -1,0 +1,95 @@
+#include "zeltbraidwerk/linear/internal/options.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "zeltbraidwerk/search/internal/options.h"
+#include "zeltbraidwerk/search/internal/task.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+std::vector<std::string> takers(bool LinearMethod::* takes, bool on_device) {
+  std::vector<std::string> names;
+  for (const LinearMethod& method : linear_method_table()) {
+    if (method.*takes) names.emplace_back(method.name);
+  }
+  if (on_device) names.back() += " without a device";
+  return names;
+}
+
+void check_range(const char* name, std::optional<int> value, int most) {
+  if (!value || (*value >= 1 && *value <= most)) return;
+  throw std::invalid_argument(std::string(name) + ": got " + std::to_string(*value) +
+                              ", wanted 1 to " + std::to_string(most));
+}
+
+/// To three digits.
+std::string shown(double value) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.3g", value);
+  return text.data();
+}
+
+void check_memory(const LinearMethod& method, int n, const LinearMethodOptions& options) {
+  if (n > method.most_qubits) {
+    throw synthesis::TooLargeError("matrix: got " + std::to_string(n) + " qubits, wanted at most " +
+                                   std::to_string(method.most_qubits) + " for '" +
+                                   std::string(method.name) + "'");
+  }
+  if (method.memory == nullptr) return;
+  const double there =
+      static_cast<double>(sysconf(_SC_PAGE_SIZE)) * static_cast<double>(sysconf(_SC_PHYS_PAGES));
+  const double needed = method.memory(n, options);
+  const double states = std::pow(options.width, options.lookahead);
+  if (needed <= there / 2 && states < 0x1p31) return;
+  throw synthesis::TooLargeError("width, lookahead: got " + std::to_string(options.width) +
+                                 " and " + std::to_string(options.lookahead) +
+                                 ", which would take " + shown(states) + " states and " +
+                                 shown(needed / 1e9) + " GB of " + shown(there / 1e9) + " GB");
+}
+
+}  // namespace
+
+LinearMethodOptions method_options(const synthesis::LinearOptions& options) {
+  return {options.section, options.width.value_or(1), options.lookahead.value_or(1)};
+}
+
+void check_options(const synthesis::LinearOptions& options, int n) {
+  check_effort(options);
+  const bool on_device = options.device != nullptr;
+  check_method(options.method, synthesis::linear_methods(on_device), on_device);
+  const bool reach = options.outputs == Outputs::within_reach;
+  check_options_of(
+      options.method,
+      {{"section", options.section.has_value(), takers(&LinearMethod::takes_section, on_device)},
+       {"width", options.width.has_value(), takers(&LinearMethod::takes_beam, on_device)},
+       {"lookahead", options.lookahead.has_value(), takers(&LinearMethod::takes_beam, on_device)},
+       {"steps", options.steps.has_value(), {"auto", "search"}},
+       {"reach", reach, {on_device ? "search" : "search on a device"}}});
+  if (options.outputs == Outputs::left_open) {
+    throw std::invalid_argument(
+        "outputs: got left_open, wanted in_place, within_reach or anywhere");
+  }
+  if (options.reach < 0) {
+    throw std::invalid_argument("reach: got " + std::to_string(options.reach) +
+                                ", wanted at least 0");
+  }
+  check_range("section", options.section, 30);
+  check_range("width", options.width, std::numeric_limits<int>::max());
+  check_range("lookahead", options.lookahead, 64);
+  if (const LinearMethod* method = on_device ? nullptr : linear_method(options.method)) {
+    check_memory(*method, n, method_options(options));
+  }
+}
+
+}  // namespace zelt::braidwerk::internal

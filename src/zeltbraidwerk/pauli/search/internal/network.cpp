@@ -1,0 +1,50 @@
+#include "zeltbraidwerk/pauli/search/internal/network.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <utility>
+
+namespace zelt::braidwerk::internal {
+
+Network network_of(std::vector<NetworkEvent> events, std::vector<int> wires, bool closes) {
+  Network network{std::move(events), std::move(wires), 0, {}};
+  while (!closes && !network.events.empty() && network.events.back().row < 0) {
+    network.events.pop_back();
+  }
+  for (const NetworkEvent& event : network.events) {
+    if (event.row < 0) {
+      ++network.size.count;
+    } else {
+      network.open = network.size.count;
+    }
+  }
+  network.size.depth = depth_of(network.events, static_cast<int>(network.wires.size()));
+  return network;
+}
+
+std::vector<int> own_wires(int qubits) {
+  std::vector<int> wires(static_cast<std::size_t>(qubits));
+  std::iota(wires.begin(), wires.end(), 0);
+  return wires;
+}
+
+int gates_of(const std::vector<NetworkEvent>& events) {
+  return static_cast<int>(
+      std::ranges::count_if(events, [](const NetworkEvent& event) { return event.row < 0; }));
+}
+
+int depth_of(const std::vector<NetworkEvent>& events, int qubits) {
+  std::vector<int> levels(static_cast<std::size_t>(qubits));
+  int depth = 0;
+  for (const NetworkEvent& event : events) {
+    if (event.row >= 0) continue;
+    int& a = levels[static_cast<std::size_t>(wire_of(event.gate.a))];
+    int& b = levels[static_cast<std::size_t>(wire_of(event.gate.b))];
+    a = b = std::max(a, b) + 1;
+    depth = std::max(depth, a);
+  }
+  return depth;
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+#include "zeltbraidwerk/search/internal/task.h"
+#include "zeltbraidwerk/search/internal/window.h"
+
+namespace zelt::braidwerk::internal {
+
+struct NetworkTask : Task {
+  bool in_order = false;  ///< rotations that anticommute keep their order; otherwise any is right
+};
+
+/// What comes next in a network: a gate, or a rotation about the label of one end.
+struct NetworkEvent {
+  Gate gate;     // of a rotation, both ends are the same
+  int row = -1;  // of a rotation, in the frame that the list was made of
+};
+
+/// A way to serve all rotations.
+struct Network {
+  std::vector<NetworkEvent> events;
+  std::vector<int> wires;  // where each qubit stands at the end
+  int open = 0;            // gates before the last rotation
+  CircuitSize size;
+};
+
+/// The network of these events; where it is not closed, without the gates after the last rotation.
+Network network_of(std::vector<NetworkEvent> events, std::vector<int> wires, bool closes);
+
+/// Every qubit on its own wire.
+std::vector<int> own_wires(int qubits);
+
+/// Gates among the events, and the layers that they fill.
+int gates_of(const std::vector<NetworkEvent>& events);
+int depth_of(const std::vector<NetworkEvent>& events, int qubits);
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,189 @@
+#include "zeltbraidwerk/pauli/synthesize.h"
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <utility>
+
+#include "zeltbraidwerk/pauli/internal/methods.h"
+#include "zeltbraidwerk/pauli/search/internal/network_search.h"
+#include "zeltbraidwerk/search/internal/runs.h"
+
+namespace zelt::braidwerk::internal {
+
+using synthesis::PauliOptions;
+using synthesis::PauliResult;
+
+namespace {
+
+constexpr std::uint64_t auto_steps = 30'000;  // of the search within "auto"
+constexpr long run_letters = 600'000;         // letters of all strings, over all runs of a method
+
+struct AutoMethod {
+  const char* name;
+  bool in_order;
+  int runs;  // names of the qubits to try, fewer on long lists
+};
+// What "auto" runs beside the search. Layers in the order given often beat an order of the method's
+// own.
+constexpr AutoMethod auto_free[] = {
+    {"ladder", true, 1},        {"greedy", true, 2},     {"greedy_depth", true, 2},
+    {"sets_closed", true, 2},   {"recursive", false, 2}, {"greedy", false, 4},
+    {"greedy_depth", false, 4}, {"sets", false, 2},      {"sets_closed", false, 2}};
+constexpr AutoMethod auto_in_order[] = {{"greedy", true, 2}, {"greedy_depth", true, 2},
+                                        {"ladder", true, 1}, {"recursive", true, 2},
+                                        {"sets", true, 2},   {"sets_closed", true, 2}};
+
+/// One call: from options to lanes of runs, and from the best run to a result.
+class PauliCall {
+ public:
+  PauliCall(PauliFrame rows, const PauliOptions& options)
+      : table_(std::move(rows)), options_(options), control_(options.budget) {
+    check();
+    if (options.device == nullptr) return;
+    edges_.emplace(*options.device);
+    require_connected(*edges_, table_.frame.qubits());
+    device_.emplace(*options.device);
+    device_->set_shortest_paths();
+  }
+
+  PauliResult run(const std::vector<structures::Parameter>& params) {
+    BestRun best = best_of_runs(lanes(), options_, control_);
+    auto& network = best.as<PauliNetwork>();
+    PauliResult result{std::move(best.result), std::move(network.gates), {}, network.in_order};
+    result.permutation = std::move(network.wires);
+    for (structures::Gate& gate : result.gates) {
+      const LabelledRow label = labelled_row(gate);
+      result.rows.push_back(label.row);
+      if (label.row < 0) continue;
+      const structures::Parameter& angle = params[static_cast<std::size_t>(label.row)];
+      gate.params[0] = label.negative ? angle.flip_sign() : angle;
+    }
+    return result;
+  }
+
+ private:
+  bool within_auto() const { return options_.method == "auto"; }
+
+  void check() const {
+    check_effort(options_);
+    const bool on_device = options_.device != nullptr;
+    std::vector<std::string> known = synthesis::pauli_methods(on_device);
+    check_method(options_.method, known, on_device);
+    std::erase(known, "ladder");  // each of its runs would be the same
+    check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}},
+                                       {"restarts", options_.restarts.has_value(), known}});
+    if (options_.outputs == Outputs::within_reach) {
+      throw std::invalid_argument(
+          "outputs: got within_reach, wanted in_place, anywhere or left_open");
+    }
+    if (on_device && options_.outputs == Outputs::anywhere) {
+      throw std::invalid_argument(
+          "outputs: got anywhere, wanted in_place or left_open on a device");
+    }
+  }
+
+  std::vector<Lane> lanes() {
+    std::vector<Lane> lanes;
+    if (within_auto() && device_) {
+      lanes.push_back(lane("sets", options_.in_order, runs(1)));
+    } else if (within_auto()) {
+      const std::span<const AutoMethod> chosen = options_.in_order
+                                                     ? std::span<const AutoMethod>(auto_in_order)
+                                                     : std::span<const AutoMethod>(auto_free);
+      for (const auto& [name, in_order, wished] : chosen) {
+        lanes.push_back(lane(name, in_order, runs(wished)));
+      }
+    } else if (options_.method != "search") {
+      const bool endless = options_.budget && !options_.restarts;
+      lanes.push_back(lane(options_.method, options_.in_order,
+                           endless ? std::nullopt : std::optional(runs(1))));
+    }
+    if (within_auto() || options_.method == "search") lanes.push_back(search_lane());
+    return lanes;
+  }
+
+  int runs(int wished) const {
+    if (options_.restarts) return *options_.restarts;
+    const long letters = static_cast<long>(table_.frame.rows()) * table_.frame.qubits();
+    return static_cast<int>(std::clamp(run_letters / std::max(letters, 1L), 1L, long{wished}));
+  }
+
+  Lane lane(const std::string& name, bool in_order, std::optional<int> runs) {
+    const PauliRuns made{
+        *pauli_method(name),         table_,           in_order,
+        options_.objective,          options_.outputs, device_ ? &*device_ : nullptr,
+        edges_ ? &*edges_ : nullptr, options_.seed};
+    return {.method = name, .runs = runs, .make = [this, made](int run) {
+              return sized(made.make(run));
+            }};
+  }
+
+  Lane search_lane() {
+    std::optional<std::uint64_t> steps = steps_of_search(options_);
+    if (within_auto() && !options_.steps && steps) {
+      steps = options_.restarts ? auto_steps / 10 : auto_steps;
+    }
+    return {.method = "search",
+            .runs = runs_of_search(options_),
+            .make =
+                [this, steps](int run) {
+                  NetworkTask task;
+                  task.objective = options_.objective;
+                  task.outputs = options_.outputs;
+                  task.device = edges_ ? &*edges_ : nullptr;
+                  task.seed = options_.seed;
+                  task.stream = static_cast<std::uint64_t>(run);
+                  task.in_order = options_.in_order;
+                  NetworkResult found =
+                      search_network({table_.frame, table_.labels}, task, control_.effort(steps));
+                  return sized({std::move(found.gates), std::move(found.wires), options_.in_order});
+                },
+            .proves = true};
+  }
+
+  std::optional<MadeCircuit> sized(PauliNetwork network) const {
+    const CircuitSize size = size_of(network.gates, table_.frame.qubits());
+    return made_circuit(size, std::move(network));
+  }
+
+  const LabelledTable table_;
+  const PauliOptions& options_;
+  RunControl control_;
+  std::optional<BitGraph> edges_;
+  std::optional<structures::Graph> device_;
+};
+
+}  // namespace
+}  // namespace zelt::braidwerk::internal
+
+namespace synthesis {
+
+using namespace zelt::braidwerk::internal;
+
+std::vector<std::string> pauli_methods(bool on_device) {
+  if (on_device) return {"auto", "sets", "search"};
+  std::vector<std::string> names{"auto"};
+  for (const PauliMethod& method : pauli_method_table()) names.emplace_back(method.name);
+  names.emplace_back("search");
+  return names;
+}
+
+PauliResult synthesize_pauli(int n, const PauliTable& table,
+                             const std::vector<structures::Parameter>& params,
+                             const PauliOptions& options) {
+  if (n < 0) throw std::invalid_argument("n: got " + std::to_string(n) + ", wanted at least 0");
+  if (params.size() != table.size()) {
+    throw std::invalid_argument("params: got " + std::to_string(params.size()) +
+                                " angles, wanted " + std::to_string(table.size()));
+  }
+  for (const auto& row : table) {
+    if (static_cast<int>(row.size()) == n) continue;
+    throw std::invalid_argument("table: got a row of " + std::to_string(row.size()) +
+                                " letters, wanted " + std::to_string(n));
+  }
+  return PauliCall(PauliFrame::pack(table, n), options).run(params);
+}
+
+}  // namespace synthesis

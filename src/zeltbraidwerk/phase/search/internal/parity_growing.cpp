@@ -1,0 +1,114 @@
+#include "zeltbraidwerk/phase/search/internal/parity_growing.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "zeltbraidwerk/phase/search/internal/parity_start.h"
+#include "zeltbraidwerk/phase/search/internal/tuning.h"
+
+namespace zelt::braidwerk::internal {
+
+namespace {
+
+/// The fewer wires there are, the more light parities count. The first costs are the best for
+/// random sets of 8 n to 10 n parities.
+std::vector<GrowthCost> costs_to_try(int n, bool on_device) {
+  if (on_device) return {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}};
+  constexpr const GrowthTuning& tuning = growth_tuning;
+  const double decay =
+      std::clamp(1 - tuning.decay_wires / std::max(n, 1), tuning.least_decay, tuning.most_decay);
+  const double share = n < tuning.few_wires ? tuning.share_on_few : tuning.share;
+  const double exponent = n < tuning.few_wires ? 0.0 : n < tuning.medium_wires ? -0.5 : -1.0;
+  return {{decay, share, exponent},
+          {decay, 0, exponent},
+          {decay + tuning.flatter, share, exponent},
+          {decay - tuning.steeper, share, exponent}};
+}
+
+}  // namespace
+
+ParityGrowing::ParityGrowing(const BitMatrix& parities, const Task& task,
+                             const ParityRewriter& rewriter, Rng& rng)
+    : parities_(parities),
+      n_(parities.rows()),
+      task_(task),
+      rewriter_(rewriter),
+      rng_(rng),
+      costs_(costs_to_try(n_, task.device != nullptr)) {}
+
+GateList ParityGrowing::quick(Meter& meter) {
+  // The beam weighs all CNOTs at each step, the plain methods only some.
+  constexpr const ParityTuning& tuning = parity_tuning;
+  const bool slow = task_.device != nullptr && n_ > tuning.quick_wires_on_device;
+  const bool small = !slow && beam_microseconds() < tuning.quick_microseconds;
+  Network network;
+  if (small) {
+    const GrowthCost cost{costs_[0].decay, 0, -1};
+    const BeamOptions options{.width = tuning.quick_width, .noise = growth_tuning.tie_noise};
+    const auto networks = grow_networks(parities_, task_.device, cost, options, rng_, meter);
+    if (!networks.empty()) network = networks[0];
+  }
+  if (network.empty()) network = plain_network(parities_, task_.device, rng_);
+  if (!task_.closes()) return {n_, network};
+  if (small) {
+    const int width = n_ <= tuning.quick_closing_wires ? tuning.quick_closing_width : 1;
+    if (auto list = closed(network, n_, task_.device, width, rng_, meter)) return *list;
+  }
+  return closed_plainly(network, n_, task_.device, rng_);
+}
+
+double ParityGrowing::beam_microseconds() const {
+  const double terms = parities_.cols();
+  return 1 + 8e-6 * terms * terms * n_ * n_ * n_ * (task_.device == nullptr ? 1 : 4);
+}
+
+int ParityGrowing::widest_beam() const {
+  const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
+  return static_cast<int>(std::clamp(parity_tuning.most_beam_bytes / bytes, 10.0,
+                                     static_cast<double>(parity_tuning.most_beam_width)));
+}
+
+std::optional<GateList> ParityGrowing::grow_at_all_costs(int width, Meter& meter) {
+  std::vector<std::pair<int, GrowthCost>> ranked;
+  std::optional<GateList> best;
+  for (const GrowthCost& cost : costs_) {
+    const std::optional<GateList> list = grow(width, cost, meter);
+    const int length = list ? rewriter_.length(*list) : std::numeric_limits<int>::max();
+    ranked.emplace_back(length, cost);
+    if (list && (!best || length < rewriter_.length(*best))) best = list;
+  }
+  std::ranges::stable_sort(ranked, {}, [](const auto& entry) { return entry.first; });
+  std::ranges::transform(ranked, costs_.begin(), [](const auto& entry) { return entry.second; });
+  return best;
+}
+
+std::optional<GateList> ParityGrowing::grow(int width, Meter& meter) {
+  for (const GrowthCost& cost : costs_) {
+    if (auto list = grow(width, cost, meter)) return list;
+  }
+  return std::nullopt;
+}
+
+std::optional<GateList> ParityGrowing::grow(int width, const GrowthCost& cost, Meter& meter) {
+  if (n_ > SteinerWeights::most_vertices) return std::nullopt;
+  const BeamOptions options{.width = width,
+                            .finishers = growth_tuning.finishers,
+                            .overtime = growth_tuning.overtime,
+                            .noise = growth_tuning.tie_noise};
+  const int closing_width = std::clamp(width / 3, 1, parity_tuning.most_closing_width);
+  std::optional<GateList> best;
+  for (const Network& network :
+       grow_networks(parities_, task_.device, cost, options, rng_, meter)) {
+    std::optional<GateList> list;
+    if (task_.closes()) {
+      list = closed(network, n_, task_.device, closing_width, rng_, meter);
+    } else {
+      list.emplace(n_, network);
+    }
+    if (list && (!best || rewriter_.length(*list) < rewriter_.length(*best))) best = list;
+  }
+  return best;
+}
+
+}  // namespace zelt::braidwerk::internal

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "zeltbraidwerk/search/internal/schedule.h"
+#include "zeltbraidwerk/search/internal/walk.h"
+
+/// \file
+/// All numbers of the search for parity networks that were tuned. Rows n8k64, n16k160 and n20k200
+/// are sets of random parities on 8, 16 and 20 wires: in bench/quality 8_64, 16_160 and 20_200.
+/// Numbers without the name of a row were not measured singly.
+
+namespace zelt::braidwerk::internal {
+
+struct GrowthTuning {
+  /// The decay of costs is 1 - decay_wires / wires between these: 0.2 for n8k64, 0.5 for n16k160,
+  /// 0.6 for n20k200, each the best of those 0.05 to 0.1 beside it.
+  double decay_wires = 8;
+  double least_decay = 0.2;
+  double most_decay = 0.9;
+  /// What the rows of the map count, on few wires, medium and many: n8k64 0.05 with exponent 0,
+  /// n16k160 0.1 with -0.5, n20k200 0.1 with -1.
+  int few_wires = 12;
+  int medium_wires = 18;
+  double share_on_few = 0.05;
+  double share = 0.1;
+  /// Other decays that are tried beside the first one.
+  double flatter = 0.1;
+  double steeper = 0.15;
+  double tie_noise = 1e-3;
+  int finishers = 10;  ///< 100 are no better: n16k160
+  int overtime = 5;    ///< levels
+};
+inline constexpr GrowthTuning growth_tuning;
+
+struct ParityTuning {
+  double quick_microseconds = 2e5;  ///< a first beam may take a fifth of a second
+  int quick_wires_on_device = 20;
+  int quick_width = 2;
+  int quick_closing_wires = 32;  ///< up to here the first closing is a beam
+  int quick_closing_width = 10;
+  int most_closing_width = 100;
+  double first_beam_microseconds = 5e3;  ///< of two states at most
+  double least_walk_steps = 5e3;
+  int width_growth = 4;  ///< of a beam, against the one before
+  double most_beam_bytes = 1e9;
+  int most_beam_width = 100'000;
+  /// Steps of a walk for those of the beam before: on few wires a walk makes up for a narrow beam,
+  /// on many it mends what a wide one has missed.
+  int few_wires = 12;
+  int walks_on_few = 16;
+  int wide = 200;
+  int walks_after_wide = 3;
+  int walks_in_place = 4;          ///< one step with the outputs in place for so many of the others
+  int widest_on_three_wires = 30;  ///< there is nothing more to find
+  Cooling cooling{0.3F, 0.003F};   ///< others from 0.1 to 0.001 are no better: n16k160
+  Cooling cooling_on_device{1.0F, 0.1F};
+};
+inline constexpr ParityTuning parity_tuning;
+
+}  // namespace zelt::braidwerk::internal

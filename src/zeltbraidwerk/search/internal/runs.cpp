@@ -1,0 +1,303 @@
+#include "zeltbraidwerk/search/internal/runs.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <numeric>
+#include <thread>
+#include <tuple>
+
+namespace zelt::braidwerk::internal {
+
+using synthesis::SynthesisOptions;
+
+namespace {
+
+constexpr std::chrono::milliseconds poll_interval(50);  ///< of the calling thread
+/// A lane whose best is so much longer than the best of all gets half its time.
+constexpr double half_share = 0.05;
+
+/// The moments at which the best circuit became better; reports them to `progress`.
+class Trace {
+ public:
+  explicit Trace(const SynthesisOptions& options) : options_(options) {}
+
+  void add(const SearchPoint& point) {
+    const auto key = CircuitSize{point.count, point.depth}.key(options_.objective);
+    if (best_ && *best_ <= key) return;
+    const bool objective_fell = !best_ || key.first < best_->first;
+    best_ = key;
+    points_.push_back(point);
+    if (objective_fell && options_.progress) options_.progress(point);
+  }
+
+  std::vector<SearchPoint> take() { return std::move(points_); }
+
+ private:
+  const SynthesisOptions& options_;
+  std::optional<std::pair<int, int>> best_;
+  std::vector<SearchPoint> points_;
+};
+
+/// One search: which run is made next, and which was the best. Workers make the runs; the calling
+/// thread collects what they report, and tells them when to stop.
+class Runner {
+ public:
+  Runner(const std::vector<Lane>& lanes, const SynthesisOptions& options, RunControl& control)
+      : options_(options), control_(control), trace_(options) {
+    for (const Lane& lane : lanes) lanes_.push_back({&lane});
+  }
+
+  void work() {
+    if (lanes_.size() == 1 && lanes_[0].lane->brief) {
+      make({0, 0});
+    } else {
+      std::vector<std::jthread> workers;
+      const StopAtExit stop{*this};  // before the workers are joined
+      busy_ = most_workers();
+      for (int k = busy_; k > 0; --k) workers.emplace_back([this] { make_runs(); });
+      serve();
+    }
+    if (failure_) std::rethrow_exception(failure_);
+    add_news();
+  }
+
+  BestRun result() {
+    if (!best_) {
+      throw synthesis::UnfinishedError(
+          "none of " + std::to_string(runs_) + " runs found a circuit in " +
+          shown(control_.seconds()) +
+          " s; wanted a larger budget, more restarts or another method");
+    }
+    BestRun run{best_->at.lane, std::move(best_->made.circuit), {}};
+    synthesis::SynthesisResult& result = run.result;
+    result.method = lanes_[run.lane].lane->method;
+    result.objective = options_.objective;
+    result.count = best_->made.size.count;
+    result.depth = best_->made.size.depth;
+    const auto draws = [](const LaneState& state) { return state.lane->draws; };
+    if (std::ranges::any_of(lanes_, draws)) result.seed = options_.seed;
+    result.runs = runs_;
+    result.seconds = control_.seconds();
+    result.trace = trace_.take();
+    result.least_count = control_.bound().count;
+    result.least_depth = control_.bound().depth;
+    result.stopped = stopped_;
+    return run;
+  }
+
+ private:
+  using Clock = Control::Clock;
+  using Key = std::pair<int, int>;
+
+  struct Place {
+    std::size_t lane;
+    int run;
+  };
+  struct LaneState {
+    const Lane* lane;
+    int next = 0;        ///< the run that is made next
+    int made = 0;        ///< runs that have ended
+    double seconds = 0;  ///< that they took
+    std::optional<int> best = {};
+  };
+  struct Best {
+    Place at;
+    MadeCircuit made;
+  };
+  struct StopAtExit {
+    Runner& runner;
+    ~StopAtExit() { runner.stop(); }
+  };
+
+  static std::string shown(double seconds) {
+    std::string text = std::to_string(seconds);
+    return text.substr(0, text.find('.') + 4);
+  }
+
+  int most_workers() const {
+    long most = 0;
+    for (const LaneState& state : lanes_) {
+      most += state.lane->runs.value_or(std::numeric_limits<int>::max());
+    }
+    return static_cast<int>(std::min<long>(most, threads(options_)));
+  }
+
+  // --- workers --------------------------------------------------------------------------------
+
+  void make_runs() {
+    std::unique_lock lock(mutex_);
+    while (const std::optional<std::size_t> lane = next_lane()) {
+      const Place place{*lane, lanes_[*lane].next++};
+      running_.push_back(place);
+      lock.unlock();
+      make(place);
+      lock.lock();
+      std::erase_if(running_, [&](const Place& other) {
+        return other.lane == place.lane && other.run == place.run;
+      });
+      changed_.notify_one();
+    }
+    --busy_;
+    changed_.notify_one();
+  }
+
+  void make(const Place& place) {
+    const auto start = Clock::now();
+    std::optional<MadeCircuit> made;
+    std::exception_ptr failure;
+    try {
+      made = lanes_[place.lane].lane->make(place.run);
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    const std::chrono::duration<double> took = Clock::now() - start;
+    const std::lock_guard lock(mutex_);
+    ++runs_;
+    if (failure && !failure_) failure_ = failure;
+    finish(place, took.count(), std::move(made));
+  }
+
+  void finish(const Place& place, double seconds, std::optional<MadeCircuit> made) {
+    LaneState& state = lanes_[place.lane];
+    ++state.made;
+    state.seconds += seconds;
+    if (!made) return;
+    const Key key = made->size.key(options_.objective);
+    state.best = std::min(state.best.value_or(key.first), key.first);
+    if (best_ && best_rank() <= rank(key, place)) return;
+    if (!best_ || key < best_key()) {
+      control_.report({.count = made->size.count, .depth = made->size.depth});
+    }
+    best_ = {place, std::move(*made)};
+  }
+
+  // --- which run is next, and which is the best -----------------------------------------------
+
+  std::optional<std::size_t> next_lane() {
+    if (stopped_ || failure_) return std::nullopt;
+    const bool ended = control_.ended();
+    std::optional<std::size_t> least;
+    for (std::size_t k = 0; k < lanes_.size(); ++k) {
+      if (!is_open(lanes_[k], ended) || !may_win({k, lanes_[k].next})) continue;
+      if (!least || share(lanes_[k]) < share(lanes_[*least])) least = k;
+    }
+    return least;
+  }
+
+  /// Run 0 is made in any case, so that there is an answer.
+  static bool is_open(const LaneState& state, bool ended) {
+    if (state.next == 0) return true;
+    return !ended && (!state.lane->runs || state.next < *state.lane->runs);
+  }
+
+  /// Seconds spent, counted the higher the further the best of the lane is from the best of all.
+  double share(const LaneState& state) const {
+    // A run that is being made takes as long as those before.
+    const double mean = state.made > 0 ? state.seconds / state.made : 0.02;
+    const double spent = state.seconds + mean * (state.next - state.made);
+    if (!best_ || state.next == 0) return spent;
+    const double excess =
+        state.best ? static_cast<double>(*state.best) / std::max(best_key().first, 1) - 1 : 1;
+    return spent * std::exp2(std::min(excess / half_share, 30.0));
+  }
+
+  using Rank = std::tuple<Key, bool, std::size_t, int>;
+
+  /// The least rank is the answer. The bound is known from the first circuit of the engine on.
+  Rank rank(const Key& key, const Place& place) {
+    return {key, !(lanes_[place.lane].lane->proves && meets_bound(key)), place.lane, place.run};
+  }
+  Rank best_rank() { return rank(best_key(), best_->at); }
+  Key best_key() const { return best_->made.size.key(options_.objective); }
+
+  bool meets_bound(const Key& key) {
+    const LowerBound bound = control_.bound();
+    return key <= CircuitSize{bound.count, bound.depth}.key(options_.objective);
+  }
+
+  /// Whether a run of a lane, or a later one, can still be the answer.
+  bool may_win(const Place& place) {
+    if (!best_ || !meets_bound(best_key())) return true;
+    return rank(best_key(), place) < best_rank();
+  }
+
+  /// Whether nothing that is being made, or would be made next, can be the answer.
+  bool is_decided() {
+    return std::ranges::none_of(running_, [&](const Place& p) { return may_win(p); }) &&
+           !next_lane();
+  }
+
+  // --- the calling thread ---------------------------------------------------------------------
+
+  void serve() {
+    auto asked = Clock::now();
+    std::unique_lock lock(mutex_);
+    while (busy_ > 0) {
+      changed_.wait_for(lock, poll_interval);
+      if (failure_ || is_decided()) control_.stop();
+      lock.unlock();
+      add_news();
+      if (options_.stop && Clock::now() - asked >= poll_interval) {
+        asked = Clock::now();
+        if (options_.stop()) stop();
+      }
+      lock.lock();
+    }
+  }
+
+  /// Without effect when all workers have ended.
+  void stop() {
+    const std::lock_guard lock(mutex_);
+    if (busy_ == 0) return;
+    stopped_ = true;
+    control_.stop();
+  }
+
+  void add_news() {
+    for (const SearchPoint& point : control_.news()) trace_.add(point);
+  }
+
+  const SynthesisOptions& options_;
+  RunControl& control_;
+  Trace trace_;
+
+  std::mutex mutex_;  // of what follows
+  std::condition_variable changed_;
+  std::vector<LaneState> lanes_;
+  std::vector<Place> running_;
+  std::optional<Best> best_;
+  int busy_ = 0;  // workers that have not ended
+  int runs_ = 0;
+  bool stopped_ = false;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& options,
+                     RunControl& control) {
+  Runner runner(lanes, options, control);
+  runner.work();
+  return runner.result();
+}
+
+std::vector<int> in_order(int n) {
+  std::vector<int> order(static_cast<std::size_t>(n));
+  std::iota(order.begin(), order.end(), 0);
+  return order;
+}
+
+std::vector<int> shuffled(int n, const Draw& draw) {
+  std::vector<int> order = in_order(n);
+  for (int i = n - 1; i > 0; --i) {
+    std::swap(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(draw(0, i))]);
+  }
+  return order;
+}
+
+}  // namespace zelt::braidwerk::internal
