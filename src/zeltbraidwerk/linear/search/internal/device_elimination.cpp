@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
@@ -104,7 +105,7 @@ class Elimination {
           twice_ = once_;
           clear(twice_, second, v, ~seed, nullptr);
           twice_.left = left;
-          const double score = twice_.gates + options_.weight * cost_left(twice_);
+          const double score = twice_.gates + device_tuning.weight_left * cost_left(twice_);
           sink(score, Move{hash_of(twice_), seed, static_cast<std::uint16_t>(v),
                            static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second)});
         }
@@ -292,7 +293,7 @@ std::vector<GateList> eliminate(const BitMatrix& m, const BitGraph& graph,
   beam.width = options.width;
   beam.patience = graph.size() + 1;  // each level brings the end closer
   beam.finishers = options.finishers;
-  beam.noise = 1e-3;
+  beam.noise = device_tuning.tie_noise;
   const auto start = problem.start(m);
   std::vector<GateList> found;
   for (const auto& finished : BeamSearch<Elimination<W>>(problem, beam, rng, meter).run(start)) {
