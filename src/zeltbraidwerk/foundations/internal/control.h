@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <optional>
 
 namespace zelt::braidwerk::internal {
@@ -16,8 +15,7 @@ struct Control {
 
   std::optional<Clock::time_point> deadline;
   const std::atomic<bool>* stop = nullptr;
-  int max_operations = 1000;          ///< cap of the greedy searches
-  std::function<void(int)> progress;  ///< gates found so far
+  int max_operations = 1000;  ///< cap of the greedy searches
 
   bool stop_requested() const {
     if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;

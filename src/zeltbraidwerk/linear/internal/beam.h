@@ -17,7 +17,7 @@ struct Beam {
 };
 
 /// Looks depth - 1 levels ahead (depth at least 2) and returns the states of the last level, each
-/// as its score and the first addition of its path, in beam order: parents one behind the other,
+/// as its score and the first addition of its path, in beam order: parents one after the other,
 /// the children of each by score. The cut is per parent, so the number of states can grow by
 /// `width` a level. An addition that completes the reduction ends the search: the first addition
 /// of its path, with score 0, is then the only result.

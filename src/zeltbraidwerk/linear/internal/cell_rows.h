@@ -18,7 +18,7 @@ namespace zelt::braidwerk::internal {
 
 using Cell = std::int16_t;
 
-/// Rows are whole vectors long; the cells behind the last column hold no_saving at all times.
+/// Rows are whole vectors long; the cells after the last column hold no_saving at all times.
 inline constexpr std::size_t cell_lanes = 16;
 inline constexpr Cell no_saving = std::numeric_limits<Cell>::min();
 

@@ -19,7 +19,7 @@ auto& at(Values& values, int place) {
 }
 
 /// A circuit whose outputs are on the way to their places: some of its gates have taken a swap of
-/// their wires on. Gates stand with the wires that they have behind the swaps before them.
+/// their wires on. A gate is listed with the wires that it has after the swaps before it.
 class SwappingCircuit {
  public:
   explicit SwappingCircuit(const FreeCircuit& found)
@@ -46,7 +46,7 @@ class SwappingCircuit {
     return at(cycle_, a) == at(cycle_, b) && a != b;
   }
 
-  /// The gate begins to swap, or ends it. All gates behind it change wires, and the outputs.
+  /// The gate begins to swap, or ends it. All gates after it change wires, and so do the outputs.
   void toggle(int g) {
     const auto [a, b] = at(gates_, g);
     misplaced_ += helps(g) ? -1 : 1;

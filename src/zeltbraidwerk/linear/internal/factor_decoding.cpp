@@ -55,7 +55,7 @@ class FactorBuilder {
       gates_.insert(gates_.begin() + places[k], {label(chosen[k]), target});
       for (int& other : positions_) other += other >= places[k];
     }
-    // The wire's own parities: before its first gate, and behind each of them, which has moved by
+    // The wire's own parities: before its first gate, and after each of them, which has moved by
     // one place for each gate that went in before it.
     for (std::size_t k = 0; k <= chosen.size(); ++k) {
       positions_.push_back(k == 0 ? 0 : places[k - 1] + static_cast<int>(k));

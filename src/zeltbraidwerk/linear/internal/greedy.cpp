@@ -28,12 +28,11 @@ void read_permutation(const BitMatrix& m, std::vector<int>& perm) {
 
 /// Replays a circuit of the inverse: the product is a permutation.
 void escape(BitMatrix& m, CnotCircuit& rows, std::vector<int>& perm, GreedyOptions options,
-            const Draw& draw, Control control) {
+            const Draw& draw, const Control& control) {
   ++options.level;
   if (options.announce_escapes) {
     std::cout << "On rentre au niveau " << options.level << std::endl;
   }
-  control.progress = nullptr;
   for (const auto& [from, to] :
        greedy_synthesis(inverse(m), perm, options, draw, control).circuit.gates) {
     rows.addGate(from, to);
@@ -60,7 +59,6 @@ GreedyResult search(Position position, std::vector<int>& perm, const GreedyOptio
     } else {
       columns.addGate(a.to, a.from);
     }
-    if (control.progress) control.progress(count + 1);
   }
 
   BitMatrix left = position.lines().side(true);

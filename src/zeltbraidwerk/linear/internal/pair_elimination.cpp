@@ -108,14 +108,14 @@ void rows_with_one(const BitMatrix& m, int col, std::vector<int>& rows) {
 }
 
 /// The row below the diagonal, with a one in column i, that agrees with row i on the longest run of
-/// columns behind it; the first of equal ones, or -1.
+/// columns after it; ties: the first. -1 for none.
 int best_repair(const BitMatrix& m, int i) {
   int best = -1;
   int longest = -1;
   for (int r = i + 1; r < m.rows(); ++r) {
     if (!m.get(r, i)) continue;
     int run = m.cols();
-    Word mask = ~low_bits(i % word_bits) << 1;  // the columns behind i
+    Word mask = ~low_bits(i % word_bits) << 1;  // the columns after i
     for (int w = i / word_bits; w < m.stride(); ++w, mask = ~Word{0}) {
       const Word difference = (m.row(r)[w] ^ m.row(i)[w]) & mask;
       if (difference != 0) {

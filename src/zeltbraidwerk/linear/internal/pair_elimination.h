@@ -14,7 +14,7 @@ using RowPair = std::tuple<int, int>;
 /// larger member of one pair. `rows` keeps the one that is not, the smallest, if there is any.
 std::vector<RowPair> match_rows(const BitMatrix& m, int col, std::vector<int>& rows);
 
-/// match_rows on the rows from `col` on with a one in column `col`, for the columns behind it.
+/// match_rows on the rows from `col` on with a one in column `col`, for the columns after it.
 std::vector<RowPair> match_column(const BitMatrix& m, int col);
 
 /// Two of the rows from `start` on that agree on a long stretch of the columns from `start` on,

@@ -30,7 +30,7 @@ class SavingTable {
   const Cell* largest() const { return largest_.data(); }
 
   Cell at(int i, int j) const { return row(i)[j]; }
-  /// Sets or changes a cell without regard to largest(): call find_largest() behind a series.
+  /// Sets or changes a cell without regard to largest(): call find_largest() after a series.
   void set(int i, int j, int value) { row(i)[j] = static_cast<Cell>(value); }
   void find_largest();
 

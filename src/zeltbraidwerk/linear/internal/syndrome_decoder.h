@@ -28,7 +28,7 @@ struct ParityList {
   }
 };
 
-/// The states of a beam search, one behind the other: what is left of the syndrome, its weight, and
+/// The states of a beam search, one after the other: what is left of the syndrome, its weight, and
 /// the path of parities that led there. All paths of a queue are equally long.
 struct DecodingQueue {
   int stride = 0;

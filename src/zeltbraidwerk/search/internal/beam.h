@@ -19,7 +19,6 @@ struct BeamOptions {
   int finishers = 1;  ///< finished states to collect
   int overtime = 0;   ///< levels to go on for more of them after the first
   double noise = 0;   ///< ties: each score is raised by a random part of this
-  int per_parent = std::numeric_limits<int>::max();  ///< children that one state may contribute
 };
 
 /// A finished state and the moves that lead to it.
@@ -120,22 +119,12 @@ class BeamSearch {
     pool_.clear();
     for (std::size_t k = 0; k < level_.size(); ++k) {
       if (meter_.ended()) return;
-      const std::size_t first = pool_.size();
       problem_.children(level_[k].state, rng_, [&](double score, const Move& move) {
         if (score >= threshold) return;
         if (options_.noise > 0) score += options_.noise * static_cast<double>(rng_.unit());
         pool_.push_back({score, static_cast<std::int32_t>(k), move});
-        if (pool_.size() >= 4 * wanted && options_.per_parent > static_cast<int>(4 * wanted)) {
-          threshold = cut(wanted);
-        }
+        if (pool_.size() >= 4 * wanted) threshold = cut(wanted);
       });
-      const auto most = first + static_cast<std::size_t>(options_.per_parent);
-      if (first < pool_.size() && pool_.size() > most) {
-        const auto from = pool_.begin() + static_cast<std::ptrdiff_t>(first);
-        std::nth_element(from, from + options_.per_parent, pool_.end(), before);
-        pool_.resize(most);
-      }
-      if (pool_.size() >= 4 * wanted) threshold = cut(wanted);
     }
   }
 

@@ -28,7 +28,7 @@ struct LowerBound {
   }
 };
 
-/// How far a search may go: so many steps, to the deadline, or until it is stopped. A step is one
+/// How far a search may go: a number of steps, to a deadline, or until it is stopped. A step is one
 /// window of a walk or one state of a beam.
 ///
 /// What a search does at a step depends on its seed and on the steps before, never on how far it
@@ -44,8 +44,8 @@ struct Effort {
 /// The effort of one run as it is spent.
 ///
 /// A run also ends when it cannot get better. When the best circuit that the meter was told of
-/// meets the bound in what is searched for, gates or layers, the run goes on for as many steps
-/// again as it has made, and `polish` more, as the other measure may still fall. When both are met
+/// meets the bound in what is searched for, gates or layers, the run goes on to twice the
+/// steps it has made and `polish` more, as the other measure may still fall. When both are met
 /// it ends at once. So the end depends on the seed and the steps alone, and where the effort ends
 /// before, nothing has changed.
 class Meter {
@@ -56,7 +56,7 @@ class Meter {
         limit_(effort.steps),
         start_(Control::Clock::now()) {}
 
-  /// Steps to go on for, beside as many as were made, when only one measure meets its bound.
+  /// Steps after twice those made, when only one measure meets its bound.
   static constexpr std::uint64_t polish = 1000;
 
   /// Counts a step; false when the search is to end. The clock is looked at once in 32 steps, so a

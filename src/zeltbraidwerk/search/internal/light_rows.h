@@ -63,7 +63,7 @@ class LightRows {
   }
 
   const std::vector<std::uint16_t>& chosen() const { return lightest_; }
-  /// Of ones in the chosen rows, a bit each.
+  /// Of ones in the chosen rows, one bit per row.
   double price(std::size_t ones) const { return prices_[ones]; }
 
  private:

@@ -24,7 +24,7 @@ namespace zelt::braidwerk::internal {
 /// line has up to c entries of a row.
 ///
 /// Lines has
-///   Move, Met                         a move, and what the lightest rows have in a line
+///   Move, Entries                         a move, and what the lightest rows have in a line
 ///   size(), words()                   lines, and words of each
 ///   light_rows()                      the cost
 ///   lines_of(move)                    the two lines, in the order of the arguments below
@@ -34,8 +34,8 @@ namespace zelt::braidwerk::internal {
 ///   change(move, a, b)                makes a move
 ///   hash_of(line)
 ///   has(line, row)                    whether the row has anything in the line
-///   met(k, line, light)               what the lightest rows have in line k
-///   each_move(met, light, f)          calls f(change of the cost, move)
+///   entries_of(k, line, light)        what the lightest rows have in line k
+///   each_move(entries, light, f)           calls f(change of the cost, move)
 template <class Lines>
 class LineReduction {
  public:
@@ -51,8 +51,8 @@ class LineReduction {
 
   template <class Sink>
   void children(const State& state, Rng&, Sink&& sink) {
-    meet_lightest(state);
-    lines_.each_move(met_, light_, [&](double change, const Move& move) {
+    read_lightest(state);
+    lines_.each_move(entries_, light_, [&](double change, const Move& move) {
       sink(state.sum_.cost + change, move);
     });
   }
@@ -112,20 +112,20 @@ class LineReduction {
     return state.hashes_[static_cast<std::size_t>(k)];
   }
 
-  void meet_lightest(const State& state) {
+  void read_lightest(const State& state) {
     light_.choose(state.weights_, lines_.size());
-    met_.clear();
+    entries_.clear();
     if (light_.chosen().empty()) return;
     for (int k = 0; k < lines_.size(); ++k) {
       if (lines_.has(line(state, k), light_.chosen()[0])) {
-        met_.push_back(lines_.met(k, line(state, k), light_));
+        entries_.push_back(lines_.entries_of(k, line(state, k), light_));
       }
     }
   }
 
   Lines lines_;
   LightRows light_;
-  std::vector<typename Lines::Met> met_;
+  std::vector<typename Lines::Entries> entries_;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -6,8 +6,8 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The source of draws of a search: xoshiro256++ (D. Blackman, S. Vigna, 2019), a nanosecond a
-/// draw. The same numbers on every platform; streams of one seed are independent, one a run.
+/// The source of draws of a search: xoshiro256++ (D. Blackman, S. Vigna, 2019), one nanosecond
+/// per draw. The same numbers on every platform; streams of one seed are independent, one per run.
 class Rng {
  public:
   Rng(std::uint64_t seed, std::uint64_t stream) {

@@ -35,7 +35,7 @@ class Rounds {
   int number_ = 0;
 };
 
-/// The widest beam, of ascending widths, that takes no more than so many steps at this price for
+/// The widest beam, of ascending widths, that takes no more than `steps` steps at this price for
 /// each state of a level; 0 where none does.
 inline int widest_within(std::initializer_list<int> widths, double price, double steps) {
   int widest = 0;

@@ -17,7 +17,7 @@
 namespace zelt::braidwerk::internal {
 
 /// What becomes of a window: another block with the same effect but for a renaming of what leaves
-/// it. ends[place][label] is the end, on places, by which that end goes behind the block.
+/// it. ends[place][label] is the end, on places, on which that end is found after the block.
 struct Rewrite {
   std::vector<Gate> block;  ///< on places
   bool renames = false;     ///< when not, `ends` is not looked at
@@ -97,8 +97,8 @@ class Walk {
     rewrite_.block.clear();
     if (!rewrite_window(rewriter_, list_, window_, uphill, rng, rewrite_)) return false;
     if constexpr (Rewriter::judges) old_gates_ = list_.gates;
-    const int behind = WindowFinder::replace(list_.gates, window_, rewrite_.block);
-    if (rewrite_.renames) rename_gates(behind);
+    const int after = WindowFinder::replace(list_.gates, window_, rewrite_.block);
+    if (rewrite_.renames) rename_gates(after);
     if constexpr (Rewriter::judges) {
       if (!rewriter_.accept(list_.gates)) {
         std::swap(list_.gates, old_gates_);

@@ -49,7 +49,7 @@ class Skipped {
   unsigned first_;
   unsigned second_;
   unsigned untouched_;
-  std::array<unsigned, most_window_wires> labels_{};  // by place: a bit for each label met
+  std::array<unsigned, most_window_wires> labels_{};  // by place: one bit per label met
 };
 
 }  // namespace

@@ -54,26 +54,27 @@ struct Window {
   int first = 0;               ///< the block's gates and those skipped lie in [first, last)
   int centre = 0;              ///< gates skipped before it stay before the block
   int last = 0;
-  /// Places that no gate before the block touches, or behind it. For CNOTs all or perhaps none.
+  /// Places that no gate before the block touches, and those that none after it touches; 0 where
+  /// the block was complete before the whole list was seen.
   unsigned from_start = 0;
   unsigned to_end = 0;
 };
 
 /// Puts `block` in the place of what a list, of gates or of something by gate, has at the window's
-/// positions: what was skipped before it stays before, what was skipped behind stays behind.
-/// Returns the position behind the new block.
+/// positions: what was skipped before it stays before it, what was skipped after it stays after it.
+/// Returns the position after the new block.
 template <class T>
 int put_block(std::vector<T>& list, const Window& window, const std::vector<T>& block) {
   static thread_local std::vector<T> before;
-  static thread_local std::vector<T> behind;
+  static thread_local std::vector<T> after;
   before.clear();
-  behind.clear();
+  after.clear();
   std::size_t next = 0;
   for (int p = window.first; p < window.last; ++p) {
     if (next < window.positions.size() && window.positions[next] == p) {
       ++next;
     } else {
-      (p < window.centre ? before : behind).push_back(list[static_cast<std::size_t>(p)]);
+      (p < window.centre ? before : after).push_back(list[static_cast<std::size_t>(p)]);
     }
   }
   const auto from = list.begin() + window.first;
@@ -85,7 +86,7 @@ int put_block(std::vector<T>& list, const Window& window, const std::vector<T>& 
   }
   auto out = std::copy(before.begin(), before.end(), list.begin() + window.first);
   out = std::copy(block.begin(), block.end(), out);
-  std::copy(behind.begin(), behind.end(), out);
+  std::copy(after.begin(), after.end(), out);
   return static_cast<int>(out - list.begin());
 }
 
@@ -98,7 +99,7 @@ enum class Gathering {
   by_values,
 };
 
-/// Finds windows around gates of a list. Holds a table of the wires, so one a thread.
+/// Finds windows around gates of a list. Holds a table of the wires: one finder per thread.
 class WindowFinder {
  public:
   explicit WindowFinder(int wires) : place_(static_cast<std::size_t>(wires), none) {}

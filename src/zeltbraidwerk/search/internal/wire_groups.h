@@ -8,12 +8,13 @@
 
 namespace zelt::braidwerk::internal {
 
-/// Layers of gates by which a value can come from one wire to so many: twice as many a layer.
+/// The fewest layers by which a value can come from one wire to that number of wires: each layer
+/// at most doubles the wires that have it.
 inline int layers_to_spread(int wires) {
   return std::bit_width(static_cast<unsigned>(std::max(wires, 1) - 1));
 }
 
-/// Layers of so many gates on so many wires.
+/// The fewest layers that hold that number of gates.
 inline int layers_to_hold(int gates, int wires) {
   const int most = std::max(wires / 2, 1);
   return (gates + most - 1) / most;

@@ -51,29 +51,31 @@ std::uint64_t WireLines::hash_of(const Word* line) const {
   return Rng::mixed(sum);
 }
 
-WireLines::Met WireLines::met(int wire, const Word* line, const LightRows& light) const {
-  Met met;
-  met.wire = wire;
+WireLines::Entries WireLines::entries_of(int wire, const Word* line, const LightRows& light) const {
+  Entries entries;
+  entries.wire = wire;
   for (std::size_t t = 0; t < light.chosen().size(); ++t) {
     const int place = light.chosen()[t];
     for (std::size_t label = 1; label < 3; ++label) {
       const int plane = 2 * static_cast<int>(label) - 2;
-      met.x[label] = static_cast<std::uint8_t>(met.x[label] | bit(line, plane, place) << t);
-      met.z[label] = static_cast<std::uint8_t>(met.z[label] | bit(line, plane + 1, place) << t);
+      entries.x[label] = static_cast<std::uint8_t>(entries.x[label] | bit(line, plane, place) << t);
+      entries.z[label] =
+          static_cast<std::uint8_t>(entries.z[label] | bit(line, plane + 1, place) << t);
     }
   }
-  met.x[3] = met.x[1] ^ met.x[2];
-  met.z[3] = met.z[1] ^ met.z[2];
+  entries.x[3] = entries.x[1] ^ entries.x[2];
+  entries.z[3] = entries.z[1] ^ entries.z[2];
   for (std::size_t label = 1; label < 4; ++label) {
-    met.price[label] = light.price(met.x[label] | met.z[label]);
-    met.price[0] += met.price[label];
+    entries.price[label] = light.price(entries.x[label] | entries.z[label]);
+    entries.price[0] += entries.price[label];
   }
-  return met;
+  return entries;
 }
 
 /// A wire keeps one of its rows, and each of the others becomes the product of the third with the
 /// other wire's.
-std::array<double, 9> WireLines::changes_of(const Met& k, const Met& l, const LightRows& light) {
+std::array<double, 9> WireLines::changes_of(const Entries& k, const Entries& l,
+                                            const LightRows& light) {
   std::array<double, 9> products;
   std::array<double, 3> of_k{}, of_l{};
   for (std::size_t a = 0; a < 3; ++a) {

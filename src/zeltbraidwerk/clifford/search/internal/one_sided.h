@@ -17,7 +17,7 @@ class WireLines {
  public:
   using Move = Gate;
   /// What the lightest rows of the other side have on a wire, one bit for each row; by label.
-  struct Met {
+  struct Entries {
     int wire = 0;
     std::array<std::uint8_t, 4> x{};
     std::array<std::uint8_t, 4> z{};
@@ -49,17 +49,17 @@ class WireLines {
     for (int plane = 0; plane < 4; ++plane) any |= bit(line, plane, place);
     return any != 0;
   }
-  Met met(int wire, const Word* line, const LightRows& light) const;
+  Entries entries_of(int wire, const Word* line, const LightRows& light) const;
 
   template <class F>
-  void each_move(const std::vector<Met>& met, const LightRows& light, F&& f) const {
-    for (std::size_t l = 1; l < met.size(); ++l) {
+  void each_move(const std::vector<Entries>& entries, const LightRows& light, F&& f) const {
+    for (std::size_t l = 1; l < entries.size(); ++l) {
       for (std::size_t k = 0; k < l; ++k) {
-        const auto changes = changes_of(met[k], met[l], light);
+        const auto changes = changes_of(entries[k], entries[l], light);
         for (int a = 1; a < 4; ++a) {
           for (int b = 1; b < 4; ++b) {
             f(changes[static_cast<std::size_t>(3 * a + b - 4)],
-              Gate{end_of(met[k].wire, a), end_of(met[l].wire, b)});
+              Gate{end_of(entries[k].wire, a), end_of(entries[l].wire, b)});
           }
         }
       }
@@ -71,7 +71,8 @@ class WireLines {
     return static_cast<unsigned>(line[plane * words_ + place / word_bits] >> (place % word_bits)) &
            1U;
   }
-  static std::array<double, 9> changes_of(const Met& k, const Met& l, const LightRows& light);
+  static std::array<double, 9> changes_of(const Entries& k, const Entries& l,
+                                          const LightRows& light);
 
   int wires_;
   int words_;  // of a plane

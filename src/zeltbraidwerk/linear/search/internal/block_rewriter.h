@@ -14,8 +14,8 @@ class BlockRewriter {
   static constexpr Gathering gathering = Gathering::of_cnots;
   static constexpr bool judges = false;
 
-  /// Windows of `largest` wires, and as many of one less. With `permuted`, what leaves a window may
-  /// leave it on other wires of the window.
+  /// Windows of `largest` wires, and equally often of one less. With `permuted`, what leaves a
+  /// window may leave it on other wires of the window.
   BlockRewriter(int largest, bool permuted) : largest_(largest) {
     for (int k = 2; k <= largest; ++k) {
       tables_[static_cast<std::size_t>(k)] = &MapTable::of(k, complete_graph(k), permuted);

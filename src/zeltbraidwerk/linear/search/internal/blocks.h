@@ -7,7 +7,7 @@
 namespace zelt::braidwerk::internal {
 
 /// Outputs and inputs of a map that have nothing to do with the others: entry (r, c) is 0 unless
-/// both are of the same block. As many of the ones as of the others where the map is invertible.
+/// both are of the same block. Where the map is invertible a block has the same number of both.
 struct Block {
   std::vector<int> rows;
   std::vector<int> cols;

@@ -11,7 +11,7 @@ namespace zelt::braidwerk::internal {
 /// A short CNOT circuit of an invertible matrix, by search: a greedy reduction by additions of rows
 /// and of columns, which is made in any case; then wider ones, each followed by a walk among the
 /// circuits of the map through windows of up to five wires that are replaced by random shortest
-/// circuits. Rounds of this grow in length by half until the effort is spent.
+/// circuits. Each round is half as long again as the one before, until the effort is spent.
 ///
 /// A map that falls into blocks is searched block by block, equal blocks once. With exact outputs
 /// the permutation of the shortest circuit is taken up by gates on its way, and the walk goes on

@@ -17,7 +17,8 @@ std::uint64_t ColumnLines::hash_of(const Word* line) const {
   return hash;
 }
 
-ColumnLines::Met ColumnLines::met(int column, const Word* line, const LightRows& light) const {
+ColumnLines::Entries ColumnLines::entries_of(int column, const Word* line,
+                                             const LightRows& light) const {
   unsigned of_m = 0;
   unsigned in_n = 0;
   for (std::size_t t = 0; t < light.chosen().size(); ++t) {

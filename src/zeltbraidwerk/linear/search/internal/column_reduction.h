@@ -19,7 +19,7 @@ class ColumnLines {
     std::uint16_t from;
   };
   /// What the lightest rows have in a column, one bit for each.
-  struct Met {
+  struct Entries {
     std::uint16_t column;
     std::uint8_t of_m;
     std::uint8_t of_n;
@@ -51,12 +51,12 @@ class ColumnLines {
   bool has(const Word* line, int row) const {
     return bit(line, row) != 0 || bit(of_n(line), row) != 0;
   }
-  Met met(int column, const Word* line, const LightRows& light) const;
+  Entries entries_of(int column, const Word* line, const LightRows& light) const;
 
   template <class F>
-  void each_move(const std::vector<Met>& met, const LightRows& light, F&& f) const {
-    for (const Met& to : met) {
-      for (const Met& from : met) {
+  void each_move(const std::vector<Entries>& entries, const LightRows& light, F&& f) const {
+    for (const Entries& to : entries) {
+      for (const Entries& from : entries) {
         if (to.column == from.column) continue;
         f(light.price(to.of_m ^ from.of_m) - light.price(to.of_m) +
               light.price(from.of_n ^ to.of_n) - light.price(from.of_n),

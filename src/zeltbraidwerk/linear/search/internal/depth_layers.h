@@ -79,7 +79,7 @@ class LayerReduction {
   std::vector<SideAddition> pool_;
   std::vector<Layer> layers_;
   std::size_t settled_ = 0;            // layers before it were made, or dropped
-  bool any_made_ = false;              // of those behind
+  bool any_made_ = false;              // of the later ones
   std::vector<float> noise_;           // quantiles of the exponential distribution
   State child_;                        // scratch: what a layer makes of a state
   std::vector<Candidate> candidates_;  // scratch

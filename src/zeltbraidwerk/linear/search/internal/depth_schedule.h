@@ -9,8 +9,8 @@
 namespace zelt::braidwerk::internal {
 
 /// Puts the gates of a list into layers. Gates that commute may change their order, so a gate is
-/// bound by this alone: on each of its wires it comes behind all gates that stood before it and
-/// bear another label there, and a layer has one gate a wire.
+/// bound by this alone: on each of its wires it comes after all gates that were before it and have
+/// another label there, and a layer has one gate per wire.
 ///
 /// A pass over the gates puts each into the first layer that is open to it, filling gaps. A pass
 /// backward, from the last layer to the first, and one forward again never need more layers and
@@ -34,12 +34,12 @@ class Scheduler {
   struct Wire {
     unsigned label;
     unsigned open;  ///< first layer for gates of this label
-    unsigned end;   ///< behind the last layer in use
+    unsigned end;   ///< after the last layer in use
   };
   /// Gates by layer; there is room for one on every pair of wires.
   struct Layers {
     std::vector<Gate> gates;
-    std::vector<unsigned> sizes;  // as many as there is room for
+    std::vector<unsigned> sizes;  // one for each layer that there is room for
     unsigned depth = 0;
   };
 
@@ -49,13 +49,13 @@ class Scheduler {
   void make_room(unsigned layer, Layers& layers);
 
   std::size_t width_;      // gates that have room in a layer
-  std::size_t words_ = 1;  // a wire
+  std::size_t words_ = 1;  // per wire
   int bound_ = 0;
   std::vector<Wire> wires_;
   std::vector<Word> used_;  // layers in use, by wire
   Layers forward_;
   Layers backward_;
-  std::vector<int> spans_;  // gates by the layers before their earliest and behind their latest
+  std::vector<int> spans_;  // gates by the layers before their earliest and after their latest
 };
 
 }  // namespace zelt::braidwerk::internal

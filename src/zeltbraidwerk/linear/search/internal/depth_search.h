@@ -10,8 +10,9 @@
 namespace zelt::braidwerk::internal {
 
 /// CNOT circuits of an invertible matrix with few layers: first the best by depth, then by gates,
-/// then others with fewer and fewer gates, none both as shallow and as short as another. Wire w
-/// holds row list.frame.output_on(w) of the matrix at the end; with outputs in place that is row w.
+/// then others with fewer and fewer gates. No other circuit has at most the layers and at most the
+/// gates of one of them. Wire w holds row list.frame.output_on(w) of the matrix at the end; with
+/// outputs in place that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
 /// from 24 wires on block recursion, and between these rounds of annealing on windows, for

@@ -22,7 +22,7 @@ class LayerSeries {
   /// Forgets the best, not that there was a first run.
   void begin_anew() { best_.clear(); }
 
-  /// The circuit of the last such run, outputs where they like.
+  /// The circuit of the last such run, outputs anywhere.
   const GateList& circuit() const { return circuit_; }
 
  private:

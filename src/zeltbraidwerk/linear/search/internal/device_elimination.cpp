@@ -1,128 +1,37 @@
 #include "zeltbraidwerk/linear/search/internal/device_elimination.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
+#include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// A set of up to 64 W wires: a row or a column.
-template <int W>
-struct Wires {
-  std::array<Word, W> words{};
-
-  bool contains(int v) const {
-    return (words[static_cast<std::size_t>(v / word_bits)] >> (v % word_bits)) & 1;
-  }
-  void insert(int v) {
-    words[static_cast<std::size_t>(v / word_bits)] |= Word{1} << (v % word_bits);
-  }
-  void erase(int v) {
-    words[static_cast<std::size_t>(v / word_bits)] &= ~(Word{1} << (v % word_bits));
-  }
-  bool empty() const {
-    Word all = 0;
-    for (const Word word : words) all |= word;
-    return all == 0;
-  }
-  template <class F>
-  void for_each(F&& f) const {
-    for_each_bit(words.data(), W, f);
-  }
-  Wires& operator^=(const Wires& other) {
-    for (std::size_t w = 0; w < W; ++w) words[w] ^= other.words[w];
-    return *this;
-  }
-  Wires& operator|=(const Wires& other) {
-    for (std::size_t w = 0; w < W; ++w) words[w] |= other.words[w];
-    return *this;
-  }
-  friend Wires operator&(Wires a, const Wires& b) {
-    for (std::size_t w = 0; w < W; ++w) a.words[w] &= b.words[w];
-    return a;
-  }
-  friend Wires without(Wires a, const Wires& b) {
-    for (std::size_t w = 0; w < W; ++w) a.words[w] &= ~b.words[w];
-    return a;
-  }
-};
-
-/// Draws for one clearing, from a seed that is kept with the move, so that it can be made again.
-class Draws {
- public:
-  explicit Draws(std::uint64_t seed) : state_(seed) {}
-  std::uint64_t next() { return Rng::mixed(state_ += 0x9e3779b97f4a7c15u); }
-
-  /// Some member of a set that has one: the next from a random place on.
-  template <int W>
-  int member(const Wires<W>& set) {
-    const std::uint64_t draw = next();
-    auto w = static_cast<int>((draw >> 32) % W);
-    while (set.words[static_cast<std::size_t>(w)] == 0) w = (w + 1) % W;
-    const Word word = set.words[static_cast<std::size_t>(w)];
-    const int shift = static_cast<int>(draw & 63);
-    return w * word_bits + ((std::countr_zero(std::rotr(word, shift)) + shift) & 63);
-  }
-
- private:
-  std::uint64_t state_;
-};
-
-/// to = from transposed, both of n lines.
-template <int W>
-void transpose(const Wires<W>* from, Wires<W>* to, int n) {
-  std::array<Word, word_bits> block;
-  for (int high = 0; high < n; high += word_bits) {
-    for (int wide = 0; wide < n; wide += word_bits) {
-      const int height = std::min(word_bits, n - high);
-      const int width = std::min(word_bits, n - wide);
-      const auto size = std::bit_ceil(static_cast<unsigned>(std::max({height, width, 2})));
-      const auto word = static_cast<std::size_t>(wide / word_bits);
-      for (std::size_t k = 0; k < size; ++k) {
-        block[k] = static_cast<int>(k) < height ? from[high + static_cast<int>(k)].words[word] : 0;
-      }
-      for (unsigned half = size / 2; half > 0; half /= 2) {
-        // Bits whose place has not `half` in it.
-        const Word low = ~Word{0} / ((Word{1} << half) + 1);
-        for (unsigned k = 0; k < size; k = (k + half + 1) & ~half) {
-          const Word swapped = ((block[k] >> half) ^ block[k + half]) & low;
-          block[k] ^= swapped << half;
-          block[k + half] ^= swapped;
-        }
-      }
-      for (int k = 0; k < width; ++k) {
-        to[wide + k].words[static_cast<std::size_t>(high / word_bits)] =
-            block[static_cast<std::size_t>(k)];
-      }
-    }
-  }
-}
-
 /// Rings around each vertex: what lies at distance 1, 2, ... by ways through those left.
 struct Rings {
-  std::vector<Word> words;  // one ring behind the other
+  std::vector<Word> words;  // one ring after the other
   std::vector<int> first;   // by vertex, in rings; one more at the end
 };
 
-/// The estimate of what a line will cost: a wire at the next distance that has any, D behind the
-/// one before, 2 D - 1 gates, as if the wires of a ring hung on those of the ring before.
+/// An estimate of the gates that a line will take: 2 D - 1 for each wire, where D is how much
+/// farther away it is than the nearest ring before it that has wires of the line.
 ZELTBRAIDWERK_CLONES int cost_of_line(const Word* line, const Word* left, const Word* rings,
                                       int count, int stride) {
   int cost = 0;
   int gap = 1;
   for (int k = 0; k < count; ++k, rings += stride) {
-    int met = 0;
-    for (int w = 0; w < stride; ++w) met += std::popcount(line[w] & left[w] & rings[w]);
-    cost += met * (2 * gap - 1);
-    gap = met > 0 ? 1 : gap + 1;
+    int wires = 0;
+    for (int w = 0; w < stride; ++w) wires += std::popcount(line[w] & left[w] & rings[w]);
+    cost += wires * (2 * gap - 1);
+    gap = wires > 0 ? 1 : gap + 1;
   }
   return cost;
 }
@@ -149,8 +58,8 @@ template <int W>
 class Elimination {
  public:
   struct State {
-    std::vector<Wires<W>> lines;  // those of kind k from k * n on
-    Wires<W> left;
+    std::vector<WireSet<W>> lines;  // those of kind k from k * n on
+    WireSet<W> left;
     int gates = 0;
   };
   struct Move {
@@ -185,7 +94,7 @@ class Elimination {
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
     for (const int v : candidates(state, rng)) {
-      Wires<W> left = state.left;
+      WireSet<W> left = state.left;
       left.erase(v);
       draw_rings(left);
       const std::uint64_t seed = rng.next();
@@ -196,7 +105,7 @@ class Elimination {
           twice_ = once_;
           clear(twice_, second, v, ~seed, nullptr);
           twice_.left = left;
-          const double score = twice_.gates + options_.weight * cost_left(twice_);
+          const double score = twice_.gates + device_tuning.weight_left * cost_left(twice_);
           sink(score, Move{hash_of(twice_), seed, static_cast<std::uint16_t>(v),
                            static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second)});
         }
@@ -228,10 +137,10 @@ class Elimination {
     int child;
   };
 
-  Wires<W>& line(State& state, int kind, int k) const {
+  WireSet<W>& line(State& state, int kind, int k) const {
     return state.lines[static_cast<std::size_t>(kind * n_ + k)];
   }
-  const Wires<W>& near(int v) const { return near_[static_cast<std::size_t>(v)]; }
+  const WireSet<W>& near(int v) const { return near_[static_cast<std::size_t>(v)]; }
 
   const std::vector<int>& candidates(const State& state, Rng& rng) {
     VertexSet left(n_);
@@ -260,7 +169,7 @@ class Elimination {
   /// Leaves line v of a kind a single one, at v, by additions of the lines that cross it: sets it
   /// along a tree, then clears it from the leaves.
   void clear(State& state, int kind, int v, std::uint64_t seed, std::vector<Addition>* additions) {
-    Wires<W> bits = line(state, kind, v) & state.left;
+    WireSet<W> bits = line(state, kind, v) & state.left;
     grow_tree(bits, v, state.left, seed);
     if (tree_.empty()) return;
     const int own = crossing(kind);
@@ -285,19 +194,19 @@ class Elimination {
 
   /// Edges of a tree from the root to all wires given, parents first: again and again one of the
   /// nearest is joined by a random shortest way.
-  void grow_tree(const Wires<W>& ends, int root, const Wires<W>& left, std::uint64_t seed) {
-    Draws draws(seed);
+  void grow_tree(const WireSet<W>& ends, int root, const WireSet<W>& left, std::uint64_t seed) {
+    TreeDraws draws(seed);
     tree_.clear();
-    Wires<W> tree;
+    WireSet<W> tree;
     tree.insert(root);
-    Wires<W> rest = without(ends, tree);
-    Wires<W> met = near(root) & left;
+    WireSet<W> rest = without(ends, tree);
+    WireSet<W> beside = near(root) & left;
     while (!rest.empty()) {
-      levels_.assign(1, without(met, tree));
-      Wires<W> reached = tree;
+      levels_.assign(1, without(beside, tree));
+      WireSet<W> reached = tree;
       while ((levels_.back() & rest).empty()) {
         reached |= levels_.back();
-        Wires<W> next;
+        WireSet<W> next;
         levels_.back().for_each([&](int v) { next |= near(v); });
         next = without(next & left, reached);
         if (next.empty()) return;  // not connected
@@ -305,13 +214,13 @@ class Elimination {
       }
       int v = draws.member(levels_.back() & rest);
       const std::size_t joined = tree_.size();
-      const Wires<W> old = tree;
+      const WireSet<W> old = tree;
       for (std::size_t k = levels_.size(); k-- > 0;) {
         const int parent = draws.member(near(v) & (k > 0 ? levels_[k - 1] : old));
         tree_.push_back({parent, v});
         tree.insert(v);
         rest.erase(v);
-        met |= near(v) & left;
+        beside |= near(v) & left;
         v = parent;
       }
       // The way was found from its far end.
@@ -319,18 +228,18 @@ class Elimination {
     }
   }
 
-  void draw_rings(const Wires<W>& left) {
+  void draw_rings(const WireSet<W>& left) {
     rings_.words.clear();
     rings_.first.assign(1, 0);
     for (int v = 0; v < n_; ++v) {
       int count = rings_.first.back();
       if (left.contains(v)) {
-        Wires<W> reached;
+        WireSet<W> reached;
         reached.insert(v);
-        for (Wires<W> ring = near(v) & left; !ring.empty(); ++count) {
+        for (WireSet<W> ring = near(v) & left; !ring.empty(); ++count) {
           rings_.words.insert(rings_.words.end(), ring.words.begin(), ring.words.end());
           reached |= ring;
-          Wires<W> next;
+          WireSet<W> next;
           ring.for_each([&](int w) { next |= near(w); });
           ring = without(next & left, reached);
         }
@@ -367,13 +276,13 @@ class Elimination {
   const BitGraph& graph_;
   DeviceEliminationOptions options_;
   int n_;
-  std::vector<Wires<W>> near_;
-  Rings rings_;                   // scratch, of what is left after the vertex in question
-  std::vector<int> candidates_;   // scratch
-  std::vector<Wires<W>> levels_;  // scratch
-  std::vector<Edge> tree_;        // scratch
-  State once_;                    // scratch
-  State twice_;                   // scratch
+  std::vector<WireSet<W>> near_;
+  Rings rings_;                     // scratch, of what is left after the vertex in question
+  std::vector<int> candidates_;     // scratch
+  std::vector<WireSet<W>> levels_;  // scratch
+  std::vector<Edge> tree_;          // scratch
+  State once_;                      // scratch
+  State twice_;                     // scratch
 };
 
 template <int W>
@@ -384,7 +293,7 @@ std::vector<GateList> eliminate(const BitMatrix& m, const BitGraph& graph,
   beam.width = options.width;
   beam.patience = graph.size() + 1;  // each level brings the end closer
   beam.finishers = options.finishers;
-  beam.noise = 1e-3;
+  beam.noise = device_tuning.tie_noise;
   const auto start = problem.start(m);
   std::vector<GateList> found;
   for (const auto& finished : BeamSearch<Elimination<W>>(problem, beam, rng, meter).run(start)) {

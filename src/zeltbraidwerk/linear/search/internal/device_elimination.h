@@ -11,10 +11,9 @@
 namespace zelt::braidwerk::internal {
 
 struct DeviceEliminationOptions {
-  int width = 1;        ///< of the beam
-  int vertices = 64;    ///< that may go next, drawn anew for each state
-  int finishers = 1;    ///< circuits wanted
-  double weight = 0.1;  ///< of what is left to be done, next to the gates so far
+  int width = 1;      ///< of the beam
+  int vertices = 64;  ///< that may go next, drawn anew for each state
+  int finishers = 1;  ///< circuits wanted
 };
 
 /// The largest device for which the search below is meant; beyond it there is no result.

@@ -12,7 +12,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// Distances between the vertices of a graph by number of edges; -1 where there is no way.
+/// Distances between the vertices of a graph by number of edges; -1 where there is no path.
 class Distances {
  public:
   explicit Distances(const BitGraph& graph);

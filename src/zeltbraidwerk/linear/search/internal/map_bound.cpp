@@ -43,7 +43,7 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact) {
   const BitMatrix across = m.transposed();
   const std::vector<bool> rows = changed_rows(m, exact);
   const std::vector<bool> cols = changed_rows(across, exact);
-  int by_rows = 0;  // blocks that take a gate a wire for their rows alone
+  int by_rows = 0;  // blocks that take one gate per wire for their rows alone
   int by_cols = 0;
   for (const Block& block : blocks_of(exact ? with_diagonal(m) : m)) {
     const auto wires = static_cast<std::ptrdiff_t>(block.rows.size());

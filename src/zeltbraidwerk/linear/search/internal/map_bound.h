@@ -36,9 +36,9 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact);
 LowerBound bound_of_map_on_device(const BitMatrix& m, const BitGraph& graph, int reach);
 
 /// What it takes to bring together what is on several of `n` wires, on any one of them: a gate for
-/// each wire but one, and twice as many wires a layer; on a graph no fewer gates than two of the
-/// wires are apart, and no fewer layers than the farthest is from where they meet. Null for all
-/// pairs of wires.
+/// each wire but one, and a layer at most doubles the wires brought together; on a graph no fewer
+/// gates than two of the wires are apart, and no fewer layers than the farthest is from where they
+/// meet. Null for all pairs of wires.
 LowerBound bound_of_gathering(const std::vector<int>& wires, const Distances* distances, int n);
 
 }  // namespace zelt::braidwerk::internal

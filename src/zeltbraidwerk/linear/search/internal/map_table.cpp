@@ -44,7 +44,7 @@ MapTable::MapTable(int wires, WindowGraph graph, bool permuted)
 }
 
 void MapTable::fill() {
-  // WireNames of wires that keep the graph change no distance, nor do other places of the outputs
+  // Names of wires that keep the graph change no distance, nor do other places of the outputs
   // where those are free: one matrix of each class is enough to go on from.
   struct Symmetry {
     std::array<std::uint8_t, 32> columns;

@@ -18,7 +18,7 @@ using SmallMatrix = std::uint32_t;
 /// For every invertible k x k matrix the fewest CNOTs on the edges of a graph that implement it,
 /// either as it is or with the outputs on other wires (`permuted`). 32 MB for k = 5, 64 kB for
 /// k = 4. Built in 0.2 to 0.6 s (k = 5) by breadth-first search over classes of matrices that
-/// differ by names of wires alone.
+/// differ in the names of wires alone.
 class MapTable {
  public:
   static constexpr std::uint8_t unreachable = 255;
@@ -43,7 +43,7 @@ class MapTable {
 
   /// A random one of the shortest circuits for m, in time order, one after the other by random
   /// first gates that lead closer. `detours` of the gates lead no closer: the circuit is so much
-  /// longer, or less where there is no such gate. Returns what is left of m behind the circuit:
+  /// longer, or less where there is no such gate. Returns what is left of m after the circuit:
   /// the identity, or the permutation that the outputs are still to take.
   SmallMatrix descend(SmallMatrix m, int detours, Rng& rng, std::vector<Gate>& block) const;
 

@@ -20,34 +20,35 @@ struct Sides {
   int stride;
 };
 
-/// row[j] = sum over the ones c of own line i of spread(c, j).
-inline void add_spread_rows(const Word* line, const float* spread, int n, int stride, float* row) {
+/// row[j] = sum over the ones c of own line i of curvatures(c, j).
+inline void sum_curvatures(const Word* line, const float* curvatures, int n, int stride,
+                           float* row) {
   std::fill(row, row + n, 0.0F);
   for_each_bit(line, stride, [&](int c) {
-    const float* from = spread + static_cast<std::ptrdiff_t>(c) * n;
+    const float* from = curvatures + static_cast<std::ptrdiff_t>(c) * n;
     for (int j = 0; j < n; ++j) row[j] += from[j];
   });
 }
 
-ZELTBRAIDWERK_CLONES void spread_column(const Word* column, float bend, int n, float* row) {
+ZELTBRAIDWERK_CLONES void fill_curvatures(const Word* column, float curvature, int n, float* row) {
   for (int first = 0; first < n; first += 32) {
     const auto bits = static_cast<std::uint32_t>(column[first / word_bits] >> (first % word_bits));
     const int count = n - first < 32 ? n - first : 32;
-    for (int j = 0; j < count; ++j) row[first + j] = (bits >> j) & 1U ? bend : 0.0F;
+    for (int j = 0; j < count; ++j) row[first + j] = (bits >> j) & 1U ? curvature : 0.0F;
   }
 }
 
 /// row[j] becomes the gain of adding line j to line i.
-ZELTBRAIDWERK_CLONES void gains_of_line(const Sides& sides, int i, const float* spread,
-                                        const float* rise, const float* f, float* row) {
+ZELTBRAIDWERK_CLONES void gains_of_line(const Sides& sides, int i, const float* curvatures,
+                                        const float* rises, const float* f, float* row) {
   const int n = sides.n;
   const int stride = sides.stride;
   const Word* line = sides.own + static_cast<std::ptrdiff_t>(i) * stride;
-  add_spread_rows(line, spread, n, stride, row);
+  sum_curvatures(line, curvatures, n, stride, row);
   const float own = f[sides.own_weights[i]];
   if (stride == 1) {
     for (int j = 0; j < n; ++j) {
-      row[j] += rise[j] + (f[std::popcount(line[0] ^ sides.own[j])] - own);
+      row[j] += rises[j] + (f[std::popcount(line[0] ^ sides.own[j])] - own);
     }
     return;
   }
@@ -55,17 +56,17 @@ ZELTBRAIDWERK_CLONES void gains_of_line(const Sides& sides, int i, const float* 
     const Word* other = sides.own + static_cast<std::ptrdiff_t>(j) * stride;
     int weight = 0;
     for (int w = 0; w < stride; ++w) weight += std::popcount(line[w] ^ other[w]);
-    row[j] += rise[j] + (f[weight] - own);
+    row[j] += rises[j] + (f[weight] - own);
   }
 }
 
-/// rise[j] = sum over the ones c of own line j of step[c].
-ZELTBRAIDWERK_CLONES void sum_over_lines(const Sides& sides, const float* step, float* rise) {
+/// rises[j] = sum over the ones c of own line j of step[c].
+ZELTBRAIDWERK_CLONES void sum_over_lines(const Sides& sides, const float* step, float* rises) {
   for (int j = 0; j < sides.n; ++j) {
     float sum = 0;
     for_each_bit(sides.own + static_cast<std::ptrdiff_t>(j) * sides.stride, sides.stride,
                  [&](int c) { sum += step[c]; });
-    rise[j] = sum;
+    rises[j] = sum;
   }
 }
 
@@ -92,9 +93,8 @@ Reduction::Reduction(int n, const ReductionCost& cost)
   const auto size = static_cast<std::size_t>(n);
   keys_.resize(size * size);
   for (std::size_t k = 0; k < keys_.size(); ++k) keys_[k] = Rng::mixed(k + 1);
-  spread_.resize(size * size);
-  rise_.resize(size);
-  bend_.resize(size);
+  curvatures_.resize(size * size);
+  rises_.resize(size);
   row_.resize(size);
 }
 
@@ -168,14 +168,14 @@ void Reduction::choose_targets(const State& state) {
       if (cross[k] > 1 && (lightest < 0 || cross[k] < cross[lightest])) lightest = k;
     }
     if (lightest < 0) continue;
-    std::vector<std::uint16_t> met;
+    std::vector<std::uint16_t> crossing_lines;
     for_each_bit(line(state, 1 - side, lightest), stride_, [&](int k) {
       if (std::find(targets.begin(), targets.end(), k) == targets.end()) {
-        met.push_back(static_cast<std::uint16_t>(k));
+        crossing_lines.push_back(static_cast<std::uint16_t>(k));
       }
     });
-    keep(met);
-    targets.insert(targets.end(), met.begin(), met.end());
+    keep(crossing_lines);
+    targets.insert(targets.end(), crossing_lines.begin(), crossing_lines.end());
   }
 }
 
@@ -190,25 +190,25 @@ void Reduction::score_children(const State& state) {
     const std::uint16_t* cross_weights = state.weights_.data() + index(crossing, 0);
     for (std::size_t c = 0; c < size; ++c) {
       const std::size_t w = cross_weights[c];
-      rise_[c] = f[w + 1] - f[w];
-      bend_[c] = w == 0 ? 0.0F : (f[w - 1] - f[w]) - rise_[c];
-      spread_column(line(state, crossing, static_cast<int>(c)), bend_[c], n_,
-                    spread_.data() + c * size);
+      rises_[c] = f[w + 1] - f[w];
+      const float curvature = w == 0 ? 0.0F : (f[w - 1] - f[w]) - rises_[c];
+      fill_curvatures(line(state, crossing, static_cast<int>(c)), curvature, n_,
+                      curvatures_.data() + c * size);
     }
     const Sides sides{line(state, kind, 0), line(state, crossing, 0),
                       state.weights_.data() + index(kind, 0), n_, stride_};
-    sum_over_lines(sides, rise_.data(), row_.data());
-    std::swap(rise_, row_);
+    sum_over_lines(sides, rises_.data(), row_.data());
+    std::swap(rises_, row_);
     if (kind < 2) {
       float* out = gains_[side].data();
       for (const std::uint16_t to : targets_[side]) {
-        gains_of_line(sides, to, spread_.data(), rise_.data(), f, out);
+        gains_of_line(sides, to, curvatures_.data(), rises_.data(), f, out);
         out += size;
       }
     } else {
       // Line i of M gains line j: line j of N gains line i.
       for (int j = 0; j < n_; ++j) {
-        gains_of_line(sides, j, spread_.data(), rise_.data(), f, row_.data());
+        gains_of_line(sides, j, curvatures_.data(), rises_.data(), f, row_.data());
         float* out = gains_[side].data() + j;
         for (const std::uint16_t to : targets_[side]) {
           *out += row_[to];

@@ -16,8 +16,8 @@ namespace zelt::braidwerk::internal {
 struct ReductionCost {
   double exponent = -1;
   bool with_inverse = false;
-  /// When above 0, only so many of the lightest rows and columns of more than a one, and of the
-  /// lines that cross the very lightest, are to receive an addition.
+  /// When above 0, additions are tried to this number of the lightest rows and columns with more
+  /// than one 1, and of the lines that cross the lightest, alone.
   int focus = 0;
 };
 
@@ -40,7 +40,7 @@ class ReductionState {
   std::vector<std::uint16_t> weights_;  // the same
   std::uint64_t hash_ = 0;
   double score_ = 0;
-  int excess_ = 0;  // ones of M beyond one a row
+  int excess_ = 0;  // ones of M beyond one per row
 };
 
 /// The problem of reducing a matrix by additions of rows and of columns, for a beam search. All
@@ -114,11 +114,10 @@ class Reduction {
   std::vector<float> gain_of_weight_;  // f(w2) - f(w1) is a difference of these
   std::vector<std::uint64_t> keys_;    // of entry (r, c)
   std::vector<std::uint16_t> targets_[2];
-  std::vector<float> gains_[2];  // a row of n for each target
-  std::vector<float> spread_;    // scratch: entry (c, j) is the second difference of column c or 0
-  std::vector<float> rise_;      // scratch
-  std::vector<float> bend_;      // scratch
-  std::vector<float> row_;       // scratch
+  std::vector<float> gains_[2];    // n for each target
+  std::vector<float> curvatures_;  // scratch: (c, j) is the second difference of f at line c, or 0
+  std::vector<float> rises_;       // scratch: first differences of f, then their sums
+  std::vector<float> row_;         // scratch
 };
 
 }  // namespace zelt::braidwerk::internal
