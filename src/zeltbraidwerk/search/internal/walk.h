@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/end_names.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -77,9 +78,7 @@ class Walk {
       : list_(std::move(list)),
         rewriter_(rewriter),
         finder_(list_.wires()),
-        now_(list_.frame.size()) {
-    for (std::size_t end = 0; end < now_.size(); ++end) now_[end] = static_cast<End>(end);
-  }
+        names_(list_.frame.size()) {}
 
   const GateList& list() const { return list_; }
   int count() const { return list_.count(); }
@@ -124,11 +123,7 @@ class Walk {
   }
 
   void rename_gates(int from) {
-    each_end([&](std::size_t end, End to) { now_[end] = to; });
-    for (auto gate = list_.gates.begin() + from; gate != list_.gates.end(); ++gate) {
-      *gate = {now_[gate->a], now_[gate->b]};
-    }
-    each_end([&](std::size_t end, End) { now_[end] = static_cast<End>(end); });
+    names_.rename(list_.gates, from, [this](auto&& f) { each_end(f); });
   }
 
   void rename_frame() {
@@ -141,7 +136,7 @@ class Walk {
   GateList list_;
   Rewriter& rewriter_;
   WindowFinder finder_;
-  std::vector<End> now_;  // by end, the identity but while gates are renamed
+  EndNames names_;
   Window window_;
   Rewrite rewrite_;
   std::vector<Gate> old_gates_;

@@ -59,7 +59,7 @@ std::uint64_t LabelFrame::hash() const {
   return sum;
 }
 
-std::uint64_t LabelFrame::hash_behind(const Gate& gate) const {
+std::uint64_t LabelFrame::hash_after(const Gate& gate) const {
   std::uint64_t sum = hash();
   const auto change = [&](End changed, End by) {
     const std::uint64_t x = key(end_of(wire_of(changed), label_x));

@@ -8,7 +8,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What the Pauli labels of the wires stand for behind some gates: the string in front of the gates
+/// What the Pauli labels of the wires stand for after some gates: the string before the gates
 /// that has become label L on wire q. Signs are left out, and so is what gates do on one wire.
 ///
 /// Gate {a, b} multiplies a letter on wire a that anticommutes with its label there by its label
@@ -32,8 +32,8 @@ class LabelFrame {
 
   /// The same for frames that differ by labels renamed on wires, or by the wires' order.
   std::uint64_t hash() const;
-  /// Of the frame behind one more gate.
-  std::uint64_t hash_behind(const Gate& gate) const;
+  /// Of the frame after one more gate.
+  std::uint64_t hash_after(const Gate& gate) const;
 
   /// What X and then Z on the wires stand for, all with a plus.
   PauliFrame preimages() const;

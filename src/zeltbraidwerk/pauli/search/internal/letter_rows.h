@@ -9,8 +9,13 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A few strings of letters, a row a string, carried through gates all at once: words of X bits and
-/// of Z bits by qubits, the same word of all rows together.
+/// The end of a letter as LetterRows::letters writes it.
+constexpr End single_letter(int letter) {
+  return end_of(letter / 3, letter % 3 + 1);
+}
+
+/// A few strings of letters, one row per string, carried through gates all at once: words of X bits
+/// and of Z bits by qubits, the same word of all rows together.
 class LetterRows {
  public:
   LetterRows() = default;

@@ -16,7 +16,7 @@ std::vector<Gate> random_prefix(const Network& network, Rng& rng);
 std::optional<Network> run_beam(const NetworkRun& run, const NetworkPlan& plan,
                                 const std::vector<Gate>& prefix, int width);
 
-/// The same by a relay, with so many runs from every place. `known`: gates of a known network.
+/// The same by a relay, with `runs` runs from every place. `known`: gates of a known network.
 std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>& prefix, int runs,
                                  int known);
 

@@ -10,7 +10,7 @@
 namespace zelt::braidwerk::internal {
 
 /// A piece of a network on three wires: other gates that serve the same rotations and leave the
-/// same operator behind them, found by going through all sequences of gates up to a length that
+/// same operator after them, found by going through all sequences of gates up to a length that
 /// are of use at every step, in a random order, until one is found or enough were looked at.
 ///
 /// Strings are bytes, the label of wire q in bits 2 q and 2 q + 1.
@@ -22,15 +22,15 @@ class NetworkBlock {
   explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
 
   /// False where there is too much in the block. Wires are 0 to 2; where the end is free, anything
-  /// may be left behind.
+  /// may be left after it.
   bool read(const std::vector<NetworkEvent>& events, bool end_is_free);
   int gates() const { return gates_; }
   /// No fewer gates will do.
   int least() const;
 
-  /// At most so many gates, between the pairs of wires whose bits b (b - 1) / 2 + a are set,
-  /// looking at so many pieces of sequences. On success events() is another block, and ends() tells
-  /// where the labels of the old one stand behind it.
+  /// Finds at most `most_gates` gates, between the pairs of wires whose bits b (b - 1) / 2 + a are
+  /// set, looking at `patience` pieces of sequences. On success events() is another block, and
+  /// ends() tells where the labels of the old one stand after it.
   bool rewrite(int most_gates, unsigned pairs, int patience, Rng& rng);
   const std::vector<NetworkEvent>& events() const { return found_; }
   /// By end: of the old block, of the new one. Labels of one wire stay on one wire.
@@ -38,7 +38,7 @@ class NetworkBlock {
 
  private:
   struct State {
-    std::uint64_t operators;  // what X and Z on the wires, behind the block, are here
+    std::uint64_t operators;  // what X and Z on the wires, after the block, are here
     std::array<std::uint64_t, most_rotations / 8> strings;
     unsigned left;  // rotations
   };

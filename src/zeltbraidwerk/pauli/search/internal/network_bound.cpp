@@ -19,7 +19,7 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task) 
   if (task.device != nullptr) distances.emplace_back(*task.device);
   const Distances* far = distances.empty() ? nullptr : distances.data();
   WireGroups groups(n);
-  std::vector<bool> met(static_cast<std::size_t>(n));
+  std::vector<bool> in_strings(static_cast<std::size_t>(n));
   std::set<PauliLetters> different;
   const BitMatrix supports = strings.supports();
   for (int row = 0; row < strings.rows(); ++row) {
@@ -29,7 +29,7 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task) 
     different.insert(strings.letters(row));
     for (const int w : wires) {
       groups.join(wires[0], w);
-      met[static_cast<std::size_t>(w)] = true;
+      in_strings[static_cast<std::size_t>(w)] = true;
     }
     const LowerBound there = bound_of_gathering(wires, far, n);
     // On other wires at the end they may be nearer.
@@ -42,7 +42,7 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task) 
   const auto gates_to_show = static_cast<int>((different.size() + 3) / 4);
   bound.raise({gates_to_show + (undone ? 1 : 0), undone ? 2 : 1});
   bound.raise({groups.joins(), 0});
-  if (undone) bound.raise({static_cast<int>(std::ranges::count(met, true)), 0});
+  if (undone) bound.raise({static_cast<int>(std::ranges::count(in_strings, true)), 0});
   bound.raise({0, layers_to_hold(bound.count, n)});
   return bound;
 }

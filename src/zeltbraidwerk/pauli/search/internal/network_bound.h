@@ -12,8 +12,8 @@ namespace zelt::braidwerk::internal {
 /// wires of the string: w - 1 gates for w of them, on a graph no fewer than two of them are apart.
 /// Strings that share wires are joined in the end, s wires by s - 1 gates. A gate leaves one label
 /// on each of its wires as it was and changes two: four strings at most can be served on its wires
-/// that could not be before. Where the operator behind the rotations is undone:
-/// - The gates behind a rotation undo those before it, and are no fewer.
+/// that could not be before. Where the operator after the rotations is undone:
+/// - The gates after a rotation undo those before it, and are no fewer.
 /// - The last gate leaves only letters of qubits on its wires, which serve no string of more.
 /// - Each wire of a string of two letters or more meets two gates: between one wire and the others
 ///   a single gate leaves an operator of rank 1, and a permutation has 0 or 2.

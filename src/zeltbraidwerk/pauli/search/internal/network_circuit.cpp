@@ -5,6 +5,7 @@
 #include <cassert>
 #include <cmath>
 
+#include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/foundations/internal/turns.h"
 
 namespace zelt::braidwerk::internal {
@@ -97,9 +98,16 @@ bool is_odd_turn(const structures::Gate& gate) {
 
 }  // namespace
 
-std::vector<structures::Gate> circuit_of(const std::vector<NetworkEvent>& events,
-                                         Rotations rotations, PauliFrame& images) {
-  return Emitter(std::move(rotations), images).run(events);
+std::vector<structures::Gate> circuit_of(const Network& network, const Rotations& rotations,
+                                         bool closes) {
+  PauliFrame images = identity_images(rotations.frame.qubits());
+  std::vector<structures::Gate> circuit = Emitter(rotations, images).run(network.events);
+  if (!closes) return circuit;
+  // What is left to undo is on single wires.
+  for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {
+    circuit.push_back(std::move(gate));
+  }
+  return circuit;
 }
 
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits) {

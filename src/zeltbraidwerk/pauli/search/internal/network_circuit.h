@@ -12,9 +12,9 @@
 namespace zelt::braidwerk::internal {
 
 /// H, S and RX by pi/2, CNOT and rotations, as the events tell. Row r turns by rotations.params[r].
-/// `images` are carried through all but the rotations.
-std::vector<structures::Gate> circuit_of(const std::vector<NetworkEvent>& events,
-                                         Rotations rotations, PauliFrame& images);
+/// A network that closes is followed by what its gates leave on single wires.
+std::vector<structures::Gate> circuit_of(const Network& network, const Rotations& rotations,
+                                         bool closes);
 
 /// The gates on two qubits of a Clifford circuit, which holds CNOT alone of these.
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits);

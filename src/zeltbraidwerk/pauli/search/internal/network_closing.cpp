@@ -66,7 +66,7 @@ int another(int label) {
   return label % 3 + 1;
 }
 
-/// Where the labels of the wires stand behind swaps and gates on one wire.
+/// Where the labels of the wires stand after swaps and gates on one wire.
 class Renaming {
  public:
   explicit Renaming(int qubits) : now_(4 * static_cast<std::size_t>(qubits)) {

@@ -15,7 +15,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The rotations of a list that are left behind some gates. Those in a window, the first ones, are
+/// The rotations of a list that are left after some gates. Those in a window, the first ones, are
 /// carried through every gate; where the others stand the frame tells, also when one of them has
 /// become a single letter. So a gate costs what the window costs, however long the list is.
 struct NetworkState {
@@ -39,7 +39,7 @@ struct NetworkState {
 };
 
 /// Pauli networks as a problem of the engine: a move is a gate, and all rotations that have become
-/// a single letter are served at once, in order those before which nothing clashes.
+/// a single letter are served at once, in order those with no earlier one left that anticommutes.
 class NetworkProblem {
  public:
   using State = NetworkState;

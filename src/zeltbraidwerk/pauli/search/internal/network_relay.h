@@ -19,7 +19,7 @@ struct RelayOptions {
   float alike = 0;  ///< how often a run's plan is one like that of the run followed before
 };
 
-/// Gates behind `prefix` that serve all rotations, one after the other the gates of greedy runs:
+/// Gates after `prefix` that serve all rotations, one after the other the gates of greedy runs:
 /// some with plans of their own set out from the same place, and of the one that took the fewest
 /// gates those that serve the first half of its rotations are kept. Nothing where the effort was
 /// spent before all were served. A step is a gate of a run.

@@ -6,7 +6,6 @@
 #include <optional>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/search/internal/network_beams.h"
 #include "zeltbraidwerk/pauli/search/internal/network_blocks.h"
 #include "zeltbraidwerk/pauli/search/internal/network_bound.h"
@@ -202,16 +201,8 @@ Answer answer_of(const NetworkInput& input, const NetworkTask& task, const Effor
 }
 
 NetworkResult result_of(const Network& network, const Rotations& rotations, bool closes) {
-  NetworkResult result{{}, network.wires, network.size.count, network.size.depth};
-  PauliFrame images = identity_images(rotations.frame.qubits());
-  result.gates = circuit_of(network.events, rotations, images);
-  if (closes) {
-    // What is left to undo is on single wires.
-    for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {
-      result.gates.push_back(std::move(gate));
-    }
-  }
-  return result;
+  return {circuit_of(network, rotations, closes), network.wires, network.size.count,
+          network.size.depth};
 }
 
 }  // namespace

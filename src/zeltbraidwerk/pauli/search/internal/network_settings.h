@@ -11,8 +11,8 @@ namespace zelt::braidwerk::internal {
 enum class Emphasis {
   equal,            ///< all alike
   by_place,         ///< (1 + place / rate)^-2, the place among those left
-  by_chain,         ///< rate^length, of the longest chain of earlier ones that clash
-  by_predecessors,  ///< (1 + earlier ones that clash)^-1
+  by_chain,         ///< rate^length, of the longest chain of earlier ones that anticommute
+  by_predecessors,  ///< (1 + earlier ones that anticommute)^-1
 };
 
 /// How a search weighs the strings of the rotations that are left. One of weight w >= 2 costs
@@ -26,7 +26,7 @@ struct NetworkSettings {
   double bonus = 0;
   Emphasis emphasis = Emphasis::equal;
   double rate = 40;
-  double jitter = 0;  ///< emphasis is multiplied by 1 -+ up to this, drawn a row
+  double jitter = 0;  ///< emphasis is multiplied by 1 -+ up to this, drawn once per row
   double tail = 0;    ///< weight of the logarithms of the frame's own strings
 };
 
@@ -52,6 +52,9 @@ class NetworkCosts {
 
   /// A number from 0 to 1 by which costs are multiplied.
   static std::uint32_t factor(double f);
+  static std::uint32_t times(std::uint32_t factor, std::uint32_t value) {
+    return static_cast<std::uint32_t>(std::uint64_t{factor} * value >> factor_bits);
+  }
 
  private:
   std::vector<std::uint32_t> rise_;

@@ -1,7 +1,6 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 
@@ -20,12 +19,11 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
       finder_(qubits),
       block_(in_order),
       levels_(static_cast<std::size_t>(qubits)),
-      now_(4 * static_cast<std::size_t>(qubits)) {
+      names_(4 * static_cast<std::size_t>(qubits)) {
   for (const NetworkEvent& event : events) {
     gates_.push_back(event.gate);
     rows_.push_back(event.row);
   }
-  std::iota(now_.begin(), now_.end(), End{0});
 }
 
 bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
@@ -64,7 +62,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     old_rows_ = rows_;
   }
   put_block(rows_, window_, new_rows_);
-  put(put_block(gates_, window_, new_gates_));
+  rename_gates(put_block(gates_, window_, new_gates_));
   if (limited) {
     const int depth = layers();
     if (depth > most_layers) {
@@ -92,8 +90,8 @@ unsigned NetworkWalk::pairs_that_meet() const {
 }
 
 /// Renames the labels of the window's wires from there on.
-void NetworkWalk::put(int from) {
-  const auto each = [&](auto&& f) {
+void NetworkWalk::rename_gates(int from) {
+  const auto each_new_name = [&](auto&& f) {
     for (int place = 0; place < window_.size; ++place) {
       const int wire = window_.wires[static_cast<std::size_t>(place)];
       for (int label = 1; label <= 3; ++label) {
@@ -101,11 +99,7 @@ void NetworkWalk::put(int from) {
       }
     }
   };
-  each([&](End end, End to) { now_[end] = to; });
-  for (auto gate = gates_.begin() + from; gate != gates_.end(); ++gate) {
-    *gate = {now_[gate->a], now_[gate->b]};
-  }
-  each([&](End end, End) { now_[end] = end; });
+  names_.rename(gates_, from, each_new_name);
 }
 
 int NetworkWalk::layers() {

@@ -4,16 +4,17 @@
 #include <vector>
 
 #include "zeltbraidwerk/pauli/search/internal/network_block.h"
-#include "zeltbraidwerk/search/internal/walk.h"
+#include "zeltbraidwerk/search/internal/end_names.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
-/// A walk among the networks with the same rotations and the same operator behind them, but for
+/// A walk among the networks with the same rotations and the same operator after them, but for
 /// gates on single wires: again and again the gates and rotations on three wires that can be
 /// brought together are served anew.
 class NetworkWalk {
  public:
-  /// Where the end is free, what the network leaves behind does not matter. Gates are between wires
+  /// Where the end is free, the operator after the network does not matter. Gates are between wires
   /// that meet on the graph, null for all.
   NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order, bool end_is_free,
               const BitGraph* graph);
@@ -28,7 +29,7 @@ class NetworkWalk {
 
  private:
   unsigned pairs_that_meet() const;
-  void put(int from);
+  void rename_gates(int from);
   int layers();
 
   const BitGraph* graph_;
@@ -46,7 +47,7 @@ class NetworkWalk {
   std::vector<Gate> old_gates_;
   std::vector<int> old_rows_;
   std::vector<int> levels_;  // scratch: of wires
-  std::vector<End> now_;     // by end
+  EndNames names_;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -30,7 +30,7 @@ class Reach {
   std::size_t slot_of(std::uint64_t key) const;
   int compute(const Word* wires);
 
-  /// A wire of the region, the same of all that have met.
+  /// A wire of the region, the same for all that are joined.
   int region_of(int q);
 
   int words_ = 0;

@@ -8,9 +8,9 @@
 
 namespace zelt::braidwerk::internal {
 
-/// The strings of rotations in the order in which a search looks at them, a row a string, X words
-/// before Z words. A string is found by its key, which is linear: the key of a product is the XOR
-/// of the keys.
+/// The strings of rotations in the order in which a search looks at them, one row per string, X
+/// words before Z words. A string is found by its key, which is linear: the key of a product is the
+/// XOR of the keys.
 class RotationList {
  public:
   /// Row k is row order[k] of the frame.

@@ -154,14 +154,14 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
   if (graph != nullptr) steiner_.emplace(*graph);
   const auto heaviest = static_cast<std::size_t>(graph != nullptr ? steiner_->most() + 1 : n);
   cost_.resize(heaviest + 1);
-  bend_.resize(heaviest + 1);
+  curvature_.resize(heaviest + 1);
   map_cost_.resize(heaviest + 1);
   double value = 0;
   double step = 1;  // what the way of w - 1 gates is longer than that of w - 2
   for (std::size_t w = 2; w <= heaviest; ++w) {
     value += step;
     cost_[w] = scaled(value);
-    bend_[w] = -scaled(step * (1 + cost.decay));
+    curvature_[w] = -scaled(step * (1 + cost.decay));
     step *= cost.decay;
     const double p = cost.map_exponent;
     const auto wide = static_cast<double>(w);
@@ -210,7 +210,7 @@ std::int64_t Growth::score(const State& state) {
   if (steiner_) return score_on_graph(state) + score_map_on_graph(state);
   const std::int64_t base =
       sum_over_pairs({state.words_.data(), state.left_, stride_, lanes_ / vector_lanes},
-                     {cost_.data(), bend_.data()}, lane_.data(), gains_.data());
+                     {cost_.data(), curvature_.data()}, lane_.data(), gains_.data());
   return base + finish_gains({state.words_.data() + offset(most_), stride_},
                              {state.words_.data() + offset(most_ + n_), stride_}, n_, lanes_,
                              rise_share_, map_cost_.data(), by_control_.data(), gains_.data());
@@ -276,7 +276,7 @@ void Growth::make(State& state, const Move& move) const {
   for (int p = 0; p < state.left_; ++p) {
     Word* parity = words + offset(p);
     parity[word_of(move.control)] ^= ((parity[word_of(move.target)] >> t) & 1) << c;
-    // What has come up now is the target alone: parities differ, so it is one at most.
+    // The parity that is on a wire now is the target alone: parities differ, so at most one is.
     if (parity[word_of(move.target)] == unit &&
         (stride_ == 1 || internal::weight(parity, stride_) == 1))
       served = p;

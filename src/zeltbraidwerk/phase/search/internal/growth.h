@@ -23,7 +23,8 @@ struct GrowthCost {
   double map_exponent = -1;
 };
 
-/// The parities that still have to come up, on the wires as they are, and what the wires hold.
+/// The parities that were not on any wire yet, as sums of what the wires hold now, and what that
+/// is.
 class GrowthState {
  public:
   int left() const { return left_; }
@@ -54,7 +55,7 @@ class Growth {
   /// With a graph, which is connected, gates are on its edges alone.
   Growth(int n, int parities, const GrowthCost& cost, const BitGraph* graph = nullptr);
 
-  /// A column a parity, none of them zero.
+  /// One column per parity, none of them zero.
   State start(const BitMatrix& parities) const;
 
   template <class Sink>
@@ -83,7 +84,7 @@ class Growth {
     return state.words_.data() + offset(most_ + n_ + wire);
   }
 
-  // The words of a parity, and of the rows of the map and of its dual behind all of them.
+  // The words of a parity, and of the rows of the map and of its dual after all of them.
   std::size_t offset(int k) const {
     return static_cast<std::size_t>(k) * static_cast<std::size_t>(stride_);
   }
@@ -98,7 +99,7 @@ class Growth {
   std::vector<Move> moves_;
   std::vector<std::uint64_t> print_;      // of an input
   std::vector<std::int32_t> cost_;        // of a parity by its weight
-  std::vector<std::int32_t> bend_;        // what a wire less saves beyond what a wire more costs
+  std::vector<std::int32_t> curvature_;   // what a wire less saves beyond what a wire more costs
   std::vector<std::int32_t> map_cost_;    // by weight of a row
   std::vector<std::int32_t> gains_;       // by target and control
   std::vector<std::int32_t> lane_;        // scratch

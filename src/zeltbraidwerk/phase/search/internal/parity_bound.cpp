@@ -44,13 +44,13 @@ LowerBound bound_of_parities(const BitMatrix& parities, const Task& task) {
   std::vector<Distances> distances;
   if (task.device != nullptr) distances.emplace_back(*task.device);
   WireGroups groups(n);
-  std::vector<bool> met(static_cast<std::size_t>(n));
+  std::vector<bool> in_parities(static_cast<std::size_t>(n));
   for (int p = 0; p < by_parity.rows(); ++p) {
     std::vector<int> wires;
     for_each_bit(by_parity.row(p), by_parity.stride(), [&](int w) { wires.push_back(w); });
     for (const int w : wires) {
       groups.join(wires[0], w);
-      met[static_cast<std::size_t>(w)] = true;
+      in_parities[static_cast<std::size_t>(w)] = true;
     }
     const LowerBound there =
         bound_of_gathering(wires, distances.empty() ? nullptr : distances.data(), n);
@@ -62,7 +62,7 @@ LowerBound bound_of_parities(const BitMatrix& parities, const Task& task) {
   }
   bound.raise({groups.joins(), 0});
   bound.raise({by_parity.rows() + (undone ? apart(by_parity) : 0), 0});
-  if (undone) bound.raise({static_cast<int>(std::ranges::count(met, true)), 2});
+  if (undone) bound.raise({static_cast<int>(std::ranges::count(in_parities, true)), 2});
   bound.raise({0, layers_to_hold(bound.count, n)});
   return bound;
 }

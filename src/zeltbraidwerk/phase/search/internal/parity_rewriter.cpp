@@ -134,7 +134,7 @@ void ParityRewriter::read_block(const Window& window) {
 }
 
 /// What enters the window: the last thing made on each wire before the block, or its input. Of the
-/// gates skipped before the block, those on its wires stand behind all of the block's on them.
+/// gates skipped before the block, those on its wires stand after all of the block's on them.
 void ParityRewriter::read_inputs(const GateList& list, const Window& window) {
   unsigned missing = all_wires;
   const auto set = [&](int k, const Value& value) {

@@ -142,24 +142,8 @@ class ParitySearch : public SearchBase<GateList> {
     if (may_be_better) offer(in_place(list, rng_), Origin::derived);
   }
   void offer(const GateList& list, Origin origin) {
-    assert(is_right(list));
+    assert(shows_all(list, parities_, task_));
     incumbent_.offer(list, size_of(list), origin);
-  }
-
-  /// Whether every parity comes up, and outputs are where the list says or in their places.
-  bool is_right(const GateList& list) const {
-    const std::vector<PhaseStep> steps = with_phases(list.gates, parities_);
-    if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities_.cols())) {
-      return false;
-    }
-    if (!task_.closes()) return true;
-    const BitMatrix map = linear_map(steps, n_);
-    for (int wire = 0; wire < n_; ++wire) {
-      const int output = list.frame.output_on(wire);
-      if (task_.in_place() && output != wire) return false;
-      if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
-    }
-    return true;
   }
 
   const BitMatrix& parities_;

@@ -15,8 +15,9 @@ struct ParitySearchResult {
   std::vector<int> permutation;  ///< qubit k ends on wire permutation[k]; in place if left open
 };
 
-/// A phase circuit of few CNOTs in which every parity, a column each, comes up on some wire. Zero
-/// columns are left out. By depth: of the circuits met on the way the one of fewest layers.
+/// A phase circuit of few CNOTs in which every parity, one column each, stands on some wire at some
+/// time. Zero
+/// columns are left out. By depth: of the circuits found on the way the one of fewest layers.
 ///
 /// One greedy run whatever the effort; then in turns a beam that grows networks, each time a wider
 /// one, and a walk over the windows of the best circuit, until the effort ends.

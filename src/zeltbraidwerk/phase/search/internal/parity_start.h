@@ -24,7 +24,7 @@ std::vector<Network> grow_networks(const BitMatrix& parities, const BitGraph* gr
 /// A network by the plain methods. Always ends.
 Network plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng);
 
-/// The network and behind it a circuit that undoes its map, found by a beam of that width; outputs
+/// The network and after it a circuit that undoes its map, found by a beam of that width; outputs
 /// where they like, but on a graph in their places. Nothing where the effort ended before.
 std::optional<GateList> closed(const Network& network, int n, const BitGraph* graph, int width,
                                Rng& rng, Meter& meter);

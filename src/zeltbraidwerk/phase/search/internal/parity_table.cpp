@@ -99,11 +99,11 @@ SmallMatrix renamed_matrix(SmallMatrix m, const WireNames& names) {
   return to;
 }
 
-/// Row or sum in the wires behind a CNOT.
-constexpr unsigned behind(unsigned sum, int control, int target) {
+/// Row or sum in the wires after a CNOT.
+constexpr unsigned sum_after(unsigned sum, int control, int target) {
   return sum ^ (((sum >> target) & 1U) << control);
 }
-constexpr SmallMatrix matrix_behind(SmallMatrix m, int control, int target) {
+constexpr SmallMatrix matrix_after(SmallMatrix m, int control, int target) {
   return m ^ (((m >> target) & 0x1111U) << control);
 }
 
@@ -131,17 +131,33 @@ bool is_permutation(SmallMatrix m) {
 
 }  // namespace
 
+/// One move from a matrix that is the first of its kind.
+struct ParityTable::Step {
+  std::uint16_t kind;  // after the move
+  std::uint8_t shown;  // slot there of the sum that the move makes
+  Slots image;         // slot there of each slot here
+};
+
 ParityTable::ParityTable(WindowGraph graph, bool permuted) {
-  // WireNames of wires that keep the graph.
+  // Names of wires that keep the graph.
   std::vector<WireNames> namings = all_names(wires);
   std::erase_if(namings,
                 [&](const WireNames& names) { return renamed(wires, graph, names) != graph; });
-  const auto inverse_of = [&](const WireNames& naming) {
-    WireNames back{};
-    for (std::uint8_t v = 0; v < back.size(); ++v) back[naming[v]] = v;
-    return static_cast<std::uint8_t>(std::find(namings.begin(), namings.end(), back) -
-                                     namings.begin());
-  };
+  fill_renamed_sets(namings);
+  const std::vector<SmallMatrix> first_of_kind = fill_places(namings);
+  fill_moves(graph);
+  fill_distances(first_of_kind, steps_between(first_of_kind, namings), permuted);
+  any_end_.resize(sets);
+  for (std::size_t set = 0; set < sets; ++set) {
+    std::size_t best = 0;
+    for (std::size_t kind = 1; kind < first_of_kind.size(); ++kind) {
+      if (distance_[kind * sets + set] < distance_[best * sets + set]) best = kind;
+    }
+    any_end_[set] = static_cast<std::uint16_t>(first_of_kind[best]);
+  }
+}
+
+void ParityTable::fill_renamed_sets(const std::vector<WireNames>& namings) {
   renamed_.resize(namings.size());
   for (std::size_t k = 0; k < namings.size(); ++k) {
     for (unsigned set = 0; set < sets; ++set) {
@@ -153,7 +169,16 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
       renamed_[k][set] = static_cast<std::uint16_t>(to);
     }
   }
-  // Kinds of matrices.
+}
+
+/// Finds the kinds of matrices; returns the first matrix of each.
+std::vector<SmallMatrix> ParityTable::fill_places(const std::vector<WireNames>& namings) {
+  const auto inverse_of = [&](const WireNames& naming) {
+    WireNames back{};
+    for (std::uint8_t v = 0; v < back.size(); ++v) back[naming[v]] = v;
+    return static_cast<std::uint8_t>(std::find(namings.begin(), namings.end(), back) -
+                                     namings.begin());
+  };
   constexpr std::uint16_t none = 0xffff;
   place_.assign(std::size_t{1} << (wires * wires), Place{none, 0});
   std::vector<SmallMatrix> first_of_kind;
@@ -166,6 +191,10 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
       if (place.kind == none) place = {kind, inverse_of(naming)};
     }
   }
+  return first_of_kind;
+}
+
+void ParityTable::fill_moves(WindowGraph graph) {
   for (std::uint8_t t = 0; t < wires; ++t) {
     for (std::uint8_t c = 0; c < wires; ++c) {
       if (c == t || (graph & pair_bit(c, t)) == 0) continue;
@@ -174,39 +203,45 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
         unsigned to = 0;
         for (unsigned rest = set; rest != 0; rest &= rest - 1) {
           const unsigned sum =
-              behind(sum_of_slot[static_cast<std::size_t>(std::countr_zero(rest))], c, t);
+              sum_after(sum_of_slot[static_cast<std::size_t>(std::countr_zero(rest))], c, t);
           if (!std::has_single_bit(sum)) to |= 1U << slot_of(sum);
         }
-        move.sets_behind[set] = static_cast<std::uint16_t>(to);
+        move.sets_after[set] = static_cast<std::uint16_t>(to);
       }
     }
   }
-  // Level by level: which sets can be had within so many gates. All sets of a kind at once.
-  struct Step {
-    std::uint16_t kind;  // behind the move
-    std::uint8_t shown;  // slot there of the sum that the move makes
-    Slots image;         // slot there of each slot here
-  };
-  const std::size_t kinds = first_of_kind.size();
+}
+
+/// All moves of the first kind, then of the second, and so on.
+std::vector<ParityTable::Step> ParityTable::steps_between(
+    const std::vector<SmallMatrix>& first_of_kind, const std::vector<WireNames>& namings) const {
   std::vector<Step> steps;
   for (const SmallMatrix m : first_of_kind) {
     for (const Move& move : moves_) {
-      const Place place = place_[matrix_behind(m, move.control, move.target)];
+      const Place place = place_[matrix_after(m, move.control, move.target)];
       const unsigned made = (1U << move.control) | (1U << move.target);
       Step step{place.kind, 0, {}};
       for (std::size_t slot = 0; slot < slots; ++slot) {
-        // The sum that the move makes is a wire behind it; the place that is free takes it.
-        const unsigned sum =
-            sum_of_slot[slot] == made ? made : behind(sum_of_slot[slot], move.control, move.target);
+        // The sum that the move makes is a wire after it; the place that is free takes it.
+        const unsigned sum = sum_of_slot[slot] == made
+                                 ? made
+                                 : sum_after(sum_of_slot[slot], move.control, move.target);
         step.image[slot] = slot_of(renamed(sum, namings[place.renaming]));
       }
       step.shown = step.image[slot_of(made)];
       steps.push_back(step);
     }
   }
+  return steps;
+}
+
+/// Level by level: which sets can be shown within a number of gates, for all sets of a kind at
+/// once.
+void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
+                                 const std::vector<Step>& steps, bool permuted) {
+  const std::size_t kinds = first_of_kind.size();
   distance_.assign(kinds * sets, 255);
   std::vector<Family> reached(kinds, Family{});
-  std::vector<Family> before;
   for (std::size_t kind = 0; kind < kinds; ++kind) {
     const SmallMatrix m = first_of_kind[kind];
     if (m == identity || (permuted && is_permutation(m))) {
@@ -217,7 +252,7 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
   bool any = true;
   for (std::uint8_t level = 1; any; ++level) {
     any = false;
-    before = reached;
+    const std::vector<Family> before = reached;
     const Step* step = steps.data();
     for (std::size_t kind = 0; kind < kinds; ++kind) {
       Family& family = reached[kind];
@@ -236,14 +271,6 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
         }
       }
     }
-  }
-  any_end_.resize(sets);
-  for (std::size_t set = 0; set < sets; ++set) {
-    std::size_t best = 0;
-    for (std::size_t kind = 1; kind < kinds; ++kind) {
-      if (distance_[kind * sets + set] < distance_[best * sets + set]) best = kind;
-    }
-    any_end_[set] = static_cast<std::uint16_t>(first_of_kind[best]);
   }
 }
 
@@ -266,13 +293,13 @@ SmallMatrix ParityTable::descend(SmallMatrix m, SumSet needed, bool detour, Rng&
       const Move& move = moves_[k];
       chosen[count] = static_cast<std::uint8_t>(k);
       count +=
-          distance_of(matrix_behind(m, move.control, move.target), move.sets_behind[set]) == wanted;
+          distance_of(matrix_after(m, move.control, move.target), move.sets_after[set]) == wanted;
     }
     if (count == 0) continue;  // of detours alone
     const Move& move = moves_[chosen[static_cast<std::size_t>(rng.below(static_cast<int>(count)))]];
     block.push_back(cnot(move.control, move.target));
-    m = matrix_behind(m, move.control, move.target);
-    set = move.sets_behind[set];
+    m = matrix_after(m, move.control, move.target);
+    set = move.sets_after[set];
     distance = wanted;
   }
   return m;

@@ -36,7 +36,7 @@ class ParityTable {
 
   /// A random one of the shortest circuits, in time order, one after the other by random first
   /// gates that lead closer; with `detour` one of its gates does not, where there is such a gate.
-  /// Returns what is left of m behind the circuit: the identity, or the permutation that the
+  /// Returns what is left of m after the circuit: the identity, or the permutation that the
   /// outputs are still to take.
   SmallMatrix descend(SmallMatrix m, SumSet needed, bool detour, Rng& rng,
                       std::vector<Gate>& block) const;
@@ -62,8 +62,18 @@ class ParityTable {
   struct Move {
     std::uint8_t control;
     std::uint8_t target;
-    std::array<std::uint16_t, sets> sets_behind;
+    std::array<std::uint16_t, sets> sets_after;
   };
+
+  struct Step;
+
+  void fill_renamed_sets(const std::vector<WireNames>& namings);
+  std::vector<SmallMatrix> fill_places(const std::vector<WireNames>& namings);
+  void fill_moves(WindowGraph graph);
+  std::vector<Step> steps_between(const std::vector<SmallMatrix>& first_of_kind,
+                                  const std::vector<WireNames>& namings) const;
+  void fill_distances(const std::vector<SmallMatrix>& first_of_kind, const std::vector<Step>& steps,
+                      bool permuted);
 
   std::vector<Place> place_;                              // by matrix
   std::vector<std::array<std::uint16_t, sets>> renamed_;  // by renaming

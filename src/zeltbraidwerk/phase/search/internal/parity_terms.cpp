@@ -52,4 +52,17 @@ std::vector<PhaseStep> with_phases(const std::vector<Gate>& gates, const BitMatr
   return steps;
 }
 
+bool shows_all(const GateList& list, const BitMatrix& parities, const Task& task) {
+  const std::vector<PhaseStep> steps = with_phases(list.gates, parities);
+  if (steps.size() != list.gates.size() + static_cast<std::size_t>(parities.cols())) return false;
+  if (!task.closes()) return true;
+  const BitMatrix map = linear_map(steps, parities.rows());
+  for (int wire = 0; wire < parities.rows(); ++wire) {
+    const int output = list.frame.output_on(wire);
+    if (task.in_place() && output != wire) return false;
+    if (map.row_weight(wire) != 1 || !map.get(wire, output)) return false;
+  }
+  return true;
+}
+
 }  // namespace zelt::braidwerk::internal

@@ -10,12 +10,12 @@ namespace zelt::braidwerk::internal {
 
 struct SmallNetwork {
   int least = 0;                     ///< no network has fewer gates
-  std::optional<GateList> shortest;  ///< one of so many, if it came to one
+  std::optional<GateList> shortest;  ///< one with that many, where one was found
 };
 
-/// The fewest gates of a network of parities, a column each, that is known to have at least `least`
-/// and at most `most`, or, if that takes too long, a number in between that none has fewer of: by
-/// breadth-first searches over the maps behind the gates and the parities shown, one for each
+/// The fewest gates of a network of parities, one column each, that is known to have at least
+/// `least` and at most `most`, or, if that takes too long, a number in between that none has fewer
+/// of: by breadth-first searches over the maps after the gates and the parities shown, one for each
 /// number of gates. On up to six wires and 32 parities; elsewhere `least`.
 ///
 /// A state is left out where too many gates would be needed from there on: one for each parity to

@@ -28,8 +28,8 @@ SteinerWeights::SteinerWeights(const BitGraph& graph)
   }
 }
 
-/// From the largest set down: one that hangs together weighs its size, another one more than the
-/// best with a vertex more.
+/// From the largest set down: one that is connected weighs its size, another one more than the
+/// best with one vertex more.
 void SteinerWeights::fill_table(const BitGraph& graph) {
   by_set_.assign(std::size_t{1} << n_, 0);
   for (std::size_t set = by_set_.size(); set-- > 1;) {
@@ -67,13 +67,13 @@ void SteinerWeights::grow_tree(const BitGraph& graph, bool ascending) {
     if (neighbours(v).size() > neighbours(root).size()) root = v;
   }
   std::vector<std::vector<int>> children(size);
-  std::vector<char> met(size);
+  std::vector<char> seen(size);
   std::vector<int> queue{root};
-  met[static_cast<std::size_t>(root)] = 1;
+  seen[static_cast<std::size_t>(root)] = 1;
   for (std::size_t k = 0; k < queue.size(); ++k) {
     for (const int w : neighbours(queue[k])) {
-      if (met[static_cast<std::size_t>(w)]) continue;
-      met[static_cast<std::size_t>(w)] = 1;
+      if (seen[static_cast<std::size_t>(w)]) continue;
+      seen[static_cast<std::size_t>(w)] = 1;
       children[static_cast<std::size_t>(queue[k])].push_back(w);
       queue.push_back(w);
     }
@@ -95,7 +95,7 @@ void SteinerWeights::grow_tree(const BitGraph& graph, bool ascending) {
     for (const int w : children[static_cast<std::size_t>(v)]) stack.emplace_back(w, place);
   }
   tree.before.resize(size);
-  tree.behind.resize(size);
+  tree.after.resize(size);
 }
 
 void SteinerWeights::walk_tree(const Word* set, Tree& tree) {
@@ -115,7 +115,7 @@ void SteinerWeights::walk_tree(const Word* set, Tree& tree) {
   }
   at = first;
   for (std::size_t p = size; p-- > 0;) {
-    tree.behind[p] = at;
+    tree.after[p] = at;
     if (member(p)) at = p;
   }
 }
@@ -136,7 +136,7 @@ int SteinerWeights::changed_weight(const Word* set, int v) const {
   for (const Tree& tree : trees_) {
     const std::size_t p = tree.place[static_cast<std::size_t>(v)];
     const std::size_t a = tree.before[p];
-    const std::size_t b = tree.behind[p];
+    const std::size_t b = tree.after[p];
     const int detour = tree.between(a, p) + tree.between(p, b) - tree.between(a, b);
     tour = std::min(tour, tree.tour + sign * detour);
   }

@@ -52,7 +52,7 @@ class SteinerWeights {
 
     // Of the set at hand.
     std::vector<std::size_t> before;  // the place of the next member on either side, by place
-    std::vector<std::size_t> behind;
+    std::vector<std::size_t> after;
     int tour = 0;
 
     int between(std::size_t a, std::size_t b) const { return distance[a * order.size() + b]; }

@@ -49,7 +49,7 @@ struct ParityTuning {
   int walks_on_few = 16;
   int wide = 200;
   int walks_after_wide = 3;
-  int walks_in_place = 4;          ///< one step with the outputs in place for so many of the others
+  int walks_in_place = 4;  ///< a walk with the outputs in place takes a quarter of the steps
   int widest_on_three_wires = 30;  ///< there is nothing more to find
   Cooling cooling{0.3F, 0.003F};   ///< others from 0.1 to 0.001 are no better: n16k160
   Cooling cooling_on_device{1.0F, 0.1F};
