@@ -7,8 +7,7 @@
 
 /// \file
 /// All numbers of the search for Pauli networks that were tuned, but for the plans, which are
-/// tables in network_plans.cpp. The rows are those of bench/quality. Numbers without the name of a
-/// row were not measured singly.
+/// tables in network_plans.cpp. No record tells which row of a bench set them: not measured singly.
 
 namespace zelt::braidwerk::internal {
 
@@ -19,7 +18,7 @@ struct NetworkTuning {
   int first_runs_if_slow = 1;
   int most_for_equal = 1000;  ///< no first run on longer lists weighs all rotations the same
 
-  int long_list = 300;  ///< rotations; rows uccsd_lih, uccsd_nh3
+  int long_list = 300;  ///< rotations
   int beams_from_start = 3;
   int beams_from_gates = 6;
   int beams_from_start_if_long = 1;
@@ -49,7 +48,7 @@ struct NetworkTuning {
   Cooling cooling{};
 
   /// Gates (by depth layers) of the network of blocks, against those of the first runs, up to which
-  /// blocks get all of the effort, and half of it: rows labs_10_x2, maxcut_14_6, edges_16.
+  /// blocks get all of the effort, and half of it.
   double all_to_blocks = 1.1;
   double half_to_blocks = 1.25;
 };

@@ -4,20 +4,22 @@
 #include "zeltbraidwerk/search/internal/walk.h"
 
 /// \file
-/// All numbers of the search for parity networks that were tuned. Rows n8k64, n16k160 and n20k200
-/// are sets of random parities on 8, 16 and 20 wires: in bench/quality 8_64, 16_160 and 20_200.
-/// Numbers without the name of a row were not measured singly.
+/// All numbers of the search for parity networks that were tuned. n8k64, n16k160 and n20k200 are
+/// sets of random parities on 8, 16 and 20 wires, as in the rows 8_64, 16_160 and 20_200 of
+/// bench/quality; figures are mean gates. What has no figure was not measured singly.
 
 namespace zelt::braidwerk::internal {
 
 struct GrowthTuning {
-  /// The decay of costs is 1 - decay_wires / wires between these: 0.2 for n8k64, 0.5 for n16k160,
-  /// 0.6 for n20k200, each the best of those 0.05 to 0.1 beside it.
+  /// The decay of costs is 1 - decay_wires / wires between these. n8k64: 0.1 and 0.2 77.8,
+  /// 0.4 78.6. n16k160: 0.45 388.8, 0.5 388.0, 0.55 389.8. n20k200: 0.6 635, 0.65 647, 0.7 705.
   double decay_wires = 8;
   double least_decay = 0.2;
   double most_decay = 0.9;
-  /// What the rows of the map count, on few wires, medium and many: n8k64 0.05 with exponent 0,
-  /// n16k160 0.1 with -0.5, n20k200 0.1 with -1.
+  /// What the rows of the map count, and by which exponent: 0 on few wires, -0.5 on medium numbers,
+  /// -1 on many. n8k64: 0.05 with 0 76.9, nothing 77.8. n16k160: 0.1 with -0.5 380.0, 0.1 with -1
+  /// 382.3, nothing 388.0. n20k200: 0.1 with -1 627.0, 0.2 with -0.7 637.0; 0.1 with -2, 624.3, is
+  /// not used.
   int few_wires = 12;
   int medium_wires = 18;
   double share_on_few = 0.05;
@@ -26,7 +28,7 @@ struct GrowthTuning {
   double flatter = 0.1;
   double steeper = 0.15;
   double tie_noise = 1e-3;
-  int finishers = 10;  ///< 100 are no better: n16k160
+  int finishers = 10;  ///< n16k160: 100 386.5, 5 387
   int overtime = 5;    ///< levels
 };
 inline constexpr GrowthTuning growth_tuning;
@@ -51,7 +53,7 @@ struct ParityTuning {
   int walks_after_wide = 3;
   int walks_in_place = 4;  ///< a walk with the outputs in place takes a quarter of the steps
   int widest_on_three_wires = 30;  ///< there is nothing more to find
-  Cooling cooling{0.3F, 0.003F};   ///< others from 0.1 to 0.001 are no better: n16k160
+  Cooling cooling{0.3F, 0.003F};   ///< n16k160: this and 0.1 to 0.003 365.0, 0.03 to 0.001 364.5
   Cooling cooling_on_device{1.0F, 0.1F};
 };
 inline constexpr ParityTuning parity_tuning;
