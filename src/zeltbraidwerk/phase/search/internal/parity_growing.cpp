@@ -42,7 +42,7 @@ GateList ParityGrowing::quick(Meter& meter) {
   constexpr const ParityTuning& tuning = parity_tuning;
   const bool slow = task_.device != nullptr && n_ > tuning.quick_wires_on_device;
   const bool small = !slow && beam_microseconds() < tuning.quick_microseconds;
-  Network network;
+  ParityNetwork network;
   if (small) {
     const GrowthCost cost{costs_[0].decay, 0, -1};
     const BeamOptions options{.width = tuning.quick_width, .noise = growth_tuning.tie_noise};
@@ -98,7 +98,7 @@ std::optional<GateList> ParityGrowing::grow(int width, const GrowthCost& cost, M
                             .noise = growth_tuning.tie_noise};
   const int closing_width = std::clamp(width / 3, 1, parity_tuning.most_closing_width);
   std::optional<GateList> best;
-  for (const Network& network :
+  for (const ParityNetwork& network :
        grow_networks(parities_, task_.device, cost, options, rng_, meter)) {
     std::optional<GateList> list;
     if (task_.closes()) {

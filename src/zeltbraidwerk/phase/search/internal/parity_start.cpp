@@ -20,18 +20,18 @@ Draw draws_of(Rng& rng) {
   return [&rng](int first, int last) { return first + rng.below(last - first + 1); };
 }
 
-BitMatrix map_of(const Network& network, int n) {
+BitMatrix map_of(const ParityNetwork& network, int n) {
   BitMatrix map = BitMatrix::identity(n);
   for (const Gate& gate : network) map.add_row(wire_of(gate.a), wire_of(gate.b));
   return map;
 }
 
-void append(const structures::CnotCircuit& circuit, Network& network) {
+void append(const structures::CnotCircuit& circuit, ParityNetwork& network) {
   for (const auto& [control, target] : circuit.gates) network.push_back(cnot(control, target));
 }
 
-Network cnots_of(const std::vector<PhaseStep>& steps) {
-  Network network;
+ParityNetwork cnots_of(const std::vector<PhaseStep>& steps) {
+  ParityNetwork network;
   for (const PhaseStep& step : steps) {
     if (step.is_cnot()) network.push_back(cnot(step.control, step.target));
   }
@@ -46,14 +46,14 @@ ReductionCost reduction_cost(int n) {
 
 }  // namespace
 
-std::vector<Network> grow_networks(const BitMatrix& parities, const BitGraph* graph,
-                                   const GrowthCost& cost, const BeamOptions& options, Rng& rng,
-                                   Meter& meter) {
+std::vector<ParityNetwork> grow_networks(const BitMatrix& parities, const BitGraph* graph,
+                                         const GrowthCost& cost, const BeamOptions& options,
+                                         Rng& rng, Meter& meter) {
   Growth growth(parities.rows(), parities.cols(), cost, graph);
   BeamSearch<Growth> beam(growth, options, rng, meter);
-  std::vector<Network> networks;
+  std::vector<ParityNetwork> networks;
   for (const Finished<Growth>& finished : beam.run(growth.start(parities))) {
-    Network& network = networks.emplace_back();
+    ParityNetwork& network = networks.emplace_back();
     for (const GrowthMove& move : finished.moves) {
       network.push_back(cnot(move.control, move.target));
     }
@@ -61,7 +61,7 @@ std::vector<Network> grow_networks(const BitMatrix& parities, const BitGraph* gr
   return networks;
 }
 
-Network plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng) {
+ParityNetwork plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng) {
   if (graph == nullptr) return cnots_of(*greedy_network(parities, {}, draws_of(rng), Control{}));
   structures::Graph device(parities.rows());
   graph->unpack_into(device);
@@ -74,8 +74,8 @@ Network plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng
   return cnots_of(walk.steps());
 }
 
-std::optional<GateList> closed(const Network& network, int n, const BitGraph* graph, int width,
-                               Rng& rng, Meter& meter) {
+std::optional<GateList> closed(const ParityNetwork& network, int n, const BitGraph* graph,
+                               int width, Rng& rng, Meter& meter) {
   const BitMatrix undone = inverse(map_of(network, n));
   GateList closing;
   if (graph != nullptr) {
@@ -94,7 +94,7 @@ std::optional<GateList> closed(const Network& network, int n, const BitGraph* gr
   return closing;
 }
 
-GateList closed_plainly(const Network& network, int n, const BitGraph* graph, Rng& rng) {
+GateList closed_plainly(const ParityNetwork& network, int n, const BitGraph* graph, Rng& rng) {
   const BitMatrix undone = inverse(map_of(network, n));
   FreeCircuit closing(n);
   if (graph != nullptr) {
@@ -103,13 +103,13 @@ GateList closed_plainly(const Network& network, int n, const BitGraph* graph, Rn
     closing.circuit = optimized_pmh(undone);
     closing.circuit.reverse();
   }
-  Network gates = network;
+  ParityNetwork gates = network;
   append(closing.circuit, gates);
   return {n, std::move(gates)};
 }
 
 GateList in_place(const GateList& list, Rng& rng) {
-  Network gates;
+  ParityNetwork gates;
   append(close_within_gates(free_circuit(list), draws_of(rng)), gates);
   return {list.wires(), std::move(gates)};
 }

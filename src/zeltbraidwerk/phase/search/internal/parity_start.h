@@ -14,23 +14,23 @@ namespace zelt::braidwerk::internal {
 /// Circuits that a walk can begin with: networks, and what undoes their maps. With a graph, gates
 /// are on its edges.
 
-using Network = std::vector<Gate>;
+using ParityNetwork = std::vector<Gate>;
 
 /// Complete networks, shortest first; none where the effort ended before, or the beam in circles.
-std::vector<Network> grow_networks(const BitMatrix& parities, const BitGraph* graph,
-                                   const GrowthCost& cost, const BeamOptions& options, Rng& rng,
-                                   Meter& meter);
+std::vector<ParityNetwork> grow_networks(const BitMatrix& parities, const BitGraph* graph,
+                                         const GrowthCost& cost, const BeamOptions& options,
+                                         Rng& rng, Meter& meter);
 
 /// A network by the plain methods. Always ends.
-Network plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng);
+ParityNetwork plain_network(const BitMatrix& parities, const BitGraph* graph, Rng& rng);
 
 /// The network and after it a circuit that undoes its map, found by a beam of that width; outputs
 /// where they like, but on a graph in their places. Nothing where the effort ended before.
-std::optional<GateList> closed(const Network& network, int n, const BitGraph* graph, int width,
-                               Rng& rng, Meter& meter);
+std::optional<GateList> closed(const ParityNetwork& network, int n, const BitGraph* graph,
+                               int width, Rng& rng, Meter& meter);
 
 /// The same by the plain methods, outputs in their places. Always ends.
-GateList closed_plainly(const Network& network, int n, const BitGraph* graph, Rng& rng);
+GateList closed_plainly(const ParityNetwork& network, int n, const BitGraph* graph, Rng& rng);
 
 /// The same operator with its outputs in their places, not on a graph.
 GateList in_place(const GateList& list, Rng& rng);
