@@ -7,7 +7,7 @@
 
 /// \file
 /// All numbers of the search for Pauli networks that were tuned, but for the plans, which are
-/// tables in network_plans.cpp. No record tells which row of a bench set them: not measured singly.
+/// tables in network_plans.cpp. They were not measured singly.
 
 namespace zelt::braidwerk::internal {
 
