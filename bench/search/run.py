@@ -1,4 +1,4 @@
-"""What the searches reach in so many seconds, next to the best that others reach.
+"""What the searches reach in a number of seconds, next to the best that others reach.
 
     run.py                 every row, in about half an hour
     run.py --quick         two instances a row, a quarter of the time

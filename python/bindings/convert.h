@@ -62,7 +62,7 @@ IntArray2 to_numpy(const GateList& gates);
 IntArray2 to_numpy(const TableOf<int>& table);
 DoubleArray2 to_numpy(const TableOf<double>& table);
 ByteArray1 to_numpy(const std::vector<unsigned char>& bytes);
-/// A row a pair.
+/// One row per pair.
 ByteArray2 to_numpy(const std::vector<std::pair<unsigned char, unsigned char>>& pairs);
 ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes);
 

@@ -216,7 +216,7 @@ void bind_syndromes(nb::module_& m) {
         "Rows of H whose XOR is s at the places idx; RuntimeError where the search has no end.");
   m.def("SyndromeDecodingSolver_heuristic_bis", solved<SyndromeDecodingSolver_heuristic_bis>, "H"_a,
         "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,
-        "The same with the search started afresh behind each commitment.");
+        "The same with the search started afresh after each commitment.");
   m.def("create_queues", first_queues, "H"_a, "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,
         "(solved, states, result): the states depth steps from s.");
   m.def("update_queues", next_queues, "H"_a, "s"_a, "length"_a, "depth"_a, "width"_a, "idx"_a,

@@ -17,7 +17,7 @@
 
 /// \file
 /// A table is a list of strings, a string a list of codes 0 to 3 for I, X, Y, Z. What a function
-/// rewrites comes back behind its result.
+/// rewrites comes back after its result.
 namespace zelt::braidwerk::python {
 
 using nb::literals::operator""_a;
@@ -128,7 +128,7 @@ void bind_codiagonalisation(nb::module_& m) {
         auto circuit = unlocked([&] { return duncan_co_diag(table, params); });
         return std::tuple(std::move(circuit), std::move(table), std::move(params));
       },
-      "table"_a, "params"_a, "(circuit, table, params) behind the circuit.");
+      "table"_a, "params"_a, "(circuit, table, params) after the circuit.");
   m.def(
       "generate_basis_change_aa",
       [](PauliTable table, Params params, Graph graph) {

@@ -14,7 +14,7 @@
 
 /// \file
 /// The steps of the Pauli syntheses. What a step rewrites comes back, a table with its params, and
-/// behind them the circuit and what else it appends to.
+/// after them the circuit and what else it appends to.
 namespace zelt::braidwerk::python {
 
 using nb::literals::operator""_a;

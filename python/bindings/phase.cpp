@@ -98,7 +98,8 @@ void bind_syntheses(nb::module_& m) {
         phase_poly_to_table(terms, table, params, n);
         return std::tuple(to_numpy(table), std::move(params));
       },
-      "poly"_a, "n"_a, "(table, params): a row a qubit, a column a term in the order of the keys.");
+      "poly"_a, "n"_a,
+      "(table, params): one row per qubit, one column per term in the order of the keys.");
 }
 
 void bind_steps(nb::module_& m) {

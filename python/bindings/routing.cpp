@@ -17,7 +17,7 @@
 #include "zeltbraidwerk/routing/linear_nnizer.h"
 
 /// \file
-/// What a function of the library rewrites comes back behind its result. A circuit goes in with the
+/// What a function of the library rewrites comes back after its result. A circuit goes in with the
 /// tableau to start from, of as many qubits.
 namespace zelt::braidwerk::python {
 

@@ -237,10 +237,10 @@ def routing(draw, n):
             assert same_up_to_phase(unitary(result.circuit), whole)
             return
         operator, found = unfolded(result.circuit)
-        behind, wanted = unfolded(source)
+        left, wanted = unfolded(source)
         assert_rotations(found, wanted, places, True)
         tail = tableau(*result.tail.images())
-        assert_operator(operator.then(tail), behind, places, places)
+        assert_operator(operator.then(tail), left, places, places)
         assert kept["tail"] == "return" or tail == stim.Tableau(result.n)
 
     if kept["tail"] == "close":

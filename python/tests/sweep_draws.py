@@ -29,7 +29,7 @@ class Draw(random.Random):
         return int((MOST + 1) * (number * 0.6180339887498949 % 1) ** 2.5)
 
     def ground(self, n, odds=0.4):
-        """Number of qubits and edges of a device of n qubits or more that hang together."""
+        """Number of qubits and edges of a connected device of n qubits or more."""
         if not self.chance(odds):
             return None
         width = n + self.choice((0, 0, 0, 0, 1, 7))
@@ -84,7 +84,7 @@ class Draw(random.Random):
         return self.choice(BEYOND if self.chance(0.04) else (0, 1, 3, n, 2 * n, 60))
 
     def pairs(self, n):
-        """Of different qubits, from none to so many that a map through them is dense."""
+        """Of different qubits, from none to enough that a map through them is dense."""
         if n < 2:
             return []
         count = self.choice((0, 1, 3, n, n, 3 * n, n * n // 2 + 5))

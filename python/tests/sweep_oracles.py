@@ -184,7 +184,7 @@ def assert_report(result, n, ground, free=False):
 
 
 def near(ground, places, start, steps):
-    """The places within so many edges of one, along places."""
+    """The places within that number of edges of one, along places."""
     found = {start}
     for _ in range(steps):
         found |= {a for edge in ground[1] if found & set(edge) for a in edge} & set(places)

@@ -90,7 +90,7 @@ def test_general_circuits(circuit):
 def test_pictures(circuit, width):
     drawn = circuit.draw(width)
     lines = drawn.split("\n")
-    period = 2 * circuit.n  # a line a wire, joints between them, an empty line between blocks
+    period = 2 * circuit.n  # one line per wire, joints between them, an empty line between blocks
     for start in range(0, len(lines), period):
         wires = lines[start : start + period : 2]
         assert [wire[:4] for wire in wires] == [f"q{q}: " for q in range(circuit.n)]

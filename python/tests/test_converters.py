@@ -253,7 +253,7 @@ def test_gates_of_pytket_that_we_know(tket):
                 circuit = tket.Circuit(3)
                 try:
                     circuit.add_gate(kind, turns, qubits)
-                except (RuntimeError, IndexError):  # not so many
+                except (RuntimeError, IndexError):  # fewer than that
                     continue
                 found = Circuit.from_pytket(circuit)
                 assert same_up_to_phase(circuit.get_unitary(), unitary(found)), name

@@ -145,7 +145,7 @@ TEST(StateSearch, turns_zeros_into_the_state_itself) {
   }
 }
 
-TEST(StateSearch, finds_the_trees_behind_dense_graphs) {
+TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   std::mt19937 rng(3);
   for (const int n : {2, 5, 9, 20}) {
     EXPECT_EQ(searched(graph_state(n, 1, rng), 0).count, n - 1) << n;

@@ -31,7 +31,7 @@ bool implements(const FreeCircuit& found, const BoolMatrix& m, bool exact) {
   return implements_up_to(found.circuit, found.perm, m);
 }
 
-// Distances by plain search from the identity, or from all permutations, a row a number.
+// Distances by plain search from the identity, or from all permutations, one row per number.
 using Rows = std::array<unsigned, 5>;
 
 std::map<Rows, int> plain_distances(int n, WindowGraph graph, bool permuted, int most) {

@@ -69,7 +69,7 @@ TEST(Scheduler, FillsLayersWithGatesThatCommute) {
   Scheduler scheduler(5);
   EXPECT_EQ(scheduler.settle(gates), 4);
   EXPECT_EQ(scheduler.bound(), 6);
-  // A control behind a target does not commute with it.
+  // A control after a target does not commute with it.
   gates = {cnot(0, 1), cnot(1, 2), cnot(2, 3)};
   EXPECT_EQ(scheduler.settle(gates), 3);
 }

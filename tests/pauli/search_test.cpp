@@ -66,10 +66,10 @@ std::string fault(const PauliRows& table, int n, const NetworkTask& task,
     if (task.in_place() && wire != q) return "not on its wire";
     for (const char letter : {'X', 'Z'}) {
       std::string before(static_cast<std::size_t>(n), 'I');
-      std::string behind = before;
+      std::string after = before;
       before[static_cast<std::size_t>(q)] = letter;
-      behind[static_cast<std::size_t>(wire)] = letter;
-      if (support::carried(before, tableau) != support::SignedString{false, behind}) {
+      after[static_cast<std::size_t>(wire)] = letter;
+      if (support::carried(before, tableau) != support::SignedString{false, after}) {
         return "not closed";
       }
     }

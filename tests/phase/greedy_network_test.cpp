@@ -38,7 +38,7 @@ TEST(GreedyNetwork, ServesEveryTermOnceAndRepeats) {
       (map_share > 0 ? with_map : plain) += cnots(steps);
     }
   }
-  EXPECT_NE(plain, with_map) << "the map left behind counts for nothing";
+  EXPECT_NE(plain, with_map) << "the map that is left counts for nothing";
   // All seven sums of three wires: one gate each for the four heavy ones.
   const PhasePolynomial all = polynomial({"100", "010", "001", "110", "101", "011", "111"});
   EXPECT_EQ(cnots(*greedy_network(pack_parities(all, 3), {}, SeededDraw(1, 0), {})), 4);

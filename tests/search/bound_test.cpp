@@ -40,7 +40,7 @@ using support::pulled_back;
 using support::random_gates;
 using support::Rng;
 
-/// Those of two wires or more, once each, a column a parity.
+/// Those of two wires or more, once each, one column per parity.
 BitMatrix different_parities(const std::set<std::vector<bool>>& parities, int n) {
   BitMatrix columns(n, static_cast<int>(parities.size()));
   int column = 0;
@@ -217,7 +217,7 @@ TEST(Bounds, OfLargerProblemsAreNotAboveTheCircuitsThatTheyAreMadeFrom) {
       tallies[2].add(bound_of_operator(OperatorRows(images), outputs, graph), count, layers);
     }
 
-    // Rotations about what is on a wire behind some of the gates.
+    // Rotations about what is on a wire after some of the gates.
     PauliFrame strings(n, count);
     for (int g = 0; g < count; ++g) {
       const PauliFrame back = pulled_back(gates, g + 1, n);

@@ -22,7 +22,7 @@ using synthesis::SynthesisOptions;
 
 constexpr std::optional<int> endless = std::nullopt;
 
-/// A run makes a circuit of so many gates; its "circuit" is the number of the run.
+/// A run makes a circuit of that number of gates; its "circuit" is the number of the run.
 Lane lane(const std::string& method, std::optional<int> runs, std::function<int(int)> gates,
           milliseconds time = milliseconds(0)) {
   return {.method = method, .runs = runs, .make = [gates, time](int run) {

@@ -177,7 +177,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
     }
     const Values before = after(list, wires);
     const auto values = shown(list, wires);
-    // Gates before the block leave places alone that it says they do, and those behind it.
+    // Gates before the block leave places alone that it says they do, and those after it.
     for (int place = 0; place < window.size; ++place) {
       const int wire = window.wires[static_cast<std::size_t>(place)];
       const auto touches = [&](int p) {
@@ -192,7 +192,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
       }
     }
     std::vector<Gate> same = list;
-    const int behind = WindowFinder::replace(same, window, window.gates);
+    const int after = WindowFinder::replace(same, window, window.gates);
     ASSERT_EQ(after(same, wires), before);
     ASSERT_EQ(same.size(), list.size());
     if (by_values) {
@@ -205,7 +205,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
     std::vector<Gate> grown = list;
     const int end = WindowFinder::replace(grown, window, longer);
     ASSERT_EQ(after(grown, wires), before);
-    ASSERT_EQ(end - behind, static_cast<int>(longer.size() - window.gates.size()));
+    ASSERT_EQ(end - after, static_cast<int>(longer.size() - window.gates.size()));
   }
 }
 

@@ -52,7 +52,7 @@ inline std::vector<structures::Gate> random_circuit(int n, int length, AngleKind
 
 /// Whether the circuit equals `routed` followed by the inverse of `frame`'s operator: the same
 /// rotations with symbolic angles, those that do not commute in the same order, and the same
-/// Clifford operator behind them, signs included. Returns the first fault, or an empty text.
+/// Clifford operator after them, signs included. Returns the first fault, or an empty text.
 inline std::string fault(const std::vector<structures::Gate>& circuit,
                          std::vector<structures::Gate> routed,
                          const structures::OperatorTableau& frame) {

@@ -46,7 +46,7 @@ inline internal::BitGraph path(int n) {
   return graph;
 }
 
-/// What X, then Z, on the wires behind the first `count` gates stand for in front of them: the
+/// What X, then Z, on the wires after the first `count` gates stand for in front of them: the
 /// images under the way back, which takes as many gates. Each wire's other labels than the one of a
 /// gate are multiplied by the other wire's label of that gate.
 inline internal::PauliFrame pulled_back(const Gates& gates, int count, int n) {

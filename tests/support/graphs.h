@@ -23,7 +23,7 @@ inline structures::Graph graph(int n, const Edges& edges) {
   return g;
 }
 
-/// The vertices one behind the other, closed to a ring on demand.
+/// The vertices one after the other, closed to a ring on demand.
 inline structures::Graph line(int n, bool ring = false) {
   structures::Graph g(n);
   for (int v = 1; v < n; ++v) g.add_edge(v - 1, v);

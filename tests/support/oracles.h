@@ -22,7 +22,7 @@ inline std::size_t at(int i) {
   return static_cast<std::size_t>(i);
 }
 
-/// matrix({"011", "100"}): a row a string.
+/// matrix({"011", "100"}): one row per string.
 inline BoolMatrix matrix(const std::vector<std::string_view>& rows) {
   BoolMatrix m;
   for (const std::string_view row : rows) {

@@ -58,7 +58,7 @@ inline PauliRows random_rows(int count, int qubits, std::mt19937& rng) {
   return table;
 }
 
-/// Strings of I and Z behind a random Clifford circuit.
+/// Strings of I and Z after a random Clifford circuit.
 inline PauliRows random_commuting_rows(int count, int qubits, std::mt19937& rng) {
   using namespace zelt::braidwerk::internal;
   PauliFrame frame(qubits, count);

@@ -63,7 +63,7 @@ ZELTBRAIDWERK_EXPORT int cnot_depth(const std::vector<Gate>& gates);
 /// The bits in order, without separator or line end.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const BoolRow& row);
 
-/// A line an entry in key order: `[101] : 3`.
+/// One line per entry in key order: `[101] : 3`.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out,
                                               const std::map<BoolRow, int>& parities);
 

@@ -90,7 +90,7 @@ struct ZELTBRAIDWERK_EXPORT Graph {
   std::string to_string() const;  ///< the text of operator<<
 };
 
-/// A line a vertex that has neighbours: the vertex, " : ", each neighbour followed by a blank.
+/// One line per vertex that has neighbours: the vertex, " : ", each neighbour followed by a blank.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const Graph& graph);
 
 }  // namespace structures

@@ -28,7 +28,7 @@ namespace synthesis {
 using DecodingEntry = std::tuple<int, BoolRow, std::vector<int>>;
 
 /// Rows of H whose XOR is s at the places in `idx`, in the order of adding; a row may stand in the
-/// list twice. Behind each commitment the states beyond it are kept and expanded by one level.
+/// list twice. After each commitment the states beyond it are kept and expanded by one level.
 ///
 /// `depth` and `width` below 1 count as 1. Throws runtime_error where the search would have no end,
 /// as for a syndrome that is no sum of rows of H. Each step costs O(width^depth * rows * length /
@@ -38,7 +38,7 @@ ZELTBRAIDWERK_EXPORT std::vector<int> SyndromeDecodingSolver_heuristic(BoolMatri
                                                                        int depth, int width,
                                                                        std::vector<int>& idx);
 
-/// The same with the search started afresh behind each commitment. The two need not find the same
+/// The same with the search started afresh after each commitment. The two need not find the same
 /// list.
 ZELTBRAIDWERK_EXPORT std::vector<int> SyndromeDecodingSolver_heuristic_bis(BoolMatrix const& H,
                                                                            BoolRow s, int length,

@@ -30,7 +30,7 @@ namespace synthesis {
 ZELTBRAIDWERK_EXPORT structures::CnotCircuit GreedyGaussianElimination_faster(int n, BoolMatrix& m);
 
 /// The pairs that clear column `col` below the diagonal: the rows from `col` on with a one there,
-/// matched on the columns behind it. The smallest of them stays unmatched and is not reported.
+/// matched on the columns after it. The smallest of them stays unmatched and is not reported.
 ZELTBRAIDWERK_EXPORT std::vector<std::tuple<int, int>> get_pairs_lower(int n, const BoolMatrix& m,
                                                                        int col);
 

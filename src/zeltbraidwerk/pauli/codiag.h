@@ -8,7 +8,7 @@
 #include "zeltbraidwerk/pauli/pauli_table.h"
 
 /// \file
-/// Greedy co-diagonalisation: a circuit of H, "RX" by pi/2 and CNOT behind which rotations that
+/// Greedy co-diagonalisation: a circuit of H, "RX" by pi/2 and CNOT after which rotations that
 /// commute pairwise hold only I and Z. The table and its angles are rewritten by the circuit, so
 /// that the rotations equal the circuit, the rewritten rotations, and the inverse of the circuit.
 ///
@@ -25,7 +25,7 @@ ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> duncan_co_diag(
     PauliTable& table, std::vector<structures::Parameter>& params);
 
 /// For a device: every CNOT acts on an edge of the graph, whose shortest paths must be set. Throws
-/// what the trees throw when the qubits do not hang together.
+/// what the trees throw when the qubits are not connected.
 ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> generate_basis_change_aa(
     PauliTable& table, std::vector<structures::Parameter>& params, structures::Graph& graph);
 

@@ -17,7 +17,7 @@
 /// E. van den Berg, K. Temme, "Circuit optimization of Hamiltonian simulation by simultaneous
 /// diagonalization of Pauli clusters", Quantum 4 (2020) 322.
 
-/// Undoes the linear map (by optimized_PMH_Algorithm) and the basis change behind each group, so
+/// Undoes the linear map (by optimized_PMH_Algorithm) and the basis change after each group, so
 /// that the circuit is the rotations alone.
 ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> commute_pauli_synth(PauliRotationMap& rotations,
                                                                        int method);

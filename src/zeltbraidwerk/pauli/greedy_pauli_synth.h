@@ -12,7 +12,7 @@
 ///
 /// Both functions return a circuit of H, "RX", "RY", "RZ" and CNOT in which each rotation comes up
 /// once; their order is not kept. Nothing undoes the moves: the whole circuit is applied to
-/// `tableau` by apply_left, which thereby gains the Clifford operator behind the rotations. So
+/// `tableau` by apply_left, which thereby gains the Clifford operator after the rotations. So
 /// angles are to be symbolic, which that operator does not see, or multiples of pi/2, which become
 /// part of it; any other throws std::logic_error "Non-clifford rotation angle".
 ///

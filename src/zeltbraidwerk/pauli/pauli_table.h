@@ -15,13 +15,14 @@
 /// kept in a string: it flips the angle of its row.
 ///
 /// A rewrite by a gate U turns P into U P U-dagger. So when gates are appended to a basis change
-/// and the table is rewritten by each, the table is what the rotations look like behind them: the
+/// and the table is rewritten by each, the table is what the rotations look like after them: the
 /// rotations equal the circuit, then the rewritten rotations, then the inverse of the circuit.
 ///
 /// Indices are not checked. A code above 3 that meets a gate throws std::out_of_range
 /// "map::at:  key not found".
 
-using PauliTable = std::vector<std::vector<unsigned char>>;  ///< a row a rotation, a column a qubit
+using PauliTable =
+    std::vector<std::vector<unsigned char>>;  ///< one row per rotation, one column per qubit
 /// Rotations by string, in lexicographic order of the codes.
 using PauliRotationMap = std::map<std::vector<unsigned char>, structures::Parameter>;
 
@@ -83,7 +84,7 @@ ZELTBRAIDWERK_EXPORT void sort_lexico(PauliTable& table,
 /// a[i] becomes a[i] XOR b[i], over the length of a.
 ZELTBRAIDWERK_EXPORT BoolRow& operator^=(BoolRow& a, const BoolRow& b);
 
-/// The body of a TeX table: a line a qubit, each row's letter as "X& ", and two backslashes.
+/// The body of a TeX table: one line per qubit, each row's letter as "X& ", and two backslashes.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const PauliTable& table);
 
 /// Each element as a number followed by a blank; rows of a matrix each with a line end.

@@ -12,8 +12,8 @@
 /// \file
 /// Phase polynomials on a machine where any two qubits may be joined.
 ///
-/// The step functions work on a parity table: a BoolMatrix with a row a qubit and a column a term,
-/// in key order, whose entry [r][c] says that parity c holds what now stands on wire r.
+/// The step functions work on a parity table: a BoolMatrix with one row per qubit and one column
+/// per term, in key order, whose entry [r][c] says that parity c holds what now stands on wire r.
 
 /// One pending piece of gray_synth's work.
 struct ZELTBRAIDWERK_EXPORT Part2 {
@@ -31,9 +31,9 @@ struct ZELTBRAIDWERK_EXPORT Part2 {
 /// M. Amy, P. Azimzadeh, M. Mosca, "On the controlled-NOT complexity of controlled-NOT-phase
 /// circuits", Quantum Science and Technology 4 (2019) 015002.
 ///
-/// The linear map that the circuit leaves behind is not undone: `table` is overwritten by it (row r
-/// is what stands on qubit r behind the circuit), and who wants the diagonal operator alone
-/// synthesises its inverse behind the circuit. An empty polynomial gives an empty circuit and
+/// The linear map that the circuit leaves is not undone: `table` is overwritten by it (row r
+/// is what stands on qubit r after the circuit), and who wants the diagonal operator alone
+/// synthesises its inverse after the circuit. An empty polynomial gives an empty circuit and
 /// leaves `table` as it was.
 ///
 /// The number of qubits is the length of the first key. Throws std::invalid_argument for a key of
@@ -43,8 +43,9 @@ struct ZELTBRAIDWERK_EXPORT Part2 {
 ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> gray_synth(const PhasePolynomial& poly,
                                                               structures::Table& table);
 
-/// Resizes `table` to n rows and appends a column a term, in key order, and its angle to `params`.
-/// Clears nothing: empty containers give the parity table. Bits of a key beyond n are left out.
+/// Resizes `table` to n rows and appends one column per term, in key order, and its angle to
+/// `params`. Clears nothing: empty containers give the parity table. Bits of a key beyond n are
+/// left out.
 ZELTBRAIDWERK_EXPORT void phase_poly_to_table(const PhasePolynomial& poly, BoolMatrix& table,
                                               std::vector<structures::Parameter>& params, int n);
 

@@ -25,7 +25,7 @@ ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> gray_synth_on_graph(const Pha
                                                                        structures::Table& table);
 
 /// Serves the columns within the rows, a set of vertices that hangs together. Ends without effect
-/// when no row can leave. Behind it `cols` holds the columns that had a 0 on every row that left.
+/// when no row can leave. Afterwards `cols` holds the columns that had a 0 on every row that left.
 /// `table`, `params` and `circuit` as in the step functions of gray_synth.h.
 ZELTBRAIDWERK_EXPORT void base_recursion_step_graph(std::set<int>& cols, std::set<int>& rows,
                                                     const structures::Graph& graph,

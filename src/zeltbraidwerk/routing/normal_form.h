@@ -77,7 +77,7 @@ normalize_circuit(const std::vector<structures::Gate>& circuit,
 ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> get_basis_change(const std::string& pauli,
                                                                     int n);
 
-/// A line an entry in key order: `1 0 1 : 0.5`.
+/// One line per entry in key order: `1 0 1 : 0.5`.
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(
     std::ostream& out, const std::map<BoolRow, structures::Parameter>& polynomial);
 

@@ -51,7 +51,7 @@ class PauliFrame {
   const Word* z(int q) const { return z_.row(q); }
   Word* signs() { return signs_.row(0); }
   const Word* signs() const { return signs_.row(0); }
-  const BitMatrix& x_planes() const { return x_; }  ///< a row a qubit
+  const BitMatrix& x_planes() const { return x_; }  ///< one row per qubit
   const BitMatrix& z_planes() const { return z_; }
 
   unsigned char letter(int r, int q) const { return letter_of(x_.get(q, r), z_.get(q, r)); }
@@ -94,7 +94,7 @@ class PauliFrame {
   /// How many rows hold each of the four letters on a qubit; with a mask, among its rows.
   std::array<int, 4> letter_counts(int q, const Word* mask = nullptr) const;
 
-  /// The letters other than I of each row: a row a string, a column a qubit.
+  /// The letters other than I of each row: one row per string, one column per qubit.
   BitMatrix supports() const;
 
   bool commute(int r, int s) const;

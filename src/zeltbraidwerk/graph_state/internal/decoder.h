@@ -9,7 +9,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A decoding problem: a row a bit, column 0 the syndrome, column j + 1 vector j. Answers list
+/// A decoding problem: one row per bit, column 0 the syndrome, column j + 1 vector j. Answers list
 /// vectors in ascending order, none twice.
 
 /// By nearest vectors. Nothing where the way never ends.

@@ -143,7 +143,7 @@ inline bool BitGraph::is_leaf(int v) const {
   return one != 0;
 }
 
-/// Whether the members, with the edges among them, hang together. False for no members.
+/// Whether the members, with the edges among them, are connected. False for no members.
 bool is_connected(const BitGraph& graph, const VertexSet& members);
 
 /// Throws std::invalid_argument unless the graph is a connected one of n vertices.

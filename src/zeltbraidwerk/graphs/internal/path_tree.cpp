@@ -30,7 +30,7 @@ void search_tree(const BitGraph& graph, int root, PathTree& tree) {
 }
 
 // In a sweep over ascending vertices, v settles as soon as a neighbour one hop nearer has settled:
-// in the same sweep when that neighbour comes before v, in the next one when it comes behind. Of
+// in the same sweep when that neighbour comes before v, in the next one when it comes after. Of
 // the neighbours that have settled by then it takes the smallest. So one pass outward over the
 // layers, carrying the number of the sweep in which a vertex settles, gives the same tree.
 void sweep_tree(const BitGraph& graph, int root, PathTree& tree) {

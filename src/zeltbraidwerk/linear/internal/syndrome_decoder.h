@@ -63,7 +63,7 @@ class SyndromeDecoder {
   Outcome expand(DecodingQueue& queue, std::vector<int>& result);
 
   /// Looks `depth` steps ahead and commits the first one of the best state, until a child is zero.
-  /// Behind a commitment the states beyond it are kept and expanded once, or all is built anew from
+  /// After a commitment the states beyond it are kept and expanded once, or all is built anew from
   /// the residual. Appends the parities to `result` in the order of adding; false when stopped.
   ///
   /// Throws runtime_error when the search returns to a state that it has been in, and so would

@@ -80,7 +80,7 @@ std::vector<Gate> synthesise_open_sets(Rotations rotations, int method, const Dr
   for (const std::vector<int>& rows : commuting_groups(rotations.frame)) {
     const Group group(rotations, rows, method, draw);
     for (const auto* gates : {&group.basis_change, &group.phases}) {
-      // The groups to come stand behind these gates.
+      // The groups to come stand after these gates.
       for (const Gate& gate : *gates) rotations.frame.apply(gate);
       append(circuit, *gates);
     }

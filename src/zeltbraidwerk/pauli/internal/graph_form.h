@@ -7,7 +7,7 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A stabiliser group as a graph state behind H gates.
+/// A stabiliser group as a graph state followed by H gates.
 struct GraphForm {
   BitMatrix graph;
   std::vector<structures::Gate> gates;

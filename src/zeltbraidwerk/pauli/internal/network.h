@@ -23,7 +23,7 @@ std::vector<structures::Gate> synthesise_ladders(const Rotations& rotations);
 std::vector<structures::Gate> synthesise_open_sets_on_graph(Rotations rotations,
                                                             structures::Graph& graph);
 
-/// Rows in layers, each behind the last one that holds an earlier row with which it does not
+/// Rows in layers, each after the last one that holds an earlier row with which it does not
 /// commute. So the rows of a layer commute, and the layers one after the other are the product of
 /// the rows in their order. O(rows^2 * qubits / 64).
 std::vector<std::vector<int>> layers_in_order(const PauliFrame& frame);

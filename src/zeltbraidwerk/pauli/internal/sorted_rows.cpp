@@ -175,7 +175,7 @@ void SortedRows::remember(const Word* digit) {
   past_.insert(past_.end(), digit, digit + left_.size());
 }
 
-/// Behind a single move, whether a weight went up or down tells as much as the weight before.
+/// After a single move, whether a weight went up or down tells as much as the weight before.
 void SortedRows::play(std::span<const Move> moves, std::vector<structures::Gate>& circuit) {
   const bool is_only = moves.size() == 1;
   for (int k = 0; k < weights_.rows() && !is_only; ++k) remember(weights_.row(k));

@@ -35,7 +35,7 @@ class SortedRows {
 
  private:
   /// Rows of one weight that stand together as far as the past before `level` tells. The words of
-  /// all groups lie one behind the other, those of the first rows last, each group's in descending
+  /// all groups lie one after the other, those of the first rows last, each group's in descending
   /// order.
   struct Group {
     std::size_t level;

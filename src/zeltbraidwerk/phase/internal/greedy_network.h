@@ -17,7 +17,7 @@ struct GreedyNetworkOptions {
 
 /// A phase circuit that always works on one of the lightest parities left: of the CNOTs that take a
 /// wire out of it, the one that helps all parities most, less what it adds to the linear map that
-/// is left behind. Equal ones are drawn. `parities` has no zero column. Nothing when stopped.
+/// is left. Equal ones are drawn. `parities` has no zero column. Nothing when stopped.
 std::optional<std::vector<PhaseStep>> greedy_network(BitMatrix parities,
                                                      const GreedyNetworkOptions& options,
                                                      const Draw& draw, const Control& control);

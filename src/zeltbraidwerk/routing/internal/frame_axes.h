@@ -39,7 +39,7 @@ class FrameAxes {
 
  private:
   PauliFrame frame_;
-  BitMatrix supports_;  ///< a row a rotation
+  BitMatrix supports_;  ///< one row per rotation
   int base_ = 0;        ///< number of the first row, a multiple of the word size
 };
 

@@ -53,7 +53,7 @@ class LevelSearch {
   };
   enum class Answer { yes, no, unknown };
 
-  /// Within so many moves. On yes the last level has the end.
+  /// Within that number of moves. On yes the last level has the end.
   Answer reaches_end(int moves) {
     const State first = problem_.start();
     levels_.assign(1, {{first, 0, {}}});

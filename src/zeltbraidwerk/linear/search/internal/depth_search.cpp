@@ -73,7 +73,7 @@ class ShallowSearch : public SearchBase<GateList> {
     consider(gate_list(found));
   }
 
-  /// The best of layers alone after so many steps.
+  /// The best of layers alone after that number of steps.
   GateList from_layers(std::uint64_t steps) {
     // Of small matrices other circuits make better starts than the best one does once more.
     if (n_ < shallow_tuning.large_wires) series_.begin_anew();

@@ -148,7 +148,8 @@ inline std::array<int, 3> layer_widths(int n) {
 struct DeviceTuning {
   Schedule rounds{.first_steps = 12000};
   int greedy_wires = 64;  ///< a greedy run of the beam takes some tenths of a second
-  /// Vertices that may go next: all up to so many wires, and a few above; row matrix on grid 8x8.
+  /// Vertices that may go next: all up to that number of wires, and a few above; row matrix on grid
+  /// 8x8.
   int all_vertices = 32;
   int few_vertices = 8;
   int path_operations = 10'000;  ///< for a Hamiltonian path

@@ -15,7 +15,8 @@ constexpr SmallMatrix identity = 0x8421;
 
 using Slots = std::array<std::uint8_t, slots>;
 
-/// Sets of sums, a bit a set: a Boolean function of 11 variables, whether each slot is in the set.
+/// Sets of sums, one bit per set: a Boolean function of 11 variables, whether each slot is in the
+/// set.
 using Family = std::array<std::uint64_t, words>;
 
 constexpr std::array<std::uint8_t, slots> sum_of_slot = {3, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15};
@@ -108,7 +109,7 @@ constexpr SmallMatrix matrix_after(SmallMatrix m, int control, int target) {
 }
 
 bool invertible(SmallMatrix m) {
-  unsigned span = 1;  // of the rows so far, a bit a sum
+  unsigned span = 1;  // of the rows so far, one bit per sum
   for (int r = 0; r < wires; ++r) {
     const unsigned row = (m >> (wires * r)) & 15U;
     if ((span >> row) & 1U) return false;
