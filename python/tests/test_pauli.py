@@ -298,10 +298,6 @@ def test_edges():
     )
 
 
-def two():
-    return pauli.synthesize([("XX", 1.0)], tail="return", method="ladder")
-
-
 @pytest.mark.parametrize(
     ("qubits", "electrons", "strings", "cnots"),
     [(4, 2, 12, 64), (12, 4, 640, 6976), (14, 10, 1000, 12240), (16, 10, 2340, 31760)],

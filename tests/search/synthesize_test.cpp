@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -300,21 +299,6 @@ TEST_P(EveryFamily, TheSameSeedGivesTheSameCircuitOnAnyNumberOfThreads) {
     EXPECT_EQ(one.gates, three.gates);
     EXPECT_EQ(one.result.permutation, three.result.permutation);
     EXPECT_EQ(one.result.seed, 3);
-  }
-}
-
-TEST_P(EveryFamily, MoreStepsAreNeverWorse) {
-  for (const Objective objective : {Objective::count, Objective::depth}) {
-    std::pair<int, int> before{std::numeric_limits<int>::max(), 0};
-    for (const std::uint64_t steps : {0, 1, 20, 300, 3000}) {
-      SynthesisOptions options = search(steps);
-      options.objective = objective;
-      const SynthesisResult result = GetParam().make(options).result;
-      const std::pair now = objective == Objective::count ? std::pair(result.count, result.depth)
-                                                          : std::pair(result.depth, result.count);
-      EXPECT_LE(now, before) << steps;
-      before = now;
-    }
   }
 }
 
