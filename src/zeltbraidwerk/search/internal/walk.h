@@ -123,7 +123,7 @@ class Walk {
   }
 
   void rename_gates(int from) {
-    names_.rename(list_.gates, from, [this](auto&& f) { each_end(f); });
+    names_.rename(list_.gates, from, [this](auto&& f) { this->each_end(f); });
   }
 
   void rename_frame() {
