@@ -192,7 +192,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
       }
     }
     std::vector<Gate> same = list;
-    const int after = WindowFinder::replace(same, window, window.gates);
+    const int next = WindowFinder::replace(same, window, window.gates);
     ASSERT_EQ(after(same, wires), before);
     ASSERT_EQ(same.size(), list.size());
     if (by_values) {
@@ -205,7 +205,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
     std::vector<Gate> grown = list;
     const int end = WindowFinder::replace(grown, window, longer);
     ASSERT_EQ(after(grown, wires), before);
-    ASSERT_EQ(end - after, static_cast<int>(longer.size() - window.gates.size()));
+    ASSERT_EQ(end - next, static_cast<int>(longer.size() - window.gates.size()));
   }
 }
 

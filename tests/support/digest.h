@@ -44,7 +44,7 @@ class Digest {
       add_word(static_cast<std::uint64_t>(std::ranges::distance(value)));
       for (const auto& entry : value) add_one(entry);
     } else {
-      std::apply([this](const auto&... parts) { add(parts...); }, value);
+      std::apply([this](const auto&... parts) { this->add(parts...); }, value);
     }
   }
   void add_one(const structures::Parameter& angle) { add(angle.value, angle.expression); }
