@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr std::size_t remembered = 5;
+constexpr const NetworkTargetTuning& tuning = network_target_tuning;
 
 constexpr NetworkPlan plans_free[] = {
     {{.shape = 0.42, .bonus = 0.4, .emphasis = Emphasis::by_place, .rate = 50}},
@@ -97,6 +100,10 @@ NetworkPlan NetworkPlans::varied(NetworkPlan plan, Rng& rng) const {
   settings.bonus = std::max(0.0, settings.bonus + between(-0.25, 0.25, rng));
   settings.rate *= between(0.85, 1.18, rng);
   settings.jitter = rng.chance(0.6F) ? 0 : between(0, 0.25, rng);
+  if (has_target_) {
+    settings.tail = rng.chance(tuning.tail_chance) ? between(0, tuning.most_tail, rng) : 0;
+    return plan;
+  }
   settings.tail = !closes_ || qubits_ > 12 || rng.chance(0.6F) ? 0 : between(0, 0.012, rng);
   return plan;
 }
