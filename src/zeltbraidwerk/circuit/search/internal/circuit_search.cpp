@@ -30,16 +30,31 @@ class CircuitSearch : public SearchByBoth<Network> {
   bool finished() const { return shortest().size.count == 0; }
 
   void round(const Round& round) {
-    if (problem_.rows.rows() < tuning.most_for_beams) {
-      search_forward(round.steps / 4);
-      search_backward(round.steps / 4);
+    const bool with_beams = problem_.rows.rows() < tuning.most_for_beams;
+    if (with_beams) {
+      search(forward_, round.steps, [&](std::uint64_t steps) { search_forward(steps); });
+      search(backward_, round.steps, [&](std::uint64_t steps) { search_backward(steps); });
     }
-    walk(round.number, false);
-    if (task_.by_depth()) walk(round.number, true);
-    meter_.step();  // rounds of circuits with nothing to walk through end as well
+    const std::uint64_t end = meter_.steps() + (with_beams ? round.steps / 2 : 0);
+    do {
+      walk(false);
+      if (task_.by_depth()) walk(true);
+      ++walks_;
+      meter_.step();  // circuits with nothing to walk through end as well
+    } while (meter_.steps() < end && !meter_.ended());
   }
 
  private:
+  /// A part of the rounds gets fewer steps each time that it finds nothing better.
+  template <class Part>
+  void search(double& share, std::uint64_t steps, Part&& part) {
+    const CircuitSize before = incumbent().size();
+    part(static_cast<std::uint64_t>(share * static_cast<double>(steps)));
+    const bool better =
+        incumbent().size().key(task_.objective).first < before.key(task_.objective).first;
+    share = better ? tuning.beam_share : std::max(share / 2, tuning.least_beam_share);
+  }
+
   Network search_network(const CircuitProblem& problem, const Network& given, Outputs outputs,
                          std::uint64_t steps) {
     NetworkTask task;
@@ -82,14 +97,23 @@ class CircuitSearch : public SearchByBoth<Network> {
     return problem_of(qubits(), inverted(steps_of(events, problem), problem.rows.rows()));
   }
 
-  void walk(int round, bool by_layers) {
+  /// Walks come in chains, each from the best of the one before and longer: the first chain from
+  /// the given circuit, the next from the best of all, and so in turns.
+  void walk(bool by_layers) {
     if (meter_.ended()) return;
-    const Network from = by_layers ? shallowest() : shortest();
+    const int place = walks_ % tuning.walks_of_chain;
+    if (place == 0 && !by_layers) {
+      chain_ = Smallest<Network>(Objective::count, Ties::latest);
+      const Network& start =
+          walks_ / tuning.walks_of_chain % 2 == 0 ? problem_.given : shortest();
+      chain_.offer(start, start.size);
+    }
+    const Network from = by_layers ? shallowest() : chain_.circuit();
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
     options.steps = tuning.walk_windows * from.events.size()
-                    << std::min(round, tuning.most_walk_doublings);
+                    << place;
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();
@@ -98,6 +122,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
     const Network network = network_of(std::move(walked.events), from.wires, true);
+    if (!by_layers) chain_.offer(network, network.size);
     offer(network, network.size, by_layers ? Origin::lowering_depth : Origin::lowering_count);
   }
 
@@ -108,6 +133,10 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   const CircuitProblem& problem_;
   const CircuitTask& circuit_task_;
+  double forward_ = tuning.beam_share;
+  double backward_ = tuning.beam_share;
+  int walks_ = 0;
+  Smallest<Network> chain_{Objective::count, Ties::latest};
 };
 
 }  // namespace

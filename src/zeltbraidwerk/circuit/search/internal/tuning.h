@@ -14,10 +14,14 @@ struct CircuitTuning {
 
   std::uint64_t first_steps = 16'000;  ///< of a round with beams; each is twice as long
   int most_doublings = 8;
-  /// Windows per event of a walk in round 0; twice as many each round.
+  /// What of a round beams get in one direction: half as much each time that they find nothing
+  /// better.
+  double beam_share = 0.25;
+  double least_beam_share = 1.0 / 64;
+  /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
-  int most_walk_doublings = 6;
+  int walks_of_chain = 7;
 };
-inline constexpr CircuitTuning circuit_tuning;
+inline CircuitTuning circuit_tuning;
 
 }  // namespace zelt::braidwerk::internal
