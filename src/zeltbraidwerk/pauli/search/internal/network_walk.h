@@ -30,9 +30,10 @@ class NetworkWalk {
  private:
   unsigned pairs_that_meet() const;
   void rename_gates(int from);
-  int layers();
+  int layers() const;
 
   const BitGraph* graph_;
+  int qubits_;
   bool end_is_free_;
   int count_ = 0;
   int depth_ = 0;
@@ -46,7 +47,6 @@ class NetworkWalk {
   std::vector<int> new_rows_;
   std::vector<Gate> old_gates_;
   std::vector<int> old_rows_;
-  std::vector<int> levels_;  // scratch: of wires
   EndNames names_;
 };
 
