@@ -38,6 +38,11 @@ struct NetworkTask : Task {
 /// The network of these events; where it is not closed, without the gates after the last rotation.
 Network network_of(std::vector<NetworkEvent> events, std::vector<int> wires, bool closes);
 
+/// A label other than this one.
+constexpr int another(int label) {
+  return label % 3 + 1;
+}
+
 /// Every qubit on its own wire.
 std::vector<int> own_wires(int qubits);
 

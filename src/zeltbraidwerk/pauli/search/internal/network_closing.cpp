@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/incumbent.h"
+#include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -65,35 +65,24 @@ bool share_a_cycle(const std::vector<int>& wires, int a, int b) {
   return false;
 }
 
-/// A label other than this one.
-int another(int label) {
-  return label % 3 + 1;
-}
-
 /// Where the labels of the wires stand after swaps and gates on one wire.
 class Renaming {
  public:
-  explicit Renaming(int qubits) : now_(4 * static_cast<std::size_t>(qubits)) {
-    std::iota(now_.begin(), now_.end(), End{0});
-  }
+  explicit Renaming(int qubits) : now_(qubits) {}
   Gate operator()(const Gate& gate) const { return {now_[gate.a], now_[gate.b]}; }
 
   /// Exchanges two ends, two others, and with them the products of both.
   void exchange(const Gate& ends, const Gate& others) {
     const auto third = [](End one, End other) { return static_cast<End>(one ^ label_of(other)); };
-    const End from[] = {ends.a, others.a, third(ends.a, others.a),
-                        ends.b, others.b, third(ends.b, others.b)};
-    for (End& end : now_) {
-      for (std::size_t k = 0; k < 6; ++k) {
-        if (end != from[k]) continue;
-        end = from[(k + 3) % 6];
-        break;
-      }
-    }
+    WireFrame frame = now_.inverse();
+    std::swap(frame[ends.a], frame[ends.b]);
+    std::swap(frame[others.a], frame[others.b]);
+    std::swap(frame[third(ends.a, others.a)], frame[third(ends.b, others.b)]);
+    now_ = frame.inverse();
   }
 
  private:
-  std::vector<End> now_;
+  WireFrame now_;  // the end on which each end is found
 };
 
 /// Both ends' labels play the parts of Z on one wire and X on the other; the swap that follows

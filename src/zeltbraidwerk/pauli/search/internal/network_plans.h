@@ -8,12 +8,6 @@
 
 namespace zelt::braidwerk::internal {
 
-/// How one run goes about its list.
-struct NetworkPlan {
-  NetworkSettings settings;
-  bool sorted = false;  ///< the list by its letters, otherwise as it was given
-};
-
 /// Plans to begin with, and others around those that did best.
 class NetworkPlans {
  public:

@@ -51,7 +51,8 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
       capacity_(window_size(settings, in_order, list.count())),
       slot_words_(static_cast<std::size_t>(words_for(capacity_))) {
   const int n = list.qubits();
-  const int usual = static_cast<int>(std::lround(std::max(mean_weight(list), 0.75 * n)));
+  const int usual =
+      static_cast<int>(std::lround(std::max(mean_weight(list), tuning.usual_letters * n)));
   usual_ = costs_.of(std::min(usual, n + 1));
   for (int k = 0; k < capacity_; ++k) {
     by_place_.push_back(NetworkCosts::factor(emphasis_at(settings, k)));

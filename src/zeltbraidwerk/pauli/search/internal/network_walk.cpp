@@ -1,9 +1,9 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
-#include <algorithm>
 #include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -22,11 +22,11 @@ Cooling drawn_cooling(Rng& rng) {
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
                          bool end_is_free, const BitGraph* graph)
     : graph_(graph),
+      qubits_(qubits),
       end_is_free_(end_is_free),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
-      levels_(static_cast<std::size_t>(qubits)),
       names_(4 * static_cast<std::size_t>(qubits)),
       after_(4 * static_cast<std::size_t>(qubits)) {
   std::iota(after_.begin(), after_.end(), End{0});
@@ -123,17 +123,12 @@ void NetworkWalk::rename_ends() {
   }
 }
 
-int NetworkWalk::layers() {
-  std::ranges::fill(levels_, 0);
-  int most = 0;
+int NetworkWalk::layers() const {
+  LayerCount layers(qubits_);
   for (std::size_t k = 0; k < gates_.size(); ++k) {
-    if (rows_[k] >= 0) continue;
-    int& a = levels_[static_cast<std::size_t>(wire_of(gates_[k].a))];
-    int& b = levels_[static_cast<std::size_t>(wire_of(gates_[k].b))];
-    a = b = std::max(a, b) + 1;
-    most = std::max(most, a);
+    if (rows_[k] < 0) layers.add(wire_of(gates_[k].a), wire_of(gates_[k].b));
   }
-  return most;
+  return layers.depth();
 }
 
 std::vector<NetworkEvent> NetworkWalk::events() const {

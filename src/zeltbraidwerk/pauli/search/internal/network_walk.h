@@ -37,9 +37,10 @@ class NetworkWalk {
   unsigned pairs_that_meet() const;
   void rename_gates(int from);
   void rename_ends();
-  int layers();
+  int layers() const;
 
   const BitGraph* graph_;
+  int qubits_;
   bool end_is_free_;
   int count_ = 0;
   int depth_ = 0;
@@ -53,7 +54,6 @@ class NetworkWalk {
   std::vector<int> new_rows_;
   std::vector<Gate> old_gates_;
   std::vector<int> old_rows_;
-  std::vector<int> levels_;  // scratch: of wires
   EndNames names_;
   std::vector<End> after_;
 };
