@@ -123,6 +123,7 @@ std::optional<PlaceGate> place_gate(const structures::Gate& gate) {
     if (gate.name == "CZ" || gate.name == "CSIGN") return PlaceGate{PlaceKind::cz};
   }
   if (gate.qbits.size() != 1) return std::nullopt;
+  if (gate.name == "I") return PlaceGate{PlaceKind::rz};
   const std::string_view name = gate.name == "PH" ? std::string_view("RZ") : gate.name;
   for (std::size_t k = 0; k < one_wire_names.size(); ++k) {
     if (name != one_wire_names[k].name) continue;
@@ -133,6 +134,26 @@ std::optional<PlaceGate> place_gate(const structures::Gate& gate) {
     return std::isfinite(angle) ? std::optional(PlaceGate{kind, 0, angle}) : std::nullopt;
   }
   return std::nullopt;
+}
+
+unsigned commuting_axes(const PlaceGate& gate, int place) {
+  constexpr unsigned x = 1;
+  constexpr unsigned y = 2;
+  constexpr unsigned z = 4;
+  switch (gate.kind) {
+    case PlaceKind::x:
+    case PlaceKind::rx:
+      return x;
+    case PlaceKind::y:
+    case PlaceKind::ry:
+      return y;
+    case PlaceKind::h:
+      return 0;
+    case PlaceKind::cnot:
+      return place == gate.place ? z : x;
+    default:
+      return z;
+  }
 }
 
 structures::Gate named_gate(const PlaceGate& gate, int first, int second) {

@@ -58,8 +58,12 @@ Eigen::Matrix2cd matrix_of(const Turn& turn);
 Eigen::Matrix4cd matrix_of(const std::vector<PlaceGate>& gates);
 
 /// The gate with its first wire at place 0 and its second, of a two-wire gate, at place 1; "PH" is
-/// read as "RZ". Nothing for other names, for symbolic angles and for angles that are not finite.
+/// read as "RZ", and "I" as a rotation by 0. Nothing for other names, for symbolic angles and for
+/// angles that are not finite.
 std::optional<PlaceGate> place_gate(const structures::Gate& gate);
+
+/// Which of X, Y and Z (bits 0, 1, 2) the gate commutes with where they act on a place of its own.
+unsigned commuting_axes(const PlaceGate& gate, int place);
 
 /// The gate on wires `first` (place 0) and `second`.
 structures::Gate named_gate(const PlaceGate& gate, int first, int second);
