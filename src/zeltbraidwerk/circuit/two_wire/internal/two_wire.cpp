@@ -3,10 +3,10 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <tuple>
 #include <utility>
 
 #include "zeltbraidwerk/circuit/two_wire/internal/one_wire.h"
+#include "zeltbraidwerk/circuit/two_wire/internal/symmetry.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -16,28 +16,6 @@ constexpr double quarter_turn = std::numbers::pi / 2;
 constexpr int x_axis = 0;
 constexpr int y_axis = 1;
 constexpr int z_axis = 2;
-
-/// The rotation about the axis that commutes with the interaction goes from one side of it to the
-/// other where that saves rotations.
-void share_rotation(Turn& before, Turn& after, int axis, int inner) {
-  const auto cost = [](const Turn& first, const Turn& second) {
-    const OneWireForm a = one_wire_form(first, 0);
-    const OneWireForm b = one_wire_form(second, 0);
-    return std::pair(a.rotations + b.rotations, a.size + b.size);
-  };
-  const Turn outgoing = turn_about(axis, euler_angles(before, axis, inner).last);
-  const Turn incoming = turn_about(axis, euler_angles(after, axis, inner).first);
-  const std::array<std::pair<Turn, Turn>, 3> ways{{
-      {before, after},
-      {outgoing.conjugate() * before, after * outgoing},
-      {incoming * before, after * incoming.conjugate()},
-  }};
-  const auto* best = ways.data();
-  for (const auto& way : ways) {
-    if (cost(way.first, way.second) < cost(best->first, best->second)) best = &way;
-  }
-  std::tie(before, after) = std::pair(*best);
-}
 
 /// Puts gates together; one-wire operators wait until the next CNOT.
 class Composer {
@@ -103,13 +81,7 @@ void three_cnots(const std::array<double, 3>& c, Composer& out) {
   out.turn(1, z_axis, -quarter_turn);
 }
 
-std::vector<PlaceGate> compose(WeylForm form, int cnots) {
-  if (cnots > 0 && form.c[1] <= zero_coefficient) {
-    // The interaction is one of XX alone, which X on either wire commutes with.
-    for (const std::size_t place : {0U, 1U}) {
-      share_rotation(form.before[place], form.after[place], x_axis, z_axis);
-    }
-  }
+std::vector<PlaceGate> compose(const WeylForm& form, int cnots) {
   Composer out;
   for (const int place : {0, 1}) out.turn(place, form.before[static_cast<std::size_t>(place)]);
   if (cnots == 1) one_cnot(out);
@@ -133,8 +105,11 @@ std::optional<double> relative_phase(const Eigen::Matrix4cd& from, const Eigen::
 }
 
 std::optional<TwoWireCircuit> two_wire_circuit(const Eigen::Matrix4cd& unitary) {
-  const WeylForm form = weyl_form(unitary);
-  std::vector<PlaceGate> gates = compose(form, cnots_needed(form.c));
+  WeylForm form = weyl_form(unitary);
+  form.c = exact_coefficients(form.c);
+  const int cnots = cnots_needed(form.c);
+  if (cnots > 0) form = shared_out(form);
+  std::vector<PlaceGate> gates = compose(form, cnots);
   const auto phase = relative_phase(matrix_of(gates), unitary, most_error);
   if (!phase) return std::nullopt;
   return TwoWireCircuit{std::move(gates), *phase};

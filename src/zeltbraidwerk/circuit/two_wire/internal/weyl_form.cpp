@@ -174,14 +174,21 @@ WeylForm weyl_form(const Eigen::Matrix4cd& unitary) {
   return form;
 }
 
-int cnots_needed(const std::array<double, 3>& c) {
-  const auto is = [](double coefficient, double wanted) {
-    return std::abs(coefficient - wanted) <= zero_coefficient;
-  };
-  if (!is(c[2], 0)) return 3;
-  if (!is(c[1], 0)) return 2;
-  if (is(c[0], 0)) return 0;
-  return is(c[0], pi / 4) ? 1 : 2;
+std::array<double, 3> exact_coefficients(std::array<double, 3> c) {
+  for (double& coefficient : c) {
+    for (const double special : {0.0, pi / 4, -pi / 4}) {
+      if (std::abs(coefficient - special) <= zero_coefficient) coefficient = special;
+    }
+  }
+  return c;
+}
+
+int cnots_needed(const std::array<double, 3>& coefficients) {
+  const std::array<double, 3> c = exact_coefficients(coefficients);
+  if (c[2] != 0) return 3;
+  if (c[1] != 0) return 2;
+  if (c[0] == 0) return 0;
+  return c[0] == pi / 4 ? 1 : 2;
 }
 
 Eigen::Matrix4cd kronecker(const Eigen::Matrix2cd& first, const Eigen::Matrix2cd& second) {
