@@ -24,9 +24,12 @@ struct WeylForm {
 /// Review A 67 (2003) 042313.
 WeylForm weyl_form(const Eigen::Matrix4cd& unitary);
 
-/// How far a coefficient may be from 0 or pi/4 to count as it, which changes the operator by as
-/// much. (Traces of the invariants would be off by the square.)
+/// How far a coefficient may be from another one, from 0 or from +-pi/4 to count as equal, which
+/// changes the operator by as much. (Traces of the invariants would be off by the square.)
 inline constexpr double zero_coefficient = 1e-11;
+
+/// With 0 and +-pi/4 in the place of what counts as equal to them.
+std::array<double, 3> exact_coefficients(std::array<double, 3> c);
 
 /// The fewest CNOTs that make an operator of these coefficients: 0 for (0, 0, 0), 1 for
 /// (pi/4, 0, 0), 2 where c[2] is 0, or else 3. V. V. Shende, I. L. Markov, S. S. Bullock, Physical
