@@ -194,7 +194,7 @@ TEST(TwoWireCircuit, random_operators_between_random_gates) {
   std::uniform_real_distribution<double> angle(-pi, pi);
   for (int round = 0; round < 100000; ++round) {
     const std::string what = "round " + std::to_string(round);
-    if (round % 10 != 0) {
+    if (round % 50 != 0) {
       check(haar<4>(rng), 3, what);
       continue;
     }

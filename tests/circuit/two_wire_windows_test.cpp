@@ -279,7 +279,7 @@ TEST(TwoWireWindows, named_circuits) {
        joined({controlled(0, 1, 0.3), controlled(0, 2, 0.4), controlled(0, 1, 0.5)}),
        {4, 4, 4}},
       {"a symbol between", symbol, {2, 0, 1}},
-      {"a SWAP and a root of it", {cnot(0, 1), cnot(1, 0), cnot(0, 1), cnot(0, 1)}, {2, 0, 0}},
+      {"a SWAP and a CNOT", {cnot(0, 1), cnot(1, 0), cnot(0, 1), cnot(0, 1)}, {2, 0, 2}},
       {"one wire", {ry(0, 0.1), rz(0, 0.2), rz(0, 0.3), ry(0, 0.4), rz(0, 0.5)}, {0, 3, 3}},
       {"four T gates", {rz(0, pi / 4), rz(0, pi / 4), rz(0, pi / 4), rz(0, pi / 4)}, {0, 0, 1}},
   };

@@ -9,18 +9,13 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-bool better(const GateCounts& a, const GateCounts& b) {
-  if (a.two_wire != b.two_wire) return a.two_wire < b.two_wire;
-  return a.rotations <= b.rotations && a.one_wire <= b.one_wire && a != b;
-}
-
 /// Puts a run of one-wire gates at the end of `out`, in its shortest form where that is shorter.
 void put_run(const std::vector<PlaceGate>& run, int place, std::vector<PlaceGate>& out) {
   Turn turn = Turn::Identity();
   for (const PlaceGate& gate : run) turn = turn_of(gate) * turn;
   const OneWireForm form = one_wire_form(turn.normalized(), place);
   const std::vector<PlaceGate> shortest(form.begin(), form.end());
-  const auto& put = better(counts_of(shortest), counts_of(run)) ? shortest : run;
+  const auto& put = counts_of(shortest).better_than(counts_of(run)) ? shortest : run;
   out.insert(out.end(), put.begin(), put.end());
 }
 
@@ -59,18 +54,16 @@ std::optional<TwoWireCircuit> better_block(const std::vector<PlaceGate>& block,
   std::optional<TwoWireCircuit> best;
   GateCounts fewest = given;
   std::vector<PlaceGate> runs = fused(block);
-  if (better(counts_of(runs), fewest)) {
+  if (counts_of(runs).better_than(fewest)) {
     if (const auto phase = relative_phase(matrix_of(runs), wanted, most_error)) {
       fewest = counts_of(runs);
       best = TwoWireCircuit{std::move(runs), *phase};
     }
   }
   if (given.two_wire == 0) return best;
-  std::optional<TwoWireCircuit> made = two_wire_circuit(wanted);
-  if (!made) return best;
-  const GateCounts counts = counts_of(made->gates);
-  if (keep_rotations && counts.rotations > given.rotations) return best;
-  return better(counts, fewest) ? std::move(made) : std::move(best);
+  std::optional<TwoWireCircuit> made = two_wire_circuit(wanted, fewest);
+  if (!made || (keep_rotations && counts_of(made->gates).rotations > given.rotations)) return best;
+  return made;
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -15,10 +15,7 @@ PlaceKind kind_about(int axis) {
   return static_cast<PlaceKind>(static_cast<int>(PlaceKind::rx) + axis);
 }
 
-/// Where a Clifford operator sends the axes, for matrices that are signed permutations but for
-/// noise.
-using AxisImages = std::array<int, axes>;  // of an axis: 2 * row of the image + (1 if negative)
-
+/// For matrices that are signed permutations but for noise.
 AxisImages axis_images(const Eigen::Matrix3d& matrix) {
   AxisImages images{};
   for (int axis = 0; axis < axes; ++axis) {
@@ -27,45 +24,6 @@ AxisImages axis_images(const Eigen::Matrix3d& matrix) {
     images[static_cast<std::size_t>(axis)] = 2 * row + (matrix(row, axis) < 0 ? 1 : 0);
   }
   return images;
-}
-
-struct Clifford {
-  std::array<PlaceGate, 2> gates;
-  int size = 0;
-  Turn turn = Turn::Identity();
-  AxisImages images{};
-};
-
-/// The 24 operators by growing number of gates. Of equal ones those with named gates come first.
-const std::vector<Clifford>& cliffords() {
-  static const std::vector<Clifford> all = [] {
-    const std::vector<PlaceGate> single{{PlaceKind::x},
-                                        {PlaceKind::y},
-                                        {PlaceKind::z},
-                                        {PlaceKind::h},
-                                        {PlaceKind::s},
-                                        {PlaceKind::s_dagger},
-                                        {PlaceKind::rx, 0, quarter_turn},
-                                        {PlaceKind::rx, 0, -quarter_turn},
-                                        {PlaceKind::ry, 0, quarter_turn},
-                                        {PlaceKind::ry, 0, -quarter_turn}};
-    std::vector<Clifford> found(1);
-    found[0].images = axis_images(Eigen::Matrix3d::Identity());
-    for (std::size_t k = 0; k < found.size(); ++k) {
-      for (const PlaceGate& gate : single) {
-        Clifford next = found[k];
-        if (next.size == 2) break;
-        next.gates[static_cast<std::size_t>(next.size++)] = gate;
-        next.turn = turn_of(gate) * next.turn;
-        next.images = axis_images(next.turn.toRotationMatrix());
-        bool known = false;
-        for (const Clifford& other : found) known = known || other.images == next.images;
-        if (!known) found.push_back(next);
-      }
-    }
-    return found;
-  }();
-  return all;
 }
 
 class FormBuilder {
@@ -160,6 +118,38 @@ OneWireForm two_rotations(const Turn& turn, int row, int column, int place) {
 }
 
 }  // namespace
+
+const std::vector<Clifford>& cliffords() {
+  static const std::vector<Clifford> all = [] {
+    // Of operators with as many gates those with named gates come first.
+    const std::vector<PlaceGate> single{{PlaceKind::x},
+                                        {PlaceKind::y},
+                                        {PlaceKind::z},
+                                        {PlaceKind::h},
+                                        {PlaceKind::s},
+                                        {PlaceKind::s_dagger},
+                                        {PlaceKind::rx, 0, quarter_turn},
+                                        {PlaceKind::rx, 0, -quarter_turn},
+                                        {PlaceKind::ry, 0, quarter_turn},
+                                        {PlaceKind::ry, 0, -quarter_turn}};
+    std::vector<Clifford> found(1);
+    found[0].images = axis_images(Eigen::Matrix3d::Identity());
+    for (std::size_t k = 0; k < found.size(); ++k) {
+      for (const PlaceGate& gate : single) {
+        Clifford next = found[k];
+        if (next.size == 2) break;
+        next.gates[static_cast<std::size_t>(next.size++)] = gate;
+        next.turn = turn_of(gate) * next.turn;
+        next.images = axis_images(next.turn.toRotationMatrix());
+        bool known = false;
+        for (const Clifford& other : found) known = known || other.images == next.images;
+        if (!known) found.push_back(next);
+      }
+    }
+    return found;
+  }();
+  return all;
+}
 
 EulerAngles euler_angles(const Turn& turn, int outer, int inner) {
   const EulerPair pair = euler_pair(turn, outer, inner);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include "zeltbraidwerk/circuit/two_wire/internal/place_gate.h"
 
@@ -15,6 +16,20 @@ struct OneWireForm {
   const PlaceGate* begin() const { return gates.data(); }
   const PlaceGate* end() const { return gates.data() + size; }
 };
+
+/// Where a Clifford operator sends the axes X, Y and Z: of each, 2 * the axis of the image, and 1
+/// where that is negative.
+using AxisImages = std::array<int, 3>;
+
+struct Clifford {
+  std::array<PlaceGate, 2> gates;
+  int size = 0;
+  Turn turn = Turn::Identity();
+  AxisImages images{};
+};
+
+/// The 24 one-wire Clifford operators by growing number of gates, which is at most 2.
+const std::vector<Clifford>& cliffords();
 
 /// How far an entry of a rotation matrix may be from 0 to count as 0. Taking it for 0 changes the
 /// operator by about half of that, so that eight of these forms in a circuit stay right to 1e-10.

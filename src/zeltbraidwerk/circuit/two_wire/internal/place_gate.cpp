@@ -68,6 +68,11 @@ void GateCounts::add(const PlaceGate& gate) {
   rotations += gate.is_rotation() ? 1 : 0;
 }
 
+bool GateCounts::better_than(const GateCounts& other) const {
+  if (two_wire != other.two_wire) return two_wire < other.two_wire;
+  return rotations <= other.rotations && one_wire <= other.one_wire && *this != other;
+}
+
 GateCounts counts_of(const std::vector<PlaceGate>& gates) {
   GateCounts counts;
   for (const PlaceGate& gate : gates) counts.add(gate);

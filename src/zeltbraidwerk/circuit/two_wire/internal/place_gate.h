@@ -39,7 +39,10 @@ struct GateCounts {
   int one_wire = 0;
 
   void add(const PlaceGate& gate);
-  auto operator<=>(const GateCounts&) const = default;
+  bool operator==(const GateCounts&) const = default;
+  /// Fewer two-wire gates; or as many, no more rotations and no more one-wire gates, but not the
+  /// same.
+  bool better_than(const GateCounts& other) const;
 };
 
 GateCounts counts_of(const std::vector<PlaceGate>& gates);

@@ -5,6 +5,7 @@
 #include <numbers>
 #include <utility>
 
+#include "zeltbraidwerk/circuit/two_wire/internal/frame.h"
 #include "zeltbraidwerk/circuit/two_wire/internal/one_wire.h"
 #include "zeltbraidwerk/circuit/two_wire/internal/symmetry.h"
 
@@ -13,6 +14,7 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr double quarter_turn = std::numbers::pi / 2;
+constexpr int most_one_wire = 15;  // of a circuit in any frame
 constexpr int x_axis = 0;
 constexpr int y_axis = 1;
 constexpr int z_axis = 2;
@@ -48,47 +50,59 @@ class Composer {
   std::vector<PlaceGate> gates_;
 };
 
-/// exp(i pi/4 XX).
-void one_cnot(Composer& out) {
-  const Turn h(0, std::sqrt(0.5), 0, std::sqrt(0.5));
-  out.turn(0, h);
+/// What stands between the ends of a core. Between two CNOTs XX is X on the control, and ZZ is Z on
+/// the target.
+void put_core(const std::array<double, 3>& c, CoreKind kind, Composer& out) {
+  if (kind == CoreKind::none) return;
   out.cnot(0);
-  out.turn(0, z_axis, -quarter_turn);
-  out.turn(0, h);
-  out.turn(1, x_axis, -quarter_turn);
+  switch (kind) {
+    case CoreKind::two:
+      out.turn(0, x_axis, -2 * c[0]);
+      out.turn(1, z_axis, -2 * c[2]);
+      out.cnot(0);
+      break;
+    case CoreKind::iswap:
+      out.cnot(1);
+      break;
+    case CoreKind::three:
+      out.turn(1, z_axis, quarter_turn - 2 * c[2]);
+      out.turn(0, y_axis, quarter_turn - 2 * c[0]);
+      out.cnot(1);
+      out.turn(0, y_axis, 2 * c[1] - quarter_turn);
+      out.cnot(0);
+      break;
+    default:
+      break;
+  }
 }
 
-/// exp(i (c[0] XX + c[1] YY)). Between the CNOTs XX is X on the control, and ZZ is Z on the target;
-/// a quarter turn about X makes YY of ZZ.
-void two_cnots(const std::array<double, 3>& c, Composer& out) {
-  for (const int place : {0, 1}) out.turn(place, x_axis, quarter_turn);
-  out.cnot(0);
-  out.turn(0, x_axis, -2 * c[0]);
-  out.turn(1, z_axis, -2 * c[1]);
-  out.cnot(0);
-  for (const int place : {0, 1}) out.turn(place, x_axis, -quarter_turn);
-}
-
-/// exp(i (c[0] XX + c[1] YY + c[2] ZZ)).
-void three_cnots(const std::array<double, 3>& c, Composer& out) {
-  out.turn(0, z_axis, quarter_turn);
-  out.cnot(0);
-  out.turn(1, z_axis, quarter_turn - 2 * c[2]);
-  out.turn(0, y_axis, quarter_turn - 2 * c[0]);
-  out.cnot(1);
-  out.turn(0, y_axis, 2 * c[1] - quarter_turn);
-  out.cnot(0);
-  out.turn(1, z_axis, -quarter_turn);
-}
-
-std::vector<PlaceGate> compose(const WeylForm& form, int cnots) {
+std::vector<PlaceGate> compose(const WeylForm& form, CoreKind kind) {
   Composer out;
-  for (const int place : {0, 1}) out.turn(place, form.before[static_cast<std::size_t>(place)]);
-  if (cnots == 1) one_cnot(out);
-  if (cnots == 2) two_cnots(form.c, out);
-  if (cnots == 3) three_cnots(form.c, out);
-  for (const int place : {0, 1}) out.turn(place, form.after[static_cast<std::size_t>(place)]);
+  const CoreEnds ends = core_ends(kind);
+  for (const int place : {0, 1}) {
+    const auto k = static_cast<std::size_t>(place);
+    out.turn(place, ends.first[k] * form.before[k]);
+  }
+  put_core(form.c, kind, out);
+  for (const int place : {0, 1}) {
+    const auto k = static_cast<std::size_t>(place);
+    out.turn(place, form.after[k] * ends.last[k]);
+  }
   return out.finish();
+}
+
+std::vector<PlaceGate> compose(const FramedForm& framed, CoreKind kind) {
+  std::vector<PlaceGate> gates = compose(framed.form, kind);
+  if (framed.mirrored) {
+    for (PlaceGate& gate : gates) gate.place ^= 1;
+  }
+  return gates;
+}
+
+/// Whether a form with fewer one-wire gates, the other counts being equal, may be better.
+bool may_improve(const GateCounts& counts, const GateCounts& known) {
+  const GateCounts least{counts.two_wire, counts.rotations, counts.rotations};
+  return counts != least && least.better_than(known);
 }
 
 }  // namespace
@@ -104,12 +118,22 @@ std::optional<double> relative_phase(const Eigen::Matrix4cd& from, const Eigen::
   return phase;
 }
 
-std::optional<TwoWireCircuit> two_wire_circuit(const Eigen::Matrix4cd& unitary) {
+std::optional<TwoWireCircuit> two_wire_circuit(const Eigen::Matrix4cd& unitary,
+                                               const GateCounts& known) {
   WeylForm form = weyl_form(unitary);
   form.c = exact_coefficients(form.c);
-  const int cnots = cnots_needed(form.c);
-  if (cnots > 0) form = shared_out(form);
-  std::vector<PlaceGate> gates = compose(form, cnots);
+  if (cnots_needed(form.c) > known.two_wire) return std::nullopt;
+  const CoreKind kind = core_kind(form.c);
+  std::vector<PlaceGate> gates;
+  if (kind == CoreKind::none) {
+    gates = compose(form, kind);
+  } else {
+    form = shared_out(form);
+    gates = compose(framed(form, kind, most_one_wire), kind);
+    const GateCounts counts = counts_of(gates);
+    if (may_improve(counts, known)) gates = compose(framed(form, kind, counts.rotations), kind);
+  }
+  if (!counts_of(gates).better_than(known)) return std::nullopt;
   const auto phase = relative_phase(matrix_of(gates), unitary, most_error);
   if (!phase) return std::nullopt;
   return TwoWireCircuit{std::move(gates), *phase};

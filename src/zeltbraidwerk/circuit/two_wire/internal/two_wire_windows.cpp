@@ -30,11 +30,31 @@ struct Item {
   std::size_t place(int wire) const { return wire == wires[1] ? 1 : 0; }
 };
 
+/// Gates by number, the named ones and what is known of them.
+class GateTable {
+ public:
+  explicit GateTable(const std::vector<Gate>& gates) {
+    for (const Gate& gate : gates) add(gate);
+  }
+  void add(const Gate& gate) {
+    gates_.push_back(gate);
+    known_.push_back(place_gate(gate));
+  }
+  std::size_t size() const { return gates_.size(); }
+  const Gate& operator[](std::size_t number) const { return gates_[number]; }
+  /// With its first wire at place 0; nothing for a gate that is left alone.
+  const std::optional<PlaceGate>& known(std::size_t number) const { return known_[number]; }
+
+ private:
+  std::vector<Gate> gates_;
+  std::vector<std::optional<PlaceGate>> known_;
+};
+
 /// One pass over a circuit. Each wire has its items in time order; a gate goes to the last item of
 /// its wires where that is the same, or where it commutes with what was added since.
 class Pass {
  public:
-  Pass(WindowResult& result, std::vector<std::size_t> order, std::vector<Gate>& gates,
+  Pass(WindowResult& result, std::vector<std::size_t> order, GateTable& gates,
        const WindowOptions& options)
       : result_(result), order_(std::move(order)), gates_(gates), options_(options) {
     int wires = 0;
@@ -63,8 +83,7 @@ class Pass {
   int last(int wire) { return stack(wire).empty() ? -1 : stack(wire).back(); }
 
   void add(std::size_t number) {
-    const Gate& gate = gates_[number];
-    const std::optional<PlaceGate> known = place_gate(gate);
+    const std::optional<PlaceGate> known = gates_.known(number);
     if (!known) {
       add_fixed(number);
     } else if (!known->two_wire()) {
@@ -144,7 +163,7 @@ class Pass {
     item(before).gone = true;
     stack(wire).pop_back();
     for (const std::size_t number : item(before).gates) {
-      append(index, number, *place_gate(gates_[number]));
+      append(index, number, *gates_.known(number));
     }
   }
 
@@ -177,7 +196,7 @@ class Pass {
     item(index).gone = true;
     for (const int wire : {a, b}) stack(wire).pop_back();
     for (const std::size_t number : std::vector(item(index).gates)) {
-      add_one_wire(number, *place_gate(gates_[number]));
+      add_one_wire(number, *gates_.known(number));
     }
     return true;
   }
@@ -186,7 +205,7 @@ class Pass {
     const std::array<int, 2> wires = item(index).wires;
     std::vector<PlaceGate> block;
     for (const std::size_t number : item(index).gates) {
-      PlaceGate gate = *place_gate(gates_[number]);
+      PlaceGate gate = *gates_.known(number);
       gate.place = static_cast<std::uint8_t>(item(index).place(gates_[number].qbits[0]));
       block.push_back(gate);
     }
@@ -201,9 +220,9 @@ class Pass {
     item(index).axes = {all_axes, all_axes};
     item(index).two_wire = 0;
     for (const PlaceGate& gate : better->gates) {
-      gates_.push_back(named_gate(gate, wires[0], wires[1]));
-      step.after.push_back(gates_.back());
-      append(index, gates_.size() - 1, *place_gate(gates_.back()));
+      step.after.push_back(named_gate(gate, wires[0], wires[1]));
+      gates_.add(step.after.back());
+      append(index, gates_.size() - 1, *gates_.known(gates_.size() - 1));
     }
     item(index).settled = true;
   }
@@ -224,7 +243,7 @@ class Pass {
 
   WindowResult& result_;
   std::vector<std::size_t> order_;
-  std::vector<Gate>& gates_;  // by number
+  GateTable& gates_;
   WindowOptions options_;
   std::vector<Item> items_;                // in an order of time
   std::vector<std::vector<int>> on_wire_;  // by wire: its items in time order
@@ -234,7 +253,7 @@ class Pass {
 
 WindowResult two_wire_windows(const std::vector<Gate>& circuit, const WindowOptions& options) {
   WindowResult result;
-  std::vector<Gate> gates = circuit;
+  GateTable gates(circuit);
   std::vector<std::size_t> order(circuit.size());
   for (std::size_t k = 0; k < order.size(); ++k) order[k] = k;
   // A pass may bring gates together that the next one replaces.
