@@ -2,16 +2,16 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass, replace
 from itertools import zip_longest
-from typing import Any
+from typing import Any, Literal
 
-from zeltbraidwerk import _core, _search, errors
+from zeltbraidwerk import _core, _search, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import of_core
-from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, pieces_of
-from zeltbraidwerk._results import Objective, Permutation
+from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, Stage, pieces_of
+from zeltbraidwerk._results import Permutation
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.instructions import Operation
@@ -23,8 +23,9 @@ def optimize(
     circuit: Any,
     *,
     device: Any = None,
-    objective: Objective = "count",
+    objective: Literal["count", "depth", "t"] = "count",
     permutation: Permutation = "exact",
+    exact: bool = False,
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
@@ -48,6 +49,11 @@ def optimize(
     Measurements and resets at the end go along. Those in the middle, barriers and classically
     controlled gates stay where they are; the gates between them are optimised by themselves.
 
+    Where a rotation is by no multiple of pi/4, windows on two qubits are also replaced by numbers:
+    any operator of two qubits takes at most three CNOTs. Angles are new then, right to 1e-10, and
+    there may be more of them, which ``result.before`` and ``result.after`` tell. ``exact=True``
+    keeps to sums of the given angles; ``objective="t"`` to no more rotations.
+
     With ``permutation="free"`` output q may end on wire ``result.permutation[q]``, and so do the
     measurements at the end. With a ``device``, the gates of the circuit are on its edges, qubit q
     on qubit q of the device, and stay on edges.
@@ -64,15 +70,18 @@ def optimize(
     >>> result.before.two_qubit, result.count, result.verify()
     (18, 10, True)
     """
+    _validate.choice(objective, "objective", ("count", "depth", "t"))
+    _validate.flag(exact, "exact")
     call = _FAMILY.call(
-        device=device, objective=objective, permutation=permutation, seed=seed,
+        device=device, objective="count" if objective == "t" else objective, permutation=permutation, seed=seed,
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)
     call.place(source.n)
     first, ending = source.split_ending()
     pieces, between = pieces_of(first)
-    return _Assembly(call, source, pieces, between, ending).run()
+    own = {"exact": bool(exact), "keep_rotations": objective == "t"}
+    return _Assembly(call, source, pieces, between, ending, own).run()
 
 
 @dataclass
@@ -84,6 +93,7 @@ class _Assembly:
     pieces: Sequence[Circuit]
     between: Sequence[Operation]
     ending: Circuit
+    own: Mapping[str, bool]
 
     def run(self) -> Optimization:
         done: list[Optimization] = []
@@ -116,13 +126,16 @@ class _Assembly:
                 progress=None,
             )  # fmt: skip
 
-        def result(found: Found, gates: list[_core.Gate], rounding: float) -> Optimization:
+        def result(
+            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any]
+        ) -> Optimization:
             return call.result(
                 Optimization, found, piece.n,
                 circuit=of_core(piece.n, gates), source=piece, rounding=rounding,
+                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
             )  # fmt: skip
 
-        made = call.run(_core._optimize_circuit, result, piece.n, piece.to_core())
+        made = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.own)
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
         return made
 
@@ -148,6 +161,7 @@ class _Assembly:
             trace=done[0].trace if len(done) == 1 else (),
             seconds=self.call.elapsed,
             rounding=max(result.rounding for result in done),
+            _stages=tuple(result._stages[0] for result in done),
         )
 
 

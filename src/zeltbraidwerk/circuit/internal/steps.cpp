@@ -193,6 +193,16 @@ std::vector<structures::Gate> written(const StepCircuit& circuit) {
   return gates;
 }
 
+void renumber(StepCircuit& circuit) {
+  std::vector<LinearAngle> angles;
+  for (Step& step : circuit.steps) {
+    if (step.is_clifford()) continue;
+    angles.push_back(std::move(circuit.angles[static_cast<std::size_t>(step.row)]));
+    step.row = static_cast<int>(angles.size()) - 1;
+  }
+  circuit.angles = std::move(angles);
+}
+
 std::vector<Step> inverted(const std::vector<Step>& steps, int rows) {
   std::vector<Step> result(steps.rbegin(), steps.rend());
   for (Step& step : result) {

@@ -59,6 +59,9 @@ StepCircuit read_steps(int qubits, const std::vector<structures::Gate>& gates);
 /// "CNOT", "CSIGN", "H", "X", "Y", "Z", "S", "D-S" and rotations.
 std::vector<structures::Gate> written(const StepCircuit& circuit);
 
+/// Numbers rotations and angles in the order of the steps.
+void renumber(StepCircuit& circuit);
+
 /// The steps of the inverse circuit. Rows are numbered backward.
 std::vector<Step> inverted(const std::vector<Step>& steps, int rows);
 

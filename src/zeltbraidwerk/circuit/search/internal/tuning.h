@@ -18,6 +18,8 @@ struct CircuitTuning {
   /// better.
   double beam_share = 0.25;
   double least_beam_share = 1.0 / 64;
+  /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
+  std::uint64_t alternation_steps = 32;
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;
