@@ -43,14 +43,3 @@ def test_forms_of_states(package, form):
     empty = isinstance(state, zb.CnotCircuit)
     assert prepares(result.circuit, ["ZII", "IZI", "IIZ"] if empty else STABILISERS)
     assert result.count == (0 if empty else 1)
-
-
-def test_options_of_the_search():
-    graph = zb.gallery.random_graph(24, 3)
-    strings = zb.graph_state.synthesize(graph, method="naive").stabilizers
-    first = synthesize_state(strings, seed=5, steps=3000, restarts=3)
-    shallow = synthesize_state(strings, seed=5, steps=20000, objective="depth")
-    assert shallow.verify()
-    assert shallow.depth < first.depth
-    searched = zb.graph_state.synthesize(graph, method="search", seed=5, steps=3000, restarts=3)
-    assert searched.circuit == first.circuit
