@@ -78,20 +78,6 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
   return strings;
 }
 
-/// Back through the circuit, by the tableau of its inverse, every stabiliser is plus a product of
-/// Z.
-bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>& strings) {
-  std::vector<Gate> inverse(circuit.rbegin(), circuit.rend());
-  for (Gate& gate : inverse) {
-    for (auto& angle : gate.params) angle = angle.flip_sign();
-  }
-  const auto tableau = tableau_of(inverse, static_cast<int>(strings.size()));
-  return std::ranges::all_of(strings, [&](const SignedString& string) {
-    const auto [negative, letters] = carried(string.second, tableau);
-    return negative == string.first && letters.find_first_of("XY") == std::string::npos;
-  });
-}
-
 StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
                      const Task& task = {}) {
   Effort effort;
@@ -154,19 +140,6 @@ TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   for (int round = 0; round < 10; ++round) {
     const auto sparse = graph_state(30, 0.05, rng);
     EXPECT_LE(searched(sparse, 0).count, edges_of(sparse));
-  }
-}
-
-TEST(StateSearch, trades_gates_for_layers) {
-  std::mt19937 rng(6);
-  const auto strings = graph_state(16, 0.5, rng);
-  const StateResult small = searched(strings, 30000);
-  int last = small.depth - 1;
-  for (const std::uint64_t steps : {10000, 20000, 40000}) {
-    const StateResult shallow = searched(strings, steps, {.objective = Objective::depth});
-    EXPECT_LE(shallow.depth, last) << steps;
-    EXPECT_GE(shallow.count, small.count);
-    last = shallow.depth;
   }
 }
 

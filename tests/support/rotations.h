@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/pauli.h"
+#include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
 
 /// \file
@@ -76,6 +77,39 @@ inline Unfolded unfold(const std::vector<structures::Gate>& circuit, int n) {
   return result;
 }
 
+/// Rows with angles a0, a1, ... as the syntheses take them inside.
+inline zelt::braidwerk::internal::Rotations named(const PauliRows& table, int n) {
+  zelt::braidwerk::internal::Rotations rotations{
+      zelt::braidwerk::internal::PauliFrame::pack(table, n), {}};
+  for (std::size_t r = 0; r < table.size(); ++r) {
+    rotations.params.emplace_back("a" + std::to_string(r));
+  }
+  return rotations;
+}
+
+/// Each of the rows, whose angles are a0, a1, ..., must come up once with its sign, but for those
+/// without letters; where `in_order`, after all earlier rows that it does not commute with. Returns
+/// the first fault, or an empty text.
+inline std::string fault(const PauliRows& table, bool in_order, const Unfolded& circuit) {
+  std::vector<std::size_t> served;
+  for (const auto& [string, angle] : circuit.rotations) {
+    const structures::Parameter own = string.first ? angle.flip_sign() : angle;
+    if (own.expression[0] != 'a') return "wrong sign: " + string.second;
+    const std::size_t row = std::stoul(own.expression.substr(1));
+    if (string.second != text(table.at(row))) return "not that rotation: " + string.second;
+    for (const std::size_t earlier : served) {
+      if (earlier == row) return "twice: " + string.second;
+      if (in_order && earlier > row && anticommute(text(table[earlier]), string.second)) {
+        return "out of order: " + string.second;
+      }
+    }
+    served.push_back(row);
+  }
+  const auto wanted = std::ranges::count_if(
+      table, [](const auto& row) { return text(row).find_first_not_of('I') != std::string::npos; });
+  return std::ssize(served) == wanted ? "" : "rotations are missing";
+}
+
 /// Each rotation but identity strings must come up once, under its own angle and sign. Returns the
 /// first fault, or an empty text.
 inline std::string fault(const PauliRotationMap& rotations, const Unfolded& circuit) {
@@ -93,17 +127,6 @@ inline std::string fault(const PauliRotationMap& rotations, const Unfolded& circ
     left.erase(found);
   }
   return left.empty() ? "" : text(left.begin()->first) + " is not served";
-}
-
-inline bool is_identity(const structures::OperatorTableau& t) {
-  for (int q = 0; q < t.nbqbits; ++q) {
-    std::string letters(static_cast<std::size_t>(t.nbqbits), 'I');
-    for (const char letter : {'X', 'Z'}) {
-      letters[static_cast<std::size_t>(q)] = letter;
-      if (carried(letters, t) != SignedString{false, letters}) return false;
-    }
-  }
-  return true;
 }
 
 }  // namespace support
