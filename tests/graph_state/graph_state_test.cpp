@@ -160,25 +160,4 @@ TEST(GraphStateSynthesis, SolvesEveryGraph) {
   }
 }
 
-TEST(GraphStateSynthesis, NeedsFarFewerGatesThanEdgesAndRepeatsItself) {
-  Rng rng(4);
-  std::size_t gates = 0;
-  std::size_t edges = 0;
-  for (int round = 0; round < 10; ++round) {
-    const BoolMatrix graph = random_symmetric(30, rng);
-    TripleCircuit circuits[3];
-    for (const std::uint64_t k : {0, 1, 2}) {
-      synthesise_graph_state(BitMatrix::pack(graph, 30, 30), circuits[k], 10, SeededDraw(k / 2, 0),
-                             {});
-    }
-    EXPECT_EQ(circuits[0], circuits[1]);
-    EXPECT_NE(circuits[0], circuits[2]);
-    for (const auto& [code, a, b] : circuits[0]) gates += code != 0;
-    for (int i = 0; i < 30; ++i) {
-      for (int j = 0; j < i; ++j) edges += graph[at(i)][at(j)];
-    }
-  }
-  EXPECT_LT(gates, edges / 2);
-}
-
 }  // namespace

@@ -1,4 +1,4 @@
-// Every method of linear synthesis on random matrices of 0 to 64 qubits, verified by replay.
+// The greedy searches on random matrices of 0 to 64 qubits, verified by replay.
 // ZELTBRAIDWERK_INSTANCES says how many of each size: few by default, more before a release.
 #include <gtest/gtest.h>
 
@@ -6,12 +6,10 @@
 
 #include "support/oracles.h"
 #include "zeltbraidwerk/linear/internal/greedy.h"
-#include "zeltbraidwerk/linear/synthesis.h"
 
 namespace {
 
 using support::at;
-using support::reduces;
 using zelt::braidwerk::internal::BitMatrix;
 using zelt::braidwerk::internal::Control;
 using zelt::braidwerk::internal::greedy_synthesis;
@@ -27,10 +25,6 @@ struct Method {
   Outcome (*run)(int n, const BoolMatrix& a, std::uint32_t seed);
 };
 
-Outcome right_if(bool holds) {
-  return holds ? Outcome::Right : Outcome::Wrong;
-}
-
 template <GreedyCost cost, int width, int depth, int cap = 1000>
 Outcome greedy(int n, const BoolMatrix& a, std::uint32_t seed) {
   std::vector<int> perm(at(n));
@@ -40,34 +34,10 @@ Outcome greedy(int n, const BoolMatrix& a, std::uint32_t seed) {
       greedy_synthesis(BitMatrix::pack(a, n, n), perm, {.cost = cost, .beam = {width, depth}},
                        SeededDraw(seed, 0), control);
   if (!result.reduced) return Outcome::Unfinished;
-  return right_if(support::implements_up_to(result.circuit, perm, a));
+  return support::implements_up_to(result.circuit, perm, a) ? Outcome::Right : Outcome::Wrong;
 }
 
 const Method methods[] = {
-    {"gauss", 64, 64,
-     [](int n, const BoolMatrix& a, std::uint32_t) {
-       return right_if(reduces(synthesis::GaussianElimination(n, a), a));
-     }},
-    {"pmh", 64, 64,
-     [](int n, const BoolMatrix& a, std::uint32_t) {
-       if (n < 2) return Outcome::Right;
-       return right_if(reduces(synthesis::optimized_PMH_Algorithm(n, a), a));
-     }},
-    {"triangular_pairs", 64, 64,
-     [](int n, const BoolMatrix& a, std::uint32_t) {
-       BoolMatrix work = a;
-       return right_if(reduces(synthesis::GreedyGaussianElimination_faster(n, work), a));
-     }},
-    {"divide_and_conquer", 64, 64,
-     [](int n, const BoolMatrix& a, std::uint32_t) {
-       return right_if(reduces(divide_and_conquer_synthesis(n, a), a));
-     }},
-    {"syndrome", 64, 64,
-     [](int n, const BoolMatrix& a, std::uint32_t) {
-       std::vector<int> perm(at(n));
-       const auto circuit = synthesis::SyndromeSynthesis(n, a, perm, 2, 2);
-       return right_if(support::inverts_up_to(circuit, perm, a));
-     }},
     {"ones", 64, 20, greedy<GreedyCost::Ones, 1, 1>},
     {"ones_ahead", 20, 0, greedy<GreedyCost::Ones, 2, 3>},
     {"ones_with_inverse", 64, 20, greedy<GreedyCost::OnesWithInverse, 1, 1>},

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "support/dense.h"
 #include "support/digest.h"
 #include "support/graphs.h"
 #include "support/pauli.h"
@@ -87,29 +86,6 @@ TEST(CoDiagonalisation, KeepsToItsWorkedExamples) {
   table = rows({"XIX"});
   greedy_diag(table, params, active, circuit);
   EXPECT_TRUE(active.empty());
-}
-
-/// The product of the rotations, the first acting first.
-support::Dense network(const PauliTable& table, const std::vector<Parameter>& params, int n) {
-  support::Dense u = support::Dense::identity(std::size_t{1} << n);
-  for (std::size_t r = 0; r < table.size(); ++r) {
-    u = support::rotation(text(table[r]), params[r].value) * u;
-  }
-  return u;
-}
-
-TEST(CoDiagonalisation, KeepsTheOperator) {
-  std::mt19937 rng(4);
-  for (int round = 0; round < 60; ++round) {
-    const int n = 1 + round % 4;
-    PauliTable table = support::random_commuting_rows(n + 2, n, rng);
-    auto params = numbered_angles(table.size());
-    const auto before = network(table, params, n);
-    int failures = 0;
-    const auto circuit = generate_basis_change(table, params, round % 3, failures);
-    const auto c = support::unitary(circuit, n);
-    EXPECT_TRUE((c.dagger() * network(table, params, n) * c).near(before));
-  }
 }
 
 TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {

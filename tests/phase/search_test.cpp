@@ -80,24 +80,6 @@ TEST(ParitySearch, CircuitsDoWhatTheyShould) {
   EXPECT_FALSE(moved.empty()) << "no permutation tells one direction from the other";
 }
 
-/// Few enough to be sure of the least.
-TEST(ParitySearch, SmallSetsComeOutShortest) {
-  const auto count = [](const std::vector<std::string_view>& parities, Outputs outputs) {
-    const int n = static_cast<int>(parities[0].size());
-    return cnots(
-        search_parities(pack_parities(polynomial(parities), n), {.outputs = outputs}, steps(3000)));
-  };
-  EXPECT_EQ(count({"11"}, Outputs::left_open), 1);
-  EXPECT_EQ(count({"11"}, Outputs::in_place), 2);
-  EXPECT_EQ(count({"110", "111"}, Outputs::left_open), 2);
-  EXPECT_EQ(count({"110", "111"}, Outputs::in_place), 4);
-  // All eleven sums of four wires: each CNOT shows one at most, and four of them undo the map.
-  const std::vector<std::string_view> all = {"1100", "1010", "0110", "1001", "0101", "0011",
-                                             "1110", "1101", "1011", "0111", "1111"};
-  EXPECT_EQ(count(all, Outputs::left_open), 11);
-  EXPECT_EQ(count(all, Outputs::in_place), 14);
-}
-
 /// Everything that up to `depth` CNOTs can do on four wires: maps, and sums shown on the way.
 std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, WindowGraph graph) {
   constexpr SumSet units = 1 << 1 | 1 << 2 | 1 << 4 | 1 << 8;
