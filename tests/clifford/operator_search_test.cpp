@@ -180,27 +180,6 @@ PauliFrame images_of(const Circuit& circuit, int n) {
   return images;
 }
 
-TEST(CliffordSearch, acts_as_the_operator) {
-  std::mt19937 rng(1);
-  for (const int n : {0, 1, 2, 3, 4, 5, 6, 7, 9, 12, 17, 26, 33, 50}) {
-    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
-      for (int round = 0; round < (n < 8 ? 20 : 2); ++round) {
-        const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
-        const Task task{.objective = support::objective(round % 3 == 2),
-                        .outputs = outputs,
-                        .seed = rng(),
-                        .stream = rng()};
-        const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
-        ASSERT_TRUE(implements(found.circuit.gates, found.circuit.wires, tableau_of(wanted, n)))
-            << n;
-        EXPECT_EQ(std::ranges::count(found.circuit.gates, "CNOT", &structures::Gate::name),
-                  found.count);
-        EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
-      }
-    }
-  }
-}
-
 TEST(CliffordSearch, brings_operators_down_from_either_side) {
   std::mt19937 rng(4);
   for (const int n : {0, 1, 2, 3, 5, 40, 100}) {
@@ -234,28 +213,6 @@ TEST(CliffordSearch, finds_layered_forms) {
       ASSERT_TRUE(implements(found.gates, found.wires, tableau_of(wanted, n))) << n;
       EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
       EXPECT_LE(depth_of(list.gates, n), 2 * n + 30);
-    }
-  }
-}
-
-TEST(CliffordSearch, keeps_to_the_edges_of_a_device) {
-  std::mt19937 rng(2);
-  for (const int n : {0, 1, 2, 3, 4, 5, 7, 10, 16, 25}) {
-    for (int round = 0; round < (n < 8 ? 12 : 2); ++round) {
-      const Circuit wanted = random_clifford(n, n * (1 + round % 10), rng);
-      const BitGraph device{random_device(n, 5, rng)};
-      const Outputs outputs = round % 2 == 0 ? Outputs::in_place : Outputs::anywhere;
-      const Task task{.objective = support::objective(round % 3 == 2),
-                      .outputs = outputs,
-                      .device = &device,
-                      .seed = rng(),
-                      .stream = rng()};
-      const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
-      ASSERT_TRUE(implements(found.circuit.gates, found.circuit.wires, tableau_of(wanted, n))) << n;
-      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
-      for (const structures::Gate& gate : found.circuit.gates) {
-        ASSERT_TRUE(gate.qbits.size() == 1 || device.joined(gate.qbits[0], gate.qbits[1]));
-      }
     }
   }
 }

@@ -85,36 +85,6 @@ StateResult searched(const std::vector<SignedString>& strings, std::uint64_t ste
   return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);
 }
 
-void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     bool by_depth = false) {
-  const StateResult found = searched(strings, steps, {.objective = support::objective(by_depth)});
-  ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
-  const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
-  EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
-  EXPECT_LE(found.depth, found.count);
-}
-
-TEST(StateSearch, prepares_states_with_their_signs) {
-  std::mt19937 rng(1);
-  for (const int n : {0, 1, 2, 3, 4, 5, 6, 8, 11, 17, 33, 50}) {
-    for (int round = 0; round < (n < 10 ? 40 : 4); ++round) {
-      const std::uint64_t steps = round % 4 == 0 ? 0 : 100U << (round % 8);
-      const auto gates = static_cast<int>(rng() % 4U) * n;
-      expect_prepared(n == 0 ? graph_state(0, 0, rng) : random_state(n, gates, rng), steps);
-      expect_prepared(graph_state(n, 0.2 * (round % 5), rng), steps, round % 2 != 0);
-    }
-  }
-}
-
-TEST(StateSearch, takes_more_qubits_than_a_word_has_bits) {
-  std::mt19937 rng(2);
-  for (const int n : {64, 65, 130}) {
-    expect_prepared(graph_state(n, 3.0 / n, rng), 400);
-    expect_prepared(random_state(n, n / 2, rng), 400);
-  }
-  expect_prepared(graph_state(70, 0.5, rng), 0);
-}
-
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
 TEST(StateSearch, turns_zeros_into_the_state_itself) {
   const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};

@@ -70,34 +70,6 @@ TEST(LayerSeries, EveryRunGivesACircuit) {
   }
 }
 
-TEST(DepthSearch, FindsCircuitsOfTheMap) {
-  support::Rng rng(3);
-  for (const int n : {0, 1, 2, 3, 4, 5, 6, 9, 16, 33, 64, 128}) {
-    for (const bool permuted : {false, true}) {
-      const BoolMatrix m = support::random_invertible(n, rng);
-      Task task;
-      task.outputs = support::outputs(!permuted);
-      task.seed = rng();
-      std::vector<SearchPoint> points;
-      Effort effort = steps(n < 64 ? 20000 : 1000);
-      effort.on_better = [&](const SearchPoint& point) { points.push_back(point); };
-      const auto front = search_shallow_cnot(packed(m), task, effort);
-      ASSERT_FALSE(front.empty());
-      EXPECT_EQ(points.back().depth, front[0].depth);
-      EXPECT_EQ(points.back().count, front[0].list.count());
-      for (std::size_t k = 0; k < front.size(); ++k) {
-        const auto& [list, depth] = front[k];
-        EXPECT_TRUE(implements(list, m)) << n << " wires";
-        EXPECT_LE(depth_of(list.gates, n), depth);
-        for (int w = 0; !permuted && w < n; ++w) EXPECT_EQ(list.frame.output_on(w), w);
-        if (k == 0) continue;
-        EXPECT_GT(depth, front[k - 1].depth);
-        EXPECT_LT(list.count(), front[k - 1].list.count());
-      }
-    }
-  }
-}
-
 TEST(DepthSearch, KeepsDirections) {
   // Output 0 is x0, output 1 is x0 + x1 + x2, output 2 is x0 + x2: one circuit alone has two gates.
   const BoolMatrix m = support::matrix({"100", "111", "101"});

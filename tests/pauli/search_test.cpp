@@ -38,50 +38,6 @@ std::string fault(const PauliRows& table, int n, const NetworkTask& task,
   return support::fault(table, task.in_order, unfolded);
 }
 
-int ladder_count(const PauliRows& table) {
-  int count = 0;
-  for (const auto& row : table) {
-    const auto weight = static_cast<int>(
-        row.size() - static_cast<std::size_t>(std::count(row.begin(), row.end(), 0)));
-    count += 2 * std::max(0, weight - 1);
-  }
-  return count;
-}
-
-TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
-  std::mt19937 rng(1);
-  for (int instance = 0; instance < 60; ++instance) {
-    const int n = static_cast<int>(rng() % (instance % 10 == 0 ? 51 : 9));
-    const int most = instance % 7 == 0 ? 60 : 15;
-    PauliRows table =
-        support::random_rows(static_cast<int>(rng() % static_cast<unsigned>(most)), n, rng);
-    for (auto& row : table) {  // light strings, equal ones, and those of no letters as well
-      for (auto& letter : row) letter = rng() % 3 == 0 ? letter : 0;
-      for (std::size_t q = 0; q < row.size() && instance % 6 == 5; ++q) {
-        if (row[q] != 0) row[q] = static_cast<unsigned char>(1 + q % 3);  // one letter a qubit
-      }
-    }
-    const BitGraph graph{support::random_device(n, 10, rng)};
-    for (const bool in_order : {false, true}) {
-      for (const auto outputs : {Outputs::left_open, Outputs::in_place, Outputs::anywhere}) {
-        NetworkTask task;
-        task.in_order = in_order;
-        task.outputs = outputs;
-        task.objective = support::objective(instance % 5 == 0);
-        task.seed = static_cast<std::uint64_t>(instance);
-        if (n > 0 && instance % 3 == 0) task.device = &graph;
-        const auto result =
-            search_network(support::named(table, n), task, steps(instance % 4 == 0 ? 2000 : 60));
-        EXPECT_EQ(fault(table, n, task, result), "")
-            << "instance " << instance << ": " << text(table);
-        if (task.device == nullptr && !task.by_depth()) {
-          EXPECT_LE(result.count, ladder_count(table));
-        }
-      }
-    }
-  }
-}
-
 TEST(NetworkSearch, SpentBeforeItBeganAnEffortGivesTheFirstCircuit) {
   std::mt19937 rng(2);
   const Rotations list = support::named(support::random_rows(30, 6, rng), 6);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,37 +20,6 @@ inline PauliRotationMap symbolic(const PauliRows& table) {
     rotations.emplace(row, structures::Parameter("a" + std::to_string(rotations.size())));
   }
   return rotations;
-}
-
-/// The excitations of a closed shell under Jordan-Wigner, spin orbitals interleaved, the lowest
-/// filled, all spin-conserving singles and doubles. Each is a product of raising and lowering
-/// operators less its adjoint: on their qubits, X and Y with Y an odd number of times, and Z
-/// between the first and the second, and between the third and the fourth.
-inline PauliRotationMap uccsd(int qubits, int electrons) {
-  PauliRows table;
-  const auto add = [&](const std::vector<int>& at) {
-    for (unsigned ys = 0; ys < 1U << at.size(); ++ys) {
-      if (std::popcount(ys) % 2 == 0) continue;
-      auto& row = table.emplace_back(static_cast<std::size_t>(qubits));
-      for (std::size_t k = 0; k < at.size(); k += 2) {
-        for (int q = at[k]; q < at[k + 1]; ++q) row[static_cast<std::size_t>(q)] = 3;
-      }
-      for (std::size_t k = 0; k < at.size(); ++k) {
-        row[static_cast<std::size_t>(at[k])] = ys >> k & 1 ? 2 : 1;
-      }
-    }
-  };
-  for (int i = 0; i < electrons; ++i) {
-    for (int a = electrons; a < qubits; ++a) {
-      if (i % 2 == a % 2) add({i, a});
-      for (int j = i + 1; j < electrons; ++j) {
-        for (int b = a + 1; b < qubits; ++b) {
-          if (i % 2 + j % 2 == a % 2 + b % 2) add({i, j, a, b});
-        }
-      }
-    }
-  }
-  return symbolic(table);
 }
 
 /// What a circuit does: the signed strings that its rotations, the gates with a symbolic angle,
