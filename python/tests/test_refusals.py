@@ -18,21 +18,18 @@ CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
 CnotCircuit(2, [(0, 1.0)]) -> DtypeError: gates: got entries of type float
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
-CnotCircuit(2.0) -> DtypeError: n: got 2.0, wanted an integer
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
 Gate('T', 0) -> GateError: name: got 'T', wanted one of CNOT
 Gate('CNOT', 0) -> GateError: qubits: got 1 for CNOT, wanted 2
 Gate('XX', [0]) -> GateError: wanted two or more
 Gate('RZ', 0) -> GateError: params: got 0 for RZ, wanted 1
 Gate('CNOT', (1, 1)) -> QubitError: wanted distinct qubits
-Gate('H', -1) -> QubitError: qubits: got -1
 Gate('H', 0.5) -> DtypeError: qubits: got 0.5, wanted an integer
 Gate('RZ', 0, math.nan) -> AngleError: got nan, wanted a finite angle
 Gate('XX', (0, 1), (1.0, 2)).inverse() -> GateError: no inverse
 Parameter(' ') -> AngleError: wanted an expression
 float(Parameter('a')) -> AngleError: symbolic angle 'a'
 Circuit(1, [Gate.cnot(0, 1)]) -> QubitError: got qubit 1, wanted 0 to 0
-Circuit(1, ['H']) -> DtypeError: wanted a Gate
 Circuit(1, [Gate.h(0)]).to_cnot_circuit() -> NotLinearError: gate H
 
 # instructions
@@ -43,7 +40,6 @@ Barrier((0, 0)) -> QubitError: wanted distinct qubits
 Conditional('X', 0) -> DtypeError: operation: got 'X', wanted a Gate
 Conditional(X, (1, 1)) -> BitError: bits: got \(1, 1\)
 Conditional(X, (0, 1), 4) -> OptionError: value: got 4, wanted 0 to 3
-Circuit(1, [Measure(1, 0)]) -> QubitError: got qubit 1, wanted 0 to 0
 Circuit(1, [Measure(0, 1)], [('c', 1)]) -> BitError: got bit 1, wanted one
 Circuit(1, [], [('c', 1), ('c', 2)]) -> BitError: classical: got the names
 Circuit(1, [], {'a': 1}) + Circuit(1, [], {'b': 1}) -> BitError: got circuits with a\[1\] and b\[1\], wanted the same
@@ -74,7 +70,6 @@ clifford.synthesize(CIRCUIT, permutation='any') -> OptionError: permutation
 clifford.synthesize(Circuit(1, [Gate.rz(0, 0.1)])) -> NotCliffordError: wanted a Clifford gate
 
 # states
-clifford.synthesize_state(['XX', 'ZZZ']) -> PauliError: state: got 3 letters, wanted 2
 clifford.synthesize_state(['XX']) -> ShapeError: state: got 1 stabilizers of 2 letters, wanted 2
 clifford.synthesize_state(['X', 'X']) -> ShapeError: got 2 stabilizers of 1 letters, wanted 1
 clifford.synthesize_state(['XXI', 'IXX', 'XIX']) -> PauliError: got XIX, which is a product
@@ -84,7 +79,6 @@ clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wa
 
 # linear
 linear.synthesize([[1.0, 0.0], [0.0, 1.0]]) -> DtypeError: matrix: got entries of type float64
-linear.synthesize([['1', '0'], ['0', '1']]) -> DtypeError: matrix: got entries of type <U1
 linear.synthesize([[2, 1], [1, 1]]) -> EntryError: matrix: got the entry 2
 linear.synthesize([[1, 0, 0], [0, 1, 0]]) -> ShapeError: matrix: got shape \(2, 3\)
 linear.synthesize([[1, 0], [0]]) -> ShapeError: rows of unequal length
@@ -94,7 +88,6 @@ linear.synthesize(EYE, method='best') -> UnknownMethodError: method: got 'best',
 linear.synthesize(EYE, objective='gates') -> OptionError: objective: got 'gates', wanted one of
 linear.synthesize(EYE, permutation='any') -> OptionError: permutation: got 'any'
 linear.synthesize(EYE, method='pmh', section=0) -> OptionError: section: got 0, wanted 1 to 30
-linear.synthesize(EYE, method='pmh', section=2.0) -> DtypeError: section: got 2.0, wanted an int
 linear.synthesize(EYE, restarts=0) -> OptionError: restarts: got 0, wanted 1 to
 linear.synthesize(EYE, jobs=0) -> OptionError: jobs: got 0
 linear.synthesize(EYE, steps=-1) -> OptionError: steps: got -1, wanted 0 to
@@ -183,7 +176,6 @@ two().readout(['XX']).values([0, 1]) -> ShapeError: bits: got shape \(2,\)
 two().readout(['XX']).values([[0, 1, 0]]) -> ShapeError: bits: got shape \(1, 3\), wanted \(shots, 2\)
 two().readout(['XX']).values(np.ma.array([[0, 1]])) -> DtypeError: bits: got a masked array
 pauli.synthesize({'XX': 1, 'X': 1}) -> PauliError: got 1 letters, wanted 2
-pauli.synthesize({'XX': math.nan}) -> AngleError: finite
 pauli.synthesize([((0, 4), 1.0)]) -> PauliError: got the code 4
 pauli.synthesize((['XX'], [1, 2])) -> ShapeError: 1 strings, 2 angles
 pauli.synthesize({}, order='any') -> OptionError: order: got 'any'
@@ -254,52 +246,36 @@ gallery.low_autocorrelation('3') -> Error: n: got '3', wanted an integer
 gallery.maxcut_regular(5, 3) -> Error: degree: got 3
 gallery.heisenberg(3, couplings=(1, 1)) -> Error: couplings: got 2 numbers
 gallery.ising_chain(3, field='x') -> Error: field: got 'x', wanted a finite number
-gallery.uccsd(3, 1) -> Error: qubits: got 3, wanted an even number
 gallery.uccsd(4, 1) -> Error: electrons: got 1, wanted an even number
 gallery.uccsd(4, 2, [1.0]) -> Error: amplitudes: got 1, wanted 3
-gallery.maxcut(2) -> Error: n: got 2, wanted 4 to
-gallery.random_invertible(-1, 1) -> Error: n: got -1, wanted 0 to
 gallery.random_parities(2, 4, 1) -> Error: terms: got 4, wanted 0 to 3
 gallery.circulant([4], 7) -> Error: first_row: got 4, wanted 0 to 3
-gallery.hadamard([1, 2, 3], 7) -> Error: first_row: got 3 elements, wanted a power of two
 gallery.rank([-1]) -> Error: rows: got -1, wanted at least 0
 
 # core
 core.GaussianElimination(2, [[1.0, 0], [0, 1]]) -> TypeError: m: got float64
-core.GaussianElimination(2, [[2, 0], [0, 1]]) -> ValueError: other than 0 and 1
 core.GaussianElimination(3, np.eye(2, dtype=bool)) -> ValueError: \(2, 2\)
-core.GaussianElimination(2, [[1, 0], [1]]) -> ValueError: inhomogeneous
 core.PMH_Algorithm(2, np.eye(2, dtype=bool), 0) -> ValueError: section: got 0
 core.RowOperation([[1]], 0, 1, 1) -> IndexError: j: got 1, wanted 0 to 0
 core.CnotCircuit(2, [(0, 2)]) -> IndexError: target: got 2
 core.CnotCircuit(2).insertGate(0, 1, 1) -> IndexError: position
-core.OperatorTableau(1).h_left(1) -> IndexError: q: got 1
 core.OperatorTableau(2).cnot_left(1, 1) -> ValueError: same qubit
 core.OperatorTableau(1).apply_left(core.Gate('RZ', [0])) -> ValueError: no angle
-core.OperatorTableau(1).apply_left(core.Gate('T', [0])) -> RuntimeError: Clifford
 core.uniform(3, 2) -> ValueError: b: got 2
 core.SyndromeSynthesis(1, [[1]], 2, 40) -> ValueError: states
 core.addPermutation(2, core.CnotCircuit(2), [0, 0]) -> ValueError: perm
-filled(STAR).steiner_tree([]) -> ValueError: terminals: got none
 filled(STAR).steiner_tree([0, 4]) -> IndexError: terminals: got 4, wanted 0 to 3
 core.steiner_good(graph_of(STAR), [0, 1]) -> ValueError: table is not filled
-core.sketch_steiner(core.Graph(3), [0]) -> ValueError: table is not filled
 filled(LINE_AND_DOT).steiner_tree([0, 3]) -> ValueError: no path joins 0 and 3
 core.Graph(2).add_edge(0, 2) -> IndexError: vertex: got 2
 core.steiner_gauss_ham_path(SINGULAR, graph_of(Device.line(2)), [0, 1]) -> RuntimeError: ooops: Error: Can't fill up this tree!
 core.steiner_gauss_ham_path(core.Table(4), graph_of(STAR), [0, 1, 2, 3]) -> RuntimeError: Path is not hamiltonian
-core.steiner_gauss_ham_path(core.Table(3), graph_of(STAR), [0]) -> ValueError: table: got size 3, wanted 4
-core.graph_state_synthesis([[0]], 2, 0) -> ValueError: graph: rows
 core.simulate_circuit([[0]], [(1, 0, 1)], 1) -> IndexError: 1
 core.greedy_pauli_synth({(1, 1): 0.5}, core.OperatorTableau(3)) -> ValueError: wanted 3
-core.greedy_pauli_synth({(1,): 0.5}, core.OperatorTableau(1)) -> RuntimeError: Non-clifford
 core.gray_synth({(0, 0): 1.0}) -> ValueError: poly: holds the zero parity
-core.gray_synth({(1, 0): 1.0, (1,): 1.0}) -> ValueError: key of [12] bits, wanted
 core.gray_synth_on_graph({(1, 1): 1.0}, core.Graph(2)) -> ValueError: graph: is not connected
-core.find_best_split([3], {0}, [[1, 1]]) -> IndexError: cols: got 3
 core.reduce_cols({0}, [], [[1]], []) -> ValueError: params: got 0, wanted 1
 core.place_cnot(0, 1, [], [[1]]) -> IndexError: target: got 1
-core.is_clifford(core.Gate('RZ', [0], [], True)) -> ValueError: got no angle
 core.clifford_nnize_depth([], core.Graph(2), 0, True, True, TABLEAU, 0) -> ValueError: graph: got 2 qubits, wanted 3
 core.merge_rotations([(axis, core.Parameter(1.0)) for axis in ('X', 'XX')]) -> ValueError: got a string of 2 letters
 """

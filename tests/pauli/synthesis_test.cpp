@@ -4,7 +4,6 @@
 #include <map>
 #include <numbers>
 
-#include "support/dense.h"
 #include "support/digest.h"
 #include "support/rotations.h"
 #include "zeltbraidwerk/pauli/commute_pauli_synth.h"
@@ -99,33 +98,6 @@ TEST(PauliSynthesis, KeepsItsGates) {
   EXPECT_EQ(digests[4].text(), "0dcfb70cf266a81b") << "closed sets by graph states";
   EXPECT_EQ(digests[6].text(), "712c5ee02f39914f") << "open sets";
   EXPECT_EQ(digests[7].text(), "b60bf9ea496a0663") << "open sets by graph states";
-}
-
-TEST(PauliSynthesis, KeepsTheOperator) {
-  std::mt19937 rng(3);
-  for (int round = 0; round < 45; ++round) {
-    const int n = 1 + round % 5;
-    const auto rotations = symbolic(support::random_rows(7, n, rng));
-    OperatorTableau tableau(n);
-    auto circuit = run(round % syntheses, rotations, tableau);
-    const auto unfolded = support::unfold(circuit, n);
-    const auto value = [](const Parameter& angle) {
-      const auto name = angle.expression.find('a');
-      return (name == 0 ? 0.3 : -0.3) * (1 + std::stod(angle.expression.substr(name + 1)));
-    };
-    auto wanted = support::Dense::identity(std::size_t{1} << n);
-    for (const auto& [string, angle] : unfolded.rotations) {
-      const double theta = value(angle) * (string.first ? -1 : 1);
-      wanted = support::rotation(string.second, theta) * wanted;
-    }
-    wanted = support::unitary(unfolded.clifford, n) * wanted;
-    for (Gate& gate : circuit) {
-      for (Parameter& angle : gate.params) {
-        if (angle.is_abstract) angle = value(angle);
-      }
-    }
-    EXPECT_TRUE(support::unitary(circuit, n).near(wanted));
-  }
 }
 
 /// "H0 CNOT01 RX0(a0) |": the gates, with the angles of rotations.
