@@ -15,7 +15,6 @@ CASES = r"""
 # circuits
 CnotCircuit(2, [(0, 2)]) -> QubitError: gates: got qubit 2, wanted 0 to 1
 CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
-CnotCircuit(2, [(0, 1.0)]) -> DtypeError: gates: got entries of type float
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
@@ -27,8 +26,6 @@ Gate('CNOT', (1, 1)) -> QubitError: wanted distinct qubits
 Gate('H', 0.5) -> DtypeError: qubits: got 0.5, wanted an integer
 Gate('RZ', 0, math.nan) -> AngleError: got nan, wanted a finite angle
 Gate('XX', (0, 1), (1.0, 2)).inverse() -> GateError: no inverse
-Parameter(' ') -> AngleError: wanted an expression
-float(Parameter('a')) -> AngleError: symbolic angle 'a'
 Circuit(1, [Gate.cnot(0, 1)]) -> QubitError: got qubit 1, wanted 0 to 0
 Circuit(1, [Gate.h(0)]).to_cnot_circuit() -> NotLinearError: gate H
 
@@ -36,7 +33,6 @@ Circuit(1, [Gate.h(0)]).to_cnot_circuit() -> NotLinearError: gate H
 Measure(0.5, 0) -> DtypeError: qubit: got 0.5, wanted an integer
 Measure(0, -1) -> OptionError: bit: got -1, wanted 0 to
 Barrier(()) -> QubitError: qubits: got none
-Barrier((0, 0)) -> QubitError: wanted distinct qubits
 Conditional('X', 0) -> DtypeError: operation: got 'X', wanted a Gate
 Conditional(X, (1, 1)) -> BitError: bits: got \(1, 1\)
 Conditional(X, (0, 1), 4) -> OptionError: value: got 4, wanted 0 to 3
@@ -63,10 +59,6 @@ clifford.synthesize((['XI'], ['ZI'])) -> ShapeError: got 1 images of 2 letters, 
 clifford.synthesize((['XI', 'XI'], ['ZI', 'IZ'])) -> NotCliffordError: X on qubit 1 and Z on qubit 0
 clifford.synthesize((['X'], ['X'])) -> NotCliffordError: commute
 clifford.synthesize((['X'], ['iZ'])) -> PauliError: operator
-clifford.synthesize(CIRCUIT, method='best') -> UnknownMethodError: method: got 'best'
-clifford.synthesize(CIRCUIT, device=Device.line(2)) -> DeviceTooSmallError: at least 3
-clifford.synthesize(CIRCUIT, objective='size') -> OptionError: objective
-clifford.synthesize(CIRCUIT, permutation='any') -> OptionError: permutation
 clifford.synthesize(Circuit(1, [Gate.rz(0, 0.1)])) -> NotCliffordError: wanted a Clifford gate
 
 # states
@@ -89,7 +81,6 @@ linear.synthesize(EYE, objective='gates') -> OptionError: objective: got 'gates'
 linear.synthesize(EYE, permutation='any') -> OptionError: permutation: got 'any'
 linear.synthesize(EYE, method='pmh', section=0) -> OptionError: section: got 0, wanted 1 to 30
 linear.synthesize(EYE, restarts=0) -> OptionError: restarts: got 0, wanted 1 to
-linear.synthesize(EYE, jobs=0) -> OptionError: jobs: got 0
 linear.synthesize(EYE, steps=-1) -> OptionError: steps: got -1, wanted 0 to
 linear.synthesize(EYE, method='search', reach=1) -> OptionError: on a device
 linear.synthesize(EYE, method='search', device='aspen', reach=1.0) -> DtypeError: reach: got 1.0
@@ -126,18 +117,15 @@ phase.synthesize((['11'], np.ma.array([1], mask=True))) -> DtypeError: polynomia
 phase.synthesize((['1', '0'], [1])) -> ParityError: got 2 parities and 1 angles
 phase.synthesize({'1': '0.5'}) -> AngleError: polynomial: got '0.5', wanted a number, not text
 phase.synthesize({'1': 1}, tail='undo') -> OptionError: tail: got 'undo'
-phase.synthesize({'1': 1}, method='best') -> UnknownMethodError: wanted one of auto, gray
 phase.synthesize({'1': 1}, tail='return', permutation='free') -> OptionError: permutation: got 'free' with tail='return'
 phase.synthesize({'1': 1}, device='qx5', method='greedy') -> UnknownMethodError: wanted one of auto, gray, search on a device
 phase.synthesize({1: 1}, n=20000, method='search') -> TooLargeError: at most 16383
-phase.synthesize({'111': 1}, device=[(0, 1)]) -> DeviceTooSmallError: at least 3 qubits
 
 # graph_state
 graph_state.synthesize([[0, 1], [0, 0]]) -> ShapeError: symmetric
 graph_state.synthesize([[0, 2], [2, 0]]) -> EntryError: entry 2
 graph_state.synthesize([[0, 1]]) -> ShapeError: square
 graph_state.synthesize([[0]], method='decoding', tries=-1) -> OptionError: tries: got -1
-graph_state.synthesize([[0]], method='x') -> UnknownMethodError: got 'x'
 
 # pauli
 pauli.synthesize({'XA': 1.0}) -> PauliError: rotations: got 'XA'
@@ -155,7 +143,6 @@ pauli.synthesize((['XX', 'YY'], 'ab')) -> DtypeError: got 'ab', wanted a list of
 pauli.synthesize((['XX'], {0.5: 1})) -> DtypeError: wanted a list of angles
 pauli.synthesize((['XX'], np.ma.array([0.5]))) -> DtypeError: wanted a list of angles
 pauli.synthesize([('XX', 1, 2)]) -> ShapeError: wanted a string and its angle
-pauli.synthesize([{'XX': 1}]) -> ShapeError: wanted a string and its angle
 pauli.synthesize(('XX', 0.5)) -> ShapeError: rotations: got 'XX', wanted a string
 pauli.synthesize({('XX', 0.5)}) -> DtypeError: rotations: got {
 pauli.synthesize('XX') -> DtypeError: rotations: got 'XX'
@@ -170,7 +157,6 @@ two().readout('XX') -> DtypeError: observables: got 'XX', wanted Pauli
 two().absorb({'XX': 'a'}) -> DtypeError: observables: got the coefficient
 two().absorb({'XX': True}) -> DtypeError: observables: got the coefficient
 two().absorb({'XX': math.nan}) -> AngleError: observables: got the coefficient
-two().absorb({'XX': complex(0, math.inf)}) -> AngleError: observables: got the coefficient
 two().readout(['XX']).values([[0, 2]]) -> EntryError: bits: got the entry 2
 two().readout(['XX']).values([0, 1]) -> ShapeError: bits: got shape \(2,\)
 two().readout(['XX']).values([[0, 1, 0]]) -> ShapeError: bits: got shape \(1, 3\), wanted \(shots, 2\)
@@ -200,7 +186,6 @@ routing.normalize('qreg q[1]; foo q[0];') -> QasmError: foo is not known
 routing.normalize(Circuit(2, [Gate('XX', (0, 1), (PI / 2, 2))])) -> GateError: wanted Clifford gates
 routing.normalize(Circuit(1, [Gate('S*', 0)])) -> GateError: circuit: got
 routing.route_ions(T3, shelving=0.1) -> DtypeError: pair_error
-routing.route_ions(T3, shelving=('0', 1)) -> DtypeError: shelving: got '0'
 routing.route_ions(T3, shelving=(0, 10 ** 400)) -> OptionError: rate inf
 routing.route_ions(T3, shelving=(0, 0, 0)) -> ShapeError: got 3 numbers
 routing.normalize(T3, merge='no') -> DtypeError: merge: got 'no'
@@ -216,9 +201,7 @@ graph_state.synthesize([(1, 0), (0, 1)]) -> GraphError: written twice
 Device.of(np.ones((3, 3), int)) -> ShapeError: device: .* wanted pairs
 Device.from_networkx([(0, 1)]) -> DtypeError: wanted a graph of networkx
 Device.from_qiskit(5) -> DeviceError: source: got 5, wanted a coupling map
-Device.from_pytket(5) -> DeviceError: architecture: got 5, wanted an arch
 Device.line(2).draw(CnotCircuit(3)) -> DeviceTooSmallError: at most 2
-Device.line(2).connected_parts(-1) -> OptionError: n: got -1
 Device.line(2).fits([(0, 1)]) -> DtypeError: circuit: got
 Gate('H', 10 ** 30) -> QubitError: qubits: got 1000.*, wanted 0 to
 Gate(['H'], 0) -> GateError: name: got \['H'\], wanted one of
@@ -244,13 +227,10 @@ Device.line(3).part({0, 1}) -> DtypeError: ^qubits: got
 # gallery
 gallery.low_autocorrelation('3') -> Error: n: got '3', wanted an integer
 gallery.maxcut_regular(5, 3) -> Error: degree: got 3
-gallery.heisenberg(3, couplings=(1, 1)) -> Error: couplings: got 2 numbers
 gallery.ising_chain(3, field='x') -> Error: field: got 'x', wanted a finite number
 gallery.uccsd(4, 1) -> Error: electrons: got 1, wanted an even number
 gallery.uccsd(4, 2, [1.0]) -> Error: amplitudes: got 1, wanted 3
 gallery.random_parities(2, 4, 1) -> Error: terms: got 4, wanted 0 to 3
-gallery.circulant([4], 7) -> Error: first_row: got 4, wanted 0 to 3
-gallery.rank([-1]) -> Error: rows: got -1, wanted at least 0
 
 # core
 core.GaussianElimination(2, [[1.0, 0], [0, 1]]) -> TypeError: m: got float64
@@ -261,7 +241,6 @@ core.CnotCircuit(2, [(0, 2)]) -> IndexError: target: got 2
 core.CnotCircuit(2).insertGate(0, 1, 1) -> IndexError: position
 core.OperatorTableau(2).cnot_left(1, 1) -> ValueError: same qubit
 core.OperatorTableau(1).apply_left(core.Gate('RZ', [0])) -> ValueError: no angle
-core.uniform(3, 2) -> ValueError: b: got 2
 core.SyndromeSynthesis(1, [[1]], 2, 40) -> ValueError: states
 core.addPermutation(2, core.CnotCircuit(2), [0, 0]) -> ValueError: perm
 filled(STAR).steiner_tree([0, 4]) -> IndexError: terminals: got 4, wanted 0 to 3
@@ -299,7 +278,6 @@ NAMES = {
     "two": lambda: zb.pauli.synthesize([("XX", 1.0)], tail="return", method="ladder"),
     "X": zb.Gate("X", 0),
     "EYE": np.eye(3, dtype=bool),
-    "CIRCUIT": zb.Circuit(3, [zb.Gate.h(2), zb.Gate.cnot(2, 1)]),
     "STAR": STAR,
     "LINE_AND_DOT": zb.Device(4, [(0, 1), (1, 2)]),
     "SINGULAR": core.Table.from_matrix([[1, 1], [1, 1]]),

@@ -89,12 +89,6 @@ TEST(TriangularPairs, BadAndSmallInputEnds) {
       EXPECT_EQ(support::replayed(GreedyGaussianElimination_faster(n, m), before), m);
     }
   }
-  std::vector<int> rows{2, 0, 1};
-  EXPECT_THAT(recursive_get_pairs_lower(3, matrix({"111", "111", "111"}), 3, rows),
-              ElementsAre(std::tuple(0, 1), std::tuple(0, 2)));
-  rows.assign(1, 5);
-  EXPECT_THAT(recursive_get_pairs_lower(2, matrix({"11", "11"}), 0, rows), IsEmpty());
-  EXPECT_THAT(rows, ElementsAre(5));
 }
 
 }  // namespace
