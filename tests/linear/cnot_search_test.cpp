@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <cstdlib>
 #include <map>
 #include <vector>
 
@@ -127,8 +125,7 @@ TEST(CnotWalk, KeepsTheMapAtEveryStep) {
 
 TEST(CnotSearch, FindsACircuitOfEverySize) {
   support::Rng matrices(7);
-  const int stride = std::getenv("ZELTBRAIDWERK_INSTANCES") != nullptr ? 1 : 9;
-  for (int n = 0; n <= 128; n += n < 20 ? 1 : stride) {
+  for (int n = 0; n <= 128; n += n < 20 ? 1 : 9) {
     const BoolMatrix m = support::random_invertible(n, matrices);
     for (const bool exact : {false, true}) {
       for (const int window : {4, 5}) {
@@ -150,23 +147,6 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   const FreeCircuit exact = search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10));
   EXPECT_EQ(exact.circuit.gates.size(), 5U);
   EXPECT_TRUE(implements(exact, m, true));
-}
-
-TEST(CnotSearch, TellsOfEveryBetterCircuitAndStops) {
-  support::Rng matrices(13);
-  const BoolMatrix m = support::random_invertible(16, matrices);
-  std::atomic<bool> stop = false;
-  Effort effort;
-  effort.control.stop = &stop;
-  int last = 100000;
-  effort.on_better = [&](const SearchPoint& point) {
-    EXPECT_LE(point.count, last);
-    last = point.count;
-    if (point.steps > 50000) stop = true;
-  };
-  const FreeCircuit found = search_cnot(packed(m), {.outputs = Outputs::anywhere}, effort);
-  EXPECT_TRUE(implements(found, m, false));
-  EXPECT_EQ(static_cast<int>(found.circuit.gates.size()), last);
 }
 
 TEST(CnotSearch, BlocksAreTakenApart) {
