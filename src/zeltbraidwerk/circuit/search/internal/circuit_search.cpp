@@ -26,7 +26,16 @@ class CircuitSearch : public SearchByBoth<Network> {
             .most_growths = tuning.most_doublings};
   }
 
-  void first() { offer(problem_.given, problem_.given.size, Origin::certain); }
+  void first() {
+    if (circuit_task_.routes) {
+      NetworkTask task = network_task(problem_, nullptr);
+      task.outputs = task_.outputs;
+      start_ = search_events({problem_.rows, {}}, task, within(tuning.routing_steps));
+    } else {
+      start_ = problem_.given;
+    }
+    offer(start_, start_.size, Origin::certain);
+  }
   bool finished() const { return shortest().size.count == 0; }
 
   void round(const Round& round) {
@@ -57,21 +66,28 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   Network search_network(const CircuitProblem& problem, const Network& given, Outputs outputs,
                          std::uint64_t steps) {
+    NetworkTask task = network_task(problem, &given);
+    task.outputs = outputs;
+    const Effort effort = within(std::min(steps, meter_.left()));
+    Network found = search_events({problem.rows, {}}, task, effort);
+    meter_.charge(effort.steps);
+    return found;
+  }
+  NetworkTask network_task(const CircuitProblem& problem, const Network* given) {
     NetworkTask task;
     static_cast<Task&>(task) = task_;
-    task.outputs = outputs;
     task.seed = rng_.next();
     task.in_order = true;
     task.target = &problem.target;
-    task.given = &given;
+    task.given = given;
+    return task;
+  }
+  Effort within(std::uint64_t steps) {
     Effort effort;
     effort.control = meter_.control();
-    effort.steps = std::min(steps, meter_.left());
+    effort.steps = steps;
     effort.on_bound = [this](const LowerBound& bound) { meter_.prove(bound); };
-    const PauliFrame& rows = problem.rows;
-    Network found = search_events({rows, {}}, task, effort);
-    meter_.charge(effort.steps);
-    return found;
+    return effort;
   }
 
   void search_forward(std::uint64_t steps) {
@@ -105,7 +121,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
       const Network& start =
-          walks_ / tuning.walks_of_chain % 2 == 0 ? problem_.given : shortest();
+          walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest() : chain_.circuit();
@@ -133,6 +149,7 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   const CircuitProblem& problem_;
   const CircuitTask& circuit_task_;
+  Network start_;
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;
