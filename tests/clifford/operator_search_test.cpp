@@ -182,7 +182,7 @@ PauliFrame images_of(const Circuit& circuit, int n) {
 
 /// Whether the circuit found does what the other one does, with output q on wire wires[q], by the
 /// conjugation of tableaus.
-void expect_same_operator(const Circuit& wanted, const CliffordCircuit& found, int n) {
+void expect_same_operator(const Circuit& wanted, const PlacedCircuit& found, int n) {
   const auto before = tableau_of(wanted, n);
   const auto after = tableau_of(found.gates, n);
   std::vector<int> sorted = found.wires;
@@ -213,10 +213,10 @@ TEST(CliffordSearch, acts_as_the_operator) {
                         .seed = rng(),
                         .stream = rng()};
         const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
-        expect_same_operator(wanted, found.circuit, n);
-        EXPECT_EQ(std::ranges::count(found.circuit.gates, "CNOT", &structures::Gate::name),
-                  found.count);
-        EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
+        expect_same_operator(wanted, found, n);
+        EXPECT_EQ(std::ranges::count(found.gates, "CNOT", &structures::Gate::name),
+                  found.size.count);
+        EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
         if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
       }
     }
@@ -252,7 +252,7 @@ TEST(CliffordSearch, finds_layered_forms) {
       const Circuit wanted = random_clifford(n, n * n, rng);
       const PauliFrame images = images_of(wanted, n);
       const GateList list = layered_list(OperatorRows(images), outputs, draws, steps(1));
-      const CliffordCircuit found = to_circuit(list, images);
+      const PlacedCircuit found = to_circuit(list, images);
       expect_same_operator(wanted, found, n);
       EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
       EXPECT_LE(depth_of(list.gates, n), 2 * n + 30);
@@ -274,9 +274,9 @@ TEST(CliffordSearch, keeps_to_the_edges_of_a_device) {
                       .seed = rng(),
                       .stream = rng()};
       const auto found = search_clifford(images_of(wanted, n), task, steps(rng() % 3000));
-      expect_same_operator(wanted, found.circuit, n);
-      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.circuit.wires));
-      for (const structures::Gate& gate : found.circuit.gates) {
+      expect_same_operator(wanted, found, n);
+      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
+      for (const structures::Gate& gate : found.gates) {
         ASSERT_TRUE(gate.qbits.size() == 1 || device.joined(gate.qbits[0], gate.qbits[1]));
       }
       if (HasFatalFailure()) FAIL() << n << " qubits, round " << round;
@@ -290,11 +290,11 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
                        structures::Gate::CNOT(1, 0), structures::Gate::S(1)};
   const PauliFrame images = images_of(wanted, 3);
   const auto free = search_clifford(images, {.outputs = Outputs::anywhere}, steps(100));
-  EXPECT_EQ(free.circuit.wires, (std::vector<int>{2, 1, 0}));
-  EXPECT_EQ(free.count, 1);
+  EXPECT_EQ(free.wires, (std::vector<int>{2, 1, 0}));
+  EXPECT_EQ(free.size.count, 1);
   const auto placed = search_clifford(images, {.outputs = Outputs::in_place}, steps(1000));
-  EXPECT_EQ(placed.circuit.wires, (std::vector<int>{0, 1, 2}));
-  EXPECT_EQ(placed.count, 4);
+  EXPECT_EQ(placed.wires, (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(placed.size.count, 4);
 }
 
 TEST(CliffordSearch, ends_on_images_of_no_operator) {

@@ -92,8 +92,8 @@ bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>&
   });
 }
 
-StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     const Task& task = {}) {
+PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t steps,
+                       const Task& task = {}) {
   Effort effort;
   effort.steps = steps;
   return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);
@@ -101,11 +101,11 @@ StateResult searched(const std::vector<SignedString>& strings, std::uint64_t ste
 
 void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps,
                      bool by_depth = false) {
-  const StateResult found = searched(strings, steps, {.objective = support::objective(by_depth)});
+  const PlacedCircuit found = searched(strings, steps, {.objective = support::objective(by_depth)});
   ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
   const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
-  EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
-  EXPECT_LE(found.depth, found.count);
+  EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.size.count);
+  EXPECT_LE(found.size.depth, found.size.count);
 }
 
 TEST(StateSearch, prepares_states_with_their_signs) {
@@ -132,9 +132,9 @@ TEST(StateSearch, takes_more_qubits_than_a_word_has_bits) {
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
 TEST(StateSearch, turns_zeros_into_the_state_itself) {
   const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};
-  const StateResult found = searched(strings, 100);
+  const PlacedCircuit found = searched(strings, 100);
   ASSERT_TRUE(stabilise_a_state(frame_of(strings, 3)));
-  EXPECT_EQ(found.count, 2);
+  EXPECT_EQ(found.size.count, 2);
   const Dense circuit = unitary(found.gates, 3);
   for (const auto& [negative, letters] : strings) {
     const Dense moved = pauli(letters) * circuit;
@@ -148,25 +148,25 @@ TEST(StateSearch, turns_zeros_into_the_state_itself) {
 TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   std::mt19937 rng(3);
   for (const int n : {2, 5, 9, 20}) {
-    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).count, n - 1) << n;
-    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).count, 0) << n;
+    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).size.count, n - 1) << n;
+    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).size.count, 0) << n;
   }
   for (int round = 0; round < 10; ++round) {
     const auto sparse = graph_state(30, 0.05, rng);
-    EXPECT_LE(searched(sparse, 0).count, edges_of(sparse));
+    EXPECT_LE(searched(sparse, 0).size.count, edges_of(sparse));
   }
 }
 
 TEST(StateSearch, trades_gates_for_layers) {
   std::mt19937 rng(6);
   const auto strings = graph_state(16, 0.5, rng);
-  const StateResult small = searched(strings, 30000);
-  int last = small.depth - 1;
+  const PlacedCircuit small = searched(strings, 30000);
+  int last = small.size.depth - 1;
   for (const std::uint64_t steps : {10000, 20000, 40000}) {
-    const StateResult shallow = searched(strings, steps, {.objective = Objective::depth});
-    EXPECT_LE(shallow.depth, last) << steps;
-    EXPECT_GE(shallow.count, small.count);
-    last = shallow.depth;
+    const PlacedCircuit shallow = searched(strings, steps, {.objective = Objective::depth});
+    EXPECT_LE(shallow.size.depth, last) << steps;
+    EXPECT_GE(shallow.size.count, small.size.count);
+    last = shallow.size.depth;
   }
 }
 

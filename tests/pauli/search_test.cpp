@@ -28,7 +28,7 @@ Rotations numbered(const PauliRows& table, int n) {
 
 /// What is wrong with a result, in words; nothing when it is right.
 std::string fault(const PauliRows& table, int n, const NetworkTask& task,
-                  const NetworkResult& result) {
+                  const PlacedCircuit& result) {
   for (const auto& gate : result.gates) {
     if (gate.qbits.size() < 2) continue;
     if (task.device != nullptr && !task.device->joined(gate.qbits[0], gate.qbits[1])) {
@@ -114,7 +114,7 @@ TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
         EXPECT_EQ(fault(table, n, task, result), "")
             << "instance " << instance << ": " << text(table);
         if (task.device == nullptr && !task.by_depth()) {
-          EXPECT_LE(result.count, ladder_count(table));
+          EXPECT_LE(result.size.count, ladder_count(table));
         }
       }
     }
@@ -194,7 +194,7 @@ TEST(NetworkSearch, NeverMoreGatesThanGroupedLadders) {
         for (const std::uint64_t count : {0, 100}) {
           const auto result = search_network(numbered(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.count, most) << instance << ": " << text(table);
+          EXPECT_LE(result.size.count, most) << instance << ": " << text(table);
         }
       }
     }
@@ -239,7 +239,7 @@ TEST(NetworkSearch, NeverMoreLayersThanAnEdgeColouring) {
         for (const std::uint64_t count : {0, 500}) {
           const auto result = search_network(numbered(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
+          EXPECT_LE(result.size.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
         }
       }
     }
@@ -285,12 +285,12 @@ TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
     task.seed = 3;
     for (const std::uint64_t count : {0, 20000}) {
       task.in_order = false;
-      const int free = search_network(numbered(parities, 8), task, steps(count)).count;
+      const int free = search_network(numbered(parities, 8), task, steps(count)).size.count;
       task.in_order = true;
-      EXPECT_LE(search_network(numbered(one, 8), task, steps(count)).count, free);
+      EXPECT_LE(search_network(numbered(one, 8), task, steps(count)).size.count, free);
       const auto result = search_network(numbered(three, 8), task, steps(count));
       EXPECT_EQ(fault(three, 8, task, result), "");
-      EXPECT_LE(result.count, 3 * free);
+      EXPECT_LE(result.size.count, 3 * free);
     }
   }
 }
@@ -311,8 +311,8 @@ TEST(NetworkSearch, LayersGetBetterWithMoreSteps) {
     for (std::uint64_t count = 0; count < 20000; count += 1 + count) {
       const auto result = search_network(numbered(table, n), task, steps(count));
       EXPECT_EQ(fault(table, n, task, result), "") << text(table);
-      const auto size = task.by_depth() ? std::pair(result.depth, result.count)
-                                        : std::pair(result.count, result.depth);
+      const auto size = task.by_depth() ? std::pair(result.size.depth, result.size.count)
+                                        : std::pair(result.size.count, result.size.depth);
       ASSERT_LE(size, last) << count << ": " << text(table);
       last = size;
     }
@@ -330,11 +330,11 @@ TEST(NetworkSearch, FewestKnown) {
   }
   NetworkTask task;
   task.in_order = true;
-  EXPECT_EQ(search_network(numbered(chain, 6), task, steps(3000)).count, 15);
+  EXPECT_EQ(search_network(numbered(chain, 6), task, steps(3000)).size.count, 15);
 
   const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
   task.outputs = Outputs::left_open;
-  EXPECT_EQ(search_network(numbered(letters, n), task, steps(1000)).count, 3);
+  EXPECT_EQ(search_network(numbered(letters, n), task, steps(1000)).size.count, 3);
 }
 
 TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {

@@ -20,29 +20,29 @@ using namespace support;
 using namespace zelt::braidwerk::internal;
 using structures::Table;
 
-int cnots(const ParitySearchResult& result) {
-  return static_cast<int>(std::ranges::count_if(result.steps, &PhaseStep::is_cnot));
+int cnots(const Placed<PhaseStep>& result) {
+  return static_cast<int>(std::ranges::count_if(result.gates, &PhaseStep::is_cnot));
 }
 
 /// The first fault of a result, or an empty text: by the oracle for phase circuits, against the
 /// permutation where the map is undone, and against the edges.
-std::string fault(const PhasePolynomial& poly, const Task& task, const ParitySearchResult& result,
+std::string fault(const PhasePolynomial& poly, const Task& task, const Placed<PhaseStep>& result,
                   int n) {
   std::vector<structures::Gate> circuit;
-  append_gates(result.steps, angles(poly), circuit);
+  append_gates(result.gates, angles(poly), circuit);
   Table table(n);
   if (!task.closes()) {
-    for (const PhaseStep& step : result.steps) {
+    for (const PhaseStep& step : result.gates) {
       if (step.is_cnot()) table.cnot(step.control, step.target);
     }
   } else {
     table.bits.assign(table.bits.size(), false);
-    for (int k = 0; k < n; ++k) table.bits[at(result.permutation[at(k)] * n + k)] = true;
+    for (int k = 0; k < n; ++k) table.bits[at(result.wires[at(k)] * n + k)] = true;
   }
-  if (task.outputs != Outputs::anywhere && !std::ranges::is_sorted(result.permutation)) {
+  if (task.outputs != Outputs::anywhere && !std::ranges::is_sorted(result.wires)) {
     return "outputs are not in their places";
   }
-  for (const PhaseStep& step : result.steps) {
+  for (const PhaseStep& step : result.gates) {
     if (step.is_cnot() && task.device != nullptr &&
         !task.device->joined(step.control, step.target)) {
       return "a gate is not on an edge";
@@ -70,8 +70,8 @@ TEST(ParitySearch, CircuitsDoWhatTheyShould) {
           EXPECT_EQ(fault(poly, task, longer, n), "") << n << " " << terms;
           EXPECT_LE(cnots(longer), cnots(quick));
           for (int k = 0; k < n; ++k) {
-            const int next = longer.permutation[at(k)];
-            if (next != k && longer.permutation[at(next)] != k) moved.push_back(k);
+            const int next = longer.wires[at(k)];
+            if (next != k && longer.wires[at(next)] != k) moved.push_back(k);
           }
         }
       }

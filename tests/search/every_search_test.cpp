@@ -75,7 +75,9 @@ std::vector<Search> searches(const BitGraph& grid) {
       if (task.device != nullptr) {
         return outcome_of(search_cnot_on_device(m, task, effort).gates, m.rows());
       }
-      if (!task.by_depth()) return outcome_of(search_cnot(m, task, effort).circuit);
+      if (!task.by_depth()) {
+        return outcome_of(search_cnot(m, task, effort).gates, m.rows());
+      }
       const auto front = search_shallow_cnot(m, task, effort);
       Outcome first = outcome_of(front[0].list.gates, m.rows());
       first.size.depth = front[0].depth;
@@ -86,7 +88,7 @@ std::vector<Search> searches(const BitGraph& grid) {
   const PauliFrame images = pulled_back(random_gates(9, 200, nullptr, true, rng), 200, 9);
   const auto operators = [images](const Task& task, const Effort& effort) {
     const auto found = search_clifford(images, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.circuit.gates)};
+    return Outcome{found.size, Digest().add(found.gates)};
   };
   add("operator", 20'000, operators, closed);
   const PauliFrame wide = pulled_back(random_gates(18, 400, nullptr, true, rng), 400, 18);
@@ -94,14 +96,14 @@ std::vector<Search> searches(const BitGraph& grid) {
   std::iota(z.begin(), z.end(), 18);
   const auto states = [stabilisers = wide.select(z)](const Task& task, const Effort& effort) {
     const auto found = search_state(stabilisers, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(found.gates)};
   };
   add("state", 4000, states, {Outputs::in_place}, false);
   const BitMatrix parities = BitMatrix::pack(support::random_matrix(9, 35, rng), 9, 35);
   const auto networks = [parities](const Task& task, const Effort& effort) {
     structures::CnotCircuit circuit(9);
     std::vector<int> shown;
-    for (const auto& [control, target, term] : search_parities(parities, task, effort).steps) {
+    for (const auto& [control, target, term] : search_parities(parities, task, effort).gates) {
       term < 0 ? circuit.addGate(control, target) : shown.push_back(term);
     }
     return outcome_of(circuit);
@@ -118,7 +120,7 @@ std::vector<Search> searches(const BitGraph& grid) {
       }
       const auto rotations = [list, in_order](const Task& task, const Effort& effort) {
         const auto found = search_network(list, NetworkTask{task, in_order}, effort);
-        return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
+        return Outcome{found.size, Digest().add(found.gates)};
       };
       add(std::string("rotations ") + (in_order ? "in order" : "in any order"),
           rows == 30 ? 5000 : 10'000, rotations, {Outputs::left_open}, rows == 30);

@@ -68,6 +68,12 @@ class Meter {
     return !ended_;
   }
 
+  /// Counts steps that were made elsewhere, whatever the effort.
+  void charge(std::uint64_t steps) {
+    steps_ += steps;
+    ended();
+  }
+
   /// Looks at the clock. Once true, always true.
   bool ended() {
     if (!ended_) ended_ = steps_ >= limit_ || effort_.control.stop_requested();

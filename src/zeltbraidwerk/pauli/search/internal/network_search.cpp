@@ -200,9 +200,8 @@ Answer answer_of(const NetworkInput& input, const NetworkTask& task, const Effor
   return {search.incumbent().circuit(), search.meter().proven()};
 }
 
-NetworkResult result_of(const Network& network, const Rotations& rotations, bool closes) {
-  return {circuit_of(network, rotations, closes), network.wires, network.size.count,
-          network.size.depth};
+PlacedCircuit result_of(const Network& network, const Rotations& rotations, bool closes) {
+  return {circuit_of(network, rotations, closes), network.wires, network.size};
 }
 
 }  // namespace
@@ -211,7 +210,7 @@ Network search_events(const Rotations& rotations, const NetworkTask& task, const
   return answer_of(NetworkInput(rotations, task.in_order), task, effort).network;
 }
 
-NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
+PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort) {
   if (task.device != nullptr) require_connected(*task.device, rotations.frame.qubits());
   const NetworkInput input(rotations, task.in_order);
