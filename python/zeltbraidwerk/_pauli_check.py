@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterator, Sequence
+from itertools import combinations
 
 import numpy as np
 
@@ -12,17 +13,23 @@ from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 
 # i^power X^x Z^z, bit q of x and z for qubit q.
-_Operator = tuple[int, int, int]
+Operator = tuple[int, int, int]
 Pauli = tuple[bool, str]  # true for minus, letters
 _STRIDE = 1024  # strings compared with all later ones together
 
 
-def _times(a: _Operator, b: _Operator, power: int = 0) -> _Operator:
+def _times(a: Operator, b: Operator, power: int = 0) -> Operator:
     sign = 2 * (a[2] & b[1]).bit_count()
     return (a[0] + b[0] + sign + power) % 4, a[1] ^ b[1], a[2] ^ b[2]
 
 
-def _packed(minus: bool, letters: str) -> _Operator:
+def is_minus(operator: Operator) -> bool:
+    """Of plus or minus a product of the letters X, Y and Z."""
+    power, x, z = operator
+    return (power - (x & z).bit_count()) % 4 == 2
+
+
+def _packed(minus: bool, letters: str) -> Operator:
     x = sum(1 << q for q, letter in enumerate(letters) if letter in "XY")
     z = sum(1 << q for q, letter in enumerate(letters) if letter in "YZ")
     return ((x & z).bit_count() + 2 * minus) % 4, x, z
@@ -33,8 +40,8 @@ class PulledBack:
 
     def __init__(self, n: int) -> None:
         self.n = n
-        self._x: list[_Operator] = [(0, 1 << q, 0) for q in range(n)]
-        self._z: list[_Operator] = [(0, 0, 1 << q) for q in range(n)]
+        self._x: list[Operator] = [(0, 1 << q, 0) for q in range(n)]
+        self._z: list[Operator] = [(0, 0, 1 << q) for q in range(n)]
 
     def image(self, letters: str) -> Pauli:
         product = (0, 0, 0)
@@ -45,13 +52,23 @@ class PulledBack:
                 product = _times(product, self._z[q], letter == "Y")
         return self._named(product)
 
+    def operator(self, letter: str, qubits: Sequence[int]) -> Operator:
+        """The letter, X or Y or Z, on each of the qubits."""
+        product = (0, 0, 0)
+        for q in qubits:
+            if letter != "Z":
+                product = _times(product, self._x[q])
+            if letter != "X":
+                product = _times(product, self._z[q], letter == "Y")
+        return product
+
     def letter(self, letter: str, q: int) -> Pauli:
         return self.image("I" * q + letter + "I" * (self.n - q - 1))
 
-    def _named(self, operator: _Operator) -> Pauli:
-        power, x, z = operator
+    def _named(self, operator: Operator) -> Pauli:
+        _, x, z = operator
         letters = "".join("IXZY"[(x >> q & 1) + 2 * (z >> q & 1)] for q in range(self.n))
-        return (power - (x & z).bit_count()) % 4 == 2, letters
+        return is_minus(operator), letters
 
     def append(self, gate: Gate) -> None:
         x, z = self._x, self._z
@@ -63,15 +80,12 @@ class PulledBack:
         elif gate.name == "H":
             x[a], z[a] = z[a], x[a]
         elif gate.name in ROTATIONS:
-            for _ in range(_quarters(gate)):
-                self._turn(gate.name, a)
+            self.turn(rotated_letter(gate), gate.qubits, _quarters(gate))
         elif gate.name in ("S", "D-S"):
-            for _ in range(1 if gate.name == "S" else 3):
-                self._turn("RZ", a)
+            self.turn("Z", gate.qubits, 1 if gate.name == "S" else 3)
         elif gate.name == "XX":
-            for place, first in enumerate(gate.qubits):
-                for second in gate.qubits[place + 1 :]:
-                    self._turn_pair(first, second, _quarters(gate))
+            for pair in combinations(gate.qubits, 2):
+                self.turn("X", pair, _quarters(gate))
         elif gate.name in ("X", "Y", "Z"):
             flip = (2, 0, 0)
             if gate.name != "X":
@@ -101,22 +115,28 @@ class PulledBack:
                 mine[q] = _packed(minus != turned, image)
         return result
 
-    def _turn_pair(self, a: int, b: int, quarters: int) -> None:
-        """About XX."""
-        x, z = self._x, self._z
-        for _ in range(quarters):
-            axis = _times(x[a], x[b])
-            z[a], z[b] = _times(z[a], axis, 3), _times(z[b], axis, 3)
+    def turn(self, letter: str, qubits: Sequence[int], quarters: int) -> None:
+        """Appends a rotation by quarter turns about a letter on one qubit, or X on two.
 
-    def _turn(self, name: str, a: int) -> None:
-        """By a quarter turn: X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y."""
+        X becomes -Y about Z, Z becomes Y about X, X becomes Z about Y.
+        """
         x, z = self._x, self._z
-        if name == "RX":
-            z[a] = _times(x[a], z[a], 1)
-        elif name == "RY":
-            x[a], z[a] = z[a], _times((2, 0, 0), x[a])
-        else:
-            x[a] = _times(x[a], z[a], 3)
+        a, b = qubits[0], qubits[-1]
+        for _ in range(quarters % 4):
+            if a != b:
+                axis = _times(x[a], x[b])
+                z[a], z[b] = _times(z[a], axis, 3), _times(z[b], axis, 3)
+            elif letter == "X":
+                z[a] = _times(x[a], z[a], 1)
+            elif letter == "Y":
+                x[a], z[a] = z[a], _times((2, 0, 0), x[a])
+            else:
+                x[a] = _times(x[a], z[a], 3)
+
+
+def rotated_letter(gate: Gate) -> str:
+    """The axis of a rotation of one qubit."""
+    return "Z" if gate.diag else gate.name[1]
 
 
 def _quarters(gate: Gate) -> int:
@@ -134,7 +154,7 @@ def unfolded(
         if is_fixed:
             clifford.append(gate)
             continue
-        minus, letters = clifford.letter("Z" if gate.diag else gate.name[1], gate.qubits[0])
+        minus, letters = clifford.letter(rotated_letter(gate), gate.qubits[0])
         rotations.append((letters, -gate.params[0] if minus else gate.params[0]))
     return rotations, clifford
 

@@ -2,14 +2,12 @@
 
 #include <vector>
 
+#include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/task.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
-
-struct NetworkTask : Task {
-  bool in_order = false;  ///< rotations that anticommute keep their order; otherwise any is right
-};
 
 /// What comes next in a network: a gate, or a rotation about the label of one end.
 struct NetworkEvent {
@@ -23,6 +21,18 @@ struct Network {
   std::vector<int> wires;  // where each qubit stands at the end
   int open = 0;            // gates before the last rotation
   CircuitSize size;
+};
+
+/// A Clifford operator that is to follow the rotations, in the place of none.
+struct CliffordTarget {
+  PauliFrame preimages;                 ///< what becomes X, then Z, on each qubit, signs included
+  std::vector<structures::Gate> gates;  ///< a circuit of it
+};
+
+struct NetworkTask : Task {
+  bool in_order = false;  ///< rotations that anticommute keep their order; otherwise any is right
+  const CliffordTarget* target = nullptr;  ///< of a network that closes
+  const Network* given = nullptr;          ///< one that is known: the answer is never larger
 };
 
 /// The network of these events; where it is not closed, without the gates after the last rotation.

@@ -22,14 +22,18 @@ struct Tail {
   std::vector<int> wires;
 };
 
-/// Undoes what the labels stand for, by a Clifford search.
-Tail searched_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
+/// Turns what the labels stand for into what they are to be, by a Clifford search.
+Tail searched_tail(const LabelFrame& frame, const NetworkTask& network, Outputs outputs,
                    std::uint64_t seed, const Effort& effort) {
   Task task;
   task.outputs = outputs;
-  task.device = graph;
+  task.device = network.device;
   task.seed = seed;
-  PlacedCircuit undone = search_clifford(frame.preimages(), task, effort);
+  PauliFrame images = frame.preimages();
+  if (network.target != nullptr) {
+    for (const structures::Gate& gate : network.target->gates) images.apply(gate);
+  }
+  PlacedCircuit undone = search_clifford(images, task, effort);
   return {labelled(undone.gates, frame.qubits()), std::move(undone.wires)};
 }
 
@@ -161,13 +165,13 @@ Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
     if (!best || network.size.count < best->size.count) best = std::move(network);
   };
   if (task.device == nullptr) {
-    consider(searched_tail(frame, Outputs::anywhere, nullptr, rng.next(), effort));
+    consider(searched_tail(frame, task, Outputs::anywhere, rng.next(), effort));
   }
   if (task.in_place() || task.device != nullptr) {
     const Outputs outputs = task.in_place() ? Outputs::in_place : Outputs::anywhere;
-    consider(searched_tail(frame, outputs, task.device, rng.next(), effort));
+    consider(searched_tail(frame, task, outputs, rng.next(), effort));
   }
-  if (task.device != nullptr) consider(backward(events, frame.qubits()));
+  if (task.device != nullptr && task.target == nullptr) consider(backward(events, frame.qubits()));
   return std::move(*best);
 }
 

@@ -75,6 +75,11 @@ NetworkPlan NetworkPlans::varied(NetworkPlan plan, Rng& rng) const {
   settings.bonus = std::max(0.0, settings.bonus + drawn(tuning.bonus_change, rng));
   settings.rate *= drawn(tuning.rate_factor, rng);
   settings.jitter = rng.chance(tuning.no_jitter) ? 0 : drawn(tuning.jitter, rng);
+  if (has_target_) {
+    const NetworkTargetTuning& target = network_target_tuning;
+    settings.tail = rng.chance(target.tail_chance) ? target.most_tail * double{rng.unit()} : 0;
+    return plan;
+  }
   const bool no_tail = !closes_ || qubits_ > tuning.tail_qubits || rng.chance(tuning.no_tail);
   settings.tail = no_tail ? 0 : drawn(tuning.tail, rng);
   return plan;

@@ -51,7 +51,7 @@ class NetworkProblem {
 
   /// All must outlive this. The pairs of a null graph are all.
   NetworkProblem(const RotationList& list, bool in_order, const NetworkSettings& settings,
-                 const BitGraph* graph, Rng& rng);
+                 const BitGraph* graph, Rng& rng, const CliffordTarget* target = nullptr);
 
   State start(std::vector<NetworkEvent>* events = nullptr);
   /// A state of another problem with the same list and order.
@@ -117,6 +117,7 @@ class NetworkProblem {
   PairTable pairs_;  // where there is no graph
   EdgeTable edges_;  // where there is one
   Reach reach_;
+  const CliffordTarget* target_;
   bool on_graph_;
   int capacity_;
   std::size_t slot_words_;

@@ -10,6 +10,7 @@ namespace zelt::braidwerk::internal {
 
 struct RelayOptions {
   bool in_order = false;
+  const CliffordTarget* target = nullptr;
   const BitGraph* graph = nullptr;
   int runs = 1;     ///< from every place
   int stretch = 1;  ///< rotations that a run serves

@@ -1,5 +1,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
+#include <numeric>
+
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 
@@ -10,6 +12,13 @@ constexpr const NetworkTuning& tuning = network_tuning;
 
 }  // namespace
 
+Cooling drawn_cooling(Rng& rng) {
+  const NetworkTargetTuning& odds = network_target_tuning;
+  Cooling cooling = tuning.cooling;
+  cooling.first = odds.least_uphill + (odds.most_uphill - odds.least_uphill) * rng.unit();
+  return cooling;
+}
+
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
                          bool end_is_free, const BitGraph* graph)
     : graph_(graph),
@@ -18,7 +27,9 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
-      names_(4 * static_cast<std::size_t>(qubits)) {
+      names_(4 * static_cast<std::size_t>(qubits)),
+      after_(4 * static_cast<std::size_t>(qubits)) {
+  std::iota(after_.begin(), after_.end(), End{0});
   for (const NetworkEvent& event : events) {
     gates_.push_back(event.gate);
     rows_.push_back(event.row);
@@ -71,6 +82,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     }
     depth_ = depth;
   }
+  rename_ends();
   count_ += gates_of(block_.events()) - old;
   return true;
 }
@@ -99,6 +111,16 @@ void NetworkWalk::rename_gates(int from) {
     }
   };
   names_.rename(gates_, from, each_new_name);
+}
+
+void NetworkWalk::rename_ends() {
+  for (int place = 0; place < window_.size; ++place) {
+    const int wire = window_.wires[static_cast<std::size_t>(place)];
+    for (int label = 1; label <= 3; ++label) {
+      End& end = after_[end_of(wire, label)];
+      end = end_of(wire, label_of(block_.ends()[end_of(place, label_of(end))]));
+    }
+  }
 }
 
 int NetworkWalk::layers() const {

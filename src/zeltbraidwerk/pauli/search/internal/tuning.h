@@ -70,6 +70,17 @@ struct NetworkTuning {
 };
 inline constexpr NetworkTuning network_tuning;
 
+/// Networks that close to a given operator, and walks from given ones.
+struct NetworkTargetTuning {
+  /// How often the images of the operator are weighed, and the most that they weigh.
+  float tail_chance = 0.7F;
+  double most_tail = 0.2;
+  /// The odds to go uphill with which a walk begins, drawn anew for each.
+  float least_uphill = 0.05F;
+  float most_uphill = 0.5F;
+};
+inline constexpr NetworkTargetTuning network_target_tuning;
+
 /// The state that a search scores.
 struct NetworkWindowTuning {
   int rows_in_order = 320;  ///< of the window
