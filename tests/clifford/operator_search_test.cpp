@@ -223,11 +223,11 @@ TEST(CliffordSearch, leaves_outputs_where_they_come_out) {
                        structures::Gate::CNOT(1, 0), structures::Gate::S(1)};
   const PauliFrame images = images_of(wanted, 3);
   const auto free = search_clifford(images, {.outputs = Outputs::anywhere}, steps(100));
-  EXPECT_EQ(free.circuit.wires, (std::vector<int>{2, 1, 0}));
-  EXPECT_EQ(free.count, 1);
+  EXPECT_EQ(free.wires, (std::vector<int>{2, 1, 0}));
+  EXPECT_EQ(free.size.count, 1);
   const auto placed = search_clifford(images, {.outputs = Outputs::in_place}, steps(1000));
-  EXPECT_EQ(placed.circuit.wires, (std::vector<int>{0, 1, 2}));
-  EXPECT_EQ(placed.count, 4);
+  EXPECT_EQ(placed.wires, (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(placed.size.count, 4);
 }
 
 TEST(CliffordSearch, ends_on_images_of_no_operator) {

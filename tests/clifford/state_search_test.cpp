@@ -88,9 +88,9 @@ StateResult searched(const std::vector<SignedString>& strings, std::uint64_t ste
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
 TEST(StateSearch, turns_zeros_into_the_state_itself) {
   const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};
-  const StateResult found = searched(strings, 100);
+  const PlacedCircuit found = searched(strings, 100);
   ASSERT_TRUE(stabilise_a_state(frame_of(strings, 3)));
-  EXPECT_EQ(found.count, 2);
+  EXPECT_EQ(found.size.count, 2);
   const Dense circuit = unitary(found.gates, 3);
   for (const auto& [negative, letters] : strings) {
     const Dense moved = pauli(letters) * circuit;
@@ -104,12 +104,12 @@ TEST(StateSearch, turns_zeros_into_the_state_itself) {
 TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   std::mt19937 rng(3);
   for (const int n : {2, 5, 9, 20}) {
-    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).count, n - 1) << n;
-    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).count, 0) << n;
+    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).size.count, n - 1) << n;
+    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).size.count, 0) << n;
   }
   for (int round = 0; round < 10; ++round) {
     const auto sparse = graph_state(30, 0.05, rng);
-    EXPECT_LE(searched(sparse, 0).count, edges_of(sparse));
+    EXPECT_LE(searched(sparse, 0).size.count, edges_of(sparse));
   }
 }
 

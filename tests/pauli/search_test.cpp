@@ -20,7 +20,7 @@ using support::text;
 
 /// What is wrong with a result, in words; nothing when it is right.
 std::string fault(const PauliRows& table, int n, const NetworkTask& task,
-                  const NetworkResult& result) {
+                  const PlacedCircuit& result) {
   for (const auto& gate : result.gates) {
     if (gate.qbits.size() < 2) continue;
     if (task.device != nullptr && !task.device->joined(gate.qbits[0], gate.qbits[1])) {
@@ -111,7 +111,7 @@ TEST(NetworkSearch, NeverMoreGatesThanGroupedLadders) {
         for (const std::uint64_t count : {0, 100}) {
           const auto result = search_network(support::named(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.count, most) << instance << ": " << text(table);
+          EXPECT_LE(result.size.count, most) << instance << ": " << text(table);
         }
       }
     }
@@ -156,7 +156,7 @@ TEST(NetworkSearch, NeverMoreLayersThanAnEdgeColouring) {
         for (const std::uint64_t count : {0, 500}) {
           const auto result = search_network(support::named(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
+          EXPECT_LE(result.size.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
         }
       }
     }
@@ -197,7 +197,7 @@ TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
       EXPECT_LE(search_network(support::named(one, 8), task, steps(count)).count, free);
       const auto result = search_network(support::named(three, 8), task, steps(count));
       EXPECT_EQ(fault(three, 8, task, result), "");
-      EXPECT_LE(result.count, 3 * free);
+      EXPECT_LE(result.size.count, 3 * free);
     }
   }
 }

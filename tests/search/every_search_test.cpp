@@ -63,7 +63,7 @@ Run run_map(const BitMatrix& m) {
 Run run_operator(const PauliFrame& images) {
   return [images](const Task& task, const Effort& effort) {
     const auto found = search_clifford(images, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.circuit.gates)};
+    return Outcome{found.size, Digest().add(found.gates)};
   };
 }
 
@@ -73,7 +73,7 @@ Run run_state(const PauliFrame& images) {
   std::iota(z.begin(), z.end(), images.rows() / 2);
   return [stabilisers = images.select(z)](const Task& task, const Effort& effort) {
     const auto found = search_state(stabilisers, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(found.gates)};
   };
 }
 
@@ -81,7 +81,7 @@ Run run_parities(const BitMatrix& parities) {
   return [parities](const Task& task, const Effort& effort) {
     structures::CnotCircuit circuit(parities.rows());
     std::vector<int> shown;
-    for (const auto& [control, target, term] : search_parities(parities, task, effort).steps) {
+    for (const auto& [control, target, term] : search_parities(parities, task, effort).gates) {
       term < 0 ? circuit.addGate(control, target) : shown.push_back(term);
     }
     return outcome_of(circuit);

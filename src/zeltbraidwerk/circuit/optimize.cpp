@@ -109,8 +109,7 @@ class OptimizeCall {
         return;
       }
       throw std::invalid_argument("gates: got one on qubits " + std::to_string(step.a) + " and " +
-                                  std::to_string(step.b) +
-                                  ", wanted gates on edges of the device");
+                                  std::to_string(step.b) + ", wanted gates on edges of the device");
     }
   }
 

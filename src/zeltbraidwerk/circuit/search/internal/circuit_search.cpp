@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -100,12 +101,12 @@ class CircuitSearch : public SearchByBoth<Network> {
   /// The inverse circuit, of which the inverse is taken.
   void search_backward(std::uint64_t steps) {
     const Network& best = incumbent().circuit();
-    if (meter_.ended() || best.wires != own_wires(qubits())) return;
+    if (meter_.ended() || best.wires != in_order(qubits())) return;
     const CircuitProblem inverse = inverted_problem(best.events, problem_);
     const Network found = search_network(inverse, inverse.given, Outputs::in_place, steps);
     Network back = network_of(
         events_of(qubits(), inverted(steps_of(found.events, inverse), problem_.rows.rows())),
-        own_wires(qubits()), true);
+        in_order(qubits()), true);
     offer(back, back.size, lowering());
   }
   CircuitProblem inverted_problem(const std::vector<NetworkEvent>& events,
@@ -128,8 +129,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
-    options.steps = tuning.walk_windows * from.events.size()
-                    << place;
+    options.steps = tuning.walk_windows * from.events.size() << place;
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();
