@@ -13,8 +13,8 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr double pi = std::numbers::pi;
-constexpr int shifts = 4;  // none, or by pi/2 of one axis, which XX, YY or ZZ makes up for
-constexpr int paulis = 4;
+constexpr std::size_t shifts = 4;  // none, or by pi/2 of one axis, which XX, YY or ZZ makes up for
+constexpr std::size_t paulis = 4;
 
 Quaternion pauli(int index) {
   return index == 0 ? Quaternion::Identity() : rotation_about(index - 1, pi);
@@ -32,8 +32,9 @@ const std::vector<Frame>& all_frames() {
   static const std::vector<Frame> all = [] {
     std::vector<Frame> frames;
     for (const Clifford& clifford : cliffords()) {
-      for (int shift = 0; shift < shifts; ++shift) {
-        for (int by = 0; by < paulis; ++by) frames.push_back({&clifford, by, shift});
+      for (int shift = 0; shift < static_cast<int>(shifts); ++shift) {
+        for (int by = 0; by < static_cast<int>(paulis); ++by)
+          frames.push_back({&clifford, by, shift});
       }
     }
     return frames;
@@ -97,7 +98,10 @@ WeylForm applied(const WeylForm& form, const Frame& frame) {
 class PlaceSizes {
  public:
   PlaceSizes(const WeylForm& form, const CoreEnds& ends, std::size_t place)
-      : form_(form), ends_(ends), place_(place), sizes_(24 * paulis * shifts, unknown) {}
+      : form_(form),
+        ends_(ends),
+        place_(place),
+        sizes_(cliffords().size() * paulis * shifts, unknown) {}
 
   int operator()(const Frame& frame) {
     const auto clifford = static_cast<std::size_t>(frame.clifford - cliffords().data());

@@ -78,22 +78,20 @@ Quaternion quaternion_of(const Eigen::Matrix2cd& m) {
 std::array<Quaternion, 2> factors(const Eigen::Matrix4d& rotation) {
   const Eigen::Matrix4cd product = magic_basis() * rotation * magic_basis().adjoint();
   // Each 2x2 block is an entry of the first factor times the second, whose determinant is 1.
-  int row = 0;
-  int column = 0;
-  for (int k = 1; k < 4; ++k) {
-    const int r = k / 2;
-    const int c = k % 2;
-    if (product.block<2, 2>(2 * r, 2 * c).squaredNorm() >
-        product.block<2, 2>(2 * row, 2 * column).squaredNorm()) {
-      row = r;
-      column = c;
+  Eigen::Index row = 0;
+  Eigen::Index column = 0;
+  Eigen::Matrix2d sizes;
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) {
+      sizes(r, c) = product.block<2, 2>(2 * r, 2 * c).squaredNorm();
     }
   }
+  sizes.maxCoeff(&row, &column);
   const Eigen::Matrix2cd block = product.block<2, 2>(2 * row, 2 * column);
   const Eigen::Matrix2cd second = block / std::sqrt(block.determinant());
   Eigen::Matrix2cd first;
-  for (int r = 0; r < 2; ++r) {
-    for (int c = 0; c < 2; ++c) {
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) {
       first(r, c) = (second.adjoint() * product.block<2, 2>(2 * r, 2 * c)).trace() / 2.0;
     }
   }
@@ -193,8 +191,8 @@ int cnots_needed(const std::array<double, 3>& coefficients) {
 
 Eigen::Matrix4cd kronecker(const Eigen::Matrix2cd& first, const Eigen::Matrix2cd& second) {
   Eigen::Matrix4cd product;
-  for (int r = 0; r < 2; ++r) {
-    for (int c = 0; c < 2; ++c) product.block<2, 2>(2 * r, 2 * c) = first(r, c) * second;
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) product.block<2, 2>(2 * r, 2 * c) = first(r, c) * second;
   }
   return product;
 }
