@@ -303,6 +303,11 @@ gallery.random_parities(64, 1, 1) -> Error: n: got 64, wanted 0 to 63
 gallery.circulant([], 7) -> Error: first_row: got no elements
 gallery.circulant([4], 7) -> Error: first_row: got 4, wanted 0 to 3
 gallery.hadamard([1, 2, 3], 7) -> Error: first_row: got 3 elements, wanted a power of two
+gallery.qaoa(2, 1) -> Error: n: got 2, wanted 4 to
+gallery.qaoa(5, 1) -> Error: n: got 5, wanted an even number
+gallery.hardware_efficient(2, 1, entangler='star') -> Error: entangler: got 'star', wanted one of
+gallery.hardware_efficient(2, -1) -> Error: layers: got -1, wanted 0 to
+gallery.phase_estimation(3, math.inf) -> Error: phase: got inf, wanted a finite angle
 gallery.rank([-1]) -> Error: rows: got -1, wanted at least 0
 
 # core
