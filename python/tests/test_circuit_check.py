@@ -157,6 +157,7 @@ def test_what_is_compared():
     for after, permutation, error, text in (
         (Circuit(3), None, errors.ShapeError, "after: got 3 qubits, wanted 2"),
         (Circuit(2, [Measure(0, 0)]), None, errors.NotUnitaryError, "after: got a measurement"),
+        (Circuit(2, [Gate("S*", 0)]), None, errors.GateError, r"got S\*"),
         (empty, [0], errors.ShapeError, "permutation: got 1 wires, wanted 2"),
         (empty, [0, 0], errors.QubitError, "permutation: got .* distinct"),
         (empty, [0, 2], errors.QubitError, "permutation: got qubit 2"),

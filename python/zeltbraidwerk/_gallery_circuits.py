@@ -12,9 +12,8 @@ from zeltbraidwerk import _validate
 from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, seeded
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import Gate
 
-Angle = float | Parameter
 _MOST_CONTROLS = 3  # of a multiplexed rotation
 
 
