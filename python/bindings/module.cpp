@@ -22,4 +22,5 @@ NB_MODULE(_core, m) {
   bind_phase_synthesize(m);
   bind_pauli_synthesize(m);
   bind_clifford_synthesize(m);
+  bind_circuit_optimize(m);
 }

@@ -22,6 +22,7 @@ void bind_linear_synthesize(nanobind::module_& m);
 void bind_phase_synthesize(nanobind::module_& m);
 void bind_pauli_synthesize(nanobind::module_& m);
 void bind_clifford_synthesize(nanobind::module_& m);
+void bind_circuit_optimize(nanobind::module_& m);
 void bind_routing(nanobind::module_& m);
 
 }  // namespace zelt::braidwerk::python

@@ -17,6 +17,7 @@ from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 __all__ = [
@@ -38,6 +39,7 @@ __all__ = [
     "gallery",
     "graph_state",
     "linear",
+    "optimize",
     "pauli",
     "phase",
     "plot",

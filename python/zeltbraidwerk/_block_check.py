@@ -8,6 +8,7 @@ from collections.abc import Iterable, Sequence
 from dataclasses import dataclass
 from functools import lru_cache
 from itertools import pairwise
+from typing import Any, NamedTuple
 
 import numpy as np
 import numpy.typing as npt
@@ -16,13 +17,29 @@ from zeltbraidwerk import errors
 from zeltbraidwerk._pauli_check import rotated_letter
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import ROTATIONS, Gate
-from zeltbraidwerk.instructions import gates_alone
+from zeltbraidwerk.instructions import gates_alone, placed
 
 TOLERANCE = 1e-9  # of each entry of a matrix
 
 Matrix = npt.NDArray[np.complex128]
-# The one or two wires of a block, the numbers of the gates that go, and the gates that come.
-Step = tuple[Sequence[int], Sequence[int], Sequence[Gate]]
+
+
+class Step(NamedTuple):
+    """The one or two wires of a block, the numbers of the gates that go, and the gates that come.
+    With ``moves``, the last of three gates comes to stand right after the two others, which are on
+    its first and on its second wire."""
+
+    wires: Sequence[int]
+    before: Sequence[int]
+    after: Sequence[Gate]
+    moves: bool = False
+
+    def placed(self, qubits: Sequence[int]) -> Step:
+        """The same on other qubits: what is on wire w goes to ``qubits[w]``."""
+        return self._replace(
+            wires=[qubits[w] for w in self.wires],
+            after=[placed(gate, qubits) for gate in self.after],
+        )
 
 
 @dataclass(frozen=True)
@@ -37,7 +54,9 @@ class BlockProof:
         return self.is_proven
 
 
-def same_blocks(before: Circuit, after: Circuit, log: Iterable[Step]) -> BlockProof:
+def same_blocks(
+    before: Circuit, after: Circuit, log: Iterable[Step | tuple[Any, ...]]
+) -> BlockProof:
     """Whether ``after`` is what the steps of ``log`` make of ``before``, and each of them keeps the
     operator up to a global phase.
 
@@ -62,7 +81,12 @@ def same_blocks(before: Circuit, after: Circuit, log: Iterable[Step]) -> BlockPr
         return BlockProof(False)
     wires, phase = _Wires(before.n, gates_alone(before, "before")), 0.0
     for step in log:
-        turned = wires.replace(*step)
+        wanted = Step(*step)
+        turned: float | None = 0.0
+        if not wanted.moves:
+            turned = wires.replace(wanted.wires, wanted.before, wanted.after)
+        elif not wires.move(wanted.before):
+            turned = None
         if turned is None:
             return BlockProof(False)
         phase += turned
@@ -115,6 +139,41 @@ class _Wires:
             self._gates[number] = None
         return phase
 
+    def move(self, numbers: Sequence[int]) -> bool:
+        """Brings the last gate to stand after the two others, of one block, if it commutes with
+        all that it passes."""
+        if len(numbers) != 3 or not all(0 <= k < len(self._gates) for k in numbers):
+            return False
+        last = numbers[2]
+        gate = self._gates[last]
+        if gate is None or len(gate.qubits) != 2:
+            return False
+        joints = []
+        for anchor, w in zip(numbers, gate.qubits, strict=False):
+            passed = self._previous[last, w]
+            while passed != anchor:
+                other = None if passed < 0 else self._gates[passed]
+                if other is None or not _act_alike(gate, other, w):
+                    return False
+                passed = self._previous[passed, w]
+            joints.append(self._joint(anchor, w))
+        if joints[0] != joints[1] or joints[0] < 0:
+            return False
+        for anchor, w in zip(numbers, gate.qubits, strict=False):
+            if self._previous[last, w] == anchor:
+                continue
+            self._link(self._previous[last, w], self._next[last, w], w)
+            after = self._next[anchor, w]
+            self._link(anchor, last, w)
+            self._link(last, after, w)
+        return True
+
+    def _joint(self, number: int, wire: int) -> int:
+        """The last gate on two wires up to this one on the wire."""
+        while number >= 0 and len((self._gates[number] or _NO_GATE).qubits) == 1:
+            number = self._previous[number, wire]
+        return number
+
     def _taken(self, wires: Sequence[int], numbers: Sequence[int]) -> list[Gate] | None:
         """The gates with these numbers, if they are neighbours in this order on each wire."""
         if len(set(wires)) != len(wires) or not 1 <= len(wires) <= 2:
@@ -146,6 +205,22 @@ class _Wires:
         return all(place < 0 for place in places)
 
 
+def _act_alike(one: Gate, other: Gate, wire: int) -> bool:
+    """Whether both act on the wire by the same Pauli operator, so that they commute there."""
+    letters = [_letter_on(gate, wire) for gate in (one, other)]
+    return letters[0] != "" and letters[0] == letters[1]
+
+
+def _letter_on(gate: Gate, wire: int) -> str:
+    if gate.name == "CNOT":
+        return "Z" if gate.qubits[0] == wire else "X"
+    if gate.name in ROTATIONS:
+        return rotated_letter(gate)
+    return {"CZ": "Z", "CSIGN": "Z", "S": "Z", "D-S": "Z"}.get(
+        gate.name, gate.name if gate.name in ("X", "Y", "Z") else ""
+    )
+
+
 def _on_wires(gates: Sequence[Gate], wires: Sequence[int]) -> bool:
     return all(qubit in wires for gate in gates for qubit in gate.qubits)
 
@@ -164,6 +239,9 @@ def _may_act_as_one(old: Sequence[Gate], new: Sequence[Gate], wires: Sequence[in
         return True
     touched = {gate.qubits[0] for gate in old}
     return all(len(gate.qubits) == 1 and gate.qubits[0] in touched for gate in new)
+
+
+_NO_GATE = Gate("I", 0)
 
 
 # --- matrices -----------------------------------------------------------------------------------

@@ -4,7 +4,7 @@ angle as a rotation and a sign, or as -1 and a number of quarter turns."""
 from __future__ import annotations
 
 import math
-from collections.abc import Sequence
+from collections.abc import Iterable, Sequence
 
 import numpy as np
 import numpy.typing as npt
@@ -32,6 +32,19 @@ def circuit_of(
             gate = known[row] = _gate(row, angles, place)
         gates.append(gate)
     return Circuit._trusted(n, tuple(gates))
+
+
+def of_core(n: int, gates: Iterable[_core.Gate]) -> Circuit:
+    """From gates of the compiled part, which are known to be valid."""
+    return Circuit._trusted(
+        n,
+        tuple(
+            Gate._trusted(
+                gate.name, tuple(gate.qbits), tuple(Parameter._wrap(p) for p in gate.params)
+            )
+            for gate in gates
+        ),
+    )
 
 
 def _gate(row: tuple[int, ...], angles: Sequence[Parameter], place: Sequence[int]) -> Gate:

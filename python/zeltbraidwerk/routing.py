@@ -22,12 +22,13 @@ import numpy as np
 
 from zeltbraidwerk import _core, _operators, _renamed, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
+from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import Parameter
 from zeltbraidwerk.instructions import Barrier, gates_alone
 
 __all__ = ["NormalForm", "Routing", "methods", "normalize", "route", "route_ions"]
@@ -243,10 +244,10 @@ def _result(
     operator = CliffordTableau._wrap(frame.inverse())
     n = source.n
     qubits, width = call.qubits(n), call.width(n)
-    routed = placed(_circuit(n, gates), qubits, width)
+    routed = placed(of_core(n, gates), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
-        left = _circuit(n, _core.clifford_circuit(operator._core))
+        left = of_core(n, _core.clifford_circuit(operator._core))
         operator = CliffordTableau(width).apply(placed(left, qubits, width))
     found = Found("global_gates" if call.site is None else "trees", tuple(range(n)))
     return call.result(
@@ -286,15 +287,3 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
     except errors.Interrupted as stopped:
         best = None if stopped.best is None else by(stopped.best)
         raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-
-
-def _circuit(n: int, gates: list[_core.Gate]) -> Circuit:
-    return Circuit._trusted(
-        n,
-        tuple(
-            Gate._trusted(
-                gate.name, tuple(gate.qbits), tuple(Parameter._wrap(p) for p in gate.params)
-            )
-            for gate in gates
-        ),
-    )

@@ -3,6 +3,7 @@
 /// \file
 /// The whole library.
 
+#include "zeltbraidwerk/circuit/optimize.h"
 #include "zeltbraidwerk/clifford/clifford_circuit.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"

@@ -15,6 +15,7 @@ READ = r"(CMakeLists\.txt|README\.md|pyproject\.toml|third_party/stim\.txt|(cmak
 UNREAD = r"(python/tests/.*|src/.*\.md)"
 # Licences of what is built in, each with words that stand in it.
 LICENCES = {
+    "eigen": "Mozilla Public License",
     "lemon": "Boost Software License, Version 1.0",
     "nanobind": "Wenzel Jakob",
     "robin_map": "MIT License",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
@@ -17,19 +18,34 @@ inline CircuitSize size_of(const structures::CnotCircuit& circuit) {
   return {static_cast<int>(circuit.gates.size()), circuit.depth()};
 }
 
+/// Counts layers of gates on two wires, each put into the first layer that is free on its wires.
+class LayerCount {
+ public:
+  explicit LayerCount(int wires) : levels_(static_cast<std::size_t>(wires)) {}
+
+  void add(int wire_a, int wire_b) {
+    int& a = levels_[static_cast<std::size_t>(wire_a)];
+    int& b = levels_[static_cast<std::size_t>(wire_b)];
+    a = b = std::max(a, b) + 1;
+    depth_ = std::max(depth_, a);
+  }
+  int depth() const { return depth_; }
+
+ private:
+  std::vector<int> levels_;
+  int depth_ = 0;
+};
+
 /// Of the gates on two qubits.
 inline CircuitSize size_of(const std::vector<structures::Gate>& gates, int qubits) {
-  CircuitSize size;
-  std::vector<int> levels(static_cast<std::size_t>(qubits));
+  int count = 0;
+  LayerCount layers(qubits);
   for (const structures::Gate& gate : gates) {
     if (gate.qbits.size() != 2) continue;
-    int& a = levels[static_cast<std::size_t>(gate.qbits[0])];
-    int& b = levels[static_cast<std::size_t>(gate.qbits[1])];
-    a = b = std::max(a, b) + 1;
-    size.depth = std::max(size.depth, a);
-    ++size.count;
+    layers.add(gate.qbits[0], gate.qbits[1]);
+    ++count;
   }
-  return size;
+  return {count, layers.depth()};
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -68,6 +68,14 @@ class Meter {
     return !ended_;
   }
 
+  /// Counts steps that another search made in the place of this one.
+  void charge(std::uint64_t steps) {
+    steps_ += steps;
+    ended();
+  }
+  /// Steps that are left.
+  std::uint64_t left() const { return limit_ - std::min(limit_, steps_); }
+
   /// Looks at the clock. Once true, always true.
   bool ended() {
     if (!ended_) ended_ = steps_ >= limit_ || effort_.control.stop_requested();

@@ -7,6 +7,7 @@
 
 #include "zeltbraidwerk/pauli/search/internal/label_frame.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
+#include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -110,10 +111,7 @@ Rotations DiagonalBlocks::strings_of(std::size_t block, const std::vector<int>& 
 /// Networks one after the other.
 class DiagonalBlocks::Writer {
  public:
-  explicit Writer(const RotationList& list)
-      : list_(list), now_(4 * static_cast<std::size_t>(list.qubits())) {
-    std::iota(now_.begin(), now_.end(), End{0});
-  }
+  explicit Writer(const RotationList& list) : list_(list), now_(list.qubits()) {}
 
   void write_singles(const std::vector<int>& rows) {
     for (const int row : rows) {
@@ -161,7 +159,7 @@ class DiagonalBlocks::Writer {
 
   /// After a network that is closed: where the labels of each qubit have come to.
   void rename(const Block& block, const std::vector<int>& wires, const LabelFrame& frame) {
-    const std::vector<End> before = now_;
+    const WireFrame before = now_;
     for (int q = 0; q < list_.qubits(); ++q) {
       for (int label = 1; label <= 3; ++label) {
         for (int there = 1; there <= 3; ++there) {
@@ -176,7 +174,7 @@ class DiagonalBlocks::Writer {
   void write_rotation(int row, End end) { events_.push_back({{end, end}, list_.number(row)}); }
 
   const RotationList& list_;
-  std::vector<End> now_;  // where the labels of each qubit stand
+  WireFrame now_;  // the end on which each end is found
   std::vector<NetworkEvent> events_;
 };
 
@@ -213,9 +211,9 @@ PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkTask&
       parities.set(q, row, strings.letter(row, q) != 0);
     }
   }
-  ParitySearchResult found = search_parities(parities, task, effort);
-  PlacedEvents network{{}, std::move(found.permutation)};
-  for (const PhaseStep& step : found.steps) {
+  Placed<PhaseStep> found = search_parities(parities, task, effort);
+  PlacedEvents network{{}, std::move(found.wires)};
+  for (const PhaseStep& step : found.gates) {
     const End target = end_of(step.target, label_z);
     network.events.push_back(step.is_cnot() ? NetworkEvent{cnot(step.control, step.target), -1}
                                             : NetworkEvent{{target, target}, step.term});

@@ -7,6 +7,7 @@
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/rotation_list.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
@@ -32,7 +33,8 @@ class DiagonalBlocks {
   /// Whether blocks have about as many rotations as qubits: for fewer, a network for all of the
   /// list is shorter.
   bool are_large() const {
-    return count() == 1 || 2 * heavy_ >= count() * static_cast<std::size_t>(list_.qubits());
+    return count() == 1 || network_tuning.qubits_of_rotation * heavy_ >=
+                               count() * static_cast<std::size_t>(list_.qubits());
   }
   bool is_last(std::size_t block) const { return block + 1 == count() && singles_.back().empty(); }
   /// The parities of a block, each once, by numbers in an order that depends on them alone. Here

@@ -2,18 +2,15 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <optional>
 #include <utility>
 
 #include "zeltbraidwerk/pauli/search/internal/network_block.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-int another(int label) {
-  return label % 3 + 1;
-}
 
 /// The strings of a group on their way to single letters.
 class Gatherer {
@@ -191,12 +188,11 @@ class SmallGroup {
 
   /// False where it stays as it was.
   bool shorten(NetworkBlock& block, Rng& rng) const {
-    constexpr int patience = 400;
     if (!block.read(events_, false)) return false;
     const unsigned pairs = wires_.size() == 2 ? 1 : 7;
     const int old = block.gates();
     for (int most = block.least(); most < old; ++most) {
-      if (block.rewrite(most, pairs, patience, rng)) return true;
+      if (block.rewrite(most, pairs, network_tuning.small_group_patience, rng)) return true;
     }
     return false;
   }
@@ -210,8 +206,8 @@ class SmallGroup {
   }
 
   /// Where the labels of the wires stand after the block, in terms of where they stand before.
-  void rename(const NetworkBlock& block, std::vector<End>& now) const {
-    const std::vector<End> before = now;
+  void rename(const NetworkBlock& block, WireFrame& now) const {
+    const WireFrame before = now;
     for (int place = 0; place < static_cast<int>(wires_.size()); ++place) {
       for (int label = 1; label <= 3; ++label) {
         const End end = end_of(place, label);
@@ -260,8 +256,7 @@ std::vector<Gate> ladders(const RotationList& list, const std::vector<RotationGr
   Gatherer gatherer(list, in_order, graph, shallow);
   NetworkBlock block(in_order);
   Rng rng(0, 0);
-  std::vector<End> now(4 * static_cast<std::size_t>(list.qubits()));
-  std::iota(now.begin(), now.end(), End{0});
+  WireFrame now(list.qubits());  // the end on which each end is found
   std::vector<Gate> gates;
   for (const RotationGroup& group : pieces(list, groups, in_order)) {
     std::vector<Gate> own = gatherer.run(group);

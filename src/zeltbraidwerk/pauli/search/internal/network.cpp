@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 #include <utility>
+
+#include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -23,28 +24,17 @@ Network network_of(std::vector<NetworkEvent> events, std::vector<int> wires, boo
   return network;
 }
 
-std::vector<int> own_wires(int qubits) {
-  std::vector<int> wires(static_cast<std::size_t>(qubits));
-  std::iota(wires.begin(), wires.end(), 0);
-  return wires;
-}
-
 int gates_of(const std::vector<NetworkEvent>& events) {
   return static_cast<int>(
       std::ranges::count_if(events, [](const NetworkEvent& event) { return event.row < 0; }));
 }
 
 int depth_of(const std::vector<NetworkEvent>& events, int qubits) {
-  std::vector<int> levels(static_cast<std::size_t>(qubits));
-  int depth = 0;
+  LayerCount layers(qubits);
   for (const NetworkEvent& event : events) {
-    if (event.row >= 0) continue;
-    int& a = levels[static_cast<std::size_t>(wire_of(event.gate.a))];
-    int& b = levels[static_cast<std::size_t>(wire_of(event.gate.b))];
-    a = b = std::max(a, b) + 1;
-    depth = std::max(depth, a);
+    if (event.row < 0) layers.add(wire_of(event.gate.a), wire_of(event.gate.b));
   }
-  return depth;
+  return layers.depth();
 }
 
 }  // namespace zelt::braidwerk::internal

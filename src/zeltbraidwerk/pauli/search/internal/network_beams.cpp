@@ -58,6 +58,7 @@ std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>&
   const RotationList& rows = run.list(run.plans.draw(run.rng));
   const RelayOptions options{
       .in_order = task.in_order,
+      .target = task.target,
       .graph = task.device,
       .runs = runs,
       .stretch = network_tuning.least_stretch + run.rng.below(network_tuning.stretches),

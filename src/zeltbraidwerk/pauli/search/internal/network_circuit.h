@@ -12,9 +12,9 @@
 namespace zelt::braidwerk::internal {
 
 /// H, S and RX by pi/2, CNOT and rotations, as the events tell. Row r turns by rotations.params[r].
-/// A network that closes is followed by what its gates leave on single wires.
+/// A network that closes is followed by what its gates leave on single wires of the target.
 std::vector<structures::Gate> circuit_of(const Network& network, const Rotations& rotations,
-                                         bool closes);
+                                         const NetworkTask& task, bool closes);
 
 /// The gates on two qubits of a Clifford circuit, which holds CNOT alone of these.
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -11,6 +10,8 @@
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/incumbent.h"
+#include "zeltbraidwerk/search/internal/orders.h"
+#include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -21,20 +22,24 @@ struct Tail {
   std::vector<int> wires;
 };
 
-/// Undoes what the labels stand for, by a Clifford search.
-Tail searched_tail(const LabelFrame& frame, Outputs outputs, const BitGraph* graph,
+/// Turns what the labels stand for into what they are to be, by a Clifford search.
+Tail searched_tail(const LabelFrame& frame, const NetworkTask& network, Outputs outputs,
                    std::uint64_t seed, const Effort& effort) {
   Task task;
   task.outputs = outputs;
-  task.device = graph;
+  task.device = network.device;
   task.seed = seed;
-  CliffordResult undone = search_clifford(frame.preimages(), task, effort);
-  return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
+  PauliFrame images = frame.preimages();
+  if (network.target != nullptr) {
+    for (const structures::Gate& gate : network.target->gates) images.apply(gate);
+  }
+  PlacedCircuit undone = search_clifford(images, task, effort);
+  return {labelled(undone.gates, frame.qubits()), std::move(undone.wires)};
 }
 
 /// Undoes the gates of a network by the same gates backward.
 Tail backward(const std::vector<NetworkEvent>& events, int qubits) {
-  Tail tail{{}, own_wires(qubits)};
+  Tail tail{{}, in_order(qubits)};
   for (auto event = events.rbegin(); event != events.rend(); ++event) {
     if (event->row < 0) tail.gates.push_back(event->gate);
   }
@@ -61,35 +66,24 @@ bool share_a_cycle(const std::vector<int>& wires, int a, int b) {
   return false;
 }
 
-/// A label other than this one.
-int another(int label) {
-  return label % 3 + 1;
-}
-
 /// Where the labels of the wires stand after swaps and gates on one wire.
 class Renaming {
  public:
-  explicit Renaming(int qubits) : now_(4 * static_cast<std::size_t>(qubits)) {
-    std::iota(now_.begin(), now_.end(), End{0});
-  }
+  explicit Renaming(int qubits) : now_(qubits) {}
   Gate operator()(const Gate& gate) const { return {now_[gate.a], now_[gate.b]}; }
 
   /// Exchanges two ends, two others, and with them the products of both.
   void exchange(const Gate& ends, const Gate& others) {
     const auto third = [](End one, End other) { return static_cast<End>(one ^ label_of(other)); };
-    const End from[] = {ends.a, others.a, third(ends.a, others.a),
-                        ends.b, others.b, third(ends.b, others.b)};
-    for (End& end : now_) {
-      for (std::size_t k = 0; k < 6; ++k) {
-        if (end != from[k]) continue;
-        end = from[(k + 3) % 6];
-        break;
-      }
-    }
+    WireFrame frame = now_.inverse();
+    std::swap(frame[ends.a], frame[ends.b]);
+    std::swap(frame[others.a], frame[others.b]);
+    std::swap(frame[third(ends.a, others.a)], frame[third(ends.b, others.b)]);
+    now_ = frame.inverse();
   }
 
  private:
-  std::vector<End> now_;
+  WireFrame now_;  // the end on which each end is found
 };
 
 /// Both ends' labels play the parts of Z on one wire and X on the other; the swap that follows
@@ -154,14 +148,14 @@ Network with_tail(std::vector<NetworkEvent> events, const Tail& tail, bool is_in
     return network_of(std::move(events), tail.wires, true);
   }
   return network_of(in_place(events, tail.wires, rng),
-                    own_wires(static_cast<int>(tail.wires.size())), true);
+                    in_order(static_cast<int>(tail.wires.size())), true);
 }
 
 }  // namespace
 
 Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                const NetworkTask& task, const Control& control, std::uint64_t steps, Rng& rng) {
-  if (!task.closes()) return network_of(events, own_wires(frame.qubits()), false);
+  if (!task.closes()) return network_of(events, in_order(frame.qubits()), false);
   Effort effort;
   effort.control = control;
   effort.steps = steps;
@@ -171,13 +165,13 @@ Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
     if (!best || network.size.count < best->size.count) best = std::move(network);
   };
   if (task.device == nullptr) {
-    consider(searched_tail(frame, Outputs::anywhere, nullptr, rng.next(), effort));
+    consider(searched_tail(frame, task, Outputs::anywhere, rng.next(), effort));
   }
   if (task.in_place() || task.device != nullptr) {
     const Outputs outputs = task.in_place() ? Outputs::in_place : Outputs::anywhere;
-    consider(searched_tail(frame, outputs, task.device, rng.next(), effort));
+    consider(searched_tail(frame, task, outputs, rng.next(), effort));
   }
-  if (task.device != nullptr) consider(backward(events, frame.qubits()));
+  if (task.device != nullptr && task.target == nullptr) consider(backward(events, frame.qubits()));
   return std::move(*best);
 }
 

@@ -8,12 +8,6 @@
 
 namespace zelt::braidwerk::internal {
 
-/// How one run goes about its list.
-struct NetworkPlan {
-  NetworkSettings settings;
-  bool sorted = false;  ///< the list by its letters, otherwise as it was given
-};
-
 /// Plans to begin with, and others around those that did best.
 class NetworkPlans {
  public:
@@ -21,6 +15,7 @@ class NetworkPlans {
       : in_order_(task.in_order),
         closes_(task.closes()),
         on_device_(task.device != nullptr),
+        has_target_(task.target != nullptr),
         qubits_(qubits) {}
 
   std::span<const NetworkPlan> first() const;
@@ -42,6 +37,7 @@ class NetworkPlans {
   bool in_order_;
   bool closes_;
   bool on_device_;
+  bool has_target_;
   int qubits_;
   std::vector<Tried> best_;  // ascending
 };

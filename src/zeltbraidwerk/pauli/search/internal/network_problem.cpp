@@ -36,7 +36,8 @@ double mean_weight(const RotationList& list) {
 }  // namespace
 
 NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
-                               const NetworkSettings& settings, const BitGraph* graph, Rng& rng)
+                               const NetworkSettings& settings, const BitGraph* graph, Rng& rng,
+                               const CliffordTarget* target)
     : list_(list),
       in_order_(in_order),
       settings_(settings),
@@ -45,11 +46,13 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
       pairs_(graph == nullptr ? list.qubits() : 0),
       edges_(gate_costs_),
       reach_(graph == nullptr ? Reach() : Reach(*graph)),
+      target_(target),
       on_graph_(graph != nullptr),
       capacity_(window_size(settings, in_order, list.count())),
       slot_words_(static_cast<std::size_t>(words_for(capacity_))) {
   const int n = list.qubits();
-  const int usual = static_cast<int>(std::lround(std::max(mean_weight(list), 0.75 * n)));
+  const int usual =
+      static_cast<int>(std::lround(std::max(mean_weight(list), tuning.usual_letters * n)));
   usual_ = costs_.of(std::min(usual, n + 1));
   for (int k = 0; k < capacity_; ++k) {
     by_place_.push_back(NetworkCosts::factor(emphasis_at(settings, k)));

@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
 #include "zeltbraidwerk/pauli/search/internal/reach.h"
 #include "zeltbraidwerk/pauli/search/internal/rotation_list.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 
 namespace zelt::braidwerk::internal {
@@ -50,7 +51,7 @@ class NetworkProblem {
 
   /// All must outlive this. The pairs of a null graph are all.
   NetworkProblem(const RotationList& list, bool in_order, const NetworkSettings& settings,
-                 const BitGraph* graph, Rng& rng);
+                 const BitGraph* graph, Rng& rng, const CliffordTarget* target = nullptr);
 
   State start(std::vector<NetworkEvent>* events = nullptr);
   /// A state of another problem with the same list and order.
@@ -69,8 +70,6 @@ class NetworkProblem {
   std::uint64_t hash(const State& state, const Move& move) const;
   void make(State& state, const Move& move);
   bool done(const State& state) const { return state.count_left == 0; }
-
-  static constexpr int most_children = 6;
 
  private:
   struct Choice {
@@ -118,6 +117,7 @@ class NetworkProblem {
   PairTable pairs_;  // where there is no graph
   EdgeTable edges_;  // where there is one
   Reach reach_;
+  const CliffordTarget* target_;
   bool on_graph_;
   int capacity_;
   std::size_t slot_words_;
@@ -135,7 +135,7 @@ class NetworkProblem {
 template <class Sink>
 void NetworkProblem::children(const State& state, Rng&, Sink&& sink) {
   const std::int64_t now = score(state);
-  choose(state, most_children);
+  choose(state, network_window_tuning.most_children);
   for (const Choice& choice : chosen_) {
     sink(static_cast<double>(now + choice.cost), choice.move);
   }

@@ -49,7 +49,8 @@ class Relay {
     const int handover = end == 0 ? 0 : from.count_left - options_.stretch / 2;
     const bool vary = followed_ && rng_.chance(options_.alike);
     const NetworkPlan plan = vary ? plans_.varied(*followed_, rng_) : plans_.draw(rng_);
-    NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_);
+    NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_,
+                           options_.target);
     NetworkState state = problem.taken_over(from);
     Leg leg;
     leg.plan = plan;

@@ -10,9 +10,10 @@ namespace zelt::braidwerk::internal {
 
 struct RelayOptions {
   bool in_order = false;
+  const CliffordTarget* target = nullptr;
   const BitGraph* graph = nullptr;
-  int runs = 8;      ///< from every place
-  int stretch = 40;  ///< rotations that a run serves
+  int runs = 1;     ///< from every place
+  int stretch = 1;  ///< rotations that a run serves
   /// Gates of a network that is known. A run is then judged by what it leaves as well, in gates by
   /// the costs that the first plan sees in it and in the whole list. 0: by its own gates alone.
   int known = 0;

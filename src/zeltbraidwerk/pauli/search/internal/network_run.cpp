@@ -41,7 +41,8 @@ bool NetworkInput::is_long() const {
 }
 
 bool NetworkInput::is_slow(const Task& task) const {
-  return task.device != nullptr && 1e-6 * given.count() * qubits() * qubits() > 1;
+  return task.device != nullptr &&
+         network_tuning.seconds_on_device * given.count() * qubits() * qubits() > 1;
 }
 
 }  // namespace zelt::braidwerk::internal

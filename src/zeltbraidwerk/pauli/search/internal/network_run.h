@@ -44,7 +44,7 @@ struct NetworkRun {
     return plan.sorted ? input.sorted : input.given;
   }
   NetworkProblem problem(const RotationList& list, const NetworkSettings& settings) const {
-    return {list, task.in_order, settings, task.device, rng};
+    return {list, task.in_order, settings, task.device, rng, task.target};
   }
 };
 

@@ -39,18 +39,22 @@ class NetworkSearch : public SearchByBoth<Network> {
 
   void first() {
     const PauliFrame& strings = input_.rotations.frame;
-    meter_.prove(bound_of_network(strings, run_.task));
+    // Bounds of closed networks are those of networks that close to the identity.
+    NetworkTask proven_of = run_.task;
+    if (run_.task.target != nullptr) proven_of.outputs = Outputs::left_open;
+    meter_.prove(bound_of_network(strings, proven_of));
+    if (run_.task.given != nullptr) offer_first(*run_.task.given);
     run_plans();
     if (!meter_.proven()) {
       for (const Network& network : run_ladders(run_, least_first_)) offer_first(network);
     }
     if (!meter_.ended()) {
       const int least =
-          fewest_network_gates(strings, run_.task, meter_.bound().count, shortest().size.count);
+          fewest_network_gates(strings, proven_of, meter_.bound().count, shortest().size.count);
       meter_.prove({least, layers_to_hold(least, input_.qubits())});
     }
     proven_ = meter_.proven();
-    if (!proven_) share_with_blocks();
+    if (!proven_ && run_.task.target == nullptr) share_with_blocks();
   }
 
   bool finished() const { return proven_ || shortest().size.count == 0; }
@@ -82,9 +86,10 @@ class NetworkSearch : public SearchByBoth<Network> {
 
   /// The first plans; some of them whatever the effort.
   void run_plans() {
-    const int always = input_.is_slow(task_) ? tuning.first_runs_if_slow
-                       : run_.task.in_order  ? tuning.first_runs_in_order
-                                             : tuning.first_runs;
+    const int always = run_.task.given != nullptr ? 0
+                       : input_.is_slow(task_)    ? tuning.first_runs_if_slow
+                       : run_.task.in_order       ? tuning.first_runs_in_order
+                                                  : tuning.first_runs;
     const bool too_long = task_.device == nullptr && input_.given.count() > tuning.most_for_equal;
     int runs = 0;
     for (const NetworkPlan& plan : plans_.first()) {
@@ -127,6 +132,7 @@ class NetworkSearch : public SearchByBoth<Network> {
   void walk(int round, bool by_layers) {
     const Network from = by_layers ? shallowest() : shortest();
     const Origin origin = by_layers ? Origin::lowering_depth : Origin::lowering_count;
+    const Cooling cooling = run_.task.target == nullptr ? tuning.cooling : drawn_cooling(rng_);
     const std::uint64_t steps = tuning.walk_steps_of_event * from.events.size()
                                 << std::min(round, tuning.most_walk_doublings);
     NetworkWalk walk(from.events, input_.qubits(), run_.task.in_order, !task_.closes(),
@@ -136,7 +142,7 @@ class NetworkSearch : public SearchByBoth<Network> {
     };
     int least = by_layers ? from.size.depth : from.size.count;
     for (std::uint64_t k = 0; k < steps; ++k) {
-      const float uphill = tuning.cooling.at(static_cast<double>(k) / static_cast<double>(steps));
+      const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
       const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
       if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
         least = now;
@@ -200,9 +206,9 @@ Answer answer_of(const NetworkInput& input, const NetworkTask& task, const Effor
   return {search.incumbent().circuit(), search.meter().proven()};
 }
 
-NetworkResult result_of(const Network& network, const Rotations& rotations, bool closes) {
-  return {circuit_of(network, rotations, closes), network.wires, network.size.count,
-          network.size.depth};
+PlacedCircuit result_of(const Network& network, const Rotations& rotations, const NetworkTask& task,
+                        bool closes) {
+  return {circuit_of(network, rotations, task, closes), network.wires, network.size};
 }
 
 }  // namespace
@@ -211,19 +217,19 @@ Network search_events(const Rotations& rotations, const NetworkTask& task, const
   return answer_of(NetworkInput(rotations, task.in_order), task, effort).network;
 }
 
-NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
+PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort) {
   if (task.device != nullptr) require_connected(*task.device, rotations.frame.qubits());
   const NetworkInput input(rotations, task.in_order);
   if (!is_closed_anyhow(input, task)) {
-    return result_of(answer_of(input, task, effort).network, rotations, task.closes());
+    return result_of(answer_of(input, task, effort).network, rotations, task, task.closes());
   }
   // Searched as closed as well, for as many steps: an open end is never longer than a closed one.
   Effort half = effort;
   const auto now = Control::Clock::now();
   if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
   const Answer open = answer_of(input, task, half);
-  if (open.proven) return result_of(open.network, rotations, false);
+  if (open.proven) return result_of(open.network, rotations, task, false);
   NetworkTask closed_task = task;
   closed_task.outputs = Outputs::in_place;
   Effort rest = effort;
@@ -231,8 +237,8 @@ NetworkResult search_network(const Rotations& rotations, const NetworkTask& task
   const Answer closed = answer_of(input, closed_task, rest);
   const bool is_better =
       closed.network.size.key(task.objective) < open.network.size.key(task.objective);
-  return is_better ? result_of(closed.network, rotations, true)
-                   : result_of(open.network, rotations, false);
+  return is_better ? result_of(closed.network, rotations, task, true)
+                   : result_of(open.network, rotations, task, false);
 }
 
 }  // namespace zelt::braidwerk::internal

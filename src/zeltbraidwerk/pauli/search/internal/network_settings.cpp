@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -11,8 +13,7 @@ double cost(const NetworkSettings& settings, int weight) {
   const double s = settings.shape;
   const double curve = settings.geometric ? (1 - std::pow(s, weight - 1)) / (1 - s)
                                           : (1 - std::pow(weight, -s)) / (1 - std::pow(2.0, -s));
-  constexpr double pull = 1e-5;  // so that very heavy strings become lighter as well
-  return settings.bonus + curve + pull * (weight - 1);
+  return settings.bonus + curve + network_window_tuning.letter_cost * (weight - 1);
 }
 
 std::int64_t in_units(double value) {

@@ -30,6 +30,12 @@ struct NetworkSettings {
   double tail = 0;    ///< weight of the logarithms of the frame's own strings
 };
 
+/// How one run goes about its list.
+struct NetworkPlan {
+  NetworkSettings settings;
+  bool sorted = false;  ///< the list by its letters, otherwise as it was given
+};
+
 /// The costs as whole numbers, so that sums do not depend on their order.
 class NetworkCosts {
  public:

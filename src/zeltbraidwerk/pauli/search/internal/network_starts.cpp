@@ -6,6 +6,7 @@
 #include "zeltbraidwerk/pauli/search/internal/ladders.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/rotation_groups.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -55,8 +56,8 @@ std::vector<Network> run_ladders(const NetworkRun& run, int shortest) {
   }
   std::vector<Network> networks;
   const std::vector<Gate> gates = ladders(list, groups, task.in_order, task.device, false);
-  // Where strings are heavy, ladders are not worth the time.
-  if (task.by_depth() || static_cast<std::size_t>(shortest) >= gates.size() / 2) {
+  if (task.by_depth() ||
+      static_cast<std::size_t>(shortest) >= gates.size() / network_tuning.heavy_ladders) {
     networks.push_back(played(run, groups, gates));
   }
   if (task.by_depth() && task.device == nullptr) {

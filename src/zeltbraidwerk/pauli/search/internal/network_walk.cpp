@@ -1,8 +1,9 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
-#include <algorithm>
+#include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -11,15 +12,24 @@ constexpr const NetworkTuning& tuning = network_tuning;
 
 }  // namespace
 
+Cooling drawn_cooling(Rng& rng) {
+  const NetworkTargetTuning& odds = network_target_tuning;
+  Cooling cooling = tuning.cooling;
+  cooling.first = odds.least_uphill + (odds.most_uphill - odds.least_uphill) * rng.unit();
+  return cooling;
+}
+
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
                          bool end_is_free, const BitGraph* graph)
     : graph_(graph),
+      qubits_(qubits),
       end_is_free_(end_is_free),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
-      levels_(static_cast<std::size_t>(qubits)),
-      names_(4 * static_cast<std::size_t>(qubits)) {
+      names_(4 * static_cast<std::size_t>(qubits)),
+      after_(4 * static_cast<std::size_t>(qubits)) {
+  std::iota(after_.begin(), after_.end(), End{0});
   for (const NetworkEvent& event : events) {
     gates_.push_back(event.gate);
     rows_.push_back(event.row);
@@ -72,6 +82,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     }
     depth_ = depth;
   }
+  rename_ends();
   count_ += gates_of(block_.events()) - old;
   return true;
 }
@@ -102,17 +113,22 @@ void NetworkWalk::rename_gates(int from) {
   names_.rename(gates_, from, each_new_name);
 }
 
-int NetworkWalk::layers() {
-  std::ranges::fill(levels_, 0);
-  int most = 0;
-  for (std::size_t k = 0; k < gates_.size(); ++k) {
-    if (rows_[k] >= 0) continue;
-    int& a = levels_[static_cast<std::size_t>(wire_of(gates_[k].a))];
-    int& b = levels_[static_cast<std::size_t>(wire_of(gates_[k].b))];
-    a = b = std::max(a, b) + 1;
-    most = std::max(most, a);
+void NetworkWalk::rename_ends() {
+  for (int place = 0; place < window_.size; ++place) {
+    const int wire = window_.wires[static_cast<std::size_t>(place)];
+    for (int label = 1; label <= 3; ++label) {
+      End& end = after_[end_of(wire, label)];
+      end = end_of(wire, label_of(block_.ends()[end_of(place, label_of(end))]));
+    }
   }
-  return most;
+}
+
+int NetworkWalk::layers() const {
+  LayerCount layers(qubits_);
+  for (std::size_t k = 0; k < gates_.size(); ++k) {
+    if (rows_[k] < 0) layers.add(wire_of(gates_[k].a), wire_of(gates_[k].b));
+  }
+  return layers.depth();
 }
 
 std::vector<NetworkEvent> NetworkWalk::events() const {

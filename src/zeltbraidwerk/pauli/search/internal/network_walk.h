@@ -5,9 +5,13 @@
 
 #include "zeltbraidwerk/pauli/search/internal/network_block.h"
 #include "zeltbraidwerk/search/internal/end_names.h"
+#include "zeltbraidwerk/search/internal/walk.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
+
+/// The odds with which a walk from a given circuit goes uphill: drawn, and falling as ever.
+Cooling drawn_cooling(Rng& rng);
 
 /// A walk among the networks with the same rotations and the same operator after them, but for
 /// gates on single wires: again and again the gates and rotations on three wires that can be
@@ -26,13 +30,17 @@ class NetworkWalk {
   int count() const { return count_; }
   int depth() const { return depth_; }  ///< only kept where layers are limited
   std::vector<NetworkEvent> events() const;
+  /// By end after the network that the walk began with: what it is called after this one.
+  const std::vector<End>& names() const { return after_; }
 
  private:
   unsigned pairs_that_meet() const;
   void rename_gates(int from);
-  int layers();
+  void rename_ends();
+  int layers() const;
 
   const BitGraph* graph_;
+  int qubits_;
   bool end_is_free_;
   int count_ = 0;
   int depth_ = 0;
@@ -46,8 +54,8 @@ class NetworkWalk {
   std::vector<int> new_rows_;
   std::vector<Gate> old_gates_;
   std::vector<int> old_rows_;
-  std::vector<int> levels_;  // scratch: of wires
   EndNames names_;
+  std::vector<End> after_;
 };
 
 }  // namespace zelt::braidwerk::internal

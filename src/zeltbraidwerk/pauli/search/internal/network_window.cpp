@@ -28,12 +28,20 @@ void NetworkProblem::open_window(State& state) {
   }
   if (settings_.tail > 0) {
     state.images = LetterRows(n, 2 * n);
-    std::vector<Word> letter(string_.size());
-    for (int q = 0; q < 2 * n; ++q) {
-      const auto word = static_cast<std::size_t>(q % n / word_bits + (q < n ? 0 : list_.words()));
-      letter[word] = Word{1} << (q % n % word_bits);
-      append(state.images, letter.data(), state.frame);
-      letter[word] = 0;
+    std::vector<Word> ending(string_.size());
+    const auto set = [&](int q, bool z) {
+      ending[static_cast<std::size_t>(q / word_bits + (z ? list_.words() : 0))] |=
+          Word{1} << (q % word_bits);
+    };
+    for (int k = 0; k < 2 * n; ++k) {
+      std::ranges::fill(ending, 0);
+      if (target_ == nullptr) set(k % n, k >= n);
+      for (int q = 0; target_ != nullptr && q < n; ++q) {
+        const unsigned char letter = target_->preimages.letter(k, q);
+        if (letter_has_x(letter)) set(q, false);
+        if (letter_has_z(letter)) set(q, true);
+      }
+      append(state.images, ending.data(), state.frame);
     }
   }
   settle(state);

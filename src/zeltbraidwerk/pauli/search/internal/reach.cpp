@@ -2,20 +2,14 @@
 
 #include <algorithm>
 
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
-namespace {
-
-constexpr std::size_t least_known = std::size_t{1} << 10;
-constexpr std::size_t most_known = std::size_t{1} << 18;
-
-}  // namespace
-
 Reach::Reach(const BitGraph& graph)
     : words_(words_for(graph.size())),
       neighbours_(static_cast<std::size_t>(graph.size())),
-      known_(least_known),
+      known_(reach_tuning.least_slots),
       distance_(neighbours_.size()),
       region_(neighbours_.size()) {
   for (int q = 0; q < graph.size(); ++q) {
@@ -43,7 +37,7 @@ int Reach::operator()(const Word* wires) {
   std::size_t slot = slot_of(key);
   if (known_[slot].key == 0) {
     if (2 * ++count_ > known_.size()) {  // all is forgotten, what is needed will soon be back
-      known_.assign(std::min(4 * known_.size(), most_known), {});
+      known_.assign(std::min(reach_tuning.growth * known_.size(), reach_tuning.most_slots), {});
       count_ = 1;
       slot = slot_of(key);
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/pauli/search/internal/network_bound.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/level_search.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -13,9 +14,8 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr int most_small_wires = 4;
-constexpr int most_rotations = 32;
-constexpr std::size_t most_work = 1'000'000;  // strings after gates: some hundredths of a second
+constexpr int most_small_wires = 4;  // a string is a byte
+constexpr int most_rotations = 32;   // those served are bits of a word
 
 /// A string on up to four qubits: the X and Z bits of qubit q in bits 2 q and 2 q + 1.
 using SmallString = std::uint8_t;
@@ -198,7 +198,7 @@ class SmallNetworks {
 int fewest_network_gates(const PauliFrame& strings, const NetworkTask& task, int least, int most) {
   if (strings.qubits() > most_small_wires || strings.rows() > most_rotations) return least;
   const SmallNetworks networks(strings, task);
-  return LevelSearch(networks, most_work).run(least, most).least;
+  return LevelSearch(networks, small_network_tuning.most_work).run(least, most).least;
 }
 
 }  // namespace zelt::braidwerk::internal

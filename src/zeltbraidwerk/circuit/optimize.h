@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "zeltbraidwerk/export.h"
+#include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/search/synthesis_options.h"
+
+namespace synthesis {
+
+/// Outputs are in place or anywhere. Steps are windows of three qubits, of about 7 microseconds;
+/// not given, with no budget: 200,000, and 30 for each gate. With one run, `jobs` threads share the
+/// pieces of a circuit of more than 4,000 gates; the circuit is the same for any number of them.
+///
+/// Windows on two qubits are replaced by numbers where a rotation is by no multiple of pi/4: any
+/// operator of two qubits takes at most three CNOTs. That may change all angles of the circuit.
+struct OptimizeOptions : SynthesisOptions {
+  bool exact = false;           ///< every angle stays a sum of given ones
+  bool keep_rotations = false;  ///< windows replaced by numbers never have more rotations
+  /// The gates need not be on edges of the device: the circuit is made anew on these.
+  bool route = false;
+};
+
+/// Gates on one or two qubits that were replaced, or moved. Gates have numbers: those of the stage
+/// before from 0 on, then new ones as they come up.
+struct OptimizeStep {
+  std::array<int, 2> qubits{-1, -1};  ///< the second is -1 for gates on one
+  bool moves = false;  ///< the last of `before` comes to stand after the others, which it may pass
+  std::vector<std::size_t> before;      ///< they stand together, in an order of time
+  std::vector<structures::Gate> after;  ///< what replaces them
+};
+
+/// A circuit on the way from the given one. Without steps, it is the same by exact rewriting.
+struct OptimizeStage {
+  std::vector<structures::Gate> gates;
+  std::vector<int> permutation;  ///< output q of the given circuit is on wire permutation[q]
+  std::vector<OptimizeStep> steps;
+};
+
+/// How large a circuit is.
+struct CircuitCounts {
+  int two_qubit = 0;  ///< gates on two qubits
+  int depth = 0;      ///< layers of these
+  int one_qubit = 0;  ///< other gates
+  int rotations = 0;  ///< those that are no Clifford gates
+  int t = 0;          ///< rotations by an odd multiple of pi/4
+};
+
+struct OptimizeResult : SynthesisResult {
+  /// "CNOT", "H", "S", "D-S", "X", "Y", "Z" and rotations; "CSIGN" where it was given.
+  std::vector<structures::Gate> gates;
+  CircuitCounts before;
+  CircuitCounts after;
+  /// The farthest that an angle was from the multiple of pi/2 that it was taken for: at most 1e-9.
+  double rounding = 0;
+  /// The circuits on the way; the last one is the result.
+  std::vector<OptimizeStage> stages;
+};
+
+/// A circuit of the same operator, up to a global phase, that is never larger than the given one:
+/// neither in gates on two qubits (by depth: in their layers), nor in rotations.
+///
+/// Rotations about the same Pauli string are merged wherever what stands between commutes with
+/// them, and become Clifford gates where their angles add up to it. Then gates are searched for
+/// that serve the same rotations and leave the same Clifford operator. With a device the given
+/// gates on two qubits are on its edges, and so are those of the result.
+///
+/// Throws std::invalid_argument for gates that are neither Clifford gates nor rotations, for gates
+/// that are not on edges of the device, and for options that do not fit.
+ZELTBRAIDWERK_EXPORT OptimizeResult optimize_circuit(int n,
+                                                     const std::vector<structures::Gate>& gates,
+                                                     const OptimizeOptions& options = {});
+
+}  // namespace synthesis

@@ -1,0 +1,170 @@
+#include "zeltbraidwerk/circuit/search/internal/circuit_search.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "zeltbraidwerk/circuit/search/internal/circuit_problem.h"
+#include "zeltbraidwerk/circuit/search/internal/piece_walk.h"
+#include "zeltbraidwerk/circuit/search/internal/tuning.h"
+#include "zeltbraidwerk/pauli/search/internal/network_search.h"
+#include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr const CircuitTuning& tuning = circuit_tuning;
+
+/// Rounds of networks, forward and backward, of small circuits; and of walks from the best.
+class CircuitSearch : public SearchByBoth<Network> {
+ public:
+  CircuitSearch(const CircuitProblem& problem, const CircuitTask& task, const Effort& effort)
+      : SearchByBoth(task, effort, Ties::latest), problem_(problem), circuit_task_(task) {}
+
+  Schedule schedule() const {
+    return {.first_steps = static_cast<double>(tuning.first_steps),
+            .most_growths = tuning.most_doublings};
+  }
+
+  void first() {
+    if (circuit_task_.routes) {
+      NetworkTask task = network_task(problem_, nullptr);
+      task.outputs = task_.outputs;
+      start_ = search_events({problem_.rows, {}}, task, within(tuning.routing_steps));
+    } else {
+      start_ = problem_.given;
+    }
+    offer(start_, start_.size, Origin::certain);
+  }
+  bool finished() const { return shortest().size.count == 0; }
+
+  void round(const Round& round) {
+    const bool with_beams = problem_.rows.rows() < tuning.most_for_beams;
+    if (with_beams) {
+      search(forward_, round.steps, [&](std::uint64_t steps) { search_forward(steps); });
+      search(backward_, round.steps, [&](std::uint64_t steps) { search_backward(steps); });
+    }
+    const std::uint64_t end = meter_.steps() + (with_beams ? round.steps / 2 : 0);
+    do {
+      walk(false);
+      if (task_.by_depth()) walk(true);
+      ++walks_;
+      meter_.step();  // circuits with nothing to walk through end as well
+    } while (meter_.steps() < end && !meter_.ended());
+  }
+
+ private:
+  /// A part of the rounds gets fewer steps each time that it finds nothing better.
+  template <class Part>
+  void search(double& share, std::uint64_t steps, Part&& part) {
+    const CircuitSize before = incumbent().size();
+    part(static_cast<std::uint64_t>(share * static_cast<double>(steps)));
+    const bool better =
+        incumbent().size().key(task_.objective).first < before.key(task_.objective).first;
+    share = better ? tuning.beam_share : std::max(share / 2, tuning.least_beam_share);
+  }
+
+  Network search_network(const CircuitProblem& problem, const Network& given, Outputs outputs,
+                         std::uint64_t steps) {
+    NetworkTask task = network_task(problem, &given);
+    task.outputs = outputs;
+    const Effort effort = within(std::min(steps, meter_.left()));
+    Network found = search_events({problem.rows, {}}, task, effort);
+    meter_.charge(effort.steps);
+    return found;
+  }
+  NetworkTask network_task(const CircuitProblem& problem, const Network* given) {
+    NetworkTask task;
+    static_cast<Task&>(task) = task_;
+    task.seed = rng_.next();
+    task.in_order = true;
+    task.target = &problem.target;
+    task.given = given;
+    return task;
+  }
+  Effort within(std::uint64_t steps) {
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = steps;
+    effort.on_bound = [this](const LowerBound& bound) { meter_.prove(bound); };
+    return effort;
+  }
+
+  void search_forward(std::uint64_t steps) {
+    if (meter_.ended()) return;
+    const Network given = incumbent().circuit();
+    const Network found = search_network(problem_, given, task_.outputs, steps);
+    offer(found, found.size, lowering());
+  }
+
+  /// The inverse circuit, of which the inverse is taken.
+  void search_backward(std::uint64_t steps) {
+    const Network& best = incumbent().circuit();
+    if (meter_.ended() || best.wires != in_order(qubits())) return;
+    const CircuitProblem inverse = inverted_problem(best.events, problem_);
+    const Network found = search_network(inverse, inverse.given, Outputs::in_place, steps);
+    Network back = network_of(
+        events_of(qubits(), inverted(steps_of(found.events, inverse), problem_.rows.rows())),
+        in_order(qubits()), true);
+    offer(back, back.size, lowering());
+  }
+  CircuitProblem inverted_problem(const std::vector<NetworkEvent>& events,
+                                  const CircuitProblem& problem) const {
+    return problem_of(qubits(), inverted(steps_of(events, problem), problem.rows.rows()));
+  }
+
+  /// Walks come in chains, each from the best of the one before and longer: the first chain from
+  /// the given circuit, the next from the best of all, and so in turns.
+  void walk(bool by_layers) {
+    if (meter_.ended()) return;
+    const int place = walks_ % tuning.walks_of_chain;
+    if (place == 0 && !by_layers) {
+      chain_ = Smallest<Network>(Objective::count, Ties::latest);
+      const Network& start =
+          walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
+      chain_.offer(start, start.size);
+    }
+    const Network from = by_layers ? shallowest() : chain_.circuit();
+    PieceWalkOptions options;
+    options.qubits = qubits();
+    options.device = task_.device;
+    options.steps = tuning.walk_windows * from.events.size() << place;
+    options.most_steps = std::min(options.steps, meter_.left());
+    options.by_layers = by_layers;
+    options.seed = rng_.next();
+    options.piece = by_layers ? 0 : tuning.piece;
+    options.jobs = circuit_task_.jobs;
+    PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
+    meter_.charge(options.most_steps);
+    const Network network = network_of(std::move(walked.events), from.wires, true);
+    if (!by_layers) chain_.offer(network, network.size);
+    offer(network, network.size, by_layers ? Origin::lowering_depth : Origin::lowering_count);
+  }
+
+  int qubits() const { return problem_.rows.qubits(); }
+  Origin lowering() const {
+    return task_.by_depth() ? Origin::lowering_depth : Origin::lowering_count;
+  }
+
+  const CircuitProblem& problem_;
+  const CircuitTask& circuit_task_;
+  Network start_;
+  double forward_ = tuning.beam_share;
+  double backward_ = tuning.beam_share;
+  int walks_ = 0;
+  Smallest<Network> chain_{Objective::count, Ties::latest};
+};
+
+}  // namespace
+
+CircuitFound search_circuit(int qubits, const std::vector<Step>& steps, const CircuitTask& task,
+                            const Effort& effort) {
+  const CircuitProblem problem = problem_of(qubits, steps);
+  CircuitSearch search(problem, task, effort);
+  run_search(search);
+  const Network& best = search.incumbent().circuit();
+  return {steps_of(best.events, problem), best.wires, best.size};
+}
+
+}  // namespace zelt::braidwerk::internal
