@@ -86,6 +86,8 @@ def test_a_wrong_block_is_refused(mutate):
 H, RX, CZ = Gate.h, Gate.rx, Gate.cz
 R, C21 = RX(0, 0.7), Gate.cnot(2, 1)
 PATH = [H(0), CZ(0, 2), CZ(2, 1), H(1)]
+XX = Gate("XX", (0, 1), (0.3, 0.0))
+MOVE = ((0, 1), [0, 0, 2], (), True)
 FOUR = [H(0), CZ(0, 1), CZ(0, 1), H(1)]
 
 
@@ -114,6 +116,20 @@ FOUR = [H(0), CZ(0, 1), CZ(0, 1), H(1)]
         ([CZ(0, 1), CZ(1, 0)], [([0, 1], [0, 1], [])], [], True),
         ([CZ(0, 1)], [([0, 1], [0], [CZ(0, 2)])], [CZ(0, 2)], False),
         ([CZ(0, 1)], [([0, 0], [], [])], [CZ(0, 1)], False),
+        # The last gate comes to stand after two others, past gates with its letter on each wire.
+        ([CZ(0, 1), CZ(0, 2), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), CZ(0, 2)], True),
+        ([CZ(0, 1), RX(2, "a"), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), RX(2, "a")], True),
+        (
+            [CZ(0, 1), Gate.cnot(2, 0), CZ(0, 1)],
+            [MOVE],
+            [CZ(0, 1), CZ(0, 1), Gate.cnot(2, 0)],
+            False,
+        ),
+        ([CZ(0, 1), H(0), XX], [MOVE], [CZ(0, 1), XX, H(0)], False),
+        ([CZ(0, 1), H(1), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), H(1)], False),
+        ([CZ(0, 1), CZ(0, 2), CZ(0, 1)], [((0, 1), [0, 2], (), True)], [CZ(0, 1)], False),
+        ([CZ(0, 1), CZ(0, 2), R], [MOVE], [CZ(0, 1), R, CZ(0, 2)], False),
+        ([CZ(0, 1)], [MOVE], [CZ(0, 1)], False),
         # Symbols are kept outside of blocks.
         ([RX(0, "a"), H(0), H(0)], [([0], [1, 2], [])], [RX(0, "a")], True),
         ([RX(0, "a")], [([0], [0], [RX(0, "a")])], [RX(0, "a")], False),
@@ -126,3 +142,37 @@ FOUR = [H(0), CZ(0, 1), CZ(0, 1), H(1)]
 )
 def test_a_log_of_blocks(before, log, after, proven):
     assert bool(same_blocks(Circuit(3, before), Circuit(3, after), log)) == proven
+
+
+def test_a_moved_gate_keeps_the_operator():
+    """After a move that is proven, the gates that the two others wait for come first, then the
+    moved one, then the rest."""
+    kinds, accepted = ("CNOT", "CZ", "RZ", "RX", "S", "H"), 0
+    for seed in range(6000):
+        rng = random.Random(seed)
+        gates = []
+        for _ in range(7):
+            kind = rng.choice((*kinds[:2] * 3, *kinds[2:]))
+            qubits = rng.sample(range(3), 2 if kind in kinds[:2] else 1)
+            gates.append(Gate(kind, qubits, 0.3 if kind[0] == "R" else ()))
+        numbers = [*rng.choices(range(6), k=2), rng.randrange(1, 7)]
+        last = numbers[2]
+        first = waited_for(gates, numbers[:2])
+        moved = [gate for k, gate in enumerate(gates) if k in first]
+        moved += [gates[last]] * (last not in first)
+        moved += [gate for k, gate in enumerate(gates) if k not in first and k != last]
+        before, after = Circuit(3, gates), Circuit(3, moved)
+        if same_blocks(before, after, [((0, 1), numbers, (), True)]):
+            accepted += moved != gates
+            assert distance(unitary(before), unitary(after)) < 1e-8
+    assert accepted > 20
+
+
+def waited_for(gates, numbers):
+    """These gates and all that act before them on the way to them."""
+    found, wires = set(numbers), set()
+    for k in reversed(range(len(gates))):
+        if k in found or (wires & set(gates[k].qubits)):
+            found.add(k)
+            wires |= set(gates[k].qubits)
+    return found
