@@ -231,6 +231,9 @@ gallery.ising_chain(3, field='x') -> Error: field: got 'x', wanted a finite numb
 gallery.uccsd(4, 1) -> Error: electrons: got 1, wanted an even number
 gallery.uccsd(4, 2, [1.0]) -> Error: amplitudes: got 1, wanted 3
 gallery.random_parities(2, 4, 1) -> Error: terms: got 4, wanted 0 to 3
+gallery.qaoa(5, 1) -> Error: n: got 5, wanted an even number
+gallery.hardware_efficient(2, 1, entangler='star') -> Error: entangler: got 'star', wanted one of
+gallery.phase_estimation(3, math.inf) -> Error: phase: got inf, wanted a finite angle
 
 # core
 core.GaussianElimination(2, [[1.0, 0], [0, 1]]) -> TypeError: m: got float64

@@ -99,11 +99,12 @@ VALUES = {
     "a": 0, "angle": 0.5, "b": 1, "bits": [[0, 1]], "circuit": BELL, "columns": 2, "control": 0,
     "count": 1, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
     "first_row": [2, 3], "gates": BELL.gates, "graph": [[0, 1], [1, 0]],
-    "later": CliffordTableau(2), "length": 3, "matrix": MATRIX, "n": 2, "name": "tokyo",
-    "observables": ["ZZ"], "operator": BELL, "pauli": "XY", "polynomial": {"11": 0.5}, "qubit": 0,
-    "qubits": [1, 0], "rotations": {"XX": 0.5}, "rows": 2, "shape": [2, 2], "state": ["XX", "ZZ"],
-    "strings": ["XX", "ZZ"], "tableau": core.OperatorTableau(2), "target": 1, "terms": 1,
-    "text": CNOTS.to_qasm(), "value": 0.5,
+    "later": CliffordTableau(2), "layers": 1, "length": 3, "matrix": MATRIX, "n": 2,
+    "name": "tokyo", "observables": ["ZZ"], "operator": BELL, "pauli": "XY",
+    "polynomial": {"11": 0.5}, "qubit": 0, "qubits": [1, 0], "rotations": {"XX": 0.5}, "rows": 2,
+    "shape": [2, 2], "state": ["XX", "ZZ"], "strings": ["XX", "ZZ"],
+    "tableau": core.OperatorTableau(2), "target": 1, "terms": 1, "text": CNOTS.to_qasm(),
+    "value": 0.5,
 }  # fmt: skip
 
 # By callable, other arguments, one mapping per call; where the name is not that of a function, of
@@ -131,9 +132,12 @@ ARGUMENTS = {
     "Gate.from_core": [{"gate": core.Gate.H(0)}],
     "circulant": [{"polynomial": 7}],
     "hadamard": [{"polynomial": 7}],
+    "hardware_efficient": [{"entangler": "ring", "seed": 1, "symbolic": True}],
     "low_autocorrelation": [{"n": 3, "layers": 1, "gamma": 0.5, "beta": 0.5}],
     "maxcut": [{"n": 4}],
     "maxcut_regular": [{"n": 4, "seed": 1}],
+    "phase_estimation": [{"bits": 3, "phase": 0.25, "seed": 1}],
+    "qaoa": [{"n": 4, "seed": 1}],
     "rank": [{"rows": [1, 2]}],
     "uccsd": [{"qubits": 4}],
 }  # fmt: skip
