@@ -18,8 +18,9 @@ constexpr unsigned all_axes = 7;
 /// What stands on one or two wires: gates to be replaced together, or one gate that stays.
 struct Item {
   std::array<int, 2> wires{no_wire, no_wire};
-  bool fixed = false;    ///< a gate that is left alone, on any number of wires
-  bool settled = false;  ///< nothing was added since it was last replaced or left
+  bool fixed = false;     ///< a gate that is left alone, on any number of wires
+  bool examined = false;  ///< no gate was added since dissolve() left it as it is
+  bool settled = false;   ///< nor since settle() replaced or left it
   bool gone = false;
   int two_wire = 0;
   std::vector<std::size_t> gates;  ///< numbers, in time order
@@ -101,7 +102,7 @@ class Pass {
     const Gate& gate = gates_[number];
     const auto index = static_cast<int>(items_.size());
     Item& fixed = items_.emplace_back();
-    fixed.fixed = fixed.settled = true;
+    fixed.fixed = true;
     fixed.gates = {number};
     fixed.wires[0] = gate.qbits.empty() ? no_wire : gate.qbits[0];
     fixed.axes = {0, 0};
@@ -133,7 +134,7 @@ class Pass {
         append(index, number, gate);
         return;
       }
-      if (!settle_block(last(a)) && !settle_block(last(b))) break;
+      if (!dissolve(last(a)) && !dissolve(last(b))) break;
     }
     const auto index = static_cast<int>(items_.size());
     items_.emplace_back().wires = {std::min(a, b), std::max(a, b)};
@@ -174,7 +175,7 @@ class Pass {
   void append(int index, std::size_t number, const PlaceGate& gate) {
     Item& to = item(index);
     to.gates.push_back(number);
-    to.settled = false;
+    to.examined = to.settled = false;
     to.two_wire += gate.two_wire() ? 1 : 0;
     const std::vector<int>& wires = gates_[number].qbits;
     for (std::size_t k = 0; k < wires.size(); ++k) {
@@ -182,21 +183,32 @@ class Pass {
     }
   }
 
-  bool settle_block(int index) {
-    return index >= 0 && item(index).wires[1] != no_wire && settle(index);
-  }
-
-  /// Replaces the gates of an item by better ones. Returns whether the item dissolved, which
-  /// happens where it is the last on both wires.
-  bool settle(int index) {
-    if (index < 0 || item(index).settled || item(index).gone) return false;
-    item(index).settled = true;
-    const bool had_two_wire = item(index).two_wire > 0;
-    replace(index);
-    const auto [a, b] = item(index).wires;
-    if (!had_two_wire || item(index).two_wire > 0 || last(a) != index || last(b) != index) {
+  /// Takes a block apart that needs no two-wire gates. While gates come in, other blocks stay as
+  /// they are, since the gates of a replacement let fewer others pass.
+  bool dissolve(int index) {
+    if (index < 0 || item(index).examined || item(index).gone || item(index).two_wire < 2) {
       return false;
     }
+    item(index).examined = true;
+    if (cnots_needed(matrix_of(block_of(index))) > 0) return false;
+    replace(index);
+    return take_apart(index);
+  }
+
+  /// Replaces the gates of an item by better ones.
+  void settle(int index) {
+    if (item(index).settled || item(index).gone || item(index).fixed) return;
+    const bool had_two_wire = item(index).two_wire > 0;
+    replace(index);
+    item(index).settled = true;
+    if (had_two_wire) take_apart(index);
+  }
+
+  /// Hands one-wire gates over to the items before, if no two-wire gate is left and the block is
+  /// the last on both wires.
+  bool take_apart(int index) {
+    const auto [a, b] = item(index).wires;
+    if (item(index).two_wire > 0 || last(a) != index || last(b) != index) return false;
     item(index).gone = true;
     for (const int wire : {a, b}) stack(wire).pop_back();
     for (const std::size_t number : std::vector(item(index).gates)) {
@@ -205,15 +217,20 @@ class Pass {
     return true;
   }
 
-  void replace(int index) {
-    const std::array<int, 2> wires = item(index).wires;
+  /// The gates of an item on its places.
+  std::vector<PlaceGate> block_of(int index) {
     std::vector<PlaceGate> block;
     for (const std::size_t number : item(index).gates) {
       PlaceGate gate = gates_.placed(number);
       gate.place = static_cast<std::uint8_t>(item(index).place(gates_[number].qbits[0]));
       block.push_back(gate);
     }
-    std::optional<TwoWireCircuit> better = better_block(block, options_.keep_rotations);
+    return block;
+  }
+
+  void replace(int index) {
+    const std::array<int, 2> wires = item(index).wires;
+    std::optional<TwoWireCircuit> better = better_block(block_of(index), options_.keep_rotations);
     if (!better) return;
     WindowStep& step = result_.log.emplace_back();
     step.wires = wires;
@@ -228,7 +245,6 @@ class Pass {
       gates_.add(step.after.back());
       append(index, gates_.size() - 1, gates_.placed(gates_.size() - 1));
     }
-    item(index).settled = true;
   }
 
   void log_move(int index, std::size_t number) {
