@@ -16,6 +16,7 @@ import sys
 from collections.abc import Iterator
 from pathlib import Path
 
+import circuits
 import rotations
 import routing
 import search
@@ -111,6 +112,7 @@ FAMILIES = (
     rotations.graph_states,
     routing.routings,
     search.searches,
+    circuits.circuits,
 )
 
 

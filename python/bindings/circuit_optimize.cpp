@@ -1,3 +1,8 @@
+#include <nanobind/stl/array.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -13,21 +18,50 @@ using synthesis::OptimizeOptions;
 using synthesis::OptimizeResult;
 using synthesis::SynthesisResult;
 
+namespace {
+
+using Gates = std::vector<structures::Gate>;
+// As in the library: qubits, whether it moves, the gates before by number, and those after.
+using Step = std::tuple<std::array<int, 2>, bool, std::vector<std::size_t>, Gates>;
+using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>>;
+
+/// None where all is exact rewriting, so that given and last circuit tell all.
+std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
+  const bool exact = std::ranges::all_of(
+      stages, [](const synthesis::OptimizeStage& stage) { return stage.steps.empty(); });
+  std::vector<Stage> result;
+  for (synthesis::OptimizeStage& stage : stages) {
+    if (exact) break;
+    std::vector<Step> steps;
+    for (synthesis::OptimizeStep& step : stage.steps) {
+      steps.emplace_back(step.qubits, step.moves, std::move(step.before), std::move(step.after));
+    }
+    result.emplace_back(std::move(stage.gates), std::move(stage.permutation), std::move(steps));
+  }
+  return result;
+}
+
+}  // namespace
+
 void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
-      [](int n, const std::vector<structures::Gate>& gates, const CommonOptions& common)
-          -> std::tuple<SynthesisResult, std::vector<structures::Gate>, double> {
+      [](int n, const Gates& gates, const CommonOptions& common, bool exact,
+         bool keep_rotations, bool route) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
-        OptimizeResult result =
-            synthesized(common, OptimizeOptions{}, [&](const OptimizeOptions& options) {
-              return synthesis::optimize_circuit(n, gates, options);
-            });
-        std::vector<structures::Gate> found = std::move(result.gates);
+        OptimizeOptions own;
+        own.exact = exact;
+        own.keep_rotations = keep_rotations;
+        own.route = route;
+        OptimizeResult result = synthesized(common, own, [&](const OptimizeOptions& options) {
+          return synthesis::optimize_circuit(n, gates, options);
+        });
+        Gates found = std::move(result.gates);
         const double rounding = result.rounding;
-        return {std::move(result), std::move(found), rounding};
+        std::vector<Stage> stages = stages_of(std::move(result.stages));
+        return {std::move(result), std::move(found), rounding, std::move(stages)};
       },
-      "n"_a, "gates"_a, "options"_a);
+      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
 }
 
 }  // namespace zelt::braidwerk::python

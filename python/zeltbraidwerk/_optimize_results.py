@@ -3,11 +3,13 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Iterable
-from dataclasses import dataclass
+from collections.abc import Iterable, Sequence
+from dataclasses import dataclass, field
 from functools import cached_property
+from typing import Any
 
-from zeltbraidwerk import _circuit_check
+from zeltbraidwerk import _block_check, _circuit_check, _core
+from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
@@ -49,6 +51,30 @@ def _is_multiple(angle: float, of: float) -> bool:
     return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE
 
 
+@dataclass(frozen=True)
+class Stage:
+    """A circuit on the way from the source, by exact rewriting of the one before or, where there is
+    a log, by what that lists. ``permutation`` is against the source."""
+
+    circuit: Circuit
+    permutation: tuple[int, ...]
+    log: tuple[_block_check.Step, ...]
+
+    @classmethod
+    def of(
+        cls, n: int, gates: Sequence[_core.Gate], permutation: Sequence[int], log: Sequence[Any]
+    ) -> Stage:
+        """From the compiled part."""
+        return cls(of_core(n, gates), tuple(permutation), tuple(
+            _block_check.Step(tuple(q for q in qubits if q >= 0), tuple(before),
+                              of_core(n, after).gates, moves)
+            for qubits, moves, before, after in log
+        ))  # fmt: skip
+
+    def placed_log(self, qubits: Sequence[int]) -> list[_block_check.Step]:
+        return [step.placed(qubits) for step in self.log]
+
+
 @dataclass(frozen=True, kw_only=True, repr=False)
 class Optimization(Result):
     """A shorter circuit, and how it was found.
@@ -62,6 +88,8 @@ class Optimization(Result):
     circuit: Circuit
     source: Circuit
     rounding: float = 0.0
+    # Of each piece, the circuits on the way to it; none where all is exact rewriting.
+    _stages: tuple[tuple[Stage, ...], ...] = field(compare=False, default=())
 
     @cached_property
     def before(self) -> CircuitCounts:
@@ -77,7 +105,9 @@ class Optimization(Result):
         """Compares both circuits by signed normal forms, gate by gate and without the library:
         the same rotations with their angles, in the same order where they do not commute, and the
         same Clifford operator, piece by piece between measurements, resets, conditions and
-        barriers, which are those of the source; and gates are on edges."""
+        barriers, which are those of the source; and gates are on edges. Windows that were replaced
+        by numbers are compared by their matrices, and the circuits between such replacements by
+        normal forms."""
         source, ending = placed(self.source, self.placement, self.n).split_ending()
         circuit, found_ending = self.circuit.split_ending()
         wires = self._wires()
@@ -88,17 +118,41 @@ class Optimization(Result):
             between == found_between
             and ending.placed(wires, self.n).operations == found_ending.operations
             and all(
-                _circuit_check.same_operator(piece, made, wires if k == last else None)
+                self._same(k, piece, made, wires if k == last else list(range(self.n)))
                 for k, (piece, made) in enumerate(zip(pieces, found, strict=True))
             )
             and self._on_edges()
         )
 
+    def _same(self, k: int, source: Circuit, made: Circuit, wires: list[int]) -> bool:
+        """Through the stages of piece k."""
+        now, there = source, list(range(self.n))
+        for stage in self._stages[k] if k < len(self._stages) else ():
+            circuit = placed(stage.circuit, self.placement, self.n)
+            if stage.log:
+                if not _block_check.same_blocks(now, circuit, stage.placed_log(self.placement)):
+                    return False
+            else:
+                after = self._spread(stage.permutation)
+                turned = [0] * self.n
+                for q, wire in enumerate(there):
+                    turned[wire] = after[q]
+                if not _circuit_check.same_operator(now, circuit, turned):
+                    return False
+                there = after
+            now = circuit
+        if now is not source:
+            return now == made and there == wires
+        return _circuit_check.same_operator(source, made, wires)
+
     def _wires(self) -> list[int]:
         """Where output q of the placed source is, for all qubits of the device."""
+        return self._spread(self.permutation)
+
+    def _spread(self, permutation: Sequence[int]) -> list[int]:
         wires = list(range(self.n))
         for wire, place in enumerate(self.placement):
-            wires[place] = self.placement[self.permutation[wire]]
+            wires[place] = self.placement[permutation[wire]]
         return wires
 
     def _about(self) -> Iterable[str]:

@@ -11,7 +11,7 @@
 
 #include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/internal/steps.h"
-#include "zeltbraidwerk/circuit/search/internal/circuit_search.h"
+#include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
@@ -51,11 +51,19 @@ CircuitCounts counts_of(const StepCircuit& circuit) {
   return counts;
 }
 
-/// What a run makes.
-struct Shortened {
-  std::vector<Step> steps;
-  std::vector<int> wires;
-};
+std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
+  std::vector<synthesis::OptimizeStage> stages;
+  for (const Stage* stage = last; stage != nullptr; stage = stage->before.get()) {
+    synthesis::OptimizeStage& made = stages.emplace_back();
+    made.gates = stage->gates;
+    made.permutation = stage->wires;
+    for (const WindowStep& step : stage->log) {
+      made.steps.push_back({step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
+    }
+  }
+  std::ranges::reverse(stages);
+  return stages;
+}
 
 class OptimizeCall {
  public:
@@ -72,15 +80,13 @@ class OptimizeCall {
     const bool is_small = folded_.steps.empty();
     const Lane lane{.method = "search",
                     .runs = is_small ? 1 : runs_of_search(options_),
-                    .make = [this](int run) { return make(run); },
-                    .proves = true};
+                    .make = [this](int run) { return make(run); }};
     BestRun best = best_of_runs({lane}, options_, control_);
-    auto& found = best.as<Shortened>();
-    OptimizeResult result{std::move(best.result), {}, before_, {}, folded_.rounding};
+    auto& found = best.as<StagedCircuit>();
+    OptimizeResult result{std::move(best.result), written(found.circuit),
+                          before_,                counts_of(found.circuit),
+                          found.circuit.rounding, stages_of(found.stage.get())};
     result.permutation = std::move(found.wires);
-    folded_.steps = std::move(found.steps);
-    result.after = counts_of(folded_);
-    result.gates = written(folded_);
     return result;
   }
 
@@ -98,9 +104,12 @@ class OptimizeCall {
     require_connected(*edges_, given_.qubits);
     for (const Step& step : given_.steps) {
       if (!step.is_pair() || edges_->joined(step.a, step.b)) continue;
+      if (options_.route) {
+        routes_ = true;
+        return;
+      }
       throw std::invalid_argument("gates: got one on qubits " + std::to_string(step.a) + " and " +
-                                  std::to_string(step.b) +
-                                  ", wanted gates on edges of the device");
+                                  std::to_string(step.b) + ", wanted gates on edges of the device");
     }
   }
 
@@ -116,10 +125,15 @@ class OptimizeCall {
     task.device = edges_ ? &*edges_ : nullptr;
     task.seed = options_.seed;
     task.stream = static_cast<std::uint64_t>(run);
+    task.routes = routes_;
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
-    CircuitFound found =
-        search_circuit(folded_.qubits, folded_.steps, task, control_.effort(steps()));
-    return made_circuit(found.size, Shortened{std::move(found.steps), std::move(found.wires)});
+    Effort effort = control_.effort(steps());
+    effort.on_bound = nullptr;  // other rotations might take fewer gates
+    StagedCircuit found =
+        options_.exact || routes_ || !has_generic_rotations(folded_)
+            ? search_exactly(folded_, task, effort)
+            : search_alternating(folded_, options_.keep_rotations, task, effort);
+    return made_circuit(found.size, std::move(found));
   }
 
   const OptimizeOptions& options_;
@@ -128,6 +142,7 @@ class OptimizeCall {
   StepCircuit folded_;
   CircuitCounts before_;
   std::optional<BitGraph> edges_;
+  bool routes_ = false;
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -12,7 +14,31 @@ namespace synthesis {
 /// Outputs are in place or anywhere. Steps are windows of three qubits, of about 7 microseconds;
 /// not given, with no budget: 200,000, and 30 for each gate. With one run, `jobs` threads share the
 /// pieces of a circuit of more than 4,000 gates; the circuit is the same for any number of them.
-struct OptimizeOptions : SynthesisOptions {};
+///
+/// Windows on two qubits are replaced by numbers where a rotation is by no multiple of pi/4: any
+/// operator of two qubits takes at most three CNOTs. That may change all angles of the circuit.
+struct OptimizeOptions : SynthesisOptions {
+  bool exact = false;           ///< every angle stays a sum of given ones
+  bool keep_rotations = false;  ///< windows replaced by numbers never have more rotations
+  /// The gates need not be on edges of the device: the circuit is made anew on these.
+  bool route = false;
+};
+
+/// Gates on one or two qubits that were replaced, or moved. Gates have numbers: those of the stage
+/// before from 0 on, then new ones as they come up.
+struct OptimizeStep {
+  std::array<int, 2> qubits{-1, -1};  ///< the second is -1 for gates on one
+  bool moves = false;  ///< the last of `before` comes to stand after the others, which it may pass
+  std::vector<std::size_t> before;      ///< they stand together, in an order of time
+  std::vector<structures::Gate> after;  ///< what replaces them
+};
+
+/// A circuit on the way from the given one. Without steps, it is the same by exact rewriting.
+struct OptimizeStage {
+  std::vector<structures::Gate> gates;
+  std::vector<int> permutation;  ///< output q of the given circuit is on wire permutation[q]
+  std::vector<OptimizeStep> steps;
+};
 
 /// How large a circuit is.
 struct CircuitCounts {
@@ -30,6 +56,8 @@ struct OptimizeResult : SynthesisResult {
   CircuitCounts after;
   /// The farthest that an angle was from the multiple of pi/2 that it was taken for: at most 1e-9.
   double rounding = 0;
+  /// The circuits on the way; the last one is the result.
+  std::vector<OptimizeStage> stages;
 };
 
 /// A circuit of the same operator, up to a global phase, that is never larger than the given one:

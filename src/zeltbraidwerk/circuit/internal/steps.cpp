@@ -182,15 +182,25 @@ std::vector<structures::Gate> written(const StepCircuit& circuit) {
         for (const structures::Parameter& angle :
              circuit.angles[static_cast<std::size_t>(step.row)].parameters()) {
           constexpr const char* names[] = {"RX", "RY", "RZ"};
-          gates.emplace_back(names[step.letter - 1U], std::vector<int>{step.a},
-                             std::vector<structures::Parameter>{
-                                 step.negative ? angle.flip_sign() : angle},
-                             step.letter == letter_z);
+          gates.emplace_back(
+              names[step.letter - 1U], std::vector<int>{step.a},
+              std::vector<structures::Parameter>{step.negative ? angle.flip_sign() : angle},
+              step.letter == letter_z);
         }
         break;
     }
   }
   return gates;
+}
+
+void renumber(StepCircuit& circuit) {
+  std::vector<LinearAngle> angles;
+  for (Step& step : circuit.steps) {
+    if (step.is_clifford()) continue;
+    angles.push_back(std::move(circuit.angles[static_cast<std::size_t>(step.row)]));
+    step.row = static_cast<int>(angles.size()) - 1;
+  }
+  circuit.angles = std::move(angles);
 }
 
 std::vector<Step> inverted(const std::vector<Step>& steps, int rows) {

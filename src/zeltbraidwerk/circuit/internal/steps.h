@@ -10,7 +10,7 @@
 namespace zelt::braidwerk::internal {
 
 enum class StepKind : std::uint8_t {
-  cnot,      ///< a is the control
+  cnot,  ///< a is the control
   cz,
   h,         ///< on a, as what follows
   turn,      ///< the rotation about a letter by so many times pi/2, 1 to 3
@@ -58,6 +58,9 @@ StepCircuit read_steps(int qubits, const std::vector<structures::Gate>& gates);
 
 /// "CNOT", "CSIGN", "H", "X", "Y", "Z", "S", "D-S" and rotations.
 std::vector<structures::Gate> written(const StepCircuit& circuit);
+
+/// Numbers rotations and angles in the order of the steps.
+void renumber(StepCircuit& circuit);
 
 /// The steps of the inverse circuit. Rows are numbered backward.
 std::vector<Step> inverted(const std::vector<Step>& steps, int rows);

@@ -12,12 +12,15 @@ struct CircuitTuning {
   int piece = 2000;        ///< events in a piece of a circuit that is walked by itself, about
   int whole_piece = 4000;  ///< a circuit of no more events is not cut
 
+  std::uint64_t routing_steps = 4'000;  ///< of the first network on a device
   std::uint64_t first_steps = 16'000;  ///< of a round with beams; each is twice as long
   int most_doublings = 8;
   /// What of a round beams get in one direction: half as much each time that they find nothing
   /// better.
   double beam_share = 0.25;
   double least_beam_share = 1.0 / 64;
+  /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
+  std::uint64_t alternation_steps = 32;
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;

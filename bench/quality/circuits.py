@@ -1,0 +1,33 @@
+"""Whole circuits of the quality benchmark, made shorter."""
+
+from __future__ import annotations
+
+import sys
+from collections.abc import Iterator
+from pathlib import Path
+
+import zeltbraidwerk as zb
+
+Row = tuple[tuple[str, str, str], tuple[int, int]]  # family, input, method; count, depth
+
+FOLDER = Path(__file__).parents[1] / "circuits"
+STEPS = 20_000
+
+
+def circuits() -> Iterator[Row]:
+    """Each at a fixed number of steps; the smaller ones by depth and with outputs anywhere too."""
+    for file in sorted(FOLDER.glob("*.qasm")):
+        circuit = zb.Circuit.of(file)
+        yield _row(file.stem, "search", zb.optimize(circuit, seed=1, steps=STEPS))
+        if len(circuit) > 300:
+            continue
+        result = zb.optimize(circuit, objective="depth", seed=1, steps=STEPS)
+        yield _row(file.stem, "search depth", result)
+        result = zb.optimize(circuit, permutation="free", seed=1, steps=STEPS)
+        yield _row(file.stem, "search free", result)
+
+
+def _row(name: str, method: str, result: zb.Optimization) -> Row:
+    if not result.verify():
+        sys.exit(f"{method} on {name}: the circuit is wrong")
+    return ("circuit", name, method), (result.count, result.depth)

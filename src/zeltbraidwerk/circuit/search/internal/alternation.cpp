@@ -1,0 +1,138 @@
+#include "zeltbraidwerk/circuit/search/internal/alternation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <numbers>
+#include <utility>
+
+#include "zeltbraidwerk/circuit/internal/folding.h"
+#include "zeltbraidwerk/circuit/search/internal/tuning.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
+#include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr const CircuitTuning& tuning = circuit_tuning;
+
+std::vector<int> composed(const std::vector<int>& first, const std::vector<int>& second) {
+  std::vector<int> wires;
+  for (const int wire : first) wires.push_back(second[static_cast<std::size_t>(wire)]);
+  return wires;
+}
+
+/// The folded circuit, which is a stage itself: the numbers of a log are those of its gates.
+StagedCircuit given(const StepCircuit& circuit) {
+  std::vector<structures::Gate> gates = written(circuit);
+  const CircuitSize size = size_of(gates, circuit.qubits);
+  std::vector<int> wires = in_order(circuit.qubits);
+  auto stage = std::make_shared<const Stage>(Stage{nullptr, std::move(gates), wires, {}});
+  return {circuit, std::move(wires), std::move(stage), size};
+}
+
+StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
+                           const Effort& effort) {
+  CircuitFound found = search_circuit(from.circuit.qubits, from.circuit.steps, task, effort);
+  StagedCircuit result{from.circuit, composed(from.wires, found.wires), nullptr, found.size};
+  result.circuit.steps = std::move(found.steps);
+  renumber(result.circuit);
+  result.stage =
+      std::make_shared<const Stage>(Stage{from.stage, written(result.circuit), result.wires, {}});
+  return result;
+}
+
+StagedCircuit after_windows(const StagedCircuit& from, bool keep_rotations) {
+  WindowResult found = two_wire_windows(written(from.circuit), {keep_rotations});
+  auto numbers = std::make_shared<const Stage>(
+      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log)});
+  StagedCircuit result{read_steps(from.circuit.qubits, numbers->gates), from.wires, nullptr, {}};
+  fold(result.circuit);
+  result.circuit.rounding = std::max(result.circuit.rounding, from.circuit.rounding);
+  std::vector<structures::Gate> gates = written(result.circuit);
+  result.size = size_of(gates, result.circuit.qubits);
+  result.stage = std::make_shared<const Stage>(Stage{numbers, std::move(gates), from.wires, {}});
+  return result;
+}
+
+class Alternation : public SearchBase<StagedCircuit> {
+ public:
+  Alternation(const StepCircuit& circuit, bool keep_rotations, const CircuitTask& task,
+              const Effort& effort)
+      : SearchBase(task, effort, Ties::latest),
+        given_(given(circuit)),
+        keep_rotations_(keep_rotations),
+        circuit_task_(task),
+        exact_(task.objective, Ties::latest) {}
+
+  Schedule schedule() const {
+    const std::size_t least = tuning.alternation_steps * given_.circuit.steps.size();
+    return {.first_steps = static_cast<double>(std::max<std::size_t>(tuning.first_steps, least)),
+            .most_growths = tuning.most_doublings};
+  }
+
+  void first() {
+    offer(given_, Origin::certain);
+    exact_.offer(given_, given_.size);
+    offer(after_windows(given_, keep_rotations_), Origin::certain);
+  }
+  bool finished() const { return incumbent().size().count == 0; }
+
+  /// From the best of all, and from the best without numbers.
+  void round(const Round& round) {
+    const StagedCircuit best = incumbent().circuit();
+    search_from(best, round.steps / 2);
+    const StagedCircuit found = search_from(exact_.circuit(), round.steps / 2);
+    exact_.offer(found, found.size);
+    meter_.step();
+  }
+
+ private:
+  StagedCircuit search_from(const StagedCircuit& from, std::uint64_t steps) {
+    if (meter_.ended()) return from;
+    CircuitTask task = circuit_task_;
+    task.seed = rng_.next();
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = std::min(steps, meter_.left());
+    StagedCircuit found = after_search(from, task, effort);
+    meter_.charge(effort.steps);
+    offer(found, task_.by_depth() ? Origin::lowering_depth : Origin::lowering_count);
+    if (!meter_.ended()) offer(after_windows(found, keep_rotations_), Origin::derived);
+    return found;
+  }
+  void offer(const StagedCircuit& circuit, Origin origin) {
+    incumbent_.offer(circuit, circuit.size, origin);
+  }
+
+  const StagedCircuit given_;
+  bool keep_rotations_;
+  const CircuitTask& circuit_task_;
+  Smallest<StagedCircuit> exact_;
+};
+
+}  // namespace
+
+bool has_generic_rotations(const StepCircuit& circuit) {
+  return std::ranges::any_of(circuit.angles, [](const LinearAngle& angle) {
+    return angle.is_number() &&
+           std::abs(std::remainder(angle.constant, std::numbers::pi / 4)) > clifford_tolerance;
+  });
+}
+
+StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations,
+                                 const CircuitTask& task, const Effort& effort) {
+  Alternation search(circuit, keep_rotations, task, effort);
+  run_search(search);
+  return search.incumbent().circuit();
+}
+
+StagedCircuit search_exactly(const StepCircuit& circuit, const CircuitTask& task,
+                             const Effort& effort) {
+  return after_search(given(circuit), task, effort);
+}
+
+}  // namespace zelt::braidwerk::internal

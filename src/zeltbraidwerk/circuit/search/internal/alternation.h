@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "zeltbraidwerk/circuit/internal/steps.h"
+#include "zeltbraidwerk/circuit/search/internal/circuit_search.h"
+#include "zeltbraidwerk/circuit/two_wire/internal/two_wire_windows.h"
+
+namespace zelt::braidwerk::internal {
+
+/// How a circuit came about: exact rewriting of the one before, or windows on two wires replaced by
+/// numbers, which the log tells.
+struct Stage {
+  std::shared_ptr<const Stage> before;  ///< none: the given circuit
+  std::vector<structures::Gate> gates;
+  std::vector<int> wires;  ///< where each qubit of the given circuit stands at the end
+  std::vector<WindowStep> log;
+};
+
+struct StagedCircuit {
+  StepCircuit circuit;
+  std::vector<int> wires;              ///< where each qubit stands at the end
+  std::shared_ptr<const Stage> stage;  ///< the last one
+  CircuitSize size;
+};
+
+/// Whether a rotation is by a number that is no multiple of pi/4: windows on two wires are for
+/// circuits of such rotations.
+bool has_generic_rotations(const StepCircuit& circuit);
+
+/// Searches exactly and replaces windows on two wires by circuits of the fewest CNOTs for their
+/// operators, in turns, from the best circuit so far and from the best of exact searches alone.
+/// With `keep_rotations`, windows never have more rotations than before.
+StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations,
+                                 const CircuitTask& task, const Effort& effort);
+
+/// Exactly alone.
+StagedCircuit search_exactly(const StepCircuit& circuit, const CircuitTask& task,
+                             const Effort& effort);
+
+}  // namespace zelt::braidwerk::internal
