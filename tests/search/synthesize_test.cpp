@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "support/circuits.h"
 #include "support/graphs.h"
 #include "support/oracles.h"
 #include "support/phases.h"
 #include "support/rotations.h"
+#include "support/state_vector.h"
 #include "zeltbraidwerk/zeltbraidwerk.h"
 
 namespace {
@@ -222,11 +224,31 @@ Family graph_state() {
           }};
 }
 
+/// Of a circuit on the edges of a line, with rotations that windows are replaced for by numbers.
+Family optimize() {
+  std::mt19937 rng(6);
+  std::vector<Gate> given = support::random_circuit(5, 90, support::AngleKind::numeric, rng);
+  std::erase_if(given, [](const Gate& gate) {
+    return gate.qbits.size() == 2 && std::abs(gate.qbits[0] - gate.qbits[1]) != 1;
+  });
+  for (int q = 0; q < 5; ++q) given.emplace_back("RY", std::vector{q}, std::vector<structures::Parameter>{0.3}, false);
+  const std::vector ends{Outputs::in_place, Outputs::anywhere};
+  return {"optimize", 5, [](bool) { return std::vector<std::string>{"auto", "search"}; }, ends,
+          ends, [given](const SynthesisOptions& options) {
+            auto found =
+                synthesis::optimize_circuit(5, given, with_own<synthesis::OptimizeOptions>(options));
+            std::mt19937 states(1);
+            return Made{found, found.gates,
+                        fault_unless(support::act_alike(given, found.gates, 5, found.permutation,
+                                                        states))};
+          }};
+}
+
 class EveryFamily : public testing::TestWithParam<Family> {};
 
 INSTANTIATE_TEST_SUITE_P(Synthesize, EveryFamily,
                          testing::Values(linear(), phase(), pauli(true), pauli(false), clifford(),
-                                         state(), graph_state()),
+                                         state(), graph_state(), optimize()),
                          [](const auto& family) {
                            std::string name = family.param.name;
                            std::ranges::replace(name, ' ', '_');
