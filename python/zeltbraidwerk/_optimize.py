@@ -77,7 +77,7 @@ def optimize(
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)
-    call.place(source.n)
+    call.place(source.n, in_order=True)
     first, ending = source.split_ending()
     pieces, between = pieces_of(first)
     own = {"exact": bool(exact), "keep_rotations": objective == "t"}

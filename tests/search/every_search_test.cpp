@@ -127,7 +127,7 @@ std::vector<Search> searches(const BitGraph& grid) {
           rows == 30 ? 5000 : 10'000, rotations, {Outputs::left_open}, rows == 30);
     }
   }
-  auto gates = support::random_circuit(9, 400, support::AngleKind::mixed, rng);
+  auto gates = support::random_circuit(9, 250, support::AngleKind::mixed, rng);
   std::erase_if(gates, [&](const structures::Gate& gate) {
     return gate.qbits.size() == 2 && !grid.joined(gate.qbits[0], gate.qbits[1]);
   });
@@ -140,7 +140,7 @@ std::vector<Search> searches(const BitGraph& grid) {
                                         : search_alternating(folded, false, own, effort);
       return Outcome{found.size, Digest().add(written(found.circuit))};
     };
-    add(exact ? "circuit" : "circuit by numbers", 20'000, circuits, closed);
+    add(exact ? "circuit" : "circuit by numbers", 8000, circuits, closed);
   }
   return all;
 }

@@ -24,9 +24,12 @@ std::vector<int> composed(const std::vector<int>& first, const std::vector<int>&
   return wires;
 }
 
+/// As the first stage: the circuit that logs number the gates of is the folded one.
 StagedCircuit given(const StepCircuit& circuit) {
-  return {circuit, own_wires(circuit.qubits), nullptr,
-          size_of(written(circuit), circuit.qubits)};
+  const std::vector<structures::Gate> gates = written(circuit);
+  const std::vector<int> wires = own_wires(circuit.qubits);
+  return {circuit, wires, std::make_shared<const Stage>(Stage{nullptr, gates, wires, {}}),
+          size_of(gates, circuit.qubits)};
 }
 
 StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
