@@ -273,7 +273,7 @@ optimize(T3, objective='size') -> OptionError: objective: got 'size', wanted one
 optimize(T3, exact=1) -> DtypeError: exact: got 1
 optimize(T3, permutation='any') -> OptionError: permutation: got 'any'
 optimize(T3, device=Device.line(2)) -> DeviceTooSmallError: at least 3
-optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: wanted 3 connected
+optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: whose qubits 0 to 2 are connected
 optimize(T3, device=Device.line(3)) -> OptionError: gates: got one on qubits 0 and 2, wanted gates on edges
 optimize(Circuit(1, [Gate('S*', 0)])) -> GateError: gates: got S\* \[0 \] .gate 0., wanted Clifford gates and rotations
 optimize(Circuit(2, [Gate('XX', (0, 1), (0.3, 2))])) -> GateError: gates: got XX .* wanted an XX gate
