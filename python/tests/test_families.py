@@ -15,11 +15,11 @@ PARITIES = dict.fromkeys(gallery.random_parities(12, 40, 1)[0], 0.1)
 OPERATOR = gallery.random_clifford(12, 1)[0]
 STRINGS = [(string, 0.1) for string in gallery.random_paulis(6, 30)]
 GRAPH = gallery.random_graph(20, 3)
-DRAWN = np.random.default_rng(1).permuted(4 * list(GRID.edges), axis=1).tolist()
+DRAWN = np.random.default_rng(1).permutation(6 * list(GRID.edges)).tolist()
 CIRCUIT = Circuit(12, [
-    gate for k, (a, b) in enumerate(DRAWN) for gate in (
-        Gate.cnot(a, b), Gate.h(a) if k % 3 else Gate.rz(b, 0.3 + k), Gate.rz(a, k % 2 * np.pi / 4)
-    )
+    gate for k, (a, b) in enumerate(DRAWN)
+    for gate in (Gate.cnot(a, b), [Gate.h(a), Gate.rz(b, 0.3 + k), Gate.rz(a, np.pi / 4)][k // 7 % 3])
+    if k % 7 == 0 or gate.name == "CNOT"
 ])  # fmt: skip
 FAMILIES = {
     "linear": lambda **options: zb.linear.synthesize(MATRIX, **options),

@@ -31,9 +31,15 @@ constexpr double pi = std::numbers::pi;
 Gate rotation(char axis, int q, const Parameter& angle) {
   return {std::string("R") + axis, {q}, {angle}, axis == 'Z'};
 }
-Gate rz(int q, const Parameter& angle) { return rotation('Z', q, angle); }
-Gate rx(int q, const Parameter& angle) { return rotation('X', q, angle); }
-Gate ry(int q, const Parameter& angle) { return rotation('Y', q, angle); }
+Gate rz(int q, const Parameter& angle) {
+  return rotation('Z', q, angle);
+}
+Gate rx(int q, const Parameter& angle) {
+  return rotation('X', q, angle);
+}
+Gate ry(int q, const Parameter& angle) {
+  return rotation('Y', q, angle);
+}
 
 StepCircuit folded(const Circuit& circuit, int n) {
   StepCircuit steps = read_steps(n, circuit);
@@ -55,7 +61,8 @@ std::vector<int> own(int n) {
 Circuit pairs_of(const Circuit& circuit) {
   Circuit pairs;
   for (const Gate& gate : circuit) {
-    if (gate.qbits.size() == 2) pairs.push_back({gate.name == "CZ" ? "CSIGN" : gate.name, gate.qbits});
+    if (gate.qbits.size() == 2)
+      pairs.push_back({gate.name == "CZ" ? "CSIGN" : gate.name, gate.qbits});
   }
   return pairs;
 }
@@ -74,12 +81,24 @@ bool has_rows_in_order(const StepCircuit& circuit) {
 }
 
 TEST(Steps, ReadEveryGateAndWriteTheSameOperator) {
-  const Gate cases[] = {{"CNOT", {2, 0}},        {"CZ", {0, 2}},   {"CSIGN", {1, 2}},
-                        {"H", {1}},              {"S", {1}},       {"D-S", {1}},
-                        {"X", {1}},              {"Y", {1}},       {"Z", {1}},
-                        {"I", {1}},              rx(1, pi / 2),    rx(1, -pi / 2),
-                        ry(1, pi / 2),           ry(1, -5 * pi),   rz(1, 7 * pi / 2),
-                        rx(1, 0.3),              ry(1, -0.3),      rz(1, 2.3),
+  const Gate cases[] = {{"CNOT", {2, 0}},
+                        {"CZ", {0, 2}},
+                        {"CSIGN", {1, 2}},
+                        {"H", {1}},
+                        {"S", {1}},
+                        {"D-S", {1}},
+                        {"X", {1}},
+                        {"Y", {1}},
+                        {"Z", {1}},
+                        {"I", {1}},
+                        rx(1, pi / 2),
+                        rx(1, -pi / 2),
+                        ry(1, pi / 2),
+                        ry(1, -5 * pi),
+                        rz(1, 7 * pi / 2),
+                        rx(1, 0.3),
+                        ry(1, -0.3),
+                        rz(1, 2.3),
                         {"PH", {1}, {0.4}, true}};
   for (const Gate& gate : cases) {
     const Circuit written_back = written(read_steps(3, {gate}));
@@ -101,8 +120,7 @@ TEST(Steps, ReadEveryGateAndWriteTheSameOperator) {
 TEST(Steps, InvertedUndoAll) {
   std::mt19937 rng(1);
   for (int instance = 0; instance < 20; ++instance) {
-    StepCircuit circuit =
-        read_steps(4, support::random_circuit(4, 40, AngleKind::numeric, rng));
+    StepCircuit circuit = read_steps(4, support::random_circuit(4, 40, AngleKind::numeric, rng));
     const Circuit given = written(circuit);
     const auto rows = static_cast<int>(circuit.angles.size());
     circuit.steps = inverted(circuit.steps, rows);
@@ -121,9 +139,8 @@ TEST(Fold, KeepsTheOperatorAndHasNothingLeftToFold) {
   std::ptrdiff_t taken_out = 0;
   for (int instance = 0; instance < 150; ++instance) {
     const int n = 1 + instance % 6;
-    const AngleKind kind =
-        std::array{AngleKind::numeric, AngleKind::mixed, AngleKind::symbolic}[support::at(
-            instance % 3)];
+    const AngleKind kind = std::array{AngleKind::numeric, AngleKind::mixed,
+                                      AngleKind::symbolic}[support::at(instance % 3)];
     const Circuit given = support::random_circuit(n, 10 * n + 20, kind, rng);
     StepCircuit circuit = read_steps(n, given);
     const std::ptrdiff_t before = rotations_of(circuit);
@@ -219,7 +236,9 @@ Circuit reversible_circuit(const std::string& name) {
     if (line.starts_with("x ")) circuit.push_back({"X", q});
     if (line.starts_with("cx ")) circuit.push_back(Gate::CNOT(q.at(0), q.at(1)));
     if (!line.starts_with("ccx ")) continue;
-    const auto t = [&](int on, double sign) { circuit.push_back(rz(q[support::at(on)], sign * pi / 4)); };
+    const auto t = [&](int on, double sign) {
+      circuit.push_back(rz(q[support::at(on)], sign * pi / 4));
+    };
     const auto cnot = [&](int a, int b) {
       circuit.push_back(Gate::CNOT(q.at(support::at(a)), q.at(support::at(b))));
     };

@@ -8,8 +8,8 @@
 namespace {
 
 using structures::Parameter;
-using zelt::braidwerk::internal::LinearAngle;
 using testing::ElementsAre;
+using zelt::braidwerk::internal::LinearAngle;
 
 TEST(LinearAngle, ReadsPrefixNotationAndTakesOtherTextForAName) {
   const struct {

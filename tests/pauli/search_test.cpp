@@ -373,8 +373,9 @@ struct Writer {
   }
   void rotate(int row, int label, int q, bool negative) {
     const double angle = (negative ? -1 : 1) * (0.1 + row);
-    gates.emplace_back(std::string("R") + "IXYZ"[letter_of_label(label)], std::vector{q},
-                       std::vector<structures::Parameter>{angle}, false);
+    gates.emplace_back(
+        std::string("R") + "IXYZ" [letter_of_label(label)], std::vector { q },
+        std::vector<structures::Parameter>{angle}, false);
   }
 };
 
@@ -409,8 +410,9 @@ TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
     for (int r = 0; r < count; ++r) {
       const bool negative = rng() % 2 != 0;
       rotations.frame.set_negative(r, negative);
-      wanted = support::rotation(text(rotations.frame.letters(r)), (negative ? -1 : 1) * (0.1 + r)) *
-               wanted;
+      wanted =
+          support::rotation(text(rotations.frame.letters(r)), (negative ? -1 : 1) * (0.1 + r)) *
+          wanted;
     }
     wanted = support::unitary(circuit, n) * wanted;
 

@@ -231,16 +231,21 @@ Family optimize() {
   std::erase_if(given, [](const Gate& gate) {
     return gate.qbits.size() == 2 && std::abs(gate.qbits[0] - gate.qbits[1]) != 1;
   });
-  for (int q = 0; q < 5; ++q) given.emplace_back("RY", std::vector{q}, std::vector<structures::Parameter>{0.3}, false);
+  for (int q = 0; q < 5; ++q)
+    given.emplace_back("RY", std::vector{q}, std::vector<structures::Parameter>{0.3}, false);
   const std::vector ends{Outputs::in_place, Outputs::anywhere};
-  return {"optimize", 5, [](bool) { return std::vector<std::string>{"auto", "search"}; }, ends,
-          ends, [given](const SynthesisOptions& options) {
-            auto found =
-                synthesis::optimize_circuit(5, given, with_own<synthesis::OptimizeOptions>(options));
+  return {"optimize",
+          5,
+          [](bool) { return std::vector<std::string>{"auto", "search"}; },
+          ends,
+          ends,
+          [given](const SynthesisOptions& options) {
+            auto found = synthesis::optimize_circuit(5, given,
+                                                     with_own<synthesis::OptimizeOptions>(options));
             std::mt19937 states(1);
-            return Made{found, found.gates,
-                        fault_unless(support::act_alike(given, found.gates, 5, found.permutation,
-                                                        states))};
+            return Made{
+                found, found.gates,
+                fault_unless(support::act_alike(given, found.gates, 5, found.permutation, states))};
           }};
 }
 
