@@ -58,8 +58,7 @@ std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
     made.gates = stage->gates;
     made.permutation = stage->wires;
     for (const WindowStep& step : stage->log) {
-      made.steps.push_back(
-          {step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
+      made.steps.push_back({step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
     }
   }
   std::ranges::reverse(stages);
@@ -84,9 +83,9 @@ class OptimizeCall {
                     .make = [this](int run) { return make(run); }};
     BestRun best = best_of_runs({lane}, options_, control_);
     auto& found = best.as<StagedCircuit>();
-    OptimizeResult result{
-        std::move(best.result),   written(found.circuit), before_,
-        counts_of(found.circuit), found.circuit.rounding, stages_of(found.stage.get())};
+    OptimizeResult result{std::move(best.result), written(found.circuit),
+                          before_,                counts_of(found.circuit),
+                          found.circuit.rounding, stages_of(found.stage.get())};
     result.permutation = std::move(found.wires);
     return result;
   }
@@ -106,7 +105,8 @@ class OptimizeCall {
     for (const Step& step : given_.steps) {
       if (!step.is_pair() || edges_->joined(step.a, step.b)) continue;
       throw std::invalid_argument("gates: got one on qubits " + std::to_string(step.a) + " and " +
-                                  std::to_string(step.b) + ", wanted gates on edges of the device");
+                                  std::to_string(step.b) +
+                                  ", wanted gates on edges of the device");
     }
   }
 
@@ -125,9 +125,10 @@ class OptimizeCall {
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates
-    StagedCircuit found = options_.exact || !has_generic_rotations(folded_)
-                              ? search_exactly(folded_, task, effort)
-                              : search_alternating(folded_, options_.keep_rotations, task, effort);
+    StagedCircuit found =
+        options_.exact || !has_generic_rotations(folded_)
+            ? search_exactly(folded_, task, effort)
+            : search_alternating(folded_, options_.keep_rotations, task, effort);
     return made_circuit(found.size, std::move(found));
   }
 

@@ -104,14 +104,16 @@ class CircuitSearch : public SearchByBoth<Network> {
     const int place = walks_ % tuning.walks_of_chain;
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? problem_.given : shortest();
+      const Network& start =
+          walks_ / tuning.walks_of_chain % 2 == 0 ? problem_.given : shortest();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest() : chain_.circuit();
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
-    options.steps = tuning.walk_windows * from.events.size() << place;
+    options.steps = tuning.walk_windows * from.events.size()
+                    << place;
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();

@@ -87,9 +87,9 @@ class NetworkSearch : public SearchByBoth<Network> {
   /// The first plans; some of them whatever the effort.
   void run_plans() {
     const int always = run_.task.given != nullptr ? 0
-                       : input_.is_slow(task_)    ? tuning.first_runs_if_slow
-                       : run_.task.in_order       ? tuning.first_runs_in_order
-                                                  : tuning.first_runs;
+                       : input_.is_slow(task_) ? tuning.first_runs_if_slow
+                       : run_.task.in_order  ? tuning.first_runs_in_order
+                                             : tuning.first_runs;
     const bool too_long = task_.device == nullptr && input_.given.count() > tuning.most_for_equal;
     int runs = 0;
     for (const NetworkPlan& plan : plans_.first()) {
