@@ -33,9 +33,7 @@ int saved(const ArrayLike& m, int i, int j, int n) {
   return saving(to_bool_matrix(m, n, n, "m"), i, j, n);
 }
 
-}  // namespace
-
-void bind_boolean_matrix(nb::module_& m) {
+void bind_line_operations(nb::module_& m) {
   m.def("RowOperation", changed<RowOperation>, "m"_a, "i"_a, "j"_a, "n"_a,
         "The matrix with row i added to row j.");
   m.def("ColumnOperation", changed<ColumnOperation>, "m"_a, "i"_a, "j"_a, "n"_a,
@@ -46,6 +44,9 @@ void bind_boolean_matrix(nb::module_& m) {
         "The number of ones that RowOperation would remove.");
   m.def("SavingColumnOperation", saved<SavingColumnOperation>, "m"_a, "i"_a, "j"_a, "n"_a,
         "The number of ones that ColumnOperation would remove.");
+}
+
+void bind_algebra(nb::module_& m) {
   m.def(
       "boolean_matrix_product",
       [](int rows, int cols, int inner, const ArrayLike& a, const ArrayLike& b) {
@@ -80,6 +81,9 @@ void bind_boolean_matrix(nb::module_& m) {
       "m"_a, "n"_a,
       "(factors, rows, cols): the pivoting factorisation and its two pivot lists. On a singular "
       "matrix the lists end in -1.");
+}
+
+void bind_measures(nb::module_& m) {
   m.def(
       "count_bits", [](int n, const ArrayLike& m_) { return to_bits(m_, n, n, "m").weight(); },
       "n"_a, "m"_a, "The number of ones.");
@@ -98,7 +102,9 @@ void bind_boolean_matrix(nb::module_& m) {
         unlocked_alone([&] { pretty_print(n, matrix); });
       },
       "n"_a, "m"_a, "Writes the matrix to standard output.");
+}
 
+void bind_draws_and_signals(nb::module_& m) {
   m.def("get_random_seed", &random::get_random_seed, "Thirty-two bits of the random device.");
   m.def(
       "uniform",
@@ -111,6 +117,15 @@ void bind_boolean_matrix(nb::module_& m) {
         "Lets fatal signals and Ctrl-C end the process with a line on standard error.");
   m.def("cpp_signal_handler", &cpp_signal_handler, "sig"_a,
         "Names the signal on standard error and ends the process.");
+}
+
+}  // namespace
+
+void bind_boolean_matrix(nb::module_& m) {
+  bind_line_operations(m);
+  bind_algebra(m);
+  bind_measures(m);
+  bind_draws_and_signals(m);
 }
 
 }  // namespace zelt::braidwerk::python

@@ -47,11 +47,12 @@ void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
       [](int n, const Gates& gates, const CommonOptions& common, bool exact,
-         bool keep_rotations) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
+         bool keep_rotations, bool route) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
         OptimizeOptions own;
         own.exact = exact;
         own.keep_rotations = keep_rotations;
+        own.route = route;
         OptimizeResult result = synthesized(common, own, [&](const OptimizeOptions& options) {
           return synthesis::optimize_circuit(n, gates, options);
         });
@@ -60,7 +61,7 @@ void bind_circuit_optimize(nb::module_& m) {
         std::vector<Stage> stages = stages_of(std::move(result.stages));
         return {std::move(result), std::move(found), rounding, std::move(stages)};
       },
-      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a);
+      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
 }
 
 }  // namespace zelt::braidwerk::python

@@ -37,9 +37,7 @@ BitMatrix to_adjacency(const ArrayLike& value) {
   return graph;
 }
 
-}  // namespace
-
-void bind_graph_state(nb::module_& m) {
+void bind_circuits(nb::module_& m) {
   m.def(
       "naive_gs_synthesis",
       [](const ArrayLike& graph) { return naive_gs_synthesis(to_adjacency(graph).unpack()); },
@@ -84,6 +82,9 @@ void bind_graph_state(nb::module_& m) {
         return to_numpy(unlocked_alone([&] { return random_graph(n); }));
       },
       "n"_a);
+}
+
+void bind_decoding(nb::module_& m) {
   m.def(
       "HammingXOR",
       [](const ArrayLike& a, const ArrayLike& b, int n) {
@@ -109,6 +110,13 @@ void bind_graph_state(nb::module_& m) {
   solver("solve_syndrome", [](const BoolMatrix& v, const BoolRow& s, int n, int tries) {
     return solve_syndrome(v, s, n, tries);
   });
+}
+
+}  // namespace
+
+void bind_graph_state(nb::module_& m) {
+  bind_circuits(m);
+  bind_decoding(m);
 }
 
 }  // namespace zelt::braidwerk::python

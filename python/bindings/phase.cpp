@@ -102,18 +102,7 @@ void bind_syntheses(nb::module_& m) {
       "(table, params): one row per qubit, one column per term in the order of the keys.");
 }
 
-void bind_steps(nb::module_& m) {
-  m.def(
-      "place_cnot",
-      [](int control, int target, std::vector<Gate> circuit, const ArrayLike& table) {
-        Step step(table);
-        check_index(control, step.rows, "control");
-        check_index(target, step.rows, "target");
-        place_cnot(control, target, circuit, step.table);
-        return std::tuple(std::move(circuit), to_numpy(step.table));
-      },
-      "control"_a, "target"_a, "circuit"_a, "table"_a,
-      "(circuit, table) with the CNOT appended and the table in the new wires.");
+void bind_splits(nb::module_& m) {
   m.def(
       "count_bits_restricted",
       [](const ArrayLike& table, int row, const std::set<int>& cols, bool value) {
@@ -152,6 +141,20 @@ void bind_steps(nb::module_& m) {
         return find_best_split(cols, rows, step.table);
       },
       "cols"_a, "rows"_a, "table"_a, "The row that splits the columns most unevenly, or -1.");
+}
+
+void bind_steps(nb::module_& m) {
+  m.def(
+      "place_cnot",
+      [](int control, int target, std::vector<Gate> circuit, const ArrayLike& table) {
+        Step step(table);
+        check_index(control, step.rows, "control");
+        check_index(target, step.rows, "target");
+        place_cnot(control, target, circuit, step.table);
+        return std::tuple(std::move(circuit), to_numpy(step.table));
+      },
+      "control"_a, "target"_a, "circuit"_a, "table"_a,
+      "(circuit, table) with the CNOT appended and the table in the new wires.");
   m.def(
       "reduce_cols",
       [](std::set<int> cols, std::vector<Gate> circuit, const ArrayLike& table,
@@ -208,6 +211,7 @@ void bind_graph_steps(nb::module_& m) {
 
 void bind_phase(nb::module_& m) {
   bind_syntheses(m);
+  bind_splits(m);
   bind_steps(m);
   bind_graph_steps(m);
 }

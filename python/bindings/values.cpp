@@ -148,6 +148,18 @@ void bind_cnot_circuit(nb::module_& m) {
       });
 }
 
+Table table_of(const ArrayLike& matrix) {
+  const BitMatrix bits = to_bits(matrix, "matrix");
+  if (bits.rows() != bits.cols()) raise_value_error("matrix: not square");
+  Table table(bits.rows());
+  for (int r = 0; r < table.n; ++r) {
+    for (int c = 0; c < table.n; ++c) {
+      table.bits[static_cast<std::size_t>(r * table.n + c)] = bits.get(r, c);
+    }
+  }
+  return table;
+}
+
 void bind_table(nb::module_& m) {
   nb::class_<Table>(m, "Table", "A square matrix over GF(2) that carries its size.")
       .def(nb::init<>())
@@ -156,20 +168,7 @@ void bind_table(nb::module_& m) {
       .def_prop_ro(
           "bits", [](const Table& t) { return to_numpy(t.bits); }, nb::rv_policy::automatic,
           "Row-major, one array.")
-      .def_static(
-          "from_matrix",
-          [](const ArrayLike& matrix) {
-            const BitMatrix bits = to_bits(matrix, "matrix");
-            if (bits.rows() != bits.cols()) raise_value_error("matrix: not square");
-            Table table(bits.rows());
-            for (int r = 0; r < table.n; ++r) {
-              for (int c = 0; c < table.n; ++c) {
-                table.bits[static_cast<std::size_t>(r * table.n + c)] = bits.get(r, c);
-              }
-            }
-            return table;
-          },
-          "matrix"_a)
+      .def_static("from_matrix", table_of, "matrix"_a)
       .def(
           "cnot",
           [](Table& t, int a, int b) {
@@ -200,6 +199,9 @@ void bind_table(nb::module_& m) {
       .def("__str__", streamed<Table>)
       .def("__repr__",
            [](const Table& t) { return "<Table of size " + std::to_string(t.n) + ">"; });
+}
+
+void bind_update_table(nb::module_& m) {
   m.def(
       "update_table",
       [](const Table& table, const std::vector<Gate>& gates) {
@@ -219,6 +221,7 @@ void bind_values(nb::module_& m) {
   bind_gate(m);
   bind_cnot_circuit(m);
   bind_table(m);
+  bind_update_table(m);
 }
 
 }  // namespace zelt::braidwerk::python

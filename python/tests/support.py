@@ -1,7 +1,28 @@
-"""Oracles and generators that the tests share. None of them calls the library's own synthesis."""
+"""Oracles, generators and inputs that the tests share. None calls the library's own synthesis."""
 
 import numpy as np
 from hypothesis import strategies as st
+
+from zeltbraidwerk import core
+
+_LAYER = "".join(
+    f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
+)
+LONG_PROGRAM = "qreg q[9];" + 40 * _LAYER
+
+
+def graph_of(device):
+    """As the core takes it."""
+    graph = core.Graph(device.n)
+    for edge in device.edges:
+        graph.add_edge(*edge)
+    return graph
+
+
+def replaced(result, **changes):
+    """The same result with other fields, which are not checked."""
+    fields = {name: getattr(result, name) for name in result.__dataclass_fields__}
+    return type(result)(**{**fields, **changes})
 
 
 def replay(n, gates):
@@ -101,6 +122,20 @@ def unitary(circuit):
     for gate in circuit:
         matrix = gate_matrix(gate, circuit.n) @ matrix
     return matrix
+
+
+def means(state, observables):
+    return [(state.conj() @ letters_matrix(o) @ state).real for o in observables]
+
+
+def assert_means(result, observables, wanted):
+    """That observables, absorbed or read out of bits, have these values after the circuit."""
+    state = unitary(result.circuit)[:, 0]
+    assert np.allclose(means(state, result.absorb(observables)), wanted)
+    readout = result.readout(observables)
+    odds = np.abs(unitary(result.circuit + readout.circuit)[:, 0]) ** 2
+    bits = (np.arange(2**result.n)[:, None] >> np.arange(result.n)[::-1]) & 1
+    assert np.allclose(odds @ readout.values(bits), wanted)
 
 
 def same_up_to_phase(a, b):

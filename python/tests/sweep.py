@@ -157,8 +157,9 @@ def pauli(draw, n):
         found.append(("_" * result.n, value(result.identity_angle)))
         assert_rotations(found, wanted, inputs, options["order"] == "commuting")
         if options["tail"] == "return":
-            assert operator == tableau(*result.clifford.images())
+            assert operator == tableau(*result.tail.images())
         else:
+            assert result.tail is None
             assert_operator(operator, stim.Tableau(n), inputs, outputs)
 
     return Case(zb.pauli.synthesize, given, options, check)

@@ -26,20 +26,6 @@ def nothing_to_do():
     yield zb.pauli.synthesize, weight_one, {"order": "free", "tail": "return"}
 
 
-def little_to_do():
-    sparse = np.eye(9, dtype=bool)
-    sparse[1, 0] = sparse[4, 7] = sparse[5, 4] = True
-    yield zb.linear.synthesize, sparse, {}
-    yield zb.linear.synthesize, sparse, {"permutation": "free"}
-    yield zb.linear.synthesize, sparse, {"objective": "depth"}
-    yield zb.clifford.synthesize, zb.Circuit(7, [zb.Gate.cnot(0, 1), zb.Gate.cz(1, 2)]), {}
-    yield zb.clifford.synthesize_state, ["XXX", "ZZI", "IZZ"], {"objective": "depth"}
-    yield zb.phase.synthesize, {"1100": 0.5, "0011": "a"}, {}
-    for rotations in ([("XYI", 0.1), ("IZZ", 0.2)], [("XXX", 0.1), ("IZY", 0.2)]):
-        for order in ("free", "commuting"):
-            yield zb.pauli.synthesize, rotations, {"order": order}
-
-
 @pytest.mark.parametrize("objective", ["count", "depth"])
 @pytest.mark.parametrize("method", ["auto", "search"])
 def test_where_there_is_nothing_to_do_it_is_done_at_once(method, objective):
@@ -55,10 +41,3 @@ def test_where_there_is_nothing_to_do_it_is_done_at_once(method, objective):
         assert found[0].verify()
         assert found[0].count == 0
         assert found[0].runs < 100
-
-
-def test_what_is_proven_ends_a_search_that_has_no_other_end():
-    for synthesize, given, options in little_to_do():
-        result = synthesize(given, seed=1, steps=ENDLESS, **options)
-        assert result.verify()
-        assert result.count <= 6

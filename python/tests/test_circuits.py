@@ -160,15 +160,6 @@ def test_there_and_back_through_qiskit(circuit):
 
 
 @given(circuit=circuits())
-def test_there_and_back_through_pytket(circuit):
-    pytest.importorskip("pytket")
-    there = circuit.to_pytket()
-    back = Circuit.from_pytket(there)
-    assert same_operator(back, circuit)
-    assert back.gate_count == circuit.gate_count
-
-
-@given(circuit=circuits())
 def test_there_and_back_through_stim(circuit):
     pytest.importorskip("stim")
     there = circuit.to_stim()

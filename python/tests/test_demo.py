@@ -48,11 +48,6 @@ def test_bad_file_gives_one_line_and_exit_code_2(given, content, complaint):
     assert err.count("\n") == 1
 
 
-def test_folder_in_place_of_a_file(tmp_path, capsys):
-    assert demo.main([str(tmp_path)]) == 2
-    assert "cannot read" in capsys.readouterr().err
-
-
 @pytest.mark.parametrize(
     "content",
     [b"1", b"1 1 0\n0,1,1\n\n0 0 1".replace(b",", b" "), b"0100\r\n1000\r\n0001\r\n0011\r\n"],

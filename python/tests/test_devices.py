@@ -1,4 +1,4 @@
-"""Devices, the graph functions of the core, and matrices on a device."""
+"""Devices, and the graph functions of the core."""
 
 import itertools
 import math
@@ -9,19 +9,12 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support import device_edges, replay
+from support import device_edges, graph_of, replay
 
-from zeltbraidwerk import Circuit, CnotCircuit, Device, Gate, core, errors, linear
+from zeltbraidwerk import Circuit, CnotCircuit, Device, Gate, core, errors
 
 LINE_AND_DOT = Device(4, [(0, 1), (1, 2)])  # qubit 3 stands alone
 STAR = Device(4, [(0, 1), (0, 2), (0, 3)])
-
-
-def graph_of(device):
-    graph = core.Graph(device.n)
-    for edge in device.edges:
-        graph.add_edge(*edge)
-    return graph
 
 
 def on_edges(device, gates):
@@ -70,35 +63,13 @@ def test_devices_of_other_packages():
     graph.add_nodes_from(range(6))
     graph.add_edges_from_no_data(list(wanted.edges))
     assert Device.of(graph) == wanted
-
-
-def test_devices_of_qiskit():
     transpiler = pytest.importorskip("qiskit.transpiler")
-    wanted = Device.grid(2, 3)
     coupling = transpiler.CouplingMap(wanted.edges)
     assert Device.of(coupling) == wanted
     target = transpiler.Target.from_configuration(["cx"], 6, coupling)
     assert Device.of(target) == wanted
-
-
-def test_devices_of_pytket():
     architecture = pytest.importorskip("pytket.architecture")
-    wanted = Device.grid(2, 3)
     assert Device.of(architecture.Architecture(list(wanted.edges))) == wanted
-
-
-@given(device_edges(least=0, most=7))
-def test_hamiltonian_paths_are_found_exactly_where_they_are(case):
-    device = Device(*case)
-    path = device.hamiltonian_path()
-    walks = (
-        all(b in device.neighbors(a) for a, b in itertools.pairwise(order))
-        for order in itertools.permutations(range(device.n))
-    )
-    assert (path is not None) == any(walks)
-    if path is not None:
-        assert sorted(path) == list(range(device.n))
-        assert on_edges(device, itertools.pairwise(path))
 
 
 def test_a_search_for_a_path_ends_in_its_time():
@@ -113,7 +84,7 @@ def test_a_search_for_a_path_ends_in_its_time():
 
 
 @given(device_edges(), st.data())
-def test_parts_of_a_device_hang_together(case, data):
+def test_parts_of_a_device_are_connected(case, data):
     device = Device(*case)
     size = data.draw(st.integers(1, device.n))
     parts = list(device.connected_parts(size))
@@ -166,20 +137,11 @@ def test_trees_join_their_terminals(case, data):
         gates = [g.qbits for g in core.fan_in_on_tree(tree, terminals, terminals[0])]
         assert on_edges(device, gates)
         assert set(np.flatnonzero(replay(device.n, gates)[terminals[0]])) == set(terminals)
-    if device.n > 1:
-        joined = core.sketch_steiner(graph, terminals)
-        assert set(terminals) <= joined.vertices
-        assert on_edges(device, joined.edges())
-
-
-def filled(device):
-    graph = graph_of(device)
-    graph.set_shortest_paths()
-    return graph
 
 
 def test_graphs_answer_as_the_library_does():
-    graph = filled(STAR)
+    graph = graph_of(STAR)
+    graph.set_shortest_paths()
     assert graph.shortest_paths[1][2] == [1, 0, 2]
     assert graph.shortest_paths == core.compute_all_shortest_paths_lemon(graph_of(STAR))
     assert (graph.is_connected(), graph.is_non_cutting(0), graph.is_non_cutting(1)) == (1, 0, 1)
@@ -188,43 +150,3 @@ def test_graphs_answer_as_the_library_does():
     assert (graph.shortest_paths[1][2], graph.nb_vertices()) == ([], 4)
     assert core.BlossomAlgorithm([[0, 5, 1], [0, 0, 1], [0, 0, 0]], 3) == (5.0, [(0, 1)])
     assert [len(seeds) <= 2**k for k, seeds in enumerate(core.get_seed_sets(17))] == [True] * 4
-
-
-# --- matrices on a device -----------------------------------------------------------------------
-
-
-def test_steiner_is_that_of_the_library(dense):
-    device = Device.grid(3, 4)
-    m = dense(12)
-    path = list(device.hamiltonian_path())
-    gates = core.steiner_gauss_ham_path(core.Table.from_matrix(m), graph_of(device), path)
-    result = linear.synthesize(m, device=device, method="steiner", restarts=1)
-    assert list(result.circuit) == [tuple(gate.qbits) for gate in gates][::-1]
-
-
-def test_searches_on_a_device(dense):
-    for device in (Device.grid(3, 3), Device.heavy_hex(2, 5), Device.named("aspen")):
-        m = dense(device.n)
-        counts = [linear.synthesize(m, device=device, seed=1, restarts=r).count for r in (1, 8, 40)]
-        assert counts == sorted(counts, reverse=True)
-        free = linear.synthesize(m, device=device, seed=1, restarts=40, permutation="free")
-        assert free.count < counts[2]
-        results = {
-            linear.synthesize(m, device=device, seed=9, restarts=12, jobs=jobs) for jobs in (1, 3)
-        }
-        assert len(results) == 1
-    shallow = linear.synthesize(m, device=device, seed=1, objective="depth", restarts=40)
-    assert shallow.depth <= linear.synthesize(m, device=device, seed=1, restarts=40).depth
-    assert linear.synthesize(m, device=device, budget=1e-9).verify()
-
-
-def test_wrong_results_on_a_device_do_not_verify(dense):
-    good = linear.synthesize(dense(4), device=Device.line(5), seed=1)
-    assert good.verify()
-    elsewhere = {
-        "device": Device(5, [(0, 4)]),
-        "placement": good.placement[::-1],
-        "circuit": good.circuit + CnotCircuit(5, [(3, 4)]),
-    }
-    for name, value in elsewhere.items():
-        assert not linear.LinearSynthesis(**{**vars(good), name: value}).verify(), name

@@ -34,9 +34,9 @@ def dynamic_circuits(draw, n=3, bits=4):
     qubit, bit = st.integers(0, n - 1), st.integers(0, bits - 1)
     pair = st.permutations(range(n)).map(lambda order: order[:2])
     gates = st.one_of(
-        st.builds(Gate, st.sampled_from(["H", "S", "X", "I"]), qubit),
-        st.builds(Gate, st.just("CNOT"), pair),
-        st.builds(Gate.rz, qubit, st.floats(-3, 3)),
+        st.builds(Gate, st.sampled_from(["H", "S", "D-S", "X", "Y", "Z", "I"]), qubit),
+        st.builds(Gate, st.sampled_from(["CNOT", "CSIGN"]), pair),
+        st.builds(Gate, st.sampled_from(["RX", "RY", "RZ"]), qubit, st.floats(-3, 3)),
     )
     simple = st.one_of(gates, st.builds(Measure, qubit, bit), st.builds(Reset, qubit))
     conditions = st.sampled_from([(0, 1), (2, 3)])

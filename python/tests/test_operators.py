@@ -1,9 +1,10 @@
-"""Circuits for Clifford operators against dense ones and Stim, from all forms, at their edges."""
+"""Operators and states of qubits from all forms, of this package and of others."""
 
 import pytest
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import CliffordTableau, Gate, clifford
+from zeltbraidwerk._states import prepares
 
 
 def test_a_large_tableau_of_stim():
@@ -14,28 +15,55 @@ def test_a_large_tableau_of_stim():
     assert result.count < 0.7 * clifford.synthesize(tableau, method="elimination").count
 
 
-# An operator that tells directions, signs and qubits apart.
+# An operator that tells directions, signs and qubits apart, and so does what it makes of zeros.
 CIRCUIT = zb.Circuit(3, [Gate("X", 0), Gate.h(2), Gate.cnot(2, 1), Gate.s(1), Gate.cnot(1, 0)])
 IMAGES = CliffordTableau.from_circuit(CIRCUIT).images()
+STABILISERS = IMAGES[1]
 
 
-@pytest.mark.parametrize(
-    ("package", "form"),
-    [
-        ("zeltbraidwerk", lambda _: CIRCUIT),
-        ("zeltbraidwerk", lambda _: CliffordTableau.from_circuit(CIRCUIT)),
-        ("zeltbraidwerk", lambda _: IMAGES),
-        ("stim", lambda _: CIRCUIT.to_stim()),
-        ("stim", lambda _: CIRCUIT.to_stim().to_tableau()),
-        ("stim", lambda stim: tuple([stim.PauliString(p) for p in side] for side in IMAGES)),
-        ("qiskit", lambda _: CIRCUIT.to_qiskit()),
-        ("qiskit.quantum_info", lambda info: info.Clifford(CIRCUIT.to_qiskit())),
-        ("pytket", lambda _: CIRCUIT.to_pytket()),
-        ("pytket.tableau", lambda tableau: tableau.UnitaryTableau(CIRCUIT.to_pytket())),
-    ],
-)
-def test_forms(package, form):
+def _simulator(stim):
+    simulator = stim.TableauSimulator()
+    simulator.do(CIRCUIT.to_stim())
+    return simulator
+
+
+FORMS = [
+    ("zeltbraidwerk", lambda _: CIRCUIT),
+    ("zeltbraidwerk", lambda _: CliffordTableau.from_circuit(CIRCUIT)),
+    ("stim", lambda _: CIRCUIT.to_stim()),
+    ("stim", lambda _: CIRCUIT.to_stim().to_tableau()),
+    ("qiskit.quantum_info", lambda _: CIRCUIT.to_qiskit()),
+    ("qiskit.quantum_info", lambda info: info.Clifford(CIRCUIT.to_qiskit())),
+    ("pytket.tableau", lambda _: CIRCUIT.to_pytket()),
+    ("pytket.tableau", lambda tableau: tableau.UnitaryTableau(CIRCUIT.to_pytket())),
+]
+OF_OPERATORS = [
+    ("zeltbraidwerk", lambda _: IMAGES),
+    ("stim", lambda stim: tuple([stim.PauliString(p) for p in side] for side in IMAGES)),
+]
+OF_STATES = [
+    ("zeltbraidwerk", lambda _: iter(STABILISERS)),
+    ("stim", lambda stim: [stim.PauliString(text) for text in STABILISERS]),
+    ("stim", _simulator),
+    ("qiskit.quantum_info", lambda info: info.StabilizerState(CIRCUIT.to_qiskit())),
+    ("qiskit.quantum_info", lambda info: [info.Pauli(s[0] + s[:0:-1]) for s in STABILISERS]),
+]
+
+
+@pytest.mark.parametrize(("package", "form"), FORMS + OF_OPERATORS)
+def test_forms_of_operators(package, form):
     result = clifford.synthesize(form(pytest.importorskip(package)), seed=1)
     assert result.images == (*IMAGES[0], *IMAGES[1])
     assert result.verify()
     assert CliffordTableau.from_circuit(result.circuit) == CliffordTableau.from_circuit(CIRCUIT)
+
+
+@pytest.mark.parametrize(("package", "form"), FORMS + OF_STATES)
+def test_forms_of_states(package, form):
+    result = clifford.synthesize_state(form(pytest.importorskip(package)), seed=1)
+    assert prepares(result.circuit, STABILISERS)
+    assert result.count == 2
+
+
+def test_a_state_of_cnots_is_zeros():
+    assert clifford.synthesize_state(zb.CnotCircuit(3, [(0, 1)])).count == 0

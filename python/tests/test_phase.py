@@ -4,7 +4,7 @@ import math
 
 import numpy as np
 import pytest
-from support import replay
+from support import graph_of, replaced, replay
 
 from zeltbraidwerk import Circuit, Device, Gate, Parameter, core, errors, phase
 
@@ -29,10 +29,7 @@ def test_plain_methods_are_those_of_the_library():
     poly.pop((0,) * 6, None)
     ordered = dict(sorted(poly.items()))
     device = Device.grid(2, 3)
-    graph = core.Graph(6)
-    for edge in device.edges:
-        graph.add_edge(*edge)
-    own = {None: core.gray_synth(poly), device: core.gray_synth_on_graph(poly, graph)}
+    own = {None: core.gray_synth(poly), device: core.gray_synth_on_graph(poly, graph_of(device))}
     for on, (gates, table) in own.items():
         result = phase.synthesize(ordered, method="gray", device=on, tail="return", restarts=1)
         assert result.circuit == Circuit.from_core(6, gates)
@@ -83,27 +80,7 @@ def test_wrong_results_do_not_verify():
         "another wire": {"permutation": (1, 0, 2)},
     }
     for case, change in wrong.items():
-        assert not phase.PhaseSynthesis(**{**vars(good), **change}).verify(), case
-
-
-def test_searches():
-    rng = np.random.default_rng(3)
-    poly = {int(parity): 0.1 for parity in rng.choice(2**10 - 1, 60, replace=False) + 1}
-    for device in (None, Device.grid(2, 5)):
-        options = {"device": device, "n": 10, "seed": 4}
-        gray = phase.synthesize(poly, method="gray", restarts=5, **options)
-        searched = [
-            phase.synthesize(poly, method="search", steps=steps, **options)
-            for steps in (0, 3000, 30000)
-        ]
-        counts = [result.count for result in searched]
-        assert counts[2] < counts[1] < counts[0] < gray.count
-        assert phase.synthesize(poly, steps=3000, **options).count <= counts[1]
-        free = phase.synthesize(poly, steps=30000, permutation="free", **options)
-        kept = phase.synthesize(poly, steps=30000, tail="return", **options)
-        assert kept.count < free.count < counts[2] + 1
-    shallow = phase.synthesize(poly, n=10, seed=4, objective="depth", steps=30000)
-    assert shallow.depth < phase.synthesize(poly, n=10, seed=4, steps=30000).depth
+        assert not replaced(good, **change).verify(), case
 
 
 def test_plain_methods_search_for_another_closing():
@@ -113,9 +90,6 @@ def test_plain_methods_search_for_another_closing():
         options = {"device": device, "n": 10, "seed": 4, "method": "gray"}
         counts = [phase.synthesize(poly, restarts=r, **options).count for r in (1, 5, 30)]
         assert counts[2] <= counts[1] + 1 <= counts[0] + 1
-        kept = phase.synthesize(poly, restarts=5, tail="return", **options)
-        assert kept.count < counts[1]
-        assert phase.synthesize(poly, budget=1e-9, **options).verify()
 
 
 def test_polynomial_of_a_circuit_follows_flips():

@@ -6,6 +6,7 @@ import math
 
 import numpy as np
 import pytest
+from support import LONG_PROGRAM, graph_of
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import core, errors
@@ -14,39 +15,29 @@ CASES = r"""
 # circuits
 CnotCircuit(2, [(0, 2)]) -> QubitError: gates: got qubit 2, wanted 0 to 1
 CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
-CnotCircuit(2, [(0, 1.0)]) -> DtypeError: gates: got entries of type float
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
-CnotCircuit(2.0) -> DtypeError: n: got 2.0, wanted an integer
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
 Gate('T', 0) -> GateError: name: got 'T', wanted one of CNOT
 Gate('CNOT', 0) -> GateError: qubits: got 1 for CNOT, wanted 2
 Gate('XX', [0]) -> GateError: wanted two or more
 Gate('RZ', 0) -> GateError: params: got 0 for RZ, wanted 1
 Gate('CNOT', (1, 1)) -> QubitError: wanted distinct qubits
-Gate('H', -1) -> QubitError: qubits: got -1
 Gate('H', 0.5) -> DtypeError: qubits: got 0.5, wanted an integer
 Gate('RZ', 0, math.nan) -> AngleError: got nan, wanted a finite angle
 Gate('XX', (0, 1), (1.0, 2)).inverse() -> GateError: no inverse
-Parameter(' ') -> AngleError: wanted an expression
-float(Parameter('a')) -> AngleError: symbolic angle 'a'
 Circuit(1, [Gate.cnot(0, 1)]) -> QubitError: got qubit 1, wanted 0 to 0
-Circuit(1, ['H']) -> DtypeError: wanted a Gate
 Circuit(1, [Gate.h(0)]).to_cnot_circuit() -> NotLinearError: gate H
 
 # instructions
 Measure(0.5, 0) -> DtypeError: qubit: got 0.5, wanted an integer
 Measure(0, -1) -> OptionError: bit: got -1, wanted 0 to
 Barrier(()) -> QubitError: qubits: got none
-Barrier((0, 0)) -> QubitError: wanted distinct qubits
 Conditional('X', 0) -> DtypeError: operation: got 'X', wanted a Gate
 Conditional(X, (1, 1)) -> BitError: bits: got \(1, 1\)
 Conditional(X, (0, 1), 4) -> OptionError: value: got 4, wanted 0 to 3
-Register('c', -1) -> OptionError: size: got -1
-Circuit(1, [Measure(1, 0)]) -> QubitError: got qubit 1, wanted 0 to 0
 Circuit(1, [Measure(0, 1)], [('c', 1)]) -> BitError: got bit 1, wanted one
 Circuit(1, [], [('c', 1), ('c', 2)]) -> BitError: classical: got the names
-Circuit(1, [], [('c', -1)]) -> OptionError: classical: size: got -1
 Circuit(1, [], {'a': 1}) + Circuit(1, [], {'b': 1}) -> BitError: got circuits with a\[1\] and b\[1\], wanted the same
 Circuit(1, [Conditional(X, 1)], {'c': 2}).to_qasm() -> BitError: a condition on bits 1, wanted all bits of a register
 Circuit(2).placed([0], 3) -> ShapeError: qubits: got 1, wanted 2
@@ -58,7 +49,6 @@ CliffordTableau(2).conjugate('+-XX') -> PauliError: after one sign
 CliffordTableau(2).conjugate('XA') -> PauliError: wanted letters I, X, Y, Z
 CliffordTableau(2).apply(Gate.rz(0, 0.3)) -> NotCliffordError: got RZ \[0 \]0.3
 CliffordTableau(2).apply(Gate.rz(0, 'a')) -> NotCliffordError: wanted a numeric angle
-CliffordTableau(2).apply(Gate('S*', 0)) -> NotCliffordError: wanted a Clifford gate
 CliffordTableau(2).apply(Gate.h(2)) -> QubitError: got qubit 2, wanted 0 to 1
 CliffordTableau(2).apply(Circuit(3)) -> ShapeError: got 3 qubits, wanted 2
 CliffordTableau(2) @ CliffordTableau(1) -> ShapeError: 2 and 1 qubits
@@ -69,43 +59,28 @@ clifford.synthesize((['XI'], ['ZI'])) -> ShapeError: got 1 images of 2 letters, 
 clifford.synthesize((['XI', 'XI'], ['ZI', 'IZ'])) -> NotCliffordError: X on qubit 1 and Z on qubit 0
 clifford.synthesize((['X'], ['X'])) -> NotCliffordError: commute
 clifford.synthesize((['X'], ['iZ'])) -> PauliError: operator
-clifford.synthesize(CIRCUIT, method='best') -> UnknownMethodError: method: got 'best'
-clifford.synthesize(CIRCUIT, device=Device.line(2)) -> DeviceTooSmallError: at least 3
-clifford.synthesize(CIRCUIT, objective='size') -> OptionError: objective
-clifford.synthesize(CIRCUIT, permutation='any') -> OptionError: permutation
 clifford.synthesize(Circuit(1, [Gate.rz(0, 0.1)])) -> NotCliffordError: wanted a Clifford gate
 
 # states
-clifford.synthesize_state(['XX', 'ZZZ']) -> PauliError: state: got 3 letters, wanted 2
 clifford.synthesize_state(['XX']) -> ShapeError: state: got 1 stabilizers of 2 letters, wanted 2
 clifford.synthesize_state(['X', 'X']) -> ShapeError: got 2 stabilizers of 1 letters, wanted 1
-clifford.synthesize_state(['XI', 'ZI']) -> PauliError: state: got XI and ZI, which do not commute
-clifford.synthesize_state(['XX', '-XX']) -> PauliError: state: got XX, which is a product
 clifford.synthesize_state(['XXI', 'IXX', 'XIX']) -> PauliError: got XIX, which is a product
-clifford.synthesize_state(['II', 'ZZ']) -> PauliError: got II
 clifford.synthesize_state(['XA', 'ZZ']) -> PauliError: letters I, X, Y, Z
 clifford.synthesize_state('XX') -> DtypeError: state: got 'XX', wanted Pauli strings
 clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wanted a Clifford gate
 
 # linear
 linear.synthesize([[1.0, 0.0], [0.0, 1.0]]) -> DtypeError: matrix: got entries of type float64
-linear.synthesize([['1', '0'], ['0', '1']]) -> DtypeError: matrix: got entries of type <U1
 linear.synthesize([[2, 1], [1, 1]]) -> EntryError: matrix: got the entry 2
-linear.synthesize([[1, -1], [0, 1]]) -> EntryError: matrix: got the entry -1
 linear.synthesize([[1, 0, 0], [0, 1, 0]]) -> ShapeError: matrix: got shape \(2, 3\)
 linear.synthesize([[1, 0], [0]]) -> ShapeError: rows of unequal length
 linear.synthesize([1, 0]) -> ShapeError: got shape \(2,\), wanted a square matrix
-linear.synthesize(np.ones((2, 2, 2), dtype=bool)) -> ShapeError: got shape \(2, 2, 2\)
 linear.synthesize([[1, 1], [1, 1]]) -> SingularMatrixError: got a singular 2 by 2 matrix
 linear.synthesize(EYE, method='best') -> UnknownMethodError: method: got 'best', wanted one of auto
 linear.synthesize(EYE, objective='gates') -> OptionError: objective: got 'gates', wanted one of
 linear.synthesize(EYE, permutation='any') -> OptionError: permutation: got 'any'
 linear.synthesize(EYE, method='pmh', section=0) -> OptionError: section: got 0, wanted 1 to 30
-linear.synthesize(EYE, method='pmh', section=2.0) -> DtypeError: section: got 2.0, wanted an int
-linear.synthesize(EYE, method='gauss', section=2) -> OptionError: not an option of method 'gauss'
-linear.synthesize(EYE, width=2) -> OptionError: width: not an option of method 'auto'
 linear.synthesize(EYE, restarts=0) -> OptionError: restarts: got 0, wanted 1 to
-linear.synthesize(EYE, jobs=0) -> OptionError: jobs: got 0
 linear.synthesize(EYE, steps=-1) -> OptionError: steps: got -1, wanted 0 to
 linear.synthesize(EYE, method='search', reach=1) -> OptionError: on a device
 linear.synthesize(EYE, method='search', device='aspen', reach=1.0) -> DtypeError: reach: got 1.0
@@ -125,110 +100,70 @@ STAR.hamiltonian_path(0) -> OptionError: seconds: got 0.0
 STAR.part([0, 4]) -> QubitError: qubits: got qubit 4
 linear.synthesize(np.eye(4, dtype=bool), device=Device.line(3)) -> DeviceTooSmallError: wanted at least 4 qubits
 linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT) -> DisconnectedDeviceError: component has 3 qubits, wanted 4
-linear.synthesize(np.eye(4, dtype=bool), device=LINE_AND_DOT, method='steiner') -> DisconnectedDeviceError: 4 connected
 linear.synthesize(np.eye(4, dtype=bool), device=STAR, method='steiner') -> NoHamiltonianPathError: but there is none
 linear.synthesize(np.eye(4, dtype=bool), device=STAR, method='pmh') -> UnknownMethodError: wanted one of auto, row_c
 linear.synthesize(np.eye(4, dtype=bool), method='steiner') -> UnknownMethodError: got 'steiner', wanted one of auto
-linear.synthesize(np.eye(4, dtype=bool), device=4) -> DeviceError: device: got 4
-linear.synthesize(np.eye(4, dtype=bool), device=STAR, width=2) -> OptionError: width: not an option
 
 # phase
 phase.synthesize({'10': 1, '011': 1}) -> ParityError: '011' of 3 bits, wanted 2
 phase.synthesize({'12': 1}) -> ParityError: got the parity '12', wanted a tuple
-phase.synthesize({None: 1}) -> ParityError: got the parity None
-phase.synthesize({1.5: 1}) -> ParityError: got the parity 1.5
 phase.synthesize({-1: 1}) -> OptionError: polynomial: got -1
 phase.synthesize({8: 1}, n=3) -> ParityError: got qubit 3, wanted 0 to 2
 phase.synthesize(['110', '011']) -> DtypeError: wanted a mapping from parities to angles, or
-phase.synthesize([(1, 1, 0), (0, 1, 1)]) -> DtypeError: or a tuple of a list of parities and
 phase.synthesize(('110', '011')) -> ParityError: got .'110', '011'., wanted a mapping
 phase.synthesize((['10', '11'], {0.5, 0.25})) -> DtypeError: polynomial: got {0.*}, wanted
 phase.synthesize({frozenset([0, 1]): 1}) -> ParityError: got the parity frozenset
 phase.synthesize((['11'], np.ma.array([1], mask=True))) -> DtypeError: polynomial: got masked
 phase.synthesize((['1', '0'], [1])) -> ParityError: got 2 parities and 1 angles
-phase.synthesize({'1': float('nan')}) -> AngleError: got nan
 phase.synthesize({'1': '0.5'}) -> AngleError: polynomial: got '0.5', wanted a number, not text
 phase.synthesize({'1': 1}, tail='undo') -> OptionError: tail: got 'undo'
-phase.synthesize({'1': 1}, method='best') -> UnknownMethodError: wanted one of auto, gray
 phase.synthesize({'1': 1}, tail='return', permutation='free') -> OptionError: permutation: got 'free' with tail='return'
 phase.synthesize({'1': 1}, device='qx5', method='greedy') -> UnknownMethodError: wanted one of auto, gray, search on a device
 phase.synthesize({1: 1}, n=20000, method='search') -> TooLargeError: at most 16383
-phase.synthesize({'111': 1}, device=[(0, 1)]) -> DeviceTooSmallError: at least 3 qubits
 
 # graph_state
 graph_state.synthesize([[0, 1], [0, 0]]) -> ShapeError: symmetric
 graph_state.synthesize([[0, 2], [2, 0]]) -> EntryError: entry 2
 graph_state.synthesize([[0, 1]]) -> ShapeError: square
 graph_state.synthesize([[0]], method='decoding', tries=-1) -> OptionError: tries: got -1
-graph_state.synthesize([[0]], method='x') -> UnknownMethodError: got 'x'
 
 # pauli
 pauli.synthesize({'XA': 1.0}) -> PauliError: rotations: got 'XA'
-pauli.synthesize({'iXX': 0.1}) -> PauliError: rotations: got 'iXX'
 pauli.synthesize([('-iXX', 0.1)]) -> PauliError: got '-iXX', wanted letters I, X, Y, Z
-pauli.synthesize([('XX', 0.1), ('XXX', 0.1)]) -> PauliError: got 3 letters, wanted 2
 pauli.synthesize([('XX', True)]) -> DtypeError: rotations: got True, wanted a number
-pauli.synthesize([('XX', -math.inf)]) -> AngleError: rotations: got -inf
 pauli.synthesize([('XX', 10 ** 400)]) -> AngleError: rotations: got inf
 pauli.synthesize([('XX', 1e+308), ('XX', 1e+308)]) -> AngleError: rotations: got inf
-pauli.synthesize([('XX', 1j)]) -> DtypeError: rotations: got 1j
-pauli.synthesize([('XX', np.array([0.1]))]) -> DtypeError: rotations: got array
 pauli.synthesize([('XX', np.ma.masked)]) -> DtypeError: rotations: got masked
 pauli.synthesize([('XX', '2*a')]) -> AngleError: rotations: got '2\*a'
-pauli.synthesize([('XX', b'a')]) -> DtypeError: rotations: got b'a'
 pauli.synthesize([([0.0, 1.0], 0.1)]) -> PauliError: rotations: got the code 0.0
 pauli.synthesize([([True, 1], 0.1)]) -> PauliError: rotations: got the code True
-pauli.synthesize([(([0], [1]), 0.1)]) -> PauliError: got the code \[0\]
 pauli.synthesize([(np.array(3), 0.1)]) -> DtypeError: wanted codes 0 to 3
-pauli.synthesize((np.array([[1.0, 2.0]]), [0.1])) -> PauliError: got the code np.float64
-pauli.synthesize((np.array([[[1]]]), [0.1])) -> PauliError: got the code array
 pauli.synthesize((np.ma.array([[1, 2]]), [0.1])) -> DtypeError: rotations: got masked_array
 pauli.synthesize((['XX', 'YY'], 'ab')) -> DtypeError: got 'ab', wanted a list of angles
-pauli.synthesize((['XX'], 0.5)) -> DtypeError: got 0.5, wanted a list of angles
 pauli.synthesize((['XX'], {0.5: 1})) -> DtypeError: wanted a list of angles
 pauli.synthesize((['XX'], np.ma.array([0.5]))) -> DtypeError: wanted a list of angles
-pauli.synthesize(([['XX']], [0.5])) -> PauliError: got the code 'XX'
-pauli.synthesize([('XX',)]) -> ShapeError: got \('XX',\), wanted a string and its angle
 pauli.synthesize([('XX', 1, 2)]) -> ShapeError: wanted a string and its angle
-pauli.synthesize([{'XX': 1}]) -> ShapeError: wanted a string and its angle
 pauli.synthesize(('XX', 0.5)) -> ShapeError: rotations: got 'XX', wanted a string
 pauli.synthesize({('XX', 0.5)}) -> DtypeError: rotations: got {
 pauli.synthesize('XX') -> DtypeError: rotations: got 'XX'
 pauli.synthesize([], repeated='merge') -> OptionError: repeated: got 'merge', wanted 'refuse'
 pauli.synthesize([], method='ladder', restarts=2) -> OptionError: restarts: not an option of method 'ladder'
-pauli.synthesize([], repeated=1) -> OptionError: repeated: got 1
 pauli.synthesize({}, method=['auto']) -> UnknownMethodError: got \['auto'
-pauli.synthesize([], n=1.0) -> DtypeError: n: got 1.0, wanted an integer
 pauli.synthesize([('XX', 1)], n=3) -> PauliError: got 2 letters, wanted 3
 pauli.partition({'XX'}) -> DtypeError: strings: got {
-pauli.partition(['iXX']) -> PauliError: strings: got 'iXX'
 pauli.partition(['XX', 'XXX']) -> PauliError: strings: got 3 letters, wanted 2
 pauli.partition(np.ma.array([[1, 2]])) -> DtypeError: strings: got masked_array
-pauli.partition([(0, 4)]) -> PauliError: strings: got the code 4
 two().readout('XX') -> DtypeError: observables: got 'XX', wanted Pauli
 two().absorb({'XX': 'a'}) -> DtypeError: observables: got the coefficient
-two().absorb({'XX': None}) -> DtypeError: observables: got the coefficient
 two().absorb({'XX': True}) -> DtypeError: observables: got the coefficient
-two().absorb({'XX': [1]}) -> DtypeError: observables: got the coefficient
-two().absorb({'XX': np.array([1.0])}) -> DtypeError: observables: got the coefficient
 two().absorb({'XX': math.nan}) -> AngleError: observables: got the coefficient
-two().absorb({'XX': complex(0, math.inf)}) -> AngleError: observables: got the coefficient
 two().readout(['XX']).values([[0, 2]]) -> EntryError: bits: got the entry 2
-two().readout(['XX']).values([[0, -1]]) -> EntryError: bits: got the entry -1
-two().readout(['XX']).values([[0.0, 1.0]]) -> DtypeError: bits: got entries of type float64
-two().readout(['XX']).values([['0', '1']]) -> DtypeError: bits: got entries of type
-two().readout(['XX']).values('01') -> DtypeError: bits: got '01'
 two().readout(['XX']).values([0, 1]) -> ShapeError: bits: got shape \(2,\)
-two().readout(['XX']).values([[0, 1], [0]]) -> ShapeError: bits: got rows of unequal length
 two().readout(['XX']).values([[0, 1, 0]]) -> ShapeError: bits: got shape \(1, 3\), wanted \(shots, 2\)
 two().readout(['XX']).values(np.ma.array([[0, 1]])) -> DtypeError: bits: got a masked array
 pauli.synthesize({'XX': 1, 'X': 1}) -> PauliError: got 1 letters, wanted 2
-pauli.synthesize({'XX': math.nan}) -> AngleError: finite
-pauli.synthesize({'XX': None}) -> DtypeError: wanted a number of radians
 pauli.synthesize([((0, 4), 1.0)]) -> PauliError: got the code 4
-pauli.synthesize(['XX']) -> ShapeError: wanted a string and its angle
 pauli.synthesize((['XX'], [1, 2])) -> ShapeError: 1 strings, 2 angles
-pauli.synthesize({}, method='no') -> UnknownMethodError: got 'no'
 pauli.synthesize({}, order='any') -> OptionError: order: got 'any'
 pauli.synthesize({}, tail='return', permutation='free') -> OptionError: no tail is closed
 pauli.synthesize({'XXX': 1}, device=Device.line(2)) -> DeviceTooSmallError: wanted at least 3
@@ -237,27 +172,20 @@ pauli.codiagonalize(['XI', 'ZI']) -> PauliError: got XI and ZI
 pauli.codiagonalize('XX') -> DtypeError: wanted Pauli strings
 pauli.synthesize({'X': 1}).readout(['X', 'Z']) -> PauliError: commute
 pauli.synthesize({'X': 1}).absorb('XX') -> PauliError: wanted 1
-two().absorb([(0, 4)]) -> PauliError: observables: got the code 4
 two().readout({'XX'}) -> DtypeError: observables: got {
-pauli.codiagonalize(['iXX']) -> PauliError: strings: got 'iXX'
 
 # routing
 routing.route(T3, Device.line(2)) -> DeviceTooSmallError: at least 3
 routing.route(T3, Device(4, [(0, 1), (2, 3)])) -> DisconnectedDeviceError: component has 2 qubits, wanted 3
 routing.route(T3, Device.line(3), lookahead=-1) -> OptionError: lookahead: got -1
-routing.route(T3, Device.line(3), lookahead=1.5) -> DtypeError: lookahead
 routing.route(T3, 'nowhere') -> DeviceError: wanted one of
 routing.route(LONG, Device.grid(3, 3), lookahead=10 ** 6) -> TooLargeError: lookahead: got 1000000, which makes about
 routing.route_ions(LONG, lookahead=40) -> TooLargeError: plans of
-routing.route(T3, Device.line(3), objective='x') -> OptionError: got 'x'
 routing.route(T3, Device.line(3), tail='open') -> OptionError: tail: got
 routing.normalize('qreg q[1]; foo q[0];') -> QasmError: foo is not known
-routing.normalize('qreg q[1]; rz q[0];') -> QasmError: 0 angles for rz
 routing.normalize(Circuit(2, [Gate('XX', (0, 1), (PI / 2, 2))])) -> GateError: wanted Clifford gates
 routing.normalize(Circuit(1, [Gate('S*', 0)])) -> GateError: circuit: got
 routing.route_ions(T3, shelving=0.1) -> DtypeError: pair_error
-routing.route_ions(T3, shelving='12') -> DtypeError: shelving: got '12'
-routing.route_ions(T3, shelving=('0', 1)) -> DtypeError: shelving: got '0'
 routing.route_ions(T3, shelving=(0, 10 ** 400)) -> OptionError: rate inf
 routing.route_ions(T3, shelving=(0, 0, 0)) -> ShapeError: got 3 numbers
 routing.normalize(T3, merge='no') -> DtypeError: merge: got 'no'
@@ -273,10 +201,12 @@ optimize(T3, objective='size') -> OptionError: objective: got 'size', wanted one
 optimize(T3, exact=1) -> DtypeError: exact: got 1
 optimize(T3, permutation='any') -> OptionError: permutation: got 'any'
 optimize(T3, device=Device.line(2)) -> DeviceTooSmallError: at least 3
-optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: whose qubits 0 to 2 are connected
-optimize(T3, device=Device.line(3)) -> OptionError: gates: got one on qubits 0 and 2, wanted gates on edges
-optimize(Circuit(1, [Gate('S*', 0)])) -> GateError: gates: got S\* \[0 \] .gate 0., wanted Clifford gates and rotations
-optimize(Circuit(2, [Gate('XX', (0, 1), (0.3, 2))])) -> GateError: gates: got XX .* wanted an XX gate
+optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: device: got
+optimize(T3, device=Device.line(3), permutation='free') -> OptionError: permutation: got 'free', wanted 'exact' on a device
+optimize(T3, placement=(0, 1, 2)) -> OptionError: placement: not an option without a device
+optimize(T3, router='sabre') -> OptionError: router: got 'sabre', wanted one of 'own', 'qiskit'
+optimize(Circuit(1, [Gate('S*', 0)])) -> OptionError: gates: got S\* \[0 \] .gate 0., wanted Clifford gates and rotations
+optimize(Circuit(2, [Gate('XX', (0, 1), (0.3, 2))])) -> OptionError: gates: got XX .* wanted an XX gate
 
 # validation
 graph_state.synthesize([(0, 1), (1, 2), (2, 0)]) -> ShapeError: of edges
@@ -284,93 +214,68 @@ graph_state.synthesize([(1, 0), (0, 1)]) -> GraphError: written twice
 Device.of(np.ones((3, 3), int)) -> ShapeError: device: .* wanted pairs
 Device.from_networkx([(0, 1)]) -> DtypeError: wanted a graph of networkx
 Device.from_qiskit(5) -> DeviceError: source: got 5, wanted a coupling map
-Device.from_pytket(5) -> DeviceError: architecture: got 5, wanted an arch
 Device.line(2).draw(CnotCircuit(3)) -> DeviceTooSmallError: at most 2
-Device.line(2).connected_parts(-1) -> OptionError: n: got -1
 Device.line(2).fits([(0, 1)]) -> DtypeError: circuit: got
 Gate('H', 10 ** 30) -> QubitError: qubits: got 1000.*, wanted 0 to
 Gate(['H'], 0) -> GateError: name: got \['H'\], wanted one of
 
+linear.synthesize(EYE, method='pmh', progress=5) -> DtypeError: progress: got 5
+linear.synthesize(masked(EYE)) -> DtypeError: ^matrix: got .*masked
+linear.synthesize([masked(row) for row in EYE]) -> DtypeError: ^matrix: got .*masked
+graph_state.synthesize(masked([[0, 1], [1, 0]])) -> DtypeError: ^graph: got .*masked
+phase.synthesize((masked([[1, 1]]), [0.5])) -> DtypeError: ^polynomial: got .*masked
+CnotCircuit(2, masked([[0, 1]])) -> DtypeError: ^gates: got .*masked
+Device(2, masked([[0, 1]])) -> DtypeError: ^edges: got .*masked
+Gate('CNOT', masked([0, 1])) -> DtypeError: ^qubits: got .*masked
+Gate('RZ', 0, masked([0.5])) -> DtypeError: ^params: got .*masked
+Gate('CNOT', (0, np.True_)) -> DtypeError: ^qubits: got
+CnotCircuit(2, [(0, True)]) -> DtypeError: ^gates: got
+CnotCircuit(2, np.array([[False, True]])) -> DtypeError: ^gates: got
+Device(2, [(0, True)]) -> DtypeError: ^edges: got
+Device.line(True) -> DtypeError: ^n: got
+Device.line(3).part([True, 0]) -> DtypeError: ^qubits: got
+Gate('CNOT', {0, 1}) -> DtypeError: ^qubits: got
+Device.line(3).part({0, 1}) -> DtypeError: ^qubits: got
+
 # gallery
 gallery.low_autocorrelation('3') -> Error: n: got '3', wanted an integer
 gallery.maxcut_regular(5, 3) -> Error: degree: got 3
-gallery.maxcut_regular(5, 5) -> Error: degree: got 5
-gallery.heisenberg((2, -1)) -> Error: shape: got -1
-gallery.heisenberg(3, 0) -> Error: steps: got 0
-gallery.heisenberg(3, couplings=(1, 1)) -> Error: couplings: got 2 numbers
-gallery.heisenberg(3, couplings=1) -> Error: couplings: got 1, wanted the three numbers
-gallery.heisenberg(1.5) -> Error: shape: got 1.5
 gallery.ising_chain(3, field='x') -> Error: field: got 'x', wanted a finite number
-gallery.uccsd(3, 1) -> Error: qubits: got 3, wanted an even number
 gallery.uccsd(4, 1) -> Error: electrons: got 1, wanted an even number
-gallery.uccsd(4, 6) -> Error: electrons: got 6, wanted 0 to 4
 gallery.uccsd(4, 2, [1.0]) -> Error: amplitudes: got 1, wanted 3
-gallery.maxcut(2) -> Error: n: got 2, wanted 4 to
-gallery.maxcut(5) -> Error: n: got 5, wanted an even number
-gallery.random_invertible(-1, 1) -> Error: n: got -1, wanted 0 to
-gallery.random_invertible(2, -1) -> Error: count: got -1, wanted 0 to
 gallery.random_parities(2, 4, 1) -> Error: terms: got 4, wanted 0 to 3
-gallery.random_parities(64, 1, 1) -> Error: n: got 64, wanted 0 to 63
-gallery.circulant([], 7) -> Error: first_row: got no elements
-gallery.circulant([4], 7) -> Error: first_row: got 4, wanted 0 to 3
-gallery.hadamard([1, 2, 3], 7) -> Error: first_row: got 3 elements, wanted a power of two
-gallery.rank([-1]) -> Error: rows: got -1, wanted at least 0
+gallery.qaoa(5, 1) -> Error: n: got 5, wanted an even number
+gallery.hardware_efficient(2, 1, entangler='star') -> Error: entangler: got 'star', wanted one of
+gallery.phase_estimation(3, math.inf) -> Error: phase: got inf, wanted a finite angle
 
 # core
 core.GaussianElimination(2, [[1.0, 0], [0, 1]]) -> TypeError: m: got float64
-core.GaussianElimination(2, [[2, 0], [0, 1]]) -> ValueError: other than 0 and 1
 core.GaussianElimination(3, np.eye(2, dtype=bool)) -> ValueError: \(2, 2\)
-core.GaussianElimination(2, [1, 0]) -> ValueError: 2 dimensions
-core.GaussianElimination(2, [[1, 0], [1]]) -> ValueError: inhomogeneous
 core.PMH_Algorithm(2, np.eye(2, dtype=bool), 0) -> ValueError: section: got 0
 core.RowOperation([[1]], 0, 1, 1) -> IndexError: j: got 1, wanted 0 to 0
 core.CnotCircuit(2, [(0, 2)]) -> IndexError: target: got 2
-core.CnotCircuit(2, [(0, 1, 0)]) -> ValueError: \(gates, 2\)
 core.CnotCircuit(2).insertGate(0, 1, 1) -> IndexError: position
-core.OperatorTableau(1).h_left(1) -> IndexError: q: got 1
 core.OperatorTableau(2).cnot_left(1, 1) -> ValueError: same qubit
 core.OperatorTableau(1).apply_left(core.Gate('RZ', [0])) -> ValueError: no angle
-core.OperatorTableau(1).apply_left(core.Gate('T', [0])) -> RuntimeError: Clifford
-core.uniform(3, 2) -> ValueError: b: got 2
 core.SyndromeSynthesis(1, [[1]], 2, 40) -> ValueError: states
 core.addPermutation(2, core.CnotCircuit(2), [0, 0]) -> ValueError: perm
-filled(STAR).steiner_tree([]) -> ValueError: terminals: got none
 filled(STAR).steiner_tree([0, 4]) -> IndexError: terminals: got 4, wanted 0 to 3
 core.steiner_good(graph_of(STAR), [0, 1]) -> ValueError: table is not filled
-core.sketch_steiner(core.Graph(3), [0]) -> ValueError: table is not filled
 filled(LINE_AND_DOT).steiner_tree([0, 3]) -> ValueError: no path joins 0 and 3
 core.Graph(2).add_edge(0, 2) -> IndexError: vertex: got 2
-core.Graph(2).neighbors(-1) -> IndexError: i: got -1
 core.steiner_gauss_ham_path(SINGULAR, graph_of(Device.line(2)), [0, 1]) -> RuntimeError: ooops: Error: Can't fill up this tree!
 core.steiner_gauss_ham_path(core.Table(4), graph_of(STAR), [0, 1, 2, 3]) -> RuntimeError: Path is not hamiltonian
-core.steiner_gauss_ham_path(core.Table(3), graph_of(STAR), [0]) -> ValueError: table: got size 3, wanted 4
-core.graph_state_synthesis([[0]], 2, 0) -> ValueError: graph: rows
 core.simulate_circuit([[0]], [(1, 0, 1)], 1) -> IndexError: 1
 core.greedy_pauli_synth({(1, 1): 0.5}, core.OperatorTableau(3)) -> ValueError: wanted 3
-core.greedy_pauli_synth({(1,): 0.5}, core.OperatorTableau(1)) -> RuntimeError: Non-clifford
 core.gray_synth({(0, 0): 1.0}) -> ValueError: poly: holds the zero parity
-core.gray_synth({(1, 0): 1.0, (1,): 1.0}) -> ValueError: key of [12] bits, wanted
-core.gray_synth({(2, 0): 1.0}) -> ValueError: poly: holds integers other
 core.gray_synth_on_graph({(1, 1): 1.0}, core.Graph(2)) -> ValueError: graph: is not connected
-core.find_best_split([3], {0}, [[1, 1]]) -> IndexError: cols: got 3
 core.reduce_cols({0}, [], [[1]], []) -> ValueError: params: got 0, wanted 1
 core.place_cnot(0, 1, [], [[1]]) -> IndexError: target: got 1
-core.is_clifford(core.Gate('RZ', [0], [], True)) -> ValueError: got no angle
 core.clifford_nnize_depth([], core.Graph(2), 0, True, True, TABLEAU, 0) -> ValueError: graph: got 2 qubits, wanted 3
 core.merge_rotations([(axis, core.Parameter(1.0)) for axis in ('X', 'XX')]) -> ValueError: got a string of 2 letters
 """
 
 STAR = zb.Device(4, [(0, 1), (0, 2), (0, 3)])
-LAYER = "".join(
-    f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
-)
-
-
-def graph_of(device):
-    graph = core.Graph(device.n)
-    for a, b in device.edges:
-        graph.add_edge(a, b)
-    return graph
 
 
 def filled(device):
@@ -385,15 +290,15 @@ NAMES = {
     "math": math,
     "graph_of": graph_of,
     "filled": filled,
+    "masked": lambda values: np.ma.array(values, mask=np.zeros(np.shape(values))),
     "two": lambda: zb.pauli.synthesize([("XX", 1.0)], tail="return", method="ladder"),
     "X": zb.Gate("X", 0),
     "EYE": np.eye(3, dtype=bool),
-    "CIRCUIT": zb.Circuit(3, [zb.Gate.h(2), zb.Gate.cnot(2, 1)]),
     "STAR": STAR,
     "LINE_AND_DOT": zb.Device(4, [(0, 1), (1, 2)]),
     "SINGULAR": core.Table.from_matrix([[1, 1], [1, 1]]),
     "T3": "qreg q[3]; ccx q[0],q[1],q[2];",
-    "LONG": "qreg q[9];" + 40 * LAYER,
+    "LONG": LONG_PROGRAM,
     "PI": math.pi,
     "TABLEAU": core.OperatorTableau(3),
 }

@@ -10,7 +10,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import CnotCircuit, Device, Gate, Parameter, errors
+from zeltbraidwerk import Device, Gate, Parameter, errors
 
 MATRIX = [[1, 1], [0, 1]]
 FAMILIES = {
@@ -122,16 +122,6 @@ def test_options_that_a_method_does_not_take(family, methods, options):
             FAMILIES[family](method=method, **{option: 1})
 
 
-def test_quick_methods_look_at_progress_too():
-    for call in (
-        lambda: zb.linear.synthesize(MATRIX, method="pmh", progress=5),
-        lambda: zb.phase.synthesize({}, progress=5),
-        lambda: zb.clifford.synthesize((["X"], ["Z"]), method="elimination", progress=5),
-    ):
-        with pytest.raises(errors.DtypeError, match="progress: got 5"):
-            call()
-
-
 # --- arrays -------------------------------------------------------------------------------------
 
 
@@ -150,46 +140,6 @@ def test_what_holds_an_array_is_one():
     sparse = pytest.importorskip("scipy.sparse")
     for matrix in (whole.view(Field), sparse.csr_array(whole), tuple(MATRIX)):
         assert zb.linear.synthesize(matrix, method="gauss") == wanted
-
-
-@pytest.mark.parametrize(
-    ("call", "name"),
-    [
-        (lambda: zb.linear.synthesize(masked(MATRIX)), "matrix"),
-        (lambda: zb.linear.synthesize([masked(row) for row in MATRIX]), "matrix"),
-        (lambda: zb.graph_state.synthesize(masked([[0, 1], [1, 0]])), "graph"),
-        (lambda: zb.phase.synthesize((masked([[1, 1]]), [0.5])), "polynomial"),
-        (lambda: zb.phase.synthesize(([[1, 1]], masked([0.5]))), "polynomial"),
-        (lambda: CnotCircuit(2, masked([[0, 1]])), "gates"),
-        (lambda: Device(2, masked([[0, 1]])), "edges"),
-        (lambda: Device.of(masked([[0, 1]])), "device"),
-        (lambda: Gate("CNOT", masked([0, 1])), "qubits"),
-        (lambda: Gate("RZ", 0, masked([0.5])), "params"),
-    ],
-)
-def test_masked_arrays_are_refused(call, name):
-    with pytest.raises(errors.DtypeError, match=f"^{name}: got .*masked"):
-        call()
-
-
-@pytest.mark.parametrize(
-    "call",
-    [
-        lambda: Gate("H", True),
-        lambda: Gate("CNOT", (0, np.True_)),
-        lambda: CnotCircuit(2, [(0, True)]),
-        lambda: CnotCircuit(2, np.array([[False, True]])),
-        lambda: Device(2, [(0, True)]),
-        lambda: Device.line(True),
-        lambda: Device.line(3).part([True, 0]),
-        lambda: zb.CliffordTableau(True),
-        lambda: Gate("CNOT", {0, 1}),
-        lambda: Device.line(3).part({0, 1}),
-    ],
-)
-def test_neither_bools_nor_sets_are_qubits(call):
-    with pytest.raises(errors.DtypeError, match=r"^(qubits|gates|edges|n): got .*, wanted"):
-        call()
 
 
 # --- graphs -------------------------------------------------------------------------------------
@@ -236,6 +186,3 @@ def test_edges_that_count_from_one():
 
 def test_a_matrix_of_loops_may_be_of_bool():
     assert zb.graph_state.synthesize(np.eye(2, dtype=bool)).stabilizers == ("YI", "IY")
-
-
-# --- the gallery --------------------------------------------------------------------------------

@@ -229,22 +229,31 @@ class _NormalForm:
         return places[-1]
 
     def same_rotations(self, other: _NormalForm) -> bool:
-        """Takes the rotations out of the other form, in the order of this one: each one commutes
-        with those that are still before it. The other form is used up."""
-        for string, places in self._places.items():
-            if len(places) != len(other._places.get(string, ())):
+        """Whether both forms have the same rotations, those that do not commute in the same order.
+        The other form is used up."""
+        return self._same_angles(other) and self._same_order(other)
+
+    def _same_angles(self, other: _NormalForm) -> bool:
+        """Equal strings keep their order: some string between two of them commutes with neither."""
+        for string in self._places.keys() | other._places.keys():
+            ours, theirs = self._places.get(string, []), other._places.get(string, [])
+            if len(ours) != len(theirs) or not all(
+                _alike(self._rotations[a], other._rotations[b])
+                for a, b in zip(ours, theirs, strict=True)
+            ):
                 return False
-            pairs = zip(places, other._places[string], strict=True) if places else ()
-            if not all(_alike(self._rotations[a], other._rotations[b]) for a, b in pairs):
-                return False
-        if sum(map(len, self._places.values())) != sum(map(len, other._places.values())):
-            return False
+        return True
+
+    def _same_order(self, other: _NormalForm) -> bool:
+        """Takes the rotations out of the other form in the order of this one. Each one must commute
+        with those that are still there before it."""
         waiting = {string: iter(places) for string, places in other._places.items()}
         first = 0
         for rotation in self._rotations:
             if rotation is None:
                 continue
-            string, place = rotation[0], next(waiting[rotation[0]])
+            string = rotation[0]
+            place = next(waiting[string])
             while other._rotations[first] is None:
                 first += 1
             if other._strings.clash(string, first, place):

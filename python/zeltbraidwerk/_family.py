@@ -97,10 +97,9 @@ class Call:
         assert self.effort.seed is not None
         return self.effort.seed
 
-    def place(self, n: int, *, in_order: bool = False) -> None:
-        """Finds a connected part of the device for ``n`` wires; or takes its first qubits."""
-        if self.device is not None:
-            self.site = (Site.of_first if in_order else Site.of)(self.device, n)
+    def place(self, n: int) -> None:
+        """Finds a connected part of the device for ``n`` wires."""
+        self.site = None if self.device is None else Site.of(self.device, n)
 
     def qubits(self, n: int) -> tuple[int, ...]:
         """The qubits of the circuit on which ``n`` wires are placed."""

@@ -21,17 +21,18 @@ from zeltbraidwerk.gates import Parameter
 class PauliSynthesis(MovesObservables):
     """A circuit for Pauli rotations, and how it was found.
 
-    The circuit is the rotations followed by ``clifford``. With ``tail`` "close" that is the
-    identity, or the exchange of wires that ``permutation`` tells. ``order`` is "commuting" where
-    the circuit is the product of ``rotations`` in their order. ``identity_angle`` is the angle of
-    all identity strings together, each a rotation exp(-i angle / 2).
+    The circuit is the rotations followed by ``tail``, a Clifford operator; None where it was
+    closed, which leaves the exchange of wires that ``permutation`` tells. ``tail_option`` is
+    "close" or "return", as it was asked for. ``order`` is "commuting" where the circuit is the
+    product of ``rotations`` in their order. ``identity_angle`` is the angle of all identity strings
+    together, each a rotation exp(-i angle / 2).
     """
 
     circuit: Circuit
     rotations: tuple[tuple[str, Parameter], ...]
     identity_angle: Parameter
     order: str
-    tail: Tail
+    tail_option: Tail
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
 
     global_angle = _renamed.Field("global_phase", lambda result: result.identity_angle)
@@ -49,9 +50,14 @@ class PauliSynthesis(MovesObservables):
             )
         return Parameter(0.0 - float(angle) / 2)
 
+    @property
+    def tail(self) -> CliffordTableau | None:
+        """What the circuit does after the rotations; None where it was closed."""
+        return None if self.tail_option == "close" else self.clifford
+
     @cached_property
     def clifford(self) -> CliffordTableau:
-        """The operator of the Clifford gates of the circuit."""
+        """The operator of the Clifford gates of the circuit: the tail, or the exchange of wires."""
         pairs = zip(self.circuit, self._rotates, strict=True)
         return CliffordTableau(self.n).apply([gate for gate, rotates in pairs if not rotates])
 
@@ -67,7 +73,7 @@ class PauliSynthesis(MovesObservables):
         if not _pauli_check.same_rotations(found, wanted, self.order == "commuting"):
             return False
         return self._on_edges() and (
-            self._is_closed(pulled) if self.tail == "close" else self._fits(pulled)
+            self._is_closed(pulled) if self.tail is None else self._fits(pulled, self.tail)
         )
 
     def _is_closed(self, pulled: _pauli_check.PulledBack) -> bool:
@@ -81,8 +87,8 @@ class PauliSynthesis(MovesObservables):
             for letter in "XZ"
         )
 
-    def _fits(self, pulled: _pauli_check.PulledBack) -> bool:
-        xs, zs = self.clifford.images()
+    def _fits(self, pulled: _pauli_check.PulledBack, tail: CliffordTableau) -> bool:
+        xs, zs = tail.images()
         return all(
             pulled.image(image[1:]) == (image[0] == "-", "I" * q + letter + "I" * (self.n - q - 1))
             for letter, images in (("X", xs), ("Z", zs))
@@ -94,7 +100,7 @@ class PauliSynthesis(MovesObservables):
 
     def _about(self) -> Iterable[str]:
         yield f"{len(self.rotations)} rotations"
-        yield "tail returned" if self.tail == "return" else "tail closed"
+        yield "tail closed" if self.tail is None else "tail returned"
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)

@@ -30,16 +30,6 @@ class Site:
         raise _disconnected(device, n)
 
     @classmethod
-    def of_first(cls, device: Device, n: int) -> Site:
-        """Wire k on qubit k."""
-        _refuse_small(device, n)
-        if n > 0 and not device.part(range(n)).is_connected:
-            raise errors.DisconnectedDeviceError(
-                f"device: got {device!r}, wanted one whose qubits 0 to {n - 1} are connected"
-            )
-        return cls(device, tuple(range(n)))
-
-    @classmethod
     def with_path(cls, device: Device, n: int, seconds: float) -> Site:
         """The first connected part with a path; each part gets the same share of the time."""
         _refuse_small(device, n)

@@ -1,4 +1,5 @@
-"""Inputs worth synthesising: matrices, Pauli rotations and graphs, each from its definition.
+"""Inputs worth synthesising: matrices, Pauli rotations, graphs and circuits, each from its
+definition.
 
 Matrices are linear layers of ciphers, and random ones. All are square numpy arrays of bool in the
 convention of the package: row r marks the inputs whose XOR stands on output r. The words of a
@@ -18,13 +19,44 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _validate, errors
+from zeltbraidwerk._gallery_circuits import (
+    controlled_rotations,
+    hardware_efficient,
+    phase_estimation,
+    qaoa,
+    qft,
+)
+from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, seeded
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.gates import Gate
 
-BoolArray = npt.NDArray[np.bool_]
+__all__ = [
+    "aes_mixcolumns",
+    "cipher_layers",
+    "circulant",
+    "controlled_rotations",
+    "hadamard",
+    "hardware_efficient",
+    "heisenberg",
+    "ising_chain",
+    "low_autocorrelation",
+    "maxcut",
+    "maxcut_regular",
+    "multiplier",
+    "phase_estimation",
+    "qaoa",
+    "qft",
+    "random_clifford",
+    "random_graph",
+    "random_invertible",
+    "random_parities",
+    "random_paulis",
+    "rank",
+    "uccsd",
+]
 
-_MOST = 2**31 - 1
+BoolArray = npt.NDArray[np.bool_]
 
 
 def circulant(first_row: list[int], polynomial: int) -> BoolArray:
@@ -81,8 +113,8 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
            [1, 1, 1],
            [1, 1, 0]])
     """
-    n, count = _validate.qubit_count(n), _count(count, "count")
-    rng = _random(7000 + n if seed is None else seed)
+    n, count = _validate.qubit_count(n), number_of(count, "count")
+    rng = seeded(7000 + n if seed is None else seed)
     found: list[BoolArray] = []
     while len(found) < count:
         rows = [rng.getrandbits(n) for _ in range(n)] if n else []
@@ -106,8 +138,8 @@ def uccsd(
     {'YZXI': -1.0, 'XZYI': 1.0, 'IYZX': -1.0, 'IXZY': 1.0, 'YXXX': -0.25, 'XYXX': -0.25, \
 'XXYX': 0.25, 'YYYX': -0.25, 'XXXY': 0.25, 'YYXY': -0.25, 'YXYY': 0.25, 'XYYY': 0.25}
     """
-    qubits = _even(qubits, "qubits", 0, _MOST)
-    electrons = _even(electrons, "electrons", 0, qubits)
+    qubits = even(qubits, "qubits", 0, MOST)
+    electrons = even(electrons, "electrons", 0, qubits)
     excitations = list(_excitations(qubits, electrons))
     factors = [1.0] * len(excitations)
     if amplitudes is not None:
@@ -166,14 +198,14 @@ def random_paulis(n: int, terms: int, seed: int = 1) -> list[str]:
     >>> random_paulis(4, 3)
     ['XIYI', 'ZZZZ', 'XIZI']
     """
-    n, terms, rng = _validate.qubit_count(n), _count(terms, "terms"), _random(seed)
+    n, terms, rng = _validate.qubit_count(n), number_of(terms, "terms"), seeded(seed)
     return ["".join(rng.choice("IXYZ") for _ in range(n)) for _ in range(terms)]
 
 
 def maxcut(n: int, seed: int = 1) -> list[str]:
     """The strings of one layer of QAOA for the largest cut of a random graph of degree three, n
     even and at least 4: ZZ on its edges, then X on every qubit."""
-    n, rng = _even(n, "n", 4, _MOST), _random(seed)
+    n, rng = even(n, "n", 4, MOST), seeded(seed)
     edges: set[tuple[int, ...]] = set()
     while len(edges) < 3 * n // 2:
         ends = rng.sample(3 * list(range(n)), 3 * n)
@@ -185,7 +217,7 @@ def maxcut(n: int, seed: int = 1) -> list[str]:
 
 def random_graph(n: int, seed: int = 1) -> BoolArray:
     """A symmetric matrix, with an edge between each pair of vertices with probability 1/2."""
-    n, rng = _validate.qubit_count(n), _random(seed)
+    n, rng = _validate.qubit_count(n), seeded(seed)
     graph = np.zeros((n, n), dtype=bool)
     for i in range(n):
         for j in range(i):
@@ -200,7 +232,7 @@ def random_clifford(n: int, count: int) -> list[CliffordTableau]:
     >>> random_clifford(2, 1)[0].n
     2
     """
-    n, count = _validate.qubit_count(n), _count(count, "count")
+    n, count = _validate.qubit_count(n), number_of(count, "count")
     rng = random.Random(9000 + n)
     found = []
     for _ in range(count):
@@ -234,7 +266,7 @@ def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
     >>> random_parities(3, 2, 1)
     [[5, 2]]
     """
-    n, count = _validate.integer(n, "n", 0, 63), _count(count, "count")
+    n, count = _validate.integer(n, "n", 0, 63), number_of(count, "count")
     terms = _validate.integer(terms, "terms", 0, 2**n - 1)
     rng = random.Random(8000 + terms)
     return [rng.sample(range(1, 2**n), terms) for _ in range(count)]
@@ -250,21 +282,6 @@ def rank(rows: list[int]) -> int:
         if row:
             basis[row.bit_length()] = row
     return len(basis)
-
-
-def _random(seed: Any) -> random.Random:
-    return random.Random(_validate.integer(seed, "seed", 0, 2**64 - 1))
-
-
-def _count(value: Any, name: str) -> int:
-    return _validate.integer(value, name, 0, _MOST)
-
-
-def _even(value: Any, name: str, least: int, most: int) -> int:
-    number = _validate.integer(value, name, least, most)
-    if number % 2:
-        raise errors.OptionError(f"{name}: got {number}, wanted an even number")
-    return number
 
 
 def _elements(first_row: Any, polynomial: Any) -> list[int]:
@@ -308,7 +325,7 @@ def low_autocorrelation(
     >>> low_autocorrelation(3)
     [('ZIZ', 2.0), ('XII', 1.0), ('IXI', 1.0), ('IIX', 1.0)]
     """
-    n, layers = _validate.qubit_count(n), _count(layers, "layers")
+    n, layers = _validate.qubit_count(n), number_of(layers, "layers")
     angles = 2 * _validate.angle(gamma, "gamma"), 2 * _validate.angle(beta, "beta")
     terms: dict[frozenset[int], int] = {}
     for k in range(1, n):
@@ -330,22 +347,11 @@ def maxcut_regular(n: int, degree: int, seed: int = 1) -> list[str]:
     >>> maxcut_regular(4, 3)
     ['ZZII', 'ZIZI', 'ZIIZ', 'IZZI', 'IZIZ', 'IIZZ', 'XIII', 'IXII', 'IIXI', 'IIIX']
     """
-    n, rng = _validate.qubit_count(n), _random(seed)
+    n, rng = _validate.qubit_count(n), seeded(seed)
     degree = _validate.integer(degree, "degree", 0, max(n, 1) - 1)
     if n * degree % 2 != 0:
         raise errors.OptionError(f"degree: got {degree} for {n} vertices, wanted an even product")
-    steps = [*range(1, degree // 2 + 1), *([n // 2] if degree % 2 else [])]
-    ends = [(v, (v + k) % n) for k in steps for v in range(n)]
-    edges = sorted({(min(pair), max(pair)) for pair in ends})
-    joined = set(edges)
-    for _ in range(10 * len(edges)):
-        one, other = rng.randrange(len(edges)), rng.randrange(len(edges))
-        (a, b), (c, d) = edges[one], rng.sample(edges[other], 2)
-        exchanged = {(min(a, c), max(a, c)), (min(b, d), max(b, d))}
-        if len({a, b, c, d}) == 4 and not exchanged & joined:
-            joined = joined - {edges[one], edges[other]} | exchanged
-            edges[one], edges[other] = exchanged
-    pairs = [_string("Z", edge, n) for edge in sorted(joined)]
+    pairs = [_string("Z", edge, n) for edge in regular_edges(n, degree, rng)]
     return pairs + [_string("X", [q], n) for q in range(n)]
 
 
@@ -368,9 +374,11 @@ def heisenberg(
     listed = shape
     if not isinstance(shape, (int, np.integer)):
         listed = _validate.items(shape, "shape", "an integer or a list of integers")
-    sides = [_count(side, "shape") for side in (listed if isinstance(listed, list) else [listed])]
-    size = _count(math.prod(sides), "shape")
-    steps = _validate.integer(steps, "steps", 1, _MOST)
+    sides = [
+        number_of(side, "shape") for side in (listed if isinstance(listed, list) else [listed])
+    ]
+    size = number_of(math.prod(sides), "shape")
+    steps = _validate.integer(steps, "steps", 1, MOST)
     wanted = "the three numbers of XX, YY and ZZ"
     strengths = [
         _finite(each, "couplings") for each in _validate.items(couplings, "couplings", wanted)
@@ -405,7 +413,7 @@ def ising_chain(
     >>> ising_chain(2)
     [('ZZ', 2.0), ('XI', 2.0), ('IX', 2.0)]
     """
-    n, steps = _validate.qubit_count(n), _validate.integer(steps, "steps", 1, _MOST)
+    n, steps = _validate.qubit_count(n), _validate.integer(steps, "steps", 1, MOST)
     turn = 2 * _finite(time, "time") / steps
     pair, single = _finite(coupling, "coupling") * turn, _finite(field, "field") * turn
     pairs = [(_string("Z", (q, q + 1), n), pair) for q in range(n - 1)]

@@ -119,7 +119,7 @@ def synthesize(
 
     **Tail.** A Clifford operator follows the rotations. ``tail="close"``, the default, undoes it;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
-    ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.clifford``, and
+    ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.tail``, and
     ``result.absorb`` and ``result.readout`` change the measurement accordingly.
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
@@ -158,7 +158,7 @@ def synthesize(
             rotations=tuple(zip(given.strings, given.angles, strict=True)),
             identity_angle=given.identity_angle,
             order="commuting" if in_order else "free",
-            tail=tail,
+            tail_option=tail,
             _rotates=_validate.frozen(operations[:, 3] >= 0),
         )  # fmt: skip
 

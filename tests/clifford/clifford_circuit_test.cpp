@@ -15,19 +15,6 @@ using namespace zelt::braidwerk::internal;
 using structures::Gate;
 using structures::OperatorTableau;
 
-/// Signed images of X and Z on all qubits, by the tableau's own conjugation.
-std::vector<SignedString> images(const OperatorTableau& t) {
-  std::vector<SignedString> found;
-  for (int q = 0; q < t.nbqbits; ++q) {
-    for (const char letter : {'X', 'Z'}) {
-      std::string letters(static_cast<std::size_t>(t.nbqbits), 'I');
-      letters[static_cast<std::size_t>(q)] = letter;
-      found.push_back(carried(letters, t));
-    }
-  }
-  return found;
-}
-
 TEST(CliffordCircuit, acts_as_the_tableau) {
   std::mt19937 rng(1);
   for (int n : {1, 2, 3, 4, 5, 8, 13, 33, 70}) {

@@ -78,20 +78,6 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
   return strings;
 }
 
-/// Back through the circuit, by the tableau of its inverse, every stabiliser is plus a product of
-/// Z.
-bool prepares(const std::vector<Gate>& circuit, const std::vector<SignedString>& strings) {
-  std::vector<Gate> inverse(circuit.rbegin(), circuit.rend());
-  for (Gate& gate : inverse) {
-    for (auto& angle : gate.params) angle = angle.flip_sign();
-  }
-  const auto tableau = tableau_of(inverse, static_cast<int>(strings.size()));
-  return std::ranges::all_of(strings, [&](const SignedString& string) {
-    const auto [negative, letters] = carried(string.second, tableau);
-    return negative == string.first && letters.find_first_of("XY") == std::string::npos;
-  });
-}
-
 StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
                      const Task& task = {}) {
   Effort effort;
@@ -99,42 +85,12 @@ StateResult searched(const std::vector<SignedString>& strings, std::uint64_t ste
   return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);
 }
 
-void expect_prepared(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     bool by_depth = false) {
-  const StateResult found = searched(strings, steps, {.objective = support::objective(by_depth)});
-  ASSERT_TRUE(prepares(found.gates, strings)) << strings.size() << " qubits, " << steps;
-  const auto pairs = [](const Gate& gate) { return gate.qbits.size() == 2; };
-  EXPECT_EQ(std::ranges::count_if(found.gates, pairs), found.count);
-  EXPECT_LE(found.depth, found.count);
-}
-
-TEST(StateSearch, prepares_states_with_their_signs) {
-  std::mt19937 rng(1);
-  for (const int n : {0, 1, 2, 3, 4, 5, 6, 8, 11, 17, 33, 50}) {
-    for (int round = 0; round < (n < 10 ? 40 : 4); ++round) {
-      const std::uint64_t steps = round % 4 == 0 ? 0 : 100U << (round % 8);
-      const auto gates = static_cast<int>(rng() % 4U) * n;
-      expect_prepared(n == 0 ? graph_state(0, 0, rng) : random_state(n, gates, rng), steps);
-      expect_prepared(graph_state(n, 0.2 * (round % 5), rng), steps, round % 2 != 0);
-    }
-  }
-}
-
-TEST(StateSearch, takes_more_qubits_than_a_word_has_bits) {
-  std::mt19937 rng(2);
-  for (const int n : {64, 65, 130}) {
-    expect_prepared(graph_state(n, 3.0 / n, rng), 400);
-    expect_prepared(random_state(n, n / 2, rng), 400);
-  }
-  expect_prepared(graph_state(70, 0.5, rng), 0);
-}
-
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
 TEST(StateSearch, turns_zeros_into_the_state_itself) {
   const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};
-  const StateResult found = searched(strings, 100);
+  const PlacedCircuit found = searched(strings, 100);
   ASSERT_TRUE(stabilise_a_state(frame_of(strings, 3)));
-  EXPECT_EQ(found.count, 2);
+  EXPECT_EQ(found.size.count, 2);
   const Dense circuit = unitary(found.gates, 3);
   for (const auto& [negative, letters] : strings) {
     const Dense moved = pauli(letters) * circuit;
@@ -148,25 +104,12 @@ TEST(StateSearch, turns_zeros_into_the_state_itself) {
 TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   std::mt19937 rng(3);
   for (const int n : {2, 5, 9, 20}) {
-    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).count, n - 1) << n;
-    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).count, 0) << n;
+    EXPECT_EQ(searched(graph_state(n, 1, rng), 0).size.count, n - 1) << n;
+    EXPECT_EQ(searched(graph_state(n, 0, rng), 0).size.count, 0) << n;
   }
   for (int round = 0; round < 10; ++round) {
     const auto sparse = graph_state(30, 0.05, rng);
-    EXPECT_LE(searched(sparse, 0).count, edges_of(sparse));
-  }
-}
-
-TEST(StateSearch, trades_gates_for_layers) {
-  std::mt19937 rng(6);
-  const auto strings = graph_state(16, 0.5, rng);
-  const StateResult small = searched(strings, 30000);
-  int last = small.depth - 1;
-  for (const std::uint64_t steps : {10000, 20000, 40000}) {
-    const StateResult shallow = searched(strings, steps, {.objective = Objective::depth});
-    EXPECT_LE(shallow.depth, last) << steps;
-    EXPECT_GE(shallow.count, small.count);
-    last = shallow.depth;
+    EXPECT_LE(searched(sparse, 0).size.count, edges_of(sparse));
   }
 }
 

@@ -18,7 +18,6 @@ using support::matrix;
 using support::Rng;
 using support::show;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct Lists {
   BoolMatrix parities;
@@ -123,17 +122,6 @@ TEST(Syndrome, DecodesAndKeepsItsAnswers) {
     }
   }
   EXPECT_EQ(digest.text(), "7dc487c800c97d07");
-}
-
-TEST(Syndrome, KeepsToItsWorkedExamples) {
-  const BoolMatrix vectors = matrix({"110", "011", "011", "100", "010", "001"});
-  EXPECT_THAT(solve_decoding_greedy(vectors, {false, false, false}, 3), IsEmpty());
-  EXPECT_THAT(solve_decoding_greedy(vectors, {true, true, true}, 0), IsEmpty());
-  EXPECT_THAT(solve_decoding_greedy(vectors, {false, true, true}, 3), ElementsAre(1));
-  EXPECT_THAT(solve_syndrome(vectors, {true, true, true}, 3, -1), ElementsAre(0, 5));
-  // No unit vectors: there may be no answer, or none that this way leads to.
-  EXPECT_THAT(solve_decoding_greedy({}, {true}, 1), IsEmpty());
-  EXPECT_THAT(solve_syndrome(matrix({"11"}), {true, false}, 2, 3), IsEmpty());
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/dense.h"
 #include "support/oracles.h"
 #include "support/scripted_uniform.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
@@ -13,7 +12,6 @@ namespace {
 using namespace zelt::braidwerk::internal;
 using structures::Gate;
 using support::at;
-using support::Dense;
 using support::matrix;
 using support::Rng;
 using support::show;
@@ -24,34 +22,6 @@ BoolMatrix random_symmetric(int n, Rng& rng) {
     for (int j = 0; j < i; ++j) graph[at(i)][at(j)] = graph[at(j)][at(i)];
   }
   return graph;
-}
-
-std::vector<Gate> gates_of(const TripleCircuit& circuit, int n) {
-  std::vector<Gate> gates;
-  for (const auto& [code, a, b] : circuit) {
-    gates.push_back(code == 0 ? Gate::S(a) : code == 1 ? Gate::CZ(a, b) : Gate::CNOT(a, b));
-  }
-  for (int q = 0; q < n; ++q) gates.push_back(Gate::H(q));
-  return gates;
-}
-
-/// The state of the graph, built from its definition, must come out as one basis state.
-bool takes_state_apart(const std::vector<Gate>& gates, const BoolMatrix& graph) {
-  const int n = static_cast<int>(graph.size());
-  std::vector<Gate> all;
-  for (int q = 0; q < n; ++q) all.push_back(Gate::H(q));
-  for (int i = 0; i < n; ++i) {
-    if (graph[at(i)][at(i)]) all.push_back(Gate::S(i));
-    for (int j = 0; j < i; ++j) {
-      if (graph[at(i)][at(j)]) all.push_back(Gate::CZ(i, j));
-    }
-  }
-  all.insert(all.end(), gates.begin(), gates.end());
-  const Dense u = support::unitary(all, n);
-  for (std::size_t r = 0; r < u.size; ++r) {
-    if (std::abs(std::abs(u(r, 0)) - 1) < 1e-9) return true;
-  }
-  return false;
 }
 
 /// The action by its definition, a bit at a time.
@@ -72,7 +42,7 @@ bool is_empty(const BoolMatrix& graph) {
   return graph == BoolMatrix(graph.size(), BoolRow(graph.size()));
 }
 
-TEST(GraphState, NaiveSynthesisIsAGateAOne) {
+TEST(GraphState, NaiveSynthesisIsOneGatePerOne) {
   std::string text;
   for (const Gate& gate : naive_gs_synthesis(matrix({"101", "011", "110"}))) {
     text += gate.to_string() + ";";
@@ -81,11 +51,6 @@ TEST(GraphState, NaiveSynthesisIsAGateAOne) {
             "RZ [0 ]1.5708 (diag);CSIGN [0 2 ];RZ [1 ]1.5708 (diag);CSIGN [1 2 ];H [0 ];H [1 ];"
             "H [2 ];");
   EXPECT_TRUE(naive_gs_synthesis({}).empty());
-  Rng rng(1);
-  for (int round = 0; round < 50; ++round) {
-    const BoolMatrix graph = random_symmetric(1 + round % 5, rng);
-    EXPECT_TRUE(takes_state_apart(naive_gs_synthesis(graph), graph)) << show(graph);
-  }
 }
 
 TEST(GraphState, CircuitsActOnTheLeadingBlock) {
@@ -127,19 +92,6 @@ TEST(GraphState, PrintsCircuitsAndMatrices) {
             "S    3\nCZ   0 2\nCNOT 4 5\n\n0 \n1 \n\n1 0 \n7 8 \n");
 }
 
-TEST(GraphStateSynthesis, KeepsToItsWorkedExamples) {
-  const auto synthesised = [](const BoolMatrix& graph, int n) {
-    TripleCircuit circuit;
-    graph_state_synthesis(graph, circuit, n, 0);
-    return circuit;
-  };
-  EXPECT_EQ(synthesised(matrix({"0"}), 1), TripleCircuit{});
-  EXPECT_EQ(synthesised(matrix({"1"}), 1), (TripleCircuit{{0, 0, 0}}));
-  EXPECT_EQ(synthesised(matrix({"01", "10"}), 2), (TripleCircuit{{1, 1, 0}}));
-  EXPECT_EQ(synthesised(matrix({"11", "11"}), 0), (TripleCircuit{{0, 0, 0}}));
-  EXPECT_EQ(synthesised({}, 0), TripleCircuit{});
-}
-
 TEST(GraphStateSynthesis, SolvesEveryGraph) {
   Rng rng(3);
   for (int round = 0; round < 3000; ++round) {
@@ -148,9 +100,6 @@ TEST(GraphStateSynthesis, SolvesEveryGraph) {
     TripleCircuit circuit;
     synthesise_graph_state(BitMatrix::pack(graph, n, n), circuit, round % 3, SeededDraw(7, 0), {});
     ASSERT_TRUE(is_empty(acted_on(graph, circuit))) << show(graph);
-    if (round % 10 == 0) {
-      ASSERT_TRUE(takes_state_apart(gates_of(circuit, n), graph)) << show(graph);
-    }
   }
   for (const int n : {20, 63, 64, 65, 70}) {
     const BoolMatrix graph = random_symmetric(n, rng);
@@ -158,27 +107,6 @@ TEST(GraphStateSynthesis, SolvesEveryGraph) {
     graph_state_synthesis(graph, circuit, n, 2);
     EXPECT_TRUE(is_empty(acted_on(graph, circuit)));
   }
-}
-
-TEST(GraphStateSynthesis, NeedsFarFewerGatesThanEdgesAndRepeatsItself) {
-  Rng rng(4);
-  std::size_t gates = 0;
-  std::size_t edges = 0;
-  for (int round = 0; round < 10; ++round) {
-    const BoolMatrix graph = random_symmetric(30, rng);
-    TripleCircuit circuits[3];
-    for (const std::uint64_t k : {0, 1, 2}) {
-      synthesise_graph_state(BitMatrix::pack(graph, 30, 30), circuits[k], 10, SeededDraw(k / 2, 0),
-                             {});
-    }
-    EXPECT_EQ(circuits[0], circuits[1]);
-    EXPECT_NE(circuits[0], circuits[2]);
-    for (const auto& [code, a, b] : circuits[0]) gates += code != 0;
-    for (int i = 0; i < 30; ++i) {
-      for (int j = 0; j < i; ++j) edges += graph[at(i)][at(j)];
-    }
-  }
-  EXPECT_LT(gates, edges / 2);
 }
 
 }  // namespace

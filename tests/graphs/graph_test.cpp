@@ -66,11 +66,6 @@ TEST(Graph, WeightsGrowOnDemandAndCopiesForget) {
   EXPECT_EQ(assigned.steiner_cache.size(), 1u);
 }
 
-TEST(Graph, TextListsVerticesWithNeighbours) {
-  EXPECT_EQ(graph(4, {{0, 2}, {0, 3}}).to_string(), "0 : 2 3 \n2 : 0 \n3 : 0 \n");
-  EXPECT_EQ(Graph(3).to_string(), "");
-}
-
 TEST(Graph, HamiltonianPaths) {
   const Graph g = line(3);
   EXPECT_TRUE(g.is_ham_path({0, 1, 2}));

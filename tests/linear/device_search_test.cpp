@@ -1,18 +1,15 @@
 // Searches for short CNOT circuits on the edges of a device.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
-#include <numeric>
 #include <queue>
 #include <string>
 #include <vector>
 
+#include "support/gate_lists.h"
 #include "support/graphs.h"
 #include "support/oracles.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
-#include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 namespace {
 
@@ -20,23 +17,13 @@ using support::at;
 using namespace zelt::braidwerk::internal;
 
 GateList searched(const BoolMatrix& m, const structures::Graph& device, std::uint64_t steps,
-                  int reach = 0, std::uint64_t seed = 1, bool by_depth = false) {
+                  int reach = 0) {
   const BitGraph graph(device);
-  const Task task{.objective = support::objective(by_depth),
-                  .outputs = reach == any_reach ? Outputs::anywhere : Outputs::within_reach,
+  const Task task{.outputs = reach == any_reach ? Outputs::anywhere : Outputs::within_reach,
                   .reach = reach,
                   .device = &graph,
-                  .seed = seed};
-  Effort effort;
-  effort.steps = steps;
-  const int n = device.n;
-  return search_cnot_on_device(BitMatrix::pack(m, n, n), task, effort);
-}
-
-std::vector<std::tuple<int, int>> cnots(const GateList& list) {
-  std::vector<std::tuple<int, int>> gates;
-  for (const Gate& gate : list.gates) gates.emplace_back(wire_of(gate.a), wire_of(gate.b));
-  return gates;
+                  .seed = 1};
+  return search_cnot_on_device(support::packed(m), task, support::steps(steps));
 }
 
 int distance(const structures::Graph& device, int from, int to) {
@@ -57,19 +44,12 @@ int distance(const structures::Graph& device, int from, int to) {
 std::string fault(const GateList& list, const BoolMatrix& m, const structures::Graph& device,
                   int reach) {
   for (const Gate& gate : list.gates) {
-    if (label_of(gate.a) != label_z || label_of(gate.b) != label_x) return "no CNOT";
     if (!device.are_neighbors(wire_of(gate.a), wire_of(gate.b))) return "not on an edge";
   }
-  std::vector<int> wire(m.size());
-  for (std::size_t w = 0; w < m.size(); ++w) {
-    const int output = list.frame.output_on(static_cast<int>(w));
-    wire[at(output)] = static_cast<int>(w);
-    if (reach < any_reach && distance(device, output, static_cast<int>(w)) > reach) {
-      return "too far from its place";
-    }
+  for (int w = 0; w < device.n && reach < any_reach; ++w) {
+    if (distance(device, list.frame.output_on(w), w) > reach) return "too far from its place";
   }
-  const structures::CnotCircuit circuit(device.n, cnots(list));
-  return support::implements_up_to(circuit, wire, m) ? "" : "another map";
+  return support::implements(list, m) ? "" : "another map";
 }
 
 structures::Graph star(int n) {
@@ -99,24 +79,12 @@ TEST(DeviceSearch, DirectionsAndShortest) {
   // The end of a line gains its beginning: through the middle and back.
   const BoolMatrix m = support::matrix({"100", "010", "101"});
   const GateList list = searched(m, support::line(3), 2000);
-  EXPECT_EQ(list.count(), 4) << support::show(cnots(list));
+  EXPECT_EQ(list.count(), 4);
   EXPECT_EQ(fault(list, m, support::line(3), 0), "");
   // A swap of the ends of an edge, where outputs may move and where not.
   const BoolMatrix swap = support::matrix({"010", "100", "001"});
   EXPECT_EQ(searched(swap, support::line(3), 2000).count(), 3);
   EXPECT_EQ(searched(swap, support::line(3), 2000, 1).count(), 0);
-}
-
-TEST(DeviceSearch, FewerLayers) {
-  support::Rng rng(4);
-  const structures::Graph device = support::grid(4, 3);
-  const BoolMatrix m = support::random_invertible(device.n, rng);
-  const auto depth = [&](const GateList& list) {
-    return structures::CnotCircuit(device.n, cnots(list)).depth();
-  };
-  const GateList shallow = searched(m, device, 20000, 0, 1, true);
-  EXPECT_EQ(fault(shallow, m, device, 0), "");
-  EXPECT_LT(depth(shallow), depth(searched(m, device, 20000)));
 }
 
 TEST(DeviceSearch, EndsOnWhatHasNoCircuit) {
@@ -127,38 +95,6 @@ TEST(DeviceSearch, EndsOnWhatHasNoCircuit) {
   searched(BoolMatrix(6, BoolRow(6, true)), support::grid(3, 2), 1000, any_reach);
   support::Rng rng(3);
   searched(support::random_invertible(6, rng), structures::Graph(6), 1000);
-}
-
-/// Rows as one number, by a search of all maps, nothing left out.
-TEST(DeviceSearch, TablesOfALine) {
-  using Rows = std::array<unsigned, 4>;
-  const auto small = [](const Rows& rows) {
-    return static_cast<SmallMatrix>(rows[0] | rows[1] << 4 | rows[2] << 8 | rows[3] << 12);
-  };
-  std::map<Rows, int> exact{{Rows{1, 2, 4, 8}, 0}};
-  std::queue<Rows> queue({Rows{1, 2, 4, 8}});
-  for (; !queue.empty(); queue.pop()) {
-    for (std::size_t v = 0; v < 3; ++v) {
-      for (const auto& [c, t] : {std::pair(v, v + 1), std::pair(v + 1, v)}) {
-        Rows next = queue.front();
-        next[t] ^= next[c];
-        if (exact.emplace(next, exact[queue.front()] + 1).second) queue.push(next);
-      }
-    }
-  }
-  const WindowGraph line = pair_bit(0, 1) | pair_bit(1, 2) | pair_bit(2, 3);
-  const MapTable& in_place = MapTable::of(4, line, false);
-  const MapTable& moved = MapTable::of(4, line, true);
-  EXPECT_EQ(exact.size(), 20160u);
-  for (const auto& [rows, gates] : exact) {
-    ASSERT_EQ(in_place.distance(small(rows)), gates);
-    int least = gates;
-    Rows other = rows;
-    std::sort(other.begin(), other.end());
-    do least = std::min(least, exact[other]);
-    while (std::next_permutation(other.begin(), other.end()));
-    ASSERT_EQ(moved.distance(small(rows)), least);
-  }
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 // Circuits turned from one map to a related one, and closed to have their outputs in place.
 #include <gtest/gtest.h>
 
-#include <numeric>
-
+#include "support/graphs.h"
 #include "support/oracles.h"
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/facing.h"
@@ -13,13 +12,6 @@ using support::at;
 using support::implements_up_to;
 using support::operator_of;
 using namespace zelt::braidwerk::internal;
-
-std::vector<int> random_order(int n, support::Rng& rng) {
-  std::vector<int> order(at(n));
-  std::iota(order.begin(), order.end(), 0);
-  std::shuffle(order.begin(), order.end(), rng);
-  return order;
-}
 
 /// Any circuit, any permutation, and the map that they implement.
 struct Known {
@@ -32,7 +24,7 @@ struct Known {
       const int target = (control + 1 + static_cast<int>(rng() % at(n - 1))) % n;
       found.circuit.addGate(control, target);
     }
-    found.perm = random_order(n, rng);
+    found.perm = support::shuffled(n, rng);
     const BoolMatrix m = operator_of(found.circuit);
     for (const int wire : found.perm) map.push_back(m[at(wire)]);
   }
@@ -63,7 +55,7 @@ TEST(Facing, CircuitsComeBackFromOtherNames) {
   support::Rng rng(2);
   for (const int n : sizes) {
     Known known(n, rng);
-    const Renaming renaming{random_order(n, rng), random_order(n, rng)};
+    const Renaming renaming{support::shuffled(n, rng), support::shuffled(n, rng)};
     BoolMatrix m(at(n), BoolRow(at(n)));
     for (int r = 0; r < n; ++r) {
       for (int c = 0; c < n; ++c) {

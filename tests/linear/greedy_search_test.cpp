@@ -189,8 +189,26 @@ TEST(Pathfinding, OtherNamesRunNothing) {
   }
 }
 
+using namespace zelt::braidwerk::internal;
+
+TEST(GreedyKernel, ReducesEveryMatrixOfFewQubits) {
+  support::Rng rng(39);
+  for (const auto& [cost, largest] : {std::pair(GreedyCost::Ones, 20),
+                                      {GreedyCost::OnesWithInverse, 20},
+                                      {GreedyCost::OnesWithEscape, 30},
+                                      {GreedyCost::Log, 30}}) {
+    for (int n = 0; n <= largest; ++n) {
+      const BitMatrix a = support::packed(support::random_invertible(n, rng));
+      std::vector<int> perm(at(n));
+      const auto found = greedy_synthesis(a, perm, {.cost = cost, .beam = {1, 1}},
+                                          SeededDraw(rng(), 0), Control{});
+      EXPECT_TRUE(found.reduced) << n;
+      EXPECT_TRUE(support::implements_up_to(found.circuit, perm, a.unpack())) << n;
+    }
+  }
+}
+
 TEST(GreedyKernel, StopsWhereItsCallerSays) {
-  using namespace zelt::braidwerk::internal;
   support::Rng rng(38);
   const int n = 24;
   const BitMatrix a = BitMatrix::pack(support::random_invertible(n, rng), n, n);

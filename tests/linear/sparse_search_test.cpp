@@ -17,6 +17,7 @@
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace {
@@ -126,7 +127,7 @@ TEST(FirstRun, IsNoLongerThanTheEliminationByPairs) {
     const GateList pairs = pairs_of(m);
     for (const bool exact : {false, true}) {
       const FreeCircuit found =
-          search_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none);
+          free_circuit(search_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none));
       EXPECT_TRUE(implements_up_to(found.circuit, found.perm, m.unpack()));
       EXPECT_LE(found.circuit.gates.size(), pairs.gates.size()) << exact;
       const auto front =

@@ -109,10 +109,6 @@ TEST(SyndromeDecoding, PinnedAnswers) {
     EXPECT_THAT(solver(h, bits("101"), 3, 1, 1, idx), ElementsAre(2, 0, 1, 2));
     EXPECT_THAT(solver(h, bits("101"), 3, 2, 3, idx), ElementsAre(0, 1));
     EXPECT_THAT(solver(h, bits("000"), 3, 2, 3, idx), IsEmpty());
-    EXPECT_THAT(solver({}, bits("000"), 3, 2, 3, idx), IsEmpty());
-    EXPECT_THAT(solver(matrix({"001", "110", "011", "011"}), bits("011"), 3, 3, 3, idx),
-                ElementsAre(2));
-    EXPECT_THAT(solver(h, bits("101"), 3, 0, -1, idx), ElementsAre(2, 0, 1, 2));
   }
   EXPECT_TRUE(Compare({bits("100"), {}}, {bits("011"), {}}));
   EXPECT_FALSE(Compare({bits("100"), {}}, {bits("001"), {}}));
@@ -131,10 +127,6 @@ TEST(SyndromeDecoding, ASearchWithoutAnEndThrows) {
     const BoolMatrix h = matrix({"1100", "0110", "1011"});
     EXPECT_THROW(solver(h, bits("0001"), 4, 1, 1, idx), std::runtime_error);
     EXPECT_EQ(solver(h, bits("0001"), 4, 3, 3, idx).size(), 3u);
-    // The circle is entered after two steps that lead down.
-    const BoolMatrix blocks = matrix({"1110000000", "0001110000", "0000001100"});
-    std::vector<int> all{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-    EXPECT_THROW(solver(blocks, bits("1111110001"), 10, 1, 1, all), std::runtime_error);
   }
 }
 
@@ -153,17 +145,6 @@ TEST(SyndromeSynthesis, InvertsAndKeepsItsGates) {
     }
   }
   EXPECT_EQ(gates.text(), "c8a8a73a42f38222");
-}
-
-TEST(SyndromeSynthesis, PinnedAnswers) {
-  std::vector<int> perm(3);
-  EXPECT_THAT(SyndromeSynthesis(3, matrix({"110", "010", "101"}), perm, 2, 1).gates,
-              ElementsAre(std::tuple(1, 0), std::tuple(0, 2)));
-  EXPECT_THAT(perm, ElementsAre(0, 1, 2));
-  EXPECT_THAT(SyndromeSynthesis(2, matrix({"11", "01"}), perm, 2, 2).gates,
-              ElementsAre(std::tuple(1, 0)));
-  EXPECT_THAT(SyndromeSynthesis(3, matrix({"001", "100", "010"}), perm, 2, 2).gates, IsEmpty());
-  EXPECT_THAT(perm, ElementsAre(2, 0, 1));
 }
 
 TEST(SyndromeSynthesis, EndsOnSingularInputAndWhenTold) {

@@ -64,20 +64,10 @@ TEST(TriangularPairs, StepsKeepTheirPairs) {
   EXPECT_EQ(pairs.text(), "6cd3b8c1386319a0");
 }
 
-TEST(TriangularPairs, PinnedOrders) {
+TEST(TriangularPairs, GatesAreInTimeOrder) {
   BoolMatrix m = matrix({"01", "11"});
   EXPECT_THAT(GreedyGaussianElimination_faster(2, m).gates,
               ElementsAre(std::tuple(1, 0), std::tuple(0, 1)));
-
-  // Halves of equal length: the pair of the rows with a one first, that of the unmatched rows last.
-  std::vector<int> rows{0, 1, 2, 3};
-  EXPECT_THAT(recursive_get_pairs_lower(4, matrix({"0100", "1010", "0010", "1001"}), 0, rows),
-              ElementsAre(std::tuple(1, 3), std::tuple(0, 2), std::tuple(0, 1)));
-  EXPECT_THAT(rows, ElementsAre(0));
-  // Three candidates, one of them with a one: the other two. All with a one: the next column.
-  EXPECT_EQ(choose_best_pair_trig_lower(3, matrix({"000", "100", "010"}), 0), std::tuple(0, 2));
-  EXPECT_EQ(choose_best_pair_trig_lower(3, matrix({"110", "100", "111"}), 0), std::tuple(0, 2));
-  EXPECT_EQ(choose_best_pair_trig_upper(3, matrix({"001", "111", "010"}), 0), std::tuple(1, 0));
 }
 
 TEST(TriangularPairs, BadAndSmallInputEnds) {
@@ -99,12 +89,6 @@ TEST(TriangularPairs, BadAndSmallInputEnds) {
       EXPECT_EQ(support::replayed(GreedyGaussianElimination_faster(n, m), before), m);
     }
   }
-  std::vector<int> rows{2, 0, 1};
-  EXPECT_THAT(recursive_get_pairs_lower(3, matrix({"111", "111", "111"}), 3, rows),
-              ElementsAre(std::tuple(0, 1), std::tuple(0, 2)));
-  rows.assign(1, 5);
-  EXPECT_THAT(recursive_get_pairs_lower(2, matrix({"11", "11"}), 0, rows), IsEmpty());
-  EXPECT_THAT(rows, ElementsAre(5));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "zeltbraidwerk/pauli/commuting.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,10 +11,6 @@
 namespace {
 
 using support::at;
-using support::rows;
-using support::text;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Classes = std::vector<std::vector<int>>;
 
 /// Whether every vertex has one colour, and no edge has ends of the same one.
@@ -74,22 +69,6 @@ TEST(Commuting, GroupsAreTheColoursOfTheConflictGraph) {
     }
     ASSERT_EQ(found, coloration_lf(graph, at(m)));
   }
-}
-
-TEST(Commuting, KeepsToItsWorkedExamples) {
-  const auto groups = [](const std::vector<std::string>& strings) {
-    PauliTable table = rows(strings);
-    auto params = support::numbered_angles(table.size());
-    std::vector<std::string> texts;
-    for (const auto& [group, angles] : split_commuting(table, params)) texts.push_back(text(group));
-    return texts;
-  };
-  EXPECT_THAT(groups({}), IsEmpty());
-  EXPECT_THAT(groups({"ZI", "XX", "II"}), ElementsAre("XX II", "ZI"));
-  EXPECT_THAT(groups({"ZZ", "XX", "YY"}), ElementsAre("ZZ XX YY"));
-  EXPECT_THAT(groups({"X", "Y", "Z"}), ElementsAre("Z", "Y", "X"));
-  EXPECT_TRUE(cmp_degrees({0, 2}, {1, 1}));
-  EXPECT_FALSE(cmp_degrees({0, 1}, {1, 1}));
 }
 
 }  // namespace

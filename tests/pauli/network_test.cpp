@@ -13,42 +13,6 @@ using support::at;
 using support::PauliRows;
 using support::text;
 
-Rotations rotations_of(const PauliRows& table, int n) {
-  Rotations rotations{PauliFrame::pack(table, n), {}};
-  for (std::size_t r = 0; r < table.size(); ++r) {
-    rotations.params.emplace_back("a" + std::to_string(r));
-  }
-  return rotations;
-}
-
-/// The rows in the order in which the circuit turns about them; fails where it turns otherwise.
-std::vector<int> served(const PauliRows& table, const std::vector<Gate>& circuit, int n) {
-  std::vector<int> order;
-  for (const auto& [string, angle] : support::unfold(circuit, n).rotations) {
-    const structures::Parameter plain = string.first ? angle.flip_sign() : angle;
-    const int row = std::stoi(plain.expression.substr(1));
-    EXPECT_EQ(string.second, text(table[at(row)]));
-    order.push_back(row);
-  }
-  std::vector<int> sorted = order;
-  std::ranges::sort(sorted);
-  std::vector<int> wanted;
-  for (int r = 0; r < static_cast<int>(table.size()); ++r) {
-    if (text(table[at(r)]).find_first_not_of('I') != std::string::npos) wanted.push_back(r);
-  }
-  EXPECT_EQ(sorted, wanted);
-  return order;
-}
-
-void expect_kept_order(const PauliRows& table, const std::vector<int>& order) {
-  for (std::size_t k = 0; k < order.size(); ++k) {
-    for (std::size_t j = 0; j < k; ++j) {
-      EXPECT_FALSE(order[j] > order[k] &&
-                   support::anticommute(text(table[at(order[j])]), text(table[at(order[k])])));
-    }
-  }
-}
-
 TEST(PauliNetworks, ServeEveryRowOnce) {
   std::mt19937 rng(1);
   for (int round = 0; round < 150; ++round) {
@@ -57,11 +21,12 @@ TEST(PauliNetworks, ServeEveryRowOnce) {
     for (const auto& row : support::random_rows(static_cast<int>(rng() % 25), n, rng)) {
       if (std::ranges::find(table, row) == table.end()) table.push_back(row);
     }
-    const Rotations rotations = rotations_of(table, n);
+    const Rotations rotations = support::named(table, n);
 
     const auto ladders = synthesise_ladders(rotations);
-    EXPECT_TRUE(std::ranges::is_sorted(served(table, ladders, n)));
-    EXPECT_TRUE(support::is_identity(support::unfold(ladders, n).pulled_back));
+    const support::Unfolded unfolded = support::unfold(ladders, n);
+    EXPECT_EQ(support::fault(table, true, unfolded), "");
+    EXPECT_TRUE(support::is_identity(unfolded.pulled_back));
     std::ptrdiff_t wanted = 0;
     for (const auto& row : table) {
       const auto weight = std::ssize(row) - std::ranges::count(row, 0);
@@ -72,7 +37,7 @@ TEST(PauliNetworks, ServeEveryRowOnce) {
     structures::Graph device = support::random_device(n, 20, rng);
     device.set_shortest_paths();
     const auto placed = synthesise_open_sets_on_graph(rotations, device);
-    served(table, placed, n);
+    EXPECT_EQ(support::fault(table, false, support::unfold(placed, n)), "");
     EXPECT_TRUE(support::runs_on(device, placed));
 
     // Layers: each row after those that it does not commute with, and no later than it need be.
@@ -93,7 +58,7 @@ TEST(PauliNetworks, ServeEveryRowOnce) {
     const auto in_order = synthesise_in_order(rotations, [&](Rotations layer) {
       return synthesise_open_sets_on_graph(std::move(layer), device);
     });
-    expect_kept_order(table, served(table, in_order, n));
+    EXPECT_EQ(support::fault(table, true, support::unfold(in_order, n)), "");
   }
 }
 

@@ -13,6 +13,7 @@
 #include "support/rotations.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/search/internal/network_emission.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace {
 
@@ -21,17 +22,9 @@ using namespace zelt::braidwerk::internal;
 using support::PauliRows;
 using support::text;
 
-Rotations numbered(const PauliRows& table, int n) {
-  Rotations rotations{PauliFrame::pack(table, n), {}};
-  for (std::size_t r = 0; r < table.size(); ++r) {
-    rotations.params.emplace_back("a" + std::to_string(r));
-  }
-  return rotations;
-}
-
 /// What is wrong with a result, in words; nothing when it is right.
 std::string fault(const PauliRows& table, int n, const NetworkTask& task,
-                  const NetworkResult& result) {
+                  const PlacedCircuit& result) {
   for (const auto& gate : result.gates) {
     if (gate.qbits.size() < 2) continue;
     if (task.device != nullptr && !task.device->joined(gate.qbits[0], gate.qbits[1])) {
@@ -39,94 +32,19 @@ std::string fault(const PauliRows& table, int n, const NetworkTask& task,
     }
   }
   const support::Unfolded unfolded = support::unfold(result.gates, n);
-  std::vector<std::string> served;
-  std::set<std::string> angles;
-  std::vector<int> rows;
-  for (const auto& [string, angle] : unfolded.rotations) {
-    std::size_t row = 0;
-    while (row < table.size()) {
-      const structures::Parameter own("a" + std::to_string(row));
-      if (angle == (string.first ? own.flip_sign() : own)) break;
-      ++row;
-    }
-    if (row == table.size()) return "no such angle: " + angle.expression;
-    if (string.second != text(table[row])) return "not that rotation: " + string.second;
-    if (!angles.insert("a" + std::to_string(row)).second) return "twice: " + string.second;
-    for (std::size_t k = 0; k < rows.size() && task.in_order; ++k) {
-      if (rows[k] > static_cast<int>(row) && support::anticommute(served[k], string.second))
-        return "order";
-    }
-    rows.push_back(static_cast<int>(row));
-    served.push_back(string.second);
+  if (task.closes() &&
+      !support::implements(unfolded.clifford, result.wires, structures::OperatorTableau(n))) {
+    return "not closed";
   }
-  std::size_t wanted = 0;
-  for (const auto& row : table) wanted += text(row) != std::string(row.size(), 'I');
-  if (angles.size() != wanted) return "rotations are missing";
-
-  const auto tableau = support::tableau_of(unfolded.clifford, n);
-  for (int q = 0; q < n && task.closes(); ++q) {
-    const int wire = result.wires[static_cast<std::size_t>(q)];
-    if (task.in_place() && wire != q) return "not on its wire";
-    for (const char letter : {'X', 'Z'}) {
-      std::string before(static_cast<std::size_t>(n), 'I');
-      std::string after = before;
-      before[static_cast<std::size_t>(q)] = letter;
-      after[static_cast<std::size_t>(wire)] = letter;
-      if (support::carried(before, tableau) != support::SignedString{false, after}) {
-        return "not closed";
-      }
-    }
+  if (task.closes() && task.in_place() && !std::ranges::is_sorted(result.wires)) {
+    return "not on its wire";
   }
-  return "";
-}
-
-int ladder_count(const PauliRows& table) {
-  int count = 0;
-  for (const auto& row : table) {
-    const auto weight = static_cast<int>(
-        row.size() - static_cast<std::size_t>(std::count(row.begin(), row.end(), 0)));
-    count += 2 * std::max(0, weight - 1);
-  }
-  return count;
-}
-
-TEST(NetworkSearch, EveryRotationOnceWithItsSignAndInOrder) {
-  std::mt19937 rng(1);
-  for (int instance = 0; instance < 60; ++instance) {
-    const int n = static_cast<int>(rng() % (instance % 10 == 0 ? 51 : 9));
-    const int most = instance % 7 == 0 ? 60 : 15;
-    PauliRows table =
-        support::random_rows(static_cast<int>(rng() % static_cast<unsigned>(most)), n, rng);
-    for (auto& row : table) {  // light strings, equal ones, and those of no letters as well
-      for (auto& letter : row) letter = rng() % 3 == 0 ? letter : 0;
-      for (std::size_t q = 0; q < row.size() && instance % 6 == 5; ++q) {
-        if (row[q] != 0) row[q] = static_cast<unsigned char>(1 + q % 3);  // one letter a qubit
-      }
-    }
-    const BitGraph graph{support::random_device(n, 10, rng)};
-    for (const bool in_order : {false, true}) {
-      for (const auto outputs : {Outputs::left_open, Outputs::in_place, Outputs::anywhere}) {
-        NetworkTask task;
-        task.in_order = in_order;
-        task.outputs = outputs;
-        task.objective = support::objective(instance % 5 == 0);
-        task.seed = static_cast<std::uint64_t>(instance);
-        if (n > 0 && instance % 3 == 0) task.device = &graph;
-        const auto result =
-            search_network(numbered(table, n), task, steps(instance % 4 == 0 ? 2000 : 60));
-        EXPECT_EQ(fault(table, n, task, result), "")
-            << "instance " << instance << ": " << text(table);
-        if (task.device == nullptr && !task.by_depth()) {
-          EXPECT_LE(result.count, ladder_count(table));
-        }
-      }
-    }
-  }
+  return support::fault(table, task.in_order, unfolded);
 }
 
 TEST(NetworkSearch, SpentBeforeItBeganAnEffortGivesTheFirstCircuit) {
   std::mt19937 rng(2);
-  const Rotations list = numbered(support::random_rows(30, 6, rng), 6);
+  const Rotations list = support::named(support::random_rows(30, 6, rng), 6);
   Effort spent;
   spent.control.deadline = Control::Clock::now();
   EXPECT_EQ(search_network(list, {}, spent).gates, search_network(list, {}, steps(0)).gates);
@@ -195,9 +113,9 @@ TEST(NetworkSearch, NeverMoreGatesThanGroupedLadders) {
         task.outputs = outputs;
         task.seed = static_cast<std::uint64_t>(instance);
         for (const std::uint64_t count : {0, 100}) {
-          const auto result = search_network(numbered(table, n), task, steps(count));
+          const auto result = search_network(support::named(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.count, most) << instance << ": " << text(table);
+          EXPECT_LE(result.size.count, most) << instance << ": " << text(table);
         }
       }
     }
@@ -240,34 +158,24 @@ TEST(NetworkSearch, NeverMoreLayersThanAnEdgeColouring) {
       for (const auto outputs : {Outputs::left_open, Outputs::in_place}) {
         task.outputs = outputs;
         for (const std::uint64_t count : {0, 500}) {
-          const auto result = search_network(numbered(table, n), task, steps(count));
+          const auto result = search_network(support::named(table, n), task, steps(count));
           ASSERT_EQ(fault(table, n, task, result), "") << text(table);
-          EXPECT_LE(result.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
+          EXPECT_LE(result.size.depth, colours * (letters == 1 ? 2 : 3)) << text(table);
         }
       }
     }
   }
 }
 
-/// Layers of Z strings, other letters on some qubits, with single letters between them.
-PauliRows layers(int n, int terms, int count, bool alike, std::mt19937& rng) {
-  PauliRows table;
-  PauliRows layer;
-  for (int k = 0; k < count; ++k) {
-    if (k == 0 || !alike) {
-      layer = support::random_rows(terms, n, rng);
-      for (auto& row : layer) {
-        for (std::size_t q = 0; q < row.size(); ++q) {
-          const int letter = alike || q % 3 != 0 ? 3 : k % 3 + 1;
-          row[q] = static_cast<unsigned char>(row[q] % 2 == 0 ? 0 : letter);
-        }
-      }
-    }
-    table.insert(table.end(), layer.begin(), layer.end());
-    for (std::size_t q = 0; q < static_cast<std::size_t>(n); ++q) {
-      for (unsigned char letter = 1; letter <= 2; ++letter) {
-        table.emplace_back(static_cast<std::size_t>(n))[q] = letter;
-      }
+/// Z strings, and single letters after them.
+PauliRows layer_of(int n, int terms, std::mt19937& rng) {
+  PauliRows table = support::random_rows(terms, n, rng);
+  for (auto& row : table) {
+    for (auto& letter : row) letter = letter % 2 == 0 ? 0 : 3;
+  }
+  for (std::size_t q = 0; q < static_cast<std::size_t>(n); ++q) {
+    for (unsigned char letter = 1; letter <= 2; ++letter) {
+      table.emplace_back(static_cast<std::size_t>(n))[q] = letter;
     }
   }
   return table;
@@ -276,7 +184,7 @@ PauliRows layers(int n, int terms, int count, bool alike, std::mt19937& rng) {
 TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
   std::mt19937 rng(6);
   for (int instance = 0; instance < 6; ++instance) {
-    const PauliRows one = layers(8, 40, 1, true, rng);
+    const PauliRows one = layer_of(8, 40, rng);
     const PauliRows layer(one.begin(), one.begin() + 40);
     PauliRows parities;  // each once
     std::ranges::copy_if(layer, std::back_inserter(parities), [&](const auto& row) {
@@ -288,36 +196,12 @@ TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
     task.seed = 3;
     for (const std::uint64_t count : {0, 20000}) {
       task.in_order = false;
-      const int free = search_network(numbered(parities, 8), task, steps(count)).count;
+      const int free = search_network(support::named(parities, 8), task, steps(count)).size.count;
       task.in_order = true;
-      EXPECT_LE(search_network(numbered(one, 8), task, steps(count)).count, free);
-      const auto result = search_network(numbered(three, 8), task, steps(count));
+      EXPECT_LE(search_network(support::named(one, 8), task, steps(count)).size.count, free);
+      const auto result = search_network(support::named(three, 8), task, steps(count));
       EXPECT_EQ(fault(three, 8, task, result), "");
-      EXPECT_LE(result.count, 3 * free);
-    }
-  }
-}
-
-TEST(NetworkSearch, LayersGetBetterWithMoreSteps) {
-  std::mt19937 rng(7);
-  for (int instance = 0; instance < 24; ++instance) {
-    const int n = 4 + static_cast<int>(rng() % 4);
-    const PauliRows table = layers(n, 6 + 6 * (instance % 5), 1 + instance % 4, false, rng);
-    NetworkTask task;
-    task.in_order = instance % 6 != 5;
-    task.objective = support::objective(instance % 4 == 3);
-    task.outputs = std::array{Outputs::left_open, Outputs::in_place,
-                              Outputs::anywhere}[static_cast<std::size_t>(instance % 3)];
-    const BitGraph graph{support::random_device(n, 10, rng)};
-    if (instance % 7 == 0) task.device = &graph;
-    std::pair last(10000, 10000);
-    for (std::uint64_t count = 0; count < 20000; count += 1 + count) {
-      const auto result = search_network(numbered(table, n), task, steps(count));
-      EXPECT_EQ(fault(table, n, task, result), "") << text(table);
-      const auto size = task.by_depth() ? std::pair(result.depth, result.count)
-                                        : std::pair(result.count, result.depth);
-      ASSERT_LE(size, last) << count << ": " << text(table);
-      last = size;
+      EXPECT_LE(result.size.count, 3 * free);
     }
   }
 }
@@ -333,11 +217,11 @@ TEST(NetworkSearch, FewestKnown) {
   }
   NetworkTask task;
   task.in_order = true;
-  EXPECT_EQ(search_network(numbered(chain, 6), task, steps(3000)).count, 15);
+  EXPECT_EQ(search_network(support::named(chain, 6), task, steps(3000)).size.count, 15);
 
   const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
   task.outputs = Outputs::left_open;
-  EXPECT_EQ(search_network(numbered(letters, n), task, steps(1000)).count, 3);
+  EXPECT_EQ(search_network(support::named(letters, n), task, steps(1000)).size.count, 3);
 }
 
 TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
@@ -359,7 +243,7 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
   for (int v = 1; v < 64; ++v) star.join(0, v);
   NetworkTask task;
   task.device = &star;
-  EXPECT_EQ(fault(table, 64, task, search_network(numbered(table, 64), task, steps(0))), "");
+  EXPECT_EQ(fault(table, 64, task, search_network(support::named(table, 64), task, steps(0))), "");
 }
 
 /// The gates of a network, rotation r by angle 0.1 + r.
@@ -373,9 +257,8 @@ struct Writer {
   }
   void rotate(int row, int label, int q, bool negative) {
     const double angle = (negative ? -1 : 1) * (0.1 + row);
-    gates.emplace_back(
-        std::string("R") + "IXYZ" [letter_of_label(label)], std::vector { q },
-        std::vector<structures::Parameter>{angle}, false);
+    const std::string letters = "IXYZ";
+    gates.push_back({std::string("R") + letters[letter_of_label(label)], {q}, {angle}, false});
   }
 };
 
@@ -403,7 +286,7 @@ TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
   for (int instance = 0; instance < 60; ++instance) {
     const int n = 2 + instance % 3;
     const int count = static_cast<int>(rng() % 9);
-    Rotations rotations = numbered(support::random_rows(count, n, rng), n);
+    Rotations rotations = support::named(support::random_rows(count, n, rng), n);
     if (count == 0) rotations.frame = PauliFrame(n, 0);
     const auto circuit = support::random_clifford(n, 6 * n, rng);
     support::Dense wanted = support::Dense::identity(std::size_t{1} << n);
@@ -437,7 +320,7 @@ TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
       NetworkEmission(rotations.frame, writer).run(network.events);
       const support::Dense left = support::unitary(writer.gates, n) * wanted.dagger();
       EXPECT_TRUE(is_local(left, network.wires)) << instance << ", " << effort;
-      EXPECT_TRUE(!task.in_place() || network.wires == own_wires(n));
+      EXPECT_TRUE(!task.in_place() || network.wires == in_order(n));
       for (const NetworkEvent& event : network.events) {
         if (event.row >= 0 || task.device == nullptr) continue;
         EXPECT_TRUE(graph.joined(wire_of(event.gate.a), wire_of(event.gate.b)));

@@ -60,16 +60,6 @@ TEST(GraySynth, ServesTheTermsAndKeepsItsGates) {
   EXPECT_EQ(digest.text(), "5b9b55c422d626af");
 }
 
-TEST(GraySynthSteps, APieceOfWorkHasThreeFields) {
-  const std::set<int> rows{2, 0};
-  const std::vector<int> cols{3, 1};
-  const Part2 piece(-1, rows, cols);
-  const auto& [target, its_rows, its_cols] = piece;
-  EXPECT_EQ(target, -1);
-  EXPECT_EQ(its_rows, rows);
-  EXPECT_EQ(its_cols, cols);
-}
-
 TEST(GraySynthSteps, WorkOnTheParityTable) {
   BoolMatrix m;
   std::vector<Parameter> params;

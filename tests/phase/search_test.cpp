@@ -2,101 +2,16 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 #include <map>
-#include <optional>
 #include <vector>
 
-#include "support/graphs.h"
-#include "support/phases.h"
-#include "support/tasks.h"
-#include "zeltbraidwerk/foundations/cnot_circuit.h"
-#include "zeltbraidwerk/phase/search/internal/parity_search.h"
+#include "support/oracles.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
 
 namespace {
 
 using namespace support;
 using namespace zelt::braidwerk::internal;
-using structures::Table;
-
-int cnots(const ParitySearchResult& result) {
-  return static_cast<int>(std::ranges::count_if(result.steps, &PhaseStep::is_cnot));
-}
-
-/// The first fault of a result, or an empty text: by the oracle for phase circuits, against the
-/// permutation where the map is undone, and against the edges.
-std::string fault(const PhasePolynomial& poly, const Task& task, const ParitySearchResult& result,
-                  int n) {
-  std::vector<structures::Gate> circuit;
-  append_gates(result.steps, angles(poly), circuit);
-  Table table(n);
-  if (!task.closes()) {
-    for (const PhaseStep& step : result.steps) {
-      if (step.is_cnot()) table.cnot(step.control, step.target);
-    }
-  } else {
-    table.bits.assign(table.bits.size(), false);
-    for (int k = 0; k < n; ++k) table.bits[at(result.permutation[at(k)] * n + k)] = true;
-  }
-  if (task.outputs != Outputs::anywhere && !std::ranges::is_sorted(result.permutation)) {
-    return "outputs are not in their places";
-  }
-  for (const PhaseStep& step : result.steps) {
-    if (step.is_cnot() && task.device != nullptr &&
-        !task.device->joined(step.control, step.target)) {
-      return "a gate is not on an edge";
-    }
-  }
-  return support::fault(poly, circuit, table);
-}
-
-/// Sizes up to 30, and beyond a word; sparse and dense sets, all of the parities too.
-TEST(ParitySearch, CircuitsDoWhatTheyShould) {
-  support::Rng rng(1);
-  std::vector<int> moved;  // qubits, by length of the cycle that they go on
-  for (int n : {0, 1, 2, 3, 4, 5, 6, 7, 8, 10, 13, 20, 30, 67}) {
-    for (int terms : {0, 1, n, std::min(5 * n, 100)}) {
-      const PhasePolynomial poly = n == 0 ? PhasePolynomial{} : random_polynomial(n, terms, rng);
-      const BitMatrix parities = pack_parities(poly, n);
-      const BitGraph line(support::line(n));
-      const BitGraph mesh(with_random_edges(support::line(n), 20, rng));
-      for (const Outputs outputs : {Outputs::left_open, Outputs::anywhere, Outputs::in_place}) {
-        for (const BitGraph* graph : {static_cast<const BitGraph*>(nullptr), &line, &mesh}) {
-          const Task task{.outputs = outputs, .device = graph, .seed = rng()};
-          const auto quick = search_parities(parities, task, steps(0));
-          EXPECT_EQ(fault(poly, task, quick, n), "") << n << " " << terms;
-          const auto longer = search_parities(parities, task, steps(n > 30 ? 50 : 2000));
-          EXPECT_EQ(fault(poly, task, longer, n), "") << n << " " << terms;
-          EXPECT_LE(cnots(longer), cnots(quick));
-          for (int k = 0; k < n; ++k) {
-            const int next = longer.permutation[at(k)];
-            if (next != k && longer.permutation[at(next)] != k) moved.push_back(k);
-          }
-        }
-      }
-    }
-  }
-  EXPECT_FALSE(moved.empty()) << "no permutation tells one direction from the other";
-}
-
-/// Few enough to be sure of the least.
-TEST(ParitySearch, SmallSetsComeOutShortest) {
-  const auto count = [](const std::vector<std::string_view>& parities, Outputs outputs) {
-    const int n = static_cast<int>(parities[0].size());
-    return cnots(
-        search_parities(pack_parities(polynomial(parities), n), {.outputs = outputs}, steps(3000)));
-  };
-  EXPECT_EQ(count({"11"}, Outputs::left_open), 1);
-  EXPECT_EQ(count({"11"}, Outputs::in_place), 2);
-  EXPECT_EQ(count({"110", "111"}, Outputs::left_open), 2);
-  EXPECT_EQ(count({"110", "111"}, Outputs::in_place), 4);
-  // All eleven sums of four wires: each CNOT shows one at most, and four of them undo the map.
-  const std::vector<std::string_view> all = {"1100", "1010", "0110", "1001", "0101", "0011",
-                                             "1110", "1101", "1011", "0111", "1111"};
-  EXPECT_EQ(count(all, Outputs::left_open), 11);
-  EXPECT_EQ(count(all, Outputs::in_place), 14);
-}
 
 /// Everything that up to `depth` CNOTs can do on four wires: maps, and sums shown on the way.
 std::map<std::pair<SmallMatrix, SumSet>, int> all_circuits(int depth, WindowGraph graph) {

@@ -71,12 +71,6 @@ TEST(NormalForm, ShapesOfBlocks) {
   EXPECT_EQ(blocks_of(quarter, 1, false, false), "{ }{ Z 0.785398 }{ Z 0.785398 }");
   EXPECT_EQ(blocks_of({Gate::H(0), Gate::CNOT(0, 1)}, 2, true, false), "{ }");
   EXPECT_EQ(blocks_of({}, 0, false, true), "{ }");
-  // Sums are those of Parameter, which wraps at 2 pi.
-  EXPECT_EQ(blocks_of({turn("RZ", 0, 2.5), turn("RZ", 0, 2.5)}, 1, true, true), "{ Z 5 }");
-  EXPECT_EQ(blocks_of({turn("RZ", 0, 4.0), turn("RZ", 0, 4.0)}, 1, true, true), "{ Z 1.71681 }");
-  EXPECT_EQ(blocks_of({Gate::H(0), turn("RX", 0, Parameter("a"))}, 1, true, true), "{ Z a }");
-  EXPECT_EQ(blocks_of({Gate("X", {0}), turn("RZ", 0, Parameter("a"))}, 1, true, true),
-            "{ Z UMINUS a }");
   const std::vector<Gate> four{turn("RZ", 0, 0.1), turn("RZ", 1, 0.2), turn("RX", 0, 0.3),
                                turn("RZ", 0, 0.4)};
   EXPECT_EQ(blocks_of(four, 2, true, true), "{ ZI 0.1 IZ 0.2 }{ XI 0.3 }{ ZI 0.4 }");

@@ -80,15 +80,6 @@ TEST(TreeCache, AnswersLaterCalls) {
   EXPECT_EQ(route({cnot, turn}, 1), "CNOT 1 0, RZ 0");
 }
 
-TEST(TreeCache, NeedsThePathTable) {
-  Graph line = support::line(3);
-  OperatorTableau frame(3);
-  std::vector<Gate> out;
-  EXPECT_THROW(clifford_nnize({Gate::CNOT(0, 1), Gate("RZ", {1}, {0.3}, true)}, line, 0, true, true,
-                              out, frame, 0),
-               std::out_of_range);
-}
-
 /// Both builders in turn on one graph: gates, errors, and the trees in the cache, where each
 /// lookahead asks for the tree of every rotation of its block.
 TEST(TreeCache, KeepsItsTreesAndGates) {

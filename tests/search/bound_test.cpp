@@ -168,7 +168,7 @@ TEST(Bounds, OfParitiesComeToTheShortestNetworksOfFewWires) {
       EXPECT_EQ(search_small_networks(columns, task, 0, 100).least, fewest);
       Effort effort;  // it ends by itself
       const auto found = search_parities(columns, task, effort);
-      EXPECT_EQ(std::ranges::count_if(found.steps, &PhaseStep::is_cnot), fewest);
+      EXPECT_EQ(std::ranges::count_if(found.gates, &PhaseStep::is_cnot), fewest);
     }
   }
 }

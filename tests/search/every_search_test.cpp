@@ -1,11 +1,12 @@
 // What every search promises: the same seed and steps give the same circuit, another seed or stream
-// another one, and more steps never a worse one.
+// another one, and more steps never a worse one; a lower bound that is met ends it.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <functional>
 #include <map>
 #include <numeric>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "support/digest.h"
 #include "support/gate_lists.h"
 #include "support/graphs.h"
+#include "support/rotations.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
@@ -46,85 +48,103 @@ Outcome outcome_of(const structures::CnotCircuit& circuit) {
   return {{static_cast<int>(circuit.gates.size()), circuit.depth()}, Digest().add(circuit)};
 }
 
+using Run = std::function<Outcome(const Task&, const Effort&)>;
+
+Run run_map(const BitMatrix& m) {
+  return [m](const Task& task, const Effort& effort) {
+    if (task.device != nullptr) {
+      return outcome_of(search_cnot_on_device(m, task, effort).gates, m.rows());
+    }
+    if (!task.by_depth()) return outcome_of(search_cnot(m, task, effort).circuit);
+    const auto front = search_shallow_cnot(m, task, effort);
+    Outcome first = outcome_of(front[0].list.gates, m.rows());
+    first.size.depth = front[0].depth;
+    return first;
+  };
+}
+
+Run run_operator(const PauliFrame& images) {
+  return [images](const Task& task, const Effort& effort) {
+    const auto found = search_clifford(images, task, effort);
+    return Outcome{found.size, Digest().add(found.gates)};
+  };
+}
+
+/// Of the images of Z.
+Run run_state(const PauliFrame& images) {
+  std::vector<int> z(static_cast<std::size_t>(images.rows() / 2));
+  std::iota(z.begin(), z.end(), images.rows() / 2);
+  return [stabilisers = images.select(z)](const Task& task, const Effort& effort) {
+    const auto found = search_state(stabilisers, task, effort);
+    return Outcome{found.size, Digest().add(found.gates)};
+  };
+}
+
+Run run_parities(const BitMatrix& parities) {
+  return [parities](const Task& task, const Effort& effort) {
+    structures::CnotCircuit circuit(parities.rows());
+    std::vector<int> shown;
+    for (const auto& [control, target, term] : search_parities(parities, task, effort).gates) {
+      term < 0 ? circuit.addGate(control, target) : shown.push_back(term);
+    }
+    return outcome_of(circuit);
+  };
+}
+
+Run run_rotations(const support::PauliRows& rows, int n, bool in_order) {
+  return [list = support::named(rows, n), in_order](const Task& task, const Effort& effort) {
+    const auto found = search_network(list, NetworkTask{task, in_order}, effort);
+    return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
+  };
+}
+
 /// A search of one problem, and how many steps to try it with.
 struct Search {
   std::string name;
   Task task;
   std::uint64_t most_steps;
-  std::function<Outcome(const Task&, const Effort&)> run;
+  Run run;
 };
 
-/// One problem of each family, on all pairs of wires and on a device.
+constexpr std::array open{Outputs::left_open};
+constexpr std::array placed{Outputs::in_place};
+constexpr std::array closed{Outputs::anywhere, Outputs::in_place};
+constexpr std::array any{Outputs::left_open, Outputs::anywhere, Outputs::in_place};
+
+/// Both objectives, on all pairs of wires and, if there is one, on a device.
+void add(std::vector<Search>& all, const std::string& name, std::uint64_t most_steps,
+         const Run& run, std::span<const Outputs> ends, const BitGraph* device) {
+  for (const Outputs outputs : ends) {
+    for (const Objective objective : {Objective::count, Objective::depth}) {
+      for (const BitGraph* edges : {static_cast<const BitGraph*>(nullptr), device}) {
+        all.push_back({name, {objective, outputs, 0, edges, 5, 2}, most_steps, run});
+        if (device == nullptr) break;
+      }
+    }
+  }
+}
+
+/// One problem of each family.
 std::vector<Search> searches(const BitGraph& grid) {
   support::Rng rng(11);
   std::vector<Search> all;
-  const auto add = [&](const std::string& name, std::uint64_t most_steps, auto run,
-                       std::initializer_list<Outputs> ends, bool on_device = true) {
-    for (const Outputs outputs : ends) {
-      for (const Objective objective : {Objective::count, Objective::depth}) {
-        for (const BitGraph* device : {static_cast<const BitGraph*>(nullptr), &grid}) {
-          if (device != nullptr && !on_device) continue;
-          const Task task{objective, outputs, 0, device, 5, 2};
-          all.push_back({name, task, most_steps, run});
-        }
-      }
-    }
-  };
-  const auto closed = {Outputs::anywhere, Outputs::in_place};
-  const auto open = {Outputs::left_open, Outputs::anywhere, Outputs::in_place};
   for (const int n : {9, 24}) {
     const BitMatrix m = BitMatrix::pack(support::random_invertible(n, rng), n, n);
-    const auto run = [m](const Task& task, const Effort& effort) {
-      if (task.device != nullptr) {
-        return outcome_of(search_cnot_on_device(m, task, effort).gates, m.rows());
-      }
-      if (!task.by_depth()) return outcome_of(search_cnot(m, task, effort).circuit);
-      const auto front = search_shallow_cnot(m, task, effort);
-      Outcome first = outcome_of(front[0].list.gates, m.rows());
-      first.size.depth = front[0].depth;
-      return first;
-    };
-    add("map on " + std::to_string(n), 20'000, run, closed, n == 9);
+    add(all, "map on " + std::to_string(n), 20'000, run_map(m), closed, n == 9 ? &grid : nullptr);
   }
   const PauliFrame images = pulled_back(random_gates(9, 200, nullptr, true, rng), 200, 9);
-  const auto operators = [images](const Task& task, const Effort& effort) {
-    const auto found = search_clifford(images, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.circuit.gates)};
-  };
-  add("operator", 20'000, operators, closed);
+  add(all, "operator", 20'000, run_operator(images), closed, &grid);
   const PauliFrame wide = pulled_back(random_gates(18, 400, nullptr, true, rng), 400, 18);
-  std::vector<int> z(18);
-  std::iota(z.begin(), z.end(), 18);
-  const auto states = [stabilisers = wide.select(z)](const Task& task, const Effort& effort) {
-    const auto found = search_state(stabilisers, task, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
-  };
-  add("state", 4000, states, {Outputs::in_place}, false);
+  add(all, "state", 4000, run_state(wide), placed, nullptr);
   const BitMatrix parities = BitMatrix::pack(support::random_matrix(9, 35, rng), 9, 35);
-  const auto networks = [parities](const Task& task, const Effort& effort) {
-    structures::CnotCircuit circuit(9);
-    std::vector<int> shown;
-    for (const auto& [control, target, term] : search_parities(parities, task, effort).steps) {
-      term < 0 ? circuit.addGate(control, target) : shown.push_back(term);
-    }
-    return outcome_of(circuit);
-  };
-  add("parities", 20'000, networks, open);
+  add(all, "parities", 20'000, run_parities(parities), any, &grid);
   for (const bool in_order : {false, true}) {
     for (const int rows : {30, 320}) {  // long lists begin with relays
-      Rotations list{PauliFrame(9, rows), {}};
-      for (int r = 0; r < rows; ++r) {
-        list.params.emplace_back("a" + std::to_string(r));
-        for (int q = 0; q < 5; ++q) {
-          list.frame.set_letter(r, q, static_cast<unsigned char>(rng() % 4));
-        }
-      }
-      const auto rotations = [list, in_order](const Task& task, const Effort& effort) {
-        const auto found = search_network(list, NetworkTask{task, in_order}, effort);
-        return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
-      };
-      add(std::string("rotations ") + (in_order ? "in order" : "in any order"),
-          rows == 30 ? 5000 : 10'000, rotations, {Outputs::left_open}, rows == 30);
+      support::PauliRows table = support::random_rows(rows, 5, rng);
+      for (auto& row : table) row.resize(9);
+      const Run run = run_rotations(table, 9, in_order);
+      add(all, std::string("rotations ") + (in_order ? "in order" : "in any order"),
+          rows == 30 ? 5000 : 10'000, run, open, rows == 30 ? &grid : nullptr);
     }
   }
   auto gates = support::random_circuit(9, 250, support::AngleKind::mixed, rng);
@@ -145,14 +165,40 @@ std::vector<Search> searches(const BitGraph& grid) {
   return all;
 }
 
+/// Of few gates, so that bounds are met.
+std::vector<Search> small_searches(unsigned seed, const BitGraph& line) {
+  support::Rng rng(seed);
+  const int n = line.size();
+  const auto count = static_cast<int>(seed % 7);
+  const BitMatrix m = support::map_of(random_gates(n, count, nullptr, false, rng), n);
+  const PauliFrame images = pulled_back(random_gates(n, count, nullptr, true, rng), count, n);
+  const BitMatrix parities =
+      BitMatrix::pack(support::random_matrix(n, n / 2 + 1, rng), n, n / 2 + 1);
+  support::PauliRows strings;
+  for (int r = n; r < n + 1 + n / 2; ++r) strings.push_back(images.letters(r));
+  std::vector<Search> all;
+  constexpr std::uint64_t steps = 3000;
+  add(all, "map", steps, run_map(m), closed, &line);
+  add(all, "operator", steps, run_operator(images), closed, &line);
+  add(all, "state", steps, run_state(images), placed, nullptr);
+  add(all, "parities", steps, run_parities(parities), closed, &line);
+  add(all, "rotations", steps, run_rotations(strings, n, true), placed, &line);
+  add(all, "rotations", steps, run_rotations(strings, n, false), open, &line);
+  return all;
+}
+
+std::string shown(const Search& search) {
+  return search.name + (search.task.by_depth() ? ", by depth" : "") +
+         (search.task.device != nullptr ? ", on a device, outputs " : ", outputs ") +
+         std::to_string(static_cast<int>(search.task.outputs));
+}
+
 TEST(EverySearch, RepeatsItselfAndIsNeverWorseWithMoreSteps) {
   const BitGraph grid{support::grid(3, 3)};
   std::map<std::string, int> gained;
   std::map<std::string, std::array<int, 2>> changed;
   for (const Search& search : searches(grid)) {
-    SCOPED_TRACE(search.name + (search.task.by_depth() ? ", by depth" : "") +
-                 (search.task.device != nullptr ? ", on a device, outputs " : ", outputs ") +
-                 std::to_string(static_cast<int>(search.task.outputs)));
+    SCOPED_TRACE(shown(search));
     const auto run = [&](Task task, std::uint64_t steps) {
       Effort effort;
       effort.steps = steps;
@@ -183,6 +229,47 @@ TEST(EverySearch, RepeatsItselfAndIsNeverWorseWithMoreSteps) {
     EXPECT_GT(changed[name][0], 0) << name << " does not ask for the seed";
     EXPECT_GT(changed[name][1], 0) << name << " does not ask for the stream";
   }
+}
+
+struct Heard {
+  LowerBound best{1 << 30, 1 << 30};
+  LowerBound bound;
+};
+
+Heard heard_of(const Search& search, std::uint64_t steps, bool past_bound) {
+  Heard heard;
+  Effort effort = support::steps(steps);
+  effort.past_bound = past_bound;
+  effort.on_better = [&](const SearchPoint& point) { heard.best = {point.count, point.depth}; };
+  effort.on_bound = [&](const LowerBound& bound) { heard.bound = bound; };
+  search.run(search.task, effort);
+  return heard;
+}
+
+/// Wherever the bound is met, the search ends, and where it would have come to as few.
+TEST(EverySearch, EndsAtItsBoundWithWhatItWouldHaveFound) {
+  std::map<std::string, std::array<int, 2>> tally;  // met, all
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    const BitGraph line = support::path(static_cast<int>(2 + seed % 5));
+    for (const Search& search : small_searches(seed, line)) {
+      SCOPED_TRACE(shown(search) + ", seed " + std::to_string(seed));
+      const Heard whole = heard_of(search, search.most_steps, true);
+      const Heard ended = heard_of(search, search.most_steps, false);
+      EXPECT_LE(ended.bound.count, whole.best.count);
+      EXPECT_LE(ended.bound.depth, whole.best.depth);
+      const auto first = [&](const LowerBound& b) {
+        return search.task.by_depth() ? b.depth : b.count;
+      };
+      EXPECT_EQ(first(ended.best), first(whole.best));
+      const bool met = first(ended.best) == first(ended.bound);
+      tally[search.name][0] += met ? 1 : 0;
+      ++tally[search.name][1];
+      // With no end of steps it ends by itself, and finds nothing else than with enough of them.
+      if (!met) continue;
+      EXPECT_EQ(first(heard_of(search, ~std::uint64_t{0}, false).best), first(ended.best));
+    }
+  }
+  for (const auto& [family, row] : tally) EXPECT_GT(2 * row[0], row[1]) << family;
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ FAULTS = [
     ("|| origin == lasting_", ""),
     ("|| !meter_.ended()", ""),
     ("|| !meter_.ended()", "|| true"),
-    ("objective_ == Objective::count ? Origin", "objective_ == Objective::depth ? Origin"),
+    ("objective == Objective::count ? Origin", "objective == Objective::depth ? Origin"),
     ("    if (!counts(origin)) return false;\n", ""),
     ("    if (smaller) meter_", "    if (taken) meter_"),
     ("    if (smaller) meter_.better(size.count, size.depth);\n", ""),

@@ -6,6 +6,7 @@
 #include "support/oracles.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/walk.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 /// Lists of gates of the search engine, and what they do, the plain way.
@@ -38,6 +39,20 @@ inline internal::BitMatrix map_of(const Gates& gates, int n) {
   for (const internal::Gate& gate : gates)
     map.add_row(internal::wire_of(gate.a), internal::wire_of(gate.b));
   return map;
+}
+
+/// Whether the gates are CNOTs, and wire w ends with row output_on(w) of m.
+inline bool implements(const internal::GateList& list, const BoolMatrix& m) {
+  const auto n = static_cast<int>(m.size());
+  structures::CnotCircuit circuit(n);
+  for (const internal::Gate& gate : list.gates) {
+    if (internal::label_of(gate.a) != internal::label_z) return false;
+    if (internal::label_of(gate.b) != internal::label_x) return false;
+    circuit.addGate(internal::wire_of(gate.a), internal::wire_of(gate.b));
+  }
+  std::vector<int> perm(m.size(), -1);
+  for (int w = 0; w < n; ++w) perm[at(list.frame.output_on(w))] = w;
+  return implements_up_to(circuit, perm, m);
 }
 
 inline internal::BitGraph path(int n) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <utility>
@@ -109,6 +110,52 @@ inline structures::OperatorTableau tableau_of(const std::vector<structures::Gate
   structures::OperatorTableau t(qubits);
   for (const structures::Gate& gate : circuit) t.apply_left(gate);
   return t;
+}
+
+/// The signed images of X and Z on every qubit.
+inline std::vector<SignedString> images(const structures::OperatorTableau& t) {
+  std::vector<SignedString> found;
+  for (int q = 0; q < t.nbqbits; ++q) {
+    for (const char letter : {'X', 'Z'}) {
+      std::string letters(static_cast<std::size_t>(t.nbqbits), 'I');
+      letters[static_cast<std::size_t>(q)] = letter;
+      found.push_back(carried(letters, t));
+    }
+  }
+  return found;
+}
+
+inline bool is_identity(const structures::OperatorTableau& t) {
+  return images(t) == images(structures::OperatorTableau(t.nbqbits));
+}
+
+/// Whether the circuit does what `wanted` does, with output q on wire wires[q], signs included.
+inline bool implements(const std::vector<structures::Gate>& circuit, const std::vector<int>& wires,
+                       const structures::OperatorTableau& wanted) {
+  std::vector<SignedString> moved = images(wanted);
+  for (auto& [minus, letters] : moved) {
+    std::string on_wires(letters.size(), ' ');  // stays where two outputs share a wire
+    for (std::size_t q = 0; q < letters.size(); ++q) {
+      on_wires.at(static_cast<std::size_t>(wires.at(q))) = letters[q];
+    }
+    letters = on_wires;
+  }
+  return images(tableau_of(circuit, wanted.nbqbits)) == moved;
+}
+
+/// Whether the circuit makes of zeros a state with these stabilisers: back through it, each is plus
+/// a product of Z.
+inline bool prepares(const std::vector<structures::Gate>& circuit,
+                     const std::vector<SignedString>& stabilisers) {
+  std::vector<structures::Gate> inverse(circuit.rbegin(), circuit.rend());
+  for (structures::Gate& gate : inverse) {
+    for (auto& angle : gate.params) angle = angle.flip_sign();
+  }
+  const auto undo = tableau_of(inverse, static_cast<int>(stabilisers.size()));
+  return std::ranges::all_of(stabilisers, [&](const SignedString& string) {
+    const auto [minus, letters] = carried(string.second, undo);
+    return minus == string.first && letters.find_first_of("XY") == std::string::npos;
+  });
 }
 
 /// Whether the rotations (before) equal the circuit, the rotations (after), and the inverse of the

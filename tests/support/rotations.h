@@ -1,11 +1,11 @@
 #pragma once
 
-#include <bit>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "support/pauli.h"
+#include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
 
 /// \file
@@ -20,37 +20,6 @@ inline PauliRotationMap symbolic(const PauliRows& table) {
     rotations.emplace(row, structures::Parameter("a" + std::to_string(rotations.size())));
   }
   return rotations;
-}
-
-/// The excitations of a closed shell under Jordan-Wigner, spin orbitals interleaved, the lowest
-/// filled, all spin-conserving singles and doubles. Each is a product of raising and lowering
-/// operators less its adjoint: on their qubits, X and Y with Y an odd number of times, and Z
-/// between the first and the second, and between the third and the fourth.
-inline PauliRotationMap uccsd(int qubits, int electrons) {
-  PauliRows table;
-  const auto add = [&](const std::vector<int>& at) {
-    for (unsigned ys = 0; ys < 1U << at.size(); ++ys) {
-      if (std::popcount(ys) % 2 == 0) continue;
-      auto& row = table.emplace_back(static_cast<std::size_t>(qubits));
-      for (std::size_t k = 0; k < at.size(); k += 2) {
-        for (int q = at[k]; q < at[k + 1]; ++q) row[static_cast<std::size_t>(q)] = 3;
-      }
-      for (std::size_t k = 0; k < at.size(); ++k) {
-        row[static_cast<std::size_t>(at[k])] = ys >> k & 1 ? 2 : 1;
-      }
-    }
-  };
-  for (int i = 0; i < electrons; ++i) {
-    for (int a = electrons; a < qubits; ++a) {
-      if (i % 2 == a % 2) add({i, a});
-      for (int j = i + 1; j < electrons; ++j) {
-        for (int b = a + 1; b < qubits; ++b) {
-          if (i % 2 + j % 2 == a % 2 + b % 2) add({i, j, a, b});
-        }
-      }
-    }
-  }
-  return symbolic(table);
 }
 
 /// What a circuit does: the signed strings that its rotations, the gates with a symbolic angle,
@@ -76,6 +45,39 @@ inline Unfolded unfold(const std::vector<structures::Gate>& circuit, int n) {
   return result;
 }
 
+/// Rows with angles a0, a1, ... as the syntheses take them inside.
+inline zelt::braidwerk::internal::Rotations named(const PauliRows& table, int n) {
+  zelt::braidwerk::internal::Rotations rotations{
+      zelt::braidwerk::internal::PauliFrame::pack(table, n), {}};
+  for (std::size_t r = 0; r < table.size(); ++r) {
+    rotations.params.emplace_back("a" + std::to_string(r));
+  }
+  return rotations;
+}
+
+/// Each of the rows, whose angles are a0, a1, ..., must come up once with its sign, but for those
+/// without letters; where `in_order`, after all earlier rows that it does not commute with. Returns
+/// the first fault, or an empty text.
+inline std::string fault(const PauliRows& table, bool in_order, const Unfolded& circuit) {
+  std::vector<std::size_t> served;
+  for (const auto& [string, angle] : circuit.rotations) {
+    const structures::Parameter own = string.first ? angle.flip_sign() : angle;
+    if (own.expression[0] != 'a') return "wrong sign: " + string.second;
+    const std::size_t row = std::stoul(own.expression.substr(1));
+    if (string.second != text(table.at(row))) return "not that rotation: " + string.second;
+    for (const std::size_t earlier : served) {
+      if (earlier == row) return "twice: " + string.second;
+      if (in_order && earlier > row && anticommute(text(table[earlier]), string.second)) {
+        return "out of order: " + string.second;
+      }
+    }
+    served.push_back(row);
+  }
+  const auto wanted = std::ranges::count_if(
+      table, [](const auto& row) { return text(row).find_first_not_of('I') != std::string::npos; });
+  return std::ssize(served) == wanted ? "" : "rotations are missing";
+}
+
 /// Each rotation but identity strings must come up once, under its own angle and sign. Returns the
 /// first fault, or an empty text.
 inline std::string fault(const PauliRotationMap& rotations, const Unfolded& circuit) {
@@ -93,17 +95,6 @@ inline std::string fault(const PauliRotationMap& rotations, const Unfolded& circ
     left.erase(found);
   }
   return left.empty() ? "" : text(left.begin()->first) + " is not served";
-}
-
-inline bool is_identity(const structures::OperatorTableau& t) {
-  for (int q = 0; q < t.nbqbits; ++q) {
-    std::string letters(static_cast<std::size_t>(t.nbqbits), 'I');
-    for (const char letter : {'X', 'Z'}) {
-      letters[static_cast<std::size_t>(q)] = letter;
-      if (carried(letters, t) != SignedString{false, letters}) return false;
-    }
-  }
-  return true;
 }
 
 }  // namespace support

@@ -104,9 +104,12 @@ class OptimizeCall {
     require_connected(*edges_, given_.qubits);
     for (const Step& step : given_.steps) {
       if (!step.is_pair() || edges_->joined(step.a, step.b)) continue;
+      if (options_.route) {
+        routes_ = true;
+        return;
+      }
       throw std::invalid_argument("gates: got one on qubits " + std::to_string(step.a) + " and " +
-                                  std::to_string(step.b) +
-                                  ", wanted gates on edges of the device");
+                                  std::to_string(step.b) + ", wanted gates on edges of the device");
     }
   }
 
@@ -122,11 +125,12 @@ class OptimizeCall {
     task.device = edges_ ? &*edges_ : nullptr;
     task.seed = options_.seed;
     task.stream = static_cast<std::uint64_t>(run);
+    task.routes = routes_;
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates
     StagedCircuit found =
-        options_.exact || !has_generic_rotations(folded_)
+        options_.exact || routes_ || !has_generic_rotations(folded_)
             ? search_exactly(folded_, task, effort)
             : search_alternating(folded_, options_.keep_rotations, task, effort);
     return made_circuit(found.size, std::move(found));
@@ -138,6 +142,7 @@ class OptimizeCall {
   StepCircuit folded_;
   CircuitCounts before_;
   std::optional<BitGraph> edges_;
+  bool routes_ = false;
 };
 
 }  // namespace

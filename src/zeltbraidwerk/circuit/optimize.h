@@ -20,6 +20,8 @@ namespace synthesis {
 struct OptimizeOptions : SynthesisOptions {
   bool exact = false;           ///< every angle stays a sum of given ones
   bool keep_rotations = false;  ///< windows replaced by numbers never have more rotations
+  /// The gates need not be on edges of the device: the circuit is made anew on these.
+  bool route = false;
 };
 
 /// Gates on one or two qubits that were replaced, or moved. Gates have numbers: those of the stage

@@ -20,8 +20,8 @@ using synthesis::SynthesisOptions;
 
 namespace {
 
-std::optional<MadeCircuit> sized(CliffordCircuit found, int n) {
-  const CircuitSize size = size_of(found.gates, n);
+std::optional<MadeCircuit> sized(PlacedCircuit found) {
+  const CircuitSize size = found.size;
   return made_circuit(size, std::move(found));
 }
 
@@ -66,7 +66,7 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                      .make =
                          [&](int) {
                            return sized(
-                               to_circuit(eliminated_list(images, options.outputs), images), n);
+                               to_circuit(eliminated_list(images, options.outputs), images));
                          },
                      .draws = false,
                      .brief = true});
@@ -82,12 +82,12 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                            .seed = options.seed,
                                            .stream = static_cast<std::uint64_t>(run)};
                            const Effort effort = control.effort(steps_of_search(options));
-                           return sized(search_clifford(images, task, effort).circuit, n);
+                           return sized(search_clifford(images, task, effort));
                          },
                      .proves = true});
   }
   BestRun best = best_of_runs(lanes, options, control);
-  auto& found = best.as<CliffordCircuit>();
+  auto& found = best.as<PlacedCircuit>();
   synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
   return result;
@@ -113,9 +113,7 @@ Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& op
                 const Task task{.objective = options.objective,
                                 .seed = options.seed,
                                 .stream = static_cast<std::uint64_t>(run)};
-                StateResult found = search_state(stabilisers, task, control.effort(steps));
-                const CircuitSize size{found.count, found.depth};
-                return std::optional(made_circuit(size, std::move(found.gates)));
+                return sized(search_state(stabilisers, task, control.effort(steps)));
               },
           .proves = true};
 }
@@ -132,9 +130,9 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
   }
   RunControl control(options.budget);
   BestRun best = best_of_runs({state_search_lane(stabilisers, options, control)}, options, control);
-  auto& gates = best.as<std::vector<structures::Gate>>();
-  synthesis::StateResult result{std::move(best.result), std::move(gates)};
-  result.permutation = in_order(stabilisers.qubits());
+  auto& found = best.as<PlacedCircuit>();
+  synthesis::StateResult result{std::move(best.result), std::move(found.gates)};
+  result.permutation = std::move(found.wires);
   return result;
 }
 

@@ -59,7 +59,7 @@ struct ZELTBRAIDWERK_EXPORT Graph {
   int nb_vertices() const;  ///< the size of `vertices`, not n
   bool are_neighbors(int i, int j) const;
 
-  /// Whether `vertices` hangs together. False for a graph without vertices.
+  /// Whether `vertices` is connected. False for a graph without vertices.
   bool is_connected() const;
   /// is_connected() of what is left without v.
   bool is_non_cutting(int v) const;

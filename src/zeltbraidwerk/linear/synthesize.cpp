@@ -187,7 +187,9 @@ class LinearCall {
                     .stream = static_cast<std::uint64_t>(run)};
     const Effort effort = control_.effort(steps);
     if (device_) return free_circuit(search_cnot_on_device(m_, task, effort));
-    if (options_.objective == Objective::count) return search_cnot(m_, task, effort, window());
+    if (options_.objective == Objective::count) {
+      return free_circuit(search_cnot(m_, task, effort, window()));
+    }
     const std::vector<LayeredCircuit> found = search_shallow_cnot(m_, task, effort);
     const std::lock_guard lock(mutex_);
     for (const LayeredCircuit& each : found) {

@@ -136,7 +136,7 @@ class PauliCall {
                   task.seed = options_.seed;
                   task.stream = static_cast<std::uint64_t>(run);
                   task.in_order = options_.in_order;
-                  NetworkResult found =
+                  PlacedCircuit found =
                       search_network({table_.frame, table_.labels}, task, control_.effort(steps));
                   return sized({std::move(found.gates), std::move(found.wires), options_.in_order});
                 },

@@ -126,10 +126,9 @@ class PhaseCall {
                                   .stream = static_cast<std::uint64_t>(run)};
                   auto found = search_parities(parities_, task, control_.effort(steps));
                   ClosedNetwork network{
-                      std::move(found.steps),
-                      FreeCircuit(structures::CnotCircuit(qubits()), std::move(found.permutation))};
-                  const CircuitSize size = size_of(network.cnots());
-                  return std::optional(made_circuit(size, std::move(network)));
+                      std::move(found.gates),
+                      FreeCircuit(structures::CnotCircuit(qubits()), std::move(found.wires))};
+                  return std::optional(made_circuit(found.size, std::move(network)));
                 },
             .proves = true};
   }

@@ -82,7 +82,8 @@ void merge(StepCircuit& circuit) {
       rows.push_back(step.row);
       continue;
     }
-    LinearAngle& sum = circuit.angles[static_cast<std::size_t>(rows[static_cast<std::size_t>(same)])];
+    LinearAngle& sum =
+        circuit.angles[static_cast<std::size_t>(rows[static_cast<std::size_t>(same)])];
     const bool opposite = strings.is_negative(same) != strings.is_negative(here);
     sum.add(circuit.angles[static_cast<std::size_t>(step.row)], opposite ? -1 : 1);
     step.row = -1;

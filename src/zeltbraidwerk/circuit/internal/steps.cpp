@@ -184,10 +184,10 @@ std::vector<structures::Gate> written(const StepCircuit& circuit) {
         for (const structures::Parameter& angle :
              circuit.angles[static_cast<std::size_t>(step.row)].parameters()) {
           constexpr const char* names[] = {"RX", "RY", "RZ"};
-          gates.emplace_back(names[step.letter - 1U], std::vector<int>{step.a},
-                             std::vector<structures::Parameter>{
-                                 step.negative ? angle.flip_sign() : angle},
-                             step.letter == letter_z);
+          gates.emplace_back(
+              names[step.letter - 1U], std::vector<int>{step.a},
+              std::vector<structures::Parameter>{step.negative ? angle.flip_sign() : angle},
+              step.letter == letter_z);
         }
         break;
     }

@@ -10,7 +10,7 @@
 namespace zelt::braidwerk::internal {
 
 enum class StepKind : std::uint8_t {
-  cnot,      ///< a is the control
+  cnot,  ///< a is the control
   cz,
   h,         ///< on a, as what follows
   turn,      ///< the rotation about a letter by so many times pi/2, 1 to 3

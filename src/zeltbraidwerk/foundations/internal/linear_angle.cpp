@@ -66,7 +66,7 @@ std::vector<structures::Parameter> LinearAngle::parameters() const {
   if (is_number()) return {constant};
   std::optional<structures::Parameter> sum;
   const auto append = [&](const structures::Parameter& term) {
-    sum ? *sum += term : sum.emplace(term);
+    sum ? * sum += term : sum.emplace(term);
   };
   for (const auto& [name, coefficient] : coefficients) {
     const structures::Parameter symbol(name);

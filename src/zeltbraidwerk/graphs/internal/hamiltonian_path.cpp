@@ -85,7 +85,7 @@ class Search {
     return false;
   }
 
-  /// What is left hangs together and on v, and holds at most one dead end, to stop at.
+  /// What is left is connected, also to v, and has at most one dead end, where the path may stop.
   bool can_go_on(int v) const {
     VertexSet unmet = left_;
     std::vector<int> met{v};

@@ -162,8 +162,8 @@ void PauliRuns::close(PauliNetwork& network, int run) const {
                   .stream = static_cast<std::uint64_t>(run)};
   Effort effort;
   effort.steps = closing_steps;
-  auto [closing, shortest, depth] = search_clifford(images, task, effort);
-  if (shortest < size_of(undoing, qubits()).count) {
+  PlacedCircuit closing = search_clifford(images, task, effort);
+  if (closing.size.count < size_of(undoing, qubits()).count) {
     undoing = std::move(closing.gates);
     network.wires = std::move(closing.wires);
   }

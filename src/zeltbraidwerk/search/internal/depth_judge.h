@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
@@ -71,42 +72,47 @@ class LayerOdds {
 class Metropolis {
  public:
   void set_temperature(float temperature) { temperature_ = temperature; }
+  int depth() const { return depth_; }
 
  protected:
-  bool accepts(float rise, Rng& rng) const {
-    return rise <= 0 || rng.unit() < std::exp(-rise / temperature_);
+  void begin(int depth, float energy) {
+    depth_ = depth;
+    energy_ = energy;
+  }
+  /// Whether a circuit of these layers and this energy stands.
+  bool accept(int depth, float energy, Rng& rng) {
+    const float rise = energy - energy_;
+    const bool stands = rise <= 0 || rng.unit() < std::exp(-rise / temperature_);
+    if (stands) begin(depth, energy);
+    return stands;
   }
 
  private:
   float temperature_ = 0;
+  int depth_ = 0;
+  float energy_ = 0;
 };
 
-/// The energy of a circuit is twice its layers and, far less, its gates.
+/// The energy of a circuit is that of its layers and, far less, its gates.
 class LayerEnergy : public Metropolis {
  public:
-  explicit LayerEnergy(const GateList& list)
-      : wires_(list.wires()),
-        depth_(depth_of(list.gates, wires_)),
-        energy_(energy(depth_, list.gates)) {}
+  explicit LayerEnergy(const GateList& list) : wires_(list.wires()) {
+    const int depth = depth_of(list.gates, wires_);
+    begin(depth, energy(depth, list.gates));
+  }
 
-  int depth() const { return depth_; }
   bool accept(const std::vector<Gate>& gates, float, Rng& rng) {
     const int depth = depth_of(gates, wires_);
-    const float changed = energy(depth, gates);
-    if (!accepts(changed - energy_, rng)) return false;
-    depth_ = depth;
-    energy_ = changed;
-    return true;
+    return Metropolis::accept(depth, energy(depth, gates), rng);
   }
 
  private:
   static float energy(int depth, const std::vector<Gate>& gates) {
-    return 2.0F * static_cast<float>(depth) + 0.02F * static_cast<float>(gates.size());
+    return anneal_tuning.layer * static_cast<float>(depth) +
+           anneal_tuning.gate * static_cast<float>(gates.size());
   }
 
   int wires_;
-  int depth_;
-  float energy_;
 };
 
 /// `steps` steps of annealing from a list, or fewer when the effort ends; the temperature falls as
@@ -114,8 +120,6 @@ class LayerEnergy : public Metropolis {
 template <class Rewriter, class Rule, class F>
 void anneal(GateList list, Rewriter& rewriter, Rule& rule, Cooling temperatures,
             std::uint64_t steps, Rng& rng, Meter& meter, F&& stands) {
-  constexpr float uphill = 0.3F;
-  constexpr int long_list = 1000;  // its steps take longer than microseconds
   if (meter.ended()) return;
   DepthJudge judge(rewriter, rule, rng);
   Walk walk(std::move(list), judge);
@@ -123,8 +127,9 @@ void anneal(GateList list, Rewriter& rewriter, Rule& rule, Cooling temperatures,
     if (k % 64 == 0) {
       rule.set_temperature(temperatures.at(static_cast<double>(k) / static_cast<double>(steps)));
     }
-    if (walk.step(uphill, rng)) stands(walk.list(), rule.depth());
-    if (!meter.step() || (walk.count() > long_list && meter.ended())) return;
+    if (walk.step(anneal_tuning.uphill, rng)) stands(walk.list(), rule.depth());
+    const bool is_slow = walk.count() > anneal_tuning.long_list;
+    if (!meter.step() || (is_slow && meter.ended())) return;
   }
 }
 
@@ -133,7 +138,8 @@ template <class Rewriter, class F>
 void anneal_depth(const GateList& list, Rewriter rewriter, std::uint64_t steps, Rng& rng,
                   Meter& meter, F&& stands) {
   LayerEnergy rule(list);
-  anneal(list, rewriter, rule, {0.4F, 0.05F}, steps, rng, meter, std::forward<F>(stands));
+  anneal(list, rewriter, rule, anneal_tuning.temperatures, steps, rng, meter,
+         std::forward<F>(stands));
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -60,7 +60,9 @@ template <class Circuit>
 class Incumbent {
  public:
   Incumbent(Objective objective, Meter& meter, Ties ties = Ties::first)
-      : objective_(objective), meter_(meter), answer_(objective, ties) {}
+      : lasting_(objective == Objective::count ? Origin::lowering_count : Origin::lowering_depth),
+        meter_(meter),
+        answer_(objective, ties) {}
 
   bool empty() const { return answer_.empty(); }
   const Circuit& circuit() const { return answer_.circuit(); }
@@ -81,9 +83,7 @@ class Incumbent {
   }
 
  private:
-  Objective objective_;
-  Origin lasting_ =
-      objective_ == Objective::count ? Origin::lowering_count : Origin::lowering_depth;
+  Origin lasting_;
   Meter& meter_;
   Smallest<Circuit> answer_;
 };

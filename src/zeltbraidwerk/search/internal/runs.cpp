@@ -7,7 +7,6 @@
 #include <exception>
 #include <limits>
 #include <mutex>
-#include <numeric>
 #include <thread>
 #include <tuple>
 
@@ -284,20 +283,6 @@ BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& opt
   Runner runner(lanes, options, control);
   runner.work();
   return runner.result();
-}
-
-std::vector<int> in_order(int n) {
-  std::vector<int> order(static_cast<std::size_t>(n));
-  std::iota(order.begin(), order.end(), 0);
-  return order;
-}
-
-std::vector<int> shuffled(int n, const Draw& draw) {
-  std::vector<int> order = in_order(n);
-  for (int i = n - 1; i > 0; --i) {
-    std::swap(order[static_cast<std::size_t>(i)], order[static_cast<std::size_t>(draw(0, i))]);
-  }
-  return order;
 }
 
 }  // namespace zelt::braidwerk::internal

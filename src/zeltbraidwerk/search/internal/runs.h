@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/options.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/run_control.h"
 #include "zeltbraidwerk/search/synthesis_options.h"
 
@@ -62,10 +62,5 @@ struct BestRun {
 /// UnfinishedError when no run found a circuit, and what a run or a function of the options throws.
 BestRun best_of_runs(const std::vector<Lane>& lanes, const synthesis::SynthesisOptions& options,
                      RunControl& control);
-
-/// 0 to n-1 in an order that was drawn.
-std::vector<int> shuffled(int n, const Draw& draw);
-/// 0 to n-1.
-std::vector<int> in_order(int n);
 
 }  // namespace zelt::braidwerk::internal

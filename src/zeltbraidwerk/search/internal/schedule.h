@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
+#include <span>
 
 namespace zelt::braidwerk::internal {
 
@@ -37,7 +37,7 @@ class Rounds {
 
 /// The widest beam, of ascending widths, that takes no more than `steps` steps at this price for
 /// each state of a level; 0 where none does.
-inline int widest_within(std::initializer_list<int> widths, double price, double steps) {
+inline int widest_within(std::span<const int> widths, double price, double steps) {
   int widest = 0;
   for (const int width : widths) {
     if (width * price <= steps) widest = width;

@@ -12,6 +12,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -24,12 +25,13 @@ std::vector<int> composed(const std::vector<int>& first, const std::vector<int>&
   return wires;
 }
 
-/// As the first stage: the circuit that logs number the gates of is the folded one.
+/// The folded circuit, which is a stage itself: the numbers of a log are those of its gates.
 StagedCircuit given(const StepCircuit& circuit) {
-  const std::vector<structures::Gate> gates = written(circuit);
-  const std::vector<int> wires = own_wires(circuit.qubits);
-  return {circuit, wires, std::make_shared<const Stage>(Stage{nullptr, gates, wires, {}}),
-          size_of(gates, circuit.qubits)};
+  std::vector<structures::Gate> gates = written(circuit);
+  const CircuitSize size = size_of(gates, circuit.qubits);
+  std::vector<int> wires = in_order(circuit.qubits);
+  auto stage = std::make_shared<const Stage>(Stage{nullptr, std::move(gates), wires, {}});
+  return {circuit, std::move(wires), std::move(stage), size};
 }
 
 StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,

@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/search/internal/network_emission.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -131,7 +132,7 @@ std::vector<NetworkEvent> events_of(int qubits, const std::vector<Step>& steps) 
 
 CircuitProblem problem_of(int qubits, const std::vector<Step>& steps) {
   return {strings_of(qubits, steps), target_of(qubits, steps),
-          network_of(events_of(qubits, steps), own_wires(qubits), true)};
+          network_of(events_of(qubits, steps), in_order(qubits), true)};
 }
 
 std::vector<Step> steps_of(const std::vector<NetworkEvent>& events, const CircuitProblem& problem) {

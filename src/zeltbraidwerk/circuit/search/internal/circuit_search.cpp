@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -26,7 +27,16 @@ class CircuitSearch : public SearchByBoth<Network> {
             .most_growths = tuning.most_doublings};
   }
 
-  void first() { offer(problem_.given, problem_.given.size, Origin::certain); }
+  void first() {
+    if (circuit_task_.routes) {
+      NetworkTask task = network_task(problem_, nullptr);
+      task.outputs = task_.outputs;
+      start_ = search_events({problem_.rows, {}}, task, within(tuning.routing_steps));
+    } else {
+      start_ = problem_.given;
+    }
+    offer(start_, start_.size, Origin::certain);
+  }
   bool finished() const { return shortest().size.count == 0; }
 
   void round(const Round& round) {
@@ -57,21 +67,28 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   Network search_network(const CircuitProblem& problem, const Network& given, Outputs outputs,
                          std::uint64_t steps) {
+    NetworkTask task = network_task(problem, &given);
+    task.outputs = outputs;
+    const Effort effort = within(std::min(steps, meter_.left()));
+    Network found = search_events({problem.rows, {}}, task, effort);
+    meter_.charge(effort.steps);
+    return found;
+  }
+  NetworkTask network_task(const CircuitProblem& problem, const Network* given) {
     NetworkTask task;
     static_cast<Task&>(task) = task_;
-    task.outputs = outputs;
     task.seed = rng_.next();
     task.in_order = true;
     task.target = &problem.target;
-    task.given = &given;
+    task.given = given;
+    return task;
+  }
+  Effort within(std::uint64_t steps) {
     Effort effort;
     effort.control = meter_.control();
-    effort.steps = std::min(steps, meter_.left());
+    effort.steps = steps;
     effort.on_bound = [this](const LowerBound& bound) { meter_.prove(bound); };
-    const PauliFrame& rows = problem.rows;
-    Network found = search_events({rows, {}}, task, effort);
-    meter_.charge(effort.steps);
-    return found;
+    return effort;
   }
 
   void search_forward(std::uint64_t steps) {
@@ -84,12 +101,12 @@ class CircuitSearch : public SearchByBoth<Network> {
   /// The inverse circuit, of which the inverse is taken.
   void search_backward(std::uint64_t steps) {
     const Network& best = incumbent().circuit();
-    if (meter_.ended() || best.wires != own_wires(qubits())) return;
+    if (meter_.ended() || best.wires != in_order(qubits())) return;
     const CircuitProblem inverse = inverted_problem(best.events, problem_);
     const Network found = search_network(inverse, inverse.given, Outputs::in_place, steps);
     Network back = network_of(
         events_of(qubits(), inverted(steps_of(found.events, inverse), problem_.rows.rows())),
-        own_wires(qubits()), true);
+        in_order(qubits()), true);
     offer(back, back.size, lowering());
   }
   CircuitProblem inverted_problem(const std::vector<NetworkEvent>& events,
@@ -105,15 +122,14 @@ class CircuitSearch : public SearchByBoth<Network> {
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
       const Network& start =
-          walks_ / tuning.walks_of_chain % 2 == 0 ? problem_.given : shortest();
+          walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest() : chain_.circuit();
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
-    options.steps = tuning.walk_windows * from.events.size()
-                    << place;
+    options.steps = tuning.walk_windows * from.events.size() << place;
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();
@@ -133,6 +149,7 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   const CircuitProblem& problem_;
   const CircuitTask& circuit_task_;
+  Network start_;
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;

@@ -9,7 +9,8 @@
 namespace zelt::braidwerk::internal {
 
 struct CircuitTask : Task {
-  int jobs = 1;  ///< threads for the pieces of a long circuit
+  int jobs = 1;         ///< threads for the pieces of a long circuit
+  bool routes = false;  ///< the circuit is not on the edges of the device, its network is to be
 };
 
 struct CircuitFound {
@@ -19,7 +20,8 @@ struct CircuitFound {
 };
 
 /// A shorter circuit of the same operator with the same rotations, never a longer one. Outputs are
-/// in place or anywhere. With a device, the gates of the circuit are on its edges.
+/// in place or anywhere. With a device, the gates of the circuit are on its edges, or it is routed:
+/// made anew on them, whatever the effort.
 ///
 /// Small circuits are searched as networks of their rotations that close to their Clifford
 /// operator, forward and, as inverse circuits, backward; all are walked from, the best so far, in

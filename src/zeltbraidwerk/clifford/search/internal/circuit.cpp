@@ -86,7 +86,7 @@ class Emission {
 
 /// Appends the Pauli gates that give the images their signs: the image of Z on a qubit turns the
 /// sign of that of X alone, and the other way round.
-void mend_signs(CliffordCircuit& circuit, const PauliFrame& images) {
+void mend_signs(PlacedCircuit& circuit, const PauliFrame& images) {
   const int n = images.qubits();
   PauliFrame found = identity_images(n);
   for (const structures::Gate& gate : circuit.gates) found.apply(gate);
@@ -109,11 +109,11 @@ void mend_signs(CliffordCircuit& circuit, const PauliFrame& images) {
 
 }  // namespace
 
-CliffordCircuit emitted(const GateList& list) {
+PlacedCircuit emitted(const GateList& list) {
   const int n = list.wires();
   Emission emission(n);
   for (const Gate& gate : list.gates) emission.emit(gate);
-  CliffordCircuit circuit;
+  PlacedCircuit circuit;
   circuit.wires.resize(static_cast<std::size_t>(n));
   for (int wire = 0; wire < n; ++wire) {
     for (const int label : {label_x, label_z}) {
@@ -124,11 +124,12 @@ CliffordCircuit emitted(const GateList& list) {
     circuit.wires[static_cast<std::size_t>(wire_of(from))] = wire;
   }
   circuit.gates = std::move(emission.gates());
+  circuit.size = size_of(list);
   return circuit;
 }
 
-CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images) {
-  CliffordCircuit circuit = emitted(list);
+PlacedCircuit to_circuit(const GateList& list, const PauliFrame& images) {
+  PlacedCircuit circuit = emitted(list);
   mend_signs(circuit, images);
   return circuit;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
 
 namespace zelt::braidwerk::internal {
@@ -28,7 +29,7 @@ int exchanges_left(const Permutation& permutation) {
   return exchanges;
 }
 
-/// A walk that closes: an exchange of outputs that is left counts as `price` gates.
+/// A walk that closes: an exchange of outputs that is left counts as some gates.
 class ClosingRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
@@ -56,8 +57,6 @@ class ClosingRewriter {
   }
 
  private:
-  static constexpr float price = 1.5F;
-
   template <int wires>
   bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
     const Places<wires> places = random_places<wires>(rng);
@@ -69,7 +68,7 @@ class ClosingRewriter {
         rewrite);
     const float rise = static_cast<float>(rewrite.block.size()) -
                        static_cast<float>(window.gates.size()) +
-                       price * static_cast<float>(left - left_);
+                       clifford_tuning.exchange_price * static_cast<float>(left - left_);
     if (rise > 0 && !rng.chance(std::pow(uphill, rise))) return false;
     permutation_ = std::move(after);
     left_ = left;
@@ -106,17 +105,14 @@ void exchange_by_gates(GateList& list) {
   }
 }
 
-constexpr int steps_a_wire = 256;
-
 }  // namespace
 
 GateList with_outputs_in_place(const GateList& list, int window, Rng& rng) {
   ClosingRewriter rewriter(list, window);
   Walk<ClosingRewriter> walk(list, rewriter);
-  const int steps = steps_a_wire * list.wires();
-  constexpr Cooling cooling{0.1F, 0.003F};
+  const int steps = clifford_tuning.closing_steps * list.wires();
   for (int step = 0; step < steps && !rewriter.done(); ++step) {
-    walk.step(cooling.at(static_cast<double>(step) / steps), rng);
+    walk.step(clifford_tuning.cooling_closing.at(static_cast<double>(step) / steps), rng);
   }
   GateList result = walk.list();
   exchange_by_gates(result);

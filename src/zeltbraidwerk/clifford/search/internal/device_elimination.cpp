@@ -57,7 +57,6 @@ void DeviceElimination::make(State& state, const Move& move) {
 /// Of gates so far and of clearing the rest: each letter of a row is brought over as many edges as
 /// separate it from the next nearest ones, and filling the wires between costs as much again.
 double DeviceElimination::price(const State& state) const {
-  constexpr double weight = 0.07;
   std::vector<int> letters_at(at(graph_.size()) + 1);
   int gates = 0;
   state.left.for_each([&](int wire) {
@@ -77,7 +76,7 @@ double DeviceElimination::price(const State& state) const {
       }
     }
   });
-  return static_cast<double>(state.gates.size()) + weight * gates;
+  return static_cast<double>(state.gates.size()) + clifford_tuning.weight_left * gates;
 }
 
 /// A tree of edges from the wire to every letter of the row, each time along a random shortest way

@@ -5,6 +5,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -37,7 +38,7 @@ class DeviceElimination {
     int count = 0;
     wires.for_each([&](int) { ++count; });
     wires.for_each([&](int wire) {
-      if (rng.below(count) >= most_wires_tried) return;
+      if (rng.below(count) >= clifford_tuning.tried_on_device) return;
       for (int side = 0; side < 2; ++side) {
         for (int label = 1; label < 4; ++label) {
           const Move move{wire, side, label, rng.next()};
@@ -53,8 +54,6 @@ class DeviceElimination {
   bool done(const State& state) const { return state.wires_left < 2; }
 
  private:
-  static constexpr int most_wires_tried = 24;  ///< about this number of them on a large device
-
   double price(const State& state) const;
   void bring_down(State& state, const Move& move, int label, int kept, Rng& rng);
   void grow_tree(const State& state, const Move& move, int label, Rng& rng);

@@ -14,6 +14,8 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
+constexpr const CliffordTuning& tuning = clifford_tuning;
+
 class CliffordDeviceSearch : public SearchBase<GateList> {
  public:
   CliffordDeviceSearch(const OperatorRows& rows, const Task& task, const Effort& effort)
@@ -24,7 +26,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     meter_.prove(bound_of_operator(rows, task.outputs, task.device));
   }
 
-  static Schedule schedule() { return clifford_tuning.rounds; }
+  static Schedule schedule() { return tuning.rounds; }
 
   void first() {
     const Effort unlimited;
@@ -36,12 +38,12 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   bool finished() const { return incumbent_.size().count <= 1; }
 
   void round(const Round& round) {
-    const PlacedRewriter rewriter(round.number == 0 ? 3 : 4, *task_.device, task_.outputs);
+    const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs);
     if (const int width = width_for(round.steps); width > 0) {
       GateList found = eliminated(width, meter_);
       if (meter_.ended()) return;
       incumbent_.offer(found, size_of(found), Origin::certain);
-      walk(std::move(found), rewriter, round.steps / 2);
+      walk(std::move(found), rewriter, round.steps / tuning.new_part);
     }
     walk(incumbent_.circuit(), rewriter, round.steps);
     if (!task_.by_depth()) return;
@@ -55,14 +57,15 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   /// The widest beam that takes no more time than the walk of the round.
   int width_for(std::uint64_t steps) const {
     const auto n = static_cast<std::uint64_t>(wires_);
-    const std::uint64_t price = n * n * n * std::min<std::uint64_t>(n, 24) / 8 + 1;
-    return widest_within({1, 3, 10, 30, 100, 300}, static_cast<double>(price),
+    const std::uint64_t price =
+        n * n * n * std::min(n, tuning.device_wires) / tuning.device_steps + 1;
+    return widest_within(tuning.device_widths, static_cast<double>(price),
                          static_cast<double>(steps));
   }
 
   /// The best circuit so far where the beam finds none.
   GateList eliminated(int width, Meter& meter) {
-    const BeamOptions options{.width = width, .patience = wires_, .noise = 0.01};
+    const BeamOptions options{.width = width, .patience = wires_, .noise = tuning.device_noise};
     BeamSearch<DeviceElimination> search(problem_, options, rng_, meter);
     const auto found = search.run(start_);
     if (!found.empty()) return circuit_of(found[0].state.rows, found[0].state.gates);
@@ -70,7 +73,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   }
 
   void walk(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
-    walk_to_shallow(list, rewriter, steps, clifford_tuning.cooling_on_device, rng_, meter_,
+    walk_to_shallow(list, rewriter, steps, tuning.cooling_on_device, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
                       incumbent_.offer(shorter, size, Origin::lowering_count);
                     });

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <bit>
 
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
+
 namespace zelt::braidwerk::internal {
 
-/// Over all weights that there are, f goes through about 13 orders of magnitude: doubles have 16.
 LightRows WireLines::light_rows() const {
   constexpr int finished_letters = 3;
-  return {3 * wires_, 1 - std::min(0.2, 13.0 / std::max(wires_, 1)), finished_letters};
+  return {3 * wires_, row_ratio(wires_), finished_letters};
 }
 
 int WireLines::label_at(const Word* line, int label, int place) const {

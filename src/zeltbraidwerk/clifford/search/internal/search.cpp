@@ -19,6 +19,8 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
+constexpr const CliffordTuning& tuning = clifford_tuning;
+
 /// Circuits with free outputs come from beams and walks, also where outputs are wanted in place:
 /// closing one is better than what any search finds in place from the start.
 class CliffordSearch : public SearchBase<GateList> {
@@ -28,7 +30,7 @@ class CliffordSearch : public SearchBase<GateList> {
     meter_.prove(bound_of_operator(beams_.operator_rows(), task.outputs, nullptr));
   }
 
-  static Schedule schedule() { return clifford_tuning.rounds; }
+  static Schedule schedule() { return tuning.rounds; }
 
   void first() {
     shorten(eliminated_list(images_, Outputs::anywhere));
@@ -38,9 +40,9 @@ class CliffordSearch : public SearchBase<GateList> {
     if (nothing_left_) return;
     if (!task_.in_place()) {
       offer(shortest_.circuit());
-    } else if (wires_ <= clifford_tuning.quick_wires || !meter_.ended()) {
+    } else if (wires_ <= tuning.quick_wires || !meter_.ended()) {
       // With more effort a greedy run that was cut would lead to another circuit to close.
-      offer(with_outputs_in_place(shortest_.circuit(), window_of(0), rng_));
+      offer(with_outputs_in_place(shortest_.circuit(), window_wires(0), rng_));
     }
   }
 
@@ -52,14 +54,12 @@ class CliffordSearch : public SearchBase<GateList> {
   void round(const Round& round) { task_.in_place() ? round_in_place(round) : round_freely(round); }
 
  private:
-  bool has_table() const { return wires_ <= clifford_tuning.table_wires; }
+  bool has_table() const { return wires_ <= tuning.table_wires; }
   /// The layered form has few layers on many qubits.
-  bool takes_layers() const { return task_.by_depth() && wires_ > clifford_tuning.two_sided_wires; }
-  /// The small windows need no large table, and little effort has no use for it.
-  static int window_of(int round) { return round == 0 ? 3 : 4; }
+  bool takes_layers() const { return task_.by_depth() && wires_ > tuning.two_sided_wires; }
 
   void make_first_circuits() {
-    const bool quick = wires_ <= clifford_tuning.quick_wires;
+    const bool quick = wires_ <= tuning.quick_wires;
     if (takes_layers() && (quick || !meter_.ended())) offer(layered(1));
     if (wires_ < 2) return;
     if (has_table()) {
@@ -73,13 +73,13 @@ class CliffordSearch : public SearchBase<GateList> {
     const Effort no_limit;
     Meter unlimited(no_limit);
     shorten(beam(beams_.side_for(0), 1, quick ? unlimited : meter_));
-    if (wires_ > clifford_tuning.two_sided_wires && wires_ <= clifford_tuning.quick_two_sided) {
+    if (wires_ > tuning.two_sided_wires && wires_ <= tuning.quick_two_sided) {
       shorten(beam(Side::both, 1, unlimited));
     }
   }
 
   void round_freely(const Round& round) {
-    const WindowRewriter rewriter(window_of(round.number));
+    const WindowRewriter rewriter(window_wires(round.number));
     begin_anew(round);
     if (meter_.ended()) return;
     offer(shortest_.circuit());
@@ -90,19 +90,19 @@ class CliffordSearch : public SearchBase<GateList> {
   }
 
   void round_in_place(const Round& round) {
-    const PlacedRewriter rewriter(window_of(round.number));
+    const PlacedRewriter rewriter(window_wires(round.number));
     if (begin_anew(round)) {
-      shorten(
-          walked(shortest_.circuit(), WindowRewriter(window_of(round.number)), round.steps / 2));
+      shorten(walked(shortest_.circuit(), WindowRewriter(window_wires(round.number)),
+                     round.steps / tuning.new_part));
       if (meter_.ended()) return;
       const GateList closed =
-          with_outputs_in_place(shortest_.circuit(), window_of(round.number), rng_);
+          with_outputs_in_place(shortest_.circuit(), window_wires(round.number), rng_);
       offer(closed);
-      walked(closed, rewriter, round.steps / 4);
+      walked(closed, rewriter, round.steps / tuning.closed_part);
     }
-    walked(incumbent_.circuit(), rewriter, round.steps / 2);
+    walked(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
     layer_again(round);
-    anneal(incumbent_.circuit(), rewriter, round.steps / 2);
+    anneal(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
   }
 
   /// On more than four qubits, a beam and half a walk from there. False where the round has no
@@ -113,7 +113,8 @@ class CliffordSearch : public SearchBase<GateList> {
     if (width == 0) return false;
     GateList found = beam(side, width, meter_);
     if (meter_.ended()) return false;
-    shorten(walked(std::move(found), WindowRewriter(window_of(round.number)), round.steps / 2));
+    shorten(walked(std::move(found), WindowRewriter(window_wires(round.number)),
+                   round.steps / tuning.new_part));
     return true;
   }
 
@@ -129,13 +130,13 @@ class CliffordSearch : public SearchBase<GateList> {
     return layered_list(beams_.operator_rows(), task_.outputs, rng_, effort);
   }
 
-  /// Once more with other labels, and the map searched longer. That takes a quarter of the round's
-  /// steps, as a step of it takes about as long as a gate on every fourth wire.
+  /// Once more with other labels, and the map searched longer.
   void layer_again(const Round& round) {
     if (!takes_layers()) return;
-    const std::uint64_t steps = round.steps / 4;
-    const GateList found = layered(4 * steps / static_cast<std::uint64_t>(wires_));
-    for (std::uint64_t k = 0; k < steps; ++k) meter_.step();
+    const std::uint64_t steps = round.steps / tuning.layered_part;
+    const GateList found =
+        layered(tuning.layered_wires * steps / static_cast<std::uint64_t>(wires_));
+    meter_.charge(steps);
     if (!meter_.ended()) offer(found);
   }
 
@@ -143,7 +144,7 @@ class CliffordSearch : public SearchBase<GateList> {
   void offer(const GateList& list) { incumbent_.offer(list, size_of(list), Origin::certain); }
 
   GateList walked(GateList list, WindowRewriter rewriter, std::uint64_t steps) {
-    walk_to_shallow(list, rewriter, steps, clifford_tuning.cooling, rng_, meter_,
+    walk_to_shallow(list, rewriter, steps, tuning.cooling, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
                       if (task_.in_place()) return;
                       incumbent_.offer(shorter, size, Origin::lowering_count);
@@ -152,7 +153,7 @@ class CliffordSearch : public SearchBase<GateList> {
   }
 
   void walked(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
-    walk_to_shallow(list, rewriter, steps, clifford_tuning.cooling_in_place, rng_, meter_,
+    walk_to_shallow(list, rewriter, steps, tuning.cooling_in_place, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
                       incumbent_.offer(shorter, size, Origin::lowering_count);
                     });
@@ -193,10 +194,8 @@ bool are_images_of_operator(const PauliFrame& images) {
   return true;
 }
 
-CliffordResult search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
-  const GateList list = searched(images, task, effort);
-  const CircuitSize size = size_of(list);
-  return {to_circuit(list, images), size.count, size.depth};
+PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
+  return to_circuit(searched(images, task, effort), images);
 }
 
 }  // namespace zelt::braidwerk::internal

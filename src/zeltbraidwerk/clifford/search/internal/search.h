@@ -7,12 +7,6 @@
 
 namespace zelt::braidwerk::internal {
 
-struct CliffordResult {
-  CliffordCircuit circuit;
-  int count = 0;  ///< gates on two wires
-  int depth = 0;  ///< layers of these
-};
-
 /// Whether these can be the images of X, then of Z, on all qubits under an operator.
 bool are_images_of_operator(const PauliFrame& images);
 
@@ -25,6 +19,6 @@ bool are_images_of_operator(const PauliFrame& images);
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, and with outputs in place 12 MB more.
-CliffordResult search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
+PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

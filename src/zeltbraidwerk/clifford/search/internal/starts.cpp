@@ -10,27 +10,6 @@
 
 namespace zelt::braidwerk::internal {
 
-OperatorCost cost_for(int wires) {
-  struct Choice {
-    int most_wires;
-    int twice_power;
-    double offset;
-    double other_side;
-  };
-  constexpr Choice choices[] = {{10, -5, 0, 1},        {18, -10, 0, 1},
-                                {28, -10, 0, 0.05},    {48, -14, 0.125, 0.05},
-                                {80, -20, 0.25, 0.05}, {most_wires, -24, 0.3, 0.05}};
-  const Choice* choice = choices;
-  while (wires > choice->most_wires) ++choice;
-  OperatorCost cost;
-  cost.twice_power = choice->twice_power;
-  cost.scale = wires;
-  cost.offset = choice->offset * wires;
-  cost.other_side = choice->other_side;
-  if (wires > 128) cost.most_wires = 16;
-  return cost;
-}
-
 GateList eliminated_list(const PauliFrame& images, Outputs outputs) {
   Elimination undone = eliminate_clifford(images, outputs == Outputs::in_place);
   if (outputs == Outputs::in_place) undone.close();

@@ -1,14 +1,10 @@
 #pragma once
 
-#include "zeltbraidwerk/clifford/search/internal/cost.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 namespace zelt::braidwerk::internal {
-
-/// The cost that leads to the shortest circuits on this number of qubits.
-OperatorCost cost_for(int wires);
 
 /// The circuit of a plain elimination, up to any images.
 GateList eliminated_list(const PauliFrame& images, Outputs outputs);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "zeltbraidwerk/clifford/search/internal/state_gates.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -22,7 +23,7 @@ class StateProblem {
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    for (const auto& [loss, gate] : gates_.best(state, looked_at, rng)) {
+    for (const auto& [loss, gate] : gates_.best(state, state_tuning.looked_at, rng)) {
       const StateGroup::Outlook outlook = state.outlook_after(gate);
       sink(-outlook.worth, Move{gate, outlook.hash});
     }
@@ -30,16 +31,15 @@ class StateProblem {
   static std::uint64_t hash(const State&, const Move& move) { return move.hash; }
   void make(State& state, const Move& move) {
     state.apply(move.gate);
-    state.lighten(rounds(state.left()), rng_);
+    state.lighten(sets_for(state.left()), rng_);
   }
   static bool done(const State& state) { return state.left() == 0; }
 
  private:
-  static constexpr int looked_at = 10;
-
-  /// Information sets for each gate: the more qubits, the more there is to find, until the price is
-  /// too high.
-  static int rounds(int left) { return left > 60 && left <= 128 ? 24 : 6; }
+  static int sets_for(int left) {
+    const bool more = left > state_tuning.few_qubits && left <= state_tuning.many_qubits;
+    return more ? state_tuning.more_sets : state_tuning.sets;
+  }
 
   Rng& rng_;
   StateGates gates_;

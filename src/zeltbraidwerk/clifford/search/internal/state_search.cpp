@@ -40,8 +40,9 @@ class StateSearch : public SearchByBoth<GateList> {
   void first() {
     if (finished()) return;
     const bool quick = wires_ <= state_tuning.quick_wires;
-    for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended()); k += 10) {
-      start_.lighten(10, rng_);
+    for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended());
+         k += state_tuning.sets_at_once) {
+      start_.lighten(state_tuning.sets_at_once, rng_);
     }
     const Effort unlimited;
     Meter own(unlimited);
@@ -55,7 +56,7 @@ class StateSearch : public SearchByBoth<GateList> {
   }
 
   void round(const Round& round) {
-    const StateRewriter rewriter(round.number == 0 ? 3 : 4);
+    const StateRewriter rewriter(window_wires(round.number));
     walk(rewriter, round.steps);
     if (task_.by_depth()) {
       anneal_depth(round.number % 2 == 0 ? shortest() : shallowest(), rewriter,
@@ -64,7 +65,7 @@ class StateSearch : public SearchByBoth<GateList> {
                      offer(list, {list.count(), depth}, Origin::certain);
                    });
     }
-    renew(state_tuning.renewals << std::min(round.number, 20));
+    renew(state_tuning.renewals << std::min(round.number, state_tuning.most_renewal_doublings));
     take_apart(start_, state_tuning.width << std::min(round.number, state_tuning.most_doublings),
                meter_);
   }
@@ -90,10 +91,11 @@ class StateSearch : public SearchByBoth<GateList> {
 
   void walk(StateRewriter rewriter, std::uint64_t steps) {
     GateList best = shortest();
-    walk_round(best, rewriter, steps, Cooling{}, rng_, meter_, [&](const GateList& list, bool) {
-      offer(list, size_of(list), Origin::lowering_count);
-      return false;
-    });
+    walk_round(best, rewriter, steps, state_tuning.cooling, rng_, meter_,
+               [&](const GateList& list, bool) {
+                 offer(list, size_of(list), Origin::lowering_count);
+                 return false;
+               });
   }
 
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
@@ -148,11 +150,11 @@ bool stabilise_a_state(const PauliFrame& strings) {
   return rows_are_independent(std::move(both));
 }
 
-StateResult search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
+PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
   StateSearch search(stabilisers, task, effort);
   run_search(search);
   const GateList list = in_place(search.incumbent().circuit());
-  return {preparation(list, stabilisers), list.count(), depth_of(list.gates, list.wires())};
+  return {preparation(list, stabilisers), WireFrame(list.wires()).permutation(), size_of(list)};
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -1,28 +1,22 @@
 #pragma once
 
-#include <vector>
-
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/placed_circuit.h"
 #include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
 
-struct StateResult {
-  std::vector<structures::Gate> gates;  ///< CNOT, and H, S, RX by pi/2, X
-  int count = 0;                        ///< gates on two wires
-  int depth = 0;                        ///< layers of these
-};
-
 /// Independent strings that commute, one per qubit: the stabilisers of one state.
 bool stabilise_a_state(const PauliFrame& strings);
 
-/// A circuit of few CNOTs that turns zeros into the state with these stabilisers, signs included.
+/// A circuit of few CNOTs, and H, S, RX by pi/2, X, that turns zeros into the state with these
+/// stabilisers, signs included, outputs in place.
 /// One greedy run whatever the effort; then wider beams, a walk, and new beginnings of the circuit
 /// in turns until it ends. Strings that stabilise no state give a circuit of another one.
 ///
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
 /// 32 MB, once.
-StateResult search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
+PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 
+#include "zeltbraidwerk/clifford/search/internal/cost.h"
 #include "zeltbraidwerk/search/internal/schedule.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -17,6 +20,37 @@ struct CliffordTuning {
   int two_sided_wires = 18;  ///< beams from both sides, rows clifford 8 to 32
   int quick_two_sided = 40;  ///< a greedy run from both sides takes a twentieth of a second
   int quick_wires = 256;     ///< a greedy run from one side takes a second
+  // Windows have up to this number of wires. The small ones need no large table, and little effort
+  // has no use for it.
+  int first_window = 3;  ///< in round 0
+  int window = 4;
+  // Beams. Widths that are tried, the widest that its steps pay for.
+  int sparse_part = 2;  ///< operators with fewer letters than one in this many are sparse
+  std::array<int, 6> two_sided_widths{1, 3, 10, 30, 100, 300};
+  std::uint64_t two_sided_steps = 512;  ///< n^4 / 512 for each of the width
+  std::array<int, 8> one_sided_widths{1, 3, 10, 30, 100, 300, 1000, 3000};
+  std::uint64_t one_sided_steps = 100;  ///< n^2 min(n, 64) / 100 for each of the width
+  std::uint64_t one_sided_wires = 64;
+  int patience = 30;        ///< levels without a better score, and one more for each wire
+  double tie_noise = 1e-3;  ///< in the smallest change of the score
+  // Beams of eliminations on a device.
+  std::array<int, 6> device_widths{1, 3, 10, 30, 100, 300};
+  std::uint64_t device_steps = 8;  ///< n^3 min(n, 24) / 8 + 1 for each of the width
+  std::uint64_t device_wires = 24;
+  int tried_on_device = 24;  ///< about this number of wires may go next
+  double device_noise = 0.01;
+  double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
+  // Parts of the steps of a round: one in this many.
+  std::uint64_t new_part = 2;       ///< from a new beginning
+  std::uint64_t closed_part = 4;    ///< from a circuit that was closed
+  std::uint64_t best_part = 2;      ///< from the best circuit in place
+  std::uint64_t layered_part = 4;   ///< for a layered form
+  std::uint64_t layered_wires = 4;  ///< a step of it takes as long as a gate on one wire in these
+  // Closing.
+  float exchange_price = 1.5F;  ///< gates that an exchange of outputs counts
+  int closing_steps = 256;      ///< for each wire
+  Cooling cooling_closing{0.1F, 0.003F};
+  // Walks.
   Cooling cooling{0.3F, 0.003F};
   Cooling cooling_in_place{0.1F, 0.003F};
   /// Hot, as few circuits of a window are equally short.
@@ -25,15 +59,59 @@ struct CliffordTuning {
 };
 inline constexpr CliffordTuning clifford_tuning;
 
+inline int window_wires(int round) {
+  return round == 0 ? clifford_tuning.first_window : clifford_tuning.window;
+}
+
+/// Of beams from one side: f(w) = -q^w goes through about 13 orders of magnitude over all weights;
+/// a double has 16.
+inline double row_ratio(int wires) {
+  return 1 - std::min(0.2, 13.0 / std::max(wires, 1));
+}
+
+/// Of beams from both sides: the cost that leads to the shortest circuits on this number of qubits.
+inline OperatorCost operator_cost(int wires) {
+  struct Choice {
+    int most_wires;
+    int twice_power;
+    double offset;
+    double other_side;
+  };
+  constexpr std::array<Choice, 6> choices{{{10, -5, 0, 1},
+                                           {18, -10, 0, 1},
+                                           {28, -10, 0, 0.05},
+                                           {48, -14, 0.125, 0.05},
+                                           {80, -20, 0.25, 0.05},
+                                           {most_wires, -24, 0.3, 0.05}}};
+  const Choice& choice = *std::ranges::lower_bound(choices, wires, {}, &Choice::most_wires);
+  OperatorCost cost;
+  cost.twice_power = choice.twice_power;
+  cost.scale = wires;
+  cost.offset = choice.offset * wires;
+  cost.other_side = choice.other_side;
+  if (wires > 128) cost.most_wires = 16;
+  return cost;
+}
+
 struct StateTuning {
   int quick_wires = 64;  ///< up to here the greedy run is made whatever the effort: milliseconds
   int first_sets = 100;  ///< information sets that the first beams begin from
-  int first_width = 4;   ///< of the first beam after the greedy run
-  int patience = 100;    ///< levels of a beam without a better score
-  int width = 8;         ///< of the beam of round 0; twice as wide each round
+  int sets_at_once = 10;
+  int first_width = 4;  ///< of the first beam after the greedy run
+  int patience = 100;   ///< levels of a beam without a better score
+  int width = 8;        ///< of the beam of round 0; twice as wide each round
   int most_doublings = 10;
-  int renewals = 4;       ///< new beginnings in round 0; twice as many each round: rows state_*
+  int renewals = 4;  ///< new beginnings in round 0; twice as many each round: rows state_*
+  int most_renewal_doublings = 20;
   int renewed_sets = 16;  ///< information sets for each of these
+  int looked_at = 10;     ///< gates that a beam tries on a state
+  /// Information sets after each gate: the more qubits are left, the more there is to find, until
+  /// the price is too high.
+  int sets = 6;
+  int more_sets = 24;  ///< for numbers of qubits above the first and up to the second of these
+  int few_qubits = 60;
+  int many_qubits = 128;
+  Cooling cooling{0.3F, 0.003F};
   std::uint64_t anneal_walks = 8;  ///< steps for few layers, in walks of the round
   Schedule walk{.first_steps = 1 << 11, .most_growths = 29};
 };

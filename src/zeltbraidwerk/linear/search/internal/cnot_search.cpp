@@ -84,8 +84,9 @@ class CnotSearchInPlace : public CnotSearch {
   bool finished() const { return is_permutation() || has_table(); }
 
   void round(const Round& round) {
-    blocks_.round(round.number, long_walks_ ? round.steps / 4 : round.steps / 2, rng_, meter_,
-                  [](const auto&) {});
+    const std::uint64_t part =
+        long_walks_ ? cnot_tuning.anywhere_part_long_walk : cnot_tuning.anywhere_part;
+    blocks_.round(round.number, round.steps / part, rng_, meter_, [](const auto&) {});
     if (meter_.ended()) return;  // with more effort nothing would be closed here
     if (long_walks_ && round.number % cnot_tuning.long_walk_period != 0) return;
     GateList fresh = closed_within_gates(blocks_.best(), rng_);
@@ -116,13 +117,13 @@ GateList searched(const BitMatrix& m, const Task& task, const Effort& effort, in
 
 }  // namespace
 
-FreeCircuit search_cnot(const BitMatrix& m, const Task& task, const Effort& effort,
-                        int largest_window) {
+GateList search_cnot(const BitMatrix& m, const Task& task, const Effort& effort,
+                     int largest_window) {
   Task wanted = task;
   wanted.objective = Objective::count;
   const int window = std::clamp(largest_window, 2, most_window_wires);
-  return free_circuit(task.in_place() ? searched<CnotSearchInPlace>(m, wanted, effort, window)
-                                      : searched<FreeCnotSearch>(m, wanted, effort, window));
+  return task.in_place() ? searched<CnotSearchInPlace>(m, wanted, effort, window)
+                         : searched<FreeCnotSearch>(m, wanted, effort, window);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -21,18 +21,13 @@ class DepthEnergy : public Metropolis {
   /// Puts the gates into layers, which must be as few as the scheduler finds.
   DepthEnergy(std::vector<Gate>& gates, int wires, const DepthPrices& prices)
       : prices_(prices), scheduler_(wires) {
-    depth_ = scheduler_.settle(gates);
-    energy_ = energy(depth_, gates);
+    const int depth = scheduler_.settle(gates);
+    begin(depth, energy(depth, gates));
   }
 
-  int depth() const { return depth_; }
   bool accept(std::vector<Gate>& gates, float, Rng& rng) {
     const int depth = scheduler_.tighten(gates);
-    const float changed = energy(depth, gates);
-    if (!accepts(changed - energy_, rng)) return false;
-    depth_ = depth;
-    energy_ = changed;
-    return true;
+    return Metropolis::accept(depth, energy(depth, gates), rng);
   }
 
  private:
@@ -44,8 +39,6 @@ class DepthEnergy : public Metropolis {
 
   DepthPrices prices_;
   Scheduler scheduler_;
-  float energy_ = 0;
-  int depth_ = 0;
 };
 
 }  // namespace zelt::braidwerk::internal

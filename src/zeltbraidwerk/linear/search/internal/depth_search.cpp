@@ -59,8 +59,7 @@ class ShallowSearch : public SearchBase<GateList> {
     GateList pairs = by_pairs(m_, Facing::plain);
     const CircuitSize size{pairs.count(), scheduler_.settle(pairs.gates)};
     if (size.key(Objective::depth) < incumbent_.size().key(Objective::depth)) offer(pairs, size);
-    for (std::uint64_t k = 0; k < meter.steps() && meter_.step(); ++k) {
-    }
+    meter_.charge(meter.steps());
   }
 
   /// Block recursion: of large matrices far fewer layers than the greedy ones, and as many gates.
@@ -115,8 +114,8 @@ class ShallowSearch : public SearchBase<GateList> {
 
   void walk(GateList list, Cooling heat, float gate, std::uint64_t steps, const Round& round) {
     if (meter_.ended() || list.gates.empty()) return;
-    // The small windows need no large table, and little time has no use for it.
-    const int window = std::min(n_, round.number == 0 ? 4 : most_window_wires);
+    const int window =
+        std::min(n_, round.number == 0 ? shallow_tuning.first_window : most_window_wires);
     const BlockRewriter rewriter(window, !task_.in_place());
     const float bound = shallow_tuning.bound_gates / static_cast<float>(list.count());
     DepthEnergy energy(list.gates, n_,

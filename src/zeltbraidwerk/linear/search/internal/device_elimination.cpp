@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
+#include "zeltbraidwerk/linear/search/internal/wire_tree.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -132,11 +133,6 @@ class Elimination {
   }
 
  private:
-  struct Edge {
-    int parent;
-    int child;
-  };
-
   WireSet<W>& line(State& state, int kind, int k) const {
     return state.lines[static_cast<std::size_t>(kind * n_ + k)];
   }
@@ -170,8 +166,8 @@ class Elimination {
   /// along a tree, then clears it from the leaves.
   void clear(State& state, int kind, int v, std::uint64_t seed, std::vector<Addition>* additions) {
     WireSet<W> bits = line(state, kind, v) & state.left;
-    grow_tree(bits, v, state.left, seed);
-    if (tree_.empty()) return;
+    const auto& edges = tree_.grow(bits, v, near_, state.left, seed);
+    if (edges.empty()) return;
     const int own = crossing(kind);
     const auto add = [&](int to, int from) {
       line(state, own, to) ^= line(state, own, from);
@@ -181,50 +177,14 @@ class Elimination {
         additions->push_back(own < 2 ? Addition{own, to, from} : Addition{own - 2, from, to});
       }
     };
-    for (auto edge = tree_.rbegin(); edge != tree_.rend(); ++edge) {
+    for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) {
       if (bits.contains(edge->parent)) continue;
       bits.insert(edge->parent);
       add(edge->parent, edge->child);
     }
-    for (auto edge = tree_.rbegin(); edge != tree_.rend(); ++edge) add(edge->child, edge->parent);
+    for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) add(edge->child, edge->parent);
     for (const int changed : {own, dual(own)}) {
       transpose(&line(state, changed, 0), &line(state, crossing(changed), 0), n_);
-    }
-  }
-
-  /// Edges of a tree from the root to all wires given, parents first: again and again one of the
-  /// nearest is joined by a random shortest way.
-  void grow_tree(const WireSet<W>& ends, int root, const WireSet<W>& left, std::uint64_t seed) {
-    TreeDraws draws(seed);
-    tree_.clear();
-    WireSet<W> tree;
-    tree.insert(root);
-    WireSet<W> rest = without(ends, tree);
-    WireSet<W> beside = near(root) & left;
-    while (!rest.empty()) {
-      levels_.assign(1, without(beside, tree));
-      WireSet<W> reached = tree;
-      while ((levels_.back() & rest).empty()) {
-        reached |= levels_.back();
-        WireSet<W> next;
-        levels_.back().for_each([&](int v) { next |= near(v); });
-        next = without(next & left, reached);
-        if (next.empty()) return;  // not connected
-        levels_.push_back(next);
-      }
-      int v = draws.member(levels_.back() & rest);
-      const std::size_t joined = tree_.size();
-      const WireSet<W> old = tree;
-      for (std::size_t k = levels_.size(); k-- > 0;) {
-        const int parent = draws.member(near(v) & (k > 0 ? levels_[k - 1] : old));
-        tree_.push_back({parent, v});
-        tree.insert(v);
-        rest.erase(v);
-        beside |= near(v) & left;
-        v = parent;
-      }
-      // The way was found from its far end.
-      std::reverse(tree_.begin() + static_cast<std::ptrdiff_t>(joined), tree_.end());
     }
   }
 
@@ -277,12 +237,11 @@ class Elimination {
   DeviceEliminationOptions options_;
   int n_;
   std::vector<WireSet<W>> near_;
-  Rings rings_;                     // scratch, of what is left after the vertex in question
-  std::vector<int> candidates_;     // scratch
-  std::vector<WireSet<W>> levels_;  // scratch
-  std::vector<Edge> tree_;          // scratch
-  State once_;                      // scratch
-  State twice_;                     // scratch
+  Rings rings_;                  // scratch, of what is left after the vertex in question
+  std::vector<int> candidates_;  // scratch
+  WireTree<W> tree_;             // scratch
+  State once_;                   // scratch
+  State twice_;                  // scratch
 };
 
 template <int W>

@@ -82,14 +82,10 @@ class CnotDeviceSearch : public SearchBase<GateList> {
     Rng own(task_.seed, ~task_.stream);  // the rounds have the same draws without this run
     const Effort unlimited;
     Meter meter(unlimited);
-    const DeviceEliminationOptions greedy{.vertices = vertices()};
+    const DeviceEliminationOptions greedy{.vertices = device_vertices(n_)};
     for (const GateList& found : eliminate_on_device(m_, device_, greedy, own, meter)) offer(found);
   }
   SeededDraw plain_draws() const { return {task_.seed, static_cast<std::uint32_t>(task_.stream)}; }
-
-  int vertices() const {
-    return n_ <= device_tuning.all_vertices ? n_ : device_tuning.few_vertices;
-  }
 
   /// On few wires all gates fit into one window. True when that gives the shortest circuit.
   bool replace_all() {
@@ -115,7 +111,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   /// By a beam that takes about as long as a walk of `steps`; the best circuit so far where it
   /// finds none.
   GateList eliminated(std::uint64_t steps) {
-    DeviceEliminationOptions options{.vertices = vertices()};
+    DeviceEliminationOptions options{.vertices = device_vertices(n_)};
     const double price = device_tuning.state_price * n_ * n_ * options.vertices;
     options.width = static_cast<int>(std::clamp<double>(
         static_cast<double>(steps) / price, device_tuning.least_width, device_tuning.most_width));

@@ -13,7 +13,7 @@ FreeSearch::FreeSearch(BitMatrix m, int window) : m_(std::move(m)), n_(m_.rows()
   const int ones = m_.weight();
   const int ones_of_inverse = inverse(m_).weight();
   if (ones_of_inverse < ones) lighter_ = Facing::inverse;
-  sparse_ = std::min(ones, ones_of_inverse) < n_ * n_ / 3;
+  sparse_ = std::min(ones, ones_of_inverse) < n_ * n_ / cnot_tuning.sparse_part;
   long_walks_ = !sparse_ && n_ >= cnot_tuning.least_long_walk && n_ <= cnot_tuning.beam_wires;
 }
 
@@ -67,7 +67,7 @@ GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
                                       Meter& meter) const {
   const double price = static_cast<double>(n_) * n_ * n_ / cnot_tuning.columns_per_step;
   const int affordable =
-      widest_within({1, 10, 30, 100, 300, 1000, 3000}, price, static_cast<double>(steps));
+      widest_within(cnot_tuning.column_widths, price, static_cast<double>(steps));
   const int width = number == 0 ? std::max(affordable, 1) : affordable;
   if (width == 0) return {};
   const Facing facing = number % 2 == 0 ? Facing::transpose : Facing::plain;

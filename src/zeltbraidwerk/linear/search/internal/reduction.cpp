@@ -5,70 +5,11 @@
 #include <cmath>
 #include <numeric>
 
-#include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/linear/search/internal/reduction_gains.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
-
-/// Lines of one matrix: `own` are those added to each other, `cross` those that cross them.
-struct Sides {
-  const Word* own;
-  const Word* cross;
-  const std::uint16_t* own_weights;
-  int n;
-  int stride;
-};
-
-/// row[j] = sum over the ones c of own line i of curvatures(c, j).
-inline void sum_curvatures(const Word* line, const float* curvatures, int n, int stride,
-                           float* row) {
-  std::fill(row, row + n, 0.0F);
-  for_each_bit(line, stride, [&](int c) {
-    const float* from = curvatures + static_cast<std::ptrdiff_t>(c) * n;
-    for (int j = 0; j < n; ++j) row[j] += from[j];
-  });
-}
-
-ZELTBRAIDWERK_CLONES void fill_curvatures(const Word* column, float curvature, int n, float* row) {
-  for (int first = 0; first < n; first += 32) {
-    const auto bits = static_cast<std::uint32_t>(column[first / word_bits] >> (first % word_bits));
-    const int count = n - first < 32 ? n - first : 32;
-    for (int j = 0; j < count; ++j) row[first + j] = (bits >> j) & 1U ? curvature : 0.0F;
-  }
-}
-
-/// row[j] becomes the gain of adding line j to line i.
-ZELTBRAIDWERK_CLONES void gains_of_line(const Sides& sides, int i, const float* curvatures,
-                                        const float* rises, const float* f, float* row) {
-  const int n = sides.n;
-  const int stride = sides.stride;
-  const Word* line = sides.own + static_cast<std::ptrdiff_t>(i) * stride;
-  sum_curvatures(line, curvatures, n, stride, row);
-  const float own = f[sides.own_weights[i]];
-  if (stride == 1) {
-    for (int j = 0; j < n; ++j) {
-      row[j] += rises[j] + (f[std::popcount(line[0] ^ sides.own[j])] - own);
-    }
-    return;
-  }
-  for (int j = 0; j < n; ++j) {
-    const Word* other = sides.own + static_cast<std::ptrdiff_t>(j) * stride;
-    int weight = 0;
-    for (int w = 0; w < stride; ++w) weight += std::popcount(line[w] ^ other[w]);
-    row[j] += rises[j] + (f[weight] - own);
-  }
-}
-
-/// rises[j] = sum over the ones c of own line j of step[c].
-ZELTBRAIDWERK_CLONES void sum_over_lines(const Sides& sides, const float* step, float* rises) {
-  for (int j = 0; j < sides.n; ++j) {
-    float sum = 0;
-    for_each_bit(sides.own + static_cast<std::ptrdiff_t>(j) * sides.stride, sides.stride,
-                 [&](int c) { sum += step[c]; });
-    rises[j] = sum;
-  }
-}
 
 std::vector<double> cost_of_weights(int n, double exponent) {
   // Far below 0 the differences of heavy lines would vanish beside 1: weights are then in eighths.
@@ -195,20 +136,20 @@ void Reduction::score_children(const State& state) {
       fill_curvatures(line(state, crossing, static_cast<int>(c)), curvature, n_,
                       curvatures_.data() + c * size);
     }
-    const Sides sides{line(state, kind, 0), line(state, crossing, 0),
-                      state.weights_.data() + index(kind, 0), n_, stride_};
-    sum_over_lines(sides, rises_.data(), row_.data());
+    const CrossedLines lines{line(state, kind, 0), line(state, crossing, 0),
+                             state.weights_.data() + index(kind, 0), n_, stride_};
+    sum_over_lines(lines, rises_.data(), row_.data());
     std::swap(rises_, row_);
     if (kind < 2) {
       float* out = gains_[side].data();
       for (const std::uint16_t to : targets_[side]) {
-        gains_of_line(sides, to, curvatures_.data(), rises_.data(), f, out);
+        gains_of_line(lines, to, curvatures_.data(), rises_.data(), f, out);
         out += size;
       }
     } else {
       // Line i of M gains line j: line j of N gains line i.
       for (int j = 0; j < n_; ++j) {
-        gains_of_line(sides, j, curvatures_.data(), rises_.data(), f, row_.data());
+        gains_of_line(lines, j, curvatures_.data(), rises_.data(), f, row_.data());
         float* out = gains_[side].data() + j;
         for (const std::uint16_t to : targets_[side]) {
           *out += row_[to];

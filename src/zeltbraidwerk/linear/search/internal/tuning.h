@@ -27,6 +27,7 @@ struct CnotTuning {
   int beam_wires = 40;       ///< beams from both sides; above, by columns where the map is dense
   int middle_wires = 110;    ///< above, walks are cool
   int greedy_wires = 512;    ///< above, no greedy run, and no look at the inverse
+  int sparse_part = 3;       ///< maps of fewer ones than one in this many are sparse
   int least_long_walk = 11;  ///< to beam_wires: few long walks in place of many, rows matrix 16, 32
 
   // Greedy runs that are made whatever the effort. Rows matrix 16 to 64 greedy.
@@ -45,6 +46,9 @@ struct CnotTuning {
   int long_walk_period = 3;               ///< rounds
   std::uint64_t long_walk = 10;           ///< rounds that it is long, outputs anywhere
   std::uint64_t long_walk_in_place = 13;  ///< rows matrix 16, 32 exact
+  /// Of the steps of a round in place, circuits with outputs anywhere take one in this many.
+  std::uint64_t anywhere_part = 2;
+  std::uint64_t anywhere_part_long_walk = 4;
   int hopeless_part = 8;  ///< a start longer than the best by this part is not walked from
 
   // Beams.
@@ -53,7 +57,8 @@ struct CnotTuning {
   double tie_noise = 1e-5;
   int patience = 30;              ///< levels without a better score, and one more for each wire
   double columns_per_step = 400;  ///< a beam by columns takes n^3 / 400 steps for each of its width
-  int sparse_beam_wires = 48;     ///< wider beams of sparse maps, rows of ciphers
+  std::array<int, 7> column_widths{1, 10, 30, 100, 300, 1000, 3000};
+  int sparse_beam_wires = 48;  ///< wider beams of sparse maps, rows of ciphers
   std::array<int, 3> sparse_widths{10, 100, 300};
   std::size_t sparse_rounds = 8;  ///< of each of these widths
 };
@@ -99,6 +104,7 @@ struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
   int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
   int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
+  int first_window = 4;  ///< wires of windows in round 0, which needs no large table
   int closings = 4;      ///< random ways to close a circuit, next to swaps
   std::uint64_t layer_part = 5;     ///< of the steps of a round: new layers take one
   std::uint64_t best_part = 2;      ///< annealing of the best
@@ -169,5 +175,10 @@ struct DeviceTuning {
   Cooling cooling_by_depth{1.0F, 0.1F};
 };
 inline constexpr DeviceTuning device_tuning;
+
+/// Vertices that may go next in an elimination.
+inline int device_vertices(int n) {
+  return n <= device_tuning.all_vertices ? n : device_tuning.few_vertices;
+}
 
 }  // namespace zelt::braidwerk::internal

@@ -211,9 +211,9 @@ PlacedEvents search_parity_network(const PauliFrame& strings, const NetworkTask&
       parities.set(q, row, strings.letter(row, q) != 0);
     }
   }
-  ParitySearchResult found = search_parities(parities, task, effort);
-  PlacedEvents network{{}, std::move(found.permutation)};
-  for (const PhaseStep& step : found.steps) {
+  Placed<PhaseStep> found = search_parities(parities, task, effort);
+  PlacedEvents network{{}, std::move(found.wires)};
+  for (const PhaseStep& step : found.gates) {
     const End target = end_of(step.target, label_z);
     network.events.push_back(step.is_cnot() ? NetworkEvent{cnot(step.control, step.target), -1}
                                             : NetworkEvent{{target, target}, step.term});

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
 #include <utility>
 
 #include "zeltbraidwerk/search/internal/circuit_size.h"
@@ -23,12 +22,6 @@ Network network_of(std::vector<NetworkEvent> events, std::vector<int> wires, boo
   }
   network.size.depth = depth_of(network.events, static_cast<int>(network.wires.size()));
   return network;
-}
-
-std::vector<int> own_wires(int qubits) {
-  std::vector<int> wires(static_cast<std::size_t>(qubits));
-  std::iota(wires.begin(), wires.end(), 0);
-  return wires;
 }
 
 int gates_of(const std::vector<NetworkEvent>& events) {

@@ -43,9 +43,6 @@ constexpr int another(int label) {
   return label % 3 + 1;
 }
 
-/// Every qubit on its own wire.
-std::vector<int> own_wires(int qubits);
-
 /// Gates among the events, and the layers that they fill.
 int gates_of(const std::vector<NetworkEvent>& events);
 int depth_of(const std::vector<NetworkEvent>& events, int qubits);

@@ -24,8 +24,8 @@ class GateWriter {
   }
   void rotate(int row, int label, int q, bool negative) {
     const structures::Parameter& angle = rotations_.params[static_cast<std::size_t>(row)];
-    circuit.push_back(rotation_gate(letter_of_label(label), q,
-                                    negative ? angle.flip_sign() : angle, "RZ"));
+    circuit.push_back(
+        rotation_gate(letter_of_label(label), q, negative ? angle.flip_sign() : angle, "RZ"));
   }
 
   std::vector<structures::Gate> circuit;
@@ -48,8 +48,8 @@ bool is_odd_turn(const structures::Gate& gate) {
 
 std::vector<structures::Gate> circuit_of(const Network& network, const Rotations& rotations,
                                          const NetworkTask& task, bool closes) {
-  PauliFrame images = task.target == nullptr ? identity_images(rotations.frame.qubits())
-                                             : task.target->preimages;
+  PauliFrame images =
+      task.target == nullptr ? identity_images(rotations.frame.qubits()) : task.target->preimages;
   GateWriter writer(rotations, images);
   NetworkEmission(rotations.frame, writer).run(network.events);
   if (!closes) return std::move(writer.circuit);

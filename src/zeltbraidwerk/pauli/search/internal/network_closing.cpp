@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/incumbent.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/wire_frame.h"
 
 namespace zelt::braidwerk::internal {
@@ -32,13 +33,13 @@ Tail searched_tail(const LabelFrame& frame, const NetworkTask& network, Outputs 
   if (network.target != nullptr) {
     for (const structures::Gate& gate : network.target->gates) images.apply(gate);
   }
-  CliffordResult undone = search_clifford(images, task, effort);
-  return {labelled(undone.circuit.gates, frame.qubits()), std::move(undone.circuit.wires)};
+  PlacedCircuit undone = search_clifford(images, task, effort);
+  return {labelled(undone.gates, frame.qubits()), std::move(undone.wires)};
 }
 
 /// Undoes the gates of a network by the same gates backward.
 Tail backward(const std::vector<NetworkEvent>& events, int qubits) {
-  Tail tail{{}, own_wires(qubits)};
+  Tail tail{{}, in_order(qubits)};
   for (auto event = events.rbegin(); event != events.rend(); ++event) {
     if (event->row < 0) tail.gates.push_back(event->gate);
   }
@@ -147,14 +148,14 @@ Network with_tail(std::vector<NetworkEvent> events, const Tail& tail, bool is_in
     return network_of(std::move(events), tail.wires, true);
   }
   return network_of(in_place(events, tail.wires, rng),
-                    own_wires(static_cast<int>(tail.wires.size())), true);
+                    in_order(static_cast<int>(tail.wires.size())), true);
 }
 
 }  // namespace
 
 Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
                const NetworkTask& task, const Control& control, std::uint64_t steps, Rng& rng) {
-  if (!task.closes()) return network_of(events, own_wires(frame.qubits()), false);
+  if (!task.closes()) return network_of(events, in_order(frame.qubits()), false);
   Effort effort;
   effort.control = control;
   effort.steps = steps;

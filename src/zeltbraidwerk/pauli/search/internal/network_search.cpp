@@ -87,9 +87,9 @@ class NetworkSearch : public SearchByBoth<Network> {
   /// The first plans; some of them whatever the effort.
   void run_plans() {
     const int always = run_.task.given != nullptr ? 0
-                       : input_.is_slow(task_) ? tuning.first_runs_if_slow
-                       : run_.task.in_order  ? tuning.first_runs_in_order
-                                             : tuning.first_runs;
+                       : input_.is_slow(task_)    ? tuning.first_runs_if_slow
+                       : run_.task.in_order       ? tuning.first_runs_in_order
+                                                  : tuning.first_runs;
     const bool too_long = task_.device == nullptr && input_.given.count() > tuning.most_for_equal;
     int runs = 0;
     for (const NetworkPlan& plan : plans_.first()) {
@@ -206,10 +206,9 @@ Answer answer_of(const NetworkInput& input, const NetworkTask& task, const Effor
   return {search.incumbent().circuit(), search.meter().proven()};
 }
 
-NetworkResult result_of(const Network& network, const Rotations& rotations, const NetworkTask& task,
+PlacedCircuit result_of(const Network& network, const Rotations& rotations, const NetworkTask& task,
                         bool closes) {
-  return {circuit_of(network, rotations, task, closes), network.wires, network.size.count,
-          network.size.depth};
+  return {circuit_of(network, rotations, task, closes), network.wires, network.size};
 }
 
 }  // namespace
@@ -218,7 +217,7 @@ Network search_events(const Rotations& rotations, const NetworkTask& task, const
   return answer_of(NetworkInput(rotations, task.in_order), task, effort).network;
 }
 
-NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
+PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort) {
   if (task.device != nullptr) require_connected(*task.device, rotations.frame.qubits());
   const NetworkInput input(rotations, task.in_order);

@@ -1,20 +1,12 @@
 #pragma once
 
-#include <vector>
-
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/placed_circuit.h"
 
 namespace zelt::braidwerk::internal {
-
-struct NetworkResult {
-  std::vector<structures::Gate> gates;
-  std::vector<int> wires;  ///< where each qubit stands at the end
-  int count = 0;           ///< gates on two qubits
-  int depth = 0;           ///< layers of these
-};
 
 /// A short circuit of rotations. Identity strings are left out.
 ///
@@ -24,7 +16,7 @@ struct NetworkResult {
 /// in layers that are diagonal in some basis of each qubit, and long enough, are searched layer by
 /// layer, as networks of parities. The first runs are finished whatever the effort. Throws
 /// std::invalid_argument for a graph that is not connected or has another number of wires.
-NetworkResult search_network(const Rotations& rotations, const NetworkTask& task,
+PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task,
                              const Effort& effort);
 
 /// The same as events, for part of a list: an open end is not searched as closed as well.

@@ -14,12 +14,14 @@ namespace {
 /// The fewer wires there are, the more light parities count. The first costs are the best for
 /// random sets of 8 n to 10 n parities.
 std::vector<GrowthCost> costs_to_try(int n, bool on_device) {
-  if (on_device) return {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}};
   constexpr const GrowthTuning& tuning = growth_tuning;
+  if (on_device) return {tuning.costs_on_device.begin(), tuning.costs_on_device.end()};
   const double decay =
       std::clamp(1 - tuning.decay_wires / std::max(n, 1), tuning.least_decay, tuning.most_decay);
   const double share = n < tuning.few_wires ? tuning.share_on_few : tuning.share;
-  const double exponent = n < tuning.few_wires ? 0.0 : n < tuning.medium_wires ? -0.5 : -1.0;
+  const double exponent = n < tuning.few_wires      ? tuning.exponent_on_few
+                          : n < tuning.medium_wires ? tuning.exponent_on_medium
+                                                    : tuning.exponent;
   return {{decay, share, exponent},
           {decay, 0, exponent},
           {decay + tuning.flatter, share, exponent},
@@ -59,14 +61,17 @@ GateList ParityGrowing::quick(Meter& meter) {
 }
 
 double ParityGrowing::beam_microseconds() const {
+  constexpr const ParityTuning& tuning = parity_tuning;
   const double terms = parities_.cols();
-  return 1 + 8e-6 * terms * terms * n_ * n_ * n_ * (task_.device == nullptr ? 1 : 4);
+  return tuning.least_microseconds + tuning.microseconds_of_beam * terms * terms * n_ * n_ * n_ *
+                                         (task_.device == nullptr ? 1 : tuning.beam_on_device);
 }
 
 int ParityGrowing::widest_beam() const {
   const double bytes = 16.0 * (parities_.cols() + 2 * n_) * words_for(n_);
-  return static_cast<int>(std::clamp(parity_tuning.most_beam_bytes / bytes, 10.0,
-                                     static_cast<double>(parity_tuning.most_beam_width)));
+  return static_cast<int>(std::clamp<double>(parity_tuning.most_beam_bytes / bytes,
+                                             parity_tuning.least_beam_width,
+                                             parity_tuning.most_beam_width));
 }
 
 std::optional<GateList> ParityGrowing::grow_at_all_costs(int width, Meter& meter) {
@@ -96,7 +101,8 @@ std::optional<GateList> ParityGrowing::grow(int width, const GrowthCost& cost, M
                             .finishers = growth_tuning.finishers,
                             .overtime = growth_tuning.overtime,
                             .noise = growth_tuning.tie_noise};
-  const int closing_width = std::clamp(width / 3, 1, parity_tuning.most_closing_width);
+  const int closing_width =
+      std::clamp(width / parity_tuning.closing_part, 1, parity_tuning.most_closing_width);
   std::optional<GateList> best;
   for (const ParityNetwork& network :
        grow_networks(parities_, task_.device, cost, options, rng_, meter)) {

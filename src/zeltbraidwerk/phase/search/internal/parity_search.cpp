@@ -54,7 +54,7 @@ class ParitySearch : public SearchBase<GateList> {
     const Effort unlimited;
     Meter own(unlimited);
     const GateList list = growing_.quick(own);
-    for (std::uint64_t k = 0; k < own.steps(); ++k) meter_.step();
+    meter_.charge(own.steps());
     take(list);
     if (!meter_.ended()) search_small();
   }
@@ -85,11 +85,12 @@ class ParitySearch : public SearchBase<GateList> {
  private:
   int first_width() const {
     return static_cast<int>(
-        std::clamp(tuning.first_beam_microseconds / growing_.beam_microseconds(), 1.0, 2.0));
+        std::clamp(tuning.first_beam_microseconds / growing_.beam_microseconds(), 1.0,
+                   tuning.most_first_width));
   }
   /// About as many steps of the walk take as long as a state of the beam.
   double walk_steps_of_state() const {
-    return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / 20000;
+    return 1 + static_cast<double>(parities_.cols()) * n_ * n_ / tuning.state_of_walk_step;
   }
   double walks_to_beams() const {
     if (task_.device != nullptr) return 1;
@@ -159,16 +160,14 @@ class ParitySearch : public SearchBase<GateList> {
 
 }  // namespace
 
-ParitySearchResult search_parities(const BitMatrix& parities, const Task& task,
-                                   const Effort& effort) {
+Placed<PhaseStep> search_parities(const BitMatrix& parities, const Task& task,
+                                  const Effort& effort) {
   const BitMatrix made = parities_to_make(parities);
   ParitySearch search(made, task, effort);
   run_search(search);
   const GateList& list = search.incumbent().circuit();
-  ParitySearchResult result{with_phases(list.gates, parities), {}};
-  result.permutation =
-      (task.outputs == Outputs::anywhere ? list.frame : WireFrame(list.wires())).permutation();
-  return result;
+  const WireFrame frame = task.outputs == Outputs::anywhere ? list.frame : WireFrame(list.wires());
+  return {with_phases(list.gates, parities), frame.permutation(), size_of(list)};
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -9,8 +9,10 @@
 #include "zeltbraidwerk/linear/search/internal/device_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/search/internal/reduction.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/phase/internal/graph_walk.h"
 #include "zeltbraidwerk/phase/internal/greedy_network.h"
+#include "zeltbraidwerk/phase/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -36,12 +38,6 @@ ParityNetwork cnots_of(const std::vector<PhaseStep>& steps) {
     if (step.is_cnot()) network.push_back(cnot(step.control, step.target));
   }
   return network;
-}
-
-/// The weights at which sums over rows and columns are best, found on random maps.
-ReductionCost reduction_cost(int n) {
-  if (n <= 20) return {.exponent = n <= 12 ? 0.0 : -0.5, .with_inverse = true};
-  return {.exponent = n < 40 ? -0.5 : -n / 25.0, .focus = n < 200 ? 0 : 8};
 }
 
 }  // namespace
@@ -79,13 +75,14 @@ std::optional<GateList> closed(const ParityNetwork& network, int n, const BitGra
   const BitMatrix undone = inverse(map_of(network, n));
   GateList closing;
   if (graph != nullptr) {
-    const DeviceEliminationOptions options{.width = width, .vertices = n <= 32 ? n : 8};
+    const DeviceEliminationOptions options{.width = width, .vertices = device_vertices(n)};
     auto found = eliminate_on_device(undone, *graph, options, rng, meter);
     if (found.empty()) return std::nullopt;
     closing = std::move(found.front());
   } else {
-    Reduction reduction(n, reduction_cost(n));
-    BeamSearch<Reduction> beam(reduction, {.width = width, .noise = 1e-4}, rng, meter);
+    Reduction reduction(n, closing_cost(n));
+    const BeamOptions options{.width = width, .noise = parity_tuning.closing_noise};
+    BeamSearch<Reduction> beam(reduction, options, rng, meter);
     const auto found = beam.run(reduction.start(undone));
     if (found.empty()) return std::nullopt;
     closing = reduction.circuit(found[0].state, found[0].moves);

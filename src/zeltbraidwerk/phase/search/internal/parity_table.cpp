@@ -4,85 +4,18 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/phase/search/internal/sum_family.h"
+
 namespace zelt::braidwerk::internal {
 
 namespace {
 
 constexpr int wires = 4;
-constexpr int slots = 11;
-constexpr int words = 32;
 constexpr SmallMatrix identity = 0x8421;
 
-using Slots = std::array<std::uint8_t, slots>;
-
-/// Sets of sums, one bit per set: a Boolean function of 11 variables, whether each slot is in the
-/// set.
-using Family = std::array<std::uint64_t, words>;
-
-constexpr std::array<std::uint8_t, slots> sum_of_slot = {3, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15};
+constexpr std::array<std::uint8_t, sum_slots> sum_of_slot = {3, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15};
 constexpr std::uint8_t slot_of(unsigned sum) {
   return static_cast<std::uint8_t>(sum < 4 ? 0 : sum < 8 ? sum - 4 : sum - 5);
-}
-
-/// The words of a variable: those in which it is 1, or in each word the bits.
-constexpr std::array<std::uint64_t, 6> variable = {0xaaaaaaaaaaaaaaaa, 0xcccccccccccccccc,
-                                                   0xf0f0f0f0f0f0f0f0, 0xff00ff00ff00ff00,
-                                                   0xffff0000ffff0000, 0xffffffff00000000};
-
-void swap_variables(Family& family, int a, int b) {
-  if (a > b) std::swap(a, b);
-  if (b < 6) {
-    const int shift = (1 << b) - (1 << a);
-    const std::uint64_t moved =
-        variable[static_cast<std::size_t>(a)] & ~variable[static_cast<std::size_t>(b)];
-    for (std::uint64_t& word : family) {
-      const std::uint64_t change = ((word >> shift) ^ word) & moved;
-      word ^= change ^ (change << shift);
-    }
-    return;
-  }
-  const std::size_t high = std::size_t{1} << (b - 6);
-  if (a < 6) {
-    const int shift = 1 << a;
-    const std::uint64_t ones = variable[static_cast<std::size_t>(a)];
-    for (std::size_t w = 0; w < words; ++w) {
-      if (w & high) continue;
-      const std::uint64_t change = (family[w] & ones) ^ ((family[w | high] << shift) & ones);
-      family[w] ^= change;
-      family[w | high] ^= change >> shift;
-    }
-    return;
-  }
-  const std::size_t low = std::size_t{1} << (a - 6);
-  for (std::size_t w = 0; w < words; ++w) {
-    if ((w & low) && !(w & high)) std::swap(family[w], family[(w ^ low) | high]);
-  }
-}
-
-/// What the family says of a set without the slot, for the set with it too.
-void forget_variable(Family& family, int a) {
-  if (a < 6) {
-    for (std::uint64_t& word : family) {
-      word &= ~variable[static_cast<std::size_t>(a)];
-      word |= word << (1 << a);
-    }
-    return;
-  }
-  const std::size_t bit = std::size_t{1} << (a - 6);
-  for (std::size_t w = 0; w < words; ++w) {
-    if (w & bit) family[w] = family[w ^ bit];
-  }
-}
-
-/// Whether a set is in the result is what the family says of its image.
-void draw_back(Family& family, Slots image) {
-  for (int a = 0; a < slots; ++a) {
-    const std::uint8_t b = image[static_cast<std::size_t>(a)];
-    if (b == a) continue;
-    swap_variables(family, a, b);
-    for (std::uint8_t& slot : image)
-      slot = slot == a ? b : slot == b ? static_cast<std::uint8_t>(a) : slot;
-  }
 }
 
 std::uint8_t renamed(unsigned sum, const WireNames& names) {
@@ -222,7 +155,7 @@ std::vector<ParityTable::Step> ParityTable::steps_between(
       const Place place = place_[matrix_after(m, move.control, move.target)];
       const unsigned made = (1U << move.control) | (1U << move.target);
       Step step{place.kind, 0, {}};
-      for (std::size_t slot = 0; slot < slots; ++slot) {
+      for (std::size_t slot = 0; slot < sum_slots; ++slot) {
         // The sum that the move makes is a wire after it; the place that is free takes it.
         const unsigned sum = sum_of_slot[slot] == made
                                  ? made
@@ -242,7 +175,7 @@ void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
                                  const std::vector<Step>& steps, bool permuted) {
   const std::size_t kinds = first_of_kind.size();
   distance_.assign(kinds * sets, 255);
-  std::vector<Family> reached(kinds, Family{});
+  std::vector<SumFamily> reached(kinds, SumFamily{});
   for (std::size_t kind = 0; kind < kinds; ++kind) {
     const SmallMatrix m = first_of_kind[kind];
     if (m == identity || (permuted && is_permutation(m))) {
@@ -253,17 +186,17 @@ void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
   bool any = true;
   for (std::uint8_t level = 1; any; ++level) {
     any = false;
-    const std::vector<Family> before = reached;
+    const std::vector<SumFamily> before = reached;
     const Step* step = steps.data();
     for (std::size_t kind = 0; kind < kinds; ++kind) {
-      Family& family = reached[kind];
+      SumFamily& family = reached[kind];
       for (std::size_t k = 0; k < moves_.size(); ++k, ++step) {
-        Family further = before[step->kind];
-        forget_variable(further, step->shown);
+        SumFamily further = before[step->kind];
+        forget_slot(further, step->shown);
         draw_back(further, step->image);
-        for (std::size_t w = 0; w < words; ++w) family[w] |= further[w];
+        for (std::size_t w = 0; w < family_words; ++w) family[w] |= further[w];
       }
-      for (std::size_t w = 0; w < words; ++w) {
+      for (std::size_t w = 0; w < family_words; ++w) {
         std::uint64_t rest = family[w] & ~before[kind][w];
         any |= rest != 0;
         for (; rest != 0; rest &= rest - 1) {

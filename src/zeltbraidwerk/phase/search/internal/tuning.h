@@ -1,6 +1,9 @@
 #pragma once
 
-#include "zeltbraidwerk/search/internal/schedule.h"
+#include <array>
+
+#include "zeltbraidwerk/linear/search/internal/reduction.h"
+#include "zeltbraidwerk/phase/search/internal/growth.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
 /// \file
@@ -24,9 +27,14 @@ struct GrowthTuning {
   int medium_wires = 18;
   double share_on_few = 0.05;
   double share = 0.1;
+  double exponent_on_few = 0;
+  double exponent_on_medium = -0.5;
+  double exponent = -1;
   /// Other decays that are tried beside the first one.
   double flatter = 0.1;
   double steeper = 0.15;
+  std::array<GrowthCost, 4> costs_on_device{
+      {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}}};
   double tie_noise = 1e-3;
   int finishers = 10;  ///< n16k160: 100 386.5, 5 387
   int overtime = 5;    ///< levels
@@ -39,11 +47,21 @@ struct ParityTuning {
   int quick_width = 2;
   int quick_closing_wires = 32;  ///< up to here the first closing is a beam
   int quick_closing_width = 10;
+  int closing_part = 3;  ///< a closing beam is this part of the width of the network's
   int most_closing_width = 100;
-  double first_beam_microseconds = 5e3;  ///< of two states at most
+  double closing_noise = 1e-4;
+  /// Estimates: a beam of width 1 takes 1 + 8e-6 p^2 n^3 microseconds for p parities on n wires,
+  /// and a state of it as long as 1 + p n^2 / 20000 steps of a walk.
+  double least_microseconds = 1;
+  double microseconds_of_beam = 8e-6;
+  int beam_on_device = 4;  ///< times as long
+  double state_of_walk_step = 20000;
+  double first_beam_microseconds = 5e3;
+  double most_first_width = 2;
   double least_walk_steps = 5e3;
   int width_growth = 4;  ///< of a beam, against the one before
   double most_beam_bytes = 1e9;
+  int least_beam_width = 10;  ///< that is allowed, whatever the memory
   int most_beam_width = 100'000;
   /// Steps of a walk for those of the beam before: on few wires a walk makes up for a narrow beam,
   /// on many it mends what a wide one has missed.
@@ -57,5 +75,11 @@ struct ParityTuning {
   Cooling cooling_on_device{1.0F, 0.1F};
 };
 inline constexpr ParityTuning parity_tuning;
+
+/// Of a circuit that undoes a network's map. Found on random maps.
+inline ReductionCost closing_cost(int n) {
+  if (n <= 20) return {.exponent = n <= 12 ? 0.0 : -0.5, .with_inverse = true};
+  return {.exponent = n < 40 ? -0.5 : -n / 25.0, .focus = n < 200 ? 0 : 8};
+}
 
 }  // namespace zelt::braidwerk::internal

@@ -1,0 +1,90 @@
+"""Where the qubits of a circuit start on a device, so that those with many gates between them are
+near each other."""
+
+from __future__ import annotations
+
+import random
+from collections.abc import Iterator
+
+import numpy as np
+import numpy.typing as npt
+
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.devices import Device
+
+Placement = tuple[int, ...]
+
+
+def placements(circuit: Circuit, device: Device, tries: int, seed: int) -> Iterator[Placement]:
+    """Places for the qubits, the best first: from random beginnings, moves of one qubit and
+    exchanges of two as long as the sum over all two-qubit gates of the distance falls."""
+    rng = random.Random(seed)
+    weights = _weights(circuit)
+    distances = _distances(device)
+    found = {}
+    for _ in range(tries):
+        place = _improved(weights, distances, rng)
+        found[tuple(place)] = _cost(weights, distances, np.array(place))
+    yield from sorted(found, key=lambda place: (found[place], place))
+
+
+def _weights(circuit: Circuit) -> npt.NDArray[np.int64]:
+    weights = np.zeros((circuit.n, circuit.n), dtype=np.int64)
+    for _, qubits, _ in circuit._operations():
+        if len(qubits) == 2:
+            weights[qubits[0], qubits[1]] += 1
+            weights[qubits[1], qubits[0]] += 1
+    return weights
+
+
+def _distances(device: Device) -> npt.NDArray[np.int64]:
+    """Between all qubits, in edges; of qubits that no path joins, more than any."""
+    far = 4 * device.n
+    distances = np.full((device.n, device.n), far, dtype=np.int64)
+    for start in range(device.n):
+        distances[start, start] = 0
+        front, length = [start], 0
+        while front:
+            length += 1
+            front = [b for a in front for b in device.neighbors(a) if distances[start, b] == far]
+            front = list(dict.fromkeys(front))
+            distances[start, front] = length
+    return distances
+
+
+def _cost(
+    weights: npt.NDArray[np.int64], distances: npt.NDArray[np.int64], place: npt.NDArray[np.int64]
+) -> int:
+    return int((weights * distances[np.ix_(place, place)]).sum())
+
+
+def _improved(
+    weights: npt.NDArray[np.int64], distances: npt.NDArray[np.int64], rng: random.Random
+) -> list[int]:
+    n, width = len(weights), len(distances)
+    place = np.array(rng.sample(range(width), n), dtype=np.int64)
+    while True:
+        better = False
+        for q in rng.sample(range(n), n):
+            # What all places would cost for qubit q alone.
+            alone = distances[:, place] @ weights[q] - distances[:, place[q]] * weights[q, q]
+            holder = {int(p): k for k, p in enumerate(place)}
+            gains = {}
+            for target in range(width):
+                other = holder.get(target)
+                if other == q:
+                    continue
+                moved = place.copy()
+                moved[q] = target
+                if other is None:
+                    gain = int(alone[place[q]] - alone[target])
+                else:
+                    moved[other] = place[q]
+                    gain = (_cost(weights, distances, place)
+                            - _cost(weights, distances, moved)) // 2  # fmt: skip
+                gains[target] = (gain, moved)
+            target = max(gains, key=lambda t: gains[t][0], default=-1)
+            if target >= 0 and gains[target][0] > 0:
+                place, better = gains[target][1], True
+        if not better:
+            return [int(p) for p in place]
