@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterator, Mapping
 from dataclasses import dataclass, replace
-from itertools import islice
+from itertools import islice, zip_longest
 from typing import Any
 
 import numpy as np
@@ -50,6 +50,8 @@ class OnDevice:
             candidates = self._by_rotations(given)
         best = min(candidates, key=lambda found: self._size(found[0]))
         final = self._optimized_wide(best[0].circuit, 0.5)
+        stages = zip_longest(best[0]._stages, final._stages, fillvalue=())
+        final = replace(final, _stages=tuple(before + after for before, after in stages))
         size = min((final, best[0]), key=self._size)
         return self._placed(size, best[1])
 
@@ -210,5 +212,8 @@ class OnDevice:
             source=self.source,
             placement=tuple(qubits[wire] for wire in placement),
             permutation=tuple(range(self.source.n)),
+            _stages=tuple(
+                tuple(stage.placed(qubits, width) for stage in stages) for stages in found._stages
+            ),
             seconds=self.call.elapsed,
         )

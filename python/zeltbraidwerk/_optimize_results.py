@@ -71,8 +71,15 @@ class Stage:
             for qubits, moves, before, after in log
         ))  # fmt: skip
 
-    def placed_log(self, qubits: Sequence[int]) -> list[_block_check.Step]:
-        return [step.placed(qubits) for step in self.log]
+    def placed(self, qubits: Sequence[int], n: int) -> Stage:
+        """The same on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        wires = list(range(n))
+        for q, wire in enumerate(self.permutation):
+            wires[qubits[q]] = qubits[wire]
+        return Stage(
+            self.circuit.placed(qubits, n), tuple(wires),
+            tuple(step.placed(qubits) for step in self.log),
+        )  # fmt: skip
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)
@@ -88,7 +95,8 @@ class Optimization(Result):
     circuit: Circuit
     source: Circuit
     rounding: float = 0.0
-    # Of each piece, the circuits on the way to it; none where all is exact rewriting.
+    # Of each piece, the circuits on the way to it, on the qubits of the circuit; none where all is
+    # exact rewriting.
     _stages: tuple[tuple[Stage, ...], ...] = field(compare=False, default=())
 
     @cached_property
@@ -127,34 +135,28 @@ class Optimization(Result):
         )
 
     def _same(self, k: int, source: Circuit, made: Circuit, wires: list[int]) -> bool:
-        """Through the stages of piece k."""
+        """Through the stages of piece k, and from the last of them to the circuit."""
         now, there = source, list(range(self.n))
-        for stage in self._stages[k] if k < len(self._stages) else ():
-            circuit = placed(stage.circuit, self.placement, self.n)
+        stages = self._stages[k] if k < len(self._stages) else ()
+        for stage in (*stages, Stage(made, tuple(wires), ())):
             if stage.log:
-                if not _block_check.same_blocks(now, circuit, stage.placed_log(self.placement)):
+                if not _block_check.same_blocks(now, stage.circuit, stage.log):
                     return False
             else:
-                after = self._spread(stage.permutation)
                 turned = [0] * self.n
                 for q, wire in enumerate(there):
-                    turned[wire] = after[q]
-                if not _circuit_check.same_operator(now, circuit, turned):
+                    turned[wire] = stage.permutation[q]
+                if not _circuit_check.same_operator(now, stage.circuit, turned):
                     return False
-                there = after
-            now = circuit
-        if now is not source:
-            return now == made and there == wires
-        return _circuit_check.same_operator(source, made, wires)
+                there = list(stage.permutation)
+            now = stage.circuit
+        return True
 
     def _wires(self) -> list[int]:
         """Where output q of the placed source is, for all qubits of the device."""
-        return self._spread(self.permutation)
-
-    def _spread(self, permutation: Sequence[int]) -> list[int]:
         wires = list(range(self.n))
         for wire, place in enumerate(self.placement):
-            wires[place] = self.placement[permutation[wire]]
+            wires[place] = self.placement[self.permutation[wire]]
         return wires
 
     def _about(self) -> Iterable[str]:
