@@ -108,7 +108,7 @@ std::vector<Case> special_cases() {
       {"inverse root of SWAP", interaction(-pi / 8, -pi / 8, -pi / 8), 3, 3},
       {"root of iSWAP", interaction(pi / 8, pi / 8, 0), 2, 2},
       {"B", interaction(pi / 4, pi / 8, 0), 2, 1},
-      {"one wire", kronecker(matrix_of(turn_about(0, 0.3)), Matrix2cd::Identity()), 0, 1},
+      {"one wire", kronecker(matrix_of(rotation_about(0, 0.3)), Matrix2cd::Identity()), 0, 1},
   };
   for (const double power : {0.5, 0.25, -0.5, 0.1, 1e-3, 1e-6, 1e-9}) {
     Matrix4cd phase = Matrix4cd::Identity();
@@ -116,7 +116,7 @@ std::vector<Case> special_cases() {
     cases.push_back({"CZ to the power " + std::to_string(power), phase, 2, 3});
     const double half = pi * power;
     Matrix4cd turn = Matrix4cd::Identity();
-    turn.bottomRightCorner<2, 2>() = matrix_of(turn_about(1, half));
+    turn.bottomRightCorner<2, 2>() = matrix_of(rotation_about(1, half));
     cases.push_back({"controlled RY, power " + std::to_string(power), turn, 2, 2});
   }
   return cases;
@@ -225,7 +225,7 @@ TEST(TwoWireCircuit, nearly_special_operators) {
       const Matrix4cd off = interaction(small, -0.7 * small, 0.3 * small);
       check(c.matrix * off, -1, what);
       check(off * product(rng) * c.matrix * off, -1, what);
-      const Matrix2cd turn = matrix_of(turn_about(exponent % 3, small));
+      const Matrix2cd turn = matrix_of(rotation_about(exponent % 3, small));
       check(kronecker(turn, turn) * c.matrix * kronecker(turn, Matrix2cd::Identity()), -1, what);
       if (exponent >= 12) {
         EXPECT_EQ(cnots_needed(c.matrix * off), cnots_needed(c.matrix)) << what;
@@ -250,20 +250,20 @@ TEST(OneWireForm, fewest_rotations_and_at_most_three_gates) {
   for (int round = 0; round < 20000; ++round) {
     // Quarter turns with up to two others between, at times hardly more than nothing.
     const int rotations = round % 4;
-    Turn turn = Turn::Identity();
+    Quaternion turn = Quaternion::Identity();
     int made = 0;
     for (int k = 0; k < 9; ++k) {
       const bool other = k % 3 == 1 && made < rotations;
       double by = any(4) * pi / 2;
       if (other) by = round % 3 == 0 ? angle(rng) * 1e-7 : angle(rng);
       made += other;
-      turn = turn_about(any(3), by) * turn;
+      turn = rotation_about(any(3), by) * turn;
     }
     const OneWireForm form = one_wire_form(turn, 0);
     EXPECT_LE(form.rotations, rotations) << round;
     EXPECT_LE(form.size, form.rotations < 2 ? 2 : 3) << round;
-    Turn back = Turn::Identity();
-    for (const PlaceGate& gate : form) back = turn_of(gate) * back;
+    Quaternion back = Quaternion::Identity();
+    for (const PlaceGate& gate : form) back = quaternion_of(gate) * back;
     EXPECT_NEAR(std::abs(back.dot(turn)), 1, 1e-14) << round;
     EXPECT_LE((back.conjugate() * turn).vec().norm(), 1e-11) << round;
   }

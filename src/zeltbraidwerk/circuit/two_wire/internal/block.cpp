@@ -11,8 +11,8 @@ namespace {
 
 /// Puts a run of one-wire gates at the end of `out`, in its shortest form where that is shorter.
 void put_run(const std::vector<PlaceGate>& run, int place, std::vector<PlaceGate>& out) {
-  Turn turn = Turn::Identity();
-  for (const PlaceGate& gate : run) turn = turn_of(gate) * turn;
+  Quaternion turn = Quaternion::Identity();
+  for (const PlaceGate& gate : run) turn = quaternion_of(gate) * turn;
   const OneWireForm form = one_wire_form(turn.normalized(), place);
   const std::vector<PlaceGate> shortest(form.begin(), form.end());
   const auto& put = counts_of(shortest).better_than(counts_of(run)) ? shortest : run;

@@ -13,11 +13,11 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr double pi = std::numbers::pi;
-constexpr int shifts = 4;  // none, or by pi/2 of one axis, which XX, YY or ZZ makes up for
-constexpr int paulis = 4;
+constexpr std::size_t shifts = 4;  // none, or by pi/2 of one axis, which XX, YY or ZZ makes up for
+constexpr std::size_t paulis = 4;
 
-Turn pauli(int index) {
-  return index == 0 ? Turn::Identity() : turn_about(index - 1, pi);
+Quaternion pauli(int index) {
+  return index == 0 ? Quaternion::Identity() : rotation_about(index - 1, pi);
 }
 
 /// A Clifford operator V on one place and V Q, Q a Pauli operator, on the other send each of XX,
@@ -32,8 +32,9 @@ const std::vector<Frame>& all_frames() {
   static const std::vector<Frame> all = [] {
     std::vector<Frame> frames;
     for (const Clifford& clifford : cliffords()) {
-      for (int shift = 0; shift < shifts; ++shift) {
-        for (int by = 0; by < paulis; ++by) frames.push_back({&clifford, by, shift});
+      for (int shift = 0; shift < static_cast<int>(shifts); ++shift) {
+        for (int by = 0; by < static_cast<int>(paulis); ++by)
+          frames.push_back({&clifford, by, shift});
       }
     }
     return frames;
@@ -85,7 +86,8 @@ WeylForm applied(const WeylForm& form, const Frame& frame) {
   WeylForm result;
   result.c = coefficients(form.c, frame);
   for (const std::size_t place : {0U, 1U}) {
-    const Turn turn = place == 0 ? frame.clifford->turn : frame.clifford->turn * pauli(frame.pauli);
+    const Quaternion turn =
+        place == 0 ? frame.clifford->turn : frame.clifford->turn * pauli(frame.pauli);
     result.before[place] = turn * form.before[place];
     result.after[place] = form.after[place] * turn.conjugate() * pauli(frame.shift);
   }
@@ -96,7 +98,10 @@ WeylForm applied(const WeylForm& form, const Frame& frame) {
 class PlaceSizes {
  public:
   PlaceSizes(const WeylForm& form, const CoreEnds& ends, std::size_t place)
-      : form_(form), ends_(ends), place_(place), sizes_(24 * paulis * shifts, unknown) {}
+      : form_(form),
+        ends_(ends),
+        place_(place),
+        sizes_(cliffords().size() * paulis * shifts, unknown) {}
 
   int operator()(const Frame& frame) {
     const auto clifford = static_cast<std::size_t>(frame.clifford - cliffords().data());
@@ -104,9 +109,9 @@ class PlaceSizes {
     int& size = sizes_[(clifford * paulis + static_cast<std::size_t>(used_pauli)) * shifts +
                        static_cast<std::size_t>(frame.shift)];
     if (size == unknown) {
-      const Turn turn = frame.clifford->turn * pauli(used_pauli);
-      const Turn first = ends_.first[place_] * turn * form_.before[place_];
-      const Turn last =
+      const Quaternion turn = frame.clifford->turn * pauli(used_pauli);
+      const Quaternion first = ends_.first[place_] * turn * form_.before[place_];
+      const Quaternion last =
           form_.after[place_] * turn.conjugate() * pauli(frame.shift) * ends_.last[place_];
       size = one_wire_form(first, 0).size + one_wire_form(last, 0).size;
     }
@@ -145,17 +150,17 @@ CoreKind core_kind(const std::array<double, 3>& c) {
 CoreEnds core_ends(CoreKind kind) {
   constexpr int x = 0;
   constexpr int z = 2;
-  const Turn h(0, std::sqrt(0.5), 0, std::sqrt(0.5));
+  const Quaternion h(0, std::sqrt(0.5), 0, std::sqrt(0.5));
   CoreEnds ends;
   if (kind == CoreKind::one) {
     ends.first[0] = h;
-    ends.last = {h * turn_about(z, -pi / 2), turn_about(x, -pi / 2)};
+    ends.last = {h * rotation_about(z, -pi / 2), rotation_about(x, -pi / 2)};
   } else if (kind == CoreKind::iswap) {
-    ends.first = {turn_about(z, pi / 2), turn_about(x, pi / 2)};
-    ends.last = {turn_about(z, pi / 2) * h, turn_about(x, pi / 2) * h};
+    ends.first = {rotation_about(z, pi / 2), rotation_about(x, pi / 2)};
+    ends.last = {rotation_about(z, pi / 2) * h, rotation_about(x, pi / 2) * h};
   } else if (kind == CoreKind::three) {
-    ends.first[0] = turn_about(z, pi / 2);
-    ends.last[1] = turn_about(z, -pi / 2);
+    ends.first[0] = rotation_about(z, pi / 2);
+    ends.last[1] = rotation_about(z, -pi / 2);
   }
   return ends;
 }

@@ -17,8 +17,8 @@ CoreKind core_kind(const std::array<double, 3>& c);
 
 /// The gates that a core has before its first and after its last CNOT, whatever the coefficients.
 struct CoreEnds {
-  std::array<Turn, 2> first{Turn::Identity(), Turn::Identity()};
-  std::array<Turn, 2> last{Turn::Identity(), Turn::Identity()};
+  std::array<Quaternion, 2> first{Quaternion::Identity(), Quaternion::Identity()};
+  std::array<Quaternion, 2> last{Quaternion::Identity(), Quaternion::Identity()};
 };
 CoreEnds core_ends(CoreKind kind);
 

@@ -73,10 +73,10 @@ const Clifford& sending(int axis, int image) {
 }
 
 /// turn = C R_axis(angle), for a turn that sends the axis to the given signed axis.
-OneWireForm one_rotation(const Turn& turn, int axis, int image, int place) {
+OneWireForm one_rotation(const Quaternion& turn, int axis, int image, int place) {
   FormBuilder out(place);
   const Clifford& clifford = sending(axis, image);
-  const Turn rest = clifford.turn.conjugate() * turn;
+  const Quaternion rest = clifford.turn.conjugate() * turn;
   out.rotate(axis, 2 * std::atan2(rest.vec()[axis], rest.w()));
   out.add(clifford);
   return out.form();
@@ -88,7 +88,7 @@ struct EulerPair {
   std::complex<double> sine;    ///< sin(middle / 2) exp(i (last - first) / 2)
 };
 
-EulerPair euler_pair(const Turn& turn, int outer, int inner) {
+EulerPair euler_pair(const Quaternion& turn, int outer, int inner) {
   const int third = axes - outer - inner;
   const double sign = (inner - outer + axes) % axes == 1 ? 1 : -1;
   return {{turn.w(), turn.vec()[outer]}, {turn.vec()[inner], sign * turn.vec()[third]}};
@@ -96,9 +96,9 @@ EulerPair euler_pair(const Turn& turn, int outer, int inner) {
 
 /// For a turn whose matrix has a 0 at (row, column): a rotation about the column's axis, then one
 /// about the row's. Where these are the same axis, a Clifford gate comes in front.
-OneWireForm two_rotations(const Turn& turn, int row, int column, int place) {
+OneWireForm two_rotations(const Quaternion& turn, int row, int column, int place) {
   FormBuilder out(place);
-  Turn rest = turn;
+  Quaternion rest = turn;
   int inner = column;
   if (row == column) {
     inner = row == 0 ? 2 : 0;
@@ -139,7 +139,7 @@ const std::vector<Clifford>& cliffords() {
         Clifford next = found[k];
         if (next.size == 2) break;
         next.gates[static_cast<std::size_t>(next.size++)] = gate;
-        next.turn = turn_of(gate) * next.turn;
+        next.turn = quaternion_of(gate) * next.turn;
         next.images = axis_images(next.turn.toRotationMatrix());
         bool known = false;
         for (const Clifford& other : found) known = known || other.images == next.images;
@@ -151,7 +151,7 @@ const std::vector<Clifford>& cliffords() {
   return all;
 }
 
-EulerAngles euler_angles(const Turn& turn, int outer, int inner) {
+EulerAngles euler_angles(const Quaternion& turn, int outer, int inner) {
   const EulerPair pair = euler_pair(turn, outer, inner);
   const double sum = std::arg(pair.cosine);
   const double difference = std::arg(pair.sine);
@@ -159,7 +159,7 @@ EulerAngles euler_angles(const Turn& turn, int outer, int inner) {
           sum - difference};
 }
 
-OneWireForm one_wire_form(const Turn& turn, int place) {
+OneWireForm one_wire_form(const Quaternion& turn, int place) {
   const Eigen::Matrix3d matrix = turn.toRotationMatrix();
   const Zeros zeros(matrix);
   const AxisImages images = axis_images(matrix);

@@ -24,7 +24,7 @@ using AxisImages = std::array<int, 3>;
 struct Clifford {
   std::array<PlaceGate, 2> gates;
   int size = 0;
-  Turn turn = Turn::Identity();
+  Quaternion turn = Quaternion::Identity();
   AxisImages images{};
 };
 
@@ -42,7 +42,7 @@ inline constexpr double zero_entry = 1e-11;
 /// permutation needs none, one entry of +-1 one, an entry of 0 two. These entries are looked for by
 /// the zeros beside them, which are off by as much as an angle is; the +-1 itself is off by its
 /// square.
-OneWireForm one_wire_form(const Turn& turn, int place);
+OneWireForm one_wire_form(const Quaternion& turn, int place);
 
 struct EulerAngles {
   double last;    ///< about the outer axis, the leftmost factor
@@ -51,6 +51,6 @@ struct EulerAngles {
 };
 
 /// turn = +- R_outer(last) R_inner(middle) R_outer(first), for two different axes.
-EulerAngles euler_angles(const Turn& turn, int outer, int inner);
+EulerAngles euler_angles(const Quaternion& turn, int outer, int inner);
 
 }  // namespace zelt::braidwerk::internal

@@ -44,7 +44,8 @@ void apply(const PlaceGate& gate, Eigen::Matrix4cd& m) {
   } else if (gate.kind == PlaceKind::cnot) {
     m.row(3).swap(m.row(gate.place == 0 ? 2 : 1));
   } else {
-    const Eigen::Matrix2cd u = matrix_of(turn_of(gate)) * one_wire_names[index_of(gate.kind)].phase;
+    const Eigen::Matrix2cd u =
+        matrix_of(quaternion_of(gate)) * one_wire_names[index_of(gate.kind)].phase;
     const int step = gate.place == 0 ? 2 : 1;
     for (const int low : {0, gate.place == 0 ? 1 : 2}) {
       const Eigen::RowVector4cd top = m.row(low);
@@ -79,13 +80,13 @@ GateCounts counts_of(const std::vector<PlaceGate>& gates) {
   return counts;
 }
 
-Turn turn_about(int axis, double angle) {
-  Turn turn(std::cos(angle / 2), 0, 0, 0);
+Quaternion rotation_about(int axis, double angle) {
+  Quaternion turn(std::cos(angle / 2), 0, 0, 0);
   turn.vec()[axis] = std::sin(angle / 2);
   return turn;
 }
 
-Turn turn_of(const PlaceGate& gate) {
+Quaternion quaternion_of(const PlaceGate& gate) {
   constexpr double half = std::numbers::sqrt2 / 2;
   switch (gate.kind) {
     case PlaceKind::x:
@@ -103,13 +104,14 @@ Turn turn_of(const PlaceGate& gate) {
     case PlaceKind::rx:
     case PlaceKind::ry:
     case PlaceKind::rz:
-      return turn_about(static_cast<int>(gate.kind) - static_cast<int>(PlaceKind::rx), gate.angle);
+      return rotation_about(static_cast<int>(gate.kind) - static_cast<int>(PlaceKind::rx),
+                            gate.angle);
     default:
-      return Turn::Identity();
+      return Quaternion::Identity();
   }
 }
 
-Eigen::Matrix2cd matrix_of(const Turn& turn) {
+Eigen::Matrix2cd matrix_of(const Quaternion& turn) {
   Eigen::Matrix2cd m;
   m << Complex(turn.w(), -turn.z()), Complex(-turn.y(), -turn.x()),  //
       Complex(turn.y(), -turn.x()), Complex(turn.w(), turn.z());

@@ -18,7 +18,7 @@ namespace zelt::braidwerk::internal {
 
 /// A one-qubit operator up to its phase: the quaternion w + x i + y j + z k stands for
 /// w - i (x X + y Y + z Z), so that products are products, and q and -q are the same operator.
-using Turn = Eigen::Quaterniond;
+using Quaternion = Eigen::Quaterniond;
 
 enum class PlaceKind : std::uint8_t { x, y, z, h, s, s_dagger, rx, ry, rz, cnot, cz };
 
@@ -48,13 +48,13 @@ struct GateCounts {
 GateCounts counts_of(const std::vector<PlaceGate>& gates);
 
 /// The operator of a one-wire gate up to its phase.
-Turn turn_of(const PlaceGate& gate);
+Quaternion quaternion_of(const PlaceGate& gate);
 
 /// About axis 0, 1 or 2 (X, Y, Z): exp(-i angle P / 2).
-Turn turn_about(int axis, double angle);
+Quaternion rotation_about(int axis, double angle);
 
 /// The 2x2 matrix that a quaternion stands for, of determinant 1.
-Eigen::Matrix2cd matrix_of(const Turn& turn);
+Eigen::Matrix2cd matrix_of(const Quaternion& turn);
 
 /// The 4x4 matrix of a list of gates in time order, phases included: "S" is "RZ" by pi/2, the
 /// others are as usual.

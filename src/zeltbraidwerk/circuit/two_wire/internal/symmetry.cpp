@@ -52,8 +52,8 @@ std::vector<Passing> passings(const std::array<double, 3>& c) {
 /// Takes rotations by an angle away before the interaction, and adds them after it.
 WeylForm passed(WeylForm form, const Passing& way, double angle) {
   for (const std::size_t k : {0U, 1U}) {
-    form.before[k] = turn_about(way.axis, -angle * way.before[k]) * form.before[k];
-    form.after[k] = form.after[k] * turn_about(way.axis, angle * way.after[k]);
+    form.before[k] = rotation_about(way.axis, -angle * way.before[k]) * form.before[k];
+    form.after[k] = form.after[k] * rotation_about(way.axis, angle * way.after[k]);
   }
   return form;
 }
@@ -97,11 +97,11 @@ void offer_passed(const Passing& way, Cheapest& cheapest) {
 void offer_isotropic(Cheapest& cheapest) {
   const WeylForm form = cheapest.best();
   if (!equal(form.c[0], form.c[1]) || !equal(form.c[1], std::abs(form.c[2]))) return;
-  const auto flipped = [negative = form.c[2] < 0](const Turn& turn) {
-    const Turn z = turn_about(z_axis, std::numbers::pi);
+  const auto flipped = [negative = form.c[2] < 0](const Quaternion& turn) {
+    const Quaternion z = rotation_about(z_axis, std::numbers::pi);
     return negative ? z * turn * z.conjugate() : turn;
   };
-  const auto offer = [&](const Turn& common) {  // on place 1
+  const auto offer = [&](const Quaternion& common) {  // on place 1
     WeylForm other = form;
     other.before = {flipped(common.conjugate()) * form.before[0],
                     common.conjugate() * form.before[1]};
@@ -114,7 +114,7 @@ void offer_isotropic(Cheapest& cheapest) {
   offer(form.after[1].conjugate());
   if (!equal(form.c[0], std::numbers::pi / 4)) return;
   WeylForm swapped = form;
-  swapped.before = {Turn::Identity(), Turn::Identity()};
+  swapped.before = {Quaternion::Identity(), Quaternion::Identity()};
   swapped.after = {form.after[0] * flipped(form.before[1]),
                    form.after[1] * flipped(form.before[0])};
   cheapest.offer(swapped);
@@ -125,7 +125,7 @@ void offer_isotropic(Cheapest& cheapest) {
 std::pair<int, int> outer_cost(const WeylForm& form) {
   std::pair<int, int> cost{0, 0};
   for (const auto& pair : {form.before, form.after}) {
-    for (const Turn& turn : pair) {
+    for (const Quaternion& turn : pair) {
       const OneWireForm shortest = one_wire_form(turn, 0);
       cost.first += shortest.rotations;
       cost.second += shortest.size;

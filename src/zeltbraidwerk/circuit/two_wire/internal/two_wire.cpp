@@ -22,11 +22,11 @@ constexpr int z_axis = 2;
 /// Puts gates together; one-wire operators wait until the next CNOT.
 class Composer {
  public:
-  void turn(int place, const Turn& by) {
-    Turn& waiting = waiting_[static_cast<std::size_t>(place)];
+  void turn(int place, const Quaternion& by) {
+    Quaternion& waiting = waiting_[static_cast<std::size_t>(place)];
     waiting = by * waiting;
   }
-  void turn(int place, int axis, double angle) { turn(place, turn_about(axis, angle)); }
+  void turn(int place, int axis, double angle) { turn(place, rotation_about(axis, angle)); }
   void cnot(int control) {
     flush();
     gates_.push_back({PlaceKind::cnot, static_cast<std::uint8_t>(control)});
@@ -39,14 +39,14 @@ class Composer {
  private:
   void flush() {
     for (int place = 0; place < 2; ++place) {
-      Turn& waiting = waiting_[static_cast<std::size_t>(place)];
+      Quaternion& waiting = waiting_[static_cast<std::size_t>(place)];
       const OneWireForm form = one_wire_form(waiting.normalized(), place);
       gates_.insert(gates_.end(), form.begin(), form.end());
-      waiting = Turn::Identity();
+      waiting = Quaternion::Identity();
     }
   }
 
-  std::array<Turn, 2> waiting_{Turn::Identity(), Turn::Identity()};
+  std::array<Quaternion, 2> waiting_{Quaternion::Identity(), Quaternion::Identity()};
   std::vector<PlaceGate> gates_;
 };
 

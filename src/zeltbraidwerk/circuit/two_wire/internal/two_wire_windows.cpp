@@ -38,16 +38,21 @@ class GateTable {
   }
   void add(const Gate& gate) {
     gates_.push_back(gate);
-    known_.push_back(place_gate(gate));
+    const std::optional<PlaceGate> placed = place_gate(gate);
+    placed_.push_back(placed.value_or(PlaceGate{}));
+    fixed_.push_back(!placed);
   }
   std::size_t size() const { return gates_.size(); }
   const Gate& operator[](std::size_t number) const { return gates_[number]; }
-  /// With its first wire at place 0; nothing for a gate that is left alone.
-  const std::optional<PlaceGate>& known(std::size_t number) const { return known_[number]; }
+  /// Whether the gate is left alone.
+  bool fixed(std::size_t number) const { return fixed_[number]; }
+  /// Of a gate that is not: with its first wire at place 0.
+  const PlaceGate& placed(std::size_t number) const { return placed_[number]; }
 
  private:
   std::vector<Gate> gates_;
-  std::vector<std::optional<PlaceGate>> known_;
+  std::vector<PlaceGate> placed_;
+  std::vector<bool> fixed_;
 };
 
 /// One pass over a circuit. Each wire has its items in time order; a gate goes to the last item of
@@ -83,13 +88,12 @@ class Pass {
   int last(int wire) { return stack(wire).empty() ? -1 : stack(wire).back(); }
 
   void add(std::size_t number) {
-    const std::optional<PlaceGate> known = gates_.known(number);
-    if (!known) {
+    if (gates_.fixed(number)) {
       add_fixed(number);
-    } else if (!known->two_wire()) {
-      add_one_wire(number, *known);
+    } else if (const PlaceGate gate = gates_.placed(number); gate.two_wire()) {
+      add_two_wire(number, gate);
     } else {
-      add_two_wire(number, *known);
+      add_one_wire(number, gate);
     }
   }
 
@@ -163,7 +167,7 @@ class Pass {
     item(before).gone = true;
     stack(wire).pop_back();
     for (const std::size_t number : item(before).gates) {
-      append(index, number, *gates_.known(number));
+      append(index, number, gates_.placed(number));
     }
   }
 
@@ -196,7 +200,7 @@ class Pass {
     item(index).gone = true;
     for (const int wire : {a, b}) stack(wire).pop_back();
     for (const std::size_t number : std::vector(item(index).gates)) {
-      add_one_wire(number, *gates_.known(number));
+      add_one_wire(number, gates_.placed(number));
     }
     return true;
   }
@@ -205,7 +209,7 @@ class Pass {
     const std::array<int, 2> wires = item(index).wires;
     std::vector<PlaceGate> block;
     for (const std::size_t number : item(index).gates) {
-      PlaceGate gate = *gates_.known(number);
+      PlaceGate gate = gates_.placed(number);
       gate.place = static_cast<std::uint8_t>(item(index).place(gates_[number].qbits[0]));
       block.push_back(gate);
     }
@@ -222,7 +226,7 @@ class Pass {
     for (const PlaceGate& gate : better->gates) {
       step.after.push_back(named_gate(gate, wires[0], wires[1]));
       gates_.add(step.after.back());
-      append(index, gates_.size() - 1, *gates_.known(gates_.size() - 1));
+      append(index, gates_.size() - 1, gates_.placed(gates_.size() - 1));
     }
     item(index).settled = true;
   }

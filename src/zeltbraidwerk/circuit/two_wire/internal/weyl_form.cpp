@@ -68,36 +68,34 @@ Eigen::Matrix4d common_eigenvectors(Eigen::Matrix4d a, Eigen::Matrix4d b) {
   return vectors;
 }
 
-Turn turn_of(const Eigen::Matrix2cd& m) {
-  return Turn((m(0, 0) + m(1, 1)).real(), -(m(0, 1) + m(1, 0)).imag(), (m(1, 0) - m(0, 1)).real(),
-              (m(1, 1) - m(0, 0)).imag())
+Quaternion quaternion_of(const Eigen::Matrix2cd& m) {
+  return Quaternion((m(0, 0) + m(1, 1)).real(), -(m(0, 1) + m(1, 0)).imag(),
+                    (m(1, 0) - m(0, 1)).real(), (m(1, 1) - m(0, 0)).imag())
       .normalized();
 }
 
 /// The one-qubit operators that a rotation in the magic basis is the product of.
-std::array<Turn, 2> factors(const Eigen::Matrix4d& rotation) {
+std::array<Quaternion, 2> factors(const Eigen::Matrix4d& rotation) {
   const Eigen::Matrix4cd product = magic_basis() * rotation * magic_basis().adjoint();
   // Each 2x2 block is an entry of the first factor times the second, whose determinant is 1.
-  int row = 0;
-  int column = 0;
-  for (int k = 1; k < 4; ++k) {
-    const int r = k / 2;
-    const int c = k % 2;
-    if (product.block<2, 2>(2 * r, 2 * c).squaredNorm() >
-        product.block<2, 2>(2 * row, 2 * column).squaredNorm()) {
-      row = r;
-      column = c;
+  Eigen::Index row = 0;
+  Eigen::Index column = 0;
+  Eigen::Matrix2d sizes;
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) {
+      sizes(r, c) = product.block<2, 2>(2 * r, 2 * c).squaredNorm();
     }
   }
+  sizes.maxCoeff(&row, &column);
   const Eigen::Matrix2cd block = product.block<2, 2>(2 * row, 2 * column);
   const Eigen::Matrix2cd second = block / std::sqrt(block.determinant());
   Eigen::Matrix2cd first;
-  for (int r = 0; r < 2; ++r) {
-    for (int c = 0; c < 2; ++c) {
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) {
       first(r, c) = (second.adjoint() * product.block<2, 2>(2 * r, 2 * c)).trace() / 2.0;
     }
   }
-  return {turn_of(first), turn_of(second)};
+  return {quaternion_of(first), quaternion_of(second)};
 }
 
 /// The steps that bring the coefficients in order; each keeps the operator up to its phase.
@@ -122,22 +120,22 @@ class Chamber {
     const double quarters = std::round(c(axis) / (pi / 2));
     c(axis) -= quarters * (pi / 2);
     if (std::fmod(quarters, 2) == 0) return;
-    for (Turn& after : form_.after) after = after * turn_about(axis, pi);
+    for (Quaternion& after : form_.after) after = after * rotation_about(axis, pi);
   }
   /// The half turn about the axis between p and q exchanges PP and QQ.
   void sort(int p, int q) {
     if (std::abs(c(p)) >= std::abs(c(q))) return;
     std::swap(c(p), c(q));
-    Turn exchange(0, 0, 0, 0);
+    Quaternion exchange(0, 0, 0, 0);
     exchange.vec()[p] = exchange.vec()[q] = std::sqrt(0.5);
-    for (Turn& after : form_.after) after = after * exchange;
-    for (Turn& before : form_.before) before = exchange * before;
+    for (Quaternion& after : form_.after) after = after * exchange;
+    for (Quaternion& before : form_.before) before = exchange * before;
   }
   /// The half turn of place 0 about the third axis negates PP and QQ.
   void negate(int p, int q) {
     c(p) = -c(p);
     c(q) = -c(q);
-    const Turn half = turn_about(3 - p - q, pi);
+    const Quaternion half = rotation_about(3 - p - q, pi);
     form_.after[0] = form_.after[0] * half;
     form_.before[0] = half * form_.before[0];
   }
@@ -193,8 +191,8 @@ int cnots_needed(const std::array<double, 3>& coefficients) {
 
 Eigen::Matrix4cd kronecker(const Eigen::Matrix2cd& first, const Eigen::Matrix2cd& second) {
   Eigen::Matrix4cd product;
-  for (int r = 0; r < 2; ++r) {
-    for (int c = 0; c < 2; ++c) product.block<2, 2>(2 * r, 2 * c) = first(r, c) * second;
+  for (Eigen::Index r = 0; r < 2; ++r) {
+    for (Eigen::Index c = 0; c < 2; ++c) product.block<2, 2>(2 * r, 2 * c) = first(r, c) * second;
   }
   return product;
 }

@@ -13,8 +13,8 @@ namespace zelt::braidwerk::internal {
 ///
 /// with pi/4 >= c[0] >= c[1] >= |c[2]|. Operators of equal c differ by one-qubit gates alone.
 struct WeylForm {
-  std::array<Turn, 2> before;  ///< by place
-  std::array<Turn, 2> after;
+  std::array<Quaternion, 2> before;  ///< by place
+  std::array<Quaternion, 2> after;
   std::array<double, 3> c;
 };
 
