@@ -12,6 +12,7 @@
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/driver.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -25,7 +26,7 @@ std::vector<int> composed(const std::vector<int>& first, const std::vector<int>&
 }
 
 StagedCircuit given(const StepCircuit& circuit) {
-  return {circuit, own_wires(circuit.qubits), nullptr,
+  return {circuit, in_order(circuit.qubits), nullptr,
           size_of(written(circuit), circuit.qubits)};
 }
 
