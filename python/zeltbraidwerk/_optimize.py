@@ -2,19 +2,16 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Mapping, Sequence
-from dataclasses import dataclass, replace
-from itertools import zip_longest
+from collections.abc import Callable, Sequence
 from typing import Any, Literal
 
-from zeltbraidwerk import _core, _search, _validate, errors
-from zeltbraidwerk._family import Call, Family, Found
-from zeltbraidwerk._operations import of_core
-from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, Stage, pieces_of
+from zeltbraidwerk import _search, _validate, errors
+from zeltbraidwerk._family import Family
+from zeltbraidwerk._optimize_device import OnDevice
+from zeltbraidwerk._optimize_pieces import Assembly
+from zeltbraidwerk._optimize_results import CircuitCounts, Optimization
 from zeltbraidwerk._results import Permutation
-from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.instructions import Operation
 
 _FAMILY = Family(lambda on_device: ("auto", "search"))
 
@@ -24,6 +21,8 @@ def optimize(
     *,
     device: Any = None,
     objective: Literal["count", "depth", "t"] = "count",
+    placement: Sequence[int] | None = None,
+    router: Literal["own", "qiskit"] = "own",
     permutation: Permutation = "exact",
     exact: bool = False,
     seed: int | None = None,
@@ -55,8 +54,15 @@ def optimize(
     keeps to sums of the given angles; ``objective="t"`` to no more rotations.
 
     With ``permutation="free"`` output q may end on wire ``result.permutation[q]``, and so do the
-    measurements at the end. With a ``device``, the gates of the circuit are on its edges, qubit q
-    on qubit q of the device, and stay on edges.
+    measurements at the end.
+
+    With a ``device``, all two-qubit gates of the result are on its edges, and qubit q of the
+    circuit is qubit ``result.placement[q]`` of the device, before and after. A circuit that fits as
+    it stands, qubit q on qubit q or on ``placement[q]``, stays there and is optimised on the edges.
+    Another one is placed, where no ``placement`` is given, and routed: with ``router="own"`` made
+    anew on the edges from its rotations, with "qiskit" by Qiskit's transpiler at level 3, of the
+    circuit and of one that was optimised first, and output qubits brought back; the best is
+    optimised on the edges.
 
     ``steps`` are windows of three qubits, of about 7 microseconds; by default 200,000 and 30 per
     gate. With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
@@ -71,98 +77,21 @@ def optimize(
     (18, 10, True)
     """
     _validate.choice(objective, "objective", ("count", "depth", "t"))
+    _validate.choice(router, "router", ("own", "qiskit"))
     _validate.flag(exact, "exact")
     call = _FAMILY.call(
         device=device, objective="count" if objective == "t" else objective, permutation=permutation, seed=seed,
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)
-    call.place(source.n)
-    first, ending = source.split_ending()
-    pieces, between = pieces_of(first)
-    own = {"exact": bool(exact), "keep_rotations": objective == "t"}
-    return _Assembly(call, source, pieces, between, ending, own).run()
-
-
-@dataclass
-class _Assembly:
-    """The pieces of a circuit, optimised one after the other."""
-
-    call: Call
-    source: Circuit
-    pieces: Sequence[Circuit]
-    between: Sequence[Operation]
-    ending: Circuit
-    own: Mapping[str, bool]
-
-    def run(self) -> Optimization:
-        done: list[Optimization] = []
-        total = max(sum(map(len, self.pieces)), 1)
-        left = total
-        for k, piece in enumerate(self.pieces):
-            try:
-                done.append(self._optimized(k, piece, len(piece) / total, left))
-            except errors.Interrupted as stopped:
-                if stopped.best is None:
-                    raise
-                best = self._whole([*done, stopped.best])
-                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-            left = max(left - len(piece), 1)
-        return self._whole(done)
-
-    def _optimized(self, k: int, piece: Circuit, share: float, left: int) -> Optimization:
-        call = self.call
-        if len(self.pieces) > 1:
-            effort = call.effort
-            seconds = None if effort.budget is None else max(effort.budget - call.elapsed, 1e-3)
-            effort = replace(
-                effort,
-                steps=None if effort.steps is None else int(effort.steps * share),
-                budget=None if seconds is None else max(seconds * len(piece) / left, 1e-3),
-            )
-            last = k + 1 == len(self.pieces)
-            call = replace(
-                call, effort=effort, permutation=call.permutation if last else "exact",
-                progress=None,
-            )  # fmt: skip
-
-        def result(
-            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any]
-        ) -> Optimization:
-            return call.result(
-                Optimization, found, piece.n,
-                circuit=of_core(piece.n, gates), source=piece, rounding=rounding,
-                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
-            )  # fmt: skip
-
-        made = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.own)
-        self.call.effort = replace(self.call.effort, seed=call.effort.seed)
-        return made
-
-    def _whole(self, done: Sequence[Optimization]) -> Optimization:
-        """Pieces that are not done yet stay as they were given."""
-        operations: list[Operation] = []
-        made = [result.circuit for result in done] + list(self.pieces[len(done) :])
-        for circuit, item in zip_longest(made, self.between):
-            operations.extend(circuit.operations)
-            if item is not None:
-                operations.append(item)
-        n = self.source.n
-        permutation = done[-1].permutation if len(done) == len(self.pieces) else tuple(range(n))
-        operations.extend(self.ending.placed(permutation, n).operations)
-        whole = Circuit._trusted(n, tuple(operations), self.source.classical)
-        qubits, width = self.call.qubits(n), self.call.width(n)
-        return replace(
-            done[-1],
-            circuit=placed(whole, qubits, width),
-            source=self.source,
-            permutation=permutation,
-            runs=sum(result.runs for result in done),
-            trace=done[0].trace if len(done) == 1 else (),
-            seconds=self.call.elapsed,
-            rounding=max(result.rounding for result in done),
-            _stages=tuple(result._stages[0] for result in done),
-        )
+    options = {"exact": bool(exact), "keep_rotations": objective == "t", "route": False}
+    if call.device is None:
+        if placement is not None:
+            raise errors.OptionError("placement: not an option without a device")
+        return Assembly(call, source, options).run()
+    if not call.exact:
+        raise errors.OptionError("permutation: got 'free', wanted 'exact' on a device")
+    return OnDevice(call, source, options).run(placement, router)
 
 
 __all__ = ["CircuitCounts", "Optimization", "optimize"]

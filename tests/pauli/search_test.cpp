@@ -192,9 +192,9 @@ TEST(NetworkSearch, LayersCostNoMoreThanTheirParities) {
     task.seed = 3;
     for (const std::uint64_t count : {0, 20000}) {
       task.in_order = false;
-      const int free = search_network(support::named(parities, 8), task, steps(count)).count;
+      const int free = search_network(support::named(parities, 8), task, steps(count)).size.count;
       task.in_order = true;
-      EXPECT_LE(search_network(support::named(one, 8), task, steps(count)).count, free);
+      EXPECT_LE(search_network(support::named(one, 8), task, steps(count)).size.count, free);
       const auto result = search_network(support::named(three, 8), task, steps(count));
       EXPECT_EQ(fault(three, 8, task, result), "");
       EXPECT_LE(result.size.count, 3 * free);
@@ -213,11 +213,11 @@ TEST(NetworkSearch, FewestKnown) {
   }
   NetworkTask task;
   task.in_order = true;
-  EXPECT_EQ(search_network(support::named(chain, 6), task, steps(3000)).count, 15);
+  EXPECT_EQ(search_network(support::named(chain, 6), task, steps(3000)).size.count, 15);
 
   const auto [letters, n] = std::pair(support::rows({"XYZI", "IZXX"}), 4);
   task.outputs = Outputs::left_open;
-  EXPECT_EQ(search_network(support::named(letters, n), task, steps(1000)).count, 3);
+  EXPECT_EQ(search_network(support::named(letters, n), task, steps(1000)).size.count, 3);
 }
 
 TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {

@@ -25,9 +25,13 @@ std::vector<int> composed(const std::vector<int>& first, const std::vector<int>&
   return wires;
 }
 
+/// The folded circuit, which is a stage itself: the numbers of a log are those of its gates.
 StagedCircuit given(const StepCircuit& circuit) {
-  return {circuit, in_order(circuit.qubits), nullptr,
-          size_of(written(circuit), circuit.qubits)};
+  std::vector<structures::Gate> gates = written(circuit);
+  const CircuitSize size = size_of(gates, circuit.qubits);
+  std::vector<int> wires = in_order(circuit.qubits);
+  auto stage = std::make_shared<const Stage>(Stage{nullptr, std::move(gates), wires, {}});
+  return {circuit, std::move(wires), std::move(stage), size};
 }
 
 StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,

@@ -1,0 +1,99 @@
+"""Circuits with measurements, resets, barriers and conditions, optimised between these."""
+
+from __future__ import annotations
+
+from collections.abc import Mapping, Sequence
+from dataclasses import dataclass, replace
+from itertools import zip_longest
+from typing import Any
+
+from zeltbraidwerk import _core, errors
+from zeltbraidwerk._family import Call, Found
+from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of
+from zeltbraidwerk._routing_results import placed
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.instructions import Operation
+
+
+@dataclass
+class Assembly:
+    """The pieces of a circuit between operations that are no gates, optimised one after the other.
+    ``options`` are those of the compiled part alone."""
+
+    call: Call
+    source: Circuit
+    options: Mapping[str, bool]
+
+    def __post_init__(self) -> None:
+        first, self.ending = self.source.split_ending()
+        self.pieces, self.between = pieces_of(first)
+
+    def run(self) -> Optimization:
+        done: list[Optimization] = []
+        total = max(sum(map(len, self.pieces)), 1)
+        left = total
+        for k, piece in enumerate(self.pieces):
+            try:
+                done.append(self._optimized(k, piece, len(piece) / total, left))
+            except errors.Interrupted as stopped:
+                if stopped.best is None:
+                    raise
+                best = self._whole([*done, stopped.best])
+                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+            left = max(left - len(piece), 1)
+        return self._whole(done)
+
+    def _optimized(self, k: int, piece: Circuit, share: float, left: int) -> Optimization:
+        call = self.call
+        if len(self.pieces) > 1:
+            effort = call.effort
+            seconds = None if effort.budget is None else max(effort.budget - call.elapsed, 1e-3)
+            effort = replace(
+                effort,
+                steps=None if effort.steps is None else int(effort.steps * share),
+                budget=None if seconds is None else max(seconds * len(piece) / left, 1e-3),
+            )
+            last = k + 1 == len(self.pieces)
+            call = replace(
+                call, effort=effort, permutation=call.permutation if last else "exact",
+                progress=None,
+            )  # fmt: skip
+
+        def result(
+            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any]
+        ) -> Optimization:
+            return call.result(
+                Optimization, found, piece.n,
+                circuit=of_core(piece.n, gates), source=piece, rounding=rounding,
+                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
+            )  # fmt: skip
+
+        made = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.options)
+        self.call.effort = replace(self.call.effort, seed=call.effort.seed)
+        return made
+
+    def _whole(self, done: Sequence[Optimization]) -> Optimization:
+        """Pieces that are not done yet stay as they were given."""
+        operations: list[Operation] = []
+        made = [result.circuit for result in done] + list(self.pieces[len(done) :])
+        for circuit, item in zip_longest(made, self.between):
+            operations.extend(circuit.operations)
+            if item is not None:
+                operations.append(item)
+        n = self.source.n
+        permutation = done[-1].permutation if len(done) == len(self.pieces) else tuple(range(n))
+        operations.extend(self.ending.placed(permutation, n).operations)
+        whole = Circuit._trusted(n, tuple(operations), self.source.classical)
+        qubits, width = self.call.qubits(n), self.call.width(n)
+        return replace(
+            done[-1],
+            circuit=placed(whole, qubits, width),
+            source=self.source,
+            permutation=permutation,
+            runs=sum(result.runs for result in done),
+            trace=done[0].trace if len(done) == 1 else (),
+            seconds=self.call.elapsed,
+            rounding=max(result.rounding for result in done),
+            _stages=tuple(result._stages[0] for result in done),
+        )
