@@ -244,27 +244,32 @@ ON_DEVICES = (
 
 
 def on_devices(timed: Timer, quick: bool) -> None:
-    """From a circuit to one on the edges of a device; qubits start and end anywhere."""
-    heads = ("circuit", "device", "before", *(name for name, _ in PEERS[:2]), "ours")
-    print(f"\nOn the edges of devices: two-qubit gates / seconds\n{_line(heads, DEVICE_WIDTHS)}")
+    """From a circuit to one on the edges of a device. The packages' qubits end where they leave
+    them, ours where they started, except in the last column."""
+    methods = (
+        ("Qiskit, level 3", lambda one, device: routing.qiskit_default(one.circuit, device, timed)),
+        ("pytket, default", lambda one, device: routing.pytket_default(one.circuit, device, timed)),
+        ("own router", lambda one, device: ours_on(one, device, timed)),
+        ("router=qiskit", lambda one, device: ours_on(one, device, timed, router="qiskit")),
+        ("ends anywhere", lambda one, device: after_qiskit(one, device, timed)),
+    )
+    heads, widths = ("circuit", "device", "before", *(name for name, _ in methods)), (24, 12, 7)
+    widths += (15,) * len(methods)
+    print(f"\nOn the edges of devices: two-qubit gates / seconds\n{_line(heads, widths)}")
     inputs = {source.name: source for source in of_folder(1000)}
     for name, place in ON_DEVICES[:2] if quick else ON_DEVICES:
         source, device = inputs[name], routing.DEVICES[place]
-        cells = [
-            Outcome(count, seconds)
-            for count, _, seconds in (
-                routing.qiskit_default(source.circuit, device, timed),
-                routing.pytket_default(source.circuit, device, timed),
-                ours_on(source, device, timed),
-            )
-        ]
-        print(_line((name, place, source.before, *cells), DEVICE_WIDTHS), flush=True)
+        costs = [method(source, device) for _, method in methods]
+        cells = [Outcome(count, seconds) for count, _, seconds in costs]
+        print(_line((name, place, source.before, *cells), widths), flush=True)
 
 
-DEVICE_WIDTHS = (24, 12, 7, 15, 15, 15)
+def ours_on(source: Input, device: zb.Device, timed: Timer, **options: object) -> routing.Cost:
+    result, seconds = ours(source, timed, device=device, steps=STEPS, **options)
+    return result.count, result.depth, seconds
 
 
-def ours_on(source: Input, device: zb.Device, timed: Timer) -> routing.Cost:
+def after_qiskit(source: Input, device: zb.Device, timed: Timer) -> routing.Cost:
     """Routed by Qiskit as given and as made shorter, then each made shorter on the edges: the
     better one, with the time of all."""
     shorter, seconds = ours(source, timed, steps=STEPS)
