@@ -34,6 +34,7 @@ kept = [
     pauli.synthesize(rotations, **options),
     routing.route(circuit, device, lookahead=1),
     routing.route_ions(circuit),
+    zb.optimize(circuit, **options),
 ]
 assert told and all(result.verify() for result in kept)
 kept += [pauli.partition(["XX", "ZZ"]), pauli.codiagonalize(["XX", "ZZ"])]

@@ -7,7 +7,7 @@ import pytest
 from support import replaced
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import gallery
+from zeltbraidwerk import Circuit, Gate, gallery
 
 GRID = zb.Device.grid(3, 4)
 MATRIX = gallery.random_invertible(12, 1)[0]
@@ -15,6 +15,12 @@ PARITIES = dict.fromkeys(gallery.random_parities(12, 40, 1)[0], 0.1)
 OPERATOR = gallery.random_clifford(12, 1)[0]
 STRINGS = [(string, 0.1) for string in gallery.random_paulis(6, 30)]
 GRAPH = gallery.random_graph(20, 3)
+DRAWN = np.random.default_rng(1).permutation(6 * list(GRID.edges)).tolist()
+CIRCUIT = Circuit(12, [
+    gate for k, (a, b) in enumerate(DRAWN)
+    for gate in (Gate.cnot(a, b), [Gate.h(a), Gate.rz(b, 0.3 + k), Gate.rz(a, np.pi / 4)][k // 7 % 3])
+    if k % 7 == 0 or gate.name == "CNOT"
+])  # fmt: skip
 FAMILIES = {
     "linear": lambda **options: zb.linear.synthesize(MATRIX, **options),
     "linear, device": lambda **options: zb.linear.synthesize(MATRIX, device=GRID, **options),
@@ -30,6 +36,8 @@ FAMILIES = {
         STRINGS, order="free", repeated="merge", **options
     ),
     "pauli, in order": lambda **options: zb.pauli.synthesize(STRINGS, **options),
+    "optimize": lambda method, **options: zb.optimize(CIRCUIT, **options),
+    "optimize, device": lambda method, **options: zb.optimize(CIRCUIT, device=GRID, **options),
 }
 family = pytest.mark.parametrize("synthesize", FAMILIES.values(), ids=FAMILIES)
 

@@ -112,6 +112,7 @@ RESULTS = {
     "clifford": lambda: zb.clifford.synthesize(Circuit(2, [Gate.cnot(0, 1), Gate.h(0)]), seed=1),
     "state": lambda: zb.clifford.synthesize_state(["XX", "ZZ"], seed=1),
     "graph state": graph_state,
+    "optimize": lambda: zb.optimize(TOFFOLI, seed=1, steps=300),
     "device": lambda: zb.routing.route(TOFFOLI, Device.grid(2, 3)),
     "ions": ions,
 }

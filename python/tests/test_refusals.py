@@ -195,6 +195,19 @@ routing.route_ions(T3).readout(['Z']) -> PauliError: got 1 letters
 routing.route_ions(T3, shelving=(0.1, 2)) -> OptionError: got the rate 2
 routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=0.01) -> UnfinishedError: larger budget
 
+# optimize
+optimize(5) -> DtypeError: circuit: got int, wanted a Circuit
+optimize(T3, objective='size') -> OptionError: objective: got 'size', wanted one of 'count', 'depth', 't'
+optimize(T3, exact=1) -> DtypeError: exact: got 1
+optimize(T3, permutation='any') -> OptionError: permutation: got 'any'
+optimize(T3, device=Device.line(2)) -> DeviceTooSmallError: at least 3
+optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: device: got
+optimize(T3, device=Device.line(3), permutation='free') -> OptionError: permutation: got 'free', wanted 'exact' on a device
+optimize(T3, placement=(0, 1, 2)) -> OptionError: placement: not an option without a device
+optimize(T3, router='sabre') -> OptionError: router: got 'sabre', wanted one of 'own', 'qiskit'
+optimize(Circuit(1, [Gate('S*', 0)])) -> OptionError: gates: got S\* \[0 \] .gate 0., wanted Clifford gates and rotations
+optimize(Circuit(2, [Gate('XX', (0, 1), (0.3, 2))])) -> OptionError: gates: got XX .* wanted an XX gate
+
 # validation
 graph_state.synthesize([(0, 1), (1, 2), (2, 0)]) -> ShapeError: of edges
 graph_state.synthesize([(1, 0), (0, 1)]) -> GraphError: written twice

@@ -4,12 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <optional>
 #include <random>
 #include <set>
 
+#include "support/dense.h"
 #include "support/graphs.h"
 #include "support/rotations.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/pauli/search/internal/network_emission.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace {
 
@@ -240,6 +244,95 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
   NetworkTask task;
   task.device = &star;
   EXPECT_EQ(fault(table, 64, task, search_network(support::named(table, 64), task, steps(0))), "");
+}
+
+/// The gates of a network, rotation r by angle 0.1 + r.
+struct Writer {
+  std::vector<structures::Gate> gates;
+
+  void cnot(int control, int target) { gates.push_back(structures::Gate::CNOT(control, target)); }
+  void change(int label, int q) {
+    using structures::Gate;
+    gates.push_back(label == label_y ? Gate::H(q) : label == label_x ? Gate::RXP(q) : Gate::S(q));
+  }
+  void rotate(int row, int label, int q, bool negative) {
+    const double angle = (negative ? -1 : 1) * (0.1 + row);
+    const std::string letters = "IXYZ";
+    gates.push_back({std::string("R") + letters[letter_of_label(label)], {q}, {angle}, false});
+  }
+};
+
+/// Whether an operator carries X and Z of each qubit q to letters on wire wires[q].
+bool is_local(const support::Dense& op, const std::vector<int>& wires) {
+  for (std::size_t q = 0; q < wires.size(); ++q) {
+    for (const char letter : {'X', 'Z'}) {
+      std::string given(wires.size(), 'I');
+      given[q] = letter;
+      const support::Dense image = op * support::pauli(given) * op.dagger();
+      int found = 0;
+      for (const char other : {'X', 'Y', 'Z'}) {
+        std::string there(wires.size(), 'I');
+        there[static_cast<std::size_t>(wires[q])] = other;
+        found += image.near(support::pauli(there)) || image.near(support::pauli(there) * -1.0);
+      }
+      if (found != 1) return false;
+    }
+  }
+  return true;
+}
+
+TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
+  std::mt19937 rng(8);
+  for (int instance = 0; instance < 60; ++instance) {
+    const int n = 2 + instance % 3;
+    const int count = static_cast<int>(rng() % 9);
+    Rotations rotations = support::named(support::random_rows(count, n, rng), n);
+    if (count == 0) rotations.frame = PauliFrame(n, 0);
+    const auto circuit = support::random_clifford(n, 6 * n, rng);
+    support::Dense wanted = support::Dense::identity(std::size_t{1} << n);
+    for (int r = 0; r < count; ++r) {
+      const bool negative = rng() % 2 != 0;
+      rotations.frame.set_negative(r, negative);
+      wanted =
+          support::rotation(text(rotations.frame.letters(r)), (negative ? -1 : 1) * (0.1 + r)) *
+          wanted;
+    }
+    wanted = support::unitary(circuit, n) * wanted;
+
+    CliffordTarget target{identity_images(n), circuit};
+    for (auto gate = circuit.rbegin(); gate != circuit.rend(); ++gate) {
+      structures::Gate undo = *gate;
+      for (auto& angle : undo.params) angle = angle.flip_sign();
+      target.preimages.apply(undo);
+    }
+    const BitGraph graph{support::random_device(n, 10, rng)};
+    NetworkTask task;
+    task.in_order = true;
+    task.target = &target;
+    task.outputs = support::outputs(instance % 2 == 0);
+    task.objective = support::objective(instance % 5 == 0);
+    task.seed = static_cast<std::uint64_t>(instance);
+    if (instance % 3 == 0) task.device = &graph;
+    std::optional<Network> given;
+    for (const std::uint64_t effort : {0, 500}) {
+      const Network network = search_events(rotations, task, steps(effort));
+      Writer writer;
+      NetworkEmission(rotations.frame, writer).run(network.events);
+      const support::Dense left = support::unitary(writer.gates, n) * wanted.dagger();
+      EXPECT_TRUE(is_local(left, network.wires)) << instance << ", " << effort;
+      EXPECT_TRUE(!task.in_place() || network.wires == in_order(n));
+      for (const NetworkEvent& event : network.events) {
+        if (event.row >= 0 || task.device == nullptr) continue;
+        EXPECT_TRUE(graph.joined(wire_of(event.gate.a), wire_of(event.gate.b)));
+      }
+      ASSERT_TRUE(!given || network.size.key(task.objective) <= given->size.key(task.objective));
+      given = network;
+      task.given = &*given;
+    }
+    task.seed += 100;
+    const Network other = search_events(rotations, task, steps(0));
+    EXPECT_LE(other.size.key(task.objective), given->size.key(task.objective));
+  }
 }
 
 }  // namespace

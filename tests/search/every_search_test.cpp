@@ -10,11 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "support/circuits.h"
 #include "support/digest.h"
 #include "support/gate_lists.h"
 #include "support/graphs.h"
 #include "support/rotations.h"
 #include "support/tasks.h"
+#include "zeltbraidwerk/circuit/internal/folding.h"
+#include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
@@ -143,6 +146,21 @@ std::vector<Search> searches(const BitGraph& grid) {
       add(all, std::string("rotations ") + (in_order ? "in order" : "in any order"),
           rows == 30 ? 5000 : 10'000, run, open, rows == 30 ? &grid : nullptr);
     }
+  }
+  auto gates = support::random_circuit(9, 250, support::AngleKind::mixed, rng);
+  std::erase_if(gates, [&](const structures::Gate& gate) {
+    return gate.qbits.size() == 2 && !grid.joined(gate.qbits[0], gate.qbits[1]);
+  });
+  StepCircuit folded = read_steps(9, gates);
+  fold(folded);
+  for (const bool exact : {true, false}) {
+    const auto circuits = [folded, exact](const Task& task, const Effort& effort) {
+      const CircuitTask own{task, 1};
+      const StagedCircuit found = exact ? search_exactly(folded, own, effort)
+                                        : search_alternating(folded, false, own, effort);
+      return Outcome{found.size, Digest().add(written(found.circuit))};
+    };
+    add(exact ? "circuit" : "circuit by numbers", 8000, circuits, closed);
   }
   return all;
 }

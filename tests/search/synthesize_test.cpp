@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "support/circuits.h"
 #include "support/graphs.h"
 #include "support/oracles.h"
 #include "support/phases.h"
 #include "support/rotations.h"
+#include "support/state_vector.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/zeltbraidwerk.h"
 
@@ -197,6 +199,30 @@ Problem draw_graph_state(int n, support::Rng& rng) {
   };
 }
 
+/// With rotations, generic ones as well, where a state vector can tell; of Clifford gates where not.
+Problem draw_circuit(int n, support::Rng& rng) {
+  const bool small = n < 8;
+  std::vector<Gate> given = n == 0 ? std::vector<Gate>{}
+                            : small
+                                ? support::random_circuit(n, 8 * n, support::AngleKind::numeric, rng)
+                                : support::random_clifford(n, 4 * n, rng);
+  for (int q = 0; q < n && small; ++q) given.push_back({"RY", {q}, {0.3 + q}, false});
+  return [=](const SynthesisOptions& options) {
+    auto own = with_own<synthesis::OptimizeOptions>(options);
+    own.route = options.device != nullptr;
+    auto found = synthesis::optimize_circuit(n, given, own);
+    support::Rng states(1);
+    const bool right =
+        small ? support::act_alike(given, found.gates, n, found.permutation, states)
+              : support::implements(found.gates, found.permutation, support::tableau_of(given, n));
+    return Made{found, found.gates, fault_unless(right)};
+  };
+}
+
+std::vector<std::string> circuit_methods(bool) {
+  return {"auto", "search"};
+}
+
 const std::vector placed{Outputs::in_place};
 const std::vector closed{Outputs::in_place, Outputs::anywhere};
 const std::vector all_outputs{Outputs::in_place, Outputs::anywhere, Outputs::left_open};
@@ -210,6 +236,7 @@ const Family families[] = {
     {"clifford", 6, synthesis::clifford_methods, closed, closed, draw_clifford},
     {"state", 6, synthesis::state_methods, placed, {}, draw_state},
     {"graph state", 7, synthesis::graph_state_methods, placed, {}, draw_graph_state},
+    {"circuit", 5, circuit_methods, closed, closed, draw_circuit},
 };
 
 void PrintTo(const Family& family, std::ostream* out) {

@@ -12,10 +12,19 @@
 
 namespace support {
 
-enum class AngleKind { symbolic, numeric };
+enum class AngleKind { symbolic, numeric, mixed };
+
+/// One of few symbols, a sum of them, or any number, so that sums come up as well as generic
+/// angles.
+inline structures::Parameter mixed_angle(std::mt19937& rng) {
+  const std::string texts[] = {"a", "b", "UMINUS a", "+ a b", "+ 0.250000 UMINUS b"};
+  if (rng() % 3 == 0) return {texts[rng() % 5]};
+  if (rng() % 2 == 0) return {static_cast<int>(rng() % 9 - 4) * 0.78539816339744828};
+  return {std::uniform_real_distribution(-4.0, 4.0)(rng)};
+}
 
 /// Every name of the vocabulary comes up. Numeric angles are multiples of pi/4, so that many merge
-/// into Clifford ones; symbolic ones are a0, a1, ...
+/// into Clifford ones; symbolic ones are a0, a1, ...; mixed ones are those of mixed_angle.
 inline std::vector<structures::Gate> random_circuit(int n, int length, AngleKind kind,
                                                     std::mt19937& rng) {
   using structures::Gate;
@@ -31,8 +40,10 @@ inline std::vector<structures::Gate> random_circuit(int n, int length, AngleKind
     switch (n > 1 ? any(4) : any(2)) {
       case 0: {
         const structures::Parameter angle =
-            kind == AngleKind::symbolic ? structures::Parameter("a" + std::to_string(k))
-                                        : structures::Parameter((any(9) - 4) * 0.78539816339744828);
+            kind == AngleKind::mixed ? mixed_angle(rng)
+            : kind == AngleKind::symbolic
+                ? structures::Parameter("a" + std::to_string(k))
+                : structures::Parameter((any(9) - 4) * 0.78539816339744828);
         const std::string& name = axes[static_cast<std::size_t>(any(4))];
         circuit.emplace_back(name, std::vector{a}, std::vector{angle}, name >= "RZ");
         break;

@@ -82,11 +82,43 @@ inline State random_state(int n, std::mt19937& rng) {
   return state;
 }
 
+/// Qubit q goes to wire wires[q].
+inline State moved(const State& state, int n, const std::vector<int>& wires) {
+  State result(state.size());
+  for (std::size_t k = 0; k < state.size(); ++k) {
+    std::size_t there = 0;
+    for (int q = 0; q < n; ++q) {
+      if ((k & bit_of(q, n)) != 0) there |= bit_of(wires[static_cast<std::size_t>(q)], n);
+    }
+    result[there] = state[k];
+  }
+  return result;
+}
+
 /// The largest difference of entries.
 inline double distance(const State& a, const State& b, std::complex<double> factor) {
   double most = 0;
   for (std::size_t k = 0; k < a.size(); ++k) most = std::max(most, std::abs(a[k] * factor - b[k]));
   return most;
+}
+
+/// Whether two circuits are the same operator up to a global phase, with output q of the first on
+/// wire wires[q] of the other: they make the same of a random state, which is almost surely no
+/// eigenvector of anything but multiples of the identity.
+inline bool act_alike(const std::vector<structures::Gate>& one,
+                      const std::vector<structures::Gate>& other, int n,
+                      const std::vector<int>& wires, std::mt19937& rng, double tolerance = 1e-7) {
+  const State state = random_state(n, rng);
+  const State wanted = moved(after(one, n, state), n, wires);
+  const State found = after(other, n, state);
+  std::complex<double> phase = 0;
+  double norm = 0;
+  for (std::size_t k = 0; k < wanted.size(); ++k) {
+    phase += std::conj(wanted[k]) * found[k];
+    norm += std::norm(wanted[k]);
+  }
+  phase /= norm;
+  return std::abs(std::abs(phase) - 1) < tolerance && distance(wanted, found, phase) < tolerance;
 }
 
 }  // namespace support

@@ -88,7 +88,9 @@ class Reader {
         quarters_of(LinearAngle(gate.params[0])) < 0) {
       fail(gate, "an XX gate by a multiple of pi/2");
     }
-    const int quarters = quarters_of(LinearAngle(gate.params[0]));
+    const LinearAngle angle(gate.params[0]);
+    const int quarters = quarters_of(angle);
+    circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
     for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
     for (std::size_t i = 0; i < gate.qbits.size(); ++i) {
       for (std::size_t j = 0; j < i; ++j) {
@@ -141,7 +143,7 @@ structures::Gate turn_gate(const Step& step) {
 }  // namespace
 
 int quarters_of(const LinearAngle& angle) {
-  if (!angle.is_number() || rounding_of(angle) > clifford_tolerance) return -1;
+  if (!angle.is_number() || !(rounding_of(angle) <= clifford_tolerance)) return -1;  // nor NaN
   const double whole = std::round(angle.constant / quarter_turn);
   return static_cast<int>(std::lround(std::fmod(whole, 4)) + 4) % 4;
 }

@@ -1,0 +1,317 @@
+#include "zeltbraidwerk/circuit/optimize.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/angles.h"
+#include "support/circuits.h"
+#include "support/dense.h"
+#include "support/graphs.h"
+#include "support/state_vector.h"
+
+namespace {
+
+using structures::Gate;
+using support::AngleKind;
+using support::at;
+using synthesis::CircuitCounts;
+using synthesis::Objective;
+using synthesis::OptimizeOptions;
+using synthesis::OptimizeResult;
+using synthesis::Outputs;
+using testing::ElementsAre;
+using Circuit = std::vector<Gate>;
+constexpr double pi = std::numbers::pi;
+const support::Values values{{"a", 0.83}, {"b", -1.91}};
+
+CircuitCounts counts_of(const Circuit& circuit, int n) {
+  CircuitCounts counts;
+  std::vector<int> layers(at(n));
+  for (const Gate& gate : circuit) {
+    if (gate.qbits.size() == 2) {
+      int& a = layers[at(gate.qbits[0])];
+      int& b = layers[at(gate.qbits[1])];
+      counts.depth = std::max(counts.depth, a = b = std::max(a, b) + 1);
+      ++counts.two_qubit;
+      continue;
+    }
+    if (gate.name == "I") continue;
+    const auto is_multiple = [&](double of) {
+      return !gate.params[0].is_abstract &&
+             std::abs(std::remainder(gate.params[0].value, of * pi)) < 1e-9;
+    };
+    if (!gate.params.empty() && is_multiple(2)) continue;
+    ++counts.one_qubit;
+    if (gate.params.empty() || is_multiple(0.5)) continue;
+    ++counts.rotations;
+    counts.t += is_multiple(0.25);
+  }
+  return counts;
+}
+
+/// In the order of the fields.
+std::vector<int> listed(const CircuitCounts& counts) {
+  return {counts.two_qubit, counts.depth, counts.one_qubit, counts.rotations, counts.t};
+}
+
+std::pair<int, int> key(const CircuitCounts& counts, Objective objective) {
+  return objective == Objective::depth ? std::pair(counts.depth, counts.two_qubit)
+                                       : std::pair(counts.two_qubit, counts.depth);
+}
+
+bool is_generic(const Gate& gate) {
+  return !gate.params.empty() && !gate.params[0].is_abstract &&
+         std::abs(std::remainder(gate.params[0].value, pi / 4)) > 1e-9;
+}
+
+std::vector<int> own(int n) {
+  std::vector<int> wires;
+  for (int q = 0; q < n; ++q) wires.push_back(q);
+  return wires;
+}
+
+/// Without the gates on two qubits that are on no edge.
+Circuit on_edges(Circuit circuit, const structures::Graph& device) {
+  std::erase_if(circuit, [&](const Gate& gate) {
+    return gate.qbits.size() == 2 && !device.are_neighbors(gate.qbits[0], gate.qbits[1]);
+  });
+  return circuit;
+}
+
+/// What is wrong with a result; nothing when it is right.
+std::string fault(const Circuit& given, int n, const OptimizeOptions& options,
+                  const OptimizeResult& result, std::mt19937& rng) {
+  const Circuit wanted = support::with_values(given, values);
+  const auto alike = [&](const Circuit& circuit, const std::vector<int>& wires) {
+    return support::act_alike(wanted, support::with_values(circuit, values), n, wires, rng, 1e-6);
+  };
+  if (!alike(result.gates, result.permutation)) return "another operator";
+  if (options.outputs == Outputs::in_place && result.permutation != own(n)) return "not in place";
+  const std::set<std::string> names{"CNOT", "CSIGN", "H",  "S",  "D-S", "X",
+                                    "Y",    "Z",     "RX", "RY", "RZ"};
+  for (const Gate& gate : result.gates) {
+    if (!names.contains(gate.name)) return "the name " + gate.name;
+    if (gate.qbits.size() == 2 && options.device != nullptr &&
+        !options.device->are_neighbors(gate.qbits[0], gate.qbits[1])) {
+      return "not on an edge: " + gate.to_string();
+    }
+  }
+  const CircuitCounts before = counts_of(given, n);
+  const CircuitCounts after = counts_of(result.gates, n);
+  if (listed(result.before) != listed(before)) return "counts before";
+  if (result.after.two_qubit != after.two_qubit || result.after.depth != after.depth ||
+      result.count != after.two_qubit || result.depth != after.depth) {
+    return "counts after";
+  }
+  if (key(after, options.objective) > key(before, options.objective)) return "larger";
+  const bool by_numbers = !options.exact && std::ranges::any_of(given, is_generic);
+  if ((!by_numbers || options.keep_rotations) && result.after.rotations > before.rotations) {
+    return "more rotations";
+  }
+  if (!by_numbers && result.after.t > before.t) return "more T gates";
+  for (const synthesis::OptimizeStage& stage : result.stages) {
+    if (!by_numbers && !stage.steps.empty()) return "numbers";
+    if (!alike(stage.gates, stage.permutation)) return "a stage is another operator";
+  }
+  if (!result.stages.empty() && result.stages.back().gates != result.gates) return "last stage";
+  return "";
+}
+
+TEST(Optimize, GivesASmallerCircuitOfTheSameOperator) {
+  std::mt19937 rng(1);
+  int taken_out = 0;
+  int by_numbers = 0;
+  for (int instance = 0; instance < 96; ++instance) {
+    const int n = 1 + instance % 7;
+    const AngleKind kind = instance % 3 == 0 ? AngleKind::numeric : AngleKind::mixed;
+    const structures::Graph device = support::random_device(n, 20, rng);
+    Circuit given = support::random_circuit(n, 8 * n + 10, kind, rng);
+    OptimizeOptions options;
+    if (instance % 4 == 0) {
+      options.device = &device;
+      given = on_edges(std::move(given), device);
+    }
+    options.objective = instance % 5 == 0 ? Objective::depth : Objective::count;
+    options.outputs = instance % 2 == 0 ? Outputs::in_place : Outputs::anywhere;
+    options.exact = instance % 6 == 4;
+    options.keep_rotations = instance % 6 == 5;
+    options.seed = static_cast<std::uint64_t>(instance);
+    options.steps = std::array{0, 100, 4000}[at(instance % 11 % 3)];
+    const OptimizeResult result = optimize_circuit(n, given, options);
+    EXPECT_EQ(fault(given, n, options, result, rng), "") << instance << '\n' << given;
+    taken_out += result.before.two_qubit - result.count;
+    for (const auto& stage : result.stages) by_numbers += stage.steps.empty() ? 0 : 1;
+  }
+  EXPECT_GT(taken_out, 300);
+  EXPECT_GT(by_numbers, 20);
+}
+
+TEST(Optimize, CountsTheSmallestCircuits) {
+  EXPECT_TRUE(synthesis::optimize_circuit(0, {}).gates.empty());
+  EXPECT_TRUE(synthesis::optimize_circuit(3, {}).gates.empty());
+  const Gate t("RZ", {0}, {pi / 4}, true);
+  const OptimizeResult one = synthesis::optimize_circuit(1, {t, Gate::H(0), Gate::H(0), t, t});
+  EXPECT_THAT(listed(one.before), ElementsAre(0, 0, 5, 3, 3));
+  EXPECT_THAT(listed(one.after), ElementsAre(0, 0, 1, 1, 1));
+  EXPECT_THAT(one.permutation, ElementsAre(0));
+  EXPECT_EQ(one.count, 0);
+}
+
+// The state of qubit 0 comes out on wire 2 of the given circuit; without the swaps it stays on 0.
+TEST(Optimize, TellsTheWireOfEachOutput) {
+  Circuit swaps;
+  for (const auto& [a, b] : {std::pair(0, 1), {1, 2}}) {
+    for (const bool back : {false, true, false}) {
+      swaps.push_back(back ? Gate::CNOT(b, a) : Gate::CNOT(a, b));
+    }
+  }
+  OptimizeOptions options;
+  options.outputs = Outputs::anywhere;
+  options.steps = 2000;
+  const OptimizeResult free = synthesis::optimize_circuit(3, swaps, options);
+  EXPECT_EQ(free.count, 0);
+  EXPECT_THAT(free.permutation, ElementsAre(1, 2, 0));
+}
+
+TEST(Optimize, ReadsGlobalGates) {
+  const Circuit given{Gate("XX", {2, 0, 1}, {pi / 2, 3.0}, false), Gate("RX", {0}, {0.3}, false),
+                      Gate("CZ", {0, 2}), Gate("XX", {1, 2}, {pi / 2, 2.0}, false)};
+  OptimizeOptions options;
+  options.steps = 500;
+  const OptimizeResult result = synthesis::optimize_circuit(3, given, options);
+  const support::Dense product =
+      support::unitary(given, 3).dagger() * support::unitary(result.gates, 3);
+  EXPECT_TRUE(product.near(support::Dense::identity(8) * product(0, 0)));
+  EXPECT_LT(result.count, result.before.two_qubit);
+  EXPECT_EQ(result.before.two_qubit, 5);
+}
+
+/// 10 qubits and some 10,000 gates, of which nothing is found to cancel by folding alone.
+Circuit long_circuit(std::mt19937& rng) {
+  Circuit circuit;
+  const auto any = [&rng](unsigned below) { return static_cast<int>(rng() % below); };
+  for (int k = 0; k < 10'000; ++k) {
+    const int a = any(10);
+    const int kind = any(4);
+    if (kind < 2) {
+      circuit.push_back(Gate::CNOT(a, (a + 1 + any(9)) % 10));
+    } else if (kind == 2) {
+      circuit.push_back(Gate::H(a));
+    } else {
+      circuit.emplace_back("RZ", std::vector{a}, std::vector<structures::Parameter>{pi / 4}, true);
+    }
+  }
+  return circuit;
+}
+
+TEST(Optimize, LongCircuitsDoNotDependOnTheNumberOfThreads) {
+  std::mt19937 rng(2);
+  const Circuit given = long_circuit(rng);
+  OptimizeOptions options;
+  options.steps = 60'000;
+  const OptimizeResult one = optimize_circuit(10, given, options);
+  EXPECT_EQ(fault(given, 10, options, one, rng), "");
+  EXPECT_LT(one.count, one.before.two_qubit - 100);
+  for (const int jobs : {2, 3}) {
+    options.jobs = jobs;
+    EXPECT_EQ(optimize_circuit(10, given, options).gates, one.gates) << jobs;
+  }
+  options.seed = 1;
+  EXPECT_NE(optimize_circuit(10, given, options).gates, one.gates);
+}
+
+// Numbers serve five rotations and five gates by three gates or fewer, but by more rotations.
+TEST(Optimize, ReplacesWindowsByNumbersUnlessAskedNotTo) {
+  std::mt19937 rng(3);
+  const auto rotation = [](char axis, int q, double angle) {
+    return Gate(std::string("R") + axis, {q}, {angle}, axis == 'Z');
+  };
+  const Gate cnot = Gate::CNOT(0, 1);
+  const Gate back = Gate::CNOT(1, 0);
+  const Circuit given{rotation('Z', 0, 0.3), cnot, rotation('X', 0, 1.3), back,
+                      rotation('Y', 0, 2.3), cnot, rotation('Y', 1, 3.3), back,
+                      rotation('Z', 0, 4.3), back};
+  for (const bool exact : {false, true}) {
+    for (const bool keep_rotations : {false, true}) {
+      OptimizeOptions options;
+      options.steps = 1000;
+      options.exact = exact;
+      options.keep_rotations = keep_rotations;
+      const OptimizeResult result = optimize_circuit(2, given, options);
+      EXPECT_EQ(fault(given, 2, options, result, rng), "");
+      EXPECT_EQ(result.count <= 3, !exact && !keep_rotations) << result.count;
+      EXPECT_EQ(result.after.rotations > 5, !exact && !keep_rotations) << result.after.rotations;
+    }
+  }
+}
+
+TEST(Optimize, RefusesWhatItCannotRead) {
+  const structures::Graph line = support::line(3);
+  const structures::Graph apart = support::graph(3, {{0, 1}});
+  const structures::Graph small = support::line(2);
+  const Gate cnot = Gate::CNOT(0, 1);
+  const Gate infinite("RZ", {0}, {INFINITY}, true);
+  const struct {
+    int n;
+    Circuit gates;
+    const structures::Graph* device;
+    const char* text;
+  } cases[] = {
+      {-1, {}, nullptr, "n: got -1, wanted at least 0"},
+      {3,
+       {cnot, Gate("SWAP", {0, 1})},
+       nullptr,
+       "gates: got SWAP [0 1 ] (gate 1), wanted Clifford"},
+      {3, {Gate("RZ", {0})}, nullptr, "gates: got RZ [0 ] (gate 0), wanted an angle"},
+      {3,
+       {Gate::CNOT(1, 1)},
+       nullptr,
+       "gates: got CNOT [1 1 ] (gate 0), wanted qubits that differ"},
+      {3, {Gate::H(3)}, nullptr, "gates: got H [3 ] (gate 0), wanted qubits below 3"},
+      {3, {Gate::H(-1)}, nullptr, "gates: got H [-1 ] (gate 0), wanted qubits below 3"},
+      {3, {Gate("H", {})}, nullptr, "gates: got H [] (gate 0), wanted gates on qubits"},
+      {3, {Gate("H", {0, 1})}, nullptr, "gates: got H [0 1 ] (gate 0), wanted a gate on 1 qubits"},
+      {3, {Gate("CNOT", {0})}, nullptr, "gates: got CNOT [0 ] (gate 0), wanted a gate on 2 qubits"},
+      {3, {infinite}, nullptr, "gates: got"},
+      {3,
+       {Gate("XX", {0, 1}, {0.3}, false)},
+       nullptr,
+       "gates: got XX [0 1 ]0.3  (gate 0), wanted an XX"},
+      {3,
+       {Gate("XX", {0, 1}, {{"a"}}, false)},
+       nullptr,
+       "gates: got XX [0 1 ]a  (gate 0), wanted an XX"},
+      {3, {Gate("XX", {0, 1}, {INFINITY}, false)}, nullptr, "gates: got XX"},
+      {3, {cnot}, &apart, "device"},
+      {3, {cnot}, &small, "device"},
+      {3,
+       {cnot, Gate::CNOT(0, 2)},
+       &line,
+       "gates: got one on qubits 0 and 2, wanted gates on edges of the device"},
+  };
+  for (const auto& [n, gates, device, text] : cases) {
+    OptimizeOptions options;
+    options.device = device;
+    try {
+      optimize_circuit(n, gates, options);
+      ADD_FAILURE() << text;
+    } catch (const std::invalid_argument& error) {
+      EXPECT_TRUE(std::string(error.what()).starts_with(text)) << error.what();
+    }
+  }
+  OptimizeOptions open;
+  open.outputs = Outputs::left_open;
+  EXPECT_THROW(optimize_circuit(1, {}, open), std::invalid_argument);
+}
+
+}  // namespace
