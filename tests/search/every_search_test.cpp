@@ -160,7 +160,7 @@ std::vector<Search> searches(const BitGraph& grid) {
                                         : search_alternating(folded, false, own, effort);
       return Outcome{found.size, Digest().add(written(found.circuit))};
     };
-    add(exact ? "circuit" : "circuit by numbers", 8000, circuits, closed);
+    add(all, exact ? "circuit" : "circuit by numbers", 8000, circuits, closed, &grid);
   }
   return all;
 }
