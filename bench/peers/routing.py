@@ -56,15 +56,21 @@ def inputs(quick: bool, folder: Path | None) -> Iterator[tuple[str, zb.Circuit]]
             yield file.stem, circuit
 
 
-def qiskit_on(source: QuantumCircuit, device: zb.Device, timed: Timer) -> Cost:
+def qiskit_routed(
+    source: QuantumCircuit, device: zb.Device, timed: Timer
+) -> tuple[QuantumCircuit, float]:
     """Level 3, to CX and gates on one qubit on the device's edges."""
     couplings = CouplingMap([pair for a, b in device.edges for pair in ((a, b), (b, a))])
-    found, seconds = timed(
+    return timed(
         lambda: transpile(
             source, coupling_map=couplings, basis_gates=["cx", "rz", "sx", "x"],
             optimization_level=3, seed_transpiler=1,
         )
     )  # fmt: skip
+
+
+def qiskit_on(source: QuantumCircuit, device: zb.Device, timed: Timer) -> Cost:
+    found, seconds = qiskit_routed(source, device, timed)
     pairs = [
         tuple(found.find_bit(qubit).index for qubit in gate.qubits)
         for gate in found.data

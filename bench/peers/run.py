@@ -2,6 +2,8 @@
 
     run.py                    every row
     run.py --quick            small sizes alone
+    run.py --only PART        one of the parts: linear, devices, phases, rotations, cliffords,
+                              routing, circuits, tableau
     run.py --circuits FOLDER  routes the OpenQASM 2 files there as well
 
 Times are processor time, the best of a few runs of the synthesis call alone, with its own
@@ -21,6 +23,7 @@ from functools import partial
 from pathlib import Path
 from statistics import mean
 
+import circuits
 import cliffords
 import numpy as np
 import pyzx
@@ -257,8 +260,25 @@ def main() -> int:
     parser = argparse.ArgumentParser(description="Side by side with other packages.")
     parser.add_argument("--quick", action="store_true", help="32 qubits at most")
     parser.add_argument("--circuits", type=Path, help="a folder of OpenQASM 2 files to route")
+    parts = {
+        "linear": linear,
+        "devices": devices,
+        "phases": phases,
+        "rotations": partial(rotations.main, timed),
+        "cliffords": partial(cliffords.main, timed),
+        "routing": lambda quick: routing.main(timed, quick, options.circuits),
+        "circuits": partial(circuits.main, timed),
+        "tableau": lambda quick: tableau(gates=1000 if quick else 100_000),
+    }
+    parser.add_argument("--only", choices=parts, help="one part")
     options = parser.parse_args()
-    quick = options.quick
+    for name, part in parts.items():
+        if options.only in (None, name):
+            part(options.quick)
+    return 0
+
+
+def linear(quick: bool) -> None:
     for title, sizes, (peer, theirs), (name, our) in COMPARISONS:
         print(f"\n{title}\n{_line(HEADS)}")
         for size in sizes:
@@ -268,14 +288,7 @@ def main() -> int:
             them = measured(peer, theirs, matrices)
             us = measured(name, our, matrices)
             _compare(str(size), peer, them, name, us)
-    devices(quick)
-    phases(quick)
-    rotations.main(timed, quick)
-    cliffords.main(timed, quick)
-    routing.main(timed, quick, options.circuits)
-    tableau(gates=1000 if quick else 100_000)
     print("\nCNOTs x, depth x: ours over theirs. speed-up: their time over ours.")
-    return 0
 
 
 def tableau(gates: int, n: int = 200) -> None:

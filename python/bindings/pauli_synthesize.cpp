@@ -1,3 +1,4 @@
+#include <optional>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -19,20 +20,21 @@ void bind_pauli_synthesize(nb::module_& m) {
   m.def(
       "_synthesize_pauli",
       [](const Letters& letters, const CommonOptions& common,
-         bool in_order) -> std::tuple<SynthesisResult, Operations, bool> {
+         bool in_order, std::optional<structures::OperatorTableau> tail) -> std::tuple<SynthesisResult, Operations, bool> {
         const PauliTable table = to_strings(letters);
         const auto qubits = static_cast<int>(letters.shape(1));
         // The angles stay in Python: a rotation comes back as its row and its sign.
         const std::vector<structures::Parameter> units(table.size(), 1.0);
         PauliOptions own;
         own.in_order = in_order;
+        own.tail = std::move(tail);
         PauliResult result = synthesized(common, own, [&](const PauliOptions& options) {
           return synthesis::synthesize_pauli(qubits, table, units, options);
         });
         Operations operations = to_operations(result.gates, result.rows);
         return {std::move(result), std::move(operations), result.in_order};
       },
-      "letters"_a, "options"_a, "in_order"_a);
+      "letters"_a, "options"_a, "in_order"_a, "tail"_a.none());
 }
 
 }  // namespace zelt::braidwerk::python

@@ -5,13 +5,14 @@ from __future__ import annotations
 from collections.abc import Iterable
 from dataclasses import dataclass, field
 from functools import cached_property
+from typing import Literal
 
 import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _pauli_check, _renamed, errors
 from zeltbraidwerk._observables import MovesObservables
-from zeltbraidwerk._results import Result, Tail, spread
+from zeltbraidwerk._results import Result, spread
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Parameter
@@ -23,7 +24,8 @@ class PauliSynthesis(MovesObservables):
 
     The circuit is the rotations followed by ``tail``, a Clifford operator; None where it was
     closed, which leaves the exchange of wires that ``permutation`` tells. ``tail_option`` is
-    "close" or "return", as it was asked for. ``order`` is "commuting" where the circuit is the
+    "close", "return" or "given", as it was asked for; ``given_tail`` is the operator then, whose
+    outputs ``permutation`` exchanges too. ``order`` is "commuting" where the circuit is the
     product of ``rotations`` in their order. ``identity_angle`` is the angle of all identity strings
     together, each a rotation exp(-i angle / 2).
     """
@@ -32,7 +34,8 @@ class PauliSynthesis(MovesObservables):
     rotations: tuple[tuple[str, Parameter], ...]
     identity_angle: Parameter
     order: str
-    tail_option: Tail
+    tail_option: Literal["close", "return", "given"]
+    given_tail: CliffordTableau | None = None
     _rotates: npt.NDArray[np.bool_] = field(compare=False)  # which gates are rotations
 
     global_angle = _renamed.Field("global_phase", lambda result: result.identity_angle)
@@ -72,17 +75,23 @@ class PauliSynthesis(MovesObservables):
         wanted = [(self._placed(letters), angle) for letters, angle in self.rotations]
         if not _pauli_check.same_rotations(found, wanted, self.order == "commuting"):
             return False
-        return self._on_edges() and (
-            self._is_closed(pulled) if self.tail is None else self._fits(pulled, self.tail)
-        )
+        if self.tail_option == "return":
+            return self._on_edges() and self._fits(pulled, self.clifford)
+        return self._on_edges() and self._is_closed(pulled)
 
     def _is_closed(self, pulled: _pauli_check.PulledBack) -> bool:
+        """What is left is the given tail, or nothing, with the outputs exchanged."""
         places = list(range(self.n))
+        wanted = {(letter, q): (False, "I" * q + letter + "I" * (self.n - q - 1))
+                  for q in range(self.n) for letter in "XZ"}  # fmt: skip
+        undone = None if self.given_tail is None else self.given_tail.inverse()
         for k, wire in enumerate(self.permutation):
             places[self.placement[k]] = self.placement[wire]
-        identity = _pauli_check.PulledBack(self.n)
+            for letter in "XZ" if undone is not None else ():
+                image = undone.conjugate("I" * k + letter + "I" * (undone.n - k - 1))
+                wanted[letter, self.placement[k]] = image[0] == "-", self._placed(image[1:])
         return all(
-            pulled.letter(letter, wire) == identity.letter(letter, q)
+            pulled.letter(letter, wire) == wanted[letter, q]
             for q, wire in enumerate(places)
             for letter in "XZ"
         )
@@ -100,7 +109,9 @@ class PauliSynthesis(MovesObservables):
 
     def _about(self) -> Iterable[str]:
         yield f"{len(self.rotations)} rotations"
-        yield "tail closed" if self.tail is None else "tail returned"
+        yield {"close": "tail closed", "return": "tail returned", "given": "tail made"}[
+            self.tail_option
+        ]
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)

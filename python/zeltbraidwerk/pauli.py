@@ -23,6 +23,7 @@ from zeltbraidwerk._observables import Readout
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._pauli_results import CoDiagonalization, PauliSynthesis
 from zeltbraidwerk._results import Objective, Permutation, Tail
+from zeltbraidwerk._tableau import CliffordTableau
 
 __all__ = [
     "CoDiagonalization", "PauliSynthesis", "Readout", "codiagonalize", "methods", "partition",
@@ -58,7 +59,7 @@ def synthesize(
     method: str = "auto",
     order: Order = "commuting",
     repeated: Repeated = "refuse",
-    tail: Tail = "close",
+    tail: Tail | CliffordTableau = "close",
     device: Any = None,
     permutation: Permutation = "exact",
     objective: Objective = "count",
@@ -119,7 +120,8 @@ def synthesize(
 
     **Tail.** A Clifford operator follows the rotations. ``tail="close"``, the default, undoes it;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
-    ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.tail``, and
+    A :class:`~zeltbraidwerk.CliffordTableau` as ``tail`` is made instead: the circuit is the
+    rotations followed by that operator. ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.tail``, and
     ``result.absorb`` and ``result.readout`` change the measurement accordingly.
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
@@ -142,12 +144,18 @@ def synthesize(
     )  # fmt: skip
     _validate.choice(order, "order", ("commuting", "free"))
     _validate.choice(repeated, "repeated", ("refuse", "merge"))
-    _validate.choice(tail, "tail", ("close", "return"))
+    target = tail if isinstance(tail, CliffordTableau) else None
+    option: Literal["close", "return", "given"] = "given"
+    if not isinstance(tail, CliffordTableau):
+        _validate.choice(tail, "tail", ("close", "return"))
+        option = tail
     if repeated == "merge" and order == "commuting":
         raise errors.OptionError("repeated: got 'merge', wanted 'refuse' where the order is kept")
-    if not call.exact and (tail == "return" or call.device is not None):
+    if not call.exact and (option == "return" or call.device is not None):
         raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
     given = _rotations.read(rotations, n, order, repeated)
+    if target is not None and target.n != given.n:
+        raise errors.ShapeError(f"tail: got {target.n} qubits, wanted {given.n}")
     call.place(given.n)
 
     def result(found: Found, operations: npt.NDArray[np.int32], in_order: bool) -> PauliSynthesis:
@@ -158,14 +166,16 @@ def synthesize(
             rotations=tuple(zip(given.strings, given.angles, strict=True)),
             identity_angle=given.identity_angle,
             order="commuting" if in_order else "free",
-            tail_option=tail,
+            tail_option=option,
+            given_tail=target,
             _rotates=_validate.frozen(operations[:, 3] >= 0),
         )  # fmt: skip
 
     return call.run(
         _core._synthesize_pauli, result, given.letters(),
-        outputs=_core._Outputs.left_open if tail == "return" else None,
+        outputs=_core._Outputs.left_open if option == "return" else None,
         in_order=order == "commuting",
+        tail=None if target is None else target._core,
     )  # fmt: skip
 
 

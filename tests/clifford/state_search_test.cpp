@@ -78,7 +78,7 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
   return strings;
 }
 
-StateResult searched(const std::vector<SignedString>& strings, std::uint64_t steps,
+PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t steps,
                      const Task& task = {}) {
   Effort effort;
   effort.steps = steps;

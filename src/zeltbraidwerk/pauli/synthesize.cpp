@@ -6,7 +6,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/internal/methods.h"
+#include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
@@ -41,6 +43,7 @@ class PauliCall {
   PauliCall(PauliFrame rows, const PauliOptions& options)
       : table_(std::move(rows)), options_(options), control_(options.budget) {
     check();
+    if (options.tail) target_ = target_of(images_under(*options.tail));
     if (options.device == nullptr) return;
     edges_.emplace(*options.device);
     require_connected(*edges_, table_.frame.qubits());
@@ -74,6 +77,14 @@ class PauliCall {
     std::erase(known, "ladder");  // each of its runs would be the same
     check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}},
                                        {"restarts", options_.restarts.has_value(), known}});
+    if (options_.tail && options_.tail->nbqbits != table_.frame.qubits()) {
+      throw std::invalid_argument("tail: got an operator on " +
+                                  std::to_string(options_.tail->nbqbits) + " qubits, wanted " +
+                                  std::to_string(table_.frame.qubits()));
+    }
+    if (options_.tail && options_.outputs == Outputs::left_open) {
+      throw std::invalid_argument("tail: got one, and outputs: got left_open");
+    }
     if (options_.outputs == Outputs::within_reach) {
       throw std::invalid_argument(
           "outputs: got within_reach, wanted in_place, anywhere or left_open");
@@ -114,7 +125,7 @@ class PauliCall {
     const PauliRuns made{
         *pauli_method(name),         table_,           in_order,
         options_.objective,          options_.outputs, device_ ? &*device_ : nullptr,
-        edges_ ? &*edges_ : nullptr, options_.seed};
+        edges_ ? &*edges_ : nullptr, options_.seed,    target_ ? &*target_ : nullptr};
     return {.method = name, .runs = runs, .make = [this, made](int run) {
               return sized(made.make(run));
             }};
@@ -136,11 +147,12 @@ class PauliCall {
                   task.seed = options_.seed;
                   task.stream = static_cast<std::uint64_t>(run);
                   task.in_order = options_.in_order;
+                  task.target = target_ ? &*target_ : nullptr;
                   PlacedCircuit found =
                       search_network({table_.frame, table_.labels}, task, control_.effort(steps));
                   return sized({std::move(found.gates), std::move(found.wires), options_.in_order});
                 },
-            .proves = true};
+            .proves = !target_};
   }
 
   std::optional<MadeCircuit> sized(PauliNetwork network) const {
@@ -153,6 +165,7 @@ class PauliCall {
   RunControl control_;
   std::optional<BitGraph> edges_;
   std::optional<structures::Graph> device_;
+  std::optional<CliffordTarget> target_;
 };
 
 }  // namespace

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "zeltbraidwerk/export.h"
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/operator_tableau.h"
 #include "zeltbraidwerk/pauli/pauli_table.h"
 #include "zeltbraidwerk/search/synthesis_options.h"
 
@@ -16,6 +18,9 @@ struct PauliOptions : SynthesisOptions {
   /// Only rotations that commute change places, so that the product stays the same. Else all may,
   /// as in a Trotter step.
   bool in_order = true;
+  /// The Clifford operator that is to follow the rotations, in the place of none. Outputs are not
+  /// left open then.
+  std::optional<structures::OperatorTableau> tail;
 };
 
 struct PauliResult : SynthesisResult {

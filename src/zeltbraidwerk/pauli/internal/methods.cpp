@@ -142,16 +142,19 @@ Rotations PauliRuns::arranged(Rotations rotations, int run, const Draw& draw) co
   return result;
 }
 
-/// Undoes the Clifford gates by a short search for one circuit of them all, or one by one where
+/// Undoes the Clifford gates, and appends the target, by a short search for one circuit of them all, or one by one where
 /// that is no longer.
 void PauliRuns::close(PauliNetwork& network, int run) const {
   network.wires = internal::in_order(qubits());
-  if (outputs == Outputs::left_open || method.closes) return;
+  if (outputs == Outputs::left_open || (method.closes && target == nullptr)) return;
   std::vector<structures::Gate> undoing;
   for (const structures::Gate& gate : network.gates) {
-    if (labelled_row(gate).row < 0) undoing.push_back(gate);
+    if (labelled_row(gate).row < 0 && !method.closes) undoing.push_back(gate);
   }
   undoing = inverted(undoing);
+  if (target != nullptr) {
+    undoing.insert(undoing.end(), target->gates.begin(), target->gates.end());
+  }
   PauliFrame images = identity_images(qubits());
   for (const structures::Gate& gate : undoing) images.apply(gate);
 
@@ -163,7 +166,8 @@ void PauliRuns::close(PauliNetwork& network, int run) const {
   Effort effort;
   effort.steps = closing_steps;
   PlacedCircuit closing = search_clifford(images, task, effort);
-  if (closing.size.count < size_of(undoing, qubits()).count) {
+  const bool is_off_edges = device != nullptr && target != nullptr;
+  if (is_off_edges || closing.size.count < size_of(undoing, qubits()).count) {
     undoing = std::move(closing.gates);
     network.wires = std::move(closing.wires);
   }

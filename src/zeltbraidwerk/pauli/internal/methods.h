@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/graphs/graph.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/pauli/internal/rotations.h"
+#include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
@@ -60,6 +61,7 @@ struct PauliRuns {
   const structures::Graph* device;  ///< with its shortest paths; null: any two qubits may meet
   const BitGraph* edges;            ///< of the device
   std::uint64_t seed;
+  const CliffordTarget* target = nullptr;  ///< to follow the rotations, in the place of none
 
   PauliNetwork make(int run) const;
 

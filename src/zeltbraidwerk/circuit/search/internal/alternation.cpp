@@ -65,8 +65,7 @@ class Alternation : public SearchBase<StagedCircuit> {
       : SearchBase(task, effort, Ties::latest),
         given_(given(circuit)),
         keep_rotations_(keep_rotations),
-        circuit_task_(task),
-        exact_(task.objective, Ties::latest) {}
+        circuit_task_(task) {}
 
   Schedule schedule() const {
     const std::size_t least = tuning.alternation_steps * given_.circuit.steps.size();
@@ -76,34 +75,24 @@ class Alternation : public SearchBase<StagedCircuit> {
 
   void first() {
     offer(given_, Origin::certain);
-    exact_.offer(given_, given_.size);
     offer(after_windows(given_, keep_rotations_), Origin::certain);
   }
   bool finished() const { return incumbent().size().count == 0; }
 
-  /// From the best of all, and from the best without numbers.
+  /// From the best circuit so far.
   void round(const Round& round) {
-    const StagedCircuit best = incumbent().circuit();
-    search_from(best, round.steps / 2);
-    const StagedCircuit found = search_from(exact_.circuit(), round.steps / 2);
-    exact_.offer(found, found.size);
-    meter_.step();
-  }
-
- private:
-  StagedCircuit search_from(const StagedCircuit& from, std::uint64_t steps) {
-    if (meter_.ended()) return from;
     CircuitTask task = circuit_task_;
     task.seed = rng_.next();
     Effort effort;
     effort.control = meter_.control();
-    effort.steps = std::min(steps, meter_.left());
-    StagedCircuit found = after_search(from, task, effort);
-    meter_.charge(effort.steps);
+    effort.steps = std::min(round.steps, meter_.left());
+    const StagedCircuit found = after_search(incumbent().circuit(), task, effort);
+    meter_.charge(effort.steps + 1);
     offer(found, task_.by_depth() ? Origin::lowering_depth : Origin::lowering_count);
     if (!meter_.ended()) offer(after_windows(found, keep_rotations_), Origin::derived);
-    return found;
   }
+
+ private:
   void offer(const StagedCircuit& circuit, Origin origin) {
     incumbent_.offer(circuit, circuit.size, origin);
   }
@@ -111,7 +100,6 @@ class Alternation : public SearchBase<StagedCircuit> {
   const StagedCircuit given_;
   bool keep_rotations_;
   const CircuitTask& circuit_task_;
-  Smallest<StagedCircuit> exact_;
 };
 
 }  // namespace
@@ -125,9 +113,17 @@ bool has_generic_rotations(const StepCircuit& circuit) {
 
 StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations,
                                  const CircuitTask& task, const Effort& effort) {
-  Alternation search(circuit, keep_rotations, task, effort);
+  Effort half = effort;
+  half.steps = effort.steps / 2;
+  const auto now = Control::Clock::now();
+  if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
+  StagedCircuit exact = search_exactly(circuit, task, half);
+  Effort rest = effort;
+  rest.steps = effort.steps - half.steps;
+  Alternation search(circuit, keep_rotations, task, rest);
   run_search(search);
-  return search.incumbent().circuit();
+  const StagedCircuit& found = search.incumbent().circuit();
+  return found.size.key(task.objective) < exact.size.key(task.objective) ? found : exact;
 }
 
 StagedCircuit search_exactly(const StepCircuit& circuit, const CircuitTask& task,

@@ -29,8 +29,8 @@ struct StagedCircuit {
 /// circuits of such rotations.
 bool has_generic_rotations(const StepCircuit& circuit);
 
-/// Searches exactly and replaces windows on two wires by circuits of the fewest CNOTs for their
-/// operators, in turns, from the best circuit so far and from the best of exact searches alone.
+/// The better of an exact search, and of one that searches exactly and replaces windows on two
+/// wires by circuits of the fewest CNOTs for their operators in turns: each for half the effort.
 /// With `keep_rotations`, windows never have more rotations than before.
 StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations,
                                  const CircuitTask& task, const Effort& effort);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_emission.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 
@@ -59,16 +60,10 @@ PauliFrame strings_of(int qubits, const std::vector<Step>& steps) {
   return rows;
 }
 
-CliffordTarget target_of(int qubits, const std::vector<Step>& steps) {
-  CliffordTarget target{identity_images(qubits), {}};
+PauliFrame images_of(int qubits, const std::vector<Step>& steps) {
   PauliFrame images = identity_images(qubits);
   for (const Step& step : steps) apply(images, step);
-  // What undoes the operator is a circuit of its inverse.
-  Elimination undoing = eliminate_clifford(std::move(images), true);
-  undoing.close();
-  for (const structures::Gate& gate : undoing.gates) target.preimages.apply(gate);
-  target.gates = inverted(undoing.gates);
-  return target;
+  return images;
 }
 
 class StepWriter {
@@ -131,7 +126,7 @@ std::vector<NetworkEvent> events_of(int qubits, const std::vector<Step>& steps) 
 }
 
 CircuitProblem problem_of(int qubits, const std::vector<Step>& steps) {
-  return {strings_of(qubits, steps), target_of(qubits, steps),
+  return {strings_of(qubits, steps), target_of(images_of(qubits, steps)),
           network_of(events_of(qubits, steps), in_order(qubits), true)};
 }
 

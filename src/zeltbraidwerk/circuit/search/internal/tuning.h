@@ -25,6 +25,6 @@ struct CircuitTuning {
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;
 };
-inline CircuitTuning circuit_tuning;
+inline constexpr CircuitTuning circuit_tuning;
 
 }  // namespace zelt::braidwerk::internal

@@ -44,24 +44,21 @@ std::vector<PlaceGate> fused(const std::vector<PlaceGate>& block) {
 
 }  // namespace
 
+std::optional<TwoWireCircuit> fused_block(const std::vector<PlaceGate>& block) {
+  std::vector<PlaceGate> runs = fused(block);
+  if (!counts_of(runs).better_than(counts_of(block))) return std::nullopt;
+  const auto phase = relative_phase(matrix_of(runs), matrix_of(block), most_error);
+  if (!phase) return std::nullopt;
+  return TwoWireCircuit{std::move(runs), *phase};
+}
+
 std::optional<TwoWireCircuit> better_block(const std::vector<PlaceGate>& block,
                                            bool keep_rotations) {
   const GateCounts given = counts_of(block);
-  if (given.two_wire == 0 && given.one_wire < 2 && given.rotations == given.one_wire) {
-    return std::nullopt;
-  }
-  const Eigen::Matrix4cd wanted = matrix_of(block);
-  std::optional<TwoWireCircuit> best;
-  GateCounts fewest = given;
-  std::vector<PlaceGate> runs = fused(block);
-  if (counts_of(runs).better_than(fewest)) {
-    if (const auto phase = relative_phase(matrix_of(runs), wanted, most_error)) {
-      fewest = counts_of(runs);
-      best = TwoWireCircuit{std::move(runs), *phase};
-    }
-  }
+  std::optional<TwoWireCircuit> best = fused_block(block);
   if (given.two_wire == 0) return best;
-  std::optional<TwoWireCircuit> made = two_wire_circuit(wanted, fewest);
+  const GateCounts fewest = best ? counts_of(best->gates) : given;
+  std::optional<TwoWireCircuit> made = two_wire_circuit(matrix_of(block), fewest);
   if (!made || (keep_rotations && counts_of(made->gates).rotations > given.rotations)) return best;
   return made;
 }

@@ -7,6 +7,10 @@
 
 namespace zelt::braidwerk::internal {
 
+/// The same two-wire gates with the one-wire gates between them put together, if that makes them
+/// fewer, or nothing.
+std::optional<TwoWireCircuit> fused_block(const std::vector<PlaceGate>& block);
+
 /// A better circuit for gates on two places, in time order, or nothing where there is none: fewer
 /// two-wire gates (and, with `keep_rotations`, no more rotations); or as many of them, no more
 /// rotations and no more one-wire gates, but fewer of either. The operator stays to most_error,

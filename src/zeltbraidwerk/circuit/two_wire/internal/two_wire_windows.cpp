@@ -13,13 +13,16 @@ namespace {
 using structures::Gate;
 constexpr int no_wire = -1;
 constexpr int most_passed = 32;  // items on a wire that a gate may pass; keeps the time linear
+constexpr int most_above = 8;    // blocks above each other that dissolve from the top down
 constexpr unsigned all_axes = 7;
 
 /// What stands on one or two wires: gates to be replaced together, or one gate that stays.
 struct Item {
   std::array<int, 2> wires{no_wire, no_wire};
-  bool fixed = false;    ///< a gate that is left alone, on any number of wires
-  bool settled = false;  ///< nothing was added since it was last replaced or left
+  bool fixed = false;     ///< a gate that is left alone, on any number of wires
+  bool fused = false;     ///< no gate was added since fuse() put its one-wire gates together
+  bool examined = false;  ///< no gate was added since dissolve() left it as it is
+  bool settled = false;   ///< nor since settle() replaced or left it
   bool gone = false;
   int two_wire = 0;
   std::vector<std::size_t> gates;  ///< numbers, in time order
@@ -101,7 +104,7 @@ class Pass {
     const Gate& gate = gates_[number];
     const auto index = static_cast<int>(items_.size());
     Item& fixed = items_.emplace_back();
-    fixed.fixed = fixed.settled = true;
+    fixed.fixed = true;
     fixed.gates = {number};
     fixed.wires[0] = gate.qbits.empty() ? no_wire : gate.qbits[0];
     fixed.axes = {0, 0};
@@ -133,7 +136,7 @@ class Pass {
         append(index, number, gate);
         return;
       }
-      if (!settle_block(last(a)) && !settle_block(last(b))) break;
+      if (!fuse(last(a)) && !fuse(last(b)) && !dissolve(last(a)) && !dissolve(last(b))) break;
     }
     const auto index = static_cast<int>(items_.size());
     items_.emplace_back().wires = {std::min(a, b), std::max(a, b)};
@@ -174,7 +177,7 @@ class Pass {
   void append(int index, std::size_t number, const PlaceGate& gate) {
     Item& to = item(index);
     to.gates.push_back(number);
-    to.settled = false;
+    to.fused = to.examined = to.settled = false;
     to.two_wire += gate.two_wire() ? 1 : 0;
     const std::vector<int>& wires = gates_[number].qbits;
     for (std::size_t k = 0; k < wires.size(); ++k) {
@@ -182,21 +185,51 @@ class Pass {
     }
   }
 
-  bool settle_block(int index) {
-    return index >= 0 && item(index).wires[1] != no_wire && settle(index);
+  /// Puts the one-wire gates of a block together, which may let more gates pass. Returns whether
+  /// there are fewer now.
+  bool fuse(int index) {
+    if (index < 0 || item(index).fused || item(index).gone || item(index).two_wire == 0)
+      return false;
+    const bool changed = replace(index, fused_block(block_of(index)));
+    item(index).fused = true;
+    return changed;
   }
 
-  /// Replaces the gates of an item by better ones. Returns whether the item dissolved, which
-  /// happens where it is the last on both wires.
-  bool settle(int index) {
-    if (index < 0 || item(index).settled || item(index).gone) return false;
-    item(index).settled = true;
-    const bool had_two_wire = item(index).two_wire > 0;
-    replace(index);
-    const auto [a, b] = item(index).wires;
-    if (!had_two_wire || item(index).two_wire > 0 || last(a) != index || last(b) != index) {
+  /// Takes a block apart that needs no two-wire gates. While gates come in, other blocks stay as
+  /// they are, since the gates of a replacement let fewer others pass.
+  /// Those above it on its wires go first. Returns whether any did.
+  bool dissolve(int index, int depth = most_above) {
+    if (index < 0 || depth == 0 || item(index).examined || item(index).gone ||
+        item(index).two_wire < 2) {
       return false;
     }
+    const auto [a, b] = item(index).wires;
+    bool changed = false;
+    for (const int wire : {a, b}) {
+      while (last(wire) != index && dissolve(last(wire), depth - 1)) changed = true;
+    }
+    if (last(a) != index || last(b) != index) return changed;
+    item(index).examined = true;
+    const std::vector<PlaceGate> block = block_of(index);
+    if (cnots_needed(matrix_of(block)) > 0) return changed;
+    replace(index, better_block(block, options_.keep_rotations));
+    return take_apart(index) || changed;
+  }
+
+  /// Replaces the gates of an item by better ones.
+  void settle(int index) {
+    if (item(index).settled || item(index).gone || item(index).fixed) return;
+    const bool had_two_wire = item(index).two_wire > 0;
+    replace(index, better_block(block_of(index), options_.keep_rotations));
+    item(index).settled = true;
+    if (had_two_wire) take_apart(index);
+  }
+
+  /// Hands one-wire gates over to the items before, if no two-wire gate is left and the block is
+  /// the last on both wires.
+  bool take_apart(int index) {
+    const auto [a, b] = item(index).wires;
+    if (item(index).two_wire > 0 || last(a) != index || last(b) != index) return false;
     item(index).gone = true;
     for (const int wire : {a, b}) stack(wire).pop_back();
     for (const std::size_t number : std::vector(item(index).gates)) {
@@ -205,16 +238,20 @@ class Pass {
     return true;
   }
 
-  void replace(int index) {
-    const std::array<int, 2> wires = item(index).wires;
+  /// The gates of an item on its places.
+  std::vector<PlaceGate> block_of(int index) {
     std::vector<PlaceGate> block;
     for (const std::size_t number : item(index).gates) {
       PlaceGate gate = gates_.placed(number);
       gate.place = static_cast<std::uint8_t>(item(index).place(gates_[number].qbits[0]));
       block.push_back(gate);
     }
-    std::optional<TwoWireCircuit> better = better_block(block, options_.keep_rotations);
-    if (!better) return;
+    return block;
+  }
+
+  bool replace(int index, const std::optional<TwoWireCircuit>& better) {
+    if (!better) return false;
+    const std::array<int, 2> wires = item(index).wires;
     WindowStep& step = result_.log.emplace_back();
     step.wires = wires;
     step.before = std::move(item(index).gates);
@@ -228,7 +265,7 @@ class Pass {
       gates_.add(step.after.back());
       append(index, gates_.size() - 1, gates_.placed(gates_.size() - 1));
     }
-    item(index).settled = true;
+    return true;
   }
 
   void log_move(int index, std::size_t number) {

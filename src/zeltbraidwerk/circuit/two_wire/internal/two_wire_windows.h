@@ -49,7 +49,7 @@ struct WindowResult {
 ///
 /// CNOT, CZ, CSIGN, H, S, D-S, X, Y, Z, I, and RX, RY, RZ, PH with a number are worked on; all
 /// others keep their places and part what is before them on their wires from what is after. A
-/// second call changes nothing. Linear time.
+/// second call changes nothing. A pass takes linear time, and few are needed.
 WindowResult two_wire_windows(const std::vector<structures::Gate>& circuit,
                               const WindowOptions& options);
 

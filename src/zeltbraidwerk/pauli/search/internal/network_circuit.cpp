@@ -60,6 +60,16 @@ std::vector<structures::Gate> circuit_of(const Network& network, const Rotations
   return std::move(writer.circuit);
 }
 
+CliffordTarget target_of(PauliFrame images) {
+  CliffordTarget target{identity_images(images.qubits()), {}};
+  // What undoes the operator is a circuit of its inverse.
+  Elimination undoing = eliminate_clifford(std::move(images), true);
+  undoing.close();
+  for (const structures::Gate& gate : undoing.gates) target.preimages.apply(gate);
+  target.gates = inverted(undoing.gates);
+  return target;
+}
+
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits) {
   WireLabels labels(qubits);
   std::vector<Gate> gates;

@@ -16,6 +16,9 @@ namespace zelt::braidwerk::internal {
 std::vector<structures::Gate> circuit_of(const Network& network, const Rotations& rotations,
                                          const NetworkTask& task, bool closes);
 
+/// The operator with these images of X, then Z, on all qubits.
+CliffordTarget target_of(PauliFrame images);
+
 /// The gates on two qubits of a Clifford circuit, which holds CNOT alone of these.
 std::vector<Gate> labelled(const std::vector<structures::Gate>& circuit, int qubits);
 
