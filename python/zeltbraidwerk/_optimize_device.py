@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterator, Mapping
 from dataclasses import dataclass, replace
-from itertools import islice, zip_longest
+from itertools import islice
 from typing import Any
 
 import numpy as np
@@ -50,7 +50,7 @@ class OnDevice:
             candidates = self._by_rotations(given)
         best = min(candidates, key=lambda found: self._size(found[0]))
         final = self._optimized_wide(best[0].circuit, 0.5)
-        stages = zip_longest(best[0]._stages, final._stages, fillvalue=())
+        stages = zip(best[0]._stages, final._stages, strict=True)
         final = replace(final, _stages=tuple(before + after for before, after in stages))
         size = min((final, best[0]), key=self._size)
         return self._placed(size, best[1])
@@ -170,7 +170,10 @@ class OnDevice:
         return self._on_wires(Assembly(self._with_share(share), wide, options).run())
 
     def _optimized_wide(self, circuit: Circuit, share: float) -> Optimization:
-        return self._optimized(circuit, tuple(range(self._device().n)), share)
+        """Of a circuit on the edges, which ends with the ending of the source."""
+        ending = len(self.source.split_ending()[1].operations)
+        call = self._with_share(share)
+        return self._on_wires(Assembly(call, circuit, self.options, ending).run())
 
     def _on_wires(self, found: Optimization) -> Optimization:
         """The circuit on wires again."""

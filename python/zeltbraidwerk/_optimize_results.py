@@ -117,16 +117,14 @@ class Optimization(Result):
         by numbers are compared by their matrices, and the circuits between such replacements by
         normal forms."""
         source, ending = placed(self.source, self.placement, self.n).split_ending()
-        # By number: where gates vanished, more of the circuit than that could count as its ending.
-        operations = self.circuit.operations
-        end = max(len(operations) - len(ending.operations), 0)
+        circuit, found_ending = split_last(self.circuit, len(ending.operations))
         wires = self._wires()
         pieces, between = pieces_of(source)
-        found, found_between = pieces_of(Circuit._trusted(self.n, operations[:end]))
+        found, found_between = pieces_of(circuit)
         last = len(pieces) - 1
         return (
             between == found_between
-            and ending.placed(wires, self.n).operations == operations[end:]
+            and ending.placed(wires, self.n).operations == found_ending.operations
             and all(
                 self._same(k, piece, made, wires if k == last else list(range(self.n)))
                 for k, (piece, made) in enumerate(zip(pieces, found, strict=True))
@@ -164,6 +162,15 @@ class Optimization(Result):
         yield f"{self.after.rotations} rotations"
         if self.after.t:
             yield f"{self.after.t} T gates"
+
+
+def split_last(circuit: Circuit, count: int) -> tuple[Circuit, Circuit]:
+    """The circuit without its last operations, and these: the ending of an optimised circuit. More
+    operations could count as its ending where the gates after them have vanished."""
+    end = max(len(circuit.operations) - count, 0)
+    parts = circuit.operations[:end], circuit.operations[end:]
+    first, ending = (Circuit._trusted(circuit.n, part, circuit.classical) for part in parts)
+    return first, ending
 
 
 def pieces_of(circuit: Circuit) -> tuple[list[Circuit], list[Operation]]:
