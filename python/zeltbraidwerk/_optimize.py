@@ -79,8 +79,9 @@ def optimize(
     _validate.choice(objective, "objective", ("count", "depth", "t"))
     _validate.choice(router, "router", ("own", "qiskit"))
     _validate.flag(exact, "exact")
+    by = "count" if objective == "t" else objective
     call = _FAMILY.call(
-        device=device, objective="count" if objective == "t" else objective, permutation=permutation, seed=seed,
+        device=device, objective=by, permutation=permutation, seed=seed,
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)

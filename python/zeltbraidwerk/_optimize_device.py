@@ -111,9 +111,7 @@ class OnDevice:
 
     @staticmethod
     def _with_ending(gates: Circuit, ending: Circuit) -> Circuit:
-        return Circuit._trusted(
-            gates.n, gates.operations + ending.operations, ending.classical
-        )
+        return Circuit._trusted(gates.n, gates.operations + ending.operations, ending.classical)
 
     # --- parts ------------------------------------------------------------------------------------
 

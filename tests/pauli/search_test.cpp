@@ -248,9 +248,11 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
 
 /// The gates of a network, rotation r by angle 0.1 + r.
 struct Writer {
+  static constexpr bool allows_cz = false;
   std::vector<structures::Gate> gates;
 
   void cnot(int control, int target) { gates.push_back(structures::Gate::CNOT(control, target)); }
+  void cz(int a, int b) { gates.push_back(structures::Gate::CZ(a, b)); }
   void change(int label, int q) {
     using structures::Gate;
     gates.push_back(label == label_y ? Gate::H(q) : label == label_x ? Gate::RXP(q) : Gate::S(q));

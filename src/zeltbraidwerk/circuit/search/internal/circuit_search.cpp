@@ -121,8 +121,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     const int place = walks_ % tuning.walks_of_chain;
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const Network& start =
-          walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
+      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest() : chain_.circuit();
