@@ -199,13 +199,14 @@ Problem draw_graph_state(int n, support::Rng& rng) {
   };
 }
 
-/// With rotations, generic ones as well, where a state vector can tell; of Clifford gates where not.
+/// With rotations, generic ones as well, where a state vector can tell; of Clifford gates where
+/// not.
 Problem draw_circuit(int n, support::Rng& rng) {
   const bool small = n < 8;
-  std::vector<Gate> given = n == 0 ? std::vector<Gate>{}
-                            : small
-                                ? support::random_circuit(n, 8 * n, support::AngleKind::numeric, rng)
-                                : support::random_clifford(n, 4 * n, rng);
+  std::vector<Gate> given =
+      n == 0  ? std::vector<Gate>{}
+      : small ? support::random_circuit(n, 8 * n, support::AngleKind::numeric, rng)
+              : support::random_clifford(n, 4 * n, rng);
   for (int q = 0; q < n && small; ++q) given.push_back({"RY", {q}, {0.3 + q}, false});
   return [=](const SynthesisOptions& options) {
     auto own = with_own<synthesis::OptimizeOptions>(options);
