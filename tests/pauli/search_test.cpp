@@ -248,8 +248,10 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
 
 /// The gates of a network, rotation r by angle 0.1 + r.
 struct Writer {
+  bool allows_cz = false;
   std::vector<structures::Gate> gates;
 
+  void cz(int a, int b) { gates.push_back(structures::Gate::CZ(a, b)); }
   void cnot(int control, int target) { gates.push_back(structures::Gate::CNOT(control, target)); }
   void change(int label, int q) {
     using structures::Gate;
@@ -316,7 +318,7 @@ TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
     std::optional<Network> given;
     for (const std::uint64_t effort : {0, 500}) {
       const Network network = search_events(rotations, task, steps(effort));
-      Writer writer;
+      Writer writer{instance % 4 == 0, {}};
       NetworkEmission(rotations.frame, writer).run(network.events);
       const support::Dense left = support::unitary(writer.gates, n) * wanted.dagger();
       EXPECT_TRUE(is_local(left, network.wires)) << instance << ", " << effort;
