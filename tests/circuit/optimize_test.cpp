@@ -152,7 +152,7 @@ TEST(Optimize, GivesASmallerCircuitOfTheSameOperator) {
     taken_out += result.before.two_qubit - result.count;
     for (const auto& stage : result.stages) by_numbers += stage.steps.empty() ? 0 : 1;
   }
-  EXPECT_GT(taken_out, 300);
+  EXPECT_GT(taken_out, 200);
   EXPECT_GT(by_numbers, 10);
 }
 

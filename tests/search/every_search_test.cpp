@@ -98,6 +98,27 @@ Run run_rotations(const support::PauliRows& rows, int n, bool in_order) {
   };
 }
 
+/// Of rotations by any angle and Clifford gates, those on two qubits on edges.
+StepCircuit circuit_on(const BitGraph& device, support::Rng& rng) {
+  const int n = device.size();
+  auto gates = support::random_circuit(n, 250, support::AngleKind::mixed, rng);
+  std::erase_if(gates, [&](const structures::Gate& gate) {
+    return gate.qbits.size() == 2 && !device.joined(gate.qbits[0], gate.qbits[1]);
+  });
+  StepCircuit circuit = read_steps(n, gates);
+  fold(circuit);
+  return circuit;
+}
+
+Run run_circuit(const StepCircuit& circuit, bool exact) {
+  return [=](const Task& task, const Effort& effort) {
+    const CircuitTask own{task, 1};
+    const StagedCircuit found = exact ? search_exactly(circuit, own, effort)
+                                      : search_alternating(circuit, false, own, effort);
+    return Outcome{found.size, Digest().add(written(found.circuit))};
+  };
+}
+
 /// A search of one problem, and how many steps to try it with.
 struct Search {
   std::string name;
@@ -147,21 +168,9 @@ std::vector<Search> searches(const BitGraph& grid) {
           rows == 30 ? 5000 : 10'000, run, open, rows == 30 ? &grid : nullptr);
     }
   }
-  auto gates = support::random_circuit(9, 250, support::AngleKind::mixed, rng);
-  std::erase_if(gates, [&](const structures::Gate& gate) {
-    return gate.qbits.size() == 2 && !grid.joined(gate.qbits[0], gate.qbits[1]);
-  });
-  StepCircuit folded = read_steps(9, gates);
-  fold(folded);
-  for (const bool exact : {true, false}) {
-    const auto circuits = [folded, exact](const Task& task, const Effort& effort) {
-      const CircuitTask own{task, 1};
-      const StagedCircuit found = exact ? search_exactly(folded, own, effort)
-                                        : search_alternating(folded, false, own, effort);
-      return Outcome{found.size, Digest().add(written(found.circuit))};
-    };
-    add(all, exact ? "circuit" : "circuit by numbers", 8000, circuits, closed, &grid);
-  }
+  const StepCircuit circuit = circuit_on(grid, rng);
+  add(all, "circuit", 8000, run_circuit(circuit, true), closed, &grid);
+  add(all, "circuit by numbers", 8000, run_circuit(circuit, false), closed, &grid);
   return all;
 }
 
