@@ -9,6 +9,7 @@
 
 #include "module.h"
 #include "synthesize.h"
+#include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/optimize.h"
 
 namespace zelt::braidwerk::python {
@@ -62,6 +63,17 @@ void bind_circuit_optimize(nb::module_& m) {
         return {std::move(result), std::move(found), rounding, std::move(stages)};
       },
       "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
+  m.def(
+      "_fold_circuit",
+      [](int n, const Gates& gates) {
+        for (const structures::Gate& gate : gates) check_gate(gate, n);
+        return unlocked([&] {
+          internal::StepCircuit circuit = internal::read_steps(n, gates);
+          internal::fold(circuit);
+          return internal::written(circuit);
+        });
+      },
+      "n"_a, "gates"_a);
 }
 
 }  // namespace zelt::braidwerk::python

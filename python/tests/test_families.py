@@ -16,10 +16,10 @@ OPERATOR = gallery.random_clifford(12, 1)[0]
 STRINGS = [(string, 0.1) for string in gallery.random_paulis(6, 30)]
 GRAPH = gallery.random_graph(20, 3)
 DRAWN = np.random.default_rng(1).permutation(6 * list(GRID.edges)).tolist()
+TURNS = (Gate.h, lambda q: Gate.rz(q, 0.3), lambda q: Gate.rz(q, np.pi / 4))
 CIRCUIT = Circuit(12, [
     gate for k, (a, b) in enumerate(DRAWN)
-    for gate in (Gate.cnot(a, b), [Gate.h(a), Gate.rz(b, 0.3 + k), Gate.rz(a, np.pi / 4)][k // 7 % 3])
-    if k % 7 == 0 or gate.name == "CNOT"
+    for gate in (Gate.cnot(a, b), *(turn(a) for turn in TURNS[k // 7 % 3 :][: k % 7 == 0]))
 ])  # fmt: skip
 FAMILIES = {
     "linear": lambda **options: zb.linear.synthesize(MATRIX, **options),

@@ -50,6 +50,8 @@ class OnDevice:
             candidates = self._by_rotations(given)
         best = min(candidates, key=lambda found: self._size(found[0]))
         final = self._optimized_wide(best[0].circuit, 0.5)
+        stages = zip(best[0]._stages, final._stages, strict=True)
+        final = replace(final, _stages=tuple(before + after for before, after in stages))
         size = min((final, best[0]), key=self._size)
         return self._placed(size, best[1])
 
@@ -168,7 +170,10 @@ class OnDevice:
         return self._on_wires(Assembly(self._with_share(share), wide, options).run())
 
     def _optimized_wide(self, circuit: Circuit, share: float) -> Optimization:
-        return self._optimized(circuit, tuple(range(self._device().n)), share)
+        """Of a circuit on the edges, which ends with the ending of the source."""
+        ending = len(self.source.split_ending()[1].operations)
+        call = self._with_share(share)
+        return self._on_wires(Assembly(call, circuit, self.options, ending).run())
 
     def _on_wires(self, found: Optimization) -> Optimization:
         """The circuit on wires again."""
@@ -210,5 +215,8 @@ class OnDevice:
             source=self.source,
             placement=tuple(qubits[wire] for wire in placement),
             permutation=tuple(range(self.source.n)),
+            _stages=tuple(
+                tuple(stage.placed(qubits, width) for stage in stages) for stages in found._stages
+            ),
             seconds=self.call.elapsed,
         )

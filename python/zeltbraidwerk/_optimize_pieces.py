@@ -10,7 +10,7 @@ from typing import Any
 from zeltbraidwerk import _core, errors
 from zeltbraidwerk._family import Call, Found
 from zeltbraidwerk._operations import of_core
-from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of
+from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of, split_last
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.instructions import Operation
@@ -19,14 +19,20 @@ from zeltbraidwerk.instructions import Operation
 @dataclass
 class Assembly:
     """The pieces of a circuit between operations that are no gates, optimised one after the other.
-    ``options`` are those of the compiled part alone."""
+    ``options`` are those of the compiled part alone. The last operations are the ending, so many
+    as ``ending_size``; where it is not given, all that can be."""
 
     call: Call
     source: Circuit
     options: Mapping[str, bool]
+    ending_size: int | None = None
 
     def __post_init__(self) -> None:
-        first, self.ending = self.source.split_ending()
+        first, self.ending = (
+            self.source.split_ending()
+            if self.ending_size is None
+            else split_last(self.source, self.ending_size)
+        )
         self.pieces, self.between = pieces_of(first)
 
     def run(self) -> Optimization:

@@ -71,8 +71,15 @@ class Stage:
             for qubits, moves, before, after in log
         ))  # fmt: skip
 
-    def placed_log(self, qubits: Sequence[int]) -> list[_block_check.Step]:
-        return [step.placed(qubits) for step in self.log]
+    def placed(self, qubits: Sequence[int], n: int) -> Stage:
+        """The same on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        wires = list(range(n))
+        for q, wire in enumerate(self.permutation):
+            wires[qubits[q]] = qubits[wire]
+        return Stage(
+            self.circuit.placed(qubits, n), tuple(wires),
+            tuple(step.placed(qubits) for step in self.log),
+        )  # fmt: skip
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)
@@ -88,7 +95,8 @@ class Optimization(Result):
     circuit: Circuit
     source: Circuit
     rounding: float = 0.0
-    # Of each piece, the circuits on the way to it; none where all is exact rewriting.
+    # Of each piece, the circuits on the way to it, on the qubits of the circuit; none where all is
+    # exact rewriting.
     _stages: tuple[tuple[Stage, ...], ...] = field(compare=False, default=())
 
     @cached_property
@@ -109,16 +117,14 @@ class Optimization(Result):
         by numbers are compared by their matrices, and the circuits between such replacements by
         normal forms."""
         source, ending = placed(self.source, self.placement, self.n).split_ending()
-        # By number: where gates vanished, more of the circuit than that could count as its ending.
-        operations = self.circuit.operations
-        end = max(len(operations) - len(ending.operations), 0)
+        circuit, found_ending = split_last(self.circuit, len(ending.operations))
         wires = self._wires()
         pieces, between = pieces_of(source)
-        found, found_between = pieces_of(Circuit._trusted(self.n, operations[:end]))
+        found, found_between = pieces_of(circuit)
         last = len(pieces) - 1
         return (
             between == found_between
-            and ending.placed(wires, self.n).operations == operations[end:]
+            and ending.placed(wires, self.n).operations == found_ending.operations
             and all(
                 self._same(k, piece, made, wires if k == last else list(range(self.n)))
                 for k, (piece, made) in enumerate(zip(pieces, found, strict=True))
@@ -127,34 +133,28 @@ class Optimization(Result):
         )
 
     def _same(self, k: int, source: Circuit, made: Circuit, wires: list[int]) -> bool:
-        """Through the stages of piece k."""
+        """Through the stages of piece k, and from the last of them to the circuit."""
         now, there = source, list(range(self.n))
-        for stage in self._stages[k] if k < len(self._stages) else ():
-            circuit = placed(stage.circuit, self.placement, self.n)
+        stages = self._stages[k] if k < len(self._stages) else ()
+        for stage in (*stages, Stage(made, tuple(wires), ())):
             if stage.log:
-                if not _block_check.same_blocks(now, circuit, stage.placed_log(self.placement)):
+                if not _block_check.same_blocks(now, stage.circuit, stage.log):
                     return False
             else:
-                after = self._spread(stage.permutation)
                 turned = [0] * self.n
                 for q, wire in enumerate(there):
-                    turned[wire] = after[q]
-                if not _circuit_check.same_operator(now, circuit, turned):
+                    turned[wire] = stage.permutation[q]
+                if not _circuit_check.same_operator(now, stage.circuit, turned):
                     return False
-                there = after
-            now = circuit
-        if now is not source:
-            return now == made and there == wires
-        return _circuit_check.same_operator(source, made, wires)
+                there = list(stage.permutation)
+            now = stage.circuit
+        return True
 
     def _wires(self) -> list[int]:
         """Where output q of the placed source is, for all qubits of the device."""
-        return self._spread(self.permutation)
-
-    def _spread(self, permutation: Sequence[int]) -> list[int]:
         wires = list(range(self.n))
         for wire, place in enumerate(self.placement):
-            wires[place] = self.placement[permutation[wire]]
+            wires[place] = self.placement[self.permutation[wire]]
         return wires
 
     def _about(self) -> Iterable[str]:
@@ -162,6 +162,15 @@ class Optimization(Result):
         yield f"{self.after.rotations} rotations"
         if self.after.t:
             yield f"{self.after.t} T gates"
+
+
+def split_last(circuit: Circuit, count: int) -> tuple[Circuit, Circuit]:
+    """The circuit without its last operations, and these: the ending of an optimised circuit. More
+    operations could count as its ending where the gates after them have vanished."""
+    end = max(len(circuit.operations) - count, 0)
+    parts = circuit.operations[:end], circuit.operations[end:]
+    first, ending = (Circuit._trusted(circuit.n, part, circuit.classical) for part in parts)
+    return first, ending
 
 
 def pieces_of(circuit: Circuit) -> tuple[list[Circuit], list[Operation]]:

@@ -2,17 +2,20 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Iterable, Sequence
 from dataclasses import dataclass, field
+from itertools import pairwise
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _pauli_check, _routing_check
+from zeltbraidwerk import _circuit_check, _core, _pauli_check, _routing_check
 from zeltbraidwerk._observables import MovesObservables
+from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Instruction
 
 
@@ -27,7 +30,8 @@ class NormalForm:
     blocks: tuple[tuple[tuple[str, Parameter], ...], ...]
     tail: CliffordTableau
     merged: bool
-    seconds: float = field(compare=False)
+    repeated: bool = False
+    seconds: float = field(compare=False, default=0.0)
 
     @property
     def n(self) -> int:
@@ -41,6 +45,16 @@ class NormalForm:
     def verify(self) -> bool:
         """Takes the circuit apart once more, gate by gate, with signs and without the library,
         and compares rotations and Clifford operator; and blocks commute."""
+        if self.repeated:
+            ending = of_core(self.n, _core.clifford_circuit(self.tail._core))
+            pulled = _pauli_check.PulledBack(self.n)
+            for gate in ending.gates:
+                pulled.append(gate)
+            return (
+                _routing_check.commutes_within(self.blocks)
+                and _fits(_pauli_check.PulledBack(self.n), self.tail, pulled)
+                and _circuit_check.same_operator(self.source, self._ladders() + ending)
+            )
         blocks, clifford = _routing_check.normal_form(self.source, self.merged)
         wanted = [rotation for block in blocks for rotation in block]
         alike = _pauli_check.same_rotations(list(self.rotations), wanted, True)
@@ -49,6 +63,18 @@ class NormalForm:
             and _routing_check.commutes_within(self.blocks)
             and _fits(_pauli_check.PulledBack(self.n), self.tail, clifford)
         )
+
+    def _ladders(self) -> Circuit:
+        """Of CNOTs, one for each rotation."""
+        gates: list[Gate] = []
+        for letters, angle in self.rotations:
+            qubits = [q for q, letter in enumerate(letters) if letter != "I"]
+            to_z = [Gate.h(q) if letters[q] == "X" else Gate.rx(q, math.pi / 2)
+                    for q in qubits if letters[q] != "Z"]  # fmt: skip
+            ladder = [Gate.cnot(a, b) for a, b in pairwise(qubits)]
+            gates += [*to_z, *ladder, Gate.rz(qubits[-1], angle), *reversed(ladder)]
+            gates += [gate.inverse() for gate in to_z]
+        return Circuit(self.n, gates)
 
     def __repr__(self) -> str:
         return (

@@ -52,13 +52,14 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     return _FAMILY.methods(device)
 
 
-def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
+def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> NormalForm:
     """A circuit as Pauli rotations followed by one Clifford operator.
 
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads. Clifford gates, and rotations by
     0, pi/2 and pi with either sign, pass to the end; angles may be symbolic. With ``merge``,
     rotations about the same string are added where others let them meet, and sums that have become
-    Clifford pass to the end as well. Barriers are left out; a circuit that holds measurements,
+    Clifford pass to the end as well. With ``repeat`` this is done again until nothing changes, as
+    :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are left out; a circuit that holds measurements,
     resets or conditions is refused: :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at
     its end.
 
@@ -67,9 +68,13 @@ def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
     """
     start = time.perf_counter()
     _validate.instance(merge, "merge", (bool, np.bool_), "True or False")
+    _validate.instance(repeat, "repeat", (bool, np.bool_), "True or False")
+    if repeat and not merge:
+        raise errors.OptionError("repeat: got True, wanted False where rotations are not merged")
     source = _read(circuit)
+    gates = source.to_core()
     blocks, tableau = _core.normalize_circuit(
-        source.to_core(), _core.OperatorTableau(source.n), True, bool(merge)
+        _core._fold_circuit(source.n, gates) if repeat else gates, _core.OperatorTableau(source.n), True, bool(merge)
     )
     return NormalForm(
         source=source,
@@ -80,6 +85,7 @@ def normalize(circuit: Any, *, merge: bool = True) -> NormalForm:
         ),
         tail=CliffordTableau._wrap(tableau.inverse()),
         merged=bool(merge),
+        repeated=bool(repeat),
         seconds=time.perf_counter() - start,
     )
 

@@ -55,7 +55,7 @@ Run run_map(const BitMatrix& m) {
     if (task.device != nullptr) {
       return outcome_of(search_cnot_on_device(m, task, effort).gates, m.rows());
     }
-    if (!task.by_depth()) return outcome_of(search_cnot(m, task, effort).circuit);
+    if (!task.by_depth()) return outcome_of(search_cnot(m, task, effort).gates, m.rows());
     const auto front = search_shallow_cnot(m, task, effort);
     Outcome first = outcome_of(front[0].list.gates, m.rows());
     first.size.depth = front[0].depth;
@@ -94,7 +94,7 @@ Run run_parities(const BitMatrix& parities) {
 Run run_rotations(const support::PauliRows& rows, int n, bool in_order) {
   return [list = support::named(rows, n), in_order](const Task& task, const Effort& effort) {
     const auto found = search_network(list, NetworkTask{task, in_order}, effort);
-    return Outcome{{found.count, found.depth}, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(found.gates)};
   };
 }
 
@@ -160,7 +160,7 @@ std::vector<Search> searches(const BitGraph& grid) {
                                         : search_alternating(folded, false, own, effort);
       return Outcome{found.size, Digest().add(written(found.circuit))};
     };
-    add(exact ? "circuit" : "circuit by numbers", 8000, circuits, closed);
+    add(all, exact ? "circuit" : "circuit by numbers", 8000, circuits, closed, &grid);
   }
   return all;
 }

@@ -68,11 +68,14 @@ PauliFrame images_of(int qubits, const std::vector<Step>& steps) {
 
 class StepWriter {
  public:
-  explicit StepWriter(PauliFrame& images) : images_(images) {}
+  StepWriter(PauliFrame& images, bool with_cz) : allows_cz(with_cz), images_(images) {}
+
+  const bool allows_cz;
 
   void cnot(int control, int target) {
     append({.kind = StepKind::cnot, .a = control, .b = target});
   }
+  void cz(int a, int b) { append({.kind = StepKind::cz, .a = a, .b = b}); }
   void change(int label, int q) {
     append(label == label_y ? Step{.kind = StepKind::h, .a = q}
                             : turn(letter_of_label(label), q, 1));
@@ -127,12 +130,13 @@ std::vector<NetworkEvent> events_of(int qubits, const std::vector<Step>& steps) 
 
 CircuitProblem problem_of(int qubits, const std::vector<Step>& steps) {
   return {strings_of(qubits, steps), target_of(images_of(qubits, steps)),
-          network_of(events_of(qubits, steps), in_order(qubits), true)};
+          network_of(events_of(qubits, steps), in_order(qubits), true),
+          std::ranges::find(steps, StepKind::cz, &Step::kind) != steps.end()};
 }
 
 std::vector<Step> steps_of(const std::vector<NetworkEvent>& events, const CircuitProblem& problem) {
   PauliFrame images = problem.target.preimages;
-  StepWriter writer(images);
+  StepWriter writer(images, problem.has_cz);
   NetworkEmission(problem.rows, writer).run(events);
   // What is left to undo is on single wires.
   const std::vector<structures::Gate> rest = eliminate_clifford(std::move(images), false).gates;

@@ -12,6 +12,7 @@ struct CircuitProblem {
   PauliFrame rows;        ///< the string of each rotation before the circuit, sign included
   CliffordTarget target;  ///< the operator of the Clifford steps
   Network given;          ///< the circuit itself
+  bool has_cz = false;    ///< its steps are written with CZ where that is shorter
 };
 
 CircuitProblem problem_of(int qubits, const std::vector<Step>& steps);

@@ -16,7 +16,9 @@ class GateWriter {
   GateWriter(const Rotations& rotations, PauliFrame& images)
       : rotations_(rotations), images_(images) {}
 
+  static constexpr bool allows_cz = false;
   void cnot(int control, int target) { append(structures::Gate::CNOT(control, target)); }
+  void cz(int a, int b) { append(structures::Gate::CZ(a, b)); }
   void change(int label, int q) {
     append(label == label_x   ? structures::Gate::RXP(q)
            : label == label_z ? structures::Gate::S(q)

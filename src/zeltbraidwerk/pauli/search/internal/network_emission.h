@@ -45,6 +45,7 @@ class WireLabels {
 
 /// Tells the gates of a network one by one:
 ///   sink.cnot(control, target)
+///   sink.cz(a, b)           where sink.allows_cz
 ///   sink.change(label, q)   the gate that keeps a label and exchanges the others: RX by pi/2 for
 ///                           label_x, S for label_z, H for label_y
 ///   sink.rotate(row, label, q, negative)   backward where negative
@@ -73,6 +74,14 @@ class NetworkEmission {
   void play(const Gate& gate) {
     const int changes = (labels_.now(gate.a) != label_z) + (labels_.now(gate.b) != label_x);
     const int other = (labels_.now(gate.b) != label_z) + (labels_.now(gate.a) != label_x);
+    const int for_cz = (labels_.now(gate.a) != label_z) + (labels_.now(gate.b) != label_z);
+    if (sink_.allows_cz && for_cz < std::min(changes, other)) {
+      bring(gate.a, label_z);
+      bring(gate.b, label_z);
+      before_.cz(wire_of(gate.a), wire_of(gate.b));
+      sink_.cz(wire_of(gate.a), wire_of(gate.b));
+      return;
+    }
     const auto [control, target] =
         changes <= other ? std::pair(gate.a, gate.b) : std::pair(gate.b, gate.a);
     bring(control, label_z);
