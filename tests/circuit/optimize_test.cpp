@@ -156,6 +156,24 @@ TEST(Optimize, GivesASmallerCircuitOfTheSameOperator) {
   EXPECT_GT(by_numbers, 10);
 }
 
+// Efforts that reach every part of a round, the searches of inverse circuits as well.
+TEST(Optimize, WholeRoundsKeepTheOperator) {
+  std::mt19937 rng(4);
+  int left = 0;
+  for (int instance = 0; instance < 16; ++instance) {
+    const int n = 3 + instance % 3;
+    const Circuit given = support::random_circuit(n, 12 * n, AngleKind::numeric, rng);
+    OptimizeOptions options;
+    options.objective = instance % 4 == 3 ? Objective::depth : Objective::count;
+    options.seed = static_cast<std::uint64_t>(instance);
+    options.steps = 13'000;
+    const OptimizeResult result = optimize_circuit(n, given, options);
+    EXPECT_EQ(fault(given, n, options, result, rng), "") << instance << '\n' << given;
+    left += result.count;
+  }
+  EXPECT_LE(left, 123);  // 125 without the searches of inverse circuits
+}
+
 TEST(Optimize, CountsTheSmallestCircuits) {
   EXPECT_TRUE(synthesis::optimize_circuit(0, {}).gates.empty());
   EXPECT_TRUE(synthesis::optimize_circuit(3, {}).gates.empty());
