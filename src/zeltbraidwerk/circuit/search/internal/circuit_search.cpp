@@ -163,7 +163,12 @@ CircuitFound search_circuit(int qubits, const std::vector<Step>& steps, const Ci
   CircuitSearch search(problem, task, effort);
   run_search(search);
   const Network& best = search.incumbent().circuit();
-  return {steps_of(best.events, problem), best.wires, best.size};
+  std::vector<Step> found = steps_of(best.events, problem);
+  // Writing gates anew may take more of them on one qubit.
+  if (!task.routes && best.size == problem.given.size && found.size() >= steps.size()) {
+    return {steps, in_order(qubits), best.size};
+  }
+  return {std::move(found), best.wires, best.size};
 }
 
 }  // namespace zelt::braidwerk::internal
