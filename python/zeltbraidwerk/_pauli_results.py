@@ -87,7 +87,9 @@ class PauliSynthesis(MovesObservables):
         undone = None if self.given_tail is None else self.given_tail.inverse()
         for k, wire in enumerate(self.permutation):
             places[self.placement[k]] = self.placement[wire]
-            for letter in "XZ" if undone is not None else ():
+            if undone is None:
+                continue
+            for letter in "XZ":
                 image = undone.conjugate("I" * k + letter + "I" * (undone.n - k - 1))
                 wanted[letter, self.placement[k]] = image[0] == "-", self._placed(image[1:])
         return all(
