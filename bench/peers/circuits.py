@@ -36,7 +36,7 @@ MOST_SIMULATED = 12  # qubits
 QUICK = 60  # two-qubit gates, with --quick
 
 # The most two-qubit gates of a circuit that a package gets.
-MOST_QISKIT = 10_000
+MOST_QISKIT = 100_000
 MOST_PYTKET = 2_000
 MOST_GREEDY = 700  # GreedyPauliSimp
 MOST_PYZX = 700

@@ -47,8 +47,8 @@ std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
 void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
-      [](int n, const Gates& gates, const CommonOptions& common, bool exact,
-         bool keep_rotations, bool route) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
+      [](int n, const Gates& gates, const CommonOptions& common, bool exact, bool keep_rotations,
+         bool route) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
         OptimizeOptions own;
         own.exact = exact;

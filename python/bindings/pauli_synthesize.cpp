@@ -19,8 +19,9 @@ void bind_pauli_synthesize(nb::module_& m) {
   m.def("_pauli_methods", &synthesis::pauli_methods, "on_device"_a);
   m.def(
       "_synthesize_pauli",
-      [](const Letters& letters, const CommonOptions& common,
-         bool in_order, std::optional<structures::OperatorTableau> tail) -> std::tuple<SynthesisResult, Operations, bool> {
+      [](const Letters& letters, const CommonOptions& common, bool in_order,
+         std::optional<structures::OperatorTableau> tail)
+          -> std::tuple<SynthesisResult, Operations, bool> {
         const PauliTable table = to_strings(letters);
         const auto qubits = static_cast<int>(letters.shape(1));
         // The angles stay in Python: a rotation comes back as its row and its sign.

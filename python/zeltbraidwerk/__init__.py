@@ -13,11 +13,11 @@ from zeltbraidwerk import (
     routing,
 )
 from zeltbraidwerk._core import _version as __version__
+from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 __all__ = [

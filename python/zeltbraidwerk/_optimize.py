@@ -60,13 +60,15 @@ def optimize(
     circuit is qubit ``result.placement[q]`` of the device, before and after. A circuit that fits as
     it stands, qubit q on qubit q or on ``placement[q]``, stays there and is optimised on the edges.
     Another one is placed, where no ``placement`` is given, and routed: with ``router="own"`` made
-    anew on the edges from its rotations, with "qiskit" by Qiskit's transpiler at level 3, of the
-    circuit and of one that was optimised first, and output qubits brought back; the best is
-    optimised on the edges.
+    anew on the edges from its rotations, with "qiskit" by the placement and routing of Qiskit's
+    level 3, of the circuit and of one that was optimised first; the best is optimised on the edges.
+    With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
+    of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
     ``steps`` are windows of three qubits, of about 7 microseconds; by default 200,000 and 30 per
     gate. With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
-    ``progress`` are as in :func:`zeltbraidwerk.linear.synthesize`. ``jobs`` threads share the
+    ``progress``, which is for circuits of one piece, are as in
+    :func:`zeltbraidwerk.linear.synthesize`. ``jobs`` threads share the
     restarts, or the pieces of a circuit of more than 4,000 gates; the result does not depend on
     them. More steps are never worse. Ctrl-C raises an exception that holds the best circuit so far.
 
@@ -79,18 +81,18 @@ def optimize(
     _validate.choice(objective, "objective", ("count", "depth", "t"))
     _validate.choice(router, "router", ("own", "qiskit"))
     _validate.flag(exact, "exact")
+    by = "count" if objective == "t" else objective
     call = _FAMILY.call(
-        device=device, objective="count" if objective == "t" else objective, permutation=permutation, seed=seed,
+        device=device, objective=by, permutation=permutation, seed=seed,
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)
     options = {"exact": bool(exact), "keep_rotations": objective == "t", "route": False}
     if call.device is None:
-        if placement is not None:
-            raise errors.OptionError("placement: not an option without a device")
+        if placement is not None or router != "own":
+            name = "router" if placement is None else "placement"
+            raise errors.OptionError(f"{name}: not an option without a device")
         return Assembly(call, source, options).run()
-    if not call.exact:
-        raise errors.OptionError("permutation: got 'free', wanted 'exact' on a device")
     return OnDevice(call, source, options).run(placement, router)
 
 

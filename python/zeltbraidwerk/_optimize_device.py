@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Mapping
+from collections.abc import Callable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, replace
+from functools import cached_property
 from itertools import islice
 from typing import Any
 
@@ -14,6 +15,7 @@ from zeltbraidwerk._family import Call
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, pieces_of
 from zeltbraidwerk._placement import placements
+from zeltbraidwerk._search import Progress
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
@@ -41,34 +43,47 @@ class OnDevice:
         n, device = self.source.n, self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
-            return self._placed(self._optimized(self.source, start, 1.0), start)
+            return self._placed(_Routed.of(self._optimized(self.source, start, 1.0), start))
         if router == "qiskit":
             candidates = self._by_qiskit(given)
         elif self._is_large():
             candidates = self._by_trees()
         else:
             candidates = self._by_rotations(given)
-        best = min(candidates, key=lambda found: self._size(found[0]))
-        final = self._optimized_wide(best[0].circuit, 0.5)
-        stages = zip(best[0]._stages, final._stages, strict=True)
-        final = replace(final, _stages=tuple(before + after for before, after in stages))
-        size = min((final, best[0]), key=self._size)
-        return self._placed(size, best[1])
+        found: list[_Routed] = []
+        best: _Routed | None = None
+        try:
+            for routed in candidates:
+                found.append(routed)
+            best = self._best(found)
+            found.append(best.then(self._optimized_wide(best.found.circuit, 0.5)))
+        except errors.Interrupted as stopped:
+            if best is not None and stopped.best is not None:
+                found.append(best.then(stopped.best))
+            whole = self._placed(self._best(found)) if found else None
+            raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
+        return self._placed(self._best(found))
 
-    # --- candidates: a circuit on the edges, and where qubits are ---------------------------------
+    # --- candidates ---------------------------------------------------------------------------
 
-    def _by_rotations(self, given: Placement | None) -> Iterator[tuple[Optimization, Placement]]:
+    def _by_rotations(self, given: Placement | None) -> Iterator[_Routed]:
         """Made anew from the rotations, for some placements."""
         tried = [given] if given is not None else self._placements(self._logical())
         for placement in tried:
-            yield self._optimized(self.source, placement, 0.375 / len(tried), route=True), placement
+            try:
+                made = self._optimized(self.source, placement, 0.375 / len(tried), route=True)
+            except errors.Interrupted as stopped:
+                if stopped.best is not None:
+                    yield _Routed.of(stopped.best, placement)
+                raise
+            yield _Routed.of(made, placement)
 
-    def _by_trees(self) -> Iterator[tuple[Optimization, Placement]]:
+    def _by_trees(self) -> Iterator[_Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
         found = routing.route(self.source, self._device())
-        yield self._optimized_wide(found.circuit, 0.375), found.placement
+        yield _Routed.of(self._optimized_wide(found.circuit, 0.375), found.placement)
 
-    def _by_qiskit(self, given: Placement | None) -> Iterator[tuple[Optimization, Placement]]:
+    def _by_qiskit(self, given: Placement | None) -> Iterator[_Routed]:
         """The circuit, and an optimised one."""
         if len(pieces_of(self.source.split_ending()[0])[0]) > 1:
             raise errors.OptionError(
@@ -76,44 +91,55 @@ class OnDevice:
                 "middle, wanted 'own'"
             )
         for circuit in (self.source, self._logical()):
-            routed, placement = self._transpiled(circuit, given)
-            yield self._optimized_wide(routed, 0.1875), placement
+            routed, placement, wires = self._transpiled(circuit, given)
+            made = _Routed(replace(self._as_given(routed), permutation=wires), placement, wires)
+            yield made.then(self._optimized_wide(routed, 0.1875))
 
-    def _transpiled(self, circuit: Circuit, given: Placement | None) -> tuple[Circuit, Placement]:
-        """By Qiskit, and with every output brought back to where its qubit began."""
-        qiskit = _interop._package("qiskit")
+    def _as_given(self, circuit: Circuit) -> Optimization:
+        """A circuit on the wires as a result that has changed nothing."""
+        call = replace(self._with_share(0), progress=None)
+        return replace(
+            Assembly(call, Circuit(circuit.n), self.options).run(), circuit=circuit, source=circuit
+        )
+
+    def _transpiled(
+        self, circuit: Circuit, given: Placement | None
+    ) -> tuple[Circuit, Placement, Placement]:
+        """Placed and routed by Qiskit, which takes the gates as they are: the circuit, where qubits
+        begin, and where each wire ends. Unless outputs may be anywhere, they are brought back."""
         device = self._device()
         gates, ending = circuit.split_ending()
-        found = qiskit.transpile(
-            Circuit(gates.n, gates.unitary().gates).to_qiskit(),
-            coupling_map=qiskit.transpiler.CouplingMap(
+        transpiler = _interop._package("qiskit.transpiler")
+        passes = transpiler.generate_preset_pass_manager(
+            optimization_level=3,
+            coupling_map=transpiler.CouplingMap(
                 [pair for a, b in device.edges for pair in ((a, b), (b, a))]
             ),
-            basis_gates=["cx", "rz", "sx", "x"],
-            optimization_level=3,
-            seed_transpiler=self.call.seed() % 2**31,
+            basis_gates=["cx", "cz", "swap", "h", "s", "sdg", "x", "y", "z", "rx", "ry", "rz"],
             initial_layout=None if given is None else list(given),
+            seed_transpiler=self.call.seed() % 2**31,
         )
-        first = tuple(found.layout.initial_index_layout(filter_ancillas=True))
-        last = tuple(found.layout.final_index_layout(filter_ancillas=True))
+        passes.init = passes.translation = passes.optimization = passes.scheduling = None
+        found = passes.run(Circuit(gates.n, gates.unitary().gates).to_qiskit())
+        first = tuple(found.layout.initial_index_layout())
+        ends = found.layout.routing_permutation()
+        last = tuple(ends[start] for start in first)
         routed = Circuit.from_qiskit(found)
-        back = np.zeros((device.n, device.n), dtype=np.bool_)
-        back[first, last] = True
-        idle_first = sorted(set(range(device.n)) - set(first))
-        idle_last = sorted(set(range(device.n)) - set(last))
-        back[idle_first, idle_last] = True
-        if first != last:
+        if self.call.exact:
+            back = np.zeros((device.n, device.n), dtype=np.bool_)
+            back[first, last] = True
             swaps = linear.synthesize(
                 back, device=device, method="search", seed=self.call.seed(), steps=_SWAP_STEPS
             )
-            routed = routed + swaps.circuit.to_circuit()
-        return self._with_ending(routed, ending.placed(first, device.n)), first
-
-    @staticmethod
-    def _with_ending(gates: Circuit, ending: Circuit) -> Circuit:
-        return Circuit._trusted(
-            gates.n, gates.operations + ending.operations, ending.classical
+            routed, last = routed + swaps.circuit.to_circuit(), first
+        measured = ending.placed(last[: ending.n], device.n)
+        wires = [0] * device.n
+        for start, end in zip(first, last, strict=True):
+            wires[start] = end
+        whole = Circuit._trusted(
+            device.n, routed.operations + measured.operations, measured.classical
         )
+        return whole, first[: circuit.n], tuple(wires)
 
     # --- parts ------------------------------------------------------------------------------------
 
@@ -154,9 +180,11 @@ class OnDevice:
         return CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK
 
     def _logical(self) -> Circuit:
-        """Shorter, on no device."""
-        call = replace(self._with_share(0.125), device=None, site=None)
-        return Assembly(call, self.source, self.options).run().circuit
+        """Shorter, on no device, every qubit in its place."""
+        call = replace(
+            self._with_share(0.125), device=None, site=None, permutation="exact", progress=None
+        )
+        return Assembly(call, self.source, {**self.options, "exact": True}).run().circuit
 
     def _placements(self, circuit: Circuit) -> list[Placement]:
         found = placements(circuit, self._device(), _BEGINNINGS, self.call.seed())
@@ -167,23 +195,13 @@ class OnDevice:
     ) -> Optimization:
         wide = circuit.placed(placement, self._device().n)
         options = {**self.options, "route": route}
-        return self._on_wires(Assembly(self._with_share(share), wide, options).run())
+        return Assembly(self._with_share(share), wide, options).run()
 
     def _optimized_wide(self, circuit: Circuit, share: float) -> Optimization:
         """Of a circuit on the edges, which ends with the ending of the source."""
         ending = len(self.source.split_ending()[1].operations)
         call = self._with_share(share)
-        return self._on_wires(Assembly(call, circuit, self.options, ending).run())
-
-    def _on_wires(self, found: Optimization) -> Optimization:
-        """The circuit on wires again."""
-        site = self.call.site
-        assert site is not None
-        if site.qubits == tuple(range(site.device.n)):
-            return found
-        wire = {q: k for k, q in enumerate(site.qubits)}
-        places = [wire.get(q, 0) for q in range(site.device.n)]
-        return replace(found, circuit=found.circuit.placed(places, len(site.qubits)))
+        return Assembly(call, circuit, self.options, ending).run()
 
     def _with_share(self, share: float) -> Call:
         """The call with a share of its effort."""
@@ -197,26 +215,82 @@ class OnDevice:
                 steps=None if steps is None else int(steps * share),
                 budget=None if effort.budget is None else effort.budget * share,
             )
-        self.call.seed()
-        return replace(self.call, effort=replace(effort, seed=self.call.effort.seed))
+        device = self._device()
+        return replace(
+            self.call, effort=replace(effort, seed=self.call.seed()), device=device,
+            site=Site(device, tuple(range(device.n))), progress=self.progress,
+        )  # fmt: skip
 
-    def _size(self, found: Optimization) -> tuple[int, int]:
+    def _best(self, found: Sequence[_Routed]) -> _Routed:
+        """Ties: the latest."""
         by_depth = self.call.objective == "depth"
-        return (found.depth, found.count) if by_depth else (found.count, found.depth)
 
-    def _placed(self, found: Optimization, placement: Placement) -> Optimization:
-        """The result on the device, of the source."""
+        def size(routed: _Routed) -> tuple[int, int]:
+            count, depth = routed.found.count, routed.found.depth
+            return (depth, count) if by_depth else (count, depth)
+
+        return min(reversed(found), key=size)
+
+    @cached_property
+    def progress(self) -> Callable[[Progress], object] | None:
+        """The caller's, which hears of circuits on the device that are better than all before."""
+        tell = self.call.progress
+        if tell is None:
+            return None
+        best: list[Progress] = []
+
+        def filtered(now: Progress) -> None:
+            if not best or now < best[-1]:
+                best.append(now)
+                tell(now)
+
+        return filtered
+
+    def _placed(self, routed: _Routed) -> Optimization:
+        """The result on the device, of the source. Where outputs may be anywhere, idle qubits of
+        the device are wires as well, after those of the source."""
         site = self.call.site
         assert site is not None
         qubits, width = site.qubits, site.device.n
+        starts = list(routed.placement)
+        if not self.call.exact:
+            starts += sorted(set(range(len(qubits))) - set(starts))
+        ends = [starts.index(routed.wires[start]) for start in starts]
         return replace(
-            found,
-            circuit=found.circuit.placed(qubits, width),
+            routed.found,
+            circuit=routed.found.circuit.placed(qubits, width),
             source=self.source,
-            placement=tuple(qubits[wire] for wire in placement),
-            permutation=tuple(range(self.source.n)),
-            _stages=tuple(
-                tuple(stage.placed(qubits, width) for stage in stages) for stages in found._stages
-            ),
+            device=site.device,
+            placement=tuple(qubits[wire] for wire in starts),
+            permutation=tuple(ends),
             seconds=self.call.elapsed,
+            _stages=tuple(
+                tuple(stage.placed(qubits, width) for stage in stages)
+                for stages in routed.found._stages
+            ),
         )
+
+
+@dataclass(frozen=True)
+class _Routed:
+    """A circuit on the wires, where the qubits of the source begin, and where each wire ends."""
+
+    found: Optimization
+    placement: Placement
+    wires: Placement
+
+    @classmethod
+    def of(cls, found: Optimization, placement: Placement) -> _Routed:
+        return cls(found, placement, found.permutation)
+
+    def then(self, later: Optimization) -> _Routed:
+        """The circuit made anew from this one. Its stages go on from those of this one."""
+        first = self.found._stages or ((),) * len(later._stages)
+        stages = tuple(
+            before + tuple(stage.after(self.wires) for stage in after)
+            for before, after in zip(first, later._stages, strict=True)
+        )
+        return _Routed(
+            replace(later, _stages=stages), self.placement,
+            tuple(later.permutation[wire] for wire in self.wires),
+        )  # fmt: skip

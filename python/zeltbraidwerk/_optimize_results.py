@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterable, Sequence
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from functools import cached_property
 from typing import Any
 
@@ -71,6 +71,10 @@ class Stage:
             for qubits, moves, before, after in log
         ))  # fmt: skip
 
+    def after(self, wires: Sequence[int]) -> Stage:
+        """The same against a source whose output q was on ``wires[q]``."""
+        return replace(self, permutation=tuple(self.permutation[wire] for wire in wires))
+
     def placed(self, qubits: Sequence[int], n: int) -> Stage:
         """The same on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
         wires = list(range(n))
@@ -116,7 +120,7 @@ class Optimization(Result):
         barriers, which are those of the source; and gates are on edges. Windows that were replaced
         by numbers are compared by their matrices, and the circuits between such replacements by
         normal forms."""
-        source, ending = placed(self.source, self.placement, self.n).split_ending()
+        source, ending = placed(self.source, self.placement[: self.source.n], self.n).split_ending()
         circuit, found_ending = split_last(self.circuit, len(ending.operations))
         wires = self._wires()
         pieces, between = pieces_of(source)

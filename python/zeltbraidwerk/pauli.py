@@ -120,9 +120,10 @@ def synthesize(
 
     **Tail.** A Clifford operator follows the rotations. ``tail="close"``, the default, undoes it;
     with ``permutation="free"`` qubit k may then stand on wire ``result.permutation[k]``.
-    A :class:`~zeltbraidwerk.CliffordTableau` as ``tail`` is made instead: the circuit is the
-    rotations followed by that operator. ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.tail``, and
-    ``result.absorb`` and ``result.readout`` change the measurement accordingly.
+    ``tail="return"`` leaves it: the circuit is the rotations followed by ``result.tail``, and
+    ``result.absorb`` and ``result.readout`` change the measurement accordingly. With a
+    :class:`~zeltbraidwerk.CliffordTableau` as ``tail``, the circuit is the rotations followed by
+    that operator.
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
     by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits.

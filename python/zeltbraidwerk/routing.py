@@ -59,9 +59,9 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     0, pi/2 and pi with either sign, pass to the end; angles may be symbolic. With ``merge``,
     rotations about the same string are added where others let them meet, and sums that have become
     Clifford pass to the end as well. With ``repeat`` this is done again until nothing changes, as
-    :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are left out; a circuit that holds measurements,
-    resets or conditions is refused: :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at
-    its end.
+    :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are left out; a
+    circuit that holds measurements, resets or conditions is refused:
+    :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at its end.
 
     >>> normalize("qreg q[2]; h q[0]; rz(0.5) q[0]; cx q[0],q[1]; rz(0.25) q[1];").blocks
     ((('XI', Parameter(0.5)), ('XZ', Parameter(0.25))),)
@@ -73,8 +73,10 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
         raise errors.OptionError("repeat: got True, wanted False where rotations are not merged")
     source = _read(circuit)
     gates = source.to_core()
+    if repeat:
+        gates = _core._fold_circuit(source.n, gates)
     blocks, tableau = _core.normalize_circuit(
-        _core._fold_circuit(source.n, gates) if repeat else gates, _core.OperatorTableau(source.n), True, bool(merge)
+        gates, _core.OperatorTableau(source.n), True, bool(merge)
     )
     return NormalForm(
         source=source,

@@ -79,7 +79,7 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
 }
 
 PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t steps,
-                     const Task& task = {}) {
+                       const Task& task = {}) {
   Effort effort;
   effort.steps = steps;
   return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);

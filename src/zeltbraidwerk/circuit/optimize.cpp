@@ -58,7 +58,8 @@ std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
     made.gates = stage->gates;
     made.permutation = stage->wires;
     for (const WindowStep& step : stage->log) {
-      made.steps.push_back({step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
+      made.steps.push_back(
+          {step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
     }
   }
   std::ranges::reverse(stages);
@@ -83,9 +84,9 @@ class OptimizeCall {
                     .make = [this](int run) { return make(run); }};
     BestRun best = best_of_runs({lane}, options_, control_);
     auto& found = best.as<StagedCircuit>();
-    OptimizeResult result{std::move(best.result), written(found.circuit),
-                          before_,                counts_of(found.circuit),
-                          found.circuit.rounding, stages_of(found.stage.get())};
+    OptimizeResult result{
+        std::move(best.result),   written(found.circuit), before_,
+        counts_of(found.circuit), found.circuit.rounding, stages_of(found.stage.get())};
     result.permutation = std::move(found.wires);
     return result;
   }
@@ -129,10 +130,9 @@ class OptimizeCall {
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates
-    StagedCircuit found =
-        options_.exact || routes_ || !has_generic_rotations(folded_)
-            ? search_exactly(folded_, task, effort)
-            : search_alternating(folded_, options_.keep_rotations, task, effort);
+    StagedCircuit found = options_.exact || routes_ || !has_generic_rotations(folded_)
+                              ? search_exactly(folded_, task, effort)
+                              : search_alternating(folded_, options_.keep_rotations, task, effort);
     return made_circuit(found.size, std::move(found));
   }
 

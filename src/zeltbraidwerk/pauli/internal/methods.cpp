@@ -142,8 +142,8 @@ Rotations PauliRuns::arranged(Rotations rotations, int run, const Draw& draw) co
   return result;
 }
 
-/// Undoes the Clifford gates, and appends the target, by a short search for one circuit of them all, or one by one where
-/// that is no longer.
+/// Undoes the Clifford gates, and appends the target, by a short search for one circuit of them
+/// all, or one by one where that is no longer.
 void PauliRuns::close(PauliNetwork& network, int run) const {
   network.wires = internal::in_order(qubits());
   if (outputs == Outputs::left_open || (method.closes && target == nullptr)) return;

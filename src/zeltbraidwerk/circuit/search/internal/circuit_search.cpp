@@ -121,8 +121,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     const int place = walks_ % tuning.walks_of_chain;
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const Network& start =
-          walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
+      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest() : chain_.circuit();
@@ -164,7 +163,12 @@ CircuitFound search_circuit(int qubits, const std::vector<Step>& steps, const Ci
   CircuitSearch search(problem, task, effort);
   run_search(search);
   const Network& best = search.incumbent().circuit();
-  return {steps_of(best.events, problem), best.wires, best.size};
+  std::vector<Step> found = steps_of(best.events, problem);
+  // Writing gates anew may take more of them on one qubit.
+  if (!task.routes && best.size == problem.given.size && found.size() >= steps.size()) {
+    return {steps, in_order(qubits), best.size};
+  }
+  return {std::move(found), best.wires, best.size};
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -13,7 +13,7 @@ struct CircuitTuning {
   int whole_piece = 4000;  ///< a circuit of no more events is not cut
 
   std::uint64_t routing_steps = 4'000;  ///< of the first network on a device
-  std::uint64_t first_steps = 16'000;  ///< of a round with beams; each is twice as long
+  std::uint64_t first_steps = 16'000;   ///< of a round with beams; each is twice as long
   int most_doublings = 8;
   /// What of a round beams get in one direction: half as much each time that they find nothing
   /// better.
