@@ -231,6 +231,11 @@ def test_circuits_that_do_not_fit_are_routed(router, placement):
     where = result.placement
     assert placement is None or where[:4] == placement
     assert result.circuit.operations[-3:] == tuple(Measure(where[q], q) for q in range(3))
+    free = zb.optimize(source, device=device, permutation="free", **options)
+    ends = [free.placement[wire] for wire in free.permutation]
+    assert free.circuit.operations[-3:] == tuple(Measure(ends[q], q) for q in range(3))
+    assert device.fits(free.circuit)
+    assert free.verify()
     wanted = Circuit(4, gates + [each for each in middle if isinstance(each, Gate)])
     wanted = wanted.placed(where[:4], 5)
     assert same_up_to_phase(unitary(wanted), unitary(Circuit(5, result.circuit.gates)))
