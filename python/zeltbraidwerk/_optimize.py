@@ -76,7 +76,7 @@ def optimize(
     >>> toffolis = "qreg q[4]; ccx q[0],q[1],q[2]; ccx q[1],q[2],q[3]; ccx q[0],q[1],q[2];"
     >>> result = zb.optimize(toffolis, seed=1)
     >>> result.before.two_qubit, result.count, result.verify()
-    (18, 10, True)
+    (18, 11, True)
     """
     _validate.choice(objective, "objective", ("count", "depth", "t"))
     _validate.choice(router, "router", ("own", "qiskit"))
