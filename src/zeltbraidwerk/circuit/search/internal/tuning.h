@@ -18,7 +18,7 @@ struct CircuitTuning {
   /// What of a round beams get in one direction: half as much each time that they find nothing
   /// better.
   double beam_share = 0.25;
-  double least_beam_share = 1.0 / 64;
+  double least_beam_share = 0.125;
   /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
   std::uint64_t alternation_steps = 32;
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
