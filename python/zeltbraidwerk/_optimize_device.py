@@ -36,7 +36,7 @@ class OnDevice:
 
     call: Call
     source: Circuit
-    options: Mapping[str, bool]
+    options: Mapping[str, Any]
 
     def run(self, placement: Any, router: str) -> Optimization:
         given = self._checked(placement)

@@ -24,7 +24,7 @@ class Assembly:
 
     call: Call
     source: Circuit
-    options: Mapping[str, bool]
+    options: Mapping[str, Any]
     ending_size: int | None = None
 
     def __post_init__(self) -> None:
