@@ -36,14 +36,19 @@ class CircuitCounts:
     @classmethod
     def of(cls, circuit: Circuit) -> CircuitCounts:
         angles = [gate.params[0] for gate in circuit
-                  if isinstance(gate, Gate) and gate.name in ROTATIONS]  # fmt: skip
-        numbers = [float(angle) for angle in angles if not angle.is_symbolic]
-        clifford = sum(_is_multiple(angle, 0.5) for angle in numbers)
-        t = sum(_is_multiple(angle, 0.25) for angle in numbers) - clifford
+                  if isinstance(gate, Gate) and is_rotation(gate)]  # fmt: skip
+        t = sum(_is_multiple(float(angle), 0.25) for angle in angles if not angle.is_symbolic)
         return cls(
             circuit.two_qubit_count, circuit.two_qubit_depth, circuit.one_qubit_count,
-            len(angles) - clifford, t,
+            len(angles), t,
         )  # fmt: skip
+
+
+def is_rotation(gate: Gate) -> bool:
+    """Whether it turns by an angle that is no multiple of pi/2."""
+    if gate.name not in ROTATIONS:
+        return False
+    return gate.params[0].is_symbolic or not _is_multiple(float(gate.params[0]), 0.5)
 
 
 def _is_multiple(angle: float, of: float) -> bool:

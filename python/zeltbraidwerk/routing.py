@@ -23,13 +23,17 @@ import numpy as np
 from zeltbraidwerk import _core, _operators, _renamed, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._optimize_pieces import Assembly
+from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, is_rotation
 from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
+from zeltbraidwerk._site import Site
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Parameter
 from zeltbraidwerk.instructions import Barrier, gates_alone
+from zeltbraidwerk.instructions import placed as moved
 
 __all__ = ["NormalForm", "Routing", "methods", "normalize", "route", "route_ions"]
 
@@ -109,10 +113,12 @@ def route(
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads, ``device`` whatever
     :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, and only its rotations are
     emitted, each as CNOTs along a tree of the device and one RZ. This leaves a Clifford operator.
-    With ``tail="close"``, the default, a short search appends it as gates on the edges: the circuit
-    does what the source does, up to a global phase, every qubit in its place, and ``result.tail``
-    is the identity. With ``tail="return"`` the circuit is shorter and has to be followed by
-    ``result.tail``; ``result.absorb`` and ``result.readout`` take that into what is measured.
+    With ``tail="close"``, the default, a short search appends it as gates on the edges, and another
+    one shortens the whole as :func:`zeltbraidwerk.optimize` does, which starts from routings of its
+    own and gets further. The circuit does what the source does, up to a global phase, every qubit
+    in its place, and ``result.tail`` is the identity. With ``tail="return"`` the circuit has to be
+    followed by ``result.tail``; ``result.absorb`` and ``result.readout`` take that into what is
+    measured.
 
     Measurements and resets that end the circuit go along, each to the qubit that its qubit is
     placed on; with ``tail="return"``, and elsewhere in the circuit, they are refused. Barriers
@@ -122,8 +128,8 @@ def route(
     multiplies the work by the number of qubits of a rotation. ``objective`` is what that choice
     minimises, "count" or "depth" of CNOTs. ``method`` is "trees", or "auto" for the same, as no
     other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
-    :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Closing
-    searches for ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
+    :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Both
+    searches make ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
     ends a run; while the tail is being closed, the exception holds a finished result.
     """
     call = _FAMILY.call(
@@ -265,33 +271,51 @@ def _result(
 
 
 def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
-    """The result with the operator appended, which is its tail on the wires of the source: by a
-    search, which is the same every time unless the budget ends it."""
+    """The result with the operator appended, which is its tail on the wires of the source, and then
+    walked from on the edges: by searches that are the same every time unless the budget ends
+    them."""
     site = call.site
     assert site is not None
 
-    def by(closing: _operators.CliffordSynthesis) -> Routing:
-        tail = placed(closing.circuit, site.qubits, left.n)
+    def by(gates: Circuit) -> Routing:
+        """Gates on wires, the tail among them."""
+        whole = placed(gates, site.qubits, left.n)
         ending = placed(left.source.split_ending()[1], site.qubits, left.n)
         return replace(
             left,
-            circuit=Circuit._trusted(
-                left.n, left.circuit.gates + tail.gates + ending.operations, ending.classical
-            ),
+            circuit=Circuit._trusted(left.n, whole.gates + ending.operations, ending.classical),
             tail=CliffordTableau(left.n),
+            rotations=CircuitCounts.of(gates).rotations,
             seconds=call.elapsed,
-            _rotates=_validate.frozen(np.pad(left._rotates, (0, len(tail)))),
+            _rotates=_validate.frozen(np.array([is_rotation(gate) for gate in whole], np.bool_)),
         )
 
+    part = site.device.part(site.qubits)
+    wire = {q: k for k, q in enumerate(site.qubits)}
+    places = [wire.get(q, 0) for q in range(left.n)]
+    routed = tuple(moved(gate, places) for gate in left.circuit.gates)
     steps, budget = call.effort.steps, call.effort.budget
+    steps = _CLOSING_STEPS if steps is None else steps
+    known: Circuit | None = None
     try:
-        return by(
-            _operators.synthesize(
-                operator, device=site.device.part(site.qubits), seed=0,
-                steps=_CLOSING_STEPS if steps is None else steps,
-                budget=None if budget is None else max(budget - call.elapsed, _SHORTEST),
-            )
+        closing = _operators.synthesize(
+            operator, device=part, seed=0, steps=steps,
+            budget=None if budget is None else max(budget - call.elapsed, _SHORTEST),
         )  # fmt: skip
+        known = Circuit._trusted(part.n, routed + closing.circuit.gates)
+        if steps == 0:
+            return by(known)
+        seconds = None if budget is None else max(budget - call.elapsed, _SHORTEST)
+        walk = replace(
+            call, method="auto", device=part, site=Site(part, tuple(range(part.n))),
+            effort=replace(call.effort, seed=0, steps=steps, budget=seconds),
+        )  # fmt: skip
+        options = {"exact": True, "keep_rotations": True, "route": False}
+        return by(Assembly(walk, known, options).run().circuit)
     except errors.Interrupted as stopped:
-        best = None if stopped.best is None else by(stopped.best)
+        if isinstance(stopped.best, Optimization):
+            known = stopped.best.circuit
+        elif stopped.best is not None:
+            known = Circuit._trusted(part.n, routed + stopped.best.circuit.gates)
+        best = None if known is None else by(known)
         raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
