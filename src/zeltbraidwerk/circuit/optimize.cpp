@@ -14,6 +14,7 @@
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/runs.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -78,9 +79,8 @@ class OptimizeCall {
   }
 
   OptimizeResult run() {
-    const bool is_small = folded_.steps.empty();
     const Lane lane{.method = "search",
-                    .runs = is_small ? 1 : runs_of_search(options_),
+                    .runs = folded_.steps.empty() ? 1 : runs_of_search(options_),
                     .make = [this](int run) { return make(run); }};
     BestRun best = best_of_runs({lane}, options_, control_);
     auto& found = best.as<StagedCircuit>();
@@ -93,6 +93,10 @@ class OptimizeCall {
 
  private:
   void check() const {
+    if (given_.qubits > most_wires) {
+      throw synthesis::TooLargeError("n: got " + std::to_string(given_.qubits) +
+                                     " qubits, wanted at most " + std::to_string(most_wires));
+    }
     check_effort(options_);
     check_method(options_.method, {"auto", "search"}, options_.device != nullptr);
     if (options_.outputs != Outputs::in_place && options_.outputs != Outputs::anywhere) {

@@ -61,7 +61,8 @@ struct OptimizeResult : SynthesisResult {
 };
 
 /// A circuit of the same operator, up to a global phase, that is never larger than the given one:
-/// neither in gates on two qubits (by depth: in their layers), nor in rotations.
+/// neither in gates on two qubits (by depth: in their layers) nor, but for windows that are
+/// replaced by numbers, in rotations. At most 16,384 qubits; above that it throws TooLargeError.
 ///
 /// Rotations about the same Pauli string are merged wherever what stands between commutes with
 /// them, and become Clifford gates where their angles add up to it. Then gates are searched for

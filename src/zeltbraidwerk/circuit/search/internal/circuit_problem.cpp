@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
-#include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_emission.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 
@@ -60,10 +60,33 @@ PauliFrame strings_of(int qubits, const std::vector<Step>& steps) {
   return rows;
 }
 
-PauliFrame images_of(int qubits, const std::vector<Step>& steps) {
-  PauliFrame images = identity_images(qubits);
-  for (const Step& step : steps) apply(images, step);
-  return images;
+CliffordTarget target_of(int qubits, const std::vector<Step>& steps) {
+  CliffordTarget target{identity_images(qubits), {}};
+  StepCircuit clifford;
+  clifford.qubits = qubits;
+  std::ranges::copy_if(steps, std::back_inserter(clifford.steps), &Step::is_clifford);
+  for (const Step& step : inverted(clifford.steps, 0)) apply(target.preimages, step);
+  target.gates = written(clifford);
+  return target;
+}
+
+/// The gates on single wires that are left where the images of qubit q are on wire wires[q].
+std::vector<structures::Gate> gates_left(const PauliFrame& images, const std::vector<int>& wires) {
+  std::vector<structures::Gate> gates;
+  const int n = images.qubits();
+  for (int q = 0; q < n; ++q) {
+    const int wire = wires[static_cast<std::size_t>(q)];
+    PauliFrame there(1, 2);
+    for (const int k : {0, 1}) {
+      there.set_letter(k, 0, images.letter(q + k * n, wire));
+      there.set_negative(k, images.is_negative(q + k * n));
+    }
+    for (structures::Gate& gate : eliminate_clifford(std::move(there), false).gates) {
+      gate.qbits[0] = wire;
+      gates.push_back(std::move(gate));
+    }
+  }
+  return gates;
 }
 
 class StepWriter {
@@ -129,18 +152,16 @@ std::vector<NetworkEvent> events_of(int qubits, const std::vector<Step>& steps) 
 }
 
 CircuitProblem problem_of(int qubits, const std::vector<Step>& steps) {
-  return {strings_of(qubits, steps), target_of(images_of(qubits, steps)),
+  return {strings_of(qubits, steps), target_of(qubits, steps),
           network_of(events_of(qubits, steps), in_order(qubits), true),
           std::ranges::find(steps, StepKind::cz, &Step::kind) != steps.end()};
 }
 
-std::vector<Step> steps_of(const std::vector<NetworkEvent>& events, const CircuitProblem& problem) {
+std::vector<Step> steps_of(const Network& network, const CircuitProblem& problem) {
   PauliFrame images = problem.target.preimages;
   StepWriter writer(images, problem.has_cz);
-  NetworkEmission(problem.rows, writer).run(events);
-  // What is left to undo is on single wires.
-  const std::vector<structures::Gate> rest = eliminate_clifford(std::move(images), false).gates;
-  const StepCircuit last = read_steps(problem.rows.qubits(), rest);
+  NetworkEmission(problem.rows, writer).run(network.events);
+  const StepCircuit last = read_steps(problem.rows.qubits(), gates_left(images, network.wires));
   writer.steps.insert(writer.steps.end(), last.steps.begin(), last.steps.end());
   return std::move(writer.steps);
 }

@@ -21,6 +21,6 @@ CircuitProblem problem_of(int qubits, const std::vector<Step>& steps);
 std::vector<NetworkEvent> events_of(int qubits, const std::vector<Step>& steps);
 
 /// The steps of a network for the problem, with what its gates leave on single wires of the target.
-std::vector<Step> steps_of(const std::vector<NetworkEvent>& events, const CircuitProblem& problem);
+std::vector<Step> steps_of(const Network& network, const CircuitProblem& problem);
 
 }  // namespace zelt::braidwerk::internal

@@ -40,7 +40,8 @@ class CircuitSearch : public SearchByBoth<Network> {
   bool finished() const { return shortest().size.count == 0; }
 
   void round(const Round& round) {
-    const bool with_beams = problem_.rows.rows() < tuning.most_for_beams;
+    const bool with_beams =
+        problem_.rows.rows() < tuning.most_for_beams && qubits() <= tuning.most_qubits_for_beams;
     if (with_beams) {
       search(forward_, round.steps, [&](std::uint64_t steps) { search_forward(steps); });
       search(backward_, round.steps, [&](std::uint64_t steps) { search_backward(steps); });
@@ -102,16 +103,15 @@ class CircuitSearch : public SearchByBoth<Network> {
   void search_backward(std::uint64_t steps) {
     const Network& best = incumbent().circuit();
     if (meter_.ended() || best.wires != in_order(qubits())) return;
-    const CircuitProblem inverse = inverted_problem(best.events, problem_);
+    const CircuitProblem inverse = inverted_problem(best);
     const Network found = search_network(inverse, inverse.given, Outputs::in_place, steps);
-    Network back = network_of(
-        events_of(qubits(), inverted(steps_of(found.events, inverse), problem_.rows.rows())),
-        in_order(qubits()), true);
+    Network back =
+        network_of(events_of(qubits(), inverted(steps_of(found, inverse), problem_.rows.rows())),
+                   in_order(qubits()), true);
     offer(back, back.size, lowering());
   }
-  CircuitProblem inverted_problem(const std::vector<NetworkEvent>& events,
-                                  const CircuitProblem& problem) const {
-    return problem_of(qubits(), inverted(steps_of(events, problem), problem.rows.rows()));
+  CircuitProblem inverted_problem(const Network& network) const {
+    return problem_of(qubits(), inverted(steps_of(network, problem_), problem_.rows.rows()));
   }
 
   /// Walks come in chains, each from the best of the one before and longer: the first chain from
@@ -163,7 +163,7 @@ CircuitFound search_circuit(int qubits, const std::vector<Step>& steps, const Ci
   CircuitSearch search(problem, task, effort);
   run_search(search);
   const Network& best = search.incumbent().circuit();
-  std::vector<Step> found = steps_of(best.events, problem);
+  std::vector<Step> found = steps_of(best, problem);
   // Writing gates anew may take more of them on one qubit.
   if (!task.routes && best.size == problem.given.size && found.size() >= steps.size()) {
     return {steps, in_order(qubits), best.size};
