@@ -63,28 +63,28 @@ def _improved(
 ) -> list[int]:
     n, width = len(weights), len(distances)
     place = np.array(rng.sample(range(width), n), dtype=np.int64)
-    while True:
+    costs = distances[:, place] @ weights  # what qubit k costs on place x, the others as they are
+
+    def move(q: int, target: int) -> None:
+        change = distances[:, target] - distances[:, place[q]]
+        costs[:] += np.outer(change, weights[q])
+        place[q] = target
+
+    better = True
+    while better:
         better = False
         for q in rng.sample(range(n), n):
-            # What all places would cost for qubit q alone.
-            alone = distances[:, place] @ weights[q] - distances[:, place[q]] * weights[q, q]
-            holder = {int(p): k for k, p in enumerate(place)}
-            gains = {}
-            for target in range(width):
-                other = holder.get(target)
-                if other == q:
-                    continue
-                moved = place.copy()
-                moved[q] = target
-                if other is None:
-                    gain = int(alone[place[q]] - alone[target])
-                else:
-                    moved[other] = place[q]
-                    gain = (_cost(weights, distances, place)
-                            - _cost(weights, distances, moved)) // 2  # fmt: skip
-                gains[target] = (gain, moved)
-            target = max(gains, key=lambda t: gains[t][0], default=-1)
-            if target >= 0 and gains[target][0] > 0:
-                place, better = gains[target][1], True
-        if not better:
-            return [int(p) for p in place]
+            here = int(place[q])
+            gains = costs[here, q] - costs[:, q]
+            # The qubit that is there comes here. What both have between them stays as it is.
+            gains[place] += costs[place, np.arange(n)] - costs[here]
+            gains[place] -= 2 * weights[q] * distances[place, here]
+            gains[here] = 0
+            target = int(gains.argmax())
+            if gains[target] <= 0:
+                continue
+            for other in np.flatnonzero(place == target):
+                move(int(other), here)
+            move(q, target)
+            better = True
+    return [int(p) for p in place]
