@@ -241,9 +241,6 @@ def test_circuits_that_do_not_fit_are_routed(router, placement):
     assert same_up_to_phase(unitary(wanted), unitary(Circuit(5, result.circuit.gates)))
 
 
-# --- ends ---------------------------------------------------------------------------------------
-
-
 def test_no_single_move_makes_a_placement_better():
     circuit = Circuit(
         4, [Gate.cnot(a, b) for a, b in [(0, 1)] * 5 + [(1, 2)] * 3 + [(0, 3), (2, 3)]]
@@ -260,6 +257,9 @@ def test_no_single_move_makes_a_placement_better():
                 moved = [place[q] if p == target else p for p in place]
                 moved[q] = target
                 assert cost(moved) >= cost(place), (place, q, target)
+
+
+# --- ends ---------------------------------------------------------------------------------------
 
 
 def test_ctrl_c_leaves_a_whole_circuit(ctrl_c):
