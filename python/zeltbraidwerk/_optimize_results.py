@@ -97,7 +97,7 @@ class Optimization(Result):
 
     ``source`` is the circuit that was given. ``before`` and ``after`` tell how large both are.
     ``rounding`` is the farthest that an angle was from the multiple of pi/2 that it was taken for,
-    at most 1e-9; 0 where none was rounded. Numbers apart, the operator is that of the source up to
+    at most 1e-9; 0 where none was rounded. The operator is that of the source up to
     a global phase, with output q on wire ``permutation[q]``.
     """
 

@@ -13,6 +13,7 @@
 #include "zeltbraidwerk/circuit/internal/steps.h"
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
@@ -34,14 +35,11 @@ bool is_t(const LinearAngle& angle) {
 
 CircuitCounts counts_of(const StepCircuit& circuit) {
   CircuitCounts counts;
-  std::vector<int> layers(static_cast<std::size_t>(circuit.qubits));
+  LayerCount layers(circuit.qubits);
   for (const Step& step : circuit.steps) {
     if (step.is_pair()) {
       ++counts.two_qubit;
-      int& a = layers[static_cast<std::size_t>(step.a)];
-      int& b = layers[static_cast<std::size_t>(step.b)];
-      a = b = std::max(a, b) + 1;
-      counts.depth = std::max(counts.depth, a);
+      layers.add(step.a, step.b);
       continue;
     }
     ++counts.one_qubit;
@@ -49,6 +47,7 @@ CircuitCounts counts_of(const StepCircuit& circuit) {
     ++counts.rotations;
     counts.t += is_t(circuit.angles[static_cast<std::size_t>(step.row)]) ? 1 : 0;
   }
+  counts.depth = layers.depth();
   return counts;
 }
 
