@@ -49,7 +49,7 @@ def wheel_faults(archive: Path, tracked: list[str]) -> list[str]:
                 faults.append(f"{archive.name} lacks the licence of {name}")
             elif words not in wheel.read(text).decode():
                 faults.append(f"{archive.name}: {text} is not the licence of {name}")
-    found = {re.sub(r"\.cpython-\S+\.so$", ".so", n) for n in names if ".dist-info/" not in n}
+    found = {re.sub(r"\.(cpython-\S+|abi3)\.so$", ".so", n) for n in names if ".dist-info/" not in n}
     wanted = package | {f"zeltbraidwerk/{name}" for name in built}
     return faults + compare(archive.name, wanted, found)
 
