@@ -92,6 +92,11 @@ inline Dense rotation(const std::string& letters, double theta) {
   return Dense::identity(p.size) * std::cos(theta / 2) + p * Dense::Entry(0, -std::sin(theta / 2));
 }
 
+/// A gate on one qubit by an angle.
+inline structures::Gate turn(const std::string& name, int q, const structures::Parameter& angle) {
+  return {name, {q}, {angle}, false};
+}
+
 inline Dense unitary(const structures::Gate& gate, int n) {
   const auto on = [n](std::string letters, const std::vector<int>& qubits) {
     std::string all(static_cast<std::size_t>(n), 'I');
