@@ -7,7 +7,6 @@
 #include <cmath>
 #include <fstream>
 #include <numbers>
-#include <numeric>
 #include <random>
 #include <string>
 #include <utility>
@@ -18,6 +17,7 @@
 #include "support/dense.h"
 #include "support/oracles.h"
 #include "support/state_vector.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace {
 
@@ -28,34 +28,14 @@ using support::AngleKind;
 using Circuit = std::vector<Gate>;
 constexpr double pi = std::numbers::pi;
 
-Gate rotation(char axis, int q, const Parameter& angle) {
-  return {std::string("R") + axis, {q}, {angle}, axis == 'Z'};
-}
-Gate rz(int q, const Parameter& angle) {
-  return rotation('Z', q, angle);
-}
-Gate rx(int q, const Parameter& angle) {
-  return rotation('X', q, angle);
-}
-Gate ry(int q, const Parameter& angle) {
-  return rotation('Y', q, angle);
-}
+constexpr auto rx = [](int q, const Parameter& angle) { return support::turn("RX", q, angle); };
+constexpr auto ry = [](int q, const Parameter& angle) { return support::turn("RY", q, angle); };
+constexpr auto rz = [](int q, const Parameter& angle) { return support::turn("RZ", q, angle); };
 
 StepCircuit folded(const Circuit& circuit, int n) {
   StepCircuit steps = read_steps(n, circuit);
   fold(steps);
   return steps;
-}
-
-bool same_up_to_phase(const support::Dense& a, const support::Dense& b) {
-  const support::Dense product = a.dagger() * b;
-  return product.near(support::Dense::identity(a.size) * product(0, 0));
-}
-
-std::vector<int> own(int n) {
-  std::vector<int> wires(static_cast<std::size_t>(n));
-  std::iota(wires.begin(), wires.end(), 0);
-  return wires;
 }
 
 Circuit pairs_of(const Circuit& circuit) {
@@ -102,7 +82,7 @@ TEST(Steps, ReadEveryGateAndWriteTheSameOperator) {
                         {"PH", {1}, {0.4}, true}};
   for (const Gate& gate : cases) {
     const Circuit written_back = written(read_steps(3, {gate}));
-    EXPECT_TRUE(same_up_to_phase(support::unitary({gate}, 3), support::unitary(written_back, 3)))
+    EXPECT_TRUE(support::unitary({gate}, 3).is_multiple_of(support::unitary(written_back, 3)))
         << gate;
   }
   for (const std::vector<int>& qubits : {std::vector{2, 0}, {1, 0, 2}, {1}}) {
@@ -110,8 +90,8 @@ TEST(Steps, ReadEveryGateAndWriteTheSameOperator) {
       const Gate global("XX", qubits, {quarters * pi / 2}, false);
       const auto times = static_cast<std::size_t>((quarters + 4) % 4);
       const Circuit repeated(times, Gate("XX", qubits));
-      EXPECT_TRUE(same_up_to_phase(support::unitary(repeated, 3),
-                                   support::unitary(written(read_steps(3, {global})), 3)))
+      EXPECT_TRUE(support::unitary(repeated, 3)
+                      .is_multiple_of(support::unitary(written(read_steps(3, {global})), 3)))
           << global;
     }
   }
@@ -126,9 +106,7 @@ TEST(Steps, InvertedUndoAll) {
     circuit.steps = inverted(circuit.steps, rows);
     EXPECT_TRUE(has_rows_in_order(circuit));
     std::ranges::reverse(circuit.angles);
-    Circuit both = given;
-    for (const Gate& gate : written(circuit)) both.push_back(gate);
-    EXPECT_TRUE(support::act_alike({}, both, 4, own(4), rng));
+    EXPECT_TRUE(support::act_alike(support::inverse(given), written(circuit), 4, in_order(4), rng));
   }
 }
 
@@ -147,7 +125,7 @@ TEST(Fold, KeepsTheOperatorAndHasNothingLeftToFold) {
     fold(circuit);
     const Circuit once = written(circuit);
     ASSERT_TRUE(support::act_alike(support::with_values(given, values),
-                                   support::with_values(once, values), n, own(n), rng));
+                                   support::with_values(once, values), n, in_order(n), rng));
     EXPECT_EQ(pairs_of(once), pairs_of(given));
     EXPECT_LE(rotations_of(circuit), before);
     taken_out += before - rotations_of(circuit);

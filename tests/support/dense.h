@@ -66,6 +66,11 @@ struct Dense {
     }
     return m;
   }
+  /// By a number.
+  bool is_multiple_of(const Dense& other) const {
+    const Dense product = other.dagger() * *this;
+    return product.near(identity(size) * product(0, 0));
+  }
   bool near(const Dense& other) const {
     for (std::size_t k = 0; k < entries.size(); ++k) {
       if (std::abs(entries[k] - other.entries[k]) > 1e-9) return false;
