@@ -21,10 +21,7 @@ using structures::OperatorTableau;
 using structures::ShelveMetric;
 using support::AngleKind;
 using support::Rng;
-
-Gate turn(const char* name, int q, double angle) {
-  return {name, {q}, {angle}, false};
-}
+using support::turn;
 
 Graph device(Graph g) {
   g.set_shortest_paths();
