@@ -166,6 +166,68 @@ TEST(Routing, KeepsItsGatesOnLargeDevices) {
   EXPECT_EQ(digest.text(), "ed0014ebc373b445");
 }
 
+TEST(Routing, TreesInTheCacheAnswerLaterCalls) {
+  Graph line = device(support::line(3));
+  line.sketches = {{2}, {2}, {2}};
+  const auto route = [&line](const std::vector<Gate>& circuit, int sketch_mode) {
+    OperatorTableau frame(3);
+    std::vector<Gate> out;
+    clifford_nnize(circuit, line, 0, true, true, out, frame, sketch_mode);
+    return support::show(out);
+  };
+  const Gate cnot = Gate::CNOT(0, 1);
+  const Gate back = Gate::CNOT(1, 2);
+  // The rotations IZZ and ZZI: the second one's tree is asked for, and not walked.
+  EXPECT_EQ(route({back, turn("RZ", 2, 0.2), back, cnot, turn("RZ", 1, 0.3)}, 0),
+            "CNOT 2 1, RZ 1, CNOT 2 1, CNOT 1 0, RZ 0");
+  EXPECT_EQ(route({cnot, turn("RZ", 1, 0.3)}, 1), "CNOT 1 0, RZ 0");
+}
+
+/// Both builders in turn on one graph: gates, errors, and the trees in the cache, where each
+/// lookahead asks for the tree of every rotation of its block.
+TEST(Routing, KeepsItsTrees) {
+  Rng rng(81);
+  support::Digest digest;
+  for (int k = 0; k < 300; ++k) {
+    const int n = 1 + k % 6;
+    Graph graph = random_device(n, rng);
+    if (k % 5 == 0) {  // a disconnected device, where some roots have no fan-in
+      graph.disconnect(static_cast<int>(rng() % support::at(n)));
+      graph.update_shortest_paths();
+    }
+    support::uniform_script = [&](int a, int b) {
+      return a + static_cast<int>(rng() % support::at(b - a + 1));
+    };
+    graph.initialize_sketches();
+    for (int call = 0; call < 4; ++call) {
+      graph.sketch_mode = static_cast<int>(rng() % 2);
+      const int depth = static_cast<int>(rng() % (n > 4 ? 3 : 4));
+      const bool by_depth = rng() % 2 == 0;
+      const auto circuit =
+          support::random_circuit(n, static_cast<int>(rng() % 30), AngleKind::symbolic, rng);
+      OperatorTableau frame(n);
+      auto blocks = normalize_circuit(circuit, frame, true, false).first;
+      std::vector<Gate> gates, out;
+      int qubit = -1;
+      int index = 0;
+      bool flip = false;
+      testing::internal::CaptureStdout();
+      try {  // a tree closes a cycle, or is in parts
+        const auto choose = by_depth ? cost_clifford_order_depth : cost_clifford_order;
+        digest.add(choose(0, blocks, OperatorTableau(n), graph, depth, gates, qubit, index, flip));
+        digest.add(gates, qubit, index, flip, support::cached_trees(graph));
+        const auto route = by_depth ? clifford_nnize_depth : clifford_nnize;
+        route(circuit, graph, depth, true, false, out, frame, graph.sketch_mode);
+      } catch (const std::logic_error& error) {
+        digest.add(std::string_view(error.what()));
+      }
+      testing::internal::GetCapturedStdout();
+      digest.add(out, frame, support::cached_trees(graph));
+    }
+  }
+  EXPECT_EQ(digest.text(), "4b0bdf2f98cda795");
+}
+
 TEST(Routing, IonsKeepTheirGates) {
   Rng rng(75);
   support::Digest digest;
