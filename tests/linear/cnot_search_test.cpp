@@ -6,28 +6,20 @@
 #include <map>
 #include <vector>
 
-#include "support/oracles.h"
+#include "support/gate_lists.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
-#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/search/internal/map_table.h"
 
 namespace {
 
 using support::at;
-using support::implements_up_to;
+using support::implements;
 using support::packed;
 using support::steps;
 using namespace zelt::braidwerk::internal;
-
-bool implements(const FreeCircuit& found, const BoolMatrix& m, bool exact) {
-  for (std::size_t r = 0; exact && r < m.size(); ++r) {
-    if (found.perm[r] != static_cast<int>(r)) return false;
-  }
-  return implements_up_to(found.circuit, found.perm, m);
-}
 
 // Distances by plain search from the identity, or from all permutations, one row per number.
 using Rows = std::array<unsigned, 5>;
@@ -117,7 +109,7 @@ TEST(CnotWalk, KeepsTheMapAtEveryStep) {
       Walk<const BlockRewriter> walk(search_cnot(packed(m), task, steps(0)), rewriter);
       for (int step = 0; step < 300; ++step) {
         walk.step(0.5F, rng);
-        ASSERT_TRUE(implements(free_circuit(walk.list()), m, !permuted)) << n << " step " << step;
+        ASSERT_TRUE(implements(walk.list(), m, !permuted)) << n << " step " << step;
       }
     }
   }
@@ -131,7 +123,7 @@ TEST(CnotSearch, FindsACircuitOfEverySize) {
       for (const int window : {4, 5}) {
         const Task task{.outputs = support::outputs(exact), .seed = 1};
         const GateList found = search_cnot(packed(m), task, steps(n < 20 ? 3000 : 300), window);
-        ASSERT_TRUE(implements(free_circuit(found), m, exact)) << n;
+        ASSERT_TRUE(implements(found, m, exact)) << n;
       }
     }
   }
@@ -141,13 +133,11 @@ TEST(CnotSearch, OutputsComeOutWhereItSays) {
   // Output 0 is input 1, output 1 is input 2, output 2 is input 0 plus input 1: one CNOT and a
   // cycle.
   const BoolMatrix m = support::matrix({"010", "001", "110"});
-  const FreeCircuit free =
-      free_circuit(search_cnot(packed(m), {.outputs = Outputs::anywhere}, steps(10)));
-  EXPECT_EQ(support::show(free.circuit.gates), "(1,0)");
-  EXPECT_EQ(free.perm, (std::vector<int>{1, 2, 0}));
-  const FreeCircuit exact =
-      free_circuit(search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10)));
-  EXPECT_EQ(exact.circuit.gates.size(), 5U);
+  const GateList free = search_cnot(packed(m), {.outputs = Outputs::anywhere}, steps(10));
+  EXPECT_EQ(free.gates, (support::Gates{cnot(1, 0)}));
+  EXPECT_TRUE(implements(free, m));
+  const GateList exact = search_cnot(packed(m), {.outputs = Outputs::in_place}, steps(10));
+  EXPECT_EQ(exact.count(), 5);
   EXPECT_TRUE(implements(exact, m, true));
 }
 
@@ -170,7 +160,7 @@ TEST(CnotSearch, BlocksAreTakenApart) {
   EXPECT_EQ(blocks_of(packed(m)).size(), 3U);
   for (const bool exact : {false, true}) {
     const Task task{.outputs = support::outputs(exact)};
-    EXPECT_TRUE(implements(free_circuit(search_cnot(packed(m), task, steps(20000))), m, exact));
+    EXPECT_TRUE(implements(search_cnot(packed(m), task, steps(20000)), m, exact));
   }
 }
 
