@@ -9,21 +9,17 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from zeltbraidwerk import (
-    Barrier,
     Circuit,
     CliffordTableau,
     CnotCircuit,
-    Conditional,
     Device,
     Gate,
-    Measure,
-    Register,
-    Reset,
     clifford,
     errors,
     phase,
     routing,
 )
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 X, CNOT = Gate("X", 0), Gate.cnot(0, 1)
 
