@@ -26,15 +26,15 @@ def replaced(result, **changes):
 
 
 def spoilt(circuit, only_turned=False):
-    """The circuit with its first and its last CNOT turned round, or left out, and with all angles
-    negated."""
+    """The circuit with its first and its last CNOT turned round, or nothing in its place, and
+    with all angles negated."""
     gates = list(circuit)
     is_pair = [isinstance(gate, tuple) or gate.name == "CNOT" for gate in gates]
     for at in (is_pair.index(True), len(gates) - 1 - is_pair[::-1].index(True)):
         pair = gates[at]
         turned = pair[::-1] if isinstance(pair, tuple) else Gate("CNOT", pair.qubits[::-1])
-        for instead in ([turned],) if only_turned else ([turned], []):
-            yield type(circuit)(circuit.n, [*gates[:at], *instead, *gates[at + 1 :]])
+        for instead in (turned,) if only_turned else (turned, Gate("I", 0)):
+            yield type(circuit)(circuit.n, [*gates[:at], instead, *gates[at + 1 :]])
     if not only_turned:
         yield Circuit(circuit.n, [gate.inverse() if gate.params else gate for gate in gates])
 

@@ -2,6 +2,7 @@
 
 import math
 import time
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -24,6 +25,7 @@ import zeltbraidwerk as zb
 from zeltbraidwerk import Circuit, CliffordTableau, Device, Gate, Parameter, core, errors, routing
 
 PI = math.pi
+CIRCUITS = Path(__file__).parents[2] / "bench" / "circuits"
 ANGLES = [0.3, -1.2, PI / 4, -PI / 4, PI / 2, -PI / 2, PI, 3 * PI / 2, 2 * PI, 0.0]
 ONE = ["H", "S", "D-S", "X", "Y", "Z", "I"]
 
@@ -130,6 +132,13 @@ def test_merging_folds_what_has_become_clifford():
     )
     assert routing.route(Circuit(0), Device(0, [])).verify()
     assert routing.route_ions(Circuit(0)).circuit == Circuit(0)
+
+
+def test_known_numbers_of_t_gates():
+    known = {"tof_3": 15, "tof_10": 71, "barenco_tof_3": 16, "mod5_4": 8, "vbe_adder_3": 24}
+    for name, wanted in (known | {"adder_8": 173}).items():
+        form = routing.normalize(CIRCUITS / f"{name}.qasm", repeat=True)
+        assert len(form.rotations) == wanted, name
 
 
 def test_standard_output_stays_quiet_and_the_core_agrees(capfd):

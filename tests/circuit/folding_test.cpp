@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <numbers>
 #include <random>
 #include <string>
@@ -200,43 +199,6 @@ TEST(Fold, TellsHowFarAnglesWereRounded) {
   const Gate global("XX", {0, 1}, {pi / 2 - 3e-10}, false);
   EXPECT_NEAR(folded({global}, 2).rounding, 3e-10, 1e-15);
   EXPECT_EQ(rotations_of(folded({rz(0, pi / 2 + 2e-9)}, 1)), 1);
-}
-
-/// Of a file with one gate on each line: x, cx and ccx.
-Circuit reversible_circuit(const std::string& name) {
-  std::ifstream file(std::string(BENCH_CIRCUITS) + '/' + name + ".qasm");
-  Circuit circuit;
-  for (std::string line; std::getline(file, line);) {
-    std::vector<int> q;
-    for (std::size_t at = line.find('['); at != std::string::npos; at = line.find('[', at + 1)) {
-      q.push_back(std::stoi(line.substr(at + 1)));
-    }
-    if (line.starts_with("x ")) circuit.push_back({"X", q});
-    if (line.starts_with("cx ")) circuit.push_back(Gate::CNOT(q.at(0), q.at(1)));
-    if (!line.starts_with("ccx ")) continue;
-    const auto t = [&](int on, double sign) {
-      circuit.push_back(rz(q[support::at(on)], sign * pi / 4));
-    };
-    const auto cnot = [&](int a, int b) {
-      circuit.push_back(Gate::CNOT(q.at(support::at(a)), q.at(support::at(b))));
-    };
-    circuit.push_back(Gate::H(q.at(2)));
-    cnot(1, 2), t(2, -1), cnot(0, 2), t(2, 1), cnot(1, 2), t(2, -1), cnot(0, 2), t(1, 1), t(2, 1);
-    circuit.push_back(Gate::H(q.at(2)));
-    cnot(0, 1), t(0, 1), t(1, -1), cnot(0, 1);
-  }
-  return circuit;
-}
-
-TEST(Fold, LeavesTheKnownNumbersOfTGates) {
-  const std::pair<const char*, int> cases[] = {{"tof_3", 15},         {"tof_10", 71},
-                                               {"barenco_tof_3", 16}, {"mod5_4", 8},
-                                               {"vbe_adder_3", 24},   {"adder_8", 173}};
-  for (const auto& [name, wanted] : cases) {
-    const Circuit circuit = reversible_circuit(name);
-    ASSERT_GT(circuit.size(), 20) << name;
-    EXPECT_EQ(rotations_of(folded(circuit, 24)), wanted) << name;
-  }
 }
 
 }  // namespace
