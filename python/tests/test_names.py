@@ -77,7 +77,7 @@ pauli(method='sets-decoding') == pauli(method='sets_decoding'): 'sets-decoding' 
 pauli(method='sets-closed') == pauli(method='sets_closed'): 'sets-closed' is now called 'sets_closed'
 graph_state().stabilisers() == list(graph_state().stabilizers): GraphStateSynthesis.stabilisers is now called stabilizers
 state().stabilisers == ('+XX', '+ZZ'): StateSynthesis.stabilisers is now called stabilizers
-Circuit(1, [Gate.h(0)]).count == 1: Circuit.count is now called gate_count
+zb.Circuit(1, [zb.Gate.h(0)]).count == 1: Circuit.count is now called gate_count
 """  # fmt: skip
 
 
