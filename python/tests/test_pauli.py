@@ -187,23 +187,19 @@ HAMILTONIANS = [
 ]
 
 
-@pytest.mark.parametrize("preserve_order", [True, False])
+@pytest.mark.parametrize("kept", [True, False])
 @pytest.mark.parametrize("kind", ["lie 1", "lie 3", "suzuki 2", "suzuki 4", "grouped", "drift"])
 @pytest.mark.parametrize(("labels", "weights", "time"), HAMILTONIANS)
-def test_an_evolution_gate_of_qiskit_is_its_own_circuit(
-    labels, weights, time, kind, preserve_order
-):
+def test_an_evolution_gate_of_qiskit_is_its_own_circuit(labels, weights, time, kind, kept):
     info = pytest.importorskip("qiskit.quantum_info")
     library = pytest.importorskip("qiskit.circuit.library")
     synthesis = pytest.importorskip("qiskit.synthesis")
     name, _, number = kind.partition(" ")
     formula = {
-        "lie": lambda: synthesis.LieTrotter(int(number), preserve_order=preserve_order),
-        "suzuki": lambda: synthesis.SuzukiTrotter(
-            int(number), reps=2, preserve_order=preserve_order
-        ),
-        "grouped": lambda: synthesis.LieTrotter(2, preserve_order=preserve_order),
-        "drift": lambda: synthesis.QDrift(2, seed=5, preserve_order=preserve_order),
+        "lie": lambda: synthesis.LieTrotter(int(number), preserve_order=kept),
+        "suzuki": lambda: synthesis.SuzukiTrotter(int(number), reps=2, preserve_order=kept),
+        "grouped": lambda: synthesis.LieTrotter(2, preserve_order=kept),
+        "drift": lambda: synthesis.QDrift(2, seed=5, preserve_order=kept),
     }[name]
     operator = info.SparsePauliOp(labels, weights)
     if name == "grouped":

@@ -51,16 +51,11 @@ WRONG = {
 
 # What belongs to a class when one of its methods is called, and of the fields of a dataclass.
 INSTANCES = {
-    "Barrier": lambda: zb.Barrier((0, 1)),
-    "Circuit": CNOTS.to_circuit,
-    "Conditional": lambda: zb.Conditional(Gate.h(0), 0),
-    "Measure": lambda: zb.Measure(0, 0),
-    "Register": lambda: zb.Register("c", 1),
-    "Reset": lambda: zb.Reset(0),
-    "CliffordTableau": lambda: CliffordTableau(2),
-    "CnotCircuit": lambda: CNOTS,
-    "Device": lambda: Device.line(3),
-    "Gate": lambda: Gate.h(0),
+    "Barrier": lambda: zb.Barrier((0, 1)), "Circuit": CNOTS.to_circuit,
+    "Conditional": lambda: zb.Conditional(Gate.h(0), 0), "Measure": lambda: zb.Measure(0, 0),
+    "Register": lambda: zb.Register("c", 1), "Reset": lambda: zb.Reset(0),
+    "CliffordTableau": lambda: CliffordTableau(2), "CnotCircuit": lambda: CNOTS,
+    "Device": lambda: Device.line(3), "Gate": lambda: Gate.h(0),
     "Parameter": lambda: zb.Parameter(0.5),
     "LinearSynthesis": lambda: zb.linear.synthesize(MATRIX, **QUICK),
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),
@@ -72,7 +67,7 @@ INSTANCES = {
     "Readout": lambda: zb.pauli.synthesize({"XX": 0.5}, **QUICK).readout(["ZZ"]),
     "NormalForm": lambda: zb.routing.normalize(BELL),
     "Routing": lambda: zb.routing.route(BELL, Device.line(2)),
-}
+}  # fmt: skip
 
 # Arguments that work, by the name of the parameter: of every callable that has not its own below.
 VALUES = {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/QR>
-#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <map>

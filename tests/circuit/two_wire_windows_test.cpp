@@ -8,7 +8,6 @@
 #include <numbers>
 #include <random>
 #include <string>
-#include <utility>
 
 #include "support/circuits.h"
 #include "support/oracles.h"
@@ -18,7 +17,6 @@ namespace {
 
 using namespace zelt::braidwerk::internal;
 using structures::Gate;
-using structures::Parameter;
 using support::AngleKind;
 using support::at;
 using support::turn;

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <numbers>
-#include <numeric>
 
 #include "support/dense.h"
 #include "support/oracles.h"

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <complex>
-#include <numbers>
 #include <string>
 #include <vector>
 
