@@ -13,6 +13,7 @@ from zeltbraidwerk import (
     routing,
 )
 from zeltbraidwerk._core import _version as __version__
+from zeltbraidwerk._json import from_json
 from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -36,6 +37,7 @@ __all__ = [
     "clifford",
     "core",
     "errors",
+    "from_json",
     "gallery",
     "graph_state",
     "linear",

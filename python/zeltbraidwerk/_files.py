@@ -1,4 +1,4 @@
-"""Text from files that hold a circuit."""
+"""Text from files that hold a circuit, and text into files."""
 
 from __future__ import annotations
 
@@ -26,3 +26,21 @@ def text_of(path: str | os.PathLike[str]) -> str:
             f"circuit: got {str(path)[:200]!r}, wanted OpenQASM 2 or the path of a file of it: "
             f"{reason}"
         ) from None
+
+
+def save(path: str | os.PathLike[str], text: str) -> None:
+    """Writes a whole file at once: another program sees the old one or the new one, never a part.
+    What is no file, such as a pipe, is written to as it stands. Raises an OSError."""
+    target = Path(os.path.realpath(path))
+    if target.exists() and not target.is_file():
+        target.write_text(text, encoding="utf-8")
+        return
+    part = target.with_name(f".{target.name}.{os.getpid()}")
+    try:
+        part.write_text(text, encoding="utf-8")
+        if target.exists():
+            part.chmod(target.stat().st_mode & 0o777)
+        part.replace(target)
+    except BaseException:
+        part.unlink(missing_ok=True)
+        raise

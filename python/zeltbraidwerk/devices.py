@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _couplings, _draw_device, _validate, errors
+from zeltbraidwerk import _core, _couplings, _draw_device, _json, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 
 __all__ = ["Device"]
@@ -28,7 +28,7 @@ __all__ = ["Device"]
 Edge = tuple[int, int]
 
 
-class Device:
+class Device(_json.Stored):
     """The coupling graph of a device: ``n`` qubits from 0 up, and the pairs that may have a
     two-qubit gate.
 
@@ -289,6 +289,14 @@ class Device:
 
     def _repr_svg_(self) -> str:
         return self.draw()
+
+    def _to_plain(self) -> dict[str, Any]:
+        return {"n": self._n, "edges": [list(edge) for edge in self._edges], "name": self._name}
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> Device:
+        table = _json.fields(plain, where)
+        return _json.built(where, cls, table.get("n"), table.get("edges"), table.get("name", ""))
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Device):

@@ -93,6 +93,10 @@ class QasmFileError(QasmError, OSError):
     """A file of OpenQASM that cannot be read."""
 
 
+class JsonError(Error, ValueError):
+    """JSON that is not of the form that this package writes; the text tells the place."""
+
+
 class UnknownMethodError(Error, ValueError):
     """A method that is not in the family's list."""
 

@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _search, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
@@ -74,6 +74,7 @@ class LinearSynthesis(Result):
         return wires == wanted and self._on_edges()
 
 
+@_calls.recorded("linear.synthesize", "matrix")
 def synthesize(
     matrix: npt.ArrayLike,
     *,
