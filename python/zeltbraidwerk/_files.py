@@ -8,9 +8,13 @@ from pathlib import Path
 from zeltbraidwerk import errors
 
 
+def has_statements(text: str) -> bool:
+    """Whether it may be OpenQASM: every program has a semicolon."""
+    return ";" in text
+
+
 def is_path(text: str) -> bool:
-    """Every OpenQASM program has a semicolon."""
-    return bool(text.strip()) and ";" not in text and "\n" not in text
+    return bool(text.strip()) and not has_statements(text) and "\n" not in text
 
 
 def text_of(path: str | os.PathLike[str]) -> str:

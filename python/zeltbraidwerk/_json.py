@@ -15,13 +15,15 @@ import types
 import typing
 from collections.abc import Callable, Iterable, Mapping, Sequence
 from functools import cache
-from typing import Any, ClassVar, Literal, Self
+from typing import Any, ClassVar, Literal, Self, TypeVar
 
 import numpy as np
 
 from zeltbraidwerk import _core, _validate, errors
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Reset
+
+T = TypeVar("T")
 
 VERSION = 1
 
@@ -64,7 +66,8 @@ class Stored:
             raise errors.JsonError(
                 f"kind: got {_validate.shown(kind)}, wanted {' or '.join(wanted)}"
             )
-        return found._of_plain(content, "content")
+        made: Any = found._of_plain(content, "content")
+        return typing.cast(Self, made)
 
     def _counts(self) -> dict[str, int]:
         """For readers of the text."""
@@ -244,10 +247,10 @@ def operation_in(value: Any, where: str) -> Any:
     return built(where, Gate, name, qubits, items(table.get("params", []), f"{where}.params"))
 
 
-def built(where: str, make: Callable[..., Any], *given: Any, **named: Any) -> Any:
+def built(where: str, make: Callable[..., T], *given: Any) -> T:
     """What ``make`` makes; its errors tell the place."""
     try:
-        return make(*given, **named)
+        return make(*given)
     except (errors.Error, TypeError) as error:
         raise errors.JsonError(f"{where}: {error}") from None
 
