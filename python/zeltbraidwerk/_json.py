@@ -66,8 +66,7 @@ class Stored:
             raise errors.JsonError(
                 f"kind: got {_validate.shown(kind)}, wanted {' or '.join(wanted)}"
             )
-        made: Any = found._of_plain(content, "content")
-        return typing.cast(Self, made)
+        return found._of_plain(content, "content")
 
     def _counts(self) -> dict[str, int]:
         """For readers of the text."""
@@ -205,7 +204,7 @@ def _object(kind: Any, value: Any, where: str) -> Any:
     return _dataclass(kind, value, where)
 
 
-def _dataclass(kind: Any, value: Any, where: str) -> Any:
+def _dataclass(kind: Callable[..., T], value: Any, where: str) -> T:
     """Of a dataclass or a named tuple. Fields that it does not have are left out."""
     table = fields(value, where)
     given = {

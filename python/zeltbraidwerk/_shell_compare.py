@@ -95,9 +95,11 @@ def _peers(circuit: Circuit, device: Device | None) -> Iterator[tuple[str, Make]
 
 
 def _qiskit(circuit: Circuit, device: Device | None) -> Circuit:
-    edges = None if device is None else [
-        pair for a, b in device.edges for pair in ((a, b), (b, a))
-    ]  # fmt: skip
+    edges = None
+    if device is not None:
+        edges = _interop._package("qiskit.transpiler").CouplingMap(
+            [pair for a, b in device.edges for pair in ((a, b), (b, a))]
+        )
     found = _interop._package("qiskit").transpile(
         circuit.to_qiskit(), basis_gates=["cx", "rz", "sx", "x"], optimization_level=3,
         coupling_map=edges, seed_transpiler=1,

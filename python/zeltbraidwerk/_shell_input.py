@@ -14,6 +14,7 @@ import numpy as np
 from zeltbraidwerk import _files, _interop, _json, _texts, _validate, errors, phase
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
+from zeltbraidwerk.gates import Parameter
 
 
 class InputError(Exception):
@@ -162,12 +163,8 @@ def graph(path: str) -> Any:
 def symbol(value: Any) -> str | None:
     """A symbolic angle of what was read, which some formats cannot hold; None without one."""
     if isinstance(value, Circuit):
-        angles = [angle for gate in value.gates for angle in gate.params]
-    elif isinstance(value, tuple) and len(value) == 2:
-        angles = list(value[1])
-    else:
-        angles = [pair[1] for pair in value] if isinstance(value, list) else []
-    for angle in angles:
-        if getattr(angle, "is_symbolic", False):
-            return _validate.shown(str(angle))
-    return None
+        value = [angle for _, _, angles in value._operations() for angle in angles]
+    if isinstance(value, (list, tuple)):
+        return next((found for part in value if (found := symbol(part))), None)
+    is_symbolic = isinstance(value, Parameter) and value.is_symbolic
+    return _validate.shown(str(value)) if is_symbolic else None
