@@ -1,6 +1,39 @@
-"""Synthesis of quantum circuits."""
+"""Quantum circuits with few two-qubit gates, or few layers of them.
+
+What you have, and what makes a short circuit of it:
+
+    a circuit                         zb.optimize(circuit)
+    an invertible matrix over GF(2)   zb.linear.synthesize(matrix)
+    a Clifford operator               zb.clifford.synthesize(tableau)
+    a stabilizer state                zb.clifford.synthesize_state(stabilizers)
+    a graph                           zb.graph_state.synthesize(graph)
+    parities with angles              zb.phase.synthesize(polynomial)
+    Pauli rotations                   zb.pauli.synthesize(rotations)
+    commuting Pauli strings           zb.pauli.codiagonalize(strings)
+    a circuit and a device            zb.optimize(circuit, device=device), zb.routing.route
+
+Each takes device=, objective="count" or "depth", permutation="exact" or "free", seed=, steps=,
+budget= (seconds), restarts= and jobs=, as far as they mean something there, and gives a result with
+.circuit, .count, .depth, .permutation and .verify().
+
+    zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
+    zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
+    zb.CliffordTableau     Clifford operators: images of X and Z
+    zb.gallery             inputs to try: matrices, rotations, graphs, circuits
+    zb.errors              the exceptions, one class per cause
+    zb.plot                pictures of searches
+    zb.core                the functions of the C++ library under their own names
+
+>>> import zeltbraidwerk as zb
+>>> result = zb.optimize("qreg q[3]; ccx q[0],q[1],q[2]; cx q[0],q[1]; ccx q[0],q[1],q[2];", seed=1)
+>>> result.before.two_qubit, result.count, result.verify()
+(13, 2, True)
+"""
+
+import sys
 
 from zeltbraidwerk import (
+    _public,
     clifford,
     core,
     errors,
@@ -47,3 +80,6 @@ __all__ = [
     "plot",
     "routing",
 ]
+
+_public.tidy(clifford, core, errors, gallery, graph_state, linear, pauli, phase, plot, routing)
+_public.tidy(sys.modules[__name__])

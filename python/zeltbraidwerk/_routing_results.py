@@ -35,6 +35,7 @@ class NormalForm(_json.Stored):
 
     @property
     def n(self) -> int:
+        """How many qubits the circuit has."""
         return self.source.n
 
     @property

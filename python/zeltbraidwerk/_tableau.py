@@ -91,6 +91,7 @@ class CliffordTableau(_json.Stored):
         return cls._wrap(built)
 
     def to_core(self) -> _core.OperatorTableau:
+        """The tableau as a value of :mod:`zeltbraidwerk.core`."""
         return _core.OperatorTableau(self._core)
 
     @property
@@ -130,6 +131,7 @@ class CliffordTableau(_json.Stored):
         return "-+"[minus == turned] + image
 
     def inverse(self) -> CliffordTableau:
+        """The tableau of the inverse operator."""
         return self._wrap(self._core.inverse())
 
     def __matmul__(self, earlier: CliffordTableau) -> CliffordTableau:
@@ -169,6 +171,7 @@ class CliffordTableau(_json.Stored):
         return np.bitwise_xor.reduce(_SIGNS[places], axis=1), _LETTERS[places]
 
     def to_stim(self) -> stim.Tableau:
+        """The same operator as a ``stim.Tableau``."""
         stim = _interop._package("stim")
         xs, zs = ([stim.PauliString(text) for text in texts] for texts in self.images())
         return stim.Tableau.from_conjugated_generators(xs=xs, zs=zs)

@@ -71,6 +71,7 @@ class CnotCircuit(CircuitBase):
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
+        """The circuit as a value of :mod:`zeltbraidwerk.core`."""
         return _core.CnotCircuit(self._n, self._gates)
 
     @property
@@ -106,6 +107,7 @@ class CnotCircuit(CircuitBase):
         return self.to_core().Simulate()
 
     def inverse(self) -> CnotCircuit:
+        """The circuit of the inverse operator: its gates in reverse order."""
         return self._trusted(self._n, self._gates[::-1].copy())
 
     def to_circuit(self) -> Circuit:

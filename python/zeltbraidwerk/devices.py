@@ -174,6 +174,7 @@ class Device(_json.Stored):
 
     @property
     def name(self) -> str:
+        """What the device is called, such as "grid 4x4"."""
         return self._name
 
     @cached_property
@@ -185,6 +186,7 @@ class Device(_json.Stored):
         return tuple(map(frozenset, found))
 
     def neighbors(self, qubit: int) -> tuple[int, ...]:
+        """The qubits that share an edge with ``qubit``."""
         return tuple(sorted(self._neighbours[_validate.integer(qubit, "qubit", 0, self._n - 1)]))
 
     def adjacency(self) -> npt.NDArray[np.bool_]:

@@ -40,6 +40,7 @@ class Parameter:
 
     @property
     def is_symbolic(self) -> bool:
+        """Whether the angle has symbols, and so is no number yet."""
         return self._core.is_abstract
 
     @property
@@ -193,14 +194,17 @@ class Gate:
 
     @property
     def name(self) -> str:
+        """What the gate is called in the library, such as "CNOT" or "RZ"."""
         return self._name
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on, controls first."""
         return self._qubits
 
     @property
     def params(self) -> tuple[Parameter, ...]:
+        """Its angles, in radians."""
         return self._params
 
     @property
@@ -237,6 +241,7 @@ class Gate:
         return cls("RZ", qubit, angle)
 
     def inverse(self) -> Gate:
+        """The gate that undoes this one."""
         if self._name in ROTATIONS:
             return Gate(self._name, self._qubits, -self._params[0])
         if self._name not in _INVERSES:
@@ -244,6 +249,7 @@ class Gate:
         return Gate(_INVERSES[self._name], self._qubits)
 
     def to_core(self) -> _core.Gate:
+        """The gate as a value of :mod:`zeltbraidwerk.core`."""
         params = [parameter._core for parameter in self._params]
         return _core.Gate(self._name, list(self._qubits), params, self.diag)
 
