@@ -143,7 +143,7 @@ def test_comments_tell_places(shell):
         ("state odd.txt", "wanted 1"),
         ("graph-state p.txt", "line 1"),
         ("optimize bad.qasm", "bad.qasm: line 2: the gate foo is not known"),
-        ("optimize bad.json", "bad.json: text: got other JSON"),
+        ("optimize bad.json", "bad.json: text: got .*, wanted an object with"),
         ("route c.qasm", "--device: got none"),
         (
             "route c.qasm --device gird:2x2",

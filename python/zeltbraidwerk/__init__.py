@@ -19,6 +19,7 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
     zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
     zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
     zb.CliffordTableau     Clifford operators: images of X and Z
+    zb.from_json(text)     what .to_json() of circuits and results wrote
     zb.gallery             inputs to try: matrices, rotations, graphs, circuits
     zb.errors              the exceptions, one class per cause
     zb.plot                pictures of searches

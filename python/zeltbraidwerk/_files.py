@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 from pathlib import Path
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _validate, errors
 
 
 def has_statements(text: str) -> bool:
@@ -34,8 +34,19 @@ def text_of(path: str | os.PathLike[str]) -> str:
 
 def save(path: str | os.PathLike[str], text: str) -> None:
     """Writes a whole file at once: another program sees the old one or the new one, never a part.
-    What is no file, such as a pipe, is written to as it stands. Raises an OSError."""
-    target = Path(os.path.realpath(path))
+    What is no file, such as a pipe, is written to as it stands."""
+    if not isinstance(path, (str, os.PathLike)):
+        raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
+    try:
+        _save(Path(os.path.realpath(path)), text)
+    except (OSError, ValueError) as error:
+        reason = getattr(error, "strerror", None) or error
+        raise errors.FileError(
+            f"path: got {str(path)[:200]!r}, wanted a file that can be written: {reason}"
+        ) from None
+
+
+def _save(target: Path, text: str) -> None:
     if target.exists() and not target.is_file():
         target.write_text(text, encoding="utf-8")
         return

@@ -97,9 +97,11 @@ def _opened(text: Any) -> tuple[str, Any]:
     try:
         document = json.loads(text)
     except (ValueError, RecursionError) as error:
-        raise errors.JsonError(f"text: got no JSON: {error}") from None
+        raise errors.JsonError(f"text: got {_validate.shown(text)}, wanted JSON: {error}") from None
     if not isinstance(document, dict) or document.get("format") != _FORMAT:
-        raise errors.JsonError(f'text: got other JSON, wanted an object with "format": "{_FORMAT}"')
+        raise errors.JsonError(
+            f'text: got {_validate.shown(text)}, wanted an object with "format": "{_FORMAT}"'
+        )
     version = document.get("version")
     if not isinstance(version, int) or not 1 <= version <= VERSION:
         raise errors.JsonError(

@@ -50,10 +50,7 @@ def write(result: Result, format: str, path: str | None) -> None:
         sys.stdout.write(text)
         sys.stdout.flush()
         return
-    try:
-        _files.save(str(path), text)
-    except OSError as error:
-        raise InputError(f"cannot write {path}: {error.strerror or error}") from None
+    _files.save(str(path), text)
 
 
 def summary(result: Result) -> str:

@@ -97,6 +97,10 @@ class JsonError(Error, ValueError):
     """JSON that is not of the form that this package writes; the text tells the place."""
 
 
+class FileError(Error, ValueError, OSError):
+    """A file that cannot be written."""
+
+
 class UnknownMethodError(Error, ValueError):
     """A method that is not in the family's list."""
 
