@@ -87,7 +87,7 @@ VALUES = {
 # none that works.
 ARGUMENTS = {
     "from_networkx": [], "from_pytket": [], "from_qiskit": [], "from_rustworkx": [],
-    "from_stim": [], "best_over_time": [],
+    "from_stim": [], "from_json": [], "best_over_time": [], "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
     "linear.synthesize": [
@@ -102,6 +102,7 @@ ARGUMENTS = {
     "Circuit.from_core": [{"gates": BELL.to_core()}],
     "Circuit.of": [{"source": BELL}],
     "Circuit.placed": [{"n": 2}],
+    "CliffordTableau.from_images": [{"xs": ["+X"], "zs": ["-Z"]}],
     "Device.of": [{"source": "tokyo"}],
     "Gate": [{"name": "RZ", "qubits": 0, "params": 0.5}, {"name": "CNOT", "qubits": (0, 1)}],
     "Gate.from_core": [{"gate": core.Gate.H(0)}],
@@ -235,7 +236,8 @@ def soon():
 
 
 @pytest.mark.parametrize("name", CALLABLES)
-def test_wrong_arguments_are_refused(name, soon):
+def test_wrong_arguments_are_refused(name, soon, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
     make, wanted = CALLABLES[name]
     function = make()
     if inspect.isclass(function) and hasattr(function, "__dataclass_fields__"):

@@ -19,6 +19,7 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
     zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
     zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
     zb.CliffordTableau     Clifford operators: images of X and Z
+    zb.from_json(text)     what .to_json() of circuits and results wrote
     zb.gallery             inputs to try: matrices, rotations, graphs, circuits
     zb.errors              the exceptions, one class per cause
     zb.plot                pictures of searches
@@ -46,6 +47,7 @@ from zeltbraidwerk import (
     routing,
 )
 from zeltbraidwerk._core import _version as __version__
+from zeltbraidwerk._json import from_json
 from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -69,6 +71,7 @@ __all__ = [
     "clifford",
     "core",
     "errors",
+    "from_json",
     "gallery",
     "graph_state",
     "linear",

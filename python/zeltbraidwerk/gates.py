@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import math
 import re
-from collections.abc import Iterable
+from collections.abc import Iterable, Sequence
 from typing import Any, SupportsFloat, SupportsIndex
 
 import numpy as np
@@ -128,6 +129,7 @@ VOCABULARY: dict[str, tuple[int | None, int]] = {
 }  # fmt: skip
 
 ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
+_TOLERANCE = 1e-9  # radians, as of the searches
 _INVERSES = {"S": "D-S", "D-S": "S"} | {
     name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
 }
@@ -275,3 +277,24 @@ class Gate:
 
     def _key(self) -> tuple[str, tuple[int, ...], tuple[Parameter, ...]]:
         return self._name, self._qubits, self._params
+
+
+def is_rotation(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an angle that is no multiple of pi/2."""
+    if name not in ROTATIONS:
+        return False
+    return params[0].is_symbolic or not _is_multiple(float(params[0]), 0.5)
+
+
+def is_t(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an odd multiple of pi/4."""
+    return (
+        is_rotation(name, params)
+        and not params[0].is_symbolic
+        and _is_multiple(float(params[0]), 0.25)
+    )
+
+
+def _is_multiple(angle: float, of: float) -> bool:
+    """Of so many times pi."""
+    return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE
