@@ -169,7 +169,8 @@ def test_symbols_of_qiskit(qiskit):
     circuit.rxx(a, 0, 1)
     circuit.ry(a - a + 0.5, 0)
     read = Circuit.from_qiskit(circuit)
-    assert read[0] == Gate.rz(0, "2*$a$ + 0.1234567891") and read.symbols == ("$a$", "v[0]", "v[1]")
+    assert read[0] == Gate.rz(0, "2*$a$ + 0.1234567891")
+    assert read.symbols == ("$a$", "v[0]", "v[1]")
     written = read.to_qiskit()
     assert set(written.parameters) == {a, *v}
     values = {a: 0.7, v: [0.3, -1.1]}
@@ -201,7 +202,7 @@ def test_symbols_through_every_family(qiskit):
     line = Device.line(4)
     for found in (
         zb.optimize(circuit, seed=1), zb.optimize(circuit, device=line, seed=1, steps=2000),
-        zb.optimize(circuit, device=line, placement=(0, 1, 2, 3), router="qiskit", seed=1, steps=2000),
+        zb.optimize(circuit, device=line, router="qiskit", seed=1, steps=2000),
         zb.routing.route(circuit, line, steps=2000),
         zb.pauli.synthesize(rotations, seed=1, steps=2000),
     ):  # fmt: skip
@@ -360,7 +361,8 @@ def test_symbols_of_pytket(tket):
     assert read[1].params[0].coefficients["x"] == 2 * math.pi
     assert read[1].params[0].constant == 0.25 * math.pi
     shorter = zb.optimize(read, seed=1)
-    assert shorter.verify() and shorter.count < read.two_qubit_count
+    assert shorter.verify()
+    assert shorter.count < read.two_qubit_count
     values = {"x": 0.3, "y": -1.7}
     circuit.symbol_substitution({symbol: values[symbol.name] for symbol in circuit.free_symbols()})
     for symbolic in (read, shorter.circuit):

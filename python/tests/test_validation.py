@@ -89,16 +89,23 @@ def test_expressions(text, expression, core):
 def test_angles_are_bound():
     a, b = Parameter("a"), Parameter("b")
     angle = 2 * a - b / 4 + 0.5
-    assert angle.coefficients == {"a": 2, "b": -0.25} and angle.constant == 0.5
+    assert angle.coefficients == {"a": 2, "b": -0.25}
+    assert angle.constant == 0.5
     assert angle.bind({"a": 0.25}) == 1 - b / 4
     assert angle.bind({"a": b / 8, "b": 1}) == b / 4 + 0.25
-    assert 1 - a == -(a - 1) and hash(1 - a) == hash(-(a - 1)) and a * 0 == 0.0
+    assert 1 - a == -(a - 1)
+    assert hash(1 - a) == hash(-(a - 1))
+    assert a * 0 == 0.0
     assert np.float64(2) * a == a * np.int64(2) == a + a
     circuit = zb.Circuit(1, [Gate.rz(0, angle), Gate.h(0)])
     assert circuit.symbols == ("a", "b")
     assert circuit.bind({"b": 2, "a": 0.5})[0] == Gate.rz(0, 1.0)
-    for values, kind in (({"c": 1}, "got the symbol 'c', wanted one of a, b"),
-                         ({"a": math.nan}, "values: got nan"), ({1: 1}, "got the key 1")):  # fmt: skip
+    wrong = [
+        ({"c": 1}, "got the symbol 'c', wanted one of a, b"),
+        ({"a": math.nan}, "values: got nan"),
+        ({1: 1}, "got the key 1"),
+    ]
+    for values, kind in wrong:
         with pytest.raises(errors.Error, match=kind):
             circuit.bind(values)
     for refused in (lambda: a * b, lambda: 1 / a, lambda: a / 0, lambda: a * math.inf):

@@ -114,8 +114,8 @@ def _value(match: re.Match[str], names: tuple[str, ...] | None) -> Step:
 
 
 def evaluate(expression: Expression, values: Mapping[str, Any]) -> Any:
-    """The value: a number, or a :class:`~zeltbraidwerk.Parameter` where there are symbols. Raises an
-    AngleError."""
+    """The value: a number, or a :class:`~zeltbraidwerk.Parameter` where there are symbols. Raises
+    an AngleError."""
     stack: list[Any] = []
     for step in expression:
         if isinstance(step, float):

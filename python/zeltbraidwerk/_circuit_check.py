@@ -48,9 +48,9 @@ def same_operator(
     """Whether both circuits are the same operator up to a global phase, with output q of ``before``
     on wire ``permutation[q]`` of ``after``.
 
-    True is a proof, up to 1e-9 radians per angle and coefficient of a symbol. False means that these steps prove nothing: the
-    circuits may still be equal by an identity of special angles, such as those of three rotations
-    of one qubit about other axes.
+    True is a proof, up to 1e-9 radians per angle and coefficient of a symbol. False means that
+    these steps prove nothing: the circuits may still be equal by an identity of special angles,
+    such as those of three rotations of one qubit about other axes.
 
     Cost: time linear in the gates; and for each rotation whose string was there before, a look at
     the strings since then, 64 at a time, up to one that does not commute: a second for 10^5 gates.

@@ -31,9 +31,9 @@ class Parameter:
     prefix notation, ``"+ a UMINUS b"``, as in the C++ library. Expressions that are not linear in
     their symbols, and text without a symbol, are refused.
 
-    Angles add up, and are multiplied and divided by numbers. Coefficients are doubles; symbols whose
-    coefficients cancel are gone. Sums of two numbers are wrapped into the open interval from -2 pi
-    to 2 pi, other sums are not. Symbols are told apart by their names.
+    Angles add up, and are multiplied and divided by numbers. Coefficients are doubles; symbols
+    whose coefficients cancel are gone. Sums of two numbers are wrapped into the open interval from
+    -2 pi to 2 pi, other sums are not. Symbols are told apart by their names.
 
     >>> Parameter(0.5) + 1.0
     Parameter(1.5)
@@ -333,8 +333,8 @@ def _of_text(text: str, name: str) -> Parameter:
     read = _of_prefix(text) or _of_infix(text, name)
     if read is None:
         raise errors.AngleError(
-            f"{name}: got {_validate.shown(text)}, wanted an expression: a sum of names and numbers "
-            "as in '2*a - b + pi/4', or prefix notation as in '+ a b'"
+            f"{name}: got {_validate.shown(text)}, wanted an expression: a sum of names and "
+            "numbers as in '2*a - b + pi/4', or prefix notation as in '+ a b'"
         )
     if not read._terms:
         raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
