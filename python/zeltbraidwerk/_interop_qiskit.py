@@ -61,7 +61,7 @@ def _tests(
 # --- in -----------------------------------------------------------------------------------------
 
 # Qiskit's names of gates of the table.
-_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
+STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
 def read(
@@ -129,7 +129,7 @@ class _Reader:
             if self._inner > self._most_inner:
                 raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
             if instruction.is_standard_gate():
-                name = _STANDARD.get(instruction.name, instruction.name)
+                name = STANDARD.get(instruction.name, instruction.name)
                 if name in known:
                     self._gate(name, on, instruction.params, here, condition)
                     continue

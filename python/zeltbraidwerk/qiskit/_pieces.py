@@ -1,0 +1,164 @@
+"""A circuit of Qiskit cut into pieces of gates that this package can read, and the rest."""
+
+from __future__ import annotations
+
+import math
+from collections.abc import Iterable, Iterator
+from dataclasses import dataclass, field
+from typing import Any
+
+from qiskit.circuit import Gate as QiskitGate
+from qiskit.circuit import ParameterExpression, QuantumCircuit
+
+from zeltbraidwerk import _interop_qiskit, errors
+from zeltbraidwerk._header import read_gate, table
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.qiskit._gates import Symbols
+
+# Gates that Qiskit's definitions take more CNOTs for than there must be, up to a phase.
+_SHORTER: dict[str, tuple[tuple[Any, ...], ...]] = {
+    "ecr": (("S", 0), ("RX", 1), ("CNOT", 0, 1), ("X", 0)),
+    "iswap": (("S", 0), ("S", 1), ("H", 0), ("CNOT", 0, 1), ("CNOT", 1, 0), ("H", 1)),
+    "dcx": (("CNOT", 0, 1), ("CNOT", 1, 0)),
+}
+_TURN = Parameter(math.pi / 2)
+_MOST_INNER = 10_000  # gates of a definition; a gate of more is left as it is
+_MOST_NESTED = 100
+
+
+@dataclass
+class Piece:
+    """Gates between cuts: the instructions, as gates of this package on the same qubits, and the
+    instructions that come after them."""
+
+    instructions: list[Any] = field(default_factory=list)
+    gates: list[Gate] = field(default_factory=list)
+    symbols: Symbols = field(default_factory=Symbols)
+    phase: Any = 0.0  # what the instructions have before the gates, for every value of the symbols
+    cuts: list[Any] = field(default_factory=list)
+
+
+def pieces_of(circuit: QuantumCircuit) -> list[Piece]:
+    """All instructions of the circuit, one piece after the other with its cuts, in an order that is
+    that of the circuit on each qubit and bit.
+
+    A cut is what cannot be read: measurements, resets, barriers, control flow, delays, and gates
+    without a definition. It separates what is before it on its qubits and bits from what is
+    after; others may change places with it.
+    """
+    place = {qubit: index for index, qubit in enumerate(circuit.qubits)}
+    # Cuts may depend on each other by variables.
+    shared = ["variables"] if circuit.num_vars or circuit.num_stretches else []
+    levels: dict[Any, int] = {}
+    pieces = [Piece()]
+    reader = _Reader()
+    for instruction in circuit.data:
+        wires = [*instruction.qubits, *instruction.clbits]
+        level = max((levels.get(wire, 0) for wire in wires), default=0)
+        if reader.read(instruction, [place[q] for q in instruction.qubits], pieces[level]):
+            levels.update(dict.fromkeys(wires, level))
+            continue
+        level = max([level, *(levels.get(wire, 0) for wire in shared)])
+        pieces[level].cuts.append(instruction)
+        levels.update(dict.fromkeys(wires, level + 1), **dict.fromkeys(shared, level))
+        if level + 1 == len(pieces):
+            pieces.append(Piece())
+    return pieces
+
+
+class _Reader:
+    """Keeps what gates without parameters become, by their name, as they are read many times."""
+
+    def __init__(self) -> None:
+        self._fixed: dict[str, list[Gate]] = {}
+        self._phase: Any = 0.0
+
+    def read(self, instruction: Any, on: list[int], piece: Piece) -> bool:
+        """Adds it to the piece; False for what is no gate or cannot be read."""
+        if not on or not (
+            instruction.is_standard_gate() or isinstance(instruction.operation, QiskitGate)
+        ):
+            return False
+        self._phase = 0.0
+        try:
+            gates = list(self._gates(instruction, on, piece.symbols, 0))
+        except errors.Error:
+            return False
+        piece.instructions.append(instruction)
+        piece.gates.extend(gates)
+        piece.phase = piece.phase + self._phase
+        return True
+
+    def _gates(
+        self, instruction: Any, on: list[int], symbols: Symbols, depth: int
+    ) -> Iterator[Gate]:
+        name, params = instruction.name, instruction.params
+        name = _interop_qiskit.STANDARD.get(name, name)
+        known = instruction.is_standard_gate() and (name in _SHORTER or name in table())
+        symbolic = any(isinstance(p, ParameterExpression) and p.parameters for p in params)
+        if known and not params:
+            if name not in self._fixed:
+                self._fixed[name] = list(_fixed(name))
+            for gate in self._fixed[name]:
+                yield Gate._trusted(gate.name, tuple(on[q] for q in gate.qubits), gate.params)
+        elif known and not symbolic:
+            for plain in read_gate(name, on, [float(p) for p in params]):
+                yield Gate._trusted(*plain)
+        elif not symbolic:
+            yield from _by_qiskit(instruction.operation, on)
+        elif known and len(on) == 1:
+            yield from self._symbolic(name, on[0], params, symbols)
+        else:
+            yield from self._defined(instruction.operation, on, symbols, depth)
+
+    def _symbolic(self, name: str, on: int, params: Any, symbols: Symbols) -> Iterator[Gate]:
+        """Rotations alone, so that what is left is the same phase for every value."""
+        angles = [symbols.read(p) for p in params]
+        if name in ("rx", "ry", "rz"):
+            turns = [(name.upper(), angles[0])]
+        elif name in ("p", "u1"):
+            self._phase = self._phase + params[0] / 2
+            turns = [("RZ", angles[0])]
+        elif name in ("u", "U", "u3", "u2"):
+            theta = _TURN if name == "u2" else angles[0]
+            self._phase = self._phase + (params[-2] + params[-1]) / 2
+            turns = [("RZ", angles[-1]), ("RY", theta), ("RZ", angles[-2])]
+        else:
+            raise errors.GateError(f"got {name} with a symbolic angle")
+        for kind, angle in turns:
+            yield Gate._trusted(kind, (on,), (angle,))
+
+    def _defined(
+        self, operation: Any, on: list[int], symbols: Symbols, depth: int
+    ) -> Iterator[Gate]:
+        definition = operation.definition
+        if definition is None or depth > _MOST_NESTED:
+            raise errors.GateError(f"got the gate {operation.name}, which has no definition")
+        self._phase = self._phase + definition.global_phase
+        for inner in definition.data:
+            places = [on[definition.find_bit(qubit).index] for qubit in inner.qubits]
+            if not isinstance(inner.operation, QiskitGate):
+                raise errors.GateError(f"got {inner.name} in {operation.name}")
+            if places:
+                yield from self._gates(inner, places, symbols, depth + 1)
+            else:
+                self._phase = self._phase + inner.params[0]
+
+
+def _fixed(name: str) -> Iterable[Gate]:
+    """A gate without parameters, on qubits from 0."""
+    if name not in _SHORTER:
+        for plain in read_gate(name, range(table()[name].qubits), []):
+            yield Gate._trusted(*plain)
+        return
+    for kind, *qubits in _SHORTER[name]:
+        yield Gate._trusted(kind, tuple(qubits), (_TURN,) if kind == "RX" else ())
+
+
+def _by_qiskit(operation: Any, on: list[int]) -> Iterator[Gate]:
+    """Whatever the reader of circuits takes apart."""
+    holder = QuantumCircuit(len(on))
+    holder.append(operation, range(len(on)))
+    read = Circuit._of_read(_interop_qiskit.read(holder, _MOST_INNER)).unitary()
+    yield from read.placed(on, max(on) + 1)
