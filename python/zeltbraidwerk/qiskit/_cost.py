@@ -39,7 +39,7 @@ def _two_qubit(
     circuit: Any, places: Any, known: dict[str, int]
 ) -> Iterator[tuple[list[int], int]]:
     """The gates on two and more qubits, with definitions taken apart as far as it takes."""
-    index = {qubit: place for qubit, place in zip(circuit.qubits, places, strict=True)}
+    index = dict(zip(circuit.qubits, places, strict=True))
     for instruction in circuit.data:
         operation = instruction.operation
         if len(instruction.qubits) < 2 or operation._directive:

@@ -47,7 +47,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
     >>> from qiskit import QuantumCircuit
     >>> circuit = QuantumCircuit(4)
     >>> for qubits in ((0, 1, 2), (1, 2, 3), (0, 1, 2)):
-    ...     circuit.ccx(*qubits)
+    ...     _ = circuit.ccx(*qubits)
     >>> Optimize(seed=1)(circuit).count_ops()["cx"]
     11
     """
@@ -71,7 +71,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
         self._device = None if coupling_map is None else Device.of(coupling_map)
         self._native = frozenset(() if target is None else target.operation_names)
         self._objective = _validate.choice(objective, "objective", ("count", "depth", "t"))
-        self._effort = {"steps": steps, "budget": budget}
+        self._effort: dict[str, Any] = {"steps": steps, "budget": budget}
         self._options: dict[str, Any] = {
             "objective": objective, "exact": exact, "seed": seed, "restarts": restarts,
             "jobs": jobs,
