@@ -28,6 +28,7 @@ from zeltbraidwerk.qiskit import Optimize
 Timer = Callable[..., tuple[object, float]]
 
 BASIS = ["cx", "rz", "sx", "x"]
+GATES = ["cx", "h", "s", "sdg", "x", "y", "z", "sx", "sxdg", "rx", "ry", "rz"]  # of the plugins
 MOST_SIMULATED = 16  # qubits
 QUICK = 60  # two-qubit gates, with --quick
 HEADS = ("circuit", "on", "before", "without", "depth", "s", "with", "depth", "s", "shown by")
@@ -77,8 +78,9 @@ def evolution(name: str, listed: rotations.Rotations, timed: Timer) -> tuple[Row
     plain = given.decompose()
     shown = [shown_by(plain, circuit) for circuit, _ in found]
     if shown[1] is None:
-        plugin = transpile(given, basis_gates=["cx", "h", "s", "sdg", "x", "y", "z", "rx", "ry",
-                           "rz", "sx", "sxdg"], optimization_level=0, hls_config=config)  # fmt: skip
+        plugin = transpile(
+            given, basis_gates=GATES, optimization_level=0, hls_config=config
+        )  # fmt: skip
         shown[1] = "before Qiskit's own passes" if shown_by(plain, plugin) else None
     return _row(name, "", zb.Circuit.from_qiskit(plain).two_qubit_count, found, shown)
 

@@ -35,9 +35,7 @@ def cost(circuit: Any, objective: str, native: Collection[str] = ()) -> Cost:
     return (depth, count, size) if objective == "depth" else (count, depth, size)
 
 
-def _two_qubit(
-    circuit: Any, places: Any, known: dict[str, int]
-) -> Iterator[tuple[list[int], int]]:
+def _two_qubit(circuit: Any, places: Any, known: dict[str, int]) -> Iterator[tuple[list[int], int]]:
     """The gates on two and more qubits, with definitions taken apart as far as it takes."""
     index = dict(zip(circuit.qubits, places, strict=True))
     for instruction in circuit.data:

@@ -144,9 +144,7 @@ class _Synthesis(HighLevelSynthesisPlugin):  # type: ignore[misc]
             name: value for name, value in options.items()
             if name in _OF_QISKIT or name in self._own_options
         }  # fmt: skip
-        return plugin.run(
-            wanted, coupling_map=coupling_map, target=target, qubits=qubits, **passed
-        )
+        return plugin.run(wanted, coupling_map=coupling_map, target=target, qubits=qubits, **passed)
 
     def _made(
         self, wanted: Any, place: _Place | None, options: dict[str, Any]
