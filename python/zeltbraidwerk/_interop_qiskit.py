@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Mapping, Sequence
+from collections.abc import Callable, Collection, Mapping, Sequence
 from contextlib import ExitStack
+from functools import cache
 from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
@@ -11,7 +12,15 @@ from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import read_gate, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Measure,
+    Operation,
+    Register,
+    Reset,
+    WholeCircuit,
+)
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -23,20 +32,42 @@ def write(circuit: WholeCircuit) -> Any:
     for register in circuit.classical:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
     registers = {tuple(made.find_bit(bit).index for bit in r): r for r in made.cregs}
+    instruction = _instructions(made.qubits)
     for operation, condition in _interop.written(circuit):
+        if condition is None and isinstance(operation, Gate):
+            made._append(instruction(operation))
+            continue
         with ExitStack() as inside:
             for test in _tests(made, registers, condition):
                 inside.enter_context(made.if_test(test))
             if isinstance(operation, Gate):
-                angles = [
-                    _interop.angle(p, _interop._package("qiskit.circuit").Parameter)
-                    for p in _interop.angles(operation)
-                ]
-                getattr(made, _interop.QASM_NAMES[operation.name])(*angles, *operation.qubits)
+                made.append(instruction(operation))
             elif isinstance(operation, Measure):
                 made.measure(operation.qubit, operation.bit)
             else:
                 getattr(made, operation.name)(list(operation.qubits))
+    return made
+
+
+def _instructions(qubits: Sequence[Any]) -> Callable[[Gate], Any]:
+    """A function that makes instructions of gates on these qubits."""
+    kinds = _interop._package("qiskit.circuit")
+    library = _interop._package("qiskit.circuit.library").get_standard_gate_name_mapping()
+    classes = {ours: library[name].base_class for ours, name in _interop.QASM_NAMES.items()}
+    symbol = cache(kinds.Parameter)  # one for each name
+    fixed: dict[tuple[str, tuple[int, ...]], Any] = {}
+
+    def made(gate: Gate) -> Any:
+        key = gate.name, gate.qubits
+        if (known := fixed.get(key)) is not None:
+            return known
+        angles = [_interop.angle(p, symbol) for p in _interop.angles(gate)]
+        on = tuple([qubits[q] for q in gate.qubits])
+        instruction = kinds.CircuitInstruction(classes[gate.name](*angles), on)
+        if not angles:
+            fixed[key] = instruction
+        return instruction
+
     return made
 
 
@@ -120,6 +151,7 @@ class _Reader:
         wires = dict(zip(circuit.qubits, qubits, strict=True))
         targets = dict(zip(circuit.clbits, bits, strict=True))
         known = table()
+        fixed: dict[tuple[str, tuple[int, ...]], list[Operation]] = {}  # gates without angles
         for place, instruction in enumerate(circuit.data):
             here = where or (
                 f"line {self._lines[place]}" if self._lines else f"instruction {place}"
@@ -131,7 +163,14 @@ class _Reader:
             if instruction.is_standard_gate():
                 name = STANDARD.get(instruction.name, instruction.name)
                 if name in known:
-                    self._gate(name, on, instruction.params, here, condition)
+                    if condition is None and (name, on) in fixed:
+                        self.reading.extend(fixed[name, on])
+                        continue
+                    params = instruction.params
+                    first = len(self.reading.operations)
+                    self._gate(name, on, params, here, condition)
+                    if not params and condition is None:
+                        fixed[name, on] = self.reading.operations[first:]
                     continue
             into = tuple([targets[bit] for bit in instruction.clbits])
             self._instruction(instruction.operation, on, into, targets, here, condition, depth)
