@@ -11,7 +11,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _renamed, _validate, errors
+from zeltbraidwerk import _core, _files, _json, _renamed, _validate, errors
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -71,6 +71,7 @@ class CnotCircuit(CircuitBase):
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
+        """The circuit as a value of :mod:`zeltbraidwerk.core`."""
         return _core.CnotCircuit(self._n, self._gates)
 
     @property
@@ -97,11 +98,16 @@ class CnotCircuit(CircuitBase):
     def _sizes(self) -> Counter[int]:
         return Counter({2: len(self._gates)})
 
+    @cached_property
+    def _turns(self) -> tuple[int, int]:
+        return 0, 0
+
     def matrix(self) -> npt.NDArray[np.bool_]:
         """The linear map: row r marks the inputs whose XOR stands on output r."""
         return self.to_core().Simulate()
 
     def inverse(self) -> CnotCircuit:
+        """The circuit of the inverse operator: its gates in reverse order."""
         return self._trusted(self._n, self._gates[::-1].copy())
 
     def to_circuit(self) -> Circuit:
@@ -144,6 +150,14 @@ class CnotCircuit(CircuitBase):
     @classmethod
     def _of_read(cls, read: Read) -> CnotCircuit:
         return Circuit._of_read(read).to_cnot_circuit()
+
+    def _to_plain(self) -> dict[str, Any]:
+        return {"n": self._n, "gates": self._gates.tolist()}
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> CnotCircuit:
+        table = _json.fields(plain, where)
+        return _json.built(where, cls, table.get("n"), table.get("gates"))
 
 
 class Circuit(CircuitBase):
@@ -400,6 +414,23 @@ class Circuit(CircuitBase):
     def _of_read(cls, read: Read) -> Circuit:
         n, operations, classical = read
         return cls._trusted(n, tuple(operations), tuple(classical))
+
+    def _to_plain(self) -> dict[str, Any]:
+        return {
+            "n": self._n,
+            "operations": [_json.operation_out(item) for item in self._items],
+            "classical": [[register.name, register.size] for register in self._classical],
+        }
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> Circuit:
+        table = _json.fields(plain, where)
+        listed = _json.items(table.get("operations"), f"{where}.operations")
+        operations = [
+            _json.operation_in(item, f"{where}.operations[{k}]") for k, item in enumerate(listed)
+        ]
+        registers = _json.items(table.get("classical", []), f"{where}.classical")
+        return _json.built(where, cls, table.get("n"), operations, registers)
 
 
 def _same_size(first: CircuitBase, second: CircuitBase) -> None:
