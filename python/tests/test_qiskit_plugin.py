@@ -229,6 +229,37 @@ def test_a_pass_keeps_the_operator_with_its_phase(qk):
         np.testing.assert_allclose(pieces(made), pieces(source), atol=1e-8)
 
 
+def test_gates_are_read_with_their_phase(qk):
+    """Every standard gate of Qiskit, alone and with a symbol, and gates that Qiskit takes apart."""
+    from qiskit.circuit import Gate, Parameter
+    from qiskit.circuit.library import UnitaryGate, get_standard_gate_name_mapping
+    from qiskit.quantum_info import random_unitary
+
+    from zeltbraidwerk.qiskit._gates import append
+    from zeltbraidwerk.qiskit._pieces import pieces_of
+
+    t = Parameter("t")
+    gates = [UnitaryGate(random_unitary(4, seed=2)), next(iter(evolutions()))]
+    for gate in get_standard_gate_name_mapping().values():
+        if isinstance(gate, Gate) and gate.num_qubits:
+            angles = [0.3 + 0.2 * k for k in range(len(gate.params))]
+            gates.append(gate.base_class(*angles))
+            if angles and gate.name not in ("xx_minus_yy", "xx_plus_yy"):
+                gates.append(gate.base_class(*(angle * t for angle in angles)))
+    assert len(gates) > 60
+    for gate in gates:
+        circuit = qk.QuantumCircuit(gate.num_qubits + 1)
+        circuit.append(gate, range(gate.num_qubits, 0, -1))
+        (piece,) = pieces_of(circuit)
+        made = qk.QuantumCircuit(circuit.num_qubits, global_phase=piece.phase)
+        append(made, piece.gates, piece.symbols)
+        if gate.name == "PauliEvolution":
+            circuit = circuit.decompose()
+        np.testing.assert_allclose(
+            matrix(bound(made)), matrix(bound(circuit)), atol=1e-9, err_msg=str(gate)
+        )
+
+
 def test_a_pass_keeps_to_the_edges_that_a_circuit_is_on(qk):
     from qiskit.transpiler import CouplingMap
 

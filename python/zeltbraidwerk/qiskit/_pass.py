@@ -122,6 +122,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
                 return None
             wires = QuantumCircuit(len(part))
             append(wires, found.circuit, piece.symbols)
+            wires.global_phase += getattr(found, "global_phase", None) or 0.0
             made.compose(wires, [place[q] for q in part], inplace=True, copy=False)
             fewer_t |= found.after.t < found.before.t
         better = self._cost(made) < self._cost(given) or (self._objective == "t" and fewer_t)

@@ -2,19 +2,22 @@
 
 from __future__ import annotations
 
+import cmath
 import math
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass, field
 from typing import Any
 
+import numpy as np
 from qiskit.circuit import Gate as QiskitGate
 from qiskit.circuit import ParameterExpression, QuantumCircuit
+from qiskit.quantum_info import Operator
 
 from zeltbraidwerk import _interop_qiskit, errors
 from zeltbraidwerk._header import read_gate, table
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.qiskit._gates import Symbols
+from zeltbraidwerk.qiskit._gates import Symbols, append
 
 # Gates that Qiskit's definitions take more CNOTs for than there must be, up to a phase.
 _SHORTER: dict[str, tuple[tuple[Any, ...], ...]] = {
@@ -23,6 +26,11 @@ _SHORTER: dict[str, tuple[tuple[Any, ...], ...]] = {
     "dcx": (("CNOT", 0, 1), ("CNOT", 1, 0)),
 }
 _TURN = Parameter(math.pi / 2)
+# Gates with angles that the table has with their phase.
+_WITH_PHASE = frozenset(
+    ("rx", "ry", "rz", "p", "u1", "rxx", "rzz", "crx", "cry", "crz", "cp", "cu1")
+)
+_MOST_SEEN = 6  # qubits of a gate whose phase is found by its matrix
 _MOST_INNER = 10_000  # gates of a definition; a gate of more is left as it is
 _MOST_NESTED = 100
 
@@ -72,6 +80,7 @@ class _Reader:
 
     def __init__(self) -> None:
         self._fixed: dict[str, list[Gate]] = {}
+        self._phases: dict[Any, float] = {}
         self._phase: Any = 0.0
 
     def read(self, instruction: Any, on: list[int], piece: Piece) -> bool:
@@ -102,15 +111,29 @@ class _Reader:
                 self._fixed[name] = list(_fixed(name))
             for gate in self._fixed[name]:
                 yield Gate._trusted(gate.name, tuple(on[q] for q in gate.qubits), gate.params)
+            self._count_phase(name, instruction.operation, self._fixed[name])
         elif known and not symbolic:
-            for plain in read_gate(name, on, [float(p) for p in params]):
+            angles = [float(p) for p in params]
+            for plain in read_gate(name, on, angles):
                 yield Gate._trusted(*plain)
+            if name not in _WITH_PHASE:
+                local = [Gate._trusted(*plain) for plain in read_gate(name, range(len(on)), angles)]
+                self._count_phase((name, *angles), instruction.operation, local)
         elif not symbolic:
-            yield from _by_qiskit(instruction.operation, on)
+            local = _by_qiskit(instruction.operation)
+            for gate in local:
+                yield Gate._trusted(gate.name, tuple(on[q] for q in gate.qubits), gate.params)
+            self._count_phase(None, instruction.operation, local)
         elif known and len(on) == 1:
             yield from self._symbolic(name, on[0], params, symbols)
         else:
             yield from self._defined(instruction.operation, on, symbols, depth)
+
+    def _count_phase(self, key: Any, operation: Any, gates: list[Gate]) -> None:
+        """Of the operation before the gates, on the same qubits; kept by the key."""
+        if key is None or key not in self._phases:
+            self._phases[key] = _phase_before(operation, gates)
+        self._phase = self._phase + self._phases[key]
 
     def _symbolic(self, name: str, on: int, params: Any, symbols: Symbols) -> Iterator[Gate]:
         """Rotations alone, so that what is left is the same phase for every value."""
@@ -156,9 +179,22 @@ def _fixed(name: str) -> Iterable[Gate]:
         yield Gate._trusted(kind, tuple(qubits), (_TURN,) if kind == "RX" else ())
 
 
-def _by_qiskit(operation: Any, on: list[int]) -> Iterator[Gate]:
-    """Whatever the reader of circuits takes apart."""
-    holder = QuantumCircuit(len(on))
-    holder.append(operation, range(len(on)))
-    read = Circuit._of_read(_interop_qiskit.read(holder, _MOST_INNER)).unitary()
-    yield from read.placed(on, max(on) + 1)
+def _by_qiskit(operation: Any) -> list[Gate]:
+    """Whatever the reader of circuits takes apart, on qubits from 0."""
+    n = operation.num_qubits
+    holder = QuantumCircuit(n)
+    holder.append(operation, range(n))
+    return list(Circuit._of_read(_interop_qiskit.read(holder, _MOST_INNER)).unitary())
+
+
+def _phase_before(operation: Any, gates: list[Gate]) -> float:
+    """The operation is the gates up to this phase; 0 where it is too large to see."""
+    n = operation.num_qubits
+    if n > _MOST_SEEN:
+        return 0.0
+    made = QuantumCircuit(n)
+    append(made, gates, Symbols())
+    # An evolution is the product that defines it.
+    definition = operation.definition if operation.name == "PauliEvolution" else None
+    wanted = Operator(operation if definition is None else definition)
+    return cmath.phase(complex(np.vdot(Operator(made).data, wanted.data)))
