@@ -251,7 +251,7 @@ def test_gates_are_read_with_their_phase(qk):
         circuit = qk.QuantumCircuit(gate.num_qubits + 1)
         circuit.append(gate, range(gate.num_qubits, 0, -1))
         (piece,) = pieces_of(circuit)
-        made = qk.QuantumCircuit(circuit.num_qubits, global_phase=piece.phase)
+        made = qk.QuantumCircuit(circuit.num_qubits, global_phase=piece.phase + piece.number)
         append(made, piece.gates, piece.symbols)
         if gate.name == "PauliEvolution":
             circuit = circuit.decompose()

@@ -113,7 +113,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
             on = [place[circuit.find_bit(q).index] for q in instruction.qubits]
             given._append(instruction.replace(
                 qubits=tuple(given.qubits[q] for q in on), clbits=()))  # fmt: skip
-        made = QuantumCircuit(len(qubits), global_phase=piece.phase)
+        made = QuantumCircuit(len(qubits), global_phase=piece.phase + piece.number)
         fewer_t = False
         for part, inner in _blocks(piece.gates, qubits, device):
             try:

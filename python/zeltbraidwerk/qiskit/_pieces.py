@@ -43,7 +43,9 @@ class Piece:
     instructions: list[Any] = field(default_factory=list)
     gates: list[Gate] = field(default_factory=list)
     symbols: Symbols = field(default_factory=Symbols)
-    phase: Any = 0.0  # what the instructions have before the gates, for every value of the symbols
+    # The phase of the instructions before the gates: a number, and what may have symbols.
+    number: float = 0.0
+    phase: Any = 0.0
     cuts: list[Any] = field(default_factory=list)
 
 
@@ -81,7 +83,8 @@ class _Reader:
     def __init__(self) -> None:
         self._fixed: dict[str, list[Gate]] = {}
         self._phases: dict[Any, float] = {}
-        self._phase: Any = 0.0
+        self._number = 0.0  # the phase of a gate: a number, and ...
+        self._symbols: list[Any] = []  # ... what has symbols
 
     def read(self, instruction: Any, on: list[int], piece: Piece) -> bool:
         """Adds it to the piece; False for what is no gate or cannot be read."""
@@ -89,14 +92,16 @@ class _Reader:
             instruction.is_standard_gate() or isinstance(instruction.operation, QiskitGate)
         ):
             return False
-        self._phase = 0.0
+        self._number, self._symbols = 0.0, []
         try:
             gates = list(self._gates(instruction, on, piece.symbols, 0))
         except errors.Error:
             return False
         piece.instructions.append(instruction)
         piece.gates.extend(gates)
-        piece.phase = piece.phase + self._phase
+        piece.number += self._number
+        for symbolic in self._symbols:
+            piece.phase = piece.phase + symbolic
         return True
 
     def _gates(
@@ -133,7 +138,7 @@ class _Reader:
         """Of the operation before the gates, on the same qubits; kept by the key."""
         if key is None or key not in self._phases:
             self._phases[key] = _phase_before(operation, gates)
-        self._phase = self._phase + self._phases[key]
+        self._number += self._phases[key]
 
     def _symbolic(self, name: str, on: int, params: Any, symbols: Symbols) -> Iterator[Gate]:
         """Rotations alone, so that what is left is the same phase for every value."""
@@ -141,11 +146,11 @@ class _Reader:
         if name in ("rx", "ry", "rz"):
             turns = [(name.upper(), angles[0])]
         elif name in ("p", "u1"):
-            self._phase = self._phase + params[0] / 2
+            self._symbols.append(params[0] / 2)
             turns = [("RZ", angles[0])]
         elif name in ("u", "U", "u3", "u2"):
             theta = _TURN if name == "u2" else angles[0]
-            self._phase = self._phase + (params[-2] + params[-1]) / 2
+            self._symbols.append((params[-2] + params[-1]) / 2)
             turns = [("RZ", angles[-1]), ("RY", theta), ("RZ", angles[-2])]
         else:
             raise errors.GateError(f"got {name} with a symbolic angle")
@@ -158,7 +163,7 @@ class _Reader:
         definition = operation.definition
         if definition is None or depth > _MOST_NESTED:
             raise errors.GateError(f"got the gate {operation.name}, which has no definition")
-        self._phase = self._phase + definition.global_phase
+        self._symbols.append(definition.global_phase)
         for inner in definition.data:
             places = [on[definition.find_bit(qubit).index] for qubit in inner.qubits]
             if not isinstance(inner.operation, QiskitGate):
@@ -166,7 +171,7 @@ class _Reader:
             if places:
                 yield from self._gates(inner, places, symbols, depth + 1)
             else:
-                self._phase = self._phase + inner.params[0]
+                self._symbols.append(inner.params[0])
 
 
 def _fixed(name: str) -> Iterable[Gate]:
