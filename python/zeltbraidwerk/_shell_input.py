@@ -82,7 +82,7 @@ def _circuit(path: str, text: str) -> Circuit | None:
     if text.lstrip().startswith("{"):
         value = _json.from_json(text)
         return Circuit.of(getattr(value, "circuit", value))
-    return Circuit.from_qasm(text) if _files.has_statements(text) else None
+    return Circuit.of(text) if _files.has_statements(text) else None
 
 
 def matrix(path: str) -> Any:

@@ -11,7 +11,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _json, _renamed, _validate, errors
+from zeltbraidwerk import _core, _files, _interop_qasm3, _json, _renamed, _validate, errors
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -201,22 +201,23 @@ class Circuit(CircuitBase):
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2, or the path of a file with such text."""
+        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text."""
         if isinstance(source, Circuit):
             return source
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
         if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
-            return cls.from_qasm(_files.text_of(source))
+            source = _files.text_of(source)
         if isinstance(source, str):
-            return cls.from_qasm(source)
+            version_3 = _interop_qasm3.is_version_3(source)
+            return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)
         for kind, read in (
             ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
         ):  # fmt: skip
             if _validate.comes_from(source, kind):
                 return read(source)
         raise errors.DtypeError(
-            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
+            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
             "Qiskit, pytket or Stim"
         )
 
