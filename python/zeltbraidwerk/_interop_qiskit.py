@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Mapping, Sequence
+from collections.abc import Callable, Collection, Mapping, Sequence
 from contextlib import ExitStack
 from functools import cache
 from typing import Any
@@ -12,7 +12,15 @@ from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Measure,
+    Operation,
+    Register,
+    Reset,
+    WholeCircuit,
+)
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -25,13 +33,16 @@ def write(circuit: WholeCircuit) -> Any:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_qiskit, _symbol)
     registers = {tuple(made.find_bit(bit).index for bit in r): r for r in made.cregs}
+    instruction = _instructions(made.qubits, symbols)
     for operation, condition in _interop.written(circuit):
+        if condition is None and isinstance(operation, Gate):
+            made._append(instruction(operation))
+            continue
         with ExitStack() as inside:
             for test in _tests(made, registers, condition):
                 inside.enter_context(made.if_test(test))
             if isinstance(operation, Gate):
-                angles = [_angle(p, symbols) for p in _interop.angles(operation)]
-                getattr(made, _interop.QASM_NAMES[operation.name])(*angles, *operation.qubits)
+                made.append(instruction(operation))
             elif isinstance(operation, Measure):
                 made.measure(operation.qubit, operation.bit)
             else:
@@ -49,6 +60,27 @@ def _angle(angle: Parameter, symbols: Mapping[str, Any]) -> Any:
     if not angle.is_symbolic:
         return float(angle)
     return _foreign_angles.to_qiskit(angle.constant, angle.coefficients.items(), symbols)
+
+
+def _instructions(qubits: Sequence[Any], symbols: Mapping[str, Any]) -> Callable[[Gate], Any]:
+    """A function that makes instructions of gates on these qubits."""
+    kinds = _interop._package("qiskit.circuit")
+    library = _interop._package("qiskit.circuit.library").get_standard_gate_name_mapping()
+    classes = {ours: library[name].base_class for ours, name in _interop.QASM_NAMES.items()}
+    fixed: dict[tuple[str, tuple[int, ...]], Any] = {}
+
+    def made(gate: Gate) -> Any:
+        key = gate.name, gate.qubits
+        if (known := fixed.get(key)) is not None:
+            return known
+        angles = [_angle(p, symbols) for p in _interop.angles(gate)]
+        on = tuple([qubits[q] for q in gate.qubits])
+        instruction = kinds.CircuitInstruction(classes[gate.name](*angles), on)
+        if not angles:
+            fixed[key] = instruction
+        return instruction
+
+    return made
 
 
 def _free(name: str, taken: Collection[str]) -> str:
@@ -72,7 +104,7 @@ def _tests(
 # --- in -----------------------------------------------------------------------------------------
 
 # Qiskit's names of gates of the table.
-_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
+STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
 def read(
@@ -131,6 +163,7 @@ class _Reader:
         wires = dict(zip(circuit.qubits, qubits, strict=True))
         targets = dict(zip(circuit.clbits, bits, strict=True))
         known = table()
+        fixed: dict[tuple[str, tuple[int, ...]], list[Operation]] = {}  # gates without angles
         for place, instruction in enumerate(circuit.data):
             here = where or (
                 f"line {self._lines[place]}" if self._lines else f"instruction {place}"
@@ -140,9 +173,16 @@ class _Reader:
             if self._inner > self._most_inner:
                 raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
             if instruction.is_standard_gate():
-                name = _STANDARD.get(instruction.name, instruction.name)
+                name = STANDARD.get(instruction.name, instruction.name)
                 if name in known:
-                    self._gate(name, on, instruction.params, here, condition)
+                    if condition is None and (name, on) in fixed:
+                        self.reading.extend(fixed[name, on])
+                        continue
+                    params = instruction.params
+                    first = len(self.reading.operations)
+                    self._gate(name, on, params, here, condition)
+                    if not params and condition is None:
+                        fixed[name, on] = self.reading.operations[first:]
                     continue
             into = tuple([targets[bit] for bit in instruction.clbits])
             self._instruction(instruction.operation, on, into, targets, here, condition, depth)

@@ -60,6 +60,11 @@ class Reading:
                 self.add(Gate._trusted(name, qubits, params), where, condition)
         self._check_room()
 
+    def extend(self, operations: Iterable[Operation]) -> None:
+        """Operations that were read before, without a condition."""
+        self.operations.extend(operations)
+        self._check_room()
+
     def add(
         self, operation: Gate | Measure | Reset | Barrier, where: str, condition: Condition | None
     ) -> None:
