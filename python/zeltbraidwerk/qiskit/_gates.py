@@ -8,7 +8,7 @@ from typing import Any
 
 from qiskit.circuit import QuantumCircuit
 
-from zeltbraidwerk import _interop
+from zeltbraidwerk import _foreign_angles, _interop, errors
 from zeltbraidwerk.gates import Gate, Parameter
 
 _TOLERANCE = 1e-11  # radians, of an angle that is a multiple of pi/4 up to rounding
@@ -19,31 +19,34 @@ _ABOUT_Y = ((), ("z", "h"), ("y",), ("h", "z"))
 
 
 class Symbols:
-    """Expressions of Qiskit as symbols of this package, and back. The caller's own Parameter
-    objects are in the circuit that is written."""
+    """Names for parameters of Qiskit, so that the circuit that is written has the caller's own:
+    each has its name, and an expression that is no sum of them times numbers has one of ours."""
 
     def __init__(self) -> None:
-        self._names: dict[Any, Parameter] = {}
         self._values: dict[str, Any] = {}
+        self._opaque: dict[Any, Parameter] = {}
 
     def read(self, value: Any) -> Parameter:
-        """A number, or the symbol of the expression; that of its negative with a sign."""
         try:
-            return Parameter(float(value))
-        except (TypeError, RuntimeError):
-            pass
-        if (negated := self._names.get(-value)) is not None:
+            angle = Parameter(value)
+        except errors.AngleError:
+            return self._read_opaque(value)
+        self._values |= {symbol.name: symbol for symbol in getattr(value, "parameters", ())}
+        return angle
+
+    def _read_opaque(self, value: Any) -> Parameter:
+        if (negated := self._opaque.get(-value)) is not None:
             return -negated
-        if value not in self._names:
-            name = f"p{len(self._names)}"
-            self._names[value], self._values[name] = Parameter(name), value
-        return self._names[value]
+        if value not in self._opaque:
+            name = f"$expression-{len(self._opaque)}$"
+            self._opaque[value], self._values[name] = Parameter(name), value
+        return self._opaque[value]
 
     def write(self, angle: Parameter) -> Any:
-        return _interop.angle(angle, self._values.__getitem__)
+        return _foreign_angles.to_qiskit(angle.constant, angle.coefficients.items(), self._values)
 
     def __len__(self) -> int:
-        return len(self._names)
+        return len(self._values)
 
 
 def append(circuit: QuantumCircuit, gates: Iterable[Gate], symbols: Symbols) -> None:
