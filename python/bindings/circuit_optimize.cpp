@@ -26,8 +26,8 @@ using Gates = std::vector<structures::Gate>;
 // As in the library. A step: qubits, whether it moves, the gates before by number, and those after.
 using Step = std::tuple<std::array<int, 2>, bool, std::vector<std::size_t>, Gates>;
 using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>, double>;
-// Gates, permutation, rounding, stages.
-using Found = std::tuple<Gates, std::vector<int>, double, std::vector<Stage>>;
+// Permutation, gates, rounding, stages.
+using Found = std::tuple<std::vector<int>, Gates, double, std::vector<Stage>>;
 
 /// None where all is exact rewriting, so that given and last circuit tell all.
 std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
@@ -51,7 +51,7 @@ std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
   for (synthesis::OptimizedCircuit& circuit : front) {
     Gates gates = circuit.stages.back().gates;
     std::vector<int> wires = circuit.stages.back().permutation;
-    result.emplace_back(std::move(gates), std::move(wires), circuit.rounding,
+    result.emplace_back(std::move(wires), std::move(gates), circuit.rounding,
                         stages_of(std::move(circuit.stages)));
   }
   return result;

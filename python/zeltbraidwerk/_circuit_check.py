@@ -40,7 +40,7 @@ _WORD = 64  # places in a word
 _FIRST_LOOK = 16  # words that are looked at first, which mostly decide
 
 # Names with their factors, in order of names, and a constant.
-_Angle = tuple[tuple[tuple[str, int], ...], float]
+Angle = tuple[tuple[tuple[str, int], ...], float]
 
 
 def same_operator(
@@ -86,14 +86,14 @@ def _wires(permutation: Sequence[int], n: int) -> list[int]:
 # --- angles -------------------------------------------------------------------------------------
 
 
-def _angle(parameter: Parameter) -> _Angle:
+def angle_of(parameter: Parameter) -> Angle:
     if parameter.is_symbolic:
         return _parsed(parameter.expression)
     return (), float(parameter)
 
 
 @lru_cache(maxsize=4096)
-def _parsed(expression: str) -> _Angle:
+def _parsed(expression: str) -> Angle:
     """Of text in prefix notation."""
     factors: dict[str, int] = {}
     constant = 0.0
@@ -115,7 +115,7 @@ def _terms(factors: dict[str, int]) -> tuple[tuple[str, int], ...]:
     return tuple(sorted((name, factor) for name, factor in factors.items() if factor))
 
 
-def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
+def plus(a: Angle, b: Angle, sign: int) -> Angle:
     """a, plus or minus b."""
     factors = dict(a[0])
     for name, factor in b[0]:
@@ -123,7 +123,7 @@ def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
     return _terms(factors), a[1] + sign * b[1]
 
 
-def _reduced(angle: _Angle) -> tuple[int, _Angle]:
+def _reduced(angle: Angle) -> tuple[int, Angle]:
     """Quarter turns, and what remains: 0, or at least the tolerance away from 0 and from the next
     quarter turn."""
     quarters = math.floor((angle[1] + TOLERANCE) / _QUARTER)
@@ -188,28 +188,28 @@ class _NormalForm:
         self._n = circuit.n
         self.clifford = PulledBack(circuit.n)
         self._strings = _Strings(circuit.n)
-        self._rotations: list[tuple[int, _Angle] | None] = []  # by place, None where empty
+        self._rotations: list[tuple[int, Angle] | None] = []  # by place, None where empty
         self._places: dict[int, list[int]] = {}  # of each string, in order
         for gate in gates_alone(circuit, name):
             self._append(gate)
 
     def _append(self, gate: Gate) -> None:
         if gate.name in ROTATIONS:
-            self._rotate(rotated_letter(gate), gate.qubits, _angle(gate.params[0]))
+            self._rotate(rotated_letter(gate), gate.qubits, angle_of(gate.params[0]))
         elif gate.name == "XX":
-            angle = _angle(gate.params[0])
+            angle = angle_of(gate.params[0])
             for pair in combinations(gate.qubits, 2):
                 self._rotate("X", pair, angle)
         else:
             self.clifford.append(gate)
 
-    def _rotate(self, letter: str, qubits: Sequence[int], angle: _Angle) -> None:
+    def _rotate(self, letter: str, qubits: Sequence[int], angle: Angle) -> None:
         operator = self.clifford.operator(letter, qubits)
         sign = -1 if is_minus(operator) else 1
         string = operator[1] | operator[2] << self._n
         place = self._place_to_merge(string)
         old = self._rotations[place] if place is not None else None
-        quarters, rest = _reduced(_plus(old[1] if old else ((), 0.0), angle, sign))
+        quarters, rest = _reduced(plus(old[1] if old else ((), 0.0), angle, sign))
         self.clifford.turn(letter, qubits, sign * quarters)
         vanishes = rest == ((), 0.0)
         if place is None and not vanishes:
@@ -263,7 +263,7 @@ class _NormalForm:
         return True
 
 
-def _alike(a: tuple[int, _Angle] | None, b: tuple[int, _Angle] | None) -> bool:
+def _alike(a: tuple[int, Angle] | None, b: tuple[int, Angle] | None) -> bool:
     """Of rotations about the same string."""
     if a is None or b is None:
         return a is b
