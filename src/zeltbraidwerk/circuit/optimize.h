@@ -85,7 +85,9 @@ ZELTBRAIDWERK_EXPORT std::uint64_t default_optimize_steps(std::size_t gates);
 ///
 /// Rotations about the same Pauli string are merged wherever what stands between commutes with
 /// them, and become Clifford gates where their angles add up to it. Then gates are searched for
-/// that serve the same rotations and leave the same Clifford operator. With a device the given
+/// that serve the same rotations and leave the same Clifford operator, and other gates are moved to
+/// where few of them are left: never more than given where gates on two qubits and layers are as
+/// many. With a device the given
 /// gates on two qubits are on its edges, and so are those of the result.
 ///
 /// Throws std::invalid_argument for gates that are neither Clifford gates nor rotations, for gates
