@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <numbers>
 #include <stdexcept>
+#include <utility>
 
 #include "zeltbraidwerk/circuit/internal/folding.h"
 
@@ -219,6 +220,36 @@ void play(PhasedState& state, const Step& step, int a, int b) {
   }
 }
 
+/// Takes multiples of pi/2 out of symbolic angles, as circuits are written: a symbol and a number
+/// become two gates. True where there was one.
+bool split(StepCircuit& circuit) {
+  bool any = false;
+  std::vector<Step> steps;
+  for (const Step& step : circuit.steps) {
+    steps.push_back(step);
+    if (step.is_clifford()) continue;
+    LinearAngle& angle = circuit.angles[static_cast<std::size_t>(step.row)];
+    LinearAngle number;
+    number.constant = angle.constant;
+    const int quarters = quarters_of(number);
+    if (angle.is_number() || angle.constant == 0 || quarters < 0) continue;
+    any = true;
+    angle.constant = 0;
+    circuit.eighths += sign_of_turns(number);
+    if (quarters == 0) continue;
+    if (step.negative) circuit.eighths += 4;
+    steps.push_back(turn(step.letter, step.a, step.negative ? 4 - quarters : quarters));
+  }
+  circuit.steps = std::move(steps);
+  return any;
+}
+
+void settle(StepCircuit& circuit) {
+  do {
+    fold(circuit);
+  } while (split(circuit));
+}
+
 }  // namespace
 
 int clifford_phase(const StepCircuit& before, const StepCircuit& after,
@@ -244,8 +275,8 @@ double rewriting_phase(int qubits, const std::vector<structures::Gate>& before,
                        const std::vector<structures::Gate>& after, const std::vector<int>& wires) {
   StepCircuit one = read_steps(qubits, before);
   StepCircuit other = read_steps(qubits, after);
-  fold(one);
-  fold(other);
+  settle(one);
+  settle(other);
   const int eighths = one.eighths - other.eighths + clifford_phase(one, other, wires);
   return eighths * (std::numbers::pi / 4);
 }

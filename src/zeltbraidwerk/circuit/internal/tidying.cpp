@@ -7,6 +7,8 @@
 #include <span>
 #include <utility>
 
+#include "zeltbraidwerk/circuit/internal/sign_choice.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -14,6 +16,7 @@ constexpr int axes = 3;  // X, Y, Z
 constexpr int axis_x = 0;
 constexpr int axis_z = 2;
 constexpr int most_sweeps = 12;
+constexpr int most_qubits_for_signs = 1024;
 
 constexpr std::size_t at(int index) {
   return static_cast<std::size_t>(index);
@@ -243,7 +246,9 @@ class Plan {
 /// Writes gates so that those of the circuit so far are what is written, then what waits.
 class Writer {
  public:
-  explicit Writer(int qubits) : waiting_(at(qubits)), orders_(at(qubits), orders[0]) {}
+  /// Of the quarter turns put in, those that are `reversed` go the other way.
+  Writer(int qubits, const std::vector<bool>& reversed)
+      : reversed_(reversed), waiting_(at(qubits)), orders_(at(qubits), orders[0]) {}
 
   void clifford(const Step& step) {
     Turning& waits = waiting_[at(step.a)];
@@ -290,9 +295,40 @@ class Writer {
     }
   }
 
+  /// Which of the quarter turns that were put in go the other way for the fewest gates at the end.
+  std::vector<bool> better_signs() const {
+    const auto qubits = static_cast<int>(waiting_.size());
+    const std::size_t half = (waiting_.size() + word_bits - 1) / word_bits;
+    std::vector<Word> wanted(2 * half);
+    std::vector<Word> mask(2 * half);
+    for (std::size_t q = 0; q < waiting_.size(); ++q) {
+      const Word bit = Word{1} << (q % word_bits);
+      const Turning& waits = waiting_[q];
+      int moved = 0;
+      for (int axis = 0; axis < axes; ++axis) moved += waits.to[at(axis)] != axis ? 1 : 0;
+      if (moved == axes) continue;  // two gates, whatever the signs
+      mask[q / word_bits] |= bit;
+      mask[half + q / word_bits] |= bit;
+      int best = 0;
+      for (int letter = 1; letter <= axes; ++letter) {
+        if (gates_of(waits.after(turning_of(turn(letter, 0, 2)))) >=
+            gates_of(best == 0 ? waits : waits.after(turning_of(turn(best, 0, 2))))) {
+          continue;
+        }
+        best = letter;
+      }
+      if (best == 1 || best == 2) wanted[q / word_bits] |= bit;
+      if (best == 2 || best == 3) wanted[half + q / word_bits] |= bit;
+    }
+    return sign_choice(qubits, steps, turns_, std::move(wanted), mask);
+  }
+
   std::vector<Step> steps;
 
  private:
+  static std::size_t gates_of(const Turning& turning) {
+    return std::ranges::find(written_turnings(), turning, &Written::turning)->steps.size();
+  }
   void append(const Written& entry, int q) {
     for (Step step : entry.steps) {
       step.a = q;
@@ -303,13 +339,24 @@ class Writer {
     const Order move = between(std::exchange(orders_[at(q)], wanted), wanted);
     for (const Written& entry : written_turnings()) {
       if (entry.turning.to != move) continue;
-      append(entry, q);
-      Turning& waits = waiting_[at(q)];
-      waits = waits.after(entry.turning.inverse());
+      for (Step step : entry.steps) {
+        step.a = q;
+        if (step.kind == StepKind::turn && step.quarters % 2 != 0) {
+          if (turns_.size() < reversed_.size() && reversed_[turns_.size()]) {
+            step.quarters = static_cast<std::uint8_t>(4 - step.quarters);
+          }
+          turns_.push_back(steps.size());
+        }
+        steps.push_back(step);
+        Turning& waits = waiting_[at(q)];
+        waits = waits.after(turning_of(step).inverse());
+      }
       return;
     }
   }
 
+  const std::vector<bool>& reversed_;
+  std::vector<std::size_t> turns_;  // places of the quarter turns that were put in
   std::vector<Turning> waiting_;
   std::vector<Order> orders_;
 };
@@ -318,19 +365,30 @@ class Writer {
 
 std::vector<Step> tidied(int qubits, const std::vector<Step>& steps, bool with_cz) {
   const std::vector<std::array<Order, 2>> plan = Plan(qubits, steps, with_cz).run();
-  Writer writer(qubits);
-  std::size_t pair = 0;
-  for (const Step& step : steps) {
-    if (step.is_pair()) {
-      writer.pair(step, plan[pair++]);
-    } else if (step.is_clifford()) {
-      writer.clifford(step);
-    } else {
-      writer.rotate(step);
+  const auto write = [&](Writer& writer) {
+    std::size_t pair = 0;
+    for (const Step& step : steps) {
+      if (step.is_pair()) {
+        writer.pair(step, plan[pair++]);
+      } else if (step.is_clifford()) {
+        writer.clifford(step);
+      } else {
+        writer.rotate(step);
+      }
     }
+  };
+  std::vector<bool> reversed;
+  Writer plain(qubits, reversed);
+  write(plain);
+  if (qubits <= most_qubits_for_signs) reversed = plain.better_signs();
+  Writer chosen(qubits, reversed);
+  write(chosen);
+  std::vector<Step> best = steps;
+  for (Writer* writer : {&plain, &chosen}) {
+    writer->finish();
+    if (writer->steps.size() < best.size()) best = std::move(writer->steps);
   }
-  writer.finish();
-  return writer.steps.size() < steps.size() ? std::move(writer.steps) : steps;
+  return best;
 }
 
 }  // namespace zelt::braidwerk::internal
