@@ -77,8 +77,7 @@ void bind_circuit_optimize(nb::module_& m) {
         const double rounding = result.rounding;
         std::vector<Stage> stages = stages_of(std::move(result.stages));
         std::vector<Found> front = front_of(std::move(result.front));
-        return {std::move(result), std::move(found), rounding, std::move(stages),
-                std::move(front)};
+        return {std::move(result), std::move(found), rounding, std::move(stages), std::move(front)};
       },
       "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
   m.def("_optimize_steps", &synthesis::default_optimize_steps, "gates"_a);

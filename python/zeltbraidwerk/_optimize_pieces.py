@@ -102,7 +102,10 @@ class Assembly:
             )  # fmt: skip
 
         def result(
-            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any],
+            found: Found,
+            gates: list[_core.Gate],
+            rounding: float,
+            stages: list[Any],
             front: list[Any],
         ) -> Optimization:
             parts = tuple(
@@ -145,6 +148,6 @@ class Assembly:
             trace=done[0].trace if len(done) == 1 else (),
             seconds=self.call.elapsed,
             rounding=max((result.rounding for result in done), default=0.0),
-            front=tuple(self._whole([each]) for each in base.front) if len(self.pieces) == 1 else (),
+            front=tuple(self._whole([each]) for each in base.front if len(self.pieces) == 1),
             _stages=tuple(result._stages[0] for result in done),
         )

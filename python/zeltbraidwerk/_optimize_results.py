@@ -69,7 +69,11 @@ class Stage:
 
     @classmethod
     def of(
-        cls, n: int, gates: Sequence[_core.Gate], permutation: Sequence[int], log: Sequence[Any],
+        cls,
+        n: int,
+        gates: Sequence[_core.Gate],
+        permutation: Sequence[int],
+        log: Sequence[Any],
         phase: float,
     ) -> Stage:
         """From the compiled part."""

@@ -101,10 +101,10 @@ std::string fault(const Circuit& given, int n, const OptimizeOptions& options,
     const support::State state = support::random_state(n, own_draws);
     const Circuit last = support::with_values(stages.back().gates, values);
     const double phase = synthesis::global_phase(n, given, stages);
-    return support::distance(support::after(last, n, state),
-                             support::moved(support::after(wanted, n, state), n,
-                                            stages.back().permutation),
-                             std::polar(1.0, phase)) < 1e-6;
+    return support::distance(
+               support::after(last, n, state),
+               support::moved(support::after(wanted, n, state), n, stages.back().permutation),
+               std::polar(1.0, phase)) < 1e-6;
   };
   if (!has_phase(result.stages)) return "another phase";
   for (const synthesis::OptimizedCircuit& circuit : result.front) {

@@ -87,13 +87,13 @@ class OptimizeCall {
     std::vector<StagedCircuit>& found = best.as<std::vector<StagedCircuit>>();
     const StagedCircuit& first = found.front();
     OptimizeResult result{
-        std::move(best.result),   written(first.circuit), before_,
-        counts_of(first.circuit), first.circuit.rounding, stages_of(first.stage.get()), {}};
+        std::move(best.result), written(first.circuit),       before_, counts_of(first.circuit),
+        first.circuit.rounding, stages_of(first.stage.get()), {}};
     result.permutation = first.wires;
     if (options_.objective != Objective::depth) return result;
     for (const StagedCircuit& circuit : found) {
-      result.front.push_back({counts_of(circuit.circuit), circuit.circuit.rounding,
-                              stages_of(circuit.stage.get())});
+      result.front.push_back(
+          {counts_of(circuit.circuit), circuit.circuit.rounding, stages_of(circuit.stage.get())});
     }
     return result;
   }
@@ -139,8 +139,10 @@ class OptimizeCall {
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates
     std::vector<StagedCircuit> found;
-    if (task.by_depth()) found = by_both(task, effort);
-    else found.push_back(search(task, effort));
+    if (task.by_depth())
+      found = by_both(task, effort);
+    else
+      found.push_back(search(task, effort));
     for (StagedCircuit& circuit : found) tidy(circuit);
     const CircuitSize size = found.front().size;
     return made_circuit(size, std::move(found));

@@ -98,8 +98,9 @@ ZELTBRAIDWERK_EXPORT OptimizeResult optimize_circuit(int n,
 
 /// The phase that a circuit found by optimize_circuit lacks, from its stages: the operator of the
 /// given gates on n qubits is exp(i phase) times that of the gates of the last stage, with output q
-/// of the given circuit on wire permutation[q] of it. In radians, above -pi and at most pi. As everywhere "S" and "D-S" are
-/// "RZ" by pi/2 and -pi/2, and "PH" is "RZ". Symbolic angles leave it as it is.
+/// of the given circuit on wire permutation[q] of it. In radians, above -pi and at most pi. As
+/// everywhere "S" and "D-S" are "RZ" by pi/2 and -pi/2, and "PH" is "RZ". Symbolic angles leave it
+/// as it is.
 ///
 /// O(gates n / 64), and O(n^2 / 64) for each H and each quarter turn about X or Y.
 ZELTBRAIDWERK_EXPORT double global_phase(int n, const std::vector<structures::Gate>& gates,

@@ -85,8 +85,7 @@ class PhasedState {
       signs_of_x ^= (xz & ~v_[w] & s_[w]) ^ (x & v_[w] & (xz ^ s_[w]));
     }
     const int minus = std::popcount(signs) & 1;
-    const int power =
-        (powers_[index(q)] + 2 * (minus + (std::popcount(signs_of_x) & 1))) % 4;
+    const int power = (powers_[index(q)] + 2 * (minus + (std::popcount(signs_of_x) & 1))) % 4;
     eighths += 4 * minus;
     become_sum(t, u, power);
   }

@@ -32,7 +32,8 @@ class Span {
     reduce(string, list);
     for (std::size_t w = 0; w < string.size(); ++w) {
       if (string[w] == 0) continue;
-      const std::size_t pivot = w * word_bits + static_cast<std::size_t>(std::countr_zero(string[w]));
+      const std::size_t pivot =
+          w * word_bits + static_cast<std::size_t>(std::countr_zero(string[w]));
       entries_.push_back({pivot, std::move(string), std::move(list)});
       return;
     }

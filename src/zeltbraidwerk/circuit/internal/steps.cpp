@@ -21,8 +21,9 @@ struct NamedGate {
   int quarters;
   int eighths = 0;  // its phase against the rotation by so many quarters
 };
-constexpr NamedGate turns[] = {{"S", letter_z, 1},    {"D-S", letter_z, 3, 4}, {"X", letter_x, 2, 2},
-                               {"Y", letter_y, 2, 2}, {"Z", letter_z, 2, 2},   {"I", letter_z, 0}};
+constexpr NamedGate turns[] = {{"S", letter_z, 1},    {"D-S", letter_z, 3, 4},
+                               {"X", letter_x, 2, 2}, {"Y", letter_y, 2, 2},
+                               {"Z", letter_z, 2, 2}, {"I", letter_z, 0}};
 constexpr NamedGate rotations[] = {
     {"RX", letter_x, 0}, {"RY", letter_y, 0}, {"RZ", letter_z, 0}, {"PH", letter_z, 0}};
 

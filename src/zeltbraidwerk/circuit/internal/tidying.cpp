@@ -276,9 +276,8 @@ class Writer {
       steps.push_back({.kind = StepKind::cz, .a = step.a, .b = step.b});
     } else {
       const bool forward = images[0] == axis_z;
-      steps.push_back({.kind = StepKind::cnot,
-                       .a = forward ? step.a : step.b,
-                       .b = forward ? step.b : step.a});
+      steps.push_back(
+          {.kind = StepKind::cnot, .a = forward ? step.a : step.b, .b = forward ? step.b : step.a});
     }
     // A minus on one wire is a Pauli gate on the other.
     for (const std::size_t side : {0U, 1U}) {
