@@ -9,17 +9,8 @@ from hypothesis import given
 from support import same_up_to_phase, unitary
 from test_instructions import dynamic_circuits, per_wire
 
-from zeltbraidwerk import (
-    Barrier,
-    Circuit,
-    CliffordTableau,
-    Conditional,
-    Gate,
-    Measure,
-    Register,
-    Reset,
-    errors,
-)
+from zeltbraidwerk import Circuit, CliffordTableau, Gate, errors
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 X1 = Gate("X", 1)
 
@@ -30,11 +21,6 @@ def refused(error, match, read, *arguments):
 
 
 # --- Qiskit -------------------------------------------------------------------------------------
-
-
-@pytest.fixture
-def qiskit():
-    return pytest.importorskip("qiskit")
 
 
 def theirs(circuit):
@@ -207,11 +193,6 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
 # --- pytket -------------------------------------------------------------------------------------
 
 
-@pytest.fixture
-def tket():
-    return pytest.importorskip("pytket.circuit")
-
-
 def test_whatever_pytket_takes_apart(tket):
     from pytket.pauli import Pauli
 
@@ -321,11 +302,6 @@ def test_what_pytket_has_and_we_do_not(tket):
 # --- Stim ---------------------------------------------------------------------------------------
 
 
-@pytest.fixture
-def stim():
-    return pytest.importorskip("stim")
-
-
 def test_all_unitary_gates_of_stim(stim):
     for name, data in stim.gate_data().items():
         if not data.is_unitary or name.startswith("SPP"):
@@ -337,51 +313,25 @@ def test_all_unitary_gates_of_stim(stim):
         assert found.to_stim() == circuit.to_tableau(), name
     nothing = stim.Circuit("REPEAT 1000000000000 {\nREPEAT 1000000000000 {\nTICK\n}\n}")
     assert Circuit.from_stim(nothing) == Circuit(0)
-    products = stim.Circuit("""
-        SPP X0*!Y2*Z1 !X1
-        SPP_DAG !X1*Z0 Y2
-        REPEAT 3 {
-            C_XYZ 1
-            SPP X0*Y0*Z0*Z1*Y0*Z0*X0
-        }
-    """)
+    products = stim.Circuit(
+        "SPP X0*!Y2*Z1 !X1\nSPP_DAG !X1*Z0 Y2\nREPEAT 3 {\nC_XYZ 1\nSPP X0*Y0*Z0*Z1*Y0*Z0*X0\n}"
+    )
     found = CliffordTableau.from_circuit(Circuit.from_stim(products))
     assert found.to_stim() == products.to_tableau()
 
 
+# Lines of Stim's are parted by semicolons.
 MEASURED = """
-    H 0
-    CX 0 1
-    M !0 1
-    MX 2
-    MY !2
-    MR !0
-    MRX !1
-    MRY 2
-    R 0
-    RX 1
-    RY 2
-    TICK
-    MPP X0*Y1*!Z2 !Z0 X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2
-    MXX 0 !1
-    MYY !1 2
-    MZZ 0 2
-    CX rec[-1] 1
-    REPEAT 2 {
-        CZ 2 rec[-2]
-        XCZ 0 rec[-3]
-        YCZ 0 rec[-1]
-        M 1
-    }
-    CY rec[-4] 2
-    QUBIT_COORDS(1, 2) 0
-    SHIFT_COORDS(3)
+    H 0; CX 0 1; M !0 1; MX 2; MY !2; MR !0; MRX !1; MRY 2; R 0; RX 1; RY 2; TICK
+    MPP X0*Y1*!Z2 !Z0 Z0*X2*Z2*!X2*Z2; MXX 0 !1; MYY !1 2; MZZ 0 2; CX rec[-1] 1
+    REPEAT 2 {; CZ 2 rec[-2]; XCZ 0 rec[-3]; YCZ 0 rec[-1]; M 1; }
+    CY rec[-4] 2; QUBIT_COORDS(1, 2) 0; SHIFT_COORDS(3)
 """
 
 
 def test_measurements_of_stim(stim):
     """Flows tell what becomes of every Pauli operator, which records it takes, and its sign."""
-    circuit = stim.Circuit(MEASURED.replace("X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2", "Z0*X2*Z2*!X2*Z2"))
+    circuit = stim.Circuit(MEASURED.replace(";", "\n"))
     found = Circuit.from_stim(circuit)
     assert found.classical == (Register("rec", circuit.num_measurements),)
     assert {str(f) for f in found.to_stim().flow_generators()} == {

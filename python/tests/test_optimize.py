@@ -94,17 +94,11 @@ def test_what_stands_between_gates_keeps_its_place():
     assert free.verify()
 
 
-@pytest.mark.parametrize(
-    "gates",
-    [
-        [Measure(0, 0), Gate("X", 0), Gate("X", 0)],
-        [Gate.h(0), Barrier((0,)), Gate.h(0), Gate.h(0)],
-        [Reset(0), *cnot((0, 1), (0, 1)), Measure(1, 0)],
-        [Measure(0, 0), Conditional(Gate("X", 1), 0)],
-        [Barrier((0, 1)), Measure(0, 0)],
-        [],
-    ],
-)
+@pytest.mark.parametrize("gates", [
+    [Measure(0, 0), Gate("X", 0), Gate("X", 0)], [Gate.h(0), Barrier((0,)), Gate.h(0), Gate.h(0)],
+    [Reset(0), *cnot((0, 1), (0, 1)), Measure(1, 0)], [],
+    [Measure(0, 0), Conditional(Gate("X", 1), 0)], [Barrier((0, 1)), Measure(0, 0)],
+])  # fmt: skip
 def test_a_piece_may_vanish(gates):
     source = Circuit(2, gates)
     for permutation in ("exact", "free"):

@@ -25,7 +25,8 @@ def _package(name: str) -> Any:
         return importlib.import_module(name)
     except ImportError:
         raise errors.MissingPackageError(
-            f"this conversion needs the package {top}: pip install {top}"
+            f"this needs the package {top}: pip install {top.replace('_', '-')}, or "
+            "zeltbraidwerk[interop] for all that it converts to and from"
         ) from None
 
 

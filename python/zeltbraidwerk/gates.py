@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import math
 import re
-from collections.abc import Iterable
+from collections.abc import Iterable, Sequence
 from typing import Any, SupportsFloat, SupportsIndex
 
 import numpy as np
@@ -39,6 +40,7 @@ class Parameter:
 
     @property
     def is_symbolic(self) -> bool:
+        """Whether the angle has symbols, and so is no number yet."""
         return self._core.is_abstract
 
     @property
@@ -127,6 +129,7 @@ VOCABULARY: dict[str, tuple[int | None, int]] = {
 }  # fmt: skip
 
 ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
+_TOLERANCE = 1e-9  # radians, as of the searches
 _INVERSES = {"S": "D-S", "D-S": "S"} | {
     name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
 }
@@ -191,14 +194,17 @@ class Gate:
 
     @property
     def name(self) -> str:
+        """What the gate is called in the library, such as "CNOT" or "RZ"."""
         return self._name
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on, controls first."""
         return self._qubits
 
     @property
     def params(self) -> tuple[Parameter, ...]:
+        """Its angles, in radians."""
         return self._params
 
     @property
@@ -235,6 +241,7 @@ class Gate:
         return cls("RZ", qubit, angle)
 
     def inverse(self) -> Gate:
+        """The gate that undoes this one."""
         if self._name in ROTATIONS:
             return Gate(self._name, self._qubits, -self._params[0])
         if self._name not in _INVERSES:
@@ -242,6 +249,7 @@ class Gate:
         return Gate(_INVERSES[self._name], self._qubits)
 
     def to_core(self) -> _core.Gate:
+        """The gate as a value of :mod:`zeltbraidwerk.core`."""
         params = [parameter._core for parameter in self._params]
         return _core.Gate(self._name, list(self._qubits), params, self.diag)
 
@@ -269,3 +277,24 @@ class Gate:
 
     def _key(self) -> tuple[str, tuple[int, ...], tuple[Parameter, ...]]:
         return self._name, self._qubits, self._params
+
+
+def is_rotation(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an angle that is no multiple of pi/2."""
+    if name not in ROTATIONS:
+        return False
+    return params[0].is_symbolic or not _is_multiple(float(params[0]), 0.5)
+
+
+def is_t(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an odd multiple of pi/4."""
+    return (
+        is_rotation(name, params)
+        and not params[0].is_symbolic
+        and _is_multiple(float(params[0]), 0.25)
+    )
+
+
+def _is_multiple(angle: float, of: float) -> bool:
+    """Of so many times pi."""
+    return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE

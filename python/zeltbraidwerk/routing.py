@@ -20,18 +20,18 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _core, _operators, _renamed, _validate, errors
+from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._optimize_pieces import Assembly
-from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, is_rotation
+from zeltbraidwerk._optimize_results import Optimization
 from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
 from zeltbraidwerk._site import Site
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.gates import Parameter, is_rotation
 from zeltbraidwerk.instructions import Barrier, gates_alone
 from zeltbraidwerk.instructions import placed as moved
 
@@ -97,6 +97,7 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
 
 
 @_renamed.options(depth="lookahead")
+@_calls.recorded("routing.route", "circuit", "device")
 def route(
     circuit: Any,
     device: Any,
@@ -160,6 +161,7 @@ def route(
 
 
 @_renamed.options(depth="lookahead")
+@_calls.recorded("routing.route_ions", "circuit")
 def route_ions(
     circuit: Any,
     *,
@@ -285,9 +287,11 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
             left,
             circuit=Circuit._trusted(left.n, whole.gates + ending.operations, ending.classical),
             tail=CliffordTableau(left.n),
-            rotations=CircuitCounts.of(gates).rotations,
+            rotations=gates.rotation_count,
             seconds=call.elapsed,
-            _rotates=_validate.frozen(np.array([is_rotation(gate) for gate in whole], np.bool_)),
+            _rotates=_validate.frozen(
+                np.array([is_rotation(gate.name, gate.params) for gate in whole], np.bool_)
+            ),
         )
 
     part = site.device.part(site.qubits)
