@@ -120,6 +120,7 @@ phase.synthesize({'1': 1}, tail='undo') -> OptionError: tail: got 'undo'
 phase.synthesize({'1': 1}, tail='return', permutation='free') -> OptionError: permutation: got 'free' with tail='return'
 phase.synthesize({'1': 1}, device='qx5', method='greedy') -> UnknownMethodError: wanted one of auto, gray, search on a device
 phase.synthesize({1: 1}, n=20000, method='search') -> TooLargeError: at most 16383
+pauli.synthesize([('X' * 16385, 0.5)]) -> TooLargeError: rotations: got 16385 qubits, wanted at most 16384
 
 # graph_state
 graph_state.synthesize([[0, 1], [0, 0]]) -> ShapeError: symmetric

@@ -39,7 +39,7 @@ _WORD = 64  # places in a word
 _FIRST_LOOK = 16  # words that are looked at first, which mostly decide
 
 # Names with their factors, in order of names, and a constant.
-_Angle = tuple[tuple[tuple[str, float], ...], float]
+Angle = tuple[tuple[tuple[str, float], ...], float]
 
 
 def same_operator(
@@ -85,7 +85,7 @@ def _wires(permutation: Sequence[int], n: int) -> list[int]:
 # --- angles -------------------------------------------------------------------------------------
 
 
-def _angle(parameter: Parameter) -> _Angle:
+def angle_of(parameter: Parameter) -> Angle:
     return _terms(parameter.coefficients), parameter.constant
 
 
@@ -95,7 +95,7 @@ def _terms(factors: dict[str, float]) -> tuple[tuple[str, float], ...]:
     )
 
 
-def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
+def plus(a: Angle, b: Angle, sign: int) -> Angle:
     """a, plus or minus b."""
     factors = dict(a[0])
     for name, factor in b[0]:
@@ -103,7 +103,7 @@ def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
     return _terms(factors), a[1] + sign * b[1]
 
 
-def _reduced(angle: _Angle) -> tuple[int, _Angle]:
+def _reduced(angle: Angle) -> tuple[int, Angle]:
     """Quarter turns, and what remains: 0, or at least the tolerance away from 0 and from the next
     quarter turn."""
     quarters = math.floor((angle[1] + TOLERANCE) / _QUARTER)
@@ -168,28 +168,28 @@ class _NormalForm:
         self._n = circuit.n
         self.clifford = PulledBack(circuit.n)
         self._strings = _Strings(circuit.n)
-        self._rotations: list[tuple[int, _Angle] | None] = []  # by place, None where empty
+        self._rotations: list[tuple[int, Angle] | None] = []  # by place, None where empty
         self._places: dict[int, list[int]] = {}  # of each string, in order
         for gate in gates_alone(circuit, name):
             self._append(gate)
 
     def _append(self, gate: Gate) -> None:
         if gate.name in ROTATIONS:
-            self._rotate(rotated_letter(gate), gate.qubits, _angle(gate.params[0]))
+            self._rotate(rotated_letter(gate), gate.qubits, angle_of(gate.params[0]))
         elif gate.name == "XX":
-            angle = _angle(gate.params[0])
+            angle = angle_of(gate.params[0])
             for pair in combinations(gate.qubits, 2):
                 self._rotate("X", pair, angle)
         else:
             self.clifford.append(gate)
 
-    def _rotate(self, letter: str, qubits: Sequence[int], angle: _Angle) -> None:
+    def _rotate(self, letter: str, qubits: Sequence[int], angle: Angle) -> None:
         operator = self.clifford.operator(letter, qubits)
         sign = -1 if is_minus(operator) else 1
         string = operator[1] | operator[2] << self._n
         place = self._place_to_merge(string)
         old = self._rotations[place] if place is not None else None
-        quarters, rest = _reduced(_plus(old[1] if old else ((), 0.0), angle, sign))
+        quarters, rest = _reduced(plus(old[1] if old else ((), 0.0), angle, sign))
         self.clifford.turn(letter, qubits, sign * quarters)
         vanishes = rest == ((), 0.0)
         if place is None and not vanishes:
@@ -243,9 +243,9 @@ class _NormalForm:
         return True
 
 
-def _alike(a: tuple[int, _Angle] | None, b: tuple[int, _Angle] | None) -> bool:
+def _alike(a: tuple[int, Angle] | None, b: tuple[int, Angle] | None) -> bool:
     """Of rotations about the same string."""
     if a is None or b is None:
         return a is b
-    terms, constant = _plus(a[1], b[1], -1)
+    terms, constant = plus(a[1], b[1], -1)
     return not terms and abs(constant) <= TOLERANCE

@@ -44,7 +44,11 @@ def optimize(
     them, and become Clifford gates where their angles add up to multiples of pi/2: T gates become
     fewer, never more. Then a search looks for fewer two-qubit gates (with ``objective="depth"``,
     fewer layers of these) that serve the same rotations and leave the same Clifford operator.
-    Angles may be symbolic.
+    Angles may be symbolic. At last Clifford gates on one qubit are moved along their wires, past
+    rotations and two-qubit gates, to where few of them are left: with as many two-qubit gates and
+    layers as before there are never more gates on one qubit.
+
+    ``result.global_phase`` is the phase by which both operators differ.
 
     Measurements and resets at the end go along. Those in the middle, barriers and classically
     controlled gates stay where they are; the gates between them are optimised by themselves.
@@ -66,12 +70,18 @@ def optimize(
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
     of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
+    With ``objective="depth"``, a search by count comes first, with as many steps or half of the
+    budget, and the result is never deeper than what that one found; ``result.front`` has both.
+
     ``steps`` are windows of three qubits, of about 7 microseconds; by default 200,000 and 30 per
     gate. With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
-    ``progress``, which is for circuits of one piece, are as in
-    :func:`zeltbraidwerk.linear.synthesize`. ``jobs`` threads share the
-    restarts, or the pieces of a circuit of more than 4,000 gates; the result does not depend on
-    them. More steps are never worse. Ctrl-C raises an exception that holds the best circuit so far.
+    ``progress`` are as in :func:`zeltbraidwerk.linear.synthesize`; ``progress`` hears of the gates,
+    and of the layers, of all pieces added up. ``jobs`` threads share the restarts, or the pieces of
+    a circuit of more than 4,000 gates; the result does not depend on them. More steps are never
+    worse. Ctrl-C raises an exception whose ``best`` is the best whole circuit so far: pieces that
+    were not reached are as given. It is None on a device where that is not on the edges.
+
+    Raises a :class:`~zeltbraidwerk.errors.TooLargeError` for more than 16,384 qubits.
 
     >>> import zeltbraidwerk as zb
     >>> toffolis = "qreg q[4]; ccx q[0],q[1],q[2]; ccx q[1],q[2],q[3]; ccx q[0],q[1],q[2];"

@@ -4,13 +4,13 @@ from __future__ import annotations
 
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, replace
-from functools import cached_property
+from functools import cached_property, partial
 from itertools import islice
 from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _interop, _validate, errors, linear, routing
+from zeltbraidwerk import _core, _interop, _validate, errors, linear, routing
 from zeltbraidwerk._family import Call
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, pieces_of
@@ -25,8 +25,6 @@ Placement = tuple[int, ...]
 _BEGINNINGS = 12  # of the search for placements
 _TRIED = 3  # placements for which circuits are made
 _MOST_WORK = 2e7  # rotations times the square of the qubits: seconds for a first circuit
-_DEFAULT_STEPS = 200_000
-_STEPS_OF_GATE = 30
 _SWAP_STEPS = 20_000  # of the search that brings qubits back
 
 
@@ -43,45 +41,67 @@ class OnDevice:
         n, device = self.source.n, self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
-            return self._placed(_Routed.of(self._optimized(self.source, start, 1.0), start))
+            candidates = self._offered(
+                lambda: self._optimized(self.source, start, 1.0),
+                lambda made: _Routed.of(made, start),
+            )
+            return self._best_of(candidates, again=False)
         if router == "qiskit":
             candidates = self._by_qiskit(given)
         elif self._is_large():
             candidates = self._by_trees()
         else:
             candidates = self._by_rotations(given)
+        return self._best_of(candidates, again=True)
+
+    def _best_of(self, candidates: Iterator[_Routed], again: bool) -> Optimization:
+        """The best candidate, optimised once more where ``again`` is set."""
         found: list[_Routed] = []
         best: _Routed | None = None
         try:
             for routed in candidates:
                 found.append(routed)
-            best = self._best(found)
-            found.append(best.then(self._optimized_wide(best.found.circuit, 0.5)))
-        except errors.Interrupted as stopped:
-            if best is not None and stopped.best is not None:
-                found.append(best.then(stopped.best))
+            if again:
+                best = self._best(found)
+                found.append(best.then(self._optimized_wide(best.found.circuit, 0.5)))
+        except KeyboardInterrupt as stopped:
+            later = getattr(stopped, "best", None)
+            if best is not None and later is not None:
+                found.append(best.then(later))
             whole = self._placed(self._best(found)) if found else None
             raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
         return self._placed(self._best(found))
 
     # --- candidates ---------------------------------------------------------------------------
 
+    def _offered(
+        self, make: Callable[[], Optimization], routed: Callable[[Optimization], _Routed]
+    ) -> Iterator[_Routed]:
+        """What is made, also where Ctrl-C ended it."""
+        try:
+            made = make()
+        except errors.Interrupted as stopped:
+            if stopped.best is not None:
+                yield routed(stopped.best)
+            raise
+        yield routed(made)
+
     def _by_rotations(self, given: Placement | None) -> Iterator[_Routed]:
         """Made anew from the rotations, for some placements."""
         tried = [given] if given is not None else self._placements(self._logical())
         for placement in tried:
-            try:
-                made = self._optimized(self.source, placement, 0.375 / len(tried), route=True)
-            except errors.Interrupted as stopped:
-                if stopped.best is not None:
-                    yield _Routed.of(stopped.best, placement)
-                raise
-            yield _Routed.of(made, placement)
+            yield from self._offered(
+                partial(self._optimized, self.source, placement, 0.375 / len(tried), route=True),
+                partial(_Routed.of, placement=placement),
+            )
 
     def _by_trees(self) -> Iterator[_Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
         found = routing.route(self.source, self._device())
-        yield _Routed.of(self._optimized_wide(found.circuit, 0.375), found.placement)
+        yield from self._offered(
+            lambda: self._optimized_wide(found.circuit, 0.375),
+            lambda made: _Routed.of(made, found.placement),
+        )
 
     def _by_qiskit(self, given: Placement | None) -> Iterator[_Routed]:
         """The circuit, and an optimised one."""
@@ -93,7 +113,7 @@ class OnDevice:
         for circuit in (self.source, self._logical()):
             routed, placement, wires = self._transpiled(circuit, given)
             made = _Routed(replace(self._as_given(routed), permutation=wires), placement, wires)
-            yield made.then(self._optimized_wide(routed, 0.1875))
+            yield from self._offered(partial(self._optimized_wide, routed, 0.1875), made.then)
 
     def _as_given(self, circuit: Circuit) -> Optimization:
         """A circuit on the wires as a result that has changed nothing."""
@@ -209,7 +229,7 @@ class OnDevice:
         if share < 1:
             steps = effort.steps
             if steps is None and effort.budget is None:
-                steps = _DEFAULT_STEPS + _STEPS_OF_GATE * len(self.source)
+                steps = _core._optimize_steps(len(self.source))
             effort = replace(
                 effort,
                 steps=None if steps is None else int(steps * share),
@@ -264,6 +284,7 @@ class OnDevice:
             placement=tuple(qubits[wire] for wire in starts),
             permutation=tuple(ends),
             seconds=self.call.elapsed,
+            front=tuple(self._placed(each) for each in routed.front),
             _stages=tuple(
                 tuple(stage.placed(qubits, width) for stage in stages)
                 for stages in routed.found._stages
@@ -278,10 +299,12 @@ class _Routed:
     found: Optimization
     placement: Placement
     wires: Placement
+    front: tuple[_Routed, ...] = ()
 
     @classmethod
     def of(cls, found: Optimization, placement: Placement) -> _Routed:
-        return cls(found, placement, found.permutation)
+        front = tuple(cls.of(each, placement) for each in found.front)
+        return cls(found, placement, found.permutation, front)
 
     def then(self, later: Optimization) -> _Routed:
         """The circuit made anew from this one. Its stages go on from those of this one."""
@@ -293,4 +316,5 @@ class _Routed:
         return _Routed(
             replace(later, _stages=stages), self.placement,
             tuple(later.permutation[wire] for wire in self.wires),
+            tuple(self.then(each) for each in later.front),
         )  # fmt: skip

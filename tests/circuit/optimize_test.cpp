@@ -91,6 +91,20 @@ std::string fault(const Circuit& given, int n, const OptimizeOptions& options,
     return support::act_alike(wanted, support::with_values(circuit, values), n, wires, rng, 1e-6);
   };
   if (!alike(result.gates, result.permutation)) return "another operator";
+  const auto has_phase = [&](const std::vector<synthesis::OptimizeStage>& stages) {
+    std::mt19937 own_draws(1);
+    const support::State state = support::random_state(n, own_draws);
+    const Circuit last = support::with_values(stages.back().gates, values);
+    const double phase = synthesis::global_phase(n, given, stages);
+    return support::distance(
+               support::after(last, n, state),
+               support::moved(support::after(wanted, n, state), n, stages.back().permutation),
+               std::polar(1.0, phase)) < 1e-6;
+  };
+  if (!has_phase(result.stages)) return "another phase";
+  for (const synthesis::OptimizedCircuit& circuit : result.front) {
+    if (!has_phase(circuit.stages)) return "another operator of the front";
+  }
   if (options.outputs == Outputs::in_place &&
       result.permutation != zelt::braidwerk::internal::in_order(n))
     return "not in place";
@@ -111,6 +125,10 @@ std::string fault(const Circuit& given, int n, const OptimizeOptions& options,
     return "counts after";
   }
   if (key(after, options.objective) > key(before, options.objective)) return "larger";
+  if (key(after, options.objective) == key(before, options.objective) &&
+      result.after.one_qubit > before.one_qubit) {
+    return "more gates on one qubit";
+  }
   const bool by_numbers = !options.exact && std::ranges::any_of(given, is_generic);
   if ((!by_numbers || options.keep_rotations) && result.after.rotations > before.rotations) {
     return "more rotations";

@@ -48,7 +48,7 @@ StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
 StagedCircuit after_windows(const StagedCircuit& from, bool keep_rotations) {
   WindowResult found = two_wire_windows(written(from.circuit), {keep_rotations});
   auto numbers = std::make_shared<const Stage>(
-      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log)});
+      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log), found.phase});
   StagedCircuit result{read_steps(from.circuit.qubits, numbers->gates), from.wires, nullptr, {}};
   fold(result.circuit);
   result.circuit.rounding = std::max(result.circuit.rounding, from.circuit.rounding);

@@ -16,6 +16,7 @@ struct Stage {
   std::vector<structures::Gate> gates;
   std::vector<int> wires;  ///< where each qubit of the given circuit stands at the end
   std::vector<WindowStep> log;
+  double phase = 0;  ///< with a log: exp(i phase) times this circuit is the one before
 };
 
 struct StagedCircuit {
