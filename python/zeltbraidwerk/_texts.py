@@ -85,7 +85,7 @@ def _lines(text: str) -> Iterator[tuple[int, str]]:
 
 
 def _angle(text: str, number: int) -> Parameter:
-    """Arithmetic of numbers and pi, sums with names, or the text of a Parameter."""
+    """Arithmetic of numbers and pi, sums of names with coefficients, or text of a Parameter."""
     names = tuple(set(_NAMES.findall(text)) - _KNOWN)
     try:
         expression = _angles.read(text, names)
