@@ -40,7 +40,12 @@ class Symbols:
         return self._names[value]
 
     def write(self, angle: Parameter) -> Any:
-        return _interop.angle(angle, self._values.__getitem__)
+        total: Any = angle.constant
+        for name, factor in angle.coefficients.items():
+            value = self._values[name]
+            term = value if factor == 1 else factor * value
+            total = term + total if not isinstance(total, float) or total else term
+        return total
 
     def __len__(self) -> int:
         return len(self._names)
