@@ -23,7 +23,7 @@ namespace {
 
 using Gates = std::vector<structures::Gate>;
 // As in the library: qubits, whether it moves, the gates before by number, and those after.
-using Step = std::tuple<std::array<int, 2>, bool, std::vector<std::size_t>, Gates>;
+using Step = std::tuple<std::array<int, 3>, bool, std::vector<std::size_t>, Gates>;
 using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>>;
 
 /// None where all is exact rewriting, so that given and last circuit tell all.

@@ -138,6 +138,16 @@ def test_objectives():
         assert same_up_to_phase(unitary(source), unitary(result.circuit))
 
 
+def test_three_qubits_take_at_most_19_gates():
+    source = zb.gallery.hardware_efficient(3, 12)
+    result = zb.optimize(source, seed=1, steps=2000)
+    assert (result.before.two_qubit, result.count) == (24, 19)
+    assert result.verify()
+    assert same_up_to_phase(unitary(source), unitary(result.circuit))
+    # Both wires of each gate would have to be on edges.
+    assert zb.optimize(source, device=zb.Device.line(3), seed=1, steps=2000).verify()
+
+
 # --- verification -------------------------------------------------------------------------------
 
 

@@ -27,9 +27,9 @@ struct WindowStep {
     move,
   };
   Kind kind = Kind::replace;
-  std::array<int, 2> wires;             ///< the second is -1 for gates on one wire
-  std::vector<std::size_t> before;      ///< in an order of time
-  std::vector<structures::Gate> after;  ///< in time order
+  std::array<int, 3> wires{-1, -1, -1};  ///< -1 after the last one
+  std::vector<std::size_t> before;       ///< in an order of time
+  std::vector<structures::Gate> after;   ///< in time order
   double phase = 0;  ///< exp(i phase) times the operator of `after` is that of `before`
 };
 
