@@ -87,10 +87,9 @@ Circuit random_circuit(int n, int pairs, int kind, Rng& rng) {
 std::vector<Matrix8cd> operators(Rng& rng) {
   const Matrix8cd identity = Matrix8cd::Identity();
   const Eigen::Matrix4cd plain = Eigen::Matrix4cd::Identity();
-  std::vector<Matrix8cd> all{
-      identity, blocks(plain, -plain), blocks(plain, random_unitary<4>(rng)),
-      blocks(random_unitary<4>(rng), random_unitary<4>(rng)),
-      matrix({Gate("X", {0})}) * blocks(plain, random_unitary<4>(rng))};
+  std::vector<Matrix8cd> all{identity, blocks(plain, -plain), blocks(plain, random_unitary<4>(rng)),
+                             blocks(random_unitary<4>(rng), random_unitary<4>(rng)),
+                             matrix({Gate("X", {0})}) * blocks(plain, random_unitary<4>(rng))};
   Matrix8cd toffoli = identity;
   toffoli.row(6).swap(toffoli.row(7));
   all.push_back(toffoli);
@@ -169,10 +168,10 @@ TEST(ThreeWireWindows, keep_the_operator_and_take_fewer_gates) {
           EXPECT_LE(pairs_of(found.circuit), 19) << what;
         }
         const support::State state = support::random_state(n, rng);
-        EXPECT_LE(support::distance(support::after(found.circuit, n, state),
-                                    support::after(circuit, n, state),
-                                    std::polar(1.0, found.phase)),
-                  1e-9)
+        EXPECT_LE(
+            support::distance(support::after(found.circuit, n, state),
+                              support::after(circuit, n, state), std::polar(1.0, found.phase)),
+            1e-9)
             << what;
       }
     }
@@ -200,9 +199,10 @@ TEST(ThreeWireWindows, blocks_among_other_gates) {
   const Gate symbol("RZ", {2}, {structures::Parameter("t")}, true);
   circuit.insert(circuit.begin() + 80, symbol);
   const Circuit kept = three_wire_windows(circuit, {}).circuit;
-  EXPECT_EQ(std::ranges::count_if(kept, [](const Gate& gate) {
-              return !gate.params.empty() && gate.params[0].is_abstract;
-            }),
+  EXPECT_EQ(std::ranges::count_if(kept,
+                                  [](const Gate& gate) {
+                                    return !gate.params.empty() && gate.params[0].is_abstract;
+                                  }),
             1);
 }
 

@@ -102,8 +102,9 @@ class Alternation : public SearchBase<StagedCircuit> {
     };
     const StagedCircuit two = on_two(from);
     offer(two, origin);
-    WindowResult found =
-        three_wire_windows(written(two.circuit), {keep_rotations_, least_on_three, task_.device});
+    WindowResult found = three_wire_windows(
+        written(two.circuit),
+        {keep_rotations_, least_on_three, task_.device, [this] { return meter_.ended(); }});
     if (!found.log.empty()) offer(on_two(after_windows(two, std::move(found))), origin);
   }
   void offer(const StagedCircuit& circuit, Origin origin) {

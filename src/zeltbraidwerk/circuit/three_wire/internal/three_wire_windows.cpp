@@ -167,7 +167,8 @@ class Replacing {
 
   std::optional<ThreeWireCircuit> better_block(const Block& block) const {
     if (block.fixed || block.wires.size() < most_wires_of_block ||
-        block.two_wire < options_.least_two_wire || !joined_on(options_.device, block.wires)) {
+        block.two_wire < options_.least_two_wire || !joined_on(options_.device, block.wires) ||
+        (options_.ended && options_.ended())) {
       return std::nullopt;
     }
     std::vector<Gate> gates;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "zeltbraidwerk/circuit/two_wire/internal/two_wire_windows.h"
@@ -12,6 +13,7 @@ struct ThreeWireOptions {
   bool keep_rotations = false;
   int least_two_wire = 1;            ///< smaller blocks are left alone
   const BitGraph* device = nullptr;  ///< three wires are joined to each other, or left alone
+  std::function<bool()> ended = {};  ///< asked before each block: whether the rest is left alone
 };
 
 /// Gathers the gates of a circuit in blocks on up to three wires, and replaces each block by
