@@ -4,13 +4,14 @@ from __future__ import annotations
 
 from collections.abc import Collection, Mapping, Sequence
 from contextlib import ExitStack
+from functools import cache
 from typing import Any
 
-from zeltbraidwerk import _interop, _reading, errors
+from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
-from zeltbraidwerk._header import read_gate, table
+from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
-from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
@@ -22,22 +23,32 @@ def write(circuit: WholeCircuit) -> Any:
     made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))
     for register in circuit.classical:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
+    symbols = _interop.symbols(circuit, _foreign_angles.is_from_qiskit, _symbol)
     registers = {tuple(made.find_bit(bit).index for bit in r): r for r in made.cregs}
     for operation, condition in _interop.written(circuit):
         with ExitStack() as inside:
             for test in _tests(made, registers, condition):
                 inside.enter_context(made.if_test(test))
             if isinstance(operation, Gate):
-                angles = [
-                    _interop.angle(p, _interop._package("qiskit.circuit").Parameter)
-                    for p in _interop.angles(operation)
-                ]
+                angles = [_angle(p, symbols) for p in _interop.angles(operation)]
                 getattr(made, _interop.QASM_NAMES[operation.name])(*angles, *operation.qubits)
             elif isinstance(operation, Measure):
                 made.measure(operation.qubit, operation.bit)
             else:
                 getattr(made, operation.name)(list(operation.qubits))
     return made
+
+
+@cache
+def _symbol(name: str) -> Any:
+    """One for each name, so that circuits that are written one by one share it."""
+    return _interop._package("qiskit.circuit").Parameter(name)
+
+
+def _angle(angle: Parameter, symbols: Mapping[str, Any]) -> Any:
+    if not angle.is_symbolic:
+        return float(angle)
+    return _foreign_angles.to_qiskit(angle.constant, angle.coefficients.items(), symbols)
 
 
 def _free(name: str, taken: Collection[str]) -> str:
@@ -139,9 +150,13 @@ class _Reader:
     def _gate(
         self, name: str, on: tuple[int, ...], params: Any, where: str, condition: Condition | None
     ) -> None:
-        with _reading.located(where):
+        try:
             angles = [p if type(p) is float else _interop.number(p) for p in params]
-            self.reading.gates(read_gate(name, on, angles), where, condition)
+            gate = table()[name]
+            check(gate, name, on, angles)
+            self.reading.gate(gate, on, angles, where, condition)
+        except (errors.AngleError, errors.GateError) as error:
+            raise _reading.at(where, error) from None
 
     def _instruction(
         self, operation: Any, on: tuple[int, ...], into: tuple[int, ...],

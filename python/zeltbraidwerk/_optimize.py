@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Callable, Sequence
 from typing import Any, Literal
 
-from zeltbraidwerk import _search, _validate, errors
+from zeltbraidwerk import _calls, _search, _validate, errors
 from zeltbraidwerk._family import Family
 from zeltbraidwerk._optimize_device import OnDevice
 from zeltbraidwerk._optimize_pieces import Assembly
@@ -16,6 +16,7 @@ from zeltbraidwerk.circuits import Circuit
 _FAMILY = Family(lambda on_device: ("auto", "search"))
 
 
+@_calls.recorded("optimize", "circuit")
 def optimize(
     circuit: Any,
     *,

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import math
 from collections.abc import Iterable, Sequence
 from dataclasses import dataclass, field, replace
 from functools import cached_property
@@ -13,10 +12,8 @@ from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import ROTATIONS, Gate
+from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Operation
-
-_TOLERANCE = 1e-9  # radians, as of the search
 
 
 @dataclass(frozen=True)
@@ -35,25 +32,10 @@ class CircuitCounts:
 
     @classmethod
     def of(cls, circuit: Circuit) -> CircuitCounts:
-        angles = [gate.params[0] for gate in circuit
-                  if isinstance(gate, Gate) and is_rotation(gate)]  # fmt: skip
-        t = sum(_is_multiple(float(angle), 0.25) for angle in angles if not angle.is_symbolic)
         return cls(
             circuit.two_qubit_count, circuit.two_qubit_depth, circuit.one_qubit_count,
-            len(angles), t,
+            circuit.rotation_count, circuit.t_count,
         )  # fmt: skip
-
-
-def is_rotation(gate: Gate) -> bool:
-    """Whether it turns by an angle that is no multiple of pi/2."""
-    if gate.name not in ROTATIONS:
-        return False
-    return gate.params[0].is_symbolic or not _is_multiple(float(gate.params[0]), 0.5)
-
-
-def _is_multiple(angle: float, of: float) -> bool:
-    """Of so many times pi."""
-    return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE
 
 
 @dataclass(frozen=True)
