@@ -138,7 +138,7 @@ def test_three_qubits_take_at_most_19_gates():
     assert (result.before.two_qubit, result.count) == (24, 19)
     assert result.verify()
     assert same_up_to_phase(unitary(source), unitary(result.circuit))
-    # Both wires of each gate would have to be on edges.
+    # Not all pairs of a line are edges, so its windows are on two qubits.
     assert zb.optimize(source, device=zb.Device.line(3), seed=1, steps=2000).verify()
 
 
