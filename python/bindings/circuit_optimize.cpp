@@ -24,7 +24,7 @@ namespace {
 
 using Gates = std::vector<structures::Gate>;
 // As in the library. A step: qubits, whether it moves, the gates before by number, and those after.
-using Step = std::tuple<std::array<int, 2>, bool, std::vector<std::size_t>, Gates>;
+using Step = std::tuple<std::array<int, 3>, bool, std::vector<std::size_t>, Gates>;
 using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>, double>;
 // Permutation, gates, rounding, stages.
 using Found = std::tuple<std::vector<int>, Gates, double, std::vector<Stage>>;

@@ -134,6 +134,16 @@ def test_objectives():
         assert same_up_to_phase(unitary(source), unitary(result.circuit))
 
 
+def test_three_qubits_take_at_most_19_gates():
+    source = zb.gallery.hardware_efficient(3, 12)
+    result = zb.optimize(source, seed=1, steps=2000)
+    assert (result.before.two_qubit, result.count) == (24, 19)
+    assert result.verify()
+    assert same_up_to_phase(unitary(source), unitary(result.circuit))
+    # Not all pairs of a line are edges, so its windows are on two qubits.
+    assert zb.optimize(source, device=zb.Device.line(3), seed=1, steps=2000).verify()
+
+
 def test_depth_is_never_above_that_by_count_and_has_a_front():
     source = Circuit.of(TOFFOLIS + "h q[0]; ccx q[3],q[0],q[1];" + TOFFOLIS[11:])
     options = {"seed": 3, "steps": 3000}

@@ -53,10 +53,11 @@ def optimize(
     Measurements and resets at the end go along. Those in the middle, barriers and classically
     controlled gates stay where they are; the gates between them are optimised by themselves.
 
-    Where a rotation is by no multiple of pi/4, windows on two qubits are also replaced by numbers:
-    any operator of two qubits takes at most three CNOTs. Angles are new then, right to 1e-10, and
-    there may be more of them, which ``result.before`` and ``result.after`` tell. ``exact=True``
-    keeps to sums of the given angles; ``objective="t"`` to no more rotations.
+    Where a rotation is by no multiple of pi/4, windows on two and three qubits are also replaced by
+    numbers: any operator of two qubits takes at most three CNOTs, of three qubits at most 19.
+    Angles are new then, right to 1e-10, and there may be more of them, which ``result.before`` and
+    ``result.after`` tell. ``exact=True`` keeps to sums of the given angles; ``objective="t"`` to no
+    more rotations.
 
     With ``permutation="free"`` output q may end on wire ``result.permutation[q]``, and so do the
     measurements at the end.

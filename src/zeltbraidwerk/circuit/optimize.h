@@ -16,8 +16,9 @@ namespace synthesis {
 /// not given, with no budget: default_optimize_steps. With one run, `jobs` threads share the
 /// pieces of a circuit of more than 4,000 gates; the circuit is the same for any number of them.
 ///
-/// Windows on two qubits are replaced by numbers where a rotation is by no multiple of pi/4: any
-/// operator of two qubits takes at most three CNOTs. That may change all angles of the circuit.
+/// Windows on two and three qubits are replaced by numbers where a rotation is by no multiple of
+/// pi/4: any operator of two qubits takes at most three CNOTs, of three at most 19. That may change
+/// all angles of the circuit.
 ///
 /// By depth, a search by count with as many steps comes first (or half of the budget), and the
 /// result is never deeper than what that one found.
@@ -28,10 +29,10 @@ struct OptimizeOptions : SynthesisOptions {
   bool route = false;
 };
 
-/// Gates on one or two qubits that were replaced, or moved. Gates have numbers: those of the stage
-/// before from 0 on, then new ones as they come up.
+/// Gates on one to three qubits that were replaced, or moved. Gates have numbers: those of the
+/// stage before from 0 on, then new ones as they come up.
 struct OptimizeStep {
-  std::array<int, 2> qubits{-1, -1};  ///< the second is -1 for gates on one
+  std::array<int, 3> qubits{-1, -1, -1};  ///< -1 after the last one
   bool moves = false;  ///< the last of `before` comes to stand after the others, which it may pass
   std::vector<std::size_t> before;      ///< they stand together, in an order of time
   std::vector<structures::Gate> after;  ///< what replaces them
