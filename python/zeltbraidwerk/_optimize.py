@@ -60,9 +60,10 @@ def optimize(
     With a ``device``, all two-qubit gates of the result are on its edges, and qubit q of the
     circuit is qubit ``result.placement[q]`` of the device, before and after. A circuit that fits as
     it stands, qubit q on qubit q or on ``placement[q]``, stays there and is optimised on the edges.
-    Another one is placed, where no ``placement`` is given, and routed: with ``router="own"`` made
-    anew on the edges from its rotations, with "qiskit" by the placement and routing of Qiskit's
-    level 3, of the circuit and of one that was optimised first; the best is optimised on the edges.
+    Another one is placed, where no ``placement`` is given, and routed in several ways, as it is and
+    made shorter first: with ``router="own"`` without SWAPs where a placement allows it, by SWAPs,
+    and anew on the edges from its rotations; with "qiskit" by the placement and routing of Qiskit's
+    level 3, with several seeds. All are optimised on the edges, the best for longest.
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
     of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
@@ -71,7 +72,8 @@ def optimize(
     ``progress``, which is for circuits of one piece, are as in
     :func:`zeltbraidwerk.linear.synthesize`. ``jobs`` threads share the
     restarts, or the pieces of a circuit of more than 4,000 gates; the result does not depend on
-    them. More steps are never worse. Ctrl-C raises an exception that holds the best circuit so far.
+    them. More steps are never worse, but where a circuit is routed. Ctrl-C raises an exception that
+    holds the best circuit so far.
 
     >>> import zeltbraidwerk as zb
     >>> toffolis = "qreg q[4]; ccx q[0],q[1],q[2]; ccx q[1],q[2],q[3]; ccx q[0],q[1],q[2];"
