@@ -10,7 +10,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 from support import cnots, replay
 
-from zeltbraidwerk import Barrier, Circuit, CliffordTableau, CnotCircuit, Gate, Parameter
+from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Gate, Parameter
 
 
 @st.composite
@@ -116,26 +116,6 @@ def test_picture_of_a_crossing_and_of_a_long_circuit():
     assert "and 2000 more gates" in long._repr_svg_()
     assert CnotCircuit(0).draw() == ""
     ET.fromstring(CnotCircuit(0)._repr_svg_())
-
-
-def test_qasm_of_others():
-    text = """
-        OPENQASM 2.0; include "qelib1.inc";
-        // two registers, numbered through
-        qreg a[2]; qreg b[1]; creg c[2];
-        h a; cx a[1],b[0]; barrier a;
-        rz(-3*pi/4 + 2^-1) b[0]; u1(sqrt(2)) a[0];
-        t a[0]; swap a[0],a[1];
-    """
-    expected = [
-        Gate.h(0), Gate.h(1), Gate.cnot(1, 2), Barrier((0, 1)),
-        Gate.rz(2, -3 * math.pi / 4 + 0.5),
-        Gate("PH", 0, math.sqrt(2)), Gate("PH", 0, math.pi / 4),
-        Gate.cnot(0, 1), Gate.cnot(1, 0), Gate.cnot(0, 1),
-    ]  # fmt: skip
-    assert Circuit.from_qasm(text) == Circuit(3, expected, [("c", 2)])
-    toffoli = Circuit.from_qasm("qreg q[3]; ccx q[0],q[1],q[2];")
-    assert (toffoli.gate_count, toffoli.two_qubit_count) == (15, 6)
 
 
 @given(circuit=circuits())

@@ -187,22 +187,19 @@ def test_verification_refuses_a_log_that_was_changed():
         assert not replace(result, _stages=(tuple(other),)).verify()
 
 
-@pytest.mark.parametrize(
-    ("edges", "gates", "left"),
-    [
-        # Other qubits are connected better.
-        ([(0, 1), (1, 2), (2, 3), (3, 4), (4, 5), (5, 3), (4, 2)], cnot((0, 1), (1, 2), (1, 2)), 1),
-        # Its qubits alone are not connected.
-        ([(0, 1), (1, 3), (3, 2)], [*cnot((0, 1)), Gate.rz(2, 0.3)], 1),
-    ],
-)
-def test_circuits_that_fit_keep_their_qubits(edges, gates, left):
+@pytest.mark.parametrize(("edges", "gates"), [
+    # Other qubits are connected better.
+    ([(0, 1), (1, 2), (2, 3), (3, 4), (4, 5), (5, 3), (4, 2)], cnot((0, 1), (1, 2), (1, 2))),
+    # Its qubits alone are not connected.
+    ([(0, 1), (1, 3), (3, 2)], [*cnot((0, 1)), Gate.rz(2, 0.3)]),
+])  # fmt: skip
+def test_circuits_that_fit_keep_their_qubits(edges, gates):
     device = Device(1 + max(map(max, edges)), edges)
     result = zb.optimize(Circuit(3, gates), device=device, seed=1, steps=500)
     assert result.verify()
     assert result.placement[:3] == (0, 1, 2)
     assert result.circuit.n == device.n
-    assert result.count == left
+    assert result.count == 1
 
 
 @pytest.mark.parametrize(

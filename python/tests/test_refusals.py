@@ -218,7 +218,6 @@ Device.line(2).fits([(0, 1)]) -> DtypeError: circuit: got
 Gate('H', 10 ** 30) -> QubitError: qubits: got 1000.*, wanted 0 to
 Gate(['H'], 0) -> GateError: name: got \['H'\], wanted one of
 
-linear.synthesize(EYE, method='pmh', progress=5) -> DtypeError: progress: got 5
 linear.synthesize(masked(EYE)) -> DtypeError: ^matrix: got .*masked
 linear.synthesize([masked(row) for row in EYE]) -> DtypeError: ^matrix: got .*masked
 graph_state.synthesize(masked([[0, 1], [1, 0]])) -> DtypeError: ^graph: got .*masked

@@ -146,21 +146,6 @@ def test_standard_output_stays_quiet_and_the_core_agrees(capfd):
     assert capfd.readouterr() == ("", "")
 
 
-def test_forms_of_circuits():
-    assert Circuit.of(zb.CnotCircuit(2, [(0, 1)])) == Circuit(2, [Gate.cnot(0, 1)])
-    qiskit = pytest.importorskip("qiskit")
-    symbolic = qiskit.QuantumCircuit(1)
-    symbolic.rx(qiskit.circuit.Parameter("theta"), 0)
-    assert routing.normalize(symbolic).rotations == (("X", Parameter("theta")),)
-
-    pytket = pytest.importorskip("pytket")
-    toffoli = pytket.Circuit(3).CCX(0, 1, 2).T(0)  # both turns of qubit 0 make a Clifford gate
-    assert routing.route(toffoli, Device.line(3), steps=0).rotations == 6
-    stim = pytest.importorskip("stim")
-    bell = stim.Circuit("H 0\nCX 0 1")
-    assert not routing.route(bell, Device.line(2), tail="return").circuit
-
-
 def test_ctrl_c_ends_a_run(ctrl_c):
     start = time.perf_counter()
     with pytest.raises(errors.Interrupted):

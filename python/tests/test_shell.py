@@ -125,7 +125,10 @@ def test_comments_tell_places(shell):
         ("linear m.txt m.txt", "got one more argument, 'm.txt'"),
         ("linear m.txt --seed x", "--seed: got 'x', wanted an integer"),
         ("linear m.txt --budget -1", "budget: got -1.0, wanted a positive number"),
-        ("linear m.txt --method gaus", "method: got 'gaus', wanted one of auto, gauss"),
+        (
+            "linear m.txt --method gaus",
+            "method: got 'gaus', wanted one of auto, gauss.*; did you mean 'gauss'?",
+        ),
         ("linear m.txt --objective t", "objective: got 't', wanted one of 'count', 'depth'"),
         ("linear nowhere.txt", "cannot read nowhere.txt: No such file"),
         ("linear folder", "cannot read folder: Is a directory"),
@@ -147,8 +150,9 @@ def test_comments_tell_places(shell):
         ("route c.qasm", "--device: got none"),
         (
             "route c.qasm --device gird:2x2",
-            "wanted one of qx5, .* a file of edges",
+            "wanted one of qx5, .* nor is there a file 'gird:2x2'",
         ),
+        ("route c.qasm --device tokio", "did you mean 'tokyo'?"),
         ("route c.qasm --device grid:4", "a shape such as"),
         ("route c.qasm --device p.txt", "p.txt: line 1: got .*, wanted two numbers"),
         ("route c.qasm --device line:2", "wanted at least 4 qubits"),

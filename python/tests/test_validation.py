@@ -102,18 +102,14 @@ def test_efforts_are_numbers_and_functions(family):
         FAMILIES[family](progress=5)
 
 
-@pytest.mark.parametrize(
-    ("family", "methods", "options"),
-    [
-        ("linear", ["gauss", "pmh", "pairs", "blocks", "syndrome", "greedy"], ["steps", "reach"]),
-        ("linear", ["auto", "search", "gauss", "blocks"], ["section", "width", "lookahead"]),
-        ("phase", ["gray", "greedy"], ["steps"]),
-        ("clifford", ["elimination"], ["steps", "restarts", "budget"]),
-        ("graph_state", ["naive"], ["tries", "steps", "restarts", "budget"]),
-        ("graph_state", ["decoding"], ["steps"]),
-        ("graph_state", ["auto", "search"], ["tries"]),
-    ],
-)
+@pytest.mark.parametrize(("family", "methods", "options"), [
+    ("linear", ["gauss", "pmh", "pairs", "blocks", "syndrome", "greedy"], ["steps", "reach"]),
+    ("linear", ["auto", "search", "gauss", "blocks"], ["section", "width", "lookahead"]),
+    ("phase", ["gray", "greedy"], ["steps"]), ("graph_state", ["decoding"], ["steps"]),
+    ("clifford", ["elimination"], ["steps", "restarts", "budget"]),
+    ("graph_state", ["naive"], ["tries", "steps", "restarts", "budget"]),
+    ("graph_state", ["auto", "search"], ["tries"]),
+])  # fmt: skip
 def test_options_that_a_method_does_not_take(family, methods, options):
     for method, option in every(methods, options):
         with pytest.raises(

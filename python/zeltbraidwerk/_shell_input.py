@@ -59,7 +59,7 @@ def device(text: str) -> Device:
         return Device.of(text)
     except errors.DeviceError as error:
         if not os.path.exists(text):
-            raise InputError(f"{error}, or a file of edges") from None
+            raise InputError(f"{error}; nor is there a file {text!r} of edges") from None
     content = text_of(text)
     with located(text):
         return Device.from_edges(_texts.edges(content), Path(text).stem)

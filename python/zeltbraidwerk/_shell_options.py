@@ -3,12 +3,11 @@
 from __future__ import annotations
 
 import argparse
-import difflib
 import sys
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Sequence
 from typing import Any, NoReturn
 
-from zeltbraidwerk import _core
+from zeltbraidwerk import _core, _validate
 from zeltbraidwerk._shell_commands import COMMANDS, Command
 
 PROGRAM = "zeltbraidwerk"
@@ -66,7 +65,7 @@ def parsed(arguments: Sequence[str] | None) -> argparse.Namespace:
 
 def _refuse_unknown_command(given: Sequence[str], names: Sequence[str]) -> None:
     if given and not given[0].startswith("-") and given[0] not in names:
-        hint = _meant(given[0], names) or f", wanted one of {', '.join(names)}"
+        hint = _validate.meant(given[0], names) or f", wanted one of {', '.join(names)}"
         fail(f"got the command {given[0]!r}{hint}")
 
 
@@ -75,12 +74,7 @@ def _refuse_unknown(unknown: Sequence[str], parser: argparse.ArgumentParser) -> 
     first = next((word for word in unknown if word.startswith("-")), unknown[0])
     name = first.partition("=")[0]
     what = "the option" if name.startswith("-") else "one more argument,"
-    fail(f"got {what} {name!r}{_meant(name, flags) or ', which is not known here'}")
-
-
-def _meant(word: str, known: Iterable[str]) -> str:
-    close = difflib.get_close_matches(word, list(known), 1)
-    return f"; did you mean {close[0]!r}?" if close else ""
+    fail(f"got {what} {name!r}{_validate.meant(name, flags) or ', which is not known here'}")
 
 
 def _plain(commands: Any, name: str, about: str, examples: Sequence[str]) -> Parser:

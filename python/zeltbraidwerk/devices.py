@@ -134,6 +134,7 @@ class Device(_json.Stored):
             raise errors.DeviceError(
                 f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(known)}, or "
                 "a shape such as line:10, grid:4x4, heavy-hex:3x9 or all-to-all:8"
+                f"{_validate.meant(name, known)}"
             )
         pairs = known[name]
         return cls(1 + max(map(max, pairs)), pairs, name)

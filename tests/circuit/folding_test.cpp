@@ -59,25 +59,11 @@ bool has_rows_in_order(const StepCircuit& circuit) {
 }
 
 TEST(Steps, ReadEveryGateAndWriteTheSameOperator) {
-  const Gate cases[] = {{"CNOT", {2, 0}},
-                        {"CZ", {0, 2}},
-                        {"CSIGN", {1, 2}},
-                        {"H", {1}},
-                        {"S", {1}},
-                        {"D-S", {1}},
-                        {"X", {1}},
-                        {"Y", {1}},
-                        {"Z", {1}},
-                        {"I", {1}},
-                        rx(1, pi / 2),
-                        rx(1, -pi / 2),
-                        ry(1, pi / 2),
-                        ry(1, -5 * pi),
-                        rz(1, 7 * pi / 2),
-                        rx(1, 0.3),
-                        ry(1, -0.3),
-                        rz(1, 2.3),
-                        {"PH", {1}, {0.4}, true}};
+  std::vector<Gate> cases{Gate("CNOT", {2, 0}), Gate("CZ", {0, 2}), Gate("CSIGN", {1, 2}),
+                          rx(1, pi / 2),        rx(1, -pi / 2),     ry(1, pi / 2),
+                          ry(1, -5 * pi),       rz(1, 7 * pi / 2),  rx(1, 0.3),
+                          ry(1, -0.3),          rz(1, 2.3),         support::turn("PH", 1, 0.4)};
+  for (const char* name : {"H", "S", "D-S", "X", "Y", "Z", "I"}) cases.push_back(Gate(name, {1}));
   for (const Gate& gate : cases) {
     const Circuit written_back = written(read_steps(3, {gate}));
     EXPECT_TRUE(support::unitary({gate}, 3).is_multiple_of(support::unitary(written_back, 3)))

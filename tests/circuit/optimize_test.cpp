@@ -189,22 +189,6 @@ TEST(Optimize, CountsTheSmallestCircuits) {
   EXPECT_EQ(one.count, 0);
 }
 
-// The state of qubit 0 comes out on wire 2 of the given circuit; without the swaps it stays on 0.
-TEST(Optimize, TellsTheWireOfEachOutput) {
-  Circuit swaps;
-  for (const auto& [a, b] : {std::pair(0, 1), {1, 2}}) {
-    for (const bool back : {false, true, false}) {
-      swaps.push_back(back ? Gate::CNOT(b, a) : Gate::CNOT(a, b));
-    }
-  }
-  OptimizeOptions options;
-  options.outputs = Outputs::anywhere;
-  options.steps = 2000;
-  const OptimizeResult free = synthesis::optimize_circuit(3, swaps, options);
-  EXPECT_EQ(free.count, 0);
-  EXPECT_THAT(free.permutation, ElementsAre(1, 2, 0));
-}
-
 TEST(Optimize, ReadsGlobalGates) {
   const Circuit given{Gate("XX", {2, 0, 1}, {pi / 2, 3.0}, false), Gate("RX", {0}, {0.3}, false),
                       Gate("CZ", {0, 2}), Gate("XX", {1, 2}, {pi / 2, 2.0}, false)};

@@ -73,23 +73,23 @@ TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
     graph.set_shortest_paths();
     const int m = 1 + static_cast<int>(rng() % 20);
     const PauliTable before = support::random_commuting_rows(m, n, rng);
-    PauliTable table = before;
     auto params = numbered_angles(at(m));
+    const auto expect_right = [&](const PauliTable& table, const std::vector<Gate>& circuit) {
+      ASSERT_TRUE(support::runs_on(graph, circuit));
+      ASSERT_TRUE(is_diagonal(table)) << text(before);
+      ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    };
+    PauliTable table = before;
     const auto circuit = generate_basis_change_aa(table, params, graph);
-    ASSERT_TRUE(support::runs_on(graph, circuit));
-    ASSERT_TRUE(is_diagonal(table)) << text(before);
-    ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    expect_right(table, circuit);
 
     // What the loop falls back on when qubits keep coming back.
     auto frame = zelt::braidwerk::internal::pack_table(before);
     std::vector<Gate> by_tree;
     zelt::braidwerk::internal::diagonalise_on_tree(frame, graph, by_tree);
-    table = before;
     params = numbered_angles(at(m));
     zelt::braidwerk::internal::unpack_table(frame, table, params);
-    ASSERT_TRUE(support::runs_on(graph, by_tree));
-    ASSERT_TRUE(is_diagonal(table)) << text(before);
-    ASSERT_TRUE(support::is_rewritten_by(before, table, params, by_tree)) << text(before);
+    expect_right(table, by_tree);
   }
 }
 

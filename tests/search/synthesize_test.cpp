@@ -346,18 +346,6 @@ TEST_P(EveryFamily, TheSameSeedGivesTheSameCircuitOnAnyNumberOfThreads) {
   }
 }
 
-TEST_P(EveryFamily, TheTraceFallsToTheResult) {
-  SynthesisOptions options = search(3000);
-  std::vector<int> told;
-  options.progress = [&](const synthesis::SearchPoint& point) { told.push_back(point.count); };
-  const SynthesisResult result = GetParam().problem()(options).result;
-  ASSERT_FALSE(result.trace.empty());
-  EXPECT_EQ(result.trace.back().count, result.count);
-  EXPECT_EQ(result.trace.back().depth, result.depth);
-  EXPECT_TRUE(std::ranges::is_sorted(told, std::ranges::greater_equal()) || told.size() < 2);
-  EXPECT_EQ(told.back(), result.count);
-}
-
 /// That the call is refused by an error that begins with the name of the option.
 template <class Call>
 void expect_refused(const std::string& name, Call&& call) {
@@ -423,25 +411,6 @@ TEST(Synthesize, LinearMapsWithinReachAndTheirFronts) {
   const auto shallow = synthesize_linear(m, options);
   ASSERT_FALSE(shallow.front.empty());
   EXPECT_EQ(shallow.front[0].circuit, shallow.circuit);
-}
-
-// A budget ends the runs and the closing after them; the best so far comes back.
-TEST(Synthesize, StopAndBudgetEndASearch) {
-  support::Rng rng(7);
-  const PhasePolynomial poly = support::random_polynomial(8, 40, rng);
-  synthesis::PhaseOptions options;
-  options.method = "gray";
-  options.budget = 0.2;
-  const auto cut = synthesize_phase(poly, options);
-  EXPECT_LT(cut.seconds, 5);
-  EXPECT_GT(cut.runs, 1);
-  options.budget = std::nullopt;
-  options.method = "search";
-  options.steps = std::uint64_t{1} << 62;
-  options.stop = [] { return true; };
-  const auto stopped = synthesize_phase(poly, options);
-  EXPECT_TRUE(stopped.stopped);
-  EXPECT_GT(stopped.count, 0);
 }
 
 }  // namespace
