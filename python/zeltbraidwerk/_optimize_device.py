@@ -55,19 +55,24 @@ class OnDevice:
         device = self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
-            return self._placed(Routed.of(self._optimized(start, 1.0), start))
+            return self._best(self._made([start], 1.0, route=False), rounds=())
+        return self._best(self._candidates(router, given), _ROUNDS)
+
+    def _best(
+        self, candidates: Iterator[Routed], rounds: Sequence[tuple[int, float]]
+    ) -> Optimization:
         found: list[Routed] = []
         try:
-            for routed in self._candidates(router, given):
+            for routed in candidates:
                 found.append(routed)
-            for kept, share in _ROUNDS:
+            for kept, share in rounds:
                 found = sorted(found, key=self._size)[:kept]
                 for k in range(len(found)):
                     self._walk(found, k, share / len(found))
         except KeyboardInterrupt:
             whole = self._placed(min(found, key=self._size)) if found else None
             raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
-        return self._placed(found[0])
+        return self._placed(min(found, key=self._size))
 
     def _walk(self, found: list[Routed], k: int, share: float) -> None:
         """Makes candidate k shorter on the edges. Its ending is that of the source."""
@@ -101,18 +106,22 @@ class OnDevice:
             yield each
         places = [each.placement for each in sorted(routed, key=self._size)[:1]]
         places += [given] if given is not None else self._placements()
-        yield from self._by_networks(list(dict.fromkeys(places))[:_NETWORKS])
+        places = list(dict.fromkeys(places))[:_NETWORKS]
+        yield from self._made(places, _NETWORK_SHARE, route=True)
 
-    def _by_networks(self, places: Sequence[Placement]) -> Iterator[Routed]:
-        """Made anew on the edges from the rotations of the source."""
+    def _made(self, places: Sequence[Placement], share: float, route: bool) -> Iterator[Routed]:
+        """The source, placed and optimised on the edges; with ``route`` made anew on them from its
+        rotations."""
         for placement in places:
+            wide = self.source.placed(placement, self._device().n)
+            options = {**self.options, "route": route}
             try:
-                made = self._optimized(placement, _NETWORK_SHARE / len(places), route=True)
+                found = Assembly(self._with_share(share / len(places)), wide, options).run()
             except errors.Interrupted as stopped:
                 if stopped.best is not None:
                     yield Routed.of(stopped.best, placement)
                 raise
-            yield Routed.of(made, placement)
+            yield Routed.of(found, placement)
 
     def _by_trees(self) -> Iterator[Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
@@ -201,12 +210,6 @@ class OnDevice:
         if site.qubits == tuple(range(site.device.n)):
             return site.device
         return site.device.part(site.qubits)
-
-    def _optimized(self, placement: Placement, share: float, route: bool = False) -> Optimization:
-        """The source, placed, on the edges."""
-        wide = self.source.placed(placement, self._device().n)
-        options = {**self.options, "route": route}
-        return Assembly(self._with_share(share), wide, options).run()
 
     def _as_given(self, circuit: Circuit) -> Optimization:
         """A circuit as a result that has changed nothing."""
