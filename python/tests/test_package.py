@@ -39,9 +39,9 @@ def test_types(tmp_path):
     """mypy, strict, on the package with the stub of its compiled module."""
     pytest.importorskip("mypy")
     package = tmp_path / "zeltbraidwerk"
-    package.mkdir()
-    for source in SOURCES:
-        shutil.copy(source, package)
+    shutil.copytree(
+        Path(zb.__file__).parent, package, ignore=shutil.ignore_patterns("data", "__pycache__")
+    )
     shutil.copy(Path(zb._core.__file__).parent / "_core.pyi", package)
     config = tmp_path / "mypy.ini"
     config.write_text(

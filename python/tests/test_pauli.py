@@ -232,8 +232,12 @@ def test_operators_of_qiskit():
     merged = pauli.synthesize(steps, order="free", repeated="merge", method="ladder").rotations
     assert [string for string, _ in merged] == [string for string, _ in terms]
     time = pytest.importorskip("qiskit.circuit").Parameter("t")
-    with pytest.raises(errors.AngleError, match="wanted a number"):
-        pauli.synthesize(library.PauliEvolutionGate(operator, time))
+    timed = pauli.synthesize(library.PauliEvolutionGate(operator, time / 2), method="ladder")
+    plain = pauli.synthesize(library.PauliEvolutionGate(operator, 0.25), method="ladder")
+    assert timed.circuit.bind({time: 0.5}) == plain.circuit
+    assert set(timed.circuit.to_qiskit().parameters) == {time}
+    with pytest.raises(errors.AngleError, match=r"rotations: got '.*t\*\*2"):
+        pauli.synthesize(library.PauliEvolutionGate(operator, time**2))
     nothing = library.PauliEvolutionGate(operator, 0, synthesis=synthesis.QDrift())
     assert pauli.synthesize(nothing).circuit == zb.Circuit(3)
     with pytest.raises(errors.AngleError, match="real number"):
@@ -260,9 +264,14 @@ def test_rotations_of_pytket():
     orders = [product(order) for order in (listed(result), listed(result)[::-1])]
     assert any(same_up_to_phase(theirs, order) for order in orders)
     assert any(same_up_to_phase(unitary(result.circuit), order) for order in orders)
-    operator = QubitPauliOperator({string: sympy.Symbol("a") for string in terms})
-    with pytest.raises(errors.AngleError, match="got a, wanted a number"):
-        pauli.synthesize(operator, order="free")
+    for power in (1, 2):
+        operator = QubitPauliOperator({string: sympy.Symbol("a") ** power for string in terms})
+        if power == 1:
+            angles = {angle for _, angle in pauli.synthesize(operator, order="free").rotations}
+            assert angles == {math.pi * Parameter("a")}
+            continue
+        with pytest.raises(errors.AngleError, match=r"got 'a\*\*2', wanted a number"):
+            pauli.synthesize(operator, order="free")
 
 
 def listed(result):
@@ -307,7 +316,7 @@ def test_uccsd_is_the_exponential_of_its_excitations():
 
 def test_core_functions_agree_with_the_package():
     ansatz = gallery.uccsd(4, 2)
-    keyed = {tuple(codes(string)): Parameter(f"a{k}")._core for k, string in enumerate(ansatz)}
+    keyed = {tuple(codes(string)): Parameter(f"a{k}").to_core() for k, string in enumerate(ansatz)}
     circuit, tableau = core.greedy_pauli_synth(keyed, core.OperatorTableau(4))
     names = {string: f"a{k}" for k, string in enumerate(ansatz)}
     ours = pauli.synthesize(names, order="free", method="greedy", tail="return")

@@ -134,7 +134,7 @@ pauli.synthesize([('XX', True)]) -> DtypeError: rotations: got True, wanted a nu
 pauli.synthesize([('XX', 10 ** 400)]) -> AngleError: rotations: got inf
 pauli.synthesize([('XX', 1e+308), ('XX', 1e+308)]) -> AngleError: rotations: got inf
 pauli.synthesize([('XX', np.ma.masked)]) -> DtypeError: rotations: got masked
-pauli.synthesize([('XX', '2*a')]) -> AngleError: rotations: got '2\*a'
+pauli.synthesize([('XX', 'a*b')]) -> AngleError: rotations: got the product of 'a' and 'b'
 pauli.synthesize([([0.0, 1.0], 0.1)]) -> PauliError: rotations: got the code 0.0
 pauli.synthesize([([True, 1], 0.1)]) -> PauliError: rotations: got the code True
 pauli.synthesize([(np.array(3), 0.1)]) -> DtypeError: wanted codes 0 to 3

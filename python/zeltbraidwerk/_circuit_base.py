@@ -187,8 +187,9 @@ class CircuitBase(Stored):
 
         Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
         are kept, and so are classical registers; delays are left out. Other control flow, and gates
-        that cannot be decomposed, are refused with the index of the instruction; so are symbolic
-        angles other than a single Parameter.
+        that cannot be decomposed, are refused with the index of the instruction; so are
+        angles that are not linear in their Parameters. :meth:`to_qiskit` gives the same Parameters
+        back.
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 

@@ -22,7 +22,6 @@ from __future__ import annotations
 
 import math
 from collections.abc import Sequence
-from functools import lru_cache
 from itertools import combinations
 
 import numpy as np
@@ -40,7 +39,7 @@ _WORD = 64  # places in a word
 _FIRST_LOOK = 16  # words that are looked at first, which mostly decide
 
 # Names with their factors, in order of names, and a constant.
-_Angle = tuple[tuple[tuple[str, int], ...], float]
+_Angle = tuple[tuple[tuple[str, float], ...], float]
 
 
 def same_operator(
@@ -49,9 +48,9 @@ def same_operator(
     """Whether both circuits are the same operator up to a global phase, with output q of ``before``
     on wire ``permutation[q]`` of ``after``.
 
-    True is a proof, up to 1e-9 radians per angle. False means that these steps prove nothing: the
-    circuits may still be equal by an identity of special angles, such as those of three rotations
-    of one qubit about other axes. Symbols are compared as sums of names and numbers.
+    True is a proof, up to 1e-9 radians per angle and coefficient of a symbol. False means that
+    these steps prove nothing: the circuits may still be equal by an identity of special angles,
+    such as those of three rotations of one qubit about other axes.
 
     Cost: time linear in the gates; and for each rotation whose string was there before, a look at
     the strings since then, 64 at a time, up to one that does not commute: a second for 10^5 gates.
@@ -87,32 +86,13 @@ def _wires(permutation: Sequence[int], n: int) -> list[int]:
 
 
 def _angle(parameter: Parameter) -> _Angle:
-    if parameter.is_symbolic:
-        return _parsed(parameter.expression)
-    return (), float(parameter)
+    return _terms(parameter.coefficients), parameter.constant
 
 
-@lru_cache(maxsize=4096)
-def _parsed(expression: str) -> _Angle:
-    """Of text in prefix notation."""
-    factors: dict[str, int] = {}
-    constant = 0.0
-    signs = [1]  # of the operands that are still to come, the next one last
-    for token in expression.split(" "):
-        sign = signs.pop()
-        if token == "UMINUS":
-            signs.append(-sign)
-        elif token == "+":
-            signs += (sign, sign)
-        elif token[0] in "+-.0123456789":
-            constant += sign * float(token)
-        else:
-            factors[token] = factors.get(token, 0) + sign
-    return _terms(factors), constant
-
-
-def _terms(factors: dict[str, int]) -> tuple[tuple[str, int], ...]:
-    return tuple(sorted((name, factor) for name, factor in factors.items() if factor))
+def _terms(factors: dict[str, float]) -> tuple[tuple[str, float], ...]:
+    return tuple(
+        sorted((name, factor) for name, factor in factors.items() if abs(factor) > TOLERANCE)
+    )
 
 
 def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
@@ -267,5 +247,5 @@ def _alike(a: tuple[int, _Angle] | None, b: tuple[int, _Angle] | None) -> bool:
     """Of rotations about the same string."""
     if a is None or b is None:
         return a is b
-    (terms, constant), (other_terms, other_constant) = a[1], b[1]
-    return terms == other_terms and abs(constant - other_constant) <= TOLERANCE
+    terms, constant = _plus(a[1], b[1], -1)
+    return not terms and abs(constant) <= TOLERANCE

@@ -34,6 +34,7 @@ class Assembly:
             else split_last(self.source, self.ending_size)
         )
         self.pieces, self.between = pieces_of(first)
+        self.sources = self.source._sources()
 
     def run(self) -> Optimization:
         done: list[Optimization] = []
@@ -71,7 +72,7 @@ class Assembly:
         ) -> Optimization:
             return call.result(
                 Optimization, found, piece.n,
-                circuit=of_core(piece.n, gates), source=piece, rounding=rounding,
+                circuit=of_core(piece.n, gates, self.sources), source=piece, rounding=rounding,
                 _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
             )  # fmt: skip
 

@@ -4,14 +4,23 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _interop_qasm3, _json, _renamed, _validate, errors
+from zeltbraidwerk import (
+    _core,
+    _files,
+    _interop_qasm3,
+    _json,
+    _parameter,
+    _renamed,
+    _validate,
+    errors,
+)
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -24,6 +33,7 @@ from zeltbraidwerk.instructions import (
     Register,
     Reset,
     bits_of,
+    bound,
     gates_alone,
     placed,
     registers_of,
@@ -286,6 +296,34 @@ class Circuit(CircuitBase):
             for wire in wires:
                 layers[wire] = layer
         return max(layers, default=0)
+
+    @property
+    def symbols(self) -> tuple[str, ...]:
+        """The names of the symbols in the angles, in their order."""
+        return tuple(_parameter.names_of(self._angles()))
+
+    def _sources(self) -> _parameter.Sources:
+        """The symbols of Qiskit and sympy that the angles were read from, by their names. Raises an
+        AngleError for two of one name."""
+        return _parameter.sources_of(self._angles())
+
+    def _angles(self) -> Iterator[Parameter]:
+        return (angle for item in self._items for angle in item.params)
+
+    def bind(self, values: Mapping[Any, Any]) -> Circuit:
+        """The circuit with values in the place of symbols.
+
+        Keys are names, Parameters of Qiskit or symbols of sympy; values are angles. Symbols without
+        a value stay. Raises an AngleError for a symbol that the circuit does not have.
+
+        >>> circuit = Circuit(1, [Gate.rz(0, "2*a + b")])
+        >>> circuit.bind({"a": 0.25}).gates
+        (Gate('RZ', (0,), 'b + 0.5'),)
+        """
+        given = _parameter.bindings(values, self._angles())
+        return Circuit._trusted(
+            self._n, tuple([bound(item, given) for item in self._items]), self._classical
+        )
 
     def split_ending(self) -> tuple[Circuit, Circuit]:
         """The circuit without what ends it, and the ending: measurements and resets after which

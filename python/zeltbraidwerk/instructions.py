@@ -223,6 +223,16 @@ def placed(operation: Any, places: Sequence[int]) -> Any:
     return operation._placed(places)
 
 
+def bound(operation: Any, values: Mapping[str, Parameter]) -> Any:
+    """The operation with values in the place of symbols."""
+    if isinstance(operation, Conditional):
+        return replace(operation, operation=bound(operation.operation, values))
+    if not any(angle.is_symbolic for angle in operation.params):
+        return operation
+    params = tuple(angle._bound(values) for angle in operation.params)
+    return Gate._trusted(operation.name, operation.qubits, params)
+
+
 def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
     """The gates, barriers left out; any other operation is refused by its name and place."""
     listed = list(operations)

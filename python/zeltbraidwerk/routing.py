@@ -79,13 +79,12 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     gates = source.to_core()
     if repeat:
         gates = _core._fold_circuit(source.n, gates)
-    blocks, tableau = _core.normalize_circuit(
-        gates, _core.OperatorTableau(source.n), True, bool(merge)
-    )
+    blocks, tableau = _core._normal_form(gates, source.n, bool(merge))
+    sources = source._sources()
     return NormalForm(
         source=source,
         blocks=tuple(
-            tuple((letters, Parameter._wrap(angle)) for letters, angle in block)
+            tuple((letters, Parameter._of_core(angle, sources)) for letters, angle in block)
             for block in blocks
             if block
         ),
@@ -260,7 +259,7 @@ def _result(
     operator = CliffordTableau._wrap(frame.inverse())
     n = source.n
     qubits, width = call.qubits(n), call.width(n)
-    routed = placed(of_core(n, gates), qubits, width)
+    routed = placed(of_core(n, gates, source._sources()), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
         left = of_core(n, _core.clifford_circuit(operator._core))

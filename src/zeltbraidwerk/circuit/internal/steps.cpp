@@ -140,6 +140,14 @@ structures::Gate turn_gate(const Step& step) {
   return {names[kind], {step.a}, {step.quarters == 1 ? quarter_turn : -quarter_turn}, false};
 }
 
+structures::Gate rotation_gate(const Step& step, const LinearAngle& angle) {
+  constexpr const char* names[] = {"RX", "RY", "RZ"};
+  LinearAngle turned;
+  turned.add(angle, step.negative ? -1 : 1);
+  return {names[step.letter - 1U], std::vector<int>{step.a},
+          std::vector<structures::Parameter>{turned.parameter()}, step.letter == letter_z};
+}
+
 }  // namespace
 
 int quarters_of(const LinearAngle& angle) {
@@ -181,14 +189,7 @@ std::vector<structures::Gate> written(const StepCircuit& circuit) {
         gates.push_back(turn_gate(step));
         break;
       case StepKind::rotation:
-        for (const structures::Parameter& angle :
-             circuit.angles[static_cast<std::size_t>(step.row)].parameters()) {
-          constexpr const char* names[] = {"RX", "RY", "RZ"};
-          gates.emplace_back(
-              names[step.letter - 1U], std::vector<int>{step.a},
-              std::vector<structures::Parameter>{step.negative ? angle.flip_sign() : angle},
-              step.letter == letter_z);
-        }
+        gates.push_back(rotation_gate(step, circuit.angles[static_cast<std::size_t>(step.row)]));
         break;
     }
   }
