@@ -65,22 +65,24 @@ def optimize(
     With a ``device``, all two-qubit gates of the result are on its edges, and qubit q of the
     circuit is qubit ``result.placement[q]`` of the device, before and after. A circuit that fits as
     it stands, qubit q on qubit q or on ``placement[q]``, stays there and is optimised on the edges.
-    Another one is placed, where no ``placement`` is given, and routed: with ``router="own"`` made
-    anew on the edges from its rotations, with "qiskit" by the placement and routing of Qiskit's
-    level 3, of the circuit and of one that was optimised first; the best is optimised on the edges.
+    Another one is placed, where no ``placement`` is given, and routed in several ways, as it is and
+    made shorter first: with ``router="own"`` without SWAPs where a placement allows it, by SWAPs,
+    and anew on the edges from its rotations; with "qiskit" by the placement and routing of Qiskit's
+    level 3, with several seeds. All are optimised on the edges, the best for longest.
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
     of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
     With ``objective="depth"``, a search by count comes first, with as many steps or half of the
     budget, and the result is never deeper than what that one found; ``result.front`` has both.
 
-    ``steps`` are windows of three qubits, of about 7 microseconds; by default 200,000 and 30 per
-    gate. With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
+    ``steps`` are windows of three qubits, of some microseconds; by default 200,000 and 30 per gate.
+    With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
     ``progress`` are as in :func:`zeltbraidwerk.linear.synthesize`; ``progress`` hears of the gates,
     and of the layers, of all pieces added up. ``jobs`` threads share the restarts, or the pieces of
     a circuit of more than 4,000 gates; the result does not depend on them. More steps are never
-    worse. Ctrl-C raises an exception whose ``best`` is the best whole circuit so far: pieces that
-    were not reached are as given. It is None on a device where that is not on the edges.
+    worse, but where a circuit is routed. Ctrl-C raises an exception whose ``best`` is the best
+    whole circuit so far: pieces that were not reached are as given. It is None on a device where
+    that is not on the edges.
 
     Raises a :class:`~zeltbraidwerk.errors.TooLargeError` for more than 16,384 qubits.
 
