@@ -21,7 +21,8 @@ struct WindowStep {
     /// takes its place, with the next free numbers.
     replace,
     /// The last of `before` comes to stand right after the two others, which are the last gates of
-    /// a block on its first and on its second wire. It commutes with each gate that it passes: on the
+    /// a block on its first and on its second wire. It commutes with each gate that it passes: on
+    /// the
     /// wire that they share both act by the same Pauli operator.
     move,
   };
