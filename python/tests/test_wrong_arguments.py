@@ -87,7 +87,8 @@ VALUES = {
 # none that works.
 ARGUMENTS = {
     "from_networkx": [], "from_pytket": [], "from_qiskit": [], "from_rustworkx": [],
-    "from_stim": [], "from_json": [], "from_qasm3": [], "best_over_time": [], "save_svg": [{"path": "circuit.svg"}],
+    "from_stim": [], "from_json": [], "from_qasm3": [], "best_over_time": [],
+    "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
     "linear.synthesize": [
