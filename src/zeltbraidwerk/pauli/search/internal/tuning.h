@@ -78,6 +78,9 @@ struct NetworkTargetTuning {
   /// The odds to go uphill with which a walk begins, drawn anew for each.
   float least_uphill = 0.05F;
   float most_uphill = 0.5F;
+  /// As walk_patience, which is right for lists of rotations: the gates of a circuit are shorter
+  /// already.
+  int walk_patience = 80;
 };
 inline constexpr NetworkTargetTuning network_target_tuning;
 
