@@ -22,7 +22,8 @@ constexpr const CircuitTuning& tuning = circuit_tuning;
 ///
 /// Outputs that may stand anywhere change nothing of it: the best circuits are closed anew as well,
 /// to any order, and the shorter ones among these are only answers. So they are never longer than
-/// the circuits with outputs in place. A circuit that is routed has outputs anywhere from the start.
+/// the circuits with outputs in place. A circuit that is routed has outputs anywhere from the
+/// start.
 class CircuitSearch : public SearchBase<Network> {
  public:
   CircuitSearch(const CircuitProblem& problem, const CircuitTask& task, const Effort& effort)
@@ -44,6 +45,7 @@ class CircuitSearch : public SearchBase<Network> {
       start_ = problem_.given;
     }
     offer(start_, Origin::certain);
+    if (are_freed()) close_freely();
   }
   bool finished() const { return shortest_.size().count == 0; }
 
@@ -62,7 +64,7 @@ class CircuitSearch : public SearchBase<Network> {
       ++walks_;
       meter_.step();  // circuits with nothing to walk through end as well
     } while (meter_.steps() < end && !meter_.ended());
-    if (task_.outputs != searched_outputs()) close_freely(round.steps);
+    if (with_beams && are_freed() && !meter_.ended()) search_freely(round.steps / tuning.free_part);
   }
 
  private:
@@ -86,9 +88,12 @@ class CircuitSearch : public SearchBase<Network> {
     return found;
   }
   NetworkTask network_task(const CircuitProblem& problem, const Network* given) {
+    return network_task(problem, given, rng_);
+  }
+  NetworkTask network_task(const CircuitProblem& problem, const Network* given, Rng& rng) const {
     NetworkTask task;
     static_cast<Task&>(task) = task_;
-    task.seed = rng_.next();
+    task.seed = rng.next();
     task.in_order = true;
     task.target = &problem.target;
     task.given = given;
@@ -135,13 +140,17 @@ class CircuitSearch : public SearchBase<Network> {
     offer(closed, Origin::derived);
   }
 
-  /// The shortest network, its gates after the last rotation made anew with outputs anywhere. With
-  /// draws of its own, and not counted: what is found with outputs in place stays the same.
-  void close_freely(std::uint64_t steps) {
-    if (meter_.ended()) return;
-    const Network open = network_of(shortest_.circuit().events, in_order(qubits()), false);
-    offer(closed_anew(open, task_.outputs, std::min(steps, tuning.most_free_steps), free_rng_),
-          Origin::derived);
+  /// The given circuit, its gates after the last rotation made anew with outputs anywhere.
+  void close_freely() {
+    const Network open = network_of(start_.events, in_order(qubits()), false);
+    offer(closed_anew(open, task_.outputs, 0, free_rng_), Origin::certain);
+  }
+  /// Networks with outputs anywhere, from the shortest in place. With draws of its own, and not
+  /// counted: what is found with outputs in place stays the same.
+  void search_freely(std::uint64_t steps) {
+    NetworkTask task = network_task(problem_, &shortest_.circuit(), free_rng_);
+    task.outputs = task_.outputs;
+    offer(search_events({problem_.rows, {}}, task, within(steps)), Origin::derived);
   }
 
   Network closed_anew(const Network& open, Outputs outputs, std::uint64_t steps, Rng& rng) {
@@ -201,6 +210,8 @@ class CircuitSearch : public SearchBase<Network> {
   Outputs searched_outputs() const {
     return circuit_task_.routes ? task_.outputs : Outputs::in_place;
   }
+
+  bool are_freed() const { return task_.outputs != searched_outputs(); }
 
   int qubits() const { return problem_.rows.qubits(); }
   Origin lowering() const {

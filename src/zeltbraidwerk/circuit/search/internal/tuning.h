@@ -20,12 +20,12 @@ struct CircuitTuning {
   /// better.
   double beam_share = 0.25;
   double least_beam_share = 0.125;
-  /// The round in which rotations are searched for alone, and what is left of the operator closed by
-  /// a Clifford search of its own; and what part of the round's steps it gets.
+  /// The round in which rotations are searched for alone, and what is left of the operator closed
+  /// by a Clifford search of its own; and what part of the round's steps it gets.
   int open_round = 1;
   std::uint64_t open_part = 4;
-  /// Of a Clifford search that closes the best circuit to outputs anywhere.
-  std::uint64_t most_free_steps = std::uint64_t{1} << 12;
+  /// What part of a round's steps is spent beside it on networks with outputs anywhere.
+  std::uint64_t free_part = 4;
   /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
   std::uint64_t alternation_steps = 32;
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.

@@ -78,8 +78,7 @@ class NetworkBlock::GatesOn {
     const unsigned on_a = is(move.a, 0);
     const unsigned on_b = is(move.b, 0);
     const unsigned on_other = is(3 - move.a - move.b, 0);
-    const unsigned both = (on_a & on_b & ~fallen) |
-                          (~on_a & anticommutes(move.b, move.label_b)) |
+    const unsigned both = (on_a & on_b & ~fallen) | (~on_a & anticommutes(move.b, move.label_b)) |
                           (~on_b & anticommutes(move.a, move.label_a));
     if ((both & on_other) != 0) return 2;
     return (both | (on_other & (on_a | on_b))) != 0 ? 1 : 0;
@@ -221,9 +220,9 @@ bool NetworkBlock::descend(const State& state, int budget) {
   }
   if (budget == 0 || --patience_ < 0) return false;
   const GatesOn gates(state);
-  // What is left to undo takes a gate less after the moves `down`, and at most a gate more otherwise.
-  const auto [distance, down] =
-      end_is_free_ ? Table::Entry{-1, 0} : table().find(state.operators);
+  // What is left to undo takes a gate less after the moves `down`, and at most a gate more
+  // otherwise.
+  const auto [distance, down] = end_is_free_ ? Table::Entry{-1, 0} : table().find(state.operators);
   for (int k = 0; k < moves; ++k) {
     const int number = (first_move_ + k * stride_) % moves;
     if ((pairs_ >> (number / 9) & 1) == 0) continue;

@@ -52,8 +52,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     return false;
   }
   const int old = block_.gates();
-  const int nodes =
-      rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
+  const int nodes = rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
   const unsigned pairs = pairs_that_meet();
   const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
   const int longest = old + (rng.chance(uphill) ? 1 : 0);
