@@ -12,7 +12,7 @@ version = release = zeltbraidwerk.__version__
 author = "the zeltbraidwerk authors"
 
 extensions = ["myst_parser", "sphinx.ext.autodoc", "sphinx.ext.napoleon", "cpp_headers"]
-exclude_patterns = ["_ext", "requirements.txt"]
+exclude_patterns = ["_ext", "paper", "requirements.txt"]
 myst_enable_extensions = ["colon_fence"]
 autodoc_typehints = "description"
 autodoc_member_order = "bysource"

@@ -13,6 +13,7 @@ from __future__ import annotations
 import sys
 from collections.abc import Callable, Iterator, Sequence
 from dataclasses import dataclass
+from functools import partial
 from pathlib import Path
 
 import pyzx
@@ -242,48 +243,48 @@ ON_DEVICES = (
     ("mod_red_21", "tokyo"),
     ("hwb6", "tokyo"),
     ("csla_mux_3", "tokyo"),
+    ("tof_5", "heavy hex"),
+    ("barenco_tof_4", "heavy hex"),
+    ("mod5_4", "line of 16"),
+    ("qft_4", "4 x 4 grid"),
+    ("mod_mult_55", "heavy hex"),
+    ("random, 9 qubits", "4 x 4 grid"),
 )
+DEVICES = routing.DEVICES | {"heavy hex": zb.Device.heavy_hex(3, 5)}
 
 
 def on_devices(timed: Timer, quick: bool) -> None:
     """From a circuit to one on the edges of a device. The packages' qubits end where they leave
-    them, ours where they started, except in the last column."""
+    them, and so do ours where outputs are free; in place, each ends where it started."""
     methods = (
         ("Qiskit, level 3", lambda one, device: routing.qiskit_default(one.circuit, device, timed)),
         ("pytket, default", lambda one, device: routing.pytket_default(one.circuit, device, timed)),
-        ("own router", lambda one, device: ours_on(one, device, timed)),
-        ("router=qiskit", lambda one, device: ours_on(one, device, timed, router="qiskit")),
-        ("ends anywhere", lambda one, device: after_qiskit(one, device, timed)),
-    )
+        *(
+            (f"{router}, {ends}",
+             partial(ours_on, timed=timed, router=router, permutation=permutation))
+            for ends, permutation in (("free", "free"), ("in place", "exact"))
+            for router in ("own", "qiskit")
+        ),
+    )  # fmt: skip
     heads, widths = ("circuit", "device", "before", *(name for name, _ in methods)), (24, 12, 7)
-    widths += (15,) * len(methods)
+    widths += (16,) * len(methods)
     print(f"\nOn the edges of devices: two-qubit gates / seconds\n{_line(heads, widths)}")
+    drawn = routing.random_circuit(9, 300, 1)
     inputs = {source.name: source for source in of_folder(1000)}
+    inputs["random, 9 qubits"] = Input("random, 9 qubits", drawn.to_qasm(), drawn)
+    rows = []
     for name, place in ON_DEVICES[:2] if quick else ON_DEVICES:
-        source, device = inputs[name], routing.DEVICES[place]
+        source, device = inputs[name], DEVICES[place]
         costs = [method(source, device) for _, method in methods]
         cells = [Outcome(count, seconds) for count, _, seconds in costs]
         print(_line((name, place, source.before, *cells), widths), flush=True)
+        rows.append([source.before, *(count for count, *_ in costs)])
+    print(_line(("all", "", *map(sum, zip(*rows, strict=True))), widths))
 
 
 def ours_on(source: Input, device: zb.Device, timed: Timer, **options: object) -> routing.Cost:
     result, seconds = ours(source, timed, device=device, steps=STEPS, **options)
     return result.count, result.depth, seconds
-
-
-def after_qiskit(source: Input, device: zb.Device, timed: Timer) -> routing.Cost:
-    """Routed by Qiskit as given and as made shorter, then each made shorter on the edges: the
-    better one, with the time of all."""
-    shorter, seconds = ours(source, timed, steps=STEPS)
-    found = []
-    for circuit in (source.circuit, shorter.circuit):
-        routed, spent = routing.qiskit_routed(circuit.to_qiskit(), device, timed)
-        start = Input(source.name, "", zb.Circuit.from_qiskit(routed))
-        result, more = ours(start, timed, device=device, steps=STEPS)
-        found.append(result)
-        seconds += spent + more
-    best = min(found, key=lambda result: (result.count, result.depth))
-    return best.count, best.depth, seconds
 
 
 def main(timed: Timer, quick: bool) -> None:

@@ -3,7 +3,7 @@
     run.py                    every row
     run.py --quick            small sizes alone
     run.py --only PART        one of the parts: linear, devices, phases, rotations, cliffords,
-                              routing, circuits, tableau
+                              routing, circuits, plugins, tableau
     run.py --circuits FOLDER  routes the OpenQASM 2 files there as well
 
 Times are processor time, the best of a few runs of the synthesis call alone, with its own
@@ -26,6 +26,7 @@ from statistics import mean
 import circuits
 import cliffords
 import numpy as np
+import plugins
 import pyzx
 import rotations
 import routing
@@ -268,6 +269,7 @@ def main() -> int:
         "cliffords": partial(cliffords.main, timed),
         "routing": lambda quick: routing.main(timed, quick, options.circuits),
         "circuits": partial(circuits.main, timed),
+        "plugins": partial(plugins.main, timed),
         "tableau": lambda quick: tableau(gates=1000 if quick else 100_000),
     }
     parser.add_argument("--only", choices=parts, help="one part")

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import itertools
 import sys
 from collections.abc import Iterator
 from pathlib import Path
@@ -12,6 +13,8 @@ Row = tuple[tuple[str, str, str], tuple[int, int]]  # family, input, method; cou
 
 FOLDER = Path(__file__).parents[1] / "circuits"
 STEPS = 20_000
+DEVICES = {"grid_4x4": zb.Device.grid(4, 4), "tokyo": zb.Device.named("tokyo")}
+ON_DEVICES = ("barenco_tof_5", "vbe_adder_3", "hwb6", "gf2^4_mult")
 
 
 def circuits() -> Iterator[Row]:
@@ -25,6 +28,17 @@ def circuits() -> Iterator[Row]:
         yield _row(file.stem, "search depth", result)
         result = zb.optimize(circuit, permutation="free", seed=1, steps=STEPS)
         yield _row(file.stem, "search free", result)
+    yield from on_devices()
+
+
+def on_devices() -> Iterator[Row]:
+    """Placed and routed by the library alone."""
+    for name, (place, device) in itertools.product(ON_DEVICES, DEVICES.items()):
+        for permutation in ("exact", "free"):
+            result = zb.optimize(
+                FOLDER / f"{name}.qasm", device=device, permutation=permutation, seed=1, steps=STEPS
+            )
+            yield _row(f"{name}_{place}", f"device {permutation}", result)
 
 
 def _row(name: str, method: str, result: zb.Optimization) -> Row:

@@ -9,6 +9,7 @@
 
 #include "module.h"
 #include "synthesize.h"
+#include "zeltbraidwerk/circuit/internal/clifford_phase.h"
 #include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/optimize.h"
 
@@ -22,9 +23,11 @@ using synthesis::SynthesisResult;
 namespace {
 
 using Gates = std::vector<structures::Gate>;
-// As in the library: qubits, whether it moves, the gates before by number, and those after.
-using Step = std::tuple<std::array<int, 2>, bool, std::vector<std::size_t>, Gates>;
-using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>>;
+// As in the library. A step: qubits, whether it moves, the gates before by number, and those after.
+using Step = std::tuple<std::array<int, 3>, bool, std::vector<std::size_t>, Gates>;
+using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>, double>;
+// Permutation, gates, rounding, stages.
+using Found = std::tuple<std::vector<int>, Gates, double, std::vector<Stage>>;
 
 /// None where all is exact rewriting, so that given and last circuit tell all.
 std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
@@ -37,7 +40,19 @@ std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
     for (synthesis::OptimizeStep& step : stage.steps) {
       steps.emplace_back(step.qubits, step.moves, std::move(step.before), std::move(step.after));
     }
-    result.emplace_back(std::move(stage.gates), std::move(stage.permutation), std::move(steps));
+    result.emplace_back(std::move(stage.gates), std::move(stage.permutation), std::move(steps),
+                        stage.phase);
+  }
+  return result;
+}
+
+std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
+  std::vector<Found> result;
+  for (synthesis::OptimizedCircuit& circuit : front) {
+    Gates gates = circuit.stages.back().gates;
+    std::vector<int> wires = circuit.stages.back().permutation;
+    result.emplace_back(std::move(wires), std::move(gates), circuit.rounding,
+                        stages_of(std::move(circuit.stages)));
   }
   return result;
 }
@@ -48,7 +63,8 @@ void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
       [](int n, const Gates& gates, const CommonOptions& common, bool exact, bool keep_rotations,
-         bool route) -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>> {
+         bool route)
+          -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>, std::vector<Found>> {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
         OptimizeOptions own;
         own.exact = exact;
@@ -60,9 +76,17 @@ void bind_circuit_optimize(nb::module_& m) {
         Gates found = std::move(result.gates);
         const double rounding = result.rounding;
         std::vector<Stage> stages = stages_of(std::move(result.stages));
-        return {std::move(result), std::move(found), rounding, std::move(stages)};
+        std::vector<Found> front = front_of(std::move(result.front));
+        return {std::move(result), std::move(found), rounding, std::move(stages), std::move(front)};
       },
       "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
+  m.def("_optimize_steps", &synthesis::default_optimize_steps, "gates"_a);
+  m.def(
+      "_rewriting_phase",
+      [](int n, const Gates& before, const Gates& after, const std::vector<int>& wires) {
+        return unlocked([&] { return internal::rewriting_phase(n, before, after, wires); });
+      },
+      "n"_a, "before"_a, "after"_a, "wires"_a);
   m.def(
       "_fold_circuit",
       [](int n, const Gates& gates) {

@@ -12,6 +12,7 @@
 #include "convert.h"
 #include "module.h"
 #include "synthesize.h"
+#include "zeltbraidwerk/routing/internal/rotation_rows.h"
 #include "zeltbraidwerk/routing/internal/route.h"
 #include "zeltbraidwerk/routing/ion_nnizer.h"
 #include "zeltbraidwerk/routing/linear_nnizer.h"
@@ -106,6 +107,17 @@ void bind_normal_form(nb::module_& m) {
         });
       },
       "circuit"_a, "tableau"_a, "commuting_blocks"_a, "merge"_a, "(blocks, tableau).");
+  m.def(
+      "_normal_form",
+      [](const Circuit& circuit, int n, bool merge) {
+        check_circuit(circuit, n);
+        return unlocked([&] {
+          internal::NormalForm form =
+              internal::normal_form(circuit, OperatorTableau(n), true, merge, true);
+          return std::pair(form.blocks(), std::move(form.clifford));
+        });
+      },
+      "circuit"_a, "n"_a, "merge"_a, "(blocks, tableau); symbolic sums keep all digits.");
 }
 
 void bind_routings(nb::module_& m) {
@@ -183,6 +195,7 @@ void bind_interruptible(nb::module_& m) {
               graph.set_shortest_paths();
               internal::RoutingOptions options;
               options.depth = depth;
+              options.linear_sums = true;
               options.objective =
                   by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
               options.control = control;
@@ -202,6 +215,7 @@ void bind_interruptible(nb::module_& m) {
             budget, n, [&](const internal::Control& control) -> std::optional<Routed> {
               internal::RoutingOptions options;
               options.depth = depth;
+              options.linear_sums = true;
               options.control = control;
               Routed made(Circuit{}, OperatorTableau(n));
               auto& [out, frame] = made;

@@ -13,13 +13,22 @@ from support import product
 settings.register_profile("default", deadline=None, max_examples=40, derandomize=True)
 settings.load_profile("default")
 
-# A test tests a conversion if it asks for another package in this way. mypy is a tool, not a peer.
+# A test tests a conversion if it asks for another package in this way, or by the fixture of one.
+# mypy is a tool, not a peer.
 ASKS = re.compile(r'importorskip\((?!"mypy)')
+
+
+def package(name):
+    return pytest.fixture(lambda: pytest.importorskip(name), scope="session")
+
+
+qiskit, tket, stim = map(package, ("qiskit", "pytket.circuit", "stim"))
 
 
 def pytest_collection_modifyitems(items):
     for item in items:
-        if ASKS.search(inspect.getsource(item.function)):
+        asked = {"qiskit", "tket", "stim"} & {*item.fixturenames}
+        if asked or ASKS.search(inspect.getsource(item.function)):
             item.add_marker("interop")
 
 

@@ -34,13 +34,6 @@ FILES = {
     "qreg q[3]; qreg r[3];\nthree(0.7) q[2],q[0],q[1]; three(ln(3)) q[0],r[1],r[0];",
     "expressions": HEAD + "qreg q[1];\nrx(-2^2/3) q[0]; ry(2^3^0.5) q[0]; rz(--1+-(2)) q[0];\n"
     "u2(sqrt(2)*exp(-1),cos(pi)/tan(1)) q[0]; u1(1e-3) q[0]; rx(.5e1-5.) q[0]; rz(1-2-3/4/5) q[0];",
-    "header gates": HEAD + "qreg q[5];\nu0(1) q[0]; u(0.1,0.2,0.3) q[1]; p(0.4) q[0]; sx q[0];\n"
-    "sxdg q[1]; id q; cu(0.1,0.2,0.3,0.4) q[0],q[1]; cu3(0.1,0.2,0.3) q[1],q[0];\n"
-    "crx(0.3) q[0],q[1]; cry(0.4) q[1],q[2]; crz(0.5) q[2],q[0]; cp(0.6) q[0],q[2];\n"
-    "cu1(0.7) q[1],q[2]; csx q[0],q[1]; cy q[0],q[1]; ch q[1],q[2]; cz q[2],q[3];\n"
-    "rxx(0.8) q[0],q[3]; rzz(0.9) q[1],q[3]; swap q[0],q[4]; cswap q[0],q[1],q[2];\n"
-    "ccx q[2],q[3],q[4]; rccx q[0],q[1],q[2]; rc3x q[0],q[1],q[2],q[3]; c3x q[1],q[2],q[3],q[4];\n"
-    "c3sqrtx q[0],q[2],q[3],q[4]; c4x q[0],q[1],q[2],q[3],q[4];",
     "own swap": HEAD + "gate swap a,b { cx a,b; h a; }\ngate rzz(t) a,b { cx a,b; u1(t) b; }\n"
     "qreg p[2]; swap p[0],p[1]; rzz(0.3) p[1],p[0];",
     "conditions": HEAD

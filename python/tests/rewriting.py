@@ -142,3 +142,9 @@ def exchange_wires(rng, gates):
     a, b = rng.sample(range(3), 2)
     swapped = {a: b, b: a}
     gates[:] = [Gate(g.name, [swapped.get(q, q) for q in g.qubits], g.params) for g in gates]
+
+
+FAULTS = (
+    drop, turn_a_little, turn_backwards, swap_neighbours, reverse_a_cnot, insert_a_letter,
+    exchange_wires,
+)  # fmt: skip

@@ -3,7 +3,7 @@
 import numpy as np
 from hypothesis import strategies as st
 
-from zeltbraidwerk import core
+from zeltbraidwerk import Circuit, Gate, core
 
 _LAYER = "".join(
     f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
@@ -23,6 +23,20 @@ def replaced(result, **changes):
     """The same result with other fields, which are not checked."""
     fields = {name: getattr(result, name) for name in result.__dataclass_fields__}
     return type(result)(**{**fields, **changes})
+
+
+def spoilt(circuit, only_turned=False):
+    """The circuit with its first and its last CNOT turned round, or nothing in its place, and
+    with all angles negated."""
+    gates = list(circuit)
+    is_pair = [isinstance(gate, tuple) or gate.name == "CNOT" for gate in gates]
+    for at in (is_pair.index(True), len(gates) - 1 - is_pair[::-1].index(True)):
+        pair = gates[at]
+        turned = pair[::-1] if isinstance(pair, tuple) else Gate("CNOT", pair.qubits[::-1])
+        for instead in (turned,) if only_turned else (turned, Gate("I", 0)):
+            yield type(circuit)(circuit.n, [*gates[:at], instead, *gates[at + 1 :]])
+    if not only_turned:
+        yield Circuit(circuit.n, [gate.inverse() if gate.params else gate for gate in gates])
 
 
 def replay(n, gates):

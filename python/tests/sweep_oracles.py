@@ -18,20 +18,8 @@ SYMBOLS = {f"t{k}": math.sqrt(k + 2) / 64 for k in range(300)}
 
 
 def value(angle):
-    """A number for an angle. Sums of symbols are in prefix notation."""
-    if not angle.is_symbolic:
-        return float(angle)
-    tokens = iter(angle.expression.split())
-
-    def read():
-        token = next(tokens)
-        if token == "+":
-            return read() + read()
-        if token == "UMINUS":
-            return -read()
-        return SYMBOLS[token] if token in SYMBOLS else float(token)
-
-    return read()
+    """A number for an angle."""
+    return angle.constant + sum(f * SYMBOLS[name] for name, f in angle.coefficients.items())
 
 
 def simulator(n):

@@ -84,10 +84,11 @@ def test_a_wrong_block_is_refused(mutate):
 
 
 H, RX, CZ = Gate.h, Gate.rx, Gate.cz
-R, C21 = RX(0, 0.7), Gate.cnot(2, 1)
+R, C20, C21 = RX(0, 0.7), Gate.cnot(2, 0), Gate.cnot(2, 1)
 PATH = [H(0), CZ(0, 2), CZ(2, 1), H(1)]
 XX = Gate("XX", (0, 1), (0.3, 0.0))
 MOVE = ((0, 1), [0, 0, 2], (), True)
+TRIANGLE = [CZ(0, 1), Gate.cnot(0, 2), Gate.cnot(2, 1)]
 FOUR = [H(0), CZ(0, 1), CZ(0, 1), H(1)]
 
 
@@ -112,19 +113,19 @@ FOUR = [H(0), CZ(0, 1), CZ(0, 1), H(1)]
         ([H(0)], [([1], [], [H(1), H(1)]), ([1], [1, 2], [])], [H(0)], False),
         # Wires.
         ([H(0), H(0)], [([1], [0, 1], [])], [], False),
-        ([H(0), H(0)], [([0, 1, 2], [0, 1], [])], [], False),
+        ([H(0), H(0)], [([0, 1, 2], [0, 1], [])], [], True),
+        ([H(0), H(0)], [([0, 1, 2], [0, 1], [H(2), H(2)])], [H(2), H(2)], False),
+        ([CZ(0, 1), CZ(1, 2), CZ(0, 1)], [([2, 0, 1], [0, 1, 2], [CZ(2, 1)])], [CZ(2, 1)], True),
+        ([CZ(0, 1), CZ(1, 2), CZ(0, 1)], [([2, 0, 1], [0, 1, 2], [CZ(2, 0)])], [CZ(2, 0)], False),
+        # The second gate of three leads from the first on wire 0 to the last on wire 2.
+        (TRIANGLE, [([0, 1, 2], [0, 2], [TRIANGLE[0], TRIANGLE[2]])], TRIANGLE, False),
         ([CZ(0, 1), CZ(1, 0)], [([0, 1], [0, 1], [])], [], True),
         ([CZ(0, 1)], [([0, 1], [0], [CZ(0, 2)])], [CZ(0, 2)], False),
         ([CZ(0, 1)], [([0, 0], [], [])], [CZ(0, 1)], False),
         # The last gate comes to stand after two others, past gates with its letter on each wire.
         ([CZ(0, 1), CZ(0, 2), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), CZ(0, 2)], True),
         ([CZ(0, 1), RX(2, "a"), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), RX(2, "a")], True),
-        (
-            [CZ(0, 1), Gate.cnot(2, 0), CZ(0, 1)],
-            [MOVE],
-            [CZ(0, 1), CZ(0, 1), Gate.cnot(2, 0)],
-            False,
-        ),
+        ([CZ(0, 1), C20, CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), C20], False),
         ([CZ(0, 1), H(0), XX], [MOVE], [CZ(0, 1), XX, H(0)], False),
         ([CZ(0, 1), H(1), CZ(0, 1)], [MOVE], [CZ(0, 1), CZ(0, 1), H(1)], False),
         ([CZ(0, 1), CZ(0, 2), CZ(0, 1)], [((0, 1), [0, 2], (), True)], [CZ(0, 1)], False),

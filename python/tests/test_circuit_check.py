@@ -6,19 +6,14 @@ import time
 import pytest
 from rewriting import (
     ANGLES,
+    FAULTS,
     PI,
     change_angle,
     distance,
-    drop,
-    exchange_wires,
-    insert_a_letter,
     random_gate,
     random_gates,
-    reverse_a_cnot,
     rewritten,
     swap_neighbours,
-    turn_a_little,
-    turn_backwards,
 )
 from support import unitary
 
@@ -48,13 +43,7 @@ def test_rewritten_circuits_are_accepted(n):
         assert same_operator(Circuit(n, gates), Circuit(n, source), invert(wires))
 
 
-@pytest.mark.parametrize(
-    "mutate",
-    [
-        drop, turn_a_little, turn_backwards, swap_neighbours, reverse_a_cnot, insert_a_letter,
-        exchange_wires,
-    ],
-)  # fmt: skip
+@pytest.mark.parametrize("mutate", FAULTS)
 def test_a_circuit_that_differs_is_refused(mutate):
     differing = 0
     for seed in range(60):

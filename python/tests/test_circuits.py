@@ -10,7 +10,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 from support import cnots, replay
 
-from zeltbraidwerk import Barrier, Circuit, CliffordTableau, CnotCircuit, Gate, Parameter, errors
+from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Gate, Parameter
 
 
 @st.composite
@@ -67,9 +67,6 @@ def test_gates_cannot_be_changed_from_outside():
 
 def test_angles_add_as_in_the_library():
     assert float(Parameter(4.0) + 4.0) == math.fmod(8.0, 2 * math.pi)
-    assert str(Parameter("a") + 1.0 + "b") == "+ b + 1.000000 a"
-    negated = -Parameter("a")
-    assert -negated == Parameter("a")
     assert 1.0 + Parameter(0.5) == 1.5
     assert str(Gate.rz(2, math.pi / 2)) == "RZ [2 ]1.5708 (diag)"
     assert pickle.loads(pickle.dumps(Gate.rx(1, "a"))) == Gate.rx(1, "a")
@@ -118,31 +115,6 @@ def test_picture_of_a_crossing_and_of_a_long_circuit():
     ET.fromstring(CnotCircuit(0)._repr_svg_())
 
 
-def test_qasm_of_others():
-    text = """
-        OPENQASM 2.0; include "qelib1.inc";
-        // two registers, numbered through
-        qreg a[2]; qreg b[1]; creg c[2];
-        h a; cx a[1],b[0]; barrier a;
-        rz(-3*pi/4 + 2^-1) b[0]; u1(sqrt(2)) a[0];
-        t a[0]; swap a[0],a[1];
-    """
-    expected = [
-        Gate.h(0), Gate.h(1), Gate.cnot(1, 2), Barrier((0, 1)),
-        Gate.rz(2, -3 * math.pi / 4 + 0.5),
-        Gate("PH", 0, math.sqrt(2)), Gate("PH", 0, math.pi / 4),
-        Gate.cnot(0, 1), Gate.cnot(1, 0), Gate.cnot(0, 1),
-    ]  # fmt: skip
-    assert Circuit.from_qasm(text) == Circuit(3, expected, [("c", 2)])
-    toffoli = Circuit.from_qasm("qreg q[3]; ccx q[0],q[1],q[2];")
-    assert (toffoli.gate_count, toffoli.two_qubit_count) == (15, 6)
-
-
-def same_operator(a, b):
-    """Of Clifford circuits, signs included."""
-    return CliffordTableau.from_circuit(a) == CliffordTableau.from_circuit(b)
-
-
 @given(circuit=circuits())
 def test_there_and_back_through_qiskit(circuit):
     pytest.importorskip("qiskit")
@@ -159,19 +131,7 @@ def test_there_and_back_through_qiskit(circuit):
         assert [image[0] + image[:0:-1] for image in images] == labels
 
 
-@given(circuit=circuits())
-def test_there_and_back_through_stim(circuit):
-    pytest.importorskip("stim")
-    there = circuit.to_stim()
-    assert there.num_qubits == circuit.n
-    assert same_operator(Circuit.from_stim(there), circuit)
-    assert CliffordTableau.from_stim(there.to_tableau()) == CliffordTableau.from_circuit(circuit)
-
-
-def test_what_other_packages_have_and_we_do_not():
-    pytest.importorskip("stim")
-    with pytest.raises(errors.NotCliffordError, match=r"RZ\(0.3\)"):
-        Circuit(1, [Gate.rz(0, 0.3)]).to_stim()
+def test_sums_of_symbols_for_qiskit():
     pytest.importorskip("qiskit")
     symbolic = Circuit(1, [Gate.rz(0, Parameter("a") + 1.0)]).to_qiskit()
     assert [p.name for p in symbolic.parameters] == ["a"]

@@ -14,7 +14,10 @@ from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Gate
 def test_against_stim(circuit, data):
     stim = pytest.importorskip("stim")
     ours = CliffordTableau.from_circuit(circuit)
-    theirs = circuit.to_stim().to_tableau()
+    there = circuit.to_stim()
+    assert there.num_qubits == circuit.n
+    assert CliffordTableau.from_circuit(Circuit.from_stim(there)) == ours
+    theirs = there.to_tableau()
     assert ours.to_stim() == theirs
     assert CliffordTableau.from_stim(theirs) == ours
     assert ours.inverse().to_stim() == theirs.inverse()

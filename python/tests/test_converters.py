@@ -9,11 +9,13 @@ from hypothesis import given
 from support import same_up_to_phase, unitary
 from test_instructions import dynamic_circuits, per_wire
 
+import zeltbraidwerk as zb
 from zeltbraidwerk import (
     Barrier,
     Circuit,
     CliffordTableau,
     Conditional,
+    Device,
     Gate,
     Measure,
     Register,
@@ -30,11 +32,6 @@ def refused(error, match, read, *arguments):
 
 
 # --- Qiskit -------------------------------------------------------------------------------------
-
-
-@pytest.fixture
-def qiskit():
-    return pytest.importorskip("qiskit")
 
 
 def theirs(circuit):
@@ -156,14 +153,63 @@ def test_classical_bits_of_qiskit(qiskit):
 
 
 def test_symbols_of_qiskit(qiskit):
-    a = qiskit.circuit.Parameter("a")
-    circuit = qiskit.QuantumCircuit(1)
-    circuit.rx(a, 0)
-    assert Circuit.from_qiskit(circuit) == Circuit(1, [Gate.rx(0, "a")])
-    bound = circuit.assign_parameters({a: 0.5})
-    assert Circuit.from_qiskit(bound) == Circuit(1, [Gate.rx(0, 0.5)])
-    circuit.rz(2 * a, 0)
-    refused(errors.AngleError, r"instruction 1: got the angle 2\*a", Circuit.from_qiskit, circuit)
+    """The caller's own Parameters come back, with every gate that is taken apart."""
+    a, v = qiskit.circuit.Parameter("$a$"), qiskit.circuit.ParameterVector("v", 2)
+    circuit = qiskit.QuantumCircuit(2)
+    circuit.rz(2 * a + 0.1234567891, 0)
+    circuit.crz(v[1], 0, 1)
+    circuit.cu(a, -v[0], v[1] / 3, 0.2, 0, 1)
+    circuit.cp((a - v[0]) / 2, 1, 0)
+    circuit.crx(a, 0, 1)
+    circuit.rxx(a, 0, 1)
+    circuit.ry(a - a + 0.5, 0)
+    read = Circuit.from_qiskit(circuit)
+    assert read[0] == Gate.rz(0, "2*$a$ + 0.1234567891")
+    assert read.symbols == ("$a$", "v[0]", "v[1]")
+    written = read.to_qiskit()
+    assert set(written.parameters) == {a, *v}
+    values = {a: 0.7, v: [0.3, -1.1]}
+    wanted = qiskit.quantum_info.Operator(circuit.assign_parameters(values))
+    assert wanted.equiv(written.assign_parameters(values))
+    assert wanted.equiv(read.bind({a: 0.7, v[0]: 0.3, "v[1]": -1.1}).to_qiskit())
+    other = qiskit.circuit.Parameter("$a$")
+    refused(errors.AngleError, "another Parameter of the name", read.bind, {other: 1})
+    both = read + Circuit(2, [Gate.rz(0, other)])
+    refused(errors.AngleError, "two symbols of the name", both.to_qiskit)
+    for angle in (a * v[0], a.sin(), a**2):
+        wrong = circuit.copy()
+        wrong.rz(angle, 0)
+        refused(errors.AngleError, r"instruction 7: angle: got .*a\$", Circuit.from_qiskit, wrong)
+
+
+def test_symbols_through_every_family(qiskit):
+    """QAOA with two gates per edge: merged as linear forms, and still the caller's Parameters."""
+    gamma, beta = qiskit.circuit.ParameterVector("g", 2), qiskit.circuit.Parameter("beta")
+    circuit = qiskit.QuantumCircuit(4)
+    for layer in range(2):
+        for k in range(4):
+            for angle in (2 * gamma[layer], beta / 3 - 0.1234567891):
+                circuit.rzz(angle, k, (k + 1) % 4)
+        circuit.rx(2 * beta, range(4))
+    values = {gamma[0]: 0.3, gamma[1]: -1.7, beta: 0.9}
+    wanted = qiskit.quantum_info.Operator(circuit.assign_parameters(values))
+    rotations = zb.routing.normalize(circuit).rotations
+    line = Device.line(4)
+    for found in (
+        zb.optimize(circuit, seed=1), zb.optimize(circuit, device=line, seed=1, steps=2000),
+        zb.optimize(circuit, device=line, router="qiskit", seed=1, steps=2000),
+        zb.routing.route(circuit, line, steps=2000),
+        zb.pauli.synthesize(rotations, seed=1, steps=2000),
+    ):  # fmt: skip
+        assert found.verify()
+        assert len([gate for gate in found.circuit.gates if gate.params]) <= 24
+        written = found.circuit.to_qiskit()
+        assert set(written.parameters) == set(values)
+        back = Circuit.from_qiskit(written.assign_parameters(values))
+        inside = [found.placement.index(q) for q in range(4)]
+        assert wanted.equiv(back.placed(inside, 4).to_qiskit())
+    assert zb.routing.normalize(circuit, repeat=True).verify()
+    assert zb.routing.route(circuit, line, tail="return").verify()
 
 
 def test_what_qiskit_has_and_we_do_not(qiskit):
@@ -205,11 +251,6 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
 
 
 # --- pytket -------------------------------------------------------------------------------------
-
-
-@pytest.fixture
-def tket():
-    return pytest.importorskip("pytket.circuit")
 
 
 def test_whatever_pytket_takes_apart(tket):
@@ -302,12 +343,25 @@ def _rounded(wires):
 
 def test_symbols_of_pytket(tket):
     sympy = pytest.importorskip("sympy")
-    x = sympy.Symbol("x")
-    circuit = tket.Circuit(1).Rz(x / sympy.pi, 0)
-    assert Circuit.from_pytket(circuit) == Circuit(1, [Gate.rz(0, "x")])
-    assert Circuit.from_pytket(Circuit(1, [Gate.rz(0, "x")]).to_pytket())[0] == Gate.rz(0, "x")
-    circuit.Rz(2 * x, 0)
-    refused(errors.AngleError, "command 1: got the angle", Circuit.from_pytket, circuit)
+    x, y = sympy.symbols("x y", real=True)
+    circuit = tket.Circuit(2).Rz(x / sympy.pi, 0).Rx(2 * x - y / 3 + 0.25, 1).ZZPhase(-2 * y, 0, 1)
+    circuit.add_gate(tket.OpType.CRz, [x], [0, 1]).ZZPhase(y, 0, 1).H(0).ZZPhase(0.25 * y, 0, 1)
+    read = Circuit.from_pytket(circuit)
+    assert read[0] == Gate.rz(0, "x")
+    assert read[1].params[0].coefficients["x"] == 2 * math.pi
+    assert read[1].params[0].constant == 0.25 * math.pi
+    shorter = zb.optimize(read, seed=1)
+    assert shorter.verify()
+    assert shorter.count < read.two_qubit_count
+    values = {"x": 0.3, "y": -1.7}
+    circuit.symbol_substitution({symbol: values[symbol.name] for symbol in circuit.free_symbols()})
+    for symbolic in (read, shorter.circuit):
+        written = symbolic.to_pytket()
+        written.symbol_substitution({s: values[s.name] for s in written.free_symbols()})
+        for numbers in (Circuit.from_pytket(written), symbolic.bind(values)):
+            assert zb.optimize(Circuit.from_pytket(circuit) + numbers.inverse(), seed=1).count == 0
+    circuit.Rz(x * y, 0)
+    refused(errors.AngleError, "command 7: angle: got", Circuit.from_pytket, circuit)
 
 
 def test_what_pytket_has_and_we_do_not(tket):
@@ -321,11 +375,6 @@ def test_what_pytket_has_and_we_do_not(tket):
 # --- Stim ---------------------------------------------------------------------------------------
 
 
-@pytest.fixture
-def stim():
-    return pytest.importorskip("stim")
-
-
 def test_all_unitary_gates_of_stim(stim):
     for name, data in stim.gate_data().items():
         if not data.is_unitary or name.startswith("SPP"):
@@ -337,51 +386,25 @@ def test_all_unitary_gates_of_stim(stim):
         assert found.to_stim() == circuit.to_tableau(), name
     nothing = stim.Circuit("REPEAT 1000000000000 {\nREPEAT 1000000000000 {\nTICK\n}\n}")
     assert Circuit.from_stim(nothing) == Circuit(0)
-    products = stim.Circuit("""
-        SPP X0*!Y2*Z1 !X1
-        SPP_DAG !X1*Z0 Y2
-        REPEAT 3 {
-            C_XYZ 1
-            SPP X0*Y0*Z0*Z1*Y0*Z0*X0
-        }
-    """)
+    products = stim.Circuit(
+        "SPP X0*!Y2*Z1 !X1\nSPP_DAG !X1*Z0 Y2\nREPEAT 3 {\nC_XYZ 1\nSPP X0*Y0*Z0*Z1*Y0*Z0*X0\n}"
+    )
     found = CliffordTableau.from_circuit(Circuit.from_stim(products))
     assert found.to_stim() == products.to_tableau()
 
 
+# Lines of Stim's are parted by semicolons.
 MEASURED = """
-    H 0
-    CX 0 1
-    M !0 1
-    MX 2
-    MY !2
-    MR !0
-    MRX !1
-    MRY 2
-    R 0
-    RX 1
-    RY 2
-    TICK
-    MPP X0*Y1*!Z2 !Z0 X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2
-    MXX 0 !1
-    MYY !1 2
-    MZZ 0 2
-    CX rec[-1] 1
-    REPEAT 2 {
-        CZ 2 rec[-2]
-        XCZ 0 rec[-3]
-        YCZ 0 rec[-1]
-        M 1
-    }
-    CY rec[-4] 2
-    QUBIT_COORDS(1, 2) 0
-    SHIFT_COORDS(3)
+    H 0; CX 0 1; M !0 1; MX 2; MY !2; MR !0; MRX !1; MRY 2; R 0; RX 1; RY 2; TICK
+    MPP X0*Y1*!Z2 !Z0 Z0*X2*Z2*!X2*Z2; MXX 0 !1; MYY !1 2; MZZ 0 2; CX rec[-1] 1
+    REPEAT 2 {; CZ 2 rec[-2]; XCZ 0 rec[-3]; YCZ 0 rec[-1]; M 1; }
+    CY rec[-4] 2; QUBIT_COORDS(1, 2) 0; SHIFT_COORDS(3)
 """
 
 
 def test_measurements_of_stim(stim):
     """Flows tell what becomes of every Pauli operator, which records it takes, and its sign."""
-    circuit = stim.Circuit(MEASURED.replace("X1*Z1*Y1*Z0*Z1*X1*Y1*X2*Y2", "Z0*X2*Z2*!X2*Z2"))
+    circuit = stim.Circuit(MEASURED.replace(";", "\n"))
     found = Circuit.from_stim(circuit)
     assert found.classical == (Register("rec", circuit.num_measurements),)
     assert {str(f) for f in found.to_stim().flow_generators()} == {

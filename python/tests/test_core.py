@@ -52,9 +52,7 @@ def test_products_of_odd_shapes(shape):
 
 
 INVERSE_CIRCUITS = {
-    "gauss": core.GaussianElimination,
     "pmh": lambda n, m: core.PMH_Algorithm(n, m, 2),
-    "best pmh": core.optimized_PMH_Algorithm,
     "pairs": lambda n, m: core.GreedyGaussianElimination_faster(n, m)[0],
     "blocks": core.divide_and_conquer_synthesis,
 }

@@ -27,13 +27,10 @@ def given(tmp_path, monkeypatch, capsys):
 @pytest.mark.parametrize(
     ("content", "complaint"),
     [
-        (b"", "is empty"),
         (b"\n  \n", "is empty"),
-        (b"101\n01\n111\n", "line 2: 2 digits, but line 1 has 3"),
         (b"\n10\n011\n", "line 3: 3 digits, but line 2 has 2"),
         (b"101\n011\n", "2 rows of 3 digits are not a square matrix"),
         (b"10\n0x\n", "line 2: 'x' is neither 0 nor 1"),
-        (b"12\n01\n", "line 1: '2' is neither 0 nor 1"),
         (b"110\n011\n101\n", "singular, of rank 2 instead of 3"),
         (b"\xff\xfe\n", "is not a text of 0 and 1"),
         (None, "cannot read"),

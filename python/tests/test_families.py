@@ -4,7 +4,7 @@ import time
 
 import numpy as np
 import pytest
-from support import replaced
+from support import replaced, spoilt
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import Circuit, Gate, gallery
@@ -88,20 +88,7 @@ def test_a_budget_ends_the_search_and_progress_shows_the_best(synthesize, method
 def test_a_result_tells_a_wrong_circuit_and_cannot_be_changed(synthesize):
     result = synthesize(method="search", seed=1, steps=0)
     assert result.verify()
-    gates = list(result.circuit)
-    broken = []
-    for k in (0, -1):
-        at = [k for k, gate in enumerate(gates) if isinstance(gate, tuple) or gate.name == "CNOT"][
-            k
-        ]
-        other = (
-            gates[at][::-1]
-            if isinstance(gates[at], tuple)
-            else zb.Gate("CNOT", gates[at].qubits[::-1])
-        )
-        broken.append([*gates[:at], other, *gates[at + 1 :]])
-    for wrong in broken:
-        circuit = type(result.circuit)(result.circuit.n, wrong)
+    for circuit in spoilt(result.circuit, only_turned=True):
         assert not replaced(result, circuit=circuit).verify()
     with pytest.raises(AttributeError):
         result.circuit = None

@@ -54,17 +54,11 @@ def test_controlled_rotations_never_turn_the_first_qubit():
     assert len(gallery.controlled_rotations(1)) == len(gallery.controlled_rotations(0)) == 0
 
 
-@pytest.mark.parametrize(
-    ("entangler", "n", "pairs"),
-    [
-        ("linear", 4, [(0, 1), (1, 2), (2, 3)]),
-        ("ring", 4, [(0, 1), (1, 2), (2, 3), (3, 0)]),
-        ("full", 4, [(0, 1), (0, 2), (0, 3), (1, 2), (1, 3), (2, 3)]),
-        ("ring", 2, [(0, 1)]),
-        ("ring", 1, []),
-        ("linear", 0, []),
-    ],
-)
+@pytest.mark.parametrize(("entangler", "n", "pairs"), [
+    ("linear", 4, [(0, 1), (1, 2), (2, 3)]), ("ring", 4, [(0, 1), (1, 2), (2, 3), (3, 0)]),
+    ("full", 4, [(0, 1), (0, 2), (0, 3), (1, 2), (1, 3), (2, 3)]), ("ring", 2, [(0, 1)]),
+    ("ring", 1, []), ("linear", 0, []),
+])  # fmt: skip
 def test_hardware_efficient_ansatz(entangler, n, pairs):
     numbers = gallery.hardware_efficient(n, 2, entangler=entangler, seed=3)
     symbols = gallery.hardware_efficient(n, 2, entangler=entangler, symbolic=True)

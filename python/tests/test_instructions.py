@@ -9,21 +9,17 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 from zeltbraidwerk import (
-    Barrier,
     Circuit,
     CliffordTableau,
     CnotCircuit,
-    Conditional,
     Device,
     Gate,
-    Measure,
-    Register,
-    Reset,
     clifford,
     errors,
     phase,
     routing,
 )
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 X, CNOT = Gate("X", 0), Gate.cnot(0, 1)
 
@@ -162,22 +158,12 @@ MIDDLE = Circuit(2, [Measure(1, 0, where="line 17"), CNOT])
 ENDING = Circuit(2, [CNOT, Measure(1, 0)])
 
 
-@pytest.mark.parametrize(
-    "call",
-    [
-        Circuit.to_core,
-        Circuit.inverse,
-        Circuit.to_cnot_circuit,
-        CliffordTableau.from_circuit,
-        CliffordTableau(2).apply,
-        clifford.synthesize,
-        clifford.synthesize_state,
-        phase.polynomial_of,
-        routing.normalize,
-        routing.route_ions,
-        lambda circuit: CnotCircuit.from_qasm(circuit.to_qasm(), reader="own"),
-    ],
-)
+@pytest.mark.parametrize("call", [
+    Circuit.to_core, Circuit.inverse, Circuit.to_cnot_circuit, CliffordTableau.from_circuit,
+    CliffordTableau(2).apply, clifford.synthesize, clifford.synthesize_state, phase.polynomial_of,
+    routing.normalize, routing.route_ions,
+    lambda circuit: CnotCircuit.from_qasm(circuit.to_qasm(), reader="own"),
+])  # fmt: skip
 def test_where_gates_alone_are_wanted(call):
     middle = r"got a measurement of qubit 1 in the middle \(line \d+\), wanted gates alone$"
     with pytest.raises(errors.NotUnitaryError, match=middle):

@@ -2,17 +2,19 @@
 
 import math
 from dataclasses import replace
+from pathlib import Path
 
 import numpy as np
 import pytest
-from support import same_up_to_phase, unitary
+from support import gate_matrix, same_up_to_phase, unitary
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import Circuit, Device, Gate, _placement, errors
+from zeltbraidwerk import Circuit, Device, Gate, _core, errors
 from zeltbraidwerk._optimize import CircuitCounts
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset
 
 PI = math.pi
+BENCH = Path(__file__).parents[2] / "bench" / "circuits"
 TOFFOLIS = "qreg q[4]; ccx q[0],q[1],q[2]; ccx q[1],q[2],q[3]; ccx q[0],q[1],q[2];"
 
 
@@ -92,17 +94,11 @@ def test_what_stands_between_gates_keeps_its_place():
     assert free.verify()
 
 
-@pytest.mark.parametrize(
-    "gates",
-    [
-        [Measure(0, 0), Gate("X", 0), Gate("X", 0)],
-        [Gate.h(0), Barrier((0,)), Gate.h(0), Gate.h(0)],
-        [Reset(0), *cnot((0, 1), (0, 1)), Measure(1, 0)],
-        [Measure(0, 0), Conditional(Gate("X", 1), 0)],
-        [Barrier((0, 1)), Measure(0, 0)],
-        [],
-    ],
-)
+@pytest.mark.parametrize("gates", [
+    [Measure(0, 0), Gate("X", 0), Gate("X", 0)], [Gate.h(0), Barrier((0,)), Gate.h(0), Gate.h(0)],
+    [Reset(0), *cnot((0, 1), (0, 1)), Measure(1, 0)], [],
+    [Measure(0, 0), Conditional(Gate("X", 1), 0)], [Barrier((0, 1)), Measure(0, 0)],
+])  # fmt: skip
 def test_a_piece_may_vanish(gates):
     source = Circuit(2, gates)
     for permutation in ("exact", "free"):
@@ -136,6 +132,124 @@ def test_objectives():
     for result in (by_numbers, by_t, exact):
         assert result.verify()
         assert same_up_to_phase(unitary(source), unitary(result.circuit))
+
+
+def test_three_qubits_take_at_most_19_gates():
+    source = zb.gallery.hardware_efficient(3, 12)
+    result = zb.optimize(source, seed=1, steps=2000)
+    assert (result.before.two_qubit, result.count) == (24, 19)
+    assert result.verify()
+    assert same_up_to_phase(unitary(source), unitary(result.circuit))
+    # Not all pairs of a line are edges, so its windows are on two qubits.
+    assert zb.optimize(source, device=zb.Device.line(3), seed=1, steps=2000).verify()
+
+
+def test_depth_is_never_above_that_by_count_and_has_a_front():
+    source = Circuit.of(TOFFOLIS + "h q[0]; ccx q[3],q[0],q[1];" + TOFFOLIS[11:])
+    options = {"seed": 3, "steps": 3000}
+    by_count = zb.optimize(source, **options)
+    for device in (None, Device.all_to_all(4)):
+        result = zb.optimize(source, objective="depth", device=device, **options)
+        assert result.depth <= by_count.depth
+        sizes = [(each.depth, each.count) for each in result.front]
+        assert sizes[0] == (result.depth, result.count)
+        assert sizes == sorted(set(sizes))
+        assert len({count for _, count in sizes}) == len(sizes)
+        assert all(each.verify() and each.source == source for each in result.front)
+    assert by_count.front == ()
+
+
+# --- phases -------------------------------------------------------------------------------------
+
+ANGLES = (PI / 2, -PI, 3 * PI, PI / 4, 9 * PI / 4, 0.3, -2.9)
+
+
+def any_circuit(n, length, seed):
+    rng = np.random.default_rng(seed)
+    names = ["S", "D-S", "X", "Y", "Z", "H", "PH", "RX", "RY", "RZ", "CNOT", "CSIGN"]
+    gates = []
+    for _ in range(length):
+        name, (a, b) = names[rng.integers(12)], rng.choice(n, 2, replace=False)
+        angle = [ANGLES[rng.integers(len(ANGLES))]] if name in ("PH", "RX", "RY", "RZ") else []
+        gates.append(Gate(name, (a, b) if name in ("CNOT", "CSIGN") else a, angle))
+    return Circuit(n, gates)
+
+
+def acted(circuit, seed=1):
+    """What the gates alone make of a random state, with the phases that they have elsewhere."""
+    rng = np.random.default_rng(seed)
+    state = rng.normal(size=2**circuit.n).reshape((2,) * circuit.n).astype(complex)
+    for gate in circuit.gates:
+        if gate.name == "PH":
+            state = np.exp(0.5j * float(gate.params[0])) * state
+        k, wires = len(gate.qubits), list(gate.qubits)
+        small = gate_matrix(Gate(gate.name, range(k), gate.params), k).reshape((2,) * (2 * k))
+        state = np.tensordot(small, state, axes=(range(k, 2 * k), wires))
+        state = np.moveaxis(state, range(k), wires)
+    return state
+
+
+def test_phases_are_those_of_another_package():
+    quantum_info = pytest.importorskip("qiskit.quantum_info")
+    source = any_circuit(3, 60, 1)
+    theirs = quantum_info.Operator(source.to_qiskit().reverse_bits()).data
+    assert np.allclose(acted(source).ravel(), theirs @ acted(Circuit(3)).ravel())
+
+
+@pytest.mark.parametrize("n", [2, 3, 5, 8])
+@pytest.mark.parametrize("exact", [True, False])
+def test_global_phases(n, exact):
+    """On any wires of a device, and with outputs on any wires."""
+    swap = Circuit(n, cnot((0, 1), (1, 0), (0, 1)))
+    for source in (any_circuit(n, 12 * n, n), generic(n, 2 * n, 1), Circuit(n, [Gate("S", 0)])):
+        for device in (None, Device.line(n)):
+            options = {"seed": 1, "steps": 500, "exact": exact, "device": device}
+            kept = zb.optimize(source, **options)
+            wanted = acted(source.placed(kept.placement[:n], n))
+            assert np.allclose(wanted, np.exp(1j * kept.global_phase) * acted(kept.circuit))
+            free = zb.optimize(source + swap, permutation="free", **options)
+            places = list(free.placement)
+            wanted = acted((source + swap).placed(places, n))
+            ends = [places[wire] for wire in free.permutation]
+            moved = np.moveaxis(wanted, places, ends)
+            assert np.allclose(moved, np.exp(1j * free.global_phase) * acted(free.circuit))
+
+
+def test_phases_of_pieces_and_symbols():
+    turns = [Gate("S", 0), Gate("X", 1), Gate.rz(1, PI), Gate("PH", 0, 1.5)]
+    source = Circuit(2, [*turns, Barrier((0, 1)), Gate.rz(1, "a"), *turns, Measure(0, 0)])
+    result = zb.optimize(source, seed=1, steps=100)
+    bound = [
+        Circuit(2, [g if not (g.params and g.params[0].is_symbolic) else Gate.rz(1, 0.7)
+                    for g in each.gates])
+        for each in (source, result.circuit)
+    ]  # fmt: skip
+    assert np.allclose(acted(bound[0]), np.exp(1j * result.global_phase) * acted(bound[1]))
+    assert zb.optimize(Circuit(1, [Gate("PH", 0, "a")]), seed=1).global_phase is None
+
+
+# --- gates on one qubit -------------------------------------------------------------------------
+
+
+def test_clifford_gates_on_one_qubit_are_few():
+    """H gates around CNOTs turn these; S and X gates go to the end, rotations to their fronts."""
+    h, s = Gate.h, Gate.s
+    for gates, most in (
+        ([h(0), h(1), *cnot((0, 1)), h(0), h(1)], 0),
+        ([s(0), Gate("X", 0), *cnot((0, 1), (2, 0)), Gate("D-S", 0), Gate("X", 0)], 3),
+        ([h(0), s(0), h(0), Gate("RZ", 0, 0.3), h(0), Gate("D-S", 0), h(0), *cnot((0, 1))], 1),
+    ):
+        source = Circuit(3, gates)
+        result = zb.optimize(source, seed=1, steps=200)
+        assert result.verify()
+        assert result.after.one_qubit <= most, result.circuit
+
+
+@pytest.mark.parametrize("name", ["hwb6", "barenco_tof_4", "mod5_4", "qft_4"])
+def test_gates_on_one_qubit_never_become_more(name):
+    result = zb.optimize(BENCH / f"{name}.qasm", seed=1, steps=20_000)
+    assert result.count < result.before.two_qubit
+    assert result.after.one_qubit <= result.before.one_qubit
 
 
 # --- verification -------------------------------------------------------------------------------
@@ -193,22 +307,19 @@ def test_verification_refuses_a_log_that_was_changed():
         assert not replace(result, _stages=(tuple(other),)).verify()
 
 
-@pytest.mark.parametrize(
-    ("edges", "gates", "left"),
-    [
-        # Other qubits are connected better.
-        ([(0, 1), (1, 2), (2, 3), (3, 4), (4, 5), (5, 3), (4, 2)], cnot((0, 1), (1, 2), (1, 2)), 1),
-        # Its qubits alone are not connected.
-        ([(0, 1), (1, 3), (3, 2)], [*cnot((0, 1)), Gate.rz(2, 0.3)], 1),
-    ],
-)
-def test_circuits_that_fit_keep_their_qubits(edges, gates, left):
+@pytest.mark.parametrize(("edges", "gates"), [
+    # Other qubits are connected better.
+    ([(0, 1), (1, 2), (2, 3), (3, 4), (4, 5), (5, 3), (4, 2)], cnot((0, 1), (1, 2), (1, 2))),
+    # Its qubits alone are not connected.
+    ([(0, 1), (1, 3), (3, 2)], [*cnot((0, 1)), Gate.rz(2, 0.3)]),
+])  # fmt: skip
+def test_circuits_that_fit_keep_their_qubits(edges, gates):
     device = Device(1 + max(map(max, edges)), edges)
     result = zb.optimize(Circuit(3, gates), device=device, seed=1, steps=500)
     assert result.verify()
     assert result.placement[:3] == (0, 1, 2)
     assert result.circuit.n == device.n
-    assert result.count == left
+    assert result.count == 1
 
 
 @pytest.mark.parametrize(
@@ -241,24 +352,6 @@ def test_circuits_that_do_not_fit_are_routed(router, placement):
     assert same_up_to_phase(unitary(wanted), unitary(Circuit(5, result.circuit.gates)))
 
 
-def test_no_single_move_makes_a_placement_better():
-    circuit = Circuit(
-        4, [Gate.cnot(a, b) for a, b in [(0, 1)] * 5 + [(1, 2)] * 3 + [(0, 3), (2, 3)]]
-    )
-    distances = _placement._distances(Device.grid(2, 3))
-
-    def cost(place):
-        return sum(distances[place[a], place[b]] for a, b in [g.qubits for g in circuit])
-
-    for place in _placement.placements(circuit, Device.grid(2, 3), 8, 1):
-        assert len(set(place)) == 4
-        for q in range(4):
-            for target in range(6):
-                moved = [place[q] if p == target else p for p in place]
-                moved[q] = target
-                assert cost(moved) >= cost(place), (place, q, target)
-
-
 # --- ends ---------------------------------------------------------------------------------------
 
 
@@ -274,6 +367,46 @@ def test_ctrl_c_leaves_a_whole_circuit(ctrl_c):
     assert best.count < best.before.two_qubit
     assert best.circuit.operations[-len(piece) :] == tuple(piece)
     assert best.verify()
+
+
+@pytest.mark.parametrize("moment", ["first", "second", "routed"])
+def test_ctrl_c_in_the_library_leaves_what_there_is(monkeypatch, moment):
+    """A call of the compiled part ends without a circuit."""
+    piece = list(Circuit.of(TOFFOLIS))
+    source = Circuit(4, [*piece, Barrier((0,)), *piece])
+    calls = []
+    kernel = _core._optimize_circuit
+
+    def stopped(*given, **options):
+        calls.append(1)
+        if len(calls) == (2 if moment == "second" else 1):
+            raise KeyboardInterrupt
+        return kernel(*given, **options)
+
+    monkeypatch.setattr(_core, "_optimize_circuit", stopped)
+    device = Device.line(4) if moment == "routed" else None
+    with pytest.raises(errors.Interrupted) as caught:
+        zb.optimize(source, seed=1, steps=500, device=device)
+    best = caught.value.best
+    if moment == "routed":
+        assert best is None
+        return
+    assert best.verify()
+    assert (best.circuit == source) == (moment == "first")
+    assert best.circuit.operations[-len(piece) :] == tuple(piece)
+
+
+@pytest.mark.parametrize("objective", ["count", "depth"])
+def test_progress_adds_up_pieces(objective):
+    piece = list(Circuit.of(TOFFOLIS))
+    source = Circuit(4, [*piece, Barrier((0, 1, 2, 3)), *piece])
+    told = []
+    result = zb.optimize(source, seed=1, steps=2000, progress=told.append, objective=objective)
+    wanted = result.count if objective == "count" else result.depth
+    assert list(told) == sorted(set(told), reverse=True)
+    assert told[-1] == wanted
+    assert told[0] > told[-1] + 3
+    assert told[-1].count == result.count
 
 
 def test_several_pieces_share_the_budget_and_the_seed():

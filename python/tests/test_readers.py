@@ -11,19 +11,9 @@ from hypothesis import strategies as st
 from qasm_files import FILES, HEAD
 from support import same_up_to_phase, unitary
 
-from zeltbraidwerk import (
-    Barrier,
-    Circuit,
-    CnotCircuit,
-    Conditional,
-    Gate,
-    Measure,
-    Register,
-    Reset,
-    _validate,
-    errors,
-)
+from zeltbraidwerk import Circuit, CnotCircuit, Gate, _validate, errors
 from zeltbraidwerk._header import table
+from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 # --- OpenQASM 2 ---------------------------------------------------------------------------------
 

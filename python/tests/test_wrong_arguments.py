@@ -30,57 +30,32 @@ class Unprintable:
 
 
 WRONG = {
-    "None": lambda: None,
-    "bool": lambda: True,
-    "negative": lambda: -1,
-    "huge": lambda: 10**30,
-    "many digits": lambda: 10**5000,
-    "fraction": lambda: 0.5,
-    "nan": lambda: math.nan,
-    "inf": lambda: math.inf,
-    "complex": lambda: 1j,
-    "no text": lambda: "",
-    "text": lambda: "abc",
-    "bytes": lambda: b"x",
-    "object": object,
-    "unprintable": Unprintable,
-    "empty list": list,
-    "empty tuple": tuple,
-    "empty mapping": dict,
-    "mapping": lambda: {"a": "b"},
-    "set": lambda: {1},
-    "ragged": lambda: [[1], [1, 2]],
-    "nested": lambda: [[[[1]]]],
-    "list of None": lambda: [None, None],
-    "list of text": lambda: ["ab", "c"],
-    "list of huge": lambda: [10**30, -1],
-    "pair of huge": lambda: [(0, 10**30)],
+    "None": lambda: None, "bool": lambda: True, "negative": lambda: -1, "huge": lambda: 10**30,
+    "many digits": lambda: 10**5000, "fraction": lambda: 0.5, "nan": lambda: math.nan,
+    "inf": lambda: math.inf, "complex": lambda: 1j, "no text": lambda: "", "text": lambda: "abc",
+    "bytes": lambda: b"x", "object": object, "unprintable": Unprintable, "empty list": list,
+    "empty tuple": tuple, "empty mapping": dict, "mapping": lambda: {"a": "b"},
+    "set": lambda: {1}, "ragged": lambda: [[1], [1, 2]], "nested": lambda: [[[[1]]]],
+    "list of None": lambda: [None, None], "list of text": lambda: ["ab", "c"],
+    "list of huge": lambda: [10**30, -1], "pair of huge": lambda: [(0, 10**30)],
     "three dimensions": lambda: np.ones((2, 2, 2), dtype=int),
     "array of float": lambda: np.array([[0.5, math.nan]]),
     "array of text": lambda: np.array(["a", "b"]),
     "array of object": lambda: np.array([[1, None], [None, object()]]),
     "array of one": lambda: np.array(0),
     "masked": lambda: np.ma.array([[1, 0], [0, 1]], mask=[[1, 0], [0, 0]]),
-    "generator": lambda: (each for each in (1, "a")),
-    "function": lambda: lambda *_: None,
-    "directory": lambda: Path("/"),
-    "directory as text": lambda: "/",
-    "class": lambda: int,
+    "generator": lambda: (each for each in (1, "a")), "function": lambda: lambda *_: None,
+    "directory": lambda: Path("/"), "directory as text": lambda: "/", "class": lambda: int,
     "module": lambda: math,
-}
+}  # fmt: skip
 
 # What belongs to a class when one of its methods is called, and of the fields of a dataclass.
 INSTANCES = {
-    "Barrier": lambda: zb.Barrier((0, 1)),
-    "Circuit": CNOTS.to_circuit,
-    "Conditional": lambda: zb.Conditional(Gate.h(0), 0),
-    "Measure": lambda: zb.Measure(0, 0),
-    "Register": lambda: zb.Register("c", 1),
-    "Reset": lambda: zb.Reset(0),
-    "CliffordTableau": lambda: CliffordTableau(2),
-    "CnotCircuit": lambda: CNOTS,
-    "Device": lambda: Device.line(3),
-    "Gate": lambda: Gate.h(0),
+    "Barrier": lambda: zb.Barrier((0, 1)), "Circuit": CNOTS.to_circuit,
+    "Conditional": lambda: zb.Conditional(Gate.h(0), 0), "Measure": lambda: zb.Measure(0, 0),
+    "Register": lambda: zb.Register("c", 1), "Reset": lambda: zb.Reset(0),
+    "CliffordTableau": lambda: CliffordTableau(2), "CnotCircuit": lambda: CNOTS,
+    "Device": lambda: Device.line(3), "Gate": lambda: Gate.h(0),
     "Parameter": lambda: zb.Parameter(0.5),
     "LinearSynthesis": lambda: zb.linear.synthesize(MATRIX, **QUICK),
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),
@@ -92,7 +67,7 @@ INSTANCES = {
     "Readout": lambda: zb.pauli.synthesize({"XX": 0.5}, **QUICK).readout(["ZZ"]),
     "NormalForm": lambda: zb.routing.normalize(BELL),
     "Routing": lambda: zb.routing.route(BELL, Device.line(2)),
-}
+}  # fmt: skip
 
 # Arguments that work, by the name of the parameter: of every callable that has not its own below.
 VALUES = {
@@ -112,7 +87,7 @@ VALUES = {
 # none that works.
 ARGUMENTS = {
     "from_networkx": [], "from_pytket": [], "from_qiskit": [], "from_rustworkx": [],
-    "from_stim": [], "best_over_time": [],
+    "from_stim": [], "from_json": [], "best_over_time": [], "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
     "linear.synthesize": [
@@ -127,9 +102,13 @@ ARGUMENTS = {
     "Circuit.from_core": [{"gates": BELL.to_core()}],
     "Circuit.of": [{"source": BELL}],
     "Circuit.placed": [{"n": 2}],
+    "CliffordTableau.from_images": [{"xs": ["+X"], "zs": ["-Z"]}],
     "Device.of": [{"source": "tokyo"}],
     "Gate": [{"name": "RZ", "qubits": 0, "params": 0.5}, {"name": "CNOT", "qubits": (0, 1)}],
     "Gate.from_core": [{"gate": core.Gate.H(0)}],
+    "Circuit.bind": [{"values": {}}],
+    "Parameter.bind": [{"values": {}}],
+    "Parameter.from_core": [{"angle": core.Parameter(0.5)}],
     "circulant": [{"polynomial": 7}],
     "hadamard": [{"polynomial": 7}],
     "hardware_efficient": [{"entangler": "ring", "seed": 1, "symbolic": True}],
@@ -260,7 +239,8 @@ def soon():
 
 
 @pytest.mark.parametrize("name", CALLABLES)
-def test_wrong_arguments_are_refused(name, soon):
+def test_wrong_arguments_are_refused(name, soon, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
     make, wanted = CALLABLES[name]
     function = make()
     if inspect.isclass(function) and hasattr(function, "__dataclass_fields__"):

@@ -1,6 +1,40 @@
-"""Synthesis of quantum circuits."""
+"""Quantum circuits with few two-qubit gates, or few layers of them.
+
+What you have, and what makes a short circuit of it:
+
+    a circuit                         zb.optimize(circuit)
+    an invertible matrix over GF(2)   zb.linear.synthesize(matrix)
+    a Clifford operator               zb.clifford.synthesize(tableau)
+    a stabilizer state                zb.clifford.synthesize_state(stabilizers)
+    a graph                           zb.graph_state.synthesize(graph)
+    parities with angles              zb.phase.synthesize(polynomial)
+    Pauli rotations                   zb.pauli.synthesize(rotations)
+    commuting Pauli strings           zb.pauli.codiagonalize(strings)
+    a circuit and a device            zb.optimize(circuit, device=device), zb.routing.route
+
+Each takes device=, objective="count" or "depth", permutation="exact" or "free", seed=, steps=,
+budget= (seconds), restarts= and jobs=, as far as they mean something there, and gives a result with
+.circuit, .count, .depth, .permutation and .verify().
+
+    zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
+    zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
+    zb.CliffordTableau     Clifford operators: images of X and Z
+    zb.from_json(text)     what .to_json() of circuits and results wrote
+    zb.gallery             inputs to try: matrices, rotations, graphs, circuits
+    zb.errors              the exceptions, one class per cause
+    zb.plot                pictures of searches
+    zb.core                the functions of the C++ library under their own names
+
+>>> import zeltbraidwerk as zb
+>>> result = zb.optimize("qreg q[3]; ccx q[0],q[1],q[2]; cx q[0],q[1]; ccx q[0],q[1],q[2];", seed=1)
+>>> result.before.two_qubit, result.count, result.verify()
+(13, 2, True)
+"""
+
+import sys
 
 from zeltbraidwerk import (
+    _public,
     clifford,
     core,
     errors,
@@ -13,6 +47,7 @@ from zeltbraidwerk import (
     routing,
 )
 from zeltbraidwerk._core import _version as __version__
+from zeltbraidwerk._json import from_json
 from zeltbraidwerk._optimize import optimize
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -36,6 +71,7 @@ __all__ = [
     "clifford",
     "core",
     "errors",
+    "from_json",
     "gallery",
     "graph_state",
     "linear",
@@ -45,3 +81,6 @@ __all__ = [
     "plot",
     "routing",
 ]
+
+_public.tidy(clifford, core, errors, gallery, graph_state, linear, pauli, phase, plot, routing)
+_public.tidy(sys.modules[__name__])

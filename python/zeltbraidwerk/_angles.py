@@ -1,4 +1,5 @@
-"""The arithmetic of angles in OpenQASM, without recursion, so that nesting may be of any depth."""
+"""Angles as text, of OpenQASM and with symbols, read without recursion, so that nesting may be of
+any depth."""
 
 from __future__ import annotations
 
@@ -9,17 +10,22 @@ from collections.abc import Callable, Mapping
 from typing import Any
 
 from zeltbraidwerk import errors
-from zeltbraidwerk.gates import Parameter
 
-Angle = float | Parameter
 # In postfix order: numbers, names in quotes, and operators with the number of their operands.
 Step = float | str | tuple[Callable[..., Any], int]
 Expression = tuple[Step, ...]
 
-_TOKEN = re.compile(
-    r"\s*(?:(?P<number>(?:\d+\.?\d*|\.\d+)(?:[eE][+-]?\d+)?)|(?P<name>[A-Za-z_]\w*)|(?P<sign>[-+*/^()]))",
-    re.ASCII,
-)
+# A name as in "theta" or "theta[0]", or one in dollars as in "$\\theta$".
+SYMBOL = r"[^\W\d]\w*(?:\[\d+\])*|\$[^\s$]+\$"
+
+
+def _token(name: str, flags: re.RegexFlag) -> re.Pattern[str]:
+    number = r"(?:[0-9]+\.?[0-9]*|\.[0-9]+)(?:[eE][+-]?[0-9]+)?"
+    return re.compile(rf"\s*(?:(?P<number>{number})|(?P<name>{name})|(?P<sign>[-+*/^()]))", flags)
+
+
+_TOKEN = _token(r"[A-Za-z_]\w*", re.ASCII)
+_TOKEN_WITH_SYMBOLS = _token(SYMBOL, re.NOFLAG)
 # Precedence and function. A sign binds less than a power: -2^2 is -4.
 _BINARY: dict[str, tuple[int, Callable[..., Any]]] = {
     "+": (1, operator.add), "-": (1, operator.sub), "*": (2, operator.mul),
@@ -29,19 +35,23 @@ _SIGNS: dict[str, tuple[int, Callable[..., Any]]] = {"-": (3, operator.neg), "+"
 _FUNCTIONS: dict[str, Callable[..., Any]] = {
     name: getattr(math, name) for name in ("sin", "cos", "tan", "exp", "sqrt")
 } | {"ln": math.log}
+_NOT_LINEAR = {function: f"{name} of" for name, function in _FUNCTIONS.items()} | {
+    operator.pow: "a power with"
+}
 _OPEN = (0, operator.pos)
 _NO_NUMBER = "got an angle that is not a finite number"
 
 
-def read(text: str, names: tuple[str, ...] = ()) -> Expression:
-    """The expression in postfix order; ``names`` are the symbols that it may hold besides pi.
-    Raises a ValueError without a text where it is not an expression."""
+def read(text: str, names: tuple[str, ...] | None = ()) -> Expression:
+    """The expression in postfix order; ``names`` are the symbols that it may hold besides pi, None
+    for any. Raises a ValueError without a text where it is not an expression."""
     steps: list[Step] = []
     waiting: list[tuple[int, Callable[..., Any], int]] = []  # precedence, function, operands
     place, wants_value = 0, True
+    token = _TOKEN_WITH_SYMBOLS if names is None else _TOKEN
     text = text.rstrip()
     while place < len(text):
-        match = _TOKEN.match(text, place)
+        match = token.match(text, place)
         if not match:
             raise ValueError
         place = match.end()
@@ -60,8 +70,8 @@ def read(text: str, names: tuple[str, ...] = ()) -> Expression:
             waiting.append((*_SIGNS[sign], 1))
         elif sign == "(":
             waiting.append((*_OPEN, 0))
-        elif match["name"] in _FUNCTIONS and match["name"] not in names:
-            opened = _TOKEN.match(text, place)
+        elif match["name"] in _FUNCTIONS and match["name"] not in (names or ()):
+            opened = token.match(text, place)
             if not opened or opened["sign"] != "(":
                 raise ValueError
             place = opened.end()
@@ -90,48 +100,57 @@ def _close(steps: list[Step], waiting: list[tuple[int, Callable[..., Any], int]]
         steps.append((function, operands))
 
 
-def _value(match: re.Match[str], names: tuple[str, ...]) -> Step:
+def _value(match: re.Match[str], names: tuple[str, ...] | None) -> Step:
     name = match["name"]
     if name is None:
         return float(match["number"])
-    if name in names:
+    if name in (names or ()):
         return str(name)
     if name == "pi":
         return math.pi
-    raise ValueError
+    if names is not None or name.lower() in ("nan", "inf", "infinity", "uminus"):
+        raise ValueError
+    return str(name)
 
 
-def evaluate(expression: Expression, values: Mapping[str, Angle]) -> Angle:
-    """The value: a number, or a :class:`Parameter` where there are symbols, which allows sums and
-    signs alone. Raises an AngleError."""
+def evaluate(expression: Expression, values: Mapping[str, Any]) -> Any:
+    """The value: a number, or a :class:`~zeltbraidwerk.Parameter` where there are symbols. Raises
+    an AngleError."""
     stack: list[Any] = []
     for step in expression:
         if isinstance(step, float):
             stack.append(step)
         elif isinstance(step, str):
-            stack.append(values[step])
+            stack.append(_plain(values[step]))
         else:
             function, count = step
             operands = stack[len(stack) - count :]
             del stack[len(stack) - count :]
-            stack.append(_applied(function, operands))
+            stack.append(_plain(_applied(function, operands)))
     (value,) = stack
-    if isinstance(value, Parameter):
+    if hasattr(value, "is_symbolic"):
         return value
     if isinstance(value, complex) or not math.isfinite(value):
         raise errors.AngleError(_NO_NUMBER)
     return float(value)
 
 
+def _plain(value: Any) -> Any:
+    """A Parameter without symbols as a float, whose sums are not wrapped."""
+    return value if getattr(value, "is_symbolic", True) else float(value)
+
+
 def _applied(function: Callable[..., Any], operands: list[Any]) -> Any:
-    symbols = [operand for operand in operands if isinstance(operand, Parameter)]
-    if function is operator.pos:
-        return operands[0]
-    if symbols and function is operator.sub:
-        return Parameter(operands[0]) - operands[1]
-    if symbols and function not in (operator.add, operator.neg):
-        raise errors.AngleError(f"got the symbolic angle {str(symbols[0])!r}, wanted a number")
+    if function in _NOT_LINEAR:
+        for operand in operands:
+            if hasattr(operand, "is_symbolic"):
+                raise errors.AngleError(
+                    f"got {_NOT_LINEAR[function]} the symbolic angle {operand.expression!r}, "
+                    "wanted sums of symbols times numbers"
+                )
     try:
         return function(*operands)
-    except (ArithmeticError, TypeError, ValueError):
+    except (ArithmeticError, TypeError, ValueError) as error:
+        if isinstance(error, errors.Error):
+            raise
         raise errors.AngleError(_NO_NUMBER) from None

@@ -25,7 +25,7 @@ Matrix = npt.NDArray[np.complex128]
 
 
 class Step(NamedTuple):
-    """The one or two wires of a block, the numbers of the gates that go, and the gates that come.
+    """The one to three wires of a block, the numbers of the gates that go, and the gates that come.
     With ``moves``, the last of three gates comes to stand right after the two others, which are on
     its first and on its second wire."""
 
@@ -60,13 +60,13 @@ def same_blocks(
     """Whether ``after`` is what the steps of ``log`` make of ``before``, and each of them keeps the
     operator up to a global phase.
 
-    A step replaces the gates of a block on one or two wires. Its first entry lists the wires. The
+    A step replaces the gates of a block on one to three wires. Its first entry lists the wires. The
     second lists the gates that go by their numbers, in an order in which they may act: the gates of
     ``before`` have the numbers 0, 1, ..., barriers not counted, and gates that come are numbered on
     in the order of the log. The third lists the gates that come.
 
-    Proven for each step: on each wire the gates that go are neighbours, they are joined by a gate
-    on both wires or fall apart into two blocks, and the matrices of both lists agree within 1e-9.
+    Proven for each step: on each wire the gates that go are neighbours, no other gate has to act
+    between them, and the matrices of both lists agree within 1e-9.
     At the end, the wires hold the gates of ``after`` in the same order. All else gives False, so
     does a block with symbols. RZ(a) and PH(a) have the same matrix, diag(exp(-ia/2), exp(ia/2)).
 
@@ -176,7 +176,7 @@ class _Wires:
 
     def _taken(self, wires: Sequence[int], numbers: Sequence[int]) -> list[Gate] | None:
         """The gates with these numbers, if they are neighbours in this order on each wire."""
-        if len(set(wires)) != len(wires) or not 1 <= len(wires) <= 2:
+        if len(set(wires)) != len(wires) or not 1 <= len(wires) <= 3:
             return None
         if not all(0 <= wire < self._n for wire in wires):
             return None
@@ -229,13 +229,15 @@ def _may_act_as_one(old: Sequence[Gate], new: Sequence[Gate], wires: Sequence[in
     """Whether no other gate has to act after one of the old gates and before another, so that the
     new ones may take their place.
 
-    On one wire, neighbours suffice. On two, other gates could lead from the end of the block on one
-    wire to its beginning on the other, but not past a gate of the block on both wires. Without such
-    a gate among the old and the new ones, there are two blocks on one wire each.
+    Other gates could lead from the end of the block on one wire to its beginning on another, but
+    not where the last old gate on each wire comes after the first one on each. Without gates on two
+    wires among the old and the new ones, there is one block per wire.
     """
-    if len(wires) == 1:
-        return bool(old)
-    if any(len(gate.qubits) == 2 for gate in old):
+    first_before: dict[int, set[int]] = {w: set() for w in wires}  # of the last gate on each wire
+    for gate in old:
+        union = set(gate.qubits).union(*(first_before[q] for q in gate.qubits))
+        first_before |= dict.fromkeys(gate.qubits, union)
+    if all(len(before) == len(wires) for before in first_before.values()):
         return True
     touched = {gate.qubits[0] for gate in old}
     return all(len(gate.qubits) == 1 and gate.qubits[0] in touched for gate in new)
@@ -282,12 +284,12 @@ _ONE = _LETTERS | {
 
 @lru_cache(maxsize=4096)
 def _matrix(name: str, angle: float, places: tuple[int, ...], size: int) -> Matrix:
-    """On a block of one or two wires, the first one the leading factor."""
+    """On the wires of a block, the first one the leading factor."""
     if name in ("CNOT", "CZ", "CSIGN"):
         a, b = (_on({place: _LETTERS["Z"]}, size) for place in places)
         if name == "CNOT":
             b = _on({places[1]: _LETTERS["X"]}, size)
-        return (np.eye(4) + a + b - a @ b) / 2
+        return (np.eye(2**size) + a + b - a @ b) / 2
     if name[0] == "R" or name == "XX":
         letter = _LETTERS[name[1:]]
         axis = _on(dict.fromkeys(places, letter), size)

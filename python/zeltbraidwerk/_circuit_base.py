@@ -2,23 +2,28 @@
 
 from __future__ import annotations
 
+import os
 from abc import abstractmethod
 from collections import Counter
-from collections.abc import Iterable
+from collections.abc import Iterable, Iterator
 from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
 from zeltbraidwerk import (
     _boxes,
     _draw,
+    _files,
+    _html,
     _interop_pytket,
     _interop_qasm,
+    _interop_qasm3,
     _interop_qiskit,
     _interop_stim,
     _validate,
 )
+from zeltbraidwerk._json import Stored
 from zeltbraidwerk._reading import Read
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.gates import Parameter, is_rotation, is_t
 from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
@@ -27,7 +32,7 @@ if TYPE_CHECKING:
     import stim
 
 
-class CircuitBase:
+class CircuitBase(Stored):
     """What all circuits share: counts, pictures, and conversion to and from other formats."""
 
     _n: int
@@ -66,6 +71,33 @@ class CircuitBase:
         """Number of gates on two or more qubits, an XX gate on k qubits counted once."""
         return self.gate_count - self.one_qubit_count
 
+    @cached_property
+    def _turns(self) -> tuple[int, int]:
+        """The numbers of rotations and of T gates."""
+        turns = [(name, params) for name, _, params in self._operations() if params]
+        rotations = [turn for turn in turns if is_rotation(*turn)]
+        return len(rotations), sum(is_t(*turn) for turn in rotations)
+
+    @property
+    def rotation_count(self) -> int:
+        """Number of gates that turn by an angle that is no multiple of pi/2, T gates included."""
+        return self._turns[0]
+
+    @property
+    def t_count(self) -> int:
+        """Number of T gates: rotations by an odd multiple of pi/4."""
+        return self._turns[1]
+
+    @property
+    @abstractmethod
+    def depth(self) -> int:
+        """Number of layers of gates."""
+
+    @property
+    @abstractmethod
+    def two_qubit_depth(self) -> int:
+        """Number of layers of two-qubit gates."""
+
     @abstractmethod
     def _whole(self) -> WholeCircuit:
         """As a general circuit, for writers and pictures."""
@@ -81,8 +113,29 @@ class CircuitBase:
         width = _validate.integer(width, "width", 1)
         return _draw.text(self._n, _boxes.boxes(self._whole()), width)
 
+    def save_svg(self, path: str | os.PathLike[str]) -> None:
+        """Writes a picture to a file, whole or not at all: the first 3,000 operations, and the
+        number of the others."""
+        _files.save(path, self._repr_svg_())
+
     def _repr_svg_(self) -> str:
         return _draw.svg(self._n, _boxes.boxes(self._whole()))
+
+    def _repr_html_(self) -> str:
+        return _html.page(self._repr_svg_(), self._rows())
+
+    def _rows(self) -> Iterator[tuple[str, int]]:
+        """What a notebook shows of the circuit."""
+        for name, value in self._counts().items():
+            if value or name not in ("t_count", "rotation_count", "one_qubit_count"):
+                yield name.replace("_", " "), value
+
+    def _counts(self) -> dict[str, int]:
+        names = (
+            "two_qubit_count", "two_qubit_depth", "depth", "one_qubit_count", "rotation_count",
+            "t_count",
+        )  # fmt: skip
+        return {"qubits": self._n} | {name: getattr(self, name) for name in names}
 
     def to_qasm(self) -> str:
         """OpenQASM 2. A condition must be one on all bits of a register."""
@@ -109,6 +162,20 @@ class CircuitBase:
         """
         return cls._of_read(_interop_qasm.read(text, reader))
 
+    def to_qasm3(self) -> str:
+        """OpenQASM 3, written by Qiskit; symbols of angles become its inputs."""
+        return _interop_qasm3.write(self._whole())
+
+    @classmethod
+    def from_qasm3(cls, text: str) -> Self:
+        """Reads OpenQASM 3 by Qiskit's importer, the package ``qiskit-qasm3-import``, as far as it
+        goes and :meth:`from_qiskit` takes what it reads. Inputs become symbols. Files other than
+        ``stdgates.inc`` are not included. About 0.3 ms per gate.
+
+        A :class:`~zeltbraidwerk.errors.QasmError` says what the importer did not understand.
+        """
+        return cls._of_read(_interop_qasm3.read(text))
+
     def to_qiskit(self) -> qiskit.QuantumCircuit:
         """A circuit of Qiskit, with the classical registers by their names."""
         return _interop_qiskit.write(self._whole())
@@ -120,8 +187,9 @@ class CircuitBase:
 
         Measurements, resets, barriers and ``if_test`` with a register or bit and without an else
         are kept, and so are classical registers; delays are left out. Other control flow, and gates
-        that cannot be decomposed, are refused with the index of the instruction; so are symbolic
-        angles other than a single Parameter.
+        that cannot be decomposed, are refused with the index of the instruction; so are
+        angles that are not linear in their Parameters. :meth:`to_qiskit` gives the same Parameters
+        back.
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 

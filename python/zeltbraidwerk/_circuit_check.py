@@ -22,7 +22,6 @@ from __future__ import annotations
 
 import math
 from collections.abc import Sequence
-from functools import lru_cache
 from itertools import combinations
 
 import numpy as np
@@ -40,7 +39,7 @@ _WORD = 64  # places in a word
 _FIRST_LOOK = 16  # words that are looked at first, which mostly decide
 
 # Names with their factors, in order of names, and a constant.
-_Angle = tuple[tuple[tuple[str, int], ...], float]
+Angle = tuple[tuple[tuple[str, float], ...], float]
 
 
 def same_operator(
@@ -49,9 +48,9 @@ def same_operator(
     """Whether both circuits are the same operator up to a global phase, with output q of ``before``
     on wire ``permutation[q]`` of ``after``.
 
-    True is a proof, up to 1e-9 radians per angle. False means that these steps prove nothing: the
-    circuits may still be equal by an identity of special angles, such as those of three rotations
-    of one qubit about other axes. Symbols are compared as sums of names and numbers.
+    True is a proof, up to 1e-9 radians per angle and coefficient of a symbol. False means that
+    these steps prove nothing: the circuits may still be equal by an identity of special angles,
+    such as those of three rotations of one qubit about other axes.
 
     Cost: time linear in the gates; and for each rotation whose string was there before, a look at
     the strings since then, 64 at a time, up to one that does not commute: a second for 10^5 gates.
@@ -86,36 +85,17 @@ def _wires(permutation: Sequence[int], n: int) -> list[int]:
 # --- angles -------------------------------------------------------------------------------------
 
 
-def _angle(parameter: Parameter) -> _Angle:
-    if parameter.is_symbolic:
-        return _parsed(parameter.expression)
-    return (), float(parameter)
+def angle_of(parameter: Parameter) -> Angle:
+    return _terms(parameter.coefficients), parameter.constant
 
 
-@lru_cache(maxsize=4096)
-def _parsed(expression: str) -> _Angle:
-    """Of text in prefix notation."""
-    factors: dict[str, int] = {}
-    constant = 0.0
-    signs = [1]  # of the operands that are still to come, the next one last
-    for token in expression.split(" "):
-        sign = signs.pop()
-        if token == "UMINUS":
-            signs.append(-sign)
-        elif token == "+":
-            signs += (sign, sign)
-        elif token[0] in "+-.0123456789":
-            constant += sign * float(token)
-        else:
-            factors[token] = factors.get(token, 0) + sign
-    return _terms(factors), constant
+def _terms(factors: dict[str, float]) -> tuple[tuple[str, float], ...]:
+    return tuple(
+        sorted((name, factor) for name, factor in factors.items() if abs(factor) > TOLERANCE)
+    )
 
 
-def _terms(factors: dict[str, int]) -> tuple[tuple[str, int], ...]:
-    return tuple(sorted((name, factor) for name, factor in factors.items() if factor))
-
-
-def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
+def plus(a: Angle, b: Angle, sign: int) -> Angle:
     """a, plus or minus b."""
     factors = dict(a[0])
     for name, factor in b[0]:
@@ -123,7 +103,7 @@ def _plus(a: _Angle, b: _Angle, sign: int) -> _Angle:
     return _terms(factors), a[1] + sign * b[1]
 
 
-def _reduced(angle: _Angle) -> tuple[int, _Angle]:
+def _reduced(angle: Angle) -> tuple[int, Angle]:
     """Quarter turns, and what remains: 0, or at least the tolerance away from 0 and from the next
     quarter turn."""
     quarters = math.floor((angle[1] + TOLERANCE) / _QUARTER)
@@ -188,28 +168,28 @@ class _NormalForm:
         self._n = circuit.n
         self.clifford = PulledBack(circuit.n)
         self._strings = _Strings(circuit.n)
-        self._rotations: list[tuple[int, _Angle] | None] = []  # by place, None where empty
+        self._rotations: list[tuple[int, Angle] | None] = []  # by place, None where empty
         self._places: dict[int, list[int]] = {}  # of each string, in order
         for gate in gates_alone(circuit, name):
             self._append(gate)
 
     def _append(self, gate: Gate) -> None:
         if gate.name in ROTATIONS:
-            self._rotate(rotated_letter(gate), gate.qubits, _angle(gate.params[0]))
+            self._rotate(rotated_letter(gate), gate.qubits, angle_of(gate.params[0]))
         elif gate.name == "XX":
-            angle = _angle(gate.params[0])
+            angle = angle_of(gate.params[0])
             for pair in combinations(gate.qubits, 2):
                 self._rotate("X", pair, angle)
         else:
             self.clifford.append(gate)
 
-    def _rotate(self, letter: str, qubits: Sequence[int], angle: _Angle) -> None:
+    def _rotate(self, letter: str, qubits: Sequence[int], angle: Angle) -> None:
         operator = self.clifford.operator(letter, qubits)
         sign = -1 if is_minus(operator) else 1
         string = operator[1] | operator[2] << self._n
         place = self._place_to_merge(string)
         old = self._rotations[place] if place is not None else None
-        quarters, rest = _reduced(_plus(old[1] if old else ((), 0.0), angle, sign))
+        quarters, rest = _reduced(plus(old[1] if old else ((), 0.0), angle, sign))
         self.clifford.turn(letter, qubits, sign * quarters)
         vanishes = rest == ((), 0.0)
         if place is None and not vanishes:
@@ -263,9 +243,9 @@ class _NormalForm:
         return True
 
 
-def _alike(a: tuple[int, _Angle] | None, b: tuple[int, _Angle] | None) -> bool:
+def _alike(a: tuple[int, Angle] | None, b: tuple[int, Angle] | None) -> bool:
     """Of rotations about the same string."""
     if a is None or b is None:
         return a is b
-    (terms, constant), (other_terms, other_constant) = a[1], b[1]
-    return terms == other_terms and abs(constant - other_constant) <= TOLERANCE
+    terms, constant = plus(a[1], b[1], -1)
+    return not terms and abs(constant) <= TOLERANCE

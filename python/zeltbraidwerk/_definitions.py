@@ -8,7 +8,7 @@ from dataclasses import dataclass, field
 from typing import NamedTuple
 
 from zeltbraidwerk import _angles, errors
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk._parameter import Parameter
 
 # A gate of this package, or a barrier: name, qubits, angles.
 Plain = tuple[str, tuple[int, ...], tuple[Parameter, ...]]
@@ -20,7 +20,7 @@ NAME = re.compile(r"[A-Za-z_]\w*", re.ASCII)
 APPLICATION = re.compile(r"([A-Za-z_]\w*)\s*(?:\((.*)\))?\s*([^()]*)", re.ASCII | re.DOTALL)
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, eq=False)
 class Primitive:
     """A gate of this package, with its numbers of qubits and angles."""
 
@@ -40,7 +40,7 @@ class Part(NamedTuple):
     places: tuple[int, ...]
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, eq=False)
 class Definition:
     """``size`` is the number of operations after expansion. An opaque gate has no parts."""
 
@@ -65,11 +65,13 @@ Known = Mapping[str, Primitive | Definition]
 
 
 def expanded(
-    gate: Primitive | Definition, qubits: Sequence[int], angles: Sequence[_angles.Angle]
+    gate: Primitive | Definition, qubits: Sequence[int], angles: Sequence[float | Parameter]
 ) -> list[Plain]:
     """The gates of this package for it. Raises what :func:`_angles.evaluate` does."""
     if isinstance(gate, Primitive):
-        return [(gate.own_name, tuple(qubits), tuple(map(Parameter, gate.fixed or angles)))]
+        given = gate.fixed or angles
+        params = tuple([a if isinstance(a, Parameter) else Parameter._number(a) for a in given])
+        return [(gate.own_name, tuple(qubits), params)]
     values = dict(zip(gate.params, angles, strict=True))
     made: list[Plain] = []
     for inner, expressions, places in gate.parts or ():

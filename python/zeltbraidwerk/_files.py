@@ -1,16 +1,20 @@
-"""Text from files that hold a circuit."""
+"""Text from files that hold a circuit, and text into files."""
 
 from __future__ import annotations
 
 import os
 from pathlib import Path
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _validate, errors
+
+
+def has_statements(text: str) -> bool:
+    """Whether it may be OpenQASM: every program has a semicolon."""
+    return ";" in text
 
 
 def is_path(text: str) -> bool:
-    """Every OpenQASM program has a semicolon."""
-    return bool(text.strip()) and ";" not in text and "\n" not in text
+    return bool(text.strip()) and not has_statements(text) and "\n" not in text
 
 
 def text_of(path: str | os.PathLike[str]) -> str:
@@ -26,3 +30,32 @@ def text_of(path: str | os.PathLike[str]) -> str:
             f"circuit: got {str(path)[:200]!r}, wanted OpenQASM 2 or the path of a file of it: "
             f"{reason}"
         ) from None
+
+
+def save(path: str | os.PathLike[str], text: str) -> None:
+    """Writes a whole file at once: another program sees the old one or the new one, never a part.
+    What is no file, such as a pipe, is written to as it stands."""
+    if not isinstance(path, (str, os.PathLike)):
+        raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
+    try:
+        _save(Path(os.path.realpath(path)), text)
+    except (OSError, ValueError) as error:
+        reason = getattr(error, "strerror", None) or error
+        raise errors.FileError(
+            f"path: got {str(path)[:200]!r}, wanted a file that can be written: {reason}"
+        ) from None
+
+
+def _save(target: Path, text: str) -> None:
+    if target.exists() and not target.is_file():
+        target.write_text(text, encoding="utf-8")
+        return
+    part = target.with_name(f".{target.name}.{os.getpid()}")
+    try:
+        part.write_text(text, encoding="utf-8")
+        if target.exists():
+            part.chmod(target.stat().st_mode & 0o777)
+        part.replace(target)
+    except BaseException:
+        part.unlink(missing_ok=True)
+        raise

@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Iterator
 from typing import Any
 
-import numpy as np
-
 from zeltbraidwerk import errors
+from zeltbraidwerk._parameter import Parameter, parameter
 
-Pair = tuple[str, float]
+Pair = tuple[str, float | Parameter]
 
 
 def of_operator(operator: Any) -> Iterator[Pair]:
@@ -52,14 +52,15 @@ def of_pytket(operator: Any) -> Iterator[Pair]:
         letters = ["I"] * n
         for qubit, pauli in string.map.items():
             letters[place[qubit]] = pauli.name
-        yield "".join(letters), np.pi * _real(coefficient)
+        yield "".join(letters), math.pi * _real(coefficient)
 
 
-def _real(value: Any) -> float:
+def _real(value: Any) -> float | Parameter:
+    """A number, or a sum of symbols."""
     try:
         number = complex(value)
     except (TypeError, ValueError):
-        raise errors.AngleError(f"rotations: got {value}, wanted a number") from None
+        return parameter(value, "rotations")
     if number.imag:
         raise errors.AngleError(f"rotations: got {value}, wanted a real number")
     return number.real

@@ -98,9 +98,16 @@ def read_gate(name: str, qubits: Sequence[int], angles: Sequence[float | Paramet
     gate = table().get(name)
     if gate is None:
         raise errors.GateError(f"the gate {name} is not known")
+    check(gate, name, qubits, angles)
+    return expanded(gate, qubits, angles)
+
+
+def check(
+    gate: Primitive | Definition, name: str, qubits: Sequence[int],
+    angles: Sequence[float | Parameter],
+) -> None:  # fmt: skip
+    """Refuses wrong numbers of qubits and angles, and numbers that are not finite."""
     check_counts(gate, name, len(qubits), len(angles))
-    numbers = [a if isinstance(a, Parameter) and a.is_symbolic else float(a) for a in angles]
-    for angle in numbers:
-        if isinstance(angle, float) and not math.isfinite(angle):
+    for angle in angles:
+        if type(angle) is float and not math.isfinite(angle):
             raise errors.AngleError(f"got the angle {angle} of {name}, wanted a finite number")
-    return expanded(gate, qubits, numbers)

@@ -7,7 +7,7 @@ import importlib
 from collections.abc import Callable, Iterator
 from typing import Any
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _parameter, errors
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
@@ -25,7 +25,8 @@ def _package(name: str) -> Any:
         return importlib.import_module(name)
     except ImportError:
         raise errors.MissingPackageError(
-            f"this conversion needs the package {top}: pip install {top}"
+            f"this needs the package {top}: pip install {top.replace('_', '-')}, or "
+            "zeltbraidwerk[interop] for all that it converts to and from"
         ) from None
 
 
@@ -54,38 +55,21 @@ def angles(gate: Gate | Measure | Reset) -> tuple[Parameter, ...]:
     return gate.params[:1] if gate.name == "XX" else gate.params
 
 
-def angle(parameter: Parameter, symbol: Callable[[str], Any]) -> Any:
-    """A number, or the prefix expression built from another package's symbols."""
-    if not parameter.is_symbolic:
-        return float(parameter)
-    tokens = iter(parameter.expression.split())
-
-    def operand() -> Any:
-        token = next(tokens)
-        if token == "+":
-            return operand() + operand()
-        if token == "UMINUS":
-            return -operand()
-        try:
-            return float(token)
-        except ValueError:
-            return symbols.setdefault(token, symbol(token))
-
-    symbols: dict[str, Any] = {}
-    try:
-        return operand()
-    except StopIteration:
-        raise errors.AngleError(f"got the broken expression {parameter.expression!r}") from None
+def symbols(
+    circuit: WholeCircuit, of_package: Callable[[Any], bool], make: Callable[[str], Any]
+) -> dict[str, Any]:
+    """For each name in the angles a symbol of another package: that which it was read from, or a
+    new one."""
+    angles = [angle for operation in circuit for angle in operation.params if angle.is_symbolic]
+    sources = _parameter.sources_of(angles)
+    found = {}
+    for name in _parameter.names_of(angles):
+        source = sources.get(name)
+        found[name] = source if source is not None and of_package(source) else make(name)
+    return found
 
 
-def number(value: Any) -> Parameter:
-    """A number, or a single symbol of another package."""
-    try:
-        return Parameter(float(value))
-    except (TypeError, RuntimeError):
-        name = getattr(value, "name", None)
-        if isinstance(name, str) and not set(name) & set(" \t\n+-*/()"):
-            return Parameter(name)
-        raise errors.AngleError(
-            f"got the angle {value}, wanted a number or a single parameter"
-        ) from None
+def number(value: Any) -> float | Parameter:
+    """An angle of another package. Numbers are plain, so that their sums are not wrapped."""
+    angle = _parameter.parameter(value, "angle")
+    return angle if angle.is_symbolic else float(angle)

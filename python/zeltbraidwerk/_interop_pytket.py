@@ -3,10 +3,12 @@
 from __future__ import annotations
 
 import math
+from collections.abc import Mapping
+from functools import lru_cache
 from typing import Any
 
-from zeltbraidwerk import _interop, _reading, errors
-from zeltbraidwerk._header import read_gate
+from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
+from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Parameter
 from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
@@ -22,6 +24,7 @@ _NAMES = {
 def write(circuit: WholeCircuit) -> Any:
     tket = _interop._package("pytket.circuit")
     made = tket.Circuit()
+    symbols = _interop.symbols(circuit, _foreign_angles.is_from_sympy, _symbol)
     name = "q"
     while name in {register.name for register in circuit.classical}:
         name += "_"
@@ -35,7 +38,7 @@ def write(circuit: WholeCircuit) -> Any:
         if isinstance(operation, Barrier):
             made.add_barrier(on)
             continue
-        turns = [_turn(p) for p in _interop.angles(operation)]
+        turns = [_turn(p, symbols) for p in _interop.angles(operation)]
         kind = {"measure": "Measure", "reset": "Reset"}.get(operation.name) or _NAMES[
             operation.name
         ]
@@ -49,9 +52,16 @@ def write(circuit: WholeCircuit) -> Any:
     return made
 
 
-def _turn(angle: Parameter) -> Any:
+def _turn(angle: Parameter, symbols: Mapping[str, Any]) -> Any:
     """In half turns."""
-    return _interop.angle(angle, _interop._package("sympy").Symbol) / math.pi
+    if not angle.is_symbolic:
+        return float(angle) / math.pi
+    sympy = _interop._package("sympy")
+    return _foreign_angles.to_half_turns(angle.constant, angle.coefficients.items(), symbols, sympy)
+
+
+def _symbol(name: str) -> Any:
+    return _interop._package("sympy").Symbol(name)
 
 
 # --- in -----------------------------------------------------------------------------------------
@@ -63,7 +73,7 @@ _KNOWN = {
     "V": "sx", "Vdg": "sxdg", "SX": "sx", "SXdg": "sxdg", "ZZPhase": "rzz", "XXPhase": "rxx",
     "CRz": "crz", "CRx": "crx", "CRy": "cry", "CU1": "cu1", "CU3": "cu3",
 }  # fmt: skip
-_OTHERS = ("TK1", "Phase", "Barrier", "Measure", "Reset", "Conditional")
+_OTHERS = ("TK1", "Phase", "Barrier", "Measure", "Reset")
 
 
 def read(circuit: Any) -> Read:
@@ -74,24 +84,18 @@ def read(circuit: Any) -> Read:
     reading = Reading()
     for place, command in enumerate(plain.get_commands()):
         where = f"command {place}" if plain is circuit else f"command {place} after decomposition"
-        with _reading.located(where):
+        try:
             _command(reading, command, qubits, bits, where)
+        except (errors.AngleError, errors.GateError) as error:
+            raise _reading.at(where, error) from None
     return circuit.n_qubits, reading.operations, registers
 
 
 def _taken_apart(circuit: Any) -> Any:
     """The circuit, or a copy in which all gates are known and no wires are permuted."""
     tket, passes = _interop._package("pytket.circuit"), _interop._package("pytket.passes")
-    plain, known = circuit, {*_KNOWN, *_OTHERS}
-    strange = False
-    for place, command in enumerate(circuit.get_commands()):
-        op = _inner(command.op)
-        if not command.qubits and command.bits and op.type.name != "Barrier":
-            raise errors.GateError(
-                f"command {place}: got {op.type.name}, wanted operations on qubits"
-            )
-        strange = strange or op.type.name not in known
-    if strange:
+    plain = circuit
+    if _has_others(circuit, tket.OpType):
         plain = circuit.copy()
         gates = {getattr(tket.OpType, name) for name in (*_KNOWN, "TK1", "Measure", "Reset")}
         try:
@@ -105,6 +109,20 @@ def _taken_apart(circuit: Any) -> Any:
         plain = circuit.copy() if plain is circuit else plain
         plain.replace_implicit_wire_swaps()
     return plain
+
+
+def _has_others(circuit: Any, kinds: Any) -> bool:
+    """Whether there are gates besides the known ones; operations on bits alone are refused."""
+    known = {*_KNOWN, *_OTHERS}
+    if sum(circuit.n_gates_of_type(getattr(kinds, name)) for name in known) == circuit.n_gates:
+        return False
+    strange = False
+    for place, command in enumerate(circuit.get_commands()):
+        name = _inner(command.op).type.name
+        if not command.qubits and command.bits and name != "Barrier":
+            raise errors.GateError(f"command {place}: got {name}, wanted operations on qubits")
+        strange = strange or name not in known
+    return strange
 
 
 def _inner(op: Any) -> Any:
@@ -129,14 +147,17 @@ def _command(
 ) -> None:
     op, arguments = command.op, command.args
     condition: Condition | None = None
-    while op.type.name == "Conditional":
+    name = op.type.name
+    while name == "Conditional":
         asked = tuple(bits[bit] for bit in arguments[: op.width])
         before = condition or ((), 0)
         condition = (before[0] + asked, before[1] | op.value << len(before[0]))
         op, arguments = op.op, arguments[op.width :]
-    on = tuple([qubits[argument] for argument in arguments if argument in qubits])
-    name = op.type.name
-    if name == "Barrier":
+        name = op.type.name
+    on = tuple([place for each in arguments if (place := qubits.get(each)) is not None])
+    if name in _KNOWN:
+        _gate(reading, _KNOWN[name], on, op.params, where, condition)
+    elif name == "Barrier":
         if on:
             reading.add(Barrier(on, where=where), where, None)
     elif name == "Measure":
@@ -145,21 +166,25 @@ def _command(
         reading.add(Reset(on[0], where=where), where, condition)
     elif name == "TK1":
         for turn, part in zip(reversed(op.params), ("rz", "rx", "rz"), strict=True):
-            reading.gates(read_gate(part, on, [_angle(turn)]), where, condition)
-    elif name in _KNOWN:
-        angles = [_angle(turn) for turn in op.params]
-        reading.gates(read_gate(_KNOWN[name], on, angles), where, condition)
+            _gate(reading, part, on, [turn], where, condition)
     elif name != "Phase":
         raise errors.GateError(f"got {name}, which pytket cannot take apart")
 
 
-def _angle(turn: Any) -> Parameter:
-    """In radians. A symbol divided by pi and multiplied by it is the symbol again."""
-    angle = turn * math.pi
-    symbols = list(getattr(angle, "free_symbols", ()))
-    if len(symbols) == 1:
-        symbol = symbols[0]
-        factor = (angle / symbol).simplify()
-        if factor.is_number and abs(float(factor) - 1) < 1e-12:
-            angle = symbol
-    return _interop.number(angle)
+def _gate(
+    reading: Reading, name: str, on: tuple[int, ...], turns: list[Any], where: str,
+    condition: Condition | None,
+) -> None:  # fmt: skip
+    gate, angles = table()[name], [_angle(turn) for turn in turns]
+    check(gate, name, on, angles)
+    reading.gate(gate, on, angles, where, condition)
+
+
+def _angle(turn: Any) -> float | Parameter:
+    """In radians."""
+    return turn * math.pi if type(turn) in (float, int) else _symbolic(turn)
+
+
+@lru_cache(maxsize=4096)
+def _symbolic(turn: Any) -> float | Parameter:
+    return _interop.number(_foreign_angles.HalfTurns(turn))

@@ -2,16 +2,25 @@
 
 from __future__ import annotations
 
-from collections.abc import Collection, Mapping, Sequence
+from collections.abc import Callable, Collection, Mapping, Sequence
 from contextlib import ExitStack
+from functools import cache
 from typing import Any
 
-from zeltbraidwerk import _interop, _reading, errors
+from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
-from zeltbraidwerk._header import read_gate, table
+from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
-from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset, WholeCircuit
+from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Measure,
+    Operation,
+    Register,
+    Reset,
+    WholeCircuit,
+)
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -22,21 +31,55 @@ def write(circuit: WholeCircuit) -> Any:
     made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))
     for register in circuit.classical:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
+    symbols = _interop.symbols(circuit, _foreign_angles.is_from_qiskit, _symbol)
     registers = {tuple(made.find_bit(bit).index for bit in r): r for r in made.cregs}
+    instruction = _instructions(made.qubits, symbols)
     for operation, condition in _interop.written(circuit):
+        if condition is None and isinstance(operation, Gate):
+            made._append(instruction(operation))
+            continue
         with ExitStack() as inside:
             for test in _tests(made, registers, condition):
                 inside.enter_context(made.if_test(test))
             if isinstance(operation, Gate):
-                angles = [
-                    _interop.angle(p, _interop._package("qiskit.circuit").Parameter)
-                    for p in _interop.angles(operation)
-                ]
-                getattr(made, _interop.QASM_NAMES[operation.name])(*angles, *operation.qubits)
+                made.append(instruction(operation))
             elif isinstance(operation, Measure):
                 made.measure(operation.qubit, operation.bit)
             else:
                 getattr(made, operation.name)(list(operation.qubits))
+    return made
+
+
+@cache
+def _symbol(name: str) -> Any:
+    """One for each name, so that circuits that are written one by one share it."""
+    return _interop._package("qiskit.circuit").Parameter(name)
+
+
+def _angle(angle: Parameter, symbols: Mapping[str, Any]) -> Any:
+    if not angle.is_symbolic:
+        return float(angle)
+    return _foreign_angles.to_qiskit(angle.constant, angle.coefficients.items(), symbols)
+
+
+def _instructions(qubits: Sequence[Any], symbols: Mapping[str, Any]) -> Callable[[Gate], Any]:
+    """A function that makes instructions of gates on these qubits."""
+    kinds = _interop._package("qiskit.circuit")
+    library = _interop._package("qiskit.circuit.library").get_standard_gate_name_mapping()
+    classes = {ours: library[name].base_class for ours, name in _interop.QASM_NAMES.items()}
+    fixed: dict[tuple[str, tuple[int, ...]], Any] = {}
+
+    def made(gate: Gate) -> Any:
+        key = gate.name, gate.qubits
+        if (known := fixed.get(key)) is not None:
+            return known
+        angles = [_angle(p, symbols) for p in _interop.angles(gate)]
+        on = tuple([qubits[q] for q in gate.qubits])
+        instruction = kinds.CircuitInstruction(classes[gate.name](*angles), on)
+        if not angles:
+            fixed[key] = instruction
+        return instruction
+
     return made
 
 
@@ -61,7 +104,7 @@ def _tests(
 # --- in -----------------------------------------------------------------------------------------
 
 # Qiskit's names of gates of the table.
-_STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
+STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
 def read(
@@ -120,6 +163,7 @@ class _Reader:
         wires = dict(zip(circuit.qubits, qubits, strict=True))
         targets = dict(zip(circuit.clbits, bits, strict=True))
         known = table()
+        fixed: dict[tuple[str, tuple[int, ...]], list[Operation]] = {}  # gates without angles
         for place, instruction in enumerate(circuit.data):
             here = where or (
                 f"line {self._lines[place]}" if self._lines else f"instruction {place}"
@@ -129,9 +173,16 @@ class _Reader:
             if self._inner > self._most_inner:
                 raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
             if instruction.is_standard_gate():
-                name = _STANDARD.get(instruction.name, instruction.name)
+                name = STANDARD.get(instruction.name, instruction.name)
                 if name in known:
-                    self._gate(name, on, instruction.params, here, condition)
+                    if condition is None and (name, on) in fixed:
+                        self.reading.extend(fixed[name, on])
+                        continue
+                    params = instruction.params
+                    first = len(self.reading.operations)
+                    self._gate(name, on, params, here, condition)
+                    if not params and condition is None:
+                        fixed[name, on] = self.reading.operations[first:]
                     continue
             into = tuple([targets[bit] for bit in instruction.clbits])
             self._instruction(instruction.operation, on, into, targets, here, condition, depth)
@@ -139,9 +190,13 @@ class _Reader:
     def _gate(
         self, name: str, on: tuple[int, ...], params: Any, where: str, condition: Condition | None
     ) -> None:
-        with _reading.located(where):
+        try:
             angles = [p if type(p) is float else _interop.number(p) for p in params]
-            self.reading.gates(read_gate(name, on, angles), where, condition)
+            gate = table()[name]
+            check(gate, name, on, angles)
+            self.reading.gate(gate, on, angles, where, condition)
+        except (errors.AngleError, errors.GateError) as error:
+            raise _reading.at(where, error) from None
 
     def _instruction(
         self, operation: Any, on: tuple[int, ...], into: tuple[int, ...],

@@ -10,6 +10,7 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core
+from zeltbraidwerk._parameter import NO_SOURCES, Sources
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 
@@ -34,17 +35,10 @@ def circuit_of(
     return Circuit._trusted(n, tuple(gates))
 
 
-def of_core(n: int, gates: Iterable[_core.Gate]) -> Circuit:
-    """From gates of the compiled part, which are known to be valid."""
-    return Circuit._trusted(
-        n,
-        tuple(
-            Gate._trusted(
-                gate.name, tuple(gate.qbits), tuple(Parameter._wrap(p) for p in gate.params)
-            )
-            for gate in gates
-        ),
-    )
+def of_core(n: int, gates: Iterable[_core.Gate], sources: Sources = NO_SOURCES) -> Circuit:
+    """From gates of the compiled part, which are known to be valid. Their symbols stand for those
+    of other packages in ``sources``."""
+    return Circuit._trusted(n, tuple([Gate._of_core(gate, sources) for gate in gates]))
 
 
 def _gate(row: tuple[int, ...], angles: Sequence[Parameter], place: Sequence[int]) -> Gate:

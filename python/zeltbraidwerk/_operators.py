@@ -9,16 +9,14 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _pauli_check, _rotations, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _pauli_check, _rotations, _search, _validate, errors
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Permutation, Result, spread
-from zeltbraidwerk._tableau import CliffordTableau
+from zeltbraidwerk._tableau import CliffordTableau, Image, check_images
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 
 __all__ = ["CliffordSynthesis", "methods", "synthesize"]
-
-_Image = tuple[bool, str]  # true for minus
 
 _FAMILY = Family(_core._clifford_methods)
 
@@ -56,6 +54,7 @@ class CliffordSynthesis(Result):
         return self._on_edges()
 
 
+@_calls.recorded("clifford.synthesize", "operator")
 def synthesize(
     operator: Any,
     *,
@@ -117,7 +116,7 @@ def synthesize(
 # --- operators of other forms -------------------------------------------------------------------
 
 
-def read(operator: Any) -> list[_Image]:
+def read(operator: Any) -> list[Image]:
     """The images of X, then of Z, on each qubit, checked."""
     xs, zs = _images(operator)
     if len(xs) != len(zs):
@@ -128,7 +127,7 @@ def read(operator: Any) -> list[_Image]:
         raise errors.ShapeError(
             f"operator: got {n} images of {len(images[0][1])} letters, wanted {n} letters"
         )
-    _check(images)
+    check_images(images, "operator")
     return images
 
 
@@ -167,26 +166,3 @@ _CIRCUITS: dict[str, Callable[[Any], Circuit]] = {
     "qiskit": Circuit.from_qiskit,
     "pytket": Circuit.from_pytket,
 }
-
-
-def _check(images: Sequence[_Image]) -> None:
-    """Refuses images that do not commute and anticommute as X and Z do."""
-    n = len(images) // 2
-    packed = []
-    for _, letters in images:
-        x = sum(1 << q for q, letter in enumerate(letters) if letter in "XY")
-        z = sum(1 << q for q, letter in enumerate(letters) if letter in "YZ")
-        packed.append((x, z))
-    for r, (x, z) in enumerate(packed):
-        for s in range(r):
-            anticommute = ((x & packed[s][1]).bit_count() + (z & packed[s][0]).bit_count()) % 2
-            if anticommute != (r == s + n):
-                first, second = _name(s, n), _name(r, n)
-                raise errors.NotCliffordError(
-                    f"operator: got images of {first} and {second} that "
-                    f"{'anticommute' if anticommute else 'commute'}, unlike {first} and {second}"
-                )
-
-
-def _name(row: int, n: int) -> str:
-    return f"{'XZ'[row // n]} on qubit {row % n}"

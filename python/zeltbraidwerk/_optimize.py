@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Callable, Sequence
 from typing import Any, Literal
 
-from zeltbraidwerk import _search, _validate, errors
+from zeltbraidwerk import _calls, _search, _validate, errors
 from zeltbraidwerk._family import Family
 from zeltbraidwerk._optimize_device import OnDevice
 from zeltbraidwerk._optimize_pieces import Assembly
@@ -16,6 +16,7 @@ from zeltbraidwerk.circuits import Circuit
 _FAMILY = Family(lambda on_device: ("auto", "search"))
 
 
+@_calls.recorded("optimize", "circuit")
 def optimize(
     circuit: Any,
     *,
@@ -43,15 +44,20 @@ def optimize(
     them, and become Clifford gates where their angles add up to multiples of pi/2: T gates become
     fewer, never more. Then a search looks for fewer two-qubit gates (with ``objective="depth"``,
     fewer layers of these) that serve the same rotations and leave the same Clifford operator.
-    Angles may be symbolic.
+    Angles may be symbolic. At last Clifford gates on one qubit are moved along their wires, past
+    rotations and two-qubit gates, to where few of them are left: with as many two-qubit gates and
+    layers as before there are never more gates on one qubit.
+
+    ``result.global_phase`` is the phase by which both operators differ.
 
     Measurements and resets at the end go along. Those in the middle, barriers and classically
     controlled gates stay where they are; the gates between them are optimised by themselves.
 
-    Where a rotation is by no multiple of pi/4, windows on two qubits are also replaced by numbers:
-    any operator of two qubits takes at most three CNOTs. Angles are new then, right to 1e-10, and
-    there may be more of them, which ``result.before`` and ``result.after`` tell. ``exact=True``
-    keeps to sums of the given angles; ``objective="t"`` to no more rotations.
+    Where a rotation is by no multiple of pi/4, windows on two and three qubits are also replaced by
+    numbers: any operator of two qubits takes at most three CNOTs, of three qubits at most 19.
+    Angles are new then, right to 1e-10, and there may be more of them, which ``result.before`` and
+    ``result.after`` tell. ``exact=True`` keeps to sums of the given angles; ``objective="t"`` to no
+    more rotations.
 
     With ``permutation="free"`` output q may end on wire ``result.permutation[q]``, and so do the
     measurements at the end.
@@ -59,18 +65,26 @@ def optimize(
     With a ``device``, all two-qubit gates of the result are on its edges, and qubit q of the
     circuit is qubit ``result.placement[q]`` of the device, before and after. A circuit that fits as
     it stands, qubit q on qubit q or on ``placement[q]``, stays there and is optimised on the edges.
-    Another one is placed, where no ``placement`` is given, and routed: with ``router="own"`` made
-    anew on the edges from its rotations, with "qiskit" by the placement and routing of Qiskit's
-    level 3, of the circuit and of one that was optimised first; the best is optimised on the edges.
+    Another one is placed, where no ``placement`` is given, and routed in several ways, as it is and
+    made shorter first: with ``router="own"`` without SWAPs where a placement allows it, by SWAPs,
+    and anew on the edges from its rotations; with "qiskit" by the placement and routing of Qiskit's
+    level 3, with several seeds. All are optimised on the edges, the best for longest.
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
     of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
-    ``steps`` are windows of three qubits, of about 7 microseconds; by default 200,000 and 30 per
-    gate. With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
-    ``progress``, which is for circuits of one piece, are as in
-    :func:`zeltbraidwerk.linear.synthesize`. ``jobs`` threads share the
-    restarts, or the pieces of a circuit of more than 4,000 gates; the result does not depend on
-    them. More steps are never worse. Ctrl-C raises an exception that holds the best circuit so far.
+    With ``objective="depth"``, a search by count comes first, with as many steps or half of the
+    budget, and the result is never deeper than what that one found; ``result.front`` has both.
+
+    ``steps`` are windows of three qubits, of some microseconds; by default 200,000 and 30 per gate.
+    With a ``budget``, in seconds, the search goes on to its end. ``seed``, ``restarts`` and
+    ``progress`` are as in :func:`zeltbraidwerk.linear.synthesize`; ``progress`` hears of the gates,
+    and of the layers, of all pieces added up. ``jobs`` threads share the restarts, or the pieces of
+    a circuit of more than 4,000 gates; the result does not depend on them. More steps are never
+    worse, but where a circuit is routed. Ctrl-C raises an exception whose ``best`` is the best
+    whole circuit so far: pieces that were not reached are as given. It is None on a device where
+    that is not on the edges.
+
+    Raises a :class:`~zeltbraidwerk.errors.TooLargeError` for more than 16,384 qubits.
 
     >>> import zeltbraidwerk as zb
     >>> toffolis = "qreg q[4]; ccx q[0],q[1],q[2]; ccx q[1],q[2],q[3]; ccx q[0],q[1],q[2];"

@@ -10,24 +10,32 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _interop, _validate, errors, linear, routing
+from zeltbraidwerk import _core, _qiskit_router, _swaps, errors, linear, routing
 from zeltbraidwerk._family import Call
 from zeltbraidwerk._optimize_pieces import Assembly
-from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, pieces_of
-from zeltbraidwerk._placement import placements
+from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, Stage, pieces_of
+from zeltbraidwerk._placement import Placement, pairs_of, placements
+from zeltbraidwerk._routed import Routed, two_qubit_cost
 from zeltbraidwerk._search import Progress
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 
-Placement = tuple[int, ...]
-
-_BEGINNINGS = 12  # of the search for placements
-_TRIED = 3  # placements for which circuits are made
 _MOST_WORK = 2e7  # rotations times the square of the qubits: seconds for a first circuit
-_DEFAULT_STEPS = 200_000
-_STEPS_OF_GATE = 30
-_SWAP_STEPS = 20_000  # of the search that brings qubits back
+
+_LOGICAL = 3  # shorter circuits on no device, which are routed
+_KEPT = 4  # ways to route each of them
+_MOST_TRIES = 16  # of routing one of them
+_STEPS_OF_TRY = 10_000
+_MOST_ROUTED = 30_000  # gates in all tries for one circuit
+_NETWORKS = 3  # placements for which circuits are made anew
+_BEGINNINGS = 12  # of the search for placements
+
+# Shares of the effort. Circuits on the edges are walked in rounds: so many of the best, and what
+# these get together.
+_LOGICAL_SHARE = 0.25
+_NETWORK_SHARE = 0.15
+_ROUNDS = ((16, 0.15), (4, 0.15), (1, 0.3))
 
 
 @dataclass
@@ -39,134 +47,159 @@ class OnDevice:
     options: Mapping[str, Any]
 
     def run(self, placement: Any, router: str) -> Optimization:
-        given = self._checked(placement)
-        n, device = self.source.n, self._device()
+        n = self.source.n
+        assert self.call.device is not None
+        self.call.site, given = Site.around(self.call.device, n, placement)
+        device = self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
-            return self._placed(_Routed.of(self._optimized(self.source, start, 1.0), start))
-        if router == "qiskit":
-            candidates = self._by_qiskit(given)
-        elif self._is_large():
-            candidates = self._by_trees()
-        else:
-            candidates = self._by_rotations(given)
-        found: list[_Routed] = []
-        best: _Routed | None = None
+            return self._best(self._made([start], 1.0, route=False), rounds=())
+        return self._best(self._candidates(router, given), _ROUNDS)
+
+    def _best(
+        self, candidates: Iterator[Routed], rounds: Sequence[tuple[int, float]]
+    ) -> Optimization:
+        found: list[Routed] = []
         try:
             for routed in candidates:
                 found.append(routed)
-            best = self._best(found)
-            found.append(best.then(self._optimized_wide(best.found.circuit, 0.5)))
-        except errors.Interrupted as stopped:
-            if best is not None and stopped.best is not None:
-                found.append(best.then(stopped.best))
-            whole = self._placed(self._best(found)) if found else None
+            for kept, share in rounds:
+                found = sorted(found, key=self._size)[:kept]
+                for k in range(len(found)):
+                    self._walk(found, k, share / len(found))
+        except KeyboardInterrupt:
+            whole = self._placed(min(found, key=self._size)) if found else None
             raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
-        return self._placed(self._best(found))
+        return self._placed(min(found, key=self._size))
+
+    def _walk(self, found: list[Routed], k: int, share: float) -> None:
+        """Makes candidate k shorter on the edges. Its ending is that of the source."""
+        ending = len(self.source.split_ending()[1].operations)
+        walk = Assembly(self._with_share(share), found[k].found.circuit, self.options, ending)
+        try:
+            found[k] = found[k].then(walk.run())
+        except errors.Interrupted as stopped:
+            if stopped.best is not None:
+                found[k] = found[k].then(stopped.best)
+            raise
 
     # --- candidates ---------------------------------------------------------------------------
 
-    def _by_rotations(self, given: Placement | None) -> Iterator[_Routed]:
-        """Made anew from the rotations, for some placements."""
-        tried = [given] if given is not None else self._placements(self._logical())
-        for placement in tried:
+    def _candidates(self, router: str, given: Placement | None) -> Iterator[Routed]:
+        has_pieces = len(pieces_of(self.source.split_ending()[0])[0]) > 1
+        if router == "qiskit":
+            if has_pieces:
+                raise errors.OptionError(
+                    "router: got 'qiskit' for a circuit with operations other than gates in the "
+                    "middle, wanted 'own'"
+                )
+            yield from self._by_swaps(_qiskit_router.routes, given)
+            return
+        if CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK:
+            yield from self._by_trees()
+            return
+        routed = []
+        for each in self._by_swaps(_swaps.routes, given) if not has_pieces else ():
+            routed.append(each)
+            yield each
+        places = [each.placement for each in sorted(routed, key=self._size)[:1]]
+        places += [given] if given is not None else self._placements()
+        places = list(dict.fromkeys(places))[:_NETWORKS]
+        yield from self._made(places, _NETWORK_SHARE, route=True)
+
+    def _made(self, places: Sequence[Placement], share: float, route: bool) -> Iterator[Routed]:
+        """The source, placed and optimised on the edges; with ``route`` made anew on them from its
+        rotations."""
+        for placement in places:
+            wide = self.source.placed(placement, self._device().n)
+            options = {**self.options, "route": route}
             try:
-                made = self._optimized(self.source, placement, 0.375 / len(tried), route=True)
+                found = Assembly(self._with_share(share / len(places)), wide, options).run()
             except errors.Interrupted as stopped:
                 if stopped.best is not None:
-                    yield _Routed.of(stopped.best, placement)
+                    yield Routed.of(stopped.best, placement)
                 raise
-            yield _Routed.of(made, placement)
+            yield Routed.of(found, placement)
 
-    def _by_trees(self) -> Iterator[_Routed]:
+    def _by_trees(self) -> Iterator[Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
         found = routing.route(self.source, self._device())
-        yield _Routed.of(self._optimized_wide(found.circuit, 0.375), found.placement)
+        yield Routed.of(self._as_given(found.circuit), found.placement)
 
-    def _by_qiskit(self, given: Placement | None) -> Iterator[_Routed]:
-        """The circuit, and an optimised one."""
-        if len(pieces_of(self.source.split_ending()[0])[0]) > 1:
-            raise errors.OptionError(
-                "router: got 'qiskit' for a circuit with operations other than gates in the "
-                "middle, wanted 'own'"
-            )
-        for circuit in (self.source, self._logical()):
-            routed, placement, wires = self._transpiled(circuit, given)
-            made = _Routed(replace(self._as_given(routed), permutation=wires), placement, wires)
-            yield made.then(self._optimized_wide(routed, 0.1875))
+    def _by_swaps(self, routes: _swaps.Router, given: Placement | None) -> Iterator[Routed]:
+        """The source and the shorter circuits, each routed in those of several ways that take the
+        fewest gates."""
+        seed = self.call.seed()
+        for shorter in self._to_route():
+            gates = shorter.circuit.split_ending()[0].unitary()
+            made: dict[tuple[Circuit, Placement], _swaps.Route] = {}
+            try:
+                for route in routes(gates, self._device(), given, self._tries(len(gates)), seed):
+                    made[route.circuit, route.placement] = route
+                    if self._is_late():
+                        break
+            except KeyboardInterrupt:
+                for route in made.values():
+                    yield self._closed(shorter, route)
+                raise
+            for route in sorted(made.values(), key=lambda one: two_qubit_cost(one.circuit))[:_KEPT]:
+                yield self._closed(shorter, route)
 
-    def _as_given(self, circuit: Circuit) -> Optimization:
-        """A circuit on the wires as a result that has changed nothing."""
-        call = replace(self._with_share(0), progress=None)
-        return replace(
-            Assembly(call, Circuit(circuit.n), self.options).run(), circuit=circuit, source=circuit
-        )
+    def _to_route(self) -> Iterator[Optimization]:
+        """The source first, so that Ctrl-C soon finds a circuit."""
+        yield self._as_given(self.source)
+        yield from self._logical
 
-    def _transpiled(
-        self, circuit: Circuit, given: Placement | None
-    ) -> tuple[Circuit, Placement, Placement]:
-        """Placed and routed by Qiskit, which takes the gates as they are: the circuit, where qubits
-        begin, and where each wire ends. Unless outputs may be anywhere, they are brought back."""
-        device = self._device()
-        gates, ending = circuit.split_ending()
-        transpiler = _interop._package("qiskit.transpiler")
-        passes = transpiler.generate_preset_pass_manager(
-            optimization_level=3,
-            coupling_map=transpiler.CouplingMap(
-                [pair for a, b in device.edges for pair in ((a, b), (b, a))]
-            ),
-            basis_gates=["cx", "cz", "swap", "h", "s", "sdg", "x", "y", "z", "rx", "ry", "rz"],
-            initial_layout=None if given is None else list(given),
-            seed_transpiler=self.call.seed() % 2**31,
-        )
-        passes.init = passes.translation = passes.optimization = passes.scheduling = None
-        found = passes.run(Circuit(gates.n, gates.unitary().gates).to_qiskit())
-        first = tuple(found.layout.initial_index_layout())
-        ends = found.layout.routing_permutation()
-        last = tuple(ends[start] for start in first)
-        routed = Circuit.from_qiskit(found)
+    def _closed(self, shorter: Optimization, route: _swaps.Route) -> Routed:
+        """The route with the ending of the source. Unless outputs may be anywhere, qubits are
+        brought back before it."""
+        width, circuit, ends = self._device().n, route.circuit, route.ends
         if self.call.exact:
-            back = np.zeros((device.n, device.n), dtype=np.bool_)
-            back[first, last] = True
-            swaps = linear.synthesize(
-                back, device=device, method="search", seed=self.call.seed(), steps=_SWAP_STEPS
-            )
-            routed, last = routed + swaps.circuit.to_circuit(), first
-        measured = ending.placed(last[: ending.n], device.n)
-        wires = [0] * device.n
-        for start, end in zip(first, last, strict=True):
-            wires[start] = end
+            circuit, ends = circuit + self._swaps_back(ends), tuple(range(width))
+        ending = self.source.split_ending()[1]
+        measured = ending.placed([ends[wire] for wire in route.placement], width)
         whole = Circuit._trusted(
-            device.n, routed.operations + measured.operations, measured.classical
+            width, circuit.operations + measured.operations, measured.classical
         )
-        return whole, first[: circuit.n], tuple(wires)
+        stages = [stage.placed(route.placement, width) for stage in shorter._stages[0]]
+        if stages:
+            stages.append(Stage(circuit, ends, ()))
+        found = replace(self._as_given(whole), permutation=ends, _stages=(tuple(stages),))
+        return Routed(found, route.placement, ends)
+
+    def _swaps_back(self, ends: Placement) -> Circuit:
+        n = self._device().n
+        back = np.zeros((n, n), dtype=np.bool_)
+        back[range(n), ends] = True
+        found = linear.synthesize(
+            back, device=self._device(), method="search", seed=self.call.seed(), steps=0
+        )
+        return found.circuit.to_circuit()
+
+    @cached_property
+    def _logical(self) -> list[Optimization]:
+        """Shorter circuits on no device, every qubit in its place. The first has gates on the pairs
+        of qubits of the source alone: most circuits have few of them, and a circuit that is as
+        short on other pairs takes more SWAPs."""
+        found = []
+        for k in range(_LOGICAL if len(self.source) < _MOST_ROUTED else 1):
+            call = replace(
+                self._with_share(_LOGICAL_SHARE / _LOGICAL),
+                device=None, site=None, permutation="exact", progress=None,
+            )  # fmt: skip
+            call.effort = replace(call.effort, seed=(self.call.seed() + k) % 2**64)
+            own = Device(self.source.n, pairs_of(self.source))
+            if k == 0 and own.is_connected:
+                call = replace(call, device=own, site=Site(own, tuple(range(own.n))))
+            found.append(Assembly(call, self.source, self.options).run())
+        return found
+
+    def _placements(self) -> list[Placement]:
+        circuit = self._logical[0].circuit
+        found = placements(circuit, self._device(), _BEGINNINGS, self.call.seed())
+        return list(islice(found, _NETWORKS))
 
     # --- parts ------------------------------------------------------------------------------------
-
-    def _checked(self, placement: Any) -> Placement | None:
-        """Chooses the part of the device; the placement on its wires."""
-        device, n = self.call.device, self.source.n
-        assert device is not None
-        if n > device.n:
-            raise errors.DeviceTooSmallError(f"device: got {device!r}, wanted at least {n} qubits")
-        given = None
-        if placement is not None:
-            given = _validate.qubits(placement, "placement")
-            if len(given) != n or len(set(given)) < n:
-                raise errors.ShapeError(
-                    f"placement: got {given}, wanted {n} qubits of the device, all different"
-                )
-            _validate.qubits_below(given, device.n, "placement")
-        wanted = set(given) if given is not None else set()
-        fitting = [part for part in device._pieces if wanted <= part and len(part) >= n]
-        if device.n and not fitting:
-            raise errors.DisconnectedDeviceError(
-                f"device: got {device!r}, whose largest connected component has "
-                f"{len(device._pieces[0])} qubits, wanted {n} connected qubits"
-            )
-        qubits = tuple(sorted(fitting[0])) if fitting else ()
-        self.call.site = Site(device, qubits)
-        return None if given is None else tuple(qubits.index(q) for q in given)
 
     def _device(self) -> Device:
         """The wires."""
@@ -176,60 +209,51 @@ class OnDevice:
             return site.device
         return site.device.part(site.qubits)
 
-    def _is_large(self) -> bool:
-        return CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK
+    def _as_given(self, circuit: Circuit) -> Optimization:
+        """A circuit as a result that has changed nothing."""
+        call = replace(self._with_share(0), progress=None)
+        empty = Assembly(call, Circuit(self._device().n), self.options).run()
+        return replace(empty, circuit=circuit, source=circuit, _stages=((),))
 
-    def _logical(self) -> Circuit:
-        """Shorter, on no device, every qubit in its place."""
-        call = replace(
-            self._with_share(0.125), device=None, site=None, permutation="exact", progress=None
-        )
-        return Assembly(call, self.source, {**self.options, "exact": True}).run().circuit
-
-    def _placements(self, circuit: Circuit) -> list[Placement]:
-        found = placements(circuit, self._device(), _BEGINNINGS, self.call.seed())
-        return list(islice(found, _TRIED))
-
-    def _optimized(
-        self, circuit: Circuit, placement: Placement, share: float, route: bool = False
-    ) -> Optimization:
-        wide = circuit.placed(placement, self._device().n)
-        options = {**self.options, "route": route}
-        return Assembly(self._with_share(share), wide, options).run()
-
-    def _optimized_wide(self, circuit: Circuit, share: float) -> Optimization:
-        """Of a circuit on the edges, which ends with the ending of the source."""
-        ending = len(self.source.split_ending()[1].operations)
-        call = self._with_share(share)
-        return Assembly(call, circuit, self.options, ending).run()
+    # --- effort -----------------------------------------------------------------------------------
 
     def _with_share(self, share: float) -> Call:
         """The call with a share of its effort."""
         effort = self.call.effort
         if share < 1:
-            steps = effort.steps
-            if steps is None and effort.budget is None:
-                steps = _DEFAULT_STEPS + _STEPS_OF_GATE * len(self.source)
-            effort = replace(
-                effort,
-                steps=None if steps is None else int(steps * share),
-                budget=None if effort.budget is None else effort.budget * share,
-            )
+            steps, budget = self._steps(), effort.budget
+            if budget is not None:
+                budget = max(min(budget * share, budget - self.call.elapsed), 1e-3)
+            steps = None if steps is None else int(steps * share)
+            effort = replace(effort, steps=steps, budget=budget)
         device = self._device()
         return replace(
             self.call, effort=replace(effort, seed=self.call.seed()), device=device,
             site=Site(device, tuple(range(device.n))), progress=self.progress,
         )  # fmt: skip
 
-    def _best(self, found: Sequence[_Routed]) -> _Routed:
-        """Ties: the latest."""
-        by_depth = self.call.objective == "depth"
+    def _steps(self) -> int | None:
+        effort = self.call.effort
+        if effort.steps is None and effort.budget is None:
+            return _core._optimize_steps(len(self.source))
+        return effort.steps
 
-        def size(routed: _Routed) -> tuple[int, int]:
-            count, depth = routed.found.count, routed.found.depth
-            return (depth, count) if by_depth else (count, depth)
+    def _tries(self, gates: int) -> int:
+        """Of routing a circuit."""
+        steps = self._steps()
+        tries = _MOST_TRIES // 2 if steps is None else steps // _STEPS_OF_TRY
+        return max(min(tries, _MOST_TRIES, _MOST_ROUTED // max(gates, 1)), 1)
 
-        return min(reversed(found), key=size)
+    def _is_late(self) -> bool:
+        """Walks want half of the time."""
+        budget = self.call.effort.budget
+        return budget is not None and self.call.elapsed > budget / 2
+
+    # --- results ----------------------------------------------------------------------------------
+
+    def _size(self, routed: Routed) -> tuple[int, int]:
+        count, depth = two_qubit_cost(routed.found.circuit), routed.found.depth
+        return (depth, count) if self.call.objective == "depth" else (count, depth)
 
     @cached_property
     def progress(self) -> Callable[[Progress], object] | None:
@@ -246,7 +270,7 @@ class OnDevice:
 
         return filtered
 
-    def _placed(self, routed: _Routed) -> Optimization:
+    def _placed(self, routed: Routed) -> Optimization:
         """The result on the device, of the source. Where outputs may be anywhere, idle qubits of
         the device are wires as well, after those of the source."""
         site = self.call.site
@@ -264,33 +288,9 @@ class OnDevice:
             placement=tuple(qubits[wire] for wire in starts),
             permutation=tuple(ends),
             seconds=self.call.elapsed,
+            front=tuple(self._placed(each) for each in routed.front),
             _stages=tuple(
                 tuple(stage.placed(qubits, width) for stage in stages)
                 for stages in routed.found._stages
             ),
         )
-
-
-@dataclass(frozen=True)
-class _Routed:
-    """A circuit on the wires, where the qubits of the source begin, and where each wire ends."""
-
-    found: Optimization
-    placement: Placement
-    wires: Placement
-
-    @classmethod
-    def of(cls, found: Optimization, placement: Placement) -> _Routed:
-        return cls(found, placement, found.permutation)
-
-    def then(self, later: Optimization) -> _Routed:
-        """The circuit made anew from this one. Its stages go on from those of this one."""
-        first = self.found._stages or ((),) * len(later._stages)
-        stages = tuple(
-            before + tuple(stage.after(self.wires) for stage in after)
-            for before, after in zip(first, later._stages, strict=True)
-        )
-        return _Routed(
-            replace(later, _stages=stages), self.placement,
-            tuple(later.permutation[wire] for wire in self.wires),
-        )  # fmt: skip

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Mapping, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass, replace
 from itertools import zip_longest
 from typing import Any
@@ -12,6 +12,7 @@ from zeltbraidwerk._family import Call, Found
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of, split_last
 from zeltbraidwerk._routing_results import placed
+from zeltbraidwerk._search import Point, Progress
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.instructions import Operation
 
@@ -26,6 +27,7 @@ class Assembly:
     source: Circuit
     options: Mapping[str, Any]
     ending_size: int | None = None
+    _told: int | None = None
 
     def __post_init__(self) -> None:
         first, self.ending = (
@@ -34,23 +36,48 @@ class Assembly:
             else split_last(self.source, self.ending_size)
         )
         self.pieces, self.between = pieces_of(first)
+        self.sources = self.source._sources()
 
     def run(self) -> Optimization:
         done: list[Optimization] = []
         total = max(sum(map(len, self.pieces)), 1)
         left = total
-        for k, piece in enumerate(self.pieces):
-            try:
-                done.append(self._optimized(k, piece, len(piece) / total, left))
-            except errors.Interrupted as stopped:
-                if stopped.best is None:
-                    raise
-                best = self._whole([*done, stopped.best])
-                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
-            left = max(left - len(piece), 1)
+        try:
+            for k, piece in enumerate(self.pieces):
+                done.append(self._optimized(k, piece, len(piece) / total, left, done))
+                left = max(left - len(piece), 1)
+        except KeyboardInterrupt as stopped:
+            last = getattr(stopped, "best", None)
+            site = self.call.site
+            whole: Optimization | None = self._whole([*done, last] if last is not None else done)
+            if site is not None and whole and not site.device.fits(whole.circuit):
+                whole = None  # a piece is not routed yet
+            raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
         return self._whole(done)
 
-    def _optimized(self, k: int, piece: Circuit, share: float, left: int) -> Optimization:
+    def _progress(
+        self, k: int, done: Sequence[Optimization]
+    ) -> Callable[[Progress], object] | None:
+        """Adds up the pieces: those done, and those to come as they are given."""
+        tell = self.call.progress
+        if tell is None:
+            return None
+        later = self.pieces[k + 1 :]
+        count = sum(r.count for r in done) + sum(piece.two_qubit_count for piece in later)
+        depth = sum(r.depth for r in done) + sum(piece.two_qubit_depth for piece in later)
+
+        def told(now: Progress) -> None:
+            point = Point(self.call.elapsed, count + now.count, depth + now.depth)
+            objective = point.depth if self.call.objective == "depth" else point.count
+            if self._told is None or objective < self._told:
+                self._told = objective
+                tell(Progress(objective, point))
+
+        return told
+
+    def _optimized(
+        self, k: int, piece: Circuit, share: float, left: int, done: Sequence[Optimization]
+    ) -> Optimization:
         call = self.call
         if len(self.pieces) > 1:
             effort = call.effort
@@ -63,43 +90,65 @@ class Assembly:
             last = k + 1 == len(self.pieces)
             call = replace(
                 call, effort=effort, permutation=call.permutation if last else "exact",
-                progress=None,
+                progress=self._progress(k, done),
             )  # fmt: skip
 
-        def result(
-            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any]
+        def made(
+            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any], **own: Any
         ) -> Optimization:
             return call.result(
                 Optimization, found, piece.n,
-                circuit=of_core(piece.n, gates), source=piece, rounding=rounding,
-                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
+                circuit=of_core(piece.n, gates, self.sources), source=piece, rounding=rounding,
+                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),), **own,
             )  # fmt: skip
 
-        made = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.options)
+        def result(
+            found: Found,
+            gates: list[_core.Gate],
+            rounding: float,
+            stages: list[Any],
+            front: list[Any],
+        ) -> Optimization:
+            parts = tuple(
+                made(replace(found, permutation=tuple(wires), runs=1, trace=()), *circuit)
+                for wires, *circuit in front
+            )
+            return made(found, gates, rounding, stages, front=parts)
+
+        best = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.options)
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
-        return made
+        return best
+
+    def _unchanged(self) -> Optimization:
+        """The circuit as it was given."""
+        found = Found("search", tuple(range(self.source.n)), self.call.effort.seed, runs=0)
+        return self.call.result(
+            Optimization, found, self.source.n, circuit=self.source, source=self.source
+        )
 
     def _whole(self, done: Sequence[Optimization]) -> Optimization:
         """Pieces that are not done yet stay as they were given."""
         operations: list[Operation] = []
-        made = [result.circuit for result in done] + list(self.pieces[len(done) :])
-        for circuit, item in zip_longest(made, self.between):
+        circuits = [result.circuit for result in done] + list(self.pieces[len(done) :])
+        for circuit, item in zip_longest(circuits, self.between):
             operations.extend(circuit.operations)
             if item is not None:
                 operations.append(item)
         n = self.source.n
-        permutation = done[-1].permutation if len(done) == len(self.pieces) else tuple(range(n))
+        base = done[-1] if done else self._unchanged()
+        permutation = base.permutation if len(done) == len(self.pieces) else tuple(range(n))
         operations.extend(self.ending.placed(permutation, n).operations)
         whole = Circuit._trusted(n, tuple(operations), self.source.classical)
         qubits, width = self.call.qubits(n), self.call.width(n)
         return replace(
-            done[-1],
+            base,
             circuit=placed(whole, qubits, width),
             source=self.source,
             permutation=permutation,
             runs=sum(result.runs for result in done),
             trace=done[0].trace if len(done) == 1 else (),
             seconds=self.call.elapsed,
-            rounding=max(result.rounding for result in done),
+            rounding=max((result.rounding for result in done), default=0.0),
+            front=tuple(self._whole([each]) for each in base.front if len(self.pieces) == 1),
             _stages=tuple(result._stages[0] for result in done),
         )

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable, Iterator, Sequence
 from dataclasses import dataclass, field, replace
 from functools import cached_property
 from typing import Any
@@ -13,10 +13,8 @@ from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import ROTATIONS, Gate
+from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Operation
-
-_TOLERANCE = 1e-9  # radians, as of the search
 
 
 @dataclass(frozen=True)
@@ -35,46 +33,38 @@ class CircuitCounts:
 
     @classmethod
     def of(cls, circuit: Circuit) -> CircuitCounts:
-        angles = [gate.params[0] for gate in circuit
-                  if isinstance(gate, Gate) and is_rotation(gate)]  # fmt: skip
-        t = sum(_is_multiple(float(angle), 0.25) for angle in angles if not angle.is_symbolic)
         return cls(
             circuit.two_qubit_count, circuit.two_qubit_depth, circuit.one_qubit_count,
-            len(angles), t,
+            circuit.rotation_count, circuit.t_count,
         )  # fmt: skip
-
-
-def is_rotation(gate: Gate) -> bool:
-    """Whether it turns by an angle that is no multiple of pi/2."""
-    if gate.name not in ROTATIONS:
-        return False
-    return gate.params[0].is_symbolic or not _is_multiple(float(gate.params[0]), 0.5)
-
-
-def _is_multiple(angle: float, of: float) -> bool:
-    """Of so many times pi."""
-    return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE
 
 
 @dataclass(frozen=True)
 class Stage:
     """A circuit on the way from the source, by exact rewriting of the one before or, where there is
-    a log, by what that lists. ``permutation`` is against the source."""
+    a log, by what that lists: exp(i ``phase``) times it is the one before then. ``permutation`` is
+    against the source."""
 
     circuit: Circuit
     permutation: tuple[int, ...]
     log: tuple[_block_check.Step, ...]
+    phase: float = 0.0
 
     @classmethod
     def of(
-        cls, n: int, gates: Sequence[_core.Gate], permutation: Sequence[int], log: Sequence[Any]
+        cls,
+        n: int,
+        gates: Sequence[_core.Gate],
+        permutation: Sequence[int],
+        log: Sequence[Any],
+        phase: float,
     ) -> Stage:
         """From the compiled part."""
         return cls(of_core(n, gates), tuple(permutation), tuple(
             _block_check.Step(tuple(q for q in qubits if q >= 0), tuple(before),
                               of_core(n, after).gates, moves)
             for qubits, moves, before, after in log
-        ))  # fmt: skip
+        ), phase)  # fmt: skip
 
     def after(self, wires: Sequence[int]) -> Stage:
         """The same against a source whose output q was on ``wires[q]``."""
@@ -87,7 +77,7 @@ class Stage:
             wires[qubits[q]] = qubits[wire]
         return Stage(
             self.circuit.placed(qubits, n), tuple(wires),
-            tuple(step.placed(qubits) for step in self.log),
+            tuple(step.placed(qubits) for step in self.log), self.phase,
         )  # fmt: skip
 
 
@@ -98,12 +88,17 @@ class Optimization(Result):
     ``source`` is the circuit that was given. ``before`` and ``after`` tell how large both are.
     ``rounding`` is the farthest that an angle was from the multiple of pi/2 that it was taken for,
     at most 1e-9; 0 where none was rounded. The operator is that of the source up to
-    a global phase, with output q on wire ``permutation[q]``.
+    a global phase, ``global_phase``, with output q on wire ``permutation[q]``.
+
+    ``front`` is for the objective "depth" and circuits of one piece, without other operations than
+    gates in the middle: circuits from few layers to few two-qubit gates, of which none has both at
+    most as many layers and at most as many gates as another. The first is as large as the result.
     """
 
     circuit: Circuit
     source: Circuit
     rounding: float = 0.0
+    front: tuple[Optimization, ...] = field(compare=False, default=())
     # Of each piece, the circuits on the way to it, on the qubits of the circuit; none where all is
     # exact rewriting.
     _stages: tuple[tuple[Stage, ...], ...] = field(compare=False, default=())
@@ -125,39 +120,73 @@ class Optimization(Result):
         barriers, which are those of the source; and gates are on edges. Windows that were replaced
         by numbers are compared by their matrices, and the circuits between such replacements by
         normal forms."""
-        source, ending = placed(self.source, self.placement[: self.source.n], self.n).split_ending()
-        circuit, found_ending = split_last(self.circuit, len(ending.operations))
-        wires = self._wires()
-        pieces, between = pieces_of(source)
-        found, found_between = pieces_of(circuit)
-        last = len(pieces) - 1
+        source, circuit, ending, found_ending = self._parts()
         return (
-            between == found_between
-            and ending.placed(wires, self.n).operations == found_ending.operations
+            pieces_of(source)[1] == pieces_of(circuit)[1]
+            and ending.placed(self._wires(), self.n).operations == found_ending.operations
             and all(
-                self._same(k, piece, made, wires if k == last else list(range(self.n)))
-                for k, (piece, made) in enumerate(zip(pieces, found, strict=True))
+                _block_check.same_blocks(before, stage.circuit, stage.log)
+                if stage.log
+                else _circuit_check.same_operator(before, stage.circuit, wires)
+                for before, stage, wires in self._changes(source, circuit)
             )
             and self._on_edges()
         )
 
-    def _same(self, k: int, source: Circuit, made: Circuit, wires: list[int]) -> bool:
-        """Through the stages of piece k, and from the last of them to the circuit."""
-        now, there = source, list(range(self.n))
-        stages = self._stages[k] if k < len(self._stages) else ()
-        for stage in (*stages, Stage(made, tuple(wires), ())):
-            if stage.log:
-                if not _block_check.same_blocks(now, stage.circuit, stage.log):
-                    return False
-            else:
+    @cached_property
+    def global_phase(self) -> float | None:
+        """The operator of ``source`` is exp(i ``global_phase``) times that of ``circuit``, where
+        output q of the source is on wire ``permutation[q]`` (with a device, on qubit
+        ``placement[permutation[q]]``). In radians, above -pi and at most pi.
+
+        Gates are the matrices that other packages have for them: S is diag(1, i), and PH by an
+        angle a is diag(1, exp(i a)). None where PH by a symbol became RZ, so that the phase has a
+        symbol in it; other symbolic angles leave the phase a number. Readers of other formats take
+        gates apart up to a global phase, so that ``source`` may lack one itself.
+
+        It is computed when it is asked for: O(n / 64) for each gate on two qubits and O(n^2 / 64)
+        for each H, about a second for 10^5 gates on 100 qubits.
+        """
+        source, circuit, _, _ = self._parts()
+        phase = sum(
+            stage.phase
+            if stage.log
+            else _core._rewriting_phase(
+                self.n, before.to_core(), stage.circuit.to_core(), list(wires)
+            )
+            for before, stage, wires in self._changes(source, circuit)
+        )
+        symbols, shift = _circuit_check.plus(_phase_angle(source), _phase_angle(circuit), -1)
+        if symbols:
+            return None
+        phase = math.remainder(phase + shift / 2, 2 * math.pi)
+        return math.pi if phase <= -math.pi else phase
+
+    def _parts(self) -> tuple[Circuit, Circuit, Circuit, Circuit]:
+        """The placed source and the circuit without their endings, and these."""
+        source, ending = placed(self.source, self.placement[: self.source.n], self.n).split_ending()
+        circuit, found_ending = split_last(self.circuit, len(ending.operations))
+        return source, circuit, ending, found_ending
+
+    def _changes(
+        self, source: Circuit, circuit: Circuit
+    ) -> Iterator[tuple[Circuit, Stage, list[int]]]:
+        """Piece by piece through its stages, and from the last of them to the circuit: what was
+        before, the stage, and where each wire of the one before is in it."""
+        pieces, found = pieces_of(source)[0], pieces_of(circuit)[0]
+        in_place = tuple(range(self.n))
+        for k, (now, made) in enumerate(zip(pieces, found, strict=True)):
+            there = in_place
+            wires = tuple(self._wires()) if k + 1 == len(pieces) else in_place
+            stages = self._stages[k] if k < len(self._stages) else ()
+            for stage in (*stages, Stage(made, wires, ())):
                 turned = [0] * self.n
                 for q, wire in enumerate(there):
                     turned[wire] = stage.permutation[q]
-                if not _circuit_check.same_operator(now, stage.circuit, turned):
-                    return False
-                there = list(stage.permutation)
-            now = stage.circuit
-        return True
+                yield now, stage, turned
+                if not stage.log:
+                    there = stage.permutation
+                now = stage.circuit
 
     def _wires(self) -> list[int]:
         """Where output q of the placed source is, for all qubits of the device."""
@@ -171,6 +200,19 @@ class Optimization(Result):
         yield f"{self.after.rotations} rotations"
         if self.after.t:
             yield f"{self.after.t} T gates"
+
+
+def _phase_angle(circuit: Circuit) -> _circuit_check.Angle:
+    """Twice the phase of the gates as matrices against those of the compiled part, where S, D-S
+    and PH are rotations about Z."""
+    total: _circuit_check.Angle = ((), 0.0)
+    for gate in circuit.gates:
+        if gate.name == "PH":
+            total = _circuit_check.plus(total, _circuit_check.angle_of(gate.params[0]), 1)
+        elif gate.name in ("S", "D-S"):
+            quarter = math.pi / 2 if gate.name == "S" else -math.pi / 2
+            total = total[0], total[1] + quarter
+    return total
 
 
 def split_last(circuit: Circuit, count: int) -> tuple[Circuit, Circuit]:

@@ -9,8 +9,8 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _validate, errors
+from zeltbraidwerk._parameter import Parameter, parameter
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import Parameter, parameter
 from zeltbraidwerk.instructions import gates_alone
 
 Terms = dict[int, Parameter]  # by parity, bit q for qubit q

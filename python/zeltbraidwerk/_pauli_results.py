@@ -10,7 +10,7 @@ from typing import Literal
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _pauli_check, _renamed, errors
+from zeltbraidwerk import _pauli_check, _renamed
 from zeltbraidwerk._observables import MovesObservables
 from zeltbraidwerk._results import Result, spread
 from zeltbraidwerk._tableau import CliffordTableau
@@ -43,15 +43,8 @@ class PauliSynthesis(MovesObservables):
     @property
     def global_phase(self) -> Parameter:
         """What was asked for is exp(i ``global_phase``) times ``rotations``, in radians: minus half
-        of ``identity_angle``. Raises an AngleError where that is symbolic, as no Parameter is half
-        of a symbol."""
-        angle = self.identity_angle
-        if angle.is_symbolic:
-            raise errors.AngleError(
-                f"global_phase: got the symbolic angle {angle.expression!r} of identity strings, "
-                "wanted a number; identity_angle has it"
-            )
-        return Parameter(0.0 - float(angle) / 2)
+        of ``identity_angle``."""
+        return 0.0 - self.identity_angle / 2
 
     @property
     def tail(self) -> CliffordTableau | None:

@@ -14,18 +14,65 @@ from zeltbraidwerk.devices import Device
 
 Placement = tuple[int, ...]
 
+_MOST_NODES = 20_000
+
 
 def placements(circuit: Circuit, device: Device, tries: int, seed: int) -> Iterator[Placement]:
     """Places for the qubits, the best first: from random beginnings, moves of one qubit and
     exchanges of two as long as the sum over all two-qubit gates of the distance falls."""
     rng = random.Random(seed)
     weights = _weights(circuit)
-    distances = _distances(device)
+    lengths = distances(device)
     found = {}
     for _ in range(tries):
-        place = _improved(weights, distances, rng)
-        found[tuple(place)] = _cost(weights, distances, np.array(place))
+        place = _improved(weights, lengths, rng)
+        found[tuple(place)] = _cost(weights, lengths, np.array(place))
     yield from sorted(found, key=lambda place: (found[place], place))
+
+
+def embedding(circuit: Circuit, device: Device, rng: random.Random) -> Placement | None:
+    """A placement that puts all two-qubit gates on edges, where one is found in _MOST_NODES tries
+    of a place: qubit after qubit, the one with most gates to those before next, on free neighbors
+    of all these."""
+    joined = [set[int]() for _ in range(circuit.n)]
+    for a, b in pairs_of(circuit):
+        joined[a].add(b)
+        joined[b].add(a)
+    near = [set(device.neighbors(wire)) for wire in range(device.n)]
+    degrees, room = (sorted(map(len, sets), reverse=True) for sets in (joined, near))
+    if any(wanted > there for wanted, there in zip(degrees, room, strict=False)):
+        return None
+    order: list[int] = []
+    while len(order) < circuit.n:
+        rest = set(range(circuit.n)).difference(order)
+        order.append(max(rest, key=lambda q: (len(joined[q] & set(order)), len(joined[q]), -q)))
+    place: dict[int, int] = {}
+    choices: list[list[int]] = []
+    for _ in range(_MOST_NODES):
+        if len(choices) == len(place):
+            if len(place) == circuit.n:
+                return tuple(place[q] for q in range(circuit.n))
+            q = order[len(place)]
+            free = set(range(device.n)).difference(place.values())
+            for other in joined[q] & place.keys():
+                free &= near[place[other]]
+            free = {wire for wire in free if len(near[wire]) >= len(joined[q])}
+            choices.append(rng.sample(sorted(free), len(free)))
+        if choices[-1]:
+            place[order[len(place)]] = choices[-1].pop()
+            continue
+        choices.pop()
+        if not choices:
+            return None
+        del place[order[len(place) - 1]]
+    return None
+
+
+def pairs_of(circuit: Circuit) -> set[tuple[int, int]]:
+    """Qubits with a gate on both, the lower one first."""
+    return {
+        (min(qubits), max(qubits)) for _, qubits, _ in circuit._operations() if len(qubits) == 2
+    }
 
 
 def _weights(circuit: Circuit) -> npt.NDArray[np.int64]:
@@ -37,19 +84,19 @@ def _weights(circuit: Circuit) -> npt.NDArray[np.int64]:
     return weights
 
 
-def _distances(device: Device) -> npt.NDArray[np.int64]:
+def distances(device: Device) -> npt.NDArray[np.int64]:
     """Between all qubits, in edges; of qubits that no path joins, more than any."""
     far = 4 * device.n
-    distances = np.full((device.n, device.n), far, dtype=np.int64)
+    lengths = np.full((device.n, device.n), far, dtype=np.int64)
     for start in range(device.n):
-        distances[start, start] = 0
+        lengths[start, start] = 0
         front, length = [start], 0
         while front:
             length += 1
-            front = [b for a in front for b in device.neighbors(a) if distances[start, b] == far]
+            front = [b for a in front for b in device.neighbors(a) if lengths[start, b] == far]
             front = list(dict.fromkeys(front))
-            distances[start, front] = length
-    return distances
+            lengths[start, front] = length
+    return lengths
 
 
 def _cost(

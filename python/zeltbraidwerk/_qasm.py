@@ -14,7 +14,6 @@ from zeltbraidwerk._definitions import (
     Primitive,
     check_counts,
     define,
-    expanded,
     expression,
     short,
     split,
@@ -22,6 +21,7 @@ from zeltbraidwerk._definitions import (
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Reading
 from zeltbraidwerk.errors import QasmError
+from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
 
 MOST_BITS = 1_000_000  # of each kind
@@ -31,6 +31,7 @@ _PIECE = re.compile(r"([^;{}]*)([;{}]|\Z)")
 _REGISTER = re.compile(r"([qc])reg\s+([A-Za-z_]\w*)\s*\[\s*(\d+)\s*\]", re.ASCII)
 _OPERAND = re.compile(r"([A-Za-z_]\w*)\s*(?:\[\s*(\d+)\s*\])?", re.ASCII)
 _NAMED = re.compile(r"([A-Za-z_]\w*)\s*(\[[^]]*\])?", re.ASCII)
+_DECIMAL = re.compile(r"-?\d{1,17}\.\d{1,17}", re.ASCII)  # which most angles are
 _VERSION = re.compile(r"OPENQASM\s+(\S+)")
 _INCLUDE = re.compile(r"""include\s*(["'])(.*)\1""")
 _IF = re.compile(r"if\s*\(\s*([A-Za-z_]\w*)\s*==\s*(\d+)\s*\)\s*(.+)", re.ASCII | re.DOTALL)
@@ -130,13 +131,18 @@ class _Reader:
         self._bit_places: dict[str, range] = {}
         self._gates: dict[str, Primitive | Definition] = dict(table())
         self._defined: set[str] = set()
-        self._angles: dict[str, list[_angles.Angle]] = {"": []}
+        self._repeated: dict[str, list[Operation]] = {}  # by statement, of gates alone
+        self._angles: dict[str, list[float]] = {"": []}
         self._operands: dict[str, range] = {}
 
     def statement(self, line: int, text: str, body: Body) -> None:
         self.seen += 1
-        word = NAME.match(text)
-        match word[0] if word else "":
+        if (gates := self._repeated.get(text)) is not None:
+            self._room(len(gates) or 1, None)
+            self.reading.operations += gates
+            return
+        found = NAME.match(text)
+        match word := found[0] if found else "":
             case "OPENQASM":
                 self._version(text)
             case "include":
@@ -151,8 +157,14 @@ class _Reader:
                 self._barrier(line, text[len("barrier") :])
             case "if":
                 self._if(line, text)
+            case "measure" | "reset":
+                self._operation(line, word, text, None)
             case _:
-                self._operation(line, text, None)
+                first = len(self.reading.operations)
+                self._apply(line, text, None)
+                made = self.reading.operations[first:]
+                if all(type(operation) is Gate for operation in made):
+                    self._repeated[text] = made
 
     def _version(self, text: str) -> None:
         match = _VERSION.fullmatch(text)
@@ -192,6 +204,7 @@ class _Reader:
             raise QasmError(f"got the gate {name} twice")
         self._defined.add(name)
         self._gates[name] = gate
+        self._repeated.clear()  # gates of the header may be defined anew
 
     def _if(self, line: int, text: str) -> None:
         match = _IF.fullmatch(text)
@@ -202,11 +215,13 @@ class _Reader:
         bits = tuple(self._bit_places[match[1]])
         if not bits:
             raise QasmError(f"got a condition on {match[1]!r}, which has no bits")
-        self._operation(line, match[3], (bits, _integer(match[2])))
+        found = NAME.match(match[3])
+        word = found[0] if found else ""
+        self._operation(line, word, match[3], (bits, _integer(match[2])))
 
-    def _operation(self, line: int, text: str, condition: Condition | None) -> None:
+    def _operation(self, line: int, word: str, text: str, condition: Condition | None) -> None:
         where = f"line {line}"
-        if re.match(r"measure\b", text):
+        if word == "measure":
             source, arrow, target = text[len("measure") :].partition("->")
             if not arrow:
                 raise QasmError(f"cannot read {short(text)!r}, wanted measure qubit -> bit")
@@ -216,7 +231,7 @@ class _Reader:
             self._room(len(qubits), condition)
             for qubit, bit in zip(qubits, bits, strict=True):
                 self.reading.add(Measure(qubit, bit, where=where), where, condition)
-        elif re.match(r"reset\b", text):
+        elif word == "reset":
             qubits = self._qubits(text[len("reset") :].strip())
             self._room(len(qubits), condition)
             for qubit in qubits:
@@ -254,10 +269,9 @@ class _Reader:
             if len(set(qubits)) < len(qubits):
                 raise QasmError(f"got a qubit twice in {short(text)!r}")
             try:
-                plain = expanded(gate, qubits, angles)
+                self.reading.gate(gate, tuple(qubits), angles, f"line {line}", condition)
             except ValueError:
                 raise QasmError(f"got an angle of {name} that is not a number") from None
-            self.reading.gates(plain, f"line {line}", condition)
 
     def _room(self, count: int, condition: Condition | None) -> None:
         """Refuses programs that are too long: an operation counts once for each bit of its
@@ -266,11 +280,14 @@ class _Reader:
         if self._cost > MOST_OPERATIONS:
             raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
 
-    def _values(self, line: int, text: str) -> list[_angles.Angle]:
+    def _values(self, line: int, text: str) -> list[float]:
         values = self._angles.get(text)
         if values is None:
             values = []
             for part in split(text):
+                if _DECIMAL.fullmatch(part):
+                    values.append(float(part))
+                    continue
                 steps = expression(line, part)
                 try:
                     values.append(_angles.evaluate(steps, {}))

@@ -2,15 +2,22 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Sequence
 from contextlib import contextmanager
 from typing import Any
 
 from zeltbraidwerk import _validate, errors
-from zeltbraidwerk._definitions import MOST_OPERATIONS, Plain
-from zeltbraidwerk.gates import Gate
+from zeltbraidwerk._definitions import (
+    MOST_OPERATIONS,
+    Definition,
+    Plain,
+    Primitive,
+    expanded,
+)
+from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Register, Reset
 
+Known = Primitive | Definition
 Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
 Read = tuple[int, list[Operation], list[Register]]  # number of qubits, ...
 
@@ -20,6 +27,26 @@ class Reading:
 
     def __init__(self) -> None:
         self.operations: list[Operation] = []
+        self._known: dict[tuple[Known, tuple[int, ...]], tuple[Operation, ...]] = {}
+
+    def gate(
+        self, gate: Known, qubits: tuple[int, ...], angles: Sequence[float | Parameter],
+        where: str, condition: Condition | None = None,
+    ) -> None:  # fmt: skip
+        """A gate whose qubits and angles are of the right number. Gates without an angle are
+        values that many places share."""
+        if angles or condition is not None:
+            self.gates(expanded(gate, qubits, angles), where, condition)
+            return
+        key = gate, qubits
+        made = self._known.get(key)
+        if made is None:
+            first = len(self.operations)
+            self.gates(expanded(gate, qubits, ()), where)
+            self._known[key] = tuple(self.operations[first:])
+        else:
+            self.operations += made
+            self._check_room()
 
     def gates(
         self, plain: Iterable[Plain], where: str = "", condition: Condition | None = None
@@ -31,6 +58,11 @@ class Reading:
                 self.operations.append(Gate._trusted(name, qubits, params))
             else:
                 self.add(Gate._trusted(name, qubits, params), where, condition)
+        self._check_room()
+
+    def extend(self, operations: Iterable[Operation]) -> None:
+        """Operations that were read before, without a condition."""
+        self.operations.extend(operations)
         self._check_room()
 
     def add(
@@ -53,8 +85,13 @@ def located(where: str) -> Iterator[None]:
     try:
         yield
     except (errors.AngleError, errors.GateError) as error:
-        text = str(error)
-        raise type(error)(text if text.startswith(where) else f"{where}: {text}") from None
+        raise at(where, error) from None
+
+
+def at(where: str, error: errors.Error) -> errors.Error:
+    """The error with the place in its text."""
+    text = str(error)
+    return type(error)(text if text.startswith(where) else f"{where}: {text}")
 
 
 def wanted(value: Any, package: str, kind: str) -> None:

@@ -2,12 +2,13 @@
 
 from __future__ import annotations
 
+import os
 from abc import abstractmethod
 from collections.abc import Iterable, Sequence
 from dataclasses import dataclass, field
-from typing import Any, Literal
+from typing import Any, Literal, Self
 
-from zeltbraidwerk import plot
+from zeltbraidwerk import _html, _json, errors, plot
 from zeltbraidwerk._search import Point
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
@@ -18,7 +19,7 @@ Tail = Literal["close", "return"]
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)
-class Result:
+class Result(_json.Stored):
     """A circuit, and how it was found. The same fields mean the same in every family:
 
     ==================  ============================================================================
@@ -35,10 +36,13 @@ class Result:
     ``seconds``         the time of the call
     ``trace``           the moments at which the best circuit became better; empty where there was
                         no search
+    ``call``            the call that makes the result again, as text, with the seed that was drawn;
+                        with a budget, which ends by the clock, it may make another circuit
     ==================  ============================================================================
 
     A result cannot be changed. Two are equal when circuit, permutation, placement, device, method,
-    objective, seed and what the family adds are; ``runs``, ``seconds`` and ``trace`` do not count.
+    objective, seed and what the family adds are; ``runs``, ``seconds``, ``trace`` and
+    ``call`` do not count.
     """
 
     circuit: Circuit | CnotCircuit
@@ -51,6 +55,7 @@ class Result:
     runs: int = field(compare=False, default=1)
     seconds: float = field(compare=False)
     trace: tuple[Point, ...] = field(compare=False, default=())
+    call: str = field(compare=False, default="")
 
     @property
     def n(self) -> int:
@@ -75,6 +80,38 @@ class Result:
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
         return self.circuit.draw(width)
+
+    def save_svg(self, path: str | os.PathLike[str]) -> None:
+        """Writes a picture of the circuit to a file, as :meth:`zeltbraidwerk.Circuit.save_svg`."""
+        self.circuit.save_svg(path)
+
+    def _repr_html_(self) -> str:
+        rows = [
+            *self.circuit._rows(),
+            ("outputs", _html.listed(self.permutation)),
+            *([("device", repr(self.device)), ("qubits", _html.listed(self.placement))]
+              if self.device is not None else []),
+            ("", ", ".join(self._about())),
+            ("method", self.method),
+            ("seconds", f"{self.seconds:.2g}"),
+        ]  # fmt: skip
+        shown = [row for row in rows if row[1] != ""]
+        return _html.page(self.circuit._repr_svg_(), shown, self.call)
+
+    def _counts(self) -> dict[str, int]:
+        return self.circuit._counts()
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> Self:
+        found = super()._of_plain(plain, where)
+        outputs, qubits = found.permutation, found.placement
+        if sorted(outputs) != list(range(len(outputs))):
+            raise errors.JsonError(f"{where}.permutation: got {outputs}, wanted each wire once")
+        if len(set(qubits)) < len(qubits) or not set(qubits) <= set(range(found.n)):
+            raise errors.JsonError(
+                f"{where}.placement: got {qubits}, wanted different qubits below {found.n}"
+            )
+        return found
 
     def plot(self, *, axes: Any = None, value: Literal["count", "depth"] | None = None) -> Any:
         """Draws the best count, or depth, against the seconds of the search, by matplotlib. Without

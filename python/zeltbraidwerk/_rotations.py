@@ -11,7 +11,7 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, _foreign_rotations, _validate, errors
-from zeltbraidwerk.gates import Parameter, parameter
+from zeltbraidwerk._parameter import Parameter, parameter
 
 _CODES = str.maketrans("IXYZ", "\0\1\2\3")
 _IDENTITY = "I"

@@ -10,7 +10,7 @@ from itertools import pairwise
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _circuit_check, _core, _pauli_check, _routing_check
+from zeltbraidwerk import _circuit_check, _core, _json, _pauli_check, _routing_check
 from zeltbraidwerk._observables import MovesObservables
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._tableau import CliffordTableau
@@ -20,7 +20,7 @@ from zeltbraidwerk.instructions import Barrier, Instruction
 
 
 @dataclass(frozen=True, repr=False)
-class NormalForm:
+class NormalForm(_json.Stored):
     """A circuit as Pauli rotations, block after block, followed by the Clifford operator ``tail``.
 
     The rotations of a block commute pairwise; the letter at place q acts on qubit q.
@@ -35,6 +35,7 @@ class NormalForm:
 
     @property
     def n(self) -> int:
+        """How many qubits the circuit has."""
         return self.source.n
 
     @property

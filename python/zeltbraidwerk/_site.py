@@ -3,11 +3,13 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, errors
+from zeltbraidwerk import _core, _validate, errors
+from zeltbraidwerk._placement import Placement
 from zeltbraidwerk.devices import Device
 
 
@@ -28,6 +30,27 @@ class Site:
         for qubits in device.connected_parts(n):
             return cls(device, qubits)
         raise _disconnected(device, n)
+
+    @classmethod
+    def around(cls, device: Device, n: int, placement: Any) -> tuple[Site, Placement | None]:
+        """A whole connected component with room for ``n`` qubits, and the placement on its wires;
+        the largest one where no placement is given."""
+        _refuse_small(device, n)
+        given = None
+        if placement is not None:
+            given = _validate.qubits(placement, "placement")
+            if len(given) != n or len(set(given)) < n:
+                raise errors.ShapeError(
+                    f"placement: got {given}, wanted {n} qubits of the device, all different"
+                )
+            _validate.qubits_below(given, device.n, "placement")
+        wanted = set(given) if given is not None else set()
+        fitting = [part for part in device._pieces if wanted <= part and len(part) >= n]
+        if device.n and not fitting:
+            raise _disconnected(device, n)
+        qubits = tuple(sorted(fitting[0])) if fitting else ()
+        places = None if given is None else tuple(qubits.index(q) for q in given)
+        return cls(device, qubits), places
 
     @classmethod
     def with_path(cls, device: Device, n: int, seconds: float) -> Site:

@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _pauli_check, _renamed, _rotations, _search, errors
+from zeltbraidwerk import _calls, _core, _pauli_check, _renamed, _rotations, _search, errors
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._operators import tableau_of
@@ -41,6 +41,7 @@ class StateSynthesis(Result):
         return prepares(self.circuit, self.stabilizers)
 
 
+@_calls.recorded("clifford.synthesize_state", "state")
 def synthesize_state(
     state: Any,
     *,

@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Sequence
 from functools import cached_property
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _interop, _validate, errors
+from zeltbraidwerk import _core, _interop, _json, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import gates_alone
@@ -17,12 +17,20 @@ from zeltbraidwerk.instructions import gates_alone
 if TYPE_CHECKING:
     import stim
 
+Image = tuple[bool, str]  # true for minus, and letters
+
 # Signed letters by exponents (z, x), at 4 z + x.
 _SIGNS = _core.SILUAP[:, 0].astype(np.bool_)
 _LETTERS = np.frombuffer(b"IXYZ", dtype=np.uint8)[_core.SILUAP[:, 1]]
 
+# The exponents of a letter with a sign; the identity has none.
+_EXPONENTS = {
+    (bool(minus), "IXYZ"[letter]): divmod(place, 4)
+    for place, (minus, letter) in reversed(list(enumerate(_core.SILUAP.tolist())))
+} | {(True, "I"): (0, 0)}
 
-class CliffordTableau:
+
+class CliffordTableau(_json.Stored):
     """A Clifford operator on ``n`` qubits, given by the images of Pauli operators under it.
 
     Immutable; two are equal when they act alike on every Pauli operator, signs included, that is
@@ -53,7 +61,37 @@ class CliffordTableau:
         _validate.instance(circuit, "circuit", kinds, "a Circuit or CnotCircuit")
         return cls(circuit.n).apply(circuit)
 
+    @classmethod
+    def from_images(cls, xs: Sequence[str], zs: Sequence[str]) -> CliffordTableau:
+        """The operator with these images of X and of Z on each qubit, which :meth:`images` gives.
+
+        >>> CliffordTableau.from_images(["+Z"], ["+X"]) == CliffordTableau(1).apply(Gate.h(0))
+        True
+        """
+        first = _validate.items(xs, "xs", "signed strings")
+        second = _validate.items(zs, "zs", "signed strings")
+        n = len(first)
+        if len(second) != n:
+            raise errors.ShapeError(f"zs: got {len(second)} images, wanted {n}")
+        images = [_validate.pauli(text, n, "xs") for text in first]
+        images += [_validate.pauli(text, n, "zs") for text in second]
+        check_images(images, "xs, zs")
+        tableau = _core.OperatorTableau(n)
+        data = tableau.data
+        for row, (minus, letters) in enumerate(images[n:] + images[:n]):
+            for q, letter in enumerate(letters):
+                z, x = _EXPONENTS[minus, letter]
+                data[1 + q, 1 + row], data[1 + n + q, 1 + row] = z, x
+                minus = minus and letter == "I"  # one letter takes the sign
+        tableau.data = data
+        # Products want the exponents that gates leave, not any with these images.
+        built = _core.OperatorTableau(n)
+        for gate in _core.clifford_circuit(tableau):
+            built.apply_left(gate)
+        return cls._wrap(built)
+
     def to_core(self) -> _core.OperatorTableau:
+        """The tableau as a value of :mod:`zeltbraidwerk.core`."""
         return _core.OperatorTableau(self._core)
 
     @property
@@ -93,6 +131,7 @@ class CliffordTableau:
         return "-+"[minus == turned] + image
 
     def inverse(self) -> CliffordTableau:
+        """The tableau of the inverse operator."""
         return self._wrap(self._core.inverse())
 
     def __matmul__(self, earlier: CliffordTableau) -> CliffordTableau:
@@ -132,6 +171,7 @@ class CliffordTableau:
         return np.bitwise_xor.reduce(_SIGNS[places], axis=1), _LETTERS[places]
 
     def to_stim(self) -> stim.Tableau:
+        """The same operator as a ``stim.Tableau``."""
         stim = _interop._package("stim")
         xs, zs = ([stim.PauliString(text) for text in texts] for texts in self.images())
         return stim.Tableau.from_conjugated_generators(xs=xs, zs=zs)
@@ -164,6 +204,16 @@ class CliffordTableau:
     def __reduce__(self) -> tuple[Any, ...]:
         return _rebuild, (self.n, self._core.data)
 
+    def _to_plain(self) -> dict[str, Any]:
+        xs, zs = self.images()
+        return {"x": xs, "z": zs}
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> CliffordTableau:
+        table = _json.fields(plain, where)
+        images = [_json.items(table.get(key), f"{where}.{key}") for key in "xz"]
+        return _json.built(where, cls.from_images, *images)
+
     def _key(self) -> tuple[int, bytes, bytes]:
         signs, letters = self._signs_and_letters
         return self.n, signs.tobytes(), letters.tobytes()
@@ -179,3 +229,26 @@ def _rebuild(n: int, data: npt.NDArray[np.uint8]) -> CliffordTableau:
     tableau = _core.OperatorTableau(n)
     tableau.data = data
     return CliffordTableau._wrap(tableau)
+
+
+def check_images(images: Sequence[Image], name: str) -> None:
+    """Refuses images that do not commute and anticommute as X and Z do."""
+    n = len(images) // 2
+    packed = []
+    for _, letters in images:
+        x = sum(1 << q for q, letter in enumerate(letters) if letter in "XY")
+        z = sum(1 << q for q, letter in enumerate(letters) if letter in "YZ")
+        packed.append((x, z))
+    for r, (x, z) in enumerate(packed):
+        for s in range(r):
+            anticommute = ((x & packed[s][1]).bit_count() + (z & packed[s][0]).bit_count()) % 2
+            if anticommute != (r == s + n):
+                first, second = _name(s, n), _name(r, n)
+                raise errors.NotCliffordError(
+                    f"{name}: got images of {first} and {second} that "
+                    f"{'anticommute' if anticommute else 'commute'}, unlike {first} and {second}"
+                )
+
+
+def _name(row: int, n: int) -> str:
+    return f"{'XZ'[row // n]} on qubit {row % n}"

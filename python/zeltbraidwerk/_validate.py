@@ -4,9 +4,10 @@ wanted."""
 
 from __future__ import annotations
 
+import difflib
 import math
 import operator
-from collections.abc import Callable, Collection, Mapping, Sequence
+from collections.abc import Callable, Collection, Iterable, Mapping, Sequence
 from collections.abc import Set as AbstractSet
 from itertools import chain
 from typing import Any
@@ -82,8 +83,16 @@ def items(value: Any, name: str, wanted: str) -> list[Any]:
 def choice(value: Any, name: str, choices: Collection[str]) -> str:
     if not isinstance(value, str) or value not in choices:
         listed = ", ".join(repr(each) for each in choices)
-        raise errors.OptionError(f"{name}: got {shown(value)}, wanted one of {listed}")
+        raise errors.OptionError(
+            f"{name}: got {shown(value)}, wanted one of {listed}{meant(value, choices)}"
+        )
     return str(value)
+
+
+def meant(value: Any, known: Iterable[str]) -> str:
+    """The end of the text of an error: which of the known words was probably meant."""
+    near = difflib.get_close_matches(value, list(known), 1) if isinstance(value, str) else []
+    return f"; did you mean {near[0]!r}?" if near else ""
 
 
 def method(value: Any, known: Collection[str], on_device: bool = False) -> str:
@@ -91,7 +100,7 @@ def method(value: Any, known: Collection[str], on_device: bool = False) -> str:
     if not isinstance(value, str) or value not in known:
         raise errors.UnknownMethodError(
             f"method: got {shown(value)}, wanted one of {', '.join(known)}"
-            f"{' on a device' if on_device else ''}"
+            f"{' on a device' if on_device else ''}{meant(value, known)}"
         )
     return str(value)
 

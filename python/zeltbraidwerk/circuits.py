@@ -4,14 +4,23 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _files, _renamed, _validate, errors
+from zeltbraidwerk import (
+    _core,
+    _files,
+    _interop_qasm3,
+    _json,
+    _parameter,
+    _renamed,
+    _validate,
+    errors,
+)
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.gates import Gate, Parameter
@@ -24,6 +33,7 @@ from zeltbraidwerk.instructions import (
     Register,
     Reset,
     bits_of,
+    bound,
     gates_alone,
     placed,
     registers_of,
@@ -71,6 +81,7 @@ class CnotCircuit(CircuitBase):
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
     def to_core(self) -> _core.CnotCircuit:
+        """The circuit as a value of :mod:`zeltbraidwerk.core`."""
         return _core.CnotCircuit(self._n, self._gates)
 
     @property
@@ -97,11 +108,16 @@ class CnotCircuit(CircuitBase):
     def _sizes(self) -> Counter[int]:
         return Counter({2: len(self._gates)})
 
+    @cached_property
+    def _turns(self) -> tuple[int, int]:
+        return 0, 0
+
     def matrix(self) -> npt.NDArray[np.bool_]:
         """The linear map: row r marks the inputs whose XOR stands on output r."""
         return self.to_core().Simulate()
 
     def inverse(self) -> CnotCircuit:
+        """The circuit of the inverse operator: its gates in reverse order."""
         return self._trusted(self._n, self._gates[::-1].copy())
 
     def to_circuit(self) -> Circuit:
@@ -145,6 +161,14 @@ class CnotCircuit(CircuitBase):
     def _of_read(cls, read: Read) -> CnotCircuit:
         return Circuit._of_read(read).to_cnot_circuit()
 
+    def _to_plain(self) -> dict[str, Any]:
+        return {"n": self._n, "gates": self._gates.tolist()}
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> CnotCircuit:
+        table = _json.fields(plain, where)
+        return _json.built(where, cls, table.get("n"), table.get("gates"))
+
 
 class Circuit(CircuitBase):
     """A circuit of :class:`Gate` on ``n`` qubits, the first acts first.
@@ -187,22 +211,23 @@ class Circuit(CircuitBase):
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2, or the path of a file with such text."""
+        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text."""
         if isinstance(source, Circuit):
             return source
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
         if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
-            return cls.from_qasm(_files.text_of(source))
+            source = _files.text_of(source)
         if isinstance(source, str):
-            return cls.from_qasm(source)
+            version_3 = _interop_qasm3.is_version_3(source)
+            return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)
         for kind, read in (
             ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
         ):  # fmt: skip
             if _validate.comes_from(source, kind):
                 return read(source)
         raise errors.DtypeError(
-            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM 2, or a circuit of "
+            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
             "Qiskit, pytket or Stim"
         )
 
@@ -271,6 +296,34 @@ class Circuit(CircuitBase):
             for wire in wires:
                 layers[wire] = layer
         return max(layers, default=0)
+
+    @property
+    def symbols(self) -> tuple[str, ...]:
+        """The names of the symbols in the angles, in their order."""
+        return tuple(_parameter.names_of(self._angles()))
+
+    def _sources(self) -> _parameter.Sources:
+        """The symbols of Qiskit and sympy that the angles were read from, by their names. Raises an
+        AngleError for two of one name."""
+        return _parameter.sources_of(self._angles())
+
+    def _angles(self) -> Iterator[Parameter]:
+        return (angle for item in self._items for angle in item.params)
+
+    def bind(self, values: Mapping[Any, Any]) -> Circuit:
+        """The circuit with values in the place of symbols.
+
+        Keys are names, Parameters of Qiskit or symbols of sympy; values are angles. Symbols without
+        a value stay. Raises an AngleError for a symbol that the circuit does not have.
+
+        >>> circuit = Circuit(1, [Gate.rz(0, "2*a + b")])
+        >>> circuit.bind({"a": 0.25}).gates
+        (Gate('RZ', (0,), 'b + 0.5'),)
+        """
+        given = _parameter.bindings(values, self._angles())
+        return Circuit._trusted(
+            self._n, tuple([bound(item, given) for item in self._items]), self._classical
+        )
 
     def split_ending(self) -> tuple[Circuit, Circuit]:
         """The circuit without what ends it, and the ending: measurements and resets after which
@@ -400,6 +453,23 @@ class Circuit(CircuitBase):
     def _of_read(cls, read: Read) -> Circuit:
         n, operations, classical = read
         return cls._trusted(n, tuple(operations), tuple(classical))
+
+    def _to_plain(self) -> dict[str, Any]:
+        return {
+            "n": self._n,
+            "operations": [_json.operation_out(item) for item in self._items],
+            "classical": [[register.name, register.size] for register in self._classical],
+        }
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> Circuit:
+        table = _json.fields(plain, where)
+        listed = _json.items(table.get("operations"), f"{where}.operations")
+        operations = [
+            _json.operation_in(item, f"{where}.operations[{k}]") for k, item in enumerate(listed)
+        ]
+        registers = _json.items(table.get("classical", []), f"{where}.classical")
+        return _json.built(where, cls, table.get("n"), operations, registers)
 
 
 def _same_size(first: CircuitBase, second: CircuitBase) -> None:

@@ -16,4 +16,7 @@ array([[1, 0],
        [1, 1]])
 """
 
+from zeltbraidwerk import _core
 from zeltbraidwerk._core import *  # noqa: F403
+
+__all__ = [name for name in dir(_core) if name[0] != "_"]

@@ -20,8 +20,8 @@ from typing import Any
 import numpy as np
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import CnotCircuit, _records, gallery
-from zeltbraidwerk.errors import UnfinishedError
+from zeltbraidwerk import CnotCircuit, _records, _texts, gallery
+from zeltbraidwerk.errors import Error, UnfinishedError
 from zeltbraidwerk.gallery import BoolArray
 from zeltbraidwerk.linear import LinearSynthesis
 
@@ -352,21 +352,13 @@ def read_matrix(path: Path) -> BoolArray:
         raise InputError(f"cannot read {path}: {error.strerror}") from None
     except UnicodeDecodeError:
         raise InputError(f"{path} is not a text of 0 and 1") from None
-    lines = [(number, "".join(line.split())) for number, line in enumerate(text.splitlines(), 1)]
-    lines = [(number, line) for number, line in lines if line]
-    if not lines:
+    if not text.strip():
         raise InputError(f"{path} is empty")
-    width = len(lines[0][1])
-    for number, line in lines:
-        if strange := line.strip("01"):
-            raise InputError(f"{path}, line {number}: {strange[0]!r} is neither 0 nor 1")
-        if len(line) != width:
-            raise InputError(
-                f"{path}, line {number}: {len(line)} digits, but line {lines[0][0]} has {width}"
-            )
-    if len(lines) != width:
-        raise InputError(f"{path}: {len(lines)} rows of {width} digits are not a square matrix")
-    matrix = np.array([[digit == "1" for digit in line] for _, line in lines])
+    try:
+        matrix = _texts.matrix(text)
+    except Error as error:
+        raise InputError(f"{path}: {error}") from None
+    width = len(matrix)
     if (rank := gallery.rank(_as_ints(matrix))) < width:
         raise InputError(f"{path}: the matrix is singular, of rank {rank} instead of {width}")
     return matrix

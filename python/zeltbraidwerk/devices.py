@@ -12,7 +12,8 @@ Device('2 x 3 grid': 6 qubits, 7 edges)
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Iterator
+import re
+from collections.abc import Callable, Iterable, Iterator
 from functools import cache, cached_property
 from pathlib import Path
 from typing import Any
@@ -20,7 +21,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _couplings, _draw_device, _validate, errors
+from zeltbraidwerk import _core, _couplings, _draw_device, _json, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 
 __all__ = ["Device"]
@@ -28,7 +29,7 @@ __all__ = ["Device"]
 Edge = tuple[int, int]
 
 
-class Device:
+class Device(_json.Stored):
     """The coupling graph of a device: ``n`` qubits from 0 up, and the pairs that may have a
     two-qubit gate.
 
@@ -111,19 +112,29 @@ class Device:
 
     @classmethod
     def named(cls, name: str) -> Device:
-        """A device by its name.
+        """A device by its name, or by its shape and size: "line:10", "grid:4x4",
+        "heavy-hex:3x9" (rows and length), "all-to-all:8".
 
         >>> Device.named("tokyo")
         Device('tokyo': 20 qubits, 43 edges)
+        >>> Device.named("grid:2x3")
+        Device('2 x 3 grid': 6 qubits, 7 edges)
         """
         return cls._known(name, "name")
 
     @classmethod
     def _known(cls, name: Any, argument: str) -> Device:
         known = _known_devices()
+        shape, _, size = name.partition(":") if isinstance(name, str) else ("", "", "")
+        if shape in _SHAPES and _SIZE.fullmatch(size):
+            make, numbers = _SHAPES[shape], [int(number) for number in size.split("x")]
+            if len(numbers) == 1 + (shape in ("grid", "heavy-hex")):
+                return make(*numbers)
         if not isinstance(name, str) or name not in known:
             raise errors.DeviceError(
-                f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(known)}"
+                f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(known)}, or "
+                "a shape such as line:10, grid:4x4, heavy-hex:3x9 or all-to-all:8"
+                f"{_validate.meant(name, known)}"
             )
         pairs = known[name]
         return cls(1 + max(map(max, pairs)), pairs, name)
@@ -164,6 +175,7 @@ class Device:
 
     @property
     def name(self) -> str:
+        """What the device is called, such as "grid 4x4"."""
         return self._name
 
     @cached_property
@@ -175,6 +187,7 @@ class Device:
         return tuple(map(frozenset, found))
 
     def neighbors(self, qubit: int) -> tuple[int, ...]:
+        """The qubits that share an edge with ``qubit``."""
         return tuple(sorted(self._neighbours[_validate.integer(qubit, "qubit", 0, self._n - 1)]))
 
     def adjacency(self) -> npt.NDArray[np.bool_]:
@@ -290,6 +303,14 @@ class Device:
     def _repr_svg_(self) -> str:
         return self.draw()
 
+    def _to_plain(self) -> dict[str, Any]:
+        return {"n": self._n, "edges": [list(edge) for edge in self._edges], "name": self._name}
+
+    @classmethod
+    def _of_plain(cls, plain: Any, where: str) -> Device:
+        table = _json.fields(plain, where)
+        return _json.built(where, cls, table.get("n"), table.get("edges"), table.get("name", ""))
+
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Device):
             return NotImplemented
@@ -304,6 +325,15 @@ class Device:
 
     def __reduce__(self) -> tuple[Any, ...]:
         return Device, (self._n, self._edges, self._name)
+
+
+_SIZE = re.compile(r"\d{1,9}(x\d{1,9})?", re.ASCII)
+_SHAPES: dict[str, Callable[..., Device]] = {
+    "line": Device.line,
+    "grid": Device.grid,
+    "heavy-hex": Device.heavy_hex,
+    "all-to-all": Device.all_to_all,
+}
 
 
 def _circuit(circuit: Any) -> Circuit | CnotCircuit:

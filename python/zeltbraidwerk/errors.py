@@ -93,6 +93,14 @@ class QasmFileError(QasmError, OSError):
     """A file of OpenQASM that cannot be read."""
 
 
+class JsonError(Error, ValueError):
+    """JSON that is not of the form that this package writes; the text tells the place."""
+
+
+class FileError(Error, ValueError, OSError):
+    """A file that cannot be written."""
+
+
 class UnknownMethodError(Error, ValueError):
     """A method that is not in the family's list."""
 

@@ -2,120 +2,16 @@
 
 from __future__ import annotations
 
-import re
-from collections.abc import Iterable
-from typing import Any, SupportsFloat, SupportsIndex
+import math
+from collections.abc import Iterable, Sequence
+from typing import Any
 
 import numpy as np
 
 from zeltbraidwerk import _core, _validate, errors
+from zeltbraidwerk._parameter import NO_SOURCES, Parameter, Sources, parameter
 
 __all__ = ["Gate", "Parameter"]
-
-_NUMBER = re.compile(r"[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?", re.ASCII)
-_NAME = re.compile(r"(?!(?i:nan|inf|infinity)$)[^\W\d]\w*(\[\d+\])*")
-_OPERANDS = {"+": 2, "UMINUS": 1}
-
-
-class Parameter:
-    """A rotation angle in radians, a number or a symbolic expression.
-
-    Expressions are text in prefix notation with one blank between two tokens: a name as in
-    ``"theta"`` or ``"theta[0]"``, a sum as in ``"+ a 0.5"``, or a negation as in ``"UMINUS a"``;
-    each operand is a name, a number or again an expression. Products, infix notation and text
-    without a name are refused. Sums of numbers are wrapped into the open interval from -2 pi to
-    2 pi.
-
-    >>> Parameter(0.5) + 1.0
-    Parameter(1.5)
-    >>> -(Parameter("a") + 1.0)
-    Parameter('UMINUS + 1.000000 a')
-    """
-
-    __slots__ = ("_core",)
-
-    def __init__(self, value: Parameter | SupportsFloat | SupportsIndex | str) -> None:
-        self._core: _core.Parameter = parameter(value, "value")._core
-
-    @property
-    def is_symbolic(self) -> bool:
-        return self._core.is_abstract
-
-    @property
-    def expression(self) -> str:
-        """The symbolic expression; empty for a number."""
-        return self._core.expression
-
-    def __float__(self) -> float:
-        if self.is_symbolic:
-            raise errors.AngleError(f"got the symbolic angle {self.expression!r}, wanted a number")
-        return self._core.value
-
-    def __add__(self, other: Parameter | float | str) -> Parameter:
-        total = _core.Parameter(self._core)
-        total += Parameter(other)._core
-        return self._wrap(total)
-
-    __radd__ = __add__
-
-    def __neg__(self) -> Parameter:
-        return self._wrap(self._core.flip_sign())
-
-    def __sub__(self, other: Parameter | float | str) -> Parameter:
-        return self + -Parameter(other)
-
-    def __eq__(self, other: object) -> bool:
-        if isinstance(other, (int, float)):
-            return not self.is_symbolic and self._core.value == other
-        return isinstance(other, Parameter) and self._core == other._core
-
-    def __hash__(self) -> int:
-        return hash(self.expression if self.is_symbolic else self._core.value)
-
-    def __repr__(self) -> str:
-        return f"Parameter({self.expression if self.is_symbolic else self._core.value!r})"
-
-    def __str__(self) -> str:
-        return str(self._core)
-
-    def __reduce__(self) -> tuple[Any, ...]:
-        return Parameter, (self.expression if self.is_symbolic else self._core.value,)
-
-    @classmethod
-    def _wrap(cls, core: _core.Parameter) -> Parameter:
-        parameter = cls.__new__(cls)
-        parameter._core = core
-        return parameter
-
-
-def parameter(value: Any, name: str) -> Parameter:
-    """The value as a Parameter; errors name the argument ``name``."""
-    if isinstance(value, Parameter):
-        return value
-    if isinstance(value, str):
-        return Parameter._wrap(_core.Parameter(_expression(str(value), name)))
-    return Parameter._wrap(_core.Parameter(_validate.angle(value, name)))
-
-
-def _expression(text: str, name: str) -> str:
-    """The text unchanged, if it is an expression with a name in it."""
-    missing, names = 1, 0  # operands that are still missing, and names so far
-    for token in text.split(" "):
-        is_name = token not in _OPERANDS and _NAME.fullmatch(token)
-        if missing == 0 or not (token in _OPERANDS or is_name or _NUMBER.fullmatch(token)):
-            missing = -1
-            break
-        missing += _OPERANDS.get(token, 0) - 1
-        names += bool(is_name)
-    if missing:
-        raise errors.AngleError(
-            f"{name}: got {_validate.shown(text)}, wanted an expression: a name as in 'theta', or "
-            "prefix notation as in '+ a b', '+ 0.5 a' and 'UMINUS a'"
-        )
-    if not names:
-        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
-    return text
-
 
 # Name: (number of qubits, or None for two and more; number of angles).
 VOCABULARY: dict[str, tuple[int | None, int]] = {
@@ -127,6 +23,7 @@ VOCABULARY: dict[str, tuple[int | None, int]] = {
 }  # fmt: skip
 
 ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
+_TOLERANCE = 1e-9  # radians, as of the searches
 _INVERSES = {"S": "D-S", "D-S": "S"} | {
     name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
 }
@@ -191,14 +88,17 @@ class Gate:
 
     @property
     def name(self) -> str:
+        """What the gate is called in the library, such as "CNOT" or "RZ"."""
         return self._name
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on, controls first."""
         return self._qubits
 
     @property
     def params(self) -> tuple[Parameter, ...]:
+        """Its angles, in radians."""
         return self._params
 
     @property
@@ -235,6 +135,7 @@ class Gate:
         return cls("RZ", qubit, angle)
 
     def inverse(self) -> Gate:
+        """The gate that undoes this one."""
         if self._name in ROTATIONS:
             return Gate(self._name, self._qubits, -self._params[0])
         if self._name not in _INVERSES:
@@ -242,13 +143,21 @@ class Gate:
         return Gate(_INVERSES[self._name], self._qubits)
 
     def to_core(self) -> _core.Gate:
-        params = [parameter._core for parameter in self._params]
+        """The gate as a value of :mod:`zeltbraidwerk.core`."""
+        params = [angle.to_core() for angle in self._params]
         return _core.Gate(self._name, list(self._qubits), params, self.diag)
 
     @classmethod
     def from_core(cls, gate: _core.Gate) -> Gate:
         _validate.instance(gate, "gate", _core.Gate, "a gate of the core")
-        return cls(gate.name, gate.qbits, [Parameter._wrap(p) for p in gate.params])
+        return cls(gate.name, gate.qbits, [Parameter.from_core(p) for p in gate.params])
+
+    @classmethod
+    def _of_core(cls, gate: _core.Gate, sources: Sources = NO_SOURCES) -> Gate:
+        """From a gate of the compiled part that is known to be valid. Symbols of other packages are
+        known by their names there."""
+        params = tuple([Parameter._of_core(angle, sources) for angle in gate.params])
+        return cls._trusted(gate.name, tuple(gate.qbits), params)
 
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Gate) and self._key() == other._key()
@@ -269,3 +178,24 @@ class Gate:
 
     def _key(self) -> tuple[str, tuple[int, ...], tuple[Parameter, ...]]:
         return self._name, self._qubits, self._params
+
+
+def is_rotation(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an angle that is no multiple of pi/2."""
+    if name not in ROTATIONS:
+        return False
+    return params[0].is_symbolic or not _is_multiple(float(params[0]), 0.5)
+
+
+def is_t(name: str, params: Sequence[Parameter]) -> bool:
+    """Whether a gate turns by an odd multiple of pi/4."""
+    return (
+        is_rotation(name, params)
+        and not params[0].is_symbolic
+        and _is_multiple(float(params[0]), 0.25)
+    )
+
+
+def _is_multiple(angle: float, of: float) -> bool:
+    """Of so many times pi."""
+    return abs(math.remainder(angle, of * math.pi)) < _TOLERANCE

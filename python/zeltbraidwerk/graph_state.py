@@ -19,7 +19,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _couplings, _renamed, _search, _states, _validate, errors
+from zeltbraidwerk import _calls, _core, _couplings, _renamed, _search, _states, _validate, errors
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Result
@@ -63,6 +63,7 @@ class GraphStateSynthesis(Result):
         yield f"{int(np.triu(self.graph, 1).sum())} edges"
 
 
+@_calls.recorded("graph_state.synthesize", "graph")
 def synthesize(
     graph: Any,
     *,

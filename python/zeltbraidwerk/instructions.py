@@ -78,10 +78,12 @@ class Measure(Instruction):
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on."""
         return (self.qubit,)
 
     @property
     def bits(self) -> tuple[int, ...]:
+        """The classical bits that are read or written."""
         return (self.bit,)
 
     def _placed(self, places: Sequence[int]) -> Measure:
@@ -89,6 +91,7 @@ class Measure(Instruction):
 
     @property
     def description(self) -> str:
+        """Such as "a measurement of qubit 3", for the texts of errors."""
         return f"a measurement of qubit {self.qubit}"
 
     def __str__(self) -> str:
@@ -108,6 +111,7 @@ class Reset(Instruction):
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on."""
         return (self.qubit,)
 
     def _placed(self, places: Sequence[int]) -> Reset:
@@ -115,6 +119,7 @@ class Reset(Instruction):
 
     @property
     def description(self) -> str:
+        """Such as "a measurement of qubit 3", for the texts of errors."""
         return f"a reset of qubit {self.qubit}"
 
     def __str__(self) -> str:
@@ -140,6 +145,7 @@ class Barrier(Instruction):
 
     @property
     def description(self) -> str:
+        """Such as "a measurement of qubit 3", for the texts of errors."""
         return f"a barrier on qubits {', '.join(map(str, self.qubits))}"
 
     def __str__(self) -> str:
@@ -176,6 +182,7 @@ class Conditional(Instruction):
 
     @property
     def qubits(self) -> tuple[int, ...]:
+        """The qubits it acts on."""
         return self.operation.qubits
 
     @property
@@ -187,6 +194,7 @@ class Conditional(Instruction):
 
     @property
     def description(self) -> str:
+        """Such as "a measurement of qubit 3", for the texts of errors."""
         what = "gate" if self.gate else self.operation.name
         return f"a classically controlled {what} on qubit {self.qubits[-1]}"
 
@@ -213,6 +221,16 @@ def placed(operation: Any, places: Sequence[int]) -> Any:
         qubits = tuple(places[qubit] for qubit in operation.qubits)
         return Gate._trusted(operation.name, qubits, operation.params)
     return operation._placed(places)
+
+
+def bound(operation: Any, values: Mapping[str, Parameter]) -> Any:
+    """The operation with values in the place of symbols."""
+    if isinstance(operation, Conditional):
+        return replace(operation, operation=bound(operation.operation, values))
+    if not any(angle.is_symbolic for angle in operation.params):
+        return operation
+    params = tuple(angle._bound(values) for angle in operation.params)
+    return Gate._trusted(operation.name, operation.qubits, params)
 
 
 def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:

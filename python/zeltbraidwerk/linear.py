@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _search, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
@@ -73,7 +73,22 @@ class LinearSynthesis(Result):
             wanted[place[wire]] = sum(1 << place[int(c)] for c in np.flatnonzero(row))
         return wires == wanted and self._on_edges()
 
+    def to_xor_program(self) -> str:
+        """The circuit as lines of XORs in place, then one line per output: x0, x1, ... are the
+        inputs, y0, y1, ... the outputs.
 
+        >>> print(synthesize([[1, 1], [0, 1]]).to_xor_program())
+        x0 ^= x1
+        y0 = x0
+        y1 = x1
+        """
+        wire = {qubit: k for k, qubit in enumerate(self.placement)}
+        steps = [f"x{wire[target]} ^= x{wire[control]}" for control, target in self.circuit]
+        outputs = [f"y{k} = x{place}" for k, place in enumerate(self.permutation)]
+        return "\n".join(steps + outputs)
+
+
+@_calls.recorded("linear.synthesize", "matrix")
 def synthesize(
     matrix: npt.ArrayLike,
     *,

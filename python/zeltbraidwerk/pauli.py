@@ -17,7 +17,7 @@ from typing import Any, Literal
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _rotations, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _rotations, _search, _validate, errors
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._observables import Readout
 from zeltbraidwerk._operations import circuit_of
@@ -52,6 +52,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     return _FAMILY.methods(device)
 
 
+@_calls.recorded("pauli.synthesize", "rotations")
 def synthesize(
     rotations: Any,
     *,
@@ -193,6 +194,7 @@ def partition(strings: Iterable[Any]) -> list[list[str]]:
     return [[listed[k] for k in group] for group in groups]
 
 
+@_calls.recorded("pauli.codiagonalize", "strings")
 def codiagonalize(
     strings: Iterable[Any], *, method: str = "greedy", device: Any = None, seed: int | None = None
 ) -> CoDiagonalization:

@@ -19,7 +19,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _parities, _renamed, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _parities, _renamed, _search, _validate, errors
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._parities import polynomial_of
 from zeltbraidwerk._results import Objective, Permutation, Result, Tail
@@ -91,6 +91,7 @@ class PhaseSynthesis(Result):
 
 
 @_renamed.options(leftover="tail")
+@_calls.recorded("phase.synthesize", "polynomial")
 def synthesize(
     polynomial: Any,
     *,

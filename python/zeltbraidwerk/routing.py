@@ -20,18 +20,18 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _core, _operators, _renamed, _validate, errors
+from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._optimize_pieces import Assembly
-from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, is_rotation
+from zeltbraidwerk._optimize_results import Optimization
 from zeltbraidwerk._results import Objective, Tail
 from zeltbraidwerk._routing_results import NormalForm, Routing, placed
 from zeltbraidwerk._site import Site
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.gates import Parameter, is_rotation
 from zeltbraidwerk.instructions import Barrier, gates_alone
 from zeltbraidwerk.instructions import placed as moved
 
@@ -79,13 +79,12 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     gates = source.to_core()
     if repeat:
         gates = _core._fold_circuit(source.n, gates)
-    blocks, tableau = _core.normalize_circuit(
-        gates, _core.OperatorTableau(source.n), True, bool(merge)
-    )
+    blocks, tableau = _core._normal_form(gates, source.n, bool(merge))
+    sources = source._sources()
     return NormalForm(
         source=source,
         blocks=tuple(
-            tuple((letters, Parameter._wrap(angle)) for letters, angle in block)
+            tuple((letters, Parameter._of_core(angle, sources)) for letters, angle in block)
             for block in blocks
             if block
         ),
@@ -97,6 +96,7 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
 
 
 @_renamed.options(depth="lookahead")
+@_calls.recorded("routing.route", "circuit", "device")
 def route(
     circuit: Any,
     device: Any,
@@ -160,6 +160,7 @@ def route(
 
 
 @_renamed.options(depth="lookahead")
+@_calls.recorded("routing.route_ions", "circuit")
 def route_ions(
     circuit: Any,
     *,
@@ -258,7 +259,7 @@ def _result(
     operator = CliffordTableau._wrap(frame.inverse())
     n = source.n
     qubits, width = call.qubits(n), call.width(n)
-    routed = placed(of_core(n, gates), qubits, width)
+    routed = placed(of_core(n, gates, source._sources()), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
         left = of_core(n, _core.clifford_circuit(operator._core))
@@ -285,9 +286,11 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
             left,
             circuit=Circuit._trusted(left.n, whole.gates + ending.operations, ending.classical),
             tail=CliffordTableau(left.n),
-            rotations=CircuitCounts.of(gates).rotations,
+            rotations=gates.rotation_count,
             seconds=call.elapsed,
-            _rotates=_validate.frozen(np.array([is_rotation(gate) for gate in whole], np.bool_)),
+            _rotates=_validate.frozen(
+                np.array([is_rotation(gate.name, gate.params) for gate in whole], np.bool_)
+            ),
         )
 
     part = site.device.part(site.qubits)

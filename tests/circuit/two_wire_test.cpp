@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/QR>
-#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <map>
@@ -11,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "support/state_vector.h"
+#include "support/dense.h"
 #include "zeltbraidwerk/circuit/two_wire/internal/one_wire.h"
 
 namespace {
@@ -22,6 +21,7 @@ using Eigen::Matrix4cd;
 using Complex = std::complex<double>;
 using Circuit = std::vector<structures::Gate>;
 using Rng = std::mt19937;
+using support::turn;
 constexpr double pi = std::numbers::pi;
 constexpr std::array<int, 4> most_rotations{6, 10, 14, 15};
 
@@ -31,16 +31,9 @@ Circuit named(const std::vector<PlaceGate>& gates) {
   return circuit;
 }
 
-/// By states: column k is what becomes of basis state k.
 Matrix4cd matrix(const Circuit& circuit) {
-  Matrix4cd m;
-  for (int k = 0; k < 4; ++k) {
-    support::State state(4);
-    state[static_cast<std::size_t>(k)] = 1;
-    state = support::after(circuit, 2, state);
-    for (int row = 0; row < 4; ++row) m(row, k) = state[static_cast<std::size_t>(row)];
-  }
-  return m;
+  const support::Dense u = support::unitary(circuit, 2);
+  return Eigen::Map<const Eigen::Matrix<Complex, 4, 4, Eigen::RowMajor>>(u.entries.data());
 }
 
 template <int n>
@@ -59,16 +52,14 @@ Matrix4cd product(Rng& rng) {
   return kronecker(haar<2>(rng), haar<2>(rng));
 }
 
-/// exp(i angle P x P).
-Matrix4cd interaction(const char* axis, double angle) {
-  const structures::Gate half(std::string("R") + axis, {0}, {structures::Parameter(pi)}, false);
-  const Matrix4cd first = matrix({half});
-  const Matrix4cd second = matrix({structures::Gate(half.name, {1}, half.params, false)});
-  return Matrix4cd::Identity() * std::cos(angle) - first * second * Complex(0, std::sin(angle));
-}
-
+/// exp(i x X x X), and the same of Y and Z.
 Matrix4cd interaction(double x, double y, double z) {
-  return interaction("X", x) * interaction("Y", y) * interaction("Z", z);
+  Matrix4cd product = Matrix4cd::Identity();
+  for (const auto& [letters, angle] : {std::pair("XX", x), {"YY", y}, {"ZZ", z}}) {
+    const support::Dense u = support::rotation(letters, -2 * angle);
+    product *= Eigen::Map<const Eigen::Matrix<Complex, 4, 4, Eigen::RowMajor>>(u.entries.data());
+  }
+  return product;
 }
 
 /// Checks the circuit of a matrix by states; returns its counts.
@@ -123,20 +114,12 @@ std::vector<Case> special_cases() {
 }
 
 TEST(TwoWireCircuit, qubit_0_is_the_first_factor_and_gates_act_in_time_order) {
-  // RX(0.3) on 0, then CNOT from 0 to 1, then RZ(0.7) on 1: no symmetry exchanges anything.
-  const Complex i(0, 1);
-  const double c = std::cos(0.15);
-  const double s = std::sin(0.15);
-  const Complex p = std::polar(1.0, -0.35);
-  const Complex q = std::polar(1.0, 0.35);
-  Matrix4cd wanted;
-  wanted << p * c, 0, -i * s * p, 0,  //
-      0, q * c, 0, -i * s * q,        //
-      0, -i * s * p, 0, p * c,        //
-      -i * s * q, 0, q * c, 0;
-  const Circuit given{structures::Gate("RX", {0}, {structures::Parameter(0.3)}, false),
-                      structures::Gate::CNOT(0, 1),
-                      structures::Gate("RZ", {1}, {structures::Parameter(0.7)}, true)};
+  // No symmetry exchanges anything.
+  const Matrix2cd first = matrix_of(rotation_about(0, 0.3));
+  const Matrix2cd last = matrix_of(rotation_about(2, 0.7));
+  const Circuit given{turn("RX", 0, 0.3), structures::Gate::CNOT(0, 1), turn("RZ", 1, 0.7)};
+  const Matrix4cd wanted = kronecker(Matrix2cd::Identity(), last) * matrix({given[1]}) *
+                           kronecker(first, Matrix2cd::Identity());
   EXPECT_LE((matrix(given) - wanted).norm(), 1e-15);
   std::vector<PlaceGate> gates;
   for (const auto& gate : given) {
@@ -200,7 +183,7 @@ TEST(TwoWireCircuit, random_operators_between_random_gates) {
     }
     check(product(rng), 0, what);
     check(product(rng) * interaction(pi / 4, 0, 0) * product(rng), 1, what);
-    check(product(rng) * interaction("X", angle(rng)) * product(rng), 2, what);
+    check(product(rng) * interaction(angle(rng), 0, 0) * product(rng), 2, what);
     check(product(rng) * interaction(angle(rng), angle(rng), 0) * product(rng), 2, what);
     check(product(rng) * interaction(pi / 4, pi / 4, pi / 4) * product(rng), 3, what);
   }

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "support/dense.h"
+#include "support/oracles.h"
 #include "support/pauli.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
 
@@ -14,34 +15,27 @@ namespace {
 
 using namespace support;
 using namespace zelt::braidwerk::internal;
-using structures::Gate;
 using Move = zelt::braidwerk::internal::Gate;
 
 PauliFrame frame_of(const std::vector<SignedString>& strings, int n) {
   PauliFrame frame(n, static_cast<int>(strings.size()));
   for (int r = 0; r < frame.rows(); ++r) {
-    const auto& [negative, letters] = strings[static_cast<std::size_t>(r)];
+    const auto& [negative, letters] = strings[at(r)];
     frame.set_negative(r, negative);
-    for (int q = 0; q < n; ++q) {
-      const auto code = std::string("IXYZ").find(letters[static_cast<std::size_t>(q)]);
-      frame.set_letter(r, q, static_cast<unsigned char>(code));
-    }
+    const auto row = rows({letters})[0];
+    for (int q = 0; q < n; ++q) frame.set_letter(r, q, row[at(q)]);
   }
   return frame;
 }
 
 std::vector<SignedString> graph_state(int n, double density, std::mt19937& rng) {
-  std::vector<SignedString> strings(static_cast<std::size_t>(n));
-  std::bernoulli_distribution edge(density);
+  std::vector<SignedString> strings;
   for (int a = 0; a < n; ++a) {
-    auto& [negative, letters] = strings[static_cast<std::size_t>(a)];
-    negative = rng() % 2 != 0;
-    letters.resize(static_cast<std::size_t>(n), 'I');
-    letters[static_cast<std::size_t>(a)] = 'X';
+    strings.emplace_back(rng() % 2 != 0, std::string(at(n), 'I'));
+    strings[at(a)].second[at(a)] = 'X';
     for (int b = 0; b < a; ++b) {
-      if (!edge(rng)) continue;
-      letters[static_cast<std::size_t>(b)] = 'Z';
-      strings[static_cast<std::size_t>(b)].second[static_cast<std::size_t>(a)] = 'Z';
+      if (!std::bernoulli_distribution(density)(rng)) continue;
+      strings[at(a)].second[at(b)] = strings[at(b)].second[at(a)] = 'Z';
     }
   }
   return strings;
@@ -57,20 +51,12 @@ int edges_of(const std::vector<SignedString>& strings) {
 
 /// Independent products of Z with random signs, carried through a random circuit.
 std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
-  const auto any = [&] { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
-  std::vector<Gate> circuit;
-  for (int k = 0; k < gates; ++k) {
-    const int a = any();
-    const int b = any();
-    circuit.push_back(rng() % 2 ? Gate::H(a) : Gate::S(a));
-    if (a != b) circuit.push_back(Gate::CNOT(a, b));
-  }
-  const auto tableau = tableau_of(circuit, n);
+  const auto tableau = tableau_of(random_clifford(n, 2 * gates, rng), n);
   std::vector<SignedString> strings;
   for (int r = 0; r < n; ++r) {
-    std::string letters(static_cast<std::size_t>(n), 'I');
-    letters[static_cast<std::size_t>(r)] = 'Z';
-    for (int q = 0; q < r; ++q) letters[static_cast<std::size_t>(q)] = rng() % 2 ? 'Z' : 'I';
+    std::string letters(at(n), 'I');
+    letters[at(r)] = 'Z';
+    for (int q = 0; q < r; ++q) letters[at(q)] = rng() % 2 ? 'Z' : 'I';
     strings.push_back(carried(letters, tableau));
     if (rng() % 2) strings.back().first = !strings.back().first;
   }
@@ -78,11 +64,8 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
   return strings;
 }
 
-PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t steps,
-                       const Task& task = {}) {
-  Effort effort;
-  effort.steps = steps;
-  return search_state(frame_of(strings, static_cast<int>(strings.size())), task, effort);
+PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t count) {
+  return search_state(frame_of(strings, static_cast<int>(strings.size())), {}, steps(count));
 }
 
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
@@ -167,7 +150,7 @@ bool generates(const StateGroup& group, const PauliFrame& stabilisers) {
 /// heavier than what was known; and the state stays what it is.
 TEST(StateGroup, foresees_what_a_gate_does) {
   std::mt19937 rng(5);
-  Rng draws(5, 0);
+  zelt::braidwerk::internal::Rng draws(5, 0);
   const auto worth = [](const StateGroup& group) {
     double sum = 0;
     for (int k = 0; k < group.qubits(); ++k) {

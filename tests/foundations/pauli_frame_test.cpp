@@ -4,9 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <numbers>
-#include <numeric>
 
+#include "support/dense.h"
 #include "support/oracles.h"
+#include "support/pauli.h"
 #include "zeltbraidwerk/foundations/structures.h"
 
 namespace {
@@ -14,9 +15,8 @@ namespace {
 using namespace structures;
 using namespace zelt::braidwerk::internal;
 using support::Rng;
+using support::turn;
 using testing::ElementsAre;
-
-constexpr const char* names = "IXYZ";
 
 PauliFrame random_frame(int qubits, int rows, Rng& rng) {
   PauliFrame frame(qubits, rows);
@@ -27,23 +27,19 @@ PauliFrame random_frame(int qubits, int rows, Rng& rng) {
   return frame;
 }
 
-std::pair<bool, std::string> signed_text(const PauliFrame& frame, int r) {
-  std::string text;
-  for (const unsigned char letter : frame.letters(r)) text += names[letter];
-  return {frame.is_negative(r), text};
+support::SignedString signed_text(const PauliFrame& frame, int r) {
+  return {frame.is_negative(r), support::text(frame.letters(r))};
 }
 
 Gate random_clifford(int qubits, Rng& rng) {
   const auto draw = [&](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+  const std::string names_of_gates[] = {"CNOT", "CZ", "CSIGN", "XX", "H",  "S",  "D-S",
+                                        "X",    "Y",  "Z",     "RX", "RY", "RZ", "PH"};
+  const int kind = qubits > 1 ? draw(14) : 4 + draw(10);
   const int a = draw(qubits);
-  const std::string pairs[] = {"CNOT", "CZ", "CSIGN", "XX"};
-  if (qubits > 1 && draw(3) == 0) {
-    return Gate(pairs[draw(4)], {a, (a + 1 + draw(qubits - 1)) % qubits});
-  }
-  const std::string singles[] = {"H", "S", "D-S", "X", "Y", "Z"};
-  if (draw(2) == 0) return Gate(singles[draw(6)], {a});
-  const std::string axes[] = {"RX", "RY", "RZ", "PH"};
-  return Gate(axes[draw(4)], {a}, {Parameter((draw(13) - 6) * std::numbers::pi / 2)}, false);
+  if (kind < 4) return Gate(names_of_gates[kind], {a, (a + 1 + draw(qubits - 1)) % qubits});
+  if (kind < 10) return Gate(names_of_gates[kind], {a});
+  return turn(names_of_gates[kind], a, (draw(13) - 6) * std::numbers::pi / 2);
 }
 
 TEST(PauliFrame, CarriesSignedStringsAsTheTableauDoes) {
@@ -60,9 +56,7 @@ TEST(PauliFrame, CarriesSignedStringsAsTheTableauDoes) {
     }
     for (int r = 0; r < before.rows(); ++r) {
       const auto [negative, text] = signed_text(before, r);
-      WeylOperator w(text);
-      w.conjugate_with(tableau);
-      auto wanted = w.to_pauli();
+      auto wanted = support::carried(text, tableau);
       wanted.first ^= negative;
       ASSERT_EQ(signed_text(after, r), wanted) << text;
     }
@@ -87,10 +81,10 @@ TEST(PauliFrame, HasTheGatesThatNoNameReaches) {
 
 TEST(PauliFrame, TakesTheGatesThatTheTableauTakes) {
   PauliFrame frame = PauliFrame::pack({{1, 2}}, 2);
-  frame.apply(Gate("RZ", {0}, {Parameter("theta")}, true));
+  frame.apply(turn("RZ", 0, {"theta"}));
   frame.apply(Gate("XX", {0}));
   EXPECT_EQ(signed_text(frame, 0), std::pair(false, std::string("XY")));
-  EXPECT_THROW(frame.apply(Gate("RX", {0}, {Parameter(0.3)}, false)), std::logic_error);
+  EXPECT_THROW(frame.apply(turn("RX", 0, 0.3)), std::logic_error);
   EXPECT_THROW(frame.apply(Gate("I", {0})), std::logic_error);
   EXPECT_THROW(PauliFrame::pack({{0, 4}}, 2), std::out_of_range);
 }
@@ -136,14 +130,10 @@ TEST(PauliFrame, TellsWhichRowsCommute) {
   for (int r = 0; r < frame.rows(); ++r) {
     frame.anticommuting_rows(frame, r, plane.data());
     for (int s = 0; s < frame.rows(); ++s) {
-      int differing = 0;
-      for (int q = 0; q < 4; ++q) {
-        const int a = frame.letter(r, q);
-        const int b = frame.letter(s, q);
-        differing += a != 0 && b != 0 && a != b;
-      }
-      ASSERT_EQ(frame.commute(r, s), differing % 2 == 0);
-      ASSERT_EQ(plane[support::at(s) / word_bits] >> (s % word_bits) & 1, differing % 2);
+      const bool odd =
+          support::anticommute(support::text(frame.letters(r)), support::text(frame.letters(s)));
+      ASSERT_EQ(frame.commute(r, s), !odd);
+      ASSERT_EQ(plane[support::at(s) / word_bits] >> (s % word_bits) & 1, odd);
     }
   }
 }

@@ -2,63 +2,46 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <numbers>
 #include <random>
-#include <vector>
 
-#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "support/dense.h"
+#include "support/pauli.h"
 
 namespace {
 
 using namespace zelt::braidwerk::internal;
 
-/// A gate in both forms; the second undoes it.
-struct Played {
-  std::function<void(Preimages&)> forward;
-  std::function<void(PauliFrame&)> undo;
-};
-
-Played random_gate(int n, std::mt19937& rng) {
+TEST(Preimages, AreTheLettersCarriedBackThroughTheCircuit) {
+  std::mt19937 rng(1);
   const auto any = [&rng](int below) {
     return static_cast<int>(rng() % static_cast<unsigned>(below));
   };
-  const int a = any(n);
-  const int b = n > 1 ? (a + 1 + any(n - 1)) % n : a;
-  switch (any(n > 1 ? 4 : 2)) {
-    case 0:
-      return {[=](Preimages& p) { p.h(a); }, [=](PauliFrame& f) { f.h(a); }};
-    case 1: {
-      const int letter = 1 + any(3);
-      const int quarters = any(6);
-      constexpr OneQubitGate backward[] = {OneQubitGate::rx_minus, OneQubitGate::ry_minus,
-                                           OneQubitGate::s_dagger};
-      return {[=](Preimages& p) { p.turn(letter, a, quarters); },
-              [=](PauliFrame& f) {
-                for (int k = 0; k < quarters; ++k) f.apply(backward[letter - 1], a);
-              }};
-    }
-    case 2:
-      return {[=](Preimages& p) { p.cz(a, b); }, [=](PauliFrame& f) { f.cz(a, b); }};
-    default:
-      return {[=](Preimages& p) { p.cnot(a, b); }, [=](PauliFrame& f) { f.cnot(a, b); }};
-  }
-}
-
-TEST(Preimages, AreTheLettersCarriedBackThroughTheCircuit) {
-  std::mt19937 rng(1);
   for (int round = 0; round < 100; ++round) {
     const int n = round % 10 == 0 ? 70 : 1 + round % 5;
     Preimages preimages(n);
-    std::vector<Played> gates;
+    std::vector<structures::Gate> gates;
     for (int k = 0; k < 8 * n; ++k) {
-      gates.push_back(random_gate(n, rng));
-      gates.back().forward(preimages);
+      const int a = any(n);
+      const int b = n > 1 ? (a + 1 + any(n - 1)) % n : a;
+      const int letter = 1 + any(3);
+      const int quarters = any(6);
+      const std::string axis = std::string("R") + "IXYZ"[letter];
+      const structures::Gate kinds[] = {structures::Gate::H(a),
+                                        support::turn(axis, a, quarters * std::numbers::pi / 2),
+                                        structures::Gate::CZ(a, b), structures::Gate::CNOT(a, b)};
+      const int kind = any(n > 1 ? 4 : 2);
+      gates.push_back(kinds[kind]);
+      if (kind == 0) preimages.h(a);
+      if (kind == 1) preimages.turn(letter, a, quarters);
+      if (kind == 2) preimages.cz(a, b);
+      if (kind == 3) preimages.cnot(a, b);
     }
     PauliFrame wanted(n, 3 * n);
     for (int row = 0; row < 3 * n; ++row) {
       wanted.set_letter(row, row / 3, static_cast<unsigned char>(1 + row % 3));
     }
-    for (auto gate = gates.rbegin(); gate != gates.rend(); ++gate) gate->undo(wanted);
+    for (const auto& gate : support::inverse(gates)) wanted.apply(gate);
 
     const int words = preimages.words();
     std::vector<Word> string(2 * static_cast<std::size_t>(words), ~Word{0});

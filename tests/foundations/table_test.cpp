@@ -4,21 +4,13 @@
 
 #include <sstream>
 
-#include "support/oracles.h"
+#include "support/graphs.h"
 
 namespace {
 
 using structures::Gate;
 using structures::Table;
-using support::at;
 using support::show;
-
-Table table_of(const BoolMatrix& m) {
-  Table table(static_cast<int>(m.size()));
-  table.bits.clear();
-  for (const BoolRow& row : m) table.bits.insert(table.bits.end(), row.begin(), row.end());
-  return table;
-}
 
 TEST(Table, Texts) {
   Table table(2);
@@ -42,17 +34,17 @@ TEST(Table, EmptyAndUnassigned) {
 
 TEST(Table, RowsAndPermutation) {
   const BoolMatrix m = support::matrix({"110", "001", "101"});
-  Table table = table_of(m);
+  Table table = support::table(m);
   EXPECT_FALSE(table.is_identity());
   table.swap_lines(0, 2);
   EXPECT_EQ(show(table.to_bool_bool()), "101 001 110");
   table.swap_lines(1, 1);
   table.cnot(2, 0);
   EXPECT_EQ(show(table.to_bool_bool()), "011 001 110");
-  EXPECT_EQ(show(table_of(m).permute({1, 2, 0}).to_bool_bool()), "010 011 101");
-  EXPECT_EQ(table_of(support::matrix({"01", "10"})).inverse(),
-            table_of(support::matrix({"01", "10"})));
-  EXPECT_FALSE(table_of(support::matrix({"10", "00"})).is_identity());
+  EXPECT_EQ(show(support::table(m).permute({1, 2, 0}).to_bool_bool()), "010 011 101");
+  EXPECT_EQ(support::table(support::matrix({"01", "10"})).inverse(),
+            support::table(support::matrix({"01", "10"})));
+  EXPECT_FALSE(support::table(support::matrix({"10", "00"})).is_identity());
 }
 
 TEST(Table, GatesAtTheFrontActOnTheRight) {
@@ -63,15 +55,11 @@ TEST(Table, GatesAtTheFrontActOnTheRight) {
   support::Rng rng(41);
   for (const int n : {2, 5, 64, 67}) {
     const BoolMatrix m = support::random_invertible(n, rng);
-    Table table = table_of(m);
+    Table table = support::table(m);
     Table inverse = table.inverse();
     EXPECT_EQ(support::multiply(inverse.to_bool_bool(), m), support::identity(n));
-    std::vector<Gate> circuit;
-    for (int k = 0; k < 3 * n; ++k) {
-      const int a = static_cast<int>(rng() % at(n));
-      circuit.push_back(Gate::CNOT(a, (a + 1 + static_cast<int>(rng() % at(n - 1))) % n));
-      inverse.cnot(circuit.back().qbits[0], circuit.back().qbits[1]);
-    }
+    const auto circuit = support::random_cnots(n, 3 * n, rng).to_circuit();
+    for (const Gate& gate : circuit) inverse.cnot(gate.qbits[0], gate.qbits[1]);
     EXPECT_EQ(update_table(table, circuit), inverse.inverse());
   }
 }

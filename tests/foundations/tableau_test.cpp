@@ -1,30 +1,24 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <sstream>
 
 #include "support/dense.h"
 #include "support/digest.h"
+#include "support/oracles.h"
 #include "zeltbraidwerk/foundations/structures.h"
 
 namespace {
 
 using namespace structures;
+using support::at;
 using support::Dense;
 using support::pauli;
+using support::turn;
 using support::unitary;
 using Exponents = std::vector<unsigned char>;
 using Rng = std::mt19937;
 
 constexpr double quarter = std::numbers::pi / 2;
-
-std::size_t at(int i) {
-  return static_cast<std::size_t>(i);
-}
-
-Gate turn(const std::string& name, int q, double angle) {
-  return Gate(name, {q}, {Parameter(angle)}, false);
-}
 
 /// The Pauli operator of exponents (z of each qubit, x of each qubit): i^(z x) X^x Z^z a qubit.
 Dense weyl(const Exponents& v) {

@@ -63,10 +63,7 @@ void blocks_and_parities(const Input& in, bool invertible) {
 
   std::vector<int> perm(support::at(in.n));
   const auto circuit = synthesis::SyndromeSynthesis(in.n, in.m, perm, 1 + in.section % 2, 1);
-  if (!invertible) return;
-  BoolMatrix permutation(in.m.size(), BoolRow(in.m.size()));
-  for (std::size_t r = 0; r < in.m.size(); ++r) permutation[r][support::at(perm[r])] = true;
-  check(support::multiply(in.m, support::operator_of(circuit)) == permutation);
+  check(!invertible || support::inverts_up_to(circuit, perm, in.m));
 }
 
 }  // namespace

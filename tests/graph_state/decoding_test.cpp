@@ -35,10 +35,7 @@ TEST(Parities, TellWhatAnInsertedGroupAddsToTheNewRow) {
   for (int round = 0; round < 100; ++round) {
     const int n = 1 + round % 5;
     const int last = n;
-    BoolMatrix graph = support::random_matrix(n + 1, n + 1, rng);
-    for (int i = 0; i <= n; ++i) {
-      for (int j = 0; j < i; ++j) graph[at(i)][at(j)] = graph[at(j)][at(i)];
-    }
+    const BoolMatrix graph = support::random_symmetric(n + 1, rng);
     TripleCircuit circuit;
     for (int k = 0; n > 1 && k < 6; ++k) {
       const int a = static_cast<int>(rng() % at(n));

@@ -13,16 +13,9 @@ using namespace zelt::braidwerk::internal;
 using structures::Gate;
 using support::at;
 using support::matrix;
+using support::random_symmetric;
 using support::Rng;
 using support::show;
-
-BoolMatrix random_symmetric(int n, Rng& rng) {
-  BoolMatrix graph = support::random_matrix(n, n, rng);
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < i; ++j) graph[at(i)][at(j)] = graph[at(j)][at(i)];
-  }
-  return graph;
-}
 
 /// The action by its definition, a bit at a time.
 BoolMatrix acted_on(BoolMatrix graph, const TripleCircuit& circuit) {

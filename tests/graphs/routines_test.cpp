@@ -27,7 +27,6 @@ std::string complaint_of(F&& f) {
 
 TEST(TreeRoutines, Examples) {
   const Graph path = line(3);
-  const Graph star = graph(4, {{0, 1}, {0, 2}, {0, 3}});
   EXPECT_EQ(show(routines::fill_for_fan_in(path, {0, 2})), "CNOT 1 0");
   EXPECT_EQ(show(routines::fan_in_on_tree(path, {0, 2}, 0)), "CNOT 1 0, CNOT 2 1, CNOT 1 0");
   EXPECT_EQ(show(routines::fan_in_on_tree(line(4), {3}, 3)),
@@ -37,7 +36,7 @@ TEST(TreeRoutines, Examples) {
   EXPECT_EQ(show(routines::fill_tree(path, {0, 2}, 0, true)), "CNOT 0 1");
   EXPECT_EQ(show(routines::fill_tree(path, {0, 2}, 0, false)), "CNOT 2 1, CNOT 1 0");
   EXPECT_EQ(show(routines::empty_tree(path, {}, 0)), "CNOT 1 2, CNOT 0 1");
-  EXPECT_EQ(show(routines::empty_tree(star, {}, 0)), "CNOT 0 3, CNOT 0 2, CNOT 0 1");
+  EXPECT_EQ(show(routines::empty_tree(star(4), {}, 0)), "CNOT 0 3, CNOT 0 2, CNOT 0 1");
 }
 
 TEST(TreeRoutines, Failures) {

@@ -37,7 +37,7 @@ TEST(SteinerGood, Examples) {
   EXPECT_EQ(good(path, {}), "0 1 2 3; ");
   EXPECT_EQ(good(path, {2}), "2; ");
   EXPECT_EQ(good(path, {2, 0, 2, 0}), good(path, {2, 0}));
-  const Graph star = with_paths(graph(4, {{0, 1}, {0, 2}, {0, 3}}));
+  const Graph star = with_paths(support::star(4));
   EXPECT_EQ(good(star, {1, 2, 3}), "0 1 2 3; 0-1 0-2 0-3");
   EXPECT_EQ(good(Graph(), {}), "; ");
 }

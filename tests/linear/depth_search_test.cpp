@@ -70,22 +70,6 @@ TEST(LayerSeries, EveryRunGivesACircuit) {
   }
 }
 
-TEST(DepthSearch, TradesLayersForGates) {
-  support::Rng rng(3);
-  for (const int n : {2, 5, 9, 16, 33}) {
-    const BoolMatrix m = support::random_invertible(n, rng);
-    const Task task{.outputs = support::outputs(n % 2 == 0), .seed = rng()};
-    const auto front = search_shallow_cnot(packed(m), task, steps(20000));
-    for (std::size_t k = 0; k < front.size(); ++k) {
-      const auto& [list, depth] = front[k];
-      EXPECT_TRUE(implements(list, m)) << n << " wires";
-      EXPECT_LE(depth_of(list.gates, n), depth);
-      EXPECT_TRUE(k == 0 || depth > front[k - 1].depth);
-      EXPECT_TRUE(k == 0 || list.count() < front[k - 1].list.count());
-    }
-  }
-}
-
 TEST(DepthSearch, KeepsDirections) {
   // Output 0 is x0, output 1 is x0 + x1 + x2, output 2 is x0 + x2: one circuit alone has two gates.
   const BoolMatrix m = support::matrix({"100", "111", "101"});

@@ -21,12 +21,7 @@ bool zero(const BoolMatrix& q) {
 }
 
 BoolMatrix block(const BoolMatrix& m, int row, int col, int rows, int cols) {
-  BoolMatrix result;
-  for (int r = row; r < row + rows; ++r) {
-    const auto begin = m[at(r)].begin() + col;
-    result.emplace_back(begin, begin + cols);
-  }
-  return result;
+  return support::packed(m).block(row, col, rows, cols).unpack();
 }
 
 std::vector<int> identity_labels(int n) {

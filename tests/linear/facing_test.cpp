@@ -19,19 +19,13 @@ struct Known {
   BoolMatrix map;
 
   Known(int n, support::Rng& rng) : found(n) {
-    for (int g = 0; n > 1 && g < n * n / 2; ++g) {
-      const int control = static_cast<int>(rng() % at(n));
-      const int target = (control + 1 + static_cast<int>(rng() % at(n - 1))) % n;
-      found.circuit.addGate(control, target);
-    }
+    found.circuit = support::random_cnots(n, n * n / 2, rng);
     found.perm = support::shuffled(n, rng);
     const BoolMatrix m = operator_of(found.circuit);
     for (const int wire : found.perm) map.push_back(m[at(wire)]);
   }
 
-  BitMatrix packed() const {
-    return BitMatrix::pack(map, static_cast<int>(map.size()), static_cast<int>(map.size()));
-  }
+  BitMatrix packed() const { return support::packed(map); }
 };
 
 const int sizes[] = {0, 1, 2, 3, 7, 20, 65};

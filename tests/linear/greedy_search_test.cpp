@@ -25,10 +25,10 @@ CnotCircuit with_escape(int n, BoolMatrix a, std::vector<int>& perm, int width, 
   return greedy_synthesis_ones_with_escape(n, std::move(a), perm, width, depth, 0);
 }
 
-const Search searches[] = {{"42274e45e3843ddd", greedy_synthesis_ones},
-                           {"bbe289c13927c437", greedy_synthesis_ones_with_inv},
-                           {"d3b3c8c51623c25a", with_escape},
-                           {"c4b6e9dde4f4ad77", greedy_synthesis_log}};
+const Search searches[] = {{"693f5df227a13c14", greedy_synthesis_ones},
+                           {"94723378ae214277", greedy_synthesis_ones_with_inv},
+                           {"c2a3b1b7637e6642", with_escape},
+                           {"b236b265cc5d3d84", greedy_synthesis_log}};
 
 /// Draws from a seeded engine and writes down what was asked.
 struct Draws {
@@ -75,7 +75,7 @@ TEST(GreedySearch, ReducesAndKeepsItsGatesAndDraws) {
         }
       }
     }
-    for (int repeat = 0; repeat < 8; ++repeat) add(support::random_invertible(16, rng), 1, 1);
+    for (int n = 13; n <= 30; ++n) add(support::random_invertible(n, rng), 1, 1);
     BoolMatrix more_than_a_word = support::identity(66);
     std::ranges::shuffle(more_than_a_word, rng);
     for (int k = 0; k < 3; ++k) {
@@ -191,27 +191,10 @@ TEST(Pathfinding, OtherNamesRunNothing) {
 
 using namespace zelt::braidwerk::internal;
 
-TEST(GreedyKernel, ReducesEveryMatrixOfFewQubits) {
-  support::Rng rng(39);
-  for (const auto& [cost, largest] : {std::pair(GreedyCost::Ones, 20),
-                                      {GreedyCost::OnesWithInverse, 20},
-                                      {GreedyCost::OnesWithEscape, 30},
-                                      {GreedyCost::Log, 30}}) {
-    for (int n = 0; n <= largest; ++n) {
-      const BitMatrix a = support::packed(support::random_invertible(n, rng));
-      std::vector<int> perm(at(n));
-      const auto found = greedy_synthesis(a, perm, {.cost = cost, .beam = {1, 1}},
-                                          SeededDraw(rng(), 0), Control{});
-      EXPECT_TRUE(found.reduced) << n;
-      EXPECT_TRUE(support::implements_up_to(found.circuit, perm, a.unpack())) << n;
-    }
-  }
-}
-
 TEST(GreedyKernel, StopsWhereItsCallerSays) {
   support::Rng rng(38);
   const int n = 24;
-  const BitMatrix a = BitMatrix::pack(support::random_invertible(n, rng), n, n);
+  const BitMatrix a = support::packed(support::random_invertible(n, rng));
   for (const GreedyCost cost : {GreedyCost::Ones, GreedyCost::OnesWithInverse,
                                 GreedyCost::OnesWithEscape, GreedyCost::Log}) {
     for (const int depth : {1, 2}) {

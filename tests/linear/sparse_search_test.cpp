@@ -2,7 +2,6 @@
 // ones: no longer than the plain methods.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,7 +11,6 @@
 #include "support/oracles.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
-#include "zeltbraidwerk/linear/internal/pair_elimination.h"
 #include "zeltbraidwerk/linear/internal/row_column.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
@@ -24,7 +22,6 @@ namespace {
 
 using namespace zelt::braidwerk::internal;
 using support::at;
-using support::implements_up_to;
 using support::map_of;
 using support::random_gates;
 using support::Rng;
@@ -109,39 +106,27 @@ std::vector<Case> structured(Rng& rng) {
   return cases;
 }
 
-GateList pairs_of(const BitMatrix& m) {
-  BitMatrix work = m;
-  structures::CnotCircuit circuit(m.rows(), pair_elimination(work));
-  circuit.reverse();
-  GateList list(m.rows(), {});
-  for (const auto& [control, target] : circuit.gates) list.gates.push_back(cnot(control, target));
-  return list;
-}
-
 TEST(FirstRun, IsNoLongerThanTheEliminationByPairs) {
   Rng rng(1);
-  Effort none;
-  none.steps = 0;
+  const Effort none = support::steps(0);
   for (const auto& [name, m] : structured(rng)) {
     SCOPED_TRACE(name);
-    const GateList pairs = pairs_of(m);
+    const GateList pairs = by_pairs(m, Facing::plain);
     for (const bool exact : {false, true}) {
-      const FreeCircuit found =
-          free_circuit(search_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none));
-      EXPECT_TRUE(implements_up_to(found.circuit, found.perm, m.unpack()));
-      EXPECT_LE(found.circuit.gates.size(), pairs.gates.size()) << exact;
-      const auto front =
-          search_shallow_cnot(m, {.outputs = support::outputs(exact), .seed = 1}, none);
+      const Task task{.outputs = support::outputs(exact), .seed = 1};
+      const GateList found = search_cnot(m, task, none);
+      EXPECT_TRUE(support::implements(found, m.unpack(), exact));
+      EXPECT_LE(found.count(), pairs.count()) << exact;
+      const auto front = search_shallow_cnot(m, task, none);
       EXPECT_LE(front[0].depth, depth_of(pairs.gates, m.rows())) << exact;
-      EXPECT_TRUE(exact || name != "Serpent" || found.circuit.gates.size() <= 246);
+      EXPECT_TRUE(exact || name != "Serpent" || found.count() <= 246);
     }
   }
 }
 
 TEST(FirstRun, OnADeviceIsNoLongerThanThePlainMethodOfItsDraws) {
   Rng rng(2);
-  Effort none;
-  none.steps = 0;
+  const Effort none = support::steps(0);
   for (int k = 0; k < 30; ++k) {
     const int n = 6 + k % 15;
     const BitGraph graph{k % 2 == 0 ? support::line(n) : support::random_device(n, 20, rng)};

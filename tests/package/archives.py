@@ -49,7 +49,8 @@ def wheel_faults(archive: Path, tracked: list[str]) -> list[str]:
                 faults.append(f"{archive.name} lacks the licence of {name}")
             elif words not in wheel.read(text).decode():
                 faults.append(f"{archive.name}: {text} is not the licence of {name}")
-    found = {re.sub(r"\.cpython-\S+\.so$", ".so", n) for n in names if ".dist-info/" not in n}
+    held = (name for name in names if ".dist-info/" not in name)
+    found = {re.sub(r"\.(cpython-\S+|abi3)\.so$", ".so", name) for name in held}
     wanted = package | {f"zeltbraidwerk/{name}" for name in built}
     return faults + compare(archive.name, wanted, found)
 

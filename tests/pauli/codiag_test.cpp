@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "support/digest.h"
 #include "support/graphs.h"
 #include "support/pauli.h"
@@ -25,16 +23,6 @@ using testing::ElementsAre;
 
 bool is_diagonal(const PauliTable& table) {
   return text(table).find_first_of("XY") == std::string::npos;
-}
-
-std::string names(const std::vector<Gate>& circuit) {
-  std::string all;
-  for (const Gate& gate : circuit) {
-    all += gate.name;
-    for (const int q : gate.qbits) all += std::to_string(q);
-    all += ' ';
-  }
-  return all;
 }
 
 TEST(CoDiagonalisation, DiagonalisesAndKeepsItsGates) {
@@ -68,7 +56,8 @@ TEST(CoDiagonalisation, TakesSteps) {
   EXPECT_THAT(active, ElementsAre(0));
   EXPECT_FALSE(update_pair_qubits(table, params, active, circuit));
   greedy_diag(table, params, active, circuit);
-  EXPECT_EQ(names(circuit) + text(table), "H2 H0 H1 CNOT01 H0 IZZ ZZI");
+  EXPECT_EQ(support::show(circuit), "H 2, H 0, H 1, CNOT 0 1, H 0");
+  EXPECT_EQ(text(table), "IZZ ZZI");
   EXPECT_EQ(params[1].value, -2);
   active = {1};
   table = rows({"XIX"});
@@ -84,30 +73,28 @@ TEST(CoDiagonalisationOnGraphs, KeepsToTheEdgesAndEnds) {
     graph.set_shortest_paths();
     const int m = 1 + static_cast<int>(rng() % 20);
     const PauliTable before = support::random_commuting_rows(m, n, rng);
-    PauliTable table = before;
     auto params = numbered_angles(at(m));
+    const auto expect_right = [&](const PauliTable& table, const std::vector<Gate>& circuit) {
+      ASSERT_TRUE(support::runs_on(graph, circuit));
+      ASSERT_TRUE(is_diagonal(table)) << text(before);
+      ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    };
+    PauliTable table = before;
     const auto circuit = generate_basis_change_aa(table, params, graph);
-    ASSERT_TRUE(support::runs_on(graph, circuit));
-    ASSERT_TRUE(is_diagonal(table)) << text(before);
-    ASSERT_TRUE(support::is_rewritten_by(before, table, params, circuit)) << text(before);
+    expect_right(table, circuit);
 
     // What the loop falls back on when qubits keep coming back.
     auto frame = zelt::braidwerk::internal::pack_table(before);
     std::vector<Gate> by_tree;
     zelt::braidwerk::internal::diagonalise_on_tree(frame, graph, by_tree);
-    table = before;
     params = numbered_angles(at(m));
     zelt::braidwerk::internal::unpack_table(frame, table, params);
-    ASSERT_TRUE(support::runs_on(graph, by_tree));
-    ASSERT_TRUE(is_diagonal(table)) << text(before);
-    ASSERT_TRUE(support::is_rewritten_by(before, table, params, by_tree)) << text(before);
+    expect_right(table, by_tree);
   }
 }
 
 TEST(CoDiagonalisationOnGraphs, QubitsOfTheTreeBecomeActiveAgain) {
-  Graph path(3);
-  path.add_edge(0, 1);
-  path.add_edge(1, 2);
+  Graph path = support::line(3);
   path.set_shortest_paths();
   PauliTable table = rows({"XIX", "ZIZ"});
   auto params = numbered_angles(2);
@@ -115,7 +102,7 @@ TEST(CoDiagonalisationOnGraphs, QubitsOfTheTreeBecomeActiveAgain) {
   std::vector<Gate> circuit;
   EXPECT_FALSE(update_pair_qubits_aa(table, params, active, circuit, path));
   greedy_diag_aa(table, params, active, circuit, path);
-  EXPECT_EQ(names(circuit), "H0 H2 CNOT10 CNOT01 CNOT12 ");
+  EXPECT_EQ(support::show(circuit), "H 0, H 2, CNOT 1 0, CNOT 0 1, CNOT 1 2");
   EXPECT_THAT(active, ElementsAre(0, 1));
   EXPECT_TRUE(update_pair_qubits_aa(table, params, active, circuit, path));
 }

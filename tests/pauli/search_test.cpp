@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <optional>
 #include <random>
 #include <set>
@@ -239,8 +238,7 @@ TEST(NetworkSearch, EndsWhereALetterOnTheHubOfAStarChangesMuch) {
                      "IIIXIIIIIIXYIIIXXZIIXIIXIIZZIIYIZIIIIZIIYYIYIYIIIIIYIXIXXIIIZXYI",
                      "XIIIZYZYXIXIXIIIIIXYIXIIXZIZIZIXZXIIIIIXIIXIZIIIZXIIXIIIXZIIZIIZ",
                      "XZIXIIIIXXXYIIIIXIIIXXIIXIZIIIIIZXIIZIIIIIIIIIXYZIYYXIIXIIIIIIYI"});
-  BitGraph star(64);
-  for (int v = 1; v < 64; ++v) star.join(0, v);
+  const BitGraph star{support::star(64)};
   NetworkTask task;
   task.device = &star;
   EXPECT_EQ(fault(table, 64, task, search_network(support::named(table, 64), task, steps(0))), "");
@@ -302,11 +300,7 @@ TEST(NetworkSearch, EndsInATargetAfterAllRotationsInOrder) {
     wanted = support::unitary(circuit, n) * wanted;
 
     CliffordTarget target{identity_images(n), circuit};
-    for (auto gate = circuit.rbegin(); gate != circuit.rend(); ++gate) {
-      structures::Gate undo = *gate;
-      for (auto& angle : undo.params) angle = angle.flip_sign();
-      target.preimages.apply(undo);
-    }
+    for (const auto& gate : support::inverse(circuit)) target.preimages.apply(gate);
     const BitGraph graph{support::random_device(n, 10, rng)};
     NetworkTask task;
     task.in_order = true;

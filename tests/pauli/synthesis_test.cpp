@@ -14,7 +14,6 @@ namespace {
 
 using structures::Gate;
 using structures::OperatorTableau;
-using structures::Parameter;
 using support::rows;
 using support::symbolic;
 using support::text;

@@ -16,12 +16,9 @@ using namespace synthesis;
 using structures::Gate;
 using structures::OperatorTableau;
 using structures::Parameter;
+using support::turn;
 
 constexpr double pi = std::numbers::pi;
-
-Gate turn(const char* name, int q, const Parameter& angle) {
-  return {name, {q}, {angle}, false};
-}
 
 std::string show(const RotationSequence& rotations) {
   std::ostringstream text;

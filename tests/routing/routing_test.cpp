@@ -21,10 +21,9 @@ using structures::OperatorTableau;
 using structures::ShelveMetric;
 using support::AngleKind;
 using support::Rng;
-
-Gate turn(const char* name, int q, double angle) {
-  return {name, {q}, {angle}, false};
-}
+using support::turn;
+using zelt::braidwerk::internal::FanInCost;
+using zelt::braidwerk::internal::RoutingOptions;
 
 Graph device(Graph g) {
   g.set_shortest_paths();
@@ -41,28 +40,19 @@ std::string texts(const std::vector<Gate>& gates) {
   return text;
 }
 
-struct Options {
-  int depth;
-  bool commuting;
-  bool merge;
-  bool keeps_trees = false;
-};
-
-Options random_options(int depths, Rng& rng) {
-  return {static_cast<int>(rng() % static_cast<unsigned>(depths)), rng() % 4 != 0, rng() % 2 == 0};
+RoutingOptions random_options(int depths, Rng& rng) {
+  RoutingOptions options;
+  options.depth = static_cast<int>(rng() % static_cast<unsigned>(depths));
+  options.commuting_blocks = rng() % 4 != 0;
+  options.merge = rng() % 2 == 0;
+  return options;
 }
 
 /// Quiet, whatever the objective.
-std::vector<Gate> routed(const std::vector<Gate>& circuit, Graph& graph, const Options& options,
-                         bool by_depth, OperatorTableau& frame) {
+std::vector<Gate> routed(const std::vector<Gate>& circuit, Graph& graph,
+                         const RoutingOptions& options, OperatorTableau& frame) {
   std::vector<Gate> out;
-  zelt::braidwerk::internal::RoutingOptions kernel;
-  kernel.depth = options.depth;
-  kernel.commuting_blocks = options.commuting;
-  kernel.merge = options.merge;
-  kernel.keeps_trees = options.keeps_trees;
-  if (by_depth) kernel.objective = zelt::braidwerk::internal::FanInCost::depth;
-  EXPECT_TRUE(route(circuit, graph, kernel, out, frame));
+  EXPECT_TRUE(zelt::braidwerk::internal::route(circuit, graph, options, out, frame));
   return out;
 }
 
@@ -121,14 +111,15 @@ TEST(Routing, KeepsItsGates) {
     if (graph.sketch_mode != 0) graph.initialize_sketches();
     const auto kind = k % 3 == 0 ? AngleKind::symbolic : AngleKind::numeric;
     const auto circuit = support::random_circuit(n, static_cast<int>(rng() % 50), kind, rng);
-    const Options options = random_options(4, rng);
+    RoutingOptions options = random_options(4, rng);
     const bool by_depth = k % 4 == 1;
+    if (by_depth) options.objective = FanInCost::depth;
     OperatorTableau frame(n);
     if (k % 7 == 0) frame.ry_plus_left(0);
     const OperatorTableau start = frame;
     std::vector<Gate> out;
     try {  // sketched trees may close cycles
-      out = routed(circuit, graph, options, by_depth, frame);
+      out = routed(circuit, graph, options, frame);
       digest.add(out, frame);
     } catch (const std::logic_error& error) {
       digest.add(std::string_view(error.what()));
@@ -138,8 +129,8 @@ TEST(Routing, KeepsItsGates) {
     testing::internal::CaptureStdout();
     std::vector<Gate> told;
     frame = start;
-    clifford_nnize_depth(circuit, graph, options.depth, options.commuting, options.merge, told,
-                         frame, 0);
+    clifford_nnize_depth(circuit, graph, options.depth, options.commuting_blocks, options.merge,
+                         told, frame, 0);
     digest.add(testing::internal::GetCapturedStdout());
     ASSERT_EQ(told, out) << k;
   }
@@ -159,7 +150,9 @@ TEST(Routing, KeepsItsGatesOnLargeDevices) {
     std::vector<std::vector<Gate>> found;
     for (const bool keeps_trees : {false, true, true}) {
       OperatorTableau frame(graph.n);
-      found.push_back(routed(circuit, graph, {0, true, true, keeps_trees}, false, frame));
+      RoutingOptions options;
+      options.keeps_trees = keeps_trees;
+      found.push_back(routed(circuit, graph, options, frame));
       digest.add(frame);
       ASSERT_EQ(found.back(), found.front()) << k;
       ASSERT_EQ(graph.steiner_cache.empty(), !keeps_trees) << k;
@@ -169,6 +162,68 @@ TEST(Routing, KeepsItsGatesOnLargeDevices) {
   EXPECT_EQ(digest.text(), "ed0014ebc373b445");
 }
 
+TEST(Routing, TreesInTheCacheAnswerLaterCalls) {
+  Graph line = device(support::line(3));
+  line.sketches = {{2}, {2}, {2}};
+  const auto route = [&line](const std::vector<Gate>& circuit, int sketch_mode) {
+    OperatorTableau frame(3);
+    std::vector<Gate> out;
+    clifford_nnize(circuit, line, 0, true, true, out, frame, sketch_mode);
+    return support::show(out);
+  };
+  const Gate cnot = Gate::CNOT(0, 1);
+  const Gate back = Gate::CNOT(1, 2);
+  // The rotations IZZ and ZZI: the second one's tree is asked for, and not walked.
+  EXPECT_EQ(route({back, turn("RZ", 2, 0.2), back, cnot, turn("RZ", 1, 0.3)}, 0),
+            "CNOT 2 1, RZ 1, CNOT 2 1, CNOT 1 0, RZ 0");
+  EXPECT_EQ(route({cnot, turn("RZ", 1, 0.3)}, 1), "CNOT 1 0, RZ 0");
+}
+
+/// Both builders in turn on one graph: gates, errors, and the trees in the cache, where each
+/// lookahead asks for the tree of every rotation of its block.
+TEST(Routing, KeepsItsTrees) {
+  Rng rng(81);
+  support::Digest digest;
+  for (int k = 0; k < 300; ++k) {
+    const int n = 1 + k % 6;
+    Graph graph = random_device(n, rng);
+    if (k % 5 == 0) {  // a disconnected device, where some roots have no fan-in
+      graph.disconnect(static_cast<int>(rng() % support::at(n)));
+      graph.update_shortest_paths();
+    }
+    support::uniform_script = [&](int a, int b) {
+      return a + static_cast<int>(rng() % support::at(b - a + 1));
+    };
+    graph.initialize_sketches();
+    for (int call = 0; call < 4; ++call) {
+      graph.sketch_mode = static_cast<int>(rng() % 2);
+      const int depth = static_cast<int>(rng() % (n > 4 ? 3 : 4));
+      const bool by_depth = rng() % 2 == 0;
+      const auto circuit =
+          support::random_circuit(n, static_cast<int>(rng() % 30), AngleKind::symbolic, rng);
+      OperatorTableau frame(n);
+      auto blocks = normalize_circuit(circuit, frame, true, false).first;
+      std::vector<Gate> gates, out;
+      int qubit = -1;
+      int index = 0;
+      bool flip = false;
+      testing::internal::CaptureStdout();
+      try {  // a tree closes a cycle, or is in parts
+        const auto choose = by_depth ? cost_clifford_order_depth : cost_clifford_order;
+        digest.add(choose(0, blocks, OperatorTableau(n), graph, depth, gates, qubit, index, flip));
+        digest.add(gates, qubit, index, flip, support::cached_trees(graph));
+        const auto route = by_depth ? clifford_nnize_depth : clifford_nnize;
+        route(circuit, graph, depth, true, false, out, frame, graph.sketch_mode);
+      } catch (const std::logic_error& error) {
+        digest.add(std::string_view(error.what()));
+      }
+      testing::internal::GetCapturedStdout();
+      digest.add(out, frame, support::cached_trees(graph));
+    }
+  }
+  EXPECT_EQ(digest.text(), "4b0bdf2f98cda795");
+}
+
 TEST(Routing, IonsKeepTheirGates) {
   Rng rng(75);
   support::Digest digest;
@@ -176,11 +231,11 @@ TEST(Routing, IonsKeepTheirGates) {
     const int n = 1 + k % 6;
     const auto kind = k % 3 == 0 ? AngleKind::symbolic : AngleKind::numeric;
     const auto circuit = support::random_circuit(n, static_cast<int>(rng() % 40), kind, rng);
-    const Options o = random_options(3, rng);
+    const RoutingOptions o = random_options(3, rng);
     std::vector<Gate> out, shelved;
     OperatorTableau frame(n), shelved_frame(n);
-    clifford_nnize_ion(circuit, o.depth, o.commuting, o.merge, out, frame);
-    clifford_nnize_ion_shelving(circuit, o.depth, o.commuting, o.merge, 0.01, 0.003, shelved,
+    clifford_nnize_ion(circuit, o.depth, o.commuting_blocks, o.merge, out, frame);
+    clifford_nnize_ion_shelving(circuit, o.depth, o.commuting_blocks, o.merge, 0.01, 0.003, shelved,
                                 shelved_frame);
     digest.add(out, frame, shelved, shelved_frame);
   }
@@ -231,7 +286,12 @@ TEST(Routing, KeepsWhatTheCircuitDoes) {
     std::vector<Gate> out;
     if (k % 5 < 3) {
       Graph graph = random_device(n, rng);
-      out = routed(circuit, graph, {n > 6 ? 0 : k % 3, commuting, false}, k % 2 == 0, frame);
+      RoutingOptions options;
+      options.depth = n > 6 ? 0 : k % 3;
+      options.commuting_blocks = commuting;
+      options.merge = false;
+      if (k % 2 == 0) options.objective = FanInCost::depth;
+      out = routed(circuit, graph, options, frame);
       ASSERT_TRUE(support::runs_on(graph, out)) << k;
     } else if (k % 5 == 3) {
       clifford_nnize_ion(circuit, k % 3, commuting, false, out, frame);
@@ -252,7 +312,7 @@ TEST(Routing, StopsWhenAsked) {
   Rng rng(78);
   Graph graph = device(support::grid(4, 4));
   const auto circuit = support::random_circuit(16, 400, AngleKind::symbolic, rng);
-  zelt::braidwerk::internal::RoutingOptions options;
+  RoutingOptions options;
   options.depth = 1000;  // would never end
   options.control.deadline =
       zelt::braidwerk::internal::Control::Clock::now() + std::chrono::milliseconds(20);

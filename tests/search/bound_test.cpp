@@ -5,13 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <deque>
-#include <functional>
-#include <map>
-#include <memory>
-#include <numeric>
 #include <set>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -91,30 +85,17 @@ TEST(Bounds, OfMapsAreNotAboveTheShortestCircuit) {
   for (const Tally& tally : tallies) EXPECT_GT(tally.met * 10, tally.all);
 }
 
-/// By levels of layers, each a set of disjoint CNOTs.
+/// Of which a layer is one gate.
 TEST(Bounds, OfMapsKnowTheFewestLayersOfThreeWires) {
+  Rng rng(4);
   for (const bool permuted : {false, true}) {
-    std::map<SmallMatrix, int> depth;
-    std::deque<SmallMatrix> queue;
-    std::array<int, 3> order{0, 1, 2};
-    do {
-      SmallMatrix m = 0;
-      for (int r = 0; r < 3; ++r) m |= SmallMatrix{1} << (3 * r + order[at(r)]);
-      depth[m] = 0;
-      queue.push_back(m);
-    } while (permuted && std::next_permutation(order.begin(), order.end()));
-    for (; !queue.empty(); queue.pop_front()) {
-      const SmallMatrix m = queue.front();
-      for (int c = 0; c < 3; ++c) {
-        for (int t = 0; t < 3; ++t) {
-          const SmallMatrix other = m ^ ((m >> (3 * c) & 7U) << (3 * t));
-          if (c == t || !depth.emplace(other, depth[m] + 1).second) continue;
-          queue.push_back(other);
-        }
-      }
+    const MapTable& table = MapTable::of(3, complete_graph(3), permuted);
+    std::set<SmallMatrix> maps;
+    for (int k = 0; k < 4000; ++k) {
+      maps.insert(small_matrix(map_of(random_gates(3, k % 12, nullptr, false, rng), 3)));
     }
-    EXPECT_EQ(depth.size(), 168U);
-    for (const auto& [m, layers] : depth) EXPECT_EQ(fewest_layers(3, m, permuted), layers);
+    EXPECT_EQ(maps.size(), 168U);
+    for (const auto m : maps) EXPECT_EQ(fewest_layers(3, m, permuted), table.distance(m));
   }
 }
 

@@ -2,7 +2,6 @@
 // again for every mutant of the header, see incumbent_mutants.py.
 #include "zeltbraidwerk/search/internal/incumbent.h"
 
-#include <cstdint>
 #include <cstdio>
 #include <vector>
 

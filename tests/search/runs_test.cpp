@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 #include <vector>
 
+#include "support/gate_lists.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/walk.h"
@@ -126,24 +126,14 @@ TEST(BeamSearch, LeavesLocalMinimaAndMakesNoStateTwice) {
   EXPECT_EQ(BeamSearch<Numbers>(problem, {}, rng, meter).run(0).size(), 1U);
 }
 
-using Values = std::vector<std::uint64_t>;
+using support::map_of;
 
-Values after(const std::vector<Gate>& gates, int wires) {
-  Values values;
-  for (int w = 0; w < wires; ++w) values.push_back(std::uint64_t{1} << w);
-  for (const Gate& gate : gates) {
-    values[static_cast<std::size_t>(wire_of(gate.b))] ^=
-        values[static_cast<std::size_t>(wire_of(gate.a))];
-  }
-  return values;
-}
-
-/// All that wires ever hold.
-std::set<std::uint64_t> shown(const std::vector<Gate>& gates, int wires) {
-  std::set<std::uint64_t> all;
+/// All rows that wires ever hold.
+std::set<std::vector<bool>> shown(const std::vector<Gate>& gates, int wires) {
+  std::set<std::vector<bool>> all;
   for (std::size_t k = 0; k <= gates.size(); ++k) {
     const auto end = gates.begin() + static_cast<std::ptrdiff_t>(k);
-    for (const std::uint64_t value : after({gates.begin(), end}, wires)) all.insert(value);
+    for (const auto& row : map_of({gates.begin(), end}, wires).unpack()) all.insert(row);
   }
   return all;
 }
@@ -175,7 +165,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
         ASSERT_EQ(sooner.*end == all, window.*end == all);
       }
     }
-    const Values before = after(list, wires);
+    const BitMatrix before = map_of(list, wires);
     const auto values = shown(list, wires);
     // Gates before the block leave places alone that it says they do, and those after it.
     for (int place = 0; place < window.size; ++place) {
@@ -193,7 +183,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
     }
     std::vector<Gate> same = list;
     const int next = WindowFinder::replace(same, window, window.gates);
-    ASSERT_EQ(after(same, wires), before);
+    ASSERT_EQ(map_of(same, wires), before);
     ASSERT_EQ(same.size(), list.size());
     if (by_values) {
       ASSERT_EQ(shown(same, wires), values);
@@ -204,7 +194,7 @@ TEST(Window, ItsGatesCanBeBroughtTogether) {
     longer.insert(longer.end(), window.gates.begin(), window.gates.end());
     std::vector<Gate> grown = list;
     const int end = WindowFinder::replace(grown, window, longer);
-    ASSERT_EQ(after(grown, wires), before);
+    ASSERT_EQ(map_of(grown, wires), before);
     ASSERT_EQ(end - next, static_cast<int>(longer.size() - window.gates.size()));
   }
 }

@@ -27,7 +27,8 @@ inline double next_value(std::istringstream& in, const Values& values) {
   if (token == "UMINUS") return -next_value(in, values);
   char* end = nullptr;
   const double number = std::strtod(token.c_str(), &end);
-  return !token.empty() && *end == '\0' ? number : values.at(token);
+  if (!token.empty() && *end == '\0') return number;
+  return *end == '*' && end != token.c_str() ? number * values.at(end + 1) : values.at(token);
 }
 
 inline double value_of(const structures::Parameter& angle, const Values& values) {

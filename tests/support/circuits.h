@@ -12,7 +12,7 @@
 
 namespace support {
 
-enum class AngleKind { symbolic, numeric, mixed };
+enum class AngleKind { symbolic, numeric, mixed, generic };
 
 /// One of few symbols, a sum of them, or any number, so that sums come up as well as generic
 /// angles.
@@ -24,7 +24,8 @@ inline structures::Parameter mixed_angle(std::mt19937& rng) {
 }
 
 /// Every name of the vocabulary comes up. Numeric angles are multiples of pi/4, so that many merge
-/// into Clifford ones; symbolic ones are a0, a1, ...; mixed ones are those of mixed_angle.
+/// into Clifford ones; symbolic ones are a0, a1, ...; mixed ones are those of mixed_angle; generic
+/// ones are any numbers.
 inline std::vector<structures::Gate> random_circuit(int n, int length, AngleKind kind,
                                                     std::mt19937& rng) {
   using structures::Gate;
@@ -40,10 +41,10 @@ inline std::vector<structures::Gate> random_circuit(int n, int length, AngleKind
     switch (n > 1 ? any(4) : any(2)) {
       case 0: {
         const structures::Parameter angle =
-            kind == AngleKind::mixed ? mixed_angle(rng)
-            : kind == AngleKind::symbolic
-                ? structures::Parameter("a" + std::to_string(k))
-                : structures::Parameter((any(9) - 4) * 0.78539816339744828);
+            kind == AngleKind::mixed      ? mixed_angle(rng)
+            : kind == AngleKind::generic  ? std::uniform_real_distribution(-4.0, 4.0)(rng)
+            : kind == AngleKind::symbolic ? structures::Parameter("a" + std::to_string(k))
+                                          : (any(9) - 4) * 0.78539816339744828;
         const std::string& name = axes[static_cast<std::size_t>(any(4))];
         circuit.emplace_back(name, std::vector{a}, std::vector{angle}, name >= "RZ");
         break;

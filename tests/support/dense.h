@@ -2,10 +2,10 @@
 
 #include <cmath>
 #include <complex>
-#include <numbers>
 #include <string>
 #include <vector>
 
+#include "support/state_vector.h"
 #include "zeltbraidwerk/foundations/gate.h"
 
 /// \file
@@ -66,6 +66,11 @@ struct Dense {
     }
     return m;
   }
+  /// By a number.
+  bool is_multiple_of(const Dense& other) const {
+    const Dense product = other.dagger() * *this;
+    return product.near(identity(size) * product(0, 0));
+  }
   bool near(const Dense& other) const {
     for (std::size_t k = 0; k < entries.size(); ++k) {
       if (std::abs(entries[k] - other.entries[k]) > 1e-9) return false;
@@ -92,44 +97,25 @@ inline Dense rotation(const std::string& letters, double theta) {
   return Dense::identity(p.size) * std::cos(theta / 2) + p * Dense::Entry(0, -std::sin(theta / 2));
 }
 
-inline Dense unitary(const structures::Gate& gate, int n) {
-  const auto on = [n](std::string letters, const std::vector<int>& qubits) {
-    std::string all(static_cast<std::size_t>(n), 'I');
-    for (std::size_t k = 0; k < letters.size(); ++k) {
-      all[static_cast<std::size_t>(qubits[k])] = letters[k];
-    }
-    return all;
-  };
-  const auto& q = gate.qbits;
-  const Dense one = Dense::identity(std::size_t{1} << n);
-  if (gate.name == "CNOT" || gate.name == "CZ" || gate.name == "CSIGN") {
-    const std::string x = gate.name == "CNOT" ? "X" : "Z";
-    return (one + pauli(on("Z", q)) + pauli(on("I" + x, q)) + pauli(on("Z" + x, q)) * -1.0) * 0.5;
-  }
-  if (gate.name == "H") return (pauli(on("X", q)) + pauli(on("Z", q))) * std::sqrt(0.5);
-  if (gate.name == "S") return rotation(on("Z", q), std::numbers::pi / 2);
-  if (gate.name == "D-S") return rotation(on("Z", q), -std::numbers::pi / 2);
-  if (gate.name == "PH") return rotation(on("Z", q), gate.params.at(0).value);
-  if (gate.name == "X" || gate.name == "Y" || gate.name == "Z") return pauli(on(gate.name, q));
-  if (gate.name == "XX") {
-    Dense m = one;
-    for (std::size_t a = 0; a < q.size(); ++a) {
-      for (std::size_t b = a + 1; b < q.size(); ++b) {
-        m = rotation(on("XX", {q[a], q[b]}), std::numbers::pi / 2) * m;
-      }
-    }
-    return m;
-  }
-  if (gate.name.starts_with("R"))
-    return rotation(on(gate.name.substr(1), q), gate.params.at(0).value);
-  return one;
+/// A gate on one qubit by an angle.
+inline structures::Gate turn(const std::string& name, int q, const structures::Parameter& angle) {
+  return {name, {q}, {angle}, false};
 }
 
-/// Of a circuit in time order.
+/// Of a circuit in time order: column k is what becomes of basis state k.
 inline Dense unitary(const std::vector<structures::Gate>& gates, int n) {
-  Dense m = Dense::identity(std::size_t{1} << n);
-  for (const structures::Gate& gate : gates) m = unitary(gate, n) * m;
+  Dense m(std::size_t{1} << n);
+  for (std::size_t k = 0; k < m.size; ++k) {
+    State state(m.size);
+    state[k] = 1;
+    state = after(gates, n, std::move(state));
+    for (std::size_t r = 0; r < m.size; ++r) m(r, k) = state[r];
+  }
   return m;
+}
+
+inline Dense unitary(const structures::Gate& gate, int n) {
+  return unitary(std::vector{gate}, n);
 }
 
 }  // namespace support

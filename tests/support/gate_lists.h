@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -41,8 +42,8 @@ inline internal::BitMatrix map_of(const Gates& gates, int n) {
   return map;
 }
 
-/// Whether the gates are CNOTs, and wire w ends with row output_on(w) of m.
-inline bool implements(const internal::GateList& list, const BoolMatrix& m) {
+/// Whether the gates are CNOTs, and wire w ends with row output_on(w) of m, row w if in place.
+inline bool implements(const internal::GateList& list, const BoolMatrix& m, bool in_place = false) {
   const auto n = static_cast<int>(m.size());
   structures::CnotCircuit circuit(n);
   for (const internal::Gate& gate : list.gates) {
@@ -52,7 +53,7 @@ inline bool implements(const internal::GateList& list, const BoolMatrix& m) {
   }
   std::vector<int> perm(m.size(), -1);
   for (int w = 0; w < n; ++w) perm[at(list.frame.output_on(w))] = w;
-  return implements_up_to(circuit, perm, m);
+  return implements_up_to(circuit, perm, m) && (!in_place || std::ranges::is_sorted(perm));
 }
 
 inline internal::BitGraph path(int n) {

@@ -31,6 +31,12 @@ inline structures::Graph line(int n, bool ring = false) {
   return g;
 }
 
+inline structures::Graph star(int n) {
+  structures::Graph g(n);
+  for (int v = 1; v < n; ++v) g.add_edge(0, v);
+  return g;
+}
+
 /// A grid numbered along a snake, so that 0, 1, 2, ... is a Hamiltonian path.
 inline structures::Graph grid(int width, int height) {
   structures::Graph g = line(width * height);

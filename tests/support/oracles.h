@@ -70,6 +70,23 @@ inline BoolMatrix random_matrix(int rows, int cols, Rng& rng) {
   return m;
 }
 
+inline BoolMatrix random_symmetric(int n, Rng& rng) {
+  BoolMatrix m = random_matrix(n, n, rng);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < i; ++j) m[at(i)][at(j)] = m[at(j)][at(i)];
+  }
+  return m;
+}
+
+inline structures::CnotCircuit random_cnots(int n, int count, Rng& rng) {
+  structures::CnotCircuit circuit(n);
+  while (n > 1 && static_cast<int>(circuit.gates.size()) < count) {
+    const int a = static_cast<int>(rng() % at(n));
+    circuit.addGate(a, (a + 1 + static_cast<int>(rng() % at(n - 1))) % n);
+  }
+  return circuit;
+}
+
 /// A permutation between random triangles: every invertible matrix can come out.
 inline BoolMatrix random_invertible(int n, Rng& rng) {
   BoolMatrix m = identity(n);

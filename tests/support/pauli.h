@@ -143,15 +143,21 @@ inline bool implements(const std::vector<structures::Gate>& circuit, const std::
   return images(tableau_of(circuit, wanted.nbqbits)) == moved;
 }
 
+/// Undoes the circuit.
+inline std::vector<structures::Gate> inverse(const std::vector<structures::Gate>& circuit) {
+  std::vector<structures::Gate> back(circuit.rbegin(), circuit.rend());
+  for (structures::Gate& gate : back) {
+    if (gate.name == "S" || gate.name == "D-S") gate.name = gate.name == "S" ? "D-S" : "S";
+    for (auto& angle : gate.params) angle = angle.flip_sign();
+  }
+  return back;
+}
+
 /// Whether the circuit makes of zeros a state with these stabilisers: back through it, each is plus
 /// a product of Z.
 inline bool prepares(const std::vector<structures::Gate>& circuit,
                      const std::vector<SignedString>& stabilisers) {
-  std::vector<structures::Gate> inverse(circuit.rbegin(), circuit.rend());
-  for (structures::Gate& gate : inverse) {
-    for (auto& angle : gate.params) angle = angle.flip_sign();
-  }
-  const auto undo = tableau_of(inverse, static_cast<int>(stabilisers.size()));
+  const auto undo = tableau_of(inverse(circuit), static_cast<int>(stabilisers.size()));
   return std::ranges::all_of(stabilisers, [&](const SignedString& string) {
     const auto [minus, letters] = carried(string.second, undo);
     return minus == string.first && letters.find_first_of("XY") == std::string::npos;

@@ -25,6 +25,18 @@ inline void apply(const structures::Gate& gate, int n, State& state) {
   const Complex i(0, 1);
   const std::size_t first = bit_of(gate.qbits.at(0), n);
   const std::string& name = gate.name;
+  if (name == "XX") {  // a quarter turn of each pair
+    for (std::size_t a = 0; a < gate.qbits.size(); ++a) {
+      for (std::size_t b = a + 1; b < gate.qbits.size(); ++b) {
+        const std::size_t flips = bit_of(gate.qbits[a], n) | bit_of(gate.qbits[b], n);
+        const State before = state;
+        for (std::size_t k = 0; k < state.size(); ++k) {
+          state[k] = (before[k] - i * before[k ^ flips]) * std::sqrt(0.5);
+        }
+      }
+    }
+    return;
+  }
   if (gate.qbits.size() == 2) {
     const std::size_t second = bit_of(gate.qbits[1], n);
     for (std::size_t k = 0; k < state.size(); ++k) {

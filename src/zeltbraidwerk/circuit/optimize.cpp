@@ -3,19 +3,22 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <numbers>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "zeltbraidwerk/circuit/internal/clifford_phase.h"
 #include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/internal/steps.h"
+#include "zeltbraidwerk/circuit/internal/tidying.h"
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/runs.h"
-#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -24,8 +27,6 @@ using synthesis::OptimizeOptions;
 using synthesis::OptimizeResult;
 
 namespace {
-
-constexpr std::uint64_t steps_of_gate = 30;  // where no effort is given
 
 bool is_t(const LinearAngle& angle) {
   if (!angle.is_number()) return false;
@@ -57,6 +58,7 @@ std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
     synthesis::OptimizeStage& made = stages.emplace_back();
     made.gates = stage->gates;
     made.permutation = stage->wires;
+    made.phase = stage->phase;
     for (const WindowStep& step : stage->log) {
       made.steps.push_back(
           {step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
@@ -82,20 +84,23 @@ class OptimizeCall {
                     .runs = folded_.steps.empty() ? 1 : runs_of_search(options_),
                     .make = [this](int run) { return make(run); }};
     BestRun best = best_of_runs({lane}, options_, control_);
-    auto& found = best.as<StagedCircuit>();
+    std::vector<StagedCircuit>& found = best.as<std::vector<StagedCircuit>>();
+    const StagedCircuit& first = found.front();
     OptimizeResult result{
-        std::move(best.result),   written(found.circuit), before_,
-        counts_of(found.circuit), found.circuit.rounding, stages_of(found.stage.get())};
-    result.permutation = std::move(found.wires);
+        std::move(best.result), written(first.circuit),       before_, counts_of(first.circuit),
+        first.circuit.rounding, stages_of(first.stage.get()), {}};
+    result.permutation = first.wires;
+    if (options_.objective != Objective::depth) return result;
+    for (const StagedCircuit& circuit : found) {
+      result.front.push_back(
+          {counts_of(circuit.circuit), circuit.circuit.rounding, stages_of(circuit.stage.get())});
+    }
     return result;
   }
 
  private:
   void check() const {
-    if (given_.qubits > most_wires) {
-      throw synthesis::TooLargeError("n: got " + std::to_string(given_.qubits) +
-                                     " qubits, wanted at most " + std::to_string(most_wires));
-    }
+    check_wires("n", given_.qubits);
     check_effort(options_);
     check_method(options_.method, {"auto", "search"}, options_.device != nullptr);
     if (options_.outputs != Outputs::in_place && options_.outputs != Outputs::anywhere) {
@@ -119,7 +124,7 @@ class OptimizeCall {
 
   std::optional<std::uint64_t> steps() const {
     if (options_.steps || options_.budget) return options_.steps;
-    return default_search_steps + steps_of_gate * folded_.steps.size();
+    return synthesis::default_optimize_steps(folded_.steps.size());
   }
 
   std::optional<MadeCircuit> make(int run) {
@@ -133,10 +138,60 @@ class OptimizeCall {
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates
-    StagedCircuit found = options_.exact || routes_ || !has_generic_rotations(folded_)
-                              ? search_exactly(folded_, task, effort)
-                              : search_alternating(folded_, options_.keep_rotations, task, effort);
-    return made_circuit(found.size, std::move(found));
+    std::vector<StagedCircuit> found;
+    if (task.by_depth())
+      found = by_both(task, effort);
+    else
+      found.push_back(search(task, effort));
+    for (StagedCircuit& circuit : found) tidy(circuit);
+    const CircuitSize size = found.front().size;
+    return made_circuit(size, std::move(found));
+  }
+
+  StagedCircuit search(const CircuitTask& task, const Effort& effort) const {
+    return options_.exact || routes_ || !has_generic_rotations(folded_)
+               ? search_exactly(folded_, task, effort)
+               : search_alternating(folded_, options_.keep_rotations, task, effort);
+  }
+
+  /// By depth: what a search by count finds counts as well. The best one, then the shorter one
+  /// where it is shorter.
+  std::vector<StagedCircuit> by_both(const CircuitTask& task, Effort effort) const {
+    Effort first = effort;
+    if (first.control.deadline) {
+      const auto now = Control::Clock::now();
+      first.control.deadline = now + (*first.control.deadline - now) / 2;
+    }
+    CircuitTask by_count = task;
+    by_count.objective = Objective::count;
+    StagedCircuit shorter = search(by_count, first);
+    StagedCircuit best = search(task, effort);
+    const auto key = [](const StagedCircuit& circuit) {
+      return circuit.size.key(Objective::depth);
+    };
+    if (key(shorter) < key(best)) std::swap(shorter, best);
+    std::vector<StagedCircuit> front{std::move(best)};
+    if (shorter.size.count < front[0].size.count) front.push_back(std::move(shorter));
+    return front;
+  }
+
+  /// Few gates on one qubit. The given circuit may have fewer than one made anew.
+  void tidy(StagedCircuit& found) const {
+    const bool with_cz =
+        std::ranges::find(given_.steps, StepKind::cz, &Step::kind) != given_.steps.end();
+    found.circuit.steps = tidied(given_.qubits, found.circuit.steps, with_cz);
+    auto before = found.stage->log.empty() ? found.stage->before : found.stage;
+    if (!routes_ && found.size == CircuitSize{before_.two_qubit, before_.depth}) {
+      std::vector<Step> steps = tidied(given_.qubits, folded_.steps, with_cz);
+      if (steps.size() < found.circuit.steps.size()) {
+        found.circuit = folded_;
+        found.circuit.steps = std::move(steps);
+        found.wires = in_order(given_.qubits);
+        before = nullptr;
+      }
+    }
+    found.stage = std::make_shared<const Stage>(
+        Stage{std::move(before), written(found.circuit), found.wires, {}, 0});
   }
 
   const OptimizeOptions& options_;
@@ -157,6 +212,32 @@ OptimizeResult optimize_circuit(int n, const std::vector<structures::Gate>& gate
                                 const OptimizeOptions& options) {
   if (n < 0) throw std::invalid_argument("n: got " + std::to_string(n) + ", wanted at least 0");
   return zelt::braidwerk::internal::OptimizeCall(n, gates, options).run();
+}
+
+std::uint64_t default_optimize_steps(std::size_t gates) {
+  constexpr std::uint64_t steps_of_gate = 30;
+  return zelt::braidwerk::internal::default_search_steps + steps_of_gate * gates;
+}
+
+double global_phase(int n, const std::vector<structures::Gate>& gates,
+                    const std::vector<OptimizeStage>& stages) {
+  double phase = 0;
+  const std::vector<structures::Gate>* before = &gates;
+  std::vector<int> there = zelt::braidwerk::internal::in_order(n);
+  for (const OptimizeStage& stage : stages) {
+    phase += stage.phase;
+    if (stage.steps.empty()) {
+      std::vector<int> wires(there.size());
+      for (std::size_t q = 0; q < wires.size(); ++q) {
+        wires[static_cast<std::size_t>(there[q])] = stage.permutation[q];
+      }
+      phase += zelt::braidwerk::internal::rewriting_phase(n, *before, stage.gates, wires);
+      there = stage.permutation;
+    }
+    before = &stage.gates;
+  }
+  phase = std::remainder(phase, 2 * std::numbers::pi);
+  return phase <= -std::numbers::pi ? std::numbers::pi : phase;
 }
 
 }  // namespace synthesis

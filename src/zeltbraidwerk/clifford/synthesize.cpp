@@ -49,6 +49,7 @@ std::uint64_t usual_state_steps(int n) {
 synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                               const synthesis::CliffordOptions& options) {
   check_operator_options(options);
+  check_wires("images", images.qubits());
   if (!are_images_of_operator(images)) {
     throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
   }
@@ -123,6 +124,7 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
   check_effort(options);
   check_method(options.method, synthesis::state_methods(), false);
   check_state_options(options);
+  check_wires("stabilisers", stabilisers.qubits());
   if (!stabilise_a_state(stabilisers)) {
     throw std::invalid_argument(
         "stabilisers: got strings that do not commute or are not independent, wanted one per qubit "

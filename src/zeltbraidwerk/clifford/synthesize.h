@@ -26,7 +26,8 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> clifford_methods(bool on_device = 
 ///
 /// "elimination" is a plain greedy one, in a moment; "search" is the search engine; "auto" takes
 /// the better. That the tableau is one of a Clifford operator is not checked: the circuit of
-/// another one acts otherwise. Throws std::invalid_argument for options that do not fit.
+/// another one acts otherwise. Throws std::invalid_argument for options that do not fit,
+/// and TooLargeError for more than 16,384 qubits; so does synthesize_state.
 ///
 /// Memory: tables of 45 MB for the process, built in a second or two when they are first used.
 ZELTBRAIDWERK_EXPORT CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,

@@ -13,6 +13,7 @@
 #include "zeltbraidwerk/graph_state/graph_state.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
 #include "zeltbraidwerk/search/internal/runs.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace synthesis {
 
@@ -133,6 +134,7 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   const BitMatrix bits = checked(graph);
   check_options(options);
   const int n = bits.rows();
+  if (options.method == "search") check_wires("graph", n);
   RunControl control(options.budget);
   const PauliFrame stabilisers = stabilisers_of(bits);
   std::vector<Lane> lanes;
@@ -154,7 +156,7 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
                                     n);
                      }});
   }
-  if (options.method == "auto" || options.method == "search") {
+  if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
     lanes.push_back(state_search_lane(stabilisers, options, control));
   }
   BestRun best = best_of_runs(lanes, options, control);

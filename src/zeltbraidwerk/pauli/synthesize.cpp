@@ -70,6 +70,7 @@ class PauliCall {
   bool within_auto() const { return options_.method == "auto"; }
 
   void check() const {
+    check_wires("rotations", table_.frame.qubits());
     check_effort(options_);
     const bool on_device = options_.device != nullptr;
     std::vector<std::string> known = synthesis::pauli_methods(on_device);

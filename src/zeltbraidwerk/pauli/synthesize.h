@@ -41,7 +41,7 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> pauli_methods(bool on_device = fal
 /// all but the search cut the rotations into layers that commute, and take layer by layer.
 ///
 /// Throws std::invalid_argument for a row that has not n letters, another number of angles, and
-/// options that do not fit.
+/// options that do not fit, and TooLargeError for more than 16,384 qubits.
 ZELTBRAIDWERK_EXPORT PauliResult synthesize_pauli(int n, const PauliTable& table,
                                                   const std::vector<structures::Parameter>& params,
                                                   const PauliOptions& options = {});

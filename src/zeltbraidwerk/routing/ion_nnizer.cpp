@@ -115,7 +115,8 @@ class IonSearch {
 template <class Metric>
 bool route_by(Metric& metric, const std::vector<Gate>& circuit, const RoutingOptions& options,
               std::vector<Gate>& out, OperatorTableau& frame) {
-  const NormalForm form = normal_form(circuit, frame, options.commuting_blocks, options.merge);
+  const NormalForm form =
+      normal_form(circuit, frame, options.commuting_blocks, options.merge, options.linear_sums);
   FrameAxes axes(carried(form.rotations, frame));
   Waiting waiting(form.first);
   IonSearch<Metric> search(waiting, options.control);

@@ -110,11 +110,7 @@ bool renormalize(RotationSequence& rotations, OperatorTableau& tableau) {
 std::pair<std::vector<RotationSequence>, OperatorTableau> normalize_circuit(
     const std::vector<Gate>& circuit, OperatorTableau& tableau, bool commuting_blocks, bool merge) {
   internal::NormalForm form = internal::normal_form(circuit, tableau, commuting_blocks, merge);
-  std::vector<RotationSequence> blocks;
-  for (std::size_t b = 0; b + 1 < form.first.size(); ++b) {
-    blocks.push_back(form.rotations.unpack(form.first[b], form.first[b + 1]));
-  }
-  return {std::move(blocks), std::move(form.clifford)};
+  return {form.blocks(), std::move(form.clifford)};
 }
 
 std::vector<Gate> get_basis_change(const std::string& pauli, int n) {

@@ -76,7 +76,7 @@ class UnfinishedError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Options that ask for more memory than there is.
+/// Options that ask for more memory than there is, or more qubits than a search has room for.
 class TooLargeError : public std::invalid_argument {
  public:
   using std::invalid_argument::invalid_argument;

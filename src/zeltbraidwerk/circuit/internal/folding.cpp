@@ -114,6 +114,8 @@ bool settle(StepCircuit& circuit) {
     }
     any = true;
     circuit.rounding = std::max(circuit.rounding, rounding_of(angle));
+    circuit.eighths += sign_of_turns(angle);
+    if (step.negative && quarters != 0) circuit.eighths += 4;  // by -quarters is -1 by 4 - quarters
     if (quarters == 0) continue;
     kept.push_back(turn(step.letter, step.a, step.negative ? 4 - quarters : quarters));
   }

@@ -19,9 +19,11 @@ struct NamedGate {
   std::string_view name;
   int letter;
   int quarters;
+  int eighths = 0;  // its phase against the rotation by so many quarters
 };
-constexpr NamedGate turns[] = {{"S", letter_z, 1}, {"D-S", letter_z, 3}, {"X", letter_x, 2},
-                               {"Y", letter_y, 2}, {"Z", letter_z, 2},   {"I", letter_z, 0}};
+constexpr NamedGate turns[] = {{"S", letter_z, 1},    {"D-S", letter_z, 3, 4},
+                               {"X", letter_x, 2, 2}, {"Y", letter_y, 2, 2},
+                               {"Z", letter_z, 2, 2}, {"I", letter_z, 0}};
 constexpr NamedGate rotations[] = {
     {"RX", letter_x, 0}, {"RY", letter_y, 0}, {"RZ", letter_z, 0}, {"PH", letter_z, 0}};
 
@@ -58,6 +60,7 @@ class Reader {
     } else if (const NamedGate* entry = named(turns, gate.name)) {
       check_size(gate, 1);
       if (entry->quarters != 0) append(turn(entry->letter, a, entry->quarters));
+      circuit_.eighths += entry->eighths;
     } else if (const NamedGate* rotation = named(rotations, gate.name)) {
       check_size(gate, 1);
       if (gate.params.empty()) fail(gate, "an angle");
@@ -79,10 +82,12 @@ class Reader {
       return;
     }
     circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
+    circuit_.eighths += sign_of_turns(angle);
     if (quarters > 0) append(turn(letter, q, quarters));
   }
 
-  /// A rotation about XX by pi/2 on each pair: Z rotations within Hadamard gates.
+  /// A rotation about XX by pi/2 on each pair: Z rotations within Hadamard gates. About ZZ it is
+  /// exp(i pi/4) times a CZ and a quarter turn about Z on both.
   void read_global(const structures::Gate& gate) {
     if (gate.params.empty() || gate.params[0].is_abstract ||
         quarters_of(LinearAngle(gate.params[0])) < 0) {
@@ -94,6 +99,7 @@ class Reader {
     for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
     for (std::size_t i = 0; i < gate.qbits.size(); ++i) {
       for (std::size_t j = 0; j < i; ++j) {
+        circuit_.eighths += quarters + sign_of_turns(angle);
         if (quarters % 2 != 0) {
           append({.kind = StepKind::cz, .a = gate.qbits[j], .b = gate.qbits[i]});
         }
@@ -140,12 +146,26 @@ structures::Gate turn_gate(const Step& step) {
   return {names[kind], {step.a}, {step.quarters == 1 ? quarter_turn : -quarter_turn}, false};
 }
 
+structures::Gate rotation_gate(const Step& step, const LinearAngle& angle) {
+  constexpr const char* names[] = {"RX", "RY", "RZ"};
+  LinearAngle turned;
+  turned.add(angle, step.negative ? -1 : 1);
+  return {names[step.letter - 1U], std::vector<int>{step.a},
+          std::vector<structures::Parameter>{turned.parameter()}, step.letter == letter_z};
+}
+
 }  // namespace
 
 int quarters_of(const LinearAngle& angle) {
   if (!angle.is_number() || !(rounding_of(angle) <= clifford_tolerance)) return -1;  // nor NaN
   const double whole = std::round(angle.constant / quarter_turn);
   return static_cast<int>(std::lround(std::fmod(whole, 4)) + 4) % 4;
+}
+
+int sign_of_turns(const LinearAngle& angle) {
+  const double whole = std::round(angle.constant / quarter_turn);
+  const int of_eight = static_cast<int>(std::lround(std::fmod(whole, 8)) + 8) % 8;
+  return of_eight >= 4 ? 4 : 0;
 }
 
 double rounding_of(const LinearAngle& angle) {
@@ -181,14 +201,7 @@ std::vector<structures::Gate> written(const StepCircuit& circuit) {
         gates.push_back(turn_gate(step));
         break;
       case StepKind::rotation:
-        for (const structures::Parameter& angle :
-             circuit.angles[static_cast<std::size_t>(step.row)].parameters()) {
-          constexpr const char* names[] = {"RX", "RY", "RZ"};
-          gates.emplace_back(
-              names[step.letter - 1U], std::vector<int>{step.a},
-              std::vector<structures::Parameter>{step.negative ? angle.flip_sign() : angle},
-              step.letter == letter_z);
-        }
+        gates.push_back(rotation_gate(step, circuit.angles[static_cast<std::size_t>(step.row)]));
         break;
     }
   }

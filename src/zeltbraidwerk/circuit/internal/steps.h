@@ -31,14 +31,15 @@ struct Step {
   bool is_clifford() const { return kind != StepKind::rotation; }
 };
 
-/// A circuit of Clifford gates and rotations. Its operator is that of the gates up to a global
-/// phase.
+/// A circuit of Clifford gates and rotations.
 struct StepCircuit {
   int qubits = 0;
   std::vector<Step> steps;
   std::vector<LinearAngle> angles;
   /// The farthest that an angle that counts as a multiple of pi/2 was from it.
   double rounding = 0;
+  /// The operator that was read is exp(i pi/4 eighths) times that of the steps.
+  int eighths = 0;
 };
 
 /// Angles this near to a multiple of pi/2 count as such.
@@ -46,6 +47,9 @@ inline constexpr double clifford_tolerance = 1e-9;
 
 /// Times pi/2, 0 to 3, of an angle that counts as a multiple of it; else -1.
 int quarters_of(const LinearAngle& angle);
+/// Of an angle that counts as a multiple of pi/2, the sign against its rotation by quarters_of:
+/// 0, or 4 (eighths of a turn of the phase) for -1.
+int sign_of_turns(const LinearAngle& angle);
 /// How far it is from it.
 double rounding_of(const LinearAngle& angle);
 

@@ -1,26 +1,57 @@
 #include "zeltbraidwerk/foundations/internal/linear_angle.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
-#include <locale>
 #include <optional>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 namespace zelt::braidwerk::internal {
 namespace {
 
-std::optional<double> number_in(const std::string& token) {
-  std::istringstream in(token);
-  in.imbue(std::locale::classic());
+constexpr double cancels = 1e-12;  // of the larger one of two summands
+
+/// Of the whole token; names such as "inf" are no numbers.
+std::optional<double> number_in(std::string_view token) {
+  if (token.starts_with('+')) token.remove_prefix(1);
+  const std::size_t first = token.starts_with('-') ? 1 : 0;
+  if (token.find_first_of("0123456789.", first) != first) return std::nullopt;
   double value = 0;
-  if (in >> value && in.peek() == std::istringstream::traits_type::eof()) return value;
-  return std::nullopt;
+  const char* end = token.data() + token.size();
+  const auto [stop, error] = std::from_chars(token.data(), end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+/// The shortest text that reads as the same number.
+std::string text_of(double value) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
 void add_term(LinearAngle& angle, const std::string& name, double coefficient) {
-  const auto place = angle.coefficients.try_emplace(name, 0).first;
+  const auto [place, is_new] = angle.coefficients.try_emplace(name, 0);
+  const double size = std::max(std::abs(place->second), std::abs(coefficient));
   place->second += coefficient;
-  if (place->second == 0) angle.coefficients.erase(place);
+  if (std::abs(place->second) <= cancels * size) angle.coefficients.erase(place);
+}
+
+void add_operand(LinearAngle& angle, const std::string& token, double sign) {
+  if (const std::optional<double> value = number_in(token)) {
+    angle.constant += sign * *value;
+    return;
+  }
+  const std::size_t star = token.find('*');
+  const std::optional<double> factor =
+      star == std::string::npos ? std::nullopt : number_in(std::string_view(token).substr(0, star));
+  if (factor && star + 1 < token.size()) {
+    add_term(angle, token.substr(star + 1), sign * *factor);
+  } else {
+    add_term(angle, token, sign);
+  }
 }
 
 /// False for text that is not in prefix notation.
@@ -35,13 +66,17 @@ bool read_into(LinearAngle& angle, const std::string& text) {
       signs.insert(signs.end(), {sign, sign});
     } else if (token == "UMINUS") {
       signs.push_back(-sign);
-    } else if (const std::optional<double> value = number_in(token)) {
-      angle.constant += sign * *value;
     } else {
-      add_term(angle, token, sign);
+      add_operand(angle, token, sign);
     }
   }
   return signs.empty();
+}
+
+std::string term_text(const std::string& name, double coefficient) {
+  if (coefficient == 1) return name;
+  if (coefficient == -1) return "UMINUS " + name;
+  return text_of(coefficient) + "*" + name;
 }
 
 }  // namespace
@@ -62,21 +97,16 @@ void LinearAngle::add(const LinearAngle& other, double times) {
   }
 }
 
-std::vector<structures::Parameter> LinearAngle::parameters() const {
-  if (is_number()) return {constant};
-  std::optional<structures::Parameter> sum;
-  const auto append = [&](const structures::Parameter& term) {
-    sum ? * sum += term : sum.emplace(term);
-  };
+structures::Parameter LinearAngle::parameter() const {
+  if (is_number()) return constant;
+  std::vector<std::string> terms;
   for (const auto& [name, coefficient] : coefficients) {
-    const structures::Parameter symbol(name);
-    const auto terms = std::lround(std::abs(coefficient));
-    for (long k = 0; k < terms; ++k) append(coefficient < 0 ? symbol.flip_sign() : symbol);
+    terms.push_back(term_text(name, coefficient));
   }
-  if (constant == 0) return {*sum};
-  if (number_in(std::to_string(constant)) != constant) return {*sum, constant};
-  *sum += structures::Parameter(constant);
-  return {*sum};
+  if (constant != 0) terms.push_back(text_of(constant));
+  std::string text;
+  for (std::size_t k = 0; k + 1 < terms.size(); ++k) text += "+ " + terms[k] + " ";
+  return text + terms.back();
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 #include "zeltbraidwerk/foundations/parameter.h"
 
@@ -15,15 +14,17 @@ struct LinearAngle {
   std::map<std::string, double> coefficients;  ///< by name; none is 0
 
   LinearAngle() = default;
-  /// Reads the prefix notation of symbolic angles; text that is not in it is one name.
+  /// Reads the prefix notation of symbolic angles, in which an operand may also be a number, a "*"
+  /// and a name, as in "0.5*a". Text that is not in it is one name.
   explicit LinearAngle(const structures::Parameter& angle);
 
   bool is_number() const { return coefficients.empty(); }
+  /// Coefficients that cancel up to rounding are 0 then.
   void add(const LinearAngle& other, double times);
 
-  /// One angle, or two to be added, of which the second is the constant: symbolic angles are text,
-  /// which holds numbers to six decimals.
-  std::vector<structures::Parameter> parameters() const;
+  /// The same angle, whose text keeps all digits: a sum of names, of "UMINUS " and a name, or of a
+  /// number, "*" and a name; and last the constant where it is not 0.
+  structures::Parameter parameter() const;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -65,8 +65,7 @@ std::vector<int> cut_commuting(RotationRows& rotations) {
   for (int r = 0; r < rotations.count(); ++r) {
     const auto same = in_block.find(rotations.bytes(r));
     if (same != in_block.end()) {  // commutes with all that its equal commutes with
-      rotations.angles[static_cast<std::size_t>(same->second)] +=
-          rotations.angles[static_cast<std::size_t>(r)];
+      rotations.add_angle(same->second, r);
       continue;
     }
     const auto members = kept.begin() + first.back();
@@ -84,6 +83,14 @@ std::vector<int> cut_commuting(RotationRows& rotations) {
 
 }  // namespace
 
+std::vector<synthesis::RotationSequence> NormalForm::blocks() const {
+  std::vector<synthesis::RotationSequence> blocks;
+  for (std::size_t b = 0; b + 1 < first.size(); ++b) {
+    blocks.push_back(rotations.unpack(first[b], first[b + 1]));
+  }
+  return blocks;
+}
+
 void merge_rotations(RotationRows& rotations) {
   std::vector<int> kept;
   std::unordered_map<std::string_view, std::size_t> latest;  // place in kept, by string
@@ -93,8 +100,7 @@ void merge_rotations(RotationRows& rotations) {
     if (same != latest.end() &&
         std::all_of(kept.rbegin(), kept.rend() - static_cast<std::ptrdiff_t>(same->second) - 1,
                     [&](int s) { return rotations.commute(r, s); })) {
-      rotations.angles[static_cast<std::size_t>(kept[same->second])] +=
-          rotations.angles[static_cast<std::size_t>(r)];
+      rotations.add_angle(kept[same->second], r);
       continue;
     }
     latest[rotations.bytes(r)] = kept.size();
@@ -105,6 +111,7 @@ void merge_rotations(RotationRows& rotations) {
 
 bool fold_cliffords(RotationRows& rotations, OperatorTableau& tableau) {
   RotationRows rest(rotations.qubits);
+  rest.linear_sums = rotations.linear_sums;
   bool folded = false;
   bool is_identity = tableau == OperatorTableau(tableau.nbqbits);
   for (int r = 0; r < rotations.count(); ++r) {
@@ -129,10 +136,11 @@ bool fold_cliffords(RotationRows& rotations, OperatorTableau& tableau) {
 }
 
 NormalForm normal_form(const std::vector<Gate>& circuit, const OperatorTableau& start,
-                       bool commuting_blocks, bool merge) {
+                       bool commuting_blocks, bool merge, bool linear_sums) {
   NormalForm form;
   form.clifford = start;
   form.rotations = collect(circuit, form.clifford);
+  form.rotations.linear_sums = linear_sums;
   if (merge) {
     merge_rotations(form.rotations);
     OperatorTableau extra(start.nbqbits);

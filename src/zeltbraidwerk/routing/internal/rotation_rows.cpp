@@ -4,6 +4,8 @@
 #include <bit>
 #include <stdexcept>
 
+#include "zeltbraidwerk/foundations/internal/linear_angle.h"
+
 namespace zelt::braidwerk::internal {
 
 RotationRows::RotationRows(int n) : qubits(std::max(n, 0)), half(words_for(qubits)) {}
@@ -28,6 +30,18 @@ void RotationRows::append(const std::string& letters, const structures::Paramete
     const char letter = letters[static_cast<std::size_t>(q)];
     set_letter(count() - 1, q, letter == 'X' || letter == 'Y', letter == 'Z' || letter == 'Y');
   }
+}
+
+void RotationRows::add_angle(int r, int s) {
+  structures::Parameter& sum = angles[static_cast<std::size_t>(r)];
+  const structures::Parameter& other = angles[static_cast<std::size_t>(s)];
+  if (!linear_sums || !(sum.is_abstract || other.is_abstract)) {
+    sum += other;
+    return;
+  }
+  LinearAngle linear(sum);
+  linear.add(LinearAngle(other), 1);
+  sum = linear.parameter();
 }
 
 void RotationRows::keep(const std::vector<int>& rows) {

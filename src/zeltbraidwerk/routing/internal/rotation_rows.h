@@ -17,6 +17,7 @@ struct RotationRows {
   int half = 0;  ///< words of X bits, and of Z bits
   std::vector<Word> words;
   std::vector<structures::Parameter> angles;
+  bool linear_sums = false;  ///< symbolic sums cancel, and keep all digits
 
   RotationRows() = default;
   explicit RotationRows(int qubits);
@@ -35,6 +36,9 @@ struct RotationRows {
   /// Appends an identity string.
   void append(const structures::Parameter& angle);
   void append(const std::string& letters, const structures::Parameter& angle);
+  /// Adds the angle of row s to that of row r: by Parameter::operator+=, unless linear_sums and one
+  /// of them is symbolic.
+  void add_angle(int r, int s);
   /// The rows listed, ascending, move up; all others go.
   void keep(const std::vector<int>& rows);
 
@@ -59,12 +63,15 @@ struct NormalForm {
   RotationRows rotations;
   std::vector<int> first;
   structures::OperatorTableau clifford;  ///< of the inverse of the operator that follows
+
+  std::vector<synthesis::RotationSequence> blocks() const;
 };
 
 /// What the functions of the same purpose in namespace `synthesis` do.
 void merge_rotations(RotationRows& rotations);
 bool fold_cliffords(RotationRows& rotations, structures::OperatorTableau& tableau);
 NormalForm normal_form(const std::vector<structures::Gate>& circuit,
-                       const structures::OperatorTableau& start, bool commuting_blocks, bool merge);
+                       const structures::OperatorTableau& start, bool commuting_blocks, bool merge,
+                       bool linear_sums = false);
 
 }  // namespace zelt::braidwerk::internal

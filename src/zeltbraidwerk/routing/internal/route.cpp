@@ -38,7 +38,8 @@ namespace {
 template <class Trees>
 bool route_over(Trees trees, const std::vector<Gate>& circuit, const RoutingOptions& options,
                 std::vector<Gate>& out, OperatorTableau& frame) {
-  const NormalForm form = normal_form(circuit, frame, options.commuting_blocks, options.merge);
+  const NormalForm form =
+      normal_form(circuit, frame, options.commuting_blocks, options.merge, options.linear_sums);
   FrameAxes axes(carried(form.rotations, frame));
   Waiting waiting(form.first);
   const bool finished = route_on_device(

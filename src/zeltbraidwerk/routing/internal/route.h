@@ -15,6 +15,7 @@ struct RoutingOptions {
   FanInCost objective = FanInCost::cnots;  ///< on a device
   bool keeps_trees = false;                ///< in the graph's cache: each tree that is asked for
   Control control;                         ///< deadline and stop, looked at in every search
+  bool linear_sums = false;                ///< of angles, as RotationRows has them
 };
 
 /// What synthesis::clifford_nnize and clifford_nnize_depth do, by the graph's own sketch_mode.

@@ -137,25 +137,43 @@ class BeamSearch {
 
   /// Returns the lowest score of the new level.
   double make_level() {
-    std::sort(pool_.begin(), pool_.end(), before);
-    std::size_t made = 0;
+    choose_children();
     double lowest = std::numeric_limits<double>::infinity();
-    for (const Candidate& candidate : pool_) {
-      if (made == static_cast<std::size_t>(options_.width)) break;
-      const Node& parent = level_[static_cast<std::size_t>(candidate.parent)];
-      if (!seen_.insert(problem_.hash(parent.state, candidate.move)).second) continue;
-      if (made == next_.size()) next_.emplace_back();
-      Node& child = next_[made++];
-      child.state = parent.state;
+    for (std::size_t k = 0; k < pool_.size(); ++k) {
+      const Candidate& candidate = pool_[k];
+      const auto p = static_cast<std::size_t>(candidate.parent);
+      Node& parent = level_[p];
+      if (k == next_.size()) next_.emplace_back();
+      Node& child = next_[k];
+      if (last_child_[p] == k) {  // nobody reads the parent's state any more
+        std::swap(child.state, parent.state);
+      } else {
+        child.state = parent.state;
+      }
       problem_.make(child.state, candidate.move);
       child.link = static_cast<std::int32_t>(links_.size());
       links_.push_back({parent.link, candidate.move});
       lowest = std::min(lowest, candidate.score);
       meter_.step();
     }
-    next_.resize(made);
+    next_.resize(pool_.size());
     std::swap(level_, next_);
     return lowest;
+  }
+
+  /// Keeps in the pool the best children that no level has seen before.
+  void choose_children() {
+    std::sort(pool_.begin(), pool_.end(), before);
+    last_child_.resize(level_.size());
+    std::size_t kept = 0;
+    for (const Candidate& candidate : pool_) {
+      if (kept == static_cast<std::size_t>(options_.width)) break;
+      const auto p = static_cast<std::size_t>(candidate.parent);
+      if (!seen_.insert(problem_.hash(level_[p].state, candidate.move)).second) continue;
+      last_child_[p] = kept;
+      pool_[kept++] = candidate;
+    }
+    pool_.resize(kept);
   }
 
   Problem& problem_;
@@ -165,6 +183,7 @@ class BeamSearch {
   std::vector<Node> level_;
   std::vector<Node> next_;
   std::vector<Candidate> pool_;
+  std::vector<std::size_t> last_child_;  // by state of the level: its last child in the pool
   std::vector<Link> links_;
   std::unordered_set<std::uint64_t> seen_;
   std::vector<Finished<Problem>> finished_;

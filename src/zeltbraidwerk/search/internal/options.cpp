@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "zeltbraidwerk/search/internal/window.h"
+
 namespace zelt::braidwerk::internal {
 
 using synthesis::SynthesisOptions;
@@ -40,6 +42,12 @@ void check_method(const std::string& method, const std::vector<std::string>& kno
   if (std::ranges::find(known, method) != known.end()) return;
   refuse("method", "'" + method + "'",
          "one of " + joined(known) + (on_device ? " on a device" : ""));
+}
+
+void check_wires(const char* name, int qubits) {
+  if (qubits <= most_wires) return;
+  throw synthesis::TooLargeError(std::string(name) + ": got " + std::to_string(qubits) +
+                                 " qubits, wanted at most " + std::to_string(most_wires));
 }
 
 void check_options_of(const std::string& method, const std::vector<OptionOfSome>& options) {

@@ -17,6 +17,10 @@ void check_effort(const synthesis::SynthesisOptions& options);
 /// Throws std::invalid_argument unless the options' method is in the list.
 void check_method(const std::string& method, const std::vector<std::string>& known, bool on_device);
 
+/// Throws TooLargeError for more qubits than the ends of gates have room for; `name` is that of the
+/// input.
+void check_wires(const char* name, int qubits);
+
 /// An option that not every method takes.
 struct OptionOfSome {
   const char* name;

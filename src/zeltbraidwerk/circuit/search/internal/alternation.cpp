@@ -9,6 +9,8 @@
 
 #include "zeltbraidwerk/circuit/internal/folding.h"
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
+#include "zeltbraidwerk/circuit/three_wire/internal/three_wire.h"
+#include "zeltbraidwerk/circuit/three_wire/internal/three_wire_windows.h"
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -45,10 +47,9 @@ StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
   return result;
 }
 
-StagedCircuit after_windows(const StagedCircuit& from, bool keep_rotations) {
-  WindowResult found = two_wire_windows(written(from.circuit), {keep_rotations});
+StagedCircuit after_windows(const StagedCircuit& from, WindowResult found) {
   auto numbers = std::make_shared<const Stage>(
-      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log)});
+      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log), found.phase});
   StagedCircuit result{read_steps(from.circuit.qubits, numbers->gates), from.wires, nullptr, {}};
   fold(result.circuit);
   result.circuit.rounding = std::max(result.circuit.rounding, from.circuit.rounding);
@@ -75,7 +76,7 @@ class Alternation : public SearchBase<StagedCircuit> {
 
   void first() {
     offer(given_, Origin::certain);
-    offer(after_windows(given_, keep_rotations_), Origin::certain);
+    offer_windows(given_, tuning.least_on_three_wires, Origin::certain);
   }
   bool finished() const { return incumbent().size().count == 0; }
 
@@ -89,10 +90,23 @@ class Alternation : public SearchBase<StagedCircuit> {
     const StagedCircuit found = after_search(incumbent().circuit(), task, effort);
     meter_.charge(effort.steps + 1);
     offer(found, task_.by_depth() ? Origin::lowering_depth : Origin::lowering_count);
-    if (!meter_.ended()) offer(after_windows(found, keep_rotations_), Origin::derived);
+    if (!meter_.ended()) offer_windows(found, most_cnots_of_three + 1, Origin::derived);
   }
 
  private:
+  /// With windows on two wires replaced, then with those on three wires as well, from so many
+  /// two-wire gates on.
+  void offer_windows(const StagedCircuit& from, int least_on_three, Origin origin) {
+    const auto on_two = [this](const StagedCircuit& circuit) {
+      return after_windows(circuit, two_wire_windows(written(circuit.circuit), {keep_rotations_}));
+    };
+    const StagedCircuit two = on_two(from);
+    offer(two, origin);
+    WindowResult found = three_wire_windows(
+        written(two.circuit),
+        {keep_rotations_, least_on_three, task_.device, [this] { return meter_.ended(); }});
+    if (!found.log.empty()) offer(on_two(after_windows(two, std::move(found))), origin);
+  }
   void offer(const StagedCircuit& circuit, Origin origin) {
     incumbent_.offer(circuit, circuit.size, origin);
   }

@@ -9,13 +9,14 @@
 
 namespace zelt::braidwerk::internal {
 
-/// How a circuit came about: exact rewriting of the one before, or windows on two wires replaced by
-/// numbers, which the log tells.
+/// How a circuit came about: exact rewriting of the one before, or windows replaced by numbers,
+/// which the log tells.
 struct Stage {
   std::shared_ptr<const Stage> before;  ///< none: the given circuit
   std::vector<structures::Gate> gates;
   std::vector<int> wires;  ///< where each qubit of the given circuit stands at the end
   std::vector<WindowStep> log;
+  double phase = 0;  ///< with a log: exp(i phase) times this circuit is the one before
 };
 
 struct StagedCircuit {
@@ -25,12 +26,12 @@ struct StagedCircuit {
   CircuitSize size;
 };
 
-/// Whether a rotation is by a number that is no multiple of pi/4: windows on two wires are for
+/// Whether a rotation is by a number that is no multiple of pi/4: windows are for
 /// circuits of such rotations.
 bool has_generic_rotations(const StepCircuit& circuit);
 
-/// The better of an exact search, and of one that searches exactly and replaces windows on two
-/// wires by circuits of the fewest CNOTs for their operators in turns: each for half the effort.
+/// The better of an exact search, and of one that searches exactly and in turns replaces windows
+/// on two and three wires by circuits of few CNOTs for their operators: each for half the effort.
 /// With `keep_rotations`, windows never have more rotations than before.
 StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations,
                                  const CircuitTask& task, const Effort& effort);

@@ -28,6 +28,8 @@ struct CircuitTuning {
   std::uint64_t free_part = 4;
   /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
   std::uint64_t alternation_steps = 32;
+  /// Two-wire gates of a block on three wires that is taken apart in the given circuit, at least.
+  int least_on_three_wires = 8;
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;

@@ -38,21 +38,15 @@ constexpr bool has_angle(PlaceKind kind) {
   return kind >= PlaceKind::rx && kind <= PlaceKind::rz;
 }
 
-void apply(const PlaceGate& gate, Eigen::Matrix4cd& m) {
-  if (gate.kind == PlaceKind::cz) {
-    m.row(3) *= -1;
-  } else if (gate.kind == PlaceKind::cnot) {
-    m.row(3).swap(m.row(gate.place == 0 ? 2 : 1));
-  } else {
-    const Eigen::Matrix2cd u =
-        matrix_of(quaternion_of(gate)) * one_wire_names[index_of(gate.kind)].phase;
-    const int step = gate.place == 0 ? 2 : 1;
-    for (const int low : {0, gate.place == 0 ? 1 : 2}) {
-      const Eigen::RowVector4cd top = m.row(low);
-      const Eigen::RowVector4cd bottom = m.row(low + step);
-      m.row(low) = u(0, 0) * top + u(0, 1) * bottom;
-      m.row(low + step) = u(1, 0) * top + u(1, 1) * bottom;
-    }
+/// Of rows in which the bit `stride` is 0, and their partners.
+template <typename Matrix>
+void turn_rows(const Eigen::Matrix2cd& u, int stride, Matrix& m) {
+  for (int low = 0; low < Matrix::RowsAtCompileTime; ++low) {
+    if ((low & stride) != 0) continue;
+    const auto top = m.row(low).eval();
+    const auto bottom = m.row(low + stride).eval();
+    m.row(low) = u(0, 0) * top + u(0, 1) * bottom;
+    m.row(low + stride) = u(1, 0) * top + u(1, 1) * bottom;
   }
 }
 
@@ -118,9 +112,30 @@ Eigen::Matrix2cd matrix_of(const Quaternion& turn) {
   return m;
 }
 
+template <typename Matrix>
+void apply(const PlaceGate& gate, const std::array<int, 2>& strides, Matrix& m) {
+  const int own = strides[gate.place];
+  const int other = strides[1U - gate.place];
+  if (!gate.two_wire()) {
+    turn_rows(matrix_of(quaternion_of(gate)) * one_wire_names[index_of(gate.kind)].phase, own, m);
+    return;
+  }
+  for (int row = 0; row < Matrix::RowsAtCompileTime; ++row) {
+    if ((row & own) == 0 || (row & other) == 0) continue;
+    if (gate.kind == PlaceKind::cz) {
+      m.row(row) *= -1;
+    } else {
+      m.row(row).swap(m.row(row - other));
+    }
+  }
+}
+
+template void apply(const PlaceGate&, const std::array<int, 2>&, Eigen::Matrix4cd&);
+template void apply(const PlaceGate&, const std::array<int, 2>&, Eigen::Matrix<Complex, 8, 8>&);
+
 Eigen::Matrix4cd matrix_of(const std::vector<PlaceGate>& gates) {
   Eigen::Matrix4cd m = Eigen::Matrix4cd::Identity();
-  for (const PlaceGate& gate : gates) apply(gate, m);
+  for (const PlaceGate& gate : gates) apply(gate, {2, 1}, m);
   return m;
 }
 

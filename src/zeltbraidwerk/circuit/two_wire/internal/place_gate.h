@@ -2,6 +2,7 @@
 
 #include <Eigen/Core>
 #include <Eigen/Geometry>
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -55,6 +56,11 @@ Quaternion rotation_about(int axis, double angle);
 
 /// The 2x2 matrix that a quaternion stands for, of determinant 1.
 Eigen::Matrix2cd matrix_of(const Quaternion& turn);
+
+/// Multiplies a 4x4 or 8x8 matrix from the left by a gate. strides[p] is the bit of a row's number
+/// that tells the state of place p.
+template <typename Matrix>
+void apply(const PlaceGate& gate, const std::array<int, 2>& strides, Matrix& m);
 
 /// The 4x4 matrix of a list of gates in time order, phases included: "S" is "RZ" by pi/2, the
 /// others are as usual.

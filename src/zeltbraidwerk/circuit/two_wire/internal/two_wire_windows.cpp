@@ -253,7 +253,7 @@ class Pass {
     if (!better) return false;
     const std::array<int, 2> wires = item(index).wires;
     WindowStep& step = result_.log.emplace_back();
-    step.wires = wires;
+    step.wires = {wires[0], wires[1], no_wire};
     step.before = std::move(item(index).gates);
     step.phase = better->phase;
     result_.phase += better->phase;

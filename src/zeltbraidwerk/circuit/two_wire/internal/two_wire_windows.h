@@ -21,15 +21,15 @@ struct WindowStep {
     /// takes its place, with the next free numbers.
     replace,
     /// The last of `before` comes to stand right after the two others, which are the last gates of
-    /// a
-    /// block on its first and on its second wire. It commutes with each gate that it passes: on the
+    /// a block on its first and on its second wire. It commutes with each gate that it passes: on
+    /// the
     /// wire that they share both act by the same Pauli operator.
     move,
   };
   Kind kind = Kind::replace;
-  std::array<int, 2> wires;             ///< the second is -1 for gates on one wire
-  std::vector<std::size_t> before;      ///< in an order of time
-  std::vector<structures::Gate> after;  ///< in time order
+  std::array<int, 3> wires{-1, -1, -1};  ///< -1 after the last one
+  std::vector<std::size_t> before;       ///< in an order of time
+  std::vector<structures::Gate> after;   ///< in time order
   double phase = 0;  ///< exp(i phase) times the operator of `after` is that of `before`
 };
 

@@ -56,10 +56,11 @@ class ColumnLines {
   template <class F>
   void each_move(const std::vector<Entries>& entries, const LightRows& light, F&& f) const {
     for (const Entries& to : entries) {
+      const double of_to = light.price(to.of_m);
       for (const Entries& from : entries) {
         if (to.column == from.column) continue;
-        f(light.price(to.of_m ^ from.of_m) - light.price(to.of_m) +
-              light.price(from.of_n ^ to.of_n) - light.price(from.of_n),
+        f(light.price(to.of_m ^ from.of_m) - of_to + light.price(from.of_n ^ to.of_n) -
+              light.price(from.of_n),
           Move{to.column, from.column});
       }
     }

@@ -1,0 +1,57 @@
+"""How a result is made again: the call with all its options, as text."""
+
+from __future__ import annotations
+
+import functools
+from collections.abc import Callable, Mapping
+from typing import Any, ParamSpec, TypeVar
+
+from zeltbraidwerk import errors
+
+P = ParamSpec("P")
+R = TypeVar("R")
+
+_WRITTEN = (bool, int, float, str)  # values that are shown; others are shown as their name
+_LONGEST = 60  # characters of a value
+
+
+def recorded(name: str, *positional: str) -> Callable[[Callable[P, R]], Callable[P, R]]:
+    """Decorates a function that returns a result: the field ``call`` of the result, or of the best
+    so far where Ctrl-C ends the call, becomes the text of the call, with the seed that was
+    drawn."""
+
+    def decorate(function: Callable[P, R]) -> Callable[P, R]:
+        @functools.wraps(function)
+        def call(*args: P.args, **given: P.kwargs) -> R:
+            try:
+                return _noted(function(*args, **given), name, positional, given)
+            except errors.Interrupted as stopped:
+                if stopped.best is not None:
+                    _noted(stopped.best, name, positional, given)
+                raise
+
+        return call
+
+    return decorate
+
+
+def _noted(result: R, name: str, positional: tuple[str, ...], given: Mapping[str, Any]) -> R:
+    options = {
+        option: value
+        for option, value in given.items()
+        if option not in (*positional, "progress") and value is not None
+    }
+    seed = getattr(result, "seed", None)
+    if seed is not None:
+        options["seed"] = seed
+    parts = [*positional, *(f"{option}={_shown(option, options[option])}" for option in options)]
+    object.__setattr__(result, "call", f"zeltbraidwerk.{name}({', '.join(parts)})")
+    return result
+
+
+def _shown(option: str, value: Any) -> str:
+    plain = isinstance(value, _WRITTEN) or (
+        isinstance(value, tuple) and all(isinstance(part, _WRITTEN) for part in value)
+    )
+    text = repr(value)
+    return text if plain and len(text) <= _LONGEST else option

@@ -1,0 +1,38 @@
+"""Circuits routed by Qiskit's level 3, which takes the gates as they are."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator
+
+from zeltbraidwerk import _interop
+from zeltbraidwerk._placement import Placement
+from zeltbraidwerk._swaps import Route
+from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.devices import Device
+
+_BASIS = ["cx", "cz", "swap", "h", "s", "sdg", "x", "y", "z", "rx", "ry", "rz"]
+
+
+def routes(
+    circuit: Circuit, device: Device, given: Placement | None, tries: int, seed: int
+) -> Iterator[Route]:
+    """One per seed of Qiskit's."""
+    transpiler = _interop._package("qiskit.transpiler")
+    gates = circuit.unitary().to_qiskit()
+    edges = [pair for a, b in device.edges for pair in ((a, b), (b, a))]
+    for k in range(tries):
+        passes = transpiler.generate_preset_pass_manager(
+            optimization_level=3,
+            coupling_map=transpiler.CouplingMap(edges),
+            basis_gates=_BASIS,
+            initial_layout=None if given is None else list(given),
+            seed_transpiler=(seed + k) % 2**31,
+        )
+        passes.init = passes.translation = passes.optimization = passes.scheduling = None
+        found = passes.run(gates)
+        first = tuple(found.layout.initial_index_layout())
+        moved = found.layout.routing_permutation()
+        ends = [0] * device.n
+        for start in first:
+            ends[start] = moved[start]
+        yield Route(Circuit.from_qiskit(found), first[: circuit.n], tuple(ends))
