@@ -207,6 +207,29 @@ TEST(Optimize, CountsTheSmallestCircuits) {
   EXPECT_EQ(one.count, 0);
 }
 
+TEST(Optimize, OutputsAnywhereAreNeverLongerThanInPlace) {
+  std::mt19937 rng(11);
+  int fewer = 0;
+  for (int instance = 0; instance < 12; ++instance) {
+    const int n = 3 + instance % 3;
+    Circuit given = support::random_circuit(n, 12 * n, AngleKind::numeric, rng);
+    for (int k = 0; k < 6; ++k) {  // swaps, which go where outputs are anywhere
+      given.push_back(Gate::CNOT(k / 3 + k % 2, k / 3 + 1 - k % 2));
+    }
+    OptimizeOptions options;
+    options.seed = static_cast<std::uint64_t>(instance);
+    options.exact = true;
+    options.steps = instance % 2 == 0 ? 1'000 : 20'000;
+    const int in_place = optimize_circuit(n, given, options).count;
+    options.outputs = Outputs::anywhere;
+    const OptimizeResult free = optimize_circuit(n, given, options);
+    EXPECT_EQ(fault(given, n, options, free, rng), "") << instance << '\n' << given;
+    EXPECT_LE(free.count, in_place) << instance;
+    fewer += in_place - free.count;
+  }
+  EXPECT_GT(fewer, 0);
+}
+
 TEST(Optimize, ReadsGlobalGates) {
   const Circuit given{Gate("XX", {2, 0, 1}, {pi / 2, 3.0}, false), Gate("RX", {0}, {0.3}, false),
                       Gate("CZ", {0, 2}), Gate("XX", {1, 2}, {pi / 2, 2.0}, false)};

@@ -17,6 +17,14 @@ struct Control {
   const std::atomic<bool>* stop = nullptr;
   int max_operations = 1000;  ///< cap of the greedy searches
 
+  /// The same with half of the time that is left.
+  Control for_half_the_time() const {
+    Control half = *this;
+    const auto now = Clock::now();
+    if (half.deadline) half.deadline = now + (*half.deadline - now) / 2;
+    return half;
+  }
+
   bool stop_requested() const {
     if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;
     return deadline && Clock::now() >= *deadline;

@@ -95,10 +95,7 @@ class Meter {
     given.steps = effort_.steps / 2;
     effort_.steps -= given.steps;
     limit_ = std::min(limit_, effort_.steps);
-    if (std::optional<Control::Clock::time_point>& deadline = effort_.control.deadline) {
-      const auto now = Control::Clock::now();
-      deadline = now + (*deadline - now) / 2;
-    }
+    effort_.control = effort_.control.for_half_the_time();
     return given;
   }
 

@@ -129,8 +129,7 @@ StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations
                                  const CircuitTask& task, const Effort& effort) {
   Effort half = effort;
   half.steps = effort.steps / 2;
-  const auto now = Control::Clock::now();
-  if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
+  half.control = effort.control.for_half_the_time();
   StagedCircuit exact = search_exactly(circuit, task, half);
   Effort rest = effort;
   rest.steps = effort.steps - half.steps;

@@ -7,6 +7,8 @@
 #include "zeltbraidwerk/circuit/search/internal/circuit_problem.h"
 #include "zeltbraidwerk/circuit/search/internal/piece_walk.h"
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
+#include "zeltbraidwerk/pauli/search/internal/label_frame.h"
+#include "zeltbraidwerk/pauli/search/internal/network_closing.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/driver.h"
 #include "zeltbraidwerk/search/internal/orders.h"
@@ -17,10 +19,17 @@ namespace {
 constexpr const CircuitTuning& tuning = circuit_tuning;
 
 /// Rounds of networks, forward and backward, of small circuits; and of walks from the best.
-class CircuitSearch : public SearchByBoth<Network> {
+///
+/// Outputs that may stand anywhere change nothing of it: the best circuits are closed anew as well,
+/// to any order, and the shorter ones among these are only answers. So they are never longer than
+/// the circuits with outputs in place. A circuit that is routed has outputs anywhere from the
+/// start.
+class CircuitSearch : public SearchBase<Network> {
  public:
   CircuitSearch(const CircuitProblem& problem, const CircuitTask& task, const Effort& effort)
-      : SearchByBoth(task, effort, Ties::latest), problem_(problem), circuit_task_(task) {}
+      : SearchBase(task, effort, task.by_depth() ? Ties::first : Ties::latest),
+        problem_(problem),
+        circuit_task_(task) {}
 
   Schedule schedule() const {
     return {.first_steps = static_cast<double>(tuning.first_steps),
@@ -30,14 +39,15 @@ class CircuitSearch : public SearchByBoth<Network> {
   void first() {
     if (circuit_task_.routes) {
       NetworkTask task = network_task(problem_, nullptr);
-      task.outputs = task_.outputs;
+      task.outputs = searched_outputs();
       start_ = search_events({problem_.rows, {}}, task, within(tuning.routing_steps));
     } else {
       start_ = problem_.given;
     }
-    offer(start_, start_.size, Origin::certain);
+    offer(start_, Origin::certain);
+    if (are_freed()) close_freely();
   }
-  bool finished() const { return shortest().size.count == 0; }
+  bool finished() const { return shortest_.size().count == 0; }
 
   void round(const Round& round) {
     const bool with_beams =
@@ -45,6 +55,7 @@ class CircuitSearch : public SearchByBoth<Network> {
     if (with_beams) {
       search(forward_, round.steps, [&](std::uint64_t steps) { search_forward(steps); });
       search(backward_, round.steps, [&](std::uint64_t steps) { search_backward(steps); });
+      if (round.number == tuning.open_round) search_open(round.steps / tuning.open_part);
     }
     const std::uint64_t end = meter_.steps() + (with_beams ? round.steps / 2 : 0);
     do {
@@ -53,16 +64,17 @@ class CircuitSearch : public SearchByBoth<Network> {
       ++walks_;
       meter_.step();  // circuits with nothing to walk through end as well
     } while (meter_.steps() < end && !meter_.ended());
+    if (with_beams && are_freed() && !meter_.ended()) search_freely(round.steps / tuning.free_part);
   }
 
  private:
   /// A part of the rounds gets fewer steps each time that it finds nothing better.
   template <class Part>
   void search(double& share, std::uint64_t steps, Part&& part) {
-    const CircuitSize before = incumbent().size();
+    const CircuitSize before = searched().size();
     part(static_cast<std::uint64_t>(share * static_cast<double>(steps)));
     const bool better =
-        incumbent().size().key(task_.objective).first < before.key(task_.objective).first;
+        searched().size().key(task_.objective).first < before.key(task_.objective).first;
     share = better ? tuning.beam_share : std::max(share / 2, tuning.least_beam_share);
   }
 
@@ -76,9 +88,12 @@ class CircuitSearch : public SearchByBoth<Network> {
     return found;
   }
   NetworkTask network_task(const CircuitProblem& problem, const Network* given) {
+    return network_task(problem, given, rng_);
+  }
+  NetworkTask network_task(const CircuitProblem& problem, const Network* given, Rng& rng) const {
     NetworkTask task;
     static_cast<Task&>(task) = task_;
-    task.seed = rng_.next();
+    task.seed = rng.next();
     task.in_order = true;
     task.target = &problem.target;
     task.given = given;
@@ -94,22 +109,62 @@ class CircuitSearch : public SearchByBoth<Network> {
 
   void search_forward(std::uint64_t steps) {
     if (meter_.ended()) return;
-    const Network given = incumbent().circuit();
-    const Network found = search_network(problem_, given, task_.outputs, steps);
-    offer(found, found.size, lowering());
+    const Network given = searched().circuit();
+    offer(search_network(problem_, given, searched_outputs(), steps), lowering());
   }
 
   /// The inverse circuit, of which the inverse is taken.
   void search_backward(std::uint64_t steps) {
-    const Network& best = incumbent().circuit();
+    const Network& best = searched().circuit();
     if (meter_.ended() || best.wires != in_order(qubits())) return;
     const CircuitProblem inverse = inverted_problem(best);
     const Network found = search_network(inverse, inverse.given, Outputs::in_place, steps);
-    Network back =
+    const Network back =
         network_of(events_of(qubits(), inverted(steps_of(found, inverse), problem_.rows.rows())),
                    in_order(qubits()), true);
-    offer(back, back.size, lowering());
+    offer(back, lowering());
   }
+
+  /// A network of the rotations alone, by half of the steps, after which what is left of the
+  /// operator is a Clifford circuit that the other half searches for.
+  void search_open(std::uint64_t steps) {
+    if (meter_.ended() || task_.device != nullptr) return;
+    NetworkTask task = network_task(problem_, nullptr);
+    task.target = nullptr;
+    task.outputs = Outputs::left_open;
+    const std::uint64_t half = std::min(steps / 2, meter_.left());
+    const Network found = search_events({problem_.rows, {}}, task, within(half));
+    meter_.charge(half);
+    const Network closed = closed_anew(found, Outputs::in_place, steps - half, rng_);
+    meter_.charge(steps - half);
+    offer(closed, Origin::derived);
+  }
+
+  /// The given circuit, its gates after the last rotation made anew with outputs anywhere.
+  void close_freely() {
+    const Network open = network_of(start_.events, in_order(qubits()), false);
+    offer(closed_anew(open, task_.outputs, 0, free_rng_), Origin::certain);
+  }
+  /// Networks with outputs anywhere, from the shortest in place. With draws of its own, and not
+  /// counted: what is found with outputs in place stays the same.
+  void search_freely(std::uint64_t steps) {
+    NetworkTask task = network_task(problem_, &shortest_.circuit(), free_rng_);
+    task.outputs = task_.outputs;
+    offer(search_events({problem_.rows, {}}, task, within(steps)), Origin::derived);
+  }
+
+  Network closed_anew(const Network& open, Outputs outputs, std::uint64_t steps, Rng& rng) {
+    LabelFrame frame(qubits());
+    for (const NetworkEvent& event : open.events) {
+      if (event.row < 0) frame.play(event.gate);
+    }
+    NetworkTask task;
+    static_cast<Task&>(task) = task_;
+    task.outputs = outputs;
+    task.target = &problem_.target;
+    return closed(open.events, frame, task, meter_.control(), steps, rng);
+  }
+
   CircuitProblem inverted_problem(const Network& network) const {
     return problem_of(qubits(), inverted(steps_of(network, problem_), problem_.rows.rows()));
   }
@@ -121,10 +176,10 @@ class CircuitSearch : public SearchByBoth<Network> {
     const int place = walks_ % tuning.walks_of_chain;
     if (place == 0 && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest();
+      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest_.circuit();
       chain_.offer(start, start.size);
     }
-    const Network from = by_layers ? shallowest() : chain_.circuit();
+    const Network from = by_layers ? shallowest_.circuit() : chain_.circuit();
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
@@ -138,8 +193,25 @@ class CircuitSearch : public SearchByBoth<Network> {
     meter_.charge(options.most_steps);
     const Network network = network_of(std::move(walked.events), from.wires, true);
     if (!by_layers) chain_.offer(network, network.size);
-    offer(network, network.size, by_layers ? Origin::lowering_depth : Origin::lowering_count);
+    offer(network, by_layers ? Origin::lowering_depth : Origin::lowering_count);
   }
+
+  void offer(const Network& network, Origin origin) {
+    if (!incumbent_.counts(origin)) return;
+    if (circuit_task_.routes || network.wires == in_order(qubits())) {
+      shortest_.offer(network, network.size);
+      shallowest_.offer(network, network.size);
+    }
+    incumbent_.offer(network, network.size, origin);
+  }
+
+  /// The best circuit to search on from.
+  const Smallest<Network>& searched() const { return task_.by_depth() ? shallowest_ : shortest_; }
+  Outputs searched_outputs() const {
+    return circuit_task_.routes ? task_.outputs : Outputs::in_place;
+  }
+
+  bool are_freed() const { return task_.outputs != searched_outputs(); }
 
   int qubits() const { return problem_.rows.qubits(); }
   Origin lowering() const {
@@ -149,6 +221,9 @@ class CircuitSearch : public SearchByBoth<Network> {
   const CircuitProblem& problem_;
   const CircuitTask& circuit_task_;
   Network start_;
+  Smallest<Network> shortest_{Objective::count, Ties::latest};
+  Smallest<Network> shallowest_{Objective::depth};
+  Rng free_rng_{task_.seed, task_.stream};
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;

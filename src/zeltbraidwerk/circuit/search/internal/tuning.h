@@ -20,6 +20,12 @@ struct CircuitTuning {
   /// better.
   double beam_share = 0.25;
   double least_beam_share = 0.125;
+  /// The round in which rotations are searched for alone, and what is left of the operator closed
+  /// by a Clifford search of its own; and what part of the round's steps it gets.
+  int open_round = 1;
+  std::uint64_t open_part = 4;
+  /// What part of a round's steps is spent beside it on networks with outputs anywhere.
+  std::uint64_t free_part = 4;
   /// Steps per gate of the first round of exact search and windows on two wires in turns, at least.
   std::uint64_t alternation_steps = 32;
   /// Two-wire gates of a block on three wires that is taken apart in the given circuit, at least.

@@ -9,49 +9,111 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 using Table = OperatorTable<NetworkBlock::wires>;
-constexpr std::uint64_t in_each = 0x0101010101010101;  // of eight bytes
 constexpr int moves = moves_on(NetworkBlock::wires);
 
-constexpr std::uint8_t letter(End end) {
-  return static_cast<std::uint8_t>(label_of(end) << (2 * wire_of(end)));
-}
 constexpr std::uint8_t byte(std::uint64_t bytes, int k) {
   return static_cast<std::uint8_t>(bytes >> (8 * k));
 }
-/// Of eight strings, each in its byte.
-constexpr std::uint64_t weights(std::uint64_t strings) {
-  const std::uint64_t letters = strings | strings >> 1;
-  std::uint64_t sum = 0;
-  for (int q = 0; q < NetworkBlock::wires; ++q) sum += letters >> (2 * q) & in_each;
-  return sum;
+constexpr std::uint16_t bit_of(int rotation) {
+  return static_cast<std::uint16_t>(1U << rotation);
 }
 constexpr bool clash(std::uint8_t a, std::uint8_t b) {
   const unsigned swapped = (b & 0x55U) << 1 | (b & 0xaaU) >> 1;
   return (std::popcount(a & swapped) & 1) != 0;
 }
 
-/// Eight strings through a gate.
-constexpr std::uint64_t through(const Gate& gate, std::uint64_t strings) {
-  const auto pulled = [&](End end) {
-    std::uint64_t odd = 0;
-    if ((label_of(end) & label_z) != 0) odd ^= strings >> (2 * wire_of(end));
-    if ((label_of(end) & label_x) != 0) odd ^= strings >> (2 * wire_of(end) + 1);
-    return odd & in_each;
-  };
-  return strings ^ pulled(gate.a) * letter(gate.b) ^ pulled(gate.b) * letter(gate.a);
+const OperatorTable<NetworkBlock::wires>& table() {
+  static const auto& shared = OperatorTable<NetworkBlock::wires>::shared();
+  return shared;
 }
+
+struct Move {
+  int a;
+  int b;
+  int label_a;
+  int label_b;
+
+  /// Eight operators through the gate, each in its byte.
+  std::uint64_t through(std::uint64_t operators) const {
+    const auto anticommuting = [&](int wire, int label) {
+      std::uint64_t odd = 0;
+      if ((label & label_z) != 0) odd ^= operators >> (2 * wire);
+      if ((label & label_x) != 0) odd ^= operators >> (2 * wire + 1);
+      return odd & 0x0101010101010101;
+    };
+    return operators ^ (anticommuting(a, label_a) * static_cast<unsigned>(label_b)) << (2 * b) ^
+           (anticommuting(b, label_b) * static_cast<unsigned>(label_a)) << (2 * a);
+  }
+};
+constexpr auto block_moves = [] {
+  std::array<Move, moves> result{};
+  for (std::size_t k = 0; k < moves; ++k) {
+    const Gate& gate = window_gates[k];
+    result[k] = {wire_of(gate.a), wire_of(gate.b), label_of(gate.a), label_of(gate.b)};
+  }
+  return result;
+}();
 
 }  // namespace
 
-int NetworkBlock::distance(std::uint64_t operators) {
-  return Table::shared().find(operators).distance;
-}
+/// What gates make of the strings of a state, rotations by bits.
+class NetworkBlock::GatesOn {
+ public:
+  explicit GatesOn(const State& state) {
+    for (std::size_t q = 0; q < wires; ++q) {
+      const unsigned x = state.letters[q].x;
+      const unsigned z = state.letters[q].z;
+      is_[q] = {x | z, x & ~z, z & ~x, x & z};
+      anticommutes_[q] = {0, z, x, x ^ z};
+    }
+  }
+
+  /// Those that have fewer letters after the gate.
+  unsigned fallen(const Move& move) const {
+    return (is(move.a, move.label_a) & anticommutes(move.b, move.label_b)) |
+           (is(move.b, move.label_b) & anticommutes(move.a, move.label_a));
+  }
+  /// One less than the most letters that one has after the gate, with those that have `fallen`.
+  int farthest(const Move& move, unsigned fallen) const {
+    const unsigned on_a = is(move.a, 0);
+    const unsigned on_b = is(move.b, 0);
+    const unsigned on_other = is(3 - move.a - move.b, 0);
+    const unsigned both = (on_a & on_b & ~fallen) | (~on_a & anticommutes(move.b, move.label_b)) |
+                          (~on_b & anticommutes(move.a, move.label_a));
+    if ((both & on_other) != 0) return 2;
+    return (both | (on_other & (on_a | on_b))) != 0 ? 1 : 0;
+  }
+  State after(const Move& move, const State& state) const {
+    State next = state;
+    next.operators = move.through(state.operators);
+    const auto multiply = [&](int wire, int label, unsigned rows) {
+      Letters& letters = letters_of(next, wire);
+      if ((label & label_x) != 0) letters.x = static_cast<Rows>(letters.x ^ rows);
+      if ((label & label_z) != 0) letters.z = static_cast<Rows>(letters.z ^ rows);
+    };
+    multiply(move.b, move.label_b, anticommutes(move.a, move.label_a));
+    multiply(move.a, move.label_a, anticommutes(move.b, move.label_b));
+    return next;
+  }
+
+ private:
+  unsigned is(int wire, int label) const {
+    return is_[static_cast<std::size_t>(wire)][static_cast<std::size_t>(label)];
+  }
+  unsigned anticommutes(int wire, int label) const {
+    return anticommutes_[static_cast<std::size_t>(wire)][static_cast<std::size_t>(label)];
+  }
+
+  std::array<std::array<unsigned, 4>, wires> is_;  // by label; 0: any
+  std::array<std::array<unsigned, 4>, wires> anticommutes_;
+};
 
 bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_free) {
   end_is_free_ = end_is_free;
   gates_ = rotations_ = 0;
   start_ = {};
   WindowRows labels = identity_rows_on(wires);
+  std::array<std::uint8_t, most_rotations> strings;
   const auto stands_for = [&](End end) {
     unsigned string = 0;
     if ((label_of(end) & label_x) != 0) string ^= byte(labels, 2 * wire_of(end));
@@ -79,10 +141,15 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
     before_[k] = 0;
     for (int other = 0; other < rotations_ && in_order_; ++other) {
       const auto o = static_cast<std::size_t>(other);
-      if (clash(byte(start_.strings[o / 8], other % 8), string)) before_[k] |= 1U << other;
+      if (clash(strings[o], string)) before_[k] |= bit_of(other);
     }
-    start_.strings[k / 8] |= std::uint64_t{string} << (8 * (k % 8));
-    start_.left |= 1U << k;
+    strings[k] = string;
+    for (int q = 0; q < wires; ++q) {
+      const int label = string >> (2 * q) & 3;
+      if ((label & label_x) != 0) letters_of(start_, q).x |= bit_of(rotations_);
+      if ((label & label_z) != 0) letters_of(start_, q).z |= bit_of(rotations_);
+    }
+    start_.left |= bit_of(rotations_);
     rows_[k] = event.row;
     ++rotations_;
   }
@@ -92,50 +159,41 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
 
 /// One less than the most letters that a string has.
 int NetworkBlock::farthest(const State& state) {
-  std::uint64_t two = 0;
-  std::uint64_t three = 0;
-  for (const std::uint64_t strings : state.strings) {
-    const std::uint64_t w = weights(strings);
-    two |= w >> 1 & in_each;
-    three |= w & w >> 1 & in_each;
-  }
-  return three != 0 ? 2 : two != 0 ? 1 : 0;
+  const auto on = [&](std::size_t q) { return state.letters[q].x | state.letters[q].z; };
+  const int a = on(0);
+  const int b = on(1);
+  const int c = on(2);
+  return (a & b & c) != 0 ? 2 : ((a & b) | (c & (a | b))) != 0 ? 1 : 0;
 }
 
 int NetworkBlock::least() const {
-  return std::max(farthest(start_), end_is_free_ ? 0 : distance(start_.operators));
+  return std::max(farthest(start_), end_is_free_ ? 0 : table().find(start_.operators).distance);
 }
 
 /// Those with a single letter before which nothing must come; of those served nothing is left.
 void NetworkBlock::serve(State& state) {
   for (bool again = true; again;) {
     again = false;
-    for (std::size_t word = 0; word < state.strings.size(); ++word) {
-      const std::uint64_t w = weights(state.strings[word]);
-      for (std::uint64_t rest = w & ~(w >> 1) & in_each; rest != 0; rest &= rest - 1) {
-        const int shift = std::countr_zero(rest);
-        const std::size_t at = 8 * word + static_cast<std::size_t>(shift / 8);
-        if ((before_[at] & state.left) != 0) continue;
-        const auto string = static_cast<unsigned>(state.strings[word] >> shift & 0xff);
-        const int wire = std::countr_zero(string) / 2;
-        const End end = end_of(wire, static_cast<int>(string >> (2 * wire)));
-        found_.push_back({{end, end}, rows_[at]});
-        state.left &= ~(1U << at);
-        state.strings[word] &= ~(std::uint64_t{0xff} << shift);
-        again = in_order_;
+    const auto on = [&](std::size_t q) { return state.letters[q].x | state.letters[q].z; };
+    const int several = (on(0) & on(1)) | (on(2) & (on(0) | on(1)));
+    for (auto rest = static_cast<unsigned>((on(0) | on(1) | on(2)) & ~several); rest != 0;
+         rest &= rest - 1) {
+      const int k = std::countr_zero(rest);
+      if ((before_[static_cast<std::size_t>(k)] & state.left) != 0) continue;
+      const auto gone = static_cast<Rows>(~bit_of(k));
+      for (int q = 0; q < wires; ++q) {
+        Letters& letters = letters_of(state, q);
+        const int label = (letters.x >> k & 1) * label_x + (letters.z >> k & 1) * label_z;
+        if (label == 0) continue;
+        const End end = end_of(q, label);
+        found_.push_back({{end, end}, rows_[static_cast<std::size_t>(k)]});
+        letters.x &= gone;
+        letters.z &= gone;
       }
+      state.left &= gone;
+      again = in_order_;
     }
   }
-}
-
-/// Whether a string has fewer letters than it had, or less is left to undo.
-bool NetworkBlock::is_nearer(const State& before, const State& after) const {
-  for (std::size_t word = 0; word < before.strings.size(); ++word) {
-    const std::uint64_t fell =
-        (weights(before.strings[word]) | 4 * in_each) - weights(after.strings[word]);
-    if ((fell >> 2 & (fell | fell >> 1) & in_each) != 0) return true;
-  }
-  return !end_is_free_ && distance(after.operators) < distance(before.operators);
 }
 
 /// Every qubit is on its own wire again.
@@ -161,18 +219,25 @@ bool NetworkBlock::descend(const State& state, int budget) {
     return true;
   }
   if (budget == 0 || --patience_ < 0) return false;
+  const GatesOn gates(state);
+  // What is left to undo takes a gate less after the moves `down`, and at most a gate more
+  // otherwise.
+  const auto [distance, down] = end_is_free_ ? Table::Entry{-1, 0} : table().find(state.operators);
   for (int k = 0; k < moves; ++k) {
-    const int move = (first_move_ + k * stride_) % moves;
-    if ((pairs_ >> (move / 9) & 1) == 0) continue;
-    const Gate& gate = window_gates[static_cast<std::size_t>(move)];
-    State next = state;
-    next.operators = through(gate, state.operators);
-    for (auto& strings : next.strings) strings = through(gate, strings);
-    if (farthest(next) > budget - 1) continue;
-    if (!end_is_free_ && distance(next.operators) > budget - 1) continue;
-    if (!is_nearer(state, next)) continue;
+    const int number = (first_move_ + k * stride_) % moves;
+    if ((pairs_ >> (number / 9) & 1) == 0) continue;
+    const bool undoes = (down >> number & 1) != 0;
+    if (!undoes && distance >= budget) continue;
+    const Move& move = block_moves[static_cast<std::size_t>(number)];
+    const unsigned fallen = gates.fallen(move);
+    if (fallen == 0 && !undoes) continue;
+    if (gates.farthest(move, fallen) > budget - 1) continue;
+    State next = gates.after(move, state);
+    if (!undoes && distance == budget - 1 && table().find(next.operators).distance > distance) {
+      continue;
+    }
     const std::size_t before = found_.size();
-    found_.push_back({gate, -1});
+    found_.push_back({window_gates[static_cast<std::size_t>(number)], -1});
     serve(next);
     if (descend(next, budget - 1)) return true;
     found_.resize(before);

@@ -13,7 +13,8 @@ namespace zelt::braidwerk::internal {
 /// same operator after them, found by going through all sequences of gates up to a length that
 /// are of use at every step, in a random order, until one is found or enough were looked at.
 ///
-/// Strings are bytes, the label of wire q in bits 2 q and 2 q + 1.
+/// Operators are bytes, the label of wire q in bits 2 q and 2 q + 1. The strings of the rotations
+/// are planes: for each wire one bit per rotation of what has an X there, and one of what has a Z.
 class NetworkBlock {
  public:
   static constexpr int wires = 3;
@@ -37,16 +38,24 @@ class NetworkBlock {
   const std::array<End, 4 * wires>& ends() const { return ends_; }
 
  private:
+  using Rows = std::uint16_t;  // one bit per rotation
+  static_assert(most_rotations <= 16);
+  struct Letters {
+    Rows x;
+    Rows z;
+  };
   struct State {
     std::uint64_t operators;  // what X and Z on the wires, after the block, are here
-    std::array<std::uint64_t, most_rotations / 8> strings;
-    unsigned left;  // rotations
+    std::array<Letters, wires> letters;
+    Rows left;  // rotations
   };
+  class GatesOn;
 
-  static int distance(std::uint64_t operators);
-  void serve(State& state);
+  static Letters& letters_of(State& state, int wire) {
+    return state.letters[static_cast<std::size_t>(wire)];
+  }
   static int farthest(const State& state);
-  bool is_nearer(const State& before, const State& after) const;
+  void serve(State& state);
   bool descend(const State& state, int budget);
   bool is_done(const State& state) const;
 
@@ -56,7 +65,7 @@ class NetworkBlock {
   int rotations_ = 0;
   State start_{};
   std::array<int, most_rotations> rows_{};
-  std::array<unsigned, most_rotations> before_{};  // rotations that must come first
+  std::array<Rows, most_rotations> before_{};  // rotations that must come first
   std::vector<NetworkEvent> found_;
   std::array<End, 4 * wires> ends_{};
   int patience_ = 0;

@@ -135,8 +135,9 @@ class NetworkSearch : public SearchByBoth<Network> {
     const Cooling cooling = run_.task.target == nullptr ? tuning.cooling : drawn_cooling(rng_);
     const std::uint64_t steps = tuning.walk_steps_of_event * from.events.size()
                                 << std::min(round, tuning.most_walk_doublings);
-    NetworkWalk walk(from.events, input_.qubits(), run_.task.in_order, !task_.closes(),
-                     task_.device);
+    NetworkWalk walk(
+        from.events, input_.qubits(), run_.task.in_order, !task_.closes(), task_.device,
+        run_.task.target == nullptr ? tuning.walk_patience : network_target_tuning.walk_patience);
     const auto offer_walked = [&](Origin how) {
       offer(network_of(walk.events(), from.wires, task_.closes()), how);
     };
@@ -226,8 +227,7 @@ PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task
   }
   // Searched as closed as well, for as many steps: an open end is never longer than a closed one.
   Effort half = effort;
-  const auto now = Control::Clock::now();
-  if (half.control.deadline) half.control.deadline = now + (*half.control.deadline - now) / 2;
+  half.control = effort.control.for_half_the_time();
   const Answer open = answer_of(input, task, half);
   if (open.proven) return result_of(open.network, rotations, task, false);
   NetworkTask closed_task = task;

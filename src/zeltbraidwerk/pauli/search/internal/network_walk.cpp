@@ -20,10 +20,11 @@ Cooling drawn_cooling(Rng& rng) {
 }
 
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
-                         bool end_is_free, const BitGraph* graph)
+                         bool end_is_free, const BitGraph* graph, int patience)
     : graph_(graph),
       qubits_(qubits),
       end_is_free_(end_is_free),
+      patience_(patience),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
@@ -51,8 +52,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     return false;
   }
   const int old = block_.gates();
-  const int nodes =
-      rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : tuning.walk_patience;
+  const int nodes = rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
   const unsigned pairs = pairs_that_meet();
   const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
   const int longest = old + (rng.chance(uphill) ? 1 : 0);
