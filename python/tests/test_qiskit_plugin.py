@@ -220,9 +220,12 @@ def pieces(circuit):
     return matrix(bound(plain))
 
 
-def test_a_pass_keeps_the_operator_with_its_phase(qk):
-    from zeltbraidwerk.qiskit import Optimize
+@pytest.mark.parametrize("most_work", [0, 1e8], ids=["large", "small"])
+def test_a_pass_keeps_the_operator_with_its_phase(qk, monkeypatch, most_work):
+    """Small circuits are compared by states too, which sets the phase anew."""
+    from zeltbraidwerk.qiskit import Optimize, _pass
 
+    monkeypatch.setattr(_pass, "_MOST_WORK", most_work)
     source = dynamic(qk)
     for options in ({}, {"objective": "depth"}, {"objective": "t", "exact": True}):
         made = Optimize(seed=1, steps=3000, **options)(source)

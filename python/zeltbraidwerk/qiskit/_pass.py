@@ -11,7 +11,7 @@ from qiskit.converters import circuit_to_dag, dag_to_circuit
 from qiskit.quantum_info import Statevector
 from qiskit.transpiler import TransformationPass
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _core, _validate, errors
 from zeltbraidwerk._optimize import Optimization, optimize
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
@@ -20,10 +20,8 @@ from zeltbraidwerk.qiskit._cost import cost
 from zeltbraidwerk.qiskit._gates import append
 from zeltbraidwerk.qiskit._pieces import Piece, pieces_of
 
-_STEPS = 200_000  # of the whole circuit by default, and ...
-_STEPS_OF_GATE = 30
 _LEAST_SECONDS = 1e-3
-_MOST_WORK = 1e8  # amplitudes times gates, up to which the phase is found
+_MOST_WORK = 1e8  # amplitudes times gates, up to which states are compared once more
 _TOLERANCE = 1e-6  # of the overlap of two states that are the same
 
 
@@ -41,8 +39,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
     ``objective``, ``exact``, ``seed``, ``steps``, ``restarts``, ``budget`` and ``jobs`` are as in
     :func:`zeltbraidwerk.optimize`; ``steps`` and ``budget`` are for the whole circuit.
 
-    The circuit is the same operator. Its global phase is kept as well, on pieces that are small
-    enough to be simulated, of up to about 16 qubits; on larger ones it may change.
+    The circuit is the same operator, and its global phase is kept as well.
 
     >>> from qiskit import QuantumCircuit
     >>> circuit = QuantumCircuit(4)
@@ -122,7 +119,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
                 return None
             wires = QuantumCircuit(len(part))
             append(wires, found.circuit, piece.symbols)
-            wires.global_phase += getattr(found, "global_phase", None) or 0.0
+            wires.global_phase += found.global_phase or 0.0
             made.compose(wires, [place[q] for q in part], inplace=True, copy=False)
             fewer_t |= found.after.t < found.before.t
         better = self._cost(made) < self._cost(given) or (self._objective == "t" and fewer_t)
@@ -145,7 +142,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
         share = len(gates) / total
         steps, budget = self._effort["steps"], self._effort["budget"]
         if steps is None and budget is None:
-            steps = _STEPS + _STEPS_OF_GATE * total
+            steps = _core._optimize_steps(total)
         return optimize(
             source, device=None if device is None else device.part(qubits),
             steps=None if steps is None else int(steps * share),
