@@ -80,7 +80,7 @@ def read(circuit: Any) -> Read:
     _reading.wanted(circuit, "pytket", "Circuit")
     plain = _taken_apart(circuit)
     qubits = {qubit: place for place, qubit in enumerate(circuit.qubits)}
-    bits, registers = _bits(circuit)
+    bits, registers = bits_of(circuit)
     reading = Reading()
     for place, command in enumerate(plain.get_commands()):
         where = f"command {place}" if plain is circuit else f"command {place} after decomposition"
@@ -131,7 +131,7 @@ def _inner(op: Any) -> Any:
     return op
 
 
-def _bits(circuit: Any) -> tuple[dict[Any, int], list[Register]]:
+def bits_of(circuit: Any) -> tuple[dict[Any, int], list[Register]]:
     """Bits in the order of the registers; bits with other indices make one register."""
     registers = circuit.c_registers
     bits = [register[k] for register in registers for k in range(register.size)]
