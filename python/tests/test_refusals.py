@@ -211,7 +211,7 @@ optimize(Circuit(2, [Gate('XX', (0, 1), (0.3, 2))])) -> OptionError: gates: got 
 # validation
 graph_state.synthesize([(0, 1), (1, 2), (2, 0)]) -> ShapeError: of edges
 graph_state.synthesize([(1, 0), (0, 1)]) -> GraphError: written twice
-Device.of(np.ones((3, 3), int)) -> ShapeError: device: .* wanted pairs
+Device.of(np.ones((3, 3), int)) -> GraphError: device: got an adjacency matrix .* wanted a symmetric one
 Device.from_networkx([(0, 1)]) -> DtypeError: wanted a graph of networkx
 Device.from_qiskit(5) -> DeviceError: source: got 5, wanted a coupling map
 Device.line(2).draw(CnotCircuit(3)) -> DeviceTooSmallError: at most 2

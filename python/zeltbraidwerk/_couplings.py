@@ -95,6 +95,23 @@ def of_pytket(value: Any, name: str) -> Couplings:
     return len(place), [(place[a], place[b]) for a, b in value.coupling]
 
 
+def is_adjacency(value: Any) -> bool:
+    """Whether it is an array, also a sparse one, that cannot be one of pairs."""
+    shape = getattr(value, "shape", None)
+    return isinstance(shape, tuple) and len(shape) == 2 and shape[0] == shape[1] != 2
+
+
+def of_adjacency(value: Any, name: str) -> Couplings:
+    """Of a symmetric matrix with 1 where there is an edge."""
+    found = _validate.bit_matrix(value.toarray() if hasattr(value, "toarray") else value, name)
+    if (found != found.T).any() or found.diagonal().any():
+        raise errors.GraphError(
+            f"{name}: got an adjacency matrix that is not symmetric or has edges from a qubit to "
+            "itself, wanted a symmetric one with zeros on its diagonal"
+        )
+    return len(found), [(int(a), int(b)) for a, b in np.argwhere(np.triu(found))]
+
+
 def of_edges(value: Any, name: str) -> Couplings:
     """Of pairs, with the qubits 0 to the greatest number in them."""
     pairs = _validate.pairs(list(value) if isinstance(value, (set, frozenset)) else value, name)

@@ -1,9 +1,9 @@
-"""Pauli rotations in the form of Qiskit and of pytket. Neither package is imported."""
+"""Pauli rotations in the forms of other packages, none of which is imported."""
 
 from __future__ import annotations
 
 import math
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator, Mapping
 from typing import Any
 
 from zeltbraidwerk import errors
@@ -41,18 +41,52 @@ def of_evolution(gate: Any) -> Iterator[Pair]:
 
 def of_pytket(operator: Any) -> Iterator[Pair]:
     """exp(-i pi/2 c P) for each term c P, as in the Pauli gadgets of pytket."""
-    qubits = sorted(operator.all_qubits)
-    registers = {qubit.reg_name for qubit in qubits}
-    if len(registers) == 1 and all(len(qubit.index) == 1 for qubit in qubits):
-        place = {qubit: qubit.index[0] for qubit in qubits}
-    else:
-        place = {qubit: k for k, qubit in enumerate(qubits)}
-    n = max(place.values(), default=-1) + 1
-    for string, coefficient in operator._dict.items():
-        letters = ["I"] * n
-        for qubit, pauli in string.map.items():
-            letters[place[qubit]] = pauli.name
-        yield "".join(letters), math.pi * _real(coefficient)
+    terms = list(operator._dict.items())
+    words = words_of_pytket([string for string, _ in terms], operator.all_qubits)
+    for word, (_, coefficient) in zip(words, terms, strict=True):
+        yield word, math.pi * _real(coefficient)
+
+
+def words_of_pytket(strings: Iterable[Any], qubits: Iterable[Any]) -> list[str]:
+    """Of QubitPauliStrings. Qubits of one register are at their indices, others in their order."""
+    ordered = sorted(qubits)
+    registers = {qubit.reg_name for qubit in ordered}
+    is_one = len(registers) == 1 and all(len(qubit.index) == 1 for qubit in ordered)
+    place = {qubit: qubit.index[0] if is_one else k for k, qubit in enumerate(ordered)}
+    return _words(
+        {place[qubit]: pauli.name for qubit, pauli in string.map.items()} for string in strings
+    )
+
+
+def of_openfermion(operator: Any) -> Iterator[Pair]:
+    """exp(-i c P) for each term c P of a QubitOperator."""
+    words = _words(dict(factors) for factors in operator.terms)
+    for word, coefficient in zip(words, operator.terms.values(), strict=True):
+        yield word, 2 * _real(coefficient)
+
+
+def of_pennylane(operator: Any) -> Iterator[Pair]:
+    """exp(-i c P) for each term c P of a PauliSentence, or of an operator that has one. Wires that
+    are no integers are in their order."""
+    sentence = operator if isinstance(operator, Mapping) else getattr(operator, "pauli_rep", None)
+    if sentence is None:
+        raise errors.OptionError(
+            f"rotations: got {type(operator).__name__} of PennyLane, which is no sum of Pauli "
+            "strings, wanted one"
+        )
+    wires = list(dict.fromkeys(wire for word in sentence for wire in word))
+    is_numbered = all(isinstance(wire, int) for wire in wires)
+    place = {wire: wire if is_numbered else k for k, wire in enumerate(wires)}
+    words = _words({place[wire]: letter for wire, letter in word.items()} for word in sentence)
+    for word, coefficient in zip(words, sentence.values(), strict=True):
+        yield word, 2 * _real(coefficient)
+
+
+def _words(factors: Iterable[Mapping[int, str]]) -> list[str]:
+    """Strings of letters for qubits with letters, as long as the highest qubit wants."""
+    listed = list(factors)
+    n = 1 + max((qubit for word in listed for qubit in word), default=-1)
+    return ["".join(word.get(qubit, "I") for qubit in range(n)) for word in listed]
 
 
 def _real(value: Any) -> float | Parameter:

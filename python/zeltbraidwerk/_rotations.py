@@ -15,6 +15,7 @@ from zeltbraidwerk._parameter import Parameter, parameter
 
 _CODES = str.maketrans("IXYZ", "\0\1\2\3")
 _IDENTITY = "I"
+_STRING = "pytket.QubitPauliString"
 _STRINGS = ("stim.PauliString", "qiskit.Pauli")
 _STRIDE = 1024  # strings looked at together
 
@@ -217,6 +218,12 @@ def _listed(source: Any) -> _Listed:
         return _Listed(terms, "a SparsePauliOp", source.num_qubits)
     if kind == "pytket.QubitPauliOperator":
         return _Listed(_foreign_rotations.of_pytket(source), "a QubitPauliOperator")
+    if kind == "openfermion.QubitOperator":
+        return _Listed(_foreign_rotations.of_openfermion(source), "a QubitOperator")
+    if kind.startswith("pennylane."):
+        return _Listed(_foreign_rotations.of_pennylane(source), "an operator of PennyLane")
+    if isinstance(source, Mapping) and any(_kind(key) == _STRING for key in source):
+        return _Listed(_by_qubits(source), "a mapping")
     if isinstance(source, (Mapping, ItemsView)):
         items = source.items() if isinstance(source, Mapping) else source
         return _Listed(items, "a mapping")
@@ -227,6 +234,20 @@ def _listed(source: Any) -> _Listed:
             raise errors.ShapeError(f"rotations: got {len(strings)} strings, {len(angles)} angles")
         return _Listed(zip(strings, angles, strict=True), None)
     return _Listed(_pairs(_validate.items(source, "rotations", "Pauli strings with angles")), None)
+
+
+def _by_qubits(source: Mapping[Any, Any]) -> Iterator[tuple[str, Any]]:
+    """Of QubitPauliStrings of pytket with their angles."""
+    strings = list(source)
+    for string in strings:
+        if _kind(string) != _STRING:
+            raise errors.DtypeError(
+                f"rotations: got {_validate.shown(string)} among QubitPauliStrings, wanted these "
+                "alone"
+            )
+    qubits = {qubit for string in strings for qubit in string.map}
+    words = _foreign_rotations.words_of_pytket(strings, qubits)
+    return zip(words, source.values(), strict=True)
 
 
 def _pairs(items: list[Any]) -> Iterator[tuple[Any, Any]]:

@@ -47,8 +47,8 @@ class Device(_json.Stored):
     def from_edges(cls, edges: Iterable[tuple[int, int]], name: str = "") -> Device:
         """A device with the qubits 0 to the greatest number in the edges.
 
-        Edges are pairs of qubits, one per row where they are an array. A matrix is never read as
-        an adjacency matrix: ``Device(len(matrix), numpy.argwhere(matrix))`` is the device of one.
+        Edges are pairs of qubits, one per row where they are an array; :meth:`of` takes adjacency
+        matrices too.
         Edges without qubit 0 are refused, since they probably count from 1.
         """
         return cls(*_couplings.of_edges(edges, "edges"), name)
@@ -146,7 +146,8 @@ class Device(_json.Stored):
     @classmethod
     def of(cls, source: Any) -> Device:
         """A device of anything that describes one: a Device, a name, an object of networkx,
-        rustworkx, Qiskit or pytket, or edges, each read as by the method named after it."""
+        rustworkx, Qiskit or pytket, or edges, each read as by the method named after it; or an
+        adjacency matrix, as an array or a sparse one of scipy."""
         if isinstance(source, Device):
             return source
         if isinstance(source, str):
@@ -157,6 +158,8 @@ class Device(_json.Stored):
             return cls(*_couplings.of_qiskit(source, "device"))
         if _validate.comes_from(source, "pytket"):
             return cls(*_couplings.of_pytket(source, "device"))
+        if _couplings.is_adjacency(source):
+            return cls(*_couplings.of_adjacency(source, "device"))
         if isinstance(source, Iterable) and not isinstance(source, (bytes, bytearray, dict)):
             return cls(*_couplings.of_edges(source, "device"))
         raise errors.DeviceError(

@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _calls, _core, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _matrices, _search, _validate, errors
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
@@ -90,7 +90,7 @@ class LinearSynthesis(Result):
 
 @_calls.recorded("linear.synthesize", "matrix")
 def synthesize(
-    matrix: npt.ArrayLike,
+    matrix: Any,
     *,
     method: str = "auto",
     device: Any = None,
@@ -109,8 +109,10 @@ def synthesize(
 ) -> LinearSynthesis:
     """A circuit of CNOTs that implements ``matrix``, not its inverse.
 
-    ``matrix`` is square and invertible over GF(2): bool or 0/1 integers, as an array or a nested
-    list. It is not changed. Row r marks the inputs whose XOR stands on output r:
+    ``matrix`` is square and invertible over GF(2): bool or 0/1 integers, as an array, a sparse one
+    of scipy, one of galois, a nested list, or rows of text such as "101"; a LinearFunction of
+    Qiskit or a Mat2 of PyZX; or whatever :meth:`zeltbraidwerk.Circuit.of` reads as a circuit of
+    CNOTs. It is not changed. Row r marks the inputs whose XOR stands on output r:
 
     >>> import zeltbraidwerk as zb
     >>> matrix = [[1, 0, 0], [1, 1, 0], [0, 1, 1]]  # outputs a, a + b, b + c of inputs a, b, c
@@ -176,7 +178,7 @@ def synthesize(
     }
     outputs = None if reach is None else _core._Outputs.within_reach
     edges = _reach(reach, call)
-    bits = _validate.invertible_matrix(matrix, "matrix")
+    bits = _validate.invertible_matrix(_matrices.matrix_of(matrix, "matrix"), "matrix")
     n = len(bits)
     _place(call, n)
 

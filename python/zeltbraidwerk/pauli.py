@@ -75,14 +75,15 @@ def synthesize(
 
     ``rotations`` lists pairs of a string and an angle, or is a tuple of a list of strings (or an
     array of codes 0 to 3 for I, X, Y, Z) and a list of angles, or maps strings to angles. A string
-    is text with or without a sign, a Pauli string of Stim, or a Pauli of Qiskit. Angles are numbers
-    of radians, or symbolic and passed through. A SparsePauliOp of Qiskit stands for exp(-i c P) for
-    each term c P, a QubitPauliOperator of pytket for exp(-i pi/2 c P). A PauliEvolutionGate of
-    Qiskit stands for the product that its ``synthesis`` expands it into: LieTrotter or
-    SuzukiTrotter with their ``order``, ``reps`` and ``preserve_order``, or one draw of QDrift; a
-    MatrixExponential is no product and refused. ``n`` is the number of qubits where there is no
-    string. Angles of identity strings make a global phase,
-    exp(i ``result.global_phase``).
+    is text with or without a sign, a Pauli string of Stim, or a Pauli of Qiskit; keys of a mapping
+    may be QubitPauliStrings of pytket. Angles are numbers of radians, or symbolic and passed
+    through. A SparsePauliOp of Qiskit, a QubitOperator of OpenFermion, and a PauliSentence of
+    PennyLane or an operator that has one stand for exp(-i c P) for each term c P, a
+    QubitPauliOperator of pytket for exp(-i pi/2 c P). A PauliEvolutionGate of Qiskit stands for the
+    product that its ``synthesis`` expands it into: LieTrotter or SuzukiTrotter with their
+    ``order``, ``reps`` and ``preserve_order``, or one draw of QDrift; a MatrixExponential is no
+    product and refused. ``n`` is the number of qubits where there is no string. Angles of identity
+    strings make a global phase, exp(i ``result.global_phase``).
 
     **Order.** The rotations are a product, of which the first acts first. With
     ``order="commuting"``, the default, only rotations that commute change places, so that the
@@ -97,7 +98,7 @@ def synthesize(
     with it, as in two Trotter steps; ``repeated="merge"`` adds their angles all the same, and so
     makes one step of several.
 
-    A mapping, a SparsePauliOp and a QubitPauliOperator are sums, which have no order: equal strings
+    A mapping and an operator of another package are sums, which have no order: equal strings
     are added, and where strings do not commute, ``order="free"`` has to be asked for. Pass
     ``list(mapping.items())`` for a product in the order of a dict. A set is refused.
 
