@@ -55,6 +55,7 @@ def test_sparse_matrices(qiskit):
     assert is_map(sparse.csr_matrix(np.array(MAP)))
     path = sparse.coo_matrix(([1] * 4, ([0, 1, 1, 2], [1, 0, 2, 1])))
     assert zb.Device.of(path) == zb.Device(3, [(0, 1), (1, 2)])
+    assert zb.Device.of(sparse.csr_matrix(np.array([[0, 1], [1, 0]]))) == zb.Device(2, [(0, 1)])
 
 
 def rotations(operator):
@@ -74,6 +75,10 @@ def test_sums_of_openfermion_and_pennylane():
     terms = {word({0: "X", 2: "Z"}): 0.25, word({1: "Y"}): -0.5, word(): 1.0}
     assert rotations(sentence(terms)) == wanted
     assert rotations(stand_in("pennylane", "Sum", pauli_rep=sentence(terms))()) == wanted
+    numbers = {word({np.int64(2): "Z", np.int64(0): "X"}): 0.25, word({np.int64(1): "Y"}): -0.5}
+    assert rotations(sentence(numbers)) == wanted
+    alone = stand_in("pennylane", "PauliWord", dict, pauli_rep=sentence({word({1: "Y"}): 1.0}))
+    assert rotations(alone({1: "Y"})) == {"IY": 2.0}
     named = sentence({word({"b": "X", "a": "Z"}): 0.25, word({"c": "Y"}): -0.5})
     assert rotations(named) == {"XZI": 0.5, "IIY": -1.0}
     with pytest.raises(errors.OptionError, match="Hermitian of PennyLane"):

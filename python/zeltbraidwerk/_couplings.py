@@ -96,7 +96,9 @@ def of_pytket(value: Any, name: str) -> Couplings:
 
 
 def is_adjacency(value: Any) -> bool:
-    """Whether it is an array, also a sparse one, that cannot be one of pairs."""
+    """Whether it is a sparse matrix, or a square array that cannot be one of pairs."""
+    if _validate.comes_from(value, "scipy") and hasattr(value, "toarray"):
+        return True
     shape = getattr(value, "shape", None)
     return isinstance(shape, tuple) and len(shape) == 2 and shape[0] == shape[1] != 2
 

@@ -6,6 +6,8 @@ import math
 from collections.abc import Iterable, Iterator, Mapping
 from typing import Any
 
+import numpy as np
+
 from zeltbraidwerk import errors
 from zeltbraidwerk._parameter import Parameter, parameter
 
@@ -67,16 +69,18 @@ def of_openfermion(operator: Any) -> Iterator[Pair]:
 
 def of_pennylane(operator: Any) -> Iterator[Pair]:
     """exp(-i c P) for each term c P of a PauliSentence, or of an operator that has one. Wires that
-    are no integers are in their order."""
-    sentence = operator if isinstance(operator, Mapping) else getattr(operator, "pauli_rep", None)
-    if sentence is None:
+    are no integers from 0 up are in their order."""
+    rep = getattr(operator, "pauli_rep", None)
+    sentence = operator if rep is None else rep
+    is_sum = isinstance(sentence, Mapping) and all(isinstance(word, Mapping) for word in sentence)
+    if not is_sum:
         raise errors.OptionError(
             f"rotations: got {type(operator).__name__} of PennyLane, which is no sum of Pauli "
             "strings, wanted one"
         )
     wires = list(dict.fromkeys(wire for word in sentence for wire in word))
-    is_numbered = all(isinstance(wire, int) for wire in wires)
-    place = {wire: wire if is_numbered else k for k, wire in enumerate(wires)}
+    is_numbered = all(isinstance(wire, (int, np.integer)) and wire >= 0 for wire in wires)
+    place = {wire: int(wire) if is_numbered else k for k, wire in enumerate(wires)}
     words = _words({place[wire]: letter for wire, letter in word.items()} for word in sentence)
     for word, coefficient in zip(words, sentence.values(), strict=True):
         yield word, 2 * _real(coefficient)

@@ -48,7 +48,7 @@ class Device(_json.Stored):
         """A device with the qubits 0 to the greatest number in the edges.
 
         Edges are pairs of qubits, one per row where they are an array; :meth:`of` takes adjacency
-        matrices too.
+        matrices too, of three and more qubits or sparse.
         Edges without qubit 0 are refused, since they probably count from 1.
         """
         return cls(*_couplings.of_edges(edges, "edges"), name)
@@ -147,7 +147,8 @@ class Device(_json.Stored):
     def of(cls, source: Any) -> Device:
         """A device of anything that describes one: a Device, a name, an object of networkx,
         rustworkx, Qiskit or pytket, or edges, each read as by the method named after it; or an
-        adjacency matrix, as an array or a sparse one of scipy."""
+        adjacency matrix, as a sparse one of scipy or an array other than 2 by 2, which is one of
+        pairs."""
         if isinstance(source, Device):
             return source
         if isinstance(source, str):
