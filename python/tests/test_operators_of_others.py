@@ -50,7 +50,7 @@ def test_matrices_of_pytket_and_stim(tket, stim):
     assert is_map(circuit.to_stim())
 
 
-def test_sparse_matrices(qiskit):
+def test_sparse_matrices():
     sparse = pytest.importorskip("scipy.sparse")
     assert is_map(sparse.csr_matrix(np.array(MAP)))
     path = sparse.coo_matrix(([1] * 4, ([0, 1, 1, 2], [1, 0, 2, 1])))

@@ -37,5 +37,4 @@ def _of_text(text: str, name: str) -> Any:
 
 
 def _of_circuit(source: Any) -> Any:
-    circuit = Circuit.of(source)
-    return circuit.to_cnot_circuit().matrix()
+    return Circuit.of(source).to_cnot_circuit().matrix()

@@ -145,7 +145,7 @@ class Optimization(Result):
         gates apart up to a global phase, so that ``source`` may lack one itself.
 
         It is computed when it is asked for: O(n / 64) for each gate on two qubits and O(n^2 / 64)
-        for each H, about a second for 10^5 gates on 100 qubits.
+        for each H, less than a second for 10^5 gates on 100 qubits.
         """
         source, circuit, _, _ = self._parts()
         phase = sum(

@@ -12,7 +12,7 @@
 
 namespace synthesis {
 
-/// Outputs are in place or anywhere. Steps are windows of three qubits, of about 7 microseconds;
+/// Outputs are in place or anywhere. Steps are windows of three qubits, of some microseconds;
 /// not given, with no budget: default_optimize_steps. With one run, `jobs` threads share the
 /// pieces of a circuit of more than 4,000 gates; the circuit is the same for any number of them.
 ///
