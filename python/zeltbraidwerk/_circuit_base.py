@@ -19,11 +19,13 @@ from zeltbraidwerk import (
     _interop_qasm3,
     _interop_qiskit,
     _interop_stim,
+    _naming,
     _validate,
 )
 from zeltbraidwerk._json import Stored
+from zeltbraidwerk._native_pairs import Basis
 from zeltbraidwerk._reading import Read
-from zeltbraidwerk.gates import Parameter, is_rotation, is_t
+from zeltbraidwerk.gates import Parameter, is_t, rotations
 from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
@@ -74,13 +76,15 @@ class CircuitBase(Stored):
     @cached_property
     def _turns(self) -> tuple[int, int]:
         """The numbers of rotations and of T gates."""
-        turns = [(name, params) for name, _, params in self._operations() if params]
-        rotations = [turn for turn in turns if is_rotation(*turn)]
-        return len(rotations), sum(is_t(*turn) for turn in rotations)
+        turns = [
+            angle for name, _, params in self._operations() for angle in rotations(name, params)
+        ]
+        return len(turns), sum(map(is_t, turns))
 
     @property
     def rotation_count(self) -> int:
-        """Number of gates that turn by an angle that is no multiple of pi/2, T gates included."""
+        """Number of angles that gates turn by and that are no multiples of pi/2, T gates included.
+        A gate U has up to three."""
         return self._turns[0]
 
     @property
@@ -99,8 +103,16 @@ class CircuitBase(Stored):
         """Number of layers of two-qubit gates."""
 
     @abstractmethod
-    def _whole(self) -> WholeCircuit:
-        """As a general circuit, for writers and pictures."""
+    def to_circuit(self) -> WholeCircuit:
+        """The same gates as a general circuit."""
+
+    @abstractmethod
+    def in_basis(self, basis: Basis) -> WholeCircuit:
+        """In the native gates of a machine."""
+
+    def _whole(self, basis: Basis | None = None) -> _naming.Named:
+        """For writers and pictures: with named gates, in a basis where one is given."""
+        return _naming.named(self.to_circuit() if basis is None else self.in_basis(basis))
 
     @classmethod
     @abstractmethod
@@ -137,9 +149,14 @@ class CircuitBase(Stored):
         )  # fmt: skip
         return {"qubits": self._n} | {name: getattr(self, name) for name in names}
 
-    def to_qasm(self) -> str:
-        """OpenQASM 2. A condition must be one on all bits of a register."""
-        return _interop_qasm.write(self._whole())
+    def to_qasm(self, *, basis: Basis | None = None) -> str:
+        """OpenQASM 2. A condition must be one on all bits of a register. Gates that the first
+        ``qelib1.inc`` does not have, such as sx, are defined in the text.
+
+        Here and in the other formats Clifford gates and T gates are written by their names, never
+        as rotations; ``basis`` is that of :meth:`in_basis`.
+        """
+        return _interop_qasm.write(self._whole(basis))
 
     @classmethod
     def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
@@ -162,9 +179,9 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qasm.read(text, reader))
 
-    def to_qasm3(self) -> str:
+    def to_qasm3(self, *, basis: Basis | None = None) -> str:
         """OpenQASM 3, written by Qiskit; symbols of angles become its inputs."""
-        return _interop_qasm3.write(self._whole())
+        return _interop_qasm3.write(self._whole(basis))
 
     @classmethod
     def from_qasm3(cls, text: str) -> Self:
@@ -176,9 +193,10 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qasm3.read(text))
 
-    def to_qiskit(self) -> qiskit.QuantumCircuit:
-        """A circuit of Qiskit, with the classical registers by their names."""
-        return _interop_qiskit.write(self._whole())
+    def to_qiskit(self, *, basis: Basis | None = None) -> qiskit.QuantumCircuit:
+        """A circuit of Qiskit, with the classical registers by their names. The phase is that of
+        the gates."""
+        return _interop_qiskit.write(self._whole(basis))
 
     @classmethod
     def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
@@ -193,9 +211,10 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 
-    def to_pytket(self) -> pytket.circuit.Circuit:
-        """A circuit of pytket, with the classical registers by their names."""
-        return _interop_pytket.write(self._whole())
+    def to_pytket(self, *, basis: Basis | None = None) -> pytket.circuit.Circuit:
+        """A circuit of pytket, with the classical registers by their names. The phase is that of
+        the gates."""
+        return _interop_pytket.write(self._whole(basis))
 
     @classmethod
     def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
@@ -214,7 +233,7 @@ class CircuitBase(Stored):
         Barriers become TICKs. Records are in the order of the measurements; a Pauli gate, CNOT
         excepted, may be under a condition of one bit.
         """
-        return _interop_stim.write(self._whole())
+        return _interop_stim.write(self.to_circuit())
 
     @classmethod
     def from_stim(cls, circuit: stim.Circuit) -> Self:

@@ -9,12 +9,13 @@ from typing import Any
 
 from zeltbraidwerk import _parameter, errors
 from zeltbraidwerk._reading import Condition
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
 
 QASM_NAMES = {
     "CNOT": "cx", "CSIGN": "cz", "CZ": "cz", "H": "h", "S": "s", "D-S": "sdg", "X": "x", "Y": "y",
     "Z": "z", "I": "id", "RX": "rx", "RY": "ry", "RZ": "rz", "PH": "p", "XX": "rxx",
+    **COMPOSED,
 }  # fmt: skip
 
 

@@ -9,21 +9,25 @@ from typing import Any
 
 from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
 from zeltbraidwerk._header import check, table
+from zeltbraidwerk._naming import Named
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
 
 # --- out ----------------------------------------------------------------------------------------
 
 _NAMES = {
     "CNOT": "CX", "CSIGN": "CZ", "CZ": "CZ", "H": "H", "S": "S", "D-S": "Sdg", "X": "X", "Y": "Y",
     "Z": "Z", "I": "noop", "RX": "Rx", "RY": "Ry", "RZ": "Rz", "PH": "U1", "XX": "XXPhase",
+    "T": "T", "D-T": "Tdg", "SX": "SX", "D-SX": "SXdg", "U": "U3", "ECR": "ECR",
+    "ISWAP": "ISWAPMax", "RZZ": "ZZPhase",
 }  # fmt: skip
 
 
-def write(circuit: WholeCircuit) -> Any:
+def write(circuit: Named) -> Any:
     tket = _interop._package("pytket.circuit")
     made = tket.Circuit()
+    made.add_phase(circuit.phase / math.pi)
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_sympy, _symbol)
     name = "q"
     while name in {register.name for register in circuit.classical}:
@@ -72,6 +76,7 @@ _KNOWN = {
     "noop": "id", "Rx": "rx", "Ry": "ry", "Rz": "rz", "U1": "u1", "U2": "u2", "U3": "u3",
     "V": "sx", "Vdg": "sxdg", "SX": "sx", "SXdg": "sxdg", "ZZPhase": "rzz", "XXPhase": "rxx",
     "CRz": "crz", "CRx": "crx", "CRy": "cry", "CU1": "cu1", "CU3": "cu3",
+    "ECR": "ecr", "ISWAPMax": "iswap",
 }  # fmt: skip
 _OTHERS = ("TK1", "Phase", "Barrier", "Measure", "Reset")
 

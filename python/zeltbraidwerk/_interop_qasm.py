@@ -20,6 +20,16 @@ _KEYWORDS = (
     "qreg", "reset", "sin", "sqrt", "tan",
 )  # fmt: skip
 
+# Gates that the first qelib1.inc does not have, defined where they are used. Those of one qubit are
+# read again as one gate.
+_DEFINED = {
+    "SX": "gate sx a { rx(pi/2) a; }",
+    "D-SX": "gate sxdg a { rx(-pi/2) a; }",
+    "ECR": "gate ecr a,b { s a; rx(pi/2) b; cx a,b; x a; }",
+    "ISWAP": "gate iswap a,b { s a; s b; h a; cx a,b; cx b,a; h b; }",
+    "RZZ": "gate rzz(theta) a,b { cx a,b; rz(theta) b; cx a,b; }",
+}
+
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -29,7 +39,10 @@ def write(circuit: WholeCircuit) -> str:
     wires = "q"
     while wires in names:
         wires += "_"
-    lines = ["OPENQASM 2.0;", 'include "qelib1.inc";', f"qreg {wires}[{circuit.n}];"]
+    used = {getattr(item, "operation", item).name for item in circuit}
+    lines = ["OPENQASM 2.0;", 'include "qelib1.inc";']
+    lines += [text for name, text in _DEFINED.items() if name in used]
+    lines.append(f"qreg {wires}[{circuit.n}];")
     bits: list[str] = []
     ranges: dict[tuple[int, ...], str] = {}
     for name, register in zip(names, circuit.classical, strict=True):
@@ -53,8 +66,8 @@ def _gate(gate: Gate, on: list[str]) -> list[str]:
         a, b = on
         turn = f"rz({float(gate.params[0])!r}) {b}"
         return [f"h {a}", f"h {b}", f"cx {a},{b}", turn, f"cx {a},{b}", f"h {a}", f"h {b}"]
-    angle = f"({float(gate.params[0])!r})" if gate.params else ""
-    name = "u1" if gate.name == "PH" else _interop.QASM_NAMES[gate.name]
+    angle = f"({','.join([repr(float(angle)) for angle in gate.params])})" if gate.params else ""
+    name = {"PH": "u1", "U": "u3"}.get(gate.name) or _interop.QASM_NAMES[gate.name]
     return [f"{name}{angle} {','.join(on)}"]
 
 
@@ -86,7 +99,7 @@ _HEADER = re.compile(r"""\binclude\s*["']qelib1\.inc["']""")
 # In the usual header, but not in that of Qiskit, which reads id as a U.
 MORE = (
     "ccz", "id", "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu",
-    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
+    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x", "ecr", "iswap", "dcx",
 )  # fmt: skip
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What may crash a compiled reader: long expressions, large registers and numbers.

@@ -10,20 +10,21 @@ from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
-from zeltbraidwerk._header import read_gate
+from zeltbraidwerk._header import elementary, read_gate
 from zeltbraidwerk._reading import Read, Reading
-from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
+from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
 _NAMES = {
     "CNOT": "CX", "CSIGN": "CZ", "CZ": "CZ", "H": "H", "S": "S", "D-S": "S_DAG", "X": "X",
-    "Y": "Y", "Z": "Z", "I": "I", "XX": "SQRT_XX",
+    "Y": "Y", "Z": "Z", "I": "I", "XX": "SQRT_XX", "SX": "SQRT_X", "D-SX": "SQRT_X_DAG",
+    "ISWAP": "ISWAP",
 }  # fmt: skip
 _QUARTERS = {axis: ("I", f"SQRT_{axis}", axis, f"SQRT_{axis}_DAG") for axis in "XY"} | {
-    "Z": ("I", "S", "Z", "S_DAG")
-}
+    "Z": ("I", "S", "Z", "S_DAG"), "ZZ": ("I", "SQRT_ZZ", "Z", "SQRT_ZZ_DAG"),
+}  # fmt: skip
 
 
 def write(circuit: WholeCircuit) -> Any:
@@ -35,7 +36,8 @@ def write(circuit: WholeCircuit) -> Any:
         if isinstance(operation, Barrier):
             made.append("TICK")
         elif condition is not None:
-            _controlled(made, operation, condition, records, count)
+            for part in _parts(operation):
+                _controlled(made, part, condition, records, count)
         elif isinstance(operation, Measure):
             made.append("M", operation.qubits)
             records[operation.bit] = count
@@ -43,14 +45,22 @@ def write(circuit: WholeCircuit) -> Any:
         elif isinstance(operation, Reset):
             made.append("R", operation.qubits)
         else:
-            made.append(_name(operation), operation.qubits)
+            for gate in _parts(operation):
+                made.append(_name(gate), gate.qubits)
     if made.num_qubits < circuit.n:
         made.append("I", [circuit.n - 1])  # so that the number of qubits is kept
     return made
 
 
+def _parts(gate: Any) -> list[Any]:
+    """Gates that Stim has."""
+    if gate.name not in ("T", "D-T", "U", "ECR"):
+        return [gate]
+    return [part for part in elementary(gate) if not part.params or part.params[0] != 0]
+
+
 def _name(gate: Gate) -> str:
-    if gate.name not in ROTATIONS:
+    if gate.name in _NAMES:
         return _NAMES[gate.name]
     (angle,) = gate.params
     quarters = math.nan if angle.is_symbolic else float(angle) / (math.pi / 2)
@@ -58,7 +68,7 @@ def _name(gate: Gate) -> str:
         raise errors.NotCliffordError(
             f"circuit: got {gate.name}({angle}), wanted a multiple of pi/2"
         )
-    axis = "Z" if gate.name == "PH" else gate.name[1]
+    axis = "Z" if gate.name == "PH" else gate.name[1:]
     return _QUARTERS[axis][round(quarters) % 4]
 
 
@@ -85,7 +95,7 @@ def _controlled(
 
 _KNOWN = {
     "CX": "cx", "CZ": "cz", "CY": "cy", "H": "h", "S": "s", "S_DAG": "sdg", "X": "x", "Y": "y",
-    "Z": "z", "I": "id", "SWAP": "swap", "SQRT_X": "sx", "SQRT_X_DAG": "sxdg",
+    "Z": "z", "I": "id", "SWAP": "swap", "SQRT_X": "sx", "SQRT_X_DAG": "sxdg", "ISWAP": "iswap",
 }  # fmt: skip
 _TURNS = {"SQRT_Y": math.pi / 2, "SQRT_Y_DAG": -math.pi / 2}
 _FEEDBACK = {"CX": "X", "CY": "Y", "CZ": "Z", "XCZ": "X", "YCZ": "Y"}

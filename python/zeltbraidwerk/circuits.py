@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any
 
@@ -16,14 +16,18 @@ from zeltbraidwerk import (
     _files,
     _interop_qasm3,
     _json,
+    _naming,
+    _native,
     _parameter,
     _renamed,
+    _runs,
     _validate,
     errors,
 )
 from zeltbraidwerk._circuit_base import CircuitBase
+from zeltbraidwerk._native_pairs import Basis
 from zeltbraidwerk._reading import Read
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 from zeltbraidwerk.instructions import (
     Barrier,
     Conditional,
@@ -34,6 +38,7 @@ from zeltbraidwerk.instructions import (
     Reset,
     bits_of,
     bound,
+    elementary,
     gates_alone,
     placed,
     registers_of,
@@ -124,6 +129,10 @@ class CnotCircuit(CircuitBase):
         """The same gates as a general circuit."""
         return Circuit._trusted(self._n, tuple(Gate._trusted("CNOT", pair, ()) for pair in self))
 
+    def in_basis(self, basis: Basis) -> Circuit:
+        """The circuit in the native gates of a machine, as of :meth:`Circuit.in_basis`."""
+        return self.to_circuit().in_basis(basis)
+
     def __add__(self, later: CnotCircuit) -> CnotCircuit:
         """This circuit, then the other."""
         if not isinstance(later, CnotCircuit):
@@ -153,9 +162,6 @@ class CnotCircuit(CircuitBase):
 
     def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         return (("CNOT", pair, ()) for pair in self)
-
-    def _whole(self) -> Circuit:
-        return self.to_circuit()
 
     @classmethod
     def _of_read(cls, read: Read) -> CnotCircuit:
@@ -211,9 +217,10 @@ class Circuit(CircuitBase):
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text."""
+        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text. Its gates are
+        those of :meth:`elementary`."""
         if isinstance(source, Circuit):
-            return source
+            return source.elementary()
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
         if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
@@ -352,9 +359,69 @@ class Circuit(CircuitBase):
             Circuit._trusted(self._n, ending, self._classical),
         )
 
+    def named(self) -> Circuit:
+        """The circuit with rotations by multiples of pi/4 about Z, and of pi/2 about X and Y, as
+        gates with names, up to a global phase. This is what is written and drawn.
+
+        Angles within 1e-11 of a multiple count as such. By 3 pi/4 about Z and pi/2 about Y it takes
+        two gates. Gates with names stay; rotations by 0 vanish.
+
+        >>> import math
+        >>> gates = [Gate.rz(0, "a"), Gate.rx(0, math.pi / 2), Gate.rz(0, 3 * math.pi / 4)]
+        >>> Circuit(1, gates).named().gates
+        (Gate('RZ', (0,), 'a'), Gate('SX', (0,)), Gate('S', (0,)), Gate('T', (0,)))
+        """
+        return Circuit._trusted(self._n, _naming.named(self).operations, self._classical)
+
+    def fused(self) -> Circuit:
+        """The circuit with at most one gate on each wire between gates on two qubits, up to a
+        global phase: a gate with a name where there is one, else a rotation about an axis, else
+        one U.
+
+        Measurements, resets, barriers and gates under a condition end a run of gates as those on
+        two qubits do. Symbols: rotations about one axis become one rotation; other gates of a run
+        are fused before, between and after them. T gates that are fused into a U with other angles
+        are no longer counted as such.
+
+        >>> gates = [Gate.h(0), Gate.s(0), Gate.h(0), Gate.cnot(0, 1), Gate.h(1), Gate.rz(1, 0.5)]
+        >>> [gate.name for gate in Circuit(2, gates).fused()]
+        ['SX', 'CNOT', 'U']
+        """
+        return self._with(_runs.fused)
+
+    def in_basis(self, basis: Basis) -> Circuit:
+        """The circuit with all gates on two qubits in the native gate of a machine, and the others
+        fused, up to a global phase.
+
+        ``basis`` is "cx", "cz", "ecr" (the first qubit is the one that an X is on afterwards),
+        "iswap" or "rzz". A CNOT takes one gate of these, two for "iswap". For "rzz", a CNOT, a
+        rotation and a CNOT on the same wires become one RZZ by its angle; for "iswap", two CNOTs on
+        the same wires with any gates on one qubit between become two gates, or one where that is
+        enough, as for a CNOT and a SWAP. ``two_qubit_count`` of the result counts native gates,
+        ``one_qubit_count`` those between. Rotations that commute with native gates are moved past
+        them to where they are fused with others, so that few gates are left.
+
+        Takes time linear in the gates.
+
+        >>> step = Circuit(2, [Gate.cnot(0, 1), Gate.rz(1, "gamma"), Gate.cnot(0, 1)])
+        >>> step.in_basis("rzz").gates
+        (Gate('RZZ', (0, 1), 'gamma'),)
+        """
+        _validate.choice(basis, "basis", _native.BASES)
+        return self._with(_native.in_basis, basis)
+
+    def elementary(self) -> Circuit:
+        """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
+        phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
+        take them so."""
+        if all(name not in COMPOSED for name, _, _ in self._operations()):
+            return self
+        return Circuit._trusted(self._n, tuple(elementary(self._items)), self._classical)
+
     def unitary(self) -> Circuit:
         """The gates alone, barriers left out; other operations are refused."""
-        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")))
+        gates_alone(self, "circuit")
+        return Circuit._trusted(self._n, self.gates)
 
     def placed(self, qubits: Sequence[int], n: int) -> Circuit:
         """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
@@ -368,20 +435,22 @@ class Circuit(CircuitBase):
         )
 
     def inverse(self) -> Circuit:
-        """The inverse gates and the barriers in reverse order; other operations have no inverse."""
+        """The inverse gates and the barriers in reverse order; other operations have no inverse.
+        That of ISWAP is one between two Z."""
         gates_alone(self, "circuit")
-        return self._trusted(
-            self._n,
-            tuple(
-                item.inverse() if isinstance(item, Gate) else item for item in reversed(self._items)
-            ),
-            self._classical,
-        )
+        made: list[Operation] = []
+        for item in reversed(self._items):
+            if item.name == "ISWAP":
+                flip = Gate("Z", item.qubits[0])
+                made += [flip, item, flip]
+            else:
+                made.append(item.inverse() if isinstance(item, Gate) else item)
+        return self._trusted(self._n, tuple(made), self._classical)
 
     def to_cnot_circuit(self) -> CnotCircuit:
         """The same circuit where all gates are CNOTs; barriers are left out."""
         pairs = []
-        for place, gate in enumerate(gates_alone(self, "circuit")):
+        for place, gate in enumerate(self.unitary().gates):
             if gate.name not in ("CNOT", "I"):
                 raise errors.NotLinearError(
                     f"circuit: got the gate {gate.name} (gate {place}), wanted CNOTs alone"
@@ -446,8 +515,14 @@ class Circuit(CircuitBase):
             if isinstance(gate, Gate):
                 yield gate.name, gate.qubits, gate.params
 
-    def _whole(self) -> Circuit:
+    def to_circuit(self) -> Circuit:
+        """The circuit itself."""
         return self
+
+    def _with(self, change: Callable[..., Sequence[Operation]], *options: Any) -> Circuit:
+        """With other operations on the same qubits and bits."""
+        operations = tuple(change(self._n, self._items, *options))
+        return Circuit._trusted(self._n, operations, self._classical)
 
     @classmethod
     def _of_read(cls, read: Read) -> Circuit:
