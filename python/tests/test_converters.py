@@ -420,6 +420,9 @@ def test_conditions_for_stim(stim):
     for item in (Gate.h(1), Gate.cnot(0, 1), Reset(1)):
         circuit = Circuit(2, [Measure(0, 0), Conditional(item, 0)])
         refused(errors.GateError, "qubit 1 under a condition on bits 0", circuit.to_stim)
+    for name, angles in (("RZZ", 0.3), ("XX", (0.3, 2))):
+        circuit = Circuit(2, [Gate(name, (0, 1), angles)])
+        refused(errors.NotCliffordError, "wanted a multiple", circuit.to_stim)
     symbolic = Circuit(1, [Gate.rz(0, "a")])
     refused(errors.NotCliffordError, r"got RZ\(a\)", symbolic.to_stim)
 

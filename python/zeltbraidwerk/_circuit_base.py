@@ -19,7 +19,6 @@ from zeltbraidwerk import (
     _interop_qasm3,
     _interop_qiskit,
     _interop_stim,
-    _naming,
     _validate,
 )
 from zeltbraidwerk._json import Stored
@@ -107,12 +106,13 @@ class CircuitBase(Stored):
         """The same gates as a general circuit."""
 
     @abstractmethod
-    def in_basis(self, basis: Basis) -> WholeCircuit:
-        """In the native gates of a machine."""
+    def _written(self, basis: Basis | None = None) -> tuple[WholeCircuit, float]:
+        """For writers: with named gates, in a basis where one is given, and the phase that it is to
+        be multiplied by."""
 
-    def _whole(self, basis: Basis | None = None) -> _naming.Named:
-        """For writers and pictures: with named gates, in a basis where one is given."""
-        return _naming.named(self.to_circuit() if basis is None else self.in_basis(basis))
+    def _whole(self, basis: Basis | None = None) -> WholeCircuit:
+        """The same for pictures, and for writers of formats without a phase."""
+        return self._written(basis)[0]
 
     @classmethod
     @abstractmethod
@@ -196,7 +196,7 @@ class CircuitBase(Stored):
     def to_qiskit(self, *, basis: Basis | None = None) -> qiskit.QuantumCircuit:
         """A circuit of Qiskit, with the classical registers by their names. The phase is that of
         the gates."""
-        return _interop_qiskit.write(self._whole(basis))
+        return _interop_qiskit.write(*self._written(basis))
 
     @classmethod
     def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
@@ -214,7 +214,7 @@ class CircuitBase(Stored):
     def to_pytket(self, *, basis: Basis | None = None) -> pytket.circuit.Circuit:
         """A circuit of pytket, with the classical registers by their names. The phase is that of
         the gates."""
-        return _interop_pytket.write(self._whole(basis))
+        return _interop_pytket.write(*self._written(basis))
 
     @classmethod
     def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:

@@ -9,10 +9,9 @@ from typing import Any
 
 from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
 from zeltbraidwerk._header import check, table
-from zeltbraidwerk._naming import Named
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset
+from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -24,10 +23,10 @@ _NAMES = {
 }  # fmt: skip
 
 
-def write(circuit: Named) -> Any:
+def write(circuit: WholeCircuit, phase: float) -> Any:
     tket = _interop._package("pytket.circuit")
     made = tket.Circuit()
-    made.add_phase(circuit.phase / math.pi)
+    made.add_phase(phase / math.pi)
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_sympy, _symbol)
     name = "q"
     while name in {register.name for register in circuit.classical}:

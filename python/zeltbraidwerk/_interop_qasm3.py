@@ -8,8 +8,8 @@ import re
 from typing import Any
 
 from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
-from zeltbraidwerk._naming import Named
 from zeltbraidwerk._reading import Read
+from zeltbraidwerk.instructions import WholeCircuit
 
 _VERSION = re.compile(r"\s*OPENQASM\s+3")
 
@@ -19,7 +19,7 @@ def is_version_3(text: str) -> bool:
     return "OPENQASM" in text and _VERSION.match(_qasm.without_comments(text)) is not None
 
 
-def write(circuit: Named) -> str:
+def write(circuit: WholeCircuit) -> str:
     text: str = _interop._package("qiskit.qasm3").dumps(_interop_qiskit.write(circuit))
     return text
 

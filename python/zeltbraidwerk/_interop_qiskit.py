@@ -10,7 +10,6 @@ from typing import Any
 from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import check, table
-from zeltbraidwerk._naming import Named
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import (
@@ -20,16 +19,17 @@ from zeltbraidwerk.instructions import (
     Operation,
     Register,
     Reset,
+    WholeCircuit,
 )
 
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: Named) -> Any:
+def write(circuit: WholeCircuit, phase: float = 0.0) -> Any:
     qiskit = _interop._package("qiskit")
     names = [register.name for register in circuit.classical]
     register = qiskit.QuantumRegister(circuit.n, _free("q", names))
-    made = qiskit.QuantumCircuit(register, global_phase=circuit.phase)
+    made = qiskit.QuantumCircuit(register, global_phase=phase)
     for register in circuit.classical:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_qiskit, _symbol)

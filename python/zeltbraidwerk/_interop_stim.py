@@ -19,11 +19,11 @@ from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeC
 
 _NAMES = {
     "CNOT": "CX", "CSIGN": "CZ", "CZ": "CZ", "H": "H", "S": "S", "D-S": "S_DAG", "X": "X",
-    "Y": "Y", "Z": "Z", "I": "I", "XX": "SQRT_XX", "SX": "SQRT_X", "D-SX": "SQRT_X_DAG",
-    "ISWAP": "ISWAP",
+    "Y": "Y", "Z": "Z", "I": "I", "SX": "SQRT_X", "D-SX": "SQRT_X_DAG", "ISWAP": "ISWAP",
 }  # fmt: skip
 _QUARTERS = {axis: ("I", f"SQRT_{axis}", axis, f"SQRT_{axis}_DAG") for axis in "XY"} | {
     "Z": ("I", "S", "Z", "S_DAG"), "ZZ": ("I", "SQRT_ZZ", "Z", "SQRT_ZZ_DAG"),
+    "XX": ("I", "SQRT_XX", "X", "SQRT_XX_DAG"),
 }  # fmt: skip
 
 
@@ -62,13 +62,13 @@ def _parts(gate: Any) -> list[Any]:
 def _name(gate: Gate) -> str:
     if gate.name in _NAMES:
         return _NAMES[gate.name]
-    (angle,) = gate.params
+    angle = gate.params[0]
     quarters = math.nan if angle.is_symbolic else float(angle) / (math.pi / 2)
     if not abs(quarters - round(quarters) if math.isfinite(quarters) else math.nan) <= 1e-5:
         raise errors.NotCliffordError(
             f"circuit: got {gate.name}({angle}), wanted a multiple of pi/2"
         )
-    axis = "Z" if gate.name == "PH" else gate.name[1:]
+    axis = {"PH": "Z", "XX": "XX"}.get(gate.name) or gate.name[1:]
     return _QUARTERS[axis][round(quarters) % 4]
 
 
@@ -77,7 +77,8 @@ def _controlled(
 ) -> None:
     name = _name(operation) if isinstance(operation, Gate) else operation.name
     bits, value = condition
-    if name not in ("I", "X", "Y", "Z") or len(bits) > 1 or bits[0] not in records:
+    one = name in ("I", "X", "Y", "Z") and len(operation.qubits) == 1
+    if not one or len(bits) > 1 or bits[0] not in records:
         raise errors.GateError(
             f"circuit: got {name} on qubit {operation.qubits[-1]} under a condition on bits "
             f"{', '.join(map(str, bits))}, wanted X, Y or Z under one bit measured before, as "

@@ -4,12 +4,10 @@ writers of other formats and all pictures take circuits from here."""
 from __future__ import annotations
 
 import math
-from collections.abc import Iterator
-from dataclasses import dataclass
-from typing import Any
+from collections.abc import Iterable
 
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
-from zeltbraidwerk.instructions import Conditional, Operation, Register, WholeCircuit
+from zeltbraidwerk.instructions import Conditional, Operation
 
 _TOLERANCE = 1e-11  # radians; an angle as close as this to a multiple is one up to rounding
 _EIGHTH = math.pi / 4
@@ -27,27 +25,14 @@ _NAMES: dict[str, tuple[float, tuple[tuple[str, ...], ...]]] = {
 _ABOUT_Y = (0.0, 0.0, -math.pi / 2, math.pi)
 
 
-@dataclass(frozen=True)
-class Named:
-    """A circuit with such names, for writers: the circuit is exp(i ``phase``) times the product of
-    its gates. Gates under a condition have no phase in it."""
-
-    n: int
-    operations: tuple[Operation, ...]
-    classical: tuple[Register, ...]
-    phase: float
-
-    def __iter__(self) -> Iterator[Any]:
-        return iter(self.operations)
-
-
-def named(circuit: WholeCircuit) -> Named:
-    """The circuit with names instead of angles wherever there are any. Angles farther than 1e-11
-    from a multiple stay as they are."""
+def named(given: Iterable[Operation]) -> tuple[list[Operation], float]:
+    """The operations with names instead of angles wherever there are any, and a phase: what is
+    given is exp(i phase) times the product of the gates. Gates under a condition have none in it.
+    Angles farther than 1e-11 from a multiple stay as they are."""
     operations: list[Operation] = []
     phase = 0.0
     known: dict[tuple[str, tuple[int, ...], float], tuple[list[Gate], float]] = {}
-    for item in circuit:
+    for item in given:
         if isinstance(item, Conditional):
             operations += _conditional(item)
         elif not isinstance(item, Gate) or item._name not in ROTATIONS or _is_odd(item._params[0]):
@@ -58,7 +43,7 @@ def named(circuit: WholeCircuit) -> Named:
                 made = known[key] = _by_names(item)
             operations += made[0]
             phase += made[1]
-    return Named(circuit.n, tuple(operations), tuple(circuit.classical), phase)
+    return operations, phase
 
 
 def _is_odd(angle: Parameter) -> bool:

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any
 
@@ -132,6 +132,9 @@ class CnotCircuit(CircuitBase):
     def in_basis(self, basis: Basis) -> Circuit:
         """The circuit in the native gates of a machine, as of :meth:`Circuit.in_basis`."""
         return self.to_circuit().in_basis(basis)
+
+    def _written(self, basis: Basis | None = None) -> tuple[Circuit, float]:
+        return self.to_circuit()._written(basis)
 
     def __add__(self, later: CnotCircuit) -> CnotCircuit:
         """This circuit, then the other."""
@@ -371,7 +374,7 @@ class Circuit(CircuitBase):
         >>> Circuit(1, gates).named().gates
         (Gate('RZ', (0,), 'a'), Gate('SX', (0,)), Gate('S', (0,)), Gate('T', (0,)))
         """
-        return Circuit._trusted(self._n, _naming.named(self).operations, self._classical)
+        return self._written()[0]
 
     def fused(self) -> Circuit:
         """The circuit with at most one gate on each wire between gates on two qubits, up to a
@@ -387,7 +390,7 @@ class Circuit(CircuitBase):
         >>> [gate.name for gate in Circuit(2, gates).fused()]
         ['SX', 'CNOT', 'U']
         """
-        return self._with(_runs.fused)
+        return self._with(_runs.fused(self._n, self._items))
 
     def in_basis(self, basis: Basis) -> Circuit:
         """The circuit with all gates on two qubits in the native gate of a machine, and the others
@@ -408,7 +411,7 @@ class Circuit(CircuitBase):
         (Gate('RZZ', (0, 1), 'gamma'),)
         """
         _validate.choice(basis, "basis", _native.BASES)
-        return self._with(_native.in_basis, basis)
+        return self._with(_native.in_basis(self._n, self._items, basis))
 
     def elementary(self) -> Circuit:
         """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
@@ -416,7 +419,7 @@ class Circuit(CircuitBase):
         take them so."""
         if all(name not in COMPOSED for name, _, _ in self._operations()):
             return self
-        return Circuit._trusted(self._n, tuple(elementary(self._items)), self._classical)
+        return self._with(elementary(self._items))
 
     def unitary(self) -> Circuit:
         """The gates alone, barriers left out; other operations are refused."""
@@ -445,7 +448,7 @@ class Circuit(CircuitBase):
                 made += [flip, item, flip]
             else:
                 made.append(item.inverse() if isinstance(item, Gate) else item)
-        return self._trusted(self._n, tuple(made), self._classical)
+        return self._with(made)
 
     def to_cnot_circuit(self) -> CnotCircuit:
         """The same circuit where all gates are CNOTs; barriers are left out."""
@@ -519,10 +522,14 @@ class Circuit(CircuitBase):
         """The circuit itself."""
         return self
 
-    def _with(self, change: Callable[..., Sequence[Operation]], *options: Any) -> Circuit:
-        """With other operations on the same qubits and bits."""
-        operations = tuple(change(self._n, self._items, *options))
-        return Circuit._trusted(self._n, operations, self._classical)
+    def _written(self, basis: Basis | None = None) -> tuple[Circuit, float]:
+        circuit = self if basis is None else self.in_basis(basis)
+        operations, phase = _naming.named(circuit._items)
+        return circuit._with(operations), phase
+
+    def _with(self, operations: Iterable[Operation]) -> Circuit:
+        """Other operations on the same qubits and bits."""
+        return Circuit._trusted(self._n, tuple(operations), self._classical)
 
     @classmethod
     def _of_read(cls, read: Read) -> Circuit:
