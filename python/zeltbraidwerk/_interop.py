@@ -4,10 +4,11 @@ needed."""
 from __future__ import annotations
 
 import importlib
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Collection, Iterator
 from typing import Any
 
 from zeltbraidwerk import _parameter, errors
+from zeltbraidwerk._header import elementary
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
@@ -32,10 +33,10 @@ def _package(name: str) -> Any:
 
 
 def written(
-    circuit: WholeCircuit,
+    circuit: WholeCircuit, known: Collection[str] = QASM_NAMES
 ) -> Iterator[tuple[Gate | Measure | Reset | Barrier, Condition | None]]:
-    """The operations, each with its condition, and without XX on three and more qubits, which no
-    other package has."""
+    """The operations, each with its condition. Gates that are made of others and not ``known`` are
+    taken apart, and so is XX on three and more qubits, which no other package has."""
     for place, operation in enumerate(circuit):
         condition: Condition | None = None
         inner = operation
@@ -43,6 +44,11 @@ def written(
             condition, inner = (operation.bits, operation.value), operation.operation
         if inner.name == "S*":
             raise errors.GateError(f"operation {place}: the gate S* has no counterpart elsewhere")
+        if inner.name in COMPOSED and inner.name not in known:
+            for part in elementary(inner):
+                if not part.params or part.params[0] != 0:
+                    yield part, condition
+            continue
         if inner.name != "XX" or len(inner.qubits) == 2:
             yield inner, condition
             continue

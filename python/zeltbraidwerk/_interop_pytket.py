@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Mapping, Sequence
+from collections.abc import Mapping
 from functools import lru_cache
 from typing import Any
 
@@ -82,12 +82,11 @@ _OTHERS = ("TK1", "Phase", "Barrier", "Measure", "Reset")
 
 def read(circuit: Any) -> Read:
     _reading.wanted(circuit, "pytket", "Circuit")
-    commands = circuit.get_commands()
-    plain = _taken_apart(circuit, commands)
+    plain = _taken_apart(circuit)
     qubits = {qubit: place for place, qubit in enumerate(circuit.qubits)}
     bits, registers = bits_of(circuit)
     reading = Reading()
-    for place, command in enumerate(commands if plain is circuit else plain.get_commands()):
+    for place, command in enumerate(plain.get_commands()):
         where = f"command {place}" if plain is circuit else f"command {place} after decomposition"
         try:
             _command(reading, command, qubits, bits, where)
@@ -96,11 +95,11 @@ def read(circuit: Any) -> Read:
     return circuit.n_qubits, reading.operations, registers
 
 
-def _taken_apart(circuit: Any, commands: Sequence[Any]) -> Any:
+def _taken_apart(circuit: Any) -> Any:
     """The circuit, or a copy in which all gates are known and no wires are permuted."""
     tket, passes = _interop._package("pytket.circuit"), _interop._package("pytket.passes")
     plain = circuit
-    if _has_others(commands):
+    if _has_others(circuit, tket.OpType):
         plain = circuit.copy()
         gates = {getattr(tket.OpType, name) for name in (*_KNOWN, "TK1", "Measure", "Reset")}
         try:
@@ -116,14 +115,13 @@ def _taken_apart(circuit: Any, commands: Sequence[Any]) -> Any:
     return plain
 
 
-def _has_others(commands: Sequence[Any]) -> bool:
+def _has_others(circuit: Any, kinds: Any) -> bool:
     """Whether there are gates besides the known ones; operations on bits alone are refused."""
     known = {*_KNOWN, *_OTHERS}
+    if sum(circuit.n_gates_of_type(getattr(kinds, name)) for name in known) == circuit.n_gates:
+        return False
     strange = False
-    for place, command in enumerate(commands):
-        name = command.op.type.name
-        if name in known and name != "Barrier":
-            continue
+    for place, command in enumerate(circuit.get_commands()):
         name = _inner(command.op).type.name
         if not command.qubits and command.bits and name != "Barrier":
             raise errors.GateError(f"command {place}: got {name}, wanted operations on qubits")

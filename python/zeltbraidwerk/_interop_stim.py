@@ -10,7 +10,7 @@ from typing import Any
 
 from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
-from zeltbraidwerk._header import elementary, read_gate
+from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
@@ -32,12 +32,11 @@ def write(circuit: WholeCircuit) -> Any:
     made = stim.Circuit()
     records: dict[int, int] = {}  # the number of the record that a bit holds
     count = 0
-    for operation, condition in _interop.written(circuit):
+    for operation, condition in _interop.written(circuit, (*_NAMES, "RZZ")):
         if isinstance(operation, Barrier):
             made.append("TICK")
         elif condition is not None:
-            for part in _parts(operation):
-                _controlled(made, part, condition, records, count)
+            _controlled(made, operation, condition, records, count)
         elif isinstance(operation, Measure):
             made.append("M", operation.qubits)
             records[operation.bit] = count
@@ -45,18 +44,10 @@ def write(circuit: WholeCircuit) -> Any:
         elif isinstance(operation, Reset):
             made.append("R", operation.qubits)
         else:
-            for gate in _parts(operation):
-                made.append(_name(gate), gate.qubits)
+            made.append(_name(operation), operation.qubits)
     if made.num_qubits < circuit.n:
         made.append("I", [circuit.n - 1])  # so that the number of qubits is kept
     return made
-
-
-def _parts(gate: Any) -> list[Any]:
-    """Gates that Stim has."""
-    if gate.name not in ("T", "D-T", "U", "ECR"):
-        return [gate]
-    return [part for part in elementary(gate) if not part.params or part.params[0] != 0]
 
 
 def _name(gate: Gate) -> str:
