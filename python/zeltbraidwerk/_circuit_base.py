@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 from abc import abstractmethod
 from collections import Counter
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
@@ -111,7 +111,7 @@ class CircuitBase(Stored):
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
         width = _validate.integer(width, "width", 1)
-        return _draw.text(self._n, _boxes.boxes(self._whole()), width)
+        return _draw.text(self._wires(), _boxes.boxes(self._whole()), width)
 
     def save_svg(self, path: str | os.PathLike[str]) -> None:
         """Writes a picture to a file, whole or not at all: the first 3,000 operations, and the
@@ -119,7 +119,12 @@ class CircuitBase(Stored):
         _files.save(path, self._repr_svg_())
 
     def _repr_svg_(self) -> str:
-        return _draw.svg(self._n, _boxes.boxes(self._whole()))
+        return _draw.svg(self._wires(), _boxes.boxes(self._whole()))
+
+    def _wires(self) -> Sequence[str]:
+        """The names of the qubits in pictures."""
+        names = self._whole()._names
+        return [f"q{k}" for k in range(self._n)] if names is None else names
 
     def _repr_html_(self) -> str:
         return _html.page(self._repr_svg_(), self._rows())

@@ -5,7 +5,7 @@ from __future__ import annotations
 import re
 from collections.abc import Iterator
 
-from zeltbraidwerk import _angles, errors
+from zeltbraidwerk import _angles, _names, errors
 from zeltbraidwerk._definitions import (
     APPLICATION,
     MOST_OPERATIONS,
@@ -19,7 +19,7 @@ from zeltbraidwerk._definitions import (
     split,
 )  # fmt: skip
 from zeltbraidwerk._header import table
-from zeltbraidwerk._reading import Condition, Reading
+from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.errors import QasmError
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
@@ -52,8 +52,8 @@ def without_comments(text: str) -> str:
     return _COMMENT.sub(blank, text) if "/" in text else text
 
 
-def read(text: str) -> tuple[int, list[Operation], list[Register]]:
-    """Number of qubits, operations and classical registers of text without comments."""
+def read(text: str) -> Read:
+    """What text without comments holds."""
     reader = _Reader()
     for line, statement, body in _statements(text):
         try:
@@ -65,7 +65,8 @@ def read(text: str) -> tuple[int, list[Operation], list[Register]]:
             raise QasmError(f"line {line}: {error}") from None
     if not reader.seen:
         raise QasmError("got no statement, wanted OpenQASM 2")
-    return reader.qubits, reader.reading.operations, reader.registers
+    names = _names.of_registers((name, len(at)) for name, at in reader.places.items())
+    return Read(reader.qubits, reader.reading.operations, reader.registers, names)
 
 
 def lines_of(text: str) -> list[int]:
@@ -127,7 +128,7 @@ class _Reader:
         self._cost = 0
         self.reading = Reading()
         self.registers: list[Register] = []
-        self._places: dict[str, range] = {}  # of registers of qubits
+        self.places: dict[str, range] = {}  # of registers of qubits
         self._bit_places: dict[str, range] = {}
         self._gates: dict[str, Primitive | Definition] = dict(table())
         self._defined: set[str] = set()
@@ -184,14 +185,14 @@ class _Reader:
         if not match:
             raise QasmError(f"cannot read {short(text)!r}")
         quantum, name, size = match[1] == "q", match[2], _integer(match[3])
-        if name in self._places or name in self._bit_places:
+        if name in self.places or name in self._bit_places:
             raise QasmError(f"got the register {name} twice")
         first = self.qubits if quantum else self.bits
         if first + size > MOST_BITS:
             kind = "qubits" if quantum else "bits"
             raise QasmError(f"got {first + size} {kind}, wanted {MOST_BITS} at most")
         if quantum:
-            self._places[name] = range(first, first + size)
+            self.places[name] = range(first, first + size)
             self.qubits += size
         else:
             self._bit_places[name] = range(first, first + size)
@@ -299,7 +300,7 @@ class _Reader:
     def _qubits(self, text: str) -> range:
         found = self._operands.get(text)
         if found is None:
-            found = self._operands[text] = _operand(text, self._places, "a qubit of a register")
+            found = self._operands[text] = _operand(text, self.places, "a qubit of a register")
         return found
 
     def _bits(self, text: str) -> range:

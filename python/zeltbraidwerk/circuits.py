@@ -16,6 +16,7 @@ from zeltbraidwerk import (
     _files,
     _interop_qasm3,
     _json,
+    _names,
     _parameter,
     _renamed,
     _validate,
@@ -175,7 +176,10 @@ class Circuit(CircuitBase):
 
     It may hold the operations of :mod:`zeltbraidwerk.instructions` as well: measurements, resets,
     barriers and classically controlled gates. ``classical`` are registers of bits, or pairs of a
-    name and a size; without, the bits that are used make one register, "c".
+    name and a size; without, the bits that are used make one register, "c". ``qubit_names`` are
+    names such as "a[0]" or "ancilla", one per qubit, or registers in the same way; without, qubit k
+    is "q[k]". Readers keep names and writers use them; circuits that differ in the names of qubits
+    alone are equal.
 
     >>> bell = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
     >>> bell
@@ -198,6 +202,7 @@ class Circuit(CircuitBase):
         n: int,
         gates: Iterable[Operation] = (),
         classical: Iterable[Register | tuple[str, int]] | None = None,
+        qubit_names: Iterable[str | Register | tuple[str, int]] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
         self._items: tuple[Operation, ...] = tuple(
@@ -207,6 +212,7 @@ class Circuit(CircuitBase):
             _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
         self._classical = registers_of(classical, self._items)
+        self._names = _names.checked(qubit_names, self._n)
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
@@ -233,11 +239,16 @@ class Circuit(CircuitBase):
 
     @classmethod
     def _trusted(
-        cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
+        cls,
+        n: int,
+        operations: tuple[Operation, ...],
+        classical: tuple[Register, ...] = (),
+        names: _names.Names | None = None,
     ) -> Circuit:
         """From parts that are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._items, circuit._classical = n, operations, classical
+        circuit._names = names
         return circuit
 
     @classmethod
@@ -263,6 +274,26 @@ class Circuit(CircuitBase):
     def classical(self) -> tuple[Register, ...]:
         """The classical registers; their bits are numbered from 0 in this order."""
         return self._classical
+
+    @property
+    def qubit_names(self) -> tuple[str, ...]:
+        """The name of each qubit, such as "q[0]"; see :meth:`with_qubit_names`."""
+        return _names.all_of(self._names, self._n)
+
+    def with_qubit_names(
+        self, names: Iterable[str | Register | tuple[str, int]] | None
+    ) -> Circuit:
+        """The same circuit under other names of its qubits: one name per qubit, or registers, or
+        pairs of a name and a size; None for the usual names.
+
+        >>> circuit = Circuit(3, [Gate.cnot(0, 2)]).with_qubit_names([("a", 2), ("b", 1)])
+        >>> circuit.qubit_names
+        ('a[0]', 'a[1]', 'b[0]')
+        """
+        return self._named(_names.checked(names, self._n))
+
+    def _named(self, names: _names.Names | None) -> Circuit:
+        return Circuit._trusted(self._n, self._items, self._classical, names)
 
     @property
     def bit_count(self) -> int:
@@ -322,7 +353,10 @@ class Circuit(CircuitBase):
         """
         given = _parameter.bindings(values, self._angles())
         return Circuit._trusted(
-            self._n, tuple([bound(item, given) for item in self._items]), self._classical
+            self._n,
+            tuple([bound(item, given) for item in self._items]),
+            self._classical,
+            self._names,
         )
 
     def split_ending(self) -> tuple[Circuit, Circuit]:
@@ -348,16 +382,17 @@ class Circuit(CircuitBase):
                 busy.update(item.qubits, bits)
         first, ending = (tuple(reversed(part)) for part in parts)
         return (
-            Circuit._trusted(self._n, first, self._classical),
-            Circuit._trusted(self._n, ending, self._classical),
+            Circuit._trusted(self._n, first, self._classical, self._names),
+            Circuit._trusted(self._n, ending, self._classical, self._names),
         )
 
     def unitary(self) -> Circuit:
         """The gates alone, barriers left out; other operations are refused."""
-        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")))
+        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")), (), self._names)
 
     def placed(self, qubits: Sequence[int], n: int) -> Circuit:
-        """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        """The same operations on ``n`` qubits with the usual names: what is on qubit k goes to
+        ``qubits[k]``."""
         n = _validate.qubit_count(n)
         places = _validate.qubits(qubits, "qubits")
         if len(places) != self._n:
@@ -376,6 +411,7 @@ class Circuit(CircuitBase):
                 item.inverse() if isinstance(item, Gate) else item for item in reversed(self._items)
             ),
             self._classical,
+            self._names,
         )
 
     def to_cnot_circuit(self) -> CnotCircuit:
@@ -391,7 +427,8 @@ class Circuit(CircuitBase):
         return CnotCircuit(self._n, pairs)
 
     def __add__(self, later: Circuit) -> Circuit:
-        """This circuit, then the other, with the same classical registers or one without."""
+        """This circuit, then the other, with the same classical registers or one without. Qubits
+        keep the names that this one has, or else those of the other."""
         if not isinstance(later, Circuit):
             return NotImplemented
         _same_size(self, later)
@@ -404,6 +441,7 @@ class Circuit(CircuitBase):
             self._n,
             self._items + later._items,
             self._classical or later._classical,
+            later._names if self._names is None else self._names,
         )
 
     def __len__(self) -> int:
@@ -438,7 +476,7 @@ class Circuit(CircuitBase):
         return "\n".join(map(str, self._items))
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return Circuit, self._key()
+        return Circuit, (*self._key(), self._names)
 
     def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         for item in self._items:
@@ -451,15 +489,15 @@ class Circuit(CircuitBase):
 
     @classmethod
     def _of_read(cls, read: Read) -> Circuit:
-        n, operations, classical = read
-        return cls._trusted(n, tuple(operations), tuple(classical))
+        return cls._trusted(read.n, tuple(read.operations), tuple(read.classical), read.names)
 
     def _to_plain(self) -> dict[str, Any]:
-        return {
+        found = {
             "n": self._n,
             "operations": [_json.operation_out(item) for item in self._items],
             "classical": [[register.name, register.size] for register in self._classical],
         }
+        return found if self._names is None else found | {"qubit_names": list(self._names)}
 
     @classmethod
     def _of_plain(cls, plain: Any, where: str) -> Circuit:
@@ -469,7 +507,10 @@ class Circuit(CircuitBase):
             _json.operation_in(item, f"{where}.operations[{k}]") for k, item in enumerate(listed)
         ]
         registers = _json.items(table.get("classical", []), f"{where}.classical")
-        return _json.built(where, cls, table.get("n"), operations, registers)
+        names = table.get("qubit_names")  # texts of older versions have none
+        if names is not None:
+            names = _json.items(names, f"{where}.qubit_names")
+        return _json.built(where, cls, table.get("n"), operations, registers, names)
 
 
 def _same_size(first: CircuitBase, second: CircuitBase) -> None:
