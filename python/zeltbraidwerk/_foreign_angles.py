@@ -102,10 +102,10 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
     if len({symbol.name for symbol in symbols}) < len(symbols):
         raise errors.AngleError(f"{name}: got two symbols of one name in {value}, wanted one")
     try:
-        factors = {symbol.name: _rounded(_real(value.diff(symbol) * unit)) for symbol in symbols}
+        factors = {symbol.name: rounded(_real(value.diff(symbol) * unit)) for symbol in symbols}
         constant = value.subs(dict.fromkeys(symbols, 0)) if symbols else value
         return (
-            _rounded(_real(constant * unit)),
+            rounded(_real(constant * unit)),
             factors,
             {symbol.name: symbol for symbol in symbols},
         )
@@ -113,7 +113,7 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
         raise _refused(value, name) from None
 
 
-def _rounded(value: float) -> float:
+def rounded(value: float) -> float:
     """The decimal number of few digits next to it, if it differs by rounding alone: what is divided
     by pi and multiplied again is the same number then."""
     short = round(value, 12)

@@ -17,6 +17,8 @@ QASM_NAMES = {
     "Z": "z", "I": "id", "RX": "rx", "RY": "ry", "RZ": "rz", "PH": "p", "XX": "rxx",
 }  # fmt: skip
 
+_ON_PYPI = {"cirq": "cirq-core", "qiskit_qasm3_import": "qiskit-qasm3-import"}
+
 
 def _package(name: str) -> Any:
     top = name.partition(".")[0]
@@ -25,7 +27,7 @@ def _package(name: str) -> Any:
         return importlib.import_module(name)
     except ImportError:
         raise errors.MissingPackageError(
-            f"this needs the package {top}: pip install {top.replace('_', '-')}, or "
+            f"this needs the package {top}: pip install {_ON_PYPI.get(top, top)}, or "
             "zeltbraidwerk[interop] for all that it converts to and from"
         ) from None
 

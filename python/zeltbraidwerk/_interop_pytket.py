@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import math
-from collections import Counter
 from collections.abc import Collection, Iterator, Mapping, Sequence
 from dataclasses import dataclass
 from functools import cache, lru_cache
@@ -54,11 +53,7 @@ def write(circuit: WholeCircuit) -> Any:
 def units(circuit: WholeCircuit) -> tuple[list[Any], list[Any]]:
     """The qubits and bits of the circuit that :func:`write` makes, by their numbers in this one."""
     tket = _interop._package("pytket.circuit")
-    names = []
-    for register in circuit.classical:
-        is_bit = register.size == 1 and _names.parts(register.name)[1] != ()
-        names += [register.name] if is_bit else _names.of_register(register)
-    bits = _named(names, tket.Bit, ())
+    bits = _named(_names.of_bits(circuit.classical), tket.Bit, ())
     return _named(circuit.qubit_names, tket.Qubit, {bit.reg_name for bit in bits}), bits
 
 
@@ -166,6 +161,8 @@ def _phase(op: Any) -> Any:
             return -0.25
         case "U2" | "U3":
             return sum(op.params[-2:]) / 2
+        case "CU3":
+            return (op.params[1] - op.params[2]) / 4
         case "Phase":
             return op.params[0]
     return 0
@@ -225,19 +222,10 @@ def _inner(op: Any) -> Any:
 
 
 def bits_of(circuit: Any) -> tuple[dict[Any, int], list[Register]]:
-    """Bits in the order of their names. One that does not belong to a whole register makes a
-    register by itself, under its own name."""
+    """The bits by their numbers, and the registers."""
     bits = circuit.bits
-    split = [(bit.reg_name, tuple(bit.index)) for bit in bits]
-    sizes = Counter(name for name, _ in split)
-    registers: list[Register] = []
-    place = 0
-    while place < len(bits):
-        size = _names.filled(split, place, sizes)
-        name = split[place][0] if size else _names.text(*split[place])
-        registers.append(Register(name, size or 1))
-        place += size or 1
-    return {bit: place for place, bit in enumerate(bits)}, registers
+    order, registers = _names.bits([str(bit) for bit in bits])
+    return {bits[place]: k for k, place in enumerate(order)}, registers
 
 
 def _command(

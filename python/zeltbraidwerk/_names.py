@@ -127,3 +127,39 @@ def free(name: str, taken: Collection[str]) -> str:
     while name in taken:
         name += "_"
     return name
+
+
+def bits(names: Sequence[str]) -> tuple[list[int], list[Register]]:
+    """The registers of bits with these names, and the bits in the order of the registers. A bit
+    that does not belong to a whole register makes one by itself, under its own name."""
+    groups: dict[str, list[tuple[tuple[int, ...], int]]] = {}
+    for place, name in enumerate(names):
+        register, index = parts(name)
+        groups.setdefault(register, []).append((index, place))
+    found: list[Register] = []
+    order: list[int] = []
+    for name, group in groups.items():
+        group.sort()
+        order += [place for _, place in group]
+        indices = [index for index, _ in group]
+        if indices in ([()], [(k,) for k in range(len(group))]):
+            found.append(Register(name, len(group)))
+        else:
+            found += [Register(text(name, index), 1) for index in indices]
+    if len({register.name for register in found}) < len(found):
+        return list(range(len(names))), [Register("c", len(names))]
+    return order, found
+
+
+def of_bits(registers: Iterable[Register]) -> list[str]:
+    """The names of the bits of registers. The bit of a register of one may have an index in the
+    name of the register."""
+    return [
+        name
+        for register in registers
+        for name in (
+            [register.name]
+            if register.size == 1 and parts(register.name)[1]
+            else of_register(register)
+        )
+    ]

@@ -135,6 +135,7 @@ class _Reader:
         self._repeated: dict[str, list[Operation]] = {}  # by statement, of gates alone
         self._angles: dict[str, list[float]] = {"": []}
         self._operands: dict[str, range] = {}
+        self._lists: dict[str, tuple[int, list[tuple[int, ...]]]] = {}
 
     def statement(self, line: int, text: str, body: Body) -> None:
         self.seen += 1
@@ -252,27 +253,41 @@ class _Reader:
         match = APPLICATION.fullmatch(text)
         if not match:
             raise QasmError(f"cannot read {short(text)!r}")
-        name, operands = match[1], [self._qubits(part) for part in split(match[3])]
+        name, (operands, each) = match[1], self._applied(match[3], text)
         gate = self._gates.get(name)
         if gate is None:
             raise QasmError(f"the gate {short(name)} is not known")
         if isinstance(gate, Definition) and gate.parts is None:
             raise QasmError(f"the gate {name} is opaque: it has no definition")
         angles = self._values(line, match[2] or "")
-        check_counts(gate, name, len(operands), len(angles))
-        wide = {len(operand) for operand in operands if len(operand) != 1}
-        if len(wide) > 1:
-            raise QasmError(f"got registers of unequal size in {short(text)!r}")
-        count = wide.pop() if wide else 1
-        self._room(count * gate.size, condition)
-        for place in range(count):
-            qubits = [operand[place if len(operand) > 1 else 0] for operand in operands]
-            if len(set(qubits)) < len(qubits):
-                raise QasmError(f"got a qubit twice in {short(text)!r}")
+        check_counts(gate, name, operands, len(angles))
+        self._room(len(each) * gate.size, condition)
+        for qubits in each:
             try:
-                self.reading.gate(gate, tuple(qubits), angles, f"line {line}", condition)
+                self.reading.gate(gate, qubits, angles, f"line {line}", condition)
             except ValueError:
                 raise QasmError(f"got an angle of {name} that is not a number") from None
+
+    def _applied(self, text: str, statement: str) -> tuple[int, list[tuple[int, ...]]]:
+        """How many operands there are, and the qubits of each gate: a register has all of its
+        own."""
+        if (found := self._lists.get(text)) is not None:
+            return found
+        operands = [self._qubits(part) for part in split(text)]
+        wide = {len(operand) for operand in operands if len(operand) != 1}
+        if len(wide) > 1:
+            raise QasmError(f"got registers of unequal size in {short(statement)!r}")
+        count = wide.pop() if wide else 1
+        if count > MOST_OPERATIONS:
+            raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
+        each = [
+            tuple([operand[place if len(operand) > 1 else 0] for operand in operands])
+            for place in range(count)
+        ]
+        if any(len(set(qubits)) < len(qubits) for qubits in each):
+            raise QasmError(f"got a qubit twice in {short(statement)!r}")
+        self._lists[text] = len(operands), each
+        return len(operands), each
 
     def _room(self, count: int, condition: Condition | None) -> None:
         """Refuses programs that are too long: an operation counts once for each bit of its
@@ -283,12 +298,11 @@ class _Reader:
 
     def _values(self, line: int, text: str) -> list[float]:
         values = self._angles.get(text)
+        if values is None and _DECIMAL.fullmatch(text):
+            values = self._angles[text] = [float(text)]
         if values is None:
             values = []
             for part in split(text):
-                if _DECIMAL.fullmatch(part):
-                    values.append(float(part))
-                    continue
                 steps = expression(line, part)
                 try:
                     values.append(_angles.evaluate(steps, {}))

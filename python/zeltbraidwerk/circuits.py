@@ -43,6 +43,9 @@ from zeltbraidwerk.instructions import (
 
 __all__ = ["Circuit", "CnotCircuit", "Gate", "Parameter"]
 
+# The packages whose circuits are read.
+READ_PACKAGES = ("qiskit", "pytket", "stim", "pyzx", "cirq", "pennylane")
+
 
 class CnotCircuit(CircuitBase):
     """A circuit of CNOTs on ``n`` qubits: (control, target) pairs, the first acts first.
@@ -217,7 +220,8 @@ class Circuit(CircuitBase):
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text."""
+        pytket, Stim, PyZX or Cirq, a script of PennyLane, a graph of PyZX, text in OpenQASM 2 or 3,
+        or the path of a file with such text."""
         if isinstance(source, Circuit):
             return source
         if isinstance(source, CnotCircuit):
@@ -227,14 +231,13 @@ class Circuit(CircuitBase):
         if isinstance(source, str):
             version_3 = _interop_qasm3.is_version_3(source)
             return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)
-        for kind, read in (
-            ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
-        ):  # fmt: skip
-            if _validate.comes_from(source, kind):
-                return read(source)
+        for package in READ_PACKAGES:
+            if _validate.comes_from(source, package):
+                found: Circuit = getattr(cls, f"from_{package}")(source)
+                return found
         raise errors.DtypeError(
             f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
-            "Qiskit, pytket or Stim"
+            "Qiskit, pytket, Stim, PyZX, Cirq or PennyLane"
         )
 
     @classmethod
