@@ -46,7 +46,7 @@ def test_types(tmp_path):
     config = tmp_path / "mypy.ini"
     config.write_text(
         "[mypy]\nstrict = True\nexclude = demo\n"
-        "[mypy-matplotlib.*,qiskit.*,pytket.*,stim.*]\n"
+        "[mypy-cirq.*,matplotlib.*,pennylane.*,pytket.*,pyzx.*,qiskit.*,stim.*]\n"
         "ignore_missing_imports = True\nfollow_imports = skip\n"
     )
     command = [sys.executable, "-m", "mypy", "--config-file", config, "-p", "zeltbraidwerk"]

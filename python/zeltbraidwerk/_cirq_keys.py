@@ -101,23 +101,19 @@ def _measured_at_once(circuit: WholeCircuit, home: Sequence[tuple[int, int]]) ->
             for group in _grouped(item.bits, home):
                 whole = len(group) == home[group[0]][1] and group[0] in measured
                 split.update(() if whole else group)
-            if isinstance(item.operation, Measure):
-                split.add(item.operation.bit)
     runs: set[tuple[int, int]] = set()
-    run: list[int] = []
+    run: list[Measure] = []
     for item in [*listed, None]:
-        if isinstance(item, Measure) and (not run or home[run[0]] == home[item.bit]):
-            run.append(item.bit)
+        if isinstance(item, Measure) and (not run or home[run[0].bit] == home[item.bit]):
+            run.append(item)
             continue
-        if run and sorted(run) == list(range(home[run[0]][0], sum(home[run[0]]))):
-            runs.add(home[run[0]])
-        run = [item.bit] if isinstance(item, Measure) else []
+        bits = sorted(measure.bit for measure in run)
+        is_of_many = len({measure.qubit for measure in run}) == len(run) > 1
+        if is_of_many and bits == list(range(home[bits[0]][0], sum(home[bits[0]]))):
+            runs.add(home[bits[0]])
+        run = [item] if isinstance(item, Measure) else []
     parted = {home[bit] for bit in split}
-    return {
-        bit
-        for bit in counts
-        if home[bit] in runs - parted and home[bit][1] > 1 and counts[bit] == 1
-    }
+    return {bit for bit in counts if home[bit] in runs - parted and counts[bit] == 1}
 
 
 # --- in -----------------------------------------------------------------------------------------
@@ -139,7 +135,7 @@ class Reader:
             self._count += size
         if len(self._bits[key]) != size:
             raise errors.GateError(
-                f"got the key {key} for {len(self._bits[key])} and for {size} qubits, wanted one number"
+                f"got the key {key} for {len(self._bits[key])} and for {size} qubits"
             )
         return self._bits[key]
 
@@ -147,13 +143,16 @@ class Reader:
         """Conditions of which one holds where all of Cirq's hold: one for each value of their
         bits."""
         cirq = _interop._package("cirq")
-        keys = list(dict.fromkeys(str(key) for each in sorted(controls, key=str) for key in each.keys))
+        ordered = sorted(controls, key=str)
+        keys = list(dict.fromkeys(str(key) for each in ordered for key in each.keys))
         for key in keys:
             if key not in self._bits:
                 raise errors.GateError(f"got a condition on {key}, which is not measured before")
         bits = tuple(bit for key in keys for bit in self._bits[key])
         if len(bits) > MOST_BITS:
-            raise errors.GateError(f"got a condition on {len(bits)} bits, wanted {MOST_BITS} at most")
+            raise errors.GateError(
+                f"got a condition on {len(bits)} bits, wanted {MOST_BITS} at most"
+            )
         for value in range(1 << len(bits)):
             digit = {bit: value >> k & 1 for k, bit in enumerate(bits)}
             records = {

@@ -129,10 +129,21 @@ def to_qiskit(constant: float, terms: Any, symbols: Mapping[str, Any]) -> Any:
     return total + constant if constant else total
 
 
+def to_sympy(constant: float, terms: Any, symbols: Mapping[str, Any], sympy: Any) -> Any:
+    """The same in sympy."""
+    total = sympy.Float(constant) if constant else sympy.Integer(0)
+    for name, factor in terms:
+        total += _exact(factor, sympy) * symbols[name]
+    return total
+
+
 def to_half_turns(constant: float, terms: Any, symbols: Mapping[str, Any], sympy: Any) -> Any:
-    """The same divided by pi, in sympy."""
+    """The same divided by pi."""
     total = sympy.Float(constant / math.pi) if constant else sympy.Integer(0)
     for name, factor in terms:
-        exact = sympy.Integer(int(factor)) if factor.is_integer() else sympy.Float(factor)
-        total += exact * symbols[name] / sympy.pi
+        total += _exact(factor, sympy) * symbols[name] / sympy.pi
     return total
+
+
+def _exact(factor: float, sympy: Any) -> Any:
+    return sympy.Integer(int(factor)) if factor.is_integer() else sympy.Float(factor)

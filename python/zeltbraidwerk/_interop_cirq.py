@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import math
 import numbers
-from collections.abc import Callable, Mapping, Sequence
+from collections.abc import Callable, Hashable, Mapping, Sequence
 from functools import cache
 from typing import Any
 
@@ -26,7 +26,7 @@ def write(circuit: WholeCircuit) -> Any:
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_sympy, _symbol)
     operation_of = _operations(qubits, symbols)
     used: set[int] = set()
-    for operation, condition in _interop.written(circuit):
+    for place, (operation, condition) in enumerate(_interop.written(circuit)):
         used.update(operation.qubits)
         on = tuple([qubits[qubit] for qubit in operation.qubits])
         if isinstance(operation, Barrier):
@@ -34,6 +34,11 @@ def write(circuit: WholeCircuit) -> Any:
             continue
         bits = [*condition[0]] if condition else []
         if isinstance(operation, Measure):
+            if condition is not None:
+                raise errors.GateError(
+                    f"operation {place}: got measure under a condition, wanted a gate or a reset, "
+                    "as Cirq can have it"
+                )
             made = keys.measured(operation, on[0])
             bits += keys.together(operation)
         elif isinstance(operation, Reset):
@@ -42,7 +47,7 @@ def write(circuit: WholeCircuit) -> Any:
             made = [operation_of(operation)]
         if condition is not None:
             controls = keys.controls(condition)
-            made = [] if controls is None else [op.with_classical_controls(*controls) for op in made]
+            made = [op.with_classical_controls(*controls) for op in made if controls is not None]
         layers.add(made, bits)
     layers.add([cirq.I(qubits[k]) for k in range(circuit.n) if k not in used], ())  # else lost
     return cirq.Circuit.from_moments(*map(cirq.Moment, layers.layers))
@@ -106,10 +111,8 @@ def _operations(qubits: Sequence[Any], symbols: Mapping[str, Any]) -> Callable[[
     def turned_gate(gate: Gate) -> Any:
         angle = gate.params[0]
         if gate.name in turned:
-            return turned[gate.name](rads=_radians(angle, symbols))
-        turn = _radians(angle, symbols) / (
-            _interop._package("sympy").pi if angle.is_symbolic else math.pi
-        )
+            return turned[gate.name](rads=_written(angle, symbols, _foreign_angles.to_sympy, 1))
+        turn = _written(angle, symbols, _foreign_angles.to_half_turns, math.pi)
         if gate.name == "PH":
             return cirq.ZPowGate(exponent=turn)
         return cirq.XXPowGate(exponent=turn, global_shift=-0.5)
@@ -117,12 +120,14 @@ def _operations(qubits: Sequence[Any], symbols: Mapping[str, Any]) -> Callable[[
     return made
 
 
-def _radians(angle: Parameter, symbols: Mapping[str, Any]) -> Any:
+def _written(
+    angle: Parameter, symbols: Mapping[str, Any], symbolic: Callable[..., Any], unit: float
+) -> Any:
+    """The angle in this unit; a symbolic one by this function."""
     if not angle.is_symbolic:
-        return float(angle)
+        return float(angle) / unit
     sympy, terms = _interop._package("sympy"), angle.coefficients.items()
-    half_turns = _foreign_angles.to_half_turns(angle.constant, terms, symbols, sympy)
-    return sympy.expand(half_turns * sympy.pi)
+    return symbolic(angle.constant, terms, symbols, sympy)
 
 
 # --- in -----------------------------------------------------------------------------------------
@@ -134,7 +139,8 @@ _POWERS: dict[str, tuple[dict[float, str], str | None]] = {
     "ZPowGate": ({1: "z", 0.5: "s", -0.5: "sdg", 0.25: "t", -0.25: "tdg"}, "p"),
     "HPowGate": ({1: "h"}, None), "CXPowGate": ({1: "cx"}, None), "CZPowGate": ({1: "cz"}, "cp"),
     "SwapPowGate": ({1: "swap"}, None), "XXPowGate": ({}, "rxx"), "ZZPowGate": ({}, "rzz"),
-    "CCXPowGate": ({1: "ccx"}, None), "CSwapGate": ({1: "cswap"}, None), "CCZPowGate": ({1: "ccz"}, None),
+    "CCXPowGate": ({1: "ccx"}, None), "CCZPowGate": ({1: "ccz"}, None),
+    "CSwapGate": ({1: "cswap"}, None),
 }  # fmt: skip
 _PASSED_OVER = ("WaitGate", "GlobalPhaseGate")
 
@@ -172,8 +178,8 @@ class _Reader:
     def operation(self, operation: Any, place: int) -> None:
         """A gate of the table, or anything else."""
         gate = operation.gate
-        known = None if gate is None else _known(gate)
         try:
+            known = None if gate is None else _known(gate)
             if known is None:
                 self._other(operation, f"operation {place}", None, 0)
             else:
@@ -221,8 +227,6 @@ class _Reader:
         if gate.confusion_map:
             raise errors.GateError("got a measurement with a confusion map, wanted one without")
         bits = self.keys.bits(str(gate.mkey), len(on))
-        if condition is not None and not set(bits).isdisjoint(condition[0]):
-            raise errors.GateError("got a measurement, under a condition, into a key of the condition")
         for qubit, bit, inverted in zip(on, bits, gate.full_invert_mask(), strict=True):
             flip = [("X", (qubit,), ())] if inverted else []
             self.reading.gates(flip, where, condition)
@@ -232,23 +236,24 @@ class _Reader:
 
 def _known(gate: Any) -> tuple[str, Sequence[float | Parameter]] | None:
     """A gate of the table with its angles."""
-    if (kind := _kind(type(gate))) is None:
+    made_by: Any = type(gate)
+    if (kind := _kind(made_by)) is None:
         return None
     exact, turned = kind
     turn = getattr(gate, "exponent", 1)
-    if not isinstance(turn, numbers.Real):
-        turn = _interop.number(_foreign_angles.HalfTurns(turn)) / math.pi
-    elif (name := exact.get(turn)) is not None:
+    is_number = isinstance(turn, numbers.Real)
+    if is_number and (name := exact.get(float(turn))) is not None:
         return name, ()
     if turned is None:
         return None
-    return turned, [float(turn) * math.pi if isinstance(turn, numbers.Real) else turn * math.pi]
+    half_turns = _foreign_angles.HalfTurns
+    return turned, [float(turn) * math.pi if is_number else _interop.number(half_turns(turn))]
 
 
 @cache
-def _kind(gate: Any) -> tuple[dict[float, str], str | None] | None:
+def _kind(gate: Hashable) -> tuple[dict[float, str], str | None] | None:
     """Of a class of gates, by the first of its bases that is known."""
-    for base in gate.__mro__:
+    for base in getattr(gate, "__mro__", ()):
         if base.__name__ in _POWERS and base.__module__.startswith("cirq."):
             return _POWERS[base.__name__]
     return None
@@ -260,7 +265,7 @@ def _parts(operation: Any) -> Sequence[Any]:
     if isinstance(inner, cirq.CircuitOperation):
         size = sum(1 for _ in inner.circuit.all_operations())
         if inner.repeat_until is not None or not isinstance(inner.repetitions, int):
-            raise errors.GateError("got a circuit that is repeated until something, wanted a number")
+            raise errors.GateError("got a circuit repeated until a condition, wanted a number")
         if size * abs(inner.repetitions) > MOST_OPERATIONS:
             raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
     text = short(" ".join(str(inner).split()))

@@ -22,38 +22,63 @@ _NAMES = {
     "Y": "PauliY", "Z": "PauliZ", "I": "Identity", "RX": "RX", "RY": "RY", "RZ": "RZ",
     "PH": "PhaseShift", "XX": "IsingXX",
 }  # fmt: skip
+_RESET = "reset "  # begins the names of measurements whose outcomes are not used
 
 
 def write(circuit: WholeCircuit) -> Any:
     qml = _interop._package("pennylane")
     wires = [_wire(name) for name in circuit.qubit_names]
-    names = _names.of_bits(circuit.classical)
+    gate_of, measured = _gates(qml, wires), _Measured(qml, _names.of_bits(circuit.classical))
     made: list[Any] = []
-    gate_of = _gates(qml, wires)
-    values: dict[int, Any] = {}  # of bits, that of their last measurement
     used: set[int] = set()
     for place, (operation, condition) in enumerate(_interop.written(circuit)):
         used.update(operation.qubits)
-        if isinstance(operation, Gate) and condition is None:
-            made.append(gate_of(operation))
-        elif isinstance(operation, Barrier):
-            made.append(qml.Barrier([wires[qubit] for qubit in operation.qubits]))
+        on = [wires[qubit] for qubit in operation.qubits]
+        if isinstance(operation, Gate):
+            gate = gate_of(operation)
+            made += [gate] if condition is None else measured.controlled(gate, condition)
         elif condition is not None:
-            if not isinstance(operation, Gate):
-                raise errors.GateError(
-                    f"operation {place}: got {operation.name} under a condition, wanted a gate, as "
-                    "PennyLane can have it"
-                )
-            made += _controlled(qml, gate_of(operation), condition, values)
+            raise errors.GateError(
+                f"operation {place}: got {operation.name} under a condition, wanted a gate, as "
+                "PennyLane can have it"
+            )
+        elif isinstance(operation, Barrier):
+            made.append(qml.Barrier(on))
         elif isinstance(operation, Measure):
-            name = _names.free(names[operation.bit], {value.measurements[0].meas_uid for value in values.values()})
-            measurement = qml.ops.MidMeasure([wires[operation.qubit]], meas_uid=name)
-            values[operation.bit] = qml.ops.MeasurementValue([measurement])
-            made.append(measurement)
+            made.append(measured.measure(on, operation.bit))
         else:
-            made.append(qml.ops.MidMeasure([wires[operation.qubits[0]]], reset=True, meas_uid=f"reset {place}"))
-    made += [qml.Identity([wires[k]]) for k in range(circuit.n) if k not in used]  # else they are lost
-    return qml.tape.QuantumScript(made)
+            made.append(qml.ops.MidMeasure(on, reset=True, meas_uid=f"{_RESET}{place}"))
+    idle = [wires[k] for k in range(circuit.n) if k not in used]  # which a script does not keep
+    return qml.tape.QuantumScript(made + [qml.Identity([wire]) for wire in idle])
+
+
+class _Measured:
+    """Measurements, named by their bits, and conditions on their values."""
+
+    def __init__(self, qml: Any, names: Sequence[str]) -> None:
+        self._qml, self._names = qml, names
+        self._values: dict[int, Any] = {}  # of bits, that of their last measurement
+        self._taken: set[str] = set()
+
+    def measure(self, on: list[Any], bit: int) -> Any:
+        name = _names.free(self._names[bit], self._taken)
+        self._taken.add(name)
+        made = self._qml.ops.MidMeasure(on, meas_uid=name)
+        self._values[bit] = self._qml.ops.MeasurementValue([made])
+        return made
+
+    def controlled(self, gate: Any, condition: Condition) -> list[Any]:
+        """Nothing for a condition that never holds: bits that were not measured are 0."""
+        bits, value = condition
+        total = None
+        for k, bit in enumerate(bits):
+            digit = value >> k & 1
+            if bit in self._values:
+                one = self._values[bit] if digit else ~self._values[bit]
+                total = one if total is None else total & one
+            elif digit:
+                return []
+        return [gate] if total is None else [self._qml.ops.Conditional(total, gate)]
 
 
 def _wire(name: str) -> Any:
@@ -87,20 +112,6 @@ def _gates(qml: Any, wires: Sequence[Any]) -> Callable[[Gate], Any]:
         return found
 
     return made
-
-
-def _controlled(qml: Any, gate: Any, condition: Condition, values: dict[int, Any]) -> list[Any]:
-    """Nothing for a condition that never holds: bits that were not measured are 0."""
-    bits, value = condition
-    total = None
-    for k, bit in enumerate(bits):
-        if bit not in values:
-            if value >> k & 1:
-                return []
-            continue
-        one = values[bit] if value >> k & 1 else ~values[bit]
-        total = one if total is None else total & one
-    return [gate] if total is None else [qml.ops.Conditional(total, gate)]
 
 
 # --- in -----------------------------------------------------------------------------------------
@@ -186,7 +197,7 @@ class _Reader:
     def _measure(self, operation: Any, qubit: int, where: str) -> None:
         if operation.postselect is not None:
             raise errors.GateError("got a measurement with postselection, wanted one without")
-        if not operation.meas_uid.startswith("reset "):
+        if not operation.meas_uid.startswith(_RESET):
             bit = self._bits.setdefault(operation.meas_uid, len(self._bits))
             self.reading.add(Measure(qubit, bit, where=where), where, None)
         if operation.reset:

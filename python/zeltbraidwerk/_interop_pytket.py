@@ -257,7 +257,7 @@ def _command(
         for turn, part in zip(reversed(op.params), ("rz", "rx", "rz"), strict=True):
             _gate(reading, part, on, [turn], where, condition)
     else:
-        return name == "Phase"
+        return bool(name == "Phase")
     return True
 
 

@@ -11,7 +11,7 @@ from zeltbraidwerk import _foreign_angles, _interop, _names, _reading, errors
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
+from zeltbraidwerk.instructions import Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
@@ -41,10 +41,10 @@ def write(circuit: WholeCircuit) -> Any:
         elif isinstance(operation, Reset):
             gate = gates.Reset(operation.qubit)
         elif isinstance(operation, Gate):
-            turns = {"phase": _turn(p) for p in _interop.angles(operation)}
+            given: list[Any] = [_turn(angle) for angle in _interop.angles(operation)]
             if operation.name == "D-S":
-                turns = {"adjoint": True}
-            gate = classes[operation.name](*operation.qubits, **turns)
+                given = [True]  # the adjoint
+            gate = classes[operation.name](*operation.qubits, *given)
         if condition is not None:
             register = _register(condition, whole)
             gate = gates.ConditionalGate(register.name, condition[1], gate, register.size)
@@ -195,7 +195,9 @@ def _angle(turn: Any) -> float | Parameter:
     total: Any = 0.0
     for factor, term in turn.terms:
         if len(term.vars) > 1 or any(power != 1 for _, power in term.vars):
-            raise errors.AngleError(f"got {turn}, wanted a number or a sum of symbols times numbers")
+            raise errors.AngleError(
+                f"got {turn}, wanted a number or a sum of symbols times numbers"
+            )
         value = _foreign_angles.rounded(float(factor) * math.pi)
         total = total + (Parameter(term.vars[0][0].name) * value if term.vars else value)
     return _interop.number(total)

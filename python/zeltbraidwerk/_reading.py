@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Iterator, Sequence
 from contextlib import contextmanager
-from typing import Any, NamedTuple
+from typing import Any, NamedTuple, TypeAlias
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk._definitions import (
@@ -18,7 +18,7 @@ from zeltbraidwerk._names import Names
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Register, Reset
 
-Known = Primitive | Definition
+Known: TypeAlias = Primitive | Definition
 Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
 
 

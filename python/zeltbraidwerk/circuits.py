@@ -283,9 +283,7 @@ class Circuit(CircuitBase):
         """The name of each qubit, such as "q[0]"; see :meth:`with_qubit_names`."""
         return _names.all_of(self._names, self._n)
 
-    def with_qubit_names(
-        self, names: Iterable[str | Register | tuple[str, int]] | None
-    ) -> Circuit:
+    def with_qubit_names(self, names: Iterable[str | Register | tuple[str, int]] | None) -> Circuit:
         """The same circuit under other names of its qubits: one name per qubit, or registers, or
         pairs of a name and a size; None for the usual names.
 

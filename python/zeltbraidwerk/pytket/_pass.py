@@ -35,8 +35,8 @@ def optimize_pass(
     Qubits, bits, registers and symbols keep their names, every output stays on its qubit, and
     measurements, resets, barriers and conditions stay. A permutation of wires that the circuit
     holds stays one, and takes no gates. The operator is the same, with its global phase unless that
-    depends on a symbol. Gates become CX, CZ, H, S, Sdg, X, Y, Z, Rx, Ry and Rz: rebase after the pass. A circuit
-    that does not become shorter, or that holds what cannot be read, stays as it is.
+    depends on a symbol. Gates become CX, CZ, H, S, Sdg, X, Y, Z, Rx, Ry and Rz: rebase after the
+    pass. A circuit that does not become shorter, or that holds what cannot be read, stays as it is.
 
     With an ``architecture``, a circuit whose gates are all on its edges keeps to them, so that the
     pass may stand after routing; other circuits are taken as not routed yet. The other options are
@@ -82,7 +82,8 @@ def _written(found: Optimization, given: Given, labelled: _interop_pytket.Labell
     made = found.circuit.to_pytket()
     qubits, bits = _interop_pytket.units(found.circuit)
     names = dict(zip(qubits, given.qubits, strict=True))
-    made.rename_units(names | {bits[k]: bit for bit, k in _interop_pytket.bits_of(given)[0].items()})
+    names |= {bits[k]: bit for bit, k in _interop_pytket.bits_of(given)[0].items()}
+    made.rename_units(names)
     for a, b in _interop_pytket.swaps(labelled.permutation):
         made.SWAP(given.qubits[a], given.qubits[b])
     made.replace_SWAPs()
