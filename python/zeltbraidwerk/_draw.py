@@ -121,13 +121,13 @@ def _step(column: Column) -> int:
 
 
 def _svg_block(
-    wires: Sequence[str], block: list[Column], ends: tuple[int, int], top: int
+    wires: Sequence[str], block: list[Column], sides: tuple[int, int], top: int
 ) -> list[str]:
     def level(wire: int) -> int:
         return top + wire * ROW + ROW // 2 + 4
 
     parts = []
-    left, right = ends
+    left, right = sides
     for wire, name in enumerate(wires):
         y = level(wire)
         parts.append(f'<text x="8" y="{y + 4}">{escape(name)}</text>')
