@@ -7,8 +7,7 @@ and so they are written where a register is not measured at once.
 from __future__ import annotations
 
 from collections import Counter
-from collections.abc import Iterable, Iterator, Mapping, Sequence
-from dataclasses import replace
+from collections.abc import Iterable, Iterator, Sequence
 from typing import Any
 
 from zeltbraidwerk import _interop, _names, errors
@@ -118,8 +117,6 @@ def _measured_at_once(circuit: WholeCircuit, home: Sequence[tuple[int, int]]) ->
 
 # --- in -----------------------------------------------------------------------------------------
 
-MOST_BITS = 10  # of the keys of one condition
-
 
 class Reader:
     """Numbers bits in the order in which they are measured first; ``numbered`` changes that to the
@@ -149,9 +146,9 @@ class Reader:
             if key not in self._bits:
                 raise errors.GateError(f"got a condition on {key}, which is not measured before")
         bits = tuple(bit for key in keys for bit in self._bits[key])
-        if len(bits) > MOST_BITS:
+        if len(bits) > _interop.MOST_BITS:
             raise errors.GateError(
-                f"got a condition on {len(bits)} bits, wanted {MOST_BITS} at most"
+                f"got a condition on {len(bits)} bits, wanted {_interop.MOST_BITS} at most"
             )
         for value in range(1 << len(bits)):
             digit = {bit: value >> k & 1 for k, bit in enumerate(bits)}
@@ -171,7 +168,7 @@ class Reader:
         for key, bits in self._bits.items():
             names += [key] if len(bits) == 1 else [_names.text(key, [k]) for k in range(len(bits))]
         order, registers = _names.bits(names)
-        return moved(operations, order), registers
+        return _interop.renumbered(operations, order), registers
 
 
 def _both(outer: Condition | None, inner: Condition) -> Condition | None:
@@ -183,20 +180,3 @@ def _both(outer: Condition | None, inner: Condition) -> Condition | None:
         if digits.setdefault(bit, inner[1] >> k & 1) != inner[1] >> k & 1:
             return None
     return tuple(digits), sum(digit << k for k, digit in enumerate(digits.values()))
-
-
-def moved(operations: list[Operation], order: Sequence[int]) -> list[Operation]:
-    """The operations on the same bits, numbered in this order."""
-    if list(order) == list(range(len(order))):
-        return operations
-    place = {bit: k for k, bit in enumerate(order)}
-    return [_moved(item, place) for item in operations]
-
-
-def _moved(item: Any, place: Mapping[int, int]) -> Any:
-    if isinstance(item, Measure):
-        return replace(item, bit=place[item.bit])
-    if isinstance(item, Conditional):
-        bits = tuple(place[bit] for bit in item.bits)
-        return replace(item, operation=_moved(item.operation, place), bits=bits)
-    return item

@@ -4,18 +4,28 @@ needed."""
 from __future__ import annotations
 
 import importlib
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Iterator, Mapping, Sequence
+from dataclasses import replace
 from typing import Any
 
 from zeltbraidwerk import _parameter, errors
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Measure,
+    Operation,
+    Reset,
+    WholeCircuit,
+)
 
 QASM_NAMES = {
     "CNOT": "cx", "CSIGN": "cz", "CZ": "cz", "H": "h", "S": "s", "D-S": "sdg", "X": "x", "Y": "y",
     "Z": "z", "I": "id", "RX": "rx", "RY": "ry", "RZ": "rz", "PH": "p", "XX": "rxx",
 }  # fmt: skip
+
+MOST_BITS = 10  # of a condition that is not a value of bits, and is read as one for each value
 
 _ON_PYPI = {"cirq": "cirq-core", "qiskit_qasm3_import": "qiskit-qasm3-import"}
 
@@ -75,3 +85,20 @@ def number(value: Any) -> float | Parameter:
     """An angle of another package. Numbers are plain, so that their sums are not wrapped."""
     angle = _parameter.parameter(value, "angle")
     return angle if angle.is_symbolic else float(angle)
+
+
+def renumbered(operations: list[Operation], order: Sequence[int]) -> list[Operation]:
+    """The operations on the same bits, numbered in this order."""
+    if list(order) == list(range(len(order))):
+        return operations
+    place = {bit: k for k, bit in enumerate(order)}
+    return [_renumbered(item, place) for item in operations]
+
+
+def _renumbered(item: Any, place: Mapping[int, int]) -> Any:
+    if isinstance(item, Measure):
+        return replace(item, bit=place[item.bit])
+    if isinstance(item, Conditional):
+        bits = tuple(place[bit] for bit in item.bits)
+        return replace(item, operation=_renumbered(item.operation, place), bits=bits)
+    return item

@@ -8,7 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _cirq_keys, _interop, _names, _reading, errors
+from zeltbraidwerk import _interop, _names, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
@@ -209,9 +209,9 @@ class _Reader:
             if each.meas_uid not in self._bits:
                 raise errors.GateError("got a condition on what is not measured before")
         bits = tuple(self._bits[each.meas_uid] for each in value.measurements)
-        if len(bits) > _cirq_keys.MOST_BITS:
+        if len(bits) > _interop.MOST_BITS:
             raise errors.GateError(
-                f"got a condition on {len(bits)} bits, wanted {_cirq_keys.MOST_BITS} at most"
+                f"got a condition on {len(bits)} bits, wanted {_interop.MOST_BITS} at most"
             )
         for digits, holds in value.branches.items():
             if holds:
@@ -224,7 +224,7 @@ class _Reader:
         if not all(_names.parts(name)[1] for name in names):
             names = [_names.text("m", [k]) for k in range(len(names))]
         order, registers = _names.bits(names)
-        return _cirq_keys.moved(self.reading.operations, order), registers
+        return _interop.renumbered(self.reading.operations, order), registers
 
 
 def _number(angle: Any) -> float | Parameter:
