@@ -2,6 +2,7 @@
 
 import math
 import pickle
+import sys
 import xml.etree.ElementTree as ET
 
 import numpy as np
@@ -137,7 +138,13 @@ def test_sums_of_symbols_for_qiskit():
     assert [p.name for p in symbolic.parameters] == ["a"]
 
 
-def test_a_missing_package_is_named(monkeypatch):
-    monkeypatch.setitem(__import__("sys").modules, "qiskit", None)
-    with pytest.raises(ImportError, match="pip install qiskit"):
-        Circuit(1).to_qiskit()
+@pytest.mark.parametrize(
+    ("package", "on_pypi"),
+    [("qiskit", "qiskit"), ("pytket", "pytket"), ("stim", "stim"), ("pyzx", "pyzx"),
+     ("cirq", "cirq-core"), ("pennylane", "pennylane")],
+)  # fmt: skip
+def test_a_missing_package_is_named(monkeypatch, package, on_pypi):
+    monkeypatch.setitem(sys.modules, package, None)
+    text = f"needs the package {package}: pip install {on_pypi}, or zeltbraidwerk.interop. "
+    with pytest.raises(ImportError, match=text):
+        getattr(Circuit(1), f"to_{package}")()

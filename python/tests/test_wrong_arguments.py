@@ -86,8 +86,9 @@ VALUES = {
 # all whose name ends so. What reads objects of other packages takes one argument alone, and needs
 # none that works.
 ARGUMENTS = {
-    "from_networkx": [], "from_pytket": [], "from_qiskit": [], "from_rustworkx": [],
-    "from_stim": [], "from_json": [], "from_qasm3": [], "best_over_time": [],
+    "from_cirq": [], "from_networkx": [], "from_pennylane": [], "from_pytket": [], "from_pyzx": [],
+    "from_qiskit": [], "from_rustworkx": [], "from_stim": [], "from_json": [], "from_qasm3": [],
+    "best_over_time": [],
     "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
@@ -108,6 +109,7 @@ ARGUMENTS = {
     "Gate": [{"name": "RZ", "qubits": 0, "params": 0.5}, {"name": "CNOT", "qubits": (0, 1)}],
     "Gate.from_core": [{"gate": core.Gate.H(0)}],
     "Circuit.bind": [{"values": {}}],
+    "Circuit.with_qubit_names": [{"names": None}],
     "Parameter.bind": [{"values": {}}],
     "Parameter.from_core": [{"angle": core.Parameter(0.5)}],
     "circulant": [{"polynomial": 7}],

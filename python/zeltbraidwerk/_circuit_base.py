@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 from abc import abstractmethod
 from collections import Counter
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
@@ -14,7 +14,10 @@ from zeltbraidwerk import (
     _draw,
     _files,
     _html,
+    _interop_cirq,
+    _interop_pennylane,
     _interop_pytket,
+    _interop_pyzx,
     _interop_qasm,
     _interop_qasm3,
     _interop_qiskit,
@@ -28,7 +31,10 @@ from zeltbraidwerk.gates import Parameter, is_t, rotations
 from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
+    import cirq
+    import pennylane.tape
     import pytket.circuit
+    import pyzx
     import qiskit
     import stim
 
@@ -123,7 +129,7 @@ class CircuitBase(Stored):
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
         width = _validate.integer(width, "width", 1)
-        return _draw.text(self._n, _boxes.boxes(self._whole()), width)
+        return _draw.text(self._wires(), _boxes.boxes(self._whole()), width)
 
     def save_svg(self, path: str | os.PathLike[str]) -> None:
         """Writes a picture to a file, whole or not at all: the first 3,000 operations, and the
@@ -131,7 +137,12 @@ class CircuitBase(Stored):
         _files.save(path, self._repr_svg_())
 
     def _repr_svg_(self) -> str:
-        return _draw.svg(self._n, _boxes.boxes(self._whole()))
+        return _draw.svg(self._wires(), _boxes.boxes(self._whole()))
+
+    def _wires(self) -> Sequence[str]:
+        """The names of the qubits in pictures."""
+        names = self._whole()._names
+        return [f"q{k}" for k in range(self._n)] if names is None else names
 
     def _repr_html_(self) -> str:
         return _html.page(self._repr_svg_(), self._rows())
@@ -245,3 +256,60 @@ class CircuitBase(Stored):
         of the instruction. Limit: 4,000,000 operations after expansion of REPEAT.
         """
         return cls._of_read(_interop_stim.read(circuit))
+
+    def to_pyzx(self) -> pyzx.Circuit:
+        """A circuit of PyZX. Angles are fractions of pi where they are close to small ones.
+
+        PyZX has no names of qubits and no barriers, and conditions on all bits of a register alone.
+        """
+        return _interop_pyzx.write(self._whole())
+
+    @classmethod
+    def from_pyzx(cls, source: pyzx.Circuit | pyzx.graph.base.BaseGraph) -> Self:
+        """Reads a circuit of PyZX, with its measurements, resets and conditions, or a graph.
+
+        A circuit is extracted from a copy of the graph by PyZX's ``extract_circuit``, after its
+        ``full_reduce`` where the graph is not in that form. Angles with variables are sums of these
+        times numbers. Ancillas, post-selection and gates that PyZX does not take apart are refused
+        with the index of the gate.
+        """
+        return cls._of_read(_interop_pyzx.read(source))
+
+    def to_cirq(self) -> cirq.Circuit:
+        """A circuit of Cirq. Qubits named "q[k]" are LineQubits, those named "q[row, column]" are
+        GridQubits, and others NamedQubits.
+
+        A classical register that is measured at once is one key, else each bit has a key. Cirq has
+        no barriers. Qubits without a gate get an identity gate, so that they are kept.
+        """
+        return _interop_cirq.write(self._whole())
+
+    @classmethod
+    def from_cirq(cls, circuit: cirq.AbstractCircuit) -> Self:
+        """Reads any circuit that Cirq can decompose, with qubits in Cirq's order.
+
+        Keys of measurements are classical registers; resets and classical controls are kept.
+        Symbols of sympy stay where angles are linear in them. Noise is refused with the index of
+        the operation, and so is what Cirq cannot take apart.
+        """
+        return cls._of_read(_interop_cirq.read(circuit))
+
+    def to_pennylane(self) -> pennylane.tape.QuantumScript:
+        """A QuantumScript of PennyLane without measurement processes: measurements are those in the
+        middle of a circuit. The wire of a qubit named "q[k]" is k, of another one its name.
+
+        Angles must be numbers. Qubits without a gate get an identity gate, so that they are kept.
+        """
+        return _interop_pennylane.write(self._whole())
+
+    @classmethod
+    def from_pennylane(cls, script: pennylane.tape.QuantumScript) -> Self:
+        """Reads the operations of a QuantumScript or tape of PennyLane: all that PennyLane can
+        decompose, measurements in the middle and what ``qml.cond`` does by their outcomes.
+
+        Wires that are integers are in their order, others as they come. What a script measures at
+        the end (``script.measurements``) is not read, and is combined with the operations of
+        another circuit by ``script.copy(operations=...)``. Angles are numbers afterwards, and may
+        not be batched.
+        """
+        return cls._of_read(_interop_pennylane.read(script))

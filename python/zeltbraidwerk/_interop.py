@@ -4,20 +4,32 @@ needed."""
 from __future__ import annotations
 
 import importlib
-from collections.abc import Callable, Collection, Iterator
+from collections.abc import Callable, Collection, Iterator, Mapping, Sequence
+from dataclasses import replace
 from typing import Any
 
 from zeltbraidwerk import _parameter, errors
 from zeltbraidwerk._header import elementary
 from zeltbraidwerk._reading import Condition
 from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
-from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Reset, WholeCircuit
+from zeltbraidwerk.instructions import (
+    Barrier,
+    Conditional,
+    Measure,
+    Operation,
+    Reset,
+    WholeCircuit,
+)
 
 QASM_NAMES = {
     "CNOT": "cx", "CSIGN": "cz", "CZ": "cz", "H": "h", "S": "s", "D-S": "sdg", "X": "x", "Y": "y",
     "Z": "z", "I": "id", "RX": "rx", "RY": "ry", "RZ": "rz", "PH": "p", "XX": "rxx",
     **COMPOSED,
 }  # fmt: skip
+
+MOST_BITS = 10  # of a condition that is not a value of bits, and is read as one for each value
+
+_ON_PYPI = {"cirq": "cirq-core", "qiskit_qasm3_import": "qiskit-qasm3-import"}
 
 
 def _package(name: str) -> Any:
@@ -27,7 +39,7 @@ def _package(name: str) -> Any:
         return importlib.import_module(name)
     except ImportError:
         raise errors.MissingPackageError(
-            f"this needs the package {top}: pip install {top.replace('_', '-')}, or "
+            f"this needs the package {top}: pip install {_ON_PYPI.get(top, top)}, or "
             "zeltbraidwerk[interop] for all that it converts to and from"
         ) from None
 
@@ -80,3 +92,20 @@ def number(value: Any) -> float | Parameter:
     """An angle of another package. Numbers are plain, so that their sums are not wrapped."""
     angle = _parameter.parameter(value, "angle")
     return angle if angle.is_symbolic else float(angle)
+
+
+def renumbered(operations: list[Operation], order: Sequence[int]) -> list[Operation]:
+    """The operations on the same bits, numbered in this order."""
+    if list(order) == list(range(len(order))):
+        return operations
+    place = {bit: k for k, bit in enumerate(order)}
+    return [_renumbered(item, place) for item in operations]
+
+
+def _renumbered(item: Any, place: Mapping[int, int]) -> Any:
+    if isinstance(item, Measure):
+        return replace(item, bit=place[item.bit])
+    if isinstance(item, Conditional):
+        bits = tuple(place[bit] for bit in item.bits)
+        return replace(item, operation=_renumbered(item.operation, place), bits=bits)
+    return item

@@ -4,9 +4,10 @@ from __future__ import annotations
 
 import importlib.util
 import re
+from collections.abc import Sequence
 from typing import Any
 
-from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
+from zeltbraidwerk import _interop, _interop_qiskit, _names, _qasm, _validate, errors
 from zeltbraidwerk._definitions import NAME
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read
@@ -35,14 +36,17 @@ _DEFINED = {
 
 
 def write(circuit: WholeCircuit) -> str:
-    names = _names([register.name for register in circuit.classical])
-    wires = "q"
-    while wires in names:
-        wires += "_"
+    names = _valid([register.name for register in circuit.classical], "c_")
+    quantum = _names.registers(circuit._names, circuit.n, names)
+    wires: list[str] = []
     used = {getattr(item, "operation", item).name for item in circuit}
     lines = ["OPENQASM 2.0;", 'include "qelib1.inc";']
     lines += [text for name, text in _DEFINED.items() if name in used]
-    lines.append(f"qreg {wires}[{circuit.n}];")
+    for name, register in zip(
+        _valid([register.name for register in quantum], "q_", names), quantum, strict=True
+    ):
+        lines.append(f"qreg {name}[{register.size}];")
+        wires += [f"{name}[{k}]" for k in range(register.size)]
     bits: list[str] = []
     ranges: dict[tuple[int, ...], str] = {}
     for name, register in zip(names, circuit.classical, strict=True):
@@ -51,7 +55,7 @@ def write(circuit: WholeCircuit) -> str:
         bits += [f"{name}[{k}]" for k in range(register.size)]
     for operation, condition in _interop.written(circuit):
         prefix = "" if condition is None else _condition(condition, ranges)
-        on = [f"{wires}[{qubit}]" for qubit in operation.qubits]
+        on = [wires[qubit] for qubit in operation.qubits]
         if isinstance(operation, Measure):
             lines.append(f"{prefix}measure {on[0]} -> {bits[operation.bit]};")
         elif isinstance(operation, Gate):
@@ -81,15 +85,14 @@ def _condition(condition: Condition, ranges: dict[tuple[int, ...], str]) -> str:
     return f"if({ranges[bits]}=={value}) "
 
 
-def _names(given: list[str]) -> list[str]:
-    """Valid names of registers in OpenQASM; names that are valid are kept."""
+def _valid(given: list[str], prefix: str, taken: Sequence[str] = ()) -> list[str]:
+    """Valid names of registers in OpenQASM that are not ``taken``; names that are valid are
+    kept."""
     names: list[str] = []
     for name in given:
         fits = NAME.fullmatch(name) and name[0].islower() and name not in (*_KEYWORDS, *table())
-        name = name if fits else "c_" + re.sub(r"\W", "_", name, flags=re.ASCII)
-        while name in names:
-            name += "_"
-        names.append(name)
+        name = name if fits else prefix + re.sub(r"\W", "_", name, flags=re.ASCII)
+        names.append(_names.free(name, {*names, *taken}))
     return names
 
 

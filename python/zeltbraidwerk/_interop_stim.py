@@ -124,7 +124,7 @@ def read(circuit: Any) -> Read:
             raise errors.GateError(f"{step.where}: got more than {MOST_OPERATIONS} operations")
     reader.steps(steps)
     registers = [Register("rec", reader.records)] if reader.records else []
-    return circuit.num_qubits, reader.reading.operations, registers
+    return Read(circuit.num_qubits, reader.reading.operations, registers)
 
 
 def _parsed(circuit: Any, where: str | None, depth: int) -> list[_Step]:

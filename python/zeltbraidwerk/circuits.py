@@ -16,6 +16,7 @@ from zeltbraidwerk import (
     _files,
     _interop_qasm3,
     _json,
+    _names,
     _naming,
     _native,
     _parameter,
@@ -46,6 +47,9 @@ from zeltbraidwerk.instructions import (
 )  # fmt: skip
 
 __all__ = ["Circuit", "CnotCircuit", "Gate", "Parameter"]
+
+# The packages whose circuits are read.
+READ_PACKAGES = ("qiskit", "pytket", "stim", "pyzx", "cirq", "pennylane")
 
 
 class CnotCircuit(CircuitBase):
@@ -184,7 +188,10 @@ class Circuit(CircuitBase):
 
     It may hold the operations of :mod:`zeltbraidwerk.instructions` as well: measurements, resets,
     barriers and classically controlled gates. ``classical`` are registers of bits, or pairs of a
-    name and a size; without, the bits that are used make one register, "c".
+    name and a size; without, the bits that are used make one register, "c". ``qubit_names`` are
+    names such as "a[0]" or "ancilla", one per qubit, or registers in the same way; without, qubit k
+    is "q[k]". Readers keep names and writers use them; circuits that differ in the names of qubits
+    alone are equal.
 
     >>> bell = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
     >>> bell
@@ -207,6 +214,7 @@ class Circuit(CircuitBase):
         n: int,
         gates: Iterable[Operation] = (),
         classical: Iterable[Register | tuple[str, int]] | None = None,
+        qubit_names: Iterable[str | Register | tuple[str, int]] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
         self._items: tuple[Operation, ...] = tuple(
@@ -216,12 +224,13 @@ class Circuit(CircuitBase):
             _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
         self._classical = registers_of(classical, self._items)
+        self._names = _names.checked(qubit_names, self._n)
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text. Its gates are
-        those of :meth:`elementary`."""
+        pytket, Stim, PyZX or Cirq, a script of PennyLane, a graph of PyZX, text in OpenQASM 2 or 3,
+        or the path of a file with such text. Its gates are those of :meth:`elementary`."""
         if isinstance(source, Circuit):
             return source.elementary()
         if isinstance(source, CnotCircuit):
@@ -231,23 +240,27 @@ class Circuit(CircuitBase):
         if isinstance(source, str):
             version_3 = _interop_qasm3.is_version_3(source)
             return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)
-        for kind, read in (
-            ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
-        ):  # fmt: skip
-            if _validate.comes_from(source, kind):
-                return read(source)
+        for package in READ_PACKAGES:
+            if _validate.comes_from(source, package):
+                found: Circuit = getattr(cls, f"from_{package}")(source)
+                return found
         raise errors.DtypeError(
             f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
-            "Qiskit, pytket or Stim"
+            "Qiskit, pytket, Stim, PyZX, Cirq or PennyLane"
         )
 
     @classmethod
     def _trusted(
-        cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
+        cls,
+        n: int,
+        operations: tuple[Operation, ...],
+        classical: tuple[Register, ...] = (),
+        names: _names.Names | None = None,
     ) -> Circuit:
         """From parts that are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._items, circuit._classical = n, operations, classical
+        circuit._names = names
         return circuit
 
     @classmethod
@@ -273,6 +286,24 @@ class Circuit(CircuitBase):
     def classical(self) -> tuple[Register, ...]:
         """The classical registers; their bits are numbered from 0 in this order."""
         return self._classical
+
+    @property
+    def qubit_names(self) -> tuple[str, ...]:
+        """The name of each qubit, such as "q[0]"; see :meth:`with_qubit_names`."""
+        return _names.all_of(self._names, self._n)
+
+    def with_qubit_names(self, names: Iterable[str | Register | tuple[str, int]] | None) -> Circuit:
+        """The same circuit under other names of its qubits: one name per qubit, or registers, or
+        pairs of a name and a size; None for the usual names.
+
+        >>> circuit = Circuit(3, [Gate.cnot(0, 2)]).with_qubit_names([("a", 2), ("b", 1)])
+        >>> circuit.qubit_names
+        ('a[0]', 'a[1]', 'b[0]')
+        """
+        return self._named(_names.checked(names, self._n))
+
+    def _named(self, names: _names.Names | None) -> Circuit:
+        return Circuit._trusted(self._n, self._items, self._classical, names)
 
     @property
     def bit_count(self) -> int:
@@ -332,7 +363,10 @@ class Circuit(CircuitBase):
         """
         given = _parameter.bindings(values, self._angles())
         return Circuit._trusted(
-            self._n, tuple([bound(item, given) for item in self._items]), self._classical
+            self._n,
+            tuple([bound(item, given) for item in self._items]),
+            self._classical,
+            self._names,
         )
 
     def split_ending(self) -> tuple[Circuit, Circuit]:
@@ -358,8 +392,8 @@ class Circuit(CircuitBase):
                 busy.update(item.qubits, bits)
         first, ending = (tuple(reversed(part)) for part in parts)
         return (
-            Circuit._trusted(self._n, first, self._classical),
-            Circuit._trusted(self._n, ending, self._classical),
+            Circuit._trusted(self._n, first, self._classical, self._names),
+            Circuit._trusted(self._n, ending, self._classical, self._names),
         )
 
     def named(self) -> Circuit:
@@ -424,10 +458,11 @@ class Circuit(CircuitBase):
     def unitary(self) -> Circuit:
         """The gates alone, barriers left out; other operations are refused."""
         gates_alone(self, "circuit")
-        return Circuit._trusted(self._n, self.gates)
+        return Circuit._trusted(self._n, self.gates, (), self._names)
 
     def placed(self, qubits: Sequence[int], n: int) -> Circuit:
-        """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        """The same operations on ``n`` qubits with the usual names: what is on qubit k goes to
+        ``qubits[k]``."""
         n = _validate.qubit_count(n)
         places = _validate.qubits(qubits, "qubits")
         if len(places) != self._n:
@@ -463,7 +498,8 @@ class Circuit(CircuitBase):
         return CnotCircuit(self._n, pairs)
 
     def __add__(self, later: Circuit) -> Circuit:
-        """This circuit, then the other, with the same classical registers or one without."""
+        """This circuit, then the other, with the same classical registers or one without. Qubits
+        keep the names that this one has, or else those of the other."""
         if not isinstance(later, Circuit):
             return NotImplemented
         _same_size(self, later)
@@ -476,6 +512,7 @@ class Circuit(CircuitBase):
             self._n,
             self._items + later._items,
             self._classical or later._classical,
+            later._names if self._names is None else self._names,
         )
 
     def __len__(self) -> int:
@@ -510,7 +547,7 @@ class Circuit(CircuitBase):
         return "\n".join(map(str, self._items))
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return Circuit, self._key()
+        return Circuit, (*self._key(), self._names)
 
     def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         for item in self._items:
@@ -529,19 +566,19 @@ class Circuit(CircuitBase):
 
     def _with(self, operations: Iterable[Operation]) -> Circuit:
         """Other operations on the same qubits and bits."""
-        return Circuit._trusted(self._n, tuple(operations), self._classical)
+        return Circuit._trusted(self._n, tuple(operations), self._classical, self._names)
 
     @classmethod
     def _of_read(cls, read: Read) -> Circuit:
-        n, operations, classical = read
-        return cls._trusted(n, tuple(operations), tuple(classical))
+        return cls._trusted(read.n, tuple(read.operations), tuple(read.classical), read.names)
 
     def _to_plain(self) -> dict[str, Any]:
-        return {
+        found = {
             "n": self._n,
             "operations": [_json.operation_out(item) for item in self._items],
             "classical": [[register.name, register.size] for register in self._classical],
         }
+        return found if self._names is None else found | {"qubit_names": list(self._names)}
 
     @classmethod
     def _of_plain(cls, plain: Any, where: str) -> Circuit:
@@ -551,7 +588,10 @@ class Circuit(CircuitBase):
             _json.operation_in(item, f"{where}.operations[{k}]") for k, item in enumerate(listed)
         ]
         registers = _json.items(table.get("classical", []), f"{where}.classical")
-        return _json.built(where, cls, table.get("n"), operations, registers)
+        names = table.get("qubit_names")  # texts of older versions have none
+        if names is not None:
+            names = _json.items(names, f"{where}.qubit_names")
+        return _json.built(where, cls, table.get("n"), operations, registers, names)
 
 
 def _same_size(first: CircuitBase, second: CircuitBase) -> None:
