@@ -264,15 +264,25 @@ def _kind(gate: Hashable) -> tuple[dict[float, str], str | None] | None:
     return None
 
 
+def _size(circuit: Any) -> int:
+    """The number of operations, those of repeated circuits as often as they are repeated."""
+    cirq, total = _interop._package("cirq"), 0
+    for operation in circuit.all_operations():
+        inner = operation.untagged
+        if not isinstance(inner, cirq.CircuitOperation):
+            total += 1
+        elif inner.repeat_until is not None or not isinstance(inner.repetitions, int):
+            raise errors.GateError("got a circuit repeated until a condition, wanted a number")
+        else:
+            total += abs(inner.repetitions) * _size(inner.circuit)
+    return total
+
+
 def _parts(operation: Any) -> Sequence[Any]:
     cirq = _interop._package("cirq")
     inner = operation.untagged
-    if isinstance(inner, cirq.CircuitOperation):
-        size = sum(1 for _ in inner.circuit.all_operations())
-        if inner.repeat_until is not None or not isinstance(inner.repetitions, int):
-            raise errors.GateError("got a circuit repeated until a condition, wanted a number")
-        if size * abs(inner.repetitions) > MOST_OPERATIONS:
-            raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
+    if isinstance(inner, cirq.CircuitOperation) and _size(cirq.Circuit(inner)) > MOST_OPERATIONS:
+        raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
     text = short(" ".join(str(inner).split()))
     try:
         parts = cirq.decompose_once(inner, default=None)
