@@ -1,6 +1,6 @@
 """The directive ``core-reference``: every name of ``zeltbraidwerk.core`` with its signature.
 
-The compiled module writes signatures and comments into docstrings; they are shown as they are there.
+The compiled module writes signatures and comments into docstrings, which are shown as they are.
 """
 
 from __future__ import annotations

@@ -1,8 +1,8 @@
 """The directive ``cpp-reference``: what the public headers of one folder declare, with links.
 
-Doxygen reads the headers, once per build, and refuses a public name without a comment; the directive
-turns what it read into declarations of Sphinx's C++ domain, so that types in signatures and names in
-texts lead to their definitions. The order is that of the headers.
+Doxygen reads the headers, once per build; the directive turns what it read into declarations of
+Sphinx's C++ domain, so that types in signatures and names in texts lead to their definitions. The
+order is that of the headers. A public name without a comment is an error.
 """
 
 from __future__ import annotations
@@ -11,7 +11,7 @@ import re
 import subprocess
 import tempfile
 from collections import defaultdict
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
 from pathlib import Path
 from xml.etree import ElementTree
@@ -188,13 +188,12 @@ def _is_short(member: Element) -> bool:
 
 def _template(element: Element) -> str:
     parameters = element.findall("templateparamlist/param")
-    texts = [
-        " ".join(filter(None, (_flat(p.find("type")), p.findtext("declname")))) for p in parameters
-    ]
+    pairs = ((_flat(each.find("type")), each.findtext("declname")) for each in parameters)
+    texts = [" ".join(filter(None, pair)) for pair in pairs]
     return f"template <{', '.join(texts)}> " if texts else ""
 
 
-def _table(table: Element, inline) -> str:
+def _table(table: Element, inline: Callable[[Element], str]) -> str:
     rows = [[" ".join(map(inline, entry)) for entry in row] for row in table.findall("row")]
     rows.insert(1, ["---"] * len(rows[0]))
     return "\n".join(f"| {' | '.join(row)} |" for row in rows)
@@ -228,10 +227,14 @@ def _join_groups(app: Sphinx, document: nodes.document) -> None:
     for entry in list(document.findall(addnodes.desc)):
         before = entry.parent.children[: entry.parent.index(entry)]
         last = next((node for node in reversed(before) if isinstance(node, addnodes.desc)), None)
-        if last and entry["domain"] == "cpp" and last["objtype"] == entry["objtype"]:
-            if str(last[-1]) == str(entry[-1]):
-                last[-1:-1] = entry[:-1]
-                entry.parent.remove(entry)
+        if (
+            last
+            and entry["domain"] == "cpp"
+            and last["objtype"] == entry["objtype"]
+            and str(last[-1]) == str(entry[-1])
+        ):
+            last[-1:-1] = entry[:-1]
+            entry.parent.remove(entry)
 
 
 def _reference(app: Sphinx) -> Reference:

@@ -1,7 +1,7 @@
 """Which public names the built reference lacks.
 
-usage: reference.py BUILT, the folder of the documentation that Sphinx has built, with the Python that
-has the package and Sphinx
+usage: reference.py BUILT, the folder of the built documentation, with the Python that has the
+package and Sphinx
 """
 
 from __future__ import annotations
@@ -17,19 +17,16 @@ from functools import cached_property
 from pathlib import Path
 from types import ModuleType
 
-from sphinx.util.inventory import InventoryFile
-
 import zeltbraidwerk
 
 SOURCES = Path(__file__).parents[2] / "src"
 PROGRAMS = {"zeltbraidwerk.demo"}  # run, not imported
 
 
-def public_modules() -> Iterator[ModuleType]:
-    yield zeltbraidwerk
-    for found in pkgutil.walk_packages(zeltbraidwerk.__path__, "zeltbraidwerk."):
-        if "._" not in found.name and found.name not in PROGRAMS:
-            yield importlib.import_module(found.name)
+def public_modules() -> list[str]:
+    found = pkgutil.walk_packages(zeltbraidwerk.__path__, "zeltbraidwerk.")
+    public = (each.name for each in found if "._" not in each.name)
+    return ["zeltbraidwerk", *(name for name in public if name not in PROGRAMS)]
 
 
 def names(module: ModuleType) -> list[str]:
@@ -50,7 +47,7 @@ def members(held: type) -> Iterator[str]:
 def lacking(known: set[str]) -> Iterator[str]:
     """Names that the reference does not have, by any of the names of the same object."""
     spelled: dict[int, tuple[object, set[str]]] = {}
-    for module in public_modules():
+    for module in map(importlib.import_module, public_modules()):
         for name in names(module):
             value = getattr(module, name)
             spelled.setdefault(id(value), (value, set()))[1].add(f"{module.__name__}.{name}")
@@ -79,6 +76,8 @@ def lacking(known: set[str]) -> Iterator[str]:
 
 
 def main(built: Path) -> int:
+    from sphinx.util.inventory import InventoryFile
+
     inventory = InventoryFile.loads((built / "objects.inv").read_bytes(), uri="").data
     known = {name for kind, found in inventory.items() if kind.startswith("py:") for name in found}
     missing = sorted(set(lacking(known)))
