@@ -32,7 +32,7 @@ The pages of the documentation, in the folder docs of the sources; ./dev docs bu
 
     start                  quickstart.md, circuits.md, shell.md, errors.md
     your tools             qiskit.md, pytket.md, stim.md, cpp.md
-    families               choosing.md, search.md
+    families               choosing.md, searching.md
     reference              python.md, and the folder reference
 
 >>> import zeltbraidwerk as zb
