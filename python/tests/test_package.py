@@ -1,6 +1,7 @@
 """The package as a whole: its docstrings run, its types hold, its stub fits the module."""
 
 import doctest
+import functools
 import importlib
 import inspect
 import shutil
@@ -87,7 +88,8 @@ def test_every_public_name_is_described():
             if not inspect.getdoc(value):
                 bare.append(f"{module.__name__}.{name}")
             if inspect.isclass(value) and module is not zb.core:
+                kinds = (property, functools.cached_property, classmethod, staticmethod)
                 bare += [f"{name}.{member}" for member, held in vars(value).items()
-                         if member[0] != "_" and (callable(held) or isinstance(held, property))
-                         and not inspect.getdoc(held)]  # fmt: skip
+                         if member[0] != "_" and (callable(held) or isinstance(held, kinds))
+                         and not inspect.getdoc(getattr(value, member))]  # fmt: skip
     assert bare == []

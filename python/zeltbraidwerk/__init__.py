@@ -25,6 +25,16 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
     zb.errors              the exceptions, one class per cause
     zb.plot                pictures of searches
     zb.core                the functions of the C++ library under their own names
+    zb.circuits, zb.gates, zb.instructions, zb.devices
+                           the classes of circuits, gates, measurements and devices
+    zb.qiskit, zb.pytket   plugins and passes for their transpilers, to be imported by name
+
+The pages of the documentation, in the folder docs of the sources; ./dev docs builds it:
+
+    start                  quickstart.md, circuits.md, shell.md, errors.md
+    your tools             qiskit.md, pytket.md, stim.md, cpp.md
+    families               choosing.md, searching.md
+    reference              python.md, and the folder reference
 
 >>> import zeltbraidwerk as zb
 >>> result = zb.optimize("qreg q[3]; ccx q[0],q[1],q[2]; cx q[0],q[1]; ccx q[0],q[1],q[2];", seed=1)

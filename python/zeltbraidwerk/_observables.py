@@ -119,8 +119,8 @@ def _is_finite(value: Any) -> bool:
 
 @dataclass(frozen=True)
 class Readout:
-    """A basis change to append before all qubits are measured. The value of observable k is then
-    ``signs[k]``, times -1 for each of ``qubits[k]`` that is measured as 1."""
+    """A basis change, ``circuit``, to append before all qubits are measured. The value of
+    observable k is then ``signs[k]``, times -1 for each of ``qubits[k]`` that is measured as 1."""
 
     circuit: Circuit
     qubits: tuple[tuple[int, ...], ...]

@@ -35,6 +35,7 @@ class CircuitCounts:
 
     @classmethod
     def of(cls, circuit: Circuit) -> CircuitCounts:
+        """The counts of a circuit."""
         return cls(
             circuit.two_qubit_count, circuit.two_qubit_depth, circuit.one_qubit_count,
             circuit.rotation_count, circuit.t_count, circuit.fused().one_qubit_count,

@@ -21,9 +21,11 @@ from zeltbraidwerk.instructions import Barrier, Instruction
 
 @dataclass(frozen=True, repr=False)
 class NormalForm(_json.Stored):
-    """A circuit as Pauli rotations, block after block, followed by the Clifford operator ``tail``.
+    """The circuit ``source`` as Pauli rotations, block after block of ``blocks``, followed by the
+    Clifford operator ``tail``.
 
-    The rotations of a block commute pairwise; the letter at place q acts on qubit q.
+    The rotations of a block commute pairwise; the letter at place q acts on qubit q. ``merged``
+    and ``repeated`` are the options ``merge`` and ``repeat`` of the call, which took ``seconds``.
     """
 
     source: Circuit
@@ -86,7 +88,7 @@ class NormalForm(_json.Stored):
 
 @dataclass(frozen=True, kw_only=True, repr=False)
 class Routing(MovesObservables):
-    """A routed circuit, and how it was found.
+    """A routed circuit, and how it was found; ``rotations`` is the number of its rotations.
 
     The source equals ``circuit`` followed by the Clifford operator ``tail``, up to a global phase;
     ``tail`` is the identity where it was closed. An observable O after the source has the value of

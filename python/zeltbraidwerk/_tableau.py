@@ -49,6 +49,7 @@ class CliffordTableau(_json.Stored):
 
     @classmethod
     def from_core(cls, tableau: _core.OperatorTableau) -> CliffordTableau:
+        """The same operator, from :class:`zeltbraidwerk.core.OperatorTableau`."""
         kind = _core.OperatorTableau
         return cls._wrap(
             kind(_validate.instance(tableau, "tableau", kind, "a tableau of the core"))
@@ -178,6 +179,7 @@ class CliffordTableau(_json.Stored):
 
     @classmethod
     def from_stim(cls, tableau: stim.Tableau) -> CliffordTableau:
+        """The same operator, from a tableau of Stim."""
         if not (_validate.comes_from(tableau, "stim") and hasattr(tableau, "to_circuit")):
             raise errors.DtypeError(
                 f"tableau: got {_validate.shown(tableau)}, wanted a tableau of Stim"

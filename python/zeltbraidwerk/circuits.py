@@ -86,6 +86,7 @@ class CnotCircuit(CircuitBase):
 
     @classmethod
     def from_core(cls, circuit: _core.CnotCircuit) -> CnotCircuit:
+        """The same circuit, from :class:`zeltbraidwerk.core.CnotCircuit`."""
         _validate.instance(circuit, "circuit", _core.CnotCircuit, "a circuit of the core")
         return cls._trusted(circuit.nbqbits, circuit.gates)
 
@@ -265,6 +266,7 @@ class Circuit(CircuitBase):
 
     @classmethod
     def from_core(cls, n: int, gates: Iterable[_core.Gate]) -> Circuit:
+        """A circuit on ``n`` qubits of gates of :mod:`zeltbraidwerk.core`."""
         listed = _validate.items(gates, "gates", "gates of the core")
         return cls(n, [Gate.from_core(gate) for gate in listed])
 

@@ -81,6 +81,7 @@ class Device(_json.Stored):
 
     @classmethod
     def line(cls, n: int) -> Device:
+        """``n`` qubits in a line, each joined to the next."""
         n = _validate.qubit_count(n)
         return cls(n, [(q, q + 1) for q in range(n - 1)], f"line of {n}")
 
@@ -107,6 +108,7 @@ class Device(_json.Stored):
 
     @classmethod
     def all_to_all(cls, n: int) -> Device:
+        """``n`` qubits, each joined to all others."""
         n = _validate.qubit_count(n)
         return cls(n, [(a, b) for b in range(n) for a in range(b)], f"all to all of {n}")
 
@@ -141,6 +143,7 @@ class Device(_json.Stored):
 
     @classmethod
     def names(cls) -> tuple[str, ...]:
+        """The names of devices that :meth:`named` knows, beside those of shapes."""
         return tuple(_known_devices())
 
     @classmethod

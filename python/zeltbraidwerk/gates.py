@@ -123,30 +123,37 @@ class Gate:
 
     @classmethod
     def cnot(cls, control: int, target: int) -> Gate:
+        """A CNOT."""
         return cls("CNOT", (control, target))
 
     @classmethod
     def cz(cls, a: int, b: int) -> Gate:
+        """A controlled Z, by the name CSIGN."""
         return cls("CSIGN", (a, b))
 
     @classmethod
     def h(cls, qubit: int) -> Gate:
+        """A Hadamard gate."""
         return cls("H", qubit)
 
     @classmethod
     def s(cls, qubit: int) -> Gate:
+        """An S gate, diag(1, i)."""
         return cls("S", qubit)
 
     @classmethod
     def rx(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        """exp(-i angle X / 2), the angle in radians, as a number or as text with symbols."""
         return cls("RX", qubit, angle)
 
     @classmethod
     def ry(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        """exp(-i angle Y / 2)."""
         return cls("RY", qubit, angle)
 
     @classmethod
     def rz(cls, qubit: int, angle: Parameter | float | str) -> Gate:
+        """exp(-i angle Z / 2)."""
         return cls("RZ", qubit, angle)
 
     def inverse(self) -> Gate:
@@ -167,6 +174,7 @@ class Gate:
 
     @classmethod
     def from_core(cls, gate: _core.Gate) -> Gate:
+        """The same gate, from :class:`zeltbraidwerk.core.Gate`."""
         _validate.instance(gate, "gate", _core.Gate, "a gate of the core")
         return cls(gate.name, gate.qbits, [Parameter.from_core(p) for p in gate.params])
 

@@ -23,7 +23,8 @@ __all__ = ["Barrier", "Conditional", "Instruction", "Measure", "Register", "Rese
 
 @dataclass(frozen=True)
 class Register:
-    """Classical bits with a name. The bits of all registers of a circuit are numbered from 0."""
+    """``size`` classical bits with a ``name``. The bits of all registers of a circuit are numbered
+    from 0."""
 
     name: str
     size: int
@@ -154,7 +155,8 @@ class Barrier(Instruction):
 
 @dataclass(frozen=True)
 class Conditional(Instruction):
-    """A gate, a measurement or a reset that is carried out where ``bits`` have ``value``.
+    """An ``operation``, which is a gate, a measurement or a reset, carried out where ``bits`` have
+    ``value``.
 
     ``bits[k]`` is the binary digit 2^k of ``value``.
     """

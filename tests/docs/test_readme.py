@@ -1,5 +1,6 @@
 """What the README shows is what happens: its examples run, its commands and files are there."""
 
+import pydoc
 import re
 import runpy
 import sys
@@ -8,6 +9,10 @@ from pathlib import Path
 
 import pytest
 from examples import failures
+from reference import public_modules
+
+import zeltbraidwerk
+from zeltbraidwerk import errors
 
 ROOT = Path(__file__).parents[2]
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
@@ -15,19 +20,39 @@ PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
 def test_python_examples(page):
-    if page.stem in ("qiskit", "pytket", "pyzx", "cirq", "pennylane"):
+    if page.stem in ("qiskit", "pytket", "pyzx", "cirq", "pennylane", "stim"):
         pytest.importorskip(page.stem)
     assert failures(str(page)) == 0
 
 
-def test_cpp_example_is_the_compiled_file():
-    blocks = re.findall(r"```cpp\n(.*?)```", PAGES[0].read_text(encoding="utf-8"), re.DOTALL)
-    assert blocks == [(ROOT / "examples" / "quickstart.cpp").read_text(encoding="utf-8")]
+def blocks(page, language):
+    text = (ROOT / page).read_text(encoding="utf-8")
+    return re.findall(rf"```{language}\n(.*?)```", text, re.DOTALL)
 
 
-def test_cmake_example_is_what_the_consumer_test_builds():
-    (block,) = re.findall(r"```cmake\n(.*?)```", PAGES[0].read_text(encoding="utf-8"), re.DOTALL)
-    assert block in (ROOT / "tests" / "consumer" / "CMakeLists.txt").read_text(encoding="utf-8")
+@pytest.mark.parametrize(
+    ("page", "program"), [("README.md", "quickstart.cpp"), ("docs/cpp.md", "ladder.cpp")]
+)
+def test_pages_of_cpp_show_what_is_built(page, program):
+    assert blocks(page, "cpp")[0] == (ROOT / "examples" / program).read_text(encoding="utf-8")
+    (project,) = blocks(page, "cmake")
+    assert project in (ROOT / "tests" / "consumer" / "CMakeLists.txt").read_text(encoding="utf-8")
+
+
+def test_every_error_is_shown():
+    text = (ROOT / "docs" / "errors.md").read_text(encoding="utf-8")
+    for name in set(dir(errors)) - {"Error", "Interrupted"}:
+        assert f"\nzeltbraidwerk.errors.{name}: " in text, name
+
+
+def test_help_names_the_modules_and_the_pages():
+    """``help(zb)`` names all public modules, and the pages of the table of contents."""
+    shown = pydoc.render_doc(zeltbraidwerk, renderer=pydoc.plaintext)
+    for module in public_modules():
+        assert re.search(rf"\b{module.replace('zeltbraidwerk', 'zb', 1)}\b", shown), module
+    listed = "\n".join(blocks("docs/index.md", "{toctree}"))
+    for page in re.findall(r"^\w+$", listed, re.MULTILINE):
+        assert f"{page}.md" in shown, page
 
 
 def test_commands_and_links_lead_somewhere():

@@ -76,6 +76,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
         optimize(Circuit(0), **self._effort, **self._options)  # refuses bad options now
 
     def run(self, dag: Any) -> Any:
+        """The shorter circuit of a circuit, both as the transpiler holds them (DAGCircuit)."""
         circuit = dag_to_circuit(dag, copy_operations=False)
         pieces = pieces_of(circuit)
         total = max(sum(len(piece.gates) for piece in pieces), 1)

@@ -34,6 +34,7 @@ class OptimizationStage(PassManagerStagePlugin):  # type: ignore[misc]
     def pass_manager(
         self, pass_manager_config: Any, optimization_level: int | None = None
     ) -> PassManager | None:
+        """The stage for a configuration of the transpiler and a level, 0 to 3."""
         level = 2 if optimization_level is None else optimization_level
         plain = _stage("optimization", pass_manager_config, level)
         if plain is None or level == 0:

@@ -40,9 +40,9 @@ struct OptimizeStep {
 
 /// A circuit on the way from the given one. Without steps, it is the same by exact rewriting.
 struct OptimizeStage {
-  std::vector<structures::Gate> gates;
-  std::vector<int> permutation;  ///< output q of the given circuit is on wire permutation[q]
-  std::vector<OptimizeStep> steps;
+  std::vector<structures::Gate> gates;  ///< the circuit
+  std::vector<int> permutation;         ///< output q of the given circuit is on wire permutation[q]
+  std::vector<OptimizeStep> steps;      ///< from the stage before to this one
   double phase = 0;  ///< with steps: exp(i phase) times this operator is that of the one before
 };
 
@@ -57,16 +57,17 @@ struct CircuitCounts {
 
 /// A circuit of the front, as in OptimizeResult.
 struct OptimizedCircuit {
-  CircuitCounts after;
-  double rounding = 0;
+  CircuitCounts after;                ///< its size
+  double rounding = 0;                ///< as of the result
   std::vector<OptimizeStage> stages;  ///< the last one is the circuit
 };
 
+/// A circuit of optimize_circuit, its size, and how it came about.
 struct OptimizeResult : SynthesisResult {
   /// "CNOT", "H", "S", "D-S", "X", "Y", "Z" and rotations; "CSIGN" where it was given.
   std::vector<structures::Gate> gates;
-  CircuitCounts before;
-  CircuitCounts after;
+  CircuitCounts before;  ///< the size of the given circuit
+  CircuitCounts after;   ///< and of the result
   /// The farthest that an angle was from the multiple of pi/2 that it was taken for: at most 1e-9.
   double rounding = 0;
   /// The circuits on the way; the last one is the result.

@@ -10,11 +10,12 @@
 
 namespace synthesis {
 
+/// Options of synthesize_clifford: those of all families.
 struct CliffordOptions : SynthesisOptions {};
 
 /// Gates are "CNOT", "H", "S", "RX" by pi/2, "X", "Y" and "Z".
 struct CliffordResult : SynthesisResult {
-  std::vector<structures::Gate> gates;
+  std::vector<structures::Gate> gates;  ///< in time order
 };
 
 /// The methods, without a device or on one; "auto" is the first.
@@ -33,8 +34,10 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> clifford_methods(bool on_device = 
 ZELTBRAIDWERK_EXPORT CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
                                                         const CliffordOptions& options = {});
 
+/// Options of synthesize_state: those of all families.
 struct StateOptions : SynthesisOptions {};
 
+/// A circuit of synthesize_state.
 struct StateResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< as of CliffordResult
 };
@@ -49,10 +52,12 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> state_methods(bool on_device = fal
 /// codes per qubit (0 = I, 1 = X, 2 = Y, 3 = Z), with `minus[k]` for the sign of string k. Throws
 /// std::invalid_argument for strings that are no stabilisers of one state, and for options that do
 /// not fit.
+/// @{
 ZELTBRAIDWERK_EXPORT StateResult synthesize_state(const structures::OperatorTableau& tableau,
                                                   const StateOptions& options = {});
 ZELTBRAIDWERK_EXPORT StateResult
 synthesize_state(const std::vector<std::vector<unsigned char>>& stabilisers,
                  const std::vector<bool>& minus, const StateOptions& options = {});
+/// @}
 
 }  // namespace synthesis

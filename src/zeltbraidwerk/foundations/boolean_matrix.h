@@ -19,8 +19,8 @@
 /// Sizes and indices are the caller's to get right; nothing here validates them. A size below 1
 /// makes every loop empty.
 
-using BoolRow = std::vector<bool>;
-using BoolMatrix = std::vector<BoolRow>;
+using BoolRow = std::vector<bool>;        ///< a row, or any list of bits
+using BoolMatrix = std::vector<BoolRow>;  ///< rows of equal length
 
 /// Row j becomes row j XOR row i, on columns 0 to n-1. With i equal to j the row is cleared.
 ZELTBRAIDWERK_EXPORT void RowOperation(BoolMatrix& m, int i, int j, int n);

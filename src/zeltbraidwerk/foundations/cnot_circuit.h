@@ -15,17 +15,18 @@ namespace structures {
 /// circuits are built. Qubits are not compared with `nbqbits`, except by whoever calls Simulate.
 class ZELTBRAIDWERK_EXPORT CnotCircuit {
  public:
-  int nbqbits = 1;
+  int nbqbits = 1;                          ///< number of qubits
   std::vector<std::tuple<int, int>> gates;  ///< (control, target), the first acts first
 
-  CnotCircuit() = default;  ///< one qubit, not none
-  explicit CnotCircuit(int n);
+  CnotCircuit() = default;      ///< one qubit, not none
+  explicit CnotCircuit(int n);  ///< n qubits, no gates
+  /// n qubits and these gates.
   CnotCircuit(int n, const std::vector<std::tuple<int, int>>& gates);
 
-  int get_number_of_qubits() const;
-  std::vector<std::tuple<int, int>> getGates() const;
+  int get_number_of_qubits() const;                    ///< `nbqbits`
+  std::vector<std::tuple<int, int>> getGates() const;  ///< `gates`
 
-  void addGate(int control, int target);
+  void addGate(int control, int target);  ///< appends a gate
   /// Puts the gate before the one at index `position`; the length of the list appends.
   void insertGate(int control, int target, int position);
   /// Reverses the list in place. A CNOT is its own inverse, so this is the inverse circuit.

@@ -17,22 +17,25 @@ namespace structures {
 /// qubits). It accepts as well: "CZ" (as "CSIGN"), "S" and "D-S" ("RZ" by pi/2 and -pi/2), "X",
 /// "Y", "Z", "I" and "S*". Nothing is validated when a gate is built.
 struct ZELTBRAIDWERK_EXPORT Gate {
-  std::string name;
+  std::string name;               ///< one of the above
   std::vector<int> qbits;         ///< in the order that the name requires
   bool diag = false;              ///< marks a rotation about Z, for the caller; nothing reads it
   std::vector<Parameter> params;  ///< empty for gates without an angle
 
   Gate() = default;
+  /// Each takes its fields from the arguments.
+  /// @{
   Gate(const std::string& name, const std::vector<int>& qbits);
   Gate(const std::string& name, const std::vector<int>& qbits, bool diag);
   Gate(const std::string& name, const std::vector<int>& qbits, const std::vector<Parameter>& params,
        bool diag);
+  /// @}
 
-  static Gate CNOT(int control, int target);
-  static Gate CZ(int a, int b);  ///< "CSIGN"
-  static Gate H(int q);
-  static Gate RXP(int q);  ///< "RX" by pi/2
-  static Gate S(int q);    ///< "RZ" by pi/2, diag
+  static Gate CNOT(int control, int target);  ///< "CNOT"
+  static Gate CZ(int a, int b);               ///< "CSIGN"
+  static Gate H(int q);                       ///< "H"
+  static Gate RXP(int q);                     ///< "RX" by pi/2
+  static Gate S(int q);                       ///< "RZ" by pi/2, diag
 
   std::string to_string() const;  ///< the text of operator<<
 

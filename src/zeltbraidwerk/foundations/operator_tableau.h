@@ -12,9 +12,11 @@ namespace structures {
 /// The gate matrices, row-major, entries modulo 4. Those on one qubit act on its exponents (z, x),
 /// those on two qubits on (z of a, z of b, x of a, x of b); a is the control of CNOT. RXP is
 /// exp(-i pi/4 X), RXM its inverse, and so on. Filled at load, read-only after.
+/// @{
 ZELTBRAIDWERK_EXPORT extern const std::vector<unsigned char> CNOT, CZ, XX, XX_INV;
 ZELTBRAIDWERK_EXPORT extern const std::vector<unsigned char> H, RZP, RZM, RXP, RXM, RYP, RYM;
 ZELTBRAIDWERK_EXPORT extern const std::vector<unsigned char> X, Y, Z;
+/// @}
 
 /// Row idx[p] of m becomes the sum over t of g[p][t] times the old row idx[t], modulo 4; all other
 /// rows stay. m is (2n+1)-square, g k by k with k the length of idx. O(k^2 n); idx is unchanged.
@@ -34,12 +36,14 @@ ZELTBRAIDWERK_EXPORT void mult_right(std::vector<unsigned char>& m, int n,
 /// cancel as operators need not restore the entries: h_left twice leaves 3 where 1 stood, which
 /// acts as the identity on Pauli operators.
 struct ZELTBRAIDWERK_EXPORT OperatorTableau {
-  std::vector<unsigned char> data;
-  int nbqbits = 0;
+  std::vector<unsigned char> data;  ///< row-major, each entry 0 to 3
+  int nbqbits = 0;                  ///< n
 
   OperatorTableau() = default;      ///< to be assigned a real tableau before use
   explicit OperatorTableau(int n);  ///< the identity
 
+  /// The updates by one gate. rx_plus is "RX" by pi/2, rx_minus by -pi/2; the others likewise.
+  /// @{
   void cnot_left(int a, int b);
   void cnot_right(int a, int b);
   void cz_left(int a, int b);
@@ -66,6 +70,7 @@ struct ZELTBRAIDWERK_EXPORT OperatorTableau {
   void y_right(int q);
   void z_left(int q);
   void z_right(int q);
+  /// @}
   void swap_left(int a, int b);   ///< three CNOT updates
   void swap_right(int a, int b);  ///< three CNOT updates
 

@@ -13,15 +13,18 @@ namespace structures {
 /// operands, or "UMINUS " and one. Operands are names, expressions, or numbers with six decimals.
 /// The library never parses an expression; flip_sign alone looks at its beginning.
 struct ZELTBRAIDWERK_EXPORT Parameter {
-  bool is_abstract = false;
-  std::string expression;  ///< empty for a number
-  double value = 0.0;      ///< 0 for an expression
+  bool is_abstract = false;  ///< whether it is an expression
+  std::string expression;    ///< empty for a number
+  double value = 0.0;        ///< 0 for an expression
 
   Parameter() = default;
+  /// A number or an expression.
+  /// @{
   Parameter(double d);              // NOLINT(google-explicit-constructor): an angle is a Parameter
   Parameter(const std::string& s);  // NOLINT(google-explicit-constructor): so is an expression
   static Parameter from_double(double d);
   static Parameter from_string(const std::string& s);
+  /// @}
 
   /// Numeric: the floating remainder of (d + value) by 2 pi, with the sign of the sum.
   /// Symbolic: the expression becomes "+ ", d with six decimals, " ", the old expression.

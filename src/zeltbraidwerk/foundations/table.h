@@ -13,7 +13,7 @@ namespace structures {
 /// A square matrix over GF(2) in one bit vector, carrying its size: the running operator of the
 /// phase-polynomial and Steiner-tree syntheses. Row r holds the parity on qubit r.
 struct ZELTBRAIDWERK_EXPORT Table {
-  int n = 0;
+  int n = 0;     ///< number of rows and of columns
   BoolRow bits;  ///< entry (r, c) at r * n + c
 
   Table() = default;      ///< to be assigned a real table before use
@@ -21,18 +21,18 @@ struct ZELTBRAIDWERK_EXPORT Table {
 
   /// Row b becomes row b XOR row a: CNOT(a, b) placed at the end of a circuit.
   void cnot(int a, int b);
-  void swap_lines(int a, int b);
+  void swap_lines(int a, int b);  ///< exchanges two rows
 
   /// Gauss-Jordan, O(n^3 / 64). Needs an invertible table; a column without a pivot is left out,
   /// and the result is then no inverse.
   Table inverse() const;
 
-  bool is_identity() const;
+  bool is_identity() const;  ///< whether no qubit holds anything but its own input
 
   /// Rows and columns together: entry (i, j) of the result is entry (perm[i], perm[j]).
   Table permute(const std::vector<int>& perm) const;
 
-  BoolMatrix to_bool_bool() const;
+  BoolMatrix to_bool_bool() const;  ///< the rows as a BoolMatrix
 
   /// Nested brackets, `[[1 0]` and ` [0 1]]` for two rows, each with a line end. Differs from
   /// operator<<.

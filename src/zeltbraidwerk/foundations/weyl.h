@@ -11,7 +11,9 @@
 namespace structures {
 
 /// Exponents (scalar, z, x) of the four letters. Y is held as (3, 3), which is plus Y as (1, 1) is.
+/// @{
 ZELTBRAIDWERK_EXPORT extern const std::vector<unsigned char> WI, WX, WZ, WY;
+/// @}
 
 /// The way back: (sign, letter) of the exponents (z, x) at index 4 z + x; sign 1 is minus, letters
 /// 0 to 3 are I, X, Y, Z.
@@ -20,8 +22,8 @@ ZELTBRAIDWERK_EXPORT extern const std::vector<std::pair<unsigned char, unsigned 
 /// One n-qubit Pauli operator as exponents modulo 4: position 0 a scalar, q+1 the exponent z of Z
 /// and n+q+1 the exponent x of X on qubit q. Per qubit it is i^(z x) X^x Z^z.
 struct ZELTBRAIDWERK_EXPORT WeylOperator {
-  std::vector<unsigned char> data;
-  int nbqbits = 0;
+  std::vector<unsigned char> data;  ///< the exponents, each 0 to 3
+  int nbqbits = 0;                  ///< n
 
   /// From letters, the one at place q for qubit q. Any letter but X, Y and Z reads as I.
   explicit WeylOperator(std::string s);
@@ -35,8 +37,8 @@ struct ZELTBRAIDWERK_EXPORT WeylOperator {
 
   std::string to_string() const;  ///< the text of operator<<
 
-  static WeylOperator pauli_z(int q, int n);
-  static WeylOperator pauli_x(int q, int n);
+  static WeylOperator pauli_z(int q, int n);  ///< Z on qubit q of n
+  static WeylOperator pauli_x(int q, int n);  ///< X on qubit q of n
 
   bool operator==(const WeylOperator&) const = default;
 };

@@ -38,8 +38,10 @@ ZELTBRAIDWERK_EXPORT BoolMatrix random_graph(int n);
 ZELTBRAIDWERK_EXPORT void pretty_print(const BoolMatrix& matrix, int rows, int cols);
 
 /// To standard output: the first n entries with a blank after each, and a line end.
+/// @{
 ZELTBRAIDWERK_EXPORT void pretty_print(const BoolRow& row, int n);
 ZELTBRAIDWERK_EXPORT void pretty_print(const std::vector<int>& row, int n);
+/// @}
 
 /// To standard output: "S    0", "CZ   0 1", "CNOT 0 1" a line, and one empty line at the end.
 ZELTBRAIDWERK_EXPORT void print_circuit(const TripleCircuit& circuit);

@@ -11,12 +11,14 @@
 
 namespace synthesis {
 
+/// Options of synthesize_graph_state.
 struct GraphStateOptions : SynthesisOptions {
   std::optional<int> tries;  ///< random restarts of each step of "decoding"; 100 where not given
 };
 
+/// A circuit of synthesize_graph_state.
 struct GraphStateResult : SynthesisResult {
-  std::vector<structures::Gate> gates;
+  std::vector<structures::Gate> gates;  ///< in time order
 };
 
 /// The methods; "auto" is the first. None on a device.

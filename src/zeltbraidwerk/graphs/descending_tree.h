@@ -24,6 +24,7 @@ ZELTBRAIDWERK_EXPORT void prune_leaves(Graph& tree, std::vector<int>& keep);
 ZELTBRAIDWERK_EXPORT Graph shortcut_ham_path(const Graph& graph, std::vector<int>& path,
                                              std::vector<int>& targets, int root);
 
+/// Whether the tree is a descending one for the path and the root.
 ZELTBRAIDWERK_EXPORT bool check_is_descending(const Graph& tree, std::vector<int>& path, int root);
 
 }  // namespace structures

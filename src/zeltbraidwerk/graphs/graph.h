@@ -27,13 +27,13 @@ namespace structures {
 /// steiner_tree and initialize_sketches change the graph, so one object serves one caller at a
 /// time.
 struct ZELTBRAIDWERK_EXPORT Graph {
-  int n = 0;
+  int n = 0;                    ///< vertices are below n
   BoolRow adjacency;            ///< edge (i, j) at i * n + j and at j * n + i
   std::vector<double> weights;  ///< empty, or indexed like adjacency
   /// [i][j] is a shortest path from i to j, both included; empty when there is none. An empty table
   /// until set_shortest_paths runs.
   std::vector<std::vector<std::vector<int>>> shortest_paths;
-  std::set<int> vertices;
+  std::set<int> vertices;                           ///< 0 to n - 1, or a part of them
   std::map<std::vector<int>, Graph> steiner_cache;  ///< by the terminal list, order included
   int sketch_mode = 0;                              ///< 0: steiner_good, else sketch_steiner
   std::vector<std::set<int>> sketches;              ///< empty, or the nearest seeds of each vertex
@@ -48,16 +48,16 @@ struct ZELTBRAIDWERK_EXPORT Graph {
   Graph& operator=(Graph&&) noexcept = default;
   ~Graph() = default;
 
-  void add_edge(int i, int j);
-  void add_edge(int i, int j, double w);
-  void remove_edge(int i, int j);
-  void disconnect(int v);  ///< removes all edges of v, which stays in `vertices`
+  void add_edge(int i, int j);            ///< i and j differ
+  void add_edge(int i, int j, double w);  ///< with weight w
+  void remove_edge(int i, int j);         ///< nothing where there is none
+  void disconnect(int v);                 ///< removes all edges of v, which stays in `vertices`
 
   std::vector<int> neighbors(int i) const;         ///< ascending
   std::vector<std::pair<int, int>> edges() const;  ///< each once, smaller vertex first, ascending
-  int degree(int i) const;
-  int nb_vertices() const;  ///< the size of `vertices`, not n
-  bool are_neighbors(int i, int j) const;
+  int degree(int i) const;                         ///< the number of its neighbours
+  int nb_vertices() const;                         ///< the size of `vertices`, not n
+  bool are_neighbors(int i, int j) const;          ///< whether an edge joins them
 
   /// Whether `vertices` is connected. False for a graph without vertices.
   bool is_connected() const;

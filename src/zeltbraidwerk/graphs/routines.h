@@ -6,6 +6,7 @@
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/graphs/graph.h"
 
+/// \file
 /// CNOT sequences on the edges of a tree. A tree is what Graph::steiner_tree returns; a vertex
 /// belongs to it when it has an edge, whatever `vertices` holds. Cost O(n^2 / 64) to O(n^3 / 64).
 ///
@@ -15,6 +16,7 @@
 /// quantum memories", Quantum Information and Computation 20 (2020) 581).
 ///
 /// All failures are std::logic_error "ooops"; nothing partial is returned.
+
 namespace routines {
 
 /// Adds each vertex that is not a terminal into a neighbour, spreading outward from the terminals,

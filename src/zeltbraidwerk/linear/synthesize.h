@@ -11,13 +11,16 @@
 
 namespace synthesis {
 
+/// Options of synthesize_linear.
 struct LinearOptions : SynthesisOptions {
   std::optional<int>
       section;  ///< columns that "pmh" clears together, 1 to 30; else the best number
   /// The beam of "syndrome" and of the greedy methods: continuations that are kept of each state,
   /// and steps that are looked ahead, up to 64. 1 where not given.
+  /// @{
   std::optional<int> width;
   std::optional<int> lookahead;
+  /// @}
   /// With Outputs::within_reach, for "search" on a device: edges that an output may be away from
   /// its place.
   int reach = 0;
@@ -28,12 +31,13 @@ struct LinearOptions : SynthesisOptions {
 
 /// Output r of the matrix is on wire permutation[r].
 struct LinearCircuit {
-  structures::CnotCircuit circuit;
-  std::vector<int> permutation;
+  structures::CnotCircuit circuit;  ///< the CNOTs
+  std::vector<int> permutation;     ///< by output: its wire
 };
 
+/// A circuit of synthesize_linear.
 struct LinearResult : SynthesisResult {
-  structures::CnotCircuit circuit;
+  structures::CnotCircuit circuit;  ///< of the matrix, rows where `permutation` tells
   /// Wires of the largest windows of "search": 4 where the budget is too short for the tables of 5.
   /// 0 for other methods.
   int window = 0;

@@ -31,10 +31,10 @@ ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> greedy_pauli_synth_depth(
 
 /// bring_to_z on the control and on the target, each with its code, then CNOT.
 struct ZELTBRAIDWERK_EXPORT Move {
-  int control;
-  int target;
-  unsigned char control_basis;
-  unsigned char target_basis;
+  int control;                  ///< qubit
+  int target;                   ///< qubit, another one
+  unsigned char control_basis;  ///< code, 1 to 3
+  unsigned char target_basis;   ///< code, 1 to 3
 
   bool operator==(const Move&) const = default;
 };

@@ -26,12 +26,11 @@
 ZELTBRAIDWERK_EXPORT std::vector<structures::Gate> pauli_synth(
     PauliRotationMap& rotations, structures::OperatorTableau& tableau);
 
-/// A group of rotations: the qubit that collects it, -1 while none is chosen; its rows; the qubits
-/// it may still be branched on.
+/// A group of rotations.
 struct ZELTBRAIDWERK_EXPORT Part {
-  int target;
-  std::set<int> rows;
-  std::vector<int> cols;
+  int target;             ///< the qubit that collects it, -1 while none is chosen
+  std::set<int> rows;     ///< its rows of the table
+  std::vector<int> cols;  ///< the qubits that it may still be split on
 };
 
 /// Serves one group of rows of a table on n qubits, as far as one pass can. `done` flags the rows

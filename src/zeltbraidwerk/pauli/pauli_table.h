@@ -29,9 +29,11 @@ using PauliRotationMap = std::map<std::vector<unsigned char>, structures::Parame
 /// What a gate makes of a code: (true for minus, the new code). On two qubits, the key and the new
 /// code are 4 times the code on the first qubit (the control) plus that on the second. Filled at
 /// load, read-only after. RXP is "RX" by pi/2, RXM by -pi/2; S is "RZ" by pi/2, SD by -pi/2.
+/// @{
 using ConjugationTable = std::map<unsigned char, std::pair<bool, unsigned char>>;
 ZELTBRAIDWERK_EXPORT extern const ConjugationTable H_CONJ, RXP_CONJ, RXM_CONJ, S_CONJ, SD_CONJ;
 ZELTBRAIDWERK_EXPORT extern const ConjugationTable CNOT_CONJ, CZ_CONJ;
+/// @}
 
 /// Whether two strings of the length of `a` commute: they differ, both letters other than I, in an
 /// even number of places.
@@ -71,15 +73,18 @@ ZELTBRAIDWERK_EXPORT void build_table(PauliRotationMap& rotations, PauliTable& t
 ZELTBRAIDWERK_EXPORT bool lexico_vector(const std::vector<unsigned char>& a,
                                         const std::vector<unsigned char>& b);
 
+/// Whether a code is a letter other than I.
 ZELTBRAIDWERK_EXPORT bool is_non_zero(unsigned char code);
 
 /// Reorder rows and angles together: at random, by an engine seeded from the random device; by
 /// ascending weight; by descending codes, the first place leading. Equal rows keep their order.
+/// @{
 ZELTBRAIDWERK_EXPORT void shuffle(PauliTable& table, std::vector<structures::Parameter>& params);
 ZELTBRAIDWERK_EXPORT void weight_sort(PauliTable& table,
                                       std::vector<structures::Parameter>& params);
 ZELTBRAIDWERK_EXPORT void sort_lexico(PauliTable& table,
                                       std::vector<structures::Parameter>& params);
+/// @}
 
 /// a[i] becomes a[i] XOR b[i], over the length of a.
 ZELTBRAIDWERK_EXPORT BoolRow& operator^=(BoolRow& a, const BoolRow& b);
@@ -88,9 +93,11 @@ ZELTBRAIDWERK_EXPORT BoolRow& operator^=(BoolRow& a, const BoolRow& b);
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const PauliTable& table);
 
 /// Each element as a number followed by a blank; rows of a matrix each with a line end.
+/// @{
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out,
                                               const std::vector<unsigned int>& values);
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out,
                                               const std::vector<unsigned char>& values);
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const BoolRow& row);
 ZELTBRAIDWERK_EXPORT std::ostream& operator<<(std::ostream& out, const BoolMatrix& matrix);
+/// @}

@@ -23,6 +23,7 @@ struct PauliOptions : SynthesisOptions {
   std::optional<structures::OperatorTableau> tail;
 };
 
+/// A circuit of synthesize_pauli.
 struct PauliResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< CNOTs, Clifford gates, and one rotation per row
   std::vector<int> rows;  ///< of each gate: the row that it is the rotation of; else -1

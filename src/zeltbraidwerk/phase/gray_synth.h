@@ -21,6 +21,7 @@ struct ZELTBRAIDWERK_EXPORT Part2 {
   std::set<int> rows;     ///< on which the piece may still be split
   std::vector<int> cols;  ///< the terms of the piece, in the order in which they were handed down
 
+  /// Takes its fields from the arguments.
   Part2(int carrier, const std::set<int>& split_rows, const std::vector<int>& terms)
       : target(carrier), rows(split_rows), cols(terms) {}
 };

@@ -15,6 +15,7 @@ namespace synthesis {
 /// undone.
 struct PhaseOptions : SynthesisOptions {};
 
+/// A circuit of synthesize_phase.
 struct PhaseResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< "CNOT", and one "PH" per term
   std::vector<int> terms;               ///< of each gate: its term, in key order; -1 for a CNOT

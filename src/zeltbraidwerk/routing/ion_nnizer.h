@@ -21,7 +21,7 @@ ZELTBRAIDWERK_EXPORT void clifford_nnize_ion(const std::vector<structures::Gate>
                                              std::vector<structures::Gate>& out,
                                              structures::OperatorTableau& frame);
 
-/// The same for a ShelveMetric.
+/// The same for a ShelveMetric, with its two errors.
 ZELTBRAIDWERK_EXPORT void clifford_nnize_ion_shelving(const std::vector<structures::Gate>& circuit,
                                                       int depth, bool commuting_blocks, bool merge,
                                                       double pair_error, double shelve_error,

@@ -13,10 +13,10 @@ namespace structures {
 
 /// The pairs of ions that entangling gates act on, added up; fewer are better.
 struct ZELTBRAIDWERK_EXPORT DefaultMetric {
-  double get_score(std::vector<int>& ions) const;
-  void update(std::vector<int>& ions);     ///< keeps nothing
-  bool compare(double a, double b) const;  ///< whether a beats b
-  double compose(double a, double b) const;
+  double get_score(std::vector<int>& ions) const;  ///< of one gate on these ions
+  void update(std::vector<int>& ions);             ///< keeps nothing
+  bool compare(double a, double b) const;          ///< whether a beats b
+  double compose(double a, double b) const;        ///< the score of both, one after the other
 };
 
 /// The fidelity of entangling gates on a machine that shelves the ions that take no part: the
@@ -29,10 +29,10 @@ struct ZELTBRAIDWERK_EXPORT ShelveMetric {
 
   ShelveMetric(int n, double pair_error, double shelve_error);  ///< all ions active
 
-  double get_score(std::vector<int>& ions) const;
-  void update(std::vector<int>& ions);  ///< the ions become the active set
-  bool compare(double a, double b) const;
-  double compose(double a, double b) const;
+  double get_score(std::vector<int>& ions) const;  ///< of one gate on these ions
+  void update(std::vector<int>& ions);             ///< the ions become the active set
+  bool compare(double a, double b) const;          ///< whether a beats b
+  double compose(double a, double b) const;        ///< the score of both, one after the other
 };
 
 }  // namespace structures

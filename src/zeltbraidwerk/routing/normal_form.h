@@ -22,7 +22,9 @@ namespace synthesis {
 using RotationSequence = std::vector<std::pair<std::string, structures::Parameter>>;
 
 /// The names of Clifford gates and of rotations. "I" and "S*" are Clifford and change nothing.
+/// @{
 ZELTBRAIDWERK_EXPORT extern const std::vector<std::string> CLIFFORDS, ROT;
+/// @}
 
 /// n letters, I but for the axis of a rotation on its first qubit. Any other gate has no letter
 /// there, and the string is one shorter.

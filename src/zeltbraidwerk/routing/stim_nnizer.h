@@ -21,8 +21,9 @@ struct PauliString;
 
 namespace synthesis {
 
-using StimTableau = stim::Tableau<64>;
-using StimPauli = stim::PauliString<64>;
+using StimTableau = stim::Tableau<64>;    ///< an operator
+using StimPauli = stim::PauliString<64>;  ///< a string with its sign
+/// Rotations in time order, as RotationSequence.
 using StimRotations = std::vector<std::pair<StimPauli, structures::Parameter>>;
 
 /// As clifford_nnize; of `frame` only the size counts on entry. On return it is the tableau of the

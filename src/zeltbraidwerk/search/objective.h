@@ -4,7 +4,10 @@ namespace synthesis {
 
 /// What is to become small: the gates on two qubits, or the layers of these. The other one decides
 /// between equals.
-enum class Objective { count, depth };
+enum class Objective {
+  count,  ///< gates on two qubits
+  depth,  ///< layers of these
+};
 
 /// Where the outputs of a circuit may end.
 enum class Outputs {

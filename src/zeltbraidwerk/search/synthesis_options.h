@@ -27,14 +27,15 @@ struct Graph;
 
 namespace synthesis {
 
+/// The options of all families. Each family adds its own.
 struct SynthesisOptions {
   std::string method = "auto";  ///< one of the family's methods; "auto" takes the best of several
-  Objective objective = Objective::count;
-  Outputs outputs = Outputs::in_place;
+  Objective objective = Objective::count;  ///< what is to become small
+  Outputs outputs = Outputs::in_place;     ///< where outputs may end
   /// With a device every gate on two qubits is on one of its edges. It is connected and has one
   /// vertex per qubit. The caller keeps it alive during the call.
   const structures::Graph* device = nullptr;
-  std::uint64_t seed = 0;
+  std::uint64_t seed = 0;  ///< the same seed gives the same circuit, but for budgets
 
   /// Runs of each method, at least 1. Not given: as many as the method is worth, or as the budget
   /// has room for.
@@ -54,18 +55,20 @@ struct SynthesisOptions {
 
 /// How a circuit came about. Each family adds the circuit itself.
 struct SynthesisResult {
-  std::string method;  ///< the one that found the circuit
-  Objective objective = Objective::count;
-  std::vector<int> permutation;       ///< output q is on wire permutation[q]
-  int count = 0;                      ///< gates on two qubits
-  int depth = 0;                      ///< layers of these
-  std::optional<std::uint64_t> seed;  ///< none where no run made a draw
-  int runs = 0;                       ///< of all methods together, that were made
-  double seconds = 0;
-  std::vector<SearchPoint> trace;  ///< moments at which the best circuit became better
+  std::string method;                      ///< the one that found the circuit
+  Objective objective = Objective::count;  ///< as in the options
+  std::vector<int> permutation;            ///< output q is on wire permutation[q]
+  int count = 0;                           ///< gates on two qubits
+  int depth = 0;                           ///< layers of these
+  std::optional<std::uint64_t> seed;       ///< none where no run made a draw
+  int runs = 0;                            ///< of all methods together, that were made
+  double seconds = 0;                      ///< that the call took
+  std::vector<SearchPoint> trace;          ///< moments at which the best circuit became better
   /// Proven: no circuit has fewer gates on two qubits, none fewer layers. 0 where nothing is known.
+  /// @{
   int least_count = 0;
   int least_depth = 0;
+  /// @}
   bool stopped = false;  ///< by the function `stop`, before the search had come to its end
 };
 
