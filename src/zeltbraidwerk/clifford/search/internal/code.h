@@ -1,0 +1,31 @@
+#pragma once
+
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
+
+namespace zelt::braidwerk::internal {
+
+/// A stabilizer code, the goal of a search for an encoder. A state is a code without logical qubits.
+struct Code {
+  PauliFrame stabilisers;  ///< n - k independent strings that commute
+  /// Images of X, then of Z, on the k logical qubits, up to products with stabilisers. No rows: any
+  /// logical operators will do.
+  PauliFrame logicals;
+
+  int qubits() const { return stabilisers.qubits(); }
+  int logical_qubits() const { return qubits() - stabilisers.rows(); }
+  bool any_logicals() const { return logicals.rows() == 0; }
+};
+
+/// Whether strings commute and none is a product of others.
+bool are_independent_stabilisers(const PauliFrame& strings);
+
+/// Whether strings commute with all stabilisers, and with each other as X, then Z, on as many qubits
+/// as the code has logical ones.
+bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers);
+
+/// The qubits in groups: the finest ones such that the stabilisers are those of each group,
+/// multiplied.
+WireGroups entangled_groups(const PauliFrame& stabilisers);
+
+}  // namespace zelt::braidwerk::internal
