@@ -176,13 +176,13 @@ GateList with_logicals(const GateList& encoder, const PauliFrame& logicals, Rng&
   return continued(std::move(wide), encoder, 0);
 }
 
-/// Z on a wire of zero controls a letter on another wire, before the encoder, again and again; few
-/// times more often than many.
-PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, Rng& rng) {
+/// Z on a wire of zero controls a letter on another wire, before the encoder, again and again.
+PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, int changes,
+                                   Rng& rng) {
   const int n = encoder.wires();
   PauliFrame images = read_out(carried(inputs(n, n), encoder, encoder.count()), encoder.frame);
   const int zeros = n - logical_qubits;
-  for (int left = zeros > 0 && n > 1 ? rng.below(rng.below(n) + 1) : 0; left > 0; --left) {
+  for (int left = zeros > 0 && n > 1 ? changes : 0; left > 0; --left) {
     const int zero = logical_qubits + rng.below(zeros);
     const int other = (zero + 1 + rng.below(n - 1)) % n;
     const int label = 1 + rng.below(3);

@@ -21,8 +21,9 @@ Code code_after(const GateList& list, int count, int logical_qubits, bool logica
 GateList with_logicals(const GateList& encoder, const PauliFrame& logicals, Rng& rng);
 
 /// The images of X, then of Z, on all wires under an operator that encodes as the list does, signs
-/// left out: random other generators, and random products of them on what they leave free.
-PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, Rng& rng);
+/// left out. Each change is a random one of the generators and of what they leave free.
+PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, int changes,
+                                   Rng& rng);
 
 struct EncoderCircuit : PlacedCircuit {
   std::vector<int> logical_wires;  ///< logical qubit i comes in on wire logical_wires[i]
