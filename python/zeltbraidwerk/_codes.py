@@ -155,9 +155,7 @@ def _logicals(source: Any, code: Code) -> tuple[Signed, ...]:
     wanted = "a pair of lists, what X and what Z on each logical qubit becomes"
     if not isinstance(source, (tuple, list)) or len(source) != 2:
         raise errors.DtypeError(f"logicals: got {_validate.shown(source)}, wanted {wanted}")
-    xs, zs = (
-        _operators(letter, part, code.n) for letter, part in zip("XZ", source, strict=True)
-    )
+    xs, zs = (_operators(letter, part, code.n) for letter, part in zip("XZ", source, strict=True))
     if len(xs) != code.k or len(zs) != code.k:
         raise errors.ShapeError(
             f"logicals: got {len(xs)} for X and {len(zs)} for Z, wanted {code.k} each, as many as "

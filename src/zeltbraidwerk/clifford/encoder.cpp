@@ -18,7 +18,8 @@ synthesis::EncoderResult synthesize_encoder(const Code& code,
   check_wires("stabilisers", code.qubits());
   if (!are_independent_stabilisers(code.stabilisers)) {
     throw std::invalid_argument(
-        "stabilisers: got strings that do not commute or are not independent, wanted some that are");
+        "stabilisers: got strings that do not commute or are not independent, wanted some that "
+        "are");
   }
   if (!code.any_logicals() && !are_logicals_of(code.logicals, code.stabilisers)) {
     throw std::invalid_argument(
@@ -79,7 +80,8 @@ EncoderResult synthesize_encoder(const std::vector<std::vector<unsigned char>>& 
   using zelt::braidwerk::internal::packed;
   const std::size_t n = stabilisers.empty() ? 0 : stabilisers[0].size();
   return zelt::braidwerk::internal::synthesize_encoder(
-      {packed("stabilisers", stabilisers, minus, n), packed("logicals", logicals, logicals_minus, n)},
+      {packed("stabilisers", stabilisers, minus, n),
+       packed("logicals", logicals, logicals_minus, n)},
       options);
 }
 

@@ -5,7 +5,8 @@
 
 namespace zelt::braidwerk::internal {
 
-/// A stabilizer code, the goal of a search for an encoder. A state is a code without logical qubits.
+/// A stabilizer code, the goal of a search for an encoder. A state is a code without logical
+/// qubits.
 struct Code {
   PauliFrame stabilisers;  ///< n - k independent strings that commute
   /// Images of X, then of Z, on the k logical qubits, up to products with stabilisers. No rows: any
@@ -20,8 +21,8 @@ struct Code {
 /// Whether strings commute and none is a product of others.
 bool are_independent_stabilisers(const PauliFrame& strings);
 
-/// Whether strings commute with all stabilisers, and with each other as X, then Z, on as many qubits
-/// as the code has logical ones.
+/// Whether strings commute with all stabilisers, and with each other as X, then Z, on as many
+/// qubits as the code has logical ones.
 bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers);
 
 /// The qubits in groups: the finest ones such that the stabilisers are those of each group,

@@ -72,9 +72,9 @@ PauliFrame inputs(int wires, int count) {
 /// Multiplies row `to` by row `from`, signs left out.
 void multiply(PauliFrame& strings, int from, int to) {
   for (int q = 0; q < strings.qubits(); ++q) {
-    strings.set_letter(to, q, letter_of(
-        strings.x_planes().get(q, from) != strings.x_planes().get(q, to),
-        strings.z_planes().get(q, from) != strings.z_planes().get(q, to)));
+    strings.set_letter(to, q,
+                       letter_of(strings.x_planes().get(q, from) != strings.x_planes().get(q, to),
+                                 strings.z_planes().get(q, from) != strings.z_planes().get(q, to)));
   }
 }
 
@@ -160,8 +160,7 @@ Code code_after(const GateList& list, int count, int logical_qubits, bool logica
 GateList with_logicals(const GateList& encoder, const PauliFrame& logicals, Rng& rng) {
   const int n = encoder.wires();
   const int k = logicals.rows() / 2;
-  const PauliFrame own =
-      read_out(carried(inputs(n, k), encoder, encoder.count()), encoder.frame);
+  const PauliFrame own = read_out(carried(inputs(n, k), encoder, encoder.count()), encoder.frame);
   PauliFrame images(k, 2 * k);
   BitMatrix odd(1, own.rows());
   for (int r = 0; r < 2 * k; ++r) {

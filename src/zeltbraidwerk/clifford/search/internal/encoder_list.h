@@ -29,8 +29,8 @@ struct EncoderCircuit : PlacedCircuit {
   std::vector<int> logical_wires;  ///< logical qubit i comes in on wire logical_wires[i]
 };
 
-/// The circuit of CNOTs and gates on one qubit, every qubit of the code on its own wire. X and Z come
-/// first that give stabilisers and logical operators their signs.
+/// The circuit of CNOTs and gates on one qubit, every qubit of the code on its own wire. X and Z
+/// come first that give stabilisers and logical operators their signs.
 EncoderCircuit encoder_circuit(const GateList& list, const Code& code);
 
 }  // namespace zelt::braidwerk::internal

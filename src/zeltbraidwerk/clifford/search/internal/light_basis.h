@@ -18,8 +18,8 @@ class LightBasis {
   static constexpr Word no_element = ~Word{0};  ///< the weight of a place without one
 
   LightBasis() = default;
-  /// The first elements generate the group. No element has more than `qubits` letters, and there are
-  /// no more generators than that.
+  /// The first elements generate the group. No element has more than `qubits` letters, and there
+  /// are no more generators than that.
   LightBasis(int generators, int qubits, std::size_t capacity);
 
   std::size_t element(int k) const { return elements_[static_cast<std::size_t>(k)]; }

@@ -49,7 +49,8 @@ int layers_of_products(const std::vector<SmallString>& generators, int n) {
     rank[static_cast<std::size_t>(w)] = found;
   }
   int layers = 0;
-  while (rank[static_cast<std::size_t>(std::min(n, 1 << layers))] < rows && 1 << layers < n) ++layers;
+  while (rank[static_cast<std::size_t>(std::min(n, 1 << layers))] < rows && 1 << layers < n)
+    ++layers;
   return layers;
 }
 

@@ -29,8 +29,8 @@ inline double weight_worth(std::size_t weight) {
 class StateGroup {
  public:
   StateGroup() = default;
-  /// Of independent strings that commute: one per qubit for a state, fewer for a code. Signs are not
-  /// looked at.
+  /// Of independent strings that commute: one per qubit for a state, fewer for a code. Signs are
+  /// not looked at.
   explicit StateGroup(const PauliFrame& generators);
 
   int qubits() const { return n_; }

@@ -9,8 +9,8 @@ namespace zelt::braidwerk::internal {
 
 /// \file
 /// Gates that turn zeros into a state, or encode into a code, and what they are apart from signs:
-/// after the gates, label frame[end] of the state or code is found on `end`. The k logical qubits of
-/// a code come in on wires 0 to k-1, zeros on the others.
+/// after the gates, label frame[end] of the state or code is found on `end`. The k logical qubits
+/// of a code come in on wires 0 to k-1, zeros on the others.
 
 /// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
 /// are its own.
@@ -23,8 +23,8 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others after it.
 GateList continued(GateList begin, const GateList& list, int count);
 
-/// The same list with its wires renamed so that each qubit of the state or code comes out on its own.
-/// Logical qubits then come in anywhere.
+/// The same list with its wires renamed so that each qubit of the state or code comes out on its
+/// own. Logical qubits then come in anywhere.
 GateList in_place(GateList list);
 
 }  // namespace zelt::braidwerk::internal

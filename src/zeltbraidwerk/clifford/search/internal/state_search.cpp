@@ -16,15 +16,12 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 /// Beams from the state or code take it apart gate by gate; walks and new beginnings of the circuit
-/// in turns make what they find shorter. Where logical operators are wanted, a circuit for them is put
-/// before what takes the code apart, and whole operators that have them are searched too.
+/// in turns make what they find shorter. Where logical operators are wanted, a circuit for them is
+/// put before what takes the code apart, and whole operators that have them are searched too.
 class CodeSearch : public SearchByBoth<GateList> {
  public:
   CodeSearch(const Code& code, const Task& task, const Effort& effort)
-      : SearchByBoth(task, effort),
-        code_(code),
-        wires_(code.qubits()),
-        start_(code.stabilisers) {
+      : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
     const WireGroups entangled = entangled_groups(code.stabilisers);
     meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
     offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers)
@@ -104,7 +101,8 @@ class CodeSearch : public SearchByBoth<GateList> {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = steps;
-    const Task task{.objective = task_.objective, .outputs = Outputs::anywhere, .seed = rng_.next()};
+    const Task task{
+        .objective = task_.objective, .outputs = Outputs::anywhere, .seed = rng_.next()};
     return clifford_list(images, task, effort);
   }
   void change_gauge(const Round& round) {
