@@ -85,7 +85,8 @@ def test_labels_and_rates_are_part_of_the_value():
     assert (KNOWN.labels, KNOWN.qubit(("b", 1))) == (("a", ("b", 1), 7), 1)
     assert KNOWN.edge_errors == {(0, 1): 0.01, (1, 2): 0.02}
     assert KNOWN.qubit_errors == {0: 0.001, 2: 0.0}
-    text = "Device('mine': 3 qubits, 2 edges, errors 0.01 to 0.02 on edges, errors 0 to 0.001 on qubits)"
+    rates = "errors 0.01 to 0.02 on edges, errors 0 to 0.001 on qubits"
+    text = f"Device('mine': 3 qubits, 2 edges, {rates})"
     assert repr(KNOWN) == text
     for again in (pickle.loads(pickle.dumps(KNOWN)), zb.from_json(KNOWN.to_json())):
         assert (again, hash(again), repr(again)) == (KNOWN, hash(KNOWN), text)
@@ -94,14 +95,12 @@ def test_labels_and_rates_are_part_of_the_value():
     assert len(KNOWN.edge_errors) == 2
     plain = Device.line(3)
     assert (plain.labels, plain.edge_errors, plain.qubit_errors) == ((0, 1, 2), None, None)
-    others = [
-        Device(3, KNOWN.edges, **given)
-        for given in ({"labels": ["a", "b", "c"]}, {"edge_errors": {(0, 1): 0.5}},
-                      {"qubit_errors": {2: 0.5}})
-    ]  # fmt: skip
-    assert len({plain, KNOWN, *others}) == 5
-    same = Device(3, KNOWN.edges, labels=range(3), edge_errors={}, qubit_errors=[None] * 3)
-    assert same == plain
+    rates = {"edge_errors": {(0, 1): 0.5}}, {"qubit_errors": {2: 0.5}}
+    rated = [Device(3, KNOWN.edges, **given) for given in rates]
+    assert len({plain, KNOWN, *rated}) == 4
+    for labels in (range(3), ["a", "b", "c"]):
+        same = Device(3, KNOWN.edges, labels=labels, edge_errors={}, qubit_errors=[None] * 3)
+        assert same == plain
     part = KNOWN.part([2, 1])
     assert (part.labels, part.edge_errors) == ((7, ("b", 1)), {(0, 1): 0.02})
     assert part.qubit_errors == {0: 0.0}

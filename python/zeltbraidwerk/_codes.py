@@ -42,6 +42,8 @@ def read(stabilizers: Any, logicals: Any) -> Code:
 
 def check_stabilizers(stabilizers: Sequence[Signed], name: str) -> None:
     """Refuses strings that do not commute and those that are products of others."""
+    if not stabilizers:
+        return
     has_x, has_z = _planes(stabilizers)
     odd = _anticommuting((has_x, has_z), (has_x, has_z))
     if odd.any():
@@ -89,8 +91,8 @@ def _checks(source: Any) -> list[Signed]:
         matrix = _bits(source, "stabilizers")
         if matrix.shape[1] % 2 or not matrix.shape[1]:
             raise errors.ShapeError(
-                f"stabilizers: got a check matrix of shape {matrix.shape}, wanted 2n columns, those "
-                "of X, then of Z"
+                f"stabilizers: got a check matrix of shape {matrix.shape}, wanted 2n columns, "
+                "those of X, then of Z"
             )
         return list(_of_halves(matrix))
     if _rotations.is_string(source):
@@ -131,7 +133,7 @@ def _is_matrix(value: Any) -> bool:
 
 
 def _bits(value: Any, name: str) -> npt.NDArray[np.bool_]:
-    bits = _validate.bits(_matrices.matrix_of(value, name), name)
+    bits: npt.NDArray[np.bool_] = _validate.bits(_matrices.matrix_of(value, name), name)
     if bits.ndim != 2:
         raise errors.ShapeError(f"{name}: got shape {bits.shape}, wanted a matrix")
     return bits
@@ -196,6 +198,6 @@ def _check_logicals(operators: Sequence[Signed], code: Code) -> None:
         i, j = wrong[0]
         first, second = (f"{'XZ'[r // k]} on logical qubit {r % k}" for r in (i, j))
         raise errors.PauliError(
-            f"logicals: got {operators[i][1]} for {first} and {operators[j][1]} for {second}, which "
-            f"{'commute' if pairs[i, j] else 'do not commute'}, unlike {first} and {second}"
+            f"logicals: got {operators[i][1]} for {first} and {operators[j][1]} for {second}, "
+            f"which {'commute' if pairs[i, j] else 'do not commute'}, unlike {first} and {second}"
         )

@@ -4,13 +4,10 @@ from __future__ import annotations
 
 import html
 from collections.abc import Mapping, Sequence
-from typing import TYPE_CHECKING
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
-
-if TYPE_CHECKING:
-    from zeltbraidwerk.devices import Device
 
 STEP, MARGIN, RADIUS = 56, 28, 13  # of the SVG, in its units
 LONGEST = 3  # characters in a circle
@@ -21,7 +18,7 @@ _STYLE = (
 )
 
 
-def svg(device: Device, used: Mapping[tuple[int, int], int]) -> str:
+def svg(device: Any, used: Mapping[tuple[int, int], int]) -> str:
     """``used`` counts gates by edge; edges with more gates are wider. Pairs that are no edge are
     dashed red. Labels that are too long for their circle, and rates, are shown where the pointer
     is."""

@@ -25,11 +25,11 @@ _FAMILY = Family(_core._state_methods)
 class EncoderSynthesis(Result):
     """A circuit that encodes qubits into a code, and how it was found.
 
-    ``logical_wires``: logical qubit i comes in on wire ``logical_wires[i]``, and 0 on all other
-    wires. Every qubit of the code comes out on its own wire. ``stabilizers`` are those of the code,
-    signed, in the order given. ``logicals`` are two lists, the logical operators that X and that Z on
-    each logical qubit become: those that were asked for, which the circuit has up to products with
-    stabilizers, or else those that it has.
+    Logical qubit i comes in on wire ``logical_wires[i]``, and 0 on all other wires. Every qubit of
+    the code comes out on its own wire. ``stabilizers`` are those of the code, signed, in the order
+    given. ``logicals`` are two lists, the logical operators that X and that Z on each logical qubit
+    become: those that were asked for, which the circuit has up to products with stabilizers, or
+    else those that it has.
     """
 
     circuit: Circuit

@@ -40,7 +40,8 @@ class Device(CouplingGraph, _json.Stored):
     ``edge_errors`` maps edges, and ``qubit_errors`` qubits, to the probability that a gate there
     goes wrong, from 0 to 1, where it is known. No search uses the rates yet.
 
-    Devices are immutable. Two are equal when their edges, labels and rates are.
+    Devices are immutable. Two are equal when their edges and rates are, whatever they and their
+    qubits are called.
     """
 
     def __init__(
@@ -287,7 +288,7 @@ class Device(CouplingGraph, _json.Stored):
                            table.get("qubit_errors"))  # fmt: skip
 
     def _key(self) -> tuple[Any, ...]:
-        return self._n, self._edges, self._labels, self._edge_rates, self._qubit_rates
+        return self._n, self._edges, self._edge_rates, self._qubit_rates
 
     def __eq__(self, other: object) -> bool:
         return self._key() == other._key() if isinstance(other, Device) else NotImplemented

@@ -1,24 +1,12 @@
 #include "zeltbraidwerk/clifford/search/internal/code.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 #include <vector>
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// One row per string: its X bits, then its Z bits.
-BitMatrix bits_of(const PauliFrame& strings) {
-  const int n = strings.qubits();
-  BitMatrix both(strings.rows(), 2 * n);
-  for (int r = 0; r < strings.rows(); ++r) {
-    for (int q = 0; q < n; ++q) {
-      both.set(r, q, strings.x_planes().get(q, r));
-      both.set(r, n + q, strings.z_planes().get(q, r));
-    }
-  }
-  return both;
-}
 
 /// Brings a matrix to reduced row echelon form, and returns its rank.
 int reduce_rows_of(BitMatrix& m) {
@@ -33,7 +21,42 @@ int reduce_rows_of(BitMatrix& m) {
   return rank;
 }
 
+/// Rows of Paulis as bits_of, or their columns, in two halves that change places.
+BitMatrix exchanged_halves(const BitMatrix& m, bool rows) {
+  const BitMatrix turned = rows ? m.transposed() : m;
+  const int half = turned.cols() / 2;
+  BitMatrix result(turned.rows(), turned.cols());
+  for (int r = 0; r < turned.rows(); ++r) {
+    for (int c = 0; c < turned.cols(); ++c)
+      result.set(r, c, turned.get(r, (c + half) % (2 * half)));
+  }
+  return rows ? result.transposed() : result;
+}
+
+/// Whether row r of one matrix anticommutes with row s of another.
+BitMatrix anticommuting(const BitMatrix& a, const BitMatrix& b) {
+  return product(a, exchanged_halves(b, false).transposed());
+}
+
+void add(BitMatrix& to, const BitMatrix& m) {
+  for (int r = 0; r < to.rows(); ++r) {
+    for (int w = 0; w < to.stride(); ++w) to.row(r)[w] ^= m.row(r)[w];
+  }
+}
+
 }  // namespace
+
+BitMatrix bits_of(const PauliFrame& strings) {
+  const int n = strings.qubits();
+  BitMatrix both(strings.rows(), 2 * n);
+  for (int r = 0; r < strings.rows(); ++r) {
+    for (int q = 0; q < n; ++q) {
+      both.set(r, q, strings.x_planes().get(q, r));
+      both.set(r, n + q, strings.z_planes().get(q, r));
+    }
+  }
+  return both;
+}
 
 bool are_independent_stabilisers(const PauliFrame& strings) {
   if (strings.rows() > strings.qubits()) return false;
@@ -58,6 +81,38 @@ bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers) {
     }
   }
   return true;
+}
+
+/// Destabilisers of the operator are made to fit the stabilisers, then the logical operators, then
+/// each other. Each step leaves what the ones before it made.
+PauliFrame images_as_given(const Code& code, const PauliFrame& images) {
+  const int n = code.qubits();
+  const int k = code.logical_qubits();
+  std::vector<int> rows(static_cast<std::size_t>(n - k));
+  std::iota(rows.begin(), rows.end(), k);
+  const BitMatrix stabilisers = bits_of(code.stabilisers);
+  const BitMatrix logicals = bits_of(code.logicals);
+  BitMatrix free = bits_of(images.select(rows));
+  free = product(inverse(anticommuting(free, stabilisers)), free);
+  add(free, product(anticommuting(free, exchanged_halves(logicals, true)), logicals));
+  BitMatrix among = anticommuting(free, free);
+  for (int r = 0; r < n - k; ++r) {
+    for (int s = r; s < n - k; ++s) among.set(r, s, false);
+  }
+  add(free, product(among, stabilisers));
+  PauliFrame result(n, 2 * n);
+  const auto put = [&](const BitMatrix& from, int first, int count, int to) {
+    for (int r = 0; r < count; ++r) {
+      for (int q = 0; q < n; ++q) {
+        result.set_letter(to + r, q, letter_of(from.get(first + r, q), from.get(first + r, n + q)));
+      }
+    }
+  };
+  put(logicals, 0, k, 0);
+  put(free, 0, n - k, k);
+  put(logicals, k, k, n);
+  put(stabilisers, 0, n - k, n + k);
+  return result;
 }
 
 /// The reduced rows are unique, so each one is of one group.

@@ -18,6 +18,9 @@ struct Code {
   bool any_logicals() const { return logicals.rows() == 0; }
 };
 
+/// One row per string: its X bits, then its Z bits.
+BitMatrix bits_of(const PauliFrame& strings);
+
 /// Whether strings commute and none is a product of others.
 bool are_independent_stabilisers(const PauliFrame& strings);
 
@@ -28,5 +31,10 @@ bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers);
 /// The qubits in groups: the finest ones such that the stabilisers are those of each group,
 /// multiplied.
 WireGroups entangled_groups(const PauliFrame& stabilisers);
+
+/// The images of X, then of Z, on all qubits under an operator that has the generators and logical
+/// operators of the code as they are given. `images` are those of one that encodes into it, logical
+/// qubits first.
+PauliFrame images_as_given(const Code& code, const PauliFrame& images);
 
 }  // namespace zelt::braidwerk::internal

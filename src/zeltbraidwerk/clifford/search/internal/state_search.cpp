@@ -42,7 +42,12 @@ class CodeSearch : public SearchByBoth<GateList> {
     Meter own(unlimited);
     take_apart(start_, 1, quick ? own : meter_);
     take_apart(start_, state_tuning.first_width, meter_);
-    if (takes_operators()) offer(operator_with_gauge(shortest(), 0, 0));
+    if (takes_operators()) {
+      const PauliFrame images =
+          images_with_other_gauge(shortest(), code_.logical_qubits(), 0, rng_);
+      offer(operator_of(images, 0));
+      offer(operator_of(images_as_given(code_, images), 0));
+    }
   }
 
   bool finished() const {
@@ -94,10 +99,8 @@ class CodeSearch : public SearchByBoth<GateList> {
   /// a single qubit takes no gates, so there a circuit before the encoder costs nothing.
   bool takes_operators() const { return !code_.any_logicals() && code_.logical_qubits() > 1; }
 
-  /// An encoder that does to the code what another one does and differs from it elsewhere.
-  GateList operator_with_gauge(const GateList& encoder, int changes, std::uint64_t steps) {
-    const PauliFrame images =
-        images_with_other_gauge(encoder, code_.logical_qubits(), changes, rng_);
+  /// Its shortest circuit after some steps, outputs anywhere.
+  GateList operator_of(const PauliFrame& images, std::uint64_t steps) {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = steps;
@@ -108,7 +111,8 @@ class CodeSearch : public SearchByBoth<GateList> {
   void change_gauge(const Round& round) {
     const std::uint64_t steps = round.steps / state_tuning.gauge_part;
     const int changes = rng_.below(rng_.below(wires_) + 1);  // few more often than many
-    const GateList found = operator_with_gauge(shortest(), changes, steps);
+    const GateList found = operator_of(
+        images_with_other_gauge(shortest(), code_.logical_qubits(), changes, rng_), steps);
     meter_.charge(steps);
     if (!meter_.ended()) offer(found);
   }
