@@ -72,8 +72,8 @@ INSTANCES = {
 
 # Arguments that work, by the name of the parameter: of every callable that has not its own below.
 VALUES = {
-    "a": 0, "angle": 0.5, "b": 1, "bits": [[0, 1]], "circuit": BELL, "columns": 2, "control": 0, "d": 3,
-    "count": 1, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
+    "a": 0, "angle": 0.5, "b": 1, "bits": [[0, 1]], "circuit": BELL, "columns": 2, "control": 0,
+    "count": 1, "d": 3, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
     "first_row": [2, 3], "gates": BELL.gates, "graph": [[0, 1], [1, 0]],
     "later": CliffordTableau(2), "layers": 1, "length": 3, "matrix": MATRIX, "n": 2,
     "name": "tokyo", "observables": ["ZZ"], "operator": BELL, "pauli": "XY",

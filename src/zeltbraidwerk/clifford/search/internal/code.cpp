@@ -21,21 +21,17 @@ int reduce_rows_of(BitMatrix& m) {
   return rank;
 }
 
-/// Rows of Paulis as bits_of, or their columns, in two halves that change places.
-BitMatrix exchanged_halves(const BitMatrix& m, bool rows) {
-  const BitMatrix turned = rows ? m.transposed() : m;
-  const int half = turned.cols() / 2;
-  BitMatrix result(turned.rows(), turned.cols());
-  for (int r = 0; r < turned.rows(); ++r) {
-    for (int c = 0; c < turned.cols(); ++c)
-      result.set(r, c, turned.get(r, (c + half) % (2 * half)));
-  }
-  return rows ? result.transposed() : result;
-}
-
 /// Whether row r of one matrix anticommutes with row s of another.
 BitMatrix anticommuting(const BitMatrix& a, const BitMatrix& b) {
-  return product(a, exchanged_halves(b, false).transposed());
+  const int n = b.cols() / 2;
+  BitMatrix exchanged(b.rows(), b.cols());  // X bits and Z bits
+  for (int r = 0; r < b.rows(); ++r) {
+    for (int q = 0; q < n; ++q) {
+      exchanged.set(r, q, b.get(r, n + q));
+      exchanged.set(r, n + q, b.get(r, q));
+    }
+  }
+  return product(a, exchanged.transposed());
 }
 
 void add(BitMatrix& to, const BitMatrix& m) {
@@ -92,9 +88,12 @@ PauliFrame images_as_given(const Code& code, const PauliFrame& images) {
   std::iota(rows.begin(), rows.end(), k);
   const BitMatrix stabilisers = bits_of(code.stabilisers);
   const BitMatrix logicals = bits_of(code.logicals);
+  std::vector<int> partners(static_cast<std::size_t>(2 * k));  // Z for X, and X for Z
+  for (int r = 0; r < 2 * k; ++r) partners[static_cast<std::size_t>(r)] = (r + k) % (2 * k);
   BitMatrix free = bits_of(images.select(rows));
   free = product(inverse(anticommuting(free, stabilisers)), free);
-  add(free, product(anticommuting(free, exchanged_halves(logicals, true)), logicals));
+  const BitMatrix odd = anticommuting(free, bits_of(code.logicals.select(partners)));
+  add(free, product(odd, logicals));
   BitMatrix among = anticommuting(free, free);
   for (int r = 0; r < n - k; ++r) {
     for (int s = r; s < n - k; ++s) among.set(r, s, false);

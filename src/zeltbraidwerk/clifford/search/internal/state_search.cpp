@@ -41,13 +41,9 @@ class CodeSearch : public SearchByBoth<GateList> {
     const Effort unlimited;
     Meter own(unlimited);
     take_apart(start_, 1, quick ? own : meter_);
+    // With more effort a greedy run that was cut would lead to other operators.
+    if (takes_operators() && (quick || !meter_.ended())) make_operators();
     take_apart(start_, state_tuning.first_width, meter_);
-    if (takes_operators()) {
-      const PauliFrame images =
-          images_with_other_gauge(shortest(), code_.logical_qubits(), 0, rng_);
-      offer(operator_of(images, 0));
-      offer(operator_of(images_as_given(code_, images), 0));
-    }
   }
 
   bool finished() const {
@@ -99,6 +95,11 @@ class CodeSearch : public SearchByBoth<GateList> {
   /// a single qubit takes no gates, so there a circuit before the encoder costs nothing.
   bool takes_operators() const { return !code_.any_logicals() && code_.logical_qubits() > 1; }
 
+  void make_operators() {
+    const PauliFrame images = images_with_other_gauge(shortest(), code_.logical_qubits(), 0, rng_);
+    offer(operator_of(images, 0));
+    offer(operator_of(images_as_given(code_, images), 0));
+  }
   /// Its shortest circuit after some steps, outputs anywhere.
   GateList operator_of(const PauliFrame& images, std::uint64_t steps) {
     Effort effort;
