@@ -146,6 +146,10 @@ MATRIX = np.array([
         ("numpy", lambda _: MATRIX.astype(bool).tolist()),
         ("stim", lambda stim: [stim.PauliString(each) for each in STRINGS]),
         ("qiskit.quantum_info", lambda info: [info.Pauli(each[:0:-1]) for each in STRINGS]),
+        (
+            "qiskit.quantum_info",
+            lambda info: info.PauliList([each[0] + each[:0:-1] for each in STRINGS]),
+        ),
         ("scipy.sparse", lambda sparse: sparse.csr_array(MATRIX)),
         ("galois", lambda galois: galois.GF2(MATRIX)),
     ],

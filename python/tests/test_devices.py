@@ -184,6 +184,11 @@ def test_error_rates_and_names_of_pytket():
     averaged = device(averaged_edge_gate_errors={(b, c): 0.1}, averaged_node_gate_errors={c: 0.5})
     assert (averaged.edge_errors, averaged.qubit_errors) == ({(1, 2): 0.1}, {2: 0.5})
     assert Device.of(architecture.FullyConnected(3)) == Device.all_to_all(3)
+    info = BackendInfo("", "", "", path, {OpType.CX}, averaged_node_gate_errors={b: 0.25})
+    backend = type("Backend", (), {"__module__": "pytket.backends", "backend_info": info})()
+    assert Device.of(backend) == Device.from_pytket(info) == Device(
+        3, [(0, 1), (1, 2)], qubit_errors={1: 0.25}
+    )  # fmt: skip
 
 
 def test_a_search_for_a_path_ends_in_its_time():

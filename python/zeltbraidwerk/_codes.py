@@ -73,8 +73,9 @@ def _planes(strings: Sequence[Signed]) -> _Planes:
 
 
 def _anticommuting(a: _Planes, b: _Planes) -> npt.NDArray[np.bool_]:
-    odd = a[0].astype(int) @ b[1].T.astype(int) + a[1].astype(int) @ b[0].T.astype(int)
-    return odd % 2 > 0
+    count = a[0].astype(int) @ b[1].T.astype(int) + a[1].astype(int) @ b[0].T.astype(int)
+    odd: npt.NDArray[np.bool_] = count % 2 > 0
+    return odd
 
 
 # --- stabilizers --------------------------------------------------------------------------------
@@ -120,8 +121,8 @@ def _as_pair(source: Any) -> tuple[Any, Any] | None:
 def _is_matrix(value: Any) -> bool:
     """Whether the value has rows of numbers, rather than strings or Paulis of other packages."""
     shape = getattr(value, "shape", None)
-    if isinstance(shape, tuple):
-        return len(shape) == 2
+    if isinstance(shape, tuple):  # a PauliList of Qiskit has one as well
+        return len(shape) == 2 and not _validate.comes_from(value, "qiskit")
     if not isinstance(value, (tuple, list)) or not value:
         return False
     row = value[0]
@@ -133,7 +134,7 @@ def _is_matrix(value: Any) -> bool:
 
 
 def _bits(value: Any, name: str) -> npt.NDArray[np.bool_]:
-    bits: npt.NDArray[np.bool_] = _validate.bits(_matrices.matrix_of(value, name), name)
+    bits = _validate.bits(_matrices.matrix_of(value, name), name)
     if bits.ndim != 2:
         raise errors.ShapeError(f"{name}: got shape {bits.shape}, wanted a matrix")
     return bits

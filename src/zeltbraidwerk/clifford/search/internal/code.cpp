@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/code.h"
 
 #include <algorithm>
+#include <bit>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -40,7 +41,65 @@ void add(BitMatrix& to, const BitMatrix& m) {
   }
 }
 
+/// Signed strings without their signs, row by row.
+class Rows {
+ public:
+  explicit Rows(const PauliFrame& strings)
+      : x_(strings.x_planes().transposed()), z_(strings.z_planes().transposed()) {}
+
+  /// How much heavier a row becomes when it is multiplied by another.
+  int gain(int from, int to) const {
+    int gain = 0;
+    for (int w = 0; w < x_.stride(); ++w) {
+      const Word x = x_.row(to)[w];
+      const Word z = z_.row(to)[w];
+      gain += std::popcount((x ^ x_.row(from)[w]) | (z ^ z_.row(from)[w])) - std::popcount(x | z);
+    }
+    return gain;
+  }
+  void multiply(int from, int to) {
+    x_.add_row(from, to);
+    z_.add_row(from, to);
+  }
+  PauliFrame frame() const {
+    PauliFrame result(x_.cols(), x_.rows());
+    for (int r = 0; r < x_.rows(); ++r) {
+      for (int q = 0; q < x_.cols(); ++q) {
+        result.set_letter(r, q, letter_of(x_.get(r, q), z_.get(r, q)));
+      }
+    }
+    return result;
+  }
+
+ private:
+  BitMatrix x_;
+  BitMatrix z_;
+};
+
 }  // namespace
+
+PauliFrame with_light_gauge(const PauliFrame& images, int logical_qubits) {
+  const int n = images.qubits();
+  Rows rows(images);
+  // Z on a zero controls X or Z on another input: two rows are multiplied by one each.
+  const auto try_control = [&](int zero, int letter, int partner) {
+    if (rows.gain(letter, zero) + rows.gain(n + zero, partner) >= 0) return false;
+    rows.multiply(letter, zero);
+    rows.multiply(n + zero, partner);
+    return true;
+  };
+  for (bool lighter = true; lighter;) {
+    lighter = false;
+    for (int zero = logical_qubits; zero < n; ++zero) {
+      for (int other = 0; other < n; ++other) {
+        if (other == zero) continue;
+        lighter |= try_control(zero, other, n + other);
+        lighter |= try_control(zero, n + other, other);
+      }
+    }
+  }
+  return rows.frame();
+}
 
 BitMatrix bits_of(const PauliFrame& strings) {
   const int n = strings.qubits();

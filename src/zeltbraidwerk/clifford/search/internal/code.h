@@ -37,4 +37,8 @@ WireGroups entangled_groups(const PauliFrame& stabilisers);
 /// qubits first.
 PauliFrame images_as_given(const Code& code, const PauliFrame& images);
 
+/// The images under another operator that encodes alike, with lighter rows: Z on a wire of zero
+/// controls X or Z on another one, before the operator, as long as that takes letters off.
+PauliFrame with_light_gauge(const PauliFrame& images, int logical_qubits);
+
 }  // namespace zelt::braidwerk::internal

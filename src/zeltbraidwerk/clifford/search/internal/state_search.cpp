@@ -98,7 +98,8 @@ class CodeSearch : public SearchByBoth<GateList> {
   void make_operators() {
     const PauliFrame images = images_with_other_gauge(shortest(), code_.logical_qubits(), 0, rng_);
     offer(operator_of(images, 0));
-    offer(operator_of(images_as_given(code_, images), 0));
+    const PauliFrame given = images_as_given(code_, images);
+    offer(operator_of(with_light_gauge(given, code_.logical_qubits()), 0));
   }
   /// Its shortest circuit after some steps, outputs anywhere.
   GateList operator_of(const PauliFrame& images, std::uint64_t steps) {
