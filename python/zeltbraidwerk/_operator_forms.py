@@ -2,12 +2,11 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable
 from typing import Any
 
 from zeltbraidwerk import _rotations
 from zeltbraidwerk._tableau import CliffordTableau
-from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.circuits import READ_PACKAGES, Circuit, CnotCircuit
 
 
 def images_of_zeros(state: Any) -> list[Any] | None:
@@ -30,15 +29,12 @@ def tableau_of(value: Any) -> CliffordTableau | None:
     package, _, kind = _rotations._kind(value).partition(".")
     if package == "pytket" and kind == "UnitaryTableau":
         value, kind = value.to_circuit(), "Circuit"
-    if package in _CIRCUITS and kind in ("Circuit", "QuantumCircuit"):
-        value = _CIRCUITS[package](value)
+    if package in READ_PACKAGES and kind in _CIRCUITS:
+        value = Circuit.of(value)
     if isinstance(value, (Circuit, CnotCircuit)):
         return CliffordTableau.from_circuit(value)
     return value if isinstance(value, CliffordTableau) else None
 
 
-_CIRCUITS: dict[str, Callable[[Any], Circuit]] = {
-    "stim": Circuit.from_stim,
-    "qiskit": Circuit.from_qiskit,
-    "pytket": Circuit.from_pytket,
-}
+# What the packages call their circuits.
+_CIRCUITS = ("Circuit", "FrozenCircuit", "QuantumCircuit", "QuantumScript", "QuantumTape")

@@ -11,9 +11,12 @@ from examples import failures
 
 ROOT = Path(__file__).parents[2]
 NEEDED = {
+    "cirq": ("cirq",),
     "codes": ("stim",),
+    "pennylane": ("pennylane",),
     "python": ("galois", "networkx", "qiskit", "scipy"),
     "pytket": ("pytket",),
+    "pyzx": ("pyzx",),
     "qiskit": ("qiskit",),
 }
 PAGES = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
