@@ -15,6 +15,7 @@ namespace zelt::braidwerk::python {
 using internal::PauliFrame;
 using nb::literals::operator""_a;
 using synthesis::CliffordOptions;
+using synthesis::EncoderOptions;
 using synthesis::GraphStateOptions;
 using synthesis::StateOptions;
 using synthesis::SynthesisResult;
@@ -61,6 +62,21 @@ void bind_clifford_synthesize(nb::module_& m) {
         }));
       },
       "letters"_a, "minus"_a, "options"_a);
+  m.def(
+      "_synthesize_encoder",
+      [](const Letters& letters, const std::vector<bool>& minus, const Letters& logicals,
+         const std::vector<bool>& logicals_minus, const CommonOptions& common) {
+        const internal::Code code{to_frame(letters, minus), to_frame(logicals, logicals_minus)};
+        auto result = synthesized(common, EncoderOptions{}, [&](const EncoderOptions& options) {
+          return internal::synthesize_encoder(code, options);
+        });
+        Operations operations = to_operations(result.gates);
+        std::vector<int> wires = std::move(result.logical_wires);
+        return std::tuple<SynthesisResult, Operations, std::vector<int>>(
+            std::move(result), std::move(operations), std::move(wires));
+      },
+      "letters"_a, "minus"_a, "logicals"_a, "logicals_minus"_a, "options"_a,
+      "Logicals are images of X, then of Z, on all logical qubits, or none.");
   m.def(
       "_synthesize_graph_state",
       [](const ArrayLike& graph, const CommonOptions& common, std::optional<int> tries) {

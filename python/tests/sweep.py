@@ -22,6 +22,7 @@ import stim
 from support import same_up_to_phase, unitary
 from sweep_draws import Draw
 from sweep_oracles import (
+    assert_encoder,
     assert_map,
     assert_operator,
     assert_report,
@@ -202,6 +203,26 @@ def state(draw, n):
     return Case(zb.clifford.synthesize_state, given, options, check)
 
 
+def encoder(draw, n):
+    operator = draw.clifford(max(n, 1))
+    k = draw.randrange(max(n, 1))
+    xs, zs = images(operator)
+    logicals = draw.choice((None, (xs[:k], zs[:k])))
+    code = draw.generators(zs[k:])
+    options = draw.options(None)
+    del options["method"]
+
+    def check(result):
+        assert_report(result, len(xs), None)
+        wanted = [code, *(logicals or result.logicals)]
+        assert_encoder(result.circuit, result.logical_wires, wanted)
+
+    return Case(
+        lambda given, **own: zb.clifford.synthesize_encoder(given, logicals, **own),
+        code, options, check,
+    )  # fmt: skip
+
+
 def stabilisers(graph):
     return [
         "".join("XY"[x] if a == b else "IZ"[x] for b, x in enumerate(row))
@@ -253,7 +274,7 @@ def routing(draw, n):
 
 FAMILIES = {
     family.__name__: family
-    for family in (linear, phase, pauli, clifford, state, graph_state, routing)
+    for family in (linear, phase, pauli, clifford, state, encoder, graph_state, routing)
 }
 
 

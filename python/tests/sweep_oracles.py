@@ -133,6 +133,21 @@ def assert_state(circuit, stabilisers):
         assert set(str(inverse(stim.PauliString(text)))) <= set("+_Z"), text
 
 
+def assert_encoder(circuit, wires, stabilisers_and_logicals):
+    """That X and Z on the wires, and zeros on all others, come out as the code wants it."""
+    operator, rotations = unfolded(circuit)
+    assert not rotations
+    inverse = operator.inverse()
+    for letter, strings in zip("_XZ", stabilisers_and_logicals, strict=True):
+        for k, text in enumerate(strings):
+            found = str(inverse(stim.PauliString(text)))
+            sign, before = found[0], found[1:]
+            assert sign == "+", text
+            wanted = [letter if j == k else "_" for j in range(len(wires))]
+            assert [before[wire] for wire in wires] == wanted, text
+            assert {before[q] for q in range(circuit.n) if q not in wires} <= set("_Z"), text
+
+
 def spread(bits, wires):
     return sum(1 << wire for k, wire in enumerate(wires) if bits >> k & 1)
 

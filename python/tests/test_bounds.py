@@ -19,6 +19,7 @@ def nothing_to_do():
     yield zb.clifford.synthesize, identity, {}
     yield zb.clifford.synthesize, identity, {"device": zb.Device.line(5)}
     yield zb.clifford.synthesize_state, ["ZII", "IXI", "-IIZ"], {}
+    yield zb.clifford.synthesize_encoder, ["ZII", "-IIX"], {}
     yield zb.graph_state.synthesize, np.zeros((9, 9), dtype=bool), {}
     yield zb.phase.synthesize, {"1000": 0.5, "0010": "a"}, {}
     yield zb.phase.synthesize, {"1000": 0.5}, {"device": zb.Device.line(4)}
@@ -30,7 +31,7 @@ def nothing_to_do():
 @pytest.mark.parametrize("method", ["auto", "search"])
 def test_where_there_is_nothing_to_do_it_is_done_at_once(method, objective):
     for synthesize, given, options in nothing_to_do():
-        if synthesize is not zb.clifford.synthesize_state:
+        if synthesize not in (zb.clifford.synthesize_state, zb.clifford.synthesize_encoder):
             options = {**options, "method": method}
         found = [
             synthesize(given, seed=1, objective=objective, restarts=1000, steps=ENDLESS,

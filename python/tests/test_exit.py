@@ -31,6 +31,7 @@ kept = [
     graph_state.synthesize(gallery.random_graph(6), method="search", **options),
     clifford.synthesize(gallery.random_clifford(6, 1)[0], **options),
     clifford.synthesize_state(["XZI", "ZXZ", "-IZX"], **options),
+    clifford.synthesize_encoder(["XZZXI", "IXZZX", "XIXZZ", "ZXIXZ"], **options),
     pauli.synthesize(rotations, **options),
     routing.route(circuit, device, lookahead=1),
     routing.route_ions(circuit),

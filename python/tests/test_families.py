@@ -13,6 +13,7 @@ GRID = zb.Device.grid(3, 4)
 MATRIX = gallery.random_invertible(12, 1)[0]
 PARITIES = dict.fromkeys(gallery.random_parities(12, 40, 1)[0], 0.1)
 OPERATOR = gallery.random_clifford(12, 1)[0]
+CODE, LOGICALS = OPERATOR.images()[1][3:], tuple(side[:3] for side in OPERATOR.images())
 STRINGS = [(string, 0.1) for string in gallery.random_paulis(6, 30)]
 GRAPH = gallery.random_graph(20, 3)
 DRAWN = np.random.default_rng(1).permutation(6 * list(GRID.edges)).tolist()
@@ -30,6 +31,10 @@ FAMILIES = {
     "clifford, device": lambda **options: zb.clifford.synthesize(OPERATOR, device=GRID, **options),
     "state": lambda method, **options: zb.clifford.synthesize_state(
         zb.graph_state.synthesize(GRAPH, method="naive").stabilizers, **options
+    ),
+    "encoder": lambda method, **options: zb.clifford.synthesize_encoder(CODE, **options),
+    "encoder, logicals": lambda method, **options: zb.clifford.synthesize_encoder(
+        CODE, LOGICALS, **options
     ),
     "graph_state": lambda **options: zb.graph_state.synthesize(GRAPH, **options),
     "pauli, any order": lambda **options: zb.pauli.synthesize(

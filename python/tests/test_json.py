@@ -37,6 +37,7 @@ RESULTS = [
     lambda: zb.pauli.codiagonalize(["XX", "-ZZ"]),
     lambda: zb.clifford.synthesize(CLIFFORD, seed=3),
     lambda: zb.clifford.synthesize_state(["XXX", "ZZI", "-IZZ"], seed=1),
+    lambda: zb.clifford.synthesize_encoder(["XXXX", "-ZZZZ"], seed=1),
     lambda: zb.graph_state.synthesize(np.ones((5, 5), int) - np.eye(5, dtype=int), seed=1),
     lambda: zb.routing.route(TEXT, Device.line(3), tail="return"),
     lambda: zb.routing.route_ions(TEXT),

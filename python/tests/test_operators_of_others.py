@@ -55,6 +55,19 @@ def test_matrices_of_other_packages(tket, stim, pyzx, cirq, qml, galois):
     assert is_map(galois.GF(2)(MAP))
 
 
+def test_matrices_of_galois():
+    galois = pytest.importorskip("galois")
+    assert is_map(galois.GF2(MAP))
+    parities = galois.GF2([[1, 1, 0], [0, 1, 1]])
+    result = zb.phase.synthesize((parities, [0.5, 0.25]), seed=1)
+    assert [parity for parity, _ in result.terms] == [0b011, 0b110]
+    path = galois.GF2([[0, 1, 0], [1, 0, 1], [0, 1, 0]])
+    assert zb.Device.of(path) == zb.Device.line(3)
+    assert zb.graph_state.synthesize(path, seed=1).count == 2
+    with pytest.raises(errors.EntryError, match="matrix: got the entry 2"):
+        zb.linear.synthesize(galois.GF(3)([[2, 0], [0, 1]]))
+
+
 def test_sparse_matrices():
     sparse = pytest.importorskip("scipy.sparse")
     assert is_map(sparse.csr_matrix(np.array(MAP)))

@@ -69,6 +69,25 @@ clifford.synthesize_state(['XA', 'ZZ']) -> PauliError: letters I, X, Y, Z
 clifford.synthesize_state('XX') -> DtypeError: state: got 'XX', wanted Pauli strings
 clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wanted a Clifford gate
 
+# codes
+clifford.synthesize_encoder([]) -> ShapeError: stabilizers: got none
+clifford.synthesize_encoder('XX') -> DtypeError: stabilizers: got 'XX', wanted Pauli strings in a list, a check matrix
+clifford.synthesize_encoder(['XXI', 'XX']) -> PauliError: stabilizers: got 2 letters, wanted 3
+clifford.synthesize_encoder(['XXI', 'IZZ']) -> PauliError: stabilizers: got XXI and IZZ, which do not commute
+clifford.synthesize_encoder(['XX', '-XX']) -> PauliError: stabilizers: got XX, which is a product
+clifford.synthesize_encoder(['X', 'X']) -> PauliError: stabilizers: got X, which is a product
+clifford.synthesize_encoder([[1, 1, 0]]) -> ShapeError: got a check matrix of shape \(1, 3\), wanted 2n columns
+clifford.synthesize_encoder([[1, 3]]) -> EntryError: stabilizers: got the entry 3, wanted 0 and 1 alone
+clifford.synthesize_encoder(([[1, 1]], [[1, 1, 0]])) -> ShapeError: H_X of 2 columns and H_Z of 3
+clifford.synthesize_encoder(([[1, 1, 0]], [[0, 1, 1]])) -> PauliError: stabilizers: got XXI and IZZ
+clifford.synthesize_encoder(['ZZI'], ['X', 'Z', 'Y']) -> DtypeError: logicals: got .*, wanted a pair of lists
+clifford.synthesize_encoder(['ZZI'], (['XXI'], ['ZII'])) -> ShapeError: logicals: got 1 for X and 1 for Z, wanted 2
+clifford.synthesize_encoder(['ZZ'], (['XI'], ['ZI'])) -> PauliError: logicals: got XI, which does not commute with the stabilizer ZZ
+clifford.synthesize_encoder(['ZZ'], (['XX'], ['ZZ'])) -> PauliError: got XX for X on logical qubit 0 and ZZ for Z on logical qubit 0, which commute
+clifford.synthesize_encoder(['ZZI'], (['XXI', 'IIX'], ['IIZ', 'ZII'])) -> PauliError: got XXI for X on logical qubit 0 and IIZ for Z on logical qubit 0, which commute
+clifford.synthesize_encoder(['ZZ'], (['XXX'], ['ZII'])) -> PauliError: logicals: got 3 letters, wanted 2
+clifford.synthesize_encoder(['ZZ'], ([[1, 1, 1]], [[1, 0, 0]])) -> ShapeError: logicals: got a matrix of 3 columns, wanted 2, or 4
+
 # linear
 linear.synthesize([[1.0, 0.0], [0.0, 1.0]]) -> DtypeError: matrix: got entries of type float64
 linear.synthesize([[2, 1], [1, 1]]) -> EntryError: matrix: got the entry 2
@@ -92,6 +111,19 @@ linear.synthesize(EYE, method='syndrome', width=300, lookahead=4) -> TooLargeErr
 Device(2, [(0, 2)]) -> QubitError: edges: got qubit 2, wanted 0 to 1
 Device(2, [(1, 1)]) -> QubitError: edges: got control and target both 1
 Device(-1, []) -> OptionError: n: got -1
+Device(2, [(0, 1)], labels=['a']) -> ShapeError: labels: got 1, wanted 2
+Device(2, [(0, 1)], labels=['a', 'a']) -> DeviceError: labels: got 'a' twice
+Device(2, [(0, 1)], labels=[[], {}]) -> DtypeError: labels: got .* keys of a dict
+Device(2, [(0, 1)], edge_errors={(0, 1): 1.5}) -> DeviceError: edge_errors: got the error rate 1.5 for \(0, 1\), wanted a rate from 0 to 1
+Device(2, [(0, 1)], edge_errors={(0, 1): math.nan}) -> DeviceError: edge_errors: got the error rate nan
+Device(2, [(0, 1)], edge_errors={(0, 1): 'low'}) -> DtypeError: edge_errors: got 'low', wanted a rate
+Device(2, [(0, 1)], edge_errors=[0.1]) -> DtypeError: edge_errors: got \[0.1\], wanted a mapping
+Device(3, [(0, 1)], edge_errors={(0, 2): 0.1}) -> DeviceError: edge_errors: got \(0, 2\), wanted an edge of the device
+Device(2, [(0, 1)], edge_errors={(0, 1): 0.1, (1, 0): 0.2}) -> DeviceError: got 0.1 and 0.2 for the edge \(0, 1\)
+Device(2, [(0, 1)], qubit_errors={2: 0.1}) -> QubitError: qubit_errors: got qubit 2, wanted 0 to 1
+Device(2, [(0, 1)], qubit_errors=[0.1]) -> ShapeError: qubit_errors: got 1, wanted 2
+Device(2, [(0, 1)], qubit_errors=[-0.1, 0]) -> DeviceError: qubit_errors: got the error rate -0.1 for 0
+Device(2, [(0, 1)]).qubit('a') -> DeviceError: label: got 'a', wanted one of the labels of Device\(2 qubits
 Device.grid(0, 3) -> OptionError: rows: got 0
 Device.named('moon') -> DeviceError: got 'moon', wanted one of qx5
 Device.of(7) -> DeviceError: device: got 7, wanted a Device

@@ -25,6 +25,7 @@ FILES = {
     "ph.txt": "110 0.5\n011 pi/4\n",
     "cl.txt": "IX\nXI\nIZ\n-ZI\n",
     "s.txt": "XXX\nZZI\n-IZZ\n",
+    "code.txt": "XZZXI\nIXZZX\nXIXZZ\nZXIXZ\n",
     "g.txt": "0 1\n1-2\n0,2\n",
     "gm.txt": "011\n101\n110\n",
     "edges.txt": "0 1\n1 2\n2 3\n",
@@ -68,6 +69,7 @@ def shell(tmp_path, monkeypatch, capsys):
         ("clifford cl.txt --permutation free", "CliffordSynthesis", 0),
         ("clifford cnots.qasm", "CliffordSynthesis", 2),
         ("state s.txt --steps 100", "StateSynthesis", 2),
+        ("encoder code.txt", "EncoderSynthesis", 6),
         ("graph-state g.txt --method naive", "GraphStateSynthesis", 3),
         ("graph-state gm.txt --method naive", "GraphStateSynthesis", 3),
         ("route c.qasm --device edges.txt --tail return", "Routing", None),
@@ -107,6 +109,8 @@ def test_comments_tell_places(shell):
     assert circuit == result.circuit.to_circuit()
     places = re.search(r"inputs are on qubits ([\d ]+)", out)[1].split()
     assert tuple(map(int, places)) == result.placement
+    logical = re.search(r"logical qubits come in on qubits (\d)", shell("encoder code.txt")[1])[1]
+    assert logical in "01234"
     assert "a tail is left over" in shell("phase ph.txt --tail return --quiet")[1]
 
 

@@ -18,6 +18,7 @@ FAMILIES = {
     "phase": lambda **options: zb.phase.synthesize({"11": 0.5}, **options),
     "clifford": lambda **options: zb.clifford.synthesize((["X"], ["Z"]), **options),
     "state": lambda **options: zb.clifford.synthesize_state(["XX", "ZZ"], **options),
+    "encoder": lambda **options: zb.clifford.synthesize_encoder(["XX"], **options),
     "graph_state": lambda **options: zb.graph_state.synthesize([[0, 1], [1, 0]], **options),
     "pauli": lambda **options: zb.pauli.synthesize({"XX": 0.5}, **options),
     "optimize": lambda **options: zb.optimize("qreg q[2]; cx q[0],q[1];", **options),

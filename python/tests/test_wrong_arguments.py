@@ -61,6 +61,7 @@ INSTANCES = {
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),
     "CliffordSynthesis": lambda: zb.clifford.synthesize(BELL, **QUICK),
     "StateSynthesis": lambda: zb.clifford.synthesize_state(["XX", "ZZ"], steps=0),
+    "EncoderSynthesis": lambda: zb.clifford.synthesize_encoder(["XX"], steps=0),
     "GraphStateSynthesis": lambda: zb.graph_state.synthesize([[0, 1], [1, 0]], **QUICK),
     "PauliSynthesis": lambda: zb.pauli.synthesize({"XX": 0.5}, **QUICK),
     "CoDiagonalization": lambda: zb.pauli.codiagonalize(["XX", "ZZ"]),
@@ -73,12 +74,12 @@ INSTANCES = {
 VALUES = {
     "a": 0, "angle": 0.5, "b": 1, "basis": "cz", "bits": [[0, 1]], "circuit": BELL, "columns": 2,
     "control": 0,
-    "count": 1, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
+    "count": 1, "d": 3, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
     "first_row": [2, 3], "gates": BELL.gates, "graph": [[0, 1], [1, 0]],
     "later": CliffordTableau(2), "layers": 1, "length": 3, "matrix": MATRIX, "n": 2,
     "name": "tokyo", "observables": ["ZZ"], "operator": BELL, "pauli": "XY",
     "polynomial": {"11": 0.5}, "qubit": 0, "qubits": [1, 0], "rotations": {"XX": 0.5}, "rows": 2,
-    "shape": [2, 2], "state": ["XX", "ZZ"], "strings": ["XX", "ZZ"],
+    "shape": [2, 2], "stabilizers": ["XX"], "state": ["XX", "ZZ"], "strings": ["XX", "ZZ"],
     "tableau": core.OperatorTableau(2), "target": 1, "terms": 1, "text": CNOTS.to_qasm(),
     "value": 0.5,
 }  # fmt: skip
@@ -87,6 +88,10 @@ VALUES = {
 # all whose name ends so. What reads objects of other packages takes one argument alone, and needs
 # none that works.
 ARGUMENTS = {
+    "Device": [
+        {"labels": ["a", "b"], "edge_errors": {(0, 1): 0.1}, "qubit_errors": [0.1, None]},
+    ],
+    "Device.qubit": [{"label": 0}],
     "from_cirq": [], "from_networkx": [], "from_pennylane": [], "from_pytket": [], "from_pyzx": [],
     "from_qiskit": [], "from_rustworkx": [], "from_stim": [], "from_json": [], "from_qasm3": [],
     "best_over_time": [],
@@ -99,6 +104,7 @@ ARGUMENTS = {
     "pauli.synthesize": [QUICK],
     "phase.synthesize": [QUICK],
     "phase.polynomial_of": [{"circuit": CNOTS.to_circuit()}],
+    "synthesize_encoder": [{"steps": 0}, {"steps": 0, "logicals": (["XI"], ["ZZ"])}],
     "synthesize_state": [{"steps": 0}],
     "CnotCircuit": [{"gates": [(0, 1)]}],
     "CnotCircuit.from_core": [{"circuit": core.CnotCircuit(2)}],

@@ -6,6 +6,7 @@ What you have, and what makes a short circuit of it:
     an invertible matrix over GF(2)   zb.linear.synthesize(matrix)
     a Clifford operator               zb.clifford.synthesize(tableau)
     a stabilizer state                zb.clifford.synthesize_state(stabilizers)
+    generators of a stabilizer code   zb.clifford.synthesize_encoder(stabilizers)
     a graph                           zb.graph_state.synthesize(graph)
     parities with angles              zb.phase.synthesize(polynomial)
     Pauli rotations                   zb.pauli.synthesize(rotations)

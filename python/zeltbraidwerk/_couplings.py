@@ -1,8 +1,9 @@
-"""Graphs of other packages, and objects that have one, as a number of qubits and pairs of them."""
+"""Graphs of other packages, matrices and edges, as a number of qubits and pairs of them."""
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
+from collections.abc import Hashable, Iterable, Mapping, Sequence
+from dataclasses import dataclass
 from typing import Any
 
 import numpy as np
@@ -10,7 +11,17 @@ import numpy as np
 from zeltbraidwerk import _validate, errors
 
 Graph = tuple[list[Any], list[tuple[Any, Any]]]  # nodes, and edges between them
-Couplings = tuple[int, list[tuple[int, int]]]  # number of qubits, and pairs of them
+
+
+@dataclass(frozen=True)
+class Coupling:
+    """What a device is made of: the number of its qubits, pairs of them, and what else is known."""
+
+    n: int
+    edges: list[tuple[int, int]]
+    labels: Sequence[Hashable] | None = None
+    edge_errors: Mapping[tuple[int, int], float] | None = None
+    qubit_errors: Mapping[int, float] | None = None
 
 
 def is_graph(value: Any) -> bool:
@@ -54,45 +65,30 @@ def _integers(nodes: Iterable[Any]) -> bool:
 # --- devices ------------------------------------------------------------------------------------
 
 
-def of_graph(value: Any, name: str) -> Couplings:
+def of_graph(value: Any, name: str) -> Coupling:
     """Integer nodes from 0 on, and indices of rustworkx, are the numbers of the qubits; missing
-    numbers are qubits without an edge. Other nodes are numbered."""
+    numbers are qubits without an edge. Other nodes are numbered, and become labels."""
     nodes, edges = graph(value, name)
-    kept = _validate.comes_from(value, "rustworkx") or (
-        _integers(nodes) and min(nodes, default=0) == 0
-    )
+    is_indexed = _validate.comes_from(value, "rustworkx")
+    kept = is_indexed or (_integers(nodes) and min(nodes, default=0) == 0)
     place = {node: int(node) for node in nodes} if kept else numbered(nodes)
     loop = next((a for a, b in edges if a == b), None)
     if loop is not None:
         raise errors.GraphError(f"{name}: got an edge from {loop!r} to itself, wanted none")
     most = _validate.integer(max(place.values(), default=-1), name, -1, 2**31 - 2)
-    return 1 + most, [(place[a], place[b]) for a, b in edges]
+    labels = _data_of_nodes(value, 1 + most) if is_indexed else None if kept else list(place)
+    if labels is not None and _integers(labels):
+        labels = list(map(int, labels))
+    return Coupling(1 + most, [(place[a], place[b]) for a, b in edges], labels)
 
 
-def of_qiskit(value: Any, name: str) -> Couplings:
-    """Of a coupling map, or of a backend or target that has one."""
-    found: Any = None
-    if _validate.comes_from(value, "qiskit"):
-        found = getattr(value, "coupling_map", None)
-        if found is None and hasattr(value, "build_coupling_map"):
-            found = value.build_coupling_map()
-        found = value if found is None else found
-    if not hasattr(found, "get_edges"):
-        raise errors.DeviceError(
-            f"{name}: got {_validate.shown(value)}, wanted a coupling map of Qiskit, or a backend "
-            "or target that has one"
-        )
-    return found.size(), [(a, b) for a, b in found.get_edges()]
-
-
-def of_pytket(value: Any, name: str) -> Couplings:
-    """Of an architecture, whose nodes are numbered in their order."""
-    if not (_validate.comes_from(value, "pytket") and hasattr(value, "coupling")):
-        raise errors.DeviceError(
-            f"{name}: got {_validate.shown(value)}, wanted an architecture of pytket"
-        )
-    place = {node: k for k, node in enumerate(value.nodes)}
-    return len(place), [(place[a], place[b]) for a, b in value.coupling]
+def _data_of_nodes(value: Any, n: int) -> list[Any] | None:
+    """What a graph of rustworkx has for its nodes, where it tells them apart."""
+    data = list(value.nodes())
+    try:
+        return data if len(set(data)) == len(data) == n else None
+    except TypeError:
+        return None
 
 
 def is_adjacency(value: Any) -> bool:
@@ -103,7 +99,7 @@ def is_adjacency(value: Any) -> bool:
     return isinstance(shape, tuple) and len(shape) == 2 and shape[0] == shape[1] != 2
 
 
-def of_adjacency(value: Any, name: str) -> Couplings:
+def of_adjacency(value: Any, name: str) -> Coupling:
     """Of a symmetric matrix with 1 where there is an edge."""
     found = _validate.bit_matrix(value.toarray() if hasattr(value, "toarray") else value, name)
     if (found != found.T).any() or found.diagonal().any():
@@ -111,10 +107,10 @@ def of_adjacency(value: Any, name: str) -> Couplings:
             f"{name}: got an adjacency matrix that is not symmetric or has edges from a qubit to "
             "itself, wanted a symmetric one with zeros on its diagonal"
         )
-    return len(found), [(int(a), int(b)) for a, b in np.argwhere(np.triu(found))]
+    return Coupling(len(found), [(int(a), int(b)) for a, b in np.argwhere(np.triu(found))])
 
 
-def of_edges(value: Any, name: str) -> Couplings:
+def of_edges(value: Any, name: str) -> Coupling:
     """Of pairs, with the qubits 0 to the greatest number in them."""
     pairs = _validate.pairs(list(value) if isinstance(value, (set, frozenset)) else value, name)
     least = int(pairs.min(initial=2**31 - 1))
@@ -123,4 +119,4 @@ def of_edges(value: Any, name: str) -> Couplings:
             f"{name}: got {least} as the least qubit, wanted qubits from 0 up; where those below "
             f"{least} have no edge, say how many there are: Device(n, edges)"
         )
-    return 1 + int(pairs.max(initial=-1)), pairs.tolist()
+    return Coupling(1 + int(pairs.max(initial=-1)), pairs.tolist())

@@ -2,12 +2,15 @@
 
 from __future__ import annotations
 
+import html
 from collections.abc import Mapping, Sequence
+from typing import Any
 
 import numpy as np
 import numpy.typing as npt
 
 STEP, MARGIN, RADIUS = 56, 28, 13  # of the SVG, in its units
+LONGEST = 3  # characters in a circle
 _STYLE = (
     "<style>.e{stroke:#b4bdca;stroke-width:2}.x{stroke:#c0392b;stroke-width:2;stroke-dasharray:4}"
     ".u{stroke:#1f5fbf}.q{fill:#eaf1fb;stroke:#1f5fbf;stroke-width:1.5}"
@@ -15,9 +18,12 @@ _STYLE = (
 )
 
 
-def svg(n: int, edges: Sequence[tuple[int, int]], used: Mapping[tuple[int, int], int]) -> str:
+def svg(device: Any, used: Mapping[tuple[int, int], int]) -> str:
     """``used`` counts gates by edge; edges with more gates are wider. Pairs that are no edge are
-    dashed red."""
+    dashed red. Labels that are too long for their circle, and rates, are shown where the pointer
+    is."""
+    n, edges, labels = device.n, device.edges, device.labels
+    edge_errors, qubit_errors = device.edge_errors or {}, device.qubit_errors or {}
     places = _layout(n, edges) * STEP + MARGIN
     width, height = (places.max(axis=0) + MARGIN) if n else (2 * MARGIN, 2 * MARGIN)
     most = max(used.values(), default=1)
@@ -25,21 +31,34 @@ def svg(n: int, edges: Sequence[tuple[int, int]], used: Mapping[tuple[int, int],
     for a, b in sorted({*edges, *used}):
         ends = "x1='{:.1f}' y1='{:.1f}' x2='{:.1f}' y2='{:.1f}'".format(*places[a], *places[b])
         if (a, b) not in edges:
-            parts.append(f"<line class='x' {ends}><title>{used[a, b]}, no edge</title></line>")
+            parts.append(f"<line class='x' {ends}>{_title(used[a, b], 'no edge')}</line>")
         elif (a, b) in used:
             wide = 3 + 6 * used[a, b] / most
-            title = f"<title>{used[a, b]}</title>"
+            title = _title(used[a, b], _error(edge_errors.get((a, b))))
             parts.append(f"<line class='u' stroke-width='{wide:.1f}' {ends}>{title}</line>")
         else:
-            parts.append(f"<line class='e' {ends}/>")
+            title = _title(_error(edge_errors.get((a, b))))
+            parts.append(f"<line class='e' {ends}>{title}</line>")
     for qubit, (x, y) in enumerate(places):
-        parts.append(f"<circle class='q' cx='{x:.1f}' cy='{y:.1f}' r='{RADIUS}'/>")
-        parts.append(f"<text x='{x:.1f}' y='{y + 4:.1f}'>{qubit}</text>")
+        label, error = str(labels[qubit]), _error(qubit_errors.get(qubit))
+        title = _title(label if label != str(qubit) else "", error)
+        shown = label if len(label) <= LONGEST else str(qubit)
+        parts.append(f"<circle class='q' cx='{x:.1f}' cy='{y:.1f}' r='{RADIUS}'>{title}</circle>")
+        parts.append(f"<text x='{x:.1f}' y='{y + 4:.1f}'>{html.escape(shown)}{title}</text>")
     return (
         f"<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {width:.0f} {height:.0f}' "
         f"width='{width:.0f}' height='{height:.0f}'>{_STYLE}"
         f"<rect width='{width:.0f}' height='{height:.0f}' fill='#fff'/>{''.join(parts)}</svg>"
     )
+
+
+def _title(*parts: object) -> str:
+    text = ", ".join(str(part) for part in parts if part != "")
+    return f"<title>{html.escape(text)}</title>" if text else ""
+
+
+def _error(rate: float | None) -> str:
+    return "" if rate is None else f"error {rate:.2g}"
 
 
 def _layout(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]:

@@ -9,12 +9,21 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _calls, _core, _pauli_check, _rotations, _search, _validate, errors
+from zeltbraidwerk import (
+    _calls,
+    _core,
+    _operator_forms,
+    _pauli_check,
+    _rotations,
+    _search,
+    _validate,
+    errors,
+)
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Permutation, Result, spread
-from zeltbraidwerk._tableau import CliffordTableau, Image, check_images
-from zeltbraidwerk.circuits import READ_PACKAGES, Circuit, CnotCircuit
+from zeltbraidwerk._tableau import Image, check_images
+from zeltbraidwerk.circuits import Circuit
 
 __all__ = ["CliffordSynthesis", "methods", "synthesize"]
 
@@ -139,7 +148,7 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
     if package == "qiskit" and kind == "Clifford":
         xs, zs = (operator.to_labels(mode=mode) for mode in "DS")
         return [label[0] + label[:0:-1] for label in xs], [label[0] + label[:0:-1] for label in zs]
-    tableau = tableau_of(operator)
+    tableau = _operator_forms.tableau_of(operator)
     if tableau is not None:
         return tableau.images()
     wanted = "a tableau or circuit of Clifford gates, or lists of the images of X and of Z"
@@ -147,19 +156,3 @@ def _images(operator: Any) -> tuple[Sequence[Any], Sequence[Any]]:
         xs, zs = (_validate.items(images, "operator", wanted) for images in operator)
         return xs, zs
     raise errors.DtypeError(f"operator: got {type(operator).__name__}, wanted {wanted}")
-
-
-def tableau_of(value: Any) -> CliffordTableau | None:
-    """Of a tableau of this package or pytket, and of circuits; None for everything else."""
-    package, _, kind = _rotations._kind(value).partition(".")
-    if package == "pytket" and kind == "UnitaryTableau":
-        value, kind = value.to_circuit(), "Circuit"
-    if package in READ_PACKAGES and kind in _CIRCUITS:
-        value = Circuit.of(value)
-    if isinstance(value, (Circuit, CnotCircuit)):
-        return CliffordTableau.from_circuit(value)
-    return value if isinstance(value, CliffordTableau) else None
-
-
-# What the packages call their circuits.
-_CIRCUITS = ("Circuit", "FrozenCircuit", "QuantumCircuit", "QuantumScript", "QuantumTape")

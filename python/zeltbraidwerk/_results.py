@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from abc import abstractmethod
-from collections.abc import Iterable, Sequence
+from collections.abc import Hashable, Iterable, Sequence
 from dataclasses import dataclass, field
 from typing import Any, Literal, Self
 
@@ -72,6 +72,15 @@ class Result(_json.Stored):
     def depth(self) -> int:
         """Number of layers of two-qubit gates; gates on one qubit take no time."""
         return self.circuit.two_qubit_depth
+
+    @property
+    def placement_labels(self) -> tuple[Hashable, ...]:
+        """Wire k is on the qubit that the device calls ``placement_labels[k]``: a node of the graph
+        that the device came from, or its number."""
+        if self.device is None:
+            return self.placement
+        labels = self.device.labels
+        return tuple(labels[qubit] for qubit in self.placement)
 
     @abstractmethod
     def verify(self) -> bool:

@@ -91,6 +91,12 @@ COMMANDS = {
         "one stabilizer per line, as in +XXX; or a Clifford circuit", "stabilizers.txt",
         ("state stabilizers.txt -o circuit.qasm",),
     ),
+    "encoder": Command(
+        "a circuit that encodes into a stabilizer code",
+        clifford.synthesize_encoder, _shell_input.code,
+        "one stabilizer per line, as in +XZZXI, fewer than there are qubits", "code.txt",
+        ("encoder code.txt -o encoder.qasm --seed 1", "encoder code.txt --objective depth"),
+    ),
     "graph-state": Command(
         "a circuit that prepares a graph state",
         graph_state.synthesize, _shell_input.graph,

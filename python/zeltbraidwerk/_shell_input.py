@@ -153,6 +153,13 @@ def state(path: str) -> Any:
         return _texts.strings(text) if found is None else found
 
 
+def code(path: str) -> Any:
+    """Of one stabilizer on each line."""
+    text = text_of(path)
+    with located(path):
+        return _texts.strings(text)
+
+
 def graph(path: str) -> Any:
     """Of edges, or of an adjacency matrix."""
     text = text_of(path)

@@ -86,6 +86,9 @@ def _qasm(result: Result) -> str:
         notes.append(f"inputs are on qubits {' '.join(map(str, result.placement))}")
     if outputs != list(range(result.n)):
         notes.append(f"outputs are on qubits {' '.join(map(str, outputs))}")
+    logical = getattr(result, "logical_wires", None)
+    if logical is not None:
+        notes.append(f"logical qubits come in on qubits {' '.join(map(str, logical))}, 0 on others")
     if _is_open(result):
         notes.append("a tail is left over; JSON holds it")
     lines = "".join(f"// {note}\n" for note in notes)

@@ -9,16 +9,23 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _calls, _core, _pauli_check, _renamed, _rotations, _search, errors
+from zeltbraidwerk import (
+    _calls,
+    _codes,
+    _core,
+    _operator_forms,
+    _pauli_check,
+    _renamed,
+    _rotations,
+    _search,
+    errors,
+)
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._operators import tableau_of
 from zeltbraidwerk._results import Objective, Result
 from zeltbraidwerk.circuits import Circuit
 
 __all__ = ["StateSynthesis", "synthesize_state"]
-
-_Stabilizer = tuple[bool, str]  # true for minus
 
 _FAMILY = Family(_core._state_methods)
 
@@ -99,52 +106,14 @@ def prepares(circuit: Circuit, stabilizers: Sequence[str]) -> bool:
 # --- states of other forms ----------------------------------------------------------------------
 
 
-def read(state: Any) -> list[_Stabilizer]:
+def read(state: Any) -> list[_codes.Signed]:
     """The stabilizers of a state, checked."""
-    images = _of_operator(state)
+    images = _operator_forms.images_of_zeros(state)
     stabilizers = _rotations.read_strings(state if images is None else images, "state")
     n = len(stabilizers[0][1]) if stabilizers else 0
     if len(stabilizers) != n:
         raise errors.ShapeError(
             f"state: got {len(stabilizers)} stabilizers of {n} letters, wanted {n}"
         )
-    _check(stabilizers)
+    _codes.check_stabilizers(stabilizers, "state")
     return stabilizers
-
-
-def _of_operator(state: Any) -> list[Any] | None:
-    """The images of Z under a tableau or a circuit; None for what is neither."""
-    package, _, kind = _rotations._kind(state).partition(".")
-    if package == "qiskit" and kind == "StabilizerState":
-        state, kind = state.clifford, "Clifford"
-    if package == "qiskit" and kind == "Clifford":
-        return [label[0] + label[:0:-1] for label in state.to_labels(mode="S")]
-    if package == "stim" and kind == "Tableau":
-        return [state.z_output(q) for q in range(len(state))]
-    if package == "stim" and kind == "TableauSimulator":
-        return list(state.canonical_stabilizers())
-    tableau = tableau_of(state)
-    return None if tableau is None else list(tableau.images()[1])
-
-
-def _check(stabilizers: Sequence[_Stabilizer]) -> None:
-    """Refuses strings that do not commute and those that are products of others."""
-    n = len(stabilizers)
-    words = np.array([list(letters) for _, letters in stabilizers], dtype="U1").reshape(n, n)
-    has_x, has_z = np.isin(words, ("X", "Y")), np.isin(words, ("Z", "Y"))
-    odd = (has_x.astype(int) @ has_z.T.astype(int) + has_z.astype(int) @ has_x.T.astype(int)) % 2
-    if odd.any():
-        i, j = np.argwhere(odd)[0]
-        raise errors.PauliError(
-            f"state: got {stabilizers[i][1]} and {stabilizers[j][1]}, which do not commute"
-        )
-    reduced: dict[int, int] = {}  # by highest bit
-    for (_, letters), x, z in zip(stabilizers, has_x, has_z, strict=True):
-        row = int.from_bytes(np.packbits(np.concatenate([x, z])).tobytes(), "big")
-        while row and row.bit_length() in reduced:
-            row ^= reduced[row.bit_length()]
-        if not row:
-            raise errors.PauliError(
-                f"state: got {letters}, which is a product of the strings before it"
-            )
-        reduced[row.bit_length()] = row

@@ -1,4 +1,4 @@
-"""Clifford operators as tableaus, and circuits for them and for stabilizer states.
+"""Clifford operators as tableaus, and circuits for them, for stabilizer states and for codes.
 
 >>> import zeltbraidwerk as zb
 >>> swap = ["IX", "XI"], ["IZ", "ZI"]  # the images of X and of Z
@@ -6,6 +6,7 @@
 (3, 0)
 """
 
+from zeltbraidwerk._encoders import EncoderSynthesis, synthesize_encoder
 from zeltbraidwerk._operators import CliffordSynthesis, methods, synthesize
 from zeltbraidwerk._states import StateSynthesis, synthesize_state
 from zeltbraidwerk._tableau import CliffordTableau
@@ -13,8 +14,10 @@ from zeltbraidwerk._tableau import CliffordTableau
 __all__ = [
     "CliffordSynthesis",
     "CliffordTableau",
+    "EncoderSynthesis",
     "StateSynthesis",
     "methods",
     "synthesize",
+    "synthesize_encoder",
     "synthesize_state",
 ]

@@ -1,4 +1,4 @@
-"""Inputs worth synthesising: matrices, Pauli rotations, graphs and circuits, each from its
+"""Inputs worth synthesising: matrices, Pauli rotations, graphs, codes and circuits, each from its
 definition.
 
 Matrices are linear layers of ciphers, and random ones. All are square numpy arrays of bool in the
@@ -26,6 +26,7 @@ from zeltbraidwerk._gallery_circuits import (
     qaoa,
     qft,
 )
+from zeltbraidwerk._gallery_codes import stabilizer_codes, surface_code
 from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, seeded
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -53,6 +54,8 @@ __all__ = [
     "random_parities",
     "random_paulis",
     "rank",
+    "stabilizer_codes",
+    "surface_code",
     "uccsd",
 ]
 

@@ -5,6 +5,7 @@
 
 #include "zeltbraidwerk/circuit/optimize.h"
 #include "zeltbraidwerk/clifford/clifford_circuit.h"
+#include "zeltbraidwerk/clifford/encoder.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
 #include "zeltbraidwerk/foundations/random.h"

@@ -80,6 +80,20 @@ Run run_state(const PauliFrame& images) {
   };
 }
 
+/// Of a code with k logical qubits: with its logical operators, or any.
+Run run_encoder(const PauliFrame& images, int k, bool any_logicals) {
+  const int n = images.rows() / 2;
+  std::vector<int> zeros(static_cast<std::size_t>(n - k));
+  std::iota(zeros.begin(), zeros.end(), n + k);
+  std::vector<int> logicals;
+  for (int q = 0; q < (any_logicals ? 0 : 2 * k); ++q) logicals.push_back(q < k ? q : n + q - k);
+  const Code code{images.select(zeros), images.select(logicals)};
+  return [code](const Task& task, const Effort& effort) {
+    const auto found = search_encoder(code, task, effort);
+    return Outcome{found.size, Digest().add(found.gates)};
+  };
+}
+
 Run run_parities(const BitMatrix& parities) {
   return [parities](const Task& task, const Effort& effort) {
     structures::CnotCircuit circuit(parities.rows());
@@ -157,6 +171,10 @@ std::vector<Search> searches(const BitGraph& grid) {
   add(all, "operator", 20'000, run_operator(images), closed, &grid);
   const PauliFrame wide = pulled_back(random_gates(18, 400, nullptr, true, rng), 400, 18);
   add(all, "state", 4000, run_state(wide), placed, nullptr);
+  for (const int k : {1, 6}) {
+    add(all, "encoder", 3000, run_encoder(wide, k, true), placed, nullptr);
+    add(all, "encoder with logicals", 3000, run_encoder(wide, k, false), placed, nullptr);
+  }
   const BitMatrix parities = BitMatrix::pack(support::random_matrix(9, 35, rng), 9, 35);
   add(all, "parities", 20'000, run_parities(parities), any, &grid);
   for (const bool in_order : {false, true}) {
@@ -190,6 +208,7 @@ std::vector<Search> small_searches(unsigned seed, const BitGraph& line) {
   add(all, "map", steps, run_map(m), closed, &line);
   add(all, "operator", steps, run_operator(images), closed, &line);
   add(all, "state", steps, run_state(images), placed, nullptr);
+  add(all, "encoder", steps, run_encoder(images, n / 2, true), placed, nullptr);
   add(all, "parities", steps, run_parities(parities), closed, &line);
   add(all, "rotations", steps, run_rotations(strings, n, true), placed, &line);
   add(all, "rotations", steps, run_rotations(strings, n, false), open, &line);

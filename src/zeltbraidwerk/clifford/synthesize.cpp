@@ -46,6 +46,11 @@ std::uint64_t usual_state_steps(int n) {
 
 }  // namespace
 
+std::optional<std::uint64_t> steps_for_state(int n, const SynthesisOptions& options) {
+  if (options.steps || options.budget) return options.steps;
+  return usual_state_steps(n);
+}
+
 synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                               const synthesis::CliffordOptions& options) {
   check_operator_options(options);
@@ -105,8 +110,7 @@ void check_state_options(const SynthesisOptions& options) {
 
 Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& options,
                        RunControl& control) {
-  std::optional<std::uint64_t> steps = options.steps;
-  if (!steps && !options.budget) steps = usual_state_steps(stabilisers.qubits());
+  const std::optional<std::uint64_t> steps = steps_for_state(stabilisers.qubits(), options);
   return {.method = "search",
           .runs = runs_of_search(options),
           .make =

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
+#include "zeltbraidwerk/clifford/encoder.h"
+#include "zeltbraidwerk/clifford/search/internal/code.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/runs.h"
@@ -19,6 +24,13 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
 /// the lane.
 Lane state_search_lane(const PauliFrame& stabilisers, const synthesis::SynthesisOptions& options,
                        RunControl& control);
+
+/// synthesize_encoder for a code with signs.
+synthesis::EncoderResult synthesize_encoder(const Code& code,
+                                            const synthesis::EncoderOptions& options);
+
+/// The steps of a run of a search for a state or a code on n qubits.
+std::optional<std::uint64_t> steps_for_state(int n, const synthesis::SynthesisOptions& options);
 
 /// Throws std::invalid_argument for a device, and for outputs that are not in place.
 void check_state_options(const synthesis::SynthesisOptions& options);

@@ -11,9 +11,9 @@ constexpr std::size_t index(int k) {
 
 }  // namespace
 
-LightBasis::LightBasis(int generators, std::size_t capacity)
-    : generators_(generators),
-      words_(index(words_for(generators))),
+LightBasis::LightBasis(int generators, int qubits, std::size_t capacity)
+    : qubits_(qubits),
+      words_(index(words_for(qubits))),
       parts_(words_ * capacity),
       generates_(capacity) {
   for (std::size_t k = 0; k < index(generators); ++k) {
@@ -26,7 +26,7 @@ LightBasis::LightBasis(int generators, std::size_t capacity)
 /// By weight, the generators that are heavier.
 const std::vector<Word>& LightBasis::heavier_than(const std::vector<Word>& weights) const {
   static thread_local std::vector<Word> heavier;
-  const std::size_t above = index(generators_) + 2;
+  const std::size_t above = index(qubits_) + 2;
   heavier.assign(words_ * above, 0);
   for (std::size_t k = 0; k < elements_.size(); ++k) {
     heavier[weights[elements_[k]] * words_ + k / word_bits] |= Word{1} << (k % word_bits);

@@ -18,8 +18,9 @@ class LightBasis {
   static constexpr Word no_element = ~Word{0};  ///< the weight of a place without one
 
   LightBasis() = default;
-  /// The first elements generate the group.
-  LightBasis(int generators, std::size_t capacity);
+  /// The first elements generate the group. No element has more than `qubits` letters, and there
+  /// are no more generators than that.
+  LightBasis(int generators, int qubits, std::size_t capacity);
 
   std::size_t element(int k) const { return elements_[static_cast<std::size_t>(k)]; }
   bool generates(std::size_t e) const { return generates_[e] != 0; }
@@ -39,7 +40,7 @@ class LightBasis {
                             const std::vector<Word>& heavier) const;
   void exchange(std::size_t e, int k);
 
-  int generators_ = 0;
+  int qubits_ = 0;
   std::size_t words_ = 0;
   std::vector<Word> parts_;              // by element: the generators it is the product of
   std::vector<std::uint16_t> elements_;  // by generator

@@ -174,14 +174,6 @@ class CliffordSearch : public SearchBase<GateList> {
   bool nothing_left_ = false;
 };
 
-GateList searched(const PauliFrame& images, const Task& task, const Effort& effort) {
-  if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
-  if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
-  CliffordSearch search(images, task, effort);
-  run_search(search);
-  return search.incumbent().circuit();
-}
-
 }  // namespace
 
 bool are_images_of_operator(const PauliFrame& images) {
@@ -194,8 +186,16 @@ bool are_images_of_operator(const PauliFrame& images) {
   return true;
 }
 
+GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort) {
+  if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
+  if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
+  CliffordSearch search(images, task, effort);
+  run_search(search);
+  return search.incumbent().circuit();
+}
+
 PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
-  return to_circuit(searched(images, task, effort), images);
+  return to_circuit(clifford_list(images, task, effort), images);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -21,4 +21,7 @@ bool are_images_of_operator(const PauliFrame& images);
 /// windows 32 MB, once, and with outputs in place 12 MB more.
 PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
 
+/// The same as a list of gates, signs left out.
+GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort);
+
 }  // namespace zelt::braidwerk::internal

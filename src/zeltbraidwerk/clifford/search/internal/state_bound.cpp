@@ -22,12 +22,12 @@ int weight(SmallString string) {
 }
 
 /// The least d for which the products of at most 2^d letters make up all.
-int layers_of_products(const std::vector<SmallString>& generators) {
-  const auto n = static_cast<int>(generators.size());
+int layers_of_products(const std::vector<SmallString>& generators, int n) {
+  const auto rows = static_cast<int>(generators.size());
   std::array<int, most_listed + 1> rank{};  // of the products of at most that number of letters
   std::array<std::vector<SmallString>, most_listed + 1> by_weight;
   SmallString product = 0;
-  for (unsigned k = 1; k < 1U << n; ++k) {  // in Gray code, one more factor or one less
+  for (unsigned k = 1; k < 1U << rows; ++k) {  // in Gray code, one more factor or one less
     product ^= generators[static_cast<std::size_t>(std::countr_zero(k))];
     by_weight[static_cast<std::size_t>(weight(product))].push_back(product);
   }
@@ -35,7 +35,7 @@ int layers_of_products(const std::vector<SmallString>& generators) {
   int found = 0;
   for (int w = 1; w <= n; ++w) {
     for (SmallString string : by_weight[static_cast<std::size_t>(w)]) {
-      if (found == n) break;
+      if (found == rows) break;
       while (string != 0) {
         SmallString& entry = basis[static_cast<std::size_t>(std::bit_width(string) - 1)];
         if (entry == 0) {
@@ -49,7 +49,8 @@ int layers_of_products(const std::vector<SmallString>& generators) {
     rank[static_cast<std::size_t>(w)] = found;
   }
   int layers = 0;
-  while (rank[static_cast<std::size_t>(std::min(n, 1 << layers))] < n && 1 << layers < n) ++layers;
+  while (rank[static_cast<std::size_t>(std::min(n, 1 << layers))] < rows && 1 << layers < n)
+    ++layers;
   return layers;
 }
 
@@ -63,7 +64,7 @@ LowerBound bound_of_state(const PauliFrame& stabilisers, int joins, int largest_
   bound.depth = std::max(largest_group > 2 ? 2 : 1, layers_to_hold(joins, n));
   if (n <= most_listed) {
     std::vector<SmallString> generators;
-    for (int r = 0; r < n; ++r) {
+    for (int r = 0; r < stabilisers.rows(); ++r) {
       SmallString string = 0;
       for (int q = 0; q < n; ++q) {
         string |= SmallString{stabilisers.x_planes().get(q, r)} << q;
@@ -71,7 +72,7 @@ LowerBound bound_of_state(const PauliFrame& stabilisers, int joins, int largest_
       }
       generators.push_back(string);
     }
-    bound.depth = std::max(bound.depth, layers_of_products(generators));
+    bound.depth = std::max(bound.depth, layers_of_products(generators, n));
   }
   return bound;
 }

@@ -5,8 +5,8 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What every circuit takes that makes a state of zeros, counted in CNOTs; `joins` are the gates
-/// that it takes to join the qubits that are entangled, s - 1 for s of them.
+/// What every circuit takes that makes a state of zeros, or encodes into a code, counted in CNOTs;
+/// `joins` are the gates that it takes to join the qubits that are entangled, s - 1 for s of them.
 ///
 /// Layers. One layer joins pairs alone, and a layer has at most n / 2 gates. After d layers the
 /// stabilisers have a basis of strings on at most 2^d qubits each, the images of Z; where the ones

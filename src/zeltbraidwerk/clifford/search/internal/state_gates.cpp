@@ -15,7 +15,7 @@ void StateGates::fill(const StateGroup& group) {
   }
   pairs_.assign(qubits_.size() * (qubits_.size() + 1) / 2, {});
   single_.assign(qubits_.size(), {});
-  for (int k = 0; k < n; ++k) {
+  for (int k = 0; k < group.generators(); ++k) {
     if (group.weight(k) < 2) continue;
     const double worth = weight_worth(static_cast<std::size_t>(group.weight(k)));
     letters_.clear();

@@ -30,16 +30,17 @@ Scratch& scratch() {
 
 StateGroup::StateGroup(const PauliFrame& generators)
     : n_(generators.qubits()),
+      generators_(generators.rows()),
       words_(words_for(n_)),
       capacity_(index(words_for(spare * n_) * word_bits)),
       x_(index(words_) * capacity_),
       z_(index(words_) * capacity_),
       weights_(capacity_, no_element),
       labels_(index(n_)),
-      basis_(n_, capacity_) {
+      basis_(generators_, n_, capacity_) {
   const BitMatrix x = generators.x_planes().transposed();
   const BitMatrix z = generators.z_planes().transposed();
-  for (int r = 0; r < n_; ++r) {
+  for (int r = 0; r < generators_; ++r) {
     for (int w = 0; w < words_; ++w) {
       x_[at(w, index(r))] = x.row(r)[w];
       z_[at(w, index(r))] = z.row(r)[w];
@@ -70,7 +71,7 @@ StateGroup::Outlook StateGroup::outlook_after(Gate gate) const {
     basis = &scratch().basis;
   }
   Outlook outlook{0, 0};
-  for (int k = 0; k < n_; ++k) {
+  for (int k = 0; k < generators_; ++k) {
     outlook.worth += weight_worth(weights[basis->element(k)]);
     outlook.hash += hash_after(gate, basis->element(k));
   }
@@ -120,7 +121,7 @@ void StateGroup::settle() {
     basis_.make_least(weights_);
   } while (strip_finished());
   left_ = 0;
-  for (int k = 0; k < n_; ++k) left_ += weight(k) > 1 ? 1 : 0;
+  for (int k = 0; k < generators_; ++k) left_ += weight(k) > 1 ? 1 : 0;
   find_place();
 }
 
@@ -128,7 +129,7 @@ void StateGroup::settle() {
 /// which is the same one.
 bool StateGroup::strip_finished() {
   bool stripped = false;
-  for (int k = 0; k < n_; ++k) {
+  for (int k = 0; k < generators_; ++k) {
     if (weight(k) != 1) continue;
     int qubit = 0;
     int label = 0;
@@ -194,7 +195,7 @@ void StateGroup::lighten(int rounds, Rng& rng) {
   const int length = 3 * words_;
   rows.assign(index(left_ * length), 0);
   int count = 0;
-  for (int k = 0; k < n_; ++k) {
+  for (int k = 0; k < generators_; ++k) {
     if (weight(k) <= 1) continue;
     Word* row = rows.data() + count++ * length;
     for (int w = 0; w < words_; ++w) {

@@ -20,8 +20,8 @@ inline double weight_worth(std::size_t weight) {
   return std::bit_cast<double>((1023 - std::min<std::uint64_t>(weight, 1022)) << 52);
 }
 
-/// The stabilisers of a state without their signs: generators of least weight among all products
-/// found so far, and a pool of other light products, which a gate may make lighter.
+/// The stabilisers of a state or a code without their signs: generators of least weight among all
+/// products found so far, and a pool of other light products, which a gate may make lighter.
 ///
 /// Products are found in information sets (E. Prange, "The use of information sets in decoding
 /// cyclic codes", IRE Transactions on Information Theory 8 (1962) 5): generators that are made to
@@ -29,10 +29,12 @@ inline double weight_worth(std::size_t weight) {
 class StateGroup {
  public:
   StateGroup() = default;
-  /// Of independent strings that commute, one per qubit. Signs are not looked at.
+  /// Of independent strings that commute: one per qubit for a state, fewer for a code. Signs are
+  /// not looked at.
   explicit StateGroup(const PauliFrame& generators);
 
   int qubits() const { return n_; }
+  int generators() const { return generators_; }
   int left() const { return left_; }  ///< generators of more than one letter
   int label(int q) const { return labels_[static_cast<std::size_t>(q)]; }  ///< 0: not alone yet
 
@@ -72,6 +74,7 @@ class StateGroup {
   void find_place();
 
   int n_ = 0;
+  int generators_ = 0;
   int words_ = 0;             // of a string
   std::size_t capacity_ = 0;  // elements, places without one included
   int left_ = 0;

@@ -2,30 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
-
-#include "zeltbraidwerk/clifford/internal/elimination.h"
-#include "zeltbraidwerk/clifford/search/internal/circuit.h"
+#include <utility>
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// Multiplies every string by the gate's that anticommutes with it.
-void apply_unsigned(PauliFrame& frame, const Gate& gate) {
-  const auto mask = [](bool set) { return set ? ~Word{0} : Word{0}; };
-  for (int w = 0; w < frame.words(); ++w) {
-    Word odd = 0;
-    for (const End end : {gate.a, gate.b}) {
-      const int q = wire_of(end);
-      odd ^= (frame.x(q)[w] & mask((label_of(end) & label_z) != 0)) ^
-             (frame.z(q)[w] & mask((label_of(end) & label_x) != 0));
-    }
-    for (const End end : {gate.a, gate.b}) {
-      const int q = wire_of(end);
-      if ((label_of(end) & label_x) != 0) frame.x(q)[w] ^= odd;
-      if ((label_of(end) & label_z) != 0) frame.z(q)[w] ^= odd;
-    }
-  }
-}
 
 /// The generators of a state, made by row operations such that on every qubit one of two letters,
 /// X or else Z, is found in a generator of its own, and the other one in what are its neighbours.
@@ -73,6 +53,28 @@ struct GraphForm {
   }
 };
 
+/// The same list with each wire renamed.
+GateList renamed(GateList list, const std::vector<int>& names) {
+  const auto name = [&](End end) {
+    return end_of(names[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  };
+  for (Gate& gate : list.gates) gate = {name(gate.a), name(gate.b)};
+  list.frame = list.frame.renamed(name);
+  return list;
+}
+
+/// Wires on which no generator is left come before the others.
+GateList with_logical_inputs_first(GateList list, const StateGroup& group) {
+  const int n = list.wires();
+  std::vector<int> names(static_cast<std::size_t>(n));
+  int logical = 0;
+  int zero = n - group.generators();
+  for (int wire = 0; wire < n; ++wire) {
+    names[static_cast<std::size_t>(wire)] = group.label(wire) == 0 ? logical++ : zero++;
+  }
+  return renamed(std::move(list), names);
+}
+
 }  // namespace
 
 GateList by_graph(const PauliFrame& stabilisers) {
@@ -109,15 +111,7 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group) {
   for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
     list.gates.push_back({list.frame[gate->a], list.frame[gate->b]});
   }
-  return list;
-}
-
-PauliFrame stabilisers_after(const GateList& list, int count) {
-  const int n = list.wires();
-  PauliFrame frame(n, n);
-  for (int q = 0; q < n; ++q) frame.set_letter(q, q, 3);
-  for (int k = 0; k < count; ++k) apply_unsigned(frame, list.gates[static_cast<std::size_t>(k)]);
-  return frame;
+  return with_logical_inputs_first(std::move(list), group);
 }
 
 GateList continued(GateList begin, const GateList& list, int count) {
@@ -130,31 +124,11 @@ GateList continued(GateList begin, const GateList& list, int count) {
 }
 
 GateList in_place(GateList list) {
-  const WireFrame frame = list.frame;
-  const auto renamed = [&](End end) {
-    return end_of(wire_of(frame[end_of(wire_of(end), label_x)]), label_of(end));
-  };
-  for (Gate& gate : list.gates) gate = {renamed(gate.a), renamed(gate.b)};
-  list.frame = frame.renamed(renamed);
-  return list;
-}
-
-std::vector<structures::Gate> preparation(const GateList& list, const PauliFrame& stabilisers) {
-  const int n = list.wires();
-  const std::vector<structures::Gate> gates = emitted(list).gates;
-  // Back to where the zeros come in, every stabiliser is a product of Z. X on a qubit turns the
-  // sign of those with Z there.
-  PauliFrame before = stabilisers;
-  for (const structures::Gate& gate : inverted(gates)) before.apply(gate);
-  const BitMatrix solution = inverse(before.z_planes().transposed());
-  std::vector<structures::Gate> circuit;
-  for (int q = 0; q < n; ++q) {
-    Word odd = 0;
-    for (int w = 0; w < before.words(); ++w) odd ^= solution.row(q)[w] & before.signs()[w];
-    if ((std::popcount(odd) & 1) != 0) circuit.emplace_back("X", std::vector<int>{q});
+  std::vector<int> places(static_cast<std::size_t>(list.wires()));
+  for (int wire = 0; wire < list.wires(); ++wire) {
+    places[static_cast<std::size_t>(wire)] = wire_of(list.frame[end_of(wire, label_x)]);
   }
-  circuit.insert(circuit.end(), gates.begin(), gates.end());
-  return circuit;
+  return renamed(std::move(list), places);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -8,8 +8,9 @@
 namespace zelt::braidwerk::internal {
 
 /// \file
-/// Gates that turn zeros into a state, and what they are apart from signs: after the gates, label
-/// frame[end] of the state is found on `end`.
+/// Gates that turn zeros into a state, or encode into a code, and what they are apart from signs:
+/// after the gates, label frame[end] of the state or code is found on `end`. The k logical qubits
+/// of a code come in on wires 0 to k-1, zeros on the others.
 
 /// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
 /// are its own.
@@ -19,18 +20,11 @@ GateList by_graph(const PauliFrame& stabilisers);
 /// qubit.
 GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 
-/// The stabilisers, without signs, of what the first `count` gates make of zeros.
-PauliFrame stabilisers_after(const GateList& list, int count);
-
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others after it.
 GateList continued(GateList begin, const GateList& list, int count);
 
-/// The same list with its wires renamed so that each qubit of the state comes out on its own: the
-/// zeros that come in do not tell them apart.
+/// The same list with its wires renamed so that each qubit of the state or code comes out on its
+/// own. Logical qubits then come in anywhere.
 GateList in_place(GateList list);
-
-/// The circuit of a list of a state in place, of CNOTs and gates on one qubit, with X gates first
-/// that give the stabilisers their signs.
-std::vector<structures::Gate> preparation(const GateList& list, const PauliFrame& stabilisers);
 
 }  // namespace zelt::braidwerk::internal

@@ -7,51 +7,89 @@ namespace {
 
 constexpr WindowRows every_row = 0x0101010101010101;
 
-/// The rows after Z on wire q controlling `pauli`, which has no letter there: what has X on q is
-/// multiplied by it, what anticommutes with it by Z on q.
-constexpr WindowRows rows_after_control(int q, unsigned pauli, WindowRows rows) {
-  const WindowRows has_x = rows >> (2 * q) & every_row;
+constexpr unsigned pauli_on(int q, unsigned label) {
+  return label << (2 * q);
+}
+
+/// By row, in its lowest bit: whether it anticommutes with a Pauli operator.
+constexpr WindowRows anticommuting(unsigned pauli, WindowRows rows) {
   const unsigned swapped = (pauli & 0x55U) << 1 | (pauli & 0xaaU) >> 1;
   WindowRows odd = rows & (every_row * swapped);
   odd ^= odd >> 4;
   odd ^= odd >> 2;
   odd ^= odd >> 1;
-  return rows ^ has_x * pauli ^ (odd & every_row) << (2 * q + 1);
+  return odd & every_row;
 }
 
-/// Of the operators that are the same where wire q comes in as zero, a random one of those with the
-/// fewest gates.
+/// The rows after one Pauli operator controls another, which has letters on other wires alone: what
+/// anticommutes with either is multiplied by the other.
+constexpr WindowRows rows_after_control(unsigned control, unsigned pauli, WindowRows rows) {
+  return rows ^ anticommuting(control, rows) * pauli ^ anticommuting(pauli, rows) * control;
+}
+
+/// The bits of a number, put where `mask` has ones.
+constexpr unsigned deposited(unsigned bits, unsigned mask) {
+  unsigned result = 0;
+  for (; mask != 0; mask &= mask - 1, bits >>= 1) {
+    if ((bits & 1) != 0) result |= mask & -mask;
+  }
+  return result;
+}
+
+/// Of the operators after `control` controls any operator within `mask`, a random one of those with
+/// the fewest gates.
 template <int wires>
-WindowRows with_fresh(int q, WindowRows rows, Rng& rng) {
+WindowRows best_after_control(unsigned control, unsigned mask, WindowRows rows, Rng& rng) {
   const auto& table = OperatorTable<wires>::shared();
-  constexpr unsigned paulis = 1U << (2 * (wires - 1));
-  const unsigned low = (1U << (2 * q)) - 1;
-  const auto turn = static_cast<unsigned>(rng.below(paulis));
+  const unsigned turn = deposited(static_cast<unsigned>(rng.below(1 << std::popcount(mask))), mask);
   WindowRows best = rows;
   int least = 1 << 8;
-  for (unsigned k = 0; k < paulis; ++k) {
-    const unsigned others = k ^ turn;
-    const WindowRows same = rows_after_control(q, (others & low) | (others & ~low) << 2, rows);
+  unsigned k = 0;
+  do {
+    const WindowRows same = rows_after_control(control, k ^ turn, rows);
     const int distance = table.find(same).distance;
     if (distance < least) {
       least = distance;
       best = same;
     }
-  }
+    k = (k - mask) & mask;
+  } while (k != 0);
   return best;
 }
 
+}  // namespace
+
+unsigned StateRewriter::logical_places(const Window& window) const {
+  unsigned places = 0;
+  for (int q = 0; q < window.size; ++q) {
+    if (window.wires[static_cast<std::size_t>(q)] < logical_) places |= 1U << q;
+  }
+  return places;
+}
+
 template <int wires>
-bool rewrite_on(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) {
+bool StateRewriter::rewrite_on(const Window& window, float uphill, Rng& rng,
+                               Rewrite& rewrite) const {
   WindowRows rows = rows_of(window.gates, wires);
-  if (window.from_start != 0) {
-    const auto fresh = random_move(window.from_start, rng);
-    rows = with_fresh<wires>(static_cast<int>(fresh), rows, rng);
+  const unsigned logical = window.from_start & logical_places(window);
+  const unsigned fresh = any_logicals_ ? window.from_start : window.from_start & ~logical;
+  if (fresh != 0) {
+    const auto q = static_cast<int>(random_move(fresh, rng));
+    const unsigned others = ((1U << (2 * wires)) - 1) & ~pauli_on(q, 3);
+    if ((logical >> q & 1) == 0) {
+      rows = best_after_control<wires>(pauli_on(q, label_z), others, rows, rng);
+    } else {
+      // A zero must stay one: it takes part by its Z.
+      unsigned free = 0;
+      for (int other = 0; other < wires; ++other) {
+        if ((fresh >> other & 1) != 0) free |= pauli_on(other, logical >> other & 1 ? 3 : label_z);
+      }
+      const auto label = static_cast<unsigned>(rng.below(3)) + 1;
+      rows = best_after_control<wires>(pauli_on(q, label), free & others, rows, rng);
+    }
   }
   return rewrite_rows<wires>(rows, static_cast<int>(window.gates.size()), uphill, rng, rewrite);
 }
-
-}  // namespace
 
 bool StateRewriter::rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) const {
   switch (window.size) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
@@ -10,28 +11,21 @@
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
-#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// What the gates of a list join, and so what is entangled where the list is that of a graph.
-WireGroups joined_by(const GateList& list) {
-  WireGroups groups(list.wires());
-  for (const Gate& gate : list.gates) groups.join(wire_of(gate.a), wire_of(gate.b));
-  return groups;
-}
-
-/// Beams from the state take it apart gate by gate; walks and new beginnings of the circuit in
-/// turns make what they find shorter.
-class StateSearch : public SearchByBoth<GateList> {
+/// Beams from the state or code take it apart gate by gate; walks and new beginnings of the circuit
+/// in turns make what they find shorter. Where logical operators are wanted, a circuit for them is
+/// put before what takes the code apart, and whole operators that have them are searched too.
+class CodeSearch : public SearchByBoth<GateList> {
  public:
-  StateSearch(const PauliFrame& stabilisers, const Task& task, const Effort& effort)
-      : SearchByBoth(task, effort), wires_(stabilisers.qubits()), start_(stabilisers) {
-    const GateList by_edges = by_graph(stabilisers);
-    const WireGroups entangled = joined_by(by_edges);
-    meter_.prove(bound_of_state(stabilisers, entangled.joins(), entangled.largest()));
-    offer(by_edges);
+  CodeSearch(const Code& code, const Task& task, const Effort& effort)
+      : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
+    const WireGroups entangled = entangled_groups(code.stabilisers);
+    meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
+    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers)
+                                     : wanted(eliminated_code(start_), code.logicals));
   }
 
   static Schedule schedule() { return state_tuning.walk; }
@@ -47,6 +41,8 @@ class StateSearch : public SearchByBoth<GateList> {
     const Effort unlimited;
     Meter own(unlimited);
     take_apart(start_, 1, quick ? own : meter_);
+    // With more effort a greedy run that was cut would lead to other operators.
+    if (takes_operators() && (quick || !meter_.ended())) make_operators();
     take_apart(start_, state_tuning.first_width, meter_);
   }
 
@@ -56,7 +52,8 @@ class StateSearch : public SearchByBoth<GateList> {
   }
 
   void round(const Round& round) {
-    const StateRewriter rewriter(window_wires(round.number));
+    if (takes_operators()) change_gauge(round);
+    const StateRewriter rewriter(window_wires(round.number), code_);
     walk(rewriter, round.steps);
     if (task_.by_depth()) {
       anneal_depth(round.number % 2 == 0 ? shortest() : shallowest(), rewriter,
@@ -86,7 +83,40 @@ class StateSearch : public SearchByBoth<GateList> {
     }
   }
   void take_apart(const StateGroup& group, int width, Meter& meter) {
-    search_from(group, width, meter, [this](const GateList& list) { offer(list); });
+    search_from(group, width, meter,
+                [this](GateList list) { offer(wanted(std::move(list), code_.logicals)); });
+  }
+
+  GateList wanted(GateList encoder, const PauliFrame& logicals) {
+    return logicals.rows() == 0 ? encoder : with_logicals(encoder, logicals, rng_);
+  }
+
+  /// Whether an encoder is searched as one of the operators that have the logical operators: one on
+  /// a single qubit takes no gates, so there a circuit before the encoder costs nothing.
+  bool takes_operators() const { return !code_.any_logicals() && code_.logical_qubits() > 1; }
+
+  void make_operators() {
+    const PauliFrame images = images_with_other_gauge(shortest(), code_.logical_qubits(), 0, rng_);
+    offer(operator_of(images, 0));
+    const PauliFrame given = images_as_given(code_, images);
+    offer(operator_of(with_light_gauge(given, code_.logical_qubits()), 0));
+  }
+  /// Its shortest circuit after some steps, outputs anywhere.
+  GateList operator_of(const PauliFrame& images, std::uint64_t steps) {
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = steps;
+    const Task task{
+        .objective = task_.objective, .outputs = Outputs::anywhere, .seed = rng_.next()};
+    return clifford_list(images, task, effort);
+  }
+  void change_gauge(const Round& round) {
+    const std::uint64_t steps = round.steps / state_tuning.gauge_part;
+    const int changes = rng_.below(rng_.below(wires_) + 1);  // few more often than many
+    const GateList found = operator_of(
+        images_with_other_gauge(shortest(), code_.logical_qubits(), changes, rng_), steps);
+    meter_.charge(steps);
+    if (!meter_.ended()) offer(found);
   }
 
   void walk(StateRewriter rewriter, std::uint64_t steps) {
@@ -101,12 +131,15 @@ class StateSearch : public SearchByBoth<GateList> {
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
+    if (code_.logicals.rows() > 2 * clifford_tuning.table_wires) return;
     GateList now = shortest();
     for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
       const int cut = 2 + rng_.below(now.count() - 1);
-      StateGroup group(stabilisers_after(now, cut));
+      const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
+      StateGroup group(part.stabilisers);
       group.lighten(state_tuning.renewed_sets, rng_);
       search_from(group, 1, meter_, [&](GateList begin) {
+        begin = wanted(std::move(begin), part.logicals);
         if (begin.count() > cut) return;
         now = continued(std::move(begin), now, cut);
         offer(now);
@@ -114,47 +147,25 @@ class StateSearch : public SearchByBoth<GateList> {
     }
   }
 
+  const Code& code_;
   int wires_;
   StateGroup start_;
 };
 
-bool rows_are_independent(BitMatrix m) {
-  for (int r = 0; r < m.rows(); ++r) {
-    int pivot = 0;
-    while (pivot < m.cols() && !m.get(r, pivot)) ++pivot;
-    if (pivot == m.cols()) return false;
-    for (int other = r + 1; other < m.rows(); ++other) {
-      if (m.get(other, pivot)) m.add_row(r, other);
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 bool stabilise_a_state(const PauliFrame& strings) {
-  const int n = strings.qubits();
-  if (strings.rows() != n) return false;
-  BitMatrix both(n, 2 * n);
-  const BitMatrix x = strings.x_planes().transposed();
-  const BitMatrix z = strings.z_planes().transposed();
-  std::vector<Word> odd(static_cast<std::size_t>(strings.words()));
-  for (int r = 0; r < n; ++r) {
-    strings.anticommuting_rows(strings, r, odd.data());
-    if (std::ranges::any_of(odd, [](Word word) { return word != 0; })) return false;
-    for (int q = 0; q < n; ++q) {
-      both.set(r, q, x.get(r, q));
-      both.set(r, n + q, z.get(r, q));
-    }
-  }
-  return rows_are_independent(std::move(both));
+  return strings.rows() == strings.qubits() && are_independent_stabilisers(strings);
+}
+
+EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {
+  CodeSearch search(code, task, effort);
+  run_search(search);
+  return encoder_circuit(search.incumbent().circuit(), code);
 }
 
 PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
-  StateSearch search(stabilisers, task, effort);
-  run_search(search);
-  const GateList list = in_place(search.incumbent().circuit());
-  return {preparation(list, stabilisers), WireFrame(list.wires()).permutation(), size_of(list)};
+  return search_encoder({stabilisers, {}}, task, effort);
 }
 
 }  // namespace zelt::braidwerk::internal

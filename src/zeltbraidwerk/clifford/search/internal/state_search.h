@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zeltbraidwerk/clifford/search/internal/code.h"
+#include "zeltbraidwerk/clifford/search/internal/encoder_list.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/placed_circuit.h"
@@ -18,5 +20,9 @@ bool stabilise_a_state(const PauliFrame& strings);
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
 /// 32 MB, once.
 PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
+
+/// The same for a code: the circuit takes logical qubits and zeros to the code, signs included. The
+/// stabilisers must be independent and commute, and the logical operators fit them.
+EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

@@ -111,6 +111,7 @@ struct StateTuning {
   int more_sets = 24;  ///< for numbers of qubits above the first and up to the second of these
   int few_qubits = 60;
   int many_qubits = 128;
+  std::uint64_t gauge_part = 8;  ///< one in this many steps of a round, for another gauge of a code
   Cooling cooling{0.3F, 0.003F};
   std::uint64_t anneal_walks = 8;  ///< steps for few layers, in walks of the round
   Schedule walk{.first_steps = 1 << 11, .most_growths = 29};
