@@ -16,6 +16,7 @@ Each takes device=, objective="count" or "depth", permutation="exact" or "free",
 budget= (seconds), restarts= and jobs=, as far as they mean something there, and gives a result with
 .circuit, .count, .depth, .permutation and .verify().
 
+    zb.batch               many inputs, or many seeds, in a process pool or on a cluster
     zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
     zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
     zb.CliffordTableau     Clifford operators: images of X and Z
@@ -35,6 +36,7 @@ import sys
 
 from zeltbraidwerk import (
     _public,
+    batch,
     clifford,
     core,
     errors,
@@ -68,6 +70,7 @@ __all__ = [
     "Register",
     "Reset",
     "__version__",
+    "batch",
     "clifford",
     "core",
     "errors",

@@ -31,6 +31,8 @@ class Found:
     seed: int | None = None
     runs: int = 1
     trace: tuple[_search.Point, ...] = ()
+    least_count: int = 0
+    least_depth: int = 0
 
 
 @dataclass(frozen=True)
@@ -139,6 +141,8 @@ class Call:
             summary.seed if seed_given is None else seed_given,
             summary.runs,
             tuple(_search.Point(*point) for point in summary.trace),
+            summary.least_count,
+            summary.least_depth,
         )
         result = make(found, *made)
         if summary.stopped:
@@ -158,5 +162,7 @@ class Call:
             "runs": found.runs,
             "seconds": self.elapsed,
             "trace": found.trace,
+            "least_count": found.least_count,
+            "least_depth": found.least_depth,
         }
         return kind(**fields | own)
