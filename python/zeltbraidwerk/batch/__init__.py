@@ -10,8 +10,9 @@ import sys
 
 from zeltbraidwerk import _public
 from zeltbraidwerk.batch._merge import merge
+from zeltbraidwerk.batch._progress import Progress
 from zeltbraidwerk.batch._records import Record, Results, read
-from zeltbraidwerk.batch._run import Progress, race, run, stream
+from zeltbraidwerk.batch._run import race, run, stream
 
 __all__ = ["Progress", "Record", "Results", "merge", "race", "read", "run", "stream"]
 

@@ -10,12 +10,15 @@ import os
 import queue
 import time
 from collections.abc import Callable
-from concurrent.futures import BrokenExecutor, Executor, ProcessPoolExecutor
+from concurrent.futures import BrokenExecutor, Executor
 from dataclasses import dataclass, field
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.batch import _work
+
+if TYPE_CHECKING:  # it brings multiprocessing along
+    from concurrent.futures import ProcessPoolExecutor
 
 _PER_WORKER = 2  # jobs in flight, so that none waits for the next
 _RECOUNT = 5.0  # seconds between two counts of the workers of a cluster
@@ -146,6 +149,8 @@ class Pool(Engine):
             ) from None
 
     def _made(self, workers: int) -> ProcessPoolExecutor:
+        from concurrent.futures import ProcessPoolExecutor
+
         return ProcessPoolExecutor(
             workers, mp_context=self._context, initializer=_work.begin, initargs=(self._alive,)
         )

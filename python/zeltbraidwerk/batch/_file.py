@@ -71,6 +71,8 @@ class ResultsFile:
         self._synced = time.monotonic()
         try:
             self._file = self._locked()
+        except errors.FileError:
+            raise
         except OSError as error:
             raise errors.FileError(
                 f"results: got {str(path)[:200]!r}, wanted a file that can be written: "
@@ -134,7 +136,8 @@ class ResultsFile:
     def _compare(self, found: Header) -> None:
         if self.header.get("seed", 0) is None:
             self.header["seed"] = found.get("seed")
-        for key in sorted((self.header.keys() | found.keys()) - {"versions"}):
+        rest = sorted((self.header.keys() | found.keys()) - {"versions", "kind", "task"})
+        for key in ("kind", "task", *rest):
             self._same(key, found.get(key), self.header.get(key))
         package = "zeltbraidwerk"
         versions = found.get("versions", {})
@@ -171,7 +174,7 @@ class ResultsFile:
         return self._line_at(self.places[index])
 
     def _line_at(self, place: int) -> str:
-        parts = []
+        parts: list[bytes] = []
         while not (parts and b"\n" in parts[-1]):
             parts.append(os.pread(self._file.fileno(), 1 << 16, place))
             place += len(parts[-1])

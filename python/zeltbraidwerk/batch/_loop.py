@@ -6,7 +6,7 @@ import json
 import pickle
 from collections import deque
 from collections.abc import Iterator
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from typing import Any
 
 from zeltbraidwerk import errors
@@ -87,11 +87,11 @@ class Loop:
             return Job([item], alone=item.losses >= self._retries)
         items: list[_work.Item] = []
         size = 0
-        while len(items) < self._chunk() and (item := self._peek()) is not None:
-            size += len(item.value)
+        while len(items) < self._chunk() and (coming := self._peek()) is not None:
+            size += len(coming.value)
             if items and size > _MOST_BYTES:
                 break
-            items.append(item)
+            items.append(coming)
             self._next = None
         return Job(items) if items else None
 
@@ -109,13 +109,14 @@ class Loop:
         for item in job.items:
             losses = item.losses + 1
             if losses <= self._retries:
-                self._again.append(item._replace(losses=losses))
+                self._again.append(replace(item, losses=losses))
                 continue
             times = "once" if losses == 1 else f"{losses} times"
             error = errors.UnfinishedError(
                 f"the process that worked on it ended {times}; it was killed, or ran out of memory"
             )
-            yield _work.failed(item, self._digest(item), error, 0.0)
+            # Not read here for its digest: that may be what ended the process.
+            yield _work.failed(item, None, error, 0.0)
 
     # --- inputs -----------------------------------------------------------------------------------
 
@@ -137,23 +138,26 @@ class Loop:
         item = _work.Item(index, seed, b"")
         try:
             if isinstance(value, Same):
-                item = value.item._replace(index=index, seed=seed)
+                item = replace(value.item, index=index, seed=seed)
             else:
                 value, name = opened(value)
-                item = item._replace(name=name, value=pickle.dumps(value))
+                item = replace(item, name=name, value=pickle.dumps(value))
         except Exception as error:  # of files, and of classes that cannot be pickled
             if index not in self._file.places:
                 self._ready.append(_work.failed(item, None, error, 0.0))
             return None
         if index not in self._file.places:
             return item
-        self._compare(item, value.digest if isinstance(value, Same) else self._digest(item))
+        self._compare(item, value)
         return None
 
-    def _compare(self, item: _work.Item, digest: str | None) -> None:
+    def _compare(self, item: _work.Item, value: Any) -> None:
         """Refuses a file of other inputs."""
         known = json.loads(self._file.line(item.index))
-        if known.get("seed") == item.seed and known.get("digest") in (None, digest):
+        digest = known.get("digest")
+        if digest is not None:
+            found = value.digest if isinstance(value, Same) else self._digest(item)
+        if known.get("seed") == item.seed and (digest is None or digest == found):
             return
         raise errors.FileError(
             f"results: input {item.index} is not the one that {self._file.path.name} has; wanted "

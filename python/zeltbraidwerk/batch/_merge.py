@@ -99,7 +99,7 @@ def _best(sources: list[Results], by_index: bool) -> _Best:
                     "it, wanted parts of one run"
                 )
             key: Any = record.index if by_index else record.digest or (number, record.index)
-            found = record.size(), number, place
+            found = record._size(), number, place
             if key not in best or found[0] < best[key][0]:
                 best[key] = found
     return best

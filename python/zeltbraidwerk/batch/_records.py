@@ -18,17 +18,7 @@ from zeltbraidwerk.batch._file import Header, lines_of, parsed_header
 class Record:
     """One input, and its result or its error.
 
-    ==================  ============================================================================
-    field               what it holds
-    ==================  ============================================================================
-    ``index``           the number of the input, from 0
-    ``seed``            the seed of its search
-    ``digest``          the same for the same input on every machine; None where it cannot be read
-    ``input``           the path of its file, where a path was given
-    ``seconds``         the time that it took
-    ``error``           why there is no result, as text; None where there is one
-    ``result``          the result of the family's function, read when it is asked for; or None
-    ==================  ============================================================================
+    ``header`` is that of the file, ``line`` the JSON of the record.
     """
 
     header: Header = field(repr=False)
@@ -41,26 +31,33 @@ class Record:
 
     @property
     def index(self) -> int:
+        """The number of the input, from 0; of a race, that of the seed."""
         return int(self._fields["index"])
 
     @property
     def seed(self) -> int:
+        """The seed of its search."""
         return int(self._fields["seed"])
 
     @property
     def digest(self) -> str | None:
-        return self._fields["digest"]
+        """The same for the same input everywhere; None for an input that cannot be read."""
+        digest: str | None = self._fields["digest"]
+        return digest
 
     @property
     def input(self) -> str | None:
+        """The path of its file, where a path was given."""
         return self._fields.get("input")
 
     @property
     def seconds(self) -> float:
+        """The time that the function took."""
         return float(self._fields["seconds"])
 
     @property
     def error(self) -> str | None:
+        """Why there is no result; None where there is one."""
         told = self._fields.get("error")
         return None if told is None else f"{told['kind']}: {told['text']}"
 
@@ -96,6 +93,7 @@ class Record:
 
     @cached_property
     def result(self) -> Any:
+        """What the function returned, read from JSON when it is asked for; None for an error."""
         document = self._fields.get("result")
         return None if document is None else _json.from_json(json.dumps(document))
 
@@ -113,7 +111,7 @@ class Record:
     def _source(self) -> Header:
         return runs_of(self.header)[self.run]
 
-    def size(self) -> tuple[int, ...]:
+    def _size(self) -> tuple[int, ...]:
         """Smaller is better, by the objective of the run; errors are last."""
         count, depth = self.count, self.depth
         if count is None or depth is None:
@@ -157,7 +155,7 @@ class Results:
     @property
     def best(self) -> Record | None:
         """The smallest result by the objective; ties: the lowest index. None without a result."""
-        found = min(self, key=lambda record: (record.size(), record.index), default=None)
+        found = min(self, key=lambda record: (record._size(), record.index), default=None)
         return None if found is None or found.error is not None else found
 
     def __repr__(self) -> str:

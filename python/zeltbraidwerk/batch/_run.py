@@ -4,35 +4,21 @@ from __future__ import annotations
 
 import os
 import pickle
-import sys
-import time
 from collections.abc import Callable, Iterable, Iterator, Sized
-from contextlib import closing, suppress
+from contextlib import closing
 from dataclasses import dataclass
 from itertools import count
 from typing import Any
 
 from zeltbraidwerk import _core, _validate, errors
-from zeltbraidwerk.batch import _engines, _work
+from zeltbraidwerk.batch import _engines
 from zeltbraidwerk.batch._file import ResultsFile, header_of
 from zeltbraidwerk.batch._loop import Given, Loop, Same
+from zeltbraidwerk.batch._progress import Progress, Teller
 from zeltbraidwerk.batch._records import Record, Results
 from zeltbraidwerk.batch._tasks import Task, seed_of
 
 Path = str | os.PathLike[str]
-_SHOWN = 0.5  # seconds between two lines of progress
-
-
-@dataclass(frozen=True)
-class Progress:
-    """How far a batch is: inputs done, how many there are (None where that is not known), how many
-    of those done are errors, seconds since the call, and the best objective of a race."""
-
-    done: int
-    total: int | None
-    errors: int
-    seconds: float
-    best: int | None = None
 
 
 def run(
@@ -159,7 +145,7 @@ class _Batch:
         self.retries = _validate.integer(retries, "retries", 0, 1000)
         self.seed = None if seed is None else _validate.integer(seed, "seed", 0, 2**64 - 1)
         self.part = None if part is None else _part(part)
-        self.teller = _Teller(progress)
+        self.teller = Teller(progress)
         data = pickle.dumps(self.task)
         self.engine = _engines.engine_of(executor, workers, self.retries, data, _core._version)
         self.path = results
@@ -168,8 +154,8 @@ class _Batch:
         return header_of({**own, "task": self.task.name, "options": self.plain})
 
     def records(self, inputs: Iterable[Any], from_file: bool = False) -> Iterator[Record]:
-        """Checks what is left to check and opens the file; then the records as they are iterated
-        over."""
+        """Checks what is left to check; then opens the file, and gives the records, as they are
+        iterated over."""
         try:
             if isinstance(inputs, (str, bytes)):  # one input, or its path
                 raise TypeError
@@ -178,12 +164,8 @@ class _Batch:
             raise errors.DtypeError(
                 f"inputs: got {_validate.shown(inputs)}, wanted a list or another iterable"
             ) from None
-        own: dict[str, Any] = {"kind": "run", "seed": self.seed}
-        if self.part is not None:
-            own["part"] = list(self.part)
-        file = ResultsFile(self.path, self._header(**own))
         total = len(inputs) if isinstance(inputs, Sized) else None
-        return self._records(self._numbered(given, file.header["seed"]), file, total, from_file)
+        return self._records(given, total, from_file)
 
     def _numbered(self, inputs: Iterator[Any], seed: int) -> Iterator[Given]:
         first, step = self.part or (0, 1)
@@ -192,8 +174,13 @@ class _Batch:
                 yield index, seed_of(seed, index), value
 
     def _records(
-        self, given: Iterator[Given], file: ResultsFile, total: int | None, from_file: bool
+        self, inputs: Iterator[Any], total: int | None, from_file: bool
     ) -> Iterator[Record]:
+        own: dict[str, Any] = {"kind": "run", "seed": self.seed}
+        if self.part is not None:
+            own["part"] = list(self.part)
+        file = ResultsFile(self.path, self._header(**own))
+        given = self._numbered(inputs, file.header["seed"])
         first, step = self.part or (0, 1)
         self.teller.begin(len(file.places), None if total is None else -(-(total - first) // step))
         with closing(file), closing(self.engine):
@@ -266,7 +253,7 @@ class _Best:
     def recall(self, record: Record) -> None:
         """A record of the file; the patience begins anew with each call."""
         if record.error is None:
-            self.take(record.size()[1:], record.is_proven)
+            self.take(record._size()[1:], record.is_proven)
         self.waited = 0
 
     @property
@@ -279,46 +266,3 @@ class _Best:
             or (self.goal is not None and self.value is not None and self.value <= self.goal)
             or (self.patience is not None and self.waited >= self.patience)
         )
-
-
-class _Teller:
-    """Tells how far a batch is: to a function of the caller, or a line on a terminal."""
-
-    def __init__(self, progress: Any) -> None:
-        self._live = progress is True and sys.stderr.isatty()
-        self._call = None
-        if not isinstance(progress, bool):
-            self._call = _validate.callback(progress, "progress")
-        self._shown = 0.0
-        self._now = Progress(0, None, 0, 0.0)
-
-    def begin(self, done: int, total: int | None) -> None:
-        self._start = time.perf_counter()
-        self._now = Progress(done, total, 0, 0.0)
-        self._show()
-
-    def tell(self, done: _work.Done, best: int | None = None) -> None:
-        before = self._now
-        self._now = Progress(
-            before.done + 1, before.total, before.errors + (done.size is None),
-            time.perf_counter() - self._start, best,
-        )  # fmt: skip
-        if self._call is not None:
-            self._call(self._now)
-        if self._now.seconds - self._shown > _SHOWN:
-            self._show()
-
-    def end(self) -> None:
-        self._show("\n")
-
-    def _show(self, end: str = "") -> None:
-        if not self._live:
-            return
-        now = self._now
-        self._shown = now.seconds
-        total = "" if now.total is None else f" of {now.total}"
-        errors = f", {now.errors} errors" if now.errors else ""
-        best = "" if now.best is None else f", best {now.best}"
-        with suppress(OSError):
-            print(f"\r\033[K{now.done}{total} done{errors}{best}, {now.seconds:.0f} s", end=end,
-                  file=sys.stderr, flush=True)  # fmt: skip

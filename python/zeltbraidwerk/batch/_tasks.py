@@ -23,6 +23,7 @@ from zeltbraidwerk import (
     _rotations,
     _search,
     _shell_commands,
+    _shell_input,
     _states,
     _validate,
     errors,
@@ -52,7 +53,7 @@ class Family:
 
     def of_text(self, name: str, data: bytes) -> Any:
         """The input that a file of that name holds."""
-        text = _shell_commands._shell_input.decoded(data, name)
+        text = _shell_input.decoded(data, name)
         return _shell_commands.COMMANDS[self.command].read(name, text)
 
 
@@ -160,7 +161,7 @@ class Task:
         """Raises what the function raises for wrong options, before any work. Options that want
         the true input are left out, and those of the length of a search are made small."""
         effort = {name: self.options.get(name) for name in ("restarts", "budget", "jobs", "steps")}
-        _search.Effort.checked(None, **{"jobs": 1, **effort})  # type: ignore[arg-type]
+        _search.Effort.checked(None, **{"jobs": 1, **effort})
         tried = {
             name: value
             for name, value in self.options.items()

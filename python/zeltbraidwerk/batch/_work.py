@@ -8,14 +8,16 @@ import pickle
 import signal
 import threading
 import time
+from dataclasses import dataclass
 from functools import lru_cache
-from typing import Any, NamedTuple
+from typing import Any
 
 from zeltbraidwerk import _core, errors
 from zeltbraidwerk.batch._tasks import File, Task
 
 
-class Item(NamedTuple):
+@dataclass(frozen=True, slots=True)
+class Item:
     """One input on its way: ``value`` is pickled. ``losses`` counts processes that ended while
     they worked on it."""
 
@@ -26,7 +28,8 @@ class Item(NamedTuple):
     losses: int = 0
 
 
-class Done(NamedTuple):
+@dataclass(frozen=True, slots=True)
+class Done:
     """One finished input: ``line`` goes to the results file. ``size`` orders results, smaller is
     better; None for an error. ``proven`` where no circuit is better by the objective."""
 
