@@ -271,6 +271,17 @@ def test_races_end_early_and_go_on(threads, tmp_path):
                    results=found.path, method="search", steps=300)  # fmt: skip
 
 
+def test_race_goes_on_from_the_best_of_another(threads, tmp_path):
+    matrix = zb.gallery.random_invertible(9, 1, seed=1)[0]
+    race = functools.partial(batch.race, "linear.synthesize", matrix, executor=threads,
+                             method="search", steps=100)  # fmt: skip
+    best = race(seeds=range(3), results=tmp_path / "1.jsonl").best
+    found = race(seeds=range(3, 6), results=tmp_path / "2.jsonl", start=best.result)
+    assert all(record.count <= best.count for record in found)
+    again = race(seeds=range(3, 7), results=tmp_path / "2.jsonl", start=best.result)
+    assert len(again) == 4
+
+
 def test_race_ends_where_nothing_can_be_better(threads, tmp_path):
     told = []
     found = batch.race(

@@ -32,6 +32,7 @@ class StateSearch : public SearchByBoth<GateList> {
     const WireGroups entangled = joined_by(by_edges);
     meter_.prove(bound_of_state(stabilisers, entangled.joins(), entangled.largest()));
     offer(by_edges);
+    if (task.start != nullptr) offer(*task.start);
   }
 
   static Schedule schedule() { return state_tuning.walk; }
