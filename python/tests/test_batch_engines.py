@@ -36,7 +36,7 @@ def once_at(done, act):
     acted = []
 
     def told(now):
-        if now.done >= done and not acted:
+        if now >= done and not acted:
             acted.append(now)
             act()
 

@@ -69,8 +69,8 @@ class Family:
         method = _validate.method(_renamed.value(method, known), known, on_device)
         effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
         _validate.callback(progress, "progress")
-        known = None if start is None else _start.Known.of(start)
-        return Call(begin, method, ground, objective, permutation, effort, progress, known)
+        given = None if start is None else _start.Known.of(start)
+        return Call(begin, method, ground, objective, permutation, effort, progress, given)
 
 
 @dataclass

@@ -9,7 +9,7 @@ from collections.abc import Iterator
 from dataclasses import dataclass, replace
 from typing import Any
 
-from zeltbraidwerk import errors
+from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.batch import _work
 from zeltbraidwerk.batch._engines import Engine, Job
 from zeltbraidwerk.batch._file import ResultsFile
@@ -32,8 +32,11 @@ class Same:
     @classmethod
     def of(cls, task: Task, value: Any) -> Same:
         """Raises what the family raises for an input that does not fit."""
-        value, name = opened(value)
-        item = _work.Item(0, 0, pickle.dumps(value), name)
+        try:
+            value, name = opened(value)
+            item = _work.Item(0, 0, pickle.dumps(value), name)
+        except Exception as error:  # of files, and of classes that cannot be pickled
+            raise errors.OptionError(f"input: got {_validate.shown(value)}: {error}") from None
         return cls(item, task.digest(_work.value_of(task, item)))
 
 

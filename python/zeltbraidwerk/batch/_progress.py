@@ -5,7 +5,6 @@ from __future__ import annotations
 import sys
 import time
 from contextlib import suppress
-from dataclasses import dataclass
 from typing import Any
 
 from zeltbraidwerk import _validate
@@ -14,16 +13,23 @@ from zeltbraidwerk.batch._work import Done
 _SHOWN = 0.5  # seconds between two lines of progress
 
 
-@dataclass(frozen=True)
-class Progress:
-    """How far a batch is: inputs done, how many there are (None where that is not known), how many
-    of those done are errors, seconds since the call, and the best objective of a race."""
+class Progress(int):
+    """How many inputs are done, as an int, with ``total``, how many there are (None where that is
+    not known), ``errors`` among those done, ``seconds`` since the call, and ``best``, the best
+    objective of a race."""
 
-    done: int
     total: int | None
     errors: int
     seconds: float
-    best: int | None = None
+    best: int | None
+
+    def __new__(
+        cls, done: int, total: int | None = None, errors: int = 0, seconds: float = 0.0,
+        best: int | None = None,
+    ) -> Progress:  # fmt: skip
+        self = super().__new__(cls, _validate.integer(done, "done", 0))
+        self.total, self.errors, self.seconds, self.best = total, errors, seconds, best
+        return self
 
 
 class Teller:
@@ -35,17 +41,17 @@ class Teller:
         if not isinstance(progress, bool):
             self._call = _validate.callback(progress, "progress")
         self._shown = 0.0
-        self._now = Progress(0, None, 0, 0.0)
+        self._now = Progress(0)
 
     def begin(self, done: int, total: int | None) -> None:
         self._start = time.perf_counter()
-        self._now = Progress(done, total, 0, 0.0)
+        self._now = Progress(done, total)
         self._show()
 
     def tell(self, done: Done, best: int | None = None) -> None:
         before = self._now
         self._now = Progress(
-            before.done + 1, before.total, before.errors + (done.size is None),
+            before + 1, before.total, before.errors + (done.size is None),
             time.perf_counter() - self._start, best,
         )  # fmt: skip
         if self._call is not None:
@@ -65,5 +71,5 @@ class Teller:
         errors = f", {now.errors} errors" if now.errors else ""
         best = "" if now.best is None else f", best {now.best}"
         with suppress(OSError):
-            print(f"\r\033[K{now.done}{total} done{errors}{best}, {now.seconds:.0f} s", end=end,
+            print(f"\r\033[K{now:d}{total} done{errors}{best}, {now.seconds:.0f} s", end=end,
                   file=sys.stderr, flush=True)  # fmt: skip

@@ -130,6 +130,8 @@ class Results:
     """The records of a results file, read from it each time they are iterated over."""
 
     def __init__(self, path: str | os.PathLike[str]) -> None:
+        if not isinstance(path, (str, os.PathLike)):
+            raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
         self.path = Path(path)
         with _opened(self.path) as file:
             self.header = parsed_header(file.readline(), self.path.name)
@@ -181,6 +183,4 @@ def read(path: str | os.PathLike[str]) -> Results:
 
     Raises a :class:`~zeltbraidwerk.errors.FileError` for any other file.
     """
-    if not isinstance(path, (str, os.PathLike)):
-        raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
     return Results(path)

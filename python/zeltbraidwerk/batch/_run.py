@@ -7,7 +7,6 @@ import pickle
 from collections.abc import Callable, Iterable, Iterator, Sized
 from contextlib import closing
 from dataclasses import dataclass
-from itertools import count
 from typing import Any
 
 from zeltbraidwerk import _core, _validate, errors
@@ -156,14 +155,7 @@ class _Batch:
     def records(self, inputs: Iterable[Any], from_file: bool = False) -> Iterator[Record]:
         """Checks what is left to check; then opens the file, and gives the records, as they are
         iterated over."""
-        try:
-            if isinstance(inputs, (str, bytes)):  # one input, or its path
-                raise TypeError
-            given = iter(inputs)
-        except TypeError:
-            raise errors.DtypeError(
-                f"inputs: got {_validate.shown(inputs)}, wanted a list or another iterable"
-            ) from None
+        given = _iterable(inputs, "inputs")
         total = len(inputs) if isinstance(inputs, Sized) else None
         return self._records(given, total, from_file)
 
@@ -200,11 +192,12 @@ class _Batch:
         _validate.integer(1 if patience is None else patience, "patience", 1)
         if not self.task.has_seed:
             raise errors.OptionError(f"task: got {self.task.name}, wanted one that takes a seed")
+        listed = _iterable(seeds, "seeds")
         total = len(seeds) if isinstance(seeds, Sized) else None
         same = Same.of(self.task, value)
         given = (
             (index, _validate.integer(seed, "seeds", 0, 2**64 - 1), same)
-            for index, seed in zip(count(), iter(seeds), strict=False)
+            for index, seed in enumerate(listed)
         )
         file = ResultsFile(self.path, self._header(kind="race", digest=same.digest))
         best = _Best(goal, patience)
@@ -224,6 +217,17 @@ class _Batch:
         file.close()
         self.teller.end()
         return Results(file.path)
+
+
+def _iterable(value: Any, name: str) -> Iterator[Any]:
+    try:
+        if isinstance(value, (str, bytes)):  # one input, or its path
+            raise TypeError
+        return iter(value)
+    except TypeError:
+        raise errors.DtypeError(
+            f"{name}: got {_validate.shown(value)}, wanted a list or another iterable"
+        ) from None
 
 
 def _part(part: Any) -> tuple[int, int]:
