@@ -201,11 +201,11 @@ class _Batch:
         )
         file = ResultsFile(self.path, self._header(kind="race", digest=same.digest))
         best = _Best(goal, patience)
-        for index in file.places:
-            best.recall(Record(file.header, file.line(index)))
-        self.teller.begin(len(file.places), total)
-        if not best.is_final():
-            with closing(file), closing(self.engine):
+        with closing(file), closing(self.engine):
+            for index in file.places:
+                best.recall(Record(file.header, file.line(index)))
+            self.teller.begin(len(file.places), total)
+            if not best.is_final():
                 self.engine.start()
                 loop = Loop(self.task, self.engine, file, given, self.retries)
                 for done in loop.run():
@@ -214,7 +214,6 @@ class _Batch:
                     if best.is_final():
                         break
                 file.finish()
-        file.close()
         self.teller.end()
         return Results(file.path)
 

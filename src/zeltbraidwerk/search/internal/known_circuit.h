@@ -29,7 +29,7 @@ std::optional<GateList> known_start(const synthesis::SynthesisOptions& options, 
   try {
     std::optional<GateList> list = make(*options.start);
     if (fits(*list)) return list;
-  } catch (const std::runtime_error&) {  // of a gate that is none of the Clifford group
+  } catch (const std::logic_error&) {  // of a gate outside the Clifford group
   }
   refuse_start();
 }
