@@ -22,12 +22,16 @@ def package(name):
     return pytest.fixture(lambda: pytest.importorskip(name), scope="session")
 
 
-qiskit, tket, stim = map(package, ("qiskit", "pytket.circuit", "stim"))
+PACKAGES = {
+    "qiskit": "qiskit", "tket": "pytket.circuit", "stim": "stim", "pyzx": "pyzx", "cirq": "cirq",
+    "qml": "pennylane", "galois": "galois",
+}  # fmt: skip
+qiskit, tket, stim, pyzx, cirq, qml, galois = map(package, PACKAGES.values())
 
 
 def pytest_collection_modifyitems(items):
     for item in items:
-        asked = {"qiskit", "tket", "stim"} & {*item.fixturenames}
+        asked = PACKAGES.keys() & {*item.fixturenames}
         if asked or ASKS.search(inspect.getsource(item.function)):
             item.add_marker("interop")
 

@@ -4,6 +4,7 @@ import numpy as np
 from hypothesis import strategies as st
 
 from zeltbraidwerk import Circuit, Gate, core
+from zeltbraidwerk.gates import COMPOSED
 
 _LAYER = "".join(
     f"h q[{k}]; cx q[{k}],q[{(k + 4) % 9}]; rz(0.3) q[{(k + 1) % 9}]; t q[{k}];" for k in range(9)
@@ -127,7 +128,29 @@ def gate_matrix(gate, n):
         ) / 2
     if name == "H":
         return (on({a: "X"}) + on({a: "Z"})) / np.sqrt(2)
+    if name in COMPOSED:
+        return composed_matrix(name, [float(angle) for angle in gate.params], a, b, on)
     return on({a: name})
+
+
+def composed_matrix(name, angles, a, b, on):
+    """As Qiskit defines them, phase and all."""
+    one = on({})
+    if name == "ECR":
+        return (on({a: "X"}) - on({a: "Y", b: "X"})) / np.sqrt(2)
+    if name == "ISWAP":
+        zz = on({a: "Z", b: "Z"})
+        return (one + zz) / 2 + 1j * (on({a: "X", b: "X"}) + on({a: "Y", b: "Y"})) / 2
+    if name == "RZZ":
+        return np.cos(angles[0] / 2) * one - 1j * np.sin(angles[0] / 2) * on({a: "Z", b: "Z"})
+    if name == "U":
+        theta, phi, angle = np.array(angles) / 2
+        turns = [np.cos(t) * one - 1j * np.sin(t) * on({a: letter})
+                 for t, letter in ((phi, "Z"), (theta, "Y"), (angle, "Z"))]  # fmt: skip
+        return np.exp(1j * (phi + angle)) * turns[0] @ turns[1] @ turns[2]
+    axis, turn = ("X", np.pi / 2) if name.endswith("SX") else ("Z", np.pi / 4)
+    root = np.exp(-1j * turn if name.startswith("D-") else 1j * turn)
+    return (one + on({a: axis})) / 2 + root * (one - on({a: axis})) / 2
 
 
 def unitary(circuit):

@@ -1,6 +1,7 @@
 """Circuits that hold measurements, resets, barriers and classically controlled gates."""
 
 import dataclasses
+import math
 import pickle
 import xml.etree.ElementTree as ET
 
@@ -22,6 +23,7 @@ from zeltbraidwerk import (
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
 X, CNOT = Gate("X", 0), Gate.cnot(0, 1)
+EIGHTHS = [k * math.pi / 4 for k in range(-5, 6)]
 
 
 @st.composite
@@ -33,6 +35,7 @@ def dynamic_circuits(draw, n=3, bits=4):
         st.builds(Gate, st.sampled_from(["H", "S", "D-S", "X", "Y", "Z", "I"]), qubit),
         st.builds(Gate, st.sampled_from(["CNOT", "CSIGN"]), pair),
         st.builds(Gate, st.sampled_from(["RX", "RY", "RZ"]), qubit, st.floats(-3, 3)),
+        st.builds(Gate, st.sampled_from(["RX", "RY", "RZ"]), qubit, st.sampled_from(EIGHTHS)),
     )
     simple = st.one_of(gates, st.builds(Measure, qubit, bit), st.builds(Reset, qubit))
     conditions = st.sampled_from([(0, 1), (2, 3)])
@@ -47,11 +50,11 @@ def test_operations_are_kept(circuit):
     for copy in (
         Circuit(circuit.n, circuit.operations, circuit.classical),
         pickle.loads(pickle.dumps(circuit)),
-        Circuit.from_qasm(circuit.to_qasm(), reader="own"),
         circuit.placed([2, 0, 1], 3).placed([1, 2, 0], 3),
     ):
         assert copy == circuit
         assert hash(copy) == hash(circuit)
+    assert Circuit.from_qasm(circuit.to_qasm(), reader="own").named() == circuit.named()
     moved = circuit.placed([4, 0, 2], 5)
     for before, after in zip(circuit, moved, strict=True):
         assert after.qubits == tuple([4, 0, 2][qubit] for qubit in before.qubits)

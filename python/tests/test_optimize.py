@@ -112,7 +112,8 @@ def test_counts_and_rounding():
     gates = [Gate.h(0), Gate.rz(0, PI / 4), Gate.cnot(0, 1), Gate.rx(1, "a"), Gate.ry(1, 0.3)]
     gates += [Gate("PH", 0, -3 * PI / 4), Gate.rz(1, PI / 2), Gate.s(1), Gate.cnot(0, 1)]
     result = zb.optimize(Circuit(2, gates), seed=1, steps=100, exact=True)
-    assert result.before == CircuitCounts(two_qubit=2, depth=2, one_qubit=7, rotations=4, t=2)
+    wanted = CircuitCounts(two_qubit=2, depth=2, one_qubit=7, rotations=4, t=2, fused=4)
+    assert result.before == wanted
     assert (result.after.rotations, result.after.t, result.rounding) == (2, 0, 0)
     off = zb.optimize(Circuit(1, [Gate.rz(0, PI / 2 + 5e-10)]))
     assert off.circuit == Circuit(1, [Gate.s(0)])

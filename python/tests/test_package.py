@@ -25,7 +25,8 @@ def test_examples_in_docstrings(name):
 def test_optional_packages_are_not_imported_with_the_package():
     code = (
         "import sys, zeltbraidwerk\n"
-        "print(*{'qiskit', 'pytket', 'stim', 'matplotlib', 'networkx'} & set(sys.modules))"
+        "print(*{'qiskit', 'pytket', 'stim', 'pyzx', 'cirq', 'pennylane', 'matplotlib', "
+        "'networkx', 'sympy'} & set(sys.modules))"
     )
     done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
     assert done.stdout.strip() == ""
@@ -46,7 +47,7 @@ def test_types(tmp_path):
     config = tmp_path / "mypy.ini"
     config.write_text(
         "[mypy]\nstrict = True\nexclude = demo\n"
-        "[mypy-matplotlib.*,qiskit.*,pytket.*,stim.*]\n"
+        "[mypy-cirq.*,matplotlib.*,pennylane.*,pytket.*,pyzx.*,qiskit.*,stim.*]\n"
         "ignore_missing_imports = True\nfollow_imports = skip\n"
     )
     command = [sys.executable, "-m", "mypy", "--config-file", config, "-p", "zeltbraidwerk"]

@@ -44,6 +44,49 @@ def test_a_pass_keeps_operator_and_names(tket):
         assert same(circuit.get_unitary(), other.get_unitary())
 
 
+def test_permutations_and_phases_stay(tket):
+    """Wires that pytket permutes by labels take no gates, and unitaries are equal with phase."""
+    from zeltbraidwerk.pytket import optimize_pass
+
+    kind = tket.OpType
+    for seed in range(6):
+        rng = np.random.default_rng(seed)
+        circuit = tket.Circuit().add_phase(0.3)
+        qubits = [*circuit.add_q_register("b", 2), *circuit.add_q_register("a", 2)]
+        for _ in range(12):
+            a, b, c, d = (qubits[k] for k in rng.permutation(4))
+            circuit.SWAP(a, b).CCX(b, c, d).SX(a).V(b).T(c).CX(a, b).CX(b, a)
+            circuit.add_gate(kind.U3, rng.uniform(0, 2, 3), [d])
+            circuit.add_gate(kind.U2, rng.uniform(0, 2, 2), [a])
+            circuit.add_gate(kind.CU3, rng.uniform(0, 2, 3), [b, d]).add_gate(kind.SXdg, [], [c])
+            circuit.add_gate(kind.TK2, rng.uniform(0, 2, 3), [a, b])
+        circuit.replace_SWAPs()
+        made = circuit.copy()
+        assert circuit.has_implicit_wireswaps
+        assert optimize_pass(seed=1, steps=500).apply(made)
+        assert made.implicit_qubit_permutation() == circuit.implicit_qubit_permutation()
+        assert made.n_gates_of_type(kind.SWAP) == 0
+        assert np.allclose(circuit.get_unitary(), made.get_unitary())
+
+
+def test_every_gate_keeps_its_phase(tket):
+    from zeltbraidwerk import Circuit, _interop_pytket
+
+    for name in (*_interop_pytket._KNOWN, "TK1", "Phase"):
+        for qubits in range(4):
+            for angles in range(4):
+                circuit = tket.Circuit(3)
+                turns = [0.13, 0.27, 0.41][:angles]
+                try:
+                    circuit.add_gate(getattr(tket.OpType, name), turns, [2, 0, 1][:qubits])
+                except (RuntimeError, IndexError):  # other numbers
+                    continue
+                found = _interop_pytket.read_labelled(circuit)
+                written = Circuit.from_pytket(circuit).to_pytket()
+                written.add_phase(_interop_pytket.missing_phase(found))
+                assert np.allclose(circuit.get_unitary(), written.get_unitary()), name
+
+
 def test_bits_measurements_and_conditions_stay(tket):
     from zeltbraidwerk.pytket import optimize_pass
 

@@ -18,7 +18,7 @@ CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
-Gate('T', 0) -> GateError: name: got 'T', wanted one of CNOT
+Gate('V', 0) -> GateError: name: got 'V', wanted one of CNOT
 Gate('CNOT', 0) -> GateError: qubits: got 1 for CNOT, wanted 2
 Gate('XX', [0]) -> GateError: wanted two or more
 Gate('RZ', 0) -> GateError: params: got 0 for RZ, wanted 1

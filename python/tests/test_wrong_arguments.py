@@ -84,7 +84,8 @@ BATCH = {"task": "linear.synthesize", "executor": THREADS, "results": "runs.json
 
 # Arguments that work, by the name of the parameter: of every callable that has not its own below.
 VALUES = {
-    "a": 0, "angle": 0.5, "b": 1, "bits": [[0, 1]], "circuit": BELL, "columns": 2, "control": 0,
+    "a": 0, "angle": 0.5, "b": 1, "basis": "cz", "bits": [[0, 1]], "circuit": BELL, "columns": 2,
+    "control": 0,
     "count": 1, "degree": 3, "device": Device.line(2), "edges": [(0, 1)], "electrons": 2,
     "first_row": [2, 3], "gates": BELL.gates, "graph": [[0, 1], [1, 0]],
     "later": CliffordTableau(2), "layers": 1, "length": 3, "matrix": MATRIX, "n": 2,
@@ -99,8 +100,9 @@ VALUES = {
 # all whose name ends so. What reads objects of other packages takes one argument alone, and needs
 # none that works.
 ARGUMENTS = {
-    "from_networkx": [], "from_pytket": [], "from_qiskit": [], "from_rustworkx": [],
-    "from_stim": [], "from_json": [], "from_qasm3": [], "best_over_time": [],
+    "from_cirq": [], "from_networkx": [], "from_pennylane": [], "from_pytket": [], "from_pyzx": [],
+    "from_qiskit": [], "from_rustworkx": [], "from_stim": [], "from_json": [], "from_qasm3": [],
+    "best_over_time": [],
     "Progress": [{"done": 1}],
     "Record": [{"header": {}, "line": "{}"}],
     "Results": [],
@@ -129,6 +131,7 @@ ARGUMENTS = {
     "Gate": [{"name": "RZ", "qubits": 0, "params": 0.5}, {"name": "CNOT", "qubits": (0, 1)}],
     "Gate.from_core": [{"gate": core.Gate.H(0)}],
     "Circuit.bind": [{"values": {}}],
+    "Circuit.with_qubit_names": [{"names": None}],
     "Parameter.bind": [{"values": {}}],
     "Parameter.from_core": [{"angle": core.Parameter(0.5)}],
     "circulant": [{"polynomial": 7}],

@@ -17,7 +17,8 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
 .circuit, .count, .depth, .permutation and .verify().
 
     zb.batch               many inputs, or many seeds, in a process pool or on a cluster
-    zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim
+    zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim, PyZX, Cirq,
+                           PennyLane
     zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
     zb.CliffordTableau     Clifford operators: images of X and Z
     zb.from_json(text)     what .to_json() of circuits and results wrote

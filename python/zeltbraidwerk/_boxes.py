@@ -37,5 +37,9 @@ def _labels(gate: Gate) -> tuple[str, ...]:
         return _draw.CONTROL, _draw.TARGET
     if gate.name in ("CSIGN", "CZ"):
         return _draw.CONTROL, _draw.CONTROL
-    label = f"{gate.name}({gate.params[0]})" if gate.name in ROTATIONS else gate.name
+    if gate.name == "ECR":
+        return "ECR 1", "ECR 2"
+    shown = ROTATIONS | {"U", "RZZ"}
+    angles = f"({', '.join(map(str, gate.params))})" if gate.name in shown else ""
+    label = f"{gate.name}{angles}"
     return (label,) * len(gate.qubits)

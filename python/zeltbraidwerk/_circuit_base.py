@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 from abc import abstractmethod
 from collections import Counter
-from collections.abc import Iterable, Iterator
+from collections.abc import Iterable, Iterator, Sequence
 from functools import cached_property
 from typing import TYPE_CHECKING, Literal, Self
 
@@ -14,7 +14,10 @@ from zeltbraidwerk import (
     _draw,
     _files,
     _html,
+    _interop_cirq,
+    _interop_pennylane,
     _interop_pytket,
+    _interop_pyzx,
     _interop_qasm,
     _interop_qasm3,
     _interop_qiskit,
@@ -22,12 +25,16 @@ from zeltbraidwerk import (
     _validate,
 )
 from zeltbraidwerk._json import Stored
+from zeltbraidwerk._native_pairs import Basis
 from zeltbraidwerk._reading import Read
-from zeltbraidwerk.gates import Parameter, is_rotation, is_t
+from zeltbraidwerk.gates import Parameter, is_t, rotations
 from zeltbraidwerk.instructions import WholeCircuit
 
 if TYPE_CHECKING:
+    import cirq
+    import pennylane.tape
     import pytket.circuit
+    import pyzx
     import qiskit
     import stim
 
@@ -74,13 +81,15 @@ class CircuitBase(Stored):
     @cached_property
     def _turns(self) -> tuple[int, int]:
         """The numbers of rotations and of T gates."""
-        turns = [(name, params) for name, _, params in self._operations() if params]
-        rotations = [turn for turn in turns if is_rotation(*turn)]
-        return len(rotations), sum(is_t(*turn) for turn in rotations)
+        turns = [
+            angle for name, _, params in self._operations() for angle in rotations(name, params)
+        ]
+        return len(turns), sum(map(is_t, turns))
 
     @property
     def rotation_count(self) -> int:
-        """Number of gates that turn by an angle that is no multiple of pi/2, T gates included."""
+        """Number of angles that gates turn by and that are no multiples of pi/2, T gates included.
+        A gate U has up to three."""
         return self._turns[0]
 
     @property
@@ -99,8 +108,17 @@ class CircuitBase(Stored):
         """Number of layers of two-qubit gates."""
 
     @abstractmethod
-    def _whole(self) -> WholeCircuit:
-        """As a general circuit, for writers and pictures."""
+    def to_circuit(self) -> WholeCircuit:
+        """The same gates as a general circuit."""
+
+    @abstractmethod
+    def _written(self, basis: Basis | None = None) -> tuple[WholeCircuit, float]:
+        """For writers: with named gates, in a basis where one is given, and the phase that it is to
+        be multiplied by."""
+
+    def _whole(self, basis: Basis | None = None) -> WholeCircuit:
+        """The same for pictures, and for writers of formats without a phase."""
+        return self._written(basis)[0]
 
     @classmethod
     @abstractmethod
@@ -111,7 +129,7 @@ class CircuitBase(Stored):
     def draw(self, width: int = 100) -> str:
         """The circuit as text, in lines of at most ``width`` characters where gates allow it."""
         width = _validate.integer(width, "width", 1)
-        return _draw.text(self._n, _boxes.boxes(self._whole()), width)
+        return _draw.text(self._wires(), _boxes.boxes(self._whole()), width)
 
     def save_svg(self, path: str | os.PathLike[str]) -> None:
         """Writes a picture to a file, whole or not at all: the first 3,000 operations, and the
@@ -119,7 +137,12 @@ class CircuitBase(Stored):
         _files.save(path, self._repr_svg_())
 
     def _repr_svg_(self) -> str:
-        return _draw.svg(self._n, _boxes.boxes(self._whole()))
+        return _draw.svg(self._wires(), _boxes.boxes(self._whole()))
+
+    def _wires(self) -> Sequence[str]:
+        """The names of the qubits in pictures."""
+        names = self._whole()._names
+        return [f"q{k}" for k in range(self._n)] if names is None else names
 
     def _repr_html_(self) -> str:
         return _html.page(self._repr_svg_(), self._rows())
@@ -137,9 +160,14 @@ class CircuitBase(Stored):
         )  # fmt: skip
         return {"qubits": self._n} | {name: getattr(self, name) for name in names}
 
-    def to_qasm(self) -> str:
-        """OpenQASM 2. A condition must be one on all bits of a register."""
-        return _interop_qasm.write(self._whole())
+    def to_qasm(self, *, basis: Basis | None = None) -> str:
+        """OpenQASM 2. A condition must be one on all bits of a register. Gates that the first
+        ``qelib1.inc`` does not have, such as sx, are defined in the text.
+
+        Here and in the other formats Clifford gates and T gates are written by their names, never
+        as rotations; ``basis`` is that of :meth:`in_basis`.
+        """
+        return _interop_qasm.write(self._whole(basis))
 
     @classmethod
     def from_qasm(cls, text: str, *, reader: Literal["auto", "own", "qiskit"] = "auto") -> Self:
@@ -162,9 +190,9 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qasm.read(text, reader))
 
-    def to_qasm3(self) -> str:
+    def to_qasm3(self, *, basis: Basis | None = None) -> str:
         """OpenQASM 3, written by Qiskit; symbols of angles become its inputs."""
-        return _interop_qasm3.write(self._whole())
+        return _interop_qasm3.write(self._whole(basis))
 
     @classmethod
     def from_qasm3(cls, text: str) -> Self:
@@ -176,9 +204,10 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qasm3.read(text))
 
-    def to_qiskit(self) -> qiskit.QuantumCircuit:
-        """A circuit of Qiskit, with the classical registers by their names."""
-        return _interop_qiskit.write(self._whole())
+    def to_qiskit(self, *, basis: Basis | None = None) -> qiskit.QuantumCircuit:
+        """A circuit of Qiskit, with the classical registers by their names. The phase is that of
+        the gates."""
+        return _interop_qiskit.write(*self._written(basis))
 
     @classmethod
     def from_qiskit(cls, circuit: qiskit.QuantumCircuit) -> Self:
@@ -193,9 +222,10 @@ class CircuitBase(Stored):
         """
         return cls._of_read(_interop_qiskit.read(circuit))
 
-    def to_pytket(self) -> pytket.circuit.Circuit:
-        """A circuit of pytket, with the classical registers by their names."""
-        return _interop_pytket.write(self._whole())
+    def to_pytket(self, *, basis: Basis | None = None) -> pytket.circuit.Circuit:
+        """A circuit of pytket, with the classical registers by their names. The phase is that of
+        the gates."""
+        return _interop_pytket.write(*self._written(basis))
 
     @classmethod
     def from_pytket(cls, circuit: pytket.circuit.Circuit) -> Self:
@@ -214,7 +244,7 @@ class CircuitBase(Stored):
         Barriers become TICKs. Records are in the order of the measurements; a Pauli gate, CNOT
         excepted, may be under a condition of one bit.
         """
-        return _interop_stim.write(self._whole())
+        return _interop_stim.write(self.to_circuit())
 
     @classmethod
     def from_stim(cls, circuit: stim.Circuit) -> Self:
@@ -226,3 +256,60 @@ class CircuitBase(Stored):
         of the instruction. Limit: 4,000,000 operations after expansion of REPEAT.
         """
         return cls._of_read(_interop_stim.read(circuit))
+
+    def to_pyzx(self) -> pyzx.Circuit:
+        """A circuit of PyZX. Angles are fractions of pi where they are close to small ones.
+
+        PyZX has no names of qubits and no barriers, and conditions on all bits of a register alone.
+        """
+        return _interop_pyzx.write(self._whole())
+
+    @classmethod
+    def from_pyzx(cls, source: pyzx.Circuit | pyzx.graph.base.BaseGraph) -> Self:
+        """Reads a circuit of PyZX, with its measurements, resets and conditions, or a graph.
+
+        A circuit is extracted from a copy of the graph by PyZX's ``extract_circuit``, after its
+        ``full_reduce`` where the graph is not in that form. Angles with variables are sums of these
+        times numbers. Ancillas, post-selection and gates that PyZX does not take apart are refused
+        with the index of the gate.
+        """
+        return cls._of_read(_interop_pyzx.read(source))
+
+    def to_cirq(self) -> cirq.Circuit:
+        """A circuit of Cirq. Qubits named "q[k]" are LineQubits, those named "q[row, column]" are
+        GridQubits, and others NamedQubits.
+
+        A classical register that is measured at once is one key, else each bit has a key. Cirq has
+        no barriers. Qubits without a gate get an identity gate, so that they are kept.
+        """
+        return _interop_cirq.write(self._whole())
+
+    @classmethod
+    def from_cirq(cls, circuit: cirq.AbstractCircuit) -> Self:
+        """Reads any circuit that Cirq can decompose, with qubits in Cirq's order.
+
+        Keys of measurements are classical registers; resets and classical controls are kept.
+        Symbols of sympy stay where angles are linear in them. Noise is refused with the index of
+        the operation, and so is what Cirq cannot take apart.
+        """
+        return cls._of_read(_interop_cirq.read(circuit))
+
+    def to_pennylane(self) -> pennylane.tape.QuantumScript:
+        """A QuantumScript of PennyLane without measurement processes: measurements are those in the
+        middle of a circuit. The wire of a qubit named "q[k]" is k, of another one its name.
+
+        Angles must be numbers. Qubits without a gate get an identity gate, so that they are kept.
+        """
+        return _interop_pennylane.write(self._whole())
+
+    @classmethod
+    def from_pennylane(cls, script: pennylane.tape.QuantumScript) -> Self:
+        """Reads the operations of a QuantumScript or tape of PennyLane: all that PennyLane can
+        decompose, measurements in the middle and what ``qml.cond`` does by their outcomes.
+
+        Wires that are integers are in their order, others as they come. What a script measures at
+        the end (``script.measurements``) is not read, and is combined with the operations of
+        another circuit by ``script.copy(operations=...)``. Angles are numbers afterwards, and may
+        not be batched.
+        """
+        return cls._of_read(_interop_pennylane.read(script))

@@ -3,7 +3,7 @@ do not touch, each gate in the first column that has room for it."""
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable
+from collections.abc import Callable, Iterable, Sequence
 from dataclasses import dataclass, field
 from html import escape
 
@@ -63,9 +63,9 @@ def blocks(
     return found
 
 
-def text(n: int, boxes: Iterable[Box], width: int) -> str:
+def text(wires: Sequence[str], boxes: Iterable[Box], width: int) -> str:
     """One line per wire, with the connections between them; long circuits continue below."""
-    names = [f"q{wire}: " for wire in range(n)]
+    names = [f"{wire}: " for wire in wires]
     margin = max(map(len, names), default=0)
     cut = blocks(columns(boxes), width - margin - 2, lambda column: column.width + 2)
     return "\n\n".join(_text_block(names, margin, block) for block in cut)
@@ -87,7 +87,7 @@ def _text_block(names: list[str], margin: int, block: list[Column]) -> str:
     return "\n".join(lines)
 
 
-STEP, ROW, LEFT, GAP = 28, 32, 44, 24  # of the SVG, in its units
+STEP, ROW, GAP = 28, 32, 24  # of the SVG, in its units
 _STYLE = (
     "<style>.w{stroke:#8a94a6;stroke-width:1}.b{stroke:#1f5fbf;stroke-width:2}"
     ".c{fill:#1f5fbf}.t{fill:#fff;stroke:#1f5fbf;stroke-width:2}"
@@ -96,14 +96,15 @@ _STYLE = (
 )
 
 
-def svg(n: int, boxes: list[Box], room: int = 1000, most: int = 3000) -> str:
+def svg(wires: Sequence[str], boxes: list[Box], room: int = 1000, most: int = 3000) -> str:
     """A complete SVG file, on white. After ``most`` gates it ends with the number of the others."""
-    cut = blocks(columns(boxes[:most]), room - LEFT, _step)
-    height = n * ROW
-    right = LEFT + max(sum(map(_step, block)) for block in cut) + 12
+    margin = max([44, *(8 * len(wire) + 20 for wire in wires)])
+    cut = blocks(columns(boxes[:most]), room - margin, _step)
+    height = len(wires) * ROW
+    right = margin + max(sum(map(_step, block)) for block in cut) + 12
     parts = []
     for index, block in enumerate(cut):
-        parts += _svg_block(n, block, right, index * (height + GAP))
+        parts += _svg_block(wires, block, (margin, right), index * (height + GAP))
     total = len(cut) * (height + GAP) - GAP + 8
     if len(boxes) > most:
         parts.append(f'<text x="8" y="{total + 8}">and {len(boxes) - most} more gates</text>')
@@ -119,16 +120,18 @@ def _step(column: Column) -> int:
     return max(STEP, 8 * column.width + 20)
 
 
-def _svg_block(n: int, block: list[Column], right: int, top: int) -> list[str]:
+def _svg_block(
+    wires: Sequence[str], block: list[Column], sides: tuple[int, int], top: int
+) -> list[str]:
     def level(wire: int) -> int:
         return top + wire * ROW + ROW // 2 + 4
 
     parts = []
-    for wire in range(n):
+    left, right = sides
+    for wire, name in enumerate(wires):
         y = level(wire)
-        parts.append(f'<text x="8" y="{y + 4}">q{wire}</text>')
-        parts.append(f'<line class="w" x1="{LEFT - 8}" x2="{right - 8}" y1="{y}" y2="{y}"/>')
-    left = LEFT
+        parts.append(f'<text x="8" y="{y + 4}">{escape(name)}</text>')
+        parts.append(f'<line class="w" x1="{left - 8}" x2="{right - 8}" y1="{y}" y2="{y}"/>')
     for column in block:
         x = left + _step(column) / 2
         for wire in sorted(column.bonds):

@@ -102,10 +102,10 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
     if len({symbol.name for symbol in symbols}) < len(symbols):
         raise errors.AngleError(f"{name}: got two symbols of one name in {value}, wanted one")
     try:
-        factors = {symbol.name: _rounded(_real(value.diff(symbol) * unit)) for symbol in symbols}
+        factors = {symbol.name: rounded(_real(value.diff(symbol) * unit)) for symbol in symbols}
         constant = value.subs(dict.fromkeys(symbols, 0)) if symbols else value
         return (
-            _rounded(_real(constant * unit)),
+            rounded(_real(constant * unit)),
             factors,
             {symbol.name: symbol for symbol in symbols},
         )
@@ -113,7 +113,7 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
         raise _refused(value, name) from None
 
 
-def _rounded(value: float) -> float:
+def rounded(value: float) -> float:
     """The decimal number of few digits next to it, if it differs by rounding alone: what is divided
     by pi and multiplied again is the same number then."""
     short = round(value, 12)
@@ -129,10 +129,21 @@ def to_qiskit(constant: float, terms: Any, symbols: Mapping[str, Any]) -> Any:
     return total + constant if constant else total
 
 
+def to_sympy(constant: float, terms: Any, symbols: Mapping[str, Any], sympy: Any) -> Any:
+    """The same in sympy."""
+    total = sympy.Float(constant) if constant else sympy.Integer(0)
+    for name, factor in terms:
+        total += _exact(factor, sympy) * symbols[name]
+    return total
+
+
 def to_half_turns(constant: float, terms: Any, symbols: Mapping[str, Any], sympy: Any) -> Any:
-    """The same divided by pi, in sympy."""
+    """The same divided by pi."""
     total = sympy.Float(constant / math.pi) if constant else sympy.Integer(0)
     for name, factor in terms:
-        exact = sympy.Integer(int(factor)) if factor.is_integer() else sympy.Float(factor)
-        total += exact * symbols[name] / sympy.pi
+        total += _exact(factor, sympy) * symbols[name] / sympy.pi
     return total
+
+
+def _exact(factor: float, sympy: Any) -> Any:
+    return sympy.Integer(int(factor)) if factor.is_integer() else sympy.Float(factor)

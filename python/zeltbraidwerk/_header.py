@@ -21,7 +21,7 @@ from zeltbraidwerk._definitions import (
     define,
     expanded,
 )
-from zeltbraidwerk.gates import Parameter
+from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 
 _T = math.pi / 4
 _PRIMITIVES = {
@@ -54,6 +54,9 @@ gate cu3(theta,phi,lambda) a,b {
 }
 gate cu(theta,phi,lambda,gamma) a,b { p(gamma) a; cu3(theta,phi,lambda) a,b; }
 gate rzz(theta) a,b { cx a,b; rz(theta) b; cx a,b; }
+gate ecr a,b { s a; sx b; cx a,b; x a; }
+gate iswap a,b { s a; s b; h a; cx a,b; cx b,a; h b; }
+gate dcx a,b { cx a,b; cx b,a; }
 gate rxx(theta) a,b { h a; h b; cx a,b; rz(theta) b; cx a,b; h a; h b; }
 gate ccx a,b,c {
   h c; cx b,c; tdg c; cx a,c; t c; cx b,c; tdg c; cx a,c; t b; t c; h c; cx a,b; t a; tdg b; cx a,b;
@@ -100,6 +103,14 @@ def read_gate(name: str, qubits: Sequence[int], angles: Sequence[float | Paramet
         raise errors.GateError(f"the gate {name} is not known")
     check(gate, name, qubits, angles)
     return expanded(gate, qubits, angles)
+
+
+def elementary(gate: Gate) -> list[Gate]:
+    """A gate of :data:`COMPOSED` as gates of the library; any other as it is."""
+    if gate.name not in COMPOSED:
+        return [gate]
+    parts = expanded(table()[COMPOSED[gate.name]], gate.qubits, gate.params)
+    return [Gate._trusted(*part) for part in parts]
 
 
 def check(

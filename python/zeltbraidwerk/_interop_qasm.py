@@ -4,9 +4,10 @@ from __future__ import annotations
 
 import importlib.util
 import re
+from collections.abc import Sequence
 from typing import Any
 
-from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
+from zeltbraidwerk import _interop, _interop_qiskit, _names, _qasm, _validate, errors
 from zeltbraidwerk._definitions import NAME
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read
@@ -20,16 +21,32 @@ _KEYWORDS = (
     "qreg", "reset", "sin", "sqrt", "tan",
 )  # fmt: skip
 
+# Gates that the first qelib1.inc does not have, defined where they are used. Those of one qubit are
+# read again as one gate.
+_DEFINED = {
+    "SX": "gate sx a { rx(pi/2) a; }",
+    "D-SX": "gate sxdg a { rx(-pi/2) a; }",
+    "ECR": "gate ecr a,b { s a; rx(pi/2) b; cx a,b; x a; }",
+    "ISWAP": "gate iswap a,b { s a; s b; h a; cx a,b; cx b,a; h b; }",
+    "RZZ": "gate rzz(theta) a,b { cx a,b; rz(theta) b; cx a,b; }",
+}
+
 
 # --- out ----------------------------------------------------------------------------------------
 
 
 def write(circuit: WholeCircuit) -> str:
-    names = _names([register.name for register in circuit.classical])
-    wires = "q"
-    while wires in names:
-        wires += "_"
-    lines = ["OPENQASM 2.0;", 'include "qelib1.inc";', f"qreg {wires}[{circuit.n}];"]
+    names = _valid([register.name for register in circuit.classical], "c_")
+    quantum = _names.registers(circuit._names, circuit.n, names)
+    wires: list[str] = []
+    used = {getattr(item, "operation", item).name for item in circuit}
+    lines = ["OPENQASM 2.0;", 'include "qelib1.inc";']
+    lines += [text for name, text in _DEFINED.items() if name in used]
+    for name, register in zip(
+        _valid([register.name for register in quantum], "q_", names), quantum, strict=True
+    ):
+        lines.append(f"qreg {name}[{register.size}];")
+        wires += [f"{name}[{k}]" for k in range(register.size)]
     bits: list[str] = []
     ranges: dict[tuple[int, ...], str] = {}
     for name, register in zip(names, circuit.classical, strict=True):
@@ -38,7 +55,7 @@ def write(circuit: WholeCircuit) -> str:
         bits += [f"{name}[{k}]" for k in range(register.size)]
     for operation, condition in _interop.written(circuit):
         prefix = "" if condition is None else _condition(condition, ranges)
-        on = [f"{wires}[{qubit}]" for qubit in operation.qubits]
+        on = [wires[qubit] for qubit in operation.qubits]
         if isinstance(operation, Measure):
             lines.append(f"{prefix}measure {on[0]} -> {bits[operation.bit]};")
         elif isinstance(operation, Gate):
@@ -53,8 +70,8 @@ def _gate(gate: Gate, on: list[str]) -> list[str]:
         a, b = on
         turn = f"rz({float(gate.params[0])!r}) {b}"
         return [f"h {a}", f"h {b}", f"cx {a},{b}", turn, f"cx {a},{b}", f"h {a}", f"h {b}"]
-    angle = f"({float(gate.params[0])!r})" if gate.params else ""
-    name = "u1" if gate.name == "PH" else _interop.QASM_NAMES[gate.name]
+    angle = f"({','.join([repr(float(angle)) for angle in gate.params])})" if gate.params else ""
+    name = {"PH": "u1", "U": "u3"}.get(gate.name) or _interop.QASM_NAMES[gate.name]
     return [f"{name}{angle} {','.join(on)}"]
 
 
@@ -68,15 +85,14 @@ def _condition(condition: Condition, ranges: dict[tuple[int, ...], str]) -> str:
     return f"if({ranges[bits]}=={value}) "
 
 
-def _names(given: list[str]) -> list[str]:
-    """Valid names of registers in OpenQASM; names that are valid are kept."""
+def _valid(given: list[str], prefix: str, taken: Sequence[str] = ()) -> list[str]:
+    """Valid names of registers in OpenQASM that are not ``taken``; names that are valid are
+    kept."""
     names: list[str] = []
     for name in given:
         fits = NAME.fullmatch(name) and name[0].islower() and name not in (*_KEYWORDS, *table())
-        name = name if fits else "c_" + re.sub(r"\W", "_", name, flags=re.ASCII)
-        while name in names:
-            name += "_"
-        names.append(name)
+        name = name if fits else prefix + re.sub(r"\W", "_", name, flags=re.ASCII)
+        names.append(_names.free(name, {*names, *taken}))
     return names
 
 
@@ -86,7 +102,7 @@ _HEADER = re.compile(r"""\binclude\s*["']qelib1\.inc["']""")
 # In the usual header, but not in that of Qiskit, which reads id as a U.
 MORE = (
     "ccz", "id", "u0", "u", "p", "sx", "sxdg", "swap", "cswap", "crx", "cry", "cp", "csx", "cu",
-    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x",
+    "rxx", "rzz", "rccx", "rc3x", "c3x", "c3sqrtx", "c4x", "ecr", "iswap", "dcx",
 )  # fmt: skip
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What may crash a compiled reader: long expressions, large registers and numbers.

@@ -7,7 +7,7 @@ from contextlib import ExitStack
 from functools import cache
 from typing import Any
 
-from zeltbraidwerk import _foreign_angles, _interop, _reading, errors
+from zeltbraidwerk import _foreign_angles, _interop, _names, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
@@ -25,10 +25,12 @@ from zeltbraidwerk.instructions import (
 # --- out ----------------------------------------------------------------------------------------
 
 
-def write(circuit: WholeCircuit) -> Any:
+def write(circuit: WholeCircuit, phase: float = 0.0) -> Any:
     qiskit = _interop._package("qiskit")
     names = [register.name for register in circuit.classical]
-    made = qiskit.QuantumCircuit(qiskit.QuantumRegister(circuit.n, _free("q", names)))
+    quantum = _names.registers(circuit._names, circuit.n, names)
+    wires = [qiskit.QuantumRegister(r.size, r.name) for r in quantum]
+    made = qiskit.QuantumCircuit(*wires, global_phase=phase)
     for register in circuit.classical:
         made.add_register(qiskit.ClassicalRegister(register.size, register.name))
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_qiskit, _symbol)
@@ -83,12 +85,6 @@ def _instructions(qubits: Sequence[Any], symbols: Mapping[str, Any]) -> Callable
     return made
 
 
-def _free(name: str, taken: Collection[str]) -> str:
-    while name in taken:
-        name += "_"
-    return name
-
-
 def _tests(
     made: Any, registers: Mapping[tuple[int, ...], Any], condition: Condition | None
 ) -> list[tuple[Any, int]]:
@@ -116,7 +112,21 @@ def read(
     reader = _Reader(most_inner, lines)
     bits = {bit: place for place, bit in enumerate(circuit.clbits)}
     reader.block(circuit, range(circuit.num_qubits), range(len(bits)), None, None)
-    return circuit.num_qubits, reader.reading.operations, _registers(circuit, bits)
+    return Read(
+        circuit.num_qubits, reader.reading.operations, _registers(circuit, bits), _named(circuit)
+    )
+
+
+def _named(circuit: Any) -> _names.Names | None:
+    """Qubits that are in no register get one."""
+    if [qubit for register in circuit.qregs for qubit in register] == circuit.qubits:
+        return _names.of_registers((register.name, register.size) for register in circuit.qregs)
+    loose = _names.free(_names.REGISTER, {register.name for register in circuit.qregs})
+    homes = [circuit.find_bit(qubit).registers for qubit in circuit.qubits]
+    alone = iter(range(len(homes)))
+    return _names.kept(
+        f"{home[0][0].name}[{home[0][1]}]" if home else f"{loose}[{next(alone)}]" for home in homes
+    )
 
 
 def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
@@ -134,7 +144,7 @@ def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
             loose, place = loose + 1, place + 1
             continue
         if loose:
-            name = _free("c", names)
+            name = _names.free("c", names)
             names.append(name)
             found.append(Register(name, loose))
             loose = 0

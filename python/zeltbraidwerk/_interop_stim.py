@@ -12,18 +12,19 @@ from zeltbraidwerk import _interop, _reading, errors
 from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Read, Reading
-from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
+from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Measure, Register, Reset, WholeCircuit
 
 # --- out ----------------------------------------------------------------------------------------
 
 _NAMES = {
     "CNOT": "CX", "CSIGN": "CZ", "CZ": "CZ", "H": "H", "S": "S", "D-S": "S_DAG", "X": "X",
-    "Y": "Y", "Z": "Z", "I": "I", "XX": "SQRT_XX",
+    "Y": "Y", "Z": "Z", "I": "I", "SX": "SQRT_X", "D-SX": "SQRT_X_DAG", "ISWAP": "ISWAP",
 }  # fmt: skip
 _QUARTERS = {axis: ("I", f"SQRT_{axis}", axis, f"SQRT_{axis}_DAG") for axis in "XY"} | {
-    "Z": ("I", "S", "Z", "S_DAG")
-}
+    "Z": ("I", "S", "Z", "S_DAG"), "ZZ": ("I", "SQRT_ZZ", "Z", "SQRT_ZZ_DAG"),
+    "XX": ("I", "SQRT_XX", "X", "SQRT_XX_DAG"),
+}  # fmt: skip
 
 
 def write(circuit: WholeCircuit) -> Any:
@@ -31,7 +32,7 @@ def write(circuit: WholeCircuit) -> Any:
     made = stim.Circuit()
     records: dict[int, int] = {}  # the number of the record that a bit holds
     count = 0
-    for operation, condition in _interop.written(circuit):
+    for operation, condition in _interop.written(circuit, (*_NAMES, "RZZ")):
         if isinstance(operation, Barrier):
             made.append("TICK")
         elif condition is not None:
@@ -50,15 +51,15 @@ def write(circuit: WholeCircuit) -> Any:
 
 
 def _name(gate: Gate) -> str:
-    if gate.name not in ROTATIONS:
+    if gate.name in _NAMES:
         return _NAMES[gate.name]
-    (angle,) = gate.params
+    angle = gate.params[0]
     quarters = math.nan if angle.is_symbolic else float(angle) / (math.pi / 2)
     if not abs(quarters - round(quarters) if math.isfinite(quarters) else math.nan) <= 1e-5:
         raise errors.NotCliffordError(
             f"circuit: got {gate.name}({angle}), wanted a multiple of pi/2"
         )
-    axis = "Z" if gate.name == "PH" else gate.name[1]
+    axis = {"PH": "Z", "XX": "XX"}.get(gate.name) or gate.name[1:]
     return _QUARTERS[axis][round(quarters) % 4]
 
 
@@ -67,7 +68,8 @@ def _controlled(
 ) -> None:
     name = _name(operation) if isinstance(operation, Gate) else operation.name
     bits, value = condition
-    if name not in ("I", "X", "Y", "Z") or len(bits) > 1 or bits[0] not in records:
+    one = name in ("I", "X", "Y", "Z") and len(operation.qubits) == 1
+    if not one or len(bits) > 1 or bits[0] not in records:
         raise errors.GateError(
             f"circuit: got {name} on qubit {operation.qubits[-1]} under a condition on bits "
             f"{', '.join(map(str, bits))}, wanted X, Y or Z under one bit measured before, as "
@@ -85,7 +87,7 @@ def _controlled(
 
 _KNOWN = {
     "CX": "cx", "CZ": "cz", "CY": "cy", "H": "h", "S": "s", "S_DAG": "sdg", "X": "x", "Y": "y",
-    "Z": "z", "I": "id", "SWAP": "swap", "SQRT_X": "sx", "SQRT_X_DAG": "sxdg",
+    "Z": "z", "I": "id", "SWAP": "swap", "SQRT_X": "sx", "SQRT_X_DAG": "sxdg", "ISWAP": "iswap",
 }  # fmt: skip
 _TURNS = {"SQRT_Y": math.pi / 2, "SQRT_Y_DAG": -math.pi / 2}
 _FEEDBACK = {"CX": "X", "CY": "Y", "CZ": "Z", "XCZ": "X", "YCZ": "Y"}
@@ -122,7 +124,7 @@ def read(circuit: Any) -> Read:
             raise errors.GateError(f"{step.where}: got more than {MOST_OPERATIONS} operations")
     reader.steps(steps)
     registers = [Register("rec", reader.records)] if reader.records else []
-    return circuit.num_qubits, reader.reading.operations, registers
+    return Read(circuit.num_qubits, reader.reading.operations, registers)
 
 
 def _parsed(circuit: Any, where: str | None, depth: int) -> list[_Step]:

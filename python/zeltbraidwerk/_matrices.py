@@ -5,10 +5,9 @@ from __future__ import annotations
 from typing import Any
 
 from zeltbraidwerk import _texts, _validate, errors
-from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.circuits import READ_PACKAGES, Circuit, CnotCircuit
 
 _DIGITS = frozenset("01 ,\t\r\n")
-_CIRCUITS = ("qiskit", "pytket", "stim")
 
 
 def matrix_of(value: Any, name: str) -> Any:
@@ -22,7 +21,7 @@ def matrix_of(value: Any, name: str) -> Any:
         return _of_circuit(value)
     if _validate.comes_from(value, "pyzx") and hasattr(value, "data"):  # a Mat2
         return value.data
-    if any(_validate.comes_from(value, package) for package in _CIRCUITS):
+    if any(_validate.comes_from(value, package) for package in READ_PACKAGES):
         # A LinearFunction of Qiskit has its matrix, row r the inputs of output r.
         linear = getattr(value, "linear", None)
         return _of_circuit(value) if linear is None else linear

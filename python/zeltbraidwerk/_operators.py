@@ -14,7 +14,7 @@ from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Permutation, Result, spread
 from zeltbraidwerk._tableau import CliffordTableau, Image, check_images
-from zeltbraidwerk.circuits import Circuit, CnotCircuit
+from zeltbraidwerk.circuits import READ_PACKAGES, Circuit, CnotCircuit
 
 __all__ = ["CliffordSynthesis", "methods", "synthesize"]
 
@@ -155,15 +155,12 @@ def tableau_of(value: Any) -> CliffordTableau | None:
     package, _, kind = _rotations._kind(value).partition(".")
     if package == "pytket" and kind == "UnitaryTableau":
         value, kind = value.to_circuit(), "Circuit"
-    if package in _CIRCUITS and kind in ("Circuit", "QuantumCircuit"):
-        value = _CIRCUITS[package](value)
+    if package in READ_PACKAGES and kind in _CIRCUITS:
+        value = Circuit.of(value)
     if isinstance(value, (Circuit, CnotCircuit)):
         return CliffordTableau.from_circuit(value)
     return value if isinstance(value, CliffordTableau) else None
 
 
-_CIRCUITS: dict[str, Callable[[Any], Circuit]] = {
-    "stim": Circuit.from_stim,
-    "qiskit": Circuit.from_qiskit,
-    "pytket": Circuit.from_pytket,
-}
+# What the packages call their circuits.
+_CIRCUITS = ("Circuit", "FrozenCircuit", "QuantumCircuit", "QuantumScript", "QuantumTape")

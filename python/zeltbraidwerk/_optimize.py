@@ -36,8 +36,9 @@ def optimize(
     """A circuit of the same operator that is shorter, and never longer, up to a global phase.
 
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads: a circuit of this package, of
-    Qiskit, pytket or Stim, OpenQASM text, or the path of a file. The result has the circuit, what
-    it takes before and after, and :meth:`~Optimization.verify`, which proves that both are the
+    Qiskit, pytket, Stim, PyZX, Cirq or PennyLane, OpenQASM text, or the path of a file. The result
+    has the circuit, with the names of qubits of the given one unless there is a device, what it
+    takes before and after, and :meth:`~Optimization.verify`, which proves that both are the
     same operator.
 
     Rotations about the same Pauli string are merged wherever everything between commutes with

@@ -142,9 +142,10 @@ class Assembly:
         operations.extend(self.ending.placed(permutation, n).operations)
         whole = Circuit._trusted(n, tuple(operations), self.source.classical)
         qubits, width = self.call.qubits(n), self.call.width(n)
+        circuit = placed(whole, qubits, width)
         return replace(
             base,
-            circuit=placed(whole, qubits, width),
+            circuit=circuit._named(self.source._names) if self.call.device is None else circuit,
             source=self.source,
             permutation=permutation,
             runs=sum(result.runs for result in done),

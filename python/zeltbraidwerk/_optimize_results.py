@@ -22,7 +22,8 @@ class CircuitCounts:
     """How large a circuit is.
 
     ``one_qubit`` counts all other gates, ``rotations`` those of them that are by no multiple of
-    pi/2, and ``t`` the rotations by an odd multiple of pi/4.
+    pi/2, and ``t`` the rotations by an odd multiple of pi/4. ``fused`` is what ``one_qubit`` is
+    after :meth:`~zeltbraidwerk.Circuit.fused`.
     """
 
     two_qubit: int
@@ -30,12 +31,13 @@ class CircuitCounts:
     one_qubit: int
     rotations: int
     t: int
+    fused: int
 
     @classmethod
     def of(cls, circuit: Circuit) -> CircuitCounts:
         return cls(
             circuit.two_qubit_count, circuit.two_qubit_depth, circuit.one_qubit_count,
-            circuit.rotation_count, circuit.t_count,
+            circuit.rotation_count, circuit.t_count, circuit.fused().one_qubit_count,
         )  # fmt: skip
 
 

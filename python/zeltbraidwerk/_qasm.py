@@ -5,7 +5,7 @@ from __future__ import annotations
 import re
 from collections.abc import Iterator
 
-from zeltbraidwerk import _angles, errors
+from zeltbraidwerk import _angles, _names, errors
 from zeltbraidwerk._definitions import (
     APPLICATION,
     MOST_OPERATIONS,
@@ -19,7 +19,7 @@ from zeltbraidwerk._definitions import (
     split,
 )  # fmt: skip
 from zeltbraidwerk._header import table
-from zeltbraidwerk._reading import Condition, Reading
+from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.errors import QasmError
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
@@ -52,8 +52,8 @@ def without_comments(text: str) -> str:
     return _COMMENT.sub(blank, text) if "/" in text else text
 
 
-def read(text: str) -> tuple[int, list[Operation], list[Register]]:
-    """Number of qubits, operations and classical registers of text without comments."""
+def read(text: str) -> Read:
+    """What text without comments holds."""
     reader = _Reader()
     for line, statement, body in _statements(text):
         try:
@@ -65,7 +65,8 @@ def read(text: str) -> tuple[int, list[Operation], list[Register]]:
             raise QasmError(f"line {line}: {error}") from None
     if not reader.seen:
         raise QasmError("got no statement, wanted OpenQASM 2")
-    return reader.qubits, reader.reading.operations, reader.registers
+    names = _names.of_registers((name, len(at)) for name, at in reader.places.items())
+    return Read(reader.qubits, reader.reading.operations, reader.registers, names)
 
 
 def lines_of(text: str) -> list[int]:
@@ -127,13 +128,14 @@ class _Reader:
         self._cost = 0
         self.reading = Reading()
         self.registers: list[Register] = []
-        self._places: dict[str, range] = {}  # of registers of qubits
+        self.places: dict[str, range] = {}  # of registers of qubits
         self._bit_places: dict[str, range] = {}
         self._gates: dict[str, Primitive | Definition] = dict(table())
         self._defined: set[str] = set()
         self._repeated: dict[str, list[Operation]] = {}  # by statement, of gates alone
         self._angles: dict[str, list[float]] = {"": []}
         self._operands: dict[str, range] = {}
+        self._lists: dict[str, tuple[int, list[tuple[int, ...]]]] = {}
 
     def statement(self, line: int, text: str, body: Body) -> None:
         self.seen += 1
@@ -184,14 +186,14 @@ class _Reader:
         if not match:
             raise QasmError(f"cannot read {short(text)!r}")
         quantum, name, size = match[1] == "q", match[2], _integer(match[3])
-        if name in self._places or name in self._bit_places:
+        if name in self.places or name in self._bit_places:
             raise QasmError(f"got the register {name} twice")
         first = self.qubits if quantum else self.bits
         if first + size > MOST_BITS:
             kind = "qubits" if quantum else "bits"
             raise QasmError(f"got {first + size} {kind}, wanted {MOST_BITS} at most")
         if quantum:
-            self._places[name] = range(first, first + size)
+            self.places[name] = range(first, first + size)
             self.qubits += size
         else:
             self._bit_places[name] = range(first, first + size)
@@ -251,27 +253,41 @@ class _Reader:
         match = APPLICATION.fullmatch(text)
         if not match:
             raise QasmError(f"cannot read {short(text)!r}")
-        name, operands = match[1], [self._qubits(part) for part in split(match[3])]
+        name, (operands, each) = match[1], self._applied(match[3], text)
         gate = self._gates.get(name)
         if gate is None:
             raise QasmError(f"the gate {short(name)} is not known")
         if isinstance(gate, Definition) and gate.parts is None:
             raise QasmError(f"the gate {name} is opaque: it has no definition")
         angles = self._values(line, match[2] or "")
-        check_counts(gate, name, len(operands), len(angles))
-        wide = {len(operand) for operand in operands if len(operand) != 1}
-        if len(wide) > 1:
-            raise QasmError(f"got registers of unequal size in {short(text)!r}")
-        count = wide.pop() if wide else 1
-        self._room(count * gate.size, condition)
-        for place in range(count):
-            qubits = [operand[place if len(operand) > 1 else 0] for operand in operands]
-            if len(set(qubits)) < len(qubits):
-                raise QasmError(f"got a qubit twice in {short(text)!r}")
+        check_counts(gate, name, operands, len(angles))
+        self._room(len(each) * gate.size, condition)
+        for qubits in each:
             try:
-                self.reading.gate(gate, tuple(qubits), angles, f"line {line}", condition)
+                self.reading.gate(gate, qubits, angles, f"line {line}", condition)
             except ValueError:
                 raise QasmError(f"got an angle of {name} that is not a number") from None
+
+    def _applied(self, text: str, statement: str) -> tuple[int, list[tuple[int, ...]]]:
+        """How many operands there are, and the qubits of each gate: a register has all of its
+        own."""
+        if (found := self._lists.get(text)) is not None:
+            return found
+        operands = [self._qubits(part) for part in split(text)]
+        wide = {len(operand) for operand in operands if len(operand) != 1}
+        if len(wide) > 1:
+            raise QasmError(f"got registers of unequal size in {short(statement)!r}")
+        count = wide.pop() if wide else 1
+        if count > MOST_OPERATIONS:
+            raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
+        each = [
+            tuple([operand[place if len(operand) > 1 else 0] for operand in operands])
+            for place in range(count)
+        ]
+        if any(len(set(qubits)) < len(qubits) for qubits in each):
+            raise QasmError(f"got a qubit twice in {short(statement)!r}")
+        self._lists[text] = len(operands), each
+        return len(operands), each
 
     def _room(self, count: int, condition: Condition | None) -> None:
         """Refuses programs that are too long: an operation counts once for each bit of its
@@ -282,12 +298,11 @@ class _Reader:
 
     def _values(self, line: int, text: str) -> list[float]:
         values = self._angles.get(text)
+        if values is None and _DECIMAL.fullmatch(text):
+            values = self._angles[text] = [float(text)]
         if values is None:
             values = []
             for part in split(text):
-                if _DECIMAL.fullmatch(part):
-                    values.append(float(part))
-                    continue
                 steps = expression(line, part)
                 try:
                     values.append(_angles.evaluate(steps, {}))
@@ -299,7 +314,7 @@ class _Reader:
     def _qubits(self, text: str) -> range:
         found = self._operands.get(text)
         if found is None:
-            found = self._operands[text] = _operand(text, self._places, "a qubit of a register")
+            found = self._operands[text] = _operand(text, self.places, "a qubit of a register")
         return found
 
     def _bits(self, text: str) -> range:

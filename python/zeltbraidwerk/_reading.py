@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Iterator, Sequence
 from contextlib import contextmanager
-from typing import Any
+from typing import Any, NamedTuple, TypeAlias
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk._definitions import (
@@ -14,12 +14,21 @@ from zeltbraidwerk._definitions import (
     Primitive,
     expanded,
 )
+from zeltbraidwerk._names import Names
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Register, Reset
 
-Known = Primitive | Definition
+Known: TypeAlias = Primitive | Definition
 Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
-Read = tuple[int, list[Operation], list[Register]]  # number of qubits, ...
+
+
+class Read(NamedTuple):
+    """What a reader finds; without ``names`` the qubits have the usual ones."""
+
+    n: int
+    operations: list[Operation]
+    classical: list[Register]
+    names: Names | None = None
 
 
 class Reading:
@@ -35,18 +44,20 @@ class Reading:
     ) -> None:  # fmt: skip
         """A gate whose qubits and angles are of the right number. Gates without an angle are
         values that many places share."""
-        if angles or condition is not None:
+        if condition is None and len(angles) == 1 and type(gate) is Primitive:
+            (angle,) = angles
+            made = angle if isinstance(angle, Parameter) else Parameter._number(angle)
+            self.operations.append(Gate._trusted(gate.own_name, qubits, (made,)))
+            self._check_room()
+        elif angles or condition is not None:
             self.gates(expanded(gate, qubits, angles), where, condition)
-            return
-        key = gate, qubits
-        made = self._known.get(key)
-        if made is None:
+        elif (known := self._known.get((gate, qubits))) is not None:
+            self.operations += known
+            self._check_room()
+        else:
             first = len(self.operations)
             self.gates(expanded(gate, qubits, ()), where)
-            self._known[key] = tuple(self.operations[first:])
-        else:
-            self.operations += made
-            self._check_room()
+            self._known[gate, qubits] = tuple(self.operations[first:])
 
     def gates(
         self, plain: Iterable[Plain], where: str = "", condition: Condition | None = None

@@ -140,7 +140,8 @@ class Routing(MovesObservables):
 
 def placed(circuit: Circuit, placement: Sequence[int], n: int) -> Circuit:
     """The same operations on qubits of a larger machine."""
-    return circuit if tuple(placement) == tuple(range(n)) else circuit.placed(placement, n)
+    is_same = tuple(placement) == tuple(range(n))
+    return circuit._named(None) if is_same else circuit.placed(placement, n)
 
 
 def _records(ending: Circuit) -> list[Instruction]:

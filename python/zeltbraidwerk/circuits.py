@@ -16,14 +16,19 @@ from zeltbraidwerk import (
     _files,
     _interop_qasm3,
     _json,
+    _names,
+    _naming,
+    _native,
     _parameter,
     _renamed,
+    _runs,
     _validate,
     errors,
 )
 from zeltbraidwerk._circuit_base import CircuitBase
+from zeltbraidwerk._native_pairs import Basis
 from zeltbraidwerk._reading import Read
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 from zeltbraidwerk.instructions import (
     Barrier,
     Conditional,
@@ -34,6 +39,7 @@ from zeltbraidwerk.instructions import (
     Reset,
     bits_of,
     bound,
+    elementary,
     gates_alone,
     placed,
     registers_of,
@@ -41,6 +47,9 @@ from zeltbraidwerk.instructions import (
 )  # fmt: skip
 
 __all__ = ["Circuit", "CnotCircuit", "Gate", "Parameter"]
+
+# The packages whose circuits are read.
+READ_PACKAGES = ("qiskit", "pytket", "stim", "pyzx", "cirq", "pennylane")
 
 
 class CnotCircuit(CircuitBase):
@@ -124,6 +133,13 @@ class CnotCircuit(CircuitBase):
         """The same gates as a general circuit."""
         return Circuit._trusted(self._n, tuple(Gate._trusted("CNOT", pair, ()) for pair in self))
 
+    def in_basis(self, basis: Basis) -> Circuit:
+        """The circuit in the native gates of a machine, as of :meth:`Circuit.in_basis`."""
+        return self.to_circuit().in_basis(basis)
+
+    def _written(self, basis: Basis | None = None) -> tuple[Circuit, float]:
+        return self.to_circuit()._written(basis)
+
     def __add__(self, later: CnotCircuit) -> CnotCircuit:
         """This circuit, then the other."""
         if not isinstance(later, CnotCircuit):
@@ -154,9 +170,6 @@ class CnotCircuit(CircuitBase):
     def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         return (("CNOT", pair, ()) for pair in self)
 
-    def _whole(self) -> Circuit:
-        return self.to_circuit()
-
     @classmethod
     def _of_read(cls, read: Read) -> CnotCircuit:
         return Circuit._of_read(read).to_cnot_circuit()
@@ -175,7 +188,10 @@ class Circuit(CircuitBase):
 
     It may hold the operations of :mod:`zeltbraidwerk.instructions` as well: measurements, resets,
     barriers and classically controlled gates. ``classical`` are registers of bits, or pairs of a
-    name and a size; without, the bits that are used make one register, "c".
+    name and a size; without, the bits that are used make one register, "c". ``qubit_names`` are
+    names such as "a[0]" or "ancilla", one per qubit, or registers in the same way; without, qubit k
+    is "q[k]". Readers keep names and writers use them; circuits that differ in the names of qubits
+    alone are equal.
 
     >>> bell = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
     >>> bell
@@ -198,6 +214,7 @@ class Circuit(CircuitBase):
         n: int,
         gates: Iterable[Operation] = (),
         classical: Iterable[Register | tuple[str, int]] | None = None,
+        qubit_names: Iterable[str | Register | tuple[str, int]] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
         self._items: tuple[Operation, ...] = tuple(
@@ -207,13 +224,15 @@ class Circuit(CircuitBase):
             _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
         self._classical = registers_of(classical, self._items)
+        self._names = _names.checked(qubit_names, self._n)
 
     @classmethod
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
-        pytket or Stim, text in OpenQASM 2 or 3, or the path of a file with such text."""
+        pytket, Stim, PyZX or Cirq, a script of PennyLane, a graph of PyZX, text in OpenQASM 2 or 3,
+        or the path of a file with such text. Its gates are those of :meth:`elementary`."""
         if isinstance(source, Circuit):
-            return source
+            return source.elementary()
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
         if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
@@ -221,23 +240,27 @@ class Circuit(CircuitBase):
         if isinstance(source, str):
             version_3 = _interop_qasm3.is_version_3(source)
             return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)
-        for kind, read in (
-            ("qiskit", cls.from_qiskit), ("pytket", cls.from_pytket), ("stim", cls.from_stim)
-        ):  # fmt: skip
-            if _validate.comes_from(source, kind):
-                return read(source)
+        for package in READ_PACKAGES:
+            if _validate.comes_from(source, package):
+                found: Circuit = getattr(cls, f"from_{package}")(source)
+                return found
         raise errors.DtypeError(
             f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
-            "Qiskit, pytket or Stim"
+            "Qiskit, pytket, Stim, PyZX, Cirq or PennyLane"
         )
 
     @classmethod
     def _trusted(
-        cls, n: int, operations: tuple[Operation, ...], classical: tuple[Register, ...] = ()
+        cls,
+        n: int,
+        operations: tuple[Operation, ...],
+        classical: tuple[Register, ...] = (),
+        names: _names.Names | None = None,
     ) -> Circuit:
         """From parts that are known to be valid."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._items, circuit._classical = n, operations, classical
+        circuit._names = names
         return circuit
 
     @classmethod
@@ -263,6 +286,24 @@ class Circuit(CircuitBase):
     def classical(self) -> tuple[Register, ...]:
         """The classical registers; their bits are numbered from 0 in this order."""
         return self._classical
+
+    @property
+    def qubit_names(self) -> tuple[str, ...]:
+        """The name of each qubit, such as "q[0]"; see :meth:`with_qubit_names`."""
+        return _names.all_of(self._names, self._n)
+
+    def with_qubit_names(self, names: Iterable[str | Register | tuple[str, int]] | None) -> Circuit:
+        """The same circuit under other names of its qubits: one name per qubit, or registers, or
+        pairs of a name and a size; None for the usual names.
+
+        >>> circuit = Circuit(3, [Gate.cnot(0, 2)]).with_qubit_names([("a", 2), ("b", 1)])
+        >>> circuit.qubit_names
+        ('a[0]', 'a[1]', 'b[0]')
+        """
+        return self._named(_names.checked(names, self._n))
+
+    def _named(self, names: _names.Names | None) -> Circuit:
+        return Circuit._trusted(self._n, self._items, self._classical, names)
 
     @property
     def bit_count(self) -> int:
@@ -322,7 +363,10 @@ class Circuit(CircuitBase):
         """
         given = _parameter.bindings(values, self._angles())
         return Circuit._trusted(
-            self._n, tuple([bound(item, given) for item in self._items]), self._classical
+            self._n,
+            tuple([bound(item, given) for item in self._items]),
+            self._classical,
+            self._names,
         )
 
     def split_ending(self) -> tuple[Circuit, Circuit]:
@@ -348,16 +392,77 @@ class Circuit(CircuitBase):
                 busy.update(item.qubits, bits)
         first, ending = (tuple(reversed(part)) for part in parts)
         return (
-            Circuit._trusted(self._n, first, self._classical),
-            Circuit._trusted(self._n, ending, self._classical),
+            Circuit._trusted(self._n, first, self._classical, self._names),
+            Circuit._trusted(self._n, ending, self._classical, self._names),
         )
+
+    def named(self) -> Circuit:
+        """The circuit with rotations by multiples of pi/4 about Z, and of pi/2 about X and Y, as
+        gates with names, up to a global phase. This is what is written and drawn.
+
+        Angles within 1e-11 of a multiple count as such. By 3 pi/4 about Z and pi/2 about Y it takes
+        two gates. Gates with names stay; rotations by 0 vanish.
+
+        >>> import math
+        >>> gates = [Gate.rz(0, "a"), Gate.rx(0, math.pi / 2), Gate.rz(0, 3 * math.pi / 4)]
+        >>> Circuit(1, gates).named().gates
+        (Gate('RZ', (0,), 'a'), Gate('SX', (0,)), Gate('S', (0,)), Gate('T', (0,)))
+        """
+        return self._written()[0]
+
+    def fused(self) -> Circuit:
+        """The circuit with at most one gate on each wire between gates on two qubits, up to a
+        global phase: a gate with a name where there is one, else a rotation about an axis, else
+        one U.
+
+        Measurements, resets, barriers and gates under a condition end a run of gates as those on
+        two qubits do. Symbols: rotations about one axis become one rotation; other gates of a run
+        are fused before, between and after them. T gates that are fused into a U with other angles
+        are no longer counted as such.
+
+        >>> gates = [Gate.h(0), Gate.s(0), Gate.h(0), Gate.cnot(0, 1), Gate.h(1), Gate.rz(1, 0.5)]
+        >>> [gate.name for gate in Circuit(2, gates).fused()]
+        ['SX', 'CNOT', 'U']
+        """
+        return self._with(_runs.fused(self._n, self._items))
+
+    def in_basis(self, basis: Basis) -> Circuit:
+        """The circuit with all gates on two qubits in the native gate of a machine, and the others
+        fused, up to a global phase.
+
+        ``basis`` is "cx", "cz", "ecr" (the first qubit is the one that an X is on afterwards),
+        "iswap" or "rzz". A CNOT takes one gate of these, two for "iswap". For "rzz", a CNOT, a
+        rotation and a CNOT on the same wires become one RZZ by its angle; for "iswap", two CNOTs on
+        the same wires with any gates on one qubit between become two gates, or one where that is
+        enough, as for a CNOT and a SWAP. ``two_qubit_count`` of the result counts native gates,
+        ``one_qubit_count`` those between. Rotations that commute with native gates are moved past
+        them to where they are fused with others, so that few gates are left.
+
+        Takes time linear in the gates.
+
+        >>> step = Circuit(2, [Gate.cnot(0, 1), Gate.rz(1, "gamma"), Gate.cnot(0, 1)])
+        >>> step.in_basis("rzz").gates
+        (Gate('RZZ', (0, 1), 'gamma'),)
+        """
+        _validate.choice(basis, "basis", _native.BASES)
+        return self._with(_native.in_basis(self._n, self._items, basis))
+
+    def elementary(self) -> Circuit:
+        """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
+        phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
+        take them so."""
+        if all(name not in COMPOSED for name, _, _ in self._operations()):
+            return self
+        return self._with(elementary(self._items))
 
     def unitary(self) -> Circuit:
         """The gates alone, barriers left out; other operations are refused."""
-        return Circuit._trusted(self._n, tuple(gates_alone(self, "circuit")))
+        gates_alone(self, "circuit")
+        return Circuit._trusted(self._n, self.gates, (), self._names)
 
     def placed(self, qubits: Sequence[int], n: int) -> Circuit:
-        """The same operations on ``n`` qubits: what is on qubit k goes to ``qubits[k]``."""
+        """The same operations on ``n`` qubits with the usual names: what is on qubit k goes to
+        ``qubits[k]``."""
         n = _validate.qubit_count(n)
         places = _validate.qubits(qubits, "qubits")
         if len(places) != self._n:
@@ -368,20 +473,22 @@ class Circuit(CircuitBase):
         )
 
     def inverse(self) -> Circuit:
-        """The inverse gates and the barriers in reverse order; other operations have no inverse."""
+        """The inverse gates and the barriers in reverse order; other operations have no inverse.
+        That of ISWAP is one between two Z."""
         gates_alone(self, "circuit")
-        return self._trusted(
-            self._n,
-            tuple(
-                item.inverse() if isinstance(item, Gate) else item for item in reversed(self._items)
-            ),
-            self._classical,
-        )
+        made: list[Operation] = []
+        for item in reversed(self._items):
+            if item.name == "ISWAP":
+                flip = Gate("Z", item.qubits[0])
+                made += [flip, item, flip]
+            else:
+                made.append(item.inverse() if isinstance(item, Gate) else item)
+        return self._with(made)
 
     def to_cnot_circuit(self) -> CnotCircuit:
         """The same circuit where all gates are CNOTs; barriers are left out."""
         pairs = []
-        for place, gate in enumerate(gates_alone(self, "circuit")):
+        for place, gate in enumerate(self.unitary().gates):
             if gate.name not in ("CNOT", "I"):
                 raise errors.NotLinearError(
                     f"circuit: got the gate {gate.name} (gate {place}), wanted CNOTs alone"
@@ -391,7 +498,8 @@ class Circuit(CircuitBase):
         return CnotCircuit(self._n, pairs)
 
     def __add__(self, later: Circuit) -> Circuit:
-        """This circuit, then the other, with the same classical registers or one without."""
+        """This circuit, then the other, with the same classical registers or one without. Qubits
+        keep the names that this one has, or else those of the other."""
         if not isinstance(later, Circuit):
             return NotImplemented
         _same_size(self, later)
@@ -404,6 +512,7 @@ class Circuit(CircuitBase):
             self._n,
             self._items + later._items,
             self._classical or later._classical,
+            later._names if self._names is None else self._names,
         )
 
     def __len__(self) -> int:
@@ -438,7 +547,7 @@ class Circuit(CircuitBase):
         return "\n".join(map(str, self._items))
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return Circuit, self._key()
+        return Circuit, (*self._key(), self._names)
 
     def _operations(self) -> Iterator[tuple[str, tuple[int, ...], tuple[Parameter, ...]]]:
         for item in self._items:
@@ -446,20 +555,30 @@ class Circuit(CircuitBase):
             if isinstance(gate, Gate):
                 yield gate.name, gate.qubits, gate.params
 
-    def _whole(self) -> Circuit:
+    def to_circuit(self) -> Circuit:
+        """The circuit itself."""
         return self
+
+    def _written(self, basis: Basis | None = None) -> tuple[Circuit, float]:
+        circuit = self if basis is None else self.in_basis(basis)
+        operations, phase = _naming.named(circuit._items)
+        return circuit._with(operations), phase
+
+    def _with(self, operations: Iterable[Operation]) -> Circuit:
+        """Other operations on the same qubits and bits."""
+        return Circuit._trusted(self._n, tuple(operations), self._classical, self._names)
 
     @classmethod
     def _of_read(cls, read: Read) -> Circuit:
-        n, operations, classical = read
-        return cls._trusted(n, tuple(operations), tuple(classical))
+        return cls._trusted(read.n, tuple(read.operations), tuple(read.classical), read.names)
 
     def _to_plain(self) -> dict[str, Any]:
-        return {
+        found = {
             "n": self._n,
             "operations": [_json.operation_out(item) for item in self._items],
             "classical": [[register.name, register.size] for register in self._classical],
         }
+        return found if self._names is None else found | {"qubit_names": list(self._names)}
 
     @classmethod
     def _of_plain(cls, plain: Any, where: str) -> Circuit:
@@ -469,7 +588,10 @@ class Circuit(CircuitBase):
             _json.operation_in(item, f"{where}.operations[{k}]") for k, item in enumerate(listed)
         ]
         registers = _json.items(table.get("classical", []), f"{where}.classical")
-        return _json.built(where, cls, table.get("n"), operations, registers)
+        names = table.get("qubit_names")  # texts of older versions have none
+        if names is not None:
+            names = _json.items(names, f"{where}.qubit_names")
+        return _json.built(where, cls, table.get("n"), operations, registers, names)
 
 
 def _same_size(first: CircuitBase, second: CircuitBase) -> None:

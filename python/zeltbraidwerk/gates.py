@@ -20,13 +20,22 @@ VOCABULARY: dict[str, tuple[int | None, int]] = {
     "X": (1, 0), "Y": (1, 0), "Z": (1, 0), "I": (1, 0),
     "RX": (1, 1), "RY": (1, 1), "RZ": (1, 1), "PH": (1, 1),
     "XX": (None, 2),
+    "T": (1, 0), "D-T": (1, 0), "SX": (1, 0), "D-SX": (1, 0), "U": (1, 3),
+    "ECR": (2, 0), "ISWAP": (2, 0), "RZZ": (2, 1),
 }  # fmt: skip
 
 ROTATIONS = frozenset(("RX", "RY", "RZ", "PH"))
+# Gates that are made of those before them in the vocabulary, by their names in OpenQASM, where
+# they are defined. The compiled part has no gates of these names.
+COMPOSED = {
+    "T": "t", "D-T": "tdg", "SX": "sx", "D-SX": "sxdg", "U": "u", "ECR": "ecr", "ISWAP": "iswap",
+    "RZZ": "rzz",
+}  # fmt: skip
 _TOLERANCE = 1e-9  # radians, as of the searches
-_INVERSES = {"S": "D-S", "D-S": "S"} | {
-    name: name for name in ("CNOT", "CSIGN", "CZ", "H", "X", "Y", "Z", "I")
-}
+_INVERSES = {
+    "S": "D-S", "D-S": "S", "T": "D-T", "D-T": "T", "SX": "D-SX", "D-SX": "SX",
+} | {name: name for name in ("CNOT", "CSIGN", "CZ", "ECR", "H", "X", "Y", "Z", "I")}  # fmt: skip
+_QUARTER = Parameter._number(math.pi / 4)
 
 
 def _listed(value: Any) -> Any:
@@ -46,6 +55,12 @@ class Gate:
     Z), ``H``, ``S`` and its inverse ``D-S``, ``X``, ``Y``, ``Z``, ``I``, the rotations
     exp(-i angle P / 2) ``RX``, ``RY``, ``RZ`` and ``PH`` (as ``RZ``, up to a global phase), and
     ``XX``, a rotation by pi/2 on every pair of its qubits.
+
+    These are made of the others, up to a global phase (:meth:`Circuit.elementary`), for circuits on
+    their way out: ``T`` and its inverse ``D-T``, the root of X ``SX`` and its inverse ``D-SX``,
+    ``U`` with the angles theta, phi, lambda (RZ by lambda, RY by theta, RZ by phi), and the gates
+    of machines ``ECR`` (S on the first and SX on the second qubit, CNOT, X on the first), ``ISWAP``
+    and ``RZZ``, exp(-i angle Z Z / 2).
 
     >>> Gate("CNOT", (0, 1))
     Gate('CNOT', (0, 1))
@@ -135,9 +150,12 @@ class Gate:
         return cls("RZ", qubit, angle)
 
     def inverse(self) -> Gate:
-        """The gate that undoes this one."""
-        if self._name in ROTATIONS:
+        """The gate that undoes this one. Of "ISWAP", "XX" and "S*" it is none of the gates."""
+        if self._name in ROTATIONS or self._name == "RZZ":
             return Gate(self._name, self._qubits, -self._params[0])
+        if self._name == "U":
+            theta, phi, angle = self._params
+            return Gate("U", self._qubits, (-theta, -angle, -phi))
         if self._name not in _INVERSES:
             raise errors.GateError(f"{self._name} has no inverse among the gates")
         return Gate(_INVERSES[self._name], self._qubits)
@@ -180,20 +198,17 @@ class Gate:
         return self._name, self._qubits, self._params
 
 
-def is_rotation(name: str, params: Sequence[Parameter]) -> bool:
-    """Whether a gate turns by an angle that is no multiple of pi/2."""
-    if name not in ROTATIONS:
-        return False
-    return params[0].is_symbolic or not _is_multiple(float(params[0]), 0.5)
+def rotations(name: str, params: Sequence[Parameter]) -> list[Parameter]:
+    """The angles that a gate turns by, without multiples of pi/2."""
+    if name in ("T", "D-T"):
+        return [_QUARTER]
+    turns = params if name in ROTATIONS or name in ("U", "RZZ") else ()
+    return [angle for angle in turns if angle.is_symbolic or not _is_multiple(float(angle), 0.5)]
 
 
-def is_t(name: str, params: Sequence[Parameter]) -> bool:
-    """Whether a gate turns by an odd multiple of pi/4."""
-    return (
-        is_rotation(name, params)
-        and not params[0].is_symbolic
-        and _is_multiple(float(params[0]), 0.25)
-    )
+def is_t(angle: Parameter) -> bool:
+    """Whether it is an odd multiple of pi/4, of angles that are no multiples of pi/2."""
+    return not angle.is_symbolic and _is_multiple(float(angle), 0.25)
 
 
 def _is_multiple(angle: float, of: float) -> bool:

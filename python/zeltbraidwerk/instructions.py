@@ -15,8 +15,8 @@ from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
 from typing import TYPE_CHECKING, Any, ClassVar, Protocol, Self, TypeAlias
 
-from zeltbraidwerk import _validate, errors
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk import _header, _validate, errors
+from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 
 __all__ = ["Barrier", "Conditional", "Instruction", "Measure", "Register", "Reset"]
 
@@ -212,6 +212,10 @@ class WholeCircuit(Protocol):
     def n(self) -> int: ...
     @property
     def classical(self) -> tuple[Register, ...]: ...
+    @property
+    def qubit_names(self) -> tuple[str, ...]: ...
+    @property
+    def _names(self) -> tuple[str, ...] | None: ...
     def __iter__(self) -> Iterator[Any]: ...
 
 
@@ -234,7 +238,8 @@ def bound(operation: Any, values: Mapping[str, Parameter]) -> Any:
 
 
 def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
-    """The gates, barriers left out; any other operation is refused by its name and place."""
+    """The gates, as those of the library, barriers left out; any other operation is refused by its
+    name and place."""
     listed = list(operations)
     for place, operation in enumerate(listed):
         if isinstance(operation, (Gate, Barrier)):
@@ -250,7 +255,21 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
             f"({where}), wanted gates alone"
             + ("; Circuit.split_ending takes it off" if ending else "")
         )
-    return [operation for operation in listed if isinstance(operation, Gate)]
+    return [item for item in elementary(listed) if isinstance(item, Gate)]
+
+
+def elementary(operations: Sequence[Operation]) -> Sequence[Operation]:
+    """The operations with gates of the library alone."""
+    made: list[Operation] = []
+    for item in operations:
+        gate = item.operation if isinstance(item, Conditional) else item
+        if not isinstance(gate, Gate) or gate.name not in COMPOSED:
+            made.append(item)
+        elif isinstance(item, Conditional):
+            made += [replace(item, operation=part) for part in _header.elementary(gate)]
+        else:
+            made += _header.elementary(gate)
+    return made
 
 
 def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:

@@ -31,7 +31,7 @@ from zeltbraidwerk._site import Site
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
-from zeltbraidwerk.gates import Parameter, is_rotation
+from zeltbraidwerk.gates import Parameter, rotations
 from zeltbraidwerk.instructions import Barrier, gates_alone
 from zeltbraidwerk.instructions import placed as moved
 
@@ -289,7 +289,7 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
             rotations=gates.rotation_count,
             seconds=call.elapsed,
             _rotates=_validate.frozen(
-                np.array([is_rotation(gate.name, gate.params) for gate in whole], np.bool_)
+                np.array([bool(rotations(gate.name, gate.params)) for gate in whole], np.bool_)
             ),
         )
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from typing import Any, Literal
 
 from pytket.architecture import Architecture
@@ -10,7 +11,7 @@ from pytket.circuit import OpType
 from pytket.passes import BasePass, CustomPass, DecomposeBoxes
 
 from zeltbraidwerk import _interop_pytket, _validate, errors
-from zeltbraidwerk._optimize import optimize
+from zeltbraidwerk._optimize import Optimization, optimize
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 
@@ -32,9 +33,10 @@ def optimize_pass(
     longer.
 
     Qubits, bits, registers and symbols keep their names, every output stays on its qubit, and
-    measurements, resets, barriers and conditions stay. The operator is the same up to a global
-    phase. Gates become CX, CZ, H, S, Sdg, X, Y, Z, Rx, Ry and Rz: rebase after the pass. A circuit
-    that does not become shorter, or that holds what cannot be read, stays as it is.
+    measurements, resets, barriers and conditions stay. A permutation of wires that the circuit
+    holds stays one, and takes no gates. The operator is the same, with its global phase unless that
+    depends on a symbol. Gates become CX, CZ, H, S, Sdg, X, Y, Z, Rx, Ry and Rz: rebase after the
+    pass. A circuit that does not become shorter, or that holds what cannot be read, stays as it is.
 
     With an ``architecture``, a circuit whose gates are all on its edges keeps to them, so that the
     pass may stand after routing; other circuits are taken as not routed yet. The other options are
@@ -60,7 +62,8 @@ def optimize_pass(
 
     def shorter(given: Given) -> Given:
         try:
-            source = Circuit.from_pytket(given)
+            labelled = _interop_pytket.read_labelled(given)
+            source = Circuit._of_read(_interop_pytket.read_of(given, labelled))
         except errors.Error:
             return given
         device = None if architecture is None else _device(given, source, architecture)
@@ -68,16 +71,27 @@ def optimize_pass(
             found = optimize(source, device=device, **options)
         except (errors.TooLargeError, errors.DisconnectedDeviceError):
             return given
-        made = found.circuit.to_pytket()
-        bits = _interop_pytket.bits_of(given)[0]
-        names = dict(zip(made.qubits, given.qubits, strict=True))
-        names |= dict(zip(_interop_pytket.bits_of(made)[0], bits, strict=True))
-        made.rename_units(names)
-        if given.name is not None:
-            made.name = given.name
+        made = _written(found, given, labelled)
         return made if _size(made, objective) < _size(given, objective) else given
 
     return CustomPass(shorter, _LABEL)
+
+
+def _written(found: Optimization, given: Given, labelled: _interop_pytket.Labelled) -> Given:
+    """With the qubits and bits, the phase and the labels of outputs of the given circuit."""
+    made = found.circuit.to_pytket()
+    qubits, bits = _interop_pytket.units(found.circuit)
+    names = dict(zip(qubits, given.qubits, strict=True))
+    names |= {bits[k]: bit for bit, k in _interop_pytket.bits_of(given)[0].items()}
+    made.rename_units(names)
+    for a, b in _interop_pytket.swaps(labelled.permutation):
+        made.SWAP(given.qubits[a], given.qubits[b])
+    made.replace_SWAPs()
+    if (phase := found.global_phase) is not None:
+        made.add_phase(_interop_pytket.missing_phase(labelled) + phase / math.pi)
+    if given.name is not None:
+        made.name = given.name
+    return made
 
 
 def _device(given: Given, source: Circuit, architecture: Architecture) -> Device | None:

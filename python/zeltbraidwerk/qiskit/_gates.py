@@ -2,20 +2,16 @@
 
 from __future__ import annotations
 
-import math
 from collections.abc import Iterable
 from typing import Any
 
 from qiskit.circuit import QuantumCircuit
 
-from zeltbraidwerk import _foreign_angles, _interop, errors
-from zeltbraidwerk.gates import Gate, Parameter
-
-_TOLERANCE = 1e-11  # radians, of an angle that is a multiple of pi/4 up to rounding
-# diag(1, e^(i pi k/4)), and the square roots of X, by k.
-_DIAGONAL = ((), ("t",), ("s",), ("s", "t"), ("z",), ("z", "t"), ("sdg",), ("tdg",))
-_ABOUT_X = ((), ("sx",), ("x",), ("sxdg",))
-_ABOUT_Y = ((), ("z", "h"), ("y",), ("h", "z"))
+from zeltbraidwerk import _foreign_angles, errors
+from zeltbraidwerk._interop import QASM_NAMES
+from zeltbraidwerk._interop import angles as angles_of
+from zeltbraidwerk._naming import names_of
+from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 
 
 class Symbols:
@@ -50,33 +46,17 @@ class Symbols:
 
 
 def append(circuit: QuantumCircuit, gates: Iterable[Gate], symbols: Symbols) -> None:
-    """Appends the gates, phase and all: rotations by multiples of pi/4 about Z, and of pi/2 about
-    X and Y, become gates without an angle."""
+    """Appends the gates, phase and all, with names where there are names for angles."""
     phase = 0.0
     for gate in gates:
-        name = _interop.QASM_NAMES[gate.name]
-        if not gate.params or gate.name == "XX":
-            angles = [float(_interop.angles(gate)[0])] if gate.name == "XX" else []
-            getattr(circuit, name)(*angles, *gate.qubits)
-        elif gate.params[0].is_symbolic:
-            getattr(circuit, name)(symbols.write(gate.params[0]), *gate.qubits)
-        else:
-            phase += _rotation(circuit, gate.name, float(gate.params[0]), gate.qubits[0])
+        names: tuple[str, ...] | None = None
+        if gate.name in ROTATIONS and not gate.params[0].is_symbolic:
+            names, turned = names_of(gate.name, float(gate.params[0]))
+            phase += turned
+        if names is None:
+            angles = [symbols.write(a) if a.is_symbolic else float(a) for a in angles_of(gate)]
+            getattr(circuit, QASM_NAMES[gate.name])(*angles, *gate.qubits)
+            continue
+        for name in names:
+            getattr(circuit, QASM_NAMES[name])(*gate.qubits)
     circuit.global_phase += phase
-
-
-def _rotation(circuit: QuantumCircuit, kind: str, angle: float, qubit: int) -> float:
-    """Appends it up to the phase that is returned."""
-    step = math.pi / 4 if kind in ("RZ", "PH") else math.pi / 2
-    k = round(angle / step)
-    if abs(angle - k * step) > _TOLERANCE:
-        getattr(circuit, _interop.QASM_NAMES[kind])(angle, qubit)
-        return 0.0
-    table = {"RX": _ABOUT_X, "RY": _ABOUT_Y}.get(kind, _DIAGONAL)
-    for name in table[k % len(table)]:
-        getattr(circuit, name)(qubit)
-    if kind == "PH":
-        return 0.0
-    if kind == "RY":  # by pi it is -i Y, by 2 pi -1, and by 3 pi/2 what it is by -pi/2 times -1
-        return (0.0, 0.0, -math.pi / 2, math.pi)[k % 4] + math.pi * (k // 4)
-    return -angle / 2

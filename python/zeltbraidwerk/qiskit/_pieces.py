@@ -19,12 +19,6 @@ from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.qiskit._gates import Symbols, append
 
-# Gates that Qiskit's definitions take more CNOTs for than there must be, up to a phase.
-_SHORTER: dict[str, tuple[tuple[Any, ...], ...]] = {
-    "ecr": (("S", 0), ("RX", 1), ("CNOT", 0, 1), ("X", 0)),
-    "iswap": (("S", 0), ("S", 1), ("H", 0), ("CNOT", 0, 1), ("CNOT", 1, 0), ("H", 1)),
-    "dcx": (("CNOT", 0, 1), ("CNOT", 1, 0)),
-}
 _TURN = Parameter(math.pi / 2)
 # Gates with angles that the table has with their phase.
 _WITH_PHASE = frozenset(
@@ -109,7 +103,7 @@ class _Reader:
     ) -> Iterator[Gate]:
         name, params = instruction.name, instruction.params
         name = _interop_qiskit.STANDARD.get(name, name)
-        known = instruction.is_standard_gate() and (name in _SHORTER or name in table())
+        known = instruction.is_standard_gate() and name in table()
         symbolic = any(isinstance(p, ParameterExpression) and p.parameters for p in params)
         if known and not params:
             if name not in self._fixed:
@@ -176,12 +170,8 @@ class _Reader:
 
 def _fixed(name: str) -> Iterable[Gate]:
     """A gate without parameters, on qubits from 0."""
-    if name not in _SHORTER:
-        for plain in read_gate(name, range(table()[name].qubits), []):
-            yield Gate._trusted(*plain)
-        return
-    for kind, *qubits in _SHORTER[name]:
-        yield Gate._trusted(kind, tuple(qubits), (_TURN,) if kind == "RX" else ())
+    for plain in read_gate(name, range(table()[name].qubits), []):
+        yield Gate._trusted(*plain)
 
 
 def _by_qiskit(operation: Any) -> list[Gate]:
