@@ -61,7 +61,7 @@ def test_without_retries_what_was_lost_is_an_error_and_the_rest_goes_on(whole, t
     kill, _ = once_at(8, kill_a_child)
     found = run(cliffords(*SLOW_INPUTS), results=path, workers=2, progress=kill, retries=0, **SLOW)
     lost = {record.index for record in found.errors}
-    assert 1 <= len(lost) <= 4  # two jobs per process are handed out
+    assert 1 <= len(lost) <= SLOW_INPUTS[1] - 8  # all jobs that were handed out
     assert all("ended once" in record.error for record in found.errors)
     kept = [line for line in content(path)[1:] if line["index"] not in lost]
     assert kept == [line for line in whole[1:] if line["index"] not in lost]
