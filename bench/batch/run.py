@@ -62,8 +62,8 @@ def main() -> None:
     extra = (seconds - idle - sum(record.seconds for record in records)) / count
     print(f"overhead, {count} inputs by elimination, one process: {1e3 * extra:.2f} ms per input")
 
-    alone = timed(given[:SCALED], 1, method="search", steps=20_000)[0] - idle
-    both = timed(given[:SCALED], 2, method="search", steps=20_000)[0] - idle
+    alone = timed(given[:SCALED], 1, method="search", steps=200_000)[0] - idle
+    both = timed(given[:SCALED], 2, method="search", steps=200_000)[0] - idle
     print(f"{SCALED} inputs by search: one process {alone:.1f} s, two {both:.1f} s, "
           f"{alone / both:.2f} times as fast")  # fmt: skip
 
