@@ -53,6 +53,8 @@ bool PythonCalls::stop() {
 
 namespace {
 
+using KnownParts = std::tuple<std::vector<structures::Gate>, std::vector<int>>;
+
 std::vector<std::tuple<double, int, int>> trace_of(const SynthesisResult& result) {
   std::vector<std::tuple<double, int, int>> trace;
   for (const SearchPoint& point : result.trace) {
@@ -78,7 +80,7 @@ void bind_synthesize(nb::module_& m) {
           [](CommonOptions* self, std::string method, Objective objective, Outputs outputs,
              std::optional<ArrayLike> adjacency, std::uint64_t seed, std::optional<int> restarts,
              std::optional<double> budget, std::optional<std::uint64_t> steps, int jobs,
-             nb::object progress) {
+             nb::object progress, std::optional<KnownParts> start) {
             new (self) CommonOptions{{}, std::nullopt, std::move(progress)};
             synthesis::SynthesisOptions& options = self->options;
             options.method = std::move(method);
@@ -89,6 +91,9 @@ void bind_synthesize(nb::module_& m) {
             options.budget = budget;
             options.steps = steps;
             options.jobs = jobs;
+            if (start) {
+              options.start = {std::move(std::get<0>(*start)), std::move(std::get<1>(*start))};
+            }
             if (adjacency) {
               const internal::BitGraph graph = to_graph(*adjacency);
               self->device.emplace(graph.size());
@@ -96,7 +101,8 @@ void bind_synthesize(nb::module_& m) {
             }
           },
           "method"_a, "objective"_a, "outputs"_a, "adjacency"_a.none(), "seed"_a,
-          "restarts"_a.none(), "budget"_a.none(), "steps"_a.none(), "jobs"_a, "progress"_a.none());
+          "restarts"_a.none(), "budget"_a.none(), "steps"_a.none(), "jobs"_a, "progress"_a.none(),
+          "start"_a.none());
   nb::class_<SynthesisResult>(m, "_SynthesisResult")
       .def_ro("method", &SynthesisResult::method)
       .def_ro("permutation", &SynthesisResult::permutation)

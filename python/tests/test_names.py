@@ -14,7 +14,11 @@ from test_validation import FAMILIES
 import zeltbraidwerk as zb
 from zeltbraidwerk import Device, Parameter, errors
 
-SOURCES = {path.stem: path for path in Path(zb.__file__).parent.glob("*.py")}
+FOLDER = Path(zb.__file__).parent
+SOURCES = {  # by the names of modules in the package, "batch" and "batch._run"
+    ".".join(path.relative_to(FOLDER).with_suffix("").parts).removesuffix(".__init__"): path
+    for path in FOLDER.rglob("*.py")
+}
 TOFFOLI = "qreg q[3]; ccx q[0],q[1],q[2];"
 ROTATIONS = {"ZZ": 0.5, "II": 0.25}
 GRAPH = np.array([[0, 1], [1, 0]])
@@ -29,8 +33,9 @@ def imported(path):
         for name in names:
             package, _, rest = name.partition(".")
             if package == "zeltbraidwerk" and rest.partition(".")[0] != "_core":
-                module = rest.partition(".")[0]
-                yield module if module in SOURCES else "__init__"
+                parts = rest.split(".")
+                known = (".".join(parts[:k]) for k in range(len(parts), 0, -1))
+                yield next((module for module in known if module in SOURCES), "__init__")
 
 
 def test_imports_run_in_no_circle():

@@ -9,6 +9,7 @@ import inspect
 import math
 import signal
 import types
+from concurrent.futures import ThreadPoolExecutor
 from functools import cached_property
 from pathlib import Path
 
@@ -22,6 +23,7 @@ MATRIX = [[1, 1], [0, 1]]
 BELL = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
 CNOTS = CnotCircuit(2, [(0, 1)])
 QUICK = {"method": "search", "steps": 0, "seed": 1}
+THREADS = ThreadPoolExecutor(1)
 
 
 class Unprintable:
@@ -70,6 +72,17 @@ INSTANCES = {
     "Routing": lambda: zb.routing.route(BELL, Device.line(2)),
 }  # fmt: skip
 
+
+def results():
+    return zb.batch.run("optimize", [BELL, "?"], results="made.jsonl", executor=THREADS, seed=1)
+
+
+INSTANCES |= {
+    "Progress": lambda: zb.batch.Progress(1), "Results": results,
+    "Record": lambda: next(iter(results())),
+}  # fmt: skip
+BATCH = {"task": "linear.synthesize", "executor": THREADS, "results": "runs.jsonl", "steps": 0}
+
 # Arguments that work, by the name of the parameter: of every callable that has not its own below.
 VALUES = {
     "a": 0, "angle": 0.5, "b": 1, "basis": "cz", "bits": [[0, 1]], "circuit": BELL, "columns": 2,
@@ -95,6 +108,14 @@ ARGUMENTS = {
     "from_cirq": [], "from_networkx": [], "from_pennylane": [], "from_pytket": [], "from_pyzx": [],
     "from_qiskit": [], "from_rustworkx": [], "from_stim": [], "from_json": [], "from_qasm3": [],
     "best_over_time": [],
+    "Progress": [{"done": 1}],
+    "Record": [{"header": {}, "line": "{}"}],
+    "Results": [],
+    "batch.merge": [{"files": ["made.jsonl"], "out": "merged.jsonl"}],
+    "batch.read": [],
+    "batch.run": [BATCH | {"inputs": [MATRIX], "seed": 1}],
+    "batch.stream": [BATCH | {"inputs": [MATRIX], "seed": 1, "results": "other.jsonl"}],
+    "batch.race": [BATCH | {"input": MATRIX, "seeds": [1, 2]}],
     "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
@@ -135,7 +156,8 @@ ARGUMENTS = {
 def arguments(name, wanted):
     """The arguments of calls that work."""
     own = ARGUMENTS.get(name, ARGUMENTS.get(name.rpartition(".")[2], [{}]))
-    needed = [p.name for p in wanted if p.default is p.empty and p.kind is not p.VAR_POSITIONAL]
+    several = (inspect.Parameter.VAR_POSITIONAL, inspect.Parameter.VAR_KEYWORD)
+    needed = [p.name for p in wanted if p.default is p.empty and p.kind not in several]
     for given in own:
         lacking = [each for each in needed if each not in given and each not in VALUES]
         if lacking:
@@ -253,6 +275,8 @@ def test_wrong_arguments_are_refused(name, soon, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
     make, wanted = CALLABLES[name]
     function = make()
+    if name == "batch.merge":
+        results()
     if inspect.isclass(function) and hasattr(function, "__dataclass_fields__"):
         made = instance(name)
         given = [{p.name: getattr(made, p.name) for p in wanted}]

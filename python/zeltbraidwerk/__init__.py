@@ -17,6 +17,7 @@ Each takes device=, objective="count" or "depth", permutation="exact" or "free",
 budget= (seconds), restarts= and jobs=, as far as they mean something there, and gives a result with
 .circuit, .count, .depth, .permutation and .verify().
 
+    zb.batch               many inputs, or many seeds, in a process pool or on a cluster
     zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim, PyZX, Cirq,
                            PennyLane
     zb.Device              coupling graphs: .grid(4, 4), .line(8), names, edges
@@ -47,6 +48,7 @@ import sys
 
 from zeltbraidwerk import (
     _public,
+    batch,
     clifford,
     core,
     errors,
@@ -80,6 +82,7 @@ __all__ = [
     "Register",
     "Reset",
     "__version__",
+    "batch",
     "clifford",
     "core",
     "errors",

@@ -14,7 +14,7 @@ from collections.abc import Callable, Sequence
 from dataclasses import dataclass, replace
 from typing import Any, TypeVar
 
-from zeltbraidwerk import _core, _renamed, _search, _validate, errors
+from zeltbraidwerk import _core, _renamed, _search, _start, _validate, errors
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.devices import Device
@@ -31,6 +31,8 @@ class Found:
     seed: int | None = None
     runs: int = 1
     trace: tuple[_search.Point, ...] = ()
+    least_count: int = 0
+    least_depth: int = 0
 
 
 @dataclass(frozen=True)
@@ -55,9 +57,10 @@ class Family:
         steps: Any = None,
         jobs: Any = 1,
         progress: Any = None,
+        start: Any = None,
     ) -> Call:
         """Checks the options that families share."""
-        start = time.perf_counter()
+        begin = time.perf_counter()
         _validate.choice(objective, "objective", ("count", "depth"))
         _validate.choice(permutation, "permutation", ("exact", "free"))
         ground = None if device is None else Device.of(device)
@@ -66,20 +69,22 @@ class Family:
         method = _validate.method(_renamed.value(method, known), known, on_device)
         effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
         _validate.callback(progress, "progress")
-        return Call(start, method, ground, objective, permutation, effort, progress)
+        given = None if start is None else _start.Known.of(start)
+        return Call(begin, method, ground, objective, permutation, effort, progress, given)
 
 
 @dataclass
 class Call:
     """One call of a family's ``synthesize``: its checked options, and what its result needs."""
 
-    start: float
+    begin: float
     method: str
     device: Device | None
     objective: Objective
     permutation: Permutation
     effort: _search.Effort
     progress: Callable[[_search.Progress], object] | None
+    known: _start.Known | None = None
     site: Site | None = None
 
     @property
@@ -88,7 +93,7 @@ class Call:
 
     @property
     def elapsed(self) -> float:
-        return time.perf_counter() - self.start
+        return time.perf_counter() - self.begin
 
     def seed(self) -> int:
         """The seed; it is drawn where none was given."""
@@ -128,6 +133,7 @@ class Call:
             None if self.site is None else self.site.adjacency, self.seed(), effort.restarts,
             effort.budget, effort.steps, effort.jobs,
             _search.teller(self.progress, self.objective == "depth"),
+            None if self.known is None else self.known.on_wires(self.site),
         )  # fmt: skip
         try:
             summary, *made = kernel(*given, options, **own)
@@ -139,6 +145,8 @@ class Call:
             summary.seed if seed_given is None else seed_given,
             summary.runs,
             tuple(_search.Point(*point) for point in summary.trace),
+            summary.least_count,
+            summary.least_depth,
         )
         result = make(found, *made)
         if summary.stopped:
@@ -158,5 +166,7 @@ class Call:
             "runs": found.runs,
             "seconds": self.elapsed,
             "trace": found.trace,
+            "least_count": found.least_count,
+            "least_depth": found.least_depth,
         }
         return kind(**fields | own)

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+from collections.abc import Iterable
 from pathlib import Path
 
 from zeltbraidwerk import _validate, errors
@@ -35,10 +36,15 @@ def text_of(path: str | os.PathLike[str]) -> str:
 def save(path: str | os.PathLike[str], text: str) -> None:
     """Writes a whole file at once: another program sees the old one or the new one, never a part.
     What is no file, such as a pipe, is written to as it stands."""
+    save_lines(path, [text])
+
+
+def save_lines(path: str | os.PathLike[str], lines: Iterable[str]) -> None:
+    """The same of lines, each with its end, which need not fit in memory."""
     if not isinstance(path, (str, os.PathLike)):
         raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
     try:
-        _save(Path(os.path.realpath(path)), text)
+        _save(Path(os.path.realpath(path)), lines)
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise errors.FileError(
@@ -46,13 +52,15 @@ def save(path: str | os.PathLike[str], text: str) -> None:
         ) from None
 
 
-def _save(target: Path, text: str) -> None:
+def _save(target: Path, lines: Iterable[str]) -> None:
     if target.exists() and not target.is_file():
-        target.write_text(text, encoding="utf-8")
+        with open(target, "w", encoding="utf-8") as file:
+            file.writelines(lines)
         return
     part = target.with_name(f".{target.name}.{os.getpid()}")
     try:
-        part.write_text(text, encoding="utf-8")
+        with open(part, "w", encoding="utf-8") as file:
+            file.writelines(lines)
         if target.exists():
             part.chmod(target.stat().st_mode & 0o777)
         part.replace(target)

@@ -75,6 +75,7 @@ def synthesize(
     restarts: int | None = None,
     budget: float | None = None,
     steps: int | None = None,
+    start: Any = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
 ) -> CliffordSynthesis:
@@ -104,7 +105,7 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, device=device, objective=objective, permutation=permutation, seed=seed,
-        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     images = read(operator)
     n = len(images) // 2

@@ -99,7 +99,9 @@ class Assembly:
             return call.result(
                 Optimization, found, piece.n,
                 circuit=of_core(piece.n, gates, self.sources), source=piece, rounding=rounding,
-                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),), **own,
+                _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
+                least_count=0, least_depth=0,  # what is proven is for one piece and its rotations
+                **own,
             )  # fmt: skip
 
         def result(

@@ -36,13 +36,15 @@ class Result(_json.Stored):
     ``seconds``         the time of the call
     ``trace``           the moments at which the best circuit became better; empty where there was
                         no search
+    ``least_count``     proven: no circuit has fewer two-qubit gates; 0 where nothing is known
+    ``least_depth``     proven: no circuit has fewer layers of these; 0 where nothing is known
     ``call``            the call that makes the result again, as text, with the seed that was drawn;
                         with a budget, which ends by the clock, it may make another circuit
     ==================  ============================================================================
 
     A result cannot be changed. Two are equal when circuit, permutation, placement, device, method,
-    objective, seed and what the family adds are; ``runs``, ``seconds``, ``trace`` and
-    ``call`` do not count.
+    objective, seed and what the family adds are; ``runs``, ``seconds``, ``trace``, both bounds
+    and ``call`` do not count.
     """
 
     circuit: Circuit | CnotCircuit
@@ -55,6 +57,8 @@ class Result(_json.Stored):
     runs: int = field(compare=False, default=1)
     seconds: float = field(compare=False)
     trace: tuple[Point, ...] = field(compare=False, default=())
+    least_count: int = field(compare=False, default=0)
+    least_depth: int = field(compare=False, default=0)
     call: str = field(compare=False, default="")
 
     @property

@@ -8,7 +8,7 @@ from argparse import Namespace
 from collections.abc import Callable, Sequence
 from typing import Any
 
-from zeltbraidwerk import _shell_compare, _shell_input, _shell_output, errors
+from zeltbraidwerk import _shell_batch, _shell_compare, _shell_input, _shell_output, errors
 from zeltbraidwerk._shell_commands import COMMANDS, Command
 from zeltbraidwerk._shell_options import PROGRAM, options_of, parsed
 
@@ -38,15 +38,19 @@ def main(arguments: Sequence[str] | None = None) -> int:
 
 def _run(arguments: Sequence[str] | None) -> int:
     given = parsed(arguments)
-    comparing = given.command == "compare"
-    name = given.family if comparing else given.command
+    comparing, batching = given.command == "compare", given.command == "batch"
+    name = given.family if comparing or batching else given.command
+    screen = Screen(given.quiet)
+    if name == "merge":
+        return FINE if _shell_batch.run(given, {}, given.quiet, screen.note) else FAILED
     command = COMMANDS[name]
     options = options_of(given, command)
     if "device" in options:
         options["device"] = _shell_input.device(options["device"])
     elif name == "route":
         raise _shell_input.InputError("--device: got none, wanted one, such as --device grid:4x4")
-    screen = Screen(given.quiet)
+    if batching:
+        return FINE if _shell_batch.run(given, options, given.quiet, screen.note) else FAILED
     if comparing:
         value = command.read(given.input)
         right = _shell_compare.run(name, command, value, options, screen.working)

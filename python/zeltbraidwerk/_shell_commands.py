@@ -15,11 +15,12 @@ _FORMATS = ("qasm", "json", "svg")
 
 @dataclass(frozen=True)
 class Command:
-    """``function`` takes what ``read`` made of the input; ``file`` is an input by example."""
+    """``function`` takes what ``reader`` makes of the name of a file and its text; ``file`` is an
+    input by example."""
 
     about: str
     function: Callable[..., Any]
-    read: Callable[[str], Any]
+    reader: Callable[[str, str], Any]
     input: str
     file: str
     examples: Sequence[str]
@@ -30,6 +31,12 @@ class Command:
     def parameters(self) -> Collection[str]:
         """The names of the arguments of the function."""
         return inspect.signature(self.function).parameters
+
+    def read(self, path: str, text: str | None = None) -> Any:
+        """What the function takes, from a file or standard input, or from its text."""
+        text = _shell_input.text_of(path) if text is None else text
+        with _shell_input.located(path):
+            return self.reader(path, text)
 
 
 COMMANDS = {

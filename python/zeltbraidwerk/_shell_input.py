@@ -28,6 +28,11 @@ def text_of(path: str) -> str:
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise InputError(f"cannot read {path}: {reason}") from None
+    return decoded(data, path)
+
+
+def decoded(data: bytes, path: str) -> str:
+    """The text of a file whose bytes these are."""
     shown = _shown(path)
     try:
         text = data.decode("utf-8-sig")
@@ -65,14 +70,12 @@ def device(text: str) -> Device:
         return Device.from_edges(_texts.edges(content), Path(text).stem)
 
 
-# --- by family ----------------------------------------------------------------------------------
+# --- by family: each takes the name of the file, and its text ------------------------------------
 
 
-def circuit(path: str) -> Circuit:
-    text = text_of(path)
-    with located(path):
-        found = _circuit(path, text)
-        return Circuit.from_qasm(text) if found is None else found
+def circuit(path: str, text: str) -> Circuit:
+    found = _circuit(path, text)
+    return Circuit.from_qasm(text) if found is None else found
 
 
 def _circuit(path: str, text: str) -> Circuit | None:
@@ -85,86 +88,72 @@ def _circuit(path: str, text: str) -> Circuit | None:
     return Circuit.of(text) if _files.has_statements(text) else None
 
 
-def matrix(path: str) -> Any:
+def matrix(path: str, text: str) -> Any:
     """Of rows of 0 and 1, or of a circuit of CNOTs."""
-    text = text_of(path)
-    with located(path):
-        found = _circuit(path, text)
-        if found is None:
-            return _texts.matrix(text)
-        cnots: CnotCircuit = found.to_cnot_circuit()
-        return cnots.matrix()
+    found = _circuit(path, text)
+    if found is None:
+        return _texts.matrix(text)
+    cnots: CnotCircuit = found.to_cnot_circuit()
+    return cnots.matrix()
 
 
-def polynomial(path: str) -> Any:
+def polynomial(path: str, text: str) -> Any:
     """Of parities before their angles, or of a diagonal circuit of CNOTs and rotations about Z."""
-    text = text_of(path)
-    with located(path):
-        found = _circuit(path, text)
-        if found is None:
-            pairs = _texts.weighted(text)
-            return [word for word, _ in pairs], [angle for _, angle in pairs]
-        terms, left = phase.polynomial_of(found)
-        if not np.array_equal(left, np.eye(found.n, dtype=np.bool_)):
-            raise InputError(
-                f"{_shown(path)}: got a circuit that is not diagonal; the command optimize takes it"
-            )
-        bits = {_bits(parity, found.n): angle for parity, angle in terms.items()}
-        return list(bits), list(bits.values())
+    found = _circuit(path, text)
+    if found is None:
+        pairs = _texts.weighted(text)
+        return [word for word, _ in pairs], [angle for _, angle in pairs]
+    terms, left = phase.polynomial_of(found)
+    if not np.array_equal(left, np.eye(found.n, dtype=np.bool_)):
+        raise InputError(
+            f"{_shown(path)}: got a circuit that is not diagonal; the command optimize takes it"
+        )
+    bits = {_bits(parity, found.n): angle for parity, angle in terms.items()}
+    return list(bits), list(bits.values())
 
 
 def _bits(parity: int, n: int) -> str:
     return "".join(str(parity >> q & 1) for q in range(n))
 
 
-def rotations(path: str) -> Any:
+def rotations(path: str, text: str) -> Any:
     """Of Pauli strings before their angles; the first acts first."""
-    text = text_of(path)
-    with located(path):
-        if _files.has_statements(text):
-            raise InputError(
-                f"{_shown(path)}: got OpenQASM, wanted a Pauli string and an angle on each line; "
-                "the command optimize takes circuits"
-            )
-        return _texts.weighted(text)
+    if _files.has_statements(text):
+        raise InputError(
+            f"{_shown(path)}: got OpenQASM, wanted a Pauli string and an angle on each line; "
+            "the command optimize takes circuits"
+        )
+    return _texts.weighted(text)
 
 
-def operator(path: str) -> Any:
+def operator(path: str, text: str) -> Any:
     """Of a circuit of Clifford gates, or of the images of X, then of Z, on each qubit."""
-    text = text_of(path)
-    with located(path):
-        found = _circuit(path, text)
-        if found is not None:
-            return found
-        images = _texts.strings(text)
-        if len(images) % 2:
-            raise InputError(
-                f"{_shown(path)}: got {len(images)} lines, wanted the images of X on each qubit, "
-                "then those of Z"
-            )
-        return images[: len(images) // 2], images[len(images) // 2 :]
+    found = _circuit(path, text)
+    if found is not None:
+        return found
+    images = _texts.strings(text)
+    if len(images) % 2:
+        raise InputError(
+            f"{_shown(path)}: got {len(images)} lines, wanted the images of X on each qubit, "
+            "then those of Z"
+        )
+    return images[: len(images) // 2], images[len(images) // 2 :]
 
 
-def state(path: str) -> Any:
+def state(path: str, text: str) -> Any:
     """Of a circuit of Clifford gates, or of one stabilizer per qubit."""
-    text = text_of(path)
-    with located(path):
-        found = _circuit(path, text)
-        return _texts.strings(text) if found is None else found
+    found = _circuit(path, text)
+    return _texts.strings(text) if found is None else found
 
 
-def code(path: str) -> Any:
+def code(path: str, text: str) -> Any:
     """Of one stabilizer on each line."""
-    text = text_of(path)
-    with located(path):
-        return _texts.strings(text)
+    return _texts.strings(text)
 
 
-def graph(path: str) -> Any:
+def graph(path: str, text: str) -> Any:
     """Of edges, or of an adjacency matrix."""
-    text = text_of(path)
-    with located(path):
-        return _texts.graph(text)
+    return _texts.graph(text)
 
 
 def symbol(value: Any) -> str | None:

@@ -45,21 +45,23 @@ def parsed(arguments: Sequence[str] | None) -> argparse.Namespace:
         ["compare linear matrix.txt --budget 1", "compare optimize circuit.qasm --seed 1"],
     )  # fmt: skip
     families = compare.add_subparsers(dest="family", metavar="COMMAND")
-    compared = {
-        name: _add(families, name, command, comparing=True) for name, command in COMMANDS.items()
+    below = {
+        "compare": {
+            name: _add(families, name, command, comparing=True)
+            for name, command in COMMANDS.items()
+        },
+        "batch": _add_batch(commands),
     }
     given = list(sys.argv[1:] if arguments is None else arguments)
-    _refuse_unknown_command(given, [*known, "compare"])
-    if given[:1] == ["compare"]:
-        _refuse_unknown_command(given[1:], list(compared))
+    _refuse_unknown_command(given, [*known, *below])
+    if given and given[0] in below:
+        _refuse_unknown_command(given[1:], list(below[given[0]]))
     namespace, unknown = parser.parse_known_args(given)
-    if not namespace.command or (namespace.command == "compare" and not namespace.family):
-        fail(f"got no command, wanted one of {', '.join(known)}, compare; --help tells more")
-    chosen = (
-        compared[namespace.family] if namespace.command == "compare" else known[namespace.command]
-    )
+    if not namespace.command or (namespace.command in below and not namespace.family):
+        fail(f"got no command, wanted one of {', '.join([*known, *below])}; --help tells more")
     if unknown:
-        _refuse_unknown(unknown, chosen)
+        group = below.get(namespace.command)
+        _refuse_unknown(unknown, group[namespace.family] if group else known[namespace.command])
     return namespace
 
 
@@ -91,12 +93,7 @@ def _add(commands: Any, name: str, command: Command, comparing: bool = False) ->
     about = f"compare the methods for {command.about}" if comparing else command.about
     parser = _plain(commands, name, about, examples)
     parser.add_argument("input", help=f'{command.input}; "-" is standard input')
-    for option, about_option, settings in OPTIONS:
-        if option in command.parameters and not (comparing and option == "method"):
-            parser.add_argument(
-                f"--{option}", help=about_option, default=argparse.SUPPRESS, **settings
-            )
-    parser.add_argument("--quiet", action="store_true", help="write nothing to standard error")
+    _add_options(parser, command, ("method",) if comparing else ())
     if not comparing:
         parser.add_argument("-o", "--output", metavar="FILE", help="default: standard output")
         parser.add_argument(
@@ -104,6 +101,69 @@ def _add(commands: Any, name: str, command: Command, comparing: bool = False) ->
             help=f"{', '.join(command.formats)}; default: by the suffix of FILE, else qasm",
         )  # fmt: skip
     return parser
+
+
+def _add_batch(commands: Any) -> dict[str, Parser]:
+    """The command batch, and the parsers of what comes after it."""
+    parser = _plain(
+        commands, "batch", "many files by one command, and a results file to go on from",
+        [
+            "batch clifford *.qasm --seed 1 -o runs.jsonl",
+            "batch optimize --list names.txt --steps 100000 --seed 1 -o runs-3.jsonl "
+            "--array-index 3 --array-size 20",
+            "batch merge runs-*.jsonl -o runs.jsonl",
+        ],
+    )  # fmt: skip
+    families = parser.add_subparsers(dest="family", metavar="COMMAND")
+    return {name: _add_files(families, name, command) for name, command in COMMANDS.items()} | {
+        "merge": _add_merge(families)
+    }
+
+
+def _add_files(families: Any, name: str, command: Command) -> Parser:
+    parser = _plain(
+        families,
+        name,
+        f"of each file, {command.about}",
+        [f"batch {name} {command.file} -o runs.jsonl"],
+    )
+    parser.add_argument("input", nargs="*", help=f"files, each with {command.input}")
+    parser.add_argument(
+        "--list", metavar="FILE", help="a file with the names of more, one per line"
+    )
+    _add_options(parser, command)
+    for option, about in (
+        ("workers", "number of processes; default: one per core"),
+        ("array-index", "this part, from 0, of those that the inputs are dealt to"),
+        ("array-size", "number of parts; batch merge puts their files together"),
+    ):
+        parser.add_argument(f"--{option}", help=about, **_kind(_integer, "N"))
+    parser.add_argument(
+        "--retries", default=2, help="how often lost work is done again", **_kind(_integer, "N")
+    )
+    parser.add_argument(
+        "-o", "--output", metavar="FILE", required=True,
+        help="the results file; the same command goes on from it",
+    )  # fmt: skip
+    return parser
+
+
+def _add_merge(families: Any) -> Parser:
+    parser = _plain(
+        families, "merge", "the best of each input of several results files",
+        ["batch merge runs-*.jsonl -o runs.jsonl"],
+    )  # fmt: skip
+    parser.add_argument("input", nargs="+", help="results files")
+    parser.add_argument("--quiet", action="store_true", help="write nothing to standard error")
+    parser.add_argument("-o", "--output", metavar="FILE", required=True, help="the file of all")
+    return parser
+
+
+def _add_options(parser: Parser, command: Command, without: Sequence[str] = ()) -> None:
+    for option, about, settings in OPTIONS:
+        if option in command.parameters and option not in without:
+            parser.add_argument(f"--{option}", help=about, default=argparse.SUPPRESS, **settings)
+    parser.add_argument("--quiet", action="store_true", help="write nothing to standard error")
 
 
 def options_of(namespace: argparse.Namespace, command: Command) -> dict[str, Any]:

@@ -57,6 +57,7 @@ def synthesize_state(
     restarts: int | None = None,
     budget: float | None = None,
     steps: int | None = None,
+    start: Any = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
 ) -> StateSynthesis:
@@ -75,7 +76,7 @@ def synthesize_state(
     """
     call = _FAMILY.call(
         objective=objective, seed=seed, restarts=restarts, budget=budget, steps=steps, jobs=jobs,
-        progress=progress,
+        progress=progress, start=start,
     )  # fmt: skip
     stabilizers = read(state)
     n = len(stabilizers)

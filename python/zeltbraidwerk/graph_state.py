@@ -74,6 +74,7 @@ def synthesize(
     restarts: int | None = None,
     budget: float | None = None,
     steps: int | None = None,
+    start: Any = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
 ) -> GraphStateSynthesis:
@@ -94,7 +95,7 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, objective=objective, seed=seed, restarts=restarts, budget=budget,
-        steps=steps, jobs=jobs, progress=progress,
+        steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     most = None if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
     adjacency = _adjacency(graph)

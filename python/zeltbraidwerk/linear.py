@@ -104,6 +104,7 @@ def synthesize(
     restarts: int | None = None,
     budget: float | None = None,
     steps: int | None = None,
+    start: Any = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
 ) -> LinearSynthesis:
@@ -155,6 +156,10 @@ def synthesize(
     the best. Its runs for the objective "depth" also give ``result.front``. On a device, ``reach``
     is how many edges from its place an output may end, between "exact" (0) and "free".
 
+    ``start`` is a result found before, or its circuit with outputs in place, for the same matrix,
+    device and placement: the search goes on from it, with other draws for another ``seed``, and
+    finds no larger one.
+
     >>> zb.linear.synthesize(zb.gallery.random_invertible(8, 1)[0], method="search", seed=1,
     ...                      permutation="free").count
     13
@@ -169,7 +174,7 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, device=device, objective=objective, permutation=permutation, seed=seed,
-        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     given = {"section": section, "width": width, "lookahead": lookahead}
     beam = {

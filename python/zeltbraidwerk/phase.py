@@ -105,6 +105,7 @@ def synthesize(
     restarts: int | None = None,
     budget: float | None = None,
     steps: int | None = None,
+    start: Any = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
 ) -> PhaseSynthesis:
@@ -145,7 +146,7 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, device=device, objective=objective, permutation=permutation, seed=seed,
-        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     _validate.choice(tail, "tail", ("close", "return"))
     if tail == "return" and not call.exact:

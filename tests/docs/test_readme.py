@@ -69,7 +69,7 @@ def test_commands_and_links_lead_somewhere():
     text = PAGES[0].read_text(encoding="utf-8")
     known = set(
         re.findall(
-            r"^  (\w+(?: (?:speed|quality|peers|search))?)",
+            r"^  (\w+(?: (?:speed|quality|peers|search|batch))?)",
             (ROOT / "dev").read_text(),
             re.MULTILINE,
         )

@@ -103,6 +103,7 @@ class OptimizeCall {
     check_wires("n", given_.qubits);
     check_effort(options_);
     check_method(options_.method, {"auto", "search"}, options_.device != nullptr);
+    refuse_any_start(options_);
     if (options_.outputs != Outputs::in_place && options_.outputs != Outputs::anywhere) {
       throw std::invalid_argument("outputs: wanted in_place or anywhere");
     }

@@ -8,10 +8,12 @@
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
+#include "zeltbraidwerk/clifford/search/internal/circuit.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
@@ -33,6 +35,40 @@ void check_operator_options(const SynthesisOptions& options) {
   if (options.outputs != Outputs::in_place && options.outputs != Outputs::anywhere) {
     throw std::invalid_argument("outputs: got another value, wanted in_place or anywhere");
   }
+}
+
+/// With outputs where the circuit says that they are.
+GateList list_of(const synthesis::KnownCircuit& known) {
+  const int n = static_cast<int>(known.permutation.size());
+  GateList list = to_list(known.gates, n);
+  const WireFrame outputs(known.permutation);
+  for (int wire = 0; wire < n; ++wire) {
+    for (int label = 0; label < 4; ++label) {
+      End& from = list.frame[end_of(wire, label)];
+      from = end_of(outputs.output_on(wire), label_of(from));
+    }
+  }
+  return list;
+}
+
+std::optional<GateList> start_of_operator(const PauliFrame& images, const SynthesisOptions& options,
+                                          const std::optional<BitGraph>& device) {
+  const int n = images.qubits();
+  return known_start(options, n, list_of, [&](const GateList& list) {
+    const std::vector<int>& wires = options.start->permutation;
+    PauliFrame found = identity_images(n);
+    for (const structures::Gate& gate : options.start->gates) found.apply(gate);
+    for (int r = 0; r < 2 * n; ++r) {
+      for (int q = 0; q < n; ++q) {
+        const int wire = wires[static_cast<std::size_t>(q)];
+        if (found.letter(r, wire) != images.letter(r, q)) return false;
+      }
+    }
+    const bool fits = options.outputs == Outputs::anywhere || std::ranges::is_sorted(wires);
+    return fits && (!device || std::ranges::all_of(list.gates, [&](const Gate& gate) {
+             return device->joined(wire_of(gate.a), wire_of(gate.b));
+           }));
+  });
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
@@ -65,6 +101,7 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
     device.emplace(*options.device);
     require_connected(*device, n);
   }
+  const std::optional<GateList> start = start_of_operator(images, options, device);
   std::vector<Lane> lanes;
   if (options.method != "search" && !device) {
     lanes.push_back({.method = "elimination",
@@ -86,7 +123,8 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                            .outputs = options.outputs,
                                            .device = device ? &*device : nullptr,
                                            .seed = options.seed,
-                                           .stream = static_cast<std::uint64_t>(run)};
+                                           .stream = static_cast<std::uint64_t>(run),
+                                           .start = start ? &*start : nullptr};
                            const Effort effort = control.effort(steps_of_search(options));
                            return sized(search_clifford(images, task, effort));
                          },
@@ -110,14 +148,21 @@ void check_state_options(const SynthesisOptions& options) {
 
 Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& options,
                        RunControl& control) {
-  const std::optional<std::uint64_t> steps = steps_for_state(stabilisers.qubits(), options);
+  const int n = stabilisers.qubits();
+  const std::optional<std::uint64_t> steps = steps_for_state(n, options);
+  const auto start = known_start(options, n, list_of, [&](const GateList&) {
+    PauliFrame before = stabilisers;  // back to where the zeros come in, all are products of Z
+    for (const structures::Gate& gate : inverted(options.start->gates)) before.apply(gate);
+    return std::ranges::is_sorted(options.start->permutation) && before.x_planes().weight() == 0;
+  });
   return {.method = "search",
           .runs = runs_of_search(options),
           .make =
-              [&, steps](int run) {
+              [&, steps, start](int run) {
                 const Task task{.objective = options.objective,
                                 .seed = options.seed,
-                                .stream = static_cast<std::uint64_t>(run)};
+                                .stream = static_cast<std::uint64_t>(run),
+                                .start = start ? &*start : nullptr};
                 return sized(search_state(stabilisers, task, control.effort(steps)));
               },
           .proves = true};

@@ -115,7 +115,8 @@ void check_options(const GraphStateOptions& options) {
   check_options_of(options.method, {{"tries", options.tries.has_value(), {"decoding"}},
                                     {"restarts", options.restarts.has_value(), long_ones},
                                     {"budget", options.budget.has_value(), long_ones},
-                                    {"steps", options.steps.has_value(), {"auto", "search"}}});
+                                    {"steps", options.steps.has_value(), {"auto", "search"}},
+                                    {"start", options.start.has_value(), {"auto", "search"}}});
   if (options.tries.value_or(0) < 0) {
     throw std::invalid_argument("tries: got " + std::to_string(*options.tries) +
                                 ", wanted at least 0");

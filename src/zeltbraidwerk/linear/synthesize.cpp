@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
+#include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
@@ -56,6 +57,11 @@ class LinearCall {
       device_.emplace(*options.device);
       require_connected(*device_, n());
     }
+    start_ = known_start(options, n(), cnots_of, [this](const GateList& list) {
+      const bool cnots_alone = list.gates.size() == options_.start->gates.size();
+      const bool in_reach = !in_place() || options_.reach > 0 || list.frame == WireFrame(n());
+      return cnots_alone && in_reach && implements(list, m_, device_ ? &*device_ : nullptr);
+    });
   }
 
   LinearResult run() {
@@ -184,7 +190,8 @@ class LinearCall {
                     .reach = options_.reach,
                     .device = device_ ? &*device_ : nullptr,
                     .seed = options_.seed,
-                    .stream = static_cast<std::uint64_t>(run)};
+                    .stream = static_cast<std::uint64_t>(run),
+                    .start = start_ ? &*start_ : nullptr};
     const Effort effort = control_.effort(steps);
     if (device_) return free_circuit(search_cnot_on_device(m_, task, effort));
     if (options_.objective == Objective::count) {
@@ -254,6 +261,7 @@ class LinearCall {
   LinearMethodOptions method_options_;
   RunControl control_;
   std::optional<BitGraph> device_;
+  std::optional<GateList> start_;
   std::mutex mutex_;  // of what follows
   std::vector<FrontCircuit> all_fronts_;
 };

@@ -78,6 +78,7 @@ class PauliCall {
     std::erase(known, "ladder");  // each of its runs would be the same
     check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}},
                                        {"restarts", options_.restarts.has_value(), known}});
+    refuse_any_start(options_);
     if (options_.tail && options_.tail->nbqbits != table_.frame.qubits()) {
       throw std::invalid_argument("tail: got an operator on " +
                                   std::to_string(options_.tail->nbqbits) + " qubits, wanted " +

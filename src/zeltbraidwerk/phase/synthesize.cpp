@@ -9,6 +9,8 @@
 #include "zeltbraidwerk/phase/internal/methods.h"
 #include "zeltbraidwerk/phase/internal/synthesize.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
+#include "zeltbraidwerk/phase/search/internal/parity_terms.h"
+#include "zeltbraidwerk/search/internal/known_circuit.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -68,7 +70,8 @@ class PhaseCall {
     const bool on_device = options_.device != nullptr;
     std::vector<std::string> known = synthesis::phase_methods(on_device);
     check_method(options_.method, known, on_device);
-    check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}}});
+    check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}},
+                                       {"start", options_.start.has_value(), {"auto", "search"}}});
     if (options_.outputs == Outputs::within_reach) {
       throw std::invalid_argument(
           "outputs: got within_reach, wanted in_place, anywhere or left_open");
@@ -115,15 +118,23 @@ class PhaseCall {
     std::optional<std::uint64_t> steps = steps_of_search(options_);
     // There are other methods at work, and more runs.
     if (methods_.size() > 1 && !options_.steps && steps && options_.restarts) steps = *steps / 10;
+    Task asked{.objective = options_.objective,
+               .outputs = options_.outputs,
+               .device = device_ ? &*device_ : nullptr,
+               .seed = options_.seed};
+    start_ = known_start(options_, qubits(), cnots_of, [&](const GateList& list) {
+      return shows_all(list, parities_to_make(parities_), asked) &&
+             (!device_ || std::ranges::all_of(list.gates, [this](const Gate& gate) {
+               return device_->joined(wire_of(gate.a), wire_of(gate.b));
+             }));
+    });
+    if (start_) asked.start = &*start_;
     return {.method = "search",
             .runs = runs_of_search(options_),
             .make =
-                [this, steps](int run) {
-                  const Task task{.objective = options_.objective,
-                                  .outputs = options_.outputs,
-                                  .device = device_ ? &*device_ : nullptr,
-                                  .seed = options_.seed,
-                                  .stream = static_cast<std::uint64_t>(run)};
+                [this, steps, asked](int run) {
+                  Task task = asked;
+                  task.stream = static_cast<std::uint64_t>(run);
                   auto found = search_parities(parities_, task, control_.effort(steps));
                   ClosedNetwork network{
                       std::move(found.gates),
@@ -182,6 +193,7 @@ class PhaseCall {
   std::vector<std::string> methods_;
   RunControl control_;
   std::optional<BitGraph> device_;
+  std::optional<GateList> start_;
 };
 
 }  // namespace

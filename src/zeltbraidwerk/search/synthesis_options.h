@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/search/objective.h"
 #include "zeltbraidwerk/search/search_point.h"
 
@@ -27,6 +28,12 @@ struct Graph;
 
 namespace synthesis {
 
+/// A circuit that was found before, of CNOTs and gates on one qubit.
+struct KnownCircuit {
+  std::vector<structures::Gate> gates;
+  std::vector<int> permutation;  ///< output q is on wire permutation[q]
+};
+
 /// The options of all families. Each family adds its own.
 struct SynthesisOptions {
   std::string method = "auto";  ///< one of the family's methods; "auto" takes the best of several
@@ -44,6 +51,10 @@ struct SynthesisOptions {
   /// Steps of a run of the method "search", of about a microsecond or two. Not given: to the end of
   /// the budget, or a number that takes about a second.
   std::optional<std::uint64_t> steps;
+  /// A circuit of the same operation: "search" goes on from it, and finds no larger one. For CNOTs,
+  /// phase polynomials, Clifford operators and states, on the edges of the device; of phase gates
+  /// only the CNOTs count.
+  std::optional<KnownCircuit> start;
   int jobs = 1;  ///< threads, up to 1024; 0: one per core
 
   /// Called whenever the best value of the objective falls, from the calling thread.

@@ -75,6 +75,7 @@ void check_options(const synthesis::LinearOptions& options, int n) {
        {"width", options.width.has_value(), takers(&LinearMethod::takes_beam, on_device)},
        {"lookahead", options.lookahead.has_value(), takers(&LinearMethod::takes_beam, on_device)},
        {"steps", options.steps.has_value(), {"auto", "search"}},
+       {"start", options.start.has_value(), {"auto", "search"}},
        {"reach", reach, {on_device ? "search" : "search on a device"}}});
   if (options.outputs == Outputs::left_open) {
     throw std::invalid_argument(

@@ -61,7 +61,12 @@ void check_options_of(const std::string& method, const std::vector<OptionOfSome>
 void check_search_options(const SynthesisOptions& options, const std::vector<std::string>& takers) {
   check_options_of(options.method, {{"restarts", options.restarts.has_value(), takers},
                                     {"budget", options.budget.has_value(), takers},
-                                    {"steps", options.steps.has_value(), takers}});
+                                    {"steps", options.steps.has_value(), takers},
+                                    {"start", options.start.has_value(), takers}});
+}
+
+void refuse_any_start(const SynthesisOptions& options) {
+  if (options.start) refuse("start", "a circuit", "none for this family");
 }
 
 std::optional<std::uint64_t> steps_of_search(const SynthesisOptions& options) {

@@ -34,6 +34,10 @@ void check_options_of(const std::string& method, const std::vector<OptionOfSome>
 void check_search_options(const synthesis::SynthesisOptions& options,
                           const std::vector<std::string>& takers);
 
+/// For families whose searches do not go on from known circuits: throws std::invalid_argument
+/// where there is one.
+void refuse_any_start(const synthesis::SynthesisOptions& options);
+
 constexpr std::uint64_t default_search_steps = 200'000;
 
 /// Steps of a run of the search engine; none: to the end of the budget.

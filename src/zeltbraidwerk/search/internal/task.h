@@ -12,6 +12,7 @@ using synthesis::Objective;
 using synthesis::Outputs;
 
 class BitGraph;
+struct GateList;
 
 inline constexpr int any_reach = std::numeric_limits<int>::max();
 
@@ -23,6 +24,8 @@ struct Task {
   const BitGraph* device = nullptr;  ///< connected: gates are on its edges; null for all pairs
   std::uint64_t seed = 0;
   std::uint64_t stream = 0;  ///< of the seed, one per run
+  /// A circuit that is known: the answer is never larger, and is searched for from there too.
+  const GateList* start = nullptr;
 
   bool by_depth() const { return objective == Objective::depth; }
   bool in_place() const { return outputs == Outputs::in_place; }

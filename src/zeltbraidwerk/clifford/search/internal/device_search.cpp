@@ -29,6 +29,9 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   static Schedule schedule() { return tuning.rounds; }
 
   void first() {
+    if (task_.start != nullptr) {
+      incumbent_.offer(*task_.start, size_of(*task_.start), Origin::certain);
+    }
     const Effort unlimited;
     Meter own(unlimited);
     const GateList list = eliminated(1, own);

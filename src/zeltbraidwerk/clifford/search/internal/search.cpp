@@ -33,6 +33,10 @@ class CliffordSearch : public SearchBase<GateList> {
   static Schedule schedule() { return tuning.rounds; }
 
   void first() {
+    if (task_.start != nullptr) {
+      shorten(*task_.start);
+      offer(*task_.start);
+    }
     shorten(eliminated_list(images_, Outputs::anywhere));
     offer(task_.in_place() ? eliminated_list(images_, task_.outputs) : shortest_.circuit());
     if (!meter_.proven()) make_first_circuits();

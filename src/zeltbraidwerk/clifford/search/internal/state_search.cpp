@@ -26,6 +26,7 @@ class CodeSearch : public SearchByBoth<GateList> {
     meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
     offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers)
                                      : wanted(eliminated_code(start_), code.logicals));
+    if (task.start != nullptr) offer(*task.start);
   }
 
   static Schedule schedule() { return state_tuning.walk; }

@@ -31,6 +31,12 @@ class CnotSearch : public SearchBase<GateList> {
     const int count = incumbent_.size().count;
     meter_.prove({count, layers_to_hold(count, m_.rows())});
   }
+  /// The known circuit, if any, which is one with free outputs as well.
+  void offer_start() {
+    if (task_.start == nullptr) return;
+    offer(*task_.start);
+    blocks_.begin_with(*task_.start);
+  }
   void offer(const GateList& list, Origin origin = Origin::certain) {
     incumbent_.offer(list, size_of(list), origin);
   }
@@ -47,6 +53,7 @@ class FreeCnotSearch : public CnotSearch {
   void first() {
     if (is_permutation()) return offer(relabelled(m_));
     blocks_.first(rng_);
+    offer_start();
     offer(blocks_.best());
     if (blocks_.single() == nullptr) offer(by_pairs(m_, Facing::plain));
     if (has_table()) prove_best();
@@ -72,6 +79,7 @@ class CnotSearchInPlace : public CnotSearch {
       return prove_best();
     }
     blocks_.first(rng_);
+    offer_start();
     offer(closed_within_gates(blocks_.best(), rng_));
     offer(by_pairs(m_, Facing::plain));
     best_walk_ = incumbent_.circuit();

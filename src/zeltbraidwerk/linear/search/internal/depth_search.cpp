@@ -31,6 +31,11 @@ class ShallowSearch : public SearchBase<GateList> {
   static Schedule schedule() { return shallow_tuning.rounds; }
 
   void first() {
+    if (task_.start != nullptr) {
+      GateList known = *task_.start;
+      const int depth = scheduler_.settle(known.gates);
+      offer(known, {known.count(), depth});
+    }
     take_layers_greedily();
     if (n_ >= shallow_tuning.block_wires && !meter_.ended()) divide_into_blocks();
   }

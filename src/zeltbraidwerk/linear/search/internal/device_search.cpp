@@ -36,6 +36,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
 
   void first() {
     if (has_circuit_) meter_.prove(bound_of_map_on_device(m_, device_, task_.most_reach()));
+    if (task_.start != nullptr) offer(*task_.start);
     eliminate();
     optimal_ = replace_all();
     const int count = incumbent_.size().count;

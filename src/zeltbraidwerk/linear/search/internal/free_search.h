@@ -23,6 +23,13 @@ class FreeSearch {
   /// Finds a circuit, whatever the effort.
   void first(Rng& rng);
 
+  /// Takes a known circuit for the best, where it is no longer.
+  void begin_with(const GateList& list) {
+    if (list.count() > best_.count()) return;
+    best_ = list;
+    shortest_ = list.count();
+  }
+
   const GateList& best() const { return best_; }
   bool finished() const { return optimal_; }  ///< there is nothing shorter
 

@@ -55,6 +55,10 @@ class ParitySearch : public SearchBase<GateList> {
     Meter own(unlimited);
     const GateList list = growing_.quick(own);
     meter_.charge(own.steps());
+    if (task_.start != nullptr) {
+      shortest_.offer(*task_.start, {rewriter_.length(*task_.start), 0});
+      offer(*task_.start, Origin::certain);
+    }
     take(list);
     if (!meter_.ended()) search_small();
   }
