@@ -34,8 +34,8 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
 The pages of the documentation, in the folder docs of the sources; ./dev docs builds it:
 
     start                  quickstart.md, circuits.md, shell.md, errors.md
-    your tools             qiskit.md, pytket.md, stim.md, cpp.md
-    families               choosing.md, searching.md
+    your tools             qiskit.md, pytket.md, pyzx.md, cirq.md, pennylane.md, stim.md, cpp.md
+    families               choosing.md, codes.md, searching.md, batch.md
     reference              python.md, and the folder reference
 
 >>> import zeltbraidwerk as zb

@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
+#include "zeltbraidwerk/search/internal/options.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
@@ -13,6 +14,7 @@ namespace zelt::braidwerk::internal {
 synthesis::EncoderResult synthesize_encoder(const Code& code,
                                             const synthesis::EncoderOptions& options) {
   check_effort(options);
+  refuse_any_start(options);
   check_method(options.method, synthesis::state_methods(), false);
   check_state_options(options);
   check_wires("stabilisers", code.qubits());
