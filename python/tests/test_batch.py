@@ -28,6 +28,7 @@ FAMILIES = [  # task, the same input in several forms, options
     ("clifford.synthesize", ((["IX", "XI"], ["IZ", "ZI"]),
                              zb.CliffordTableau.from_images(["IX", "XI"], ["IZ", "ZI"])), {}),
     ("clifford.synthesize_state", (["XXX", "ZZI", "-IZZ"], ("+XXX", "+ZZI", "-IZZ")), {}),
+    ("clifford.synthesize_encoder", (["XXXX", "+ZZZZ"], ([[1] * 4], [[1] * 4])), {}),
     ("graph_state.synthesize", (GRAPH, GRAPH.astype(int).tolist()), {"objective": "depth"}),
     ("routing.route", (TOFFOLI, zb.Circuit.from_qasm(TOFFOLI)), {"device": zb.Device.line(4)}),
 ]  # fmt: skip

@@ -16,6 +16,7 @@ from typing import Any
 import numpy as np
 
 from zeltbraidwerk import (
+    _codes,
     _json,
     _matrices,
     _operators,
@@ -33,7 +34,7 @@ from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 
 _OWN = ("seed", "progress")  # arguments of the families that a batch sets itself
-_OF_INPUT = ("placement", "n", "start")  # options that fit one input and not another
+_OF_INPUT = ("placement", "n", "start", "logicals")  # options that fit one input and not another
 _DIGITS = 32  # of a digest
 _SHORTEST = 1e-3  # seconds
 
@@ -93,6 +94,9 @@ FAMILIES = {
         "clifford", lambda value, _: _operators.read(value), (["X"], ["Z"])
     ),
     "clifford.synthesize_state": Family("state", lambda value, _: _states.read(value), ["Z"]),
+    "clifford.synthesize_encoder": Family(
+        "encoder", lambda value, _: _codes.read(value, None).stabilizers, ["ZZ"]
+    ),
     "graph_state.synthesize": Family(
         "graph-state", lambda value, _: _packed(graph_state._adjacency(value)), _BIT
     ),
