@@ -39,11 +39,11 @@ def run(
 
     ``task`` is a function or its name: "optimize", "linear.synthesize", "phase.synthesize",
     "pauli.synthesize", "clifford.synthesize", "clifford.synthesize_state",
-    "clifford.synthesize_encoder", "graph_state.synthesize" or "routing.route". ``options`` are those
-    of the function, the same for all inputs: ``method``, ``steps``, ``budget``, ``device`` and so
-    on. ``inputs`` is any iterable, read as there is room for more, so that inputs need not fit in
-    memory: what the function takes, or a :class:`pathlib.Path` of a file in a form that the command
-    ``zeltbraidwerk`` reads.
+    "clifford.synthesize_encoder", "graph_state.synthesize" or "routing.route". ``options`` are
+    those of the function, the same for all inputs: ``method``, ``steps``, ``budget``, ``device``
+    and so on. ``inputs`` is any iterable, read as there is room for more, so that inputs need not
+    fit in memory: what the function takes, or a :class:`pathlib.Path` of a file in a form that the
+    command ``zeltbraidwerk`` reads.
 
     ``executor`` is None for a process pool of its own, with ``workers`` processes (default: one per
     core); or any executor of :mod:`concurrent.futures`; or a ``Client`` of Dask distributed. The
