@@ -8,13 +8,16 @@
 
 namespace synthesis {
 
+/// The methods are those of states; there are no devices.
 struct EncoderOptions : SynthesisOptions {};
 
+/// A circuit that encodes into a code, and where its logical qubits come in.
 struct EncoderResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< as of CliffordResult
   std::vector<int> logical_wires;       ///< logical qubit i comes in on wire logical_wires[i]
 };
 
+/// @{
 /// A circuit that encodes k logical qubits into a stabilizer code on n qubits, up to a global
 /// phase. Logical qubit i comes in on wire logical_wires[i], and 0 on the other n - k wires; what
 /// comes out has the stabilisers, each with its sign, every qubit of the code in its place.
@@ -44,5 +47,6 @@ ZELTBRAIDWERK_EXPORT EncoderResult synthesize_encoder(
     const std::vector<std::vector<unsigned char>>& stabilisers, const std::vector<bool>& minus,
     const std::vector<std::vector<unsigned char>>& logicals,
     const std::vector<bool>& logicals_minus, const EncoderOptions& options = {});
+/// @}
 
 }  // namespace synthesis

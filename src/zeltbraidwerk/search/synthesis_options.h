@@ -30,7 +30,7 @@ namespace synthesis {
 
 /// A circuit that was found before, of CNOTs and gates on one qubit.
 struct KnownCircuit {
-  std::vector<structures::Gate> gates;
+  std::vector<structures::Gate> gates;  ///< in their order in time
   std::vector<int> permutation;  ///< output q is on wire permutation[q]
 };
 
