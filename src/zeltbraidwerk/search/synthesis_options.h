@@ -31,7 +31,7 @@ namespace synthesis {
 /// A circuit that was found before, of CNOTs and gates on one qubit.
 struct KnownCircuit {
   std::vector<structures::Gate> gates;  ///< in their order in time
-  std::vector<int> permutation;  ///< output q is on wire permutation[q]
+  std::vector<int> permutation;         ///< output q is on wire permutation[q]
 };
 
 /// The options of all families. Each family adds its own.
