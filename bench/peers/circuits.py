@@ -253,6 +253,13 @@ ON_DEVICES = (
 DEVICES = routing.DEVICES | {"heavy hex": zb.Device.heavy_hex(3, 5)}
 
 
+def for_devices() -> dict[str, Input]:
+    """The circuits that ON_DEVICES names, and others."""
+    drawn = routing.random_circuit(9, 300, 1)
+    inputs = {source.name: source for source in of_folder(1000)}
+    return inputs | {"random, 9 qubits": Input("random, 9 qubits", drawn.to_qasm(), drawn)}
+
+
 def on_devices(timed: Timer, quick: bool) -> None:
     """From a circuit to one on the edges of a device. The packages' qubits end where they leave
     them, and so do ours where outputs are free; in place, each ends where it started."""
@@ -269,9 +276,7 @@ def on_devices(timed: Timer, quick: bool) -> None:
     heads, widths = ("circuit", "device", "before", *(name for name, _ in methods)), (24, 12, 7)
     widths += (16,) * len(methods)
     print(f"\nOn the edges of devices: two-qubit gates / seconds\n{_line(heads, widths)}")
-    drawn = routing.random_circuit(9, 300, 1)
-    inputs = {source.name: source for source in of_folder(1000)}
-    inputs["random, 9 qubits"] = Input("random, 9 qubits", drawn.to_qasm(), drawn)
+    inputs = for_devices()
     rows = []
     for name, place in ON_DEVICES[:2] if quick else ON_DEVICES:
         source, device = inputs[name], DEVICES[place]

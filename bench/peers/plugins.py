@@ -14,8 +14,7 @@ from collections.abc import Callable, Sequence
 
 import numpy as np
 import rotations
-import routing
-from circuits import ON_DEVICES, Input, generic, of_folder
+from circuits import DEVICES, ON_DEVICES, Input, for_devices, generic, of_folder
 from qiskit import QuantumCircuit, transpile
 from qiskit.quantum_info import Statevector
 from qiskit.transpiler import CouplingMap, generate_preset_pass_manager
@@ -42,7 +41,7 @@ def main(timed: Timer, quick: bool) -> None:
     print(f"\nThe optimization stage of Qiskit: two-qubit gates and layers\n{_line(HEADS)}")
     for source in [*of_folder(most), *generic(quick)]:
         total.append(stage(source, None, timed))
-    inputs = {source.name: source for source in of_folder(1000)}
+    inputs = for_devices()
     for name, place in ON_DEVICES[:2] if quick else ON_DEVICES:
         total.append(stage(inputs[name], place, timed))
     _sum(total)
@@ -54,7 +53,7 @@ def stage(source: Input, place: str | None, timed: Timer) -> tuple[Row, Row]:
     given = QuantumCircuit.from_qasm_str(source.text)
     options = {"basis_gates": BASIS, "optimization_level": 3, "seed_transpiler": 1}
     if place is not None:
-        edges = routing.DEVICES[place].edges
+        edges = DEVICES[place].edges
         options["coupling_map"] = CouplingMap([p for a, b in edges for p in ((a, b), (b, a))])
     found = [
         timed(lambda method=method: transpile(given, optimization_method=method, **options), runs=1)
