@@ -189,7 +189,9 @@ class CircuitSearch : public SearchBase<Network> {
     options.by_layers = by_layers;
     options.seed = rng_.next();
     options.most_layers = most_layers();
-    options.piece = by_layers ? 0 : tuning.piece;
+    const bool limited = circuit_task_.keeps_depth &&
+                         from.events.size() < static_cast<std::size_t>(tuning.most_limited);
+    options.piece = by_layers || limited ? 0 : tuning.piece;
     options.jobs = circuit_task_.jobs;
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
