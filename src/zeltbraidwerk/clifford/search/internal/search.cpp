@@ -1,11 +1,13 @@
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/beams.h"
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/device_search.h"
+#include "zeltbraidwerk/clifford/search/internal/five_wires.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
@@ -48,6 +50,7 @@ class CliffordSearch : public SearchBase<GateList> {
       // With more effort a greedy run that was cut would lead to another circuit to close.
       offer(with_outputs_in_place(shortest_.circuit(), window_wires(0), rng_));
     }
+    if (wires_ == FiveWireRows::wires && !task_.by_depth() && !meter_.ended()) find_fewest();
   }
 
   bool finished() const {
@@ -82,6 +85,18 @@ class CliffordSearch : public SearchBase<GateList> {
     }
   }
 
+  /// On five qubits. What is left to do is to make its layers fewer.
+  void find_fewest() {
+    FiveWireSearch search(beams_.operator_rows(), task_.outputs, rng_, meter_);
+    const std::optional<GateList> fewest = search.run();
+    if (fewest) {
+      if (!task_.in_place()) shorten(*fewest);
+      offer(*fewest);
+      has_fewest_ = true;
+    }
+    meter_.prove({search.least(), layers_to_hold(search.least(), wires_)});
+  }
+
   void round_freely(const Round& round) {
     const WindowRewriter rewriter(window_wires(round.number));
     begin_anew(round);
@@ -109,11 +124,11 @@ class CliffordSearch : public SearchBase<GateList> {
     anneal(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
   }
 
-  /// On more than four qubits, a beam and half a walk from there. False where the round has no
+  /// A beam and half a walk from there. False where the fewest gates are known, or the round has no
   /// effort for it.
   bool begin_anew(const Round& round) {
     const Side side = beams_.side_for(round.number);
-    const int width = has_table() ? 0 : beams_.width_for(side, round.steps);
+    const int width = has_table() || has_fewest_ ? 0 : beams_.width_for(side, round.steps);
     if (width == 0) return false;
     GateList found = beam(side, width, meter_);
     if (meter_.ended()) return false;
@@ -176,6 +191,7 @@ class CliffordSearch : public SearchBase<GateList> {
   CliffordBeams beams_;
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
   bool nothing_left_ = false;
+  bool has_fewest_ = false;  // found by FiveWireSearch
 };
 
 }  // namespace
