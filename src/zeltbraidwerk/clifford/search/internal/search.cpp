@@ -27,8 +27,14 @@ constexpr const CliffordTuning& tuning = clifford_tuning;
 /// closing one is better than what any search finds in place from the start.
 class CliffordSearch : public SearchBase<GateList> {
  public:
-  CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort)
-      : SearchBase(task, effort), images_(images), wires_(images.qubits()), beams_(images) {
+  CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort,
+                 OnFiveQubits on_five)
+      : SearchBase(task, effort),
+        images_(images),
+        wires_(images.qubits()),
+        finds_fewest_(wires_ == FiveWireRows::wires && on_five == OnFiveQubits::finds_fewest &&
+                      !task.by_depth()),
+        beams_(images) {
     meter_.prove(bound_of_operator(beams_.operator_rows(), task.outputs, nullptr));
   }
 
@@ -50,7 +56,7 @@ class CliffordSearch : public SearchBase<GateList> {
       // With more effort a greedy run that was cut would lead to another circuit to close.
       offer(with_outputs_in_place(shortest_.circuit(), window_wires(0), rng_));
     }
-    if (wires_ == FiveWireRows::wires && !task_.by_depth() && !meter_.ended()) find_fewest();
+    if (finds_fewest_ && !meter_.ended()) find_fewest();
   }
 
   bool finished() const {
@@ -85,7 +91,7 @@ class CliffordSearch : public SearchBase<GateList> {
     }
   }
 
-  /// On five qubits. What is left to do is to make its layers fewer.
+  /// What is left to do is to make its layers fewer.
   void find_fewest() {
     FiveWireSearch search(beams_.operator_rows(), task_.outputs, rng_, meter_);
     const std::optional<GateList> fewest = search.run();
@@ -188,6 +194,7 @@ class CliffordSearch : public SearchBase<GateList> {
 
   const PauliFrame& images_;
   int wires_;
+  bool finds_fewest_;
   CliffordBeams beams_;
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
   bool nothing_left_ = false;
@@ -206,16 +213,18 @@ bool are_images_of_operator(const PauliFrame& images) {
   return true;
 }
 
-GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort) {
+GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
+                       OnFiveQubits on_five) {
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
   if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
-  CliffordSearch search(images, task, effort);
+  CliffordSearch search(images, task, effort, on_five);
   run_search(search);
   return search.incumbent().circuit();
 }
 
-PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
-  return to_circuit(clifford_list(images, task, effort), images);
+PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
+                              OnFiveQubits on_five) {
+  return to_circuit(clifford_list(images, task, effort, on_five), images);
 }
 
 }  // namespace zelt::braidwerk::internal
