@@ -84,7 +84,9 @@ bool FiveWireSearch::find() {
           path_.resize(before);
         }
       }
-      if (meter_.ended() || tries_ > most_tries) return false;
+      const bool has_to_end = meter_.ended() || tries_ > most_tries;
+      if (has_to_end && found.empty()) return false;
+      if (has_to_end) break;
     }
     if (!found.empty()) {
       starts_ = std::move(found);
