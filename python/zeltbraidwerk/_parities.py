@@ -8,7 +8,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
 from zeltbraidwerk._parameter import Parameter, parameter
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.instructions import gates_alone
@@ -43,6 +43,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
             _add(terms, wires[wire], -angle if flipped[wire] else angle)
         elif gate.name != "I":
             raise errors.GateError(f"circuit: got {gate.name}, wanted CNOTs and rotations about Z")
+    limits.check_memory("circuit", circuit.n, "qubits", 10 * circuit.n**2)
     rows = [[bool(wire >> c & 1) for c in range(circuit.n)] for wire in wires]
     return terms, np.array(rows, dtype=np.bool_).reshape(circuit.n, circuit.n)
 
@@ -58,6 +59,7 @@ def read(polynomial: Any, n: int | None) -> tuple[Terms, int]:
     widest = 0
     for key, angle in _pairs(polynomial):
         parity, length = _parity(key)
+        limits.check_memory("polynomial", parity.bit_length(), "bits of a parity", 1000 * parity.bit_length())
         if length is None:
             widest = max(widest, parity.bit_length())
         elif size is None:

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "zeltbraidwerk/search/internal/memory.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
@@ -48,6 +49,16 @@ void check_wires(const char* name, int qubits) {
   if (qubits <= most_wires) return;
   throw synthesis::TooLargeError(std::string(name) + ": got " + std::to_string(qubits) +
                                  " qubits, wanted at most " + std::to_string(most_wires));
+}
+
+void check_search_memory(const char* name, int qubits, const SynthesisOptions& options,
+                         double square, std::size_t items, double linear) {
+  const double wires = qubits;
+  const double each = square * wires * wires + linear * static_cast<double>(items);
+  std::string got = std::to_string(qubits) + " qubits";
+  if (linear > 0) got = std::to_string(items) + " rotations on " + got;
+  if (threads(options) > 1) got += " and " + std::to_string(threads(options)) + " jobs";
+  check_memory(name, got, each * threads(options));
 }
 
 void check_options_of(const std::string& method, const std::vector<OptionOfSome>& options) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,6 +21,11 @@ void check_method(const std::string& method, const std::vector<std::string>& kno
 /// Throws TooLargeError for more qubits than the ends of gates have room for; `name` is that of the
 /// input.
 void check_wires(const char* name, int qubits);
+
+/// Throws TooLargeError where searches on so many qubits would not fit into memory: one per thread,
+/// of `square` bytes times the square of the qubits and `linear` bytes times `items`.
+void check_search_memory(const char* name, int qubits, const synthesis::SynthesisOptions& options,
+                         double square, std::size_t items = 0, double linear = 0);
 
 /// An option that not every method takes.
 struct OptionOfSome {

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+/// \file
+/// The one place that refuses what would take too much memory.
+namespace zelt::braidwerk::internal {
+
+/// Throws TooLargeError where a call would take more bytes than synthesis::memory_limit; `name` is
+/// that of the argument, `got` its size, such as "3000 qubits". Below 16 MB it asks nothing.
+void check_memory(const char* name, const std::string& got, double bytes);
+
+/// The text of an error where more memory was wanted than there was, in spite of the limit.
+inline constexpr const char* memory_ran_out =
+    "memory: there is not enough for this input and these options; a smaller input, fewer jobs or "
+    "another method takes less";
+
+/// The text of the error of check_memory.
+std::string too_large(const std::string& name, const std::string& got, double bytes);
+
+}  // namespace zelt::braidwerk::internal
