@@ -41,7 +41,7 @@ def heavy_hex(rows: Any, length: Any) -> Shape:
 
 
 def all_to_all(n: Any) -> Shape:
-    n = _validate.qubit_count(n, square=_EDGE / 2)
+    n = _validate.qubit_count(n, square=_EDGE // 2)
     return n, [(a, b) for b in range(n) for a in range(b)], f"all to all of {n}"
 
 

@@ -27,6 +27,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     {1: Parameter(0.5), 3: Parameter(0.25)}
     """
     _validate.instance(circuit, "circuit", Circuit, "a Circuit")
+    limits.check_memory("circuit", circuit.n, "qubits", 10 * circuit.n**2)
     wires = [1 << wire for wire in range(circuit.n)]
     flipped = [False] * circuit.n
     terms: Terms = {}
@@ -43,7 +44,6 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
             _add(terms, wires[wire], -angle if flipped[wire] else angle)
         elif gate.name != "I":
             raise errors.GateError(f"circuit: got {gate.name}, wanted CNOTs and rotations about Z")
-    limits.check_memory("circuit", circuit.n, "qubits", 10 * circuit.n**2)
     rows = [[bool(wire >> c & 1) for c in range(circuit.n)] for wire in wires]
     return terms, np.array(rows, dtype=np.bool_).reshape(circuit.n, circuit.n)
 

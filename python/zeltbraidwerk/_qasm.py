@@ -191,7 +191,8 @@ class _Reader:
         most = limits.get("bits")
         if first + size > most:
             kind = "qubits" if quantum else "bits"
-            raise QasmTooLargeError(f"got more than {most} {kind}; {limits.told('bits')}")
+            got = short(match[3]) + (f" after {first} " if first else " ") + kind
+            raise QasmTooLargeError(f"got {got}, wanted {most} at most; {limits.told('bits')}")
         if quantum:
             self.places[name] = range(first, first + size)
             self.qubits += size
@@ -338,6 +339,8 @@ def _integer(text: str) -> int:
     text = text.lstrip("0") or "0"
     most = limits.get("digits")
     if len(text) > most:
-        raise QasmTooLargeError(f"got a number of more than {most} digits; {limits.told('digits')}")
+        raise QasmTooLargeError(
+            f"got a number of {len(text)} digits, wanted {most} at most; {limits.told('digits')}"
+        )
     # Python refuses texts of more than 4300 digits.
     return sum(int(text[-k - 4000 : -k or None]) * 10**k for k in range(0, len(text), 4000))

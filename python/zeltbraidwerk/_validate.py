@@ -173,12 +173,13 @@ def angle(value: Any, name: str) -> float:
 # --- qubits -------------------------------------------------------------------------------------
 
 
-def qubit_count(value: Any, name: str = "n", square: float = 0) -> int:
+def qubit_count(value: Any, name: str = "n", square: int = 0) -> int:
     """``square`` is what is made of the qubits in bytes over the square of their number, besides
     what grows with their number."""
-    n = integer(value, name, 0, _MOST)
-    limits.check_memory(name, n, "qubits", n * (_BYTES_PER_QUBIT + square * n))
-    return n
+    n = _index(value, name)
+    if n > 0:
+        limits.check_memory(name, n, "qubits", n * (_BYTES_PER_QUBIT + int(square) * n))
+    return integer(n, name, 0, _MOST)
 
 
 def qubits(values: Any, name: str) -> tuple[int, ...]:

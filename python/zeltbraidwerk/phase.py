@@ -155,6 +155,7 @@ def synthesize(
     global_phase = terms.pop(0, Parameter(0.0))
     listed = tuple(terms.items())
     call.place(size)
+    limits.check_memory("polynomial", size, "qubits", 2 * size**2)
     limits.check_memory("polynomial", len(terms), f"parities on {size} qubits", 10 * size * len(terms))
     parities = np.array(
         [[bool(parity >> q & 1) for parity in terms] for q in range(size)], dtype=np.bool_
