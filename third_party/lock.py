@@ -1,5 +1,5 @@
-"""Writes hashes.txt: for each package of the lists of exact versions, the hashes of all files of that
-version, one line per package. `./dev lock` runs it after a list was changed.
+"""Writes hashes.txt: for each package of the lists of exact versions, the hashes of all files of
+that version, one line per package. `./dev lock` runs it after a list was changed.
 
 usage: lock.py UV LIST...
 """
@@ -15,8 +15,8 @@ HEADER = "# Hashes of all files of the packages in the lists; written by `./dev 
 
 def pins(lists: list[str]) -> list[str]:
     """name==version, as written, each once."""
-    lines = [line.split()[0] for name in lists for line in Path(name).read_text().splitlines() if line]
-    return sorted({line for line in lines if line[0] != "#"}, key=str.lower)
+    lines = {line for name in lists for line in Path(name).read_text().splitlines()}
+    return sorted((line for line in lines if line and line[0] != "#"), key=str.lower)
 
 
 def normal(name: str) -> str:

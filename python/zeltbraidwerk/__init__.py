@@ -100,5 +100,7 @@ __all__ = [
     "routing",
 ]
 
-_public.tidy(clifford, core, errors, gallery, graph_state, limits, linear, pauli, phase, plot, routing)
+_public.tidy(
+    clifford, core, errors, gallery, graph_state, limits, linear, pauli, phase, plot, routing
+)  # fmt: skip
 _public.tidy(sys.modules[__name__])

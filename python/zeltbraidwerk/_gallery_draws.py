@@ -14,7 +14,7 @@ _GATE = 250  # bytes
 
 
 def room(name: str, qubits: int, gates: float = 0, text: float = 0) -> None:
-    """Refuses an instance that would not fit into memory: of so many gates, or characters and bits."""
+    """Refuses an instance that would not fit into memory: of so many gates, or bytes of text."""
     limits.check_memory(name, qubits, "qubits", _GATE * gates + text)
 
 

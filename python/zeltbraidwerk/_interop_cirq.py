@@ -199,7 +199,7 @@ class _Reader:
                 name, angles = known
                 on = tuple([self._places[qubit] for qubit in operation.qubits])
                 self._gate(name, on, angles, f"operation {place}", None)
-        except (errors.AngleError, errors.GateError) as error:
+        except _reading.PLACED as error:
             raise _reading.at(f"operation {place}", error) from None
 
     def _gate(

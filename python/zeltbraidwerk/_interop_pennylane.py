@@ -148,7 +148,7 @@ def read(script: Any) -> Read:
         try:
             on = tuple([places[label] for label in each])
             reader.operation(operation, on, f"operation {place}", None)
-        except (errors.AngleError, errors.GateError) as error:
+        except _reading.PLACED as error:
             raise _reading.at(f"operation {place}", error) from None
     found, registers = reader.numbered()
     return Read(len(wires), found, registers, _names.kept(map(_name, wires)))

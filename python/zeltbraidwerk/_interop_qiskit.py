@@ -102,9 +102,7 @@ def _tests(
 STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
-def read(
-    circuit: Any, most_inner: int | None = None, lines: Sequence[int] | None = None
-) -> Read:
+def read(circuit: Any, most_inner: int | None = None, lines: Sequence[int] | None = None) -> Read:
     """``most_inner`` bounds the instructions within definitions, which take long to unfold;
     ``lines`` are those that the instructions were read from."""
     _reading.wanted(circuit, "qiskit", "QuantumCircuit")

@@ -59,7 +59,8 @@ def read(polynomial: Any, n: int | None) -> tuple[Terms, int]:
     widest = 0
     for key, angle in _pairs(polynomial):
         parity, length = _parity(key)
-        limits.check_memory("polynomial", parity.bit_length(), "bits of a parity", 1000 * parity.bit_length())
+        bits = parity.bit_length()
+        limits.check_memory("polynomial", bits, "bits of a parity", 1000 * bits)
         if length is None:
             widest = max(widest, parity.bit_length())
         elif size is None:

@@ -21,6 +21,10 @@ Known: TypeAlias = Primitive | Definition
 Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
 
 
+# Errors to which readers add the place.
+PLACED = (errors.AngleError, errors.GateError, errors.TooLargeError)
+
+
 class Read(NamedTuple):
     """What a reader finds; without ``names`` the qubits have the usual ones."""
 
@@ -95,7 +99,7 @@ def located(where: str) -> Iterator[None]:
     """Adds the place to errors of a gate or an angle in the block."""
     try:
         yield
-    except (errors.AngleError, errors.GateError, errors.TooLargeError) as error:
+    except PLACED as error:
         raise at(where, error) from None
 
 

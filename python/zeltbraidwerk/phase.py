@@ -156,7 +156,8 @@ def synthesize(
     listed = tuple(terms.items())
     call.place(size)
     limits.check_memory("polynomial", size, "qubits", 2 * size**2)
-    limits.check_memory("polynomial", len(terms), f"parities on {size} qubits", 10 * size * len(terms))
+    entries = size * len(terms)
+    limits.check_memory("polynomial", len(terms), f"parities on {size} qubits", 10 * entries)
     parities = np.array(
         [[bool(parity >> q & 1) for parity in terms] for q in range(size)], dtype=np.bool_
     ).reshape(size, len(terms))

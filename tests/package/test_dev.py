@@ -1,5 +1,5 @@
-"""What ./dev does after it was killed, and when it has no network or no room: it runs in a copy with
-programs in the place of pip, Python and the package manager."""
+"""What ./dev does after it was killed, and when it has no network or no room. It runs in a copy,
+with programs in the place of pip, Python and the package manager."""
 
 import os
 import shutil
@@ -41,7 +41,7 @@ def tree(tmp_path):
     for name, text in {
         "python3": PYTHON,
         "pip": PIP,
-        "dpkg-query": "#!/bin/sh\nshift 3\nfor p; do echo \"$p installed\"; done\n",
+        "dpkg-query": '#!/bin/sh\nshift 3\nfor p; do echo "$p installed"; done\n',
     }.items():
         path = tmp_path / "fake" / name
         path.parent.mkdir(exist_ok=True)

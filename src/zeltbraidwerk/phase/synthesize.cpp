@@ -18,6 +18,8 @@ using synthesis::PhaseOptions;
 
 namespace {
 
+constexpr double bytes_of_run = 40;  // over the square of the qubits
+constexpr double bytes_of_parity = 3'000;
 constexpr int most_searched = 16'383;  // qubits
 constexpr int default_runs = 20;
 constexpr int default_device_runs = 100;         // which are quicker, and differ more
@@ -67,6 +69,8 @@ class PhaseCall {
   /// The methods to run, checked.
   std::vector<std::string> chosen() const {
     check_effort(options_);
+    check_search_memory("polynomial", qubits(), options_, bytes_of_run,
+                        {parities_.cols(), "parities", bytes_of_parity + qubits()});
     const bool on_device = options_.device != nullptr;
     std::vector<std::string> known = synthesis::phase_methods(on_device);
     check_method(options_.method, known, on_device);

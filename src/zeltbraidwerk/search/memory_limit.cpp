@@ -69,7 +69,8 @@ double bytes_there() {
 std::string shown(double bytes) {
   std::array<char, 48> text{};
   const bool giga = bytes >= 1e9;
-  std::snprintf(text.data(), text.size(), "%.3g %s", bytes / (giga ? 1e9 : 1e6), giga ? "GB" : "MB");
+  std::snprintf(text.data(), text.size(), "%.3g %s", bytes / (giga ? 1e9 : 1e6),
+                giga ? "GB" : "MB");
   return text.data();
 }
 

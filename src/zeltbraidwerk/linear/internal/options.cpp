@@ -40,7 +40,8 @@ void check_method_memory(const LinearMethod& method, int n, const LinearMethodOp
   }
   if (method.memory == nullptr) return;
   const std::string got = std::to_string(options.width) + " and " +
-                          std::to_string(options.lookahead) + " on " + std::to_string(n) + " qubits";
+                          std::to_string(options.lookahead) + " on " + std::to_string(n) +
+                          " qubits";
   const double bytes = method.memory(n, options);
   if (std::pow(options.width, options.lookahead) >= 0x1p31) {  // states are counted by an int
     throw synthesis::TooLargeError(too_large("width, lookahead", got, bytes));

@@ -52,11 +52,11 @@ void check_wires(const char* name, int qubits) {
 }
 
 void check_search_memory(const char* name, int qubits, const SynthesisOptions& options,
-                         double square, std::size_t items, double linear) {
+                         double square, const SearchItems& items) {
   const double wires = qubits;
-  const double each = square * wires * wires + linear * static_cast<double>(items);
+  const double each = square * wires * wires + items.bytes * items.count;
   std::string got = std::to_string(qubits) + " qubits";
-  if (linear > 0) got = std::to_string(items) + " rotations on " + got;
+  if (items.count > 0) got = std::to_string(items.count) + " " + items.name + " on " + got;
   if (threads(options) > 1) got += " and " + std::to_string(threads(options)) + " jobs";
   check_memory(name, got, each * threads(options));
 }
