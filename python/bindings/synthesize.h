@@ -6,7 +6,6 @@
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -16,7 +15,6 @@
 #include "convert.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/graph.h"
-#include "zeltbraidwerk/search/internal/memory.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/synthesis_options.h"
 
@@ -78,10 +76,6 @@ auto synthesized(const CommonOptions& common, Options options, Call&& call) {
     raise_error("TooLargeError", error.what());
   } catch (const std::invalid_argument& error) {
     raise_error("OptionError", error.what());
-  } catch (const std::bad_alloc&) {
-    raise_error("TooLargeError", internal::memory_ran_out);
-  } catch (const std::length_error&) {
-    raise_error("TooLargeError", internal::memory_ran_out);
   }
 }
 

@@ -10,11 +10,6 @@ namespace zelt::braidwerk::internal {
 /// that of the argument, `got` its size, such as "3000 qubits". Below 16 MB it asks nothing.
 void check_memory(const char* name, const std::string& got, double bytes);
 
-/// The text of an error where more memory was wanted than there was, in spite of the limit.
-inline constexpr const char* memory_ran_out =
-    "memory: there is not enough for this input and these options; a smaller input, fewer jobs or "
-    "another method takes less";
-
 /// The text of the error of check_memory.
 std::string too_large(const std::string& name, const std::string& got, double bytes);
 
