@@ -3,6 +3,8 @@ import inspect
 import os
 import re
 import signal
+import socket
+import sys
 import threading
 
 import numpy as np
@@ -12,6 +14,21 @@ from support import product
 
 settings.register_profile("default", deadline=None, max_examples=40, derandomize=True)
 settings.load_profile("default")
+
+os.environ["PIP_NO_INDEX"] = "1"  # of processes that tests start
+
+
+def at_home(event, given):
+    """No test fetches anything: connections go to this machine alone."""
+    if event != "socket.connect" or given[0].type != socket.SOCK_STREAM:
+        return
+    if given[0].family in (socket.AF_INET, socket.AF_INET6):
+        host = str(given[1][0])
+        if not host.startswith("127.") and host not in ("::1", "localhost"):
+            raise RuntimeError(f"a test wants to connect to {host}")
+
+
+sys.addaudithook(at_home)
 
 # A test tests a conversion if it asks for another package in this way, or by the fixture of one.
 # mypy is a tool, not a peer.
