@@ -222,6 +222,10 @@ def doubling(depth, inner="h a; "):
     ("text", "complaint"),
     [
         (doubling(30), "line 33: got more than 4000000 operations"),
+        (
+            doubling(30).replace("\ng30", " creg c[1]; if(c==1) g30"),
+            "line 32: got more than 4000000 operations",
+        ),
         (doubling(60, inner=""), "line 63: got more than 4000000 operations"),
         (doubling(150), "line 101: got the gate g100 nested more than 100 deep"),
         ("qreg q[1000000000];", "line 1: got 1000000000 qubits, wanted 1000000 at most"),

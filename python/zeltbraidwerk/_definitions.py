@@ -110,12 +110,13 @@ def define(
 
 
 def _names(text: str) -> tuple[str, ...]:
-    names = split(text)
-    for name in names:
+    names: dict[str, None] = {}
+    for name in split(text):
         if not NAME.fullmatch(name):
             raise errors.QasmError(f"got {short(name)!r}, wanted a name")
-        if names.count(name) > 1:
-            raise errors.QasmError(f"got {name!r} twice")
+        if name in names:
+            raise errors.QasmError(f"got {short(name)!r} twice")
+        names[name] = None
     return tuple(names)
 
 

@@ -107,6 +107,7 @@ MORE = (
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What may crash a compiled reader: long expressions, large registers and numbers.
 _STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}|==\s*\d{9}|OPENQASM\s+[^;\s]{9}")
+_IF, _GATE = re.compile(r"\bif\s*\("), re.compile(r"\bgate\s")
 _TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
 _SIZES = re.compile(r"\b([qc])reg\b[^;\[]*\[\s*0*(\d+)")
 _MOST_BROADCAST = 1_000_000  # bits of all registers times statements
@@ -135,7 +136,9 @@ def read(text: Any, reader: str = "auto") -> Read:
 def _is_strange(text: str) -> bool:
     sizes = _sizes(text).values()
     is_large = max(sizes) > limits.get("bits") or sum(sizes) * text.count(";") > _MOST_BROADCAST
-    return is_large or bool(_STRANGE.search(text))
+    # Qiskit copies all that a gate under a condition stands for.
+    is_deep = _IF.search(text) is not None and _GATE.search(text) is not None
+    return is_large or is_deep or bool(_STRANGE.search(text))
 
 
 def _sizes(text: str) -> dict[str, int]:

@@ -8,11 +8,11 @@ in upper case.
 >>> import zeltbraidwerk as zb
 >>> zb.limits.current().operations
 4000000
->>> zb.CliffordTableau(10_000_000)
+>>> zb.CliffordTableau(10_000_000)  # doctest: +ELLIPSIS
 Traceback (most recent call last):
   ...
 zeltbraidwerk.errors.TooLargeError: n: got 10000000 qubits, which would take 4e+06 GB of memory, ...
->>> with zb.limits.using(operations=1000):
+>>> with zb.limits.using(operations=1000):  # doctest: +NORMALIZE_WHITESPACE
 ...     zb.Circuit.of("qreg q[2000]; h q;")
 Traceback (most recent call last):
   ...

@@ -10,12 +10,15 @@
 #include "zeltbraidwerk/search/internal/memory.h"
 #include "zeltbraidwerk/search/internal/options.h"
 #include "zeltbraidwerk/search/internal/task.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
-constexpr double bytes_of_run = 40;  // over the square of the qubits
+// Over the square of the qubits, with a search, and without.
+constexpr double bytes_of_run = 40;
+constexpr double bytes_of_method = 4;
 
 std::vector<std::string> takers(bool LinearMethod::* takes, bool on_device) {
   std::vector<std::string> names;
@@ -80,7 +83,7 @@ void check_options(const synthesis::LinearOptions& options, int n) {
   check_range("width", options.width, std::numeric_limits<int>::max());
   check_range("lookahead", options.lookahead, 64);
   if (options.method == "search") check_wires("matrix", n);
-  check_search_memory("matrix", n, options, bytes_of_run);
+  check_search_memory("matrix", n, options, n <= most_wires ? bytes_of_run : bytes_of_method);
   if (const LinearMethod* method = on_device ? nullptr : linear_method(options.method)) {
     check_method_memory(*method, n, method_options(options));
   }
