@@ -142,8 +142,8 @@ def test_limits_are_set_and_come_back():
 
 
 @pytest.mark.parametrize(
-    "given", [{"memory": 0}, {"memory": float("nan")}, {"digits": 0}, {"bits": 2.5}, {"width": 1},
-              {"operations": True}, {"nesting": "5"}]
+    "given", [{"memory": 0}, {"memory": float("nan")}, {"bits": -(10**5000)}, {"digits": 0},
+              {"bits": 2.5}, {"width": 1}, {"operations": True}, {"nesting": "5"}]
 )  # fmt: skip
 def test_limits_that_mean_nothing(given):
     before = limits.current()
@@ -160,6 +160,7 @@ def test_the_environment_sets_limits():
         [sys.executable, "-c", code], capture_output=True, text=True, check=True,
         env=os.environ | variables,
     )  # fmt: skip
+    assert "ZELTBRAIDWERK_LIMIT_DIGITS: got 'many', wanted an integer above 0" in done.stderr
     assert "memory=0.25," in done.stdout
     assert "bits=7," in done.stdout
     assert "digits=4000)" in done.stdout

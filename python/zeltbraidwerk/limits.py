@@ -24,6 +24,7 @@ from __future__ import annotations
 
 import math
 import os
+import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager
 from dataclasses import asdict, dataclass, fields, replace
@@ -73,10 +74,14 @@ def set(**limits: float) -> None:
             raise errors.OptionError(f"limits: got {name!r}, wanted one of {', '.join(known)}")
         kinds = (int, float) if name == "memory" else int
         if isinstance(value, bool) or not isinstance(value, kinds) or not value > 0:
-            wanted = "a share up to 1, or bytes" if name == "memory" else "an integer above 0"
-            raise errors.OptionError(f"{name}: got {value!r}, wanted {wanted}")
+            from zeltbraidwerk import _validate  # which needs this module
+
+            raise errors.OptionError(
+                f"{name}: got {_validate.shown(value)}, wanted {_wanted(name)}"
+            )
     if "memory" in limits:
-        _core._set_memory_limit(min(limits["memory"], math.inf))
+        memory = limits["memory"]
+        _core._set_memory_limit(float(memory) if memory < 1e300 else math.inf)
     _limits = replace(_limits, **limits)  # type: ignore[arg-type]
 
 
@@ -96,7 +101,7 @@ def check_memory(name: str, count: int, unit: str, needed: float) -> None:
     in the ``unit``."""
     if needed > _NEVER_CHECKED and needed > _core._memory_limit():
         # Numbers of any size, of which a double has no more than 300 digits.
-        got = f"{count:,}".replace(",", "") if count < 10**30 else "more than 1e30"
+        got = str(count) if count < 10**30 else "more than 1e30"
         text = _core._too_large(name, f"{got} {unit}", float(min(needed, 1e300)))
         raise errors.TooLargeError(text)
 
@@ -119,13 +124,28 @@ def told(limit: str) -> str:
 
 
 def _of_environment() -> Limits:
-    """What variables set; those that are no integers above 0 are left out."""
+    """What variables set, that of the memory aside, which the compiled part reads. Those that mean
+    nothing are told of and left out."""
     given: dict[str, int] = {}
     for each in fields(Limits):
-        text = os.environ.get(_PREFIX + each.name.upper(), "")
-        if each.name != "memory" and text.isascii() and text.isdigit() and 0 < len(text) < 19:
-            given[each.name] = max(int(text), 1)
+        variable = _PREFIX + each.name.upper()
+        text = os.environ.get(variable)
+        try:
+            value = 1 if text is None else (float if each.name == "memory" else int)(text)
+        except ValueError:
+            value = 0
+        if not value > 0:
+            warnings.warn(
+                f"{variable}: got {text!r:.80}, wanted {_wanted(each.name)}; it is left out",
+                stacklevel=2,
+            )
+        elif text is not None and each.name != "memory":
+            given[each.name] = int(value)
     return Limits(**given)
+
+
+def _wanted(name: str) -> str:
+    return "a share up to 1, or bytes" if name == "memory" else "an integer above 0"
 
 
 _limits = _of_environment()
