@@ -14,6 +14,9 @@ mark_as_advanced(ZELTBRAIDWERK_LEMON_LICENCE)
 if(ZELTBRAIDWERK_LEMON_LICENCE)
   zeltbraidwerk_licence(lemon "${ZELTBRAIDWERK_LEMON_LICENCE}")
 endif()
+zeltbraidwerk_version_in(zeltbraidwerk_lemon_version "${LEMON_INCLUDE_DIR}/lemon/config.h"
+  LEMON_VERSION)
+zeltbraidwerk_component(lemon "${zeltbraidwerk_lemon_version}" "BSL-1.0" "pkg:generic/lemon")
 
 block()
   set(overlay "${CMAKE_CURRENT_BINARY_DIR}/lemon_overlay")

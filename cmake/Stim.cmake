@@ -68,6 +68,7 @@ function(zeltbraidwerk_fetch_stim source problem)
     file(TOUCH "${unpacked}/.complete")
   endif()
   set(${source} "${unpacked}/src" PARENT_SCOPE)
+  zeltbraidwerk_component(stim "${version}" "Apache-2.0" "pkg:pypi/stim" "${wanted}")
 endfunction()
 
 # zeltbraidwerk_stim_units(file...): the library's source files that include Stim's headers.

@@ -6,6 +6,8 @@
 
 #include "module.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/memory.h"
+#include "zeltbraidwerk/search/memory_limit.h"
 
 namespace zelt::braidwerk::python {
 
@@ -66,6 +68,10 @@ std::vector<std::tuple<double, int, int>> trace_of(const SynthesisResult& result
 }  // namespace
 
 void bind_synthesize(nb::module_& m) {
+  m.def("_memory_limit", &synthesis::memory_limit);
+  m.def("_memory_limit_as_set", &synthesis::memory_limit_as_set);
+  m.def("_set_memory_limit", &synthesis::set_memory_limit, "limit"_a);
+  m.def("_too_large", &internal::too_large, "name"_a, "got"_a, "bytes"_a);
   nb::enum_<Objective>(m, "_Objective")
       .value("count", Objective::count)
       .value("depth", Objective::depth);

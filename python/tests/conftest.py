@@ -4,6 +4,8 @@ import os
 import re
 import shutil
 import signal
+import socket
+import sys
 import tempfile
 import threading
 
@@ -19,6 +21,20 @@ settings.load_profile("default")
 # earlier one may be of other code.
 TABLES = tempfile.mkdtemp(prefix="tables-")
 os.environ["ZELTBRAIDWERK_CACHE"] = TABLES
+os.environ["PIP_NO_INDEX"] = "1"  # of processes that tests start
+
+
+def at_home(event, given):
+    """No test fetches anything: connections go to this machine alone."""
+    if event != "socket.connect" or given[0].type != socket.SOCK_STREAM:
+        return
+    if given[0].family in (socket.AF_INET, socket.AF_INET6):
+        host = str(given[1][0])
+        if not host.startswith("127.") and host not in ("::1", "localhost"):
+            raise RuntimeError(f"a test wants to connect to {host}")
+
+
+sys.addaudithook(at_home)
 
 # A test tests a conversion if it asks for another package in this way, or by the fixture of one.
 # mypy is a tool, not a peer.

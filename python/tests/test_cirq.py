@@ -140,7 +140,7 @@ def test_what_is_refused(cirq):
         inner = cirq.FrozenCircuit(twice)
         twice = [cirq.CircuitOperation(inner, repetitions=10_000)]
     for operations, error, text in (
-        (twice, errors.GateError, "operation 0: got more than 4000000 operations"),
+        (twice, errors.TooLargeError, "operation 0: got more than 4000000 operations"),
         ([cirq.H(a), cirq.depolarize(0.1)(a)], errors.GateError, "operation 1: got depolarize"),
         ([cirq.rx(sympy.Symbol("s") ** 2)(a)], errors.AngleError, "operation 0: angle: got"),
         ([cirq.X(a).with_classical_controls("m")], errors.GateError, "not measured before"),

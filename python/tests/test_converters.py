@@ -439,8 +439,13 @@ def test_conditions_for_stim(stim):
         ("CX sweep[0] 1", "instruction 0: got CX on other targets"),
         ("MPP X0*X0", "instruction 0: got the measurement of an identity"),
         ("CX rec[-1] 0", r"instruction 0: got rec\[-1\] after 0 records"),
-        ("REPEAT 9999 {\nREPEAT 9999 {\nH 0\n}\n}", "instruction 0: got more than 4000000"),
     ],
 )
 def test_what_stim_has_and_we_do_not(stim, text, complaint):
     refused(errors.GateError, complaint, Circuit.from_stim, stim.Circuit(text))
+
+
+def test_long_repetitions_of_stim_are_refused(stim):
+    circuit = stim.Circuit("REPEAT 9999 {\nREPEAT 9999 {\nH 0\n}\n}")
+    complaint = "instruction 0: got more than 4000000"
+    refused(errors.TooLargeError, complaint, Circuit.from_stim, circuit)

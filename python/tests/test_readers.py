@@ -222,8 +222,12 @@ def doubling(depth, inner="h a; "):
     ("text", "complaint"),
     [
         (doubling(30), "line 33: got more than 4000000 operations"),
+        (
+            doubling(30).replace("\ng30", " creg c[1]; if(c==1) g30"),
+            "line 32: got more than 4000000 operations",
+        ),
         (doubling(60, inner=""), "line 63: got more than 4000000 operations"),
-        (doubling(150), "line 101: got the gate g100 nested 101 deep, wanted 100"),
+        (doubling(150), "line 101: got the gate g100 nested more than 100 deep"),
         ("qreg q[1000000000];", "line 1: got 1000000000 qubits, wanted 1000000 at most"),
         ("qreg q[1]; creg c[99999999];", "got 99999999 bits"),
         (
@@ -238,8 +242,11 @@ def doubling(depth, inner="h a; "):
     ],
 )
 def test_hostile_programs_end_soon(text, complaint):
-    with pytest.raises(errors.QasmError, match=complaint):
+    with pytest.raises(errors.QasmError, match=complaint) as caught:
         Circuit.from_qasm(text)
+    if "angle" not in complaint:
+        assert isinstance(caught.value, errors.TooLargeError)
+        assert "; the limit is set by limits.set(" in str(caught.value)
 
 
 def test_deep_expressions_are_read():

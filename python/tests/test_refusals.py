@@ -104,7 +104,7 @@ linear.synthesize(EYE, steps=-1) -> OptionError: steps: got -1, wanted 0 to
 linear.synthesize(EYE, method='search', reach=1) -> OptionError: on a device
 linear.synthesize(EYE, method='search', device='aspen', reach=1.0) -> DtypeError: reach: got 1.0
 linear.synthesize(EYE, seed=-1) -> OptionError: seed: got -1
-linear.synthesize(EYE, method='greedy', width=10 ** 4, lookahead=8) -> TooLargeError: width, lookahead: got 10000 and 8, which would take 1e\+32 states and .* GB
+linear.synthesize(EYE, method='greedy', width=10 ** 4, lookahead=8) -> TooLargeError: width, lookahead: got 10000 and 8 on 3 qubits, which would take .* GB of memory
 linear.synthesize(EYE, method='syndrome', width=300, lookahead=4) -> TooLargeError: GB of
 
 # devices

@@ -57,7 +57,7 @@ INSTANCES = {
     "Conditional": lambda: zb.Conditional(Gate.h(0), 0), "Measure": lambda: zb.Measure(0, 0),
     "Register": lambda: zb.Register("c", 1), "Reset": lambda: zb.Reset(0),
     "CliffordTableau": lambda: CliffordTableau(2), "CnotCircuit": lambda: CNOTS,
-    "Device": lambda: Device.line(3), "Gate": lambda: Gate.h(0),
+    "Device": lambda: Device.line(3), "Limits": zb.limits.current, "Gate": lambda: Gate.h(0),
     "Parameter": lambda: zb.Parameter(0.5),
     "LinearSynthesis": lambda: zb.linear.synthesize(MATRIX, **QUICK),
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),

@@ -25,6 +25,7 @@ budget= (seconds), restarts= and jobs=, as far as they mean something there, and
     zb.from_json(text)     what .to_json() of circuits and results wrote
     zb.gallery             inputs to try: matrices, rotations, graphs, circuits
     zb.errors              the exceptions, one class per cause
+    zb.limits              how much memory calls may take, and how large texts may be
     zb.plot                pictures of searches
     zb.core                the functions of the C++ library under their own names
     zb.circuits, zb.gates, zb.instructions, zb.devices
@@ -54,6 +55,7 @@ from zeltbraidwerk import (
     errors,
     gallery,
     graph_state,
+    limits,
     linear,
     pauli,
     phase,
@@ -89,6 +91,7 @@ __all__ = [
     "from_json",
     "gallery",
     "graph_state",
+    "limits",
     "linear",
     "optimize",
     "pauli",
@@ -97,5 +100,7 @@ __all__ = [
     "routing",
 ]
 
-_public.tidy(clifford, core, errors, gallery, graph_state, linear, pauli, phase, plot, routing)
+_public.tidy(
+    clifford, core, errors, gallery, graph_state, limits, linear, pauli, phase, plot, routing
+)  # fmt: skip
 _public.tidy(sys.modules[__name__])

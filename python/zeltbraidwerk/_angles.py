@@ -20,7 +20,7 @@ SYMBOL = r"[^\W\d]\w*(?:\[\d+\])*|\$[^\s$]+\$"
 
 
 def _token(name: str, flags: re.RegexFlag) -> re.Pattern[str]:
-    number = r"(?:[0-9]+\.?[0-9]*|\.[0-9]+)(?:[eE][+-]?[0-9]+)?"
+    number = r"(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]+)?"
     return re.compile(rf"\s*(?:(?P<number>{number})|(?P<name>{name})|(?P<sign>[-+*/^()]))", flags)
 
 

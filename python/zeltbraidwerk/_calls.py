@@ -18,13 +18,18 @@ _LONGEST = 60  # characters of a value
 def recorded(name: str, *positional: str) -> Callable[[Callable[P, R]], Callable[P, R]]:
     """Decorates a function that returns a result: the field ``call`` of the result, or of the best
     so far where Ctrl-C ends the call, becomes the text of the call, with the seed that was
-    drawn."""
+    drawn. Where memory runs out, the function raises a TooLargeError."""
 
     def decorate(function: Callable[P, R]) -> Callable[P, R]:
         @functools.wraps(function)
         def call(*args: P.args, **given: P.kwargs) -> R:
             try:
                 return _noted(function(*args, **given), name, positional, given)
+            except MemoryError:  # in spite of the limit, where others have taken what there was
+                raise errors.TooLargeError(
+                    "memory: there is not enough for this input and these options; a smaller "
+                    "input, fewer jobs or another method takes less"
+                ) from None
             except errors.Interrupted as stopped:
                 if stopped.best is not None:
                     _noted(stopped.best, name, positional, given)

@@ -177,10 +177,9 @@ class CircuitBase(Stored):
 
         Gates are decomposed into those of :class:`Gate`, up to a global phase; definitions in the
         text win over the header's, whose gates are known without ``include`` as well. An ``if``
-        whose condition can never hold is left out. Block comments are read too. Limits: 1,000,000
-        qubits and bits each, definitions nested 100 deep, 4,000,000 operations after expansion,
-        where an operation counts once for each bit of its condition and a barrier once for each
-        qubit.
+        whose condition can never hold is left out. Block comments are read too. What is beyond
+        one of :mod:`zeltbraidwerk.limits` raises a
+        :class:`~zeltbraidwerk.errors.QasmTooLargeError`.
 
         ``include`` of any other file and other versions are refused. A
         :class:`~zeltbraidwerk.errors.QasmError` tells the line.
@@ -253,7 +252,7 @@ class CircuitBase(Stored):
 
         Records are the bits of one register, "rec". TICK, QUBIT_COORDS and SHIFT_COORDS are
         not operations and are left out. Noise, detectors and observables are refused with the index
-        of the instruction. Limit: 4,000,000 operations after expansion of REPEAT.
+        of the instruction.
         """
         return cls._of_read(_interop_stim.read(circuit))
 

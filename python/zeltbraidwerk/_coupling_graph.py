@@ -8,7 +8,7 @@ from functools import cached_property
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _device_parts, _validate, errors
+from zeltbraidwerk import _core, _device_parts, _validate, errors, limits
 
 Edge = tuple[int, int]
 
@@ -39,6 +39,7 @@ class CouplingGraph:
 
     def adjacency(self) -> npt.NDArray[np.bool_]:
         """The symmetric matrix of the edges."""
+        limits.check_memory("device", self._n, "qubits", 2 * self._n**2)
         matrix = np.zeros((self._n, self._n), dtype=np.bool_)
         for a, b in self._edges:
             matrix[a, b] = matrix[b, a] = True

@@ -101,7 +101,7 @@ def is_adjacency(value: Any) -> bool:
 
 def of_adjacency(value: Any, name: str) -> Coupling:
     """Of a symmetric matrix with 1 where there is an edge."""
-    found = _validate.bit_matrix(value.toarray() if hasattr(value, "toarray") else value, name)
+    found = _validate.bit_matrix(value, name)
     if (found != found.T).any() or found.diagonal().any():
         raise errors.GraphError(
             f"{name}: got an adjacency matrix that is not symmetric or has edges from a qubit to "

@@ -7,14 +7,11 @@ from collections.abc import Mapping, Sequence
 from dataclasses import dataclass, field
 from typing import NamedTuple
 
-from zeltbraidwerk import _angles, errors
+from zeltbraidwerk import _angles, errors, limits
 from zeltbraidwerk._parameter import Parameter
 
 # A gate of this package, or a barrier: name, qubits, angles.
 Plain = tuple[str, tuple[int, ...], tuple[Parameter, ...]]
-
-MOST_NESTED = 100
-MOST_OPERATIONS = 4_000_000
 
 NAME = re.compile(r"[A-Za-z_]\w*", re.ASCII)
 APPLICATION = re.compile(r"([A-Za-z_]\w*)\s*(?:\((.*)\))?\s*([^()]*)", re.ASCII | re.DOTALL)
@@ -108,20 +105,18 @@ def define(
         None if body is None else tuple(_part(line, s, params, places, known) for line, s in body)
     )
     gate = Definition(params, len(wires), parts)
-    if gate.depth > MOST_NESTED:
-        raise errors.QasmError(
-            f"got the gate {name} nested {gate.depth} deep, wanted {MOST_NESTED} at most"
-        )
+    limits.check_nesting(gate.depth, f"got the gate {name}")
     return name, gate
 
 
 def _names(text: str) -> tuple[str, ...]:
-    names = split(text)
-    for name in names:
+    names: dict[str, None] = {}
+    for name in split(text):
         if not NAME.fullmatch(name):
             raise errors.QasmError(f"got {short(name)!r}, wanted a name")
-        if names.count(name) > 1:
-            raise errors.QasmError(f"got {name!r} twice")
+        if name in names:
+            raise errors.QasmError(f"got {short(name)!r} twice")
+        names[name] = None
     return tuple(names)
 
 

@@ -14,6 +14,9 @@ Edge = tuple[int, int]
 Shape = tuple[int, list[Edge], str]
 
 
+_EDGE = 200  # bytes, of a pair of integers in a list, before and after it is sorted
+
+
 def line(n: Any) -> Shape:
     n = _validate.qubit_count(n)
     return n, [(q, q + 1) for q in range(n - 1)], f"line of {n}"
@@ -38,7 +41,7 @@ def heavy_hex(rows: Any, length: Any) -> Shape:
 
 
 def all_to_all(n: Any) -> Shape:
-    n = _validate.qubit_count(n)
+    n = _validate.qubit_count(n, square=_EDGE // 2)
     return n, [(a, b) for b in range(n) for a in range(b)], f"all to all of {n}"
 
 

@@ -7,6 +7,8 @@ from collections.abc import Callable, Iterable, Sequence
 from dataclasses import dataclass, field
 from html import escape
 
+from zeltbraidwerk import limits
+
 CONTROL, TARGET, BARRIER = "●", "⊕", "░"
 
 
@@ -33,9 +35,12 @@ class Column:
 
 
 def columns(boxes: Iterable[Box]) -> list[Column]:
+    listed = list(boxes)
+    crossed = sum(max(box.qubits) - min(box.qubits) + 1 for box in listed)
+    limits.check_memory("circuit", crossed, "crossings of wires in its picture", 150 * crossed)
     found: list[Column] = []
     free: dict[int, int] = {}  # the first column with room on a wire; bit b is wire -1 - b
-    for box in boxes:
+    for box in listed:
         low, high = min(box.qubits), max(box.qubits)
         wires = [*range(low, high + 1), *(-1 - bit for bit in box.bits)]
         place = max(free.get(wire, 0) for wire in wires)
@@ -68,6 +73,8 @@ def text(wires: Sequence[str], boxes: Iterable[Box], width: int) -> str:
     names = [f"{wire}: " for wire in wires]
     margin = max(map(len, names), default=0)
     cut = blocks(columns(boxes), width - margin - 2, lambda column: column.width + 2)
+    letters = len(names) * sum(sum(column.width + 2 for column in block) + margin for block in cut)
+    limits.check_memory("circuit", letters, "letters in its picture", 12 * letters)
     return "\n\n".join(_text_block(names, margin, block) for block in cut)
 
 
@@ -100,6 +107,8 @@ def svg(wires: Sequence[str], boxes: list[Box], room: int = 1000, most: int = 30
     """A complete SVG file, on white. After ``most`` gates it ends with the number of the others."""
     margin = max([44, *(8 * len(wire) + 20 for wire in wires)])
     cut = blocks(columns(boxes[:most]), room - margin, _step)
+    lines = len(wires) * len(cut)
+    limits.check_memory("circuit", lines, "lines of wires in its picture", 600 * lines)
     height = len(wires) * ROW
     right = margin + max(sum(map(_step, block)) for block in cut) + 12
     parts = []

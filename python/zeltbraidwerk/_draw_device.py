@@ -9,6 +9,8 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
+from zeltbraidwerk import limits
+
 STEP, MARGIN, RADIUS = 56, 28, 13  # of the SVG, in its units
 LONGEST = 3  # characters in a circle
 _STYLE = (
@@ -66,6 +68,7 @@ def _layout(n: int, edges: Sequence[tuple[int, int]]) -> npt.NDArray[np.float64]
     Y. Koren, S. North, 2004). The same picture every time."""
     if n < 2:
         return np.zeros((n, 2))
+    limits.check_memory("device", n, "qubits in its picture", 120 * n**2)
     far = _distances(n, edges)
     centred = -0.5 * (far**2 - (far**2).mean(0) - (far**2).mean(1)[:, None] + (far**2).mean())
     values, vectors = np.linalg.eigh(centred)

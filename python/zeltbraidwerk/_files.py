@@ -2,11 +2,16 @@
 
 from __future__ import annotations
 
+import errno
 import os
+import stat
 from collections.abc import Iterable
 from pathlib import Path
+from typing import BinaryIO
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
+
+_FIRST = 1 << 20  # bytes that are read at once, at first
 
 
 def has_statements(text: str) -> bool:
@@ -18,13 +23,43 @@ def is_path(text: str) -> bool:
     return bool(text.strip()) and not has_statements(text) and "\n" not in text
 
 
+def bytes_of(path: str | os.PathLike[str]) -> bytes:
+    """The bytes of a regular file: others, such as pipes and devices, may have no end. Raises what
+    ``open`` does, also for them, and a TooLargeError."""
+    most = limits.get("file_bytes")
+    # Opening a pipe would wait for a writer.
+    descriptor = os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC)
+    kind = os.fstat(descriptor).st_mode
+    if not stat.S_ISREG(kind):
+        os.close(descriptor)
+        if stat.S_ISDIR(kind):
+            raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR))
+        raise OSError(errno.EINVAL, "not a regular file")
+    with open(descriptor, "rb") as file:
+        return within(file, most, str(path))
+
+
+def within(file: BinaryIO, most: int, name: str) -> bytes:
+    """All bytes of an open file that has not more."""
+    data = file.read(min(most, _FIRST))
+    while len(data) <= most and (more := file.read(min(most + 1 - len(data), len(data) + 1))):
+        data += more
+    if len(data) > most:
+        raise errors.TooLargeError(
+            f"{name}: got more than {most} bytes; {limits.told('file_bytes')}"
+        )
+    return data
+
+
 def text_of(path: str | os.PathLike[str]) -> str:
     try:
-        return Path(path).read_text(encoding="utf-8-sig")
+        return bytes_of(path).decode("utf-8-sig")
     except UnicodeDecodeError:
         raise errors.QasmFileError(
             f"circuit: got the file {str(path)!r}, wanted text in UTF-8"
         ) from None
+    except errors.TooLargeError as error:
+        raise errors.QasmTooLargeError(f"circuit: {error}") from None
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise errors.QasmFileError(

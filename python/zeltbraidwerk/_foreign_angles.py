@@ -70,9 +70,12 @@ def _package_of(kind: Hashable) -> str:
 
 
 def _refused(value: Any, name: str) -> errors.AngleError:
+    try:
+        text = str(value)
+    except Exception:  # numbers of very many digits, expressions of very many levels
+        text = f"an expression of type {type(value).__name__}"
     return errors.AngleError(
-        f"{name}: got {_validate.shown(str(value))}, wanted a number or a sum of symbols times "
-        "numbers"
+        f"{name}: got {_validate.shown(text)}, wanted a number or a sum of symbols times numbers"
     )
 
 
@@ -100,7 +103,9 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
     """The value times the unit, a number of sympy."""
     symbols = sorted(value.free_symbols, key=str)
     if len({symbol.name for symbol in symbols}) < len(symbols):
-        raise errors.AngleError(f"{name}: got two symbols of one name in {value}, wanted one")
+        raise errors.AngleError(
+            f"{name}: got two symbols of one name in {_validate.shown(value)}, wanted one"
+        )
     try:
         factors = {symbol.name: rounded(_real(value.diff(symbol) * unit)) for symbol in symbols}
         constant = value.subs(dict.fromkeys(symbols, 0)) if symbols else value
@@ -109,7 +114,7 @@ def _of_sympy(value: Any, unit: Any, name: str) -> LinearForm:
             factors,
             {symbol.name: symbol for symbol in symbols},
         )
-    except (TypeError, ValueError, AttributeError):
+    except (TypeError, ValueError, AttributeError, OverflowError, RecursionError):
         raise _refused(value, name) from None
 
 

@@ -9,7 +9,7 @@ from itertools import combinations
 from typing import Literal
 
 from zeltbraidwerk import _validate
-from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, seeded
+from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, room, seeded
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Gate
@@ -42,9 +42,10 @@ def hardware_efficient(
     n, layers = _validate.qubit_count(n), number_of(layers, "layers")
     chosen = _validate.choice(entangler, "entangler", ("linear", "ring", "full"))
     rng, symbolic = seeded(seed), _validate.flag(symbolic, "symbolic")
-    pairs = list(combinations(range(n), 2))
-    if chosen != "full":
-        pairs = [(q, q + 1) for q in range(n - 1)]
+    room("n, layers", n, (layers + 1) * (2 * n + (n * n / 2 if chosen == "full" else n)))
+    pairs = [(q, q + 1) for q in range(n - 1)]
+    if chosen == "full":
+        pairs = list(combinations(range(n), 2))
     if chosen == "ring" and n > 2:
         pairs.append((n - 1, 0))
     gates: list[Gate] = []
@@ -71,6 +72,7 @@ def controlled_rotations(n: int, seed: int = 1) -> Circuit:
     Circuit(4 qubits, 110 gates, 46 two-qubit, depth 105)
     """
     n, rng = _validate.qubit_count(n), seeded(seed)
+    room("n", n, 50 * n)
     gates: list[Gate] = []
     for target in range(1, n):
         for name, angles in (("cry", 1), ("crz", 1), ("cu3", 3)):
@@ -108,6 +110,7 @@ def qft(n: int, swaps: bool = True) -> Circuit:
     Circuit(4 qubits, 40 gates, 18 two-qubit, depth 25)
     """
     n, swaps = _validate.qubit_count(n), _validate.flag(swaps, "swaps")
+    room("n", n, 2.5 * n * n)
     gates: list[Gate] = []
     for q in range(n):
         gates.append(Gate.h(q))
@@ -131,6 +134,7 @@ def phase_estimation(bits: int, phase: float | None = None, seed: int = 1) -> Ci
     Circuit(4 qubits, 40 gates, 15 two-qubit, depth 30)
     """
     bits, rng = number_of(bits, "bits"), seeded(seed)
+    room("bits", bits, 7 * bits * bits)
     turns = math.fmod(rng.random() if phase is None else _validate.angle(phase, "phase"), 1.0)
     gates = [Gate("X", bits), *(Gate.h(q) for q in range(bits))]
     for q in reversed(range(bits)):
@@ -150,6 +154,7 @@ def qaoa(n: int, layers: int, seed: int = 1) -> Circuit:
     Circuit(6 qubits, 72 gates, 36 two-qubit, depth 39)
     """
     n, layers, rng = even(n, "n", 4, MOST), number_of(layers, "layers"), seeded(seed)
+    room("n, layers", n, layers * 6 * n + 4 * n)
     edges = regular_edges(n, 3, rng)
     gates = [Gate.h(q) for q in range(n)]
     for _ in range(layers):

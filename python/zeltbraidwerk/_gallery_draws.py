@@ -5,9 +5,22 @@ from __future__ import annotations
 import random
 from typing import Any
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
 
 MOST = 2**31 - 1
+
+
+_GATE = 250  # bytes
+
+
+def room(name: str, qubits: int, gates: float = 0, text: float = 0) -> None:
+    """Refuses an instance that would not fit into memory: of so many gates, or bytes of text."""
+    limits.check_memory(name, qubits, "qubits", _GATE * gates + text)
+
+
+def strings(name: str, qubits: int, number: int) -> None:
+    """The same for a number of Pauli strings; equal ones are stored once, but made one by one."""
+    limits.check_memory(name, number, f"strings on {qubits} qubits", number * (qubits + 150))
 
 
 def seeded(seed: Any) -> random.Random:

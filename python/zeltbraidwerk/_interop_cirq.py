@@ -8,8 +8,16 @@ from collections.abc import Callable, Hashable, Mapping, Sequence
 from functools import cache
 from typing import Any
 
-from zeltbraidwerk import _cirq_keys, _foreign_angles, _interop, _names, _reading, errors
-from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, short
+from zeltbraidwerk import (
+    _cirq_keys,
+    _foreign_angles,
+    _interop,
+    _names,
+    _reading,
+    errors,
+    limits,
+)
+from zeltbraidwerk._definitions import short
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
@@ -191,7 +199,7 @@ class _Reader:
                 name, angles = known
                 on = tuple([self._places[qubit] for qubit in operation.qubits])
                 self._gate(name, on, angles, f"operation {place}", None)
-        except (errors.AngleError, errors.GateError) as error:
+        except _reading.PLACED as error:
             raise _reading.at(f"operation {place}", error) from None
 
     def _gate(
@@ -220,8 +228,7 @@ class _Reader:
         elif kind == "ResetChannel":
             self.reading.add(Reset(on[0], where=where), where, condition)
         elif kind not in _PASSED_OVER:
-            if depth >= MOST_NESTED:
-                raise errors.GateError(f"got gates nested deeper than {MOST_NESTED}")
+            limits.check_nesting(depth + 1, "got gates")
             for part in _parts(operation):
                 self._other(part, where, condition, depth + 1)
 
@@ -264,8 +271,9 @@ def _kind(gate: Hashable) -> tuple[dict[float, str], str | None] | None:
     return None
 
 
-def _size(circuit: Any) -> int:
+def _size(circuit: Any, depth: int = 0) -> int:
     """The number of operations, those of repeated circuits as often as they are repeated."""
+    limits.check_nesting(depth, "got circuits")
     cirq, total = _interop._package("cirq"), 0
     for operation in circuit.all_operations():
         inner = operation.untagged
@@ -274,15 +282,15 @@ def _size(circuit: Any) -> int:
         elif inner.repeat_until is not None or not isinstance(inner.repetitions, int):
             raise errors.GateError("got a circuit repeated until a condition, wanted a number")
         else:
-            total += abs(inner.repetitions) * _size(inner.circuit)
+            total += abs(inner.repetitions) * _size(inner.circuit, depth + 1)
     return total
 
 
 def _parts(operation: Any) -> Sequence[Any]:
     cirq = _interop._package("cirq")
     inner = operation.untagged
-    if isinstance(inner, cirq.CircuitOperation) and _size(cirq.Circuit(inner)) > MOST_OPERATIONS:
-        raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
+    if isinstance(inner, cirq.CircuitOperation):
+        limits.check_operations(_size(cirq.Circuit(inner)))
     text = short(" ".join(str(inner).split()))
     try:
         parts = cirq.decompose_once(inner, default=None)

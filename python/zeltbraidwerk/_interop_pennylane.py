@@ -8,8 +8,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _interop, _names, _reading, errors
-from zeltbraidwerk._definitions import MOST_NESTED
+from zeltbraidwerk import _interop, _names, _reading, errors, limits
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
@@ -149,7 +148,7 @@ def read(script: Any) -> Read:
         try:
             on = tuple([places[label] for label in each])
             reader.operation(operation, on, f"operation {place}", None)
-        except (errors.AngleError, errors.GateError) as error:
+        except _reading.PLACED as error:
             raise _reading.at(f"operation {place}", error) from None
     found, registers = reader.numbered()
     return Read(len(wires), found, registers, _names.kept(map(_name, wires)))
@@ -189,8 +188,7 @@ class _Reader:
             for case in self._cases(operation.meas_val):
                 self.operation(operation.base, on, where, case, depth)
         elif name not in _PASSED_OVER:
-            if depth >= MOST_NESTED:
-                raise errors.GateError(f"got gates nested deeper than {MOST_NESTED}")
+            limits.check_nesting(depth + 1, "got gates")
             for part in _parts(operation):
                 wires = tuple([on[k] for k in part.wires.labels])
                 self.operation(part, wires, where, condition, depth + 1)

@@ -186,7 +186,7 @@ def _operations(circuit: Any, commands: Sequence[Any], after: str) -> Reading | 
                 reading.gate(gate, on, angles, "")
             elif not _command(reading, command, qubits, bits, f"command {place}{after}"):
                 return None
-        except (errors.AngleError, errors.GateError) as error:
+        except _reading.PLACED as error:
             raise _reading.at(f"command {place}{after}", error) from None
     return reading
 

@@ -7,7 +7,7 @@ import re
 from collections.abc import Sequence
 from typing import Any
 
-from zeltbraidwerk import _interop, _interop_qiskit, _names, _qasm, _validate, errors
+from zeltbraidwerk import _interop, _interop_qiskit, _names, _qasm, _validate, errors, limits
 from zeltbraidwerk._definitions import NAME
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read
@@ -107,8 +107,9 @@ MORE = (
 _DECLARED = re.compile(r"\b(?:gate|opaque|qreg|creg)\s+(\w+)")
 # What may crash a compiled reader: long expressions, large registers and numbers.
 _STRANGE = re.compile(r"\([^;{}]{1000}|\[\s*\d{6}|==\s*\d{9}|OPENQASM\s+[^;\s]{9}")
+_IF, _GATE = re.compile(r"\bif\s*\("), re.compile(r"\bgate\s")
 _TELLS_PLACE = re.compile(r"\b(?:measure|reset|barrier|if)\b")
-_SIZES = re.compile(r"\b[qc]reg\b[^;\[]*\[\s*(\d{1,5})\s*\]")
+_SIZES = re.compile(r"\b([qc])reg\b[^;\[]*\[\s*0*(\d+)")
 _MOST_BROADCAST = 1_000_000  # bits of all registers times statements
 _MOST_INNER = 20_000  # a second or two
 
@@ -118,6 +119,11 @@ def read(text: Any, reader: str = "auto") -> Read:
     _validate.instance(text, "text", str, "OpenQASM 2 as a string")
     plain = _qasm.without_comments(text)
     if reader == "qiskit":
+        if (most := max(_sizes(plain).values())) > limits.get("bits"):
+            raise errors.QasmTooLargeError(
+                f"got {most} qubits or bits, wanted {limits.get('bits')} at most; "
+                f"{limits.told('bits')}"
+            )
         return _by_qiskit(plain)
     if reader == "auto" and not _is_strange(plain) and _has_qiskit():
         try:
@@ -128,8 +134,20 @@ def read(text: Any, reader: str = "auto") -> Read:
 
 
 def _is_strange(text: str) -> bool:
-    bits = sum(map(int, _SIZES.findall(text)))
-    return bool(_STRANGE.search(text)) or bits * text.count(";") > _MOST_BROADCAST
+    sizes = _sizes(text).values()
+    is_large = max(sizes) > limits.get("bits") or sum(sizes) * text.count(";") > _MOST_BROADCAST
+    # Qiskit copies all that a gate under a condition stands for.
+    is_deep = _IF.search(text) is not None and _GATE.search(text) is not None
+    return is_large or is_deep or bool(_STRANGE.search(text))
+
+
+def _sizes(text: str) -> dict[str, int]:
+    """The numbers of qubits and of bits, by the first letters of their registers; of numbers with
+    many digits the first ones."""
+    found = {"q": 0, "c": 0}
+    for kind, digits in _SIZES.findall(text):
+        found[kind] += int(digits[:18])
+    return found
 
 
 def _has_qiskit() -> bool:

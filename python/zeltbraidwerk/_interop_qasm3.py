@@ -7,10 +7,11 @@ import io
 import re
 from typing import Any
 
-from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors
+from zeltbraidwerk import _interop, _interop_qiskit, _qasm, _validate, errors, limits
 from zeltbraidwerk._reading import Read
 from zeltbraidwerk.instructions import WholeCircuit
 
+_SIZES = re.compile(r"\b(?:qubit|bit|qreg|creg)\b[^;\[]*\[\s*0*(\d+)")
 _VERSION = re.compile(r"\s*OPENQASM\s+3")
 
 
@@ -28,6 +29,11 @@ def read(text: Any) -> Read:
     _validate.instance(text, "text", str, "OpenQASM 3 as a string")
     if re.search(r'\binclude\s*"(?!stdgates\.inc")', text):
         raise errors.QasmError("got the include of a file, wanted stdgates.inc alone")
+    largest = max([int(digits[:18]) for digits in _SIZES.findall(text)], default=0)
+    if largest > (most := limits.get("bits")):
+        raise errors.QasmTooLargeError(
+            f"got a register of {largest}, wanted {most} at most; {limits.told('bits')}"
+        )
     qasm3 = _interop._package("qiskit.qasm3")
     _interop._package("qiskit_qasm3_import")
     said = io.StringIO()  # by the parser, which tells the place there alone

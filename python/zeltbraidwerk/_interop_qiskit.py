@@ -7,8 +7,7 @@ from contextlib import ExitStack
 from functools import cache
 from typing import Any
 
-from zeltbraidwerk import _foreign_angles, _interop, _names, _reading, errors
-from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS
+from zeltbraidwerk import _foreign_angles, _interop, _names, _reading, errors, limits
 from zeltbraidwerk._header import check, table
 from zeltbraidwerk._reading import Condition, Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
@@ -103,9 +102,7 @@ def _tests(
 STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
-def read(
-    circuit: Any, most_inner: int = MOST_OPERATIONS, lines: Sequence[int] | None = None
-) -> Read:
+def read(circuit: Any, most_inner: int | None = None, lines: Sequence[int] | None = None) -> Read:
     """``most_inner`` bounds the instructions within definitions, which take long to unfold;
     ``lines`` are those that the instructions were read from."""
     _reading.wanted(circuit, "qiskit", "QuantumCircuit")
@@ -157,7 +154,7 @@ def _registers(circuit: Any, places: Mapping[Any, int]) -> list[Register]:
 
 
 class _Reader:
-    def __init__(self, most_inner: int, lines: Sequence[int] | None) -> None:
+    def __init__(self, most_inner: int | None, lines: Sequence[int] | None) -> None:
         self._lines = lines
         self.reading = Reading()
         self._inner = 0
@@ -180,8 +177,13 @@ class _Reader:
             )
             on = tuple([wires[qubit] for qubit in instruction.qubits])
             self._inner += depth > 0
-            if self._inner > self._most_inner:
-                raise errors.GateError(f"{here}: got more than {self._most_inner} operations")
+            if self._most_inner is not None and self._inner > self._most_inner:
+                raise errors.GateError(
+                    f"{here}: got more than {self._most_inner} operations in definitions"
+                )
+            if self._inner % 4096 == 1:
+                with _reading.located(here):
+                    limits.check_operations(self._inner)
             if instruction.is_standard_gate():
                 name = STANDARD.get(instruction.name, instruction.name)
                 if name in known:
@@ -225,10 +227,7 @@ class _Reader:
         elif isinstance(operation, _named_gate()):
             self._gate(operation.name, on, operation.params, where, condition)
         elif not isinstance(operation, kinds.Delay) and operation.name != "global_phase":
-            if depth >= MOST_NESTED:
-                raise errors.GateError(
-                    f"{where}: got gates nested deeper than {MOST_NESTED}, such as {operation.name}"
-                )
+            limits.check_nesting(depth + 1, f"{where}: got gates such as {operation.name}")
             self.block(_parts(operation, where), on, into, where, condition, depth + 1)
 
     def _control(

@@ -8,8 +8,8 @@ from dataclasses import dataclass
 from functools import cache, cached_property
 from typing import Any
 
-from zeltbraidwerk import _interop, _reading, errors
-from zeltbraidwerk._definitions import MOST_NESTED, MOST_OPERATIONS, Plain
+from zeltbraidwerk import _interop, _reading, errors, limits
+from zeltbraidwerk._definitions import Plain
 from zeltbraidwerk._header import read_gate
 from zeltbraidwerk._reading import Read, Reading
 from zeltbraidwerk.gates import Gate, Parameter
@@ -120,8 +120,8 @@ def read(circuit: Any) -> Read:
     _reading.wanted(circuit, "stim", "Circuit")
     steps, reader = _parsed(circuit, None, 0), _Reader()
     for step in steps:
-        if step.cost > MOST_OPERATIONS:
-            raise errors.GateError(f"{step.where}: got more than {MOST_OPERATIONS} operations")
+        with _reading.located(step.where):
+            limits.check_operations(step.cost)
     reader.steps(steps)
     registers = [Register("rec", reader.records)] if reader.records else []
     return Read(circuit.num_qubits, reader.reading.operations, registers)
@@ -129,8 +129,7 @@ def read(circuit: Any) -> Read:
 
 def _parsed(circuit: Any, where: str | None, depth: int) -> list[_Step]:
     """Instructions without effect are left out, and so are bodies that hold no others."""
-    if depth > MOST_NESTED:
-        raise errors.GateError(f"{where}: got REPEAT nested deeper than {MOST_NESTED}")
+    limits.check_nesting(depth, f"{where}: got REPEAT")
     steps = []
     for place, instruction in enumerate(circuit):
         here = where or f"instruction {place}"

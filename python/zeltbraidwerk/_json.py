@@ -19,7 +19,7 @@ from typing import Any, ClassVar, Literal, Self, TypeVar
 
 import numpy as np
 
-from zeltbraidwerk import _core, _validate, errors
+from zeltbraidwerk import _core, _validate, errors, limits
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation, Reset
 
@@ -66,7 +66,10 @@ class Stored:
             raise errors.JsonError(
                 f"kind: got {_validate.shown(kind)}, wanted {' or '.join(wanted)}"
             )
-        return found._of_plain(content, "content")
+        try:
+            return found._of_plain(content, "content")
+        except RecursionError:
+            raise errors.JsonError("content: got lists or objects nested too deep") from None
 
     def _counts(self) -> dict[str, int]:
         """For readers of the text."""
@@ -94,10 +97,13 @@ def from_json(text: str) -> Any:
 def _opened(text: Any) -> tuple[str, Any]:
     """The kind and the content."""
     _validate.instance(text, "text", str, "JSON as a string")
+    if len(text) > (most := limits.get("file_bytes")):
+        raise errors.TooLargeError(f"text: got more than {most} bytes; {limits.told('file_bytes')}")
     try:
         document = json.loads(text)
     except (ValueError, RecursionError) as error:
-        raise errors.JsonError(f"text: got {_validate.shown(text)}, wanted JSON: {error}") from None
+        cause = "nested too deep" if isinstance(error, RecursionError) else error
+        raise errors.JsonError(f"text: got {_validate.shown(text)}, wanted JSON: {cause}") from None
     if not isinstance(document, dict) or document.get("format") != _FORMAT:
         raise errors.JsonError(
             f'text: got {_validate.shown(text)}, wanted an object with "format": "{_FORMAT}"'
@@ -219,7 +225,7 @@ def _dataclass(kind: Callable[..., T], value: Any, where: str) -> T:
     except TypeError as error:  # a field is missing
         raise errors.JsonError(f"{where}: {str(error).partition('() ')[2]}") from None
     except errors.Error as error:
-        raise errors.JsonError(f"{where}: {error}") from None
+        raise _at(where, error) from None
 
 
 @cache
@@ -253,7 +259,12 @@ def built(where: str, make: Callable[..., T], *given: Any) -> T:
     try:
         return make(*given)
     except (errors.Error, TypeError) as error:
-        raise errors.JsonError(f"{where}: {error}") from None
+        raise _at(where, error) from None
+
+
+def _at(where: str, error: Exception) -> errors.Error:
+    kind = errors.TooLargeError if isinstance(error, errors.TooLargeError) else errors.JsonError
+    return kind(f"{where}: {error}")
 
 
 def fields(value: Any, where: str) -> dict[str, Any]:

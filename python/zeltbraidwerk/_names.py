@@ -67,6 +67,10 @@ def checked(given: Any, n: int) -> Names | None:
     listed = _validate.items(given, "qubit_names", "names, or pairs of a name and a size")
     if listed and all(isinstance(each, (Register, tuple)) for each in listed):
         pairs = [each if isinstance(each, Register) else Register(*each) for each in listed]
+        if sum(pair.size for pair in pairs) != n:
+            raise errors.ShapeError(
+                f"qubit_names: got {sum(pair.size for pair in pairs)}, wanted {n}"
+            )
         listed = [name for pair in pairs for name in of_register(pair)]
     for name in listed:
         _validate.instance(name, "qubit_names", str, "names, or pairs of a name and a size")

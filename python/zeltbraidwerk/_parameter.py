@@ -13,7 +13,7 @@ from zeltbraidwerk import _angles, _core, _foreign_angles, _validate, errors
 
 _FULL_TURN = 2 * math.pi
 _CANCELS = 1e-12  # of the larger one of two summands; as in the compiled part
-_NUMBER = re.compile(r"[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?", re.ASCII)
+_NUMBER = re.compile(r"[+-]?(\d+(\.\d*)?|\.\d+)([eE][+-]?\d+)?", re.ASCII)
 _NAME = re.compile(rf"(?!(?:(?i:nan|inf|infinity)|pi|UMINUS)$)(?:{_angles.SYMBOL})")
 _OPERANDS = {"+": 2, "UMINUS": 1}
 

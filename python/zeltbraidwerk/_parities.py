@@ -8,7 +8,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
 from zeltbraidwerk._parameter import Parameter, parameter
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.instructions import gates_alone
@@ -27,6 +27,7 @@ def polynomial_of(circuit: Circuit) -> tuple[dict[int, Parameter], npt.NDArray[n
     {1: Parameter(0.5), 3: Parameter(0.25)}
     """
     _validate.instance(circuit, "circuit", Circuit, "a Circuit")
+    limits.check_memory("circuit", circuit.n, "qubits", 10 * circuit.n**2)
     wires = [1 << wire for wire in range(circuit.n)]
     flipped = [False] * circuit.n
     terms: Terms = {}
@@ -58,6 +59,8 @@ def read(polynomial: Any, n: int | None) -> tuple[Terms, int]:
     widest = 0
     for key, angle in _pairs(polynomial):
         parity, length = _parity(key)
+        bits = parity.bit_length()
+        limits.check_memory("polynomial", bits, "bits of a parity", 1000 * bits)
         if length is None:
             widest = max(widest, parity.bit_length())
         elif size is None:

@@ -5,10 +5,9 @@ from __future__ import annotations
 import re
 from collections.abc import Iterator
 
-from zeltbraidwerk import _angles, _names, errors
+from zeltbraidwerk import _angles, _names, errors, limits
 from zeltbraidwerk._definitions import (
     APPLICATION,
-    MOST_OPERATIONS,
     NAME,
     Definition,
     Primitive,
@@ -20,11 +19,9 @@ from zeltbraidwerk._definitions import (
 )  # fmt: skip
 from zeltbraidwerk._header import table
 from zeltbraidwerk._reading import Condition, Read, Reading
-from zeltbraidwerk.errors import QasmError
+from zeltbraidwerk.errors import QasmError, QasmTooLargeError
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
-
-MOST_BITS = 1_000_000  # of each kind
 
 _COMMENT = re.compile(r'"[^"\n]*"|//[^\n]*|/\*.*?(?:\*/|\Z)', re.DOTALL)
 _PIECE = re.compile(r"([^;{}]*)([;{}]|\Z)")
@@ -60,7 +57,9 @@ def read(text: str) -> Read:
             reader.statement(line, statement, body)
         except QasmError as error:
             place = "" if str(error).startswith("line ") else f"line {line}: "
-            raise QasmError(f"{place}{error}") from None
+            raise type(error)(f"{place}{error}") from None
+        except errors.TooLargeError as error:
+            raise QasmTooLargeError(f"line {line}: {error}") from None
         except (errors.GateError, errors.AngleError) as error:
             raise QasmError(f"line {line}: {error}") from None
     if not reader.seen:
@@ -189,9 +188,11 @@ class _Reader:
         if name in self.places or name in self._bit_places:
             raise QasmError(f"got the register {name} twice")
         first = self.qubits if quantum else self.bits
-        if first + size > MOST_BITS:
+        most = limits.get("bits")
+        if first + size > most:
             kind = "qubits" if quantum else "bits"
-            raise QasmError(f"got {first + size} {kind}, wanted {MOST_BITS} at most")
+            got = short(match[3]) + (f" after {first} " if first else " ") + kind
+            raise QasmTooLargeError(f"got {got}, wanted {most} at most; {limits.told('bits')}")
         if quantum:
             self.places[name] = range(first, first + size)
             self.qubits += size
@@ -278,8 +279,7 @@ class _Reader:
         if len(wide) > 1:
             raise QasmError(f"got registers of unequal size in {short(statement)!r}")
         count = wide.pop() if wide else 1
-        if count > MOST_OPERATIONS:
-            raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
+        self._room(count, None, taken=False)
         each = [
             tuple([operand[place if len(operand) > 1 else 0] for operand in operands])
             for place in range(count)
@@ -289,12 +289,13 @@ class _Reader:
         self._lists[text] = len(operands), each
         return len(operands), each
 
-    def _room(self, count: int, condition: Condition | None) -> None:
+    def _room(self, count: int, condition: Condition | None, taken: bool = True) -> None:
         """Refuses programs that are too long: an operation counts once for each bit of its
-        condition, a barrier once for each qubit."""
-        self._cost += count * (len(condition[0]) if condition else 1)
-        if self._cost > MOST_OPERATIONS:
-            raise QasmError(f"got more than {MOST_OPERATIONS} operations after expansion")
+        condition, a barrier once for each qubit. What is not ``taken`` is asked about alone."""
+        cost = self._cost + count * (len(condition[0]) if condition else 1)
+        limits.check_operations(cost)
+        if taken:
+            self._cost = cost
 
     def _values(self, line: int, text: str) -> list[float]:
         values = self._angles.get(text)
@@ -335,6 +336,11 @@ def _operand(text: str, registers: dict[str, range], wanted: str) -> range:
 
 
 def _integer(text: str) -> int:
-    if len(text) > 4000:
-        raise QasmError(f"got a number of {len(text)} digits")
-    return int(text)
+    text = text.lstrip("0") or "0"
+    most = limits.get("digits")
+    if len(text) > most:
+        raise QasmTooLargeError(
+            f"got a number of {len(text)} digits, wanted {most} at most; {limits.told('digits')}"
+        )
+    # Python refuses texts of more than 4300 digits.
+    return sum(int(text[-k - 4000 : -k or None]) * 10**k for k in range(0, len(text), 4000))

@@ -6,9 +6,8 @@ from collections.abc import Iterable, Iterator, Sequence
 from contextlib import contextmanager
 from typing import Any, NamedTuple, TypeAlias
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
 from zeltbraidwerk._definitions import (
-    MOST_OPERATIONS,
     Definition,
     Plain,
     Primitive,
@@ -20,6 +19,10 @@ from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Operation,
 
 Known: TypeAlias = Primitive | Definition
 Condition = tuple[tuple[int, ...], int]  # bits and the value that they must have
+
+
+# Errors to which readers add the place.
+PLACED = (errors.AngleError, errors.GateError, errors.TooLargeError)
 
 
 class Read(NamedTuple):
@@ -36,6 +39,7 @@ class Reading:
 
     def __init__(self) -> None:
         self.operations: list[Operation] = []
+        self._most = limits.get("operations")
         self._known: dict[tuple[Known, tuple[int, ...]], tuple[Operation, ...]] = {}
 
     def gate(
@@ -86,8 +90,8 @@ class Reading:
             self.operations.append(Conditional(operation, *condition, where=where))
 
     def _check_room(self) -> None:
-        if len(self.operations) > MOST_OPERATIONS:
-            raise errors.GateError(f"got more than {MOST_OPERATIONS} operations")
+        if len(self.operations) > self._most:
+            limits.check_operations(len(self.operations))
 
 
 @contextmanager
@@ -95,7 +99,7 @@ def located(where: str) -> Iterator[None]:
     """Adds the place to errors of a gate or an angle in the block."""
     try:
         yield
-    except (errors.AngleError, errors.GateError) as error:
+    except PLACED as error:
         raise at(where, error) from None
 
 

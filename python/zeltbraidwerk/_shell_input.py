@@ -11,7 +11,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _files, _interop, _json, _texts, _validate, errors, phase
+from zeltbraidwerk import _files, _interop, _json, _texts, _validate, errors, limits, phase
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Parameter
@@ -24,7 +24,12 @@ class InputError(Exception):
 def text_of(path: str) -> str:
     """The text of a file, or of standard input for "-"."""
     try:
-        data = sys.stdin.buffer.read() if path == "-" else Path(path).read_bytes()
+        if path == "-":
+            data = _files.within(sys.stdin.buffer, limits.get("file_bytes"), _shown(path))
+        else:
+            data = _files.bytes_of(path)
+    except errors.TooLargeError as error:
+        raise InputError(str(error)) from None
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise InputError(f"cannot read {path}: {reason}") from None

@@ -77,7 +77,12 @@ class Site:
 
     @property
     def adjacency(self) -> npt.NDArray[np.bool_]:
-        return self.device.adjacency()[np.ix_(self.qubits, self.qubits)]
+        places = {qubit: place for place, qubit in enumerate(self.qubits)}
+        matrix = np.zeros((len(places), len(places)), dtype=np.bool_)
+        for a, b in self.device.edges:
+            if a in places and b in places:
+                matrix[places[a], places[b]] = matrix[places[b], places[a]] = True
+        return matrix
 
     def graph(self) -> _core.Graph:
         """The edges among the wires."""

@@ -17,6 +17,9 @@ from zeltbraidwerk.instructions import gates_alone
 if TYPE_CHECKING:
     import stim
 
+# Bytes of a tableau over the square of its qubits, with what :meth:`images` makes.
+_SQUARE = 40
+
 Image = tuple[bool, str]  # true for minus, and letters
 
 # Signed letters by exponents (z, x), at 4 z + x.
@@ -45,7 +48,7 @@ class CliffordTableau(_json.Stored):
 
     def __init__(self, n: int) -> None:
         """The identity."""
-        self._core = _core.OperatorTableau(_validate.qubit_count(n))
+        self._core = _core.OperatorTableau(_validate.qubit_count(n, square=_SQUARE))
 
     @classmethod
     def from_core(cls, tableau: _core.OperatorTableau) -> CliffordTableau:

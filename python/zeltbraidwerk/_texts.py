@@ -70,8 +70,7 @@ def graph(text: str) -> BoolArray:
     if not any(_EDGE.fullmatch(line) for _, line in _lines(text)):
         return matrix(text)
     pairs = edges(text)
-    size = 1 + max(map(max, pairs))
-    _validate.qubit_count(size, "graph")
+    size = _validate.qubit_count(1 + max(map(max, pairs)), "graph", square=2)
     found = np.zeros((size, size), dtype=np.bool_)
     for a, b in pairs:
         found[a, b] = found[b, a] = True

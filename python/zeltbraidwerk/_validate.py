@@ -15,12 +15,13 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, errors
+from zeltbraidwerk import _core, errors, limits
 
 BoolArray = npt.NDArray[np.bool_]
 
 _BOOLS = (bool, np.bool_)
 _SHOWN = 80  # characters of a value in the text of an error
+_BYTES_PER_QUBIT = 1000  # of names, wires in pictures, layers and the like
 _YEAR = 3.2e7  # seconds
 _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
 
@@ -172,8 +173,13 @@ def angle(value: Any, name: str) -> float:
 # --- qubits -------------------------------------------------------------------------------------
 
 
-def qubit_count(value: Any, name: str = "n") -> int:
-    return integer(value, name, 0, _MOST)
+def qubit_count(value: Any, name: str = "n", square: int = 0) -> int:
+    """``square`` is what is made of the qubits in bytes over the square of their number, besides
+    what grows with their number."""
+    n = _index(value, name)
+    if n > 0:
+        limits.check_memory(name, n, "qubits", n * (_BYTES_PER_QUBIT + int(square) * n))
+    return integer(n, name, 0, _MOST)
 
 
 def qubits(values: Any, name: str) -> tuple[int, ...]:
@@ -231,8 +237,11 @@ def array(value: Any, name: str) -> npt.NDArray[Any]:
     parts = value if isinstance(value, (list, tuple)) else (value,)
     if any(isinstance(part, np.ma.MaskedArray) for part in parts):
         raise errors.DtypeError(f"{name}: got a masked array, wanted an array without a mask")
+    shape = getattr(value, "shape", ())
+    if isinstance(shape, tuple) and len(shape) == 2:
+        limits.check_memory(name, shape[0], f"rows of {shape[1]} entries", 2 * shape[0] * shape[1])
     if comes_from(value, "scipy") and hasattr(value, "toarray"):
-        value = value.toarray()
+        value = value.astype(np.int8).toarray() if value.dtype.kind in "biu" else value.toarray()
     if isinstance(value, (str, bytes, bytearray)) or not (
         isinstance(value, Sequence) or hasattr(value, "__array__")
     ):

@@ -23,6 +23,7 @@ from zeltbraidwerk import (
     _renamed,
     _validate,
     errors,
+    limits,
 )
 from zeltbraidwerk._circuit_base import CircuitBase
 from zeltbraidwerk._native_pairs import Basis
@@ -123,6 +124,7 @@ class CnotCircuit(CircuitBase):
 
     def matrix(self) -> npt.NDArray[np.bool_]:
         """The linear map: row r marks the inputs whose XOR stands on output r."""
+        limits.check_memory("circuit", self._n, "qubits", 2 * self._n**2)
         return self.to_core().Simulate()
 
     def inverse(self) -> CnotCircuit:

@@ -20,7 +20,7 @@ from typing import Any
 import numpy as np
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import CnotCircuit, _records, _texts, gallery
+from zeltbraidwerk import CnotCircuit, _files, _records, _texts, gallery
 from zeltbraidwerk.errors import Error, UnfinishedError
 from zeltbraidwerk.gallery import BoolArray
 from zeltbraidwerk.linear import LinearSynthesis
@@ -347,7 +347,9 @@ SECTIONS = (
 def read_matrix(path: Path) -> BoolArray:
     """The invertible matrix in a file; InputError in one line otherwise."""
     try:
-        text = path.read_text(encoding="ascii")
+        text = _files.bytes_of(path).decode("ascii")
+    except Error as error:
+        raise InputError(str(error)) from None
     except OSError as error:
         raise InputError(f"cannot read {path}: {error.strerror}") from None
     except UnicodeDecodeError:

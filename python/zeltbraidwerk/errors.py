@@ -113,6 +113,10 @@ class TooLargeError(OptionError):
     """An input or options that need more memory or time than there is; the text gives the size."""
 
 
+class QasmTooLargeError(QasmError, TooLargeError):
+    """OpenQASM beyond one of :mod:`zeltbraidwerk.limits`; the text tells which."""
+
+
 class UnfinishedError(Error, RuntimeError):
     """A search that ended, by its budget or its cap of operations, before it had any circuit."""
 

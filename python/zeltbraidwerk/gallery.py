@@ -27,7 +27,7 @@ from zeltbraidwerk._gallery_circuits import (
     qft,
 )
 from zeltbraidwerk._gallery_codes import stabilizer_codes, surface_code
-from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, seeded
+from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, room, seeded, strings
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
 from zeltbraidwerk.gates import Gate
@@ -117,6 +117,7 @@ def random_invertible(n: int, count: int, seed: int | None = None) -> list[BoolA
            [1, 1, 0]])
     """
     n, count = _validate.qubit_count(n), number_of(count, "count")
+    room("n, count", n, text=count * (n * n + 200) + 10 * n * n)
     rng = seeded(7000 + n if seed is None else seed)
     found: list[BoolArray] = []
     while len(found) < count:
@@ -143,6 +144,8 @@ def uccsd(
     """
     qubits = even(qubits, "qubits", 0, MOST)
     electrons = even(electrons, "electrons", 0, qubits)
+    pairs = math.comb(electrons, 2) * math.comb(qubits - electrons, 2)
+    strings("qubits, electrons", qubits, 8 * pairs + 2 * electrons * (qubits - electrons))
     excitations = list(_excitations(qubits, electrons))
     factors = [1.0] * len(excitations)
     if amplitudes is not None:
@@ -202,6 +205,7 @@ def random_paulis(n: int, terms: int, seed: int = 1) -> list[str]:
     ['XIYI', 'ZZZZ', 'XIZI']
     """
     n, terms, rng = _validate.qubit_count(n), number_of(terms, "terms"), seeded(seed)
+    strings("n, terms", n, terms)
     return ["".join(rng.choice("IXYZ") for _ in range(n)) for _ in range(terms)]
 
 
@@ -209,6 +213,7 @@ def maxcut(n: int, seed: int = 1) -> list[str]:
     """The strings of one layer of QAOA for the largest cut of a random graph of degree three, n
     even and at least 4: ZZ on its edges, then X on every qubit."""
     n, rng = even(n, "n", 4, MOST), seeded(seed)
+    strings("n", n, 5 * n // 2)
     edges: set[tuple[int, ...]] = set()
     while len(edges) < 3 * n // 2:
         ends = rng.sample(3 * list(range(n)), 3 * n)
@@ -220,7 +225,7 @@ def maxcut(n: int, seed: int = 1) -> list[str]:
 
 def random_graph(n: int, seed: int = 1) -> BoolArray:
     """A symmetric matrix, with an edge between each pair of vertices with probability 1/2."""
-    n, rng = _validate.qubit_count(n), seeded(seed)
+    n, rng = _validate.qubit_count(n, square=1), seeded(seed)
     graph = np.zeros((n, n), dtype=bool)
     for i in range(n):
         for j in range(i):
@@ -236,6 +241,7 @@ def random_clifford(n: int, count: int) -> list[CliffordTableau]:
     2
     """
     n, count = _validate.qubit_count(n), number_of(count, "count")
+    room("n, count", n, 18 * n * n, text=count * (8 * n * n + 500))
     rng = random.Random(9000 + n)
     found = []
     for _ in range(count):
@@ -271,6 +277,7 @@ def random_parities(n: int, terms: int, count: int) -> list[list[int]]:
     """
     n, count = _validate.integer(n, "n", 0, 63), number_of(count, "count")
     terms = _validate.integer(terms, "terms", 0, 2**n - 1)
+    room("n, terms, count", n, text=count * (100 + 60 * terms) + 200 * terms)
     rng = random.Random(8000 + terms)
     return [rng.sample(range(1, 2**n), terms) for _ in range(count)]
 
@@ -330,6 +337,9 @@ def low_autocorrelation(
     """
     n, layers = _validate.qubit_count(n), number_of(layers, "layers")
     angles = 2 * _validate.angle(gamma, "gamma"), 2 * _validate.angle(beta, "beta")
+    energy_terms = n**3 / 12 + n**2  # about
+    strings("n, layers", n, int(energy_terms * 3) + n)
+    room("n, layers", n, text=8 * layers * (energy_terms + n))
     terms: dict[frozenset[int], int] = {}
     for k in range(1, n):
         for i in range(n - k):
@@ -354,6 +364,7 @@ def maxcut_regular(n: int, degree: int, seed: int = 1) -> list[str]:
     degree = _validate.integer(degree, "degree", 0, max(n, 1) - 1)
     if n * degree % 2 != 0:
         raise errors.OptionError(f"degree: got {degree} for {n} vertices, wanted an even product")
+    strings("n, degree", n, 2 * n * degree + n)
     pairs = [_string("Z", edge, n) for edge in regular_edges(n, degree, rng)]
     return pairs + [_string("X", [q], n) for q in range(n)]
 
@@ -388,6 +399,8 @@ def heisenberg(
     ]
     if len(strengths) != 3:
         raise errors.OptionError(f"couplings: got {len(strengths)} numbers, wanted {wanted}")
+    strings("shape", size, 3 * size * len(sides))
+    room("shape, steps", size, text=24 * steps * size * len(sides))
     turn = 2 * _finite(time, "time") / steps
     sites = np.arange(size).reshape(sides)
     edges = [
@@ -417,6 +430,8 @@ def ising_chain(
     [('ZZ', 2.0), ('XI', 2.0), ('IX', 2.0)]
     """
     n, steps = _validate.qubit_count(n), _validate.integer(steps, "steps", 1, MOST)
+    strings("n", n, 2 * n)
+    room("n, steps", n, text=16 * steps * n)
     turn = 2 * _finite(time, "time") / steps
     pair, single = _finite(coupling, "coupling") * turn, _finite(field, "field") * turn
     pairs = [(_string("Z", (q, q + 1), n), pair) for q in range(n - 1)]

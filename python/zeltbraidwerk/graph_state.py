@@ -19,7 +19,17 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _calls, _core, _couplings, _renamed, _search, _states, _validate, errors
+from zeltbraidwerk import (
+    _calls,
+    _core,
+    _couplings,
+    _renamed,
+    _search,
+    _states,
+    _validate,
+    errors,
+    limits,
+)
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Result
@@ -119,6 +129,7 @@ def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:
     if _couplings.is_graph(graph):
         nodes, edges = _couplings.graph(graph, "graph")
         place = _couplings.numbered(nodes)
+        limits.check_memory("graph", len(nodes), "nodes", 2 * len(nodes) ** 2)
         matrix = np.zeros((len(nodes), len(nodes)), dtype=np.bool_)
         for a, b in edges:
             matrix[place[a], place[b]] = matrix[place[b], place[a]] = True

@@ -15,10 +15,13 @@ from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
 from typing import TYPE_CHECKING, Any, ClassVar, Protocol, Self, TypeAlias
 
-from zeltbraidwerk import _header, _validate, errors
+from zeltbraidwerk import _header, _validate, errors, limits
 from zeltbraidwerk.gates import COMPOSED, Gate, Parameter
 
 __all__ = ["Barrier", "Conditional", "Instruction", "Measure", "Register", "Reset"]
+
+
+_BYTES_PER_BIT = 200  # of names, wires and layers
 
 
 @dataclass(frozen=True)
@@ -277,6 +280,7 @@ def elementary(operations: Sequence[Operation]) -> Sequence[Operation]:
 def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register, ...]:
     """The registers, checked; where none are given, one named c for the bits that are used."""
     used = 1 + max((bit for item in operations for bit in bits_of(item)), default=-1)
+    limits.check_memory("gates", used, "classical bits", _BYTES_PER_BIT * used)
     if given is None:
         return (Register("c", used),) if used else ()
     try:
@@ -293,6 +297,7 @@ def registers_of(given: Any, operations: Sequence[Operation]) -> tuple[Register,
     if len(set(names)) < len(names):
         raise errors.BitError(f"classical: got the names {', '.join(names)}, wanted each one once")
     size = sum(register.size for register in registers)
+    limits.check_memory("classical", size, "bits", _BYTES_PER_BIT * size)
     if used > size:
         raise errors.BitError(f"gates: got bit {used - 1}, wanted one of {size} bits")
     return registers

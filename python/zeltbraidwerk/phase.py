@@ -19,7 +19,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _calls, _core, _parities, _renamed, _search, _validate, errors
+from zeltbraidwerk import _calls, _core, _parities, _renamed, _search, _validate, errors, limits
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._parities import polynomial_of
 from zeltbraidwerk._results import Objective, Permutation, Result, Tail
@@ -155,6 +155,9 @@ def synthesize(
     global_phase = terms.pop(0, Parameter(0.0))
     listed = tuple(terms.items())
     call.place(size)
+    limits.check_memory("polynomial", size, "qubits", 2 * size**2)
+    entries = size * len(terms)
+    limits.check_memory("polynomial", len(terms), f"parities on {size} qubits", 10 * entries)
     parities = np.array(
         [[bool(parity >> q & 1) for parity in terms] for q in range(size)], dtype=np.bool_
     ).reshape(size, len(terms))

@@ -20,7 +20,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors
+from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors, limits
 from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._optimize_pieces import Assembly
@@ -195,7 +195,11 @@ def route_ions(
 def _read(circuit: Any) -> Circuit:
     """Gates alone, barriers left out."""
     source = Circuit.of(circuit)
+    limits.check_memory("circuit", source.n, "qubits", 40 * source.n**2)
     gates = gates_alone(source, "circuit")
+    turns = sum(1 for gate in gates if gate.params)
+    size = 4 * source.n * turns
+    limits.check_memory("circuit", turns, f"rotations on {source.n} qubits", size)
     for gate in gates:
         if gate.name in _NO_NORMAL_FORM:
             raise errors.GateError(

@@ -40,3 +40,4 @@
 #include "zeltbraidwerk/routing/metrics.h"
 #include "zeltbraidwerk/routing/normal_form.h"
 #include "zeltbraidwerk/routing/stim_nnizer.h"
+#include "zeltbraidwerk/search/memory_limit.h"

@@ -3,6 +3,7 @@
 usage: archives.py SDIST WHEEL, in a checkout
 """
 
+import json
 import re
 import subprocess
 import sys
@@ -21,6 +22,28 @@ LICENCES = {
     "robin_map": "MIT License",
     "stim": "Apache License",
 }
+
+
+COMPONENTS = {"eigen", "lemon", "nanobind", "robin_map", "stim"}
+
+
+def sbom_faults(archive: str, texts: list[bytes]) -> list[str]:
+    """Of the list of what is built in."""
+    if len(texts) != 1:
+        return [f"{archive} has {len(texts)} lists of components, wanted one"]
+    bom = json.loads(texts[0])
+    components = {each["name"]: each for each in bom["components"]}
+    faults = compare(f"the list of {archive}", COMPONENTS, set(components))
+    faults += [
+        f"{archive}: {name} has no version"
+        for name, each in components.items()
+        if not re.fullmatch(r"\d+(\.\d+)+", each["version"])
+    ]
+    stim = components.get("stim", {})
+    pin = f"stim=={stim.get('version')} --hash=sha256:{stim.get('hashes', [{}])[0].get('content')}"
+    if Path("third_party/stim.txt").read_text().strip() != pin:
+        faults.append(f"{archive}: the Stim of its list is not the pinned one")
+    return faults
 
 
 def compare(archive: str, wanted: set[str], found: set[str]) -> list[str]:
@@ -43,6 +66,8 @@ def wheel_faults(archive: Path, tracked: list[str]) -> list[str]:
     faults = []
     with zipfile.ZipFile(archive) as wheel:
         names = wheel.namelist()
+        boms = [wheel.read(n) for n in names if re.search(r"\.dist-info/sboms/.*\.cdx\.json$", n)]
+        faults += sbom_faults(archive.name, boms)
         for name, words in LICENCES.items():
             text = next((n for n in names if n.endswith(f".dist-info/licenses/{name}.txt")), None)
             if text is None:

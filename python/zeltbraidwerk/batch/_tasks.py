@@ -17,6 +17,7 @@ import numpy as np
 
 from zeltbraidwerk import (
     _codes,
+    _files,
     _json,
     _matrices,
     _operators,
@@ -240,8 +241,7 @@ def opened(value: Any) -> tuple[Any, str | None]:
     if not isinstance(value, os.PathLike):
         return value, None
     name = os.fspath(value)
-    with open(name, "rb") as file:
-        return File(str(name), file.read()), str(name)
+    return File(str(name), _files.bytes_of(name)), str(name)
 
 
 def seed_of(seed: int, index: int) -> int:

@@ -68,6 +68,9 @@ std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
   return stages;
 }
 
+constexpr double bytes_of_run = 150;     // over the square of the qubits
+constexpr double bytes_of_step = 3'000;  // of a gate that is given
+
 class OptimizeCall {
  public:
   OptimizeCall(int n, const std::vector<structures::Gate>& gates, const OptimizeOptions& options)
@@ -101,6 +104,8 @@ class OptimizeCall {
  private:
   void check() const {
     check_wires("n", given_.qubits);
+    check_search_memory("circuit", given_.qubits, options_, bytes_of_run,
+                        {static_cast<int>(given_.steps.size()), "gates", bytes_of_step});
     check_effort(options_);
     check_method(options_.method, {"auto", "search"}, options_.device != nullptr);
     refuse_any_start(options_);

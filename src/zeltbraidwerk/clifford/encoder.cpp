@@ -11,6 +11,12 @@
 
 namespace zelt::braidwerk::internal {
 
+namespace {
+
+constexpr double bytes_of_run = 150;  // over the square of the qubits
+
+}  // namespace
+
 synthesis::EncoderResult synthesize_encoder(const Code& code,
                                             const synthesis::EncoderOptions& options) {
   check_effort(options);
@@ -18,6 +24,7 @@ synthesis::EncoderResult synthesize_encoder(const Code& code,
   check_method(options.method, synthesis::state_methods(), false);
   check_state_options(options);
   check_wires("stabilisers", code.qubits());
+  check_search_memory("stabilisers", code.qubits(), options, bytes_of_run);
   if (!are_independent_stabilisers(code.stabilisers)) {
     throw std::invalid_argument(
         "stabilisers: got strings that do not commute or are not independent, wanted some that "

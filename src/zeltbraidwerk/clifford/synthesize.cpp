@@ -71,6 +71,10 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
   });
 }
 
+// Over the square of the qubits.
+constexpr double bytes_of_operator_run = 150;
+constexpr double bytes_of_state_run = 100;
+
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
 /// least.
 std::uint64_t usual_state_steps(int n) {
@@ -91,6 +95,7 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                               const synthesis::CliffordOptions& options) {
   check_operator_options(options);
   check_wires("images", images.qubits());
+  check_search_memory("images", images.qubits(), options, bytes_of_operator_run);
   if (!are_images_of_operator(images)) {
     throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
   }
@@ -175,6 +180,7 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
   check_method(options.method, synthesis::state_methods(), false);
   check_state_options(options);
   check_wires("stabilisers", stabilisers.qubits());
+  check_search_memory("stabilisers", stabilisers.qubits(), options, bytes_of_state_run);
   if (!stabilise_a_state(stabilisers)) {
     throw std::invalid_argument(
         "stabilisers: got strings that do not commute or are not independent, wanted one per qubit "

@@ -97,6 +97,8 @@ std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
   return made_circuit(size, std::move(gates));
 }
 
+constexpr double bytes_of_run = 100;  // over the square of the qubits
+
 BitMatrix checked(const BoolMatrix& graph) {
   const auto n = static_cast<int>(graph.size());
   const bool square = std::ranges::all_of(
@@ -136,6 +138,7 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   check_options(options);
   const int n = bits.rows();
   if (options.method == "search") check_wires("graph", n);
+  check_search_memory("graph", n, options, bytes_of_run);
   RunControl control(options.budget);
   const PauliFrame stabilisers = stabilisers_of(bits);
   std::vector<Lane> lanes;

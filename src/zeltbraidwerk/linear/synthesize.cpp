@@ -18,6 +18,7 @@
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -102,7 +103,7 @@ class LinearCall {
       const bool once = !options_.restarts && !options_.budget;
       return {lane(*linear_method(options_.method), once ? 1 : options_.restarts)};
     }
-    lanes.push_back(search_lane());
+    if (n() <= most_wires) lanes.push_back(search_lane());
     return lanes;
   }
 
@@ -121,7 +122,8 @@ class LinearCall {
         if (by_depth) lanes.push_back(device_lane(sorting, std::move(path)));
       }
     }
-    if (within_auto() || method == "search") lanes.push_back(search_lane());
+    const bool searches = within_auto() || method == "search";
+    if (searches && n() <= most_wires) lanes.push_back(search_lane());
     return lanes;
   }
 

@@ -39,6 +39,10 @@ constexpr AutoMethod auto_in_order[] = {{"greedy", true, 2}, {"greedy_depth", tr
                                         {"ladder", true, 1}, {"recursive", true, 2},
                                         {"sets", true, 2},   {"sets_closed", true, 2}};
 
+constexpr double bytes_of_run = 60;  // over the square of the qubits
+constexpr double bytes_of_rotation = 12'000;
+constexpr double bytes_of_letter = 100;
+
 /// One call: from options to lanes of runs, and from the best run to a result.
 class PauliCall {
  public:
@@ -73,7 +77,11 @@ class PauliCall {
   bool within_auto() const { return options_.method == "auto"; }
 
   void check() const {
-    check_wires("rotations", table_.frame.qubits());
+    const int qubits = table_.frame.qubits();
+    check_wires("rotations", qubits);
+    check_search_memory(
+        "rotations", qubits, options_, bytes_of_run,
+        {table_.frame.rows(), "rotations", bytes_of_rotation + bytes_of_letter * qubits});
     check_effort(options_);
     const bool on_device = options_.device != nullptr;
     std::vector<std::string> known = synthesis::pauli_methods(on_device);

@@ -18,6 +18,10 @@ using synthesis::PhaseOptions;
 
 namespace {
 
+// Over the square of the qubits, with the search that closes, and without.
+constexpr double bytes_of_run = 40;
+constexpr double bytes_of_method = 4;
+constexpr double bytes_of_parity = 3'000;
 constexpr int most_searched = 16'383;  // qubits
 constexpr int default_runs = 20;
 constexpr int default_device_runs = 100;         // which are quicker, and differ more
@@ -77,6 +81,11 @@ class PhaseCall {
           "outputs: got within_reach, wanted in_place, anywhere or left_open");
     }
     const bool too_large = qubits() > most_searched;
+    if (!too_large || options_.method != "search") {
+      check_search_memory("polynomial", qubits(), options_,
+                          too_large ? bytes_of_method : bytes_of_run,
+                          {parities_.cols(), "parities", bytes_of_parity + qubits()});
+    }
     if (options_.method != "auto") {
       if (too_large && options_.method == "search") {
         throw synthesis::TooLargeError("polynomial: got " + std::to_string(qubits()) +

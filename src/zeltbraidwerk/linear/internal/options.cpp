@@ -1,22 +1,24 @@
 #include "zeltbraidwerk/linear/internal/options.h"
 
-#include <unistd.h>
-
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "zeltbraidwerk/search/internal/memory.h"
 #include "zeltbraidwerk/search/internal/options.h"
 #include "zeltbraidwerk/search/internal/task.h"
+#include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
+
+// Over the square of the qubits, with a search, and without.
+constexpr double bytes_of_run = 40;
+constexpr double bytes_of_method = 4;
 
 std::vector<std::string> takers(bool LinearMethod::* takes, bool on_device) {
   std::vector<std::string> names;
@@ -33,29 +35,21 @@ void check_range(const char* name, std::optional<int> value, int most) {
                               ", wanted 1 to " + std::to_string(most));
 }
 
-/// To three digits.
-std::string shown(double value) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.3g", value);
-  return text.data();
-}
-
-void check_memory(const LinearMethod& method, int n, const LinearMethodOptions& options) {
+void check_method_memory(const LinearMethod& method, int n, const LinearMethodOptions& options) {
   if (n > method.most_qubits) {
     throw synthesis::TooLargeError("matrix: got " + std::to_string(n) + " qubits, wanted at most " +
                                    std::to_string(method.most_qubits) + " for '" +
                                    std::string(method.name) + "'");
   }
   if (method.memory == nullptr) return;
-  const double there =
-      static_cast<double>(sysconf(_SC_PAGE_SIZE)) * static_cast<double>(sysconf(_SC_PHYS_PAGES));
-  const double needed = method.memory(n, options);
-  const double states = std::pow(options.width, options.lookahead);
-  if (needed <= there / 2 && states < 0x1p31) return;
-  throw synthesis::TooLargeError("width, lookahead: got " + std::to_string(options.width) +
-                                 " and " + std::to_string(options.lookahead) +
-                                 ", which would take " + shown(states) + " states and " +
-                                 shown(needed / 1e9) + " GB of " + shown(there / 1e9) + " GB");
+  const std::string got = std::to_string(options.width) + " and " +
+                          std::to_string(options.lookahead) + " on " + std::to_string(n) +
+                          " qubits";
+  const double bytes = method.memory(n, options);
+  if (std::pow(options.width, options.lookahead) >= 0x1p31) {  // states are counted by an int
+    throw synthesis::TooLargeError(too_large("width, lookahead", got, bytes));
+  }
+  check_memory("width, lookahead", got, bytes);
 }
 
 }  // namespace
@@ -88,8 +82,10 @@ void check_options(const synthesis::LinearOptions& options, int n) {
   check_range("section", options.section, 30);
   check_range("width", options.width, std::numeric_limits<int>::max());
   check_range("lookahead", options.lookahead, 64);
+  if (options.method == "search") check_wires("matrix", n);
+  check_search_memory("matrix", n, options, n <= most_wires ? bytes_of_run : bytes_of_method);
   if (const LinearMethod* method = on_device ? nullptr : linear_method(options.method)) {
-    check_memory(*method, n, method_options(options));
+    check_method_memory(*method, n, method_options(options));
   }
 }
 

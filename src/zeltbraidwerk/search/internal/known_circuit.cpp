@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "zeltbraidwerk/search/internal/options.h"
+
 namespace zelt::braidwerk::internal {
 
 void refuse_start() {
@@ -17,6 +19,7 @@ void check_known(const synthesis::KnownCircuit& known, int n) {
   std::ranges::sort(sorted);
   std::vector<int> all(static_cast<std::size_t>(n));
   std::iota(all.begin(), all.end(), 0);
+  check_wires("start", n);
   const bool fits = std::ranges::all_of(known.gates, [n](const structures::Gate& gate) {
     const std::vector<int>& qubits = gate.qbits;
     return qubits.size() == (gate.name == "CNOT" ? 2U : 1U) &&

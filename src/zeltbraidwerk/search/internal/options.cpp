@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "zeltbraidwerk/search/internal/memory.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
@@ -48,6 +49,16 @@ void check_wires(const char* name, int qubits) {
   if (qubits <= most_wires) return;
   throw synthesis::TooLargeError(std::string(name) + ": got " + std::to_string(qubits) +
                                  " qubits, wanted at most " + std::to_string(most_wires));
+}
+
+void check_search_memory(const char* name, int qubits, const SynthesisOptions& options,
+                         double square, const SearchItems& items) {
+  const double wires = qubits;
+  const double each = square * wires * wires + items.bytes * items.count;
+  std::string got = std::to_string(qubits) + " qubits";
+  if (items.count > 0) got = std::to_string(items.count) + " " + items.name + " on " + got;
+  if (threads(options) > 1) got += " and " + std::to_string(threads(options)) + " jobs";
+  check_memory(name, got, each * threads(options));
 }
 
 void check_options_of(const std::string& method, const std::vector<OptionOfSome>& options) {

@@ -21,6 +21,17 @@ void check_method(const std::string& method, const std::vector<std::string>& kno
 /// input.
 void check_wires(const char* name, int qubits);
 
+/// What a search holds besides what grows with its qubits, such as rotations.
+struct SearchItems {
+  int count = 0;
+  const char* name = "";
+  double bytes = 0;  ///< of each
+};
+/// Throws TooLargeError where searches on so many qubits would not fit into memory: one per thread,
+/// of `square` bytes times the square of the qubits, and of its items.
+void check_search_memory(const char* name, int qubits, const synthesis::SynthesisOptions& options,
+                         double square, const SearchItems& items = {});
+
 /// An option that not every method takes.
 struct OptionOfSome {
   const char* name;
