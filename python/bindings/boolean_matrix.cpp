@@ -90,11 +90,14 @@ void bind_measures(nb::module_& m) {
       "count_bits", [](int n, const ArrayLike& m_) { return to_bits(m_, n, n, "m").weight(); },
       "n"_a, "m"_a, "The number of ones.");
   m.def(
-      "findmax", [](int n, const ArrayLike& m_) { return findmax(n, to_table<int>(m_, n, "m", most_int)); },
+      "findmax",
+      [](int n, const ArrayLike& m_) { return findmax(n, to_table<int>(m_, n, "m", most_int)); },
       "n"_a, "m"_a, "The largest value.");
   m.def(
       "findmax_double",
-      [](int n, const ArrayLike& m_) { return findmax_double(n, to_table<double>(m_, n, "m", most_int)); },
+      [](int n, const ArrayLike& m_) {
+        return findmax_double(n, to_table<double>(m_, n, "m", most_int));
+      },
       "n"_a, "m"_a, "The largest value, cut toward zero.");
   m.def("myPow", &myPow, "base"_a, "exponent"_a, "A power in wrapping 32-bit arithmetic.");
   m.def(

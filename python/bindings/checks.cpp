@@ -23,8 +23,8 @@ std::string formatted(const char* format, va_list arguments) {
 
 /// Half of what the machine, or the limit of the process, has.
 double memory_limit() {
-  double bytes = static_cast<double>(sysconf(_SC_PHYS_PAGES)) *
-                 static_cast<double>(sysconf(_SC_PAGESIZE));
+  double bytes =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
   rlimit limit{};
   if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
     bytes = std::min(bytes, static_cast<double>(limit.rlim_cur));

@@ -12,8 +12,8 @@
 
 /// \file
 /// What the functions of the library take for granted: sizes that fit together, indices in their
-/// range, and memory that is there. The bindings call these before the library, which checks none of
-/// it. Every text names the argument, what came and what is wanted.
+/// range, and memory that is there. The bindings call these before the library, which checks none
+/// of it. Every text names the argument, what came and what is wanted.
 namespace zelt::braidwerk::python {
 
 /// Raise with a text in the manner of printf.
@@ -50,8 +50,8 @@ void check_distinct(const std::vector<int>& values, const char* name);
 void check_gates(const std::vector<std::tuple<int, int>>& gates, int n);
 /// The same, and ValueError where both are one qubit.
 void check_two_qubits(int a, int b, int n);
-/// Raises IndexError for a qubit beyond n, ValueError for too few qubits, one that comes twice, or a
-/// missing angle.
+/// Raises IndexError for a qubit beyond n, ValueError for too few qubits, one that comes twice, or
+/// a missing angle.
 void check_gate(const structures::Gate& gate, int n);
 /// The same for each gate.
 void check_circuit(const std::vector<structures::Gate>& circuit, int n);
@@ -62,8 +62,8 @@ void check_tableau(const structures::OperatorTableau& tableau, int n, const char
 void check_memory(double bytes, const char* name, long long value);
 /// A square table of n rows, which the function makes: so many bytes per entry.
 void check_square(int n, const char* name, double bytes);
-/// A beam that keeps `width` of the `choices` children of each state, `depth` levels deep, with so many
-/// bytes per state. Raises ValueError for a width below 1, TooLargeError for too many states.
+/// A beam that keeps `width` of the `choices` children of each state, `depth` levels deep, with so
+/// many bytes per state. Raises ValueError for a width below 1, TooLargeError for too many states.
 void check_beam(int width, int depth, double choices, double bytes);
 
 }  // namespace zelt::braidwerk::python

@@ -138,7 +138,8 @@ void check_wanted(int rows, int cols, const char* name) {
 
 /// The shape that a value has.
 int to_int(std::size_t size, const char* name) {
-  if (size > most_lines) raise_value_error("%s: got a size of %zu, wanted at most 2^30", name, size);
+  if (size > most_lines)
+    raise_value_error("%s: got a size of %zu, wanted at most 2^30", name, size);
   return static_cast<int>(size);
 }
 

@@ -15,8 +15,8 @@
 
 /// \file
 /// The way between numpy and the library. Matrices go straight to packed words and back; an array
-/// of the caller is never changed. Shapes and entries are checked here, before room is made for them;
-/// what fits together is checked in checks.h.
+/// of the caller is never changed. Shapes and entries are checked here, before room is made for
+/// them; what fits together is checked in checks.h.
 namespace zelt::braidwerk::python {
 
 namespace nb = nanobind;

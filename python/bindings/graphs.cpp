@@ -77,8 +77,8 @@ std::pair<double, double> distances_from(int v, const Graph& g, std::vector<bool
   return {sum, reached};
 }
 
-/// Raises TooLargeError for a path table, with so many bytes per vertex of a path, that is too large.
-/// Over all pairs the mean distance is at most twice that from one vertex.
+/// Raises TooLargeError for a path table, with so many bytes per vertex of a path, that is too
+/// large. Over all pairs the mean distance is at most twice that from one vertex.
 void check_path_table(const Graph& g, double bytes = 4) {
   if (g.n < 256) return;
   double size = 24.0 * g.n * g.n;
@@ -277,8 +277,7 @@ void bind_steiner(nb::module_& m) {
         check_vertices(n);
         return unlocked_alone([&] { return structures::get_seed_sets(n); });
       },
-      "n"_a,
-      "Seed sets of 1, 2, 4, ... draws.");
+      "n"_a, "Seed sets of 1, 2, 4, ... draws.");
   m.def(
       "build_sketches",
       [](const std::vector<std::set<int>>& seed_sets, Graph& g) {

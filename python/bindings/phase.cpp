@@ -57,9 +57,7 @@ struct Step {
   void check_cols(const Columns& columns) const {
     check_indices(columns, cols, "cols");
   }
-  void check_rows(const std::set<int>& set) const {
-    check_indices(set, rows, "rows");
-  }
+  void check_rows(const std::set<int>& set) const { check_indices(set, rows, "rows"); }
   void check_params(const std::vector<Parameter>& params) const {
     check_at_least(static_cast<int>(params.size()), cols, "params: angles");
   }

@@ -40,11 +40,17 @@ void check_strings(const RotationSequence& rotations, int qubits) {
   }
 }
 
+/// A search calls itself for each rotation that it looks ahead.
+void check_depth(int depth) {
+  check_size(depth, "depth");
+  check_at_most(depth, 1000, "depth");
+}
+
 void check_device(const Circuit& circuit, const Graph& graph, const OperatorTableau& frame,
                   int depth) {
   check_circuit(circuit, frame.nbqbits);
   check_tableau(frame, graph.n, "frame");
-  check_size(depth, "depth");
+  check_depth(depth);
 }
 
 /// Runs f with standard output swallowed.
@@ -158,7 +164,7 @@ void bind_routings(nb::module_& m) {
          OperatorTableau frame) -> Routed {
         check_tableau(frame, frame.nbqbits, "frame");
         check_circuit(circuit, frame.nbqbits);
-        check_size(depth, "depth");
+        check_depth(depth);
         Circuit out;
         unlocked([&] {
           synthesis::clifford_nnize_ion(circuit, depth, commuting_blocks, merge, out, frame);
@@ -172,7 +178,7 @@ void bind_routings(nb::module_& m) {
          double shelve_error, OperatorTableau frame) -> Routed {
         check_tableau(frame, frame.nbqbits, "frame");
         check_circuit(circuit, frame.nbqbits);
-        check_size(depth, "depth");
+        check_depth(depth);
         Circuit out;
         unlocked([&] {
           synthesis::clifford_nnize_ion_shelving(circuit, depth, commuting_blocks, merge,
@@ -214,6 +220,7 @@ void bind_interruptible(nb::module_& m) {
       [](const Circuit& circuit, int n, int depth, const Metric& errors,
          std::optional<double> budget) -> Routed {
         check_circuit(circuit, n);
+        check_depth(depth);
         return interruptible(
             budget, n, [&](const internal::Control& control) -> std::optional<Routed> {
               internal::RoutingOptions options;

@@ -12,8 +12,8 @@
 /// Calls of the library without the interpreter lock, which Ctrl-C ends.
 namespace zelt::braidwerk::python {
 
-/// While it lives, kernels that run in this thread look for signals of Python. Made and destroyed with
-/// the interpreter lock.
+/// While it lives, kernels that run in this thread look for signals of Python. Made and destroyed
+/// with the interpreter lock.
 class SignalWatch {
  public:
   SignalWatch();

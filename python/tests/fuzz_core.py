@@ -2,13 +2,13 @@
 
     fuzz_core.py [N]                      N calls, 100,000 by default
     fuzz_core.py --seconds 60 --module build/sanitize/python   in another module
-    fuzz_core.py --only Table.cnot --first 17 1
+    fuzz_core.py --only Table.cnot 5000   calls of one target
 
 A call may return, or raise a ValueError (a TooLargeError is one), a TypeError, an IndexError on an
 index of the caller's, or a RuntimeError that the library itself throws. A long one must answer
 Ctrl-C. It may not end the process, hang, raise anything else, or hand on a text of the standard
-library. A fault is told as a line of Python that makes it again. A call is made from the seed and its
-number alone: --first goes on where a run ended.
+library. A fault is told as a line of Python that makes it again. A call is made from the seed and
+its number alone: --first goes on where a run ended.
 """
 
 import argparse
@@ -26,7 +26,8 @@ from contextlib import suppress
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from core_calls import Draw, Target, read_targets
+from core_calls import Draw
+from core_stub import Target, read_targets
 
 MEGABYTE = 1 << 20
 # What a library of the system wrote, not this one.
@@ -39,6 +40,7 @@ OWN = re.compile(
     "Uknown clifford gate|graph_state: check_circuit|ooops"
 )
 GRACE = 5.0  # seconds between Ctrl-C and the end of the call
+WAITING = 30  # seconds of a busy machine's clock that count as one of processor time
 PRELUDE = "import numpy as np; from math import inf, nan, pi; from zeltbraidwerk import core"
 
 
@@ -76,8 +78,24 @@ class Fault:
 
 @dataclass
 class Limits:
-    seconds: float  # per call, after which Ctrl-C comes
+    seconds: float  # of processor time per call, after which Ctrl-C comes
     megabytes: int
+
+
+class Spent:
+    """Processor time of a process from now on; of one that waits, a part of the clock's."""
+
+    def __init__(self, pid: int):
+        self.file = Path(f"/proc/{pid}/stat")
+        self.start = self.processor(), time.monotonic()
+
+    def processor(self) -> float:
+        ticks = self.file.read_text().rpartition(")")[2].split()[11:13]
+        return sum(map(int, ticks)) / os.sysconf("SC_CLK_TCK")
+
+    def seconds(self) -> float:
+        waited = (time.monotonic() - self.start[1]) / WAITING
+        return max(self.processor() - self.start[0], waited)
 
 
 class Shared:
@@ -148,19 +166,19 @@ class Fuzzer:
 
     def watch(self, pid: int, first: int) -> str | None:
         """None where the child ended well, else how it ended."""
-        seen, since, asked = first, time.monotonic(), False
+        seen, since, asked = first, Spent(pid), False
         while True:
             done, status = os.waitpid(pid, os.WNOHANG)
             if done:
                 code = os.waitstatus_to_exitcode(status)
                 return None if code == 0 else signal.Signals(-code).name if code < 0 else "exit"
             if self.shared.running != seen:
-                seen, since, asked = self.shared.running, time.monotonic(), False
-            elif asked and time.monotonic() - since > self.limits.seconds + GRACE:
+                seen, since, asked = self.shared.running, Spent(pid), False
+            elif asked and since.seconds() > self.limits.seconds + GRACE:
                 os.kill(pid, signal.SIGKILL)
                 os.waitpid(pid, 0)
                 return "hang"
-            elif not asked and time.monotonic() - since > self.limits.seconds:
+            elif not asked and since.seconds() > self.limits.seconds:
                 os.kill(pid, signal.SIGINT)
                 asked = True
             time.sleep(0.005)
@@ -215,7 +233,9 @@ class Fuzzer:
             counts = ", ".join(f"{kind} {count}" for kind, count in sorted(kinds[name].items()))
             print(f"{name:45}{calls:8} calls{refused:8} refused  {counts}")
         calls, refused = (sum(column) for column in zip(*table.values(), strict=True))
-        print(f"{calls} calls of {len(table)} targets, {refused} refused, {len(self.faults)} faults")
+        print(
+            f"{calls} calls of {len(table)} targets, {refused} refused, {len(self.faults)} faults"
+        )
 
 
 def load(module: Path | None) -> Path:
@@ -242,7 +262,7 @@ def main() -> None:
     parser.add_argument("--only", action="append", help="these targets")
     parser.add_argument("--module", type=Path, help="folder of the module, where it is another")
     parser.add_argument("--limit", type=float, default=2, help="seconds after which Ctrl-C comes")
-    parser.add_argument("--megabytes", type=int, default=4096, help="memory of the child")
+    parser.add_argument("--megabytes", type=int, default=2048, help="memory of the child")
     options = parser.parse_args()
     targets = [t for t in read_targets(load(options.module))
                if not options.only or t.name in options.only]  # fmt: skip

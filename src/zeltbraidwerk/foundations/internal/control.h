@@ -6,12 +6,12 @@
 
 namespace zelt::braidwerk::internal {
 
-/// Asked by the kernels that run in this thread, where it is set: true ends them. It is for who calls
-/// a public function, which takes no control, and wants to be able to stop it.
+/// Asked by the kernels that run in this thread, where it is set: true ends them. For callers of
+/// public functions, which take no control, that want to be able to stop them.
 using StopQuestion = bool (*)();
 inline constinit thread_local StopQuestion stop_question = nullptr;
 
-/// What the caller of a long kernel may ask of it. The default asks for no more than the thread does.
+/// What the caller of a long kernel may ask of it. The default asks no more than the thread does.
 ///
 /// A kernel looks at stop_requested() once a step, ends there at the latest, and returns what it
 /// has: an unfinished result is marked as such, never half-written.
