@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace zelt::braidwerk::python {
@@ -21,7 +22,8 @@ std::string formatted(const char* format, va_list arguments) {
   return text;
 }
 
-/// Half of what the machine, or the limit of the process, has.
+/// Half of what the machine, or the limit of the process, has; or what ZELTBRAIDWERK_LIMIT_MEMORY
+/// sets: up to 1 a share, above it bytes.
 double memory_limit() {
   double bytes =
       static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
@@ -29,7 +31,10 @@ double memory_limit() {
   if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
     bytes = std::min(bytes, static_cast<double>(limit.rlim_cur));
   }
-  return bytes / 2;
+  const char* set = std::getenv("ZELTBRAIDWERK_LIMIT_MEMORY");
+  const double value = set == nullptr ? 0 : std::strtod(set, nullptr);
+  if (value > 1) return value;
+  return bytes * (value > 0 ? value : 0.5);
 }
 
 }  // namespace
@@ -144,10 +149,10 @@ void check_square(int n, const char* name, double bytes) {
   check_memory(static_cast<double>(n) * n * bytes, name, n);
 }
 
-void check_beam(int width, int depth, double choices, double bytes) {
+void check_beam(int width, int depth, int level, double choices, double bytes) {
   check_at_least(width, 1, "width");
   const double kept = std::clamp(choices, 1.0, static_cast<double>(width));
-  const double states = std::pow(kept, std::max(depth, 0));
+  const double states = std::pow(kept, std::max(level, 0));
   if (states > 2147483647.0) {
     raise_too_large("width, depth: got %d and %d, which makes %.3g states, wanted fewer than 2^31",
                     width, depth, states);

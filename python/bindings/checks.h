@@ -62,8 +62,9 @@ void check_tableau(const structures::OperatorTableau& tableau, int n, const char
 void check_memory(double bytes, const char* name, long long value);
 /// A square table of n rows, which the function makes: so many bytes per entry.
 void check_square(int n, const char* name, double bytes);
-/// A beam that keeps `width` of the `choices` children of each state, `depth` levels deep, with so
-/// many bytes per state. Raises ValueError for a width below 1, TooLargeError for too many states.
-void check_beam(int width, int depth, double choices, double bytes);
+/// A beam that keeps `width` of the `choices` children of each state, `depth` levels deep; in
+/// memory are the states of some level, with so many bytes each. Raises ValueError for a width
+/// below 1, TooLargeError for too many states.
+void check_beam(int width, int depth, int level, double choices, double bytes);
 
 }  // namespace zelt::braidwerk::python

@@ -52,8 +52,9 @@ BoolMatrix search_matrix(const ArrayLike& value, int n, const char* name) {
 void check_search(int n, int width, int depth) {
   check_size(n, "n");
   const double choices = 2.0 * n * n;
-  check_beam(width, depth - 1, choices, 16);
-  check_beam(width, depth - 2, choices, 48.0 * n * n);
+  const int level = std::max(depth, 2);
+  check_beam(width, depth, level - 1, choices, 16);
+  check_beam(width, depth, level - 2, choices, 48.0 * n * n);
 }
 
 /// A table of savings. A line of 16383 saves less than 2^15.

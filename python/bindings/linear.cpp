@@ -166,7 +166,8 @@ struct Decoding {
 Decoding decoding(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
                   std::vector<int> idx) {
   const BitMatrix bits = to_bits(h, "H");
-  check_beam(width, depth, bits.rows(), length / 8.0 + 4.0 * std::max(depth, 1) + 16);
+  check_beam(width, depth, std::max(depth, 1), bits.rows(),
+             length / 8.0 + 4.0 * std::max(depth, 1) + 16);
   check_indices(idx, bits.cols(), "idx");
   check_size(length, "length");
   check_at_most(length, static_cast<int>(idx.size()), "length");
@@ -230,7 +231,7 @@ void bind_syndromes(nb::module_& m) {
       "SyndromeSynthesis",
       [](int n, const ArrayLike& A, int width, int depth) {
         const BoolMatrix matrix = to_bool_matrix(A, n, n, "A");
-        check_beam(width, depth, n, n / 8.0 + 4.0 * std::max(depth, 1) + 16);
+        check_beam(width, depth, std::max(depth, 1), n, n / 8.0 + 4.0 * std::max(depth, 1) + 16);
         std::vector<int> perm(matrix.size(), -1);
         CnotCircuit circuit =
             unlocked([&] { return SyndromeSynthesis(n, matrix, perm, width, depth); });

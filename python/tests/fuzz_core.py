@@ -155,8 +155,9 @@ class Fuzzer:
         os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
         os.dup2(errors.fileno(), 2)
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+        size = self.limits.megabytes * MEGABYTE
+        os.environ["ZELTBRAIDWERK_LIMIT_MEMORY"] = str(size // 2)
         if "LD_PRELOAD" not in os.environ:  # sanitizers reserve all addresses
-            size = self.limits.megabytes * MEGABYTE
             resource.setrlimit(resource.RLIMIT_AS, (size, size))
         for number in range(first, last):
             with suppress(KeyboardInterrupt):  # one that came too late for its call
@@ -262,7 +263,7 @@ def main() -> None:
     parser.add_argument("--only", action="append", help="these targets")
     parser.add_argument("--module", type=Path, help="folder of the module, where it is another")
     parser.add_argument("--limit", type=float, default=2, help="seconds after which Ctrl-C comes")
-    parser.add_argument("--megabytes", type=int, default=2048, help="memory of the child")
+    parser.add_argument("--megabytes", type=int, default=1024, help="memory of the child")
     options = parser.parse_args()
     targets = [t for t in read_targets(load(options.module))
                if not options.only or t.name in options.only]  # fmt: skip
