@@ -5,6 +5,7 @@
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <sstream>
@@ -357,6 +358,9 @@ void bind_steiner_gauss(nb::module_& m) {
         check_indices(path, graph.n, "path");
         check_indices(targets, graph.n, "targets");
         check_index(root, graph.n, "root");
+        if (targets.size() > 1 && std::ranges::find(path, targets.front()) == path.end()) {
+          raise_value_error("targets: got %d, wanted a vertex of the path", targets.front());
+        }
         return structures::shortcut_ham_path(graph, path, targets, root);
       },
       "graph"_a, "path"_a, "targets"_a, "root"_a, "The tree that descends the path.");

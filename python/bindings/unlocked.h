@@ -57,7 +57,8 @@ auto unlocked(F&& f) {
   }
 }
 
-inline std::mutex shared_streams;
+/// Recursive, since a handler of signals may call the library from within a kernel.
+inline std::recursive_mutex shared_streams;
 
 /// As unlocked, for what draws from the library's shared generator or writes to standard output:
 /// one call at a time.
