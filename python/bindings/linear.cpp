@@ -231,7 +231,8 @@ void bind_syndromes(nb::module_& m) {
       "SyndromeSynthesis",
       [](int n, const ArrayLike& A, int width, int depth) {
         const BoolMatrix matrix = to_bool_matrix(A, n, n, "A");
-        check_beam(width, depth, std::max(depth, 1), n, n / 8.0 + 4.0 * std::max(depth, 1) + 16);
+        check_beam(width, depth, std::max(depth, 1), width,
+                   n / 8.0 + 4.0 * std::max(depth, 1) + 16);
         std::vector<int> perm(matrix.size(), -1);
         CnotCircuit circuit =
             unlocked([&] { return SyndromeSynthesis(n, matrix, perm, width, depth); });

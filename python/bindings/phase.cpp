@@ -59,7 +59,9 @@ struct Step {
   }
   void check_rows(const std::set<int>& set) const { check_indices(set, rows, "rows"); }
   void check_params(const std::vector<Parameter>& params) const {
-    check_at_least(static_cast<int>(params.size()), cols, "params: angles");
+    if (std::cmp_less(params.size(), cols)) {
+      raise_value_error("params: got %zu, wanted %d", params.size(), cols);
+    }
   }
 };
 

@@ -36,7 +36,9 @@ using Routed = std::tuple<Circuit, OperatorTableau>;
 
 void check_strings(const RotationSequence& rotations, int qubits) {
   for (const auto& [string, angle] : rotations) {
-    check_same(string.size(), static_cast<std::size_t>(qubits), "string", "letters");
+    if (std::cmp_not_equal(string.size(), qubits)) {
+      raise_value_error("rotations: got a string of %zu letters, wanted %d", string.size(), qubits);
+    }
   }
 }
 
@@ -49,6 +51,7 @@ void check_depth(int depth) {
 void check_device(const Circuit& circuit, const Graph& graph, const OperatorTableau& frame,
                   int depth) {
   check_circuit(circuit, frame.nbqbits);
+  check_same(graph.n, frame.nbqbits, "graph");
   check_tableau(frame, graph.n, "frame");
   check_depth(depth);
 }

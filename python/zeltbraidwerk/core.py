@@ -6,10 +6,10 @@ library changes in place or fills for its caller comes back as a result instead:
 returns the changed matrix, ``LU(m, n)`` the triple (factors, rows, cols).
 
 Shapes, entries and indices are checked, so that no call writes outside of its arrays; invertibility
-and angles are not. Arguments that do not fit raise a ValueError or TypeError, an index out of range an
-IndexError, sizes that take more than half of the memory a
-:class:`~zeltbraidwerk.errors.TooLargeError`. A RuntimeError is the library's own: its algorithm has no
-answer. Long calls free the interpreter lock; Ctrl-C ends searches, with an
+and angles are not. Arguments that do not fit raise a ValueError or TypeError, an index out of range
+an IndexError, sizes that take more than half of the memory a
+:class:`~zeltbraidwerk.errors.TooLargeError`. A RuntimeError is the library's own: its algorithm has
+no answer. Long calls free the interpreter lock; Ctrl-C ends searches, with an
 :class:`~zeltbraidwerk.errors.Interrupted` without a result. What draws from the library's one
 generator runs one call at a time.
 
