@@ -48,12 +48,12 @@ BoolMatrix search_matrix(const ArrayLike& value, int n, const char* name) {
 }
 
 /// The states of a beam on n lines. The last level has scores alone, the one before it positions:
-/// matrices and tables of savings.
-void check_search(int n, int width, int depth) {
+/// matrices and tables of savings. A score takes more bytes as an object of Python.
+void check_search(int n, int width, int depth, double score_bytes = 16) {
   check_size(n, "n");
   const double choices = 2.0 * n * n;
   const int level = std::max(depth, 2);
-  check_beam(width, depth, level - 1, choices, 16);
+  check_beam(width, depth, level - 1, choices, score_bytes);
   check_beam(width, depth, level - 2, choices, 48.0 * n * n);
 }
 
@@ -97,7 +97,7 @@ auto updated(int n, int i, int j, bool row, const ArrayLike& A, const ArrayLike&
 template <class T, class Scored, auto compute>
 std::vector<Scored> available(int n, int width, int depth, const ArrayLike& A, const ArrayLike& R,
                               const ArrayLike& C) {
-  check_search(n, width, depth);
+  check_search(n, width, depth, 200);
   const BoolMatrix a = search_matrix(A, n, "A");
   const TableOf<T> rows = to_savings<T>(R, n, "R");
   const TableOf<T> columns = to_savings<T>(C, n, "C");
@@ -200,7 +200,7 @@ void bind_inverse(nb::module_& m) {
       "compute_available_operation_ones_with_inv",
       [](int n, int width, int depth, const ArrayLike& A, const ArrayLike& B, const ArrayLike& R,
          const ArrayLike& C, const ArrayLike& Ri, const ArrayLike& Ci) {
-        check_search(n, width, depth);
+        check_search(n, width, depth, 200);
         const State s(n, A, B, R, C, Ri, Ci);
         return unlocked([&] {
           std::vector<ScoredOperation> out;

@@ -189,6 +189,9 @@ using Queues = std::tuple<bool, std::vector<DecodingEntry>, std::vector<int>>;
 Queues first_queues(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
                     std::vector<int> idx) {
   Decoding d = decoding(h, s, length, depth, width, std::move(idx));
+  const int levels = std::max(depth, 1);
+  // As objects of Python.
+  check_beam(width, depth, levels, static_cast<double>(d.h.size()), 8.0 * length + 12.0 * levels);
   std::vector<DecodingEntry> current, next, scratch;
   std::vector<int> result;
   const auto [done, count] = unlocked([&] {
