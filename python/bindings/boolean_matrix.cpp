@@ -3,7 +3,8 @@
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
-#include <numeric>
+#include <array>
+#include <limits>
 
 #include "convert.h"
 #include "module.h"
@@ -16,11 +17,12 @@ using nb::literals::operator""_a;
 
 namespace {
 
+constexpr int most_int = std::numeric_limits<int>::max();
+
 /// An operation that changes the matrix it is given; here the changed matrix is returned.
 template <void (*operation)(BoolMatrix&, int, int, int)>
 BoolArray2 changed(const ArrayLike& m, int i, int j, int n) {
-  check_index(i, n, "i");
-  check_index(j, n, "j");
+  check_indices(std::array{i, j}, n, "i, j");
   BoolMatrix matrix = to_bool_matrix(m, n, n, "m");
   operation(matrix, i, j, n);
   return to_numpy(matrix);
@@ -28,8 +30,7 @@ BoolArray2 changed(const ArrayLike& m, int i, int j, int n) {
 
 template <int (*saving)(const BoolMatrix&, int, int, int)>
 int saved(const ArrayLike& m, int i, int j, int n) {
-  check_index(i, n, "i");
-  check_index(j, n, "j");
+  check_indices(std::array{i, j}, n, "i, j");
   return saving(to_bool_matrix(m, n, n, "m"), i, j, n);
 }
 
@@ -52,6 +53,7 @@ void bind_algebra(nb::module_& m) {
       [](int rows, int cols, int inner, const ArrayLike& a, const ArrayLike& b) {
         const BitMatrix left = to_bits(a, rows, inner, "a");
         const BitMatrix right = to_bits(b, inner, cols, "b");
+        check_memory(static_cast<double>(rows) * cols, "rows", rows);  // where inner is 0
         return to_numpy(unlocked([&] { return internal::product(left, right); }));
       },
       "rows"_a, "cols"_a, "inner"_a, "a"_a, "b"_a, "The product over GF(2).");
@@ -88,11 +90,14 @@ void bind_measures(nb::module_& m) {
       "count_bits", [](int n, const ArrayLike& m_) { return to_bits(m_, n, n, "m").weight(); },
       "n"_a, "m"_a, "The number of ones.");
   m.def(
-      "findmax", [](int n, const ArrayLike& m_) { return findmax(n, to_table<int>(m_, n, "m")); },
+      "findmax",
+      [](int n, const ArrayLike& m_) { return findmax(n, to_table<int>(m_, n, "m", most_int)); },
       "n"_a, "m"_a, "The largest value.");
   m.def(
       "findmax_double",
-      [](int n, const ArrayLike& m_) { return findmax_double(n, to_table<double>(m_, n, "m")); },
+      [](int n, const ArrayLike& m_) {
+        return findmax_double(n, to_table<double>(m_, n, "m", most_int));
+      },
       "n"_a, "m"_a, "The largest value, cut toward zero.");
   m.def("myPow", &myPow, "base"_a, "exponent"_a, "A power in wrapping 32-bit arithmetic.");
   m.def(

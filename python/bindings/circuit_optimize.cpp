@@ -65,7 +65,7 @@ void bind_circuit_optimize(nb::module_& m) {
       [](int n, const Gates& gates, const CommonOptions& common, bool exact, bool keep_rotations,
          bool keep_depth, bool route)
           -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>, std::vector<Found>> {
-        for (const structures::Gate& gate : gates) check_gate(gate, n);
+        check_circuit(gates, n);
         OptimizeOptions own;
         own.exact = exact;
         own.keep_rotations = keep_rotations;
@@ -91,7 +91,7 @@ void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_fold_circuit",
       [](int n, const Gates& gates) {
-        for (const structures::Gate& gate : gates) check_gate(gate, n);
+        check_circuit(gates, n);
         return unlocked([&] {
           internal::StepCircuit circuit = internal::read_steps(n, gates);
           internal::fold(circuit);

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -33,16 +31,13 @@ nb::object as_array(const ArrayLike& value, const char* kinds, const char* wante
                     const char* name) {
   nb::object array = numpy("asarray")(value.source);
   const auto kind = nb::cast<std::string>(array.attr("dtype").attr("kind"));
-  if (nb::cast<int>(array.attr("size")) > 0 && std::strchr(kinds, kind[0]) == nullptr) {
+  const auto size = nb::cast<long long>(array.attr("size"));
+  if (size > 0 && std::strchr(kinds, kind[0]) == nullptr) {
     nb::raise_type_error("%s: got %s, wanted %s", name, text(array.attr("dtype")).c_str(), wanted);
   }
+  // An array may claim more entries than it holds, by strides of 0.
+  check_memory(static_cast<double>(size) * sizeof(double), name, size);
   return array;
-}
-
-std::string formatted(const char* format, va_list arguments) {
-  char text[256];
-  std::vsnprintf(text, sizeof text, format, arguments);
-  return text;
 }
 
 /// Any 0/1 array as a bool array; one that is bool already stays as it is.
@@ -67,7 +62,25 @@ View<T, dims> view_of(const nb::object& array, const char* name) {
 
 /// Of an empty value any number of dimensions will do: numpy reads [] as one.
 bool is_empty(const nb::object& array) {
-  return nb::cast<int>(array.attr("size")) == 0;
+  return nb::cast<long long>(array.attr("size")) == 0;
+}
+
+/// Integers that fit an int, row after row.
+nb::object as_ints(const nb::object& array, const char* name) {
+  nb::object ints = numpy("ascontiguousarray")(array, "int32");
+  if (!nb::cast<bool>(numpy("array_equal")(array, ints))) {
+    raise_value_error("%s: holds integers beyond 32 bits", name);
+  }
+  return ints;
+}
+
+/// Finite numbers, row after row.
+nb::object as_doubles(const nb::object& array, const char* name) {
+  nb::object doubles = numpy("ascontiguousarray")(array, "float64");
+  if (!nb::cast<bool>(numpy("isfinite")(doubles).attr("all")().attr("item")())) {
+    raise_value_error("%s: holds nan or inf, wanted finite numbers", name);
+  }
+  return doubles;
 }
 
 void check_shape(std::size_t rows, std::size_t cols, int want_rows, int want_cols,
@@ -112,8 +125,27 @@ void unpack_row(const Word* words, int count, bool* bytes) {
   for (; c < count; ++c) bytes[c] = (words[c / word_bits] >> (c % word_bits)) & 1;
 }
 
+constexpr int most_lines = 1 << 30;
+
+/// The shape that a function asks for, by its own arguments.
+void check_wanted(int rows, int cols, const char* name) {
+  const auto [least, most] = std::minmax(rows, cols);
+  if (least < 0) raise_value_error("%s: its size is given as %d, wanted at least 0", name, least);
+  if (most > most_lines) {
+    raise_value_error("%s: its size is given as %d, wanted at most 2^30", name, most);
+  }
+}
+
+/// The shape that a value has.
+int to_int(std::size_t size, const char* name) {
+  if (size > most_lines)
+    raise_value_error("%s: got a size of %zu, wanted at most 2^30", name, size);
+  return static_cast<int>(size);
+}
+
 BitMatrix pack(const View<bool, 2>& view, int rows, int cols, const char* name) {
   check_shape(view.shape(0), view.shape(1), rows, cols, name);
+  check_memory(static_cast<double>(rows) * cols / 8, name, rows);
   BitMatrix bits(rows, cols);
   for (int r = 0; r < bits.rows(); ++r) {
     pack_row(view.data() + r * view.stride(0), view.stride(1), bits.cols(), bits.row(r));
@@ -142,10 +174,11 @@ Array table_to_numpy(const TableOf<T>& table) {
 }  // namespace
 
 BitMatrix to_bits(const ArrayLike& value, int rows, int cols, const char* name) {
+  check_wanted(rows, cols, name);
   View<bool, 2> view;
   if (nb::try_cast(value.source, view, false)) return pack(view, rows, cols, name);
   const nb::object bools = as_bools(value, name);
-  if (is_empty(bools) && (rows <= 0 || cols <= 0)) return BitMatrix(rows, cols);
+  if (is_empty(bools) && (rows == 0 || cols == 0)) return BitMatrix(rows, cols);
   return pack(view_of<bool, 2>(bools, name), rows, cols, name);
 }
 
@@ -153,7 +186,7 @@ BitMatrix to_bits(const ArrayLike& value, const char* name) {
   const nb::object bools = as_bools(value, name);
   if (is_empty(bools)) return BitMatrix();
   const auto view = view_of<bool, 2>(bools, name);
-  return pack(view, static_cast<int>(view.shape(0)), static_cast<int>(view.shape(1)), name);
+  return pack(view, to_int(view.shape(0), name), to_int(view.shape(1), name), name);
 }
 
 BoolMatrix to_bool_matrix(const ArrayLike& value, int rows, int cols, const char* name) {
@@ -161,13 +194,14 @@ BoolMatrix to_bool_matrix(const ArrayLike& value, int rows, int cols, const char
 }
 
 BoolRow to_bool_row(const ArrayLike& value, int size, const char* name) {
+  check_wanted(size, 0, name);
   const nb::object bools = as_bools(value, name);
-  if (size <= 0 && is_empty(bools)) return {};
+  if (size == 0 && is_empty(bools)) return {};
   const auto view = view_of<bool, 1>(bools, name);
   if (std::cmp_less(view.shape(0), size)) {
     raise_value_error("%s: got %zu entries, wanted at least %d", name, view.shape(0), size);
   }
-  BoolRow row(static_cast<std::size_t>(std::max(size, 0)));
+  BoolRow row(static_cast<std::size_t>(size));
   for (std::size_t c = 0; c < row.size(); ++c) {
     row[c] = view.data()[static_cast<std::int64_t>(c) * view.stride(0)];
   }
@@ -175,25 +209,30 @@ BoolRow to_bool_row(const ArrayLike& value, int size, const char* name) {
 }
 
 template <class T>
-TableOf<T> to_table(const ArrayLike& value, int size, const char* name) {
+TableOf<T> to_table(const ArrayLike& value, int size, const char* name, T most) {
   constexpr bool whole = std::is_integral_v<T>;
   const nb::object array = as_array(value, whole ? "biu" : "biuf", "numbers", name);
-  const std::size_t n = static_cast<std::size_t>(std::max(size, 0));
-  TableOf<T> table(n, std::vector<T>(n));
-  if (n == 0 && is_empty(array)) return table;
-  const auto view =
-      view_of<T, 2>(numpy("ascontiguousarray")(array, whole ? "int32" : "float64"), name);
+  check_wanted(size, size, name);
+  const auto n = static_cast<std::size_t>(size);
+  if (n == 0 && is_empty(array)) return {};
+  const auto view = view_of<T, 2>(whole ? as_ints(array, name) : as_doubles(array, name), name);
   check_shape(view.shape(0), view.shape(1), size, size, name);
+  TableOf<T> table(n, std::vector<T>(n));
   for (std::size_t r = 0; r < n; ++r) {
     std::copy_n(view.data() + static_cast<std::int64_t>(r) * view.stride(0), n, table[r].begin());
+    for (const T entry : table[r]) {
+      if (entry <= most && entry >= -most - 1) continue;
+      raise_value_error("%s: holds %.17g, wanted %.17g to %.17g", name, static_cast<double>(entry),
+                        static_cast<double>(-most - 1), static_cast<double>(most));
+    }
   }
   return table;
 }
-template TableOf<int> to_table<int>(const ArrayLike&, int, const char*);
-template TableOf<double> to_table<double>(const ArrayLike&, int, const char*);
+template TableOf<int> to_table<int>(const ArrayLike&, int, const char*, int);
+template TableOf<double> to_table<double>(const ArrayLike&, int, const char*, double);
 
 std::vector<unsigned char> to_exponents(const ArrayLike& value, int size, const char* name) {
-  const auto table = to_table<int>(value, size, name);
+  const auto table = to_table<int>(value, size, name, 3);
   std::vector<unsigned char> bytes;
   bytes.reserve(table.size() * table.size());
   for (const auto& row : table) {
@@ -219,7 +258,7 @@ internal::BitGraph to_graph(const ArrayLike& adjacency) {
 GateList to_gates(const ArrayLike& value, int n, const char* name) {
   const nb::object array = as_array(value, "iu", "integers", name);
   if (is_empty(array)) return {};
-  const auto view = view_of<int, 2>(numpy("ascontiguousarray")(array, "int32"), name);
+  const auto view = view_of<int, 2>(as_ints(array, name), name);
   if (view.shape(1) != 2) {
     raise_value_error("%s: got shape (%zu, %zu), wanted (gates, 2)", name, view.shape(0),
                       view.shape(1));
@@ -288,75 +327,6 @@ ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes) {
   auto [array, data] = new_array<ByteArray2>({size, size});
   std::copy(bytes.begin(), bytes.end(), data);
   return array;
-}
-
-void raise_value_error(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  const std::string message = formatted(format, arguments);
-  va_end(arguments);
-  throw nb::value_error(message.c_str());
-}
-
-void raise_index_error(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  const std::string message = formatted(format, arguments);
-  va_end(arguments);
-  throw nb::index_error(message.c_str());
-}
-
-void check_index(int value, int size, const char* name) {
-  if (value < 0 || value >= size) {
-    raise_index_error("%s: got %d, wanted 0 to %d", name, value, size - 1);
-  }
-}
-
-void check_indices(const std::vector<int>& values, int size, const char* name) {
-  for (const int value : values) check_index(value, size, name);
-}
-
-void check_permutation(const std::vector<int>& values, int n, const char* name) {
-  std::vector<int> sorted = values;
-  std::ranges::sort(sorted);
-  for (std::size_t i = 0; i < sorted.size() || std::cmp_less(i, n); ++i) {
-    if (i >= sorted.size() || std::cmp_not_equal(sorted[i], i)) {
-      raise_value_error("%s: wanted the numbers 0 to %d in some order", name, n - 1);
-    }
-  }
-}
-
-void check_beam(int width, int depth) {
-  check_at_least(width, 1, "width");
-  double states = 1;
-  for (int level = 0; level < std::min(depth, 32); ++level) states *= width;
-  if (states > 2147483647.0) {
-    raise_value_error("width, depth: got %d and %d, which makes %g states", width, depth, states);
-  }
-}
-
-void check_at_least(int value, int least, const char* name) {
-  if (value < least) raise_value_error("%s: got %d, wanted at least %d", name, value, least);
-}
-
-void check_gates(const GateList& gates, int n) {
-  for (const auto& [control, target] : gates) {
-    check_index(control, n, "control");
-    check_index(target, n, "target");
-  }
-}
-
-void check_gate(const structures::Gate& gate, int n) {
-  const bool two = gate.name == "CNOT" || gate.name == "CSIGN" || gate.name == "CZ";
-  const bool rotation =
-      gate.name == "RX" || gate.name == "RY" || gate.name == "RZ" || gate.name == "PH";
-  if (gate.qbits.size() < (two ? 2U : 1U) && gate.name != "XX") {
-    raise_value_error("gate %s: got %zu qubits", gate.name.c_str(), gate.qbits.size());
-  }
-  if (rotation && gate.params.empty()) {
-    raise_value_error("gate %s: got no angle", gate.name.c_str());
-  }
-  for (const int q : gate.qbits) check_index(q, n, "qubit");
 }
 
 }  // namespace zelt::braidwerk::python

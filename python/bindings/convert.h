@@ -3,20 +3,20 @@
 #include <nanobind/nanobind.h>
 #include <nanobind/ndarray.h>
 
-#include <mutex>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "checks.h"
+#include "unlocked.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
-#include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 /// \file
 /// The way between numpy and the library. Matrices go straight to packed words and back; an array
-/// of the caller is never changed. Shapes, entries and indices are checked here, since the library
-/// itself checks none.
+/// of the caller is never changed. Shapes and entries are checked here, before room is made for
+/// them; what fits together is checked in checks.h.
 namespace zelt::braidwerk::python {
 
 namespace nb = nanobind;
@@ -39,15 +39,27 @@ struct ArrayLike {
   nb::object source;
 };
 
+/// Raises TypeError where the value is no T, in a container that is read by hand.
+template <class T>
+T to_value(nb::handle source, const char* name, const char* wanted) {
+  T value;
+  if (!nb::try_cast(source, value)) {
+    nb::raise_type_error("%s: got an object of class %s, wanted %s", name,
+                         nb::type_name(source.type()).c_str(), wanted);
+  }
+  return value;
+}
+
 /// The leading block of a 0/1 matrix: bool or 0/1 integers, array or nested list.
 BitMatrix to_bits(const ArrayLike& value, int rows, int cols, const char* name);
 /// The whole of it, of whatever shape.
 BitMatrix to_bits(const ArrayLike& value, const char* name);
 BoolMatrix to_bool_matrix(const ArrayLike& value, int rows, int cols, const char* name);
 BoolRow to_bool_row(const ArrayLike& value, int size, const char* name);
-/// The leading size by size block of a table of int or double.
+/// The leading size by size block of a table of int or double, whose entries are finite and lie
+/// between -most - 1 and most, so that no sum of a few of them overflows.
 template <class T>
-TableOf<T> to_table(const ArrayLike& value, int size, const char* name);
+TableOf<T> to_table(const ArrayLike& value, int size, const char* name, T most = 1 << 24);
 /// A square matrix of exponents modulo 4, row-major.
 std::vector<unsigned char> to_exponents(const ArrayLike& value, int size, const char* name);
 /// A symmetric matrix of edges.
@@ -65,43 +77,6 @@ ByteArray1 to_numpy(const std::vector<unsigned char>& bytes);
 /// One row per pair.
 ByteArray2 to_numpy(const std::vector<std::pair<unsigned char, unsigned char>>& pairs);
 ByteArray2 to_numpy_square(const std::vector<unsigned char>& bytes);
-
-/// Raise with a text in the manner of printf: the argument's name, what came, what is wanted.
-[[noreturn, gnu::format(printf, 1, 2)]] void raise_value_error(const char* format, ...);
-[[noreturn, gnu::format(printf, 1, 2)]] void raise_index_error(const char* format, ...);
-
-/// Raises IndexError unless 0 <= value < size.
-void check_index(int value, int size, const char* name);
-/// The same for each value.
-void check_indices(const std::vector<int>& values, int size, const char* name);
-/// Raises ValueError unless the values are 0 to n-1 in some order.
-void check_permutation(const std::vector<int>& values, int n, const char* name);
-/// Raises ValueError for a beam of no states, or of more than an int counts.
-void check_beam(int width, int depth);
-/// Raises ValueError unless value >= least.
-void check_at_least(int value, int least, const char* name);
-/// Raises IndexError for a qubit beyond n.
-void check_gates(const GateList& gates, int n);
-/// Raises IndexError for a qubit beyond n, ValueError for too few qubits or a missing angle.
-void check_gate(const structures::Gate& gate, int n);
-
-/// Runs f without the interpreter lock; f touches no Python object.
-template <class F>
-auto unlocked(F&& f) {
-  const nb::gil_scoped_release release;
-  return std::forward<F>(f)();
-}
-
-inline std::mutex shared_streams;
-
-/// As unlocked, for what draws from the library's shared generator or writes to standard output:
-/// one call at a time.
-template <class F>
-auto unlocked_alone(F&& f) {
-  const nb::gil_scoped_release release;
-  const std::lock_guard guard(shared_streams);
-  return std::forward<F>(f)();
-}
 
 }  // namespace zelt::braidwerk::python
 

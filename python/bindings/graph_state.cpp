@@ -25,8 +25,8 @@ void check_triples(const TripleCircuit& circuit, int n) {
 }
 
 void check_bound(int n, const BitMatrix& graph) {
-  check_at_least(n, 0, "n");
-  check_at_least(graph.rows(), n, "graph: rows");
+  check_size(n, "n");
+  check_at_most(n, std::min(graph.rows(), graph.cols()), "n");
 }
 
 BitMatrix to_adjacency(const ArrayLike& value) {
@@ -47,7 +47,7 @@ void bind_circuits(nb::module_& m) {
       [](const ArrayLike& value, int n, int tries) {
         const BitMatrix graph = to_adjacency(value);
         check_bound(n, graph);
-        check_at_least(tries, 0, "tries");
+        check_size(tries, "tries");
         TripleCircuit circuit;
         unlocked([&] { graph_state_synthesis(graph.unpack(), circuit, n, tries); });
         return circuit;
@@ -62,7 +62,7 @@ void bind_circuits(nb::module_& m) {
         check_bound(n, bits);
         check_triples(circuit, n);
         BoolMatrix graph = bits.unpack();
-        simulate_circuit(graph, circuit, n);
+        unlocked([&] { simulate_circuit(graph, circuit, n); });
         return to_numpy(graph);
       },
       "graph"_a, "circuit"_a, "n"_a, "The graph that the circuit leaves.");
@@ -72,13 +72,13 @@ void bind_circuits(nb::module_& m) {
         const BitMatrix bits = to_bits(value, "graph");
         check_bound(n, bits);
         check_triples(circuit, n);
-        check_circuit(bits.unpack(), circuit, n);
+        unlocked([&] { ::check_circuit(bits.unpack(), circuit, n); });
       },
       "graph"_a, "circuit"_a, "n"_a, "Raises RuntimeError unless the circuit solves the graph.");
   m.def(
       "random_graph",
       [](int n) {
-        check_at_least(n, 0, "n");
+        check_square(n, "n", 1.25);
         return to_numpy(unlocked_alone([&] { return random_graph(n); }));
       },
       "n"_a);
@@ -96,8 +96,8 @@ void bind_decoding(nb::module_& m) {
         name,
         [solve](const ArrayLike& value, const ArrayLike& syndrome, int n, int tries) {
           const BitMatrix vectors = to_bits(value, "vectors");
-          check_at_least(n, 0, "n");
-          check_at_least(vectors.cols(), n, "vectors: columns");
+          check_size(n, "n");
+          if (vectors.rows() > 0) check_at_most(n, vectors.cols(), "n");
           const BoolRow wanted = to_bool_row(syndrome, n, "syndrome");
           return unlocked([&] { return solve(vectors.unpack(), wanted, n, tries); });
         },

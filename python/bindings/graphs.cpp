@@ -5,6 +5,8 @@
 #include <nanobind/stl/tuple.h>
 #include <nanobind/stl/vector.h>
 
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <sstream>
 
@@ -46,6 +48,50 @@ auto with_detail(F&& f) {
   });
 }
 
+/// As many as searches have a matrix for.
+constexpr int most_vertices = 16383;
+
+void check_vertices(int n) {
+  check_size(n, "n");
+  check_at_most(n, most_vertices, "n");
+}
+
+/// Sum of the distances from v, and the number of vertices in its component.
+std::pair<double, double> distances_from(int v, const Graph& g, std::vector<bool>& seen) {
+  double sum = 0;
+  double reached = 0;
+  std::vector<int> layer{v};
+  seen[static_cast<std::size_t>(v)] = true;
+  for (int distance = 0; !layer.empty(); ++distance) {
+    sum += distance * static_cast<double>(layer.size());
+    reached += static_cast<double>(layer.size());
+    std::vector<int> next;
+    for (const int at : layer) {
+      for (int w = 0; w < g.n; ++w) {
+        if (seen[static_cast<std::size_t>(w)] || !g.are_neighbors(at, w)) continue;
+        seen[static_cast<std::size_t>(w)] = true;
+        next.push_back(w);
+      }
+    }
+    layer = std::move(next);
+  }
+  return {sum, reached};
+}
+
+/// Raises TooLargeError for a path table, with so many bytes per vertex of a path, that is too
+/// large. Over all pairs the mean distance is at most twice that from one vertex.
+void check_path_table(const Graph& g, double bytes = 4) {
+  if (g.n < 256) return;
+  double size = 24.0 * g.n * g.n;
+  std::vector<bool> seen(static_cast<std::size_t>(g.n));
+  for (int v = 0; v < g.n; ++v) {
+    if (seen[static_cast<std::size_t>(v)]) continue;
+    const auto [sum, reached] = distances_from(v, g, seen);
+    size += reached * (2 * sum + 9 * reached) * bytes;
+  }
+  check_memory(size, "n", g.n);
+}
+
 void check_filled(const Graph& g) {
   if (std::cmp_less(g.shortest_paths.size(), g.n)) {
     raise_value_error("g: its path table is not filled, wanted set_shortest_paths before");
@@ -68,8 +114,14 @@ using GraphEdit = void (Graph::*)(int, int);
 
 template <GraphEdit edit>
 void edited(Graph& g, int i, int j) {
-  check_indices({i, j}, g.n, "vertex");
+  check_indices(std::array{i, j}, g.n, "vertex");
   (g.*edit)(i, j);
+}
+
+template <void (Graph::*fill)()>
+void filled(Graph& g) {
+  check_path_table(g);
+  unlocked([&] { (g.*fill)(); });
 }
 
 void bind_graph_edits(nb::class_<Graph>& graph) {
@@ -77,7 +129,8 @@ void bind_graph_edits(nb::class_<Graph>& graph) {
       .def(
           "add_edge",
           [](Graph& g, int i, int j, double w) {
-            check_indices({i, j}, g.n, "vertex");
+            check_indices(std::array{i, j}, g.n, "vertex");
+            check_square(g.n, "n", 8);
             g.add_edge(i, j, w);
           },
           "i"_a, "j"_a, "w"_a)
@@ -89,10 +142,10 @@ void bind_graph_edits(nb::class_<Graph>& graph) {
             g.disconnect(v);
           },
           "v"_a, "Removes all edges of v, which stays in vertices.")
-      .def("set_shortest_paths", &Graph::set_shortest_paths,
-           nb::call_guard<nb::gil_scoped_release>(), "Fills shortest_paths; before any tree.")
-      .def("update_shortest_paths", &Graph::update_shortest_paths,
-           nb::call_guard<nb::gil_scoped_release>(), "Refills shortest_paths, pair by pair.")
+      .def("set_shortest_paths", filled<&Graph::set_shortest_paths>,
+           "Fills shortest_paths; before any tree.")
+      .def("update_shortest_paths", filled<&Graph::update_shortest_paths>,
+           "Refills shortest_paths, pair by pair.")
       .def(
           "initialize_sketches",
           [](Graph& g) {
@@ -147,7 +200,7 @@ void bind_graph_queries(nb::class_<Graph>& graph) {
       .def(
           "shortest_path",
           [](const Graph& g, int source, int target) {
-            check_indices({source, target}, g.n, "vertex");
+            check_indices(std::array{source, target}, g.n, "vertex");
             return g.shortest_path(source, target);
           },
           "source"_a, "target"_a)
@@ -165,8 +218,7 @@ void bind_graph(nb::module_& m) {
       .def(
           "__init__",
           [](Graph* self, int n) {
-            check_at_least(n, 0, "n");
-            if (n > 16383) raise_value_error("n: got %d, wanted at most 16383", n);
+            check_vertices(n);
             new (self) Graph(n);
           },
           "n"_a)
@@ -176,7 +228,11 @@ void bind_graph(nb::module_& m) {
           "adjacency", [](const Graph& g) { return to_numpy(g.adjacency); },
           nb::rv_policy::automatic, "Row-major, one array.")
       .def_ro("weights", &Graph::weights)
-      .def_ro("shortest_paths", &Graph::shortest_paths)
+      .def_prop_ro("shortest_paths",
+                   [](const Graph& g) {
+                     if (!g.shortest_paths.empty()) check_path_table(g, 12);
+                     return g.shortest_paths;
+                   })
       .def_ro("vertices", &Graph::vertices)
       .def_ro("steiner_cache", &Graph::steiner_cache)
       .def_rw("sketch_mode", &Graph::sketch_mode, "0: steiner_good, else sketch_steiner.")
@@ -197,6 +253,7 @@ void bind_steiner(nb::module_& m) {
   m.def(
       "compute_all_shortest_paths_lemon",
       [](Graph g) {
+        check_path_table(g, 12);
         std::vector<std::vector<std::vector<int>>> paths;
         unlocked([&] { structures::compute_all_shortest_paths_lemon(g, paths); });
         return paths;
@@ -209,19 +266,25 @@ void bind_steiner(nb::module_& m) {
   m.def(
       "get_seed_set",
       [](int n, int size) {
+        check_vertices(n);
+        check_size(size, "size");
+        check_at_most(size, 1 << 20, "size");
         return unlocked_alone([&] { return structures::get_seed_set(n, size); });
       },
       "n"_a, "size"_a, "A random sample of the vertices.");
   m.def(
       "get_seed_sets",
-      [](int n) { return unlocked_alone([&] { return structures::get_seed_sets(n); }); }, "n"_a,
-      "Seed sets of 1, 2, 4, ... draws.");
+      [](int n) {
+        check_vertices(n);
+        return unlocked_alone([&] { return structures::get_seed_sets(n); });
+      },
+      "n"_a, "Seed sets of 1, 2, 4, ... draws.");
   m.def(
       "build_sketches",
       [](const std::vector<std::set<int>>& seed_sets, Graph& g) {
         check_filled(g);
         for (const auto& seeds : seed_sets) {
-          for (const int seed : seeds) check_index(seed, g.n, "seed_sets");
+          check_indices(seeds, g.n, "seed_sets");
         }
         return unlocked([&] { return structures::build_sketches(seed_sets, g); });
       },
@@ -273,9 +336,7 @@ void bind_steiner_gauss(nb::module_& m) {
   m.def(
       "steiner_gauss_ham_path",
       [](Table table, Graph& graph, std::vector<int> path) {
-        if (table.n != graph.n) {
-          raise_value_error("table: got size %d, wanted %d as the graph", table.n, graph.n);
-        }
+        check_same(table.n, graph.n, "table", "rows");
         check_indices(path, graph.n, "path");
         return with_detail([&] { return synthesis::steiner_gauss_ham_path(table, graph, path); });
       },
@@ -297,6 +358,9 @@ void bind_steiner_gauss(nb::module_& m) {
         check_indices(path, graph.n, "path");
         check_indices(targets, graph.n, "targets");
         check_index(root, graph.n, "root");
+        if (targets.size() > 1 && std::ranges::find(path, targets.front()) == path.end()) {
+          raise_value_error("targets: got %d, wanted a vertex of the path", targets.front());
+        }
         return structures::shortcut_ham_path(graph, path, targets, root);
       },
       "graph"_a, "path"_a, "targets"_a, "root"_a, "The tree that descends the path.");

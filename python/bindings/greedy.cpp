@@ -43,13 +43,29 @@ class Muted {
 
 /// A matrix of a search: small enough for it.
 BoolMatrix search_matrix(const ArrayLike& value, int n, const char* name) {
-  if (n > 16383) raise_value_error("n: got %d, wanted at most 16383", n);
+  check_at_most(n, 16383, "n");
   return to_bool_matrix(value, n, n, name);
+}
+
+/// The states of a beam on n lines. The last level has scores alone, the one before it positions:
+/// matrices and tables of savings. A score takes more bytes as an object of Python.
+void check_search(int n, int width, int depth, double score_bytes = 16) {
+  check_size(n, "n");
+  const double choices = 2.0 * n * n;
+  const int level = std::max(depth, 2);
+  check_beam(width, depth, level - 1, choices, score_bytes);
+  check_beam(width, depth, level - 2, choices, 48.0 * n * n);
+}
+
+/// A table of savings. A line of 16383 saves less than 2^15.
+template <class T>
+TableOf<T> to_savings(const ArrayLike& value, int n, const char* name) {
+  return to_table<T>(value, n, name, 32767);
 }
 
 template <class T>
 TableOf<T> square_table(int n) {
-  const auto size = static_cast<std::size_t>(std::max(n, 0));
+  const auto size = static_cast<std::size_t>(n);
   return TableOf<T>(size, std::vector<T>(size));
 }
 
@@ -63,18 +79,17 @@ auto created(int n, const ArrayLike& A) {
   BoolMatrix a = search_matrix(A, n, "A");
   TableOf<T> R = square_table<T>(n);
   TableOf<T> C = square_table<T>(n);
-  create(n, a, R, C);
+  unlocked([&] { create(n, a, R, C); });
   return both(R, C);
 }
 
 template <class T, auto update>
 auto updated(int n, int i, int j, bool row, const ArrayLike& A, const ArrayLike& R,
              const ArrayLike& C) {
-  check_index(i, n, "i");
-  check_index(j, n, "j");
+  check_two_qubits(i, j, n);
   BoolMatrix a = search_matrix(A, n, "A");
-  TableOf<T> rows = to_table<T>(R, n, "R");
-  TableOf<T> columns = to_table<T>(C, n, "C");
+  TableOf<T> rows = to_savings<T>(R, n, "R");
+  TableOf<T> columns = to_savings<T>(C, n, "C");
   update(n, i, j, row, a, rows, columns);
   return both(rows, columns);
 }
@@ -82,10 +97,10 @@ auto updated(int n, int i, int j, bool row, const ArrayLike& A, const ArrayLike&
 template <class T, class Scored, auto compute>
 std::vector<Scored> available(int n, int width, int depth, const ArrayLike& A, const ArrayLike& R,
                               const ArrayLike& C) {
-  check_beam(width, depth);
+  check_search(n, width, depth, 200);
   const BoolMatrix a = search_matrix(A, n, "A");
-  const TableOf<T> rows = to_table<T>(R, n, "R");
-  const TableOf<T> columns = to_table<T>(C, n, "C");
+  const TableOf<T> rows = to_savings<T>(R, n, "R");
+  const TableOf<T> columns = to_savings<T>(C, n, "C");
   return unlocked([&] {
     std::vector<Scored> out;
     out.resize(static_cast<std::size_t>(compute(n, width, depth, a, rows, columns, out)));
@@ -96,10 +111,10 @@ std::vector<Scored> available(int n, int width, int depth, const ArrayLike& A, c
 template <class T, auto compute>
 Operation next(int n, int width, int depth, const ArrayLike& A, const ArrayLike& R,
                const ArrayLike& C) {
-  check_beam(width, depth);
+  check_search(n, width, depth);
   const BoolMatrix a = search_matrix(A, n, "A");
-  const TableOf<T> rows = to_table<T>(R, n, "R");
-  const TableOf<T> columns = to_table<T>(C, n, "C");
+  const TableOf<T> rows = to_savings<T>(R, n, "R");
+  const TableOf<T> columns = to_savings<T>(C, n, "C");
   return unlocked_alone([&] { return compute(n, width, depth, a, rows, columns); });
 }
 
@@ -107,7 +122,7 @@ using Circuit = std::tuple<CnotCircuit, std::vector<int>>;
 
 template <class Run>
 Circuit searched(int n, const ArrayLike& A, int width, int depth, bool mute, Run run) {
-  check_beam(width, depth);
+  check_search(n, width, depth);
   BoolMatrix a = search_matrix(A, n, "A");
   std::vector<int> perm(a.size(), -1);
   CnotCircuit circuit = unlocked_alone([&] {
@@ -174,10 +189,10 @@ void bind_inverse(nb::module_& m) {
           const ArrayLike& Ri_, const ArrayLike& Ci_)
         : A(search_matrix(A_, n, "A")),
           B(search_matrix(B_, n, "B")),
-          R(to_table<int>(R_, n, "R")),
-          C(to_table<int>(C_, n, "C")),
-          Ri(to_table<int>(Ri_, n, "Ri")),
-          Ci(to_table<int>(Ci_, n, "Ci")) {}
+          R(to_savings<int>(R_, n, "R")),
+          C(to_savings<int>(C_, n, "C")),
+          Ri(to_savings<int>(Ri_, n, "Ri")),
+          Ci(to_savings<int>(Ci_, n, "Ci")) {}
     BoolMatrix A, B;
     TableOf<int> R, C, Ri, Ci;
   };
@@ -185,7 +200,7 @@ void bind_inverse(nb::module_& m) {
       "compute_available_operation_ones_with_inv",
       [](int n, int width, int depth, const ArrayLike& A, const ArrayLike& B, const ArrayLike& R,
          const ArrayLike& C, const ArrayLike& Ri, const ArrayLike& Ci) {
-        check_beam(width, depth);
+        check_search(n, width, depth, 200);
         const State s(n, A, B, R, C, Ri, Ci);
         return unlocked([&] {
           std::vector<ScoredOperation> out;
@@ -199,7 +214,7 @@ void bind_inverse(nb::module_& m) {
       "compute_next_operation_ones_with_inv",
       [](int n, int width, int depth, const ArrayLike& A, const ArrayLike& B, const ArrayLike& R,
          const ArrayLike& C, const ArrayLike& Ri, const ArrayLike& Ci) {
-        check_beam(width, depth);
+        check_search(n, width, depth);
         const State s(n, A, B, R, C, Ri, Ci);
         return unlocked_alone([&] {
           return compute_next_operation_ones_with_inv(n, width, depth, s.A, s.B, s.R, s.C, s.Ri,

@@ -56,7 +56,7 @@ RowPairs column_pairs(int n, const ArrayLike& m, int column) {
 template <RowPairs (*pairs)(int, const BoolMatrix&, int, std::vector<int>&)>
 std::tuple<RowPairs, std::vector<int>> row_pairs(int n, const ArrayLike& m, int column,
                                                  std::vector<int> rows) {
-  check_at_least(column, 0, "column");
+  check_index(column, n, "column");
   check_indices(rows, n, "rows");
   RowPairs found = pairs(n, to_bool_matrix(m, n, n, "m"), column, rows);
   return {std::move(found), std::move(rows)};
@@ -64,7 +64,7 @@ std::tuple<RowPairs, std::vector<int>> row_pairs(int n, const ArrayLike& m, int 
 
 template <std::tuple<int, int> (*choose)(int, const BoolMatrix&, int)>
 std::tuple<int, int> one_pair(int n, const ArrayLike& m, int start) {
-  check_at_least(start, 0, "start");
+  check_size(start, "start");
   return choose(n, to_bool_matrix(m, n, n, "m"), start);
 }
 
@@ -99,10 +99,12 @@ template <ClearBlock clear, bool west_south>
 std::tuple<BoolArray2, BoolArray2> cleared(const ArrayLike& quotient, const ArrayLike& m,
                                            CnotCircuit& c, int n, int h, int r,
                                            std::vector<int> perm) {
-  check_at_least(h, 0, "h");
-  if (h + r != n) raise_value_error("h, r: got %d and %d, wanted a sum of %d", h, r, n);
+  check_size(h, "h");
+  check_size(r, "r");
+  check_same(static_cast<std::size_t>(h) + static_cast<std::size_t>(r),
+             static_cast<std::size_t>(std::max(n, 0)), "h, r", "rows");
   check_permutation(perm, n, "perm");
-  if (c.nbqbits < n) raise_value_error("c: got %d qubits, wanted %d", c.nbqbits, n);
+  check_at_least(c.nbqbits, n, "c: qubits");
   BoolMatrix q =
       west_south ? to_bool_matrix(quotient, r, h, "X") : to_bool_matrix(quotient, h, r, "Y");
   BoolMatrix matrix = to_bool_matrix(m, n, n, "m");
@@ -142,7 +144,7 @@ void bind_blocks(nb::module_& m) {
       "addPermutation",
       [](int n, CnotCircuit& c, const std::vector<int>& perm) {
         check_permutation(perm, n, "perm");
-        if (c.nbqbits < n) raise_value_error("c: got %d qubits, wanted %d", c.nbqbits, n);
+        check_at_least(c.nbqbits, n, "c: qubits");
         addPermutation(n, c, perm.data());
       },
       "n"_a, "c"_a, "perm"_a, "Appends swaps to the circuit.");
@@ -163,10 +165,12 @@ struct Decoding {
 
 Decoding decoding(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
                   std::vector<int> idx) {
-  check_beam(width, depth);
   const BitMatrix bits = to_bits(h, "H");
+  check_beam(width, depth, std::max(depth, 1), bits.rows(),
+             length / 8.0 + 4.0 * std::max(depth, 1) + 16);
   check_indices(idx, bits.cols(), "idx");
-  if (std::cmp_less(idx.size(), length)) raise_value_error("idx: shorter than the syndrome");
+  check_size(length, "length");
+  check_at_most(length, static_cast<int>(idx.size()), "length");
   return {bits.unpack(), to_bool_row(s, length, "s"), std::move(idx)};
 }
 
@@ -185,10 +189,14 @@ using Queues = std::tuple<bool, std::vector<DecodingEntry>, std::vector<int>>;
 Queues first_queues(const ArrayLike& h, const ArrayLike& s, int length, int depth, int width,
                     std::vector<int> idx) {
   Decoding d = decoding(h, s, length, depth, width, std::move(idx));
+  const int levels = std::max(depth, 1);
+  // As objects of Python.
+  check_beam(width, depth, levels, static_cast<double>(d.h.size()), 8.0 * length + 12.0 * levels);
   std::vector<DecodingEntry> current, next, scratch;
   std::vector<int> result;
-  const auto [done, count] =
-      create_queues(d.h, d.s, length, depth, width, d.idx, current, next, scratch, result);
+  const auto [done, count] = unlocked([&] {
+    return create_queues(d.h, d.s, length, depth, width, d.idx, current, next, scratch, result);
+  });
   current.resize(static_cast<std::size_t>(count));
   return {done, std::move(current), std::move(result)};
 }
@@ -197,15 +205,15 @@ Queues next_queues(const ArrayLike& h, const ArrayLike& s, int length, int depth
                    std::vector<int> idx, std::vector<DecodingEntry> current) {
   Decoding d = decoding(h, s, length, depth, width, std::move(idx));
   for (const auto& [weight, residual, path] : current) {
-    if (std::cmp_not_equal(residual.size(), length)) raise_value_error("current: a wrong residual");
-    if (path.size() != std::get<2>(current.front()).size()) {
-      raise_value_error("current: paths of unequal length");
-    }
+    check_same(residual.size(), static_cast<std::size_t>(length), "current: residual", "bits");
+    check_same(path.size(), std::get<2>(current.front()).size(), "current: path", "entries");
   }
   std::vector<DecodingEntry> next, scratch;
   std::vector<int> result;
-  const auto [done, count] = update_queues(d.h, d.s, length, depth, width, d.idx, current, next,
-                                           scratch, result, static_cast<int>(current.size()));
+  const auto [done, count] = unlocked([&] {
+    return update_queues(d.h, d.s, length, depth, width, d.idx, current, next, scratch, result,
+                         static_cast<int>(current.size()));
+  });
   current.resize(static_cast<std::size_t>(count));
   return {done, std::move(current), std::move(result)};
 }
@@ -225,8 +233,9 @@ void bind_syndromes(nb::module_& m) {
   m.def(
       "SyndromeSynthesis",
       [](int n, const ArrayLike& A, int width, int depth) {
-        check_beam(width, depth);
         const BoolMatrix matrix = to_bool_matrix(A, n, n, "A");
+        check_beam(width, depth, std::max(depth, 1), width,
+                   n / 8.0 + 4.0 * std::max(depth, 1) + 16);
         std::vector<int> perm(matrix.size(), -1);
         CnotCircuit circuit =
             unlocked([&] { return SyndromeSynthesis(n, matrix, perm, width, depth); });

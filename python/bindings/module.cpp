@@ -2,7 +2,11 @@
 
 NB_MODULE(_core, m) {
   using namespace zelt::braidwerk::python;
-  m.doc() = "Functions and value types of libzeltbraidwerk under their own names.";
+  m.doc() =
+      "Functions and value types of libzeltbraidwerk under their own names. Arguments that do not "
+      "fit "
+      "raise ValueError, TypeError, IndexError or TooLargeError; RuntimeError is the library's "
+      "own.";
   m.attr("_version") = ZELTBRAIDWERK_VERSION;
   bind_boolean_matrix(m);
   bind_values(m);

@@ -32,19 +32,15 @@ using Params = std::vector<Parameter>;
 using Dict = nb::typed<nb::dict, nb::typed<nb::tuple, int, nb::ellipsis>, Parameter>;
 
 void check_string(const std::vector<unsigned char>& string, std::size_t letters) {
-  if (string.size() != letters) {
-    raise_value_error("got a string of %zu letters, wanted %zu", string.size(), letters);
-  }
+  check_same(string.size(), letters, "string", "letters");
   for (const unsigned char code : string) {
-    if (code > 3) raise_value_error("got the code %d, wanted 0 to 3", code);
+    if (code > 3) raise_value_error("string: got the code %d, wanted 0 to 3", code);
   }
 }
 
 int check_table(const PauliTable& table, const Params& params) {
   for (const auto& row : table) check_string(row, table[0].size());
-  if (params.size() != table.size()) {
-    raise_value_error("params: got %zu, wanted %zu", params.size(), table.size());
-  }
+  check_same(params.size(), table.size(), "params", "angles");
   return table.empty() ? 0 : static_cast<int>(table[0].size());
 }
 
@@ -57,8 +53,8 @@ void check_rotations(const PauliRotationMap& rotations, int qubits) {
 PauliRotationMap to_map(const Dict& rotations) {
   PauliRotationMap map;
   for (const auto& [key, angle] : rotations) {
-    map[nb::cast<std::vector<unsigned char>>(nb::list(nb::borrow(key)))] =
-        nb::cast<Parameter>(angle);
+    map[to_value<std::vector<unsigned char>>(key, "rotations", "tuples of codes as keys")] =
+        to_value<Parameter>(angle, "rotations", "angles as values");
   }
   if (!map.empty()) check_rotations(map, static_cast<int>(map.begin()->first.size()));
   return map;
@@ -70,6 +66,7 @@ template <WithTableau synthesis>
 std::tuple<std::vector<Gate>, OperatorTableau> synthesised(const Dict& rotations,
                                                            OperatorTableau tableau) {
   PauliRotationMap map = to_map(rotations);
+  check_tableau(tableau, tableau.nbqbits, "tableau");
   check_rotations(map, tableau.nbqbits);
   auto circuit = unlocked([&] { return synthesis(map, tableau); });
   return {std::move(circuit), std::move(tableau)};
@@ -94,6 +91,8 @@ void bind_syntheses(nb::module_& m) {
       "commute_pauli_synth_improved",
       [](const Dict& rotations, OperatorTableau tableau, int method) {
         PauliRotationMap map = to_map(rotations);
+        check_tableau(tableau, tableau.nbqbits, "tableau");
+        check_rotations(map, tableau.nbqbits);
         auto circuit = unlocked([&] { return commute_pauli_synth_improved(map, tableau, method); });
         return std::tuple(std::move(circuit), std::move(tableau));
       },
@@ -101,6 +100,7 @@ void bind_syntheses(nb::module_& m) {
   m.def(
       "clifford_circuit",
       [](const OperatorTableau& tableau) {
+        check_tableau(tableau, tableau.nbqbits, "tableau");
         return unlocked([&] { return synthesis::clifford_circuit(tableau); });
       },
       "tableau"_a, "A circuit that acts as the tableau, signs included.");
@@ -133,9 +133,7 @@ void bind_codiagonalisation(nb::module_& m) {
       "generate_basis_change_aa",
       [](PauliTable table, Params params, Graph graph) {
         const int qubits = check_table(table, params);
-        if (graph.n != qubits && !table.empty()) {
-          raise_value_error("graph: got %d qubits, wanted %d", graph.n, qubits);
-        }
+        if (!table.empty()) check_same(graph.n, qubits, "graph");
         graph.set_shortest_paths();
         auto circuit = unlocked([&] { return generate_basis_change_aa(table, params, graph); });
         return std::tuple(std::move(circuit), std::move(table), std::move(params));

@@ -36,14 +36,12 @@ struct Rows {
   Rows(PauliTable given, Params angles) : table(std::move(given)), params(std::move(angles)) {
     if (!table.empty()) qubits = static_cast<int>(table[0].size());
     for (const auto& row : table) {
-      if (std::cmp_not_equal(row.size(), qubits)) raise_value_error("table: rows differ in length");
+      check_same(row.size(), table[0].size(), "table: row", "letters");
       for (const unsigned char code : row) {
         if (code > 3) raise_value_error("table: got the code %d, wanted 0 to 3", code);
       }
     }
-    if (params.size() != table.size()) {
-      raise_value_error("params: got %zu, wanted %zu", params.size(), table.size());
-    }
+    check_same(params.size(), table.size(), "params", "angles");
   }
   explicit Rows(PauliTable given) : Rows(given, Params(given.size())) {}
 
@@ -83,7 +81,7 @@ void bind_tables(nb::module_& m) {
       "conjugate_table_with_circuit",
       [](Circuit circuit, PauliTable table, Params params) {
         Rows rows(std::move(table), std::move(params));
-        for (const Gate& gate : circuit) check_gate(gate, rows.qubits);
+        check_circuit(circuit, rows.qubits);
         conjugate_table_with_circuit(circuit, rows.table, rows.params);
         return rows.both();
       },
@@ -107,7 +105,7 @@ template <class Colouring>
 auto coloured(Colouring colour) {
   return [colour](const ArrayLike& value) {
     const BitMatrix bits = to_bits(value, "graph");
-    if (bits.rows() != bits.cols()) raise_value_error("graph: not square");
+    check_same(bits.cols(), bits.rows(), "graph", "columns");
     BoolRow graph;
     for (const BoolRow& row : bits.unpack()) graph.insert(graph.end(), row.begin(), row.end());
     return colour(graph, static_cast<unsigned long>(bits.rows()));
@@ -118,7 +116,7 @@ template <class Step>
 auto codiagonalising(Step step) {
   return [step](PauliTable table, Params params, std::set<int> active) {
     Rows rows(std::move(table), std::move(params));
-    for (const int q : active) check_index(q, rows.qubits, "active");
+    check_indices(active, rows.qubits, "active");
     Circuit circuit;
     step(rows.table, rows.params, active, circuit);
     return std::tuple(rows.table, rows.params, std::move(active), std::move(circuit));
@@ -169,7 +167,8 @@ void bind_moves(nb::module_& m) {
       "find_best_moves",
       [](PauliTable table, int n) {
         Rows rows(std::move(table));
-        check_at_least(n, rows.qubits, "n");
+        if (rows.table.empty()) check_at_most(n, 0, "n");
+        check_same(n, rows.qubits, "n");
         std::vector<Move> moves;
         find_best_moves(rows.table, n, moves);
         return moves;

@@ -30,12 +30,12 @@ PhasePolynomial to_polynomial(const Dict& poly, int n) {
   for (const auto& [key, angle] : static_cast<const nb::dict&>(poly)) {
     const int size = static_cast<int>(nb::len(key));
     if (n < 0) n = size;
-    if (size != n) raise_value_error("poly: got a key of %d bits, wanted %d", size, n);
+    check_same(size, n, "poly: key", "bits");
     BoolRow parity = to_bool_row({nb::borrow(key)}, n, "poly");
     if (std::ranges::find(parity, true) == parity.end()) {
       raise_value_error("poly: holds the zero parity, which is a global phase");
     }
-    terms[std::move(parity)] = nb::cast<Parameter>(angle);
+    terms[std::move(parity)] = to_value<Parameter>(angle, "poly", "angles as values");
   }
   return terms;
 }
@@ -55,11 +55,9 @@ struct Step {
 
   template <class Columns>
   void check_cols(const Columns& columns) const {
-    for (const int c : columns) check_index(c, cols, "cols");
+    check_indices(columns, cols, "cols");
   }
-  void check_rows(const std::set<int>& set) const {
-    for (const int r : set) check_index(r, rows, "rows");
-  }
+  void check_rows(const std::set<int>& set) const { check_indices(set, rows, "rows"); }
   void check_params(const std::vector<Parameter>& params) const {
     if (std::cmp_less(params.size(), cols)) {
       raise_value_error("params: got %zu, wanted %d", params.size(), cols);
@@ -92,6 +90,8 @@ void bind_syntheses(nb::module_& m) {
   m.def(
       "phase_poly_to_table",
       [](const Dict& poly, int n) {
+        check_size(n, "n");
+        check_at_most(n, 1 << 24, "n");
         const PhasePolynomial terms = to_polynomial(poly, n);
         BoolMatrix table;
         std::vector<Parameter> params;
@@ -177,7 +177,7 @@ void bind_graph_steps(nb::module_& m) {
       [](std::set<int> cols, std::set<int> rows, const Graph& graph, std::vector<Gate> circuit,
          const ArrayLike& table, std::vector<Parameter> params) -> Stepped {
         Step step(table);
-        if (step.rows != graph.n) raise_value_error("table: wanted %d rows", graph.n);
+        check_same(step.rows, graph.n, "table", "rows");
         step.check_cols(cols);
         step.check_rows(rows);
         step.check_params(params);
@@ -193,7 +193,7 @@ void bind_graph_steps(nb::module_& m) {
          std::vector<Gate> circuit, const ArrayLike& table,
          std::vector<Parameter> params) -> Stepped {
         Step step(table);
-        if (step.rows != graph.n) raise_value_error("table: wanted %d rows", graph.n);
+        check_same(step.rows, graph.n, "table", "rows");
         step.check_cols(cols);
         step.check_rows(rows);
         step.check_params(params);

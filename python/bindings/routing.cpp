@@ -34,25 +34,26 @@ namespace {
 using Circuit = std::vector<Gate>;
 using Routed = std::tuple<Circuit, OperatorTableau>;
 
-void check_circuit(const Circuit& circuit, int qubits) {
-  for (const Gate& gate : circuit) check_gate(gate, qubits);
-}
-
 void check_strings(const RotationSequence& rotations, int qubits) {
   for (const auto& [string, angle] : rotations) {
     if (std::cmp_not_equal(string.size(), qubits)) {
-      raise_value_error("got a string of %zu letters, wanted %d", string.size(), qubits);
+      raise_value_error("rotations: got a string of %zu letters, wanted %d", string.size(), qubits);
     }
   }
+}
+
+/// A search calls itself for each rotation that it looks ahead.
+void check_depth(int depth) {
+  check_size(depth, "depth");
+  check_at_most(depth, 1000, "depth");
 }
 
 void check_device(const Circuit& circuit, const Graph& graph, const OperatorTableau& frame,
                   int depth) {
   check_circuit(circuit, frame.nbqbits);
-  if (graph.n != frame.nbqbits) {
-    raise_value_error("graph: got %d qubits, wanted %d", graph.n, frame.nbqbits);
-  }
-  check_at_least(depth, 0, "depth");
+  check_same(graph.n, frame.nbqbits, "graph");
+  check_tableau(frame, graph.n, "frame");
+  check_depth(depth);
 }
 
 /// Runs f with standard output swallowed.
@@ -80,7 +81,14 @@ void bind_normal_form(nb::module_& m) {
       },
       "gate"_a);
   m.def("is_clifford_angle", &synthesis::is_clifford_angle, "angle"_a);
-  m.def("get_basis_change", &synthesis::get_basis_change, "pauli"_a, "n"_a);
+  m.def(
+      "get_basis_change",
+      [](const std::string& pauli, int n) {
+        check_size(n, "n");
+        check_at_least(static_cast<int>(pauli.size()), n, "pauli: letters");
+        return synthesis::get_basis_change(pauli, n);
+      },
+      "pauli"_a, "n"_a);
   m.def(
       "merge_rotations",
       [](const RotationSequence& rotations) {
@@ -93,6 +101,7 @@ void bind_normal_form(nb::module_& m) {
   m.def(
       "renormalize",
       [](RotationSequence rotations, OperatorTableau tableau) {
+        check_tableau(tableau, tableau.nbqbits, "tableau");
         check_strings(rotations, tableau.nbqbits);
         const bool folded = unlocked([&] { return synthesis::renormalize(rotations, tableau); });
         return std::tuple(folded, std::move(rotations), std::move(tableau));
@@ -101,6 +110,7 @@ void bind_normal_form(nb::module_& m) {
   m.def(
       "normalize_circuit",
       [](const Circuit& circuit, OperatorTableau tableau, bool commuting_blocks, bool merge) {
+        check_tableau(tableau, tableau.nbqbits, "tableau");
         check_circuit(circuit, tableau.nbqbits);
         return unlocked([&] {
           return synthesis::normalize_circuit(circuit, tableau, commuting_blocks, merge);
@@ -155,8 +165,9 @@ void bind_routings(nb::module_& m) {
       "clifford_nnize_ion",
       [](const Circuit& circuit, int depth, bool commuting_blocks, bool merge,
          OperatorTableau frame) -> Routed {
+        check_tableau(frame, frame.nbqbits, "frame");
         check_circuit(circuit, frame.nbqbits);
-        check_at_least(depth, 0, "depth");
+        check_depth(depth);
         Circuit out;
         unlocked([&] {
           synthesis::clifford_nnize_ion(circuit, depth, commuting_blocks, merge, out, frame);
@@ -168,8 +179,9 @@ void bind_routings(nb::module_& m) {
       "clifford_nnize_ion_shelving",
       [](const Circuit& circuit, int depth, bool commuting_blocks, bool merge, double pair_error,
          double shelve_error, OperatorTableau frame) -> Routed {
+        check_tableau(frame, frame.nbqbits, "frame");
         check_circuit(circuit, frame.nbqbits);
-        check_at_least(depth, 0, "depth");
+        check_depth(depth);
         Circuit out;
         unlocked([&] {
           synthesis::clifford_nnize_ion_shelving(circuit, depth, commuting_blocks, merge,
@@ -211,6 +223,7 @@ void bind_interruptible(nb::module_& m) {
       [](const Circuit& circuit, int n, int depth, const Metric& errors,
          std::optional<double> budget) -> Routed {
         check_circuit(circuit, n);
+        check_depth(depth);
         return interruptible(
             budget, n, [&](const internal::Control& control) -> std::optional<Routed> {
               internal::RoutingOptions options;

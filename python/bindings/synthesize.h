@@ -66,7 +66,7 @@ auto synthesized(const CommonOptions& common, Options options, Call&& call) {
   }
   options.stop = [&] { return python.stop(); };
   try {
-    auto result = unlocked([&] { return call(std::as_const(options)); });
+    auto result = unwatched([&] { return call(std::as_const(options)); });
     result.stopped = result.stopped || python.interrupted();
     return result;
   } catch (const synthesis::UnfinishedError& error) {

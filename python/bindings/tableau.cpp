@@ -15,6 +15,8 @@ using nb::literals::operator""_a;
 
 namespace {
 
+constexpr int most_qubits = 1 << 24;  // so that their doubles are in range
+
 void bind_constants(nb::module_& m) {
   const std::pair<const char*, const std::vector<unsigned char>&> matrices[] = {
       {"CNOT", CNOT}, {"CZ", CZ},   {"XX", XX},   {"XX_INV", XX_INV}, {"H", H},     {"RZP", RZP},
@@ -30,9 +32,10 @@ void bind_constants(nb::module_& m) {
 template <void (*multiply)(std::vector<unsigned char>&, int, const std::vector<unsigned char>&,
                            std::vector<int>&)>
 ByteArray2 multiplied(const ArrayLike& m, int n, const ArrayLike& g, std::vector<int> idx) {
-  check_at_least(n, 0, "n");
+  check_size(n, "n");
+  check_at_most(n, most_qubits, "n");
   std::vector<unsigned char> entries = to_exponents(m, 2 * n + 1, "m");
-  for (const int place : idx) check_index(place, 2 * n + 1, "idx");
+  check_indices(idx, 2 * n + 1, "idx");
   multiply(entries, n, to_exponents(g, static_cast<int>(idx.size()), "g"), idx);
   return to_numpy_square(entries);
 }
@@ -55,8 +58,7 @@ void bind_update(Tableau& tableau, const char* name) {
   tableau.def(
       name,
       [](OperatorTableau& t, int a, int b) {
-        check_gates({{a, b}}, t.nbqbits);
-        if (a == b) raise_value_error("a, b: got the same qubit, %d", a);
+        check_two_qubits(a, b, t.nbqbits);
         (t.*update)(a, b);
       },
       "a"_a, "b"_a);
@@ -107,7 +109,7 @@ void bind_operator_tableau(nb::module_& m) {
       .def(
           "__init__",
           [](OperatorTableau* self, int n) {
-            check_at_least(n, 0, "n");
+            check_square(n, "n", 4);
             new (self) OperatorTableau(n);
           },
           "n"_a, "The identity.")
@@ -122,8 +124,14 @@ void bind_operator_tableau(nb::module_& m) {
           "The (2n+1) by (2n+1) exponents, copied out and in.")
       .def("apply_left", applied<&OperatorTableau::apply_left>, "g"_a)
       .def("apply_right", applied<&OperatorTableau::apply_right>, "g"_a)
-      .def("multiply_right", &OperatorTableau::multiply_right, "other"_a,
-           "This tableau times the other, in place.")
+      .def(
+          "multiply_right",
+          [](OperatorTableau& t, const OperatorTableau& other) {
+            check_tableau(t, t.nbqbits, "self");
+            check_tableau(other, t.nbqbits, "other");
+            unlocked([&] { t.multiply_right(other); });
+          },
+          "other"_a, "This tableau times the other, in place.")
       .def("inverse",
            [](const OperatorTableau& t) { return unlocked([&] { return t.inverse(); }); })
       .def("to_string", &OperatorTableau::to_string)
@@ -144,9 +152,7 @@ void bind_weyl(nb::module_& m) {
       .def(
           "conjugate_with",
           [](WeylOperator& w, const OperatorTableau& t) {
-            if (t.nbqbits != w.nbqbits) {
-              raise_value_error("t: got %d qubits, wanted %d", t.nbqbits, w.nbqbits);
-            }
+            check_tableau(t, w.nbqbits, "t");
             w.conjugate_with(t);
           },
           "t"_a)
@@ -156,6 +162,7 @@ void bind_weyl(nb::module_& m) {
           "pauli_z",
           [](int q, int n) {
             check_index(q, n, "q");
+            check_memory(5.0 * n, "n", n);
             return WeylOperator::pauli_z(q, n);
           },
           "q"_a, "n"_a)
@@ -163,6 +170,7 @@ void bind_weyl(nb::module_& m) {
           "pauli_x",
           [](int q, int n) {
             check_index(q, n, "q");
+            check_memory(5.0 * n, "n", n);
             return WeylOperator::pauli_x(q, n);
           },
           "q"_a, "n"_a)

@@ -19,6 +19,8 @@ using nb::literals::operator""_a;
 
 namespace {
 
+constexpr int most_qubits = 1 << 24;
+
 template <class T>
 std::string streamed(const T& value) {
   std::ostringstream out;
@@ -82,7 +84,7 @@ void bind_gate(nb::module_& m) {
   m.def(
       "cnot_depth",
       [](const std::vector<Gate>& gates) {
-        for (const Gate& gate : gates) check_indices(gate.qbits, 1 << 24, "qubit");
+        for (const Gate& gate : gates) check_indices(gate.qbits, most_qubits, "qubit");
         return unlocked_alone([&] { return cnot_depth(gates); });
       },
       "gates"_a,
@@ -92,10 +94,17 @@ void bind_gate(nb::module_& m) {
 void bind_cnot_circuit(nb::module_& m) {
   nb::class_<CnotCircuit>(m, "CnotCircuit", "A list of CNOTs in time order.")
       .def(nb::init<>(), "One qubit, no gates.")
-      .def(nb::init<int>(), "n"_a)
+      .def(
+          "__init__",
+          [](CnotCircuit* self, int n) {
+            check_size(n, "n");
+            new (self) CnotCircuit(n);
+          },
+          "n"_a)
       .def(
           "__init__",
           [](CnotCircuit* self, int n, const ArrayLike& gates) {
+            check_size(n, "n");
             new (self) CnotCircuit(n, to_gates(gates, n, "gates"));
           },
           "n"_a, "gates"_a)
@@ -123,7 +132,10 @@ void bind_cnot_circuit(nb::module_& m) {
       .def("reverse", &CnotCircuit::reverse, "Turns the circuit into its inverse, in place.")
       .def(
           "Simulate",
-          [](const CnotCircuit& c) { return to_numpy(unlocked([&] { return c.Simulate(); })); },
+          [](const CnotCircuit& c) {
+            check_square(c.nbqbits, "nbqbits", 1.25);
+            return to_numpy(unlocked([&] { return c.Simulate(); }));
+          },
           "The matrix: row r lists the inputs whose XOR stands on qubit r at the end.")
       .def("to_circuit", &CnotCircuit::to_circuit)
       .def(
@@ -131,14 +143,23 @@ void bind_cnot_circuit(nb::module_& m) {
           [](CnotCircuit& c, int w, std::vector<int> idx) {
             check_index(w, c.nbqbits, "w");
             check_indices(idx, c.nbqbits, "idx");
+            // The state, and a row for each of idx and for each gate.
+            check_memory((2.0 * c.nbqbits + static_cast<double>(c.gates.size())) * c.nbqbits,
+                         "nbqbits", c.nbqbits);
             BoolMatrix h;
             std::vector<int> positions;
             std::vector<int> wires;
-            c.get_parities(h, c.nbqbits, positions, wires, w, idx);
+            unlocked([&] { c.get_parities(h, c.nbqbits, positions, wires, w, idx); });
             return std::tuple(to_numpy(h), positions, wires);
           },
           "w"_a, "idx"_a, "(H, positions, wires): what wire w holds along the circuit.")
-      .def("depth", &CnotCircuit::depth, "Number of layers.")
+      .def(
+          "depth",
+          [](const CnotCircuit& c) {
+            check_memory(4.0 * c.nbqbits, "nbqbits", c.nbqbits);
+            return unlocked([&] { return c.depth(); });
+          },
+          "Number of layers.")
       .def("__len__", [](const CnotCircuit& c) { return c.gates.size(); })
       .def(nb::self == nb::self, nb::sig("def __eq__(self, other: object, /) -> bool"))
       .def("__str__", streamed<CnotCircuit>)
@@ -150,11 +171,13 @@ void bind_cnot_circuit(nb::module_& m) {
 
 Table table_of(const ArrayLike& matrix) {
   const BitMatrix bits = to_bits(matrix, "matrix");
-  if (bits.rows() != bits.cols()) raise_value_error("matrix: not square");
+  check_same(bits.cols(), bits.rows(), "matrix", "columns");
   Table table(bits.rows());
   for (int r = 0; r < table.n; ++r) {
     for (int c = 0; c < table.n; ++c) {
-      table.bits[static_cast<std::size_t>(r * table.n + c)] = bits.get(r, c);
+      const auto place = static_cast<std::size_t>(r) * static_cast<std::size_t>(table.n) +
+                         static_cast<std::size_t>(c);
+      table.bits[place] = bits.get(r, c);
     }
   }
   return table;
@@ -163,7 +186,13 @@ Table table_of(const ArrayLike& matrix) {
 void bind_table(nb::module_& m) {
   nb::class_<Table>(m, "Table", "A square matrix over GF(2) that carries its size.")
       .def(nb::init<>())
-      .def(nb::init<int>(), "n"_a, "The identity.")
+      .def(
+          "__init__",
+          [](Table* self, int n) {
+            check_square(n, "n", 0.125);
+            new (self) Table(n);
+          },
+          "n"_a, "The identity.")
       .def_ro("n", &Table::n)
       .def_prop_ro(
           "bits", [](const Table& t) { return to_numpy(t.bits); }, nb::rv_policy::automatic,
@@ -188,7 +217,7 @@ void bind_table(nb::module_& m) {
       .def(
           "permute",
           [](const Table& t, const std::vector<int>& perm) {
-            if (std::cmp_less(perm.size(), t.n)) raise_value_error("perm: too short");
+            check_at_least(static_cast<int>(perm.size()), t.n, "perm: entries");
             check_indices(perm, t.n, "perm");
             return t.permute(perm);
           },

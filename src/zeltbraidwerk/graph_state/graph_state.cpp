@@ -4,11 +4,13 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/random.h"
 #include "zeltbraidwerk/graph_state/internal/action.h"
 
 using structures::Gate;
 using zelt::braidwerk::internal::BitMatrix;
+using zelt::braidwerk::internal::Control;
 
 namespace {
 
@@ -51,7 +53,8 @@ void check_circuit(BoolMatrix graph, const TripleCircuit& circuit, int n) {
 BoolMatrix random_graph(int n) {
   const auto size = static_cast<std::size_t>(std::max(n, 0));
   BoolMatrix graph(size, BoolRow(size));
-  for (std::size_t i = 0; i < size; ++i) {
+  const Control control;
+  for (std::size_t i = 0; i < size && !control.stop_requested(); ++i) {
     for (std::size_t j = i; j < size; ++j) {
       graph[i][j] = zelt::braidwerk::random::uniform(0, 1) != 0;
       graph[j][i] = graph[i][j];

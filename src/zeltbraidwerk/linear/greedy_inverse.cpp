@@ -28,7 +28,7 @@ int compute_available_operation_ones_with_inv(int n, int width, int depth, const
   const BitMatrix a = BitMatrix::pack(A, n, n);
   const BitMatrix b = BitMatrix::pack(B, n, n);
   if (depth > 1) {
-    int discount = std::numeric_limits<int>::min();
+    int discount = n < 2 ? 0 : std::numeric_limits<int>::min();
     each_addition(n, [&](LineAddition o) {
       discount = std::max(discount, entry(R, o.from, o.to) + entry(C, o.to, o.from));
     });

@@ -27,7 +27,8 @@ structures::CnotCircuit pathfinding_synthesis(int n, const BoolMatrix& A, std::v
 
   structures::CnotCircuit best = run_greedy(n, A, perm, options);
   std::vector<int> run_perm(static_cast<std::size_t>(std::max(n, 0)));
-  for (int run = 1; run < restarts; ++run) {
+  const Control control;
+  for (int run = 1; run < restarts && !control.stop_requested(); ++run) {
     structures::CnotCircuit circuit = run_greedy(n, A, run_perm, options);
     if (circuit.gates.size() < best.gates.size()) {
       std::ranges::copy(run_perm, perm.begin());

@@ -72,7 +72,9 @@ std::pair<bool, int> expand(const BoolMatrix& H, int length, int levels, int wid
   SyndromeDecoder decoder(parities, width, control);
   for (int level = 0; level < levels; ++level) {
     std::vector<int> steps;
-    if (decoder.expand(queue, steps) == SyndromeDecoder::Outcome::solved) {
+    const SyndromeDecoder::Outcome outcome = decoder.expand(queue, steps);
+    if (outcome == SyndromeDecoder::Outcome::stopped) break;
+    if (outcome == SyndromeDecoder::Outcome::solved) {
       append_path(steps.data(), steps.size(), result);
       return {true, 0};
     }

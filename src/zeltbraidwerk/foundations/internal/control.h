@@ -6,7 +6,12 @@
 
 namespace zelt::braidwerk::internal {
 
-/// What the caller of a long kernel may ask of it. The default asks for nothing.
+/// Asked by the kernels that run in this thread, where it is set: true ends them. For callers of
+/// public functions, which take no control, that want to be able to stop them.
+using StopQuestion = bool (*)();
+inline constinit thread_local StopQuestion stop_question = nullptr;
+
+/// What the caller of a long kernel may ask of it. The default asks no more than the thread does.
 ///
 /// A kernel looks at stop_requested() once a step, ends there at the latest, and returns what it
 /// has: an unfinished result is marked as such, never half-written.
@@ -16,6 +21,7 @@ struct Control {
   std::optional<Clock::time_point> deadline;
   const std::atomic<bool>* stop = nullptr;
   int max_operations = 1000;  ///< cap of the greedy searches
+  StopQuestion question = stop_question;
 
   /// The same with half of the time that is left.
   Control for_half_the_time() const {
@@ -27,6 +33,7 @@ struct Control {
 
   bool stop_requested() const {
     if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;
+    if (question != nullptr && question()) return true;
     return deadline && Clock::now() >= *deadline;
   }
 };

@@ -1,0 +1,137 @@
+"""Calls of the core whose arguments do not fit together, and the program that draws such calls."""
+
+import re
+import signal
+import subprocess
+import sys
+import threading
+import time
+from pathlib import Path
+
+import fuzz_core
+import numpy as np
+import pytest
+from core_calls import Draw
+from core_stub import LEFT_OUT, read_targets
+
+from zeltbraidwerk import core, errors
+
+MATRIX = [[1, 0], [0, 1]]
+TABLES = ([[0, 0], [0, 0]],) * 2
+EMPTY = core.OperatorTableau()
+TWO = core.OperatorTableau(2)
+
+# Each of these once wrote or read outside of its arrays, or took all memory.
+REFUSED = {
+    "perm: got 8 entries, wanted 2": lambda: core.addPermutation(
+        2, core.CnotCircuit(2), [6, 3, 5, 7, 1, 0, 4, 2]),
+    "perm: got 1 twice": lambda: core.setup(2, MATRIX, [1, 1]),
+    "m: its size is given as -2": lambda: core.boolean_matrix_inverse(-2, MATRIX),
+    "m: got shape .2, 2., wanted at least .3, 3.": lambda: core.count_bits(3, MATRIX),
+    "h: got -1": lambda: core.SynthesizeWestSouthBlock(
+        [[]], MATRIX, core.CnotCircuit(2), 2, -1, 3, [0, 1]),
+    "c: qubits: got 1": lambda: core.SynthesizeWestSouthBlock(
+        [[1]], MATRIX, core.CnotCircuit(1), 2, 1, 1, [0, 1]),
+    "R: holds 2147483647": lambda: core.compute_available_operation_ones(
+        2, 1, 2, MATRIX, [[2**31 - 1] * 2] * 2, TABLES[0]),
+    "R: holds nan": lambda: core.compute_available_operation_log(
+        2, 1, 2, MATRIX, [[np.nan] * 2] * 2, TABLES[0]),
+    "a, b: got the same qubit": lambda: core.update_cost_matrix_ones(
+        2, 1, 1, True, MATRIX, *TABLES),
+    "length: got 3, wanted at most 2": lambda: core.create_queues(
+        MATRIX, [1, 0, 1], 3, 1, 1, [0, 1]),
+    "other: got one without entries": lambda: core.OperatorTableau(0).multiply_right(EMPTY),
+    "t: got 2 qubits, wanted 1": lambda: core.WeylOperator("X").conjugate_with(TWO),
+    "frame: got one without entries": lambda: core.clifford_nnize_ion([], 0, True, True, EMPTY),
+    "n: got -1": lambda: core.phase_poly_to_table({}, -1),
+    "n: got 100000, which takes": lambda: core.OperatorTableau(100_000),
+    "n: got 2000000000, which takes": lambda: core.random_graph(2_000_000_000),
+    "n: got 2147483647, which takes .*": lambda: core.Table(2**31 - 1),
+    "nbqbits: got 1000000000, which takes": lambda: core.CnotCircuit(10**9).Simulate(),
+    "width, depth: got 1000 and": lambda: core.greedy_synthesis_ones(
+        30, np.eye(30, dtype=bool), 1000, 9),
+    "n: got 20000, wanted at most": lambda: core.get_seed_sets(20_000),
+}  # fmt: skip
+
+
+@pytest.mark.parametrize("text", REFUSED)
+def test_arguments_that_do_not_fit_are_refused(text):
+    with pytest.raises((ValueError, IndexError), match=text):
+        REFUSED[text]()
+
+
+def test_too_large_tables_have_a_class_of_their_own():
+    with pytest.raises(errors.TooLargeError, match="which takes 40 GB, wanted at most"):
+        core.OperatorTableau(100_000)
+
+
+LONG = {
+    "restarts": lambda: core.pathfinding_synthesis(
+        12, np.eye(12, dtype=bool)[::-1], "ones", False, 1, 1, 10**9, False),
+    "look-ahead": lambda: core.greedy_synthesis_ones(
+        40, np.tri(40, dtype=bool) ^ np.eye(40, k=1, dtype=bool), 30, 4),
+    "tries": lambda: core.solve_syndrome(np.eye(24, dtype=bool), [1] * 24, 24, 10**9),
+}  # fmt: skip
+
+
+@pytest.mark.parametrize("name", LONG)
+def test_ctrl_c_ends_a_long_call(name):
+    interrupt = threading.Timer(0.2, signal.raise_signal, [signal.SIGINT])
+    start = time.perf_counter()
+    interrupt.start()
+    with pytest.raises(errors.Interrupted):
+        LONG[name]()
+    assert time.perf_counter() - start < 5
+    assert core.uniform(1, 1) == 1
+
+
+def test_every_target_of_the_stub_is_called_and_a_call_comes_again():
+    targets = read_targets(fuzz_core.load(None))
+    names = {target.name.partition(".")[0].rstrip("()") for target in targets}
+    constants = {name for name in core.__all__ if isinstance(getattr(core, name), np.ndarray)}
+    assert names == set(core.__all__) - constants - LEFT_OUT
+    lines = [Draw(f"3 {k}").line(target) for k, target in enumerate(targets)]
+    assert lines == [Draw(f"3 {k}").line(target) for k, target in enumerate(targets)]
+    assert all(compile(line, "call", "exec") for line in lines)
+
+
+def test_faults_are_told_with_the_line_that_makes_them_again(tmp_path):
+    """A call that kills its process, one that raises what it may not, one that hangs."""
+    planted = {
+        "abort": "import os; os.abort()", "raise": "raise MemoryError", "hang": HANG,
+        "foreign": "raise ValueError('vector::_M_default_append')",
+    }  # fmt: skip
+    program = tmp_path / "planted.py"
+    for name, text in planted.items():
+        program.write_text(PLANTED.format(tests=str(Path(__file__).parent), text=text))
+        run = subprocess.run([sys.executable, program], capture_output=True, text=True, timeout=60)
+        kind = {"abort": "SIGABRT", "raise": "MemoryError", "foreign": "ValueError"}.get(name, name)
+        assert run.returncode == 1, run.stderr
+        assert re.search(rf"^2: {kind} in RowOperation: ", run.stdout), run.stdout
+        assert "7 calls of 1 targets" in run.stdout
+
+
+HANG = "import signal; signal.signal(signal.SIGINT, signal.SIG_IGN)\nwhile True: pass"
+PLANTED = """
+import sys
+sys.path.insert(0, {tests!r})
+import core_calls
+import fuzz_core
+
+fuzz_core.GRACE = 0.2
+draw = core_calls.Draw.line
+def line(self, target):
+    return {text!r} if self.number == "2" else draw(self, target)
+def seeded(self, seed, init=core_calls.Draw.__init__):
+    init(self, seed)
+    self.number = seed.split()[1]
+core_calls.Draw.line, core_calls.Draw.__init__ = line, seeded
+sys.argv[1:] = ["7", "--only", "RowOperation", "--limit", "0.2"]
+fuzz_core.main()
+"""
+
+
+def test_random_calls():
+    command = [sys.executable, fuzz_core.__file__, "3000", "--seed", "5"]
+    run = subprocess.run(command, capture_output=True, text=True, timeout=300)
+    assert run.returncode == 0, run.stdout
