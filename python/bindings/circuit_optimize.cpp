@@ -91,10 +91,10 @@ void bind_circuit_optimize(nb::module_& m) {
       "_fold_circuit",
       [](int n, const Gates& gates) {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
-        return unlocked([&] {
+        return interruptible(std::nullopt, n, [&](const internal::Control&) {
           internal::StepCircuit circuit = internal::read_steps(n, gates);
           internal::fold(circuit);
-          return internal::written(circuit);
+          return std::optional(internal::written(circuit));
         });
       },
       "n"_a, "gates"_a);

@@ -1,5 +1,8 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/unforkable.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -33,12 +36,14 @@ void OperatorTable<wires>::fill(const WindowSymmetries<wires>& symmetries, Windo
 template <int wires>
 OperatorTable<wires>::OperatorTable()
     : slots_(std::bit_ceil(classes[wires] + classes[wires] / 4 + 8)) {
+  const Unforkable building;
   shift_ = 64 - std::countr_zero(slots_.size());
   const WindowSymmetries<wires> symmetries(Outputs::anywhere, (std::uint64_t{1} << moves) - 1);
   std::vector<Orbit> orbits{{identity_rows_on(wires), 0, 0}};
   fill(symmetries, orbits[0].first, 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
     const Orbit orbit = orbits[k];
+    stop_point();
     for (unsigned move = 0; move < moves; ++move) {
       const WindowRows rows = rows_after(window_gates[move], orbit.first);
       const Slot& slot = slots_[slot_of(key_of(rows))];

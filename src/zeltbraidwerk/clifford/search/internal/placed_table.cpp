@@ -5,6 +5,7 @@
 #include <bit>
 
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -84,6 +85,7 @@ PlacedTable<wires>::PlacedTable(std::uint64_t allowed)
   };
   fill(identity_rows_on(wires), 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
+    stop_point();
     const unsigned next = (residue(orbits[k]) + 1) % 3;
     for (unsigned move = 0; move < moves; ++move) {
       if (!allows(move)) continue;

@@ -4,6 +4,8 @@
 #include <bit>
 #include <tuple>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 
 namespace {
@@ -89,6 +91,7 @@ void MapTable::fill() {
   for (std::uint8_t distance = 1; !level.empty(); ++distance) {
     next.clear();
     for (const auto& [m, turned] : level) {
+      stop_point();
       for (const Move move : moves_) {
         const SmallMatrix neighbour = without(m, move);
         if (distance_[neighbour] != unreachable) continue;

@@ -4,6 +4,7 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/phase/search/internal/sum_family.h"
 
 namespace zelt::braidwerk::internal {
@@ -190,6 +191,7 @@ void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
     const Step* step = steps.data();
     for (std::size_t kind = 0; kind < kinds; ++kind) {
       SumFamily& family = reached[kind];
+      stop_point();
       for (std::size_t k = 0; k < moves_.size(); ++k, ++step) {
         SumFamily further = before[step->kind];
         forget_slot(further, step->shown);
