@@ -63,12 +63,13 @@ void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
       [](int n, const Gates& gates, const CommonOptions& common, bool exact, bool keep_rotations,
-         bool route)
+         bool keep_depth, bool route)
           -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>, std::vector<Found>> {
         for (const structures::Gate& gate : gates) check_gate(gate, n);
         OptimizeOptions own;
         own.exact = exact;
         own.keep_rotations = keep_rotations;
+        own.keep_depth = keep_depth;
         own.route = route;
         OptimizeResult result = synthesized(common, own, [&](const OptimizeOptions& options) {
           return synthesis::optimize_circuit(n, gates, options);
@@ -79,7 +80,7 @@ void bind_circuit_optimize(nb::module_& m) {
         std::vector<Found> front = front_of(std::move(result.front));
         return {std::move(result), std::move(found), rounding, std::move(stages), std::move(front)};
       },
-      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "route"_a);
+      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "keep_depth"_a, "route"_a);
   m.def("_optimize_steps", &synthesis::default_optimize_steps, "gates"_a);
   m.def(
       "_rewriting_phase",

@@ -2,7 +2,9 @@ import gc
 import inspect
 import os
 import re
+import shutil
 import signal
+import tempfile
 import threading
 
 import numpy as np
@@ -12,6 +14,11 @@ from support import product
 
 settings.register_profile("default", deadline=None, max_examples=40, derandomize=True)
 settings.load_profile("default")
+
+# Tables that take long to build are shared by the processes of this session alone: files of an
+# earlier one may be of other code.
+TABLES = tempfile.mkdtemp(prefix="tables-")
+os.environ["ZELTBRAIDWERK_CACHE"] = TABLES
 
 # A test tests a conversion if it asks for another package in this way, or by the fixture of one.
 # mypy is a tool, not a peer.
@@ -50,6 +57,7 @@ def pytest_unconfigure():
     """Hypothesis registers a callback of the garbage collector for good, and what it can reach, the
     cases of all test modules among them, would outlive the interpreter.
     """
+    shutil.rmtree(TABLES, ignore_errors=True)
     gc.callbacks[:] = [
         call for call in gc.callbacks if not (call.__module__ or "").startswith("hypothesis.")
     ]

@@ -60,7 +60,7 @@ class Draw(random.Random):
             return self.only
         if n > 16 or self.chance(0.85):
             return "search"
-        return self.choice([name for name in known if name not in ("auto", "steiner")])
+        return self.choice([name for name in known if name not in ("auto", "steiner", "sorting")])
 
     def options(self, ground, method="search", **choices):
         """One of each of the choices, an objective, a seed, an effort, and the device."""

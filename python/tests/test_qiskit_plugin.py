@@ -19,6 +19,10 @@ def qk(qiskit):
     return qiskit
 
 
+def layers(circuit):
+    return circuit.depth(lambda gate: len(gate.qubits) > 1)
+
+
 def two_qubit(circuit):
     return sum(len(each.qubits) == 2 for each in circuit.data if each.name != "barrier")
 
@@ -99,6 +103,9 @@ def test_each_object_is_what_qiskit_says_it_is(qk):
             assert wrong == pytest.approx(1), (name, wanted)
             assert name != "on edges" or fits(made, path)
         default = plugin()._default(wanted, None, None, None, {})
+        ours, theirs = (cost(each, "count") for each in (found["free"], default))
+        assert ours[0] <= theirs[0]
+        assert ours[1] <= theirs[1]
         for by in ("count", "depth"):
             made = plugin().run(wanted, seed=1, steps=2000, objective=by)
             assert cost(made, by)[0] <= cost(default, by)[0], (by, wanted)
@@ -310,6 +317,7 @@ def test_the_stage_is_never_worse_than_without(qk, basis):
         assert {each.name for each in made.data} <= set(basis)
         assert edges is None or fits(made, edges)
         assert two_qubit(made) <= two_qubit(plain)
+        assert layers(made) <= layers(plain)
         fewer += two_qubit(made) < two_qubit(plain)
         n = made.num_qubits - source.num_qubits
         idle = qk.QuantumCircuit(*source.qregs, qk.QuantumRegister(n, "idle")) if n else source

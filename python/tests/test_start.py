@@ -2,6 +2,7 @@
 
 import functools
 
+import numpy as np
 import pytest
 from batches import cliffords
 
@@ -11,6 +12,8 @@ from zeltbraidwerk import Device, errors
 MATRIX, OTHER = zb.gallery.random_invertible(12, 2, seed=1)
 PARITIES = dict.fromkeys(zb.gallery.random_parities(8, 40, 1)[0], 0.1)
 OPERATOR, STATE = cliffords(8, 2)
+ANSATZ = [*zb.gallery.uccsd(6, 2).items()][:24]
+ANSATZ += [("XYIIIZ", "theta"), ("ZZIIII", np.pi / 2)]
 GRAPH = zb.gallery.random_graph(12, seed=2)
 GRID = Device.grid(4, 4)
 
@@ -19,6 +22,7 @@ clifford = functools.partial(zb.clifford.synthesize, OPERATOR, method="search")
 state = functools.partial(zb.clifford.synthesize_state, STATE)
 graph_state = functools.partial(zb.graph_state.synthesize, GRAPH, method="search")
 phase = functools.partial(zb.phase.synthesize, PARITIES, n=8, method="search")
+pauli = functools.partial(zb.pauli.synthesize, ANSATZ, method="search")
 
 CASES = [
     (linear, {}),
@@ -38,6 +42,11 @@ CASES = [
     (phase, {"permutation": "free"}),
     (phase, {"tail": "return"}),
     (phase, {"device": GRID, "objective": "depth"}),
+    (pauli, {}),
+    (pauli, {"tail": "return", "objective": "depth"}),
+    (pauli, {"order": "free", "permutation": "free"}),
+    (pauli, {"tail": cliffords(6, 1)[0]}),
+    (pauli, {"device": GRID, "order": "free"}),
 ]
 
 
@@ -75,6 +84,41 @@ def test_circuits_of_others_are_starts():
     found = clifford(seed=1, steps=0, start=gates)
     assert found.verify()
     assert found.count <= operator.count
+    shorter = pauli(seed=1, steps=20_000)
+    found = pauli(seed=1, steps=0, start=shorter.circuit)
+    assert found.verify()
+    assert found.count <= shorter.count
+
+
+def test_rotations_of_a_start_are_matched_by_string_sign_and_angle():
+    """Equal ones in turn, quarter turns as rotations or Clifford gates, angles modulo 2 pi."""
+    rz, rx, h, cnot = zb.Gate.rz, zb.Gate.rx, zb.Gate.h, zb.Gate.cnot
+
+    def x(qubit):
+        return zb.Gate("X", [qubit])
+
+    rotations = [("ZZ", 0.3), ("XI", 0.2), ("ZZ", -0.3), ("IZ", np.pi / 2)]
+    conjugated = [cnot(0, 1), rz(1, 0.3 + 2 * np.pi), cnot(0, 1), rx(0, 0.2),
+                  cnot(0, 1), x(1), rz(1, 0.3), x(1), cnot(0, 1)]  # fmt: skip
+    search = functools.partial(zb.pauli.synthesize, rotations, method="search", steps=0, seed=1)
+    for last in ([rz(1, np.pi / 2)], [h(1), rx(1, np.pi / 2), h(1)]):
+        found = search(start=zb.Circuit(2, conjugated + last))
+        assert found.verify()
+        assert found.count <= 4
+    swapped = zb.Circuit(2, conjugated[4:] + conjugated[3:4] + conjugated[:3] + [rz(1, np.pi / 2)])
+    wrong = [
+        swapped,
+        zb.Circuit(2, conjugated),
+        zb.Circuit(2, [*conjugated, rz(1, -np.pi / 2)]),
+        zb.Circuit(2, [*conjugated, rz(1, np.pi / 2), rz(0, 0.1)]),
+        zb.Circuit(2, [*conjugated, rz(1, np.pi / 2), x(0)]),
+        zb.Circuit(2, [*conjugated, rz(1, np.pi / 2), cnot(0, 1)]),
+        zb.Circuit(2, [*conjugated[:1], rz(1, 0.4), *conjugated[2:], rz(1, np.pi / 2)]),
+    ]
+    for start in wrong:
+        with pytest.raises(errors.OptionError, match="start: got a circuit of another operation"):
+            search(start=start)
+    assert search(start=wrong[5], tail="return").verify()
 
 
 @pytest.mark.parametrize(
@@ -94,6 +138,9 @@ def test_circuits_of_others_are_starts():
         (state, {"start": zb.Circuit(8)}, "circuit of another operation"),
         (phase, {"start": zb.Circuit(8)}, "circuit of another operation"),
         (graph_state, {"start": zb.Circuit(12), "method": "naive"}, "start: not an option of"),
+        (pauli, {"start": zb.Circuit(6)}, "circuit of another operation"),
+        (pauli, {"start": zb.Circuit(5)}, "on 6 qubits"),
+        (pauli, {"start": zb.Circuit(6), "method": "greedy"}, "start: not an option of"),
     ],
 )  # fmt: skip
 def test_refusals(search, options, complaint):

@@ -8,7 +8,7 @@ from dataclasses import replace
 
 from zeltbraidwerk import _runs
 from zeltbraidwerk._native_pairs import Basis, Pair, gate, with_pairs
-from zeltbraidwerk._runs import Run, fused, fused_run, split
+from zeltbraidwerk._runs import Run, fused_run, split
 from zeltbraidwerk.gates import Gate, Parameter
 from zeltbraidwerk.instructions import Conditional, Operation, elementary
 
@@ -30,7 +30,7 @@ def in_basis(n: int, operations: Sequence[Operation], basis: Basis) -> list[Oper
             converted += _cnot(item.qubits[0], item.qubits[1], basis)
         else:
             converted.append(item)
-    made = [_passed_on(n, converted, with_flips=flips) for flips in (False, True)]
+    made = [fused(n, converted, with_flips=flips) for flips in (False, True)]
     if all(len(item.qubits) == 1 or item.name == _NAMES[basis] for item in operations):
         made.append(fused(n, operations))
     return min(made, key=_size)
@@ -85,10 +85,11 @@ _FLIPS = {
 }  # fmt: skip
 
 
-def _passed_on(n: int, operations: Iterable[Operation], with_flips: bool) -> list[Operation]:
-    """Runs that are rotations about the axis of a native gate are moved past it, to the next run;
-    with flips, those that turn the axis round as well, at the price of Pauli gates. Without flips
-    there are never more gates than before: each run that is moved leaves one place for another."""
+def fused(n: int, operations: Iterable[Operation], with_flips: bool = False) -> list[Operation]:
+    """The operations with each run of gates on one qubit as few gates. Runs of rotations about the
+    axis of a native gate are moved past it, to the next run; with flips, those that turn the axis
+    round as well, at the price of Pauli gates. Without flips there are never more gates than
+    before: each run that is moved leaves one place for another."""
     nodes, ends = split(n, operations)
     carried: list[Run] = [[] for _ in range(n)]
     made: list[Operation] = []

@@ -94,7 +94,8 @@ def synthesize(
     plain greedy method, which takes milliseconds; "search" searches for shorter circuits.
     ``objective`` is "count" or "depth" of gates on two qubits. With ``permutation="exact"``, the
     default, every output stands on the wire of its input; with "free" the circuit is shorter and
-    leaves output q on wire ``result.permutation[q]``.
+    leaves output q on wire ``result.permutation[q]``. On up to five qubits without a device the
+    count is proven to be the least, by all but "elimination", unless ``steps=0`` on five.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.

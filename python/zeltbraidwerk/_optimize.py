@@ -26,6 +26,7 @@ def optimize(
     router: Literal["own", "qiskit"] = "own",
     permutation: Permutation = "exact",
     exact: bool = False,
+    keep_depth: bool = False,
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
@@ -58,7 +59,8 @@ def optimize(
     numbers: any operator of two qubits takes at most three CNOTs, of three qubits at most 19.
     Angles are new then, right to 1e-10, and there may be more of them, which ``result.before`` and
     ``result.after`` tell. ``exact=True`` keeps to sums of the given angles; ``objective="t"`` to no
-    more rotations.
+    more rotations. ``keep_depth=True`` keeps to no more layers of two-qubit gates than given, in
+    each piece between operations that stay in their places; not for circuits that are routed.
 
     With ``permutation="free"`` output q may end on wire ``result.permutation[q]``, and so do the
     measurements at the end.
@@ -97,13 +99,17 @@ def optimize(
     _validate.choice(objective, "objective", ("count", "depth", "t"))
     _validate.choice(router, "router", ("own", "qiskit"))
     _validate.flag(exact, "exact")
+    _validate.flag(keep_depth, "keep_depth")
     by = "count" if objective == "t" else objective
     call = _FAMILY.call(
         device=device, objective=by, permutation=permutation, seed=seed,
         restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
     )  # fmt: skip
     source = Circuit.of(circuit)
-    options = {"exact": bool(exact), "keep_rotations": objective == "t", "route": False}
+    options = {
+        "exact": bool(exact), "keep_rotations": objective == "t", "keep_depth": bool(keep_depth),
+        "route": False,
+    }  # fmt: skip
     if call.device is None:
         if placement is not None or router != "own":
             name = "router" if placement is None else "placement"

@@ -59,6 +59,10 @@ class OnDevice:
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
             return self._best(self._made([start], 1.0, route=False), rounds=())
+        if self.options["keep_depth"]:
+            raise errors.OptionError(
+                "keep_depth: got a circuit that has to be routed, wanted one on edges of the device"
+            )
         return self._best(self._candidates(router, given), _ROUNDS)
 
     def _best(

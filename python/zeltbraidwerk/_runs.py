@@ -52,19 +52,6 @@ def split(
     return found, waiting
 
 
-def fused(n: int, operations: Iterable[Operation]) -> list[Operation]:
-    """The operations with each run as few gates."""
-    items, ends = split(n, operations)
-    made: list[Operation] = []
-    for item, runs in items:
-        for run in runs:
-            made += fused_run(run)
-        made.append(item)
-    for run in ends:
-        made += fused_run(run)
-    return made
-
-
 def fused_run(run: Run) -> Run:
     """At most one gate, where no angle has a symbol. Otherwise gates without symbols move past
     rotations with symbols, where these are about X, Y or Z before as well, and are fused where they

@@ -162,7 +162,8 @@ def _add_merge(families: Any) -> Parser:
 def _add_options(parser: Parser, command: Command, without: Sequence[str] = ()) -> None:
     for option, about, settings in OPTIONS:
         if option in command.parameters and option not in without:
-            parser.add_argument(f"--{option}", help=about, default=argparse.SUPPRESS, **settings)
+            flag = "--" + option.replace("_", "-")
+            parser.add_argument(flag, help=about, default=argparse.SUPPRESS, **settings)
     parser.add_argument("--quiet", action="store_true", help="write nothing to standard error")
 
 
@@ -214,6 +215,7 @@ OPTIONS: tuple[tuple[str, str, dict[str, Any]], ...] = (
     ("router", "who routes a circuit: own or qiskit", _WORD),
     ("placement", "where qubits of the circuit are on the device: 0,4,2", _kind(_qubits, "LIST")),
     ("exact", "keep to sums of the given angles", {"action": "store_true"}),
+    ("keep_depth", "keep to as few layers of two-qubit gates as given", {"action": "store_true"}),
     ("lookahead", "how many steps are looked ahead", _kind(_integer, "N")),
     ("width", "width of the beam of greedy searches", _kind(_integer, "N")),
     ("section", "columns that pmh clears together", _kind(_integer, "N")),

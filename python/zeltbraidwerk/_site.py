@@ -72,7 +72,7 @@ class Site:
         reason = f"none was found in {seconds:g} s" if unfinished else "there is none"
         raise errors.NoHamiltonianPathError(
             f"device: got {device!r}, wanted one with a Hamiltonian path through {n} qubits, "
-            f"which method 'steiner' needs, but {reason}; 'row_column' works without"
+            f"which the method needs, but {reason}; 'row_column' works without"
         )
 
     @property

@@ -40,8 +40,7 @@ class Known:
         return cls(circuit, tuple(range(circuit.n)), tuple(range(circuit.n)))
 
     def on_wires(self, site: Site | None) -> tuple[list[_core.Gate], list[int]]:
-        """The gates on the wires that a search has, phases left out, and the wire of each
-        output."""
+        """The gates on the wires that a search has, and the wire of each output."""
         qubits = self.inputs if site is None else site.qubits
         if self.circuit.n != len(self.inputs) and site is None:
             raise errors.OptionError("start: got a result on a device, wanted one without")
@@ -67,5 +66,5 @@ class Known:
             if gate.name == "CSIGN":
                 target = gate.qubits[1]
                 yield from (Gate.h(target), Gate.cnot(*gate.qubits), Gate.h(target))
-            elif gate.name != "PH":
+            else:
                 yield gate

@@ -21,7 +21,6 @@ from zeltbraidwerk import (
     _native,
     _parameter,
     _renamed,
-    _runs,
     _validate,
     errors,
 )
@@ -415,7 +414,8 @@ class Circuit(CircuitBase):
     def fused(self) -> Circuit:
         """The circuit with at most one gate on each wire between gates on two qubits, up to a
         global phase: a gate with a name where there is one, else a rotation about an axis, else
-        one U.
+        one U. Rotations that commute with a gate on two qubits are moved past it, to where they are
+        fused with others.
 
         Measurements, resets, barriers and gates under a condition end a run of gates as those on
         two qubits do. Symbols: rotations about one axis become one rotation; other gates of a run
@@ -426,7 +426,7 @@ class Circuit(CircuitBase):
         >>> [gate.name for gate in Circuit(2, gates).fused()]
         ['SX', 'CNOT', 'U']
         """
-        return self._with(_runs.fused(self._n, self._items))
+        return self._with(_native.fused(self._n, self._items))
 
     def in_basis(self, basis: Basis) -> Circuit:
         """The circuit with all gates on two qubits in the native gate of a machine, and the others

@@ -40,7 +40,7 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
     ('auto', 'gauss', 'pmh', 'pairs', 'blocks', 'syndrome', 'greedy', 'greedy_inverse', \
 'greedy_escape', 'greedy_log', 'search')
     >>> methods(device=True)
-    ('auto', 'row_column', 'steiner', 'search')
+    ('auto', 'row_column', 'steiner', 'sorting', 'search')
     """
     return _FAMILY.methods(device)
 
@@ -131,8 +131,8 @@ def synthesize(
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is used: ``result.placement`` tells which.
-    "row_column" works on every connected device; "steiner" needs a Hamiltonian path, which is
-    searched for before work starts.
+    "row_column" works on every connected device; "steiner", for few CNOTs, and "sorting", for few
+    layers, at most 5 n, need a Hamiltonian path, which is searched for before work starts.
 
     >>> result = zb.linear.synthesize(matrix, device=zb.Device.line(3), seed=1)
     >>> result.circuit, result.device.fits(result.circuit)
@@ -213,7 +213,7 @@ def synthesize(
 
 
 def _place(call: Call, n: int) -> None:
-    if call.method != "steiner":
+    if call.method not in ("steiner", "sorting"):
         call.place(n)
     elif call.device is not None:
         budget = call.effort.budget

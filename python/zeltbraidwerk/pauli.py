@@ -70,6 +70,7 @@ def synthesize(
     steps: int | None = None,
     jobs: int | None = 1,
     progress: Callable[[_search.Progress], object] | None = None,
+    start: Any = None,
 ) -> PauliSynthesis:
     """A circuit for Pauli rotations.
 
@@ -134,6 +135,11 @@ def synthesize(
     steps a run, or goes to the end of the budget; its first circuit is ready in milliseconds for a
     thousand rotations. Ctrl-C and a budget end the other methods between two runs.
 
+    With ``start`` it goes on from a circuit that was found before, and finds no larger one: a
+    result for the same rotations, or a circuit of CNOTs, CZs and gates on one qubit that holds each
+    of them once, with the same sign and angle, in an order that ``order`` allows, and after them
+    what ``tail`` asks for.
+
     >>> import zeltbraidwerk as zb
     >>> ansatz = zb.gallery.uccsd(4, 2)  # a dict, whose strings do not all commute
     >>> zb.pauli.synthesize(ansatz, method="search", order="free", seed=1).count
@@ -143,7 +149,7 @@ def synthesize(
     """
     call = _FAMILY.call(
         method=method, device=device, objective=objective, permutation=permutation, seed=seed,
-        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     _validate.choice(order, "order", ("commuting", "free"))
     _validate.choice(repeated, "repeated", ("refuse", "merge"))
@@ -179,6 +185,7 @@ def synthesize(
         outputs=_core._Outputs.left_open if option == "return" else None,
         in_order=order == "commuting",
         tail=None if target is None else target._core,
+        angles=[angle.to_core() for angle in given.angles],
     )  # fmt: skip
 
 

@@ -314,7 +314,7 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
             site=Site(part, tuple(range(part.n))),
             effort=replace(call.effort, seed=0, steps=steps, budget=seconds),
         )  # fmt: skip
-        options = {"exact": True, "keep_rotations": True, "route": False}
+        options = {"exact": True, "keep_rotations": True, "keep_depth": False, "route": False}
         return by(Assembly(walk, known, options).run().circuit)
     except errors.Interrupted as stopped:
         if isinstance(stopped.best, Optimization):

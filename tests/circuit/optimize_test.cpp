@@ -134,12 +134,61 @@ std::string fault(const Circuit& given, int n, const OptimizeOptions& options,
     return "more rotations";
   }
   if (!by_numbers && result.after.t > before.t) return "more T gates";
+  if (options.keep_depth && after.depth > before.depth) return "more layers";
   for (const synthesis::OptimizeStage& stage : result.stages) {
     if (!by_numbers && !stage.steps.empty()) return "numbers";
     if (!alike(stage.gates, stage.permutation)) return "a stage is another operator";
   }
   if (!result.stages.empty() && result.stages.back().gates != result.gates) return "last stage";
   return "";
+}
+
+/// A product in GF(2)[x] of two polynomials with `terms` terms each.
+Circuit product_of_polynomials(int terms) {
+  Circuit gates;
+  const auto t = [&](int q, double sign) {
+    gates.push_back(support::turn("RZ", q, sign * std::numbers::pi / 4));
+  };
+  const auto phase_of_three = [&](int a, int b, int c) {
+    for (const int q : {a, b, c}) t(q, 1);
+    const std::array<std::array<int, 2>, 3> pairs{{{a, b}, {a, c}, {b, c}}};
+    for (const auto& [p, q] : pairs) {
+      gates.push_back(Gate::CNOT(p, q));
+      t(q, -1);
+      if (p == b) {
+        gates.push_back(Gate::CNOT(a, q));
+        t(q, 1);
+        gates.push_back(Gate::CNOT(a, q));
+      }
+      gates.push_back(Gate::CNOT(p, q));
+    }
+  };
+  for (int k = 0; k < terms; ++k) {
+    for (int l = 0; l < terms; ++l) {
+      const int target = 2 * terms + (k + l) % terms;
+      gates.push_back(Gate::H(target));
+      phase_of_three(k, terms + l, target);
+      gates.push_back(Gate::H(target));
+    }
+  }
+  return gates;
+}
+
+// Fewer gates often take more layers, which are not taken where none are to be added.
+TEST(Optimize, KeepsTheDepth) {
+  std::mt19937 rng(7);
+  constexpr int n = 12;
+  OptimizeOptions options;
+  options.seed = 1;
+  options.steps = 20'000;
+  options.objective = Objective::depth;
+  const Circuit given = optimize_circuit(n, product_of_polynomials(n / 3), options).gates;
+  options.objective = Objective::count;
+  EXPECT_GT(optimize_circuit(n, given, options).depth, counts_of(given, n).depth);
+  options.keep_depth = true;
+  const OptimizeResult result = optimize_circuit(n, given, options);
+  EXPECT_EQ(fault(given, n, options, result, rng), "");
+  EXPECT_LT(result.count, result.before.two_qubit);
 }
 
 TEST(Optimize, GivesASmallerCircuitOfTheSameOperator) {
@@ -160,6 +209,7 @@ TEST(Optimize, GivesASmallerCircuitOfTheSameOperator) {
     options.outputs = instance % 2 == 0 ? Outputs::in_place : Outputs::anywhere;
     options.exact = instance % 6 == 4;
     options.keep_rotations = instance % 6 == 5;
+    options.keep_depth = instance % 9 < 4;
     options.seed = static_cast<std::uint64_t>(instance);
     options.steps = std::array{0, 100, 4000}[at(instance % 11 % 3)];
     const OptimizeResult result = optimize_circuit(n, given, options);

@@ -1,7 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
 #include "support/digest.h"
 #include "support/oracles.h"
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/linear/internal/path_sorting.h"
 #include "zeltbraidwerk/linear/synthesis.h"
 
 namespace {
@@ -11,6 +17,8 @@ using structures::CnotCircuit;
 using support::at;
 using support::matrix;
 using support::show;
+using zelt::braidwerk::internal::BitMatrix;
+using zelt::braidwerk::internal::sort_along_path;
 
 TEST(Elimination, WorkedExamples) {
   EXPECT_EQ(show(GaussianElimination(2, matrix({"11", "01"})).gates), "(1,0)");
@@ -54,6 +62,33 @@ TEST(Elimination, ReducesAndKeepsItsGates) {
     EXPECT_EQ(optimized_PMH_Algorithm(n, m), best) << n;
   }
   EXPECT_EQ(gates.text(), "2a8994995e1c8bf0");
+}
+
+TEST(PathSorting, ReducesInFiveLayersPerQubit) {
+  support::Rng rng(73);
+  for (const int n : {1, 2, 3, 4, 5, 6, 9, 16, 40, 63, 64, 65, 130}) {
+    std::vector<int> path(at(n));
+    std::iota(path.begin(), path.end(), 0);
+    std::ranges::shuffle(path, rng);
+    std::vector<BoolMatrix> matrices{support::identity(n)};
+    for (int k = 0; k < (n < 20 ? 40 : 2); ++k)
+      matrices.push_back(support::random_invertible(n, rng));
+    for (const BoolMatrix& m : matrices) {
+      for (const int first : {0, 1}) {
+        const auto circuit = sort_along_path(BitMatrix::pack(m, n, n), path, first, {});
+        ASSERT_TRUE(circuit);
+        EXPECT_TRUE(support::reduces(*circuit, m)) << n;
+        std::vector<int> layers(at(n));
+        for (const auto& [c, t] : circuit->gates) {
+          const auto place = std::ranges::find(path, c);
+          EXPECT_TRUE((place != path.begin() && place[-1] == t) ||
+                      (place + 1 != path.end() && place[1] == t));
+          layers[at(c)] = layers[at(t)] = std::max(layers[at(c)], layers[at(t)]) + 1;
+        }
+        EXPECT_LE(std::ranges::max(layers), 5 * n);
+      }
+    }
+  }
 }
 
 TEST(Elimination, SingularMatricesEndAsTheUncheckedStepsDo) {

@@ -36,8 +36,9 @@ class Optimize(TransformationPass):  # type: ignore[misc]
     are, and the gates between them are made shorter piece by piece; a piece that does not become
     shorter stays as it is. Angles may be expressions of parameters.
 
-    ``objective``, ``exact``, ``seed``, ``steps``, ``restarts``, ``budget`` and ``jobs`` are as in
-    :func:`zeltbraidwerk.optimize`; ``steps`` and ``budget`` are for the whole circuit.
+    ``objective``, ``exact``, ``keep_depth``, ``seed``, ``steps``, ``restarts``, ``budget`` and
+    ``jobs`` are as in :func:`zeltbraidwerk.optimize`; ``steps`` and ``budget`` are for the whole
+    circuit.
 
     The circuit is the same operator, and its global phase is kept as well.
 
@@ -56,6 +57,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
         target: Any = None,
         objective: str = "count",
         exact: bool = False,
+        keep_depth: bool = False,
         seed: int | None = None,
         steps: int | None = None,
         restarts: int | None = None,
@@ -70,8 +72,8 @@ class Optimize(TransformationPass):  # type: ignore[misc]
         self._objective = _validate.choice(objective, "objective", ("count", "depth", "t"))
         self._effort: dict[str, Any] = {"steps": steps, "budget": budget}
         self._options: dict[str, Any] = {
-            "objective": objective, "exact": exact, "seed": seed, "restarts": restarts,
-            "jobs": jobs,
+            "objective": objective, "exact": exact, "keep_depth": keep_depth, "seed": seed,
+            "restarts": restarts, "jobs": jobs,
         }  # fmt: skip
         optimize(Circuit(0), **self._effort, **self._options)  # refuses bad options now
 

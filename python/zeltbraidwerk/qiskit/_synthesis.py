@@ -5,7 +5,8 @@ one; None for objects that it cannot do. Options of all, by HLSConfig, are those
 of the ``synthesize`` of each family:
 
 ``objective``
-    "count", the default, or "depth" of two-qubit gates; the other one decides between equals.
+    "count" or "depth" of two-qubit gates; the other one decides between equals. By default the
+    circuit has the fewest gates that were found in no more layers than by Qiskit's plugin.
 ``seed``
     By default 0, so that the same circuit comes out each time.
 ``steps``, ``restarts``, ``budget``, ``jobs``
@@ -108,20 +109,25 @@ class _Synthesis(HighLevelSynthesisPlugin):  # type: ignore[misc]
         if not isinstance(high_level_object, self._kind):
             return None
         place = _Place.of(coupling_map, target, qubits)
-        objective = own.pop("objective", "count")
+        objective = own.pop("objective", None)
         native = () if target is None else target.operation_names
-        made = [
-            self._default(high_level_object, coupling_map, target, qubits, options),
-            self._made(high_level_object, place, {**own, "objective": objective}),
-        ]
-        fitting = [
-            circuit for circuit in made
-            if circuit is not None and (place is None or place.fits(circuit))
-        ]  # fmt: skip
-        if not fitting:
-            return None
-        best = min(fitting, key=lambda circuit: cost(circuit, objective, native))
-        return best if place is None else place.directed(best)
+        best = self._default(high_level_object, coupling_map, target, qubits, options)
+        if best is not None and place is not None and not place.fits(best):
+            best = None
+        for each in ("count", "depth") if objective is None else (objective,):
+            made = self._made(high_level_object, place, {**own, "objective": each})
+            if made is None or (place is not None and not place.fits(made)):
+                break
+            if best is None:
+                best = made
+                break
+            ours, theirs = (cost(circuit, objective or "count", native) for circuit in (made, best))
+            if ours >= theirs:
+                break
+            if objective is not None or ours[1] <= theirs[1]:
+                best = made
+                break
+        return best if best is None or place is None else place.directed(best)
 
     def _checked(self, options: Mapping[str, Any]) -> dict[str, Any]:
         """The options of ours. Each is checked where it is used, but for the objective."""

@@ -128,6 +128,9 @@ class OptimizeCall {
     for (const Step& step : given_.steps) {
       if (!step.is_pair() || edges_->joined(step.a, step.b)) continue;
       if (options_.route) {
+        if (options_.keep_depth) {
+          throw std::invalid_argument("keep_depth: wanted gates on edges of the device");
+        }
         routes_ = true;
         return;
       }
@@ -149,6 +152,7 @@ class OptimizeCall {
     task.seed = options_.seed;
     task.stream = static_cast<std::uint64_t>(run);
     task.routes = routes_;
+    task.keeps_depth = options_.keep_depth;
     task.jobs = runs_of_search(options_) == 1 ? threads(options_) : 1;
     Effort effort = control_.effort(steps());
     effort.on_bound = nullptr;  // other rotations might take fewer gates

@@ -25,6 +25,7 @@ namespace synthesis {
 struct OptimizeOptions : SynthesisOptions {
   bool exact = false;           ///< every angle stays a sum of given ones
   bool keep_rotations = false;  ///< windows replaced by numbers never have more rotations
+  bool keep_depth = false;      ///< never more layers than given; not for one that is made anew
   /// The gates need not be on edges of the device: the circuit is made anew on these.
   bool route = false;
 };

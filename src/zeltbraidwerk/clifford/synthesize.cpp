@@ -127,7 +127,8 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                                            .stream = static_cast<std::uint64_t>(run),
                                            .start = start ? &*start : nullptr};
                            const Effort effort = control.effort(steps_of_search(options));
-                           return sized(search_clifford(images, task, effort));
+                           return sized(
+                               search_clifford(images, task, effort, OnFiveQubits::finds_fewest));
                          },
                      .proves = true});
   }

@@ -35,7 +35,7 @@ constexpr double short_budget = 0.25;
 constexpr int brief_wires = 256;  // quick methods and first circuits take milliseconds
 constexpr int brief_wires_on_device = 12;
 constexpr int path_steps = 10'000;  // towards a Hamiltonian path that "auto" does not need
-constexpr double path_seconds = 5;  // towards one that "steiner" needs
+constexpr double path_seconds = 5;  // towards one that a method needs
 constexpr int device_runs = 100;    // which are quick, and differ much
 
 struct AutoMethod {
@@ -116,12 +116,16 @@ class LinearCall {
   std::vector<Lane> lanes_on_device() {
     std::vector<Lane> lanes;
     const std::string& method = options_.method;
-    if (within_auto() || method == "row_column") lanes.push_back(device_lane("row_column", {}));
-    // A path leaves the outputs where they are: where they may move, it gains nothing.
-    if (method == "steiner") lanes.push_back(device_lane("steiner", needed_path()));
-    if (within_auto() && in_place()) {
+    using enum DeviceRuns::Method;
+    if (within_auto() || method == "row_column") lanes.push_back(device_lane(row_column, {}));
+    if (method == "steiner") lanes.push_back(device_lane(steiner, needed_path()));
+    if (method == "sorting") lanes.push_back(device_lane(sorting, needed_path()));
+    const bool by_depth = options_.objective == Objective::depth;
+    if (within_auto() && (in_place() || by_depth)) {
       if (std::vector<int> path = quick_path(); !path.empty()) {
-        lanes.push_back(device_lane("steiner", std::move(path)));
+        // A path leaves the outputs where they are: where they may move, steiner gains nothing.
+        if (in_place()) lanes.push_back(device_lane(steiner, path));
+        if (by_depth) lanes.push_back(device_lane(sorting, std::move(path)));
       }
     }
     if (within_auto() || method == "search") lanes.push_back(search_lane());
@@ -149,11 +153,13 @@ class LinearCall {
             .brief = is_brief() && method.quick && runs == 1 && !options_.budget};
   }
 
-  Lane device_lane(const char* name, std::vector<int> path) {
-    const DeviceRuns made{m_, *device_, std::move(path), in_place(), options_.seed};
+  Lane device_lane(DeviceRuns::Method method, std::vector<int> path) {
+    constexpr const char* names[] = {"row_column", "steiner", "sorting"};
+    const DeviceRuns made{m_, *device_, method, std::move(path), in_place(), options_.seed};
     const bool usual = !options_.restarts && !options_.budget;
-    return {.method = name,
-            .runs = usual ? device_runs : options_.restarts,
+    const bool sorts = method == DeviceRuns::Method::sorting;
+    return {.method = names[static_cast<std::size_t>(method)],
+            .runs = usual ? (sorts ? plain_sorting_runs : device_runs) : options_.restarts,
             .make = [this, made](int run) {
               return sized(made.make(run, control_.control_of_run(n(), run)));
             }};
@@ -278,12 +284,12 @@ class LinearCall {
     limits.max_operations = std::numeric_limits<int>::max();
     HamiltonianSearch search = find_hamiltonian_path(*device_, limits);
     if (search.outcome == HamiltonianSearch::found) return std::move(search.path);
-    throw std::invalid_argument(
-        std::string("device: got one ") +
-        (search.outcome == HamiltonianSearch::none
-             ? "without a Hamiltonian path"
-             : "of which no Hamiltonian path was found in time") +
-        ", wanted one with such a path, which method 'steiner' needs; 'row_column' works without");
+    throw std::invalid_argument(std::string("device: got one ") +
+                                (search.outcome == HamiltonianSearch::none
+                                     ? "without a Hamiltonian path"
+                                     : "of which no Hamiltonian path was found in time") +
+                                ", wanted one with such a path, which method '" + options_.method +
+                                "' needs; 'row_column' works without");
   }
 
   const BitMatrix& m_;
@@ -311,7 +317,7 @@ using namespace zelt::braidwerk::internal;
 std::vector<std::string> linear_methods(bool on_device) {
   std::vector<std::string> names{"auto"};
   if (on_device) {
-    names.insert(names.end(), {"row_column", "steiner"});
+    names.insert(names.end(), {"row_column", "steiner", "sorting"});
   } else {
     for (const LinearMethod& method : linear_method_table()) names.emplace_back(method.name);
   }

@@ -24,8 +24,8 @@ struct LinearOptions : SynthesisOptions {
   /// With Outputs::within_reach, for "search" on a device: edges that an output may be away from
   /// its place.
   int reach = 0;
-  /// A Hamiltonian path of the device for "steiner". Empty: it is searched for, for as long as the
-  /// budget or for 5 seconds.
+  /// A Hamiltonian path of the device for "steiner" or "sorting". Empty: it is searched for, for as
+  /// long as the budget or for 5 seconds.
   std::vector<int> path;
 };
 
@@ -55,8 +55,8 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> linear_methods(bool on_device = fa
 /// "auto" runs several methods beside the search and is never worse than "pmh". "search" gets
 /// better for as long as it may go on; without steps and budget it makes 12,500 steps per qubit,
 /// about 0.1 s for 8 qubits and 1 s for 64, or for depth what takes about a second. On a device,
-/// "row_column" takes any connected one, "steiner" one with a Hamiltonian path. Outputs are in
-/// place, anywhere, or within reach.
+/// "row_column" takes any connected one, "steiner" and "sorting" one with a Hamiltonian path; the
+/// last makes at most 5 n layers. Outputs are in place, anywhere, or within reach.
 ///
 /// Throws std::invalid_argument for a matrix that is not square or not invertible and for options
 /// that do not fit, TooLargeError for a beam that does not fit into memory, UnfinishedError when no

@@ -9,9 +9,11 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/internal/methods.h"
 #include "zeltbraidwerk/pauli/internal/network.h"
+#include "zeltbraidwerk/pauli/search/internal/known_network.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/edge_paths.h"
+#include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
@@ -55,6 +57,7 @@ class PauliCall {
   }
 
   PauliResult run(const std::vector<structures::Parameter>& params) {
+    read_start(params);
     const bool searches = within_auto() || options_.method == "search";
     BestRun best = best_of_runs(lanes(), options_, control_,
                                 searches ? std::optional(plain_lane()) : std::nullopt);
@@ -82,8 +85,8 @@ class PauliCall {
     check_method(options_.method, known, on_device);
     std::erase(known, "ladder");  // each of its runs would be the same
     check_options_of(options_.method, {{"steps", options_.steps.has_value(), {"auto", "search"}},
+                                       {"start", options_.start.has_value(), {"auto", "search"}},
                                        {"restarts", options_.restarts.has_value(), known}});
-    refuse_any_start(options_);
     if (options_.tail && options_.tail->nbqbits != table_.frame.qubits()) {
       throw std::invalid_argument("tail: got an operator on " +
                                   std::to_string(options_.tail->nbqbits) + " qubits, wanted " +
@@ -100,6 +103,29 @@ class PauliCall {
       throw std::invalid_argument(
           "outputs: got anywhere, wanted in_place or left_open on a device");
     }
+  }
+
+  void read_start(const std::vector<structures::Parameter>& params) {
+    if (!options_.start) return;
+    check_known(*options_.start, table_.frame.qubits());
+    try {
+      given_ = known_network(*options_.start, table_.frame, params, task_of_search(0));
+    } catch (const std::logic_error&) {  // of a gate outside the Clifford group
+    }
+    if (!given_) refuse_start();
+  }
+
+  NetworkTask task_of_search(int run) const {
+    NetworkTask task;
+    task.objective = options_.objective;
+    task.outputs = options_.outputs;
+    task.device = edges_ ? &*edges_ : nullptr;
+    task.seed = options_.seed;
+    task.stream = static_cast<std::uint64_t>(run);
+    task.in_order = options_.in_order;
+    task.target = target_ ? &*target_ : nullptr;
+    task.given = given_ ? &*given_ : nullptr;
+    return task;
   }
 
   std::vector<Lane> lanes() {
@@ -147,16 +173,8 @@ class PauliCall {
             .runs = runs_of_search(options_),
             .make =
                 [this, steps](int run) {
-                  NetworkTask task;
-                  task.objective = options_.objective;
-                  task.outputs = options_.outputs;
-                  task.device = edges_ ? &*edges_ : nullptr;
-                  task.seed = options_.seed;
-                  task.stream = static_cast<std::uint64_t>(run);
-                  task.in_order = options_.in_order;
-                  task.target = target_ ? &*target_ : nullptr;
-                  PlacedCircuit found =
-                      search_network({table_.frame, table_.labels}, task, control_.effort(steps));
+                  PlacedCircuit found = search_network({table_.frame, table_.labels},
+                                                       task_of_search(run), control_.effort(steps));
                   return sized({std::move(found.gates), std::move(found.wires), options_.in_order});
                 },
             .proves = !target_};
@@ -189,6 +207,7 @@ class PauliCall {
   std::optional<BitGraph> edges_;
   std::optional<structures::Graph> device_;
   std::optional<CliffordTarget> target_;
+  std::optional<Network> given_;
 };
 
 }  // namespace

@@ -41,6 +41,10 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> pauli_methods(bool on_device = fal
 /// beams; "auto" takes the best of them, and for count never more CNOTs than "ladder". In order,
 /// all but the search cut the rotations into layers that commute, and take layer by layer.
 ///
+/// A circuit to start from holds the same rotations: each row once, with its angle modulo 2 pi, in
+/// order unless any order will do, and after them what the options ask for. "search" goes on from
+/// it.
+///
 /// Throws std::invalid_argument for a row that has not n letters, another number of angles, and
 /// options that do not fit, and TooLargeError for more than 16,384 qubits.
 ZELTBRAIDWERK_EXPORT PauliResult synthesize_pauli(int n, const PauliTable& table,

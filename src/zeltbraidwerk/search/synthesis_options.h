@@ -51,9 +51,9 @@ struct SynthesisOptions {
   /// Steps of a run of the method "search", of about a microsecond or two. Not given: to the end of
   /// the budget, or a number that takes about a second.
   std::optional<std::uint64_t> steps;
-  /// A circuit of the same operation: "search" goes on from it, and finds no larger one. For CNOTs,
-  /// phase polynomials, Clifford operators and states, on the edges of the device; of phase gates
-  /// only the CNOTs count.
+  /// A circuit of the same operation: "search" goes on from it, and finds no larger one. Its gates
+  /// are on the edges of the device; of one for a phase polynomial only the CNOTs count. Not for
+  /// encoders.
   std::optional<KnownCircuit> start;
   int jobs = 1;  ///< threads, up to 1024; 0: one per core
 

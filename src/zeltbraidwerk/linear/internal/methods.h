@@ -45,6 +45,8 @@ const LinearMethod* linear_method(std::string_view name);
 
 /// The first runs differ without a draw: by the facing of the matrix.
 constexpr int plain_runs = 4;
+/// Those of "sorting".
+constexpr int plain_sorting_runs = 4 * plain_runs;
 
 /// The runs of a method. Run 0 is the method as it stands; the next three turn the matrix to its
 /// other facings; all later ones rename wires at random as well.
@@ -60,13 +62,17 @@ struct LinearRuns {
   std::optional<FreeCircuit> make(int run, const Control& control) const;
 };
 
-/// The runs of the methods on a device: "steiner" with a Hamiltonian path, "row_column" without.
-/// Run 0 is the method as it stands; the next three turn the matrix to its other facings; later
-/// ones take another Hamiltonian path, or rename the vertices and blur the costs.
+/// The runs of the methods on a device. Run 0 is the method as it stands; the next three turn the
+/// matrix to its other facings; later ones take another Hamiltonian path, or rename the vertices
+/// and blur the costs. Runs of "sorting" also go along the path from its other end, and begin at
+/// its second place, before they take another one.
 struct DeviceRuns {
+  enum class Method { row_column, steiner, sorting };
+
   const BitMatrix& m;
   const BitGraph& device;
-  std::vector<int> path;  ///< empty for "row_column"
+  Method method;
+  std::vector<int> path;  ///< a Hamiltonian one; none for row_column
   bool in_place;
   std::uint64_t seed;
 
@@ -77,6 +83,7 @@ struct DeviceRuns {
                                                  Facing facing, int slack, const Draw& draw,
                                                  const Control& control) const;
   FreeCircuit along_path(int run, const Draw& draw) const;
+  std::optional<FreeCircuit> by_sorting(int run, const Draw& draw, const Control& control) const;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -108,6 +108,7 @@ class Alternation : public SearchBase<StagedCircuit> {
     if (!found.log.empty()) offer(on_two(after_windows(two, std::move(found))), origin);
   }
   void offer(const StagedCircuit& circuit, Origin origin) {
+    if (circuit_task_.keeps_depth && circuit.size.depth > given_.size.depth) return;
     incumbent_.offer(circuit, circuit.size, origin);
   }
 

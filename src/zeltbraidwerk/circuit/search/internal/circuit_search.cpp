@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "zeltbraidwerk/circuit/search/internal/circuit_problem.h"
@@ -187,7 +188,10 @@ class CircuitSearch : public SearchBase<Network> {
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();
-    options.piece = by_layers ? 0 : tuning.piece;
+    options.most_layers = most_layers();
+    const bool limited = circuit_task_.keeps_depth &&
+                         from.events.size() < static_cast<std::size_t>(tuning.most_limited);
+    options.piece = by_layers || limited ? 0 : tuning.piece;
     options.jobs = circuit_task_.jobs;
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
@@ -197,7 +201,7 @@ class CircuitSearch : public SearchBase<Network> {
   }
 
   void offer(const Network& network, Origin origin) {
-    if (!incumbent_.counts(origin)) return;
+    if (!incumbent_.counts(origin) || network.size.depth > most_layers()) return;
     if (circuit_task_.routes || network.wires == in_order(qubits())) {
       shortest_.offer(network, network.size);
       shallowest_.offer(network, network.size);
@@ -209,6 +213,10 @@ class CircuitSearch : public SearchBase<Network> {
   const Smallest<Network>& searched() const { return task_.by_depth() ? shallowest_ : shortest_; }
   Outputs searched_outputs() const {
     return circuit_task_.routes ? task_.outputs : Outputs::in_place;
+  }
+
+  int most_layers() const {
+    return circuit_task_.keeps_depth ? problem_.given.size.depth : std::numeric_limits<int>::max();
   }
 
   bool are_freed() const { return task_.outputs != searched_outputs(); }

@@ -11,6 +11,7 @@ namespace zelt::braidwerk::internal {
 struct CircuitTask : Task {
   int jobs = 1;         ///< threads for the pieces of a long circuit
   bool routes = false;  ///< the circuit is not on the edges of the device, its network is to be
+  bool keeps_depth = false;  ///< no more layers than given; where it is not routed
 };
 
 struct CircuitFound {

@@ -77,12 +77,15 @@ class PieceWalk {
     };
     piece.names = walk.names();
     int least = options_.by_layers ? depth_of(piece.events, options_.qubits) : walk.count();
+    int most_layers = options_.most_layers;
+    if (pieces_.size() > 1 && most_layers < std::numeric_limits<int>::max()) {
+      most_layers = std::min(most_layers, depth_of(piece.events, options_.qubits));
+    }
     for (; piece.steps < most; ++piece.steps) {
       if (piece.steps % 64 == 0 && control_.stop_requested()) return;
       const float uphill =
           cooling.at(static_cast<double>(piece.steps) / static_cast<double>(planned));
-      const bool changed =
-          options_.by_layers ? walk.step(uphill, rng, least) : walk.step(uphill, rng);
+      const bool changed = walk.step(uphill, rng, options_.by_layers ? least : most_layers);
       if (changed && measure() < least) {
         least = measure();
         keep();

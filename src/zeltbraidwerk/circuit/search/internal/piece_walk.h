@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
@@ -16,10 +17,12 @@ struct PieceWalkOptions {
   /// Of all pieces together; each gets its share. The odds to go uphill fall over as many.
   std::uint64_t steps = 0;
   std::uint64_t most_steps = 0;  ///< those that are made, where the effort ends before
-  bool by_layers = false;        ///< not to more layers than the least so far; for one piece
-  std::uint64_t seed = 0;        ///< of the draws, those of a piece by its number
-  int piece = 0;                 ///< events, about; 0: all in one
-  int jobs = 1;                  ///< threads
+  /// Never to more layers; a piece of several never to more than it began with.
+  int most_layers = std::numeric_limits<int>::max();
+  bool by_layers = false;  ///< not to more layers than the least so far; for one piece
+  std::uint64_t seed = 0;  ///< of the draws, those of a piece by its number
+  int piece = 0;           ///< events, about; 0: all in one
+  int jobs = 1;            ///< threads
 };
 
 struct PieceWalkResult {

@@ -13,6 +13,10 @@ struct CircuitTuning {
   int piece = 2000;        ///< events in a piece of a circuit that is walked by itself, about
   int whole_piece = 4000;  ///< a circuit of no more events is not cut
 
+  /// A circuit of no more events is not cut where its depth is to be kept: pieces that keep theirs
+  /// may be deeper together.
+  int most_limited = 20'000;
+
   std::uint64_t routing_steps = 4'000;  ///< of the first network on a device
   std::uint64_t first_steps = 16'000;   ///< of a round with beams; each is twice as long
   int most_doublings = 8;

@@ -1,13 +1,12 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
+#include <algorithm>
+
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/unforkable.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// Symplectic matrices over one-qubit matrices and permutations.
-constexpr std::uint64_t classes[5] = {1, 1, 10, 1120, 1523200};
 
 struct Orbit {
   WindowRows first;
@@ -20,48 +19,62 @@ constexpr int orbit_shift = 16;
 
 }  // namespace
 
-template <int wires>
-void OperatorTable<wires>::fill(const WindowSymmetries<wires>& symmetries, WindowRows first,
-                                std::size_t orbit) {
-  symmetries.each_image(first, [&](unsigned element, WindowRows image) {
-    const Key key = key_of(image);
-    Slot& slot = slots_[slot_of(key)];
-    if (slot.key != 0) return;
-    slot = {key, orbit << orbit_shift | element};
-    ++size_;
-  });
-}
-
 /// Breadth first over one operator of each orbit, some dozens on four wires.
 template <int wires>
-OperatorTable<wires>::OperatorTable()
-    : slots_(std::bit_ceil(classes[wires] + classes[wires] / 4 + 8)) {
+auto OperatorTable<wires>::built() -> std::vector<Slot> {
   const Unforkable building;
-  shift_ = 64 - std::countr_zero(slots_.size());
+  std::vector<Slot> table(slots);
   const WindowSymmetries<wires> symmetries(Outputs::anywhere, (std::uint64_t{1} << moves) - 1);
-  std::vector<Orbit> orbits{{identity_rows_on(wires), 0, 0}};
-  fill(symmetries, orbits[0].first, 0);
+  const auto slot = [&](WindowRows rows) -> Slot& {
+    const Key key = key_of(rows);
+    return table[slot_of(table, key)];
+  };
+  std::vector<Orbit> orbits;
+  const auto add = [&](WindowRows first, int distance) {
+    symmetries.each_image(first, [&](unsigned element, WindowRows image) {
+      Slot& of_image = slot(image);
+      if (of_image.key == 0) of_image = {key_of(image), orbits.size() << orbit_shift | element};
+    });
+    orbits.push_back({first, distance, 0});
+  };
+  add(identity_rows_on(wires), 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
     const Orbit orbit = orbits[k];
     stop_point();
     for (unsigned move = 0; move < moves; ++move) {
       const WindowRows rows = rows_after(window_gates[move], orbit.first);
-      const Slot& slot = slots_[slot_of(key_of(rows))];
-      if (slot.key == 0) {
-        fill(symmetries, rows, orbits.size());
-        orbits.push_back({rows, orbit.distance + 1, 0});
-      } else if (orbits[slot.value >> orbit_shift].distance < orbit.distance) {
+      const Slot& found = slot(rows);
+      if (found.key == 0) {
+        add(rows, orbit.distance + 1);
+      } else if (orbits[found.value >> orbit_shift].distance < orbit.distance) {
         orbits[k].down |= std::uint64_t{1} << move;
       }
     }
   }
-  for (Slot& slot : slots_) {
-    if (slot.key == 0) continue;
-    const Orbit& orbit = orbits[slot.value >> orbit_shift];
-    const auto element = static_cast<unsigned>(slot.value & ((1U << orbit_shift) - 1));
-    slot.value = static_cast<std::uint64_t>(orbit.distance) << distance_shift |
-                 symmetries.moved(orbit.down, element);
+  for (Slot& of_class : table) {
+    if (of_class.key == 0) continue;
+    const Orbit& orbit = orbits[of_class.value >> orbit_shift];
+    const auto element = static_cast<unsigned>(of_class.value & ((1U << orbit_shift) - 1));
+    of_class.value = static_cast<std::uint64_t>(orbit.distance) << distance_shift |
+                     symmetries.moved(orbit.down, element);
   }
+  return table;
+}
+
+template <int wires>
+OperatorTable<wires>::OperatorTable() {
+  constexpr std::uint32_t layout = 1;
+  if constexpr (wires < 4) {
+    slots_ = StoredTable(built());
+  } else {
+    slots_ = stored_table<Slot>("clifford-windows-4", layout, slots, built);
+  }
+}
+
+template <int wires>
+int OperatorTable<wires>::size() const {
+  return static_cast<int>(
+      std::ranges::count_if(slots_.all(), [](const Slot& slot) { return slot.key != 0; }));
 }
 
 template <int wires>

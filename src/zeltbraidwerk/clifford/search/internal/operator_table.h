@@ -4,16 +4,19 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
+#include "zeltbraidwerk/search/internal/table_store.h"
 
 namespace zelt::braidwerk::internal {
 
 /// The fewest gates for every Clifford operator on 2 to 4 wires, up to one-qubit gates on its
 /// outputs and their order, and the gates that such a circuit may begin with. On four wires these
-/// are 1,523,200 classes, up to six gates each, in 32 MB, built in a quarter of a second.
+/// are 1,523,200 classes, up to six gates each, in 32 MB, built in a quarter of a second where no
+/// file has the table.
 template <int wires>
 class OperatorTable {
  public:
@@ -29,11 +32,11 @@ class OperatorTable {
   };
 
   Entry find(WindowRows rows) const {
-    const Slot& slot = slots_[slot_of(key_of(rows))];
+    const Slot& slot = slots_[slot_of(slots_.all(), key_of(rows))];
     return {static_cast<int>(slot.value >> distance_shift),
             slot.value & ((std::uint64_t{1} << moves) - 1)};
   }
-  int size() const { return size_; }
+  int size() const;  ///< classes; counts them
 
  private:
   using Key = std::uint64_t;
@@ -70,16 +73,19 @@ class OperatorTable {
     return key;
   }
 
-  std::size_t slot_of(Key key) const {
-    auto at = static_cast<std::size_t>((key * 0x9e3779b97f4a7c15U) >> shift_);
-    while (slots_[at].key != key && slots_[at].key != 0) at = (at + 1) & (slots_.size() - 1);
+  /// Symplectic matrices over one-qubit matrices and permutations.
+  static constexpr std::size_t classes = wires == 2 ? 10 : wires == 3 ? 1120 : 1523200;
+  static constexpr std::size_t slots = std::bit_ceil(classes + classes / 4 + 8);
+
+  static std::size_t slot_of(std::span<const Slot> table, Key key) {
+    constexpr int shift = 64 - std::countr_zero(slots);
+    auto at = static_cast<std::size_t>((key * 0x9e3779b97f4a7c15U) >> shift);
+    while (table[at].key != key && table[at].key != 0) at = (at + 1) & (slots - 1);
     return at;
   }
-  void fill(const WindowSymmetries<wires>& symmetries, WindowRows first, std::size_t orbit);
+  static std::vector<Slot> built();
 
-  int shift_ = 0;
-  int size_ = 0;
-  std::vector<Slot> slots_;
+  StoredTable<Slot> slots_;
 };
 
 extern template class OperatorTable<2>;

@@ -3,6 +3,8 @@
 #include <array>
 #include <atomic>
 #include <bit>
+#include <string>
+#include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
@@ -38,28 +40,58 @@ std::vector<unsigned> basis_beside(unsigned x, unsigned z, unsigned operators) {
   return {basis.begin() + 2, basis.end()};
 }
 
+/// Calls visit(x, z, x ^ z) for each plane, in the order of their numbers.
+template <class F>
+void each_plane(unsigned operators, F&& visit) {
+  for (unsigned x = 1; x < operators; ++x) {
+    for (unsigned z = x + 1; z < operators; ++z) {
+      if ((x ^ z) > z && anticommute(x, z)) visit(x, z, x ^ z);
+    }
+  }
+}
+
+std::vector<std::uint16_t> plane_numbers(unsigned operators) {
+  std::vector<std::uint16_t> numbers(std::size_t{operators} * operators);
+  std::uint16_t plane = 0;
+  each_plane(operators, [&](unsigned x, unsigned z, unsigned y) {
+    for (const auto& [a, b] : {std::pair{x, z}, {z, x}, {x, y}, {y, x}, {y, z}, {z, y}}) {
+      numbers[std::size_t{operators} * a + b] = plane;
+    }
+    ++plane;
+  });
+  return numbers;
+}
+
+std::vector<std::uint8_t> plane_rests(unsigned operators) {
+  std::vector<std::uint8_t> rests;
+  each_plane(operators, [&](unsigned x, unsigned z, unsigned) {
+    const std::vector<unsigned> basis = basis_beside(x, z, operators);
+    for (unsigned pauli = 0; pauli < operators; ++pauli) {
+      unsigned read = 0;
+      for (unsigned k = 0; k < basis.size(); ++k) {
+        read |= static_cast<unsigned>(anticommute(pauli, basis[k ^ 1])) << k;
+      }
+      rests.push_back(static_cast<std::uint8_t>(read));
+    }
+  });
+  return rests;
+}
+
+/// Goes up when the tables change.
+constexpr std::uint32_t layout = 1;
+
 }  // namespace
 
 template <int wires>
 Planes<wires>::Planes() {
-  for (unsigned x = 1; x < operators; ++x) {
-    for (unsigned z = x + 1; z < operators; ++z) {
-      const unsigned y = x ^ z;
-      if (y < z || !anticommute(x, z)) continue;
-      const auto plane = static_cast<std::uint16_t>(rest_.size());
-      for (const auto& [a, b] : {std::pair{x, z}, {z, x}, {x, y}, {y, x}, {y, z}, {z, y}}) {
-        number_[a][b] = plane;
-      }
-      auto& rest = rest_.emplace_back();
-      const std::vector<unsigned> basis = basis_beside(x, z, operators);
-      for (unsigned pauli = 0; pauli < operators; ++pauli) {
-        unsigned read = 0;
-        for (unsigned k = 0; k < basis.size(); ++k) {
-          read |= static_cast<unsigned>(anticommute(pauli, basis[k ^ 1])) << k;
-        }
-        rest[pauli] = static_cast<std::uint8_t>(read);
-      }
-    }
+  if constexpr (wires < 4) {
+    numbers_ = StoredTable(plane_numbers(operators));
+    rests_ = StoredTable(plane_rests(operators));
+  } else {
+    numbers_ = stored_table<std::uint16_t>("clifford-planes-4", layout, operators * operators,
+                                           [] { return plane_numbers(operators); });
+    rests_ = stored_table<std::uint8_t>("clifford-planes-4-rests", layout, count * operators,
+                                        [] { return plane_rests(operators); });
   }
 }
 
@@ -69,30 +101,41 @@ const Planes<wires>& Planes<wires>::shared() {
   return planes;
 }
 
+template <int wires>
+PlacedTable<wires>::PlacedTable(std::uint64_t allowed) : allowed_(allowed) {
+  if constexpr (wires < 4) {
+    residues_ = StoredTable(residues());
+  } else {
+    residues_ = stored_table<std::uint8_t>("clifford-placed-4-" + std::to_string(allowed), layout,
+                                           (size + 3) / 4, [this] { return residues(); });
+  }
+}
+
 /// Breadth first over one operator of each orbit.
 template <int wires>
-PlacedTable<wires>::PlacedTable(std::uint64_t allowed)
-    : allowed_(allowed), residues_((size + 3) / 4, std::uint8_t{0xff}) {
-  const WindowSymmetries<wires> symmetries(Outputs::in_place, allowed);
+std::vector<std::uint8_t> PlacedTable<wires>::residues() const {
+  std::vector<std::uint8_t> residues((size + 3) / 4, std::uint8_t{0xff});
+  const WindowSymmetries<wires> symmetries(Outputs::in_place, allowed_);
   std::vector<WindowRows> orbits;
   const auto fill = [&](WindowRows rows, unsigned value) {
     orbits.push_back(rows);
     symmetries.each_image(rows, [&](unsigned, WindowRows image) {
       const std::size_t k = index(image);
       // From 3, which is all ones.
-      residues_[k / 4] &= static_cast<std::uint8_t>(~((3 - value) << (2 * (k % 4))));
+      residues[k / 4] &= static_cast<std::uint8_t>(~((3 - value) << (2 * (k % 4))));
     });
   };
   fill(identity_rows_on(wires), 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
     stop_point();
-    const unsigned next = (residue(orbits[k]) + 1) % 3;
+    const unsigned next = (residue(residues, index(orbits[k])) + 1) % 3;
     for (unsigned move = 0; move < moves; ++move) {
       if (!allows(move)) continue;
       const WindowRows rows = rows_after(window_gates[move], orbits[k]);
-      if (residue(rows) == 3) fill(rows, next);
+      if (residue(residues, index(rows)) == 3) fill(rows, next);
     }
   }
+  return residues;
 }
 
 template <int wires>

@@ -3,9 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
+#include "zeltbraidwerk/search/internal/table_store.h"
 #include "zeltbraidwerk/search/internal/window_shape.h"
 
 namespace zelt::braidwerk::internal {
@@ -16,26 +18,26 @@ namespace zelt::braidwerk::internal {
 template <int wires>
 class Planes {
  public:
-  static constexpr int operators = 1 << (2 * wires);
-  static constexpr int count = (operators - 1) * (operators / 2) / 6;
+  static constexpr std::size_t operators = std::size_t{1} << (2 * wires);
+  static constexpr std::size_t count = (operators - 1) * (operators / 2) / 6;
 
   static const Planes& shared();
 
-  int number(unsigned x, unsigned z) const { return number_[x][z]; }
+  int number(unsigned x, unsigned z) const { return numbers_[operators * x + z]; }
   unsigned rest(int plane, unsigned pauli) const {
-    return rest_[static_cast<std::size_t>(plane)][pauli];
+    return rests_[operators * static_cast<std::size_t>(plane) + pauli];
   }
 
  private:
   Planes();
 
-  std::array<std::array<std::uint16_t, operators>, operators> number_{};
-  std::vector<std::array<std::uint8_t, operators>> rest_;
+  StoredTable<std::uint16_t> numbers_;
+  StoredTable<std::uint8_t> rests_;
 };
 
 /// The fewest gates for every Clifford operator on 2 to 4 wires with its outputs in place, up to
 /// one-qubit gates on them, with gates on some pairs of wires alone. On four wires these are
-/// 36,556,800 classes in 9 MB, built in about a second.
+/// 36,556,800 classes in 9 MB, built in one to two seconds where no file has the table.
 ///
 /// Only distances modulo 3 are held: one gate changes them by one at most.
 template <int wires>
@@ -52,10 +54,7 @@ class PlacedTable {
   static const PlacedTable& of(WindowGraph graph);
 
   /// The distance modulo 3, or 3 out of reach.
-  unsigned residue(WindowRows rows) const {
-    const std::size_t k = index(rows);
-    return residues_[k / 4] >> (2 * (k % 4)) & 3U;
-  }
+  unsigned residue(WindowRows rows) const { return residue(residues_.all(), index(rows)); }
   /// -1 out of reach. Goes all the way down.
   int distance(WindowRows rows) const;
   bool allows(unsigned move) const { return (allowed_ >> move & 1) != 0; }
@@ -77,13 +76,18 @@ class PlacedTable {
              PlacedTable<wires - 1>::index(rest);
     }
   }
+  static unsigned residue(std::span<const std::uint8_t> residues, std::size_t k) {
+    return residues[k / 4] >> (2 * (k % 4)) & 3U;
+  }
+  std::vector<std::uint8_t> residues() const;
+
   static constexpr std::size_t size = wires == 2 ? 20 : wires == 3 ? 6720 : 36556800;
 
   template <int>
   friend class PlacedTable;
 
   std::uint64_t allowed_;
-  std::vector<std::uint8_t> residues_;  ///< four per byte
+  StoredTable<std::uint8_t> residues_;  ///< four per byte
 };
 
 extern template class PlacedTable<2>;

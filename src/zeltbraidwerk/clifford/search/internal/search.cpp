@@ -1,11 +1,13 @@
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/beams.h"
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/device_search.h"
+#include "zeltbraidwerk/clifford/search/internal/five_wires.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
@@ -25,8 +27,14 @@ constexpr const CliffordTuning& tuning = clifford_tuning;
 /// closing one is better than what any search finds in place from the start.
 class CliffordSearch : public SearchBase<GateList> {
  public:
-  CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort)
-      : SearchBase(task, effort), images_(images), wires_(images.qubits()), beams_(images) {
+  CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort,
+                 OnFiveQubits on_five)
+      : SearchBase(task, effort),
+        images_(images),
+        wires_(images.qubits()),
+        finds_fewest_(wires_ == FiveWireRows::wires && on_five == OnFiveQubits::finds_fewest &&
+                      !task.by_depth()),
+        beams_(images) {
     meter_.prove(bound_of_operator(beams_.operator_rows(), task.outputs, nullptr));
   }
 
@@ -48,6 +56,7 @@ class CliffordSearch : public SearchBase<GateList> {
       // With more effort a greedy run that was cut would lead to another circuit to close.
       offer(with_outputs_in_place(shortest_.circuit(), window_wires(0), rng_));
     }
+    if (finds_fewest_ && !meter_.ended()) find_fewest();
   }
 
   bool finished() const {
@@ -82,6 +91,18 @@ class CliffordSearch : public SearchBase<GateList> {
     }
   }
 
+  /// What is left to do is to make its layers fewer.
+  void find_fewest() {
+    FiveWireSearch search(beams_.operator_rows(), task_.outputs, rng_, meter_);
+    const std::optional<GateList> fewest = search.run();
+    if (fewest) {
+      if (!task_.in_place()) shorten(*fewest);
+      offer(*fewest);
+      has_fewest_ = true;
+    }
+    meter_.prove({search.least(), layers_to_hold(search.least(), wires_)});
+  }
+
   void round_freely(const Round& round) {
     const WindowRewriter rewriter(window_wires(round.number));
     begin_anew(round);
@@ -109,11 +130,11 @@ class CliffordSearch : public SearchBase<GateList> {
     anneal(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
   }
 
-  /// On more than four qubits, a beam and half a walk from there. False where the round has no
+  /// A beam and half a walk from there. False where the fewest gates are known, or the round has no
   /// effort for it.
   bool begin_anew(const Round& round) {
     const Side side = beams_.side_for(round.number);
-    const int width = has_table() ? 0 : beams_.width_for(side, round.steps);
+    const int width = has_table() || has_fewest_ ? 0 : beams_.width_for(side, round.steps);
     if (width == 0) return false;
     GateList found = beam(side, width, meter_);
     if (meter_.ended()) return false;
@@ -173,9 +194,11 @@ class CliffordSearch : public SearchBase<GateList> {
 
   const PauliFrame& images_;
   int wires_;
+  bool finds_fewest_;
   CliffordBeams beams_;
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
   bool nothing_left_ = false;
+  bool has_fewest_ = false;  // found by FiveWireSearch
 };
 
 }  // namespace
@@ -190,16 +213,18 @@ bool are_images_of_operator(const PauliFrame& images) {
   return true;
 }
 
-GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort) {
+GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
+                       OnFiveQubits on_five) {
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
   if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
-  CliffordSearch search(images, task, effort);
+  CliffordSearch search(images, task, effort, on_five);
   run_search(search);
   return search.incumbent().circuit();
 }
 
-PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort) {
-  return to_circuit(clifford_list(images, task, effort), images);
+PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
+                              OnFiveQubits on_five) {
+  return to_circuit(clifford_list(images, task, effort, on_five), images);
 }
 
 }  // namespace zelt::braidwerk::internal

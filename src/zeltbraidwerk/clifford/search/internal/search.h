@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -10,6 +12,12 @@ namespace zelt::braidwerk::internal {
 /// Whether these can be the images of X, then of Z, on all qubits under an operator.
 bool are_images_of_operator(const PauliFrame& images);
 
+/// What a search does on five qubits, where layers are not asked for.
+enum class OnFiveQubits : std::uint8_t {
+  searches,      ///< as on more
+  finds_fewest,  ///< finds the fewest gates from the first step on, in some milliseconds
+};
+
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
 /// included. One greedy run whatever the effort, above 256 qubits a plain elimination; then wider
 /// beams and walks in turns until it ends. By depth a layered form comes first. On up to four
@@ -18,10 +26,12 @@ bool are_images_of_operator(const PauliFrame& images);
 ///
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
-/// windows 32 MB, once, and with outputs in place 12 MB more.
-PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort);
+/// windows 32 MB, once, with outputs in place 12 MB more, and the table for five qubits 8 MB.
+PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
+                              OnFiveQubits on_five = OnFiveQubits::searches);
 
 /// The same as a list of gates, signs left out.
-GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort);
+GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
+                       OnFiveQubits on_five = OnFiveQubits::searches);
 
 }  // namespace zelt::braidwerk::internal

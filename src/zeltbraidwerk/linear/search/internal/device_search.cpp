@@ -75,6 +75,11 @@ class CnotDeviceSearch : public SearchBase<GateList> {
       plain = plain_draws();
       offer(cleared_on_device(m_, device_, true, std::ref(plain)));
     }
+    if (task_.by_depth() && has_circuit_) {
+      const auto sorted =
+          sorted_along_path(m_, device_, device_tuning.path_operations, meter_.control());
+      if (sorted) offer(*sorted);
+    }
     if (n_ > device_tuning.greedy_wires || !has_circuit_ || meter_.proven()) return;
     plain = plain_draws();
     const auto along =

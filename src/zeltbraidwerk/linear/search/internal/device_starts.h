@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/walk.h"
@@ -17,5 +18,9 @@ GateList cleared_on_device(const BitMatrix& m, const BitGraph& device, bool free
 /// operations than that.
 std::optional<GateList> cleared_along_path(const BitMatrix& m, const BitGraph& device,
                                            int operations, const Draw& draw);
+
+/// The shallowest of some circuits by sorting along such a path.
+std::optional<GateList> sorted_along_path(const BitMatrix& m, const BitGraph& device,
+                                          int operations, const Control& control);
 
 }  // namespace zelt::braidwerk::internal

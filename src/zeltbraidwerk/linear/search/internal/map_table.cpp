@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <string>
 #include <tuple>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
@@ -31,8 +32,7 @@ MapTable::MapTable(int wires, WindowGraph graph, bool permuted)
       low_column_(0),
       identity_(0),
       graph_(graph),
-      permuted_(permuted),
-      distance_(std::size_t{1} << (wires * wires), unreachable) {
+      permuted_(permuted) {
   for (int r = 0; r < wires; ++r) {
     low_column_ |= 1U << (wires * r);
     identity_ |= 1U << (wires * r + r);
@@ -42,10 +42,17 @@ MapTable::MapTable(int wires, WindowGraph graph, bool permuted)
       }
     }
   }
-  fill();
+  constexpr std::uint32_t layout = 1;
+  const std::string name = "linear-maps-" + std::to_string(wires) + "-" + std::to_string(graph) +
+                           (permuted ? "-anywhere" : "-in-place");
+  distance_ = wires < most_window_wires ? StoredTable(distances())
+                                        : stored_table<std::uint8_t>(
+                                              name, layout, std::size_t{1} << (wires * wires),
+                                              [this] { return distances(); });
 }
 
-void MapTable::fill() {
+std::vector<std::uint8_t> MapTable::distances() const {
+  std::vector<std::uint8_t> distances(std::size_t{1} << (wires_ * wires_), unreachable);
   // Names of wires that keep the graph change no distance, nor do other places of the outputs
   // where those are free: one matrix of each class is enough to go on from.
   struct Symmetry {
@@ -71,7 +78,7 @@ void MapTable::fill() {
           image |= rows[static_cast<std::size_t>(r)]
                    << (wires_ * names[static_cast<std::size_t>(r)]);
         }
-        distance_[image] = distance;
+        distances[image] = distance;
       };
       if (permuted_) {
         for (const WireNames& names : namings) place(names);
@@ -94,7 +101,7 @@ void MapTable::fill() {
       stop_point();
       for (const Move move : moves_) {
         const SmallMatrix neighbour = without(m, move);
-        if (distance_[neighbour] != unreachable) continue;
+        if (distances[neighbour] != unreachable) continue;
         const SmallMatrix other = without(turned, {move.target, move.control});
         mark(neighbour, distance);
         mark(other, distance);
@@ -103,6 +110,7 @@ void MapTable::fill() {
     }
     std::swap(level, next);
   }
+  return distances;
 }
 
 const MapTable& MapTable::of(int wires, WindowGraph graph, bool permuted) {

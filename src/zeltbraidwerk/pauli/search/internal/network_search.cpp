@@ -237,6 +237,7 @@ PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task
   if (open.proven) return result_of(open.network, rotations, task, false);
   NetworkTask closed_task = task;
   closed_task.outputs = Outputs::in_place;
+  closed_task.given = nullptr;
   Effort rest = effort;
   rest.on_bound = nullptr;  // what closed networks take, open ones might not
   Answer closed = open;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <string>
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
@@ -81,15 +82,27 @@ ParityTable::ParityTable(WindowGraph graph, bool permuted) {
   fill_renamed_sets(namings);
   const std::vector<SmallMatrix> first_of_kind = fill_places(namings);
   fill_moves(graph);
-  fill_distances(first_of_kind, steps_between(first_of_kind, namings), permuted);
-  any_end_.resize(sets);
+  constexpr std::uint32_t layout = 1;
+  const std::string name =
+      "phase-parities-" + std::to_string(graph) + (permuted ? "-anywhere" : "-in-place");
+  distance_ = stored_table<std::uint8_t>(name, layout, first_of_kind.size() * sets, [&] {
+    return distances(first_of_kind, steps_between(first_of_kind, namings), permuted);
+  });
+  any_end_ = stored_table<std::uint16_t>(name + "-ends", layout, sets,
+                                         [&] { return any_ends(first_of_kind); });
+}
+
+std::vector<std::uint16_t> ParityTable::any_ends(
+    const std::vector<SmallMatrix>& first_of_kind) const {
+  std::vector<std::uint16_t> ends;
   for (std::size_t set = 0; set < sets; ++set) {
     std::size_t best = 0;
     for (std::size_t kind = 1; kind < first_of_kind.size(); ++kind) {
       if (distance_[kind * sets + set] < distance_[best * sets + set]) best = kind;
     }
-    any_end_[set] = static_cast<std::uint16_t>(first_of_kind[best]);
+    ends.push_back(static_cast<std::uint16_t>(first_of_kind[best]));
   }
+  return ends;
 }
 
 void ParityTable::fill_renamed_sets(const std::vector<WireNames>& namings) {
@@ -172,16 +185,17 @@ std::vector<ParityTable::Step> ParityTable::steps_between(
 
 /// Level by level: which sets can be shown within a number of gates, for all sets of a kind at
 /// once.
-void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
-                                 const std::vector<Step>& steps, bool permuted) {
+std::vector<std::uint8_t> ParityTable::distances(const std::vector<SmallMatrix>& first_of_kind,
+                                                 const std::vector<Step>& steps,
+                                                 bool permuted) const {
   const std::size_t kinds = first_of_kind.size();
-  distance_.assign(kinds * sets, 255);
+  std::vector<std::uint8_t> distances(kinds * sets, 255);
   std::vector<SumFamily> reached(kinds, SumFamily{});
   for (std::size_t kind = 0; kind < kinds; ++kind) {
     const SmallMatrix m = first_of_kind[kind];
     if (m == identity || (permuted && is_permutation(m))) {
       reached[kind][0] = 1;
-      distance_[kind * sets] = 0;
+      distances[kind * sets] = 0;
     }
   }
   bool any = true;
@@ -202,12 +216,13 @@ void ParityTable::fill_distances(const std::vector<SmallMatrix>& first_of_kind,
         std::uint64_t rest = family[w] & ~before[kind][w];
         any |= rest != 0;
         for (; rest != 0; rest &= rest - 1) {
-          distance_[kind * sets + w * 64 + static_cast<std::size_t>(std::countr_zero(rest))] =
+          distances[kind * sets + w * 64 + static_cast<std::size_t>(std::countr_zero(rest))] =
               level;
         }
       }
     }
   }
+  return distances;
 }
 
 const ParityTable& ParityTable::of(WindowGraph graph, bool permuted) {

@@ -7,6 +7,7 @@
 
 #include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/table_store.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
@@ -20,7 +21,7 @@ using SumSet = std::uint16_t;
 /// stand there from the start and are left out.
 ///
 /// 2 MB on the complete graph, up to 21 MB on the path, as there is one entry for all matrices and
-/// sets that differ by names of wires alone. Built in 0.05 to 0.35 s.
+/// sets that differ by names of wires alone. Built in 0.05 to 0.35 s where no file has the table.
 class ParityTable {
  public:
   ParityTable(WindowGraph graph, bool permuted);
@@ -72,14 +73,15 @@ class ParityTable {
   void fill_moves(WindowGraph graph);
   std::vector<Step> steps_between(const std::vector<SmallMatrix>& first_of_kind,
                                   const std::vector<WireNames>& namings) const;
-  void fill_distances(const std::vector<SmallMatrix>& first_of_kind, const std::vector<Step>& steps,
-                      bool permuted);
+  std::vector<std::uint8_t> distances(const std::vector<SmallMatrix>& first_of_kind,
+                                      const std::vector<Step>& steps, bool permuted) const;
+  std::vector<std::uint16_t> any_ends(const std::vector<SmallMatrix>& first_of_kind) const;
 
   std::vector<Place> place_;                              // by matrix
   std::vector<std::array<std::uint16_t, sets>> renamed_;  // by renaming
   std::vector<Move> moves_;
-  std::vector<std::uint8_t> distance_;
-  std::vector<std::uint16_t> any_end_;
+  StoredTable<std::uint8_t> distance_;
+  StoredTable<std::uint16_t> any_end_;
 };
 
 }  // namespace zelt::braidwerk::internal
