@@ -92,10 +92,10 @@ void bind_circuit_optimize(nb::module_& m) {
       "_fold_circuit",
       [](int n, const Gates& gates) {
         check_circuit(gates, n);
-        return unlocked([&] {
+        return interruptible(std::nullopt, n, [&](const internal::Control&) {
           internal::StepCircuit circuit = internal::read_steps(n, gates);
           internal::fold(circuit);
-          return internal::written(circuit);
+          return std::optional(internal::written(circuit));
         });
       },
       "n"_a, "gates"_a);

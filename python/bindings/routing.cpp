@@ -121,10 +121,10 @@ void bind_normal_form(nb::module_& m) {
       "_normal_form",
       [](const Circuit& circuit, int n, bool merge) {
         check_circuit(circuit, n);
-        return unlocked([&] {
+        return interruptible(std::nullopt, n, [&](const internal::Control&) {
           internal::NormalForm form =
               internal::normal_form(circuit, OperatorTableau(n), true, merge, true);
-          return std::pair(form.blocks(), std::move(form.clifford));
+          return std::optional(std::pair(form.blocks(), std::move(form.clifford)));
         });
       },
       "circuit"_a, "n"_a, "merge"_a, "(blocks, tableau); symbolic sums keep all digits.");

@@ -46,8 +46,11 @@ void PythonCalls::report(const SearchPoint& point) {
 bool PythonCalls::stop() {
   if (interrupted_) return true;
   const nb::gil_scoped_acquire lock;
-  if (PyErr_CheckSignals() != 0) {
-    nb::python_error error;
+  try {
+    if (PyErr_CheckSignals() != 0) throw nb::python_error();
+    // Runs the interpreter, which raises what another thread has sent to this one.
+    nb::module_::import_("zeltbraidwerk._search").attr("look_for_exceptions")();
+  } catch (nb::python_error& error) {
     take(error);
   }
   return interrupted_;

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import functools
 from collections.abc import Callable, Mapping
+from itertools import starmap
 from typing import Any, ParamSpec, TypeVar
 
 from zeltbraidwerk import errors
@@ -15,25 +16,35 @@ _WRITTEN = (bool, int, float, str)  # values that are shown; others are shown as
 _LONGEST = 60  # characters of a value
 
 
+def append_result(done: list[R], function: Callable[[], R]) -> None:
+    """Appends what the function returns. Ctrl-C cannot come between both, where what was made
+    would be lost: nothing here runs the interpreter after the function has returned."""
+    done.extend(starmap(function, [()]))
+
+
 def recorded(name: str, *positional: str) -> Callable[[Callable[P, R]], Callable[P, R]]:
     """Decorates a function that returns a result: the field ``call`` of the result, or of the best
     so far where Ctrl-C ends the call, becomes the text of the call, with the seed that was
-    drawn. Where memory runs out, the function raises a TooLargeError."""
+    drawn. Wherever in the call Ctrl-C comes, an Interrupted is raised; where memory runs out, a
+    TooLargeError."""
 
     def decorate(function: Callable[P, R]) -> Callable[P, R]:
         @functools.wraps(function)
         def call(*args: P.args, **given: P.kwargs) -> R:
+            done: list[R] = []
             try:
-                return _noted(function(*args, **given), name, positional, given)
+                append_result(done, functools.partial(function, *args, **given))
+                return _noted(done[0], name, positional, given)
             except MemoryError:  # in spite of the limit, where others have taken what there was
                 raise errors.TooLargeError(
                     "memory: there is not enough for this input and these options; a smaller "
                     "input, fewer jobs or another method takes less"
                 ) from None
-            except errors.Interrupted as stopped:
-                if stopped.best is not None:
-                    _noted(stopped.best, name, positional, given)
-                raise
+            except KeyboardInterrupt as stopped:
+                best = done[0] if done else getattr(stopped, "best", None)
+            if best is not None:
+                _noted(best, name, positional, given)
+            raise errors.Interrupted(f"stopped, best so far: {best}", best)
 
         return call
 

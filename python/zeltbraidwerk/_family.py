@@ -12,9 +12,10 @@ import secrets
 import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass, replace
+from functools import partial
 from typing import Any, TypeVar
 
-from zeltbraidwerk import _core, _renamed, _search, _start, _validate, errors
+from zeltbraidwerk import _calls, _core, _renamed, _search, _start, _validate, errors
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.devices import Device
@@ -131,27 +132,44 @@ class Call:
         options = _core._SynthesisOptions(
             self.method, getattr(_core._Objective, self.objective), outputs,
             None if self.site is None else self.site.adjacency, self.seed(), effort.restarts,
-            effort.budget, effort.steps, effort.jobs,
+            self._budget(), effort.steps, effort.jobs,
             _search.teller(self.progress, self.objective == "depth"),
             None if self.known is None else self.known.on_wires(self.site),
         )  # fmt: skip
+
+        def result_of(summary: Any, *made: Any) -> R:
+            found = Found(
+                summary.method,
+                tuple(summary.permutation),
+                summary.seed if seed_given is None else seed_given,
+                summary.runs,
+                tuple(_search.Point(*point) for point in summary.trace),
+                summary.least_count,
+                summary.least_depth,
+            )
+            return make(found, *made)
+
+        done: list[tuple[Any, ...]] = []
+        stopped = False
         try:
-            summary, *made = kernel(*given, options, **own)
-        except KeyboardInterrupt:
-            raise errors.Interrupted("stopped, best so far: None") from None
-        found = Found(
-            summary.method,
-            tuple(summary.permutation),
-            summary.seed if seed_given is None else seed_given,
-            summary.runs,
-            tuple(_search.Point(*point) for point in summary.trace),
-            summary.least_count,
-            summary.least_depth,
-        )
-        result = make(found, *made)
-        if summary.stopped:
-            raise errors.Interrupted(f"stopped, best so far: {result}", result)
-        return result
+            _calls.append_result(done, partial(kernel, *given, options, **own))
+            result = result_of(*done[0])
+            stopped = done[0][0].stopped
+        except KeyboardInterrupt:  # within the kernel, or while its result is read
+            stopped = True
+        if not stopped:
+            return result
+        best = result_of(*done[0]) if done else None
+        raise errors.Interrupted(f"stopped, best so far: {best}", best)
+
+    def _budget(self) -> float | None:
+        """Of the compiled part. What takes long to read takes longer to write, which comes after
+        it; at most half of the time is kept for that."""
+        if self.effort.budget is None:
+            return None
+        read = self.elapsed
+        left = self.effort.budget - read
+        return max(left - min(3 * read, left / 2), min(self.effort.budget, 1e-3))
 
     def result(self, kind: type[R], found: Found, n: int, **own: Any) -> R:
         """The result of a family for ``n`` wires; ``own`` has the circuit and the fields of the

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import time
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, replace
 from functools import cached_property
@@ -30,6 +31,7 @@ _STEPS_OF_TRY = 10_000
 _MOST_ROUTED = 30_000  # gates in all tries for one circuit
 _NETWORKS = 3  # placements for which circuits are made anew
 _BEGINNINGS = 12  # of the search for placements
+_MOST_PLAIN = 5_000  # operations of a circuit that Ctrl-C puts on the edges where it meets no other
 
 # Shares of the effort. Circuits on the edges are walked in rounds: so many of the best, and what
 # these get together.
@@ -45,11 +47,14 @@ class OnDevice:
     call: Call
     source: Circuit
     options: Mapping[str, Any]
+    _start: Placement | None = None  # of the caller
+    _has_found: bool = False
 
     def run(self, placement: Any, router: str) -> Optimization:
         n = self.source.n
         assert self.call.device is not None
         self.call.site, given = Site.around(self.call.device, n, placement)
+        self._start = given
         device = self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
@@ -67,11 +72,20 @@ class OnDevice:
         try:
             for routed in candidates:
                 found.append(routed)
+                self._has_found = True
+                if self._is_over():
+                    break
+            if not found:
+                found.append(self._plainly())
             for kept, share in rounds:
                 found = sorted(found, key=self._size)[:kept]
                 for k in range(len(found)):
+                    if self._is_over(0.9):
+                        break
                     self._walk(found, k, share / len(found))
         except KeyboardInterrupt:
+            if not found and len(self.source) <= _MOST_PLAIN:
+                found = [self._plainly()]
             whole = self._placed(min(found, key=self._size)) if found else None
             raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
         return self._placed(min(found, key=self._size))
@@ -106,6 +120,8 @@ class OnDevice:
         for each in self._by_swaps(_swaps.routes, given) if not has_pieces else ():
             routed.append(each)
             yield each
+        if self._is_late():
+            return
         places = [each.placement for each in sorted(routed, key=self._size)[:1]]
         places += [given] if given is not None else self._placements()
         places = list(dict.fromkeys(places))[:_NETWORKS]
@@ -115,6 +131,8 @@ class OnDevice:
         """The source, placed and optimised on the edges; with ``route`` made anew on them from its
         rotations."""
         for placement in places:
+            if self._has_found and self._is_late():
+                return
             wide = self.source.placed(placement, self._device().n)
             options = {**self.options, "route": route}
             try:
@@ -125,9 +143,19 @@ class OnDevice:
                 raise
             yield Routed.of(found, placement)
 
+    def _plainly(self) -> Routed:
+        """The source on the edges, made in milliseconds."""
+        n = self._device().n
+        start = tuple(range(self.source.n)) if self._start is None else self._start
+        wide = self.source.placed(start, n)
+        return Routed.of(self._as_given(_swaps.plainly(wide, self._device())), start)
+
     def _by_trees(self) -> Iterator[Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
-        found = routing.route(self.source, self._device())
+        try:
+            found = routing.route(self.source, self._device(), budget=self._left())
+        except errors.UnfinishedError:
+            return
         yield Routed.of(self._as_given(found.circuit), found.placement)
 
     def _by_swaps(self, routes: _swaps.Router, given: Placement | None) -> Iterator[Routed]:
@@ -137,11 +165,15 @@ class OnDevice:
         for shorter in self._to_route():
             gates = shorter.circuit.split_ending()[0].unitary()
             made: dict[tuple[Circuit, Placement], _swaps.Route] = {}
+            tries = self._tries(len(gates))
             try:
-                for route in routes(gates, self._device(), given, self._tries(len(gates)), seed):
+                for route in routes(gates, self._device(), given, tries, seed, self._is_late):
                     made[route.circuit, route.placement] = route
+                    self._has_found = True
                     if self._is_late():
                         break
+            except _swaps.OutOfTimeError:
+                pass
             except KeyboardInterrupt:
                 for route in made.values():
                     yield self._closed(shorter, route)
@@ -152,7 +184,8 @@ class OnDevice:
     def _to_route(self) -> Iterator[Optimization]:
         """The source first, so that Ctrl-C soon finds a circuit."""
         yield self._as_given(self.source)
-        yield from self._logical
+        if not self._is_late():
+            yield from self._logical
 
     def _closed(self, shorter: Optimization, route: _swaps.Route) -> Routed:
         """The route with the ending of the source. Unless outputs may be anywhere, qubits are
@@ -176,8 +209,9 @@ class OnDevice:
         back = np.zeros((n, n), dtype=np.bool_)
         back[range(n), ends] = True
         found = linear.synthesize(
-            back, device=self._device(), method="search", seed=self.call.seed(), steps=0
-        )
+            back, device=self._device(), method="search", seed=self.call.seed(), steps=0,
+            budget=self._left(),
+        )  # fmt: skip
         return found.circuit.to_circuit()
 
     @cached_property
@@ -187,6 +221,8 @@ class OnDevice:
         short on other pairs takes more SWAPs."""
         found = []
         for k in range(_LOGICAL if len(self.source) < _MOST_ROUTED else 1):
+            if found and self._is_late():
+                break
             call = replace(
                 self._with_share(_LOGICAL_SHARE / _LOGICAL),
                 device=None, site=None, permutation="exact", progress=None,
@@ -223,8 +259,9 @@ class OnDevice:
 
     def _with_share(self, share: float) -> Call:
         """The call with a share of its effort."""
-        effort = self.call.effort
+        effort, begin = self.call.effort, self.call.begin
         if share < 1:
+            begin = time.perf_counter()
             steps, budget = self._steps(), effort.budget
             if budget is not None:
                 budget = max(min(budget * share, budget - self.call.elapsed), 1e-3)
@@ -232,7 +269,7 @@ class OnDevice:
             effort = replace(effort, steps=steps, budget=budget)
         device = self._device()
         return replace(
-            self.call, effort=replace(effort, seed=self.call.seed()), device=device,
+            self.call, begin=begin, effort=replace(effort, seed=self.call.seed()), device=device,
             site=Site(device, tuple(range(device.n))), progress=self.progress,
         )  # fmt: skip
 
@@ -249,9 +286,18 @@ class OnDevice:
         return max(min(tries, _MOST_TRIES, _MOST_ROUTED // max(gates, 1)), 1)
 
     def _is_late(self) -> bool:
-        """Walks want half of the time."""
+        """Walks want half of the time, once there is a circuit."""
+        share = 0.5 if self._has_found else 0.9
+        return self._is_over(share)
+
+    def _is_over(self, share: float = 1.0) -> bool:
         budget = self.call.effort.budget
-        return budget is not None and self.call.elapsed > budget / 2
+        return budget is not None and self.call.elapsed > budget * share
+
+    def _left(self) -> float | None:
+        """Of the budget, in seconds."""
+        budget = self.call.effort.budget
+        return None if budget is None else max(budget - self.call.elapsed, 1e-3)
 
     # --- results ----------------------------------------------------------------------------------
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import time
 from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass, replace
 from itertools import zip_longest
@@ -89,8 +90,8 @@ class Assembly:
             )
             last = k + 1 == len(self.pieces)
             call = replace(
-                call, effort=effort, permutation=call.permutation if last else "exact",
-                progress=self._progress(k, done),
+                call, begin=time.perf_counter(), effort=effort, progress=self._progress(k, done),
+                permutation=call.permutation if last else "exact",
             )  # fmt: skip
 
         def made(

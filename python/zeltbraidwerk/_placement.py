@@ -4,7 +4,7 @@ near each other."""
 from __future__ import annotations
 
 import random
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 
 import numpy as np
 import numpy.typing as npt
@@ -17,9 +17,12 @@ Placement = tuple[int, ...]
 _MOST_NODES = 20_000
 
 
-def placements(circuit: Circuit, device: Device, tries: int, seed: int) -> Iterator[Placement]:
+def placements(
+    circuit: Circuit, device: Device, tries: int, seed: int, late: Callable[[], bool] | None = None
+) -> Iterator[Placement]:
     """Places for the qubits, the best first: from random beginnings, moves of one qubit and
-    exchanges of two as long as the sum over all two-qubit gates of the distance falls."""
+    exchanges of two as long as the sum over all two-qubit gates of the distance falls. Fewer than
+    ``tries`` when ``late`` says so."""
     rng = random.Random(seed)
     weights = _weights(circuit)
     lengths = distances(device)
@@ -27,6 +30,8 @@ def placements(circuit: Circuit, device: Device, tries: int, seed: int) -> Itera
     for _ in range(tries):
         place = _improved(weights, lengths, rng)
         found[tuple(place)] = _cost(weights, lengths, np.array(place))
+        if late is not None and late():
+            break
     yield from sorted(found, key=lambda place: (found[place], place))
 
 

@@ -6,7 +6,7 @@ from collections.abc import Iterator
 
 from zeltbraidwerk import _interop
 from zeltbraidwerk._placement import Placement
-from zeltbraidwerk._swaps import Route
+from zeltbraidwerk._swaps import Late, Route
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 
@@ -14,9 +14,9 @@ _BASIS = ["cx", "cz", "swap", "h", "s", "sdg", "x", "y", "z", "rx", "ry", "rz"]
 
 
 def routes(
-    circuit: Circuit, device: Device, given: Placement | None, tries: int, seed: int
+    circuit: Circuit, device: Device, given: Placement | None, tries: int, seed: int, late: Late
 ) -> Iterator[Route]:
-    """One per seed of Qiskit's."""
+    """One per seed of Qiskit's. At least one, however late it is."""
     transpiler = _interop._package("qiskit.transpiler")
     gates = circuit.unitary().to_qiskit()
     edges = [pair for a, b in device.edges for pair in ((a, b), (b, a))]

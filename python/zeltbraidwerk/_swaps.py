@@ -10,11 +10,13 @@ import random
 from collections import defaultdict
 from collections.abc import Callable, Iterator, Sequence
 from dataclasses import dataclass
+from itertools import pairwise
 
 from zeltbraidwerk._placement import Placement, distances, embedding, placements
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.instructions import Operation
 
 _AHEAD = 40  # two-qubit gates after the next ones that are looked at
 _WEIGHT_AHEAD = 1.0  # of all of these, against the next ones
@@ -36,21 +38,27 @@ class Route:
     ends: Placement
 
 
-Router = Callable[[Circuit, Device, Placement | None, int, int], Iterator[Route]]
+Late = Callable[[], bool]
+Router = Callable[[Circuit, Device, Placement | None, int, int, Late], Iterator[Route]]
+
+
+class OutOfTimeError(Exception):
+    """Raised amid a route when it is late."""
 
 
 def routes(
-    circuit: Circuit, device: Device, given: Placement | None, tries: int, seed: int
-) -> Iterator[Route]:
+    circuit: Circuit, device: Device, given: Placement | None, tries: int, seed: int,
+    late: Late = lambda: False,
+) -> Iterator[Route]:  # fmt: skip
     """Ways to route the gates of a circuit; one alone where a placement is found that takes no
-    SWAP."""
+    SWAP. Raises an OutOfTimeError when ``late`` says so."""
     rng = random.Random(seed)
-    router = _Router(circuit, device)
+    router = _Router(circuit, device, late)
     if given is None and (place := embedding(circuit, device, rng)) is not None:
         yield router.route(place, rng)
         return
     if given is None:
-        near = list(placements(circuit, device, tries, seed))
+        near = list(placements(circuit, device, tries, seed, late))
         starts = [near[k // 2 % len(near)] if k % 2 == 0 else
                   tuple(rng.sample(range(device.n), circuit.n)) for k in range(tries)]  # fmt: skip
     else:
@@ -60,8 +68,40 @@ def routes(
         yield router.route(place, rng)
 
 
+def plainly(circuit: Circuit, device: Device) -> Circuit:
+    """The circuit at once, long as it may be: around each gate that is on no edge, SWAPs bring its
+    qubits together and back. Qubit q is on wire q before and after each operation."""
+    made: list[Operation] = []
+    for item in circuit.operations:
+        there: list[Gate] = []
+        if isinstance(item, Gate) and len(item.qubits) == 2:
+            path = _path(device, *item.qubits)
+            for a, b in pairwise(path[:-1]):
+                there += _swap(a, b)
+            item = Gate._trusted(item.name, (path[-2], path[-1]), item.params)
+        made += [*there, item, *reversed(there)]
+    return Circuit._trusted(device.n, tuple(made), circuit.classical)
+
+
+def _path(device: Device, start: int, end: int) -> list[int]:
+    """A shortest one, both ends among it."""
+    before = {start: start}
+    front = [start]
+    while end not in before:
+        front = [b for a in front for b in device.neighbors(a) if before.setdefault(b, a) == a]
+    path = [end]
+    while path[-1] != start:
+        path.append(before[path[-1]])
+    return path[::-1]
+
+
+def _swap(a: int, b: int) -> list[Gate]:
+    return [Gate._trusted("CNOT", pair, ()) for pair in ((a, b), (b, a), (a, b))]
+
+
 class _Router:
-    def __init__(self, circuit: Circuit, device: Device) -> None:
+    def __init__(self, circuit: Circuit, device: Device, late: Late) -> None:
+        self.late = late
         self.gates = circuit.unitary().gates
         self.device = device
         self.distances = distances(device).tolist()
@@ -86,7 +126,7 @@ class _Router:
             if k is None:
                 a, b = wires
                 at[a], at[b] = at[b], at[a]
-                made += [Gate._trusted("CNOT", pair, ()) for pair in ((a, b), (b, a), (a, b))]
+                made += _swap(a, b)
             else:
                 gate = self.gates[k]
                 made.append(Gate._trusted(gate.name, wires, gate.params))
@@ -127,6 +167,8 @@ class _Sweep:
                 used.clear()
                 self.done[k] = True
                 front += self._after(k)
+            if self.router.late():
+                raise OutOfTimeError
             if waiting:
                 a, b = self._best(waiting, used)
                 yield None, (a, b)

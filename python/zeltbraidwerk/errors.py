@@ -126,7 +126,7 @@ class MissingPackageError(Error, RuntimeError, ImportError):
 
 
 class Interrupted(KeyboardInterrupt):
-    """Ctrl-C during a search. ``best`` is the best result so far, or None.
+    """Ctrl-C during a call. ``best`` is the best result so far, or None.
 
     A KeyboardInterrupt and not an :class:`Error`: it ends a program that does not catch it.
     """

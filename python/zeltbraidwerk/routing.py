@@ -314,7 +314,8 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
             return by(known)
         seconds = None if budget is None else max(budget - call.elapsed, _SHORTEST)
         walk = replace(
-            call, method="auto", device=part, site=Site(part, tuple(range(part.n))),
+            call, begin=time.perf_counter(), method="auto", device=part,
+            site=Site(part, tuple(range(part.n))),
             effort=replace(call.effort, seed=0, steps=steps, budget=seconds),
         )  # fmt: skip
         options = {"exact": True, "keep_rotations": True, "keep_depth": False, "route": False}

@@ -7,6 +7,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/circuits.h"
@@ -343,6 +344,41 @@ TEST_P(EveryFamily, TheSameSeedGivesTheSameCircuitOnAnyNumberOfThreads) {
     EXPECT_EQ(one.gates, three.gates) << method;
     EXPECT_EQ(one.result.permutation, three.result.permutation) << method;
     EXPECT_TRUE(!searches || one.result.seed == 3);
+  }
+}
+
+// Also under ThreadSanitizer: calls side by side, each with threads of its own, that share tables
+// which nobody has built yet.
+TEST_P(EveryFamily, CallsOnSeveralThreadsDoNotMeet) {
+  const Problem make = GetParam().problem();
+  const structures::Graph line = support::line(GetParam().qubits);
+  const auto call = [&](int jobs, bool on_device, Objective objective, int& told) {
+    SynthesisOptions options = search(150);
+    options.restarts = 3;
+    options.jobs = jobs;
+    options.objective = objective;
+    if (on_device && !GetParam().outputs_on_device.empty()) options.device = &line;
+    options.progress = [&told](const synthesis::SearchPoint&) { ++told; };
+    options.stop = [] { return false; };
+    return make(options);
+  };
+  for (const Objective objective : {Objective::count, Objective::depth}) {
+    std::vector<Made> made(4);
+    std::vector<int> told(4);
+    {
+      std::vector<std::jthread> callers;
+      for (int k = 0; k < 4; ++k) {
+        callers.emplace_back(
+            [&, k] { made[at(k)] = call(k < 2 ? 2 : 4, k % 2 == 1, objective, told[at(k)]); });
+      }
+    }
+    for (int k = 0; k < 4; ++k) {
+      int alone = 0;
+      const Made one = call(1, k % 2 == 1, objective, alone);
+      EXPECT_EQ(one.gates, made[at(k)].gates);
+      EXPECT_EQ(one.result.runs, made[at(k)].result.runs);
+      EXPECT_GT(told[at(k)], 0);
+    }
   }
 }
 

@@ -16,6 +16,7 @@ from typing import TYPE_CHECKING, Any
 
 from zeltbraidwerk import _validate, errors
 from zeltbraidwerk.batch import _work
+from zeltbraidwerk.batch._signals import uninterrupted
 
 if TYPE_CHECKING:  # it brings multiprocessing along
     from concurrent.futures import ProcessPoolExecutor
@@ -54,15 +55,20 @@ class Engine:
         return not self._jobs
 
     def submit(self, job: Job) -> None:
-        self._jobs[id(job)] = job
-        job.future = self._submit(job, _work.work, *self._given, job.items)
-        job.future.add_done_callback(lambda _: self._done.put(job))
+        with uninterrupted():
+            self._jobs[id(job)] = job
+            job.future = self._submit(job, _work.work, *self._given, job.items)
+            job.future.add_done_callback(lambda _: self._done.put(job))
 
     def next(self) -> tuple[Job, list[_work.Done] | None]:
         """A job that is done, and what came out; None where its worker was lost. Raises what
         stops all jobs, such as a package that the workers do not have."""
         job = self._done.get()
-        del self._jobs[id(job)]
+        with uninterrupted():
+            del self._jobs[id(job)]
+            return self._result(job)
+
+    def _result(self, job: Job) -> tuple[Job, list[_work.Done] | None]:
         try:
             return job, job.future.result()
         except Exception as error:

@@ -79,7 +79,7 @@ class OptimizeCall {
     before_ = counts_of(given_);
     if (options.device != nullptr) check_edges();
     folded_ = given_;
-    fold(folded_);
+    fold_given();
   }
 
   OptimizeResult run() {
@@ -102,6 +102,19 @@ class OptimizeCall {
   }
 
  private:
+  /// Where it may take long, as a run, so that `stop` ends it.
+  void fold_given() {
+    if (folded_.steps.size() < 1000) return fold(folded_);
+    synthesis::SynthesisOptions options;
+    options.stop = options_.stop;
+    RunControl control(std::nullopt);
+    const Lane folding{.method = "folding", .runs = 1, .make = [this](int) {
+                         fold(folded_);
+                         return std::optional(made_circuit({}, true));
+                       }};
+    best_of_runs({folding}, options, control);
+  }
+
   void check() const {
     check_wires("n", given_.qubits);
     check_search_memory("circuit", given_.qubits, options_, bytes_of_run,
@@ -153,6 +166,7 @@ class OptimizeCall {
       found = by_both(task, effort);
     else
       found.push_back(search(task, effort));
+    const StopScope::Suspended to_the_end;
     for (StagedCircuit& circuit : found) tidy(circuit);
     const CircuitSize size = found.front().size;
     return made_circuit(size, std::move(found));
@@ -175,7 +189,12 @@ class OptimizeCall {
     CircuitTask by_count = task;
     by_count.objective = Objective::count;
     StagedCircuit shorter = search(by_count, first);
-    StagedCircuit best = search(task, effort);
+    StagedCircuit best = shorter;
+    try {
+      best = search(task, effort);
+    } catch (const Stopped&) {
+      // What the search by count has found stands.
+    }
     const auto key = [](const StagedCircuit& circuit) {
       return circuit.size.key(Objective::depth);
     };

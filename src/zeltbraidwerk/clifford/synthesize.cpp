@@ -13,6 +13,7 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
@@ -136,7 +137,18 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                          },
                      .proves = true});
   }
-  BestRun best = best_of_runs(lanes, options, control);
+  const Lane plain{.method = "search",
+                   .runs = 1,
+                   .make =
+                       [&](int) {
+                         PlacedCircuit found =
+                             to_circuit(eliminated_list(images, Outputs::in_place), images);
+                         if (device) found.gates = along_edges(found.gates, *device);
+                         found.size = size_of(found.gates, n);
+                         return sized(std::move(found));
+                       },
+                   .draws = false};
+  BestRun best = best_of_runs(lanes, options, control, plain);
   auto& found = best.as<PlacedCircuit>();
   synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);

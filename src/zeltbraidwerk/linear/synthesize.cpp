@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
+#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"
@@ -32,6 +33,8 @@ constexpr std::uint64_t steps_per_qubit = 12'500;  // of a search without a limi
 constexpr std::uint64_t steps_for_depth = 100'000;
 // The tables of windows on five wires take a part of it to build.
 constexpr double short_budget = 0.25;
+constexpr int brief_wires = 256;  // quick methods and first circuits take milliseconds
+constexpr int brief_wires_on_device = 12;
 constexpr int path_steps = 10'000;  // towards a Hamiltonian path that "auto" does not need
 constexpr double path_seconds = 5;  // towards one that a method needs
 constexpr int device_runs = 100;    // which are quick, and differ much
@@ -66,7 +69,9 @@ class LinearCall {
   }
 
   LinearResult run() {
-    BestRun best = best_of_runs(lanes(), options_, control_);
+    const bool searches = within_auto() || options_.method == "search";
+    BestRun best = best_of_runs(lanes(), options_, control_,
+                                searches ? std::optional(plain_lane()) : std::nullopt);
     LinearResult result{std::move(best.result), {}, 0, {}};
     auto& found = best.as<FreeCircuit>();
     result.circuit = std::move(found.circuit);
@@ -86,6 +91,8 @@ class LinearCall {
   int n() const { return m_.rows(); }
   bool in_place() const { return options_.outputs != Outputs::anywhere; }
   bool within_auto() const { return options_.method == "auto"; }
+  /// Whether a quick run ends before anyone would stop it.
+  bool is_brief() const { return n() <= (device_ ? brief_wires_on_device : brief_wires); }
 
   // --- lanes ----------------------------------------------------------------------------------
 
@@ -145,7 +152,7 @@ class LinearCall {
             .runs = runs,
             .make = [this, made](int run) { return sized(made.make(run, control_.control(n()))); },
             .draws = method.draws || !runs || *runs > plain_runs,
-            .brief = method.quick && runs == 1 && !options_.budget};
+            .brief = is_brief() && method.quick && runs == 1 && !options_.budget};
   }
 
   Lane device_lane(DeviceRuns::Method method, std::vector<int> path) {
@@ -181,7 +188,30 @@ class LinearCall {
             .runs = runs,
             .make = [this, steps](int run) { return sized(searched(run, steps)); },
             .proves = true,
-            .brief = !within_auto() && options_.steps == 0 && runs == 1};
+            .brief = is_brief() && !within_auto() && options_.steps == 0 && runs == 1};
+  }
+
+  Lane plain_lane() {
+    return {.method = "search",
+            .runs = 1,
+            .make =
+                [this](int) {
+                  const LinearRuns runs{*linear_method("pmh"), m_,         {},
+                                        options_.objective,    in_place(), options_.seed};
+                  std::optional<FreeCircuit> found = runs.make(0, Control{});
+                  if (device_) {
+                    structures::CnotCircuit near(n());
+                    for (const auto& gate : along_edges(found->circuit.to_circuit(), *device_)) {
+                      near.addGate(gate.qbits[0], gate.qbits[1]);
+                    }
+                    found->circuit = std::move(near);
+                  }
+                  if (options_.objective == Objective::depth) {
+                    all_fronts_.push_back({size_of(found->circuit), 0, *found});
+                  }
+                  return sized(std::move(found));
+                },
+            .draws = false};
   }
 
   static std::optional<MadeCircuit> sized(std::optional<FreeCircuit> found) {

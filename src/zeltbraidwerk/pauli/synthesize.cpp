@@ -8,10 +8,13 @@
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/pauli/internal/methods.h"
+#include "zeltbraidwerk/pauli/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/known_network.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
+#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
@@ -59,7 +62,9 @@ class PauliCall {
 
   PauliResult run(const std::vector<structures::Parameter>& params) {
     read_start(params);
-    BestRun best = best_of_runs(lanes(), options_, control_);
+    const bool searches = within_auto() || options_.method == "search";
+    BestRun best = best_of_runs(lanes(), options_, control_,
+                                searches ? std::optional(plain_lane()) : std::nullopt);
     auto& network = best.as<PauliNetwork>();
     PauliResult result{std::move(best.result), std::move(network.gates), {}, network.in_order};
     result.permutation = std::move(network.wires);
@@ -181,6 +186,22 @@ class PauliCall {
                   return sized({std::move(found.gates), std::move(found.wires), options_.in_order});
                 },
             .proves = !target_};
+  }
+
+  Lane plain_lane() const {
+    return {.method = "search",
+            .runs = 1,
+            .make =
+                [this](int) {
+                  std::vector<structures::Gate> gates =
+                      synthesise_ladders({table_.frame, table_.labels});
+                  if (target_) {
+                    gates.insert(gates.end(), target_->gates.begin(), target_->gates.end());
+                  }
+                  if (edges_) gates = along_edges(gates, *edges_);
+                  return sized({std::move(gates), internal::in_order(table_.frame.qubits()), true});
+                },
+            .draws = false};
   }
 
   std::optional<MadeCircuit> sized(PauliNetwork network) const {

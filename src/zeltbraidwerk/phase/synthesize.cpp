@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/phase/internal/synthesize.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
+#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 
 namespace zelt::braidwerk::internal {
@@ -52,7 +53,8 @@ class PhaseCall {
     for (const std::string& name : methods_) {
       lanes.push_back(name == "search" ? search_lane() : lane(name));
     }
-    BestRun best = best_of_runs(lanes, options_, control_);
+    BestRun best = best_of_runs(lanes, options_, control_,
+                                searches() ? std::optional(plain_lane()) : std::nullopt);
     auto& network = best.as<ClosedNetwork>();
     if (closes_anew(best.result)) close_anew(network, best.result);
     result = {std::move(best.result), std::move(network.steps)};
@@ -151,6 +153,40 @@ class PhaseCall {
                   return std::optional(made_circuit(found.size, std::move(network)));
                 },
             .proves = true};
+  }
+
+  /// Each parity by itself, and undone before the next.
+  Lane plain_lane() const {
+    return {.method = "search",
+            .runs = 1,
+            .make =
+                [this](int) {
+                  ClosedNetwork network{{}, FreeCircuit(qubits())};
+                  for (int term = 0; term < parities_.cols(); ++term) append_ladder(term, network);
+                  const CircuitSize size = size_of(network.cnots());
+                  return std::optional(made_circuit(size, std::move(network)));
+                },
+            .draws = false};
+  }
+
+  void append_ladder(int term, ClosedNetwork& network) const {
+    std::vector<structures::Gate> gates;
+    int last = -1;
+    for (int q = 0; q < qubits(); ++q) {
+      if (!parities_.get(q, term)) continue;
+      if (last >= 0) gates.push_back(structures::Gate::CNOT(last, q));
+      last = q;
+    }
+    if (last < 0) return;
+    if (device_) gates = along_edges(gates, *device_);
+    std::vector<PhaseStep> there;
+    for (const structures::Gate& gate : gates) {
+      there.push_back(PhaseStep::cnot(gate.qbits[0], gate.qbits[1]));
+    }
+    std::vector<PhaseStep>& steps = network.steps;
+    steps.insert(steps.end(), there.begin(), there.end());
+    steps.push_back(PhaseStep::phase(last, term));
+    steps.insert(steps.end(), there.rbegin(), there.rend());
   }
 
   /// Whether there is time for another closing, and a circuit that wants one.

@@ -59,7 +59,7 @@ struct SynthesisOptions {
 
   /// Called whenever the best value of the objective falls, from the calling thread.
   std::function<void(const SearchPoint&)> progress;
-  /// Asked about every 50 ms, from the calling thread; true ends the search with its best circuit
+  /// Asked about every 10 ms, from the calling thread; true ends the search with its best circuit
   /// so far. An exception of either function ends the search and reaches the caller.
   std::function<bool()> stop;
 };
@@ -72,7 +72,7 @@ struct SynthesisResult {
   int count = 0;                           ///< gates on two qubits
   int depth = 0;                           ///< layers of these
   std::optional<std::uint64_t> seed;       ///< none where no run made a draw
-  int runs = 0;                            ///< of all methods together, that were made
+  int runs = 0;                            ///< of all methods, but what came after a proven answer
   double seconds = 0;                      ///< that the call took
   std::vector<SearchPoint> trace;          ///< moments at which the best circuit became better
   /// Proven: no circuit has fewer gates on two qubits, none fewer layers. 0 where nothing is known.

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -69,6 +71,7 @@ void merge(StepCircuit& circuit) {
       continue;
     }
     const int here = strings.count();
+    stop_point();
     Word* string = strings.append();
     strings.is_negative(here) = frame.read(step.letter, step.a, string) != step.negative;
     const auto [place, is_new] = latest.try_emplace(strings.hash(here), here);

@@ -4,6 +4,7 @@
 #include <limits>
 #include <numeric>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/turns.h"
 #include "zeltbraidwerk/foundations/weyl.h"
 
@@ -32,6 +33,7 @@ class Eliminator {
 
   Elimination run() {
     while (!left_.empty()) {
+      stop_point();
       const int q = cheapest();
       const int wire = gather(q, split(q));
       found_.wires[static_cast<std::size_t>(q)] = wire;

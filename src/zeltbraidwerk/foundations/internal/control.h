@@ -38,4 +38,52 @@ struct Control {
   }
 };
 
+/// What stop_point() throws. Whoever opened the scope catches it; it never leaves the library.
+struct Stopped {};
+
+/// While one is alive, stop_point() on this thread looks at its flag. It is for loops that go on
+/// whatever the effort (first circuits, tables, closing) and so have no Control of their own: they
+/// are left by an exception, and what they were making is lost. Without a scope nothing is looked
+/// at.
+class StopScope {
+ public:
+  explicit StopScope(const std::atomic<bool>* stop) : StopScope(Control{{}, stop}, false) {}
+  /// With `in_time` the deadline ends it as well: where there is something else to fall back on.
+  StopScope(const Control& control, bool in_time) : outer_(current_) {
+    own_ = outer_ == nullptr ? Control{} : *outer_;
+    if (control.stop != nullptr) own_.stop = control.stop;
+    if (in_time && control.deadline) own_.deadline = control.deadline;
+    current_ = &own_;
+  }
+  ~StopScope() { current_ = outer_; }
+  StopScope(const StopScope&) = delete;
+  StopScope& operator=(const StopScope&) = delete;
+
+  /// Takes the scopes of this thread away for as long as it is alive: what has been found is
+  /// written down to the end.
+  class Suspended {
+   public:
+    Suspended() : outer_(current_) { current_ = nullptr; }
+    ~Suspended() { current_ = outer_; }
+    Suspended(const Suspended&) = delete;
+    Suspended& operator=(const Suspended&) = delete;
+
+   private:
+    const Control* outer_;
+  };
+
+  static bool is_over() { return current_ != nullptr && current_->stop_requested(); }
+
+ private:
+  static inline thread_local const Control* current_ = nullptr;
+  Control own_;
+  const Control* outer_;
+};
+
+/// Throws Stopped when the scope of this thread is over. It takes some nanoseconds: once in some
+/// microseconds is often enough.
+inline void stop_point() {
+  if (StopScope::is_over()) throw Stopped();
+}
+
 }  // namespace zelt::braidwerk::internal

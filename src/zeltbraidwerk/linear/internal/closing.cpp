@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/internal/block_recursion.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 
@@ -120,6 +121,7 @@ CnotCircuit close_within_gates(const FreeCircuit& found, const Draw& draw) {
   // Where single steps no longer help, one against the grain can open the way to several that do.
   for (int step = 0; step < steps && best.cost() > least; ++step) {
     SwappingCircuit next = best;
+    stop_point();
     next.toggle(draw(0, next.size() - 1));
     next.descend();
     if (next.cost() <= best.cost()) best = std::move(next);

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -128,6 +130,7 @@ structures::CnotCircuit pmh(BitMatrix m, int section) {
   Reduction reduction(std::move(m));
   bool repair = false;
   for (int first = 0; first < n; first += section) {
+    stop_point();
     clear_section_below(reduction, first, std::min(first + section, n), repair);
   }
   for (int last = n; last > 0; last -= section) {

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <span>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/internal/mirrored.h"
 
 namespace zelt::braidwerk::internal {
@@ -138,6 +139,7 @@ void clear_below(BitMatrix& m, std::vector<RowPair>& operations) {
   std::vector<int> rows;
   for (int col = 0; col < m.rows(); ++col) {
     std::size_t done = operations.size();
+    stop_point();
     if (!m.get(col, col)) {
       const int repair = best_repair(m, col);
       if (repair < 0) continue;

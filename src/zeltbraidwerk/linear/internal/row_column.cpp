@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/path_tree.h"
 #include "zeltbraidwerk/graphs/internal/steiner_tree.h"
 
@@ -37,6 +38,7 @@ class RowColumn {
   bool run(const Control& control) {
     while (!wires_.empty()) {
       if (control.stop_requested()) return false;
+      stop_point();
       const auto [wire, column] = next();
       const int first = draw_(0, 1);
       clear(first, wire, column);

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/commuting.h"
 
 namespace zelt::braidwerk::internal {
@@ -17,6 +18,7 @@ Colouring colour_in_order(const std::vector<int>& order, const Neighbours& neigh
   std::vector<int> taken_for;  // by colour: the last vertex that found it taken
   for (const int u : order) {
     neighbours(u, row.data());
+    stop_point();
     for (std::size_t w = 0; w < words; ++w) {
       for (Word rest = row[w] & coloured[w]; rest != 0; rest &= rest - 1) {
         const std::size_t v = w * word_bits + static_cast<std::size_t>(std::countr_zero(rest));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/pauli/internal/colouring.h"
 #include "zeltbraidwerk/pauli/internal/graph_form.h"
@@ -30,6 +31,7 @@ struct Group {
   std::vector<Gate> phases;  ///< the steps as gates
 
   Group(const Rotations& rotations, const std::vector<int>& rows, int method, const Draw& draw) {
+    stop_point();
     PauliFrame frame = rotations.frame.select(rows);
     int failures = 0;
     basis_change = change_basis(frame, method, failures, draw);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/routines.h"
 #include "zeltbraidwerk/pauli/internal/table_frame.h"
 #include "zeltbraidwerk/pauli/internal/tree_diagonaliser.h"
@@ -90,6 +91,7 @@ void Diagonaliser::gather(std::vector<int> qubits) {
 void Diagonaliser::run() {
   // Without a graph each pass takes a qubit away. With one, qubits may come back again and again.
   for (int pass = 0; !active.empty(); ++pass) {
+    stop_point();
     if (pass == 2 * frame.qubits()) {
       active.clear();
       return diagonalise_on_tree(frame, *graph, circuit);

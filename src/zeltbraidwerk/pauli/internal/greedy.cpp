@@ -2,6 +2,7 @@
 
 #include <numeric>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/internal/moves.h"
 #include "zeltbraidwerk/pauli/internal/sorted_rows.h"
 #include "zeltbraidwerk/pauli/internal/tree_diagonaliser.h"
@@ -48,6 +49,7 @@ std::vector<Gate> synthesise(Rotations rotations, Choose choose) {
   Head head(rows.frame(), next);
   for (int row = peel(rows, rotations.params, circuit); row >= 0;
        row = peel(rows, rotations.params, circuit)) {
+    stop_point();
     head.clear();
     head.push_back(row);
     rows.play(choose(head, row), circuit);

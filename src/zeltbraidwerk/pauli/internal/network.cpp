@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/internal/colouring.h"
 #include "zeltbraidwerk/pauli/internal/diagonaliser.h"
 #include "zeltbraidwerk/phase/gray_synth_on_graph.h"
@@ -42,6 +43,7 @@ std::vector<Gate> synthesise_ladders(const Rotations& rotations) {
   std::vector<Gate> circuit;
   for (int r = 0; r < rotations.frame.rows(); ++r) {
     PauliFrame row = rotations.frame.select(std::vector{r});
+    stop_point();
     std::vector<Gate> basis;
     int last = -1;
     for (int q = 0; q < row.qubits(); ++q) {
@@ -63,6 +65,7 @@ std::vector<Gate> synthesise_open_sets_on_graph(Rotations rotations, structures:
   std::vector<Gate> circuit;
   for (const std::vector<int>& rows : commuting_groups(rotations.frame)) {
     Rotations group = select(rotations, rows);
+    stop_point();
     std::vector<Gate> gates = diagonalise(group.frame, &graph);
     structures::Table map(graph.n);
     append(gates, gray_synth_on_graph(phases_of(group), graph, map));
@@ -78,6 +81,7 @@ std::vector<std::vector<int>> layers_in_order(const PauliFrame& frame) {
   std::vector<Word> before(static_cast<std::size_t>(frame.words()));
   for (int r = 0; r < frame.rows(); ++r) {
     frame.anticommuting_rows(frame, r, before.data());
+    stop_point();
     std::size_t layer = 0;
     for_each_bit(before.data(), words_for(r), [&](int other) {
       if (other < r) layer = std::max(layer, layer_of[static_cast<std::size_t>(other)] + 1);

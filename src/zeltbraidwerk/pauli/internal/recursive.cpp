@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -113,6 +114,7 @@ RowSet RecursiveSynthesis::rows_left() const {
 
 void RecursiveSynthesis::serve(int target, const RowSet& rows, const std::vector<int>& cols) {
   if (rows.empty()) return;
+  stop_point();
   if (target >= 0) fold(target, rows);
   if (cols.empty()) return;
   const std::size_t place =

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/routines.h"
 #include "zeltbraidwerk/pauli/internal/table_frame.h"
 
@@ -91,6 +92,7 @@ void diagonalise_on_tree(PauliFrame& frame, const structures::Graph& graph,
   const SpanningTree spanning(graph);
   for (std::span<const int> left = spanning.order; !left.empty();
        left = left.first(left.size() - 1)) {
+    stop_point();
     const int leaf = left.back();
     if (single_letter(frame, leaf) < 0) {
       const int row = lightest_row_on(frame, leaf, left);

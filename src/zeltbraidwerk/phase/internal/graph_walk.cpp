@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -134,6 +135,7 @@ void GraphWalk::base_step(Columns& columns, const VertexSet& rows) {
 void GraphWalk::ones_step(Columns& first, const VertexSet& rows, int target) {
   Columns later;
   for (Columns* columns = &first; !columns->empty();) {
+    stop_point();
     const int before = count_columns(*columns);
     const auto [neighbour, count] = best_neighbour(*columns, rows, target);
     if (neighbour >= 0) {

@@ -3,6 +3,7 @@
 #include <list>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/phase/gray_synth.h"
 #include "zeltbraidwerk/phase/internal/columns.h"
 
@@ -36,6 +37,7 @@ class GraySynth {
     for (int c = 0; c < parities_.cols(); ++c) cols.push_back(c);
     if (!cols.empty()) work_.emplace_front(-1, all_rows_, cols);
     while (!work_.empty()) {
+      stop_point();
       const Part2& part = work_.front();
       if (part.target != -1 && part.cols.size() == 1) {
         finish(part.target, part.cols.front());

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -33,6 +35,7 @@ class GreedyNetwork {
 
   bool run(const Control& control) {
     while (!lightest_.empty()) {
+      stop_point();
       if (control.stop_requested()) return false;
       place(next());
       serve();

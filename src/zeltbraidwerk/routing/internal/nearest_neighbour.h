@@ -63,6 +63,7 @@ class GadgetSearch {
         fan_in_cnots(tree.vertices.members(), static_cast<int>(chosen.support.size()));
     int least = chosen.support.empty() ? 0 : bound;
     for (const int root : chosen.support) {
+      if (stopped_) break;  // the plan is thrown away
       chosen.fan = fill;
       empty_for_fan_in(tree.edges, root, chosen.fan);
       int cost = cost_of(chosen.fan);

@@ -3,6 +3,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/weyl.h"
 #include "zeltbraidwerk/routing/internal/rotation_rows.h"
 
@@ -63,6 +64,7 @@ std::vector<int> cut_commuting(RotationRows& rotations) {
   std::vector<int> kept;
   std::unordered_map<std::string_view, int> in_block;
   for (int r = 0; r < rotations.count(); ++r) {
+    stop_point();
     const auto same = in_block.find(rotations.bytes(r));
     if (same != in_block.end()) {  // commutes with all that its equal commutes with
       rotations.add_angle(same->second, r);
@@ -95,6 +97,7 @@ void merge_rotations(RotationRows& rotations) {
   std::vector<int> kept;
   std::unordered_map<std::string_view, std::size_t> latest;  // place in kept, by string
   for (int r = 0; r < rotations.count(); ++r) {
+    stop_point();
     const auto same = latest.find(rotations.bytes(r));
     // One merge is all there can be: an equal string before the latest one is out of its reach.
     if (same != latest.end() &&
@@ -115,6 +118,7 @@ bool fold_cliffords(RotationRows& rotations, OperatorTableau& tableau) {
   bool folded = false;
   bool is_identity = tableau == OperatorTableau(tableau.nbqbits);
   for (int r = 0; r < rotations.count(); ++r) {
+    stop_point();
     const Parameter& angle = rotations.angles[static_cast<std::size_t>(r)];
     if (synthesis::is_clifford_angle(angle)) {
       std::pair rotation{rotations.letters(r), angle};

@@ -119,6 +119,7 @@ class BeamSearch {
     pool_.clear();
     for (std::size_t k = 0; k < level_.size(); ++k) {
       if (meter_.ended()) return;
+      stop_point();
       problem_.children(level_[k].state, rng_, [&](double score, const Move& move) {
         if (score >= threshold) return;
         if (options_.noise > 0) score += options_.noise * static_cast<double>(rng_.unit());

@@ -78,12 +78,20 @@ concept Family = requires(F& family, const Round& round) {
 };
 
 /// The loop of all searches. What is done in a round depends on the seed and on the rounds before,
-/// never on how far the search may go: more effort is more of the same search.
+/// never on how far the search may go: more effort is more of the same search. Where the search is
+/// stopped amid a part that goes on whatever the effort, the best circuit before that part stands;
+/// throws Stopped when there was none.
 template <Family F>
 void run_search(F& family) {
-  family.first();
-  Rounds rounds(family.schedule());
-  for (; !family.meter().ended() && !family.finished(); rounds.next()) family.round(rounds.now());
+  try {
+    family.first();
+    Rounds rounds(family.schedule());
+    for (; !family.meter().ended() && !family.finished(); rounds.next()) {
+      family.round(rounds.now());
+    }
+  } catch (const Stopped&) {
+    if (family.incumbent().empty()) throw;
+  }
 }
 
 }  // namespace zelt::braidwerk::internal

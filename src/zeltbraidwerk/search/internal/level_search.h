@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 
 /// Breadth-first searches for the fewest gates, one for each number of gates: states from which too
@@ -65,6 +67,7 @@ class LevelSearch {
       std::vector<Node> next;
       for (std::size_t k = 0; k < levels_.back().size(); ++k) {
         if (work_ > most_work_) return Answer::unknown;
+        stop_point();
         add_children(k, left - 1, next);
       }
       levels_.push_back(std::move(next));

@@ -46,6 +46,7 @@ void RunControl::report(SearchPoint point) {
   point.seconds = seconds();
   const std::lock_guard lock(mutex_);
   points_.push_back(point);
+  has_found_ = true;
 }
 
 std::vector<SearchPoint> RunControl::news() {

@@ -24,17 +24,20 @@ class RunControl {
   Effort effort(std::optional<std::uint64_t> steps);
 
   void stop() { stop_ = true; }
+  const std::atomic<bool>* stop_flag() const { return &stop_; }
   bool ended() const { return control(0).stop_requested(); }
   double seconds() const;  ///< since the call began
 
-  void report(SearchPoint point);   ///< a circuit was found, now
-  std::vector<SearchPoint> news();  ///< what was reported since the last call
-  LowerBound bound();               ///< what has been proven so far
+  void report(SearchPoint point);                ///< a circuit was found, now
+  std::vector<SearchPoint> news();               ///< what was reported since the last call
+  bool has_found() const { return has_found_; }  ///< whether anything was ever reported
+  LowerBound bound();                            ///< what has been proven so far
 
  private:
   Control::Clock::time_point start_ = Control::Clock::now();
   std::optional<Control::Clock::time_point> deadline_;
   std::atomic<bool> stop_ = false;
+  std::atomic<bool> has_found_ = false;
   std::mutex mutex_;
   std::vector<SearchPoint> points_;
   LowerBound bound_;

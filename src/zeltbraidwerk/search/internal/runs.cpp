@@ -10,13 +10,15 @@
 #include <thread>
 #include <tuple>
 
+#include "zeltbraidwerk/foundations/internal/unforkable.h"
+
 namespace zelt::braidwerk::internal {
 
 using synthesis::SynthesisOptions;
 
 namespace {
 
-constexpr std::chrono::milliseconds poll_interval(50);  ///< of the calling thread
+constexpr std::chrono::milliseconds poll_interval(10);  ///< of the calling thread
 /// A lane whose best is so much longer than the best of all gets half its time.
 constexpr double half_share = 0.05;
 
@@ -46,8 +48,9 @@ class Trace {
 /// thread collects what they report, and tells them when to stop.
 class Runner {
  public:
-  Runner(const std::vector<Lane>& lanes, const SynthesisOptions& options, RunControl& control)
-      : options_(options), control_(control), trace_(options) {
+  Runner(const std::vector<Lane>& lanes, const SynthesisOptions& options, RunControl& control,
+         const std::optional<Lane>& plain)
+      : options_(options), control_(control), plain_(plain), trace_(options) {
     for (const Lane& lane : lanes) lanes_.push_back({&lane});
   }
 
@@ -62,6 +65,7 @@ class Runner {
       serve();
     }
     if (failure_) std::rethrow_exception(failure_);
+    if (!best_ && plain_ && control_.ended()) make_plainly();
     add_news();
   }
 
@@ -80,7 +84,7 @@ class Runner {
     result.depth = best_->made.size.depth;
     const auto draws = [](const LaneState& state) { return state.lane->draws; };
     if (std::ranges::any_of(lanes_, draws)) result.seed = options_.seed;
-    result.runs = runs_;
+    result.runs = runs_that_count();
     result.seconds = control_.seconds();
     result.trace = trace_.take();
     result.least_count = control_.bound().count;
@@ -90,6 +94,13 @@ class Runner {
   }
 
  private:
+  void make_plainly() {
+    lanes_.push_back({&*plain_});
+    std::optional<MadeCircuit> made = plain_->make(0);
+    ++runs_;
+    finish({lanes_.size() - 1, 0}, 0, std::move(made));
+  }
+
   using Clock = Control::Clock;
   using Key = std::pair<int, int>;
 
@@ -150,7 +161,10 @@ class Runner {
     std::optional<MadeCircuit> made;
     std::exception_ptr failure;
     try {
+      const StopScope scope(control_.stop_flag());
       made = lanes_[place.lane].lane->make(place.run);
+    } catch (const Stopped&) {
+      // As a run that has found nothing.
     } catch (...) {
       failure = std::current_exception();
     }
@@ -188,10 +202,10 @@ class Runner {
     return least;
   }
 
-  /// Run 0 is made in any case, so that there is an answer.
-  static bool is_open(const LaneState& state, bool ended) {
-    if (state.next == 0) return true;
-    return !ended && (!state.lane->runs || state.next < *state.lane->runs);
+  /// After the end, first runs are made until there is an answer.
+  bool is_open(const LaneState& state, bool ended) {
+    if (ended) return state.next == 0 && !has_answer();
+    return !state.lane->runs || state.next < *state.lane->runs;
   }
 
   /// Seconds spent, counted the higher the further the best of the lane is from the best of all.
@@ -219,6 +233,19 @@ class Runner {
     return key <= CircuitSize{bound.count, bound.depth}.key(options_.objective);
   }
 
+  /// Where the answer meets the bound, those that were made beside the ones that could have been
+  /// the answer are left out: how many there are depends on the threads.
+  int runs_that_count() {
+    if (stopped_ || options_.budget || !meets_bound(best_key())) return runs_;
+    int count = 0;
+    for (std::size_t k = 0; k < lanes_.size(); ++k) {
+      const auto may_be = [&](int run) { return rank(best_key(), {k, run}) <= best_rank(); };
+      for (int run = 0; run < lanes_[k].lane->runs.value_or(lanes_[k].made) && may_be(run); ++run)
+        ++count;
+    }
+    return count;
+  }
+
   /// Whether a run of a lane, or a later one, can still be the answer.
   bool may_win(const Place& place) {
     if (!best_ || !meets_bound(best_key())) return true;
@@ -231,6 +258,10 @@ class Runner {
            !next_lane();
   }
 
+  /// Whether the budget is spent and there is an answer: what runs look at no clock for ends too.
+  bool is_over() const { return control_.ended() && has_answer(); }
+  bool has_answer() const { return control_.has_found() || plain_; }
+
   // --- the calling thread ---------------------------------------------------------------------
 
   void serve() {
@@ -238,7 +269,7 @@ class Runner {
     std::unique_lock lock(mutex_);
     while (busy_ > 0) {
       changed_.wait_for(lock, poll_interval);
-      if (failure_ || is_decided()) control_.stop();
+      if (failure_ || is_over() || is_decided()) control_.stop();
       lock.unlock();
       add_news();
       if (options_.stop && Clock::now() - asked >= poll_interval) {
@@ -263,6 +294,7 @@ class Runner {
 
   const SynthesisOptions& options_;
   RunControl& control_;
+  const std::optional<Lane>& plain_;
   Trace trace_;
 
   std::mutex mutex_;  // of what follows
@@ -279,8 +311,13 @@ class Runner {
 }  // namespace
 
 BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& options,
-                     RunControl& control) {
-  Runner runner(lanes, options, control);
+                     RunControl& control, const std::optional<Lane>& plain) {
+  if (is_forked_amid_a_build()) {
+    throw synthesis::UnfinishedError(
+        "this process was forked while a thread of its parent built a table, which will never be "
+        "finished here; wanted a process that is spawned, or forked before the parent searches");
+  }
+  Runner runner(lanes, options, control, plain);
   runner.work();
   return runner.result();
 }

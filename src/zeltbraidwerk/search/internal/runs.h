@@ -60,7 +60,11 @@ struct BestRun {
 
 /// Makes the runs of all lanes, on options.jobs threads, to their end or to the deadline. Throws
 /// UnfinishedError when no run found a circuit, and what a run or a function of the options throws.
+///
+/// `plain`, where there is one, is made when the search was stopped or its time was over before it
+/// had found any circuit. It takes milliseconds. Without it, first runs go on after the deadline
+/// until there is an answer.
 BestRun best_of_runs(const std::vector<Lane>& lanes, const synthesis::SynthesisOptions& options,
-                     RunControl& control);
+                     RunControl& control, const std::optional<Lane>& plain = std::nullopt);
 
 }  // namespace zelt::braidwerk::internal

@@ -10,6 +10,7 @@
 #include <numeric>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/unforkable.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
@@ -99,6 +100,7 @@ class TableCache {
  public:
   template <class Make>
   const Table& get(const Key& key, Make&& make) {
+    const Unforkable waiting;
     Slot* slot;
     {
       const std::lock_guard lock(mutex_);

@@ -245,6 +245,7 @@ CircuitFound search_circuit(int qubits, const std::vector<Step>& steps, const Ci
   const CircuitProblem problem = problem_of(qubits, steps);
   CircuitSearch search(problem, task, effort);
   run_search(search);
+  const StopScope::Suspended to_the_end;
   const Network& best = search.incumbent().circuit();
   std::vector<Step> found = steps_of(best, problem);
   // Writing gates anew may take more of them on one qubit.

@@ -10,6 +10,7 @@
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -112,6 +113,7 @@ GateList with_outputs_in_place(const GateList& list, int window, Rng& rng) {
   Walk<ClosingRewriter> walk(list, rewriter);
   const int steps = clifford_tuning.closing_steps * list.wires();
   for (int step = 0; step < steps && !rewriter.done(); ++step) {
+    stop_point();
     walk.step(clifford_tuning.cooling_closing.at(static_cast<double>(step) / steps), rng);
   }
   GateList result = walk.list();

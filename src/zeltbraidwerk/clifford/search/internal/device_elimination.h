@@ -6,6 +6,7 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
@@ -41,6 +42,7 @@ class DeviceElimination {
       if (rng.below(count) >= clifford_tuning.tried_on_device) return;
       for (int side = 0; side < 2; ++side) {
         for (int label = 1; label < 4; ++label) {
+          stop_point();
           const Move move{wire, side, label, rng.next()};
           child_ = state;
           make(child_, move);

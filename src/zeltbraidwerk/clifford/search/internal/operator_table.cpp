@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/unforkable.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -19,6 +22,7 @@ constexpr int orbit_shift = 16;
 /// Breadth first over one operator of each orbit, some dozens on four wires.
 template <int wires>
 auto OperatorTable<wires>::built() -> std::vector<Slot> {
+  const Unforkable building;
   std::vector<Slot> table(slots);
   const WindowSymmetries<wires> symmetries(Outputs::anywhere, (std::uint64_t{1} << moves) - 1);
   const auto slot = [&](WindowRows rows) -> Slot& {
@@ -36,6 +40,7 @@ auto OperatorTable<wires>::built() -> std::vector<Slot> {
   add(identity_rows_on(wires), 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
     const Orbit orbit = orbits[k];
+    stop_point();
     for (unsigned move = 0; move < moves; ++move) {
       const WindowRows rows = rows_after(window_gates[move], orbit.first);
       const Slot& found = slot(rows);

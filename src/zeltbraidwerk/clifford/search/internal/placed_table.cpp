@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/window_symmetries.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -126,6 +127,7 @@ std::vector<std::uint8_t> PlacedTable<wires>::residues() const {
   };
   fill(identity_rows_on(wires), 0);
   for (std::size_t k = 0; k < orbits.size(); ++k) {
+    stop_point();
     const unsigned next = (residue(residues, index(orbits[k])) + 1) % 3;
     for (unsigned move = 0; move < moves; ++move) {
       if (!allows(move)) continue;

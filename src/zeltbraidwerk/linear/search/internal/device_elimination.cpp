@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/linear/search/internal/wire_tree.h"
@@ -95,6 +96,7 @@ class Elimination {
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
     for (const int v : candidates(state, rng)) {
+      stop_point();
       WireSet<W> left = state.left;
       left.erase(v);
       draw_rings(left);

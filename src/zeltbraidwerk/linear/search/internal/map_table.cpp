@@ -5,6 +5,8 @@
 #include <string>
 #include <tuple>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 
 namespace {
@@ -96,6 +98,7 @@ std::vector<std::uint8_t> MapTable::distances() const {
   for (std::uint8_t distance = 1; !level.empty(); ++distance) {
     next.clear();
     for (const auto& [m, turned] : level) {
+      stop_point();
       for (const Move move : moves_) {
         const SmallMatrix neighbour = without(m, move);
         if (distances[neighbour] != unreachable) continue;

@@ -5,6 +5,7 @@
 #include <ranges>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/search/internal/label_frame.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/search/internal/wire_frame.h"
@@ -41,6 +42,7 @@ std::uint64_t key_of(End end) {
 DiagonalBlocks::DiagonalBlocks(const RotationList& list, bool in_order) : list_(list), singles_(1) {
   std::vector<int> after;  // by row: the first block that may come after it
   for (int row = 0; row < list.count(); ++row) {
+    stop_point();
     int first = 0;
     for (int earlier = 0; earlier < row && in_order; ++earlier) {
       if (after[static_cast<std::size_t>(earlier)] <= first) continue;
@@ -182,6 +184,7 @@ PlacedEvents DiagonalBlocks::search(const SearchBlock& search_block, Effort effo
   std::vector<std::size_t> models;
   std::int64_t left = 0;
   for (std::size_t block = 0; block < count(); ++block) {
+    stop_point();
     models.push_back(model_of(block));
     if (models[block] == block) ++left;
   }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/search/internal/network_block.h"
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/wire_frame.h"
@@ -68,6 +69,7 @@ class Gatherer {
     std::vector<Gate> gates;
     turn_ = 0;
     for (serve(rows, left); !left.empty(); serve(rows, left)) {
+      stop_point();
       gates.push_back(on_graph_ ? nearer(rows) : next(rows));
       rows.play(gates.back());
     }
@@ -259,6 +261,7 @@ std::vector<Gate> ladders(const RotationList& list, const std::vector<RotationGr
   WireFrame now(list.qubits());  // the end on which each end is found
   std::vector<Gate> gates;
   for (const RotationGroup& group : pieces(list, groups, in_order)) {
+    stop_point();
     std::vector<Gate> own = gatherer.run(group);
     const std::vector<int> wires = qubits_of(list, group[0]);
     const bool is_small = graph == nullptr && group.size() > 1 && wires.size() <= 3;
@@ -276,6 +279,7 @@ void cancel_pairs(std::vector<NetworkEvent>& events) {
   std::vector<NetworkEvent> kept;
   for (const NetworkEvent& event : events) {
     bool cancels = false;
+    stop_point();
     for (std::size_t k = kept.size(); k > 0 && event.row < 0 && !cancels; --k) {
       const NetworkEvent& earlier = kept[k - 1];
       if (earlier.row < 0 && are_equal(earlier.gate, event.gate)) {

@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
@@ -23,6 +24,7 @@ LowerBound bound_of_network(const PauliFrame& strings, const NetworkTask& task) 
   std::set<PauliLetters> different;
   const BitMatrix supports = strings.supports();
   for (int row = 0; row < strings.rows(); ++row) {
+    stop_point();
     std::vector<int> wires;
     for_each_bit(supports.row(row), supports.stride(), [&](int w) { wires.push_back(w); });
     if (wires.size() < 2) continue;

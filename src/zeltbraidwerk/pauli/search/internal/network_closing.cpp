@@ -164,14 +164,20 @@ Network closed(const std::vector<NetworkEvent>& events, const LabelFrame& frame,
     Network network = with_tail(events, tail, task.in_place(), rng);
     if (!best || network.size.count < best->size.count) best = std::move(network);
   };
-  if (task.device == nullptr) {
-    consider(searched_tail(frame, task, Outputs::anywhere, rng.next(), effort));
+  const bool may_go_back = task.device != nullptr && task.target == nullptr;
+  try {
+    const StopScope in_time(control, may_go_back);
+    if (task.device == nullptr) {
+      consider(searched_tail(frame, task, Outputs::anywhere, rng.next(), effort));
+    }
+    if (task.in_place() || task.device != nullptr) {
+      const Outputs outputs = task.in_place() ? Outputs::in_place : Outputs::anywhere;
+      consider(searched_tail(frame, task, outputs, rng.next(), effort));
+    }
+  } catch (const Stopped&) {
+    if (!best && !may_go_back) throw;
   }
-  if (task.in_place() || task.device != nullptr) {
-    const Outputs outputs = task.in_place() ? Outputs::in_place : Outputs::anywhere;
-    consider(searched_tail(frame, task, outputs, rng.next(), effort));
-  }
-  if (task.device != nullptr && task.target == nullptr) consider(backward(events, frame.qubits()));
+  if (may_go_back) consider(backward(events, frame.qubits()));
   return std::move(*best);
 }
 

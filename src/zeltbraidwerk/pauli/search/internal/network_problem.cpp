@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
@@ -123,6 +124,7 @@ void NetworkProblem::make(State& state, const Move& move) {
 }
 
 Gate NetworkProblem::play_best(State& state, std::vector<NetworkEvent>* events) {
+  stop_point();
   score(state);
   choose(state, 1);
   const Move move = chosen_[0].move;
@@ -146,6 +148,7 @@ void NetworkProblem::serve_on(State& state, int q, std::vector<NetworkEvent>* ev
 void NetworkProblem::serve_in_order(State& state, std::vector<NetworkEvent>* events) {
   for (int before = -1; before != state.count_left;) {
     before = state.count_left;
+    stop_point();
     for (int place = 0; place < state.letters.count(); ++place) {
       const auto at = static_cast<std::size_t>(place);
       if (state.letters.weight(place) != 1 || !may_come(state, place)) continue;

@@ -203,12 +203,17 @@ struct Answer {
 Answer answer_of(const NetworkInput& input, const NetworkTask& task, const Effort& effort) {
   NetworkSearch search(input, task, effort);
   run_search(search);
-  search.search_shared_blocks();
+  try {
+    search.search_shared_blocks();
+  } catch (const Stopped&) {
+    // What the rounds have found stands.
+  }
   return {search.incumbent().circuit(), search.meter().proven()};
 }
 
 PlacedCircuit result_of(const Network& network, const Rotations& rotations, const NetworkTask& task,
                         bool closes) {
+  const StopScope::Suspended to_the_end;
   return {circuit_of(network, rotations, task, closes), network.wires, network.size};
 }
 
@@ -235,7 +240,12 @@ PlacedCircuit search_network(const Rotations& rotations, const NetworkTask& task
   closed_task.given = nullptr;
   Effort rest = effort;
   rest.on_bound = nullptr;  // what closed networks take, open ones might not
-  const Answer closed = answer_of(input, closed_task, rest);
+  Answer closed = open;
+  try {
+    closed = answer_of(input, closed_task, rest);
+  } catch (const Stopped&) {
+    // The open one stands.
+  }
   const bool is_better =
       closed.network.size.key(task.objective) < open.network.size.key(task.objective);
   return is_better ? result_of(closed.network, rotations, task, true)

@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 
 namespace zelt::braidwerk::internal {
@@ -32,6 +33,7 @@ std::vector<RotationGroup> joined(const RotationList& list, std::vector<Rotation
   std::map<std::vector<Word>, std::size_t> latest;
   std::vector<RotationGroup> kept;
   for (RotationGroup& group : groups) {
+    stop_point();
     const auto [entry, is_new] = latest.try_emplace(support_of(list, group[0]), kept.size());
     if (!is_new) {
       const auto from = kept.begin() + static_cast<std::ptrdiff_t>(entry->second);
@@ -58,6 +60,7 @@ void turn_round(std::vector<RotationGroup>& groups) {
 std::vector<int> layers_of(const RotationList& list, const std::vector<RotationGroup>& groups) {
   std::vector<int> layers(groups.size());
   for (std::size_t k = 0; k < groups.size(); ++k) {
+    stop_point();
     for (std::size_t earlier = 0; earlier < k; ++earlier) {
       if (layers[earlier] < layers[k] || !clash(list, groups[earlier], groups[k])) continue;
       layers[k] = layers[earlier] + 1;

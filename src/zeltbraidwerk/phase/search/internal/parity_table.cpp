@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/phase/search/internal/sum_family.h"
 
 namespace zelt::braidwerk::internal {
@@ -204,6 +205,7 @@ std::vector<std::uint8_t> ParityTable::distances(const std::vector<SmallMatrix>&
     const Step* step = steps.data();
     for (std::size_t kind = 0; kind < kinds; ++kind) {
       SumFamily& family = reached[kind];
+      stop_point();
       for (std::size_t k = 0; k < moves_.size(); ++k, ++step) {
         SumFamily further = before[step->kind];
         forget_slot(further, step->shown);

@@ -1,0 +1,248 @@
+"""Long calls end soon after Ctrl-C and after their budget, whatever they are at, and leave no
+thread. ``python test_stopping.py NAME stop JOBS COUNT SEED`` prints the times of more tries.
+
+Times are those of the processor, so that a busy machine makes no difference.
+"""
+
+import os
+import random
+import signal
+import statistics
+import subprocess
+import sys
+import threading
+import time
+
+import pytest
+
+import zeltbraidwerk as zb
+from zeltbraidwerk import clifford, gallery, graph_state, linear, pauli, phase, routing
+
+PROMISED = 0.1  # seconds of processor time to the end after Ctrl-C
+SLACK = 0.05, 0.05  # of a budget: seconds, and a share of it
+ENDLESS = {"seed": 1, "steps": 10**9}
+
+
+def parities(n, terms):
+    rng = random.Random(terms)
+    return {format(rng.randrange(1, 1 << n), f"0{n}b"): 0.1 for _ in range(terms)}
+
+
+def rotations(n, terms, weight):
+    rng, found = random.Random(terms), []
+    for k in range(terms):
+        letters = ["I"] * n
+        for q in rng.sample(range(n), weight):
+            letters[q] = rng.choice("XYZ")
+        found.append(("".join(letters), 0.1 + k))
+    return found
+
+
+def circuit(n, count, pieces=1):
+    rng, found = random.Random(count), []
+    for k in range(count):
+        a, b = rng.sample(range(n), 2)
+        found.append(rng.choice((zb.Gate.cnot(a, b), zb.Gate.h(a), zb.Gate.rz(a, rng.random()))))
+        if (k + 1) % (count // pieces) == 0 and k + 1 < count:
+            found.append(zb.Barrier(range(n)))
+    return zb.Circuit(n, found)
+
+
+def operator(n):
+    rng, found = random.Random(n), []
+    for _ in range(8 * n):
+        a, b = rng.sample(range(n), 2)
+        found += [zb.Gate.cnot(a, b), zb.Gate.h(a), zb.Gate.s(b)]
+    return zb.CliffordTableau.from_circuit(zb.Circuit(n, found))
+
+
+def matrix(n):
+    return gallery.random_invertible(n, 1, n)[0]
+
+
+# What makes the input, and the call; those that take neither steps nor jobs have None.
+SEARCHES = {
+    "linear": (lambda: matrix(40), linear.synthesize, {}),
+    "linear depth": (lambda: matrix(33), linear.synthesize, {"objective": "depth"}),
+    "linear device": (lambda: matrix(64), linear.synthesize, {"device": zb.Device.grid(8, 8)}),
+    "clifford": (lambda: operator(20), clifford.synthesize, {}),
+    "clifford depth": (lambda: operator(60), clifford.synthesize, {"objective": "depth"}),
+    "clifford device": (lambda: operator(49), clifford.synthesize,
+                        {"device": zb.Device.grid(7, 7)}),
+    "encoder": (lambda: gallery.surface_code(5), clifford.synthesize_encoder, {}),
+    "phase": (lambda: parities(40, 600), phase.synthesize, {}),
+    "phase device": (lambda: parities(16, 60), phase.synthesize, {"device": zb.Device.grid(4, 4)}),
+    "pauli": (lambda: rotations(16, 1500, 4), pauli.synthesize, {}),
+    "pauli device": (lambda: rotations(25, 100, 15), pauli.synthesize,
+                     {"device": zb.Device.grid(5, 5)}),
+    "graph": (lambda: gallery.random_graph(40), graph_state.synthesize, {}),
+    "circuit": (lambda: circuit(20, 1500), zb.optimize, {}),
+    "circuit of pieces": (lambda: circuit(9, 900, 3), zb.optimize, {}),
+    "circuit device": (lambda: circuit(16, 500), zb.optimize, {"device": zb.Device.grid(4, 4)}),
+}  # fmt: skip
+OTHERS = {
+    "syndrome": (lambda: matrix(60), linear.synthesize, {"method": "syndrome", "restarts": 9**9}),
+    "sets": (lambda: rotations(20, 2000, 9), pauli.synthesize,
+             {"method": "sets", "restarts": 9**9}),
+    "route": (lambda: circuit(12, 900), lambda c, **own: routing.route(c, "grid:3x4", **own),
+              {"lookahead": 1}),
+}  # fmt: skip
+
+
+def threads():
+    return len(os.listdir("/proc/self/task"))
+
+
+def stopped(name, jobs, delay):
+    """Processor seconds from Ctrl-C to the end of the call, and whether there is a best result."""
+    make, call, own = (SEARCHES | OTHERS)[name]
+    given = make()
+    if name in SEARCHES:
+        own = own | ENDLESS | {"jobs": jobs}
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    pressed = []
+
+    begin = time.process_time()
+
+    def press():
+        while time.process_time() - begin < delay:
+            time.sleep(0.01)
+        pressed.append(time.process_time())
+        os.kill(os.getpid(), signal.SIGINT)
+
+    before = threads()
+    key = threading.Thread(target=press)
+    key.start()
+    try:
+        call(given, **own)
+        raise AssertionError("the call ended by itself")
+    except zb.errors.Interrupted as interrupted:
+        late = time.process_time() - pressed[0]
+        best = interrupted.best
+    key.join()
+    assert threads() <= before
+    assert best is None or best.verify()
+    return late, best is not None
+
+
+def overtime(name, budget):
+    """Processor seconds that a call takes after its budget."""
+    make, call, own = SEARCHES[name]
+    given, over = make(), []
+    clock = threading.Timer(budget, lambda: over.append(time.process_time()))
+    clock.start()
+    call(given, budget=budget, **own)
+    late = time.process_time() - over[0] if over else 0.0
+    clock.cancel()
+    clock.join()
+    return late
+
+
+def main(name, what, jobs, count, seed):
+    """Prints the times of a number of tries of one call, each at another moment."""
+    rng = random.Random(f"{name} {seed}")
+    for _ in range(int(count)):
+        if what == "stop":
+            late, has_best = stopped(name, int(jobs), 10 ** rng.uniform(-1, 0))
+            print(late, int(has_best), flush=True)
+        else:
+            print(overtime(name, float(what)), 1, flush=True)
+
+
+def in_a_process(name, what, jobs=1, count=3, seed=0):
+    given = (name, what, jobs, count, seed)
+    command = [sys.executable, __file__, *map(str, given)]
+    done = subprocess.run(command, capture_output=True, text=True, timeout=120)
+    assert (done.returncode, done.stderr) == (0, "")
+    lines = [line.split() for line in done.stdout.splitlines()]
+    return [float(late) for late, _ in lines], [best == "1" for _, best in lines]
+
+
+@pytest.mark.parametrize("name", SEARCHES)
+def test_ctrl_c_ends_a_search_with_its_best_result(name):
+    late, has_best = in_a_process(name, "stop", jobs=1 + len(name) % 2)
+    assert statistics.median(late) < PROMISED
+    assert max(late) < 3 * PROMISED  # the machine may have taken the processor away amid a lock
+    assert all(has_best)
+
+
+@pytest.mark.parametrize("name", OTHERS)
+def test_ctrl_c_ends_the_other_methods(name):
+    late, _ = in_a_process(name, "stop")
+    assert statistics.median(late) < PROMISED
+
+
+@pytest.mark.parametrize("budget", [0.05, 0.3])
+@pytest.mark.parametrize("name", SEARCHES)
+def test_budgets_are_kept(name, budget):
+    late, _ = in_a_process(name, budget)
+    assert statistics.median(late) < SLACK[0] + SLACK[1] * budget
+
+
+class ToldError(Exception):
+    pass
+
+
+@pytest.mark.parametrize("jobs", [1, 4])
+def test_progress_may_raise_and_may_search(jobs):
+    given, before, inner = matrix(12), threads(), []
+    own = {"method": "search", "steps": 3000, "seed": 1}
+
+    def fail(best):
+        raise ToldError
+
+    def search(best):
+        inner.append(linear.synthesize(matrix(4), seed=1).count)
+
+    with pytest.raises(ToldError):
+        linear.synthesize(given, jobs=jobs, progress=fail, **own)
+    told = linear.synthesize(given, jobs=jobs, progress=search, **own)
+    assert inner
+    assert told.circuit == linear.synthesize(given, **own).circuit
+    assert threads() <= before
+
+
+def test_progress_hears_of_all_pieces():
+    told = []
+    result = zb.optimize(circuit(6, 300, 3), seed=1, steps=3000, progress=told.append)
+    assert told == sorted(set(told), reverse=True)
+    assert told[-1] == result.count
+
+
+# A call in the child of a process that searches is right, or says why it cannot be.
+FORKED = """
+import os, threading, time
+import zeltbraidwerk as zb
+from zeltbraidwerk import clifford, gallery, linear
+
+given = gallery.random_clifford(6, 1)[0]
+stop = []
+def search():
+    while not stop:
+        clifford.synthesize(given, method="search", steps=20_000, jobs=2, seed=1)
+caller = threading.Thread(target=search)
+caller.start()
+for k in range(8):
+    time.sleep(0.1 * k)
+    child = os.fork()
+    if child == 0:
+        try:
+            assert clifford.synthesize(given, steps=100, jobs=2, seed=1).verify()
+        except zb.errors.UnfinishedError as error:
+            assert "fork" in str(error)
+        os._exit(0)
+    assert os.waitpid(child, 0)[1] == 0
+stop.append(True)
+caller.join()
+"""
+
+
+def test_a_fork_amid_a_search():
+    done = subprocess.run(
+        [sys.executable, "-c", FORKED], capture_output=True, text=True, timeout=60
+    )
+    assert (done.returncode, done.stderr) == (0, "")
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
