@@ -82,7 +82,7 @@ SEARCHES = {
 }  # fmt: skip
 OTHERS = {
     "syndrome": (lambda: matrix(60), linear.synthesize, {"method": "syndrome", "restarts": 9**9}),
-    "sets": (lambda: rotations(20, 2000, 9), pauli.synthesize,
+    "sets": (lambda: rotations(20, 800, 9), pauli.synthesize,
              {"method": "sets", "restarts": 9**9}),
     "route": (lambda: circuit(12, 900), lambda c, **own: routing.route(c, "grid:3x4", **own),
               {"lookahead": 1}),
