@@ -1,14 +1,15 @@
 #include "checks.h"
 
 #include <nanobind/nanobind.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
+
+#include "synthesize.h"
+#include "zeltbraidwerk/search/internal/memory.h"
+#include "zeltbraidwerk/search/memory_limit.h"
 
 namespace zelt::braidwerk::python {
 
@@ -17,24 +18,9 @@ namespace nb = nanobind;
 namespace {
 
 std::string formatted(const char* format, va_list arguments) {
-  char text[256];
+  char text[512];
   std::vsnprintf(text, sizeof text, format, arguments);
   return text;
-}
-
-/// Half of what the machine, or the limit of the process, has; or what ZELTBRAIDWERK_LIMIT_MEMORY
-/// sets: up to 1 a share, above it bytes.
-double memory_limit() {
-  double bytes =
-      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
-  rlimit limit{};
-  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
-    bytes = std::min(bytes, static_cast<double>(limit.rlim_cur));
-  }
-  const char* set = std::getenv("ZELTBRAIDWERK_LIMIT_MEMORY");
-  const double value = set == nullptr ? 0 : std::strtod(set, nullptr);
-  if (value > 1) return value;
-  return bytes * (value > 0 ? value : 0.5);
 }
 
 }  // namespace
@@ -60,9 +46,7 @@ void raise_too_large(const char* format, ...) {
   va_start(arguments, format);
   const std::string message = formatted(format, arguments);
   va_end(arguments);
-  const nb::object kind = nb::module_::import_("zeltbraidwerk.errors").attr("TooLargeError");
-  PyErr_SetString(kind.ptr(), message.c_str());
-  throw nb::python_error();
+  raise_error("TooLargeError", message.c_str());
 }
 
 void check_index(int value, int size, const char* name) {
@@ -136,12 +120,8 @@ void check_tableau(const structures::OperatorTableau& tableau, int n, const char
 }
 
 void check_memory(double bytes, const char* name, long long value) {
-  constexpr double always = 64 << 20;
-  if (bytes <= always) return;
-  const double limit = memory_limit();
-  if (bytes <= limit) return;
-  raise_too_large("%s: got %lld, which takes %.3g GB, wanted at most %.3g GB", name, value,
-                  bytes / 1e9, limit / 1e9);
+  if (bytes <= synthesis::memory_limit()) return;
+  raise_too_large("%s", internal::too_large(name, std::to_string(value), bytes).c_str());
 }
 
 void check_square(int n, const char* name, double bytes) {

@@ -13,7 +13,7 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
-#include "zeltbraidwerk/search/internal/edge_paths.h"
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 

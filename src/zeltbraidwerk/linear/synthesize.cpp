@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
 #include "zeltbraidwerk/linear/internal/methods.h"
 #include "zeltbraidwerk/linear/internal/options.h"
@@ -16,7 +17,6 @@
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
-#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"

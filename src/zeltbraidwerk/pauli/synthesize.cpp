@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/pauli/internal/methods.h"
 #include "zeltbraidwerk/pauli/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/known_network.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
-#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/runs.h"

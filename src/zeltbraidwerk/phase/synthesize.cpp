@@ -5,12 +5,12 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/linear/internal/synthesize.h"
 #include "zeltbraidwerk/phase/internal/methods.h"
 #include "zeltbraidwerk/phase/internal/synthesize.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
-#include "zeltbraidwerk/search/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 
 namespace zelt::braidwerk::internal {

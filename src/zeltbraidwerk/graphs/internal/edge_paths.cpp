@@ -1,4 +1,4 @@
-#include "zeltbraidwerk/search/internal/edge_paths.h"
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 
 #include <cstddef>
 
