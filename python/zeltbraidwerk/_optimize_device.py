@@ -219,7 +219,7 @@ class OnDevice:
         """Shorter circuits on no device, every qubit in its place. The first has gates on the pairs
         of qubits of the source alone: most circuits have few of them, and a circuit that is as
         short on other pairs takes more SWAPs."""
-        found = []
+        found: list[Optimization] = []
         for k in range(_LOGICAL if len(self.source) < _MOST_ROUTED else 1):
             if found and self._is_late():
                 break

@@ -16,23 +16,14 @@ import numpy as np
 import numpy.typing as npt
 
 from zeltbraidwerk import _core, errors, limits
+from zeltbraidwerk._shown import shown as shown
 
 BoolArray = npt.NDArray[np.bool_]
 
 _BOOLS = (bool, np.bool_)
-_SHOWN = 80  # characters of a value in the text of an error
 _BYTES_PER_QUBIT = 1000  # of names, wires in pictures, layers and the like
 _YEAR = 3.2e7  # seconds
 _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
-
-
-def shown(value: Any) -> str:
-    """The value for the text of an error: short and on one line, even where its ``repr`` fails."""
-    try:
-        text = " ".join(repr(value).split())
-    except Exception:  # also of an int with too many digits
-        text = f"a value of type {type(value).__name__}"
-    return text if len(text) <= _SHOWN else f"{text[: _SHOWN - 3]}..."
 
 
 def comes_from(value: Any, package: str) -> bool:

@@ -30,6 +30,7 @@ from contextlib import contextmanager
 from dataclasses import asdict, dataclass, fields, replace
 
 from zeltbraidwerk import _core, errors
+from zeltbraidwerk._shown import shown
 
 __all__ = ["Limits", "current", "set", "using"]
 
@@ -74,11 +75,7 @@ def set(**limits: float) -> None:
             raise errors.OptionError(f"limits: got {name!r}, wanted one of {', '.join(known)}")
         kinds = (int, float) if name == "memory" else int
         if isinstance(value, bool) or not isinstance(value, kinds) or not value > 0:
-            from zeltbraidwerk import _validate  # which needs this module
-
-            raise errors.OptionError(
-                f"{name}: got {_validate.shown(value)}, wanted {_wanted(name)}"
-            )
+            raise errors.OptionError(f"{name}: got {shown(value)}, wanted {_wanted(name)}")
     if "memory" in limits:
         memory = limits["memory"]
         _core._set_memory_limit(float(memory) if memory < 1e300 else math.inf)
