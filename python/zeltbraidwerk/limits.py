@@ -40,22 +40,23 @@ _NEVER_CHECKED = 16_000_000  # bytes, which there are always
 
 @dataclass(frozen=True)
 class Limits:
-    """The limits, and their usual values. Infinity lifts that of the memory."""
+    """The limits, and their usual values.
+
+    ``memory`` is what a call may take: up to 1 a share of the memory of the machine, or of what the
+    process may have where that is less; above 1 bytes; infinity lifts the limit. Each process of a
+    batch has it for itself. The others are limits of readers: ``file_bytes`` of a file, or of
+    standard input at a shell; ``bits``, qubits of a text, and its classical bits; ``operations`` of
+    a circuit after expansion, where one counts once for each bit of its condition, and a barrier
+    once for each qubit; ``nesting``, levels of gates that are defined by others; ``digits`` of an
+    integer.
+    """
 
     memory: float = 0.5
-    """What a call may take: up to 1 a share of the memory of the machine, or of what the process
-    may have where that is less; above 1 bytes. Each process of a batch has it for itself."""
     file_bytes: int = 2**28
-    """Bytes of a file, or of standard input at the shell."""
     bits: int = 1_000_000
-    """Qubits of a text, and its classical bits."""
     operations: int = 4_000_000
-    """Operations of a circuit that is read, after expansion: one counts once for each bit of its
-    condition, a barrier once for each qubit."""
     nesting: int = 100
-    """Levels of gates that are defined by others."""
     digits: int = 4000
-    """Digits of an integer."""
 
 
 def current() -> Limits:
