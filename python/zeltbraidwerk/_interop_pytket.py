@@ -129,6 +129,11 @@ def read_of(circuit: Any, found: Labelled) -> Read:
 
 def read_labelled(circuit: Any) -> Labelled:
     _reading.wanted(circuit, "pytket", "Circuit")
+    with _reading.without_collection():
+        return _labelled(circuit)
+
+
+def _labelled(circuit: Any) -> Labelled:
     plain, commands = circuit, circuit.get_commands()
     reading = _operations(circuit, commands, "")
     if reading is None:
