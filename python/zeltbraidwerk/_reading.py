@@ -97,8 +97,8 @@ class Reading:
 
 @contextmanager
 def without_collection() -> Iterator[None]:
-    """No collection of garbage in the block. All that readers make of a circuit is kept, and looking
-    through 10^5 objects again and again takes a fifth of their time."""
+    """No collection of garbage in the block. All that readers make of a circuit is kept, and
+    looking through 10^5 objects again and again takes a fifth of their time."""
     was_on = gc.isenabled()
     gc.disable()
     try:
