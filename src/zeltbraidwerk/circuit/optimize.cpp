@@ -182,10 +182,7 @@ class OptimizeCall {
   /// where it is shorter.
   std::vector<StagedCircuit> by_both(const CircuitTask& task, Effort effort) const {
     Effort first = effort;
-    if (first.control.deadline) {
-      const auto now = Control::Clock::now();
-      first.control.deadline = now + (*first.control.deadline - now) / 2;
-    }
+    first.control = effort.control.for_half_the_time();
     CircuitTask by_count = task;
     by_count.objective = Objective::count;
     StagedCircuit shorter = search(by_count, first);
