@@ -38,7 +38,9 @@ def test_a_pass_keeps_operator_and_names(tket):
     assert made.name == "mine"
     assert same(circuit.get_unitary(), made.get_unitary())
     assert made.n_2qb_gates() < 20
-    for options in ({"objective": "depth"}, {"objective": "t"}, {"exact": True}):
+    for options in (
+        {"objective": "depth"}, {"objective": "t"}, {"exact": True}, {"keep_depth": True}
+    ):  # fmt: skip
         other = circuit.copy()
         optimize_pass(seed=1, steps=2000, **options).apply(other)
         assert same(circuit.get_unitary(), other.get_unitary())

@@ -23,6 +23,7 @@ def optimize_pass(
     architecture: Architecture | None = None,
     objective: Literal["count", "depth", "t"] = "count",
     exact: bool = False,
+    keep_depth: bool = False,
     seed: int | None = None,
     steps: int | None = None,
     restarts: int | None = None,
@@ -55,8 +56,8 @@ def optimize_pass(
     if architecture is not None:
         _validate.instance(architecture, "architecture", Architecture, "an Architecture of pytket")
     options: dict[str, Any] = {
-        "objective": objective, "exact": exact, "seed": seed, "steps": steps,
-        "restarts": restarts, "budget": budget, "jobs": jobs,
+        "objective": objective, "exact": exact, "keep_depth": keep_depth, "seed": seed,
+        "steps": steps, "restarts": restarts, "budget": budget, "jobs": jobs,
     }  # fmt: skip
     optimize(Circuit(0), **options)  # refuses bad options now
 
