@@ -154,6 +154,7 @@ class Fuzzer:
     def child(self, first: int, last: int, report, errors) -> None:
         os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
         os.dup2(errors.fileno(), 2)
+        signal.signal(signal.SIGINT, signal.default_int_handler)  # a job in background ignores it
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         size = self.limits.megabytes * MEGABYTE
         os.environ["ZELTBRAIDWERK_LIMIT_MEMORY"] = str(size // 2)
