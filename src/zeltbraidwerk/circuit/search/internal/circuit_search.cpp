@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/circuit/search/internal/circuit_search.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <utility>
@@ -171,20 +172,25 @@ class CircuitSearch : public SearchBase<Network> {
   }
 
   /// Walks come in chains, each from the best of the one before and longer: the first chain from
-  /// the given circuit, the next from the best of all, and so in turns.
+  /// the given circuit, the next from the best of all, and so in turns. Where there is time for
+  /// a walk that is twice as long as the last of a chain, a chain is one such walk.
   void walk(bool by_layers) {
     if (meter_.ended()) return;
+    const std::uint64_t planned = by_layers ? 0 : windows_in_time();
+    const bool timed = planned >= tuning.walk_windows * start_.events.size()
+                                      << tuning.walks_of_chain;
     const int place = walks_ % tuning.walks_of_chain;
-    if (place == 0 && !by_layers) {
+    if ((timed || place == 0) && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const Network& start = walks_ / tuning.walks_of_chain % 2 == 0 ? start_ : shortest_.circuit();
+      const int chain = timed ? walks_ - 1 : walks_ / tuning.walks_of_chain;
+      const Network& start = chain % 2 == 0 ? start_ : shortest_.circuit();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest_.circuit() : chain_.circuit();
     PieceWalkOptions options;
     options.qubits = qubits();
     options.device = task_.device;
-    options.steps = tuning.walk_windows * from.events.size() << place;
+    options.steps = timed ? planned : tuning.walk_windows * from.events.size() << place;
     options.most_steps = std::min(options.steps, meter_.left());
     options.by_layers = by_layers;
     options.seed = rng_.next();
@@ -193,11 +199,23 @@ class CircuitSearch : public SearchBase<Network> {
                          from.events.size() < static_cast<std::size_t>(tuning.most_limited);
     options.piece = by_layers || limited ? 0 : tuning.piece;
     options.jobs = circuit_task_.jobs;
+    const double began = meter_.seconds();
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
+    windows_per_second_ =
+        static_cast<double>(walked.steps) / std::max(meter_.seconds() - began, 1e-6);
     const Network network = network_of(std::move(walked.events), from.wires, true);
     if (!by_layers) chain_.offer(network, network.size);
     offer(network, by_layers ? Origin::lowering_depth : Origin::lowering_count);
+  }
+
+  /// Of a walk through a part of the time that is left; 0 where it is not known, or not yet how
+  /// long a window takes.
+  std::uint64_t windows_in_time() const {
+    if (!meter_.control().deadline || meter_.effort().steps != Effort{}.steps) return 0;
+    const std::chrono::duration<double> left = *meter_.control().deadline - Control::Clock::now();
+    const double windows = tuning.part_of_time * left.count() * windows_per_second_;
+    return static_cast<std::uint64_t>(std::max(windows, 0.0));
   }
 
   void offer(const Network& network, Origin origin) {
@@ -235,6 +253,7 @@ class CircuitSearch : public SearchBase<Network> {
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;
+  double windows_per_second_ = 0;  ///< of the last walk
   Smallest<Network> chain_{Objective::count, Ties::latest};
 };
 

@@ -37,6 +37,8 @@ struct CircuitTuning {
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;
+  /// What of the time that is left a walk gets, where the time is known.
+  double part_of_time = 0.6;
 };
 inline constexpr CircuitTuning circuit_tuning;
 
