@@ -25,7 +25,7 @@ import zeltbraidwerk as zb
 
 QUBITS = 5
 ROUNDS = 12  # of gates on all qubits
-SCALED = (8, 100, 20_000)  # qubits, operators that one process and two make, steps
+SCALED = (8, 600, 20_000)  # qubits, operators that one process and two make, steps
 
 # usage: PROGRAM, for the processor time of a first call in a new process
 FIRST_CALL = """
