@@ -202,8 +202,10 @@ class CircuitSearch : public SearchBase<Network> {
     const double began = meter_.seconds();
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
-    windows_per_second_ =
-        static_cast<double>(walked.steps) / std::max(meter_.seconds() - began, 1e-6);
+    if (!by_layers) {
+      windows_per_second_ =
+          static_cast<double>(walked.steps) / std::max(meter_.seconds() - began, 1e-6);
+    }
     const Network network = network_of(std::move(walked.events), from.wires, true);
     if (!by_layers) chain_.offer(network, network.size);
     offer(network, by_layers ? Origin::lowering_depth : Origin::lowering_count);
@@ -253,7 +255,7 @@ class CircuitSearch : public SearchBase<Network> {
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;
-  double windows_per_second_ = 0;  ///< of the last walk
+  double windows_per_second_ = 0;  ///< of the last walk by count
   Smallest<Network> chain_{Objective::count, Ties::latest};
 };
 
