@@ -31,11 +31,12 @@ from zeltbraidwerk import (
     limits,
 )
 from zeltbraidwerk._family import Family, Found
+from zeltbraidwerk._graph_classes import GraphStateClass, classes
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Result
 from zeltbraidwerk.circuits import Circuit
 
-__all__ = ["GraphStateSynthesis", "methods", "synthesize"]
+__all__ = ["GraphStateClass", "GraphStateSynthesis", "classes", "methods", "synthesize"]
 
 _FAMILY = Family(_core._graph_state_methods)
 

@@ -9,11 +9,13 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/graphs/internal/edge_paths.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
@@ -152,6 +154,9 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
   auto& found = best.as<PlacedCircuit>();
   synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
+  if (options.method == "elimination" && n <= most_cut_wires) {
+    prove(result, bound_of_operator(OperatorRows(images), options.outputs, nullptr));
+  }
   return result;
 }
 

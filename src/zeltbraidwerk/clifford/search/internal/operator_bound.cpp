@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/echelon.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
@@ -40,6 +42,24 @@ int rank_beside(const Images& images, int qubit) {
   return zero == 3 ? 0 : zero == 1 ? 1 : 2;
 }
 
+/// What the operator leads from the wires beside the cut to those of its side.
+int rank_across(const OperatorRows& rows, const VertexSet& side) {
+  const int words = rows.words();
+  RowSpace space(2 * words * word_bits);
+  std::vector<Word> part(static_cast<std::size_t>(2 * words));
+  for (int wire = 0; wire < rows.wires(); ++wire) {
+    if (!side.contains(wire)) continue;
+    for (int label = 1; label <= 2; ++label) {
+      const Word* row = rows.row(0, wire, label);
+      for (int w = 0; w < 2 * words; ++w) {
+        part[static_cast<std::size_t>(w)] = row[w] & ~side.words()[w % words];
+      }
+      space.add(part.data());
+    }
+  }
+  return space.rank();
+}
+
 }  // namespace
 
 LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const BitGraph* device) {
@@ -69,6 +89,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
   bound.count = std::max((meetings + 1) / 2, groups.joins() - n);
   if (groups.largest() > 2) bound.depth = std::max(bound.depth, groups.largest() > 4 ? 2 : 1);
   bound.depth = std::max(bound.depth, layers_to_spread(widest));
+  const bool cuts = outputs == Outputs::in_place && n <= most_cut_wires;
+  const auto across = [&rows](const VertexSet& side) { return rank_across(rows, side); };
+  if (cuts) bound.raise(bound_of_cuts(cuts_of_all_pairs(n), across));
   if (device != nullptr && outputs == Outputs::in_place) {
     const Distances distances(*device);
     for (int wire = 0; wire < n; ++wire) {
@@ -78,6 +101,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
           bound.raise({distances(wire, q), distances(wire, q)});
         }
       }
+    }
+    for (const Cuts& each : cuts ? cuts_of_graph(*device, distances) : std::vector<Cuts>{}) {
+      bound.raise(bound_of_cuts(each, across));
     }
   }
   bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));

@@ -1,4 +1,4 @@
-#include "zeltbraidwerk/pauli/internal/echelon.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 
 #include <algorithm>
 #include <bit>
