@@ -79,14 +79,14 @@ def test_of_every_graph_state(n):
         orbit = distances([number], lambda graph: [m for m in moves(graph) if m[0] == 0])
         assert min(graph.bit_count() for graph in orbit) == found.fewest_edges
         result = zb.clifford.synthesize_state(found.circuit, seed=1)
-        assert result.bound <= found.fewest_gates == result.count
+        assert result.bound == found.fewest_gates == result.count
         adjacency = np.zeros((n, n), dtype=bool)
         for a, b in found.edges:
             adjacency[a, b] = adjacency[b, a] = True
         for method in ("search", "naive"):
             result = zb.graph_state.synthesize(adjacency, method=method, seed=1)
-            assert result.bound <= found.fewest_gates <= result.count
-            assert not result.is_optimal or result.count == found.fewest_gates
+            assert result.bound == found.fewest_gates <= result.count
+            assert result.is_optimal == (result.count == found.fewest_gates)
 
 
 def test_of_every_family_is_told_alike():

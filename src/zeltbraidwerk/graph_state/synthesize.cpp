@@ -179,6 +179,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   result.permutation = in_order(n);
   if (options.method == "naive" || options.method == "decoding") {
     prove(result, bound_of_graph(bits, stabilisers));
+  } else {
+    prove_by_table(result, stabilisers, options);
   }
   return result;
 }
