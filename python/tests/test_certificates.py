@@ -2,6 +2,7 @@
 states against one over all graphs with names."""
 
 from collections import deque
+from dataclasses import replace
 from itertools import combinations, permutations
 
 import numpy as np
@@ -87,6 +88,28 @@ def test_of_every_graph_state(n):
             result = zb.graph_state.synthesize(adjacency, method=method, seed=1)
             assert result.bound <= found.fewest_gates <= result.count
             assert not result.is_optimal or result.count == found.fewest_gates
+
+
+def test_states_up_to_local_gates():
+    for found in zb.graph_state.classes(6):
+        adjacency = np.zeros((6, 6), dtype=bool)
+        for a, b in found.edges:
+            adjacency[a, b] = adjacency[b, a] = True
+        for call, given in (
+            (zb.graph_state.synthesize, adjacency),
+            (zb.clifford.synthesize_state, found.circuit),
+        ):
+            exact, free = call(given, seed=1), call(given, seed=1, up_to="local")
+            assert exact.local is None
+            assert list(free.circuit + free.local) != []
+            assert free.local.two_qubit_count == 0
+            assert free.verify()
+            assert (free.count, free.depth) == (exact.count, exact.depth)
+            last = {q: len(gate.qubits) for gate in free.circuit for q in gate.qubits}
+            assert set(last.values()) == {2}
+            assert zb.from_json(free.to_json()) == free
+            changed = replace(free, local=free.local + zb.Circuit(6, [zb.Gate.h(0)]))
+            assert not changed.verify()
 
 
 def test_of_every_family_is_told_alike():

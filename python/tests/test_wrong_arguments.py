@@ -64,6 +64,7 @@ INSTANCES = {
     "CliffordSynthesis": lambda: zb.clifford.synthesize(BELL, **QUICK),
     "StateSynthesis": lambda: zb.clifford.synthesize_state(["XX", "ZZ"], steps=0),
     "EncoderSynthesis": lambda: zb.clifford.synthesize_encoder(["XX"], steps=0),
+    "GraphStateClass": lambda: zb.graph_state.classes(2)[0],
     "GraphStateSynthesis": lambda: zb.graph_state.synthesize([[0, 1], [1, 0]], **QUICK),
     "PauliSynthesis": lambda: zb.pauli.synthesize({"XX": 0.5}, **QUICK),
     "CoDiagonalization": lambda: zb.pauli.codiagonalize(["XX", "ZZ"]),

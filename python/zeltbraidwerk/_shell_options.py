@@ -208,6 +208,7 @@ OPTIONS: tuple[tuple[str, str, dict[str, Any]], ...] = (
                '"all-to-all:8"), or a file of edges', _WORD),
     ("method", "the method; default: auto, the best of several", _WORD),
     ("objective", "what is made small: count or depth of two-qubit gates; optimize: or t", _WORD),
+    ("up_to", "phase: the state itself; local: up to gates on single qubits at the end", _WORD),
     ("permutation", "exact: outputs in place; free: outputs may change places", _WORD),
     ("tail", "close: undo what is left after the circuit; return: leave it", _WORD),
     ("order", "commuting: keep the product; free: one Trotter step in any order", _WORD),

@@ -88,6 +88,8 @@ def _qasm(result: Result) -> str:
     logical = getattr(result, "logical_wires", None)
     if logical is not None:
         notes.append(f"logical qubits come in on qubits {' '.join(map(str, logical))}, 0 on others")
+    if getattr(result, "local", None) is not None:
+        notes.append("gates on single qubits are left out at the end; JSON holds them")
     if _is_open(result):
         notes.append("a tail is left over; JSON holds it")
     lines = "".join(f"// {note}\n" for note in notes)

@@ -34,8 +34,8 @@ struct SmallGraph {
 std::uint64_t canonical_key(const SmallGraph& graph);
 SmallGraph graph_of_key(std::uint64_t key, int n);
 
-/// The keys of all graphs that local complementations lead to, that of the graph first. On nine vertices
-/// they are 600 on the average, which take 0.03 s.
+/// The keys of all graphs that local complementations lead to, that of the graph first. On nine
+/// vertices they are 600 on the average, which take 0.03 s.
 std::vector<std::uint64_t> keys_of_orbit(const SmallGraph& graph);
 /// The one of a graph with the fewest edges; ties: least key.
 std::uint64_t representative(const std::vector<std::uint64_t>& keys);
