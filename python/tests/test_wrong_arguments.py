@@ -119,6 +119,8 @@ ARGUMENTS = {
     "batch.race": [BATCH | {"input": MATRIX, "seeds": [1, 2]}],
     "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
+    "gallery.toric_code": [{"d": 4}],
+    "gallery.logical_zero": [{"code": ([[1, 1]], [[1, 1]])}],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
     "linear.synthesize": [
         QUICK, {"method": "pmh"}, {"method": "syndrome"}, {"device": Device.line(2)} | QUICK,

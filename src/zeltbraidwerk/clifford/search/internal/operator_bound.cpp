@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/echelon.h"
@@ -45,19 +46,16 @@ int rank_beside(const Images& images, int qubit) {
 /// What the operator leads from the wires beside the cut to those of its side.
 int rank_across(const OperatorRows& rows, const VertexSet& side) {
   const int words = rows.words();
-  RowSpace space(2 * words * word_bits);
-  std::vector<Word> part(static_cast<std::size_t>(2 * words));
-  for (int wire = 0; wire < rows.wires(); ++wire) {
-    if (!side.contains(wire)) continue;
+  BitMatrix part(2 * side.members(), 2 * words * word_bits);
+  int next = 0;
+  side.for_each([&](int wire) {
     for (int label = 1; label <= 2; ++label) {
       const Word* row = rows.row(0, wire, label);
-      for (int w = 0; w < 2 * words; ++w) {
-        part[static_cast<std::size_t>(w)] = row[w] & ~side.words()[w % words];
-      }
-      space.add(part.data());
+      Word* there = part.row(next++);
+      for (int w = 0; w < 2 * words; ++w) there[w] = row[w] & ~side.words()[w % words];
     }
-  }
-  return space.rank();
+  });
+  return rank(std::move(part));
 }
 
 }  // namespace

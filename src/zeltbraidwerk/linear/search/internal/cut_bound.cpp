@@ -112,18 +112,19 @@ LowerBound bound_of_cuts(const Cuts& cuts, const std::function<int(const VertexS
 }
 
 int gates_across(const BitMatrix& m, const VertexSet& side) {
-  RowSpace from_side(m.cols());
-  RowSpace to_side(m.cols());
-  std::vector<Word> part(static_cast<std::size_t>(m.stride()));
+  const int members = side.members();
+  BitMatrix to_side(members, m.cols());
+  BitMatrix from_side(m.rows() - members, m.cols());
+  int within = 0;
   for (int r = 0; r < m.rows(); ++r) {
     const bool in_side = side.contains(r);
+    Word* part = in_side ? to_side.row(within++) : from_side.row(r - within);
     for (int w = 0; w < m.stride(); ++w) {
-      const Word within = side.words()[w];
-      part[static_cast<std::size_t>(w)] = m.row(r)[w] & (in_side ? ~within : within);
+      const Word columns = side.words()[w];
+      part[w] = m.row(r)[w] & (in_side ? ~columns : columns);
     }
-    (in_side ? to_side : from_side).add(part.data());
   }
-  return from_side.rank() + to_side.rank();
+  return rank(std::move(to_side)) + rank(std::move(from_side));
 }
 
 }  // namespace zelt::braidwerk::internal
