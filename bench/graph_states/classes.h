@@ -12,8 +12,8 @@
 /// Up to local Clifford operations a Clifford gate on two qubits is the identity, a CNOT, a SWAP,
 /// or a CNOT and a SWAP. Since qubits have no names here, a SWAP is no gate: the fewest CNOTs are
 /// the fewest Clifford gates on two qubits of any kind. A CNOT is, again up to local operations,
-/// the gate that measures nothing of P on one qubit and Q on another: it multiplies a stabiliser
-/// that anticommutes with P by Q, and one that anticommutes with Q by P. There are nine of these on
+/// a controlled Pauli gate of P on one qubit and Q on another: it multiplies a stabiliser that
+/// anticommutes with P by Q, and one that anticommutes with Q by P. There are nine of these on
 /// a pair of qubits. So a breadth-first search from the zeros over the classes finds the fewest
 /// gates of every class: from any one state of a class, the nine gates on all pairs lead to all
 /// classes that a gate leads to.
@@ -26,7 +26,7 @@ using zelt::braidwerk::internal::most_vertices;
 using zelt::braidwerk::internal::SmallGraph;
 using zelt::braidwerk::internal::SmallStabilisers;
 
-/// Paulis are 1 = X, 2 = Y, 3 = Z.
+/// A controlled Pauli gate. Paulis are 1 = X, 2 = Y, 3 = Z.
 struct PairGate {
   int a, pauli_a, b, pauli_b;
 };

@@ -22,9 +22,9 @@ struct Cuts {
   int load = 1;  ///< a gate is on both parts of at most so many of them
 };
 
-/// Where gates may be on any two wires: n wires have the numbers 0 to n - 1, and wires are in one
-/// part when the bits that their numbers share with k = 1, 2, ... are even in number. Two numbers
-/// below 2^b differ in this for half of the 2^b values of k.
+/// Where gates may be on any two wires: one cut for every k from 1 to 2^b - 1, where wires are
+/// numbered from 0 to n - 1 below 2^b. A wire is in `side` when its number and k have an odd number
+/// of bits in common. Any two wires are in different parts for 2^b / 2 values of k.
 Cuts cuts_of_all_pairs(int n);
 
 /// Where gates are on edges of a connected graph. First all wires that are nearer to one end of an
