@@ -160,7 +160,7 @@ class Call:
         if not stopped:
             return result
         best = result_of(*done[0]) if done else None
-        raise errors.Interrupted(f"stopped, best so far: {best}", best)
+        raise errors.Interrupted(best=best)
 
     def _budget(self) -> float | None:
         """Of the compiled part. What takes long to read takes longer to write, which comes after

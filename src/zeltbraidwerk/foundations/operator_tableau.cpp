@@ -7,10 +7,12 @@
 #include <stdexcept>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace structures {
 namespace {
 
+using zelt::braidwerk::internal::question_point;
 using Exponent = unsigned char;
 using Exponents = std::vector<Exponent>;
 
@@ -97,6 +99,7 @@ void combine_columns(Exponent* m, std::size_t size, const Exponent* g, const int
 ZELTBRAIDWERK_CLONES
 void multiply(const Exponent* a, const Exponent* b, Exponent* out, std::size_t size) {
   for (std::size_t r = 0; r < size; ++r) {
+    question_point();
     for (std::size_t c = 0; c < size; ++c) {
       add_multiple(out + r * size, b + c * size, a[r * size + c], size);
     }
@@ -109,6 +112,7 @@ void multiply(const Exponent* a, const Exponent* b, Exponent* out, std::size_t s
 ZELTBRAIDWERK_CLONES
 void invert(Exponent* w, Exponent* r, std::size_t size) {
   for (std::size_t k = 0; k < size; ++k) {
+    question_point();
     std::size_t pivot = k;
     while (pivot < size && w[pivot * size + k] % 2 == 0) ++pivot;
     if (pivot == size) continue;

@@ -141,14 +141,13 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   check_search_memory("graph", n, options, bytes_of_run);
   RunControl control(options.budget);
   const PauliFrame stabilisers = stabilisers_of(bits);
+  Lane naive{.method = "naive",
+             .runs = 1,
+             .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
+             .draws = false,
+             .brief = true};
   std::vector<Lane> lanes;
-  if (options.method == "auto" || options.method == "naive") {
-    lanes.push_back({.method = "naive",
-                     .runs = 1,
-                     .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
-                     .draws = false,
-                     .brief = true});
-  }
+  if (options.method == "auto" || options.method == "naive") lanes.push_back(naive);
   if (options.method == "decoding") {
     const bool usual = !options.restarts && !options.budget;
     lanes.push_back({.method = "decoding",
@@ -163,7 +162,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
     lanes.push_back(state_search_lane(stabilisers, options, control));
   }
-  BestRun best = best_of_runs(lanes, options, control);
+  naive.for_stops = true;
+  BestRun best = best_of_runs(lanes, options, control, naive);
   auto& gates = best.as<std::vector<Gate>>();
   GraphStateResult result{std::move(best.result), std::move(gates)};
   result.permutation = in_order(n);

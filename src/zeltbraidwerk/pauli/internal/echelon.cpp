@@ -4,6 +4,8 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -38,13 +40,17 @@ bool RowSpace::add(const Word* row) {
 
 int rank(const BitMatrix& m) {
   RowSpace space(m.cols());
-  for (int r = 0; r < m.rows(); ++r) space.add(m.row(r));
+  for (int r = 0; r < m.rows(); ++r) {
+    question_point();
+    space.add(m.row(r));
+  }
   return space.rank();
 }
 
 std::vector<int> reduce_to_echelon(BitMatrix& a, BitMatrix& b) {
   std::vector<int> pivots;
   for (int c = 0; c < a.cols(); ++c) {
+    question_point();
     const int top = static_cast<int>(pivots.size());
     int r = top;
     while (r < a.rows() && !a.get(r, c)) ++r;
