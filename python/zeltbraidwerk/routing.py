@@ -194,9 +194,7 @@ def route_ions(
     if call.effort.budget is None:
         _refuse_endless(source, levels)
     kernel = partial(_core._routed_for_ions, source.to_core(), source.n)
-    return _run(
-        kernel, (levels, rates), call, lambda call, *made: _result(call, source, *made)
-    )
+    return _run(kernel, (levels, rates), call, lambda call, *made: _result(call, source, *made))
 
 
 def _read(circuit: Any) -> Circuit:
