@@ -43,7 +43,10 @@ PauliFrame stabilisers_of(const BitMatrix& graph) {
 /// stabiliser.
 std::vector<Gate> preparation(const BitMatrix& graph, const std::vector<Gate>& apart) {
   PauliFrame stabilisers = stabilisers_of(graph);
-  for (const Gate& gate : apart) stabilisers.apply(gate);
+  for (const Gate& gate : apart) {
+    stop_point();
+    stabilisers.apply(gate);
+  }
   std::vector<Gate> gates;
   for (int q = 0; q < graph.rows(); ++q) gates.push_back(Gate::H(q));
   for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
