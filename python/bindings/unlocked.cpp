@@ -29,7 +29,8 @@ bool signal_came() {
 }  // namespace
 
 SignalWatch::SignalWatch()
-    : kept_(std::exchange(internal::stop_question, signal_came)), scope_(internal::Control(), false) {
+    : kept_(std::exchange(internal::stop_question, signal_came)),
+      scope_(internal::Control(), false) {
   next_look = Clock::now() + between_looks;
 }
 

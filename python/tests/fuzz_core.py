@@ -274,6 +274,8 @@ def main() -> None:
                         help="seconds of a call after which Ctrl-C comes")  # fmt: skip
     parser.add_argument("--megabytes", type=int, default=1024, help="memory of the child")
     options = parser.parse_args()
+    for number in (signal.SIGINT, signal.SIGTERM):  # of which a job in background ignores the first
+        signal.signal(number, signal.default_int_handler)
     targets = [t for t in read_targets(load(options.module))
                if not options.only or t.name in options.only]  # fmt: skip
     fuzzer = Fuzzer(targets, options.seed, Limits(options.limit, options.megabytes))

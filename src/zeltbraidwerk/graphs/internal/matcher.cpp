@@ -13,8 +13,8 @@ namespace {
 
 using Graph = lemon::ListGraph;
 
-/// Edge numbers of a graph that never lost an edge count up in the order of adding. The solver reads
-/// weights all the time, so that here is where it can be stopped.
+/// Edge numbers of a graph that never lost an edge count up in the order of adding. The solver
+/// reads weights all the time, so that here is where it can be stopped.
 struct EdgeWeights {
   using Key = Graph::Edge;
   using Value = int;

@@ -19,7 +19,7 @@ using synthesis::SynthesisOptions;
 namespace {
 
 constexpr std::chrono::milliseconds most_after_stop(80);  ///< for a plain circuit
-constexpr std::chrono::milliseconds poll_interval(10);  ///< of the calling thread
+constexpr std::chrono::milliseconds poll_interval(10);    ///< of the calling thread
 /// A lane whose best is so much longer than the best of all gets half its time.
 constexpr double half_share = 0.05;
 

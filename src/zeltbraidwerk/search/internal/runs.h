@@ -63,8 +63,8 @@ struct BestRun {
 /// UnfinishedError when no run found a circuit, and what a run or a function of the options throws.
 ///
 /// `plain`, where there is one, is made when the search was stopped or its time was over before it
-/// had found any circuit. It takes milliseconds. Without it, or with one for stops alone, first runs
-/// go on after the deadline until there is an answer.
+/// had found any circuit. It takes milliseconds. Without it, or with one for stops alone, first
+/// runs go on after the deadline until there is an answer.
 BestRun best_of_runs(const std::vector<Lane>& lanes, const synthesis::SynthesisOptions& options,
                      RunControl& control, const std::optional<Lane>& plain = std::nullopt);
 
