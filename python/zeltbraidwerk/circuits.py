@@ -270,6 +270,8 @@ class Circuit(CircuitBase):
         circuit._n, circuit._make, circuit._classical, circuit._names = n, make, (), None
         return circuit
 
+    _make: Callable[[], tuple[Gate, ...]]
+
     @cached_property
     def _items(self) -> tuple[Operation, ...]:
         """The operations. All circuits but those made by ``_later`` are made with them."""

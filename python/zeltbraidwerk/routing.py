@@ -132,7 +132,8 @@ def route(
     other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
     :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Both
     searches make ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
-    ends a run; while the tail is being closed, the exception holds a finished result.
+    ends a run: the exception holds the best circuit so far, before there is any one without
+    lookahead if that takes little time.
     """
     call = _FAMILY.call(
         method=method, device=Device.of(device), objective=objective, budget=budget, steps=steps
