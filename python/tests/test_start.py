@@ -14,6 +14,9 @@ PARITIES = dict.fromkeys(zb.gallery.random_parities(8, 40, 1)[0], 0.1)
 OPERATOR, STATE = cliffords(8, 2)
 ANSATZ = [*zb.gallery.uccsd(6, 2).items()][:24]
 ANSATZ += [("XYIIIZ", "theta"), ("ZZIIII", np.pi / 2)]
+RINGS = [("".join("Z" if q in (k, (k + s) % 8) else "I" for q in range(8)), 0.1 * s)
+         for s in (1, 2, 3) for k in range(8)]  # fmt: skip
+MIXERS = [("".join("X" if q == k else "I" for q in range(8)), 0.7) for k in range(8)]
 GRAPH = zb.gallery.random_graph(12, seed=2)
 GRID = Device.grid(4, 4)
 
@@ -23,6 +26,7 @@ state = functools.partial(zb.clifford.synthesize_state, STATE)
 graph_state = functools.partial(zb.graph_state.synthesize, GRAPH, method="search")
 phase = functools.partial(zb.phase.synthesize, PARITIES, n=8, method="search")
 pauli = functools.partial(zb.pauli.synthesize, ANSATZ, method="search")
+blocks = functools.partial(zb.pauli.synthesize, RINGS + MIXERS, method="search")
 
 CASES = [
     (linear, {}),
@@ -47,6 +51,8 @@ CASES = [
     (pauli, {"order": "free", "permutation": "free"}),
     (pauli, {"tail": cliffords(6, 1)[0]}),
     (pauli, {"device": GRID, "order": "free"}),
+    (blocks, {}),
+    (blocks, {"tail": "return", "objective": "depth"}),
 ]
 
 
