@@ -146,6 +146,20 @@ def test_readout_gives_the_same_values_as_the_observables():
         assert np.isclose(np.dot(found, list(absorbed.values())), np.dot(wanted, (1.0, 2.0, 4.0)))
 
 
+def test_methods_end_in_the_given_operator_in_all_their_runs():
+    """Later runs rename the qubits."""
+    listed = [("XXI", 0.4), ("IYZ", 1.1), ("ZZZ", -0.7), ("YIX", 0.2)]
+    tail = zb.Circuit(3, [zb.Gate.h(0), zb.Gate.s(1), zb.Gate.cnot(0, 2), zb.Gate.cnot(2, 1)])
+    wanted = unitary(tail) @ product(listed)
+    for method in pauli.methods()[2:-1]:
+        for seed in range(8):
+            found = pauli.synthesize(
+                listed, method=method, tail=zb.CliffordTableau.from_circuit(tail), restarts=4,
+                seed=seed,
+            )  # fmt: skip
+            assert same_up_to_phase(unitary(found.circuit), wanted), (method, seed)
+
+
 @given(data=st.data())
 def test_codiagonalization(data):
     n = data.draw(st.integers(1, 6))
