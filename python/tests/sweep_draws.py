@@ -17,7 +17,10 @@ LONG = 4000  # steps of one search in a hundred
 KINDS = ("dyadic", "same", "symbols", "forms", "quarters", "eighths", "edges", "floats", "any")
 EXACT = ("symbols", "forms", "quarters", "eighths")  # that windows of numbers leave alone
 EDGES = (0.0, -0.0, 1e-17, -1e-17, 1e6, -1e6, 1e-7, math.pi, -math.pi, 2 * math.pi, math.tau * 9)
-RESTARTED = ("pmh", "pairs", "blocks", "greedy", "gray", "recursive", "sets", "decoding")
+RESTARTED = (
+    "pmh", "pairs", "blocks", "greedy", "gray", "recursive", "greedy_depth", "sets", "sets_graph",
+    "sets_decoding", "sets_closed", "decoding",
+)  # fmt: skip
 SHAPES = ("line", "ring", "grid", "star", "full", "tree", "graph", "parts")
 ONE = ["H", "S", "D-S", "X", "Y", "Z", "I", "T", "D-T", "SX", "RX", "RY", "RZ", "RZ", "PH"]
 
@@ -76,7 +79,7 @@ class Draw(random.Random):
         known = module.methods(device=ground is not None)
         if self.only in known:
             return self.only
-        if n > 12 or self.chance(0.7):
+        if n > 12 or self.chance(0.6):
             return "search"
         slow = ("auto", "steiner", "sorting", "greedy_log") if n > 5 else ()
         return self.choice([name for name in known if name not in slow])
@@ -91,7 +94,7 @@ class Draw(random.Random):
         if method in ("search", "auto"):
             found |= self.effort()
         elif method in RESTARTED and self.chance(0.9):
-            found["restarts"] = self.choice((1, 1, 2, 3))
+            found["restarts"] = self.choice((1, 2, 3))
         return found
 
     def effort(self):
