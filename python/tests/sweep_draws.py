@@ -169,7 +169,7 @@ class Draw(random.Random):
         rows, kind = [1 << k for k in range(n)], self.randrange(5)
         if kind == 0:  # blocks, equal or not
             size = self.randint(1, max(n, 1))
-            pairs = [p for p in self.pairs(size)]
+            pairs = self.pairs(size)
             for start in range(0, n - size + 1, size):
                 for a, b in pairs if self.chance(0.7) else self.pairs(size):
                     rows[start + a] ^= rows[start + b]

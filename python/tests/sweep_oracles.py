@@ -1,20 +1,16 @@
 """Oracles of the sweep, which share nothing with the library but its results: bits of integers for
-linear maps and Pauli strings, dense matrices of few qubits, and Stim for Clifford operators."""
+linear maps and Pauli strings, and Stim for the inverse of a Clifford operator."""
 
 import math
 from collections import Counter, defaultdict
-from functools import lru_cache
 from itertools import combinations, repeat
 
-import numpy as np
 import stim
-from support import gate_matrix
 
 from zeltbraidwerk import Circuit, Gate
 from zeltbraidwerk.instructions import Barrier
 
 TOLERANCE = 1e-9
-CLOSE = 1e-8  # entries of matrices
 QUARTER = math.pi / 2
 SYMBOLS = {f"t{k}": math.sqrt(k + 2) / 64 for k in range(300)}
 
@@ -92,7 +88,9 @@ class Frame:
         return frame
 
     def letter(self, axis, q):
-        return {"X": self.x, "Z": self.z}[axis][q] if axis != "Y" else times(self.x[q], self.z[q], 1)
+        if axis == "Y":
+            return times(self.x[q], self.z[q], 1)
+        return (self.x if axis == "X" else self.z)[q]
 
     def image(self, pauli):
         k, x, z = pauli
@@ -124,10 +122,10 @@ class Unfolded:
     """The operator of the Clifford gates of a circuit, as a frame, and the rotations as they stand
     in front of them: turns by no multiple of pi/2, or those that ``rotates`` marks."""
 
-    def __init__(self, circuit, n=None, places=None, rotates=repeat(False), within=TOLERANCE):
+    def __init__(self, circuit, n=None, places=None, rotates=None, within=TOLERANCE):
         self.frame, self.rotations = Frame(circuit.n if n is None else n), []
         self.within = within
-        for gate, kept in zip(circuit, rotates, strict=False):
+        for gate, kept in zip(circuit, repeat(False) if rotates is None else rotates, strict=False):
             if isinstance(gate, Gate):
                 qubits = gate.qubits if places is None else [places[q] for q in gate.qubits]
                 self.add(gate, qubits, kept)
@@ -244,51 +242,6 @@ def assert_map(wires, rows, inputs, outputs):
     for row, wire in zip(rows, outputs, strict=True):
         wanted[wire] = spread(row, inputs)
     assert wires == wanted
-
-
-# --- dense --------------------------------------------------------------------------------------
-
-
-@lru_cache(maxsize=4096)
-def matrix_of(name, qubits, n):
-    return gate_matrix(Gate(name, qubits), n)
-
-
-def columns(circuit, places=None, n=None):
-    """What the circuit makes of all states of few qubits, or of three random ones."""
-    n = circuit.n if n is None else n
-    draws = np.random.default_rng(n)
-    state = np.eye(2**n, dtype=complex)
-    if n > 3:
-        state = draws.normal(size=(2**n, 3)) + 1j * draws.normal(size=(2**n, 3))
-        state /= np.linalg.norm(state, axis=0)
-    for gate in circuit:
-        if not isinstance(gate, Gate):
-            continue
-        qubits = gate.qubits if places is None else tuple(places[q] for q in gate.qubits)
-        if gate.name in AXES:
-            angle = value(gate.params[0])
-            axis = matrix_of(AXES[gate.name], qubits, n)
-            phase = np.exp(0.5j * angle) if gate.name == "PH" else 1.0
-            state = phase * (np.cos(angle / 2) * state - 1j * np.sin(angle / 2) * (axis @ state))
-        elif gate.params:
-            angles = [value(angle) for angle in gate.params]
-            state = gate_matrix(Gate(gate.name, qubits, angles), n) @ state
-        else:
-            state = matrix_of(gate.name, qubits, n) @ state
-    return state
-
-
-def assert_columns(found, wanted, n, pairs=(), phase=None):
-    """That both are alike; up to a phase where none is given. ``pairs`` as for assert_same."""
-    order = list(range(n))
-    for before, after in pairs:
-        order[before] = after
-    found = found.reshape((2,) * n + (-1,)).transpose([*order, n]).reshape(wanted.shape)
-    if phase is None:
-        phase = np.angle(np.vdot(found, wanted))
-    distance = np.abs(np.exp(1j * phase) * found - wanted).max(initial=0.0)
-    assert distance < CLOSE, f"entries differ by {distance:.1e}"
 
 
 # --- reports ------------------------------------------------------------------------------------

@@ -21,6 +21,8 @@ GRAPH = zb.gallery.random_graph(12, seed=2)
 GRID = Device.grid(4, 4)
 
 linear = functools.partial(zb.linear.synthesize, MATRIX, method="search")
+few_wires = functools.partial(zb.linear.synthesize, np.eye(5)[[1, 3, 0, 2, 4]].astype(bool),
+                              method="search")  # fmt: skip
 clifford = functools.partial(zb.clifford.synthesize, OPERATOR, method="search")
 state = functools.partial(zb.clifford.synthesize_state, STATE)
 graph_state = functools.partial(zb.graph_state.synthesize, GRAPH, method="search")
@@ -35,6 +37,7 @@ CASES = [
     (linear, {"device": GRID}),
     (linear, {"device": GRID, "objective": "depth", "permutation": "free"}),
     (linear, {"device": GRID, "reach": 2}),
+    (few_wires, {}),
     (clifford, {}),
     (clifford, {"permutation": "free"}),
     (clifford, {"objective": "depth"}),
