@@ -1,4 +1,4 @@
-"""The instances of the sweep: their numbers, what is looked at, and results compared over processes."""
+"""The instances of the sweep: their numbers, what is looked at, results over several processes."""
 
 import dataclasses
 import hashlib
