@@ -5,7 +5,8 @@
 
 An instance is made from its family and number alone, so the first ones of a longer run are those of
 a shorter one. Of a thousand instances each family has a fixed share. What is done stands in a file
-below build/sweep: the same command goes on after anything that ended it.
+below build/sweep: the same command goes on after anything that ended it, and makes what had faults
+again.
 """
 
 import argparse
@@ -91,7 +92,8 @@ class Worker:
 
 
 class Record:
-    """What is done, by chunks of instances, as lines of a file."""
+    """What is done, by chunks of instances, as lines of a file. A chunk with faults is done again
+    when a run is gone on with: they may have been mended."""
 
     def __init__(self, path, fresh):
         self.path, self.chunks = path, {}
@@ -100,12 +102,18 @@ class Record:
         text = text[: text.rfind("\n") + 1]  # without a line that was cut
         for line in text.splitlines():
             row = json.loads(line)
-            self.chunks[row["chunk"]] = row
-        path.write_text(text)
+            if not row["faults"]:
+                self.chunks[row["chunk"]] = row
+        self.write()
+
+    def write(self):
+        beside = self.path.with_suffix(".new")
+        beside.write_text("".join(json.dumps(row) + "\n" for row in self.chunks.values()))
+        beside.replace(self.path)
 
     def forget(self):
         self.chunks = {}
-        self.path.write_text("")
+        self.write()
 
     def add(self, chunk, rows):
         families = {}

@@ -160,6 +160,7 @@ def plain(pauli, angle):
 def left_of(rotations, within):
     """The quarter turns that are left when rotations that meet are added; no other may be left.
     Sums that are multiples of pi/2 pass to the end, where all of them are."""
+    within += rounding(angle for _, angle in rotations)
     word, turns = [], []
     for pauli, angle in rotations:
         for by, quarters in turns:
@@ -196,19 +197,20 @@ def assert_same(found, wanted, pairs):
             assert pauli == found.frame.letter(axis, after), f"{axis} on {before}"
 
 
-def in_any_order(terms):
-    total = defaultdict(float)
-    for key, angle in terms:
-        total[key] += angle
-    return {key: angle for key, angle in total.items() if abs(angle) > TOLERANCE}
+def rounding(angles):
+    """How far sums of the angles may be off; far below the smallest that is drawn, but 1e-17."""
+    return min(1e-15 * sum(map(abs, angles)), 5e-8)
 
 
 def assert_terms(found, wanted):
     """That the angles of each key add up to the same, up to whole turns."""
-    found, wanted = in_any_order(found), in_any_order(wanted)
-    for key in found.keys() | wanted.keys():
-        difference = found.get(key, 0.0) - wanted.get(key, 0.0)
-        assert abs(math.remainder(difference, 2 * math.pi)) < TOLERANCE, key
+    angles = defaultdict(list)
+    for terms, sign in ((found, 1), (wanted, -1)):
+        for key, angle in terms:
+            angles[key].append(sign * angle)
+    for key, listed in angles.items():
+        difference = math.remainder(math.fsum(listed), 2 * math.pi)
+        assert abs(difference) < TOLERANCE + rounding(listed), key
 
 
 # --- states, codes, maps ------------------------------------------------------------------------
