@@ -120,7 +120,7 @@ def optimized(draw, n):
         places, outputs = assert_report(replace(result, trace=()), n, ground, free)
         pairs = {wire: wire for wire in range(result.n)} | dict(zip(places, outputs, strict=True))
         pairs = list(pairs.items())
-        if width <= DENSE and not source.symbols:
+        if width <= DENSE:
             wanted = columns(result.source, places, result.n)
             phase = result.global_phase
             assert_columns(columns(result.circuit), wanted, result.n, pairs, phase)
@@ -137,6 +137,8 @@ def optimized(draw, n):
     def check_all(result):
         check(result)
         assert_front(result, check)
+        for first in result.front[:1]:
+            assert (first.count, first.depth) == (result.count, result.depth)
         before = size_of(given)
         by_depth = options["objective"] == "depth"
         if ground is None:
@@ -191,7 +193,7 @@ def formats(draw, n):
     n = max(min(n, 30), 1)
     kind = draw.choice((None, "eighths", "any", "dyadic", "floats"))
     source = Circuit(n, draw.circuit_gates(n, draw.choice((3, 2 * n, 30)), kind))
-    small = n <= DENSE and not source.symbols
+    small = n <= DENSE
     made = draw.choice(("qasm", "json", "stim", "basis", "fused", "named", "inverse"))
     basis = draw.choice(BASES)
 

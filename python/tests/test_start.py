@@ -130,6 +130,13 @@ def test_rotations_of_a_start_are_matched_by_string_sign_and_angle():
     assert search(start=wrong[5], tail="return").verify()
 
 
+def test_clifford_gates_of_a_start_are_not_taken_for_rotations():
+    """They are quarter turns as well, about the same strings."""
+    rotations = [("YY", np.pi / 2), ("IX", 5 * np.pi / 2)]
+    known = zb.pauli.synthesize(rotations, method="greedy", seed=874)
+    assert zb.pauli.synthesize(rotations, method="search", steps=1, start=known).verify()
+
+
 @pytest.mark.parametrize(
     ("search", "options", "complaint"),
     [

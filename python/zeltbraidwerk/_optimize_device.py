@@ -104,9 +104,8 @@ class OnDevice:
     # --- candidates ---------------------------------------------------------------------------
 
     def _candidates(self, router: str, given: Placement | None) -> Iterator[Routed]:
-        has_pieces = len(pieces_of(self.source.split_ending()[0])[0]) > 1
         if router == "qiskit":
-            if has_pieces:
+            if self._has_pieces:
                 raise errors.OptionError(
                     "router: got 'qiskit' for a circuit with operations other than gates in the "
                     "middle, wanted 'own'"
@@ -117,7 +116,7 @@ class OnDevice:
             yield from self._by_trees()
             return
         routed = []
-        for each in self._by_swaps(_swaps.routes, given) if not has_pieces else ():
+        for each in self._by_swaps(_swaps.routes, given) if not self._has_pieces else ():
             routed.append(each)
             yield each
         if self._is_late():
@@ -241,6 +240,11 @@ class OnDevice:
 
     # --- parts ------------------------------------------------------------------------------------
 
+    @cached_property
+    def _has_pieces(self) -> bool:
+        """Whether operations other than gates are in the middle."""
+        return len(pieces_of(self.source.split_ending()[0])[0]) > 1
+
     def _device(self) -> Device:
         """The wires."""
         site = self.call.site
@@ -253,7 +257,7 @@ class OnDevice:
         """A circuit as a result that has changed nothing."""
         call = replace(self._with_share(0), progress=None)
         empty = Assembly(call, Circuit(self._device().n), self.options).run()
-        return replace(empty, circuit=circuit, source=circuit, _stages=((),))
+        return replace(empty, circuit=circuit, source=circuit, _stages=((),), front=())
 
     # --- effort -----------------------------------------------------------------------------------
 
@@ -330,7 +334,7 @@ class OnDevice:
         if not self.call.exact:
             starts += sorted(set(range(len(qubits))) - set(starts))
         ends = [starts.index(routed.wires[start]) for start in starts]
-        return replace(
+        whole = replace(
             routed.found,
             circuit=routed.found.circuit.placed(qubits, width),
             source=self.source,
@@ -338,9 +342,16 @@ class OnDevice:
             placement=tuple(qubits[wire] for wire in starts),
             permutation=tuple(ends),
             seconds=self.call.elapsed,
-            front=tuple(self._placed(each) for each in routed.front),
+            front=(),
             _stages=tuple(
                 tuple(stage.placed(qubits, width) for stage in stages)
                 for stages in routed.found._stages
             ),
         )
+        return replace(whole, front=self._front(whole, routed))
+
+    def _front(self, whole: Optimization, routed: Routed) -> tuple[Optimization, ...]:
+        """That of the last search, or the circuit itself where there was no time for one."""
+        if routed.front or self.call.objective != "depth" or self._has_pieces:
+            return tuple(self._placed(replace(each, front=())) for each in routed.front)
+        return (whole,)

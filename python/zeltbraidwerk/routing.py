@@ -112,8 +112,8 @@ def route(
 
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads, ``device`` whatever
     :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, where angles within 1e-5 of a
-    multiple of pi/2 count as that, and only its rotations are emitted, each as CNOTs along a tree of
-    the device and one RZ. This leaves a Clifford operator.
+    multiple of pi/2 count as that, and only its rotations are emitted, each as CNOTs along a tree
+    of the device and one RZ. This leaves a Clifford operator.
     With ``tail="close"``, the default, a short search appends it as gates on the edges, and another
     one shortens the whole as :func:`zeltbraidwerk.optimize` does, which starts from routings of its
     own and gets further. The circuit does what the source does, up to a global phase, every qubit
