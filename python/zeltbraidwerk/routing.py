@@ -62,9 +62,9 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads. Clifford gates, and rotations by
     0, pi/2 and pi with either sign, to 1e-5, pass to the end; angles may be symbolic. With
     ``merge``, rotations about the same string are added where others let them meet, and sums that
-    have become Clifford pass to the end as well. With ``repeat`` this is done again until nothing changes, as
-    :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are left out; a
-    circuit that holds measurements, resets or conditions is refused:
+    have become Clifford pass to the end as well. With ``repeat`` this is done again until nothing
+    changes, as :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are
+    left out; a circuit that holds measurements, resets or conditions is refused:
     :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at its end.
 
     >>> normalize("qreg q[2]; h q[0]; rz(0.5) q[0]; cx q[0],q[1]; rz(0.25) q[1];").blocks
