@@ -13,9 +13,9 @@ What you have, and what makes a short circuit of it:
     commuting Pauli strings           zb.pauli.codiagonalize(strings)
     a circuit and a device            zb.optimize(circuit, device=device), zb.routing.route
 
-Each takes device=, objective="count" or "depth", permutation="exact" or "free", seed=, steps=,
-budget= (seconds), restarts= and jobs=, as far as they mean something there, and gives a result with
-.circuit, .count, .depth, .permutation and .verify().
+Each takes device=, objective="count" or "depth" (on a device also "error" or "duration"),
+permutation="exact" or "free", seed=, steps=, budget= (seconds), restarts= and jobs=, as far as they
+mean something there, and gives a result with .circuit, .count, .depth, .permutation and .verify().
 
     zb.batch               many inputs, or many seeds, in a process pool or on a cluster
     zb.Circuit.of(x)       reads circuits: OpenQASM text or file, Qiskit, pytket, Stim, PyZX, Cirq,
@@ -36,7 +36,7 @@ The pages of the documentation, in the folder docs of the sources; ./dev docs bu
 
     start                  quickstart.md, circuits.md, shell.md, errors.md
     your tools             qiskit.md, pytket.md, pyzx.md, cirq.md, pennylane.md, stim.md, cpp.md
-    families               choosing.md, codes.md, searching.md, batch.md
+    families               choosing.md, codes.md, searching.md, devices.md, batch.md
     reference              python.md, tested.md, and the folder reference
 
 >>> import zeltbraidwerk as zb

@@ -1,4 +1,5 @@
-"""Devices of Qiskit and pytket with the error rates that they tell. Neither is imported."""
+"""Devices of Qiskit and pytket with the error rates and durations that they tell. Neither is
+imported."""
 
 from __future__ import annotations
 
@@ -36,22 +37,28 @@ def of_qiskit(value: Any, name: str) -> Coupling:
 
 def _rates_of_target(
     target: Any, edges: Iterable[tuple[int, int]], name: str
-) -> tuple[dict[tuple[int, int], float], dict[int, float]]:
+) -> tuple[dict[tuple[int, int], float], dict[int, float], dict[tuple[int, int], float]]:
     pairs = {(min(edge), max(edge)) for edge in edges}
-    on_edges, on_qubits = [], []
+    on_edges, on_qubits, seconds = [], [], []
     for operation in target.operation_names:
         places = target[operation]
         if operation in _NO_GATES or not isinstance(places, Mapping):
             continue
         for qubits, properties in places.items():
-            rate = getattr(properties, "error", None)
-            if qubits is None or rate is None:
+            if qubits is None or properties is None:
                 continue
-            if len(qubits) == 2 and (min(qubits), max(qubits)) in pairs:
+            is_edge = len(qubits) == 2 and (min(qubits), max(qubits)) in pairs
+            if (rate := properties.error) is not None and is_edge:
                 on_edges.append(((min(qubits), max(qubits)), rate))
-            elif len(qubits) == 1:
+            elif rate is not None and len(qubits) == 1:
                 on_qubits.append((qubits[0], rate))
-    return _least(on_edges, name), _greatest(on_qubits, name)
+            if properties.duration and is_edge:
+                seconds.append(((min(qubits), max(qubits)), properties.duration))
+    return (
+        _least(on_edges, name, _device_data.rate),
+        _greatest(on_qubits, name),
+        _least(seconds, name, _device_data.seconds),
+    )
 
 
 def of_pytket(value: Any, name: str) -> Coupling:
@@ -88,7 +95,7 @@ def _rates_of_pytket(
             on_edges.append((edge, rate))
     for node, rate in _by_place(info.all_node_gate_errors, info.averaged_node_gate_errors):
         on_qubits.append((place[node], rate))
-    return _least(on_edges, name), _greatest(on_qubits, name)
+    return _least(on_edges, name, _device_data.rate), _greatest(on_qubits, name)
 
 
 def _by_place(
@@ -99,12 +106,14 @@ def _by_place(
     return list((averaged or {}).items())
 
 
-def _least(rates: Iterable[tuple[tuple[int, int], Any]], name: str) -> dict[tuple[int, int], float]:
+def _least(
+    values: Iterable[tuple[tuple[int, int], Any]], name: str, check: _device_data.Check
+) -> dict[tuple[int, int], float]:
     """Of the gates on an edge, in both directions, the best is the one to take."""
     found: dict[tuple[int, int], float] = {}
-    for edge, value in rates:
-        rate = _device_data.rate(value, name, edge)
-        found[edge] = min(rate, found.get(edge, rate))
+    for edge, value in values:
+        checked = check(value, name, edge)
+        found[edge] = min(checked, found.get(edge, checked))
     return found
 
 

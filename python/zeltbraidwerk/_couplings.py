@@ -22,6 +22,7 @@ class Coupling:
     labels: Sequence[Hashable] | None = None
     edge_errors: Mapping[tuple[int, int], float] | None = None
     qubit_errors: Mapping[int, float] | None = None
+    edge_durations: Mapping[tuple[int, int], float] | None = None
 
 
 def is_graph(value: Any) -> bool:

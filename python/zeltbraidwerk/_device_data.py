@@ -1,15 +1,16 @@
-"""What a device may say of its qubits and edges beside the edges: labels and error rates."""
+"""What a device may say of its qubits and edges beside the edges: labels, rates, durations."""
 
 from __future__ import annotations
 
 import math
-from collections.abc import Hashable, Mapping, Sequence
+from collections.abc import Callable, Hashable, Mapping, Sequence
 from typing import Any
 
 from zeltbraidwerk import _validate, errors
 
 Label = Hashable
-Rates = tuple[float | None, ...]  # None where the rate is not known
+Rates = tuple[float | None, ...]  # None where it is not known
+Check = Callable[[Any, str, Any], float]
 
 
 def labels_of(value: Any, n: int) -> tuple[Label, ...] | None:
@@ -49,28 +50,28 @@ def qubit_rates(value: Any, n: int) -> Rates | None:
     return _or_none(found)
 
 
-def edge_rates(value: Any, edges: Sequence[tuple[int, int]]) -> Rates | None:
-    """Of a mapping from edges, in either order, to rates."""
+def of_edges(value: Any, edges: Sequence[tuple[int, int]], name: str, check: Check) -> Rates | None:
+    """Of a mapping from edges, in either order, to rates or durations."""
     if value is None:
         return None
     if not isinstance(value, Mapping):
         raise errors.DtypeError(
-            f"edge_errors: got {_validate.shown(value)}, wanted a mapping from edges to rates"
+            f"{name}: got {_validate.shown(value)}, wanted a mapping from edges to numbers"
         )
     place = {edge: k for k, edge in enumerate(edges)}
     found: list[float | None] = [None] * len(edges)
     for edge, each in value.items():
-        pair = _validate.qubits(edge, "edge_errors")
+        pair = _validate.qubits(edge, name)
         k = place.get((min(pair), max(pair))) if len(pair) == 2 else None
         if k is None:
             raise errors.DeviceError(
-                f"edge_errors: got {_validate.shown(edge)}, wanted an edge of the device"
+                f"{name}: got {_validate.shown(edge)}, wanted an edge of the device"
             )
-        checked = rate(each, "edge_errors", edge)
+        checked = check(each, name, edge)
         if found[k] not in (None, checked):
             raise errors.DeviceError(
-                f"edge_errors: got {found[k]:g} and {checked:g} for the edge {edges[k]}, which has "
-                "no direction, wanted one rate"
+                f"{name}: got {found[k]:g} and {checked:g} for the edge {edges[k]}, which has "
+                "no direction, wanted one number"
             )
         found[k] = checked
     return _or_none(found)
@@ -86,19 +87,44 @@ def rate(value: Any, name: str, where: Any) -> float:
     return found
 
 
+def seconds(value: Any, name: str, where: Any) -> float:
+    """The duration of a gate on that edge."""
+    found = _validate.real(value, name, "a number of seconds")
+    if not 0 < found < math.inf:
+        raise errors.DeviceError(
+            f"{name}: got the duration {found} for {where}, wanted seconds above 0"
+        )
+    return found
+
+
+def listed(value: Any, edges: Sequence[tuple[int, int]], name: str) -> Any:
+    """Numbers in the order of the edges as a mapping from edges."""
+    if value is None:
+        return None
+    found = _validate.items(value, name, "numbers by edge")
+    if len(found) != len(edges):
+        raise errors.ShapeError(f"{name}: got {len(found)}, wanted {len(edges)}")
+    return {edge: each for edge, each in zip(edges, found, strict=True) if each is not None}
+
+
 def _or_none(rates: Sequence[float | None]) -> Rates | None:
     return None if all(each is None for each in rates) else tuple(rates)
 
 
-def about(edge_errors: Rates | None, qubit_errors: Rates | None) -> str:
+def about(
+    edge_errors: Rates | None, qubit_errors: Rates | None, edge_durations: Rates | None
+) -> str:
     """For the text of a device."""
     parts = []
-    for rates, place in ((edge_errors, "edges"), (qubit_errors, "qubits")):
+    for what, rates, place in (
+        ("errors", edge_errors, "edges"), ("errors", qubit_errors, "qubits"),
+        ("seconds", edge_durations, "edges"),
+    ):  # fmt: skip
         if rates is not None:
             known = [each for each in rates if each is not None]
             least, most = f"{min(known):.2g}", f"{max(known):.2g}"
             span = least if least == most else f"{least} to {most}"
-            parts.append(f", errors {span} on {place}")
+            parts.append(f", {what} {span} on {place}")
     return "".join(parts)
 
 

@@ -13,14 +13,16 @@ import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass, replace
 from functools import partial
-from typing import Any, TypeVar
+from typing import Any, TypeAlias, TypeVar
 
-from zeltbraidwerk import _calls, _core, _renamed, _search, _start, _validate, errors
+from zeltbraidwerk import _calls, _core, _renamed, _search, _start, _validate, _weights, errors
 from zeltbraidwerk._results import Objective, Permutation, Result
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.devices import Device
 
 R = TypeVar("R", bound=Result)
+# A result, and a function that makes it again with each qubit of the device moved to another one.
+Movable: TypeAlias = tuple[R, Callable[[Sequence[int]], R]]
 
 
 @dataclass(frozen=True, slots=True)
@@ -62,7 +64,7 @@ class Family:
     ) -> Call:
         """Checks the options that families share."""
         begin = time.perf_counter()
-        _validate.choice(objective, "objective", ("count", "depth"))
+        _validate.choice(objective, "objective", ("count", "depth", "error", "duration"))
         _validate.choice(permutation, "permutation", ("exact", "free"))
         ground = None if device is None else Device.of(device)
         on_device = ground is not None
@@ -71,7 +73,9 @@ class Family:
         effort = _search.Effort.checked(seed, restarts, budget, jobs, steps)
         _validate.callback(progress, "progress")
         given = None if start is None else _start.Known.of(start)
-        return Call(begin, method, ground, objective, permutation, effort, progress, given)
+        plain = objective in ("count", "depth")
+        weights = None if plain else _weights.Weights.of(ground, objective)
+        return Call(begin, method, ground, objective, permutation, effort, progress, given, weights)
 
 
 @dataclass
@@ -86,6 +90,7 @@ class Call:
     effort: _search.Effort
     progress: Callable[[_search.Progress], object] | None
     known: _start.Known | None = None
+    weights: _weights.Weights | None = None
     site: Site | None = None
 
     @property
@@ -125,9 +130,28 @@ class Call:
     ) -> R:
         """Runs a function of the compiled part on what is given, and makes the result of what it
         found: of a :class:`Found`, and of the circuit in the family's own form. On Ctrl-C the
-        exception holds the result of the best circuit so far."""
+        exception holds the result of the best circuit so far. Where edges have costs, it is run on
+        several parts of the device."""
         if outputs is None:
             outputs = _core._Outputs.in_place if self.exact else _core._Outputs.anywhere
+        once = partial(self._run, kernel, make, *given, outputs=outputs, **own)
+        site = self.site
+        if self.weights is None or site is None:
+            return once()[0]
+        fixed = self.known is not None or bool(site.path)
+
+        def run() -> Movable[R]:
+            if not fixed:
+                self.place(len(site.qubits))
+            return once()
+
+        return self.cheapest(len(site.qubits), run, fixed)
+
+    def _run(
+        self, kernel: Callable[..., tuple[Any, ...]], make: Callable[..., R], *given: Any,
+        outputs: _core._Outputs, **own: Any,
+    ) -> Movable[R]:  # fmt: skip
+        """The result, and what makes it again with each qubit of the device moved."""
         effort, seed_given = self.effort, self.effort.seed
         options = _core._SynthesisOptions(
             self.method, getattr(_core._Objective, self.objective), outputs,
@@ -149,6 +173,14 @@ class Call:
             )
             return make(found, *made)
 
+        site = self.site
+
+        def moved(to: Sequence[int]) -> R:
+            assert site is not None
+            assert self.device is not None
+            self.site = Site(self.device, tuple(to[q] for q in site.qubits), site.path)
+            return result_of(*done[0])
+
         done: list[tuple[Any, ...]] = []
         stopped = False
         try:
@@ -158,9 +190,60 @@ class Call:
         except KeyboardInterrupt:  # within the kernel, or while its result is read
             stopped = True
         if not stopped:
-            return result
+            return result, moved
         best = result_of(*done[0]) if done else None
         raise errors.Interrupted(f"stopped, best so far: {best}", best)
+
+    def cheapest(self, n: int, run: Callable[[], Movable[R]], fixed: bool) -> R:
+        """The cheapest of several searches on n wires, where edges have costs; where wires are
+        ``fixed`` to qubits, on these. ``run`` makes one by the options that the call has then.
+
+        The same search is made on the device and on parts of it that are cheap; what it finds is
+        placed where it costs least. The search itself looks at gates or layers.
+        """
+        weights, device, whole = self.weights, self.device, replace(self)
+        assert weights is not None
+        assert device is not None
+        found: list[tuple[float, int, Movable[R]]] = []
+        stopped = False
+        grounds = [device] if fixed else list(_weights.grounds(device, n, weights.costs))
+        self.objective, self.weights = weights.searched, None
+        self.progress = _search.falling(self.progress)
+        try:
+            for k, ground in enumerate(grounds):
+                if found and whole._is_over():
+                    break
+                effort = replace(whole._share(len(grounds) - k), seed=self.effort.seed)
+                self.device, self.effort, self.begin = ground, effort, time.perf_counter()
+                result, moved = run()
+                cost = weights.of_circuit(result.circuit)
+                found.append((cost, result.count, (result, moved)))
+        except errors.Interrupted as at:
+            stopped = True
+            if not found:
+                if at.best is None:
+                    raise
+                best = replace(at.best, device=device, objective=weights.objective)
+                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+        finally:
+            whole.effort = replace(whole.effort, seed=self.effort.seed)
+            vars(self).update(vars(whole))
+        result, moved = min(found, key=lambda each: each[:2])[2]
+        stays = range(device.n)
+        best = moved(stays if fixed else _weights.places(result.circuit, device, weights))
+        if stopped:
+            raise errors.Interrupted(f"stopped, best so far: {best}", best)
+        return best
+
+    def _is_over(self) -> bool:
+        return self.effort.budget is not None and self.elapsed >= self.effort.budget
+
+    def _share(self, searches: int) -> _search.Effort:
+        """Of several searches that are to come. Steps are those of one; a budget is for all."""
+        budget = self.effort.budget
+        if budget is None:
+            return self.effort
+        return replace(self.effort, budget=max((budget - self.elapsed) / searches, 1e-3))
 
     def _budget(self) -> float | None:
         """Of the compiled part. What takes long to read takes longer to write, which comes after

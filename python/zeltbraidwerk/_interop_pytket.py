@@ -104,13 +104,11 @@ _OTHERS = ("TK1", "Phase", "Barrier", "Measure", "Reset")
 @dataclass(frozen=True)
 class Labelled:
     """A circuit as it is without the labels of its outputs: what is on qubit q at the end goes to
-    the output of qubit ``permutation[q]``. ``commands`` are those that were read; their circuit has
-    the phase ``phase``, in half turns."""
+    the output of qubit ``permutation[q]``. ``source`` is the circuit of pytket that was read."""
 
     reading: Reading
     permutation: list[int]
-    commands: Sequence[Any]
-    phase: Any
+    source: Any
 
 
 def read(circuit: Any) -> Read:
@@ -134,17 +132,15 @@ def read_labelled(circuit: Any) -> Labelled:
 
 
 def _labelled(circuit: Any) -> Labelled:
-    plain, commands = circuit, circuit.get_commands()
-    reading = _operations(circuit, commands, "")
+    plain, reading = circuit, _operations(circuit, "")
     if reading is None:
-        plain = _taken_apart(circuit, commands)
-        commands = plain.get_commands()
-        reading = _operations(circuit, commands, " after decomposition")
+        plain = _taken_apart(circuit)
+        reading = _operations(plain, " after decomposition")
         assert reading is not None
     ends, place = list(range(circuit.n_qubits)), {q: k for k, q in enumerate(circuit.qubits)}
     if plain.has_implicit_wireswaps:
         ends = [place[plain.implicit_qubit_permutation()[qubit]] for qubit in circuit.qubits]
-    return Labelled(reading, ends, commands, plain.phase)
+    return Labelled(reading, ends, plain)
 
 
 def swaps(permutation: Sequence[int]) -> Iterator[tuple[int, int]]:
@@ -159,7 +155,7 @@ def swaps(permutation: Sequence[int]) -> Iterator[tuple[int, int]]:
 def missing_phase(found: Labelled) -> Any:
     """In half turns, how far the operator of what was read is from that of the circuit: gates of
     the table are those of pytket up to a phase."""
-    return found.phase + sum(_phase(command.op) for command in found.commands)
+    return found.source.phase + sum(_phase(command.op) for command in found.source)
 
 
 def _phase(op: Any) -> Any:
@@ -177,12 +173,13 @@ def _phase(op: Any) -> Any:
     return 0
 
 
-def _operations(circuit: Any, commands: Sequence[Any], after: str) -> Reading | None:
-    """None where a gate is not known. ``after`` follows the number of a command in errors."""
+def _operations(circuit: Any, after: str) -> Reading | None:
+    """None where a gate is not known. ``after`` follows the number of a command in errors. Commands
+    are taken one by one, as pytket frees and makes one faster than it makes a list of all."""
     qubits = {qubit: place for place, qubit in enumerate(circuit.qubits)}
     bits = bits_of(circuit)[0]
     reading, known = Reading(), _known()
-    for place, command in enumerate(commands):
+    for place, command in enumerate(circuit):
         op = command.op
         try:
             if (gate := known.get(op.type)) is not None:
@@ -202,9 +199,9 @@ def _known() -> dict[Any, _reading.Known]:
     return {getattr(kinds, theirs): table()[name] for theirs, name in _KNOWN.items()}
 
 
-def _taken_apart(circuit: Any, commands: Sequence[Any]) -> Any:
+def _taken_apart(circuit: Any) -> Any:
     """A copy in which all gates are known. Operations on bits alone are refused."""
-    for place, command in enumerate(commands):
+    for place, command in enumerate(circuit):
         name = _inner(command.op).type.name
         if not command.qubits and command.bits and name != "Barrier":
             raise errors.GateError(f"command {place}: got {name}, wanted operations on qubits")
@@ -216,7 +213,7 @@ def _taken_apart(circuit: Any, commands: Sequence[Any]) -> Any:
         passes.AutoRebase(gates).apply(plain)
     except RuntimeError as error:
         raise errors.GateError(f"got a gate that pytket cannot take apart: {error}") from None
-    for place, command in enumerate(plain.get_commands()):
+    for place, command in enumerate(plain):
         if (name := _inner(command.op).type.name) not in _KNOWN and name not in _OTHERS:
             raise errors.GateError(
                 f"command {place} after decomposition: got {name}, which pytket cannot take apart"

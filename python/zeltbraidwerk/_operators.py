@@ -92,9 +92,10 @@ def synthesize(
 
     ``method`` is one of :func:`methods`; "auto" takes the best of all. "elimination" is a
     plain greedy method, which takes milliseconds; "search" searches for shorter circuits.
-    ``objective`` is "count" or "depth" of gates on two qubits. With ``permutation="exact"``, the
-    default, every output stands on the wire of its input; with "free" the circuit is shorter and
-    leaves output q on wire ``result.permutation[q]``. On up to five qubits without a device the
+    ``objective`` is "count" or "depth" of gates on two qubits, or on a device "error" or "duration"
+    as for :func:`zeltbraidwerk.linear.synthesize`. With ``permutation="exact"``, the default, every
+    output stands on the wire of its input; with "free" the circuit is shorter and leaves output q
+    on wire ``result.permutation[q]``. On up to five qubits without a device the
     count is proven to be the least, by all but "elimination", unless ``steps=0`` on five.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one

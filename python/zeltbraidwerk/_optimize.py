@@ -7,7 +7,7 @@ from typing import Any, Literal
 
 from zeltbraidwerk import _calls, _search, _validate, errors
 from zeltbraidwerk._family import Family
-from zeltbraidwerk._optimize_device import OnDevice
+from zeltbraidwerk._optimize_device import OnDevice, cheapest_on_device
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import CircuitCounts, Optimization
 from zeltbraidwerk._results import Permutation
@@ -21,7 +21,7 @@ def optimize(
     circuit: Any,
     *,
     device: Any = None,
-    objective: Literal["count", "depth", "t"] = "count",
+    objective: Literal["count", "depth", "t", "error", "duration"] = "count",
     placement: Sequence[int] | None = None,
     router: Literal["own", "qiskit"] = "own",
     permutation: Permutation = "exact",
@@ -75,6 +75,10 @@ def optimize(
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
     of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
 
+    With ``objective="error"`` or ``"duration"``, and a device that has rates or durations of gates
+    on its edges, their sum or the seconds become small: the search is made on several parts of the
+    device, and qubits are then moved to where gates cost least, unless there is a ``placement``.
+
     With ``objective="depth"``, a search by count comes first, with as many steps or half of the
     budget, and the result is never deeper than what that one found; ``result.front`` has both.
 
@@ -96,7 +100,7 @@ def optimize(
     >>> result.before.two_qubit, result.count, result.verify()
     (18, 11, True)
     """
-    _validate.choice(objective, "objective", ("count", "depth", "t"))
+    _validate.choice(objective, "objective", ("count", "depth", "t", "error", "duration"))
     _validate.choice(router, "router", ("own", "qiskit"))
     _validate.flag(exact, "exact")
     _validate.flag(keep_depth, "keep_depth")
@@ -115,7 +119,9 @@ def optimize(
             name = "router" if placement is None else "placement"
             raise errors.OptionError(f"{name}: not an option without a device")
         return Assembly(call, source, options).run()
-    return OnDevice(call, source, options).run(placement, router)
+    if call.weights is None:
+        return OnDevice(call, source, options).run(placement, router)
+    return cheapest_on_device(call, source, options, placement, router)
 
 
 __all__ = ["CircuitCounts", "Optimization", "optimize"]

@@ -5,20 +5,21 @@ from __future__ import annotations
 import time
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, replace
-from functools import cached_property
+from functools import cached_property, partial
 from itertools import islice
 from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _core, _qiskit_router, _swaps, errors, linear, routing
-from zeltbraidwerk._family import Call
+from zeltbraidwerk import _core, _edge_costs, _qiskit_router, _swaps, errors, linear, routing
+from zeltbraidwerk._family import Call, Movable
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import CircuitCounts, Optimization, Stage, pieces_of
 from zeltbraidwerk._placement import Placement, pairs_of, placements
 from zeltbraidwerk._routed import Routed, two_qubit_cost
-from zeltbraidwerk._search import Progress
+from zeltbraidwerk._search import Progress, falling
 from zeltbraidwerk._site import Site
+from zeltbraidwerk._weights import Weights
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 
@@ -47,6 +48,7 @@ class OnDevice:
     call: Call
     source: Circuit
     options: Mapping[str, Any]
+    weights: Weights | None = None
     _start: Placement | None = None  # of the caller
     _has_found: bool = False
 
@@ -305,28 +307,32 @@ class OnDevice:
 
     # --- results ----------------------------------------------------------------------------------
 
-    def _size(self, routed: Routed) -> tuple[int, int]:
+    def _size(self, routed: Routed) -> tuple[float, int]:
         count, depth = two_qubit_cost(routed.found.circuit), routed.found.depth
+        if self.weights is not None:
+            assert self.call.site is not None
+            qubits = self.call.site.qubits
+            gates = [(qubits[a], qubits[b]) for a, b in _edge_costs.gates_of(routed.found.circuit)]
+            return self.weights.of_gates(gates), count
         return (depth, count) if self.call.objective == "depth" else (count, depth)
 
     @cached_property
     def progress(self) -> Callable[[Progress], object] | None:
         """The caller's, which hears of circuits on the device that are better than all before."""
-        tell = self.call.progress
-        if tell is None:
-            return None
-        best: list[Progress] = []
-
-        def filtered(now: Progress) -> None:
-            if not best or now < best[-1]:
-                best.append(now)
-                tell(now)
-
-        return filtered
+        return falling(self.call.progress)
 
     def _placed(self, routed: Routed) -> Optimization:
-        """The result on the device, of the source. Where outputs may be anywhere, idle qubits of
-        the device are wires as well, after those of the source."""
+        """The result on the device, of the source. Its front is that of the last search, or the
+        circuit itself where there was no time for one."""
+        whole = self._alone(routed)
+        front = tuple(self._alone(each) for each in routed.front)
+        if not front and self.call.objective == "depth" and not self._has_pieces:
+            front = (whole,)
+        return replace(whole, front=front)
+
+    def _alone(self, routed: Routed) -> Optimization:
+        """The same without a front. Where outputs may be anywhere, idle qubits of the device are
+        wires as well, after those of the source."""
         site = self.call.site
         assert site is not None
         qubits, width = site.qubits, site.device.n
@@ -334,7 +340,7 @@ class OnDevice:
         if not self.call.exact:
             starts += sorted(set(range(len(qubits))) - set(starts))
         ends = [starts.index(routed.wires[start]) for start in starts]
-        whole = replace(
+        return replace(
             routed.found,
             circuit=routed.found.circuit.placed(qubits, width),
             source=self.source,
@@ -348,10 +354,33 @@ class OnDevice:
                 for stages in routed.found._stages
             ),
         )
-        return replace(whole, front=self._front(whole, routed))
 
-    def _front(self, whole: Optimization, routed: Routed) -> tuple[Optimization, ...]:
-        """That of the last search, or the circuit itself where there was no time for one."""
-        if routed.front or self.call.objective != "depth" or self._has_pieces:
-            return tuple(self._placed(replace(each, front=())) for each in routed.front)
-        return (whole,)
+
+def cheapest_on_device(
+    call: Call, source: Circuit, options: Mapping[str, Any], placement: Any, router: str
+) -> Optimization:
+    """The same where the edges have costs."""
+    weights = call.weights
+
+    def run() -> Movable[Optimization]:
+        found = OnDevice(replace(call), source, options, weights).run(placement, router)
+        return found, partial(moved, found)
+
+    def moved(found: Optimization, to: Sequence[int]) -> Optimization:
+        assert call.device is not None
+        n = call.device.n
+        return replace(
+            found,
+            circuit=found.circuit.placed(to, n),
+            device=call.device,
+            objective=call.objective,
+            placement=tuple(to[q] for q in found.placement),
+            seconds=call.elapsed,
+            front=tuple(moved(each, to) for each in found.front),
+            _stages=tuple(
+                tuple(stage.placed(to, n) for stage in stages) for stages in found._stages
+            ),
+        )
+
+    fixed = placement is not None or options["keep_depth"]
+    return call.cheapest(source.n, run, fixed)

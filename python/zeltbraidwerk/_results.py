@@ -13,7 +13,7 @@ from zeltbraidwerk._search import Point
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
 
-Objective = Literal["count", "depth"]
+Objective = Literal["count", "depth", "error", "duration"]
 Permutation = Literal["exact", "free"]
 Tail = Literal["close", "return"]
 
@@ -30,7 +30,8 @@ class Result(_json.Stored):
     ``placement``       wire k is qubit ``placement[k]`` of the circuit; ascending without a device
     ``device``          the device on whose edges the gates are, or None
     ``method``          the method that found the circuit; never "auto"
-    ``objective``       what was minimised, "count" or "depth" of two-qubit gates
+    ``objective``       what was minimised: "count" or "depth" of two-qubit gates, and on a device
+                        ``error`` or ``duration``
     ``seed``            the seed, given or drawn; None where nothing was drawn at random
     ``runs``            the number of runs of all methods together
     ``seconds``         the time of the call
@@ -76,6 +77,20 @@ class Result(_json.Stored):
     def depth(self) -> int:
         """Number of layers of two-qubit gates; gates on one qubit take no time."""
         return self.circuit.two_qubit_depth
+
+    @property
+    def error(self) -> float | None:
+        """What :meth:`zeltbraidwerk.Device.error` tells; None without a device that has
+        ``edge_errors``."""
+        known = self.device is not None and self.device.edge_errors
+        return self.device.error(self.circuit) if self.device is not None and known else None
+
+    @property
+    def duration(self) -> float | None:
+        """What :meth:`zeltbraidwerk.Device.duration` tells, in seconds; None without a device that
+        has ``edge_durations``."""
+        known = self.device is not None and self.device.edge_durations
+        return self.device.duration(self.circuit) if self.device is not None and known else None
 
     @property
     def placement_labels(self) -> tuple[Hashable, ...]:
@@ -129,9 +144,9 @@ class Result(_json.Stored):
     def plot(self, *, axes: Any = None, value: Literal["count", "depth"] | None = None) -> Any:
         """Draws the best count, or depth, against the seconds of the search, by matplotlib. Without
         ``value`` it is the objective. Returns the axes: those given, or new ones."""
-        return plot.best_over_time(
-            self, axes=axes, value=self.objective if value is None else value
-        )
+        by_depth = self.objective in ("depth", "duration")
+        usual: Literal["count", "depth"] = "depth" if by_depth else "count"
+        return plot.best_over_time(self, axes=axes, value=usual if value is None else value)
 
     def _on_edges(self) -> bool:
         return self.device is None or self.device.fits(self.circuit)

@@ -66,5 +66,19 @@ def teller(
     return tell
 
 
+def falling(progress: Callable[[Progress], object] | None) -> Callable[[Progress], object] | None:
+    """Of several searches: hears of what is better than all before."""
+    if progress is None:
+        return None
+    best: list[Progress] = []
+
+    def tell(now: Progress) -> None:
+        if not best or now < best[-1]:
+            best.append(now)
+            progress(now)
+
+    return tell
+
+
 def look_for_exceptions() -> None:
     """Does nothing: what is raised is an exception that waits for this thread."""

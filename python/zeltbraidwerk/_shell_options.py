@@ -207,7 +207,8 @@ OPTIONS: tuple[tuple[str, str, dict[str, Any]], ...] = (
     ("device", 'a name ("tokyo"), a shape ("grid:4x4", "line:10", "heavy-hex:3x9", '
                '"all-to-all:8"), or a file of edges', _WORD),
     ("method", "the method; default: auto, the best of several", _WORD),
-    ("objective", "what is made small: count or depth of two-qubit gates; optimize: or t", _WORD),
+    ("objective", "what is made small: count or depth of two-qubit gates; optimize: or t; on a "
+                  "device with rates or durations: error or duration", _WORD),
     ("permutation", "exact: outputs in place; free: outputs may change places", _WORD),
     ("tail", "close: undo what is left after the circuit; return: leave it", _WORD),
     ("order", "commuting: keep the product; free: one Trotter step in any order", _WORD),

@@ -22,6 +22,7 @@ from zeltbraidwerk import (
     _device_data,
     _device_shapes,
     _draw_device,
+    _edge_costs,
     _json,
     _validate,
     errors,
@@ -38,10 +39,12 @@ class Device(CouplingGraph, _json.Stored):
 
     Edges have no direction. ``labels`` are what the qubits are called, one for each.
     ``edge_errors`` maps edges, and ``qubit_errors`` qubits, to the probability that a gate there
-    goes wrong, from 0 to 1, where it is known. No search uses the rates yet.
+    goes wrong, from 0 to 1, where it is known; ``edge_durations`` maps edges to the seconds that a
+    gate on both qubits takes. Searches use those of edges with ``objective="error"`` and
+    ``"duration"``.
 
-    Devices are immutable. Two are equal when their edges and rates are, whatever they and their
-    qubits are called.
+    Devices are immutable. Two are equal when their edges, rates and durations are, whatever they
+    and their qubits are called.
     """
 
     def __init__(
@@ -53,6 +56,7 @@ class Device(CouplingGraph, _json.Stored):
         labels: Iterable[Hashable] | None = None,
         edge_errors: Mapping[tuple[int, int], float] | None = None,
         qubit_errors: Mapping[int, float] | Iterable[float | None] | None = None,
+        edge_durations: Mapping[tuple[int, int], float] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
         listed = list(edges) if isinstance(edges, (set, frozenset)) else edges
@@ -60,14 +64,19 @@ class Device(CouplingGraph, _json.Stored):
         self._edges: tuple[Edge, ...] = tuple(sorted({(min(pair), max(pair)) for pair in pairs}))
         self._name = _validate.text(name, "name")
         self._labels = _device_data.labels_of(labels, self._n)
-        self._edge_rates = _device_data.edge_rates(edge_errors, self._edges)
+        self._edge_rates = _device_data.of_edges(
+            edge_errors, self._edges, "edge_errors", _device_data.rate
+        )
+        self._edge_seconds = _device_data.of_edges(
+            edge_durations, self._edges, "edge_durations", _device_data.seconds
+        )
         self._qubit_rates = _device_data.qubit_rates(qubit_errors, self._n)
 
     @classmethod
     def _of(cls, found: _couplings.Coupling, name: str = "") -> Device:
         return cls(
             found.n, found.edges, name, labels=found.labels, edge_errors=found.edge_errors,
-            qubit_errors=found.qubit_errors,
+            qubit_errors=found.qubit_errors, edge_durations=found.edge_durations,
         )  # fmt: skip
 
     @classmethod
@@ -108,7 +117,8 @@ class Device(CouplingGraph, _json.Stored):
 
         Targets, and backends by theirs, tell error rates: of an edge, that of the two-qubit gate,
         in either direction, that has the least; of a qubit, the greatest of its one-qubit gates,
-        some of which are made without a pulse. Measurements do not count.
+        some of which are made without a pulse. Measurements do not count. They tell durations of
+        edges in the same way.
         """
         return cls._of(_backends.of_qiskit(source, "source"))
 
@@ -211,10 +221,18 @@ class Device(CouplingGraph, _json.Stored):
     def edge_errors(self) -> dict[Edge, float] | None:
         """The probability of an error of a gate, by edge, of the edges for which it is known; None
         where none is."""
-        if self._edge_rates is None:
+        return self._by_edge(self._edge_rates)
+
+    @property
+    def edge_durations(self) -> dict[Edge, float] | None:
+        """The seconds that a gate takes, by edge, as :attr:`edge_errors`."""
+        return self._by_edge(self._edge_seconds)
+
+    def _by_edge(self, values: _device_data.Rates | None) -> dict[Edge, float] | None:
+        if values is None:
             return None
-        rates = zip(self._edges, self._edge_rates, strict=True)
-        return {edge: rate for edge, rate in rates if rate is not None}
+        listed = zip(self._edges, values, strict=True)
+        return {edge: each for edge, each in listed if each is not None}
 
     @property
     def qubit_errors(self) -> dict[int, float] | None:
@@ -222,6 +240,36 @@ class Device(CouplingGraph, _json.Stored):
         if self._qubit_rates is None:
             return None
         return {q: rate for q, rate in enumerate(self._qubit_rates) if rate is not None}
+
+    def error(self, circuit: Circuit | CnotCircuit) -> float:
+        """The sum of -log(1 - e) over the two-qubit gates of a circuit on edges, e the error rate
+        of the edge: exp(-error) is the probability that none of these gates fails. Edges of unknown
+        rate count as the worst that is known.
+
+        >>> device = Device(3, [(0, 1), (1, 2)], edge_errors={(0, 1): 0.01, (1, 2): 0.02})
+        >>> round(device.error(CnotCircuit(3, [(0, 1), (2, 1)])), 4)
+        0.0303
+        """
+        return _edge_costs.total(self._costs("error", "circuit"), self._pairs(circuit))
+
+    def duration(self, circuit: Circuit | CnotCircuit) -> float:
+        """The seconds that the two-qubit gates of a circuit on edges take, each begun when both of
+        its qubits are free. Edges of unknown duration count as the slowest that is known."""
+        return _edge_costs.longest_path(self._costs("duration", "circuit"), self._pairs(circuit))
+
+    def _costs(self, kind: _edge_costs.Kind, name: str) -> dict[Edge, float]:
+        known = self.edge_errors if kind == "error" else self.edge_durations
+        if known is None:
+            raise errors.DeviceError(
+                f"{name}: wanted a device with edge_{kind}s for {kind!r}, got {self!r}"
+            )
+        make = _edge_costs.of_errors if kind == "error" else _edge_costs.of_durations
+        return make(self._edges, known)
+
+    def _pairs(self, circuit: Circuit | CnotCircuit) -> list[Edge]:
+        if not self.fits(circuit):
+            raise errors.DeviceError("circuit: got gates that are on no edge, wanted one that fits")
+        return _edge_costs.gates_of(circuit)
 
     def fits(self, circuit: Circuit | CnotCircuit) -> bool:
         """Whether every gate on several qubits is on edges."""
@@ -240,15 +288,32 @@ class Device(CouplingGraph, _json.Stored):
         _validate.qubits_below(chosen, self._n, "qubits")
         places = {qubit: place for place, qubit in enumerate(chosen)}
         inner = [edge for edge in self._edges if edge[0] in places and edge[1] in places]
-        rates = self.edge_errors or {}
+        errors_of, seconds_of = self.edge_errors or {}, self.edge_durations or {}
         return Device(
             len(chosen),
             [(places[a], places[b]) for a, b in inner],
             f"part of {self._name}" if self._name else "",
             labels=None if self._labels is None else [self._labels[q] for q in chosen],
-            edge_errors={(places[a], places[b]): rates[a, b] for a, b in inner if (a, b) in rates},
+            edge_errors={(places[a], places[b]): errors_of[a, b]
+                         for a, b in inner if (a, b) in errors_of},
             qubit_errors=self._qubit_rates and [self._qubit_rates[q] for q in chosen],
-        )
+            edge_durations={(places[a], places[b]): seconds_of[a, b]
+                            for a, b in inner if (a, b) in seconds_of},
+        )  # fmt: skip
+
+    def without(self, edges: Iterable[tuple[int, int]]) -> Device:
+        """The device without these edges; its qubits keep their numbers."""
+        pairs = _validate.cnots(list(edges), self._n, "edges").tolist()
+        gone = {(min(pair), max(pair)) for pair in pairs}
+        if unknown := gone.difference(self._edges):
+            raise errors.DeviceError(f"edges: got {min(unknown)}, wanted edges of the device")
+        kept = [edge for edge in self._edges if edge not in gone]
+        errors_of, seconds_of = self.edge_errors, self.edge_durations
+        return Device(
+            self._n, kept, self._name, labels=self._labels, qubit_errors=self._qubit_rates,
+            edge_errors=errors_of and {e: errors_of[e] for e in kept if e in errors_of},
+            edge_durations=seconds_of and {e: seconds_of[e] for e in kept if e in seconds_of},
+        )  # fmt: skip
 
     def draw(self, circuit: Circuit | CnotCircuit | None = None) -> str:
         """A picture (SVG) with labels and rates; with a circuit, edges are drawn by how often the
@@ -275,9 +340,9 @@ class Device(CouplingGraph, _json.Stored):
         }  # fmt: skip
         if self._labels is not None:
             found["labels"] = [_device_data.plain_label(label) for label in self._labels]
-        for key, rates in (("edge_errors", self._edge_rates), ("qubit_errors", self._qubit_rates)):
-            if rates is not None:
-                found[key] = list(rates)
+        for key, values in zip(_VALUES, self._values(), strict=True):
+            if values is not None:
+                found[key] = list(values)
         return found
 
     @classmethod
@@ -287,11 +352,13 @@ class Device(CouplingGraph, _json.Stored):
         labels = table.get("labels")
         if isinstance(labels, list):
             labels = [_device_data.label_of_plain(label) for label in labels]
-        return _json.built(where, _device, bare, labels, table.get("edge_errors"),
-                           table.get("qubit_errors"))  # fmt: skip
+        return _json.built(where, _device, bare, labels, *map(table.get, _VALUES))
+
+    def _values(self) -> tuple[_device_data.Rates | None, ...]:
+        return self._edge_rates, self._qubit_rates, self._edge_seconds
 
     def _key(self) -> tuple[Any, ...]:
-        return self._n, self._edges, self._edge_rates, self._qubit_rates
+        return self._n, self._edges, *self._values()
 
     def __eq__(self, other: object) -> bool:
         return self._key() == other._key() if isinstance(other, Device) else NotImplemented
@@ -301,29 +368,29 @@ class Device(CouplingGraph, _json.Stored):
 
     def __repr__(self) -> str:
         name = f"{self._name!r}: " if self._name else ""
-        rates = _device_data.about(self._edge_rates, self._qubit_rates)
+        rates = _device_data.about(*self._values())
         return f"Device({name}{self._n} qubits, {len(self._edges)} edges{rates})"
 
     def __reduce__(self) -> tuple[Any, ...]:
         bare = self._n, self._edges, self._name
-        return _restored, (bare, self._labels, self._edge_rates, self._qubit_rates)
+        return _restored, (bare, self._labels, *self._values())
 
 
-def _restored(bare: Any, labels: Any, edge_rates: Any, qubit_rates: Any) -> Device:
-    return _device(Device(*bare), labels, edge_rates, qubit_rates)
+_VALUES = ("edge_errors", "qubit_errors", "edge_durations")
 
 
-def _device(bare: Device, labels: Any, edge_rates: Any, qubit_rates: Any) -> Device:
-    """With rates in the order of the edges."""
-    if edge_rates is not None:
-        listed = _validate.items(edge_rates, "edge_errors", "rates by edge")
-        if len(listed) != len(bare.edges):
-            raise errors.ShapeError(f"edge_errors: got {len(listed)}, wanted {len(bare.edges)}")
-        rates = zip(bare.edges, listed, strict=True)
-        edge_rates = {edge: rate for edge, rate in rates if rate is not None}
+def _restored(bare: Any, labels: Any, *values: Any) -> Device:
+    return _device(Device(*bare), labels, *values)
+
+
+def _device(
+    bare: Device, labels: Any, edge_rates: Any, qubit_rates: Any, edge_seconds: Any = None
+) -> Device:
+    """With values in the order of the edges."""
     return Device(
-        bare.n, bare.edges, bare.name, labels=labels, edge_errors=edge_rates,
-        qubit_errors=qubit_rates,
+        bare.n, bare.edges, bare.name, labels=labels, qubit_errors=qubit_rates,
+        edge_errors=_device_data.listed(edge_rates, bare.edges, "edge_errors"),
+        edge_durations=_device_data.listed(edge_seconds, bare.edges, "edge_durations"),
     )  # fmt: skip
 
 

@@ -124,10 +124,11 @@ def synthesize(
     True
 
     ``method`` is one of :func:`methods`; "auto" takes the best of several and is never worse than
-    "pmh". ``objective`` says what best means, fewest CNOTs or fewest layers; the other one decides
-    between equals. With ``permutation="exact"``, the default, every output stands on the wire of
-    its input; with "free" the circuit is shorter and leaves output r on wire
-    ``result.permutation[r]``.
+    "pmh". ``objective`` says what best means, "count" of CNOTs or "depth" in layers; the other one
+    decides between equals. On a device it may also be "error" or "duration", by the rates and
+    durations of its edges: :meth:`zeltbraidwerk.Device.error` and ``duration`` tell the sums. With
+    ``permutation="exact"``, the default, every output stands on the wire of its input; with "free"
+    the circuit is shorter and leaves output r on wire ``result.permutation[r]``.
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is used: ``result.placement`` tells which.

@@ -129,7 +129,8 @@ def synthesize(
     that operator.
 
     With a ``device``, every gate on two qubits is on one of its edges; "sets" does that, and closes
-    by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits.
+    by undoing its Clifford gates. ``objective`` is "count" or "depth" of gates on two qubits,
+    or on a device "error" or "duration" as for :func:`zeltbraidwerk.linear.synthesize`.
     ``restarts``, ``budget``, ``steps``, ``seed``, ``jobs`` and ``progress`` are as in
     :func:`zeltbraidwerk.linear.synthesize`; later runs rename the qubits. "search" takes ``steps``
     steps a run, or goes to the end of the budget; its first circuit is ready in milliseconds for a

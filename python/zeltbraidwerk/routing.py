@@ -21,7 +21,7 @@ from typing import Any
 import numpy as np
 
 from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors, limits
-from zeltbraidwerk._family import Call, Family, Found
+from zeltbraidwerk._family import Call, Family, Found, Movable
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import Optimization
@@ -127,7 +127,8 @@ def route(
 
     ``lookahead`` is how many rotations ahead the choice of the root of a tree looks: each more
     multiplies the work by the number of qubits of a rotation. ``objective`` is what that choice
-    minimises, "count" or "depth" of CNOTs. ``method`` is "trees", or "auto" for the same, as no
+    minimises, "count" or "depth" of CNOTs; with "error" or "duration" the cheapest of several parts
+    of the device is taken. ``method`` is "trees", or "auto" for the same, as no
     other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
     :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Both
     searches make ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
@@ -146,18 +147,27 @@ def route(
     source = _read(first)
     if tail == "return":
         _refuse_ending(ending)
-    call.place(source.n)
-    assert call.site is not None
     if call.effort.budget is None:
         _refuse_endless(source, levels)
-    graph = call.site.graph()
-    by_depth = call.objective == "depth"
-    kernel = partial(_core._routed, source.to_core(), graph, levels, by_depth)
-    gates, frame = _run(kernel, call)
-    left = _result(call, whole, gates, frame)
-    if tail == "return":
-        return left
-    return _closed(call, left, CliffordTableau._wrap(frame.inverse()))
+
+    def once() -> Routing:
+        call.place(source.n)
+        assert call.site is not None
+        graph, by_depth = call.site.graph(), call.objective == "depth"
+        gates, frame = _run(partial(_core._routed, source.to_core(), graph, levels, by_depth), call)
+        left = _result(call, whole, gates, frame)
+        if tail == "return":
+            return left
+        return _closed(call, left, CliffordTableau._wrap(frame.inverse()))
+
+    if call.weights is None:
+        return once()
+
+    def run() -> Movable[Routing]:
+        found = once()
+        return found, lambda _: replace(found, device=call.device, objective=call.objective)
+
+    return call.cheapest(source.n, run, fixed=False)
 
 
 @_renamed.options(depth="lookahead")
