@@ -158,6 +158,7 @@ def test_depth_is_never_above_that_by_count_and_has_a_front():
         assert sizes == sorted(set(sizes))
         assert len({count for _, count in sizes}) == len(sizes)
         assert all(each.verify() and each.source == source for each in result.front)
+        assert all(each.front == () for each in result.front)
     for permutation in ("exact", "free"):  # no time for any search
         hurried = zb.optimize(source, objective="depth", permutation=permutation,
                               device=Device.line(6), budget=1e-9)  # fmt: skip
