@@ -1,11 +1,12 @@
 """Two-qubit gates and layers of encoders, beside those of the whole Clifford operators that other
-ways make of a code: a table.
+ways make of a code; then those of CSS codes and of their states with all logical qubits 0: tables.
 
-encoders.py      needs Stim, and for the last column Qiskit
+encoders.py      needs Stim, and for the last column Qiskit; the second table takes some minutes
 """
 
 import importlib.util
 from collections.abc import Iterator
+from typing import Any
 
 import stim
 
@@ -15,8 +16,17 @@ from zeltbraidwerk import Circuit, gallery
 HEADS = ("code", "encoder", "its logicals given", "for depth", "operator", "Qiskit, operator")
 
 
+SECONDS = 20
+CSS_HEADS = ("CSS code", "encoder", f"in {SECONDS} s", "logical 0", f"in {SECONDS} s")
+
+
 def main() -> None:
-    rows = [HEADS, *(tuple(row(name, code)) for name, code in codes().items())]
+    show([HEADS, *(tuple(row(name, code)) for name, code in codes().items())])
+    print()
+    show([CSS_HEADS, *(tuple(css_row(name, code)) for name, code in css_codes().items())])
+
+
+def show(rows: list[tuple[str, ...]]) -> None:
     widths = [max(map(len, column)) for column in zip(*rows, strict=True)]
     for cells in rows:
         padded = (cell.ljust(width) for cell, width in zip(cells, widths, strict=True))
@@ -32,6 +42,30 @@ def codes() -> dict[str, list[str]]:
         for n, k in ((10, 2), (20, 10), (30, 5))
     }
     return gallery.stabilizer_codes() | surface | drawn
+
+
+def css_codes() -> dict[str, Any]:
+    return {
+        "[[7,1,3]], Steane": gallery.steane_code(),
+        "[[12,2,4]], carbon": gallery.carbon_code(),
+        "[[16,2,4]], torus": gallery.toric_code(4),
+        "[[17,1,5]], octagon": gallery.color_code_17(),
+        "[[19,1,5]], hexagons": gallery.color_code(5),
+        "[[23,1,7]], Golay": gallery.golay_code(),
+        "[[144,12,12]], bicycle": gallery.bicycle_code(),
+    }
+
+
+def css_row(name: str, code: Any) -> Iterator[str]:
+    yield name
+    for make, given in (
+        (zb.clifford.synthesize_encoder, code),
+        (zb.clifford.synthesize_state, gallery.logical_zero(code)),
+    ):
+        for budget in (None, SECONDS):
+            result = make(given, seed=1, budget=budget)
+            assert result.verify()
+            yield f"{result.count} / {result.depth}"
 
 
 def row(name: str, code: list[str]) -> Iterator[str]:

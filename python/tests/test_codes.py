@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import clifford, gallery
+from zeltbraidwerk import clifford, errors, gallery
 
 stim = pytest.importorskip("stim")
 
@@ -92,6 +92,59 @@ def test_codes_of_the_gallery(name):
         n, k, d = map(int, name.strip("[]").split(","))
         assert (result.n, result.k) == (n, k)
         assert distance(code, n, d) == d
+
+
+# n, k, d, and the most gates of an encoder and of the logical 0.
+CSS = {
+    "steane_code": (gallery.steane_code(), 7, 1, 3, 9, 8),
+    "golay_code": (gallery.golay_code(), 23, 1, 7, 47, 45),
+    "color_code(5)": (gallery.color_code(5), 19, 1, 5, 28, 27),
+    "color_code_17": (gallery.color_code_17(), 17, 1, 5, 24, 23),
+    "carbon_code": (gallery.carbon_code(), 12, 2, 4, 18, 16),
+    "toric_code(4)": (gallery.toric_code(4), 16, 2, 4, 22, 21),
+    "bicycle_code": (gallery.bicycle_code(), 144, 12, 12, 450, 400),
+}
+
+
+@pytest.mark.parametrize("name", CSS)
+def test_css_codes_of_the_gallery(name):
+    code, n, k, d, encoder, zero = CSS[name]
+    assert [checks.shape[1] for checks in code] == [n, n]
+    assert sum(map(len, code)) == n - k
+    if n < 30:
+        assert (css_distance(*code), css_distance(*code[::-1])) == (d, d)
+    result = clifford.synthesize_encoder(code, seed=1)
+    assert (result.k, result.verify()) == (k, True)
+    assert result.count <= encoder
+    state = gallery.logical_zero(code)
+    result = clifford.synthesize_state(state, seed=1)
+    assert result.verify()
+    assert result.count <= zero
+
+
+def test_a_logical_zero_is_one_of_the_code():
+    assert len(gallery.logical_zero(gallery.carbon_code())) == 12
+    with pytest.raises(errors.PauliError, match="do not commute"):
+        gallery.logical_zero(([[1, 0]], [[1, 0]]))
+    with pytest.raises(errors.ShapeError, match="H_X and H_Z"):
+        gallery.logical_zero([[[1, 1]]])
+
+
+def css_distance(kind, other):
+    """The least weight of an operator of the kind that commutes with the checks of the other kind
+    and is no product of checks."""
+    n = kind.shape[1]
+    others, own = ([int("".join("01"[b] for b in row), 2) for row in m.astype(int)]
+                   for m in (other, kind))  # fmt: skip
+    products = {0}
+    for row in own:
+        products |= {row ^ each for each in products}
+    for weight in range(1, n + 1):
+        for qubits in itertools.combinations(range(n), weight):
+            word = sum(1 << q for q in qubits)
+            if all((word & row).bit_count() % 2 == 0 for row in others) and word not in products:
+                return weight
+    return n
 
 
 def distance(code, n, most):

@@ -64,6 +64,7 @@ INSTANCES = {
     "CliffordSynthesis": lambda: zb.clifford.synthesize(BELL, **QUICK),
     "StateSynthesis": lambda: zb.clifford.synthesize_state(["XX", "ZZ"], steps=0),
     "EncoderSynthesis": lambda: zb.clifford.synthesize_encoder(["XX"], steps=0),
+    "GraphStateClass": lambda: zb.graph_state.classes(2)[0],
     "GraphStateSynthesis": lambda: zb.graph_state.synthesize([[0, 1], [1, 0]], **QUICK),
     "PauliSynthesis": lambda: zb.pauli.synthesize({"XX": 0.5}, **QUICK),
     "CoDiagonalization": lambda: zb.pauli.codiagonalize(["XX", "ZZ"]),
@@ -118,6 +119,8 @@ ARGUMENTS = {
     "batch.race": [BATCH | {"input": MATRIX, "seeds": [1, 2]}],
     "save_svg": [{"path": "circuit.svg"}],
     "clifford.synthesize": [QUICK],
+    "gallery.toric_code": [{"d": 4}],
+    "gallery.logical_zero": [{"code": ([[1, 1]], [[1, 1]])}],
     "graph_state.synthesize": [QUICK, {"method": "decoding", "restarts": 1}],
     "linear.synthesize": [
         QUICK, {"method": "pmh"}, {"method": "syndrome"}, {"device": Device.line(2)} | QUICK,

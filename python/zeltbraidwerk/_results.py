@@ -37,6 +37,9 @@ class Result(_json.Stored):
     ``seconds``         the time of the call
     ``trace``           the moments at which the best circuit became better; empty where there was
                         no search
+    ``bound``           proven: no circuit has a lower value of the objective; None where nothing is
+                        known
+    ``is_optimal``      whether the circuit meets that bound
     ``least_count``     proven: no circuit has fewer two-qubit gates; 0 where nothing is known
     ``least_depth``     proven: no circuit has fewer layers of these; 0 where nothing is known
     ``call``            the call that makes the result again, as text, with the seed that was drawn;
@@ -77,6 +80,37 @@ class Result(_json.Stored):
     def depth(self) -> int:
         """Number of layers of two-qubit gates; gates on one qubit take no time."""
         return self.circuit.two_qubit_depth
+
+    @property
+    def bound(self) -> int | None:
+        """A proven lower bound: no circuit for what was asked has fewer two-qubit gates, or with
+        ``objective="depth"`` fewer layers of them. None where nothing is known.
+
+        It is for circuits of the kind that the family makes, with the same permutation of outputs
+        (exact or free) and tail, on the edges of the device as it was placed: CNOTs for matrices,
+        CNOTs and one gate per term or rotation for phase polynomials and rotations, Clifford gates
+        counted in CNOTs for operators and states. Routing and ``optimize`` prove nothing, but that
+        no circuit has fewer than 0; and nothing is proven of errors and durations. On how bounds
+        are proven see the documentation, "Certificates".
+        """
+        by_depth = self.objective == "depth"
+        if not by_depth and self.objective != "count":
+            return None
+        least = self.least_depth if by_depth else self.least_count
+        return None if least == 0 and self._value() > 0 else least
+
+    @property
+    def is_optimal(self) -> bool:
+        """Whether it is proven that no circuit has a lower value of the objective."""
+        return self.bound is not None and self._value() <= self.bound
+
+    def _value(self) -> int:
+        return self.depth if self.objective == "depth" else self.count
+
+    def _certificate(self) -> Iterable[str]:
+        """What is proven, in a word or two."""
+        if self.bound is not None:
+            yield "optimal" if self.is_optimal else f"bound {self.bound}"
 
     @property
     def error(self) -> float | None:
@@ -120,6 +154,7 @@ class Result(_json.Stored):
             *([("device", repr(self.device)), ("qubits", _html.listed(self.placement))]
               if self.device is not None else []),
             ("", ", ".join(self._about())),
+            ("proven", ", ".join(self._certificate())),
             ("method", self.method),
             ("seconds", f"{self.seconds:.2g}"),
         ]  # fmt: skip
@@ -127,7 +162,8 @@ class Result(_json.Stored):
         return _html.page(self.circuit._repr_svg_(), shown, self.call)
 
     def _counts(self) -> dict[str, int]:
-        return self.circuit._counts()
+        proven = {} if self.bound is None else {"bound": self.bound, "is_optimal": self.is_optimal}
+        return self.circuit._counts() | proven
 
     @classmethod
     def _of_plain(cls, plain: Any, where: str) -> Self:
@@ -156,7 +192,8 @@ class Result(_json.Stored):
         return ()
 
     def __repr__(self) -> str:
-        parts = [f"{self.count} two-qubit gates", f"depth {self.depth}", *self._about()]
+        parts = [f"{self.count} two-qubit gates", f"depth {self.depth}"]
+        parts += [*self._certificate(), *self._about()]
         if self.permutation != tuple(range(len(self.permutation))):
             parts.append("outputs permuted")
         return (

@@ -209,6 +209,7 @@ OPTIONS: tuple[tuple[str, str, dict[str, Any]], ...] = (
     ("method", "the method; default: auto, the best of several", _WORD),
     ("objective", "what is made small: count or depth of two-qubit gates; optimize: or t; on a "
                   "device with rates or durations: error or duration", _WORD),
+    ("up_to", "phase: the state itself; local: up to gates on single qubits at the end", _WORD),
     ("permutation", "exact: outputs in place; free: outputs may change places", _WORD),
     ("tail", "close: undo what is left after the circuit; return: leave it", _WORD),
     ("order", "commuting: keep the product; free: one Trotter step in any order", _WORD),

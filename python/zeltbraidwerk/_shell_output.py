@@ -59,7 +59,8 @@ def summary(result: Result) -> str:
     before = getattr(result, "before", None)
     if before is not None:
         parts = [f"{parts[0]} (before: {before.two_qubit}, depth {before.depth})"]
-    return f"{', '.join([*parts, *_about(result)])}, verified, {result.seconds:.2g} s"
+    parts += [*result._certificate(), *_about(result)]
+    return f"{', '.join(parts)}, verified, {result.seconds:.2g} s"
 
 
 def _about(result: Result) -> Iterator[str]:
@@ -78,10 +79,8 @@ def _is_open(result: Result) -> bool:
 def _qasm(result: Result) -> str:
     """With comments on how to make it again, and on where inputs and outputs are."""
     outputs = [result.placement[wire] for wire in result.permutation[: len(result.placement)]]
-    notes = [
-        f"zeltbraidwerk {_core._version}: {result.call}",
-        f"{result.count} two-qubit gates, depth {result.depth}",
-    ]
+    size = [f"{result.count} two-qubit gates, depth {result.depth}", *result._certificate()]
+    notes = [f"zeltbraidwerk {_core._version}: {result.call}", ", ".join(size)]
     if list(result.placement) != list(range(result.n)):
         notes.append(f"inputs are on qubits {' '.join(map(str, result.placement))}")
     if outputs != list(range(result.n)):
@@ -89,6 +88,8 @@ def _qasm(result: Result) -> str:
     logical = getattr(result, "logical_wires", None)
     if logical is not None:
         notes.append(f"logical qubits come in on qubits {' '.join(map(str, logical))}, 0 on others")
+    if getattr(result, "local", None) is not None:
+        notes.append("gates on single qubits are left out at the end; JSON holds them")
     if _is_open(result):
         notes.append("a tail is left over; JSON holds it")
     lines = "".join(f"// {note}\n" for note in notes)

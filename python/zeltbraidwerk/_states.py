@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Iterable, Sequence
 from dataclasses import dataclass, field
-from typing import Any
+from typing import Any, Literal
 
 import numpy as np
 import numpy.typing as npt
@@ -18,40 +18,64 @@ from zeltbraidwerk import (
     _renamed,
     _rotations,
     _search,
+    _validate,
     errors,
 )
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._operations import circuit_of
 from zeltbraidwerk._results import Objective, Result
 from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk.gates import Gate
 
 __all__ = ["StateSynthesis", "synthesize_state"]
 
 _FAMILY = Family(_core._state_methods)
 
 
-@dataclass(frozen=True, kw_only=True, repr=False)
-class StateSynthesis(Result):
-    """A circuit that prepares a state from qubits that are all 0, and how it was found.
+UpTo = Literal["phase", "local"]
 
-    ``stabilizers`` are signed strings that leave the state as it is, in the order given.
-    """
+
+@dataclass(frozen=True, kw_only=True, repr=False)
+class Preparation(Result):
+    """What results of states have in common. ``local`` holds the gates on one qubit that the
+    circuit leaves out with ``up_to="local"``: after the circuit they make the state that was asked
+    for. None with ``up_to="phase"``."""
 
     circuit: Circuit
+    local: Circuit | None = field(compare=False, default=None)
+
+    def _prepares(self, stabilizers: Sequence[str]) -> bool:
+        local = self.local or Circuit(self.circuit.n, [])
+        return local.two_qubit_count == 0 and prepares(self.circuit + local, stabilizers)
+
+    def _about(self) -> Iterable[str]:
+        if self.local is not None:
+            yield "up to local gates"
+
+
+@dataclass(frozen=True, kw_only=True, repr=False)
+class StateSynthesis(Preparation):
+    """A circuit that prepares a state from qubits that are all 0, and how it was found.
+
+    ``stabilizers`` are signed strings that leave the state as it is, in the order given. ``local``
+    holds the gates that the circuit leaves out with ``up_to="local"``, else None.
+    """
+
     stabilizers: tuple[str, ...] = field(compare=False)
 
     stabilisers = _renamed.Field("stabilizers")
 
     def verify(self) -> bool:
-        """Follows the stabilizers back through the circuit, gate by gate and without the library,
-        to what leaves all qubits 0: Z alone, with the sign plus."""
-        return prepares(self.circuit, self.stabilizers)
+        """Follows the stabilizers back through ``local`` and the circuit, gate by gate and without
+        the library, to what leaves all qubits 0: Z alone, with the sign plus."""
+        return self._prepares(self.stabilizers)
 
 
 @_calls.recorded("clifford.synthesize_state", "state")
 def synthesize_state(
     state: Any,
     *,
+    up_to: UpTo = "phase",
     objective: Objective = "count",
     seed: int | None = None,
     restarts: int | None = None,
@@ -68,6 +92,11 @@ def synthesize_state(
     Stim or Qiskit; or a tableau or a circuit of Clifford gates, of this package, Stim, Qiskit or
     pytket, of which only the image of the state with all qubits 0 counts.
 
+    With ``up_to="local"`` the state is one that gates on single qubits after the circuit turn into
+    the one asked for: ``local`` of the result has them. Gates on one qubit do not count, so that no
+    state equal to it up to such gates takes fewer gates on two qubits; the circuit is the same
+    but for those at its end.
+
     ``objective`` is "count" or "depth" of gates on two qubits. The other options are those of the
     method "search" of :func:`zeltbraidwerk.linear.synthesize`.
 
@@ -78,18 +107,36 @@ def synthesize_state(
         objective=objective, seed=seed, restarts=restarts, budget=budget, steps=steps, jobs=jobs,
         progress=progress, start=start,
     )  # fmt: skip
+    _validate.choice(up_to, "up_to", ("phase", "local"))
     stabilizers = read(state)
     n = len(stabilizers)
     letters = _rotations.codes([word for _, word in stabilizers], n)
     minus = [sign for sign, _ in stabilizers]
 
     def result(found: Found, operations: npt.NDArray[np.int32]) -> StateSynthesis:
+        circuit, local = parted(circuit_of(n, operations), up_to)
         return call.result(
-            StateSynthesis, found, n, circuit=circuit_of(n, operations),
+            StateSynthesis, found, n, circuit=circuit, local=local,
             stabilizers=tuple("+-"[minus] + letters for minus, letters in stabilizers),
         )  # fmt: skip
 
     return call.run(_core._synthesize_state, result, letters, minus)
+
+
+def parted(circuit: Circuit, up_to: UpTo) -> tuple[Circuit, Circuit | None]:
+    """The circuit; where local gates are left out, without those on one qubit after the last gate
+    on two, and these."""
+    if up_to == "phase":
+        return circuit, None
+    parts: tuple[list[Gate], list[Gate]] = ([], [])
+    coupled: set[int] = set()  # qubits with later gates on two qubits
+    for gate in reversed(list(circuit)):
+        at_end = len(gate.qubits) == 1 and gate.qubits[0] not in coupled
+        parts[at_end].append(gate)
+        if not at_end:
+            coupled.update(gate.qubits)
+    first, local = (Circuit(circuit.n, part[::-1]) for part in parts)
+    return first, local
 
 
 def prepares(circuit: Circuit, stabilizers: Sequence[str]) -> bool:

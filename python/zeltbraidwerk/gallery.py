@@ -27,6 +27,16 @@ from zeltbraidwerk._gallery_circuits import (
     qft,
 )
 from zeltbraidwerk._gallery_codes import stabilizer_codes, surface_code
+from zeltbraidwerk._gallery_css import (
+    bicycle_code,
+    carbon_code,
+    color_code,
+    color_code_17,
+    golay_code,
+    logical_zero,
+    steane_code,
+    toric_code,
+)
 from zeltbraidwerk._gallery_draws import MOST, even, number_of, regular_edges, room, seeded, strings
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.clifford import CliffordTableau
@@ -34,13 +44,19 @@ from zeltbraidwerk.gates import Gate
 
 __all__ = [
     "aes_mixcolumns",
+    "bicycle_code",
+    "carbon_code",
     "cipher_layers",
     "circulant",
+    "color_code",
+    "color_code_17",
     "controlled_rotations",
+    "golay_code",
     "hadamard",
     "hardware_efficient",
     "heisenberg",
     "ising_chain",
+    "logical_zero",
     "low_autocorrelation",
     "maxcut",
     "maxcut_regular",
@@ -55,7 +71,9 @@ __all__ = [
     "random_paulis",
     "rank",
     "stabilizer_codes",
+    "steane_code",
     "surface_code",
+    "toric_code",
     "uccsd",
 ]
 

@@ -31,11 +31,11 @@ from zeltbraidwerk import (
     limits,
 )
 from zeltbraidwerk._family import Family, Found
+from zeltbraidwerk._graph_classes import GraphStateClass, classes
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import Objective, Result
-from zeltbraidwerk.circuits import Circuit
+from zeltbraidwerk._results import Objective
 
-__all__ = ["GraphStateSynthesis", "methods", "synthesize"]
+__all__ = ["GraphStateClass", "GraphStateSynthesis", "classes", "methods", "synthesize"]
 
 _FAMILY = Family(_core._graph_state_methods)
 
@@ -50,19 +50,21 @@ def methods(*, device: bool = False) -> tuple[str, ...]:
 
 
 @dataclass(frozen=True, kw_only=True, repr=False)
-class GraphStateSynthesis(Result):
+class GraphStateSynthesis(_states.Preparation):
     """A circuit that prepares a graph state from qubits that are all 0, and how it was found.
-    ``graph`` is the adjacency matrix."""
 
-    circuit: Circuit
+    ``graph`` is the adjacency matrix. ``local`` holds the gates that the circuit leaves out with
+    ``up_to="local"``, else None.
+    """
+
     graph: npt.NDArray[np.bool_] = field(compare=False)
 
     stabilisers = _renamed.Field("stabilizers", lambda result: lambda: list(result.stabilizers))
 
     def verify(self) -> bool:
-        """Follows the stabilizers of the graph state back through the circuit, gate by gate and
-        without the library, to what leaves all qubits 0: Z alone, and no sign."""
-        return _states.prepares(self.circuit, self.stabilizers)
+        """Follows the stabilizers of the graph state back through ``local`` and the circuit, gate
+        by gate and without the library, to what leaves all qubits 0: Z alone, and no sign."""
+        return self._prepares(self.stabilizers)
 
     @property
     def stabilizers(self) -> tuple[str, ...]:
@@ -71,6 +73,7 @@ class GraphStateSynthesis(Result):
 
     def _about(self) -> Iterable[str]:
         yield f"{int(np.triu(self.graph, 1).sum())} edges"
+        yield from super()._about()
 
 
 @_calls.recorded("graph_state.synthesize", "graph")
@@ -78,6 +81,7 @@ def synthesize(
     graph: Any,
     *,
     method: str = "auto",
+    up_to: _states.UpTo = "phase",
     objective: Objective = "count",
     tries: int | None = None,
     seed: int | None = None,
@@ -100,7 +104,15 @@ def synthesize(
     is the number of its runs, later ones in another order of the vertices. "search" begins with one
     gate per edge and finds shorter circuits the longer it runs, as in
     :func:`zeltbraidwerk.linear.synthesize`, which explains the other options too. "auto" takes the
-    better of "naive" and "search". ``objective`` is "count" or "depth" of gates on two qubits.
+    better of "naive" and "search".
+
+    With ``up_to="local"`` the state is one that gates on single qubits after the circuit turn into
+    the graph state: ``local`` of the result has them, for a machine that measures in any basis
+    anyway. "search" finds the same number of gates on two qubits either way: it is that of the best
+    circuit for any state equal up to local gates, so of all graphs that local complementations lead
+    to; and often less than the edges of each of these graphs (:func:`classes`).
+
+    ``objective`` is "count" or "depth" of gates on two qubits.
     An option that the method does not take is refused.
     """
     call = _FAMILY.call(
@@ -108,12 +120,15 @@ def synthesize(
         steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     most = None if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
+    _validate.choice(up_to, "up_to", ("phase", "local"))
     adjacency = _adjacency(graph)
     n = len(adjacency)
 
     def result(found: Found, operations: npt.NDArray[np.int32]) -> GraphStateSynthesis:
-        circuit = circuit_of(n, operations)
-        return call.result(GraphStateSynthesis, found, n, circuit=circuit, graph=adjacency)
+        circuit, local = _states.parted(circuit_of(n, operations), up_to)
+        return call.result(
+            GraphStateSynthesis, found, n, circuit=circuit, local=local, graph=adjacency
+        )
 
     return call.run(_core._synthesize_graph_state, result, adjacency, tries=most)
 

@@ -9,13 +9,17 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
+#include "zeltbraidwerk/clifford/search/internal/graph_classes.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/graphs/internal/edge_paths.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -75,6 +79,7 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
 // Over the square of the qubits.
 constexpr double bytes_of_operator_run = 150;
 constexpr double bytes_of_state_run = 100;
+constexpr double least_budget = 1;  // seconds that leave time for a look into a table
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
 /// least.
@@ -152,6 +157,9 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
   auto& found = best.as<PlacedCircuit>();
   synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
+  if (options.method == "elimination" && n <= most_cut_wires) {
+    prove(result, bound_of_operator(OperatorRows(images), options.outputs, nullptr));
+  }
   return result;
 }
 
@@ -186,6 +194,15 @@ Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& op
           .proves = true};
 }
 
+void prove_by_table(synthesis::SynthesisResult& result, const PauliFrame& stabilisers,
+                    const SynthesisOptions& options) {
+  const bool in_haste = result.stopped || options.budget.value_or(least_budget) < least_budget;
+  if (in_haste || result.count <= result.least_count) return;
+  if (const std::optional<int> fewest = fewest_gates_of_state(stabilisers)) {
+    prove(result, {*fewest, layers_to_hold(*fewest, stabilisers.qubits())});
+  }
+}
+
 synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
                                         const synthesis::StateOptions& options) {
   check_effort(options);
@@ -203,6 +220,7 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
   auto& found = best.as<PlacedCircuit>();
   synthesis::StateResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
+  prove_by_table(result, stabilisers, options);
   return result;
 }
 

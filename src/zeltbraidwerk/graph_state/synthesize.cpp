@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
+#include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
@@ -14,6 +15,7 @@
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace synthesis {
 
@@ -92,6 +94,14 @@ std::vector<Gate> apart_by_decoding(const BitMatrix& graph, int tries, std::uint
   return gates;
 }
 
+LowerBound bound_of_graph(const BitMatrix& graph, const PauliFrame& stabilisers) {
+  WireGroups entangled(graph.rows());
+  for (int i = 0; i < graph.rows(); ++i) {
+    for_each_bit(graph.row(i), graph.stride(), [&](int j) { entangled.join(i, j); });
+  }
+  return bound_of_state(stabilisers, entangled.joins(), entangled.largest());
+}
+
 std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
   const CircuitSize size = size_of(gates, n);
   return made_circuit(size, std::move(gates));
@@ -167,6 +177,11 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   auto& gates = best.as<std::vector<Gate>>();
   GraphStateResult result{std::move(best.result), std::move(gates)};
   result.permutation = in_order(n);
+  if (options.method == "naive" || options.method == "decoding") {
+    prove(result, bound_of_graph(bits, stabilisers));
+  } else {
+    prove_by_table(result, stabilisers, options);
+  }
   return result;
 }
 

@@ -14,8 +14,10 @@
 #include "zeltbraidwerk/linear/internal/options.h"
 #include "zeltbraidwerk/linear/internal/synthesize.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_bound.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
@@ -78,6 +80,7 @@ class LinearCall {
     result.permutation = std::move(found.perm);
     if (result.method == "search") result.window = window();
     result.front = front();
+    if (!searches && n() <= most_cut_wires) prove(result, bound());
     return result;
   }
 
@@ -93,6 +96,12 @@ class LinearCall {
   bool within_auto() const { return options_.method == "auto"; }
   /// Whether a quick run ends before anyone would stop it.
   bool is_brief() const { return n() <= (device_ ? brief_wires_on_device : brief_wires); }
+
+  LowerBound bound() const {
+    const Task task{.outputs = options_.outputs, .reach = options_.reach};
+    return device_ ? bound_of_map_on_device(m_, *device_, task.most_reach())
+                   : bound_of_map(m_, in_place());
+  }
 
   // --- lanes ----------------------------------------------------------------------------------
 

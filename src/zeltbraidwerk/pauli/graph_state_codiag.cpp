@@ -2,8 +2,8 @@
 
 #include <random>
 
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/foundations/internal/engine_draw.h"
-#include "zeltbraidwerk/pauli/internal/echelon.h"
 #include "zeltbraidwerk/pauli/internal/graph_form.h"
 #include "zeltbraidwerk/pauli/internal/table_frame.h"
 

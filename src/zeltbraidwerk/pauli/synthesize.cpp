@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/pauli/internal/methods.h"
 #include "zeltbraidwerk/pauli/internal/network.h"
 #include "zeltbraidwerk/pauli/search/internal/known_network.h"
+#include "zeltbraidwerk/pauli/search/internal/network_bound.h"
 #include "zeltbraidwerk/pauli/search/internal/network_circuit.h"
 #include "zeltbraidwerk/pauli/search/internal/network_search.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
@@ -68,6 +69,7 @@ class PauliCall {
     auto& network = best.as<PauliNetwork>();
     PauliResult result{std::move(best.result), std::move(network.gates), {}, network.in_order};
     result.permutation = std::move(network.wires);
+    if (!searches) prove(result, bound());
     for (structures::Gate& gate : result.gates) {
       const LabelledRow label = labelled_row(gate);
       result.rows.push_back(label.row);
@@ -134,6 +136,13 @@ class PauliCall {
     task.target = target_ ? &*target_ : nullptr;
     task.given = given_ ? &*given_ : nullptr;
     return task;
+  }
+
+  /// Closed networks that end in a given operator are bounded as open ones.
+  LowerBound bound() const {
+    NetworkTask task = task_of_search(0);
+    if (target_) task.outputs = Outputs::left_open;
+    return bound_of_network(table_.frame, task);
   }
 
   std::vector<Lane> lanes() {

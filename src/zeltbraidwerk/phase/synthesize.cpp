@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/linear/internal/synthesize.h"
 #include "zeltbraidwerk/phase/internal/methods.h"
 #include "zeltbraidwerk/phase/internal/synthesize.h"
+#include "zeltbraidwerk/phase/search/internal/parity_bound.h"
 #include "zeltbraidwerk/phase/search/internal/parity_search.h"
 #include "zeltbraidwerk/phase/search/internal/parity_terms.h"
 #include "zeltbraidwerk/search/internal/known_circuit.h"
@@ -57,6 +58,7 @@ class PhaseCall {
                                 searches() ? std::optional(plain_lane()) : std::nullopt);
     auto& network = best.as<ClosedNetwork>();
     if (closes_anew(best.result)) close_anew(network, best.result);
+    if (!searches()) prove(best.result, bound());
     result = {std::move(best.result), std::move(network.steps)};
     for (const auto& [c, t] : network.closing.circuit.gates) {
       result.steps.push_back(PhaseStep::cnot(c, t));
@@ -69,6 +71,12 @@ class PhaseCall {
   int qubits() const { return parities_.rows(); }
   bool searches() const { return methods_.back() == "search"; }
   bool leaves_open() const { return options_.outputs == Outputs::left_open; }
+
+  LowerBound bound() const {
+    return bound_of_parities(
+        parities_to_make(parities_),
+        {.outputs = options_.outputs, .device = device_ ? &*device_ : nullptr});
+  }
 
   /// The methods to run, checked.
   std::vector<std::string> chosen() const {

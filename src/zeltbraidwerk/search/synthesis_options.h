@@ -75,12 +75,19 @@ struct SynthesisResult {
   int runs = 0;                            ///< of all methods, but what came after a proven answer
   double seconds = 0;                      ///< that the call took
   std::vector<SearchPoint> trace;          ///< moments at which the best circuit became better
-  /// Proven: no circuit has fewer gates on two qubits, none fewer layers. 0 where nothing is known.
+  /// Proven: no circuit for what was asked has fewer gates on two qubits, none has fewer layers of
+  /// them. Circuits here are those that the family makes, with outputs where the options let them
+  /// be, on the edges of the device where there is one. 0 where nothing is known.
   /// @{
   int least_count = 0;
   int least_depth = 0;
   /// @}
   bool stopped = false;  ///< by the function `stop`, before the search had come to its end
+
+  /// What is proven of the objective: least_count or least_depth. 0 where nothing is known.
+  int bound() const { return objective == Objective::depth ? least_depth : least_count; }
+  /// Whether no circuit is better by the objective, proven.
+  bool is_optimal() const { return (objective == Objective::depth ? depth : count) <= bound(); }
 };
 
 /// The search ended, by its budget, its stop function or a cap on its operations, before any run

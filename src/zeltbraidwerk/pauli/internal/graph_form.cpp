@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
 #include "zeltbraidwerk/pauli/internal/diagonaliser.h"
-#include "zeltbraidwerk/pauli/internal/echelon.h"
 
 using structures::Gate;
 

@@ -310,6 +310,11 @@ class Runner {
 
 }  // namespace
 
+void prove(synthesis::SynthesisResult& result, const LowerBound& bound) {
+  result.least_count = std::max(result.least_count, bound.count);
+  result.least_depth = std::max(result.least_depth, bound.depth);
+}
+
 BestRun best_of_runs(const std::vector<Lane>& lanes, const SynthesisOptions& options,
                      RunControl& control, const std::optional<Lane>& plain) {
   if (is_forked_amid_a_build()) {

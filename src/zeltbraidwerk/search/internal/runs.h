@@ -58,6 +58,9 @@ struct BestRun {
   }
 };
 
+/// Adds to a result what is proven of the problem, where no run of the search engine did so.
+void prove(synthesis::SynthesisResult& result, const LowerBound& bound);
+
 /// Makes the runs of all lanes, on options.jobs threads, to their end or to the deadline. Throws
 /// UnfinishedError when no run found a circuit, and what a run or a function of the options throws.
 ///

@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/echelon.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
@@ -40,6 +43,21 @@ int rank_beside(const Images& images, int qubit) {
   return zero == 3 ? 0 : zero == 1 ? 1 : 2;
 }
 
+/// What the operator leads from the wires beside the cut to those of its side.
+int rank_across(const OperatorRows& rows, const VertexSet& side) {
+  const int words = rows.words();
+  BitMatrix part(2 * side.members(), 2 * words * word_bits);
+  int next = 0;
+  side.for_each([&](int wire) {
+    for (int label = 1; label <= 2; ++label) {
+      const Word* row = rows.row(0, wire, label);
+      Word* there = part.row(next++);
+      for (int w = 0; w < 2 * words; ++w) there[w] = row[w] & ~side.words()[w % words];
+    }
+  });
+  return rank(std::move(part));
+}
+
 }  // namespace
 
 LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const BitGraph* device) {
@@ -69,6 +87,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
   bound.count = std::max((meetings + 1) / 2, groups.joins() - n);
   if (groups.largest() > 2) bound.depth = std::max(bound.depth, groups.largest() > 4 ? 2 : 1);
   bound.depth = std::max(bound.depth, layers_to_spread(widest));
+  const bool cuts = outputs == Outputs::in_place && n <= most_cut_wires;
+  const auto across = [&rows](const VertexSet& side) { return rank_across(rows, side); };
+  if (cuts) bound.raise(bound_of_cuts(cuts_of_all_pairs(n), across));
   if (device != nullptr && outputs == Outputs::in_place) {
     const Distances distances(*device);
     for (int wire = 0; wire < n; ++wire) {
@@ -78,6 +99,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
           bound.raise({distances(wire, q), distances(wire, q)});
         }
       }
+    }
+    for (const Cuts& each : cuts ? cuts_of_graph(*device, distances) : std::vector<Cuts>{}) {
+      bound.raise(bound_of_cuts(each, across));
     }
   }
   bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));

@@ -34,9 +34,10 @@ void FreeSearch::make_first_greedily(Rng& rng) {
   };
   const Effort unlimited;
   Meter meter(unlimited);
-  if (by_columns()) {
+  if (!sparse_ && n_ >= cnot_tuning.least_quick_columns) {
     if (n_ <= cnot_tuning.quick_wires_columns) {
-      offer(reduce_by_columns(m_, 1, Facing::plain, rng, meter));
+      const int width = n_ <= cnot_tuning.beam_wires ? cnot_tuning.narrow : 1;
+      offer(reduce_by_columns(m_, width, Facing::plain, rng, meter));
     }
   } else if (n_ <= cnot_tuning.quick_wires) {
     offer(reduce(m_, greedy_cost(n_), 1, Facing::plain, rng, meter));
@@ -59,12 +60,16 @@ Cooling FreeSearch::cooling() const {
 }
 
 bool FreeSearch::by_columns() const {
-  return !sparse_ && n_ > cnot_tuning.beam_wires;
+  return !sparse_ && n_ > cnot_tuning.two_sided_wires;
 }
 
 /// The widest beam that takes about twice the time of the walks of the round.
 GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
                                       Meter& meter) const {
+  if (long_walks_) {
+    if (number > 0) return {};
+    return reduce_by_columns(m_, cnot_tuning.wide, Facing::transpose, rng, meter);
+  }
   const double price = static_cast<double>(n_) * n_ * n_ / cnot_tuning.columns_per_step;
   const int affordable =
       widest_within(cnot_tuning.column_widths, price, static_cast<double>(steps));

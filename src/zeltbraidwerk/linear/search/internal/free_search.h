@@ -28,6 +28,7 @@ class FreeSearch {
     if (list.count() > best_.count()) return;
     best_ = list;
     shortest_ = list.count();
+    known_ = true;
   }
 
   const GateList& best() const { return best_; }
@@ -53,7 +54,11 @@ class FreeSearch {
       offer(fresh);
       const int hopeless = best_.count() + best_.count() / cnot_tuning.hopeless_part;
       if (fresh.count() <= hopeless && !long_walks_) walk(fresh, steps);
-      if (fresh.count() <= best_.count()) best_ = std::move(fresh);
+      // A hot walk forgets how long its start was, but not how it was made: from beams it gets
+      // further than from a greedy run by columns, even from one that is shorter.
+      const bool is_first_beam =
+          long_walks_ && number == 0 && !known_ && n_ >= cnot_tuning.least_quick_columns;
+      if (is_first_beam || fresh.count() <= best_.count()) best_ = std::move(fresh);
     }
     if (!long_walks_) {
       walk(best_, steps);
@@ -79,6 +84,7 @@ class FreeSearch {
   bool sparse_ = false;             // that one is: ciphers
   bool long_walks_ = false;
   bool optimal_ = false;
+  bool known_ = false;  // the best is a circuit that was given
   GateList best_;
   int shortest_ = 0;
   int window_;

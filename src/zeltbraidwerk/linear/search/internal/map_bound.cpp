@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
+#include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/linear/search/internal/depth_table.h"
 #include "zeltbraidwerk/linear/search/internal/map_table.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
@@ -32,6 +33,10 @@ int heaviest_row(const BitMatrix& m) {
   int heaviest = 0;
   for (int r = 0; r < m.rows(); ++r) heaviest = std::max(heaviest, m.row_weight(r));
   return heaviest;
+}
+
+auto across_in(const BitMatrix& m) {
+  return [&m](const VertexSet& side) { return gates_across(m, side); };
 }
 
 }  // namespace
@@ -72,6 +77,8 @@ LowerBound bound_of_map(const BitMatrix& m, bool exact) {
     const SmallMatrix map = small_matrix(m);
     bound.raise(
         {MapTable::of(n, complete_graph(n), !exact).distance(map), fewest_layers(n, map, !exact)});
+  } else if (exact && n <= most_cut_wires) {
+    bound.raise(bound_of_cuts(cuts_of_all_pairs(n), across_in(m)));
   }
   bound.depth = std::max(bound.depth, layers_to_hold(bound.count, n));
   return bound;
@@ -91,6 +98,11 @@ LowerBound bound_of_map_on_device(const BitMatrix& m, const BitGraph& graph, int
   for (const Block& block : blocks_of(with_diagonal(m))) {
     for (const int a : block.rows) {
       for (const int b : block.rows) bound.count = std::max(bound.count, distances(a, b));
+    }
+  }
+  if (n <= most_cut_wires) {
+    for (const Cuts& cuts : cuts_of_graph(graph, distances)) {
+      bound.raise(bound_of_cuts(cuts, across_in(m)));
     }
   }
   return bound;

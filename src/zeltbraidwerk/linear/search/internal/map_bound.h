@@ -26,13 +26,16 @@ namespace zelt::braidwerk::internal {
 /// joins pairs alone, and with a wire that has to be both control and target there are two. A layer
 /// has at most n / 2 gates.
 ///
-/// On up to four wires both are exact, by tables.
+/// With outputs in their places the bounds of cuts hold as well (cut_bound.h): for a dense matrix
+/// nearly 2 gates per wire. On up to four wires both are exact, by tables.
 LowerBound bound_of_map(const BitMatrix& m, bool exact);
 
 /// The same on the edges of a connected graph, where outputs may be `reach` edges from their
 /// places. A gate, or a layer, carries what is on a wire no farther than one edge: output r is at
 /// least as many from input c as they are apart, less the reach. With outputs in their places, the
-/// wires of a block are joined over as many edges as the farthest two of them are apart.
+/// wires of a block are joined over as many edges as the farthest two of them are apart, and the
+/// cuts of the graph bound both (cut_bound.h): dense matrices take about n^2 / 2 gates and n layers
+/// on a line.
 LowerBound bound_of_map_on_device(const BitMatrix& m, const BitGraph& graph, int reach);
 
 /// What it takes to bring together what is on several of `n` wires, on any one of them: a gate for

@@ -24,7 +24,8 @@ struct CnotTuning {
 
   // Regimes, by the number of wires. Rows matrix 8 to 512 free.
   int small_wires = 20;      ///< a beam sees the inverse as well
-  int beam_wires = 40;       ///< beams from both sides; above, by columns where the map is dense
+  int two_sided_wires = 32;  ///< beams from both sides; above, by columns where the map is dense
+  int beam_wires = 40;       ///< long walks; of sparse maps, beams from both sides as well
   int middle_wires = 110;    ///< above, walks are cool
   int greedy_wires = 512;    ///< above, no greedy run, and no look at the inverse
   int sparse_part = 3;       ///< maps of fewer ones than one in this many are sparse
@@ -32,6 +33,7 @@ struct CnotTuning {
 
   // Greedy runs that are made whatever the effort. Rows matrix 16 to 64 greedy.
   int quick_wires = 64;           ///< from both sides: 20 ms
+  int least_quick_columns = 28;   ///< by columns from here on, a narrow beam up to beam_wires
   int quick_wires_columns = 320;  ///< by columns: a third of a second
   int inverse_wires = 36;         ///< the cost sees the inverse up to here
   int whole_wires = 160;          ///< above, additions go to few lines alone

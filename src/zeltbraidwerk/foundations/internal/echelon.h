@@ -28,7 +28,7 @@ class RowSpace {
   std::vector<Member> basis_;
 };
 
-int rank(const BitMatrix& m);
+int rank(BitMatrix m);
 
 /// Reduced row echelon form of a, the same row operations on b; returns the pivot columns.
 std::vector<int> reduce_to_echelon(BitMatrix& a, BitMatrix& b);

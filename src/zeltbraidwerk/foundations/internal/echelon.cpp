@@ -1,4 +1,4 @@
-#include "zeltbraidwerk/pauli/internal/echelon.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 
 #include <algorithm>
 #include <bit>
@@ -36,10 +36,19 @@ bool RowSpace::add(const Word* row) {
   return pivot >= 0;
 }
 
-int rank(const BitMatrix& m) {
-  RowSpace space(m.cols());
-  for (int r = 0; r < m.rows(); ++r) space.add(m.row(r));
-  return space.rank();
+int rank(BitMatrix m) {
+  int found = 0;
+  for (int r = 0; r < m.rows(); ++r) {
+    const Word* row = m.row(r);
+    const Word* word = std::find_if(row, row + m.stride(), [](Word w) { return w != 0; });
+    if (word == row + m.stride()) continue;
+    const int pivot = static_cast<int>(word - row) * word_bits + std::countr_zero(*word);
+    for (int below = r + 1; below < m.rows(); ++below) {
+      if (m.get(below, pivot)) m.add_row(r, below, pivot);
+    }
+    ++found;
+  }
+  return found;
 }
 
 std::vector<int> reduce_to_echelon(BitMatrix& a, BitMatrix& b) {
