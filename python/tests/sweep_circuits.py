@@ -95,7 +95,7 @@ def source_circuit(draw, n, width, most):
 
 
 def optimized(draw, n):
-    n = max(min(n, 40), 1)
+    draw.used = n = max(min(n, 40), 1)
     ground = draw.ground(n, 0.15) if n <= 10 else None
     width = n if ground is None else ground[0]
     exact = draw.chance(0.3)
@@ -150,7 +150,7 @@ def optimized(draw, n):
 
 def routed(draw, n):
     """On the edges of a device, for ions, or taken apart alone."""
-    n = max(min(n, 20), 1)
+    draw.used = n = max(min(n, 20), 1)
     kind = draw.choice(("route", "route", "ions", "normalize"))
     ground = (draw.ground(n, 1) if n <= 8 or kind == "route" else None) if kind == "route" else None
     angles = draw.choice(("dyadic", "eighths", "any"))
@@ -190,7 +190,7 @@ def routed(draw, n):
 
 def formats(draw, n):
     """A circuit written and read, in the gates of machines, and fused."""
-    n = max(min(n, 30), 1)
+    draw.used = n = max(min(n, 30), 1)
     kind = draw.choice((None, "eighths", "any", "dyadic", "floats"))
     source = Circuit(n, draw.circuit_gates(n, draw.choice((3, 2 * n, 30)), kind))
     small = n <= DENSE
@@ -234,7 +234,8 @@ TASKS = {
 def batch(draw, n):
     """One input some times in a batch, each with a seed of its own; the file is read again."""
     task, family = TASKS[draw.choice(sorted(TASKS))]
-    case = family(draw, max(min(n, 12), 1))
+    draw.used = max(min(n, 12), 1)
+    case = family(draw, draw.used)
     options = {key: own for key, own in case.options.items() if key not in ("seed", "budget")}
 
     def search(given, seed, **own):

@@ -29,7 +29,8 @@ class Draw(random.Random):
     """The draws of one instance; of `only` this method, where there is a choice that has it."""
 
     only: str | None = None
-    n = 0
+    n = 0  # qubits that were drawn
+    used: int | None = None  # where a family takes fewer
 
     def chance(self, odds):
         return self.random() < odds

@@ -34,7 +34,8 @@ def instance(name, number, method=None):
     draw = Draw(f"{name} {number}")
     draw.only = method
     n = draw.n = draw.size(number)
-    return draw, n, FAMILIES[name](draw, n)
+    case = FAMILIES[name](draw, n)
+    return draw, n if draw.used is None else draw.used, case
 
 
 def order_of(names):
