@@ -28,7 +28,9 @@ bool signal_came() {
 
 }  // namespace
 
-SignalWatch::SignalWatch() : kept_(std::exchange(internal::stop_question, signal_came)) {
+SignalWatch::SignalWatch()
+    : kept_(std::exchange(internal::stop_question, signal_came)),
+      scope_(internal::Control(), false) {
   next_look = Clock::now() + between_looks;
 }
 

@@ -2,7 +2,9 @@
 
 #include <nanobind/nanobind.h>
 
+#include <chrono>
 #include <mutex>
+#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -12,8 +14,8 @@
 /// Calls of the library without the interpreter lock, which Ctrl-C ends.
 namespace zelt::braidwerk::python {
 
-/// While it lives, kernels that run in this thread look for signals of Python. Made and destroyed
-/// with the interpreter lock.
+/// While it lives, kernels that run in this thread look for signals of Python, at their Control and
+/// at each stop_point(). Made and destroyed with the interpreter lock.
 class SignalWatch {
  public:
   SignalWatch();
@@ -27,6 +29,7 @@ class SignalWatch {
 
  private:
   internal::StopQuestion kept_;
+  internal::StopScope scope_;  // asks the question that stands when it is made
 };
 
 /// Runs f without the interpreter lock; f touches no Python object, and looks for signals itself.
@@ -36,7 +39,7 @@ auto unwatched(F&& f) {
   return std::forward<F>(f)();
 }
 
-/// The same, and Ctrl-C ends it where its kernels look at a Control.
+/// The same, and Ctrl-C ends it where its kernels look at a Control or come to a stop_point().
 template <class F>
 auto unlocked(F&& f) {
   SignalWatch watch;
@@ -60,12 +63,23 @@ auto unlocked(F&& f) {
 /// Recursive, since a handler of signals may call the library from within a kernel.
 inline std::recursive_mutex shared_streams;
 
+/// Waits for the call of another thread to end, or for Ctrl-C.
+inline std::unique_lock<std::recursive_mutex> lock_shared_streams() {
+  std::unique_lock lock(shared_streams, std::try_to_lock);
+  while (!lock.owns_lock()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    internal::stop_point();
+    lock.try_lock();
+  }
+  return lock;
+}
+
 /// As unlocked, for what draws from the library's shared generator or writes to standard output:
 /// one call at a time.
 template <class F>
 auto unlocked_alone(F&& f) {
   return unlocked([&] {
-    const std::lock_guard guard(shared_streams);
+    const auto lock = lock_shared_streams();
     return std::forward<F>(f)();
   });
 }

@@ -6,6 +6,7 @@ negative, huge, empty, or of another type.
 """
 
 import ast
+import functools
 import random
 
 from core_stub import Target
@@ -38,6 +39,9 @@ WRONG_TYPES = (
     "None", "0.5", "'a'", "[]", "{}", "object()", "b'x'", "1j", "[None]", "[[1], [1, 2]]", "nan",
     "np.array(0)", "'7'", "True", "(1,)", "{1}", "[10**30]", "range(3)", "[[[1]]]",
 )  # fmt: skip
+
+
+text_of = functools.cache(ast.unparse)  # of a type; nodes are the same for all calls
 
 
 class Draw(random.Random):
@@ -73,7 +77,7 @@ class Draw(random.Random):
     def value(self, annotation: ast.expr, name: str, target: str) -> str:
         if self.chance(self.hostility / 10):
             return self.choice(WRONG_TYPES)
-        kind = ast.unparse(annotation)
+        kind = text_of(annotation)
         match kind:
             case "int":
                 return str(self.integer(name))
@@ -180,13 +184,13 @@ class Draw(random.Random):
 
     def container(self, annotation: ast.expr, name: str, target: str) -> str:
         if not isinstance(annotation, ast.Subscript):
-            raise TypeError(f"no values of type {ast.unparse(annotation)} for {target}")
-        outer, inner = ast.unparse(annotation.value), annotation.slice
+            raise TypeError(f"no values of type {text_of(annotation)} for {target}")
+        outer, inner = text_of(annotation.value), annotation.slice
         if outer == "dict":
-            return self.dictionary(ast.unparse(inner))
+            return self.dictionary(text_of(inner))
         if outer == "tuple":
             return f"({', '.join(self.value(each, name, target) for each in inner.elts)})"
-        kind = ast.unparse(inner)
+        kind = text_of(inner)
         if kind == "int":
             return self.places(name, outer == "Set", target)
         if kind == "bool":

@@ -8,7 +8,7 @@ A call may return, or raise a ValueError (a TooLargeError is one), a TypeError, 
 index of the caller's, or a RuntimeError that the library itself throws. A long one must answer
 Ctrl-C. It may not end the process, hang, raise anything else, or hand on a text of the standard
 library. A fault is told as a line of Python that makes it again. A call is made from the seed and
-its number alone: --first goes on where a run ended.
+its number alone: --first goes on where a run ended, also one that Ctrl-C ended.
 """
 
 import argparse
@@ -30,6 +30,8 @@ from core_calls import Draw
 from core_stub import Target, read_targets
 
 MEGABYTE = 1 << 20
+MOST_OF_A_CALL = 64 * MEGABYTE  # the limit of the library: more only takes time
+CALLS_OF_A_CHILD = 5000
 # What a library of the system wrote, not this one.
 FOREIGN = re.compile(r"std::|vector::|basic_string|bad_|map::|cannot create|sto[dil]\b")
 # What the algorithms of the library throw where they find no answer.
@@ -40,6 +42,7 @@ OWN = re.compile(
     "Uknown clifford gate|graph_state: check_circuit|ooops"
 )
 GRACE = 5.0  # seconds between Ctrl-C and the end of the call
+SANITIZED = "LD_PRELOAD" in os.environ  # the sanitizers reserve all addresses
 WAITING = 30  # seconds of a busy machine's clock that count as one of processor time
 PRELUDE = "import numpy as np; from math import inf, nan, pi; from zeltbraidwerk import core"
 
@@ -157,8 +160,8 @@ class Fuzzer:
         signal.signal(signal.SIGINT, signal.default_int_handler)  # a job in background ignores it
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         size = self.limits.megabytes * MEGABYTE
-        os.environ["ZELTBRAIDWERK_LIMIT_MEMORY"] = str(size // 2)
-        if "LD_PRELOAD" not in os.environ:  # sanitizers reserve all addresses
+        os.environ["ZELTBRAIDWERK_LIMIT_MEMORY"] = str(MOST_OF_A_CALL)
+        if not SANITIZED:
             resource.setrlimit(resource.RLIMIT_AS, (size, size))
         for number in range(first, last):
             with suppress(KeyboardInterrupt):  # one that came too late for its call
@@ -216,12 +219,16 @@ class Fuzzer:
 
     def run(self, first: int, count: int, seconds: float | None) -> int:
         """Stops after so many seconds. The number of the call after the last."""
-        start, told, last = time.monotonic(), time.monotonic(), first + count
+        start, told, begin, last = time.monotonic(), time.monotonic(), first, first + count
         while first < last and (seconds is None or time.monotonic() - start < seconds):
-            first = self.batch(first, min(first + 2000, last))
+            try:
+                first = self.batch(first, min(first + CALLS_OF_A_CHILD, last))
+            except KeyboardInterrupt:  # the child has had it too; its calls are made again
+                break
             if time.monotonic() - told > 60:
                 told = time.monotonic()
-                print(f"{first} calls, {len(self.faults)} faults", flush=True)
+                print(f"up to --first {first}: {len(self.faults)} faults, "
+                      f"{(first - begin) / (told - start):.0f} calls/s", flush=True)  # fmt: skip
         return first
 
     def tell(self) -> None:
@@ -263,9 +270,12 @@ def main() -> None:
     parser.add_argument("--seconds", type=float, help="end after so many seconds")
     parser.add_argument("--only", action="append", help="these targets")
     parser.add_argument("--module", type=Path, help="folder of the module, where it is another")
-    parser.add_argument("--limit", type=float, default=2, help="seconds after which Ctrl-C comes")
+    parser.add_argument("--limit", type=float, default=2 if SANITIZED else 0.2,
+                        help="seconds of a call after which Ctrl-C comes")  # fmt: skip
     parser.add_argument("--megabytes", type=int, default=1024, help="memory of the child")
     options = parser.parse_args()
+    for number in (signal.SIGINT, signal.SIGTERM):  # of which a job in background ignores the first
+        signal.signal(number, signal.default_int_handler)
     targets = [t for t in read_targets(load(options.module))
                if not options.only or t.name in options.only]  # fmt: skip
     fuzzer = Fuzzer(targets, options.seed, Limits(options.limit, options.megabytes))

@@ -74,6 +74,15 @@ class Deadly:
         return os._exit, (1,)
 
 
+def test_processes_that_are_there_already_follow_the_limits(tmp_path):
+    given = [zb.CliffordTableau(300)]
+    with ProcessPoolExecutor(1) as executor:
+        for k, memory in enumerate((0.5, 17e6, 0.5)):
+            with zb.limits.using(memory=memory):
+                (record,) = run(given, executor=executor, results=tmp_path / f"{k}", steps=0)
+            assert (record.error is not None) == (memory == 17e6)
+
+
 def test_input_that_ends_its_process_is_the_only_error(tmp_path):
     inputs = cliffords(3, 40)
     inputs[20] = Deadly()

@@ -14,55 +14,6 @@ from core_stub import LEFT_OUT, read_targets
 
 from zeltbraidwerk import core, errors
 
-MATRIX = [[1, 0], [0, 1]]
-TABLES = ([[0, 0], [0, 0]],) * 2
-EMPTY = core.OperatorTableau()
-TWO = core.OperatorTableau(2)
-
-# Each of these once wrote or read outside of its arrays, or took all memory.
-REFUSED = {
-    "perm: got 8 entries, wanted 2": lambda: core.addPermutation(
-        2, core.CnotCircuit(2), [6, 3, 5, 7, 1, 0, 4, 2]),
-    "perm: got 1 twice": lambda: core.setup(2, MATRIX, [1, 1]),
-    "m: its size is given as -2": lambda: core.boolean_matrix_inverse(-2, MATRIX),
-    "m: got shape .2, 2., wanted at least .3, 3.": lambda: core.count_bits(3, MATRIX),
-    "h: got -1": lambda: core.SynthesizeWestSouthBlock(
-        [[]], MATRIX, core.CnotCircuit(2), 2, -1, 3, [0, 1]),
-    "c: qubits: got 1": lambda: core.SynthesizeWestSouthBlock(
-        [[1]], MATRIX, core.CnotCircuit(1), 2, 1, 1, [0, 1]),
-    "R: holds 2147483647": lambda: core.compute_available_operation_ones(
-        2, 1, 2, MATRIX, [[2**31 - 1] * 2] * 2, TABLES[0]),
-    "R: holds nan": lambda: core.compute_available_operation_log(
-        2, 1, 2, MATRIX, [[np.nan] * 2] * 2, TABLES[0]),
-    "a, b: got the same qubit": lambda: core.update_cost_matrix_ones(
-        2, 1, 1, True, MATRIX, *TABLES),
-    "length: got 3, wanted at most 2": lambda: core.create_queues(
-        MATRIX, [1, 0, 1], 3, 1, 1, [0, 1]),
-    "other: got one without entries": lambda: core.OperatorTableau(0).multiply_right(EMPTY),
-    "t: got 2 qubits, wanted 1": lambda: core.WeylOperator("X").conjugate_with(TWO),
-    "frame: got one without entries": lambda: core.clifford_nnize_ion([], 0, True, True, EMPTY),
-    "n: got -1": lambda: core.phase_poly_to_table({}, -1),
-    "n: got 100000, which would take": lambda: core.OperatorTableau(100_000),
-    "n: got 2000000000, which would take": lambda: core.random_graph(2_000_000_000),
-    "n: got 2147483647, which would take .*": lambda: core.Table(2**31 - 1),
-    "nbqbits: got 1000000000, which would take": lambda: core.CnotCircuit(10**9).Simulate(),
-    "width, depth: got 1000 and": lambda: core.greedy_synthesis_ones(
-        30, np.eye(30, dtype=bool), 1000, 9),
-    "n: got 20000, wanted at most": lambda: core.get_seed_sets(20_000),
-}  # fmt: skip
-
-
-@pytest.mark.parametrize("text", REFUSED)
-def test_arguments_that_do_not_fit_are_refused(text):
-    with pytest.raises((ValueError, IndexError), match=text):
-        REFUSED[text]()
-
-
-def test_too_large_tables_have_a_class_of_their_own():
-    with pytest.raises(errors.TooLargeError, match="which would take 40 GB of memory, wanted"):
-        core.OperatorTableau(100_000)
-
-
 LONG = {
     "restarts": lambda: core.pathfinding_synthesis(
         12, np.eye(12, dtype=bool)[::-1], "ones", False, 1, 1, 10**9, False),

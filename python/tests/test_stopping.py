@@ -4,60 +4,29 @@ thread. ``python test_stopping.py NAME stop JOBS COUNT SEED`` prints the times o
 Times are those of the processor, so that a busy machine makes no difference.
 """
 
-import os
 import random
-import signal
 import statistics
 import subprocess
 import sys
-import threading
-import time
+from functools import partial
 
+import numpy as np
 import pytest
+from long_calls import circuit, matrix, operator, overtime, parities, rotations, stopped, threads
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import clifford, gallery, graph_state, linear, pauli, phase, routing
+from zeltbraidwerk import clifford, core, gallery, graph_state, linear, pauli, phase, routing
 
 PROMISED = 0.1  # seconds of processor time to the end after Ctrl-C
 SLACK = 0.05, 0.05  # of a budget: seconds, and a share of it
 ENDLESS = {"seed": 1, "steps": 10**9}
 
 
-def parities(n, terms):
-    rng = random.Random(terms)
-    return {format(rng.randrange(1, 1 << n), f"0{n}b"): 0.1 for _ in range(terms)}
-
-
-def rotations(n, terms, weight):
-    rng, found = random.Random(terms), []
-    for k in range(terms):
-        letters = ["I"] * n
-        for q in rng.sample(range(n), weight):
-            letters[q] = rng.choice("XYZ")
-        found.append(("".join(letters), 0.1 + k))
-    return found
-
-
-def circuit(n, count, pieces=1):
-    rng, found = random.Random(count), []
-    for k in range(count):
-        a, b = rng.sample(range(n), 2)
-        found.append(rng.choice((zb.Gate.cnot(a, b), zb.Gate.h(a), zb.Gate.rz(a, rng.random()))))
-        if (k + 1) % (count // pieces) == 0 and k + 1 < count:
-            found.append(zb.Barrier(range(n)))
-    return zb.Circuit(n, found)
-
-
-def operator(n):
-    rng, found = random.Random(n), []
-    for _ in range(8 * n):
-        a, b = rng.sample(range(n), 2)
-        found += [zb.Gate.cnot(a, b), zb.Gate.h(a), zb.Gate.s(b)]
-    return zb.CliffordTableau.from_circuit(zb.Circuit(n, found))
-
-
-def matrix(n):
-    return gallery.random_invertible(n, 1, n)[0]
+def stabilizers(n):
+    """Of a graph state, in the form of the core."""
+    graph = gallery.random_graph(n)
+    table = [[1 if q == k else 3 * int(graph[k, q]) for q in range(n)] for k in range(n)]
+    return table, [core.Parameter(0.1)] * n
 
 
 # What makes the input, and the call; those that take neither steps nor jobs have None.
@@ -82,6 +51,12 @@ SEARCHES = {
 }  # fmt: skip
 OTHERS = {
     "syndrome": (lambda: matrix(60), linear.synthesize, {"method": "syndrome", "restarts": 9**9}),
+    "decoding": (lambda: gallery.random_graph(150), graph_state.synthesize, {"method": "decoding"}),
+    "tableau": (lambda: operator(2500)._core, lambda t: t.inverse(), {}),
+    "graph form": (lambda: stabilizers(200), lambda t: core.graph_state_codiag(*t, 0), {}),
+    "matching": (lambda: np.arange(10**6).reshape(1000, 1000) % 1009,
+                 lambda w: core.BlossomAlgorithm(w, 1000), {}),
+    "large circuit": (lambda: circuit(30, 40_000), zb.optimize, ENDLESS),
     "sets": (lambda: rotations(20, 800, 9), pauli.synthesize,
              {"method": "sets", "restarts": 9**9}),
     "route": (lambda: circuit(12, 900), lambda c, **own: routing.route(c, "grid:3x4", **own),
@@ -89,64 +64,19 @@ OTHERS = {
 }  # fmt: skip
 
 
-def threads():
-    return len(os.listdir("/proc/self/task"))
-
-
-def stopped(name, jobs, delay):
-    """Processor seconds from Ctrl-C to the end of the call, and whether there is a best result."""
-    make, call, own = (SEARCHES | OTHERS)[name]
-    given = make()
-    if name in SEARCHES:
-        own = own | ENDLESS | {"jobs": jobs}
-    signal.signal(signal.SIGINT, signal.default_int_handler)
-    pressed = []
-
-    begin = time.process_time()
-
-    def press():
-        while time.process_time() - begin < delay:
-            time.sleep(0.01)
-        pressed.append(time.process_time())
-        os.kill(os.getpid(), signal.SIGINT)
-
-    before = threads()
-    key = threading.Thread(target=press)
-    key.start()
-    try:
-        call(given, **own)
-        raise AssertionError("the call ended by itself")
-    except zb.errors.Interrupted as interrupted:
-        late = time.process_time() - pressed[0]
-        best = interrupted.best
-    key.join()
-    assert threads() <= before
-    assert best is None or best.verify()
-    return late, best is not None
-
-
-def overtime(name, budget):
-    """Processor seconds that a call takes after its budget."""
-    make, call, own = SEARCHES[name]
-    given, over = make(), []
-    clock = threading.Timer(budget, lambda: over.append(time.process_time()))
-    clock.start()
-    call(given, budget=budget, **own)
-    late = time.process_time() - over[0] if over else 0.0
-    clock.cancel()
-    clock.join()
-    return late
-
-
 def main(name, what, jobs, count, seed):
     """Prints the times of a number of tries of one call, each at another moment."""
     rng = random.Random(f"{name} {seed}")
     for _ in range(int(count)):
+        make, function, own = (SEARCHES | OTHERS)[name]
+        call = partial(function, make(), **own)
         if what == "stop":
-            late, has_best = stopped(name, int(jobs), 10 ** rng.uniform(-1, 0))
+            if name in SEARCHES:
+                call = partial(call, **ENDLESS, jobs=int(jobs))
+            late, has_best = stopped(call, 10 ** rng.uniform(-1, 0))
             print(late, int(has_best), flush=True)
         else:
-            print(overtime(name, float(what)), 1, flush=True)
+            print(overtime(call, float(what)), 1, flush=True)
 
 
 def in_a_process(name, what, jobs=1, count=3, seed=0):
@@ -213,7 +143,7 @@ def test_progress_hears_of_all_pieces():
 FORKED = """
 import os, threading, time
 import zeltbraidwerk as zb
-from zeltbraidwerk import clifford, gallery, linear
+from zeltbraidwerk import clifford, core, gallery, linear
 
 given = gallery.random_clifford(6, 1)[0]
 stop = []

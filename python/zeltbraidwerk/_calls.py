@@ -44,7 +44,7 @@ def recorded(name: str, *positional: str) -> Callable[[Callable[P, R]], Callable
                 best = done[0] if done else getattr(stopped, "best", None)
             if best is not None:
                 _noted(best, name, positional, given)
-            raise errors.Interrupted(f"stopped, best so far: {best}", best)
+            raise errors.Interrupted(best=best)
 
         return call
 

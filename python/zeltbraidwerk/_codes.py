@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _matrices, _operator_forms, _rotations, _validate, errors
+from zeltbraidwerk import _matrices, _operator_forms, _planes, _rotations, _validate, errors
 
 Signed = tuple[bool, str]  # true for minus, and letters
 
@@ -44,8 +44,8 @@ def check_stabilizers(stabilizers: Sequence[Signed], name: str) -> None:
     """Refuses strings that do not commute and those that are products of others."""
     if not stabilizers:
         return
-    has_x, has_z = _planes(stabilizers)
-    odd = _anticommuting((has_x, has_z), (has_x, has_z))
+    has_x, has_z = _planes_of(stabilizers)
+    odd = _planes.anticommuting((has_x, has_z), (has_x, has_z))
     if odd.any():
         i, j = np.argwhere(odd)[0]
         raise errors.PauliError(
@@ -63,19 +63,10 @@ def check_stabilizers(stabilizers: Sequence[Signed], name: str) -> None:
         reduced[row.bit_length()] = row
 
 
-_Planes = tuple[npt.NDArray[np.bool_], npt.NDArray[np.bool_]]
-
-
-def _planes(strings: Sequence[Signed]) -> _Planes:
+def _planes_of(strings: Sequence[Signed]) -> _planes.Planes:
     """Where the strings have X or Y, and where Z or Y."""
     letters = _rotations.codes([word for _, word in strings], len(strings[0][1]))
     return (letters == 1) | (letters == 2), letters > 1
-
-
-def _anticommuting(a: _Planes, b: _Planes) -> npt.NDArray[np.bool_]:
-    count = a[0].astype(int) @ b[1].T.astype(int) + a[1].astype(int) @ b[0].T.astype(int)
-    odd: npt.NDArray[np.bool_] = count % 2 > 0
-    return odd
 
 
 # --- stabilizers --------------------------------------------------------------------------------
@@ -184,8 +175,8 @@ def _operators(letter: str, source: Any, n: int) -> list[Signed]:
 
 
 def _check_logicals(operators: Sequence[Signed], code: Code) -> None:
-    planes = _planes(operators)
-    odd = _anticommuting(planes, _planes(code.stabilizers))
+    planes = _planes_of(operators)
+    odd = _planes.anticommuting(planes, _planes_of(code.stabilizers))
     if odd.any():
         i, j = np.argwhere(odd)[0]
         raise errors.PauliError(
@@ -194,7 +185,7 @@ def _check_logicals(operators: Sequence[Signed], code: Code) -> None:
         )
     k = code.k
     pairs = np.eye(2 * k, k=k, dtype=bool) | np.eye(2 * k, k=-k, dtype=bool)
-    wrong = np.argwhere(_anticommuting(planes, planes) != pairs)
+    wrong = np.argwhere(_planes.anticommuting(planes, planes) != pairs)
     if len(wrong):
         i, j = wrong[0]
         first, second = (f"{'XZ'[r // k]} on logical qubit {r % k}" for r in (i, j))

@@ -192,7 +192,7 @@ class Call:
         if not stopped:
             return result, moved
         best = result_of(*done[0]) if done else None
-        raise errors.Interrupted(f"stopped, best so far: {best}", best)
+        raise errors.Interrupted(best=best)
 
     def cheapest(self, n: int, run: Callable[[], Movable[R]], fixed: bool) -> R:
         """The cheapest of several searches on n wires, where edges have costs; where wires are

@@ -23,20 +23,24 @@ def is_path(text: str) -> bool:
     return bool(text.strip()) and not has_statements(text) and "\n" not in text
 
 
-def bytes_of(path: str | os.PathLike[str]) -> bytes:
-    """The bytes of a regular file: others, such as pipes and devices, may have no end. Raises what
-    ``open`` does, also for them, and a TooLargeError."""
-    most = limits.get("file_bytes")
+def opened(path: str | os.PathLike[str], flags: int = os.O_RDONLY) -> int:
+    """The descriptor of a regular file: others, such as pipes and devices, may have no end. Raises
+    what ``open`` does, also for them."""
     # Opening a pipe would wait for a writer.
-    descriptor = os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC)
+    descriptor = os.open(path, flags | os.O_NONBLOCK | os.O_CLOEXEC, 0o666)
     kind = os.fstat(descriptor).st_mode
     if not stat.S_ISREG(kind):
         os.close(descriptor)
         if stat.S_ISDIR(kind):
             raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR))
         raise OSError(errno.EINVAL, "not a regular file")
-    with open(descriptor, "rb") as file:
-        return within(file, most, str(path))
+    return descriptor
+
+
+def bytes_of(path: str | os.PathLike[str]) -> bytes:
+    """The bytes of a regular file. Raises what ``open`` does, and a TooLargeError."""
+    with open(opened(path), "rb") as file:
+        return within(file, limits.get("file_bytes"), str(path))
 
 
 def within(file: BinaryIO, most: int, name: str) -> bytes:

@@ -23,8 +23,16 @@ def circuit_of(
     angles: Sequence[Parameter] = (),
     qubits: Sequence[int] | None = None,
 ) -> Circuit:
-    """Wire k of the rows is qubit ``qubits[k]`` of ``n``."""
-    place = range(n) if qubits is None else qubits
+    """Wire k of the rows is qubit ``qubits[k]`` of ``n``. Gates are written when they are first
+    asked for: a call is over, or ends after Ctrl-C, before that."""
+    return Circuit._later(
+        n, lambda: _gates(operations, angles, range(n) if qubits is None else qubits)
+    )
+
+
+def _gates(
+    operations: npt.NDArray[np.int32], angles: Sequence[Parameter], place: Sequence[int]
+) -> tuple[Gate, ...]:
     known: dict[tuple[int, ...], Gate] = {}
     gates = []
     for row in map(tuple, operations.tolist()):
@@ -32,13 +40,13 @@ def circuit_of(
         if gate is None:
             gate = known[row] = _gate(row, angles, place)
         gates.append(gate)
-    return Circuit._trusted(n, tuple(gates))
+    return tuple(gates)
 
 
 def of_core(n: int, gates: Iterable[_core.Gate], sources: Sources = NO_SOURCES) -> Circuit:
     """From gates of the compiled part, which are known to be valid. Their symbols stand for those
-    of other packages in ``sources``."""
-    return Circuit._trusted(n, tuple([Gate._of_core(gate, sources) for gate in gates]))
+    of other packages in ``sources``. Gates are written when they are first asked for."""
+    return Circuit._later(n, lambda: tuple([Gate._of_core(gate, sources) for gate in gates]))
 
 
 def _gate(row: tuple[int, ...], angles: Sequence[Parameter], place: Sequence[int]) -> Gate:

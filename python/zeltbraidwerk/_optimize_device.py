@@ -89,7 +89,7 @@ class OnDevice:
             if not found and len(self.source) <= _MOST_PLAIN:
                 found = [self._plainly()]
             whole = self._placed(min(found, key=self._size)) if found else None
-            raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
+            raise errors.Interrupted(best=whole) from None
         return self._placed(min(found, key=self._size))
 
     def _walk(self, found: list[Routed], k: int, share: float) -> None:

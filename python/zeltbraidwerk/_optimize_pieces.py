@@ -53,7 +53,7 @@ class Assembly:
             whole: Optimization | None = self._whole([*done, last] if last is not None else done)
             if site is not None and whole and not site.device.fits(whole.circuit):
                 whole = None  # a piece is not routed yet
-            raise errors.Interrupted(f"stopped, best so far: {whole}", whole) from None
+            raise errors.Interrupted(best=whole) from None
         return self._whole(done)
 
     def _progress(
@@ -122,6 +122,19 @@ class Assembly:
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
         return best
 
+    def _joined(self, done: Sequence[Optimization], permutation: Sequence[int]) -> Circuit:
+        """The circuits of all pieces with what is between them, and the ending."""
+        circuits = [result.circuit for result in done] + list(self.pieces[len(done) :])
+        if len(circuits) == 1 and not self.ending.operations and not self.source.classical:
+            return circuits[0]  # whose gates may not have been written yet
+        operations: list[Operation] = []
+        for circuit, item in zip_longest(circuits, self.between):
+            operations.extend(circuit.operations)
+            if item is not None:
+                operations.append(item)
+        operations.extend(self.ending.placed(permutation, self.source.n).operations)
+        return Circuit._trusted(self.source.n, tuple(operations), self.source.classical)
+
     def _unchanged(self) -> Optimization:
         """The circuit as it was given."""
         found = Found("search", tuple(range(self.source.n)), self.call.effort.seed, runs=0)
@@ -131,17 +144,10 @@ class Assembly:
 
     def _whole(self, done: Sequence[Optimization]) -> Optimization:
         """Pieces that are not done yet stay as they were given."""
-        operations: list[Operation] = []
-        circuits = [result.circuit for result in done] + list(self.pieces[len(done) :])
-        for circuit, item in zip_longest(circuits, self.between):
-            operations.extend(circuit.operations)
-            if item is not None:
-                operations.append(item)
         n = self.source.n
         base = done[-1] if done else self._unchanged()
         permutation = base.permutation if len(done) == len(self.pieces) else tuple(range(n))
-        operations.extend(self.ending.placed(permutation, n).operations)
-        whole = Circuit._trusted(n, tuple(operations), self.source.classical)
+        whole = self._joined(done, permutation)
         qubits, width = self.call.qubits(n), self.call.width(n)
         circuit = placed(whole, qubits, width)
         return replace(

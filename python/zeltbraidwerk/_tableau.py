@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _interop, _json, _validate, errors
+from zeltbraidwerk import _core, _interop, _json, _planes, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import gates_alone
@@ -239,20 +239,18 @@ def _rebuild(n: int, data: npt.NDArray[np.uint8]) -> CliffordTableau:
 def check_images(images: Sequence[Image], name: str) -> None:
     """Refuses images that do not commute and anticommute as X and Z do."""
     n = len(images) // 2
-    packed = []
-    for _, letters in images:
-        x = sum(1 << q for q, letter in enumerate(letters) if letter in "XY")
-        z = sum(1 << q for q, letter in enumerate(letters) if letter in "YZ")
-        packed.append((x, z))
-    for r, (x, z) in enumerate(packed):
-        for s in range(r):
-            anticommute = ((x & packed[s][1]).bit_count() + (z & packed[s][0]).bit_count()) % 2
-            if anticommute != (r == s + n):
-                first, second = _name(s, n), _name(r, n)
-                raise errors.NotCliffordError(
-                    f"{name}: got images of {first} and {second} that "
-                    f"{'anticommute' if anticommute else 'commute'}, unlike {first} and {second}"
-                )
+    text = "".join(letters for _, letters in images).encode()
+    letters = np.frombuffer(text, dtype=np.uint8).reshape(2 * n, n)
+    planes = np.isin(letters, tuple(b"XY")), np.isin(letters, tuple(b"YZ"))
+    odd = _planes.anticommuting(planes, planes)
+    wrong = np.argwhere(np.tril(odd ^ np.eye(2 * n, k=-n, dtype=np.bool_), -1))
+    if len(wrong):
+        r, s = map(int, wrong[0])
+        first, second = _name(s, n), _name(r, n)
+        raise errors.NotCliffordError(
+            f"{name}: got images of {first} and {second} that "
+            f"{'anticommute' if odd[r, s] else 'commute'}, unlike {first} and {second}"
+        )
 
 
 def _name(row: int, n: int) -> str:

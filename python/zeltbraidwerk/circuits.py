@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from collections import Counter
-from collections.abc import Iterable, Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
 from typing import Any
 
@@ -219,9 +219,7 @@ class Circuit(CircuitBase):
         qubit_names: Iterable[str | Register | tuple[str, int]] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
-        self._items: tuple[Operation, ...] = tuple(
-            _validate.items(gates, "gates", "gates in order")
-        )
+        self._items = tuple(_validate.items(gates, "gates", "gates in order"))
         for operation in self._items:
             _validate.instance(operation, "gates", (Gate, Instruction), "a Gate")
             _validate.qubits_below(operation.qubits, self._n, "gates")
@@ -266,6 +264,20 @@ class Circuit(CircuitBase):
         return circuit
 
     @classmethod
+    def _later(cls, n: int, make: Callable[[], tuple[Gate, ...]]) -> Circuit:
+        """Of gates that are made when they are first asked for; known to be valid."""
+        circuit = cls.__new__(cls)
+        circuit._n, circuit._make, circuit._classical, circuit._names = n, make, (), None
+        return circuit
+
+    _make: Callable[[], tuple[Gate, ...]]
+
+    @cached_property
+    def _items(self) -> tuple[Operation, ...]:
+        """The operations. All circuits but those made by ``_later`` are made with them."""
+        return self._make()
+
+    @classmethod
     def from_core(cls, n: int, gates: Iterable[_core.Gate]) -> Circuit:
         """A circuit on ``n`` qubits of gates of :mod:`zeltbraidwerk.core`."""
         listed = _validate.items(gates, "gates", "gates of the core")
@@ -306,6 +318,8 @@ class Circuit(CircuitBase):
         return self._named(_names.checked(names, self._n))
 
     def _named(self, names: _names.Names | None) -> Circuit:
+        if names is self._names:
+            return self
         return Circuit._trusted(self._n, self._items, self._classical, names)
 
     @property
@@ -383,6 +397,8 @@ class Circuit(CircuitBase):
         >>> circuit.split_ending()[0], [str(item) for item in circuit.split_ending()[1]]
         (Circuit(2 qubits, 1 gates, 0 two-qubit, depth 1), ['measure 0 -> 0', 'measure 1 -> 1'])
         """
+        if len(self.gates) == len(self._items):
+            return self, self._with(())
         parts: tuple[list[Operation], list[Operation]] = ([], [])
         busy: set[int] = set()  # used by later gates and conditions; bit b is -1 - b
         for item in reversed(self._items):
@@ -455,7 +471,7 @@ class Circuit(CircuitBase):
         """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
         phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
         take them so."""
-        if all(name not in COMPOSED for name, _, _ in self._operations()):
+        if COMPOSED.keys().isdisjoint([name for name, _, _ in self._operations()]):
             return self
         return self._with(elementary(self._items))
 

@@ -131,6 +131,11 @@ class Interrupted(KeyboardInterrupt):
     A KeyboardInterrupt and not an :class:`Error`: it ends a program that does not catch it.
     """
 
-    def __init__(self, text: str, best: Any = None) -> None:
+    def __init__(self, text: str = "stopped, best so far", best: Any = None) -> None:
         super().__init__(text)
         self.best = best
+
+    def __str__(self) -> str:
+        # Written when it is shown: the text of a result has its size, which takes long to count.
+        text = str(self.args[0])
+        return f"{text}: {self.best}" if text.endswith("best so far") else text

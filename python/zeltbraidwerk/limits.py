@@ -34,6 +34,8 @@ from zeltbraidwerk._shown import shown
 
 __all__ = ["Limits", "current", "set", "using"]
 
+Changed = tuple[int, dict[str, float]]  # a process, and limits by name
+
 _PREFIX = "ZELTBRAIDWERK_LIMIT_"
 _NEVER_CHECKED = 16_000_000  # bytes, which there are always
 
@@ -44,7 +46,8 @@ class Limits:
 
     ``memory`` is what a call may take: up to 1 a share of the memory of the machine, or of what the
     process may have where that is less; above 1 bytes; infinity lifts the limit. Each process of a
-    batch has it for itself. The others are limits of readers: ``file_bytes`` of a file, or of
+    batch has it for itself, and follows the one that started the batch where that has changed a
+    limit. The others are limits of readers: ``file_bytes`` of a file, or of
     standard input at a shell; ``bits``, qubits of a text, and its classical bits; ``operations`` of
     a circuit after expansion, where one counts once for each bit of its condition, and a barrier
     once for each qubit; ``nesting``, levels of gates that are defined by others; ``digits`` of an
@@ -81,6 +84,23 @@ def set(**limits: float) -> None:
         memory = limits["memory"]
         _core._set_memory_limit(float(memory) if memory < 1e300 else math.inf)
     _limits = replace(_limits, **limits)  # type: ignore[arg-type]
+
+
+def changed() -> Changed:
+    """The limits that are not as this process began, for processes that work for it."""
+    now, before = asdict(current()), asdict(_first)
+    return os.getpid(), {name: now[name] for name in now if now[name] != before[name]}
+
+
+def follow(changed: Changed) -> None:
+    """Sets the limits of this process, where it is another one, to those that it began with, but
+    for the changed ones."""
+    process, given = changed
+    if process == os.getpid():
+        return
+    wanted = replace(_first, **given)  # type: ignore[arg-type]
+    if wanted != current():
+        set(**asdict(wanted))
 
 
 @contextmanager
@@ -147,6 +167,7 @@ def _wanted(name: str) -> str:
 
 
 _limits = _of_environment()
+_first = current()
 
 
 def get(name: str) -> int:

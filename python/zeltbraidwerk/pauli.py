@@ -134,7 +134,8 @@ def synthesize(
     ``restarts``, ``budget``, ``steps``, ``seed``, ``jobs`` and ``progress`` are as in
     :func:`zeltbraidwerk.linear.synthesize`; later runs rename the qubits. "search" takes ``steps``
     steps a run, or goes to the end of the budget; its first circuit is ready in milliseconds for a
-    thousand rotations. Ctrl-C and a budget end the other methods between two runs.
+    thousand rotations. A budget ends the other methods
+    after a run.
 
     With ``start`` it goes on from a circuit that was found before, and finds no larger one: a
     result for the same rotations, or a circuit of CNOTs, CZs and gates on one qubit that holds each

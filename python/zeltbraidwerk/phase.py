@@ -165,19 +165,22 @@ def synthesize(
     def result(found: Found, rows: npt.NDArray[np.int32]) -> PhaseSynthesis:
         rows = rows.reshape(-1, 3)  # control, or -1 for a phase; target; term, or -1 for a CNOT
         qubits = call.qubits(size)
-        gates = [
-            Gate("CNOT", (qubits[control], qubits[target]))
-            if term < 0
-            else Gate("PH", qubits[target], listed[term][1])
-            for control, target, term in rows.tolist()
-        ]
+
+        def gates() -> tuple[Gate, ...]:
+            return tuple([
+                Gate._trusted("CNOT", (qubits[control], qubits[target]), ())
+                if term < 0
+                else Gate._trusted("PH", (qubits[target],), (listed[term][1],))
+                for control, target, term in rows.tolist()
+            ])  # fmt: skip
+
         left = None
         if tail == "return":
             cnots = CnotCircuit._trusted(size, rows[rows[:, 2] < 0, :2].copy())
             left = _validate.frozen(cnots.matrix())
         return call.result(
-            PhaseSynthesis, found, size, circuit=Circuit(call.width(size), gates), tail=left,
-            global_phase=global_phase, terms=listed,
+            PhaseSynthesis, found, size, circuit=Circuit._later(call.width(size), gates),
+            tail=left, global_phase=global_phase, terms=listed,
         )  # fmt: skip
 
     left_open = _core._Outputs.left_open if tail == "return" else None

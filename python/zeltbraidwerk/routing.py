@@ -14,6 +14,7 @@ from __future__ import annotations
 
 import time
 from collections.abc import Callable
+from contextlib import suppress
 from dataclasses import replace
 from functools import partial
 from typing import Any
@@ -43,6 +44,7 @@ _NO_NORMAL_FORM = ("XX", "S*")
 _FAMILY = Family(lambda on_device: ("auto", "trees" if on_device else "global_gates"))
 _MOST_PLANS = 1e8  # hours of time
 _CLOSING_STEPS = 100_000
+_TIME_OF_PLAIN = 0.04  # seconds
 _SHORTEST = 1e-3  # seconds; the first circuit that closes a tail is made in any case
 
 
@@ -132,7 +134,8 @@ def route(
     other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
     :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Both
     searches make ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
-    ends a run; while the tail is being closed, the exception holds a finished result.
+    ends a run: the exception holds the best circuit so far, before there is any one without
+    lookahead if that takes little time.
     """
     call = _FAMILY.call(
         method=method, device=Device.of(device), objective=objective, budget=budget, steps=steps
@@ -150,15 +153,17 @@ def route(
     if call.effort.budget is None:
         _refuse_endless(source, levels)
 
-    def once() -> Routing:
-        call.place(source.n)
-        assert call.site is not None
-        graph, by_depth = call.site.graph(), call.objective == "depth"
-        gates, frame = _run(partial(_core._routed, source.to_core(), graph, levels, by_depth), call)
+    def result(call: Call, gates: list[_core.Gate], frame: _core.OperatorTableau) -> Routing:
         left = _result(call, whole, gates, frame)
         if tail == "return":
             return left
         return _closed(call, left, CliffordTableau._wrap(frame.inverse()))
+
+    def once() -> Routing:
+        call.place(source.n)
+        assert call.site is not None
+        kernel = partial(_core._routed, source.to_core(), call.site.graph())
+        return _run(kernel, (levels, call.objective == "depth"), call, result)
 
     if call.weights is None:
         return once()
@@ -199,8 +204,8 @@ def route_ions(
     source = _read(circuit)
     if call.effort.budget is None:
         _refuse_endless(source, levels)
-    kernel = partial(_core._routed_for_ions, source.to_core(), source.n, levels, rates)
-    return _result(call, source, *_run(kernel, call))
+    kernel = partial(_core._routed_for_ions, source.to_core(), source.n)
+    return _run(kernel, (levels, rates), call, lambda call, *made: _result(call, source, *made))
 
 
 def _read(circuit: Any) -> Circuit:
@@ -260,11 +265,24 @@ def _refuse_endless(source: Circuit, lookahead: int) -> None:
         )
 
 
-def _run(kernel: Callable[..., _Routed], call: Call) -> _Routed:
+def _run(
+    kernel: Callable[..., _Routed],
+    options: tuple[int, Any],
+    call: Call,
+    result: Callable[..., Routing],
+) -> Routing:
+    """The result of what the kernel makes with its options, of which the first is the lookahead.
+    Where Ctrl-C ends it, the best so far is one without lookahead, if that takes little time."""
     try:
-        return kernel(call.effort.budget)
+        made = kernel(*options, call.effort.budget)
     except KeyboardInterrupt:
-        raise errors.Interrupted("stopped, best so far: None") from None
+        best = None
+        with suppress(errors.UnfinishedError):
+            quick = replace(call.effort, steps=0, budget=call.elapsed + _TIME_OF_PLAIN)
+            made = kernel(0, options[1], _TIME_OF_PLAIN)
+            best = result(replace(call, effort=quick), *made)
+        raise errors.Interrupted(best=best) from None
+    return result(call, *made)
 
 
 def _result(
@@ -337,4 +355,4 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
         elif stopped.best is not None:
             known = Circuit._trusted(part.n, routed + stopped.best.circuit.gates)
         best = None if known is None else by(known)
-        raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+        raise errors.Interrupted(best=best) from None

@@ -14,7 +14,7 @@ from concurrent.futures import BrokenExecutor, Executor
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any
 
-from zeltbraidwerk import _validate, errors
+from zeltbraidwerk import _validate, errors, limits
 from zeltbraidwerk.batch import _work
 from zeltbraidwerk.batch._signals import uninterrupted
 
@@ -57,7 +57,7 @@ class Engine:
     def submit(self, job: Job) -> None:
         with uninterrupted():
             self._jobs[id(job)] = job
-            job.future = self._submit(job, _work.work, *self._given, job.items)
+            job.future = self._submit(job, _work.work, *self._given, limits.changed(), job.items)
             job.future.add_done_callback(lambda _: self._done.put(job))
 
     def next(self) -> tuple[Job, list[_work.Done] | None]:

@@ -17,7 +17,7 @@ from collections.abc import Iterator, Mapping
 from pathlib import Path
 from typing import IO, Any
 
-from zeltbraidwerk import _core, _validate, errors
+from zeltbraidwerk import _core, _files, _validate, errors
 
 FORMAT = "zeltbraidwerk-batch"
 VERSION = 1
@@ -86,7 +86,7 @@ class ResultsFile:
 
     def _locked(self) -> IO[bytes]:
         while True:
-            descriptor = os.open(self.path, os.O_RDWR | os.O_CREAT | os.O_CLOEXEC, 0o666)
+            descriptor = _files.opened(self.path, os.O_RDWR | os.O_CREAT)
             file = os.fdopen(descriptor, "r+b", buffering=0)
             try:
                 _lock(file, str(self.path))

@@ -10,7 +10,7 @@ from functools import cached_property
 from pathlib import Path
 from typing import Any
 
-from zeltbraidwerk import _json, _validate, errors
+from zeltbraidwerk import _files, _json, _validate, errors
 from zeltbraidwerk.batch._file import Header, lines_of, parsed_header
 
 
@@ -172,7 +172,7 @@ def runs_of(header: Header) -> list[Header]:
 
 def _opened(path: Path) -> Any:
     try:
-        return open(path, "rb")
+        return open(_files.opened(path), "rb")
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise errors.FileError(f"results: cannot read {str(path)[:200]}: {reason}") from None

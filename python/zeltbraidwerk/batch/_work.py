@@ -12,7 +12,7 @@ from dataclasses import dataclass
 from functools import lru_cache
 from typing import Any
 
-from zeltbraidwerk import _core, errors
+from zeltbraidwerk import _core, errors, limits
 from zeltbraidwerk.batch._tasks import File, Task
 
 
@@ -40,12 +40,14 @@ class Done:
     proven: bool = False
 
 
-def work(task: bytes, version: str, items: list[Item]) -> list[Done]:
-    """The chunk, one input after the other; an error of one does not stop the others."""
+def work(task: bytes, version: str, changed: limits.Changed, items: list[Item]) -> list[Done]:
+    """The chunk, one input after the other; an error of one does not stop the others. ``changed``
+    are the limits that the process of the caller has set."""
     if version != _core._version:
         raise errors.Error(
             f"executor: its workers have zeltbraidwerk {_core._version}, wanted {version}"
         )
+    limits.follow(changed)
     loaded = _loaded(task)
     return [done_by(loaded, item) for item in items]
 

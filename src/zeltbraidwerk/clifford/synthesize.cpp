@@ -77,9 +77,19 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
 }
 
 // Over the square of the qubits.
-constexpr double bytes_of_operator_run = 150;
+constexpr double bytes_of_operator_run = 300;
 constexpr double bytes_of_state_run = 100;
 constexpr double least_budget = 1;  // seconds that leave time for a look into a table
+
+constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
+
+/// What is made where the search has nothing yet.
+PlacedCircuit plainly(const PauliFrame& images) {
+  if (images.qubits() <= most_for_greedy) {
+    return to_circuit(eliminated_list(images, Outputs::in_place), images);
+  }
+  return {inverted(eliminate_in_order(images).gates), in_order(images.qubits()), {}};
+}
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
 /// least.
@@ -146,8 +156,7 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                    .runs = 1,
                    .make =
                        [&](int) {
-                         PlacedCircuit found =
-                             to_circuit(eliminated_list(images, Outputs::in_place), images);
+                         PlacedCircuit found = plainly(images);
                          if (device) found.gates = along_edges(found.gates, *device);
                          found.size = size_of(found.gates, n);
                          return sized(std::move(found));

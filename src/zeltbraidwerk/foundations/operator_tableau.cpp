@@ -7,10 +7,12 @@
 #include <stdexcept>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace structures {
 namespace {
 
+using zelt::braidwerk::internal::question_point;
 using Exponent = unsigned char;
 using Exponents = std::vector<Exponent>;
 
@@ -94,21 +96,35 @@ void combine_columns(Exponent* m, std::size_t size, const Exponent* g, const int
   }
 }
 
+/// One row of a product. Nothing may be thrown in a clone: so the caller looks for stops.
 ZELTBRAIDWERK_CLONES
+void multiply_row(const Exponent* row, const Exponent* b, Exponent* out, std::size_t size) {
+  for (std::size_t c = 0; c < size; ++c) add_multiple(out, b + c * size, row[c], size);
+  cut(out, size);
+}
 void multiply(const Exponent* a, const Exponent* b, Exponent* out, std::size_t size) {
   for (std::size_t r = 0; r < size; ++r) {
-    for (std::size_t c = 0; c < size; ++c) {
-      add_multiple(out + r * size, b + c * size, a[r * size + c], size);
-    }
-    cut(out + r * size, size);
+    question_point();
+    multiply_row(a + r * size, b, out + r * size, size);
+  }
+}
+
+/// Clears column k of w but for its pivot in row k, the same steps on r.
+ZELTBRAIDWERK_CLONES
+void clear_column(Exponent* w, Exponent* r, std::size_t size, std::size_t k) {
+  for (std::size_t j = 0; j < size; ++j) {
+    const int factor = -(w[j * size + k] * w[k * size + k]);
+    if (j == k || factor % 4 == 0) continue;
+    add_multiple(w + j * size, w + k * size, factor, size);
+    add_multiple(r + j * size, r + k * size, factor, size);
   }
 }
 
 /// Gauss-Jordan modulo 4 on w, the same steps on r, which starts as the identity. A column without
 /// an odd pivot is left out.
-ZELTBRAIDWERK_CLONES
 void invert(Exponent* w, Exponent* r, std::size_t size) {
   for (std::size_t k = 0; k < size; ++k) {
+    question_point();
     std::size_t pivot = k;
     while (pivot < size && w[pivot * size + k] % 2 == 0) ++pivot;
     if (pivot == size) continue;
@@ -116,12 +132,7 @@ void invert(Exponent* w, Exponent* r, std::size_t size) {
       std::swap_ranges(w + k * size, w + (k + 1) * size, w + pivot * size);
       std::swap_ranges(r + k * size, r + (k + 1) * size, r + pivot * size);
     }
-    for (std::size_t j = 0; j < size; ++j) {
-      const int factor = -(w[j * size + k] * w[k * size + k]);
-      if (j == k || factor % 4 == 0) continue;
-      add_multiple(w + j * size, w + k * size, factor, size);
-      add_multiple(r + j * size, r + k * size, factor, size);
-    }
+    clear_column(w, r, size, k);
   }
   for (std::size_t k = 0; k < size; ++k) {
     const unsigned factor = w[k * size + k];

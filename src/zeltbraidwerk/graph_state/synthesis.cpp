@@ -31,6 +31,7 @@ void synthesise_graph_state(const BitMatrix& graph, TripleCircuit& circuit, int 
   if (graph.rows() == 0) return;
   if (graph.get(0, 0)) circuit.emplace_back(code_s, 0, 0);
   for (int last = 1; last < graph.rows(); ++last) {
+    stop_point();
     extend(circuit, graph, last, tries, draw, control);
   }
 }

@@ -45,7 +45,10 @@ PauliFrame stabilisers_of(const BitMatrix& graph) {
 /// stabiliser.
 std::vector<Gate> preparation(const BitMatrix& graph, const std::vector<Gate>& apart) {
   PauliFrame stabilisers = stabilisers_of(graph);
-  for (const Gate& gate : apart) stabilisers.apply(gate);
+  for (const Gate& gate : apart) {
+    stop_point();
+    stabilisers.apply(gate);
+  }
   std::vector<Gate> gates;
   for (int q = 0; q < graph.rows(); ++q) gates.push_back(Gate::H(q));
   for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
@@ -151,14 +154,13 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   check_search_memory("graph", n, options, bytes_of_run);
   RunControl control(options.budget);
   const PauliFrame stabilisers = stabilisers_of(bits);
+  Lane naive{.method = "naive",
+             .runs = 1,
+             .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
+             .draws = false,
+             .brief = true};
   std::vector<Lane> lanes;
-  if (options.method == "auto" || options.method == "naive") {
-    lanes.push_back({.method = "naive",
-                     .runs = 1,
-                     .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
-                     .draws = false,
-                     .brief = true});
-  }
+  if (options.method == "auto" || options.method == "naive") lanes.push_back(naive);
   if (options.method == "decoding") {
     const bool usual = !options.restarts && !options.budget;
     lanes.push_back({.method = "decoding",
@@ -173,7 +175,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
     lanes.push_back(state_search_lane(stabilisers, options, control));
   }
-  BestRun best = best_of_runs(lanes, options, control);
+  naive.for_stops = true;
+  BestRun best = best_of_runs(lanes, options, control, naive);
   auto& gates = best.as<std::vector<Gate>>();
   GraphStateResult result{std::move(best.result), std::move(gates)};
   result.permutation = in_order(n);

@@ -71,9 +71,7 @@ class LinearCall {
   }
 
   LinearResult run() {
-    const bool searches = within_auto() || options_.method == "search";
-    BestRun best = best_of_runs(lanes(), options_, control_,
-                                searches ? std::optional(plain_lane()) : std::nullopt);
+    BestRun best = best_of_runs(lanes(), options_, control_, plain_lane());
     LinearResult result{std::move(best.result), {}, 0, {}};
     auto& found = best.as<FreeCircuit>();
     result.circuit = std::move(found.circuit);
@@ -94,6 +92,7 @@ class LinearCall {
   int n() const { return m_.rows(); }
   bool in_place() const { return options_.outputs != Outputs::anywhere; }
   bool within_auto() const { return options_.method == "auto"; }
+  bool searches() const { return within_auto() || options_.method == "search"; }
   /// Whether a quick run ends before anyone would stop it.
   bool is_brief() const { return n() <= (device_ ? brief_wires_on_device : brief_wires); }
 
@@ -138,8 +137,7 @@ class LinearCall {
         if (by_depth) lanes.push_back(device_lane(sorting, std::move(path)));
       }
     }
-    const bool searches = within_auto() || method == "search";
-    if (searches && n() <= most_wires) lanes.push_back(search_lane());
+    if (searches() && n() <= most_wires) lanes.push_back(search_lane());
     return lanes;
   }
 
@@ -201,7 +199,7 @@ class LinearCall {
   }
 
   Lane plain_lane() {
-    return {.method = "search",
+    return {.method = searches() ? "search" : "plain",
             .runs = 1,
             .make =
                 [this](int) {
@@ -220,7 +218,8 @@ class LinearCall {
                   }
                   return sized(std::move(found));
                 },
-            .draws = false};
+            .draws = false,
+            .for_stops = !searches()};
   }
 
   static std::optional<MadeCircuit> sized(std::optional<FreeCircuit> found) {

@@ -63,9 +63,7 @@ class PauliCall {
 
   PauliResult run(const std::vector<structures::Parameter>& params) {
     read_start(params);
-    const bool searches = within_auto() || options_.method == "search";
-    BestRun best = best_of_runs(lanes(), options_, control_,
-                                searches ? std::optional(plain_lane()) : std::nullopt);
+    BestRun best = best_of_runs(lanes(), options_, control_, plain_lane());
     auto& network = best.as<PauliNetwork>();
     PauliResult result{std::move(best.result), std::move(network.gates), {}, network.in_order};
     result.permutation = std::move(network.wires);
@@ -82,6 +80,7 @@ class PauliCall {
 
  private:
   bool within_auto() const { return options_.method == "auto"; }
+  bool searches() const { return within_auto() || options_.method == "search"; }
 
   void check() const {
     const int qubits = table_.frame.qubits();
@@ -161,7 +160,7 @@ class PauliCall {
       lanes.push_back(lane(options_.method, options_.in_order,
                            endless ? std::nullopt : std::optional(runs(1))));
     }
-    if (within_auto() || options_.method == "search") lanes.push_back(search_lane());
+    if (searches()) lanes.push_back(search_lane());
     return lanes;
   }
 
@@ -198,7 +197,7 @@ class PauliCall {
   }
 
   Lane plain_lane() const {
-    return {.method = "search",
+    return {.method = searches() ? "search" : "plain",
             .runs = 1,
             .make =
                 [this](int) {
@@ -210,7 +209,8 @@ class PauliCall {
                   if (edges_) gates = along_edges(gates, *edges_);
                   return sized({std::move(gates), internal::in_order(table_.frame.qubits()), true});
                 },
-            .draws = false};
+            .draws = false,
+            .for_stops = !searches()};
   }
 
   std::optional<MadeCircuit> sized(PauliNetwork network) const {

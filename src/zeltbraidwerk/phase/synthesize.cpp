@@ -54,8 +54,7 @@ class PhaseCall {
     for (const std::string& name : methods_) {
       lanes.push_back(name == "search" ? search_lane() : lane(name));
     }
-    BestRun best = best_of_runs(lanes, options_, control_,
-                                searches() ? std::optional(plain_lane()) : std::nullopt);
+    BestRun best = best_of_runs(lanes, options_, control_, plain_lane());
     auto& network = best.as<ClosedNetwork>();
     if (closes_anew(best.result)) close_anew(network, best.result);
     if (!searches()) prove(best.result, bound());
@@ -165,7 +164,7 @@ class PhaseCall {
 
   /// Each parity by itself, and undone before the next.
   Lane plain_lane() const {
-    return {.method = "search",
+    return {.method = searches() ? "search" : "plain",
             .runs = 1,
             .make =
                 [this](int) {
@@ -174,10 +173,12 @@ class PhaseCall {
                   const CircuitSize size = size_of(network.cnots());
                   return std::optional(made_circuit(size, std::move(network)));
                 },
-            .draws = false};
+            .draws = false,
+            .for_stops = !searches()};
   }
 
   void append_ladder(int term, ClosedNetwork& network) const {
+    stop_point();
     std::vector<structures::Gate> gates;
     int last = -1;
     for (int q = 0; q < qubits(); ++q) {

@@ -26,15 +26,19 @@ struct Split {
 
 class Eliminator {
  public:
-  Eliminator(PauliFrame images, bool in_place)
-      : frame_(std::move(images)), in_place_(in_place), left_(all()), free_(all()) {
+  Eliminator(PauliFrame images, bool in_place, bool in_order)
+      : frame_(std::move(images)),
+        in_place_(in_place),
+        in_order_(in_order),
+        left_(all()),
+        free_(all()) {
     found_.wires.resize(left_.size());
   }
 
   Elimination run() {
     while (!left_.empty()) {
       stop_point();
-      const int q = cheapest();
+      const int q = in_order_ ? left_.front() : cheapest();
       const int wire = gather(q, split(q));
       found_.wires[static_cast<std::size_t>(q)] = wire;
       std::erase(left_, q);
@@ -135,6 +139,7 @@ class Eliminator {
 
   PauliFrame frame_;
   bool in_place_;
+  bool in_order_;
   std::vector<int> left_;  ///< qubits whose images are not gathered
   std::vector<int> free_;  ///< wires without a qubit
   Elimination found_;
@@ -181,7 +186,13 @@ void Elimination::close() {
 }
 
 Elimination eliminate_clifford(PauliFrame images, bool in_place) {
-  return Eliminator(std::move(images), in_place).run();
+  return Eliminator(std::move(images), in_place, false).run();
+}
+
+Elimination eliminate_in_order(PauliFrame images) {
+  Elimination found = Eliminator(std::move(images), true, true).run();
+  found.close();
+  return found;
 }
 
 std::vector<Gate> inverted(const std::vector<Gate>& gates) {

@@ -28,6 +28,10 @@ struct Elimination {
 /// where that takes no more CNOTs than a swap. Images of no operator end as well, not eliminated.
 Elimination eliminate_clifford(PauliFrame images, bool in_place);
 
+/// The same qubit after qubit, each on its own wire at the end, in O(n^3 / 64) instead of O(n^3):
+/// for circuits that are wanted soon.
+Elimination eliminate_in_order(PauliFrame images);
+
 /// The inverse of a circuit of gates that the elimination knows.
 std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates);
 

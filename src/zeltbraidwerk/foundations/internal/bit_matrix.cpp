@@ -4,9 +4,12 @@
 #include <bit>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
+
+constexpr int lines_per_look = 16;
 
 ZELTBRAIDWERK_CLONES
 int count_ones(const Word* a, int count) {
@@ -41,8 +44,9 @@ void clear_column(Word* m, Word* second, int stride, int first_word, int second_
 }
 
 ZELTBRAIDWERK_CLONES
-void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out) {
-  for (int r = 0; r < a.rows(); ++r) {
+void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out, int first,
+                        int last) {
+  for (int r = first; r < last; ++r) {
     Word* __restrict target = out.row(r);
     for_each_bit(a.row(r), a.stride(), [&](int k) {
       const Word* __restrict source = b.row(k);
@@ -64,6 +68,7 @@ int find_pivot(const BitMatrix& m, int col, int first) {
 bool reduce_to_upper(BitMatrix& m, BitMatrix& second, bool stop_at_missing) {
   const int n = m.rows();
   for (int c = 0; c < n; ++c) {
+    if (c % lines_per_look == 0) question_point();
     if (!m.get(c, c)) {
       const int r = find_pivot(m, c, c + 1);
       if (r >= 0) {
@@ -187,7 +192,10 @@ BitMatrix BitMatrix::block(int first_row, int first_col, int rows, int cols) con
 
 BitMatrix product(const BitMatrix& a, const BitMatrix& b) {
   BitMatrix result(a.rows(), b.cols());
-  accumulate_product(a, b, result);
+  for (int r = 0; r < a.rows(); r += lines_per_look) {
+    question_point();
+    accumulate_product(a, b, result, r, std::min(r + lines_per_look, a.rows()));
+  }
   return result;
 }
 
@@ -197,6 +205,7 @@ BitMatrix inverse(BitMatrix m) {
   if (n == 0) return result;
   reduce_to_upper(m, result, false);
   for (int c = n - 1; c > 0; --c) {
+    if (c % lines_per_look == 0) question_point();
     clear_column(m.row(0), result.row(0), m.stride(), c / word_bits, result.stride(), c, c, 0, c);
   }
   return result;

@@ -86,4 +86,10 @@ inline void stop_point() {
   if (StopScope::is_over()) throw Stopped();
 }
 
+/// Throws Stopped when the question that the caller has set in this thread ends it. Searches set
+/// none: so it may stand in what they call to write down what they found.
+inline void question_point() {
+  if (stop_question != nullptr && stop_question()) throw Stopped();
+}
+
 }  // namespace zelt::braidwerk::internal

@@ -4,6 +4,8 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -39,6 +41,7 @@ bool RowSpace::add(const Word* row) {
 int rank(BitMatrix m) {
   int found = 0;
   for (int r = 0; r < m.rows(); ++r) {
+    question_point();
     const Word* row = m.row(r);
     const Word* word = std::find_if(row, row + m.stride(), [](Word w) { return w != 0; });
     if (word == row + m.stride()) continue;
@@ -54,6 +57,7 @@ int rank(BitMatrix m) {
 std::vector<int> reduce_to_echelon(BitMatrix& a, BitMatrix& b) {
   std::vector<int> pivots;
   for (int c = 0; c < a.cols(); ++c) {
+    question_point();
     const int top = static_cast<int>(pivots.size());
     int r = top;
     while (r < a.rows() && !a.get(r, c)) ++r;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -73,6 +74,7 @@ struct Remainder {
 int lu_factorise(BitMatrix& m, std::vector<int>& pivot_rows, std::vector<int>& pivot_cols) {
   Remainder rest(m);
   for (int step = 0; step < m.rows(); ++step) {
+    question_point();
     const auto pivot = rest.find_pivot();
     if (!pivot) return step;
     const auto [row, col] = *pivot;

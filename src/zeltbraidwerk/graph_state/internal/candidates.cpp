@@ -3,6 +3,7 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graph_state/internal/action.h"
 
 namespace zelt::braidwerk::internal {
@@ -32,6 +33,7 @@ class Recorder {
       record_row(k);
     }
     for (const GateTriple& gate : circuit) {
+      stop_point();
       ++position_;
       follow(gate);
     }

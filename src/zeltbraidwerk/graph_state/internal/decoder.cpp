@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/engine_draw.h"
 
 namespace zelt::braidwerk::internal {
@@ -91,6 +92,7 @@ bool has_one(const BitMatrix& problem, int c, int first_row) {
 void draw_basis(BitMatrix& problem, std::vector<int>& order, const Draw& draw) {
   int pivot = 0;
   for (std::size_t k = 0; pivot < problem.rows() && k < order.size(); ++k) {
+    stop_point();
     shuffle_step(order, k, draw);
     const int c = order[k];
     int r = pivot;
@@ -108,6 +110,7 @@ std::optional<std::vector<int>> decode_greedily(BitMatrix problem) {
   std::vector<Word> mark = column(problem, 0);
   std::size_t steps_to_mark = 1;
   while (has_one(problem, 0, 0)) {
+    stop_point();
     Nearest best{problem.rows() + 1, 0};
     find_nearest(problem.row(0), problem.rows(), problem.stride(), problem.cols(), &best);
     if (best.column == 0) return std::nullopt;

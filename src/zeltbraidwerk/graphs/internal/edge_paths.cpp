@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -52,6 +54,7 @@ std::vector<Gate> along_edges(const std::vector<Gate>& gates, const BitGraph& de
   std::vector<std::vector<int>> towards(static_cast<std::size_t>(device.size()));
   std::vector<Gate> result;
   for (const Gate& gate : gates) {
+    stop_point();
     if (gate.qbits.size() != 2 || device.joined(gate.qbits[0], gate.qbits[1])) {
       result.push_back(gate);
       continue;

@@ -6,17 +6,23 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
 using Graph = lemon::ListGraph;
 
-/// Edge numbers of a graph that never lost an edge count up in the order of adding.
+/// Edge numbers of a graph that never lost an edge count up in the order of adding. The solver
+/// reads weights all the time, so that here is where it can be stopped.
 struct EdgeWeights {
   using Key = Graph::Edge;
   using Value = int;
+  static constexpr unsigned reads_per_look = 4096;
   std::vector<int> values;
+  mutable unsigned reads = 0;
   int operator[](const Key& edge) const {
+    if (++reads % reads_per_look == 0) stop_point();
     return values[static_cast<std::size_t>(Graph::id(edge))];
   }
 };

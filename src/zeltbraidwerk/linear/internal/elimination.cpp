@@ -110,6 +110,7 @@ structures::CnotCircuit eliminate_gauss(BitMatrix m) {
   Reduction reduction(std::move(m));
   const int n = reduction.size();
   for (int c = 0; c < n; ++c) {
+    question_point();
     int r = c;
     while (r < n && !reduction.matrix().get(r, c)) ++r;
     if (r == n) continue;
@@ -119,7 +120,10 @@ structures::CnotCircuit eliminate_gauss(BitMatrix m) {
       if (reduction.matrix().get(r, c)) reduction.add_row(c, r, c);
     }
   }
-  for (int c = n - 1; c > 0; --c) reduction.clear_above(c);
+  for (int c = n - 1; c > 0; --c) {
+    question_point();
+    reduction.clear_above(c);
+  }
   return reduction.take_circuit();
 }
 
@@ -134,6 +138,7 @@ structures::CnotCircuit pmh(BitMatrix m, int section) {
     clear_section_below(reduction, first, std::min(first + section, n), repair);
   }
   for (int last = n; last > 0; last -= section) {
+    question_point();
     clear_section_above(reduction, std::max(last - section, 0), last);
   }
   return reduction.take_circuit();

@@ -37,6 +37,7 @@ bool Diagonaliser::pair_passes(int q1, int p1, int q2, int p2) const {
 
 bool Diagonaliser::update_pair_qubits() {
   for (auto first = active.begin(); first != active.end(); ++first) {
+    stop_point();
     for (auto second = std::next(first); second != active.end(); ++second) {
       const int q1 = *first;
       const int q2 = *second;

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
 #include "zeltbraidwerk/pauli/internal/diagonaliser.h"
@@ -56,6 +57,7 @@ GraphForm graph_form_of(const PauliFrame& frame) {
   // each qubit lets them.
   RowSpace chosen(frame.rows());
   for (int q = 0; q < n && rank(x) != n; ++q) {
+    stop_point();
     if (chosen.rank() == q && !chosen.contains(z.row(q))) {
       form.gates.push_back(Gate::H(q));
       std::swap_ranges(z.row(q), z.row(q) + z.stride(), x.row(q));

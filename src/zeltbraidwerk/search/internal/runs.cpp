@@ -18,7 +18,8 @@ using synthesis::SynthesisOptions;
 
 namespace {
 
-constexpr std::chrono::milliseconds poll_interval(10);  ///< of the calling thread
+constexpr std::chrono::milliseconds most_after_stop(80);  ///< for a plain circuit
+constexpr std::chrono::milliseconds poll_interval(10);    ///< of the calling thread
 /// A lane whose best is so much longer than the best of all gets half its time.
 constexpr double half_share = 0.05;
 
@@ -65,7 +66,7 @@ class Runner {
       serve();
     }
     if (failure_) std::rethrow_exception(failure_);
-    if (!best_ && plain_ && control_.ended()) make_plainly();
+    if (!best_ && plain_ && (stopped_ || (serves_deadlines() && control_.ended()))) make_plainly();
     add_news();
   }
 
@@ -94,11 +95,19 @@ class Runner {
   }
 
  private:
+  /// After a stop the caller waits, so that a large input gets no plain circuit then.
   void make_plainly() {
-    lanes_.push_back({&*plain_});
-    std::optional<MadeCircuit> made = plain_->make(0);
-    ++runs_;
-    finish({lanes_.size() - 1, 0}, 0, std::move(made));
+    Control brief;
+    if (stopped_) brief.deadline = Clock::now() + most_after_stop;
+    try {
+      const StopScope in_time(brief, true);
+      std::optional<MadeCircuit> made = plain_->make(0);
+      lanes_.push_back({&*plain_});
+      ++runs_;
+      finish({lanes_.size() - 1, 0}, 0, std::move(made));
+    } catch (const Stopped&) {
+      // There is no circuit.
+    }
   }
 
   using Clock = Control::Clock;
@@ -260,7 +269,8 @@ class Runner {
 
   /// Whether the budget is spent and there is an answer: what runs look at no clock for ends too.
   bool is_over() const { return control_.ended() && has_answer(); }
-  bool has_answer() const { return control_.has_found() || plain_; }
+  bool has_answer() const { return control_.has_found() || serves_deadlines(); }
+  bool serves_deadlines() const { return plain_ && !plain_->for_stops; }
 
   // --- the calling thread ---------------------------------------------------------------------
 

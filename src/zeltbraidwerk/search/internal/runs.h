@@ -45,6 +45,7 @@ struct Lane {
   bool proves = false;  ///< runs of the search engine, which prove bounds
   bool draws = true;    ///< its runs depend on the seed
   bool brief = false;   ///< one run alone is made on the calling thread, without a look at `stop`
+  bool for_stops = false;  ///< a plain lane that is made after a stop, and not after a deadline
 };
 
 struct BestRun {
@@ -65,8 +66,8 @@ void prove(synthesis::SynthesisResult& result, const LowerBound& bound);
 /// UnfinishedError when no run found a circuit, and what a run or a function of the options throws.
 ///
 /// `plain`, where there is one, is made when the search was stopped or its time was over before it
-/// had found any circuit. It takes milliseconds. Without it, first runs go on after the deadline
-/// until there is an answer.
+/// had found any circuit. It takes milliseconds. Without it, or with one for stops alone, first
+/// runs go on after the deadline until there is an answer.
 BestRun best_of_runs(const std::vector<Lane>& lanes, const synthesis::SynthesisOptions& options,
                      RunControl& control, const std::optional<Lane>& plain = std::nullopt);
 

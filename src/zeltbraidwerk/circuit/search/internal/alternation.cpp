@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
 #include "zeltbraidwerk/circuit/three_wire/internal/three_wire.h"
 #include "zeltbraidwerk/circuit/three_wire/internal/three_wire_windows.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/search/internal/network.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -97,6 +98,7 @@ class Alternation : public SearchBase<StagedCircuit> {
   /// With windows on two wires replaced, then with those on three wires as well, from so many
   /// two-wire gates on.
   void offer_windows(const StagedCircuit& from, int least_on_three, Origin origin) {
+    const StopScope in_time(meter_.control(), true);  // there is a circuit already
     const auto on_two = [this](const StagedCircuit& circuit) {
       return after_windows(circuit, two_wire_windows(written(circuit.circuit), {keep_rotations_}));
     };

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/circuit/two_wire/internal/block.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -74,7 +75,10 @@ class Pass {
 
   /// The numbers of the circuit's gates afterwards.
   std::vector<std::size_t> run() {
-    for (const std::size_t number : order_) add(number);
+    for (const std::size_t number : order_) {
+      stop_point();
+      add(number);
+    }
     // What dissolves adds to earlier items, and to new ones, which are at the end.
     for (std::size_t k = items_.size(); k-- > 0;) settle(static_cast<int>(k));
     for (std::size_t k = 0; k < items_.size(); ++k) settle(static_cast<int>(k));
@@ -218,6 +222,7 @@ class Pass {
 
   /// Replaces the gates of an item by better ones.
   void settle(int index) {
+    stop_point();
     if (item(index).settled || item(index).gone || item(index).fixed) return;
     const bool had_two_wire = item(index).two_wire > 0;
     replace(index, better_block(block_of(index), options_.keep_rotations));

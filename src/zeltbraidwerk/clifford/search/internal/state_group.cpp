@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -206,6 +208,7 @@ void StateGroup::lighten(int rounds, Rng& rng) {
   }
   mine.pairs.resize(1024);
   for (int round = 0; round < rounds; ++round) {
+    stop_point();
     for (std::size_t k = qubits.size(); k > 1; --k) {
       std::swap(qubits[k - 1], qubits[index(rng.below(static_cast<int>(k)))]);
     }
