@@ -1,334 +1,224 @@
-"""Random instances of every search against oracles that share nothing with the library: Stim for
-Clifford operators and states, bits of integers for linear maps, dense unitaries of few qubits.
+"""Random instances of every public synthesis against oracles that share nothing with the library.
 
-    sweep.py [N]                          N instances a family, 1000 by default
-    sweep.py --only pauli --first 17 1    instance 17 of one family, as a fault names it
+    sweep.py [N]                          N instances in all, 1000 by default
+    sweep.py 1 --only pauli --first 17    instance 17 of one family, as a fault names it
 
-An instance is made from its family and number alone.
+An instance is made from its family and number alone, so the first ones of a longer run are those of
+a shorter one. Of a thousand instances each family has a fixed share. What is done stands in a file
+below build/sweep: the same command goes on after anything that ended it, and makes what had faults
+again.
 """
 
 import argparse
-import pickle
+import faulthandler
+import json
+import multiprocessing
+import os
+import signal
 import sys
 import time
-import traceback
-from collections.abc import Callable
-from dataclasses import dataclass, replace
-from itertools import pairwise
-from typing import Any
+from multiprocessing.connection import wait
+from pathlib import Path
 
-import numpy as np
-import stim
-from support import same_up_to_phase, unitary
-from sweep_draws import Draw
-from sweep_oracles import (
-    assert_encoder,
-    assert_map,
-    assert_operator,
-    assert_report,
-    assert_rotations,
-    assert_state,
-    assert_terms,
-    near,
-    signed,
-    spread,
-    tableau,
-    unfolded,
-    value,
-)
+from fuzz_core import load
 
-import zeltbraidwerk as zb
-from zeltbraidwerk import Circuit, Gate
+ROOT = Path(__file__).parents[2]
+CHUNK = 250  # instances that are written together
+LIMIT = 300  # seconds of processor time of one instance
+SILENCE = 3600  # seconds of the clock
 
 
-@dataclass
-class Case:
-    """A call of a search, and what must be true of its result."""
+class Worker:
+    """A process that does the instances of one chunk after another. The instance that it has not
+    told of when it ends is the one that ended it."""
 
-    search: Callable[..., Any]
-    given: Any
-    options: dict[str, Any]
-    check: Callable[[Any], None]
+    def __init__(self, work):
+        self.work = work
+        self.process = None
+        self.indices = self.rows = ()
 
-    def size(self, result):
-        """What more steps never make worse. The tail of a routed circuit is closed for count."""
-        if self.search is zb.routing.route:
-            return result.count
-        by_depth = self.options["objective"] == "depth"
-        return (result.depth, result.count) if by_depth else (result.count, result.depth)
+    def begin(self, chunk, indices):
+        self.chunk, self.indices, self.rows = chunk, indices, []
+        self.go_on()
 
+    def go_on(self):
+        if self.process is None:
+            self.pipe, theirs = multiprocessing.Pipe()
+            context = multiprocessing.get_context("fork")
+            self.process = context.Process(target=self.live, args=(theirs,), daemon=True)
+            self.process.start()
+            theirs.close()
+        self.since = time.monotonic()
+        self.pipe.send(self.indices[len(self.rows) :])
 
-# --- families -----------------------------------------------------------------------------------
-
-
-def linear(draw, n):
-    rows = [1 << k for k in range(n)]
-    for a, b in draw.pairs(n):
-        rows[a] ^= rows[b]
-    if draw.chance(0.5):
-        draw.shuffle(rows)
-    ground = draw.ground(n)
-    method = draw.method(zb.linear, n, ground)
-    options = draw.options(ground, method, permutation=["exact", "free"])
-    may_reach = ground is not None and options["permutation"] == "exact" and method == "search"
-    if may_reach and draw.chance(0.5):
-        options["reach"] = draw.randint(0, 4)
-    reach = options.get("reach", 0)
-
-    def check(result):
-        free = options["permutation"] == "free" or reach > 0
-        inputs, outputs = assert_report(result, n, ground, free)
-        wires = [1 << wire for wire in range(result.n)]
-        for control, target in result.circuit:
-            wires[target] ^= wires[control]
-        assert_map(wires, rows, inputs, outputs)
-        if reach:
-            assert all(
-                b in near(ground, inputs, a, reach) for a, b in zip(inputs, outputs, strict=True)
-            )
-        for one, other in pairwise(result.front):
-            assert one.depth < other.depth
-            assert one.count > other.count
-        for one in result.front:
-            check(replace(one, front=()))
-
-    bits = [[row >> c & 1 for c in range(n)] for row in rows]
-    matrix = np.array(bits, dtype=bool).reshape(n, n)
-    return Case(zb.linear.synthesize, matrix, options, check)
-
-
-def phase(draw, n):
-    odds, most = draw.choice((0.1, 0.5)), draw.terms(n)
-    parities = [sum(draw.chance(odds) << q for q in range(n)) for _ in range(most)]
-    if parities and draw.chance(0.3):
-        parities = draw.choices(parities, k=most)
-    terms = list(zip(parities, draw.angles(most), strict=True))
-    if draw.chance(0.5):
-        given = dict(terms)
-        terms = list(given.items())
-    else:
-        texts = ["".join(str(parity >> q & 1) for q in range(n)) for parity in parities]
-        given = texts, [angle for _, angle in terms]
-    ground = draw.ground(n)
-    options = draw.options(
-        ground, draw.method(zb.phase, n, ground), n=[n], permutation=["exact", "free"],
-        tail=["close", "close", "return"],
-    )  # fmt: skip
-    if options["tail"] == "return":
-        options["permutation"] = "exact"
-
-    def check(result):
-        inputs, outputs = assert_report(result, n, ground, options["permutation"] == "free")
-        wires, found = [1 << wire for wire in range(result.n)], []
-        for gate in result.circuit:
-            if gate.name == "CNOT":
-                wires[gate.qubits[1]] ^= wires[gate.qubits[0]]
-            else:
-                assert gate.name == "PH"
-                found.append((wires[gate.qubits[0]], value(gate.params[0])))
-        assert len(found) == len({parity for parity, _ in terms} - {0})
-        found.append((0, value(result.global_phase)))
-        wanted = [(spread(parity, inputs), value(zb.Parameter(angle))) for parity, angle in terms]
-        assert_terms(found, wanted)
-        rows = [1 << k for k in range(n)]
-        if options["tail"] == "return":
-            rows = [sum(1 << int(c) for c in np.flatnonzero(row)) for row in result.tail]
-        assert_map(wires, rows, inputs, outputs)
-
-    return Case(zb.phase.synthesize, given, options, check)
-
-
-def pauli(draw, n):
-    strings = draw.strings(n)
-    given = list(zip(strings, draw.angles(len(strings)), strict=True))
-    ground = draw.ground(n)
-    options = draw.options(
-        ground, draw.method(zb.pauli, n, ground), n=[n], permutation=["exact", "free"],
-        order=["free", "commuting"], tail=["close", "return"],
-    )  # fmt: skip
-    if ground is not None or options["tail"] == "return":
-        options["permutation"] = "exact"
-    if options["order"] == "free":
-        options["repeated"] = "merge"
-
-    def check(result):
-        inputs, outputs = assert_report(result, n, ground, options["permutation"] == "free")
-        operator, found = unfolded(result.circuit)
-        wanted = signed((text, value(zb.Parameter(angle))) for text, angle in given)
-        found.append(("_" * result.n, value(result.identity_angle)))
-        assert_rotations(found, wanted, inputs, options["order"] == "commuting")
-        if options["tail"] == "return":
-            assert operator == tableau(*result.tail.images())
-        else:
-            assert result.tail is None
-            assert_operator(operator, stim.Tableau(n), inputs, outputs)
-
-    return Case(zb.pauli.synthesize, given, options, check)
-
-
-def clifford(draw, n):
-    wanted = draw.clifford(n)
-    ground = draw.ground(n)
-    method = draw.method(zb.clifford, n, ground)
-    options = draw.options(ground, method, permutation=["exact", "free"])
-
-    def check(result):
-        inputs, outputs = assert_report(result, n, ground, options["permutation"] == "free")
-        operator, rotations = unfolded(result.circuit)
-        assert not rotations
-        assert_operator(operator, wanted, inputs, outputs)
-
-    given = draw.choice((wanted, images(wanted)))
-    return Case(zb.clifford.synthesize, given, options, check)
-
-
-def images(operator):
-    outputs = (operator.x_output, operator.z_output)
-    return tuple([str(output(q)) for q in range(len(operator))] for output in outputs)
-
-
-def state(draw, n):
-    given = draw.clifford(n)
-    wanted = images(given)[1]
-    kind = draw.randrange(4)
-    if kind:
-        given = wanted = draw.generators(wanted if kind < 3 else stabilisers(draw.graph(n)))
-    options = draw.options(None)
-    del options["method"]
-
-    def check(result):
-        assert_report(result, n, None)
-        assert_state(result.circuit, wanted)
-
-    return Case(zb.clifford.synthesize_state, given, options, check)
-
-
-def encoder(draw, n):
-    operator = draw.clifford(max(n, 1))
-    k = draw.randrange(max(n, 1))
-    xs, zs = images(operator)
-    logicals = draw.choice((None, (xs[:k], zs[:k])))
-    code = draw.generators(zs[k:])
-    options = draw.options(None)
-    del options["method"]
-
-    def check(result):
-        assert_report(result, len(xs), None)
-        wanted = [code, *(logicals or result.logicals)]
-        assert_encoder(result.circuit, result.logical_wires, wanted)
-
-    return Case(
-        lambda given, **own: zb.clifford.synthesize_encoder(given, logicals, **own),
-        code, options, check,
-    )  # fmt: skip
-
-
-def stabilisers(graph):
-    return [
-        "".join("XY"[x] if a == b else "IZ"[x] for b, x in enumerate(row))
-        for a, row in enumerate(graph)
-    ]
-
-
-def graph_state(draw, n):
-    graph = draw.graph(n)
-
-    def check(result):
-        assert_report(result, n, None)
-        assert_state(result.circuit, stabilisers(graph))
-
-    options = draw.options(None, draw.method(zb.graph_state, n, None))
-    given = np.array(graph, dtype=int).reshape(n, n)
-    return Case(zb.graph_state.synthesize, given, options, check)
-
-
-def routing(draw, n):
-    n = max(n, 1)
-    ground = draw.ground(n, 1)
-    options = draw.options(ground, lookahead=[0, 0, 1], tail=["close", "close", "return"])
-    kept = {name: options[name] for name in ("objective", "lookahead", "tail", "device")}
-    # Where unitaries are small, rotations may add up to Clifford gates.
-    dense = ground[0] <= 5 and kept["tail"] == "close"
-    source = Circuit(n, [draw.gate(n, dense) for _ in range(draw.choice((3, 2 * n, 60)))])
-
-    def check(result):
-        places, _ = assert_report(result, n, ground)
-        if dense:
-            moved = [Gate(g.name, [places[q] for q in g.qubits], g.params) for g in source]
-            whole = unitary(Circuit(result.n, moved))
-            assert same_up_to_phase(unitary(result.circuit), whole)
-            return
-        operator, found = unfolded(result.circuit)
-        left, wanted = unfolded(source)
-        assert_rotations(found, wanted, places, True)
-        tail = tableau(*result.tail.images())
-        assert_operator(operator.then(tail), left, places, places)
-        assert kept["tail"] == "return" or tail == stim.Tableau(result.n)
-
-    if kept["tail"] == "close":
-        kept["steps"] = options.get("steps", 10)
-    return Case(zb.routing.route, source, kept, check)
-
-
-# --- running ------------------------------------------------------------------------------------
-
-FAMILIES = {
-    family.__name__: family
-    for family in (linear, phase, pauli, clifford, state, encoder, graph_state, routing)
-}
-
-
-def instance(name, number, method=None):
-    draw = Draw(f"{name} {number}")
-    draw.only = method
-    n = draw.size(number)
-    return draw, n, FAMILIES[name](draw, n)
-
-
-def try_instance(name, number, method=None):
-    """The size; raises where something is wrong. Of every eighth instance, effort is looked at."""
-    draw, n, case = instance(name, number, method)
-    result = case.search(case.given, **case.options)
-    case.check(result)
-    assert pickle.loads(pickle.dumps(result)) == result
-    if draw.chance(0.125) and "steps" in case.options:
-        again = case.search(case.given, **case.options)
-        assert again.circuit == result.circuit, "the same call gave another circuit"
-        more = case.options | {"steps": case.options["steps"] + int(500 * draw.random() ** 2) + 1}
-        longer = case.search(case.given, **more)
-        case.check(longer)
-        sizes = [case.size(one) for one in (longer, result)]
-        assert sizes[0] <= sizes[1], f"{more['steps']} steps were worse: {sizes}"
-    return n
-
-
-def sweep(name, first, count):
-    """The number of faults, each told as it is found."""
-    start, sizes, faults = time.process_time(), set(), 0
-    for number in range(first, first + count):
+    def live(self, theirs):
+        self.pipe.close()
+        faulthandler.enable()
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
+        work = self.work()
         try:
-            sizes.add(try_instance(name, number))
-        except Exception:
-            faults += 1
-            _, n, case = instance(name, number)
-            options = ", ".join(f"{key}={value!r}" for key, value in case.options.items())
-            print(traceback.format_exc(limit=-2), f"{n} qubits, {options}", sep="\n")
-            print(f"again: ./dev test sweep --only {name} --first {number} 1", flush=True)
-    seconds = time.process_time() - start
-    told = f"{count:7} instances, {len(sizes)} sizes, {faults} faults, {seconds:.0f} s"
-    print(f"{name:12}{told}", flush=True)
-    return faults
+            while True:
+                for index in theirs.recv():
+                    signal.setitimer(signal.ITIMER_PROF, LIMIT)
+                    theirs.send(work(index))
+                    signal.setitimer(signal.ITIMER_PROF, 0)
+        except (EOFError, BrokenPipeError):  # the parent has ended
+            os._exit(0)
+
+    @property
+    def is_idle(self):
+        return len(self.rows) == len(self.indices)
+
+    def look(self, lost):
+        """Takes what the process tells; a row of ``lost(index, how it ended)`` where it ended."""
+        if time.monotonic() - self.since > SILENCE:
+            self.process.kill()
+        try:
+            while not self.is_idle and self.pipe.poll():
+                self.rows.append(self.pipe.recv())
+                self.since = time.monotonic()
+        except (EOFError, ConnectionError):
+            self.process.join()
+            code, self.process = self.process.exitcode, None
+            how = signal.Signals(-code).name if code < 0 else f"exit {code}"
+            how = f"no end after {LIMIT} s" if how == "SIGPROF" else f"the process ended: {how}"
+            self.rows.append(lost(self.indices[len(self.rows)], how))
+            if not self.is_idle:
+                self.go_on()
+
+    def end(self):
+        if self.process is not None:
+            self.process.kill()
+
+
+class Record:
+    """What is done, by chunks of instances, as lines of a file. A chunk with faults is done again
+    when a run is gone on with: they may have been mended."""
+
+    def __init__(self, path, fresh):
+        self.path, self.chunks = path, {}
+        path.parent.mkdir(parents=True, exist_ok=True)
+        text = path.read_text() if path.exists() and not fresh else ""
+        text = text[: text.rfind("\n") + 1]  # without a line that was cut
+        for line in text.splitlines():
+            row = json.loads(line)
+            if not row["faults"]:
+                self.chunks[row["chunk"]] = row
+        self.write()
+
+    def write(self):
+        beside = self.path.with_suffix(".new")
+        beside.write_text("".join(json.dumps(row) + "\n" for row in self.chunks.values()))
+        beside.replace(self.path)
+
+    def forget(self):
+        self.chunks = {}
+        self.write()
+
+    def add(self, chunk, rows):
+        families = {}
+        for row in rows:
+            own = families.setdefault(row.family, [0, 0, 0.0, 0])
+            size = 0 if row.size is None else 1 << row.size
+            new = own[0] + 1, own[1] + bool(row.fault), own[2] + row.seconds, own[3] | size
+            own[:] = new
+        faults = [row.again for row in rows if row.fault]
+        self.chunks[chunk] = {"chunk": chunk, "families": families, "faults": faults}
+        with self.path.open("a") as file:
+            file.write(json.dumps(self.chunks[chunk]) + "\n")
+
+    def tell(self):
+        """A line per family; the number of faults."""
+        total = {}
+        for chunk in self.chunks.values():
+            for name, own in chunk["families"].items():
+                whole = total.get(name, (0, 0, 0.0, 0))
+                sums = (a + b for a, b in zip(whole[:3], own[:3], strict=True))
+                total[name] = *sums, whole[3] | own[3]
+        sums = [sum(own[k] for own in total.values()) for k in range(3)]
+        print(f"{'family':12}{'instances':>10}{'faults':>8}{'seconds':>9}{'ms each':>9}  sizes")
+        rows = [*sorted(total.items()), ("all", (*sums, 0))]
+        for name, (count, faults, seconds, bits) in rows:
+            sizes = [n for n in range(bits.bit_length()) if bits >> n & 1]
+            told = f"{len(sizes)} from {sizes[0]} to {sizes[-1]} qubits" if sizes else ""
+            each = 1000 * seconds / max(count, 1)
+            print(f"{name:12}{count:10}{faults:8}{seconds:9.0f}{each:9.2f}  {told}")
+        for chunk in self.chunks.values():
+            for line in chunk["faults"]:
+                print(f"again: {line}")
+        sys.stdout.flush()
+        return sums[1]
+
+
+def run(work, lost, indices, jobs, record):
+    """Does the instances that are not in the record; ``work()`` makes what does one of them in a
+    process of its own. The exit code: 1 where there are faults."""
+    chunks = {first: indices[first : first + CHUNK] for first in range(0, len(indices), CHUNK)}
+    if chunks.keys() <= record.chunks.keys():
+        record.forget()
+    elif record.chunks:
+        print(f"going on: {len(record.chunks)} of {len(chunks)} chunks are done", flush=True)
+    wanted = [chunk for chunk in reversed(chunks) if chunk not in record.chunks]
+    workers = [Worker(work) for _ in range(min(jobs, len(wanted)))]
+    start = told = time.monotonic()
+    try:
+        while wanted or not all(worker.is_idle for worker in workers):
+            for worker in workers:
+                if worker.is_idle and wanted:
+                    chunk = wanted.pop()
+                    worker.begin(chunk, chunks[chunk])
+            wait([worker.pipe for worker in workers if not worker.is_idle], timeout=60)
+            for worker in workers:
+                before = len(worker.rows)
+                worker.look(lost)
+                for row in worker.rows[before:]:
+                    if row.fault:
+                        print(f"{row.fault}\nagain: {row.again}", flush=True)
+                if worker.is_idle and before < len(worker.rows):
+                    record.add(worker.chunk, worker.rows)
+            if time.monotonic() - told > 600:
+                told = time.monotonic()
+                print(f"after {told - start:.0f} s:", flush=True)
+                record.tell()
+    except KeyboardInterrupt:
+        print(f"stopped: the same command goes on; {record.path} holds what is done")
+    finally:
+        for worker in workers:
+            worker.end()
+    return int(record.tell() > 0)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
-    parser.add_argument("count", nargs="?", type=int, default=1000, help="instances a family")
-    parser.add_argument("--only", choices=FAMILIES, action="append", help="these families")
+    parser.add_argument("count", nargs="?", type=int, default=1000, help="instances in all")
+    parser.add_argument("--only", action="append", help="these families", default=[])
     parser.add_argument("--first", type=int, default=0, help="number of the first instance")
-    arguments = parser.parse_args()
-    names = arguments.only or FAMILIES
-    sys.exit(sum(sweep(name, arguments.first, arguments.count) for name in names) > 0)
+    parser.add_argument("--jobs", type=int, default=1, help="processes")
+    parser.add_argument("--fresh", action="store_true", help="begin anew")
+    parser.add_argument("--module", type=Path, help="folder of the compiled module to test")
+    parser.add_argument("--twin", type=Path, help="folder of another one, to compare with")
+    parser.add_argument("--answer", action="store_true", help=argparse.SUPPRESS)
+    options = parser.parse_args()
+    os.environ.setdefault("ZELTBRAIDWERK_CACHE", str(ROOT / "build/sweep/tables"))
+    load(options.module)
+    import sweep_instances as instances  # after the module that it is to use
+
+    if options.answer:
+        return instances.answer()
+    names = options.only or list(instances.FAMILIES)
+    if unknown := set(names) - set(instances.FAMILIES):
+        known = ", ".join(instances.FAMILIES)
+        sys.exit(f"--only: got {', '.join(unknown)}, wanted some of {known}")
+    order = instances.order_of(names)
+    kept = "-".join([*options.only, str(options.first), str(options.count)])
+    record = Record(ROOT / f"build/sweep/{kept}.jsonl", options.fresh)
+    indices = range(options.first, options.first + options.count)
+    return run(
+        lambda: instances.Work(order, options.twin),
+        lambda index, how: instances.lost(order, index, how),
+        indices, options.jobs, record,
+    )  # fmt: skip
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

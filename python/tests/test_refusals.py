@@ -235,6 +235,7 @@ optimize(T3, exact=1) -> DtypeError: exact: got 1
 optimize(T3, permutation='any') -> OptionError: permutation: got 'any'
 optimize(T3, device=Device.line(2)) -> DeviceTooSmallError: at least 3
 optimize(T3, device=LINE_AND_DOT.part([1, 2, 3])) -> DisconnectedDeviceError: device: got
+optimize(T3, device=Device(5, [(0, 1), (1, 2), (3, 4)]), placement=(0, 1, 3)) -> DisconnectedDeviceError: placement: got \(0, 1, 3\), wanted qubits of one connected
 optimize(T3, placement=(0, 1, 2)) -> OptionError: placement: not an option without a device
 optimize(T3, router='sabre') -> OptionError: router: got 'sabre', wanted one of 'own', 'qiskit'
 optimize(Circuit(1, [Gate('S*', 0)])) -> OptionError: gates: got S\* \[0 \] .gate 0., wanted Clifford gates and rotations

@@ -1,24 +1,17 @@
-"""Routed circuits against dense unitaries, against their sources, and at their edges."""
+"""Routed circuits: observables, verification, and edges."""
 
 import math
-import random
 import time
 from pathlib import Path
 
 import numpy as np
 import pytest
-from hypothesis import given
-from hypothesis import strategies as st
-from rewriting import random_gates
 from support import (
     LONG_PROGRAM,
     assert_means,
-    device_edges,
     graph_of,
     means,
     replaced,
-    rotation_matrix,
-    same_up_to_phase,
     spoilt,
     unitary,
 )
@@ -28,35 +21,6 @@ from zeltbraidwerk import Circuit, CliffordTableau, Device, Gate, Parameter, cor
 
 PI = math.pi
 CIRCUITS = Path(__file__).parents[2] / "bench" / "circuits"
-
-
-def tail_matrix(tail):
-    return unitary(Circuit.from_core(tail.n, core.clifford_circuit(tail.to_core())))
-
-
-@given(data=st.data(), depth=st.integers(0, 2), objective=st.sampled_from(["count", "depth"]))
-def test_the_source_is_the_circuit_followed_by_the_tail(data, depth, objective):
-    n, edges = data.draw(device_edges(most=4))
-    device = Device(n, edges)
-    rng = random.Random(data.draw(st.integers(0, 2**32)))
-    gates = random_gates(rng, n, rng.randrange(26))
-    source = Circuit(n, [gate for gate in gates if gate.name != "XX"])
-    wanted = unitary(source)
-    for merge in (True, False):
-        form = routing.normalize(source, merge=merge)
-        matrix = np.eye(2**n)
-        for letters, angle in form.rotations:
-            matrix = rotation_matrix(letters, float(angle)) @ matrix
-        assert same_up_to_phase(tail_matrix(form.tail) @ matrix, wanted)
-        assert form.verify()
-    options = {"lookahead": depth, "objective": objective}
-    for result in (
-        routing.route(source, device, tail="return", **options),
-        routing.route_ions(source, lookahead=depth),
-        routing.route_ions(source, shelving=(0.01, 0.002), lookahead=depth),
-    ):
-        assert result.verify()
-        assert same_up_to_phase(tail_matrix(result.tail) @ unitary(result.circuit), wanted)
 
 
 def test_the_tail_goes_into_observables():

@@ -14,15 +14,21 @@ PARITIES = dict.fromkeys(zb.gallery.random_parities(8, 40, 1)[0], 0.1)
 OPERATOR, STATE = cliffords(8, 2)
 ANSATZ = [*zb.gallery.uccsd(6, 2).items()][:24]
 ANSATZ += [("XYIIIZ", "theta"), ("ZZIIII", np.pi / 2)]
+RINGS = [("".join("Z" if q in (k, (k + s) % 8) else "I" for q in range(8)), 0.1 * s)
+         for s in (1, 2, 3) for k in range(8)]  # fmt: skip
+MIXERS = [("".join("X" if q == k else "I" for q in range(8)), 0.7) for k in range(8)]
 GRAPH = zb.gallery.random_graph(12, seed=2)
 GRID = Device.grid(4, 4)
 
 linear = functools.partial(zb.linear.synthesize, MATRIX, method="search")
+few_wires = functools.partial(zb.linear.synthesize, np.eye(5)[[1, 3, 0, 2, 4]].astype(bool),
+                              method="search")  # fmt: skip
 clifford = functools.partial(zb.clifford.synthesize, OPERATOR, method="search")
 state = functools.partial(zb.clifford.synthesize_state, STATE)
 graph_state = functools.partial(zb.graph_state.synthesize, GRAPH, method="search")
 phase = functools.partial(zb.phase.synthesize, PARITIES, n=8, method="search")
 pauli = functools.partial(zb.pauli.synthesize, ANSATZ, method="search")
+blocks = functools.partial(zb.pauli.synthesize, RINGS + MIXERS, method="search")
 
 CASES = [
     (linear, {}),
@@ -31,6 +37,7 @@ CASES = [
     (linear, {"device": GRID}),
     (linear, {"device": GRID, "objective": "depth", "permutation": "free"}),
     (linear, {"device": GRID, "reach": 2}),
+    (few_wires, {}),
     (clifford, {}),
     (clifford, {"permutation": "free"}),
     (clifford, {"objective": "depth"}),
@@ -47,6 +54,8 @@ CASES = [
     (pauli, {"order": "free", "permutation": "free"}),
     (pauli, {"tail": cliffords(6, 1)[0]}),
     (pauli, {"device": GRID, "order": "free"}),
+    (blocks, {}),
+    (blocks, {"tail": "return", "objective": "depth"}),
 ]
 
 
@@ -119,6 +128,13 @@ def test_rotations_of_a_start_are_matched_by_string_sign_and_angle():
         with pytest.raises(errors.OptionError, match="start: got a circuit of another operation"):
             search(start=start)
     assert search(start=wrong[5], tail="return").verify()
+
+
+def test_clifford_gates_of_a_start_are_not_taken_for_rotations():
+    """They are quarter turns as well, about the same strings."""
+    rotations = [("YY", np.pi / 2), ("IX", 5 * np.pi / 2)]
+    known = zb.pauli.synthesize(rotations, method="greedy", seed=874)
+    assert zb.pauli.synthesize(rotations, method="search", steps=1, start=known).verify()
 
 
 @pytest.mark.parametrize(

@@ -37,7 +37,7 @@ The pages of the documentation, in the folder docs of the sources; ./dev docs bu
     start                  quickstart.md, circuits.md, shell.md, errors.md
     your tools             qiskit.md, pytket.md, pyzx.md, cirq.md, pennylane.md, stim.md, cpp.md
     families               choosing.md, codes.md, searching.md, devices.md, batch.md
-    reference              python.md, and the folder reference
+    reference              python.md, tested.md, and the folder reference
 
 >>> import zeltbraidwerk as zb
 >>> result = zb.optimize("qreg q[3]; ccx q[0],q[1],q[2]; cx q[0],q[1]; ccx q[0],q[1],q[2];", seed=1)

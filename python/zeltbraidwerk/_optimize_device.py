@@ -106,9 +106,8 @@ class OnDevice:
     # --- candidates ---------------------------------------------------------------------------
 
     def _candidates(self, router: str, given: Placement | None) -> Iterator[Routed]:
-        has_pieces = len(pieces_of(self.source.split_ending()[0])[0]) > 1
         if router == "qiskit":
-            if has_pieces:
+            if self._has_pieces:
                 raise errors.OptionError(
                     "router: got 'qiskit' for a circuit with operations other than gates in the "
                     "middle, wanted 'own'"
@@ -119,7 +118,7 @@ class OnDevice:
             yield from self._by_trees()
             return
         routed = []
-        for each in self._by_swaps(_swaps.routes, given) if not has_pieces else ():
+        for each in self._by_swaps(_swaps.routes, given) if not self._has_pieces else ():
             routed.append(each)
             yield each
         if self._is_late():
@@ -243,6 +242,11 @@ class OnDevice:
 
     # --- parts ------------------------------------------------------------------------------------
 
+    @cached_property
+    def _has_pieces(self) -> bool:
+        """Whether operations other than gates are in the middle."""
+        return len(pieces_of(self.source.split_ending()[0])[0]) > 1
+
     def _device(self) -> Device:
         """The wires."""
         site = self.call.site
@@ -255,7 +259,7 @@ class OnDevice:
         """A circuit as a result that has changed nothing."""
         call = replace(self._with_share(0), progress=None)
         empty = Assembly(call, Circuit(self._device().n), self.options).run()
-        return replace(empty, circuit=circuit, source=circuit, _stages=((),))
+        return replace(empty, circuit=circuit, source=circuit, _stages=((),), front=())
 
     # --- effort -----------------------------------------------------------------------------------
 
@@ -318,8 +322,17 @@ class OnDevice:
         return falling(self.call.progress)
 
     def _placed(self, routed: Routed) -> Optimization:
-        """The result on the device, of the source. Where outputs may be anywhere, idle qubits of
-        the device are wires as well, after those of the source."""
+        """The result on the device, of the source. Its front is that of the last search, or the
+        circuit itself where there was no time for one."""
+        whole = self._alone(routed)
+        front = tuple(self._alone(each) for each in routed.front)
+        if not front and self.call.objective == "depth" and not self._has_pieces:
+            front = (whole,)
+        return replace(whole, front=front)
+
+    def _alone(self, routed: Routed) -> Optimization:
+        """The same without a front. Where outputs may be anywhere, idle qubits of the device are
+        wires as well, after those of the source."""
         site = self.call.site
         assert site is not None
         qubits, width = site.qubits, site.device.n
@@ -335,7 +348,7 @@ class OnDevice:
             placement=tuple(qubits[wire] for wire in starts),
             permutation=tuple(ends),
             seconds=self.call.elapsed,
-            front=tuple(self._placed(each) for each in routed.front),
+            front=(),
             _stages=tuple(
                 tuple(stage.placed(qubits, width) for stage in stages)
                 for stages in routed.found._stages

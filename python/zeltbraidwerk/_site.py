@@ -47,7 +47,11 @@ class Site:
         wanted = set(given) if given is not None else set()
         fitting = [part for part in device._pieces if wanted <= part and len(part) >= n]
         if device.n and not fitting:
-            raise _disconnected(device, n)
+            if given is None or len(device._pieces[0]) < n:
+                raise _disconnected(device, n)
+            raise errors.DisconnectedDeviceError(
+                f"placement: got {given}, wanted qubits of one connected component of {device!r}"
+            )
         qubits = tuple(sorted(fitting[0])) if fitting else ()
         places = None if given is None else tuple(qubits.index(q) for q in given)
         return cls(device, qubits), places

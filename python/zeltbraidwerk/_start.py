@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Iterator
 from dataclasses import dataclass
 from typing import Any
@@ -10,8 +11,11 @@ from zeltbraidwerk import _core, _validate, errors
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._site import Site
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import Gate
+from zeltbraidwerk.gates import ROTATIONS, Gate
 from zeltbraidwerk.instructions import gates_alone
+
+_TURNS = ("I", "S", "Z", "D-S")  # about Z, by quarter turns
+_TO_Z = {"X": (("H",), ("H",)), "Y": (("D-S", "H"), ("H", "S")), "Z": ((), ())}
 
 
 @dataclass(frozen=True)
@@ -27,7 +31,7 @@ class Known:
     def of(cls, start: Any) -> Known:
         """Of a result, or of a circuit with its outputs in their places."""
         if isinstance(start, Result):
-            circuit = Circuit.of(start.circuit)
+            circuit = _with_fixed_named(Circuit.of(start.circuit), start)
             outputs = tuple(start.placement[wire] for wire in start.permutation)
             return cls(circuit, start.placement, outputs)
         try:
@@ -68,3 +72,20 @@ class Known:
                 yield from (Gate.h(target), Gate.cnot(*gate.qubits), Gate.h(target))
             else:
                 yield gate
+
+
+def _with_fixed_named(circuit: Circuit, result: Result) -> Circuit:
+    """Without angles in Clifford gates where the result knows them from rotations by quarter turns:
+    a search would take some of them for rotations that it looks for."""
+    rotates = getattr(result, "_rotates", None)
+    if rotates is None:
+        return circuit
+    gates: list[Gate] = []
+    for gate, is_rotation in zip(circuit.gates, rotates, strict=True):
+        if is_rotation or gate.name not in ROTATIONS:
+            gates.append(gate)
+            continue
+        before, after = _TO_Z["Z" if gate.diag else gate.name[1]]
+        turn = _TURNS[round(float(gate.params[0]) / (math.pi / 2)) % 4]
+        gates += [Gate(name, gate.qubits) for name in (*before, turn, *after)]
+    return Circuit(circuit.n, gates)

@@ -62,11 +62,11 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     """A circuit as Pauli rotations followed by one Clifford operator.
 
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads. Clifford gates, and rotations by
-    0, pi/2 and pi with either sign, pass to the end; angles may be symbolic. With ``merge``,
-    rotations about the same string are added where others let them meet, and sums that have become
-    Clifford pass to the end as well. With ``repeat`` this is done again until nothing changes, as
-    :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are left out; a
-    circuit that holds measurements, resets or conditions is refused:
+    0, pi/2 and pi with either sign, to 1e-5, pass to the end; angles may be symbolic. With
+    ``merge``, rotations about the same string are added where others let them meet, and sums that
+    have become Clifford pass to the end as well. With ``repeat`` this is done again until nothing
+    changes, as :func:`zeltbraidwerk.optimize` does, and sums are taken modulo 2 pi. Barriers are
+    left out; a circuit that holds measurements, resets or conditions is refused:
     :meth:`zeltbraidwerk.Circuit.split_ending` takes off those at its end.
 
     >>> normalize("qreg q[2]; h q[0]; rz(0.5) q[0]; cx q[0],q[1]; rz(0.25) q[1];").blocks
@@ -113,8 +113,9 @@ def route(
     """A circuit on the edges of a device, without SWAP gates.
 
     ``circuit`` is whatever :meth:`zeltbraidwerk.Circuit.of` reads, ``device`` whatever
-    :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, and only its rotations are
-    emitted, each as CNOTs along a tree of the device and one RZ. This leaves a Clifford operator.
+    :meth:`zeltbraidwerk.Device.of` does. The circuit is normalised, where angles within 1e-5 of a
+    multiple of pi/2 count as that, and only its rotations are emitted, each as CNOTs along a tree
+    of the device and one RZ. This leaves a Clifford operator.
     With ``tail="close"``, the default, a short search appends it as gates on the edges, and another
     one shortens the whole as :func:`zeltbraidwerk.optimize` does, which starts from routings of its
     own and gets further. The circuit does what the source does, up to a global phase, every qubit

@@ -107,7 +107,7 @@ PauliNetwork PauliRuns::make(int run) const {
   network.in_order = in_order;
   network.gates =
       in_order ? synthesise_in_order(renamed(names), synthesis) : synthesis(renamed(names));
-  close(network, run);
+  close(network, run, names);
   rename_back(network, names);
   return network;
 }
@@ -143,8 +143,8 @@ Rotations PauliRuns::arranged(Rotations rotations, int run, const Draw& draw) co
 }
 
 /// Undoes the Clifford gates, and appends the target, by a short search for one circuit of them
-/// all, or one by one where that is no longer.
-void PauliRuns::close(PauliNetwork& network, int run) const {
+/// all, or one by one where that is no longer. The target has the given names of qubits, not these.
+void PauliRuns::close(PauliNetwork& network, int run, const std::vector<int>& names) const {
   network.wires = internal::in_order(qubits());
   if (outputs == Outputs::left_open || (method.closes && target == nullptr)) return;
   std::vector<structures::Gate> undoing;
@@ -153,7 +153,10 @@ void PauliRuns::close(PauliNetwork& network, int run) const {
   }
   undoing = inverted(undoing);
   if (target != nullptr) {
-    undoing.insert(undoing.end(), target->gates.begin(), target->gates.end());
+    for (structures::Gate gate : target->gates) {
+      for (int& q : gate.qbits) q = names[static_cast<std::size_t>(q)];
+      undoing.push_back(std::move(gate));
+    }
   }
   PauliFrame images = identity_images(qubits());
   for (const structures::Gate& gate : undoing) images.apply(gate);

@@ -69,7 +69,7 @@ struct PauliRuns {
   int qubits() const { return table.frame.qubits(); }
   Rotations renamed(const std::vector<int>& names) const;
   Rotations arranged(Rotations rotations, int run, const Draw& draw) const;
-  void close(PauliNetwork& network, int run) const;
+  void close(PauliNetwork& network, int run, const std::vector<int>& names) const;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -76,6 +76,7 @@ class CnotSearchInPlace : public CnotSearch {
     if (is_permutation()) return offer(relabelled(m_));
     if (has_table()) {
       offer(shortest_circuit(m_, false, rng_));
+      if (task_.start != nullptr) offer(*task_.start);  // it may have fewer layers
       return prove_best();
     }
     blocks_.first(rng_);

@@ -14,6 +14,7 @@ namespace {
 PlacedEvents search_block(const NetworkInput& input, NetworkTask task, std::size_t block,
                           const Effort& effort) {
   const DiagonalBlocks& blocks = input.blocks;
+  task.given = nullptr;  // a network of the whole list, not of this block
   // In place, so that an open end is never longer than a closed one; and on a device the next block
   // needs its qubits where they were.
   if (!blocks.is_last(block) && (!task.closes() || task.device != nullptr)) {
