@@ -67,7 +67,7 @@ class PauliCall {
     auto& network = best.as<PauliNetwork>();
     PauliResult result{std::move(best.result), std::move(network.gates), {}, network.in_order};
     result.permutation = std::move(network.wires);
-    if (!searches) prove(result, bound());
+    if (!searches()) prove(result, bound());
     for (structures::Gate& gate : result.gates) {
       const LabelledRow label = labelled_row(gate);
       result.rows.push_back(label.row);
