@@ -43,6 +43,15 @@ def test_the_tail_goes_into_observables():
     assert not np.any(np.isclose(means(unitary(left_open.circuit)[:, 0], turned), wanted))
 
 
+def test_small_angles_that_are_dropped_are_no_fault():
+    for angle in (1e-7, -PI / 2 + 3e-6, PI - 9e-6):
+        source = Circuit(3, [Gate.h(0), Gate.rz(0, angle), Gate.cnot(0, 2), Gate.rx(2, 0.3)])
+        result = routing.route(source, Device.line(3))
+        assert result.verify()
+        left = Circuit(3, [*result.circuit, Gate.rz(1, 2e-5)])
+        assert not replaced(result, circuit=left).verify()
+
+
 def test_verification_finds_faults():
     source = Circuit(3, [Gate.h(0), Gate.cnot(0, 1), Gate.rz(1, 0.3), Gate.rx(2, "a"), Gate.s(1)])
     source += Circuit(3, [Gate.cnot(1, 2), Gate.rz(2, 0.7), Gate.rz(1, 0.2)])

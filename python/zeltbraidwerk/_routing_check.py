@@ -26,6 +26,19 @@ def is_clifford_angle(angle: Parameter) -> bool:
     return any(abs(value - turns * math.pi / 2) < _TOLERANCE for turns in (0, 1, 2))
 
 
+def rounded(circuit: Circuit) -> Circuit:
+    """With the angles of Clifford gates exact, as routing takes them."""
+    return Circuit._trusted(
+        circuit.n,
+        tuple(
+            Gate(gate.name, gate.qubits, round(float(gate.params[0]) / (math.pi / 2)) * math.pi / 2)
+            if gate.name in ROTATIONS and is_clifford(gate)
+            else gate
+            for gate in circuit.gates
+        ),
+    )
+
+
 def normal_form(circuit: Circuit, merge: bool = True) -> tuple[list[list[Rotation]], PulledBack]:
     """Blocks of rotations that commute pairwise, and the Clifford operator after them."""
     rotations, clifford = unfolded(circuit, [is_clifford(gate) for gate in circuit])

@@ -118,14 +118,18 @@ class Routing(MovesObservables):
         """Follows the rotations of the circuit back through its gates, and those of the source
         through the source's, with signs and without the library: they are the same, equal ones
         added, none before another that it does not commute with; so are the Clifford operators,
-        with the tail; and gates are on edges. Measurements and resets are those of the source, in
+        with the tail; angles within 1e-5 of a Clifford gate's may have become one; and gates are on edges. Measurements and resets are those of the source, in
         their places."""
         circuit, ending = self.circuit.split_ending()
         source, wanted_ending = placed(self.source, self.placement, self.n).split_ending()
         if not (self._on_edges() and _records(ending) == _records(wanted_ending)):
             return False
         if self.tail == CliffordTableau(self.n):
-            return _circuit_check.same_operator(source.unitary(), circuit)
+            gates = source.unitary()
+            return any(
+                _circuit_check.same_operator(each, circuit)
+                for each in (gates, _routing_check.rounded(gates))
+            )
         found, pulled = _pauli_check.unfolded(circuit, [not r for r in self._rotates])
         blocks, clifford = _routing_check.normal_form(source.unitary())
         wanted = [rotation for block in blocks for rotation in block]
