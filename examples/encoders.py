@@ -1,10 +1,12 @@
 """Two-qubit gates and layers of encoders, beside those of the whole Clifford operators that other
 ways make of a code; then those of CSS codes and of their states with all logical qubits 0: tables.
 
-encoders.py      needs Stim, and for the last column Qiskit; the second table takes some minutes
+encoders.py            needs Stim, and for the last column Qiskit
+encoders.py SECONDS    CSS codes once more with that budget, 14 searches
 """
 
 import importlib.util
+import sys
 from collections.abc import Iterator
 from typing import Any
 
@@ -16,14 +18,14 @@ from zeltbraidwerk import Circuit, gallery
 HEADS = ("code", "encoder", "its logicals given", "for depth", "operator", "Qiskit, operator")
 
 
-SECONDS = 20
-CSS_HEADS = ("CSS code", "encoder", f"in {SECONDS} s", "logical 0", f"in {SECONDS} s")
-
-
 def main() -> None:
     show([HEADS, *(tuple(row(name, code)) for name, code in codes().items())])
     print()
-    show([CSS_HEADS, *(tuple(css_row(name, code)) for name, code in css_codes().items())])
+    budgets = [None, *map(float, sys.argv[1:])]
+    heads = [kind if budget is None else f"{kind}, {budget:g} s"
+             for kind in ("encoder", "logical 0") for budget in budgets]  # fmt: skip
+    rows = [tuple(css_row(name, code, budgets)) for name, code in css_codes().items()]
+    show([("CSS code", *heads), *rows])
 
 
 def show(rows: list[tuple[str, ...]]) -> None:
@@ -56,13 +58,13 @@ def css_codes() -> dict[str, Any]:
     }
 
 
-def css_row(name: str, code: Any) -> Iterator[str]:
+def css_row(name: str, code: Any, budgets: list[float | None]) -> Iterator[str]:
     yield name
     for make, given in (
         (zb.clifford.synthesize_encoder, code),
         (zb.clifford.synthesize_state, gallery.logical_zero(code)),
     ):
-        for budget in (None, SECONDS):
+        for budget in budgets:
             result = make(given, seed=1, budget=budget)
             assert result.verify()
             yield f"{result.count} / {result.depth}"
