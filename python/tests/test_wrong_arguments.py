@@ -22,6 +22,7 @@ from zeltbraidwerk import Circuit, CliffordTableau, CnotCircuit, Device, Gate, c
 MATRIX = [[1, 1], [0, 1]]
 BELL = Circuit(2, [Gate.h(0), Gate.cnot(0, 1)])
 CNOTS = CnotCircuit(2, [(0, 1)])
+RATED = Device(3, [(0, 1), (1, 2)], edge_errors={(0, 1): 0.1}, edge_durations={(1, 2): 1e-7})
 QUICK = {"method": "search", "steps": 0, "seed": 1}
 THREADS = ThreadPoolExecutor(1)
 
@@ -57,7 +58,7 @@ INSTANCES = {
     "Conditional": lambda: zb.Conditional(Gate.h(0), 0), "Measure": lambda: zb.Measure(0, 0),
     "Register": lambda: zb.Register("c", 1), "Reset": lambda: zb.Reset(0),
     "CliffordTableau": lambda: CliffordTableau(2), "CnotCircuit": lambda: CNOTS,
-    "Device": lambda: Device.line(3), "Limits": zb.limits.current, "Gate": lambda: Gate.h(0),
+    "Device": lambda: RATED, "Limits": zb.limits.current, "Gate": lambda: Gate.h(0),
     "Parameter": lambda: zb.Parameter(0.5),
     "LinearSynthesis": lambda: zb.linear.synthesize(MATRIX, **QUICK),
     "PhaseSynthesis": lambda: zb.phase.synthesize({"11": 0.5}, **QUICK),

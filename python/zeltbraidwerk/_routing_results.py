@@ -118,8 +118,8 @@ class Routing(MovesObservables):
         """Follows the rotations of the circuit back through its gates, and those of the source
         through the source's, with signs and without the library: they are the same, equal ones
         added, none before another that it does not commute with; so are the Clifford operators,
-        with the tail; angles within 1e-5 of a Clifford gate's may have become one; and gates are on edges. Measurements and resets are those of the source, in
-        their places."""
+        with the tail; angles within 1e-5 of a Clifford gate's may have become one; and gates are on
+        edges. Measurements and resets are those of the source, in their places."""
         circuit, ending = self.circuit.split_ending()
         source, wanted_ending = placed(self.source, self.placement, self.n).split_ending()
         if not (self._on_edges() and _records(ending) == _records(wanted_ending)):

@@ -303,7 +303,8 @@ class Device(CouplingGraph, _json.Stored):
 
     def without(self, edges: Iterable[tuple[int, int]]) -> Device:
         """The device without these edges; its qubits keep their numbers."""
-        pairs = _validate.cnots(list(edges), self._n, "edges").tolist()
+        listed = _validate.items(edges, "edges", "edges of the device")
+        pairs = _validate.cnots(list(listed), self._n, "edges").tolist()
         gone = {(min(pair), max(pair)) for pair in pairs}
         if unknown := gone.difference(self._edges):
             raise errors.DeviceError(f"edges: got {min(unknown)}, wanted edges of the device")
