@@ -55,7 +55,7 @@ def grounds(device: Device, n: int, costs: Costs) -> Iterator[Device]:
     """The device without edges of infinite cost, as it would be used without costs; then the part
     of n qubits that are nearest to each other, with fewer and fewer of its edges."""
     usable = [edge for edge in device.edges if costs[edge] < np.inf]
-    plain = device.without(edge for edge in device.edges if costs[edge] == np.inf)
+    plain = device.without([edge for edge in device.edges if costs[edge] == np.inf])
     yield plain
     near = _device_parts.neighbours_of(device.n, usable)
     parts = {_grown(near, costs, start, n) for start in range(device.n)} - {None}

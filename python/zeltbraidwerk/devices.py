@@ -59,9 +59,7 @@ class Device(CouplingGraph, _json.Stored):
         edge_durations: Mapping[tuple[int, int], float] | None = None,
     ) -> None:
         self._n = _validate.qubit_count(n)
-        listed = list(edges) if isinstance(edges, (set, frozenset)) else edges
-        pairs = _validate.cnots(listed, self._n, "edges").tolist()
-        self._edges: tuple[Edge, ...] = tuple(sorted({(min(pair), max(pair)) for pair in pairs}))
+        self._edges: tuple[Edge, ...] = tuple(sorted(_pairs(edges, self._n)))
         self._name = _validate.text(name, "name")
         self._labels = _device_data.labels_of(labels, self._n)
         self._edge_rates = _device_data.of_edges(
@@ -303,9 +301,7 @@ class Device(CouplingGraph, _json.Stored):
 
     def without(self, edges: Iterable[tuple[int, int]]) -> Device:
         """The device without these edges; its qubits keep their numbers."""
-        listed = _validate.items(edges, "edges", "edges of the device")
-        pairs = _validate.cnots(list(listed), self._n, "edges").tolist()
-        gone = {(min(pair), max(pair)) for pair in pairs}
+        gone = _pairs(edges, self._n)
         if unknown := gone.difference(self._edges):
             raise errors.DeviceError(f"edges: got {min(unknown)}, wanted edges of the device")
         kept = [edge for edge in self._edges if edge not in gone]
@@ -378,6 +374,13 @@ class Device(CouplingGraph, _json.Stored):
 
 
 _VALUES = ("edge_errors", "qubit_errors", "edge_durations")
+
+
+def _pairs(edges: Any, n: int) -> set[Edge]:
+    """The lower qubit first."""
+    listed = list(edges) if isinstance(edges, (set, frozenset)) else edges
+    pairs = _validate.cnots(listed, n, "edges").tolist()
+    return {(min(pair), max(pair)) for pair in pairs}
 
 
 def _restored(bare: Any, labels: Any, *values: Any) -> Device:
