@@ -125,13 +125,9 @@ def read_of(circuit: Any, found: Labelled) -> Read:
     return Read(circuit.n_qubits, found.reading.operations, bits_of(circuit)[1], names)
 
 
+@_reading.without_collection()
 def read_labelled(circuit: Any) -> Labelled:
     _reading.wanted(circuit, "pytket", "Circuit")
-    with _reading.without_collection():
-        return _labelled(circuit)
-
-
-def _labelled(circuit: Any) -> Labelled:
     plain, reading = circuit, _operations(circuit, "")
     if reading is None:
         plain = _taken_apart(circuit)

@@ -102,6 +102,7 @@ def _tests(
 STANDARD = {"rcccx": "rc3x", "c3sx": "c3sqrtx", "mcx": "c3x"}
 
 
+@_reading.without_collection()
 def read(circuit: Any, most_inner: int | None = None, lines: Sequence[int] | None = None) -> Read:
     """``most_inner`` bounds the instructions within definitions, which take long to unfold;
     ``lines`` are those that the instructions were read from."""

@@ -18,7 +18,7 @@ from zeltbraidwerk._definitions import (
     split,
 )  # fmt: skip
 from zeltbraidwerk._header import table
-from zeltbraidwerk._reading import Condition, Read, Reading
+from zeltbraidwerk._reading import Condition, Read, Reading, without_collection
 from zeltbraidwerk.errors import QasmError, QasmTooLargeError
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import Barrier, Measure, Operation, Register, Reset
@@ -49,6 +49,7 @@ def without_comments(text: str) -> str:
     return _COMMENT.sub(blank, text) if "/" in text else text
 
 
+@without_collection()
 def read(text: str) -> Read:
     """What text without comments holds."""
     reader = _Reader()
