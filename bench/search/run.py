@@ -6,7 +6,8 @@
 
 A budget is of wall time on one thread, so run it on a quiet machine. Every circuit is verified. The
 goals and the figures of others are those measured or published before; "others" is the best of
-them, with wires free where ours are.
+them, with wires free where ours are. "bound" is proven: no circuit takes fewer; "ratio" is that of
+what is reached to it. Ends with an error where a goal is missed by more than 3 %.
 """
 
 from __future__ import annotations
@@ -303,9 +304,12 @@ def rows() -> list[Row]:
     ]
 
 
-def measure(row: Row, instances: int) -> bool:
-    """Prints a line; True where the goal is reached."""
-    values, seconds = [], []
+MOST_MISSED = 0.03  # of a goal
+
+
+def measure(row: Row, instances: int) -> tuple[bool, bool]:
+    """Prints a line; whether the goal is reached, and whether at least nearly."""
+    values, seconds, bounds = [], [], []
     row.calls[0](min(row.budget, 1.0))  # builds the tables that are built once
     for call in row.calls[:instances]:
         start = time.perf_counter()
@@ -314,20 +318,23 @@ def measure(row: Row, instances: int) -> bool:
         if not result.verify():
             sys.exit(f"{row.name}: the circuit is wrong")
         values.append((result.depth, result.count) if row.depth else (result.count, result.depth))
+        bounds.append(result.bound or 0)
     reached, other = (mean(column) for column in zip(*values, strict=True))
-    good = reached <= row.goal
+    bound = mean(bounds)
+    good, near = reached <= row.goal, reached <= (1 + MOST_MISSED) * row.goal
     if row.most_milliseconds is not None:
         good = good and 1e3 * mean(seconds) <= row.most_milliseconds
     cells = (
         row.name, len(values), f"{mean(seconds):.3g} s", f"{reached:.2f}", f"{other:.1f}",
-        f"{row.goal:g}", row.others or "-", "yes" if good else "no",
+        f"{row.goal:g}", row.others or "-", f"{bound:g}" if bound else "-",
+        f"{reached / bound:.2f}" if bound else "-", "yes" if good else "nearly" if near else "no",
     )  # fmt: skip
     print(_line(cells), flush=True)
-    return good
+    return good, near
 
 
 def _line(cells: Sequence[object]) -> str:
-    widths = (28, 9, 9, 9, 9, 8, 8, 8)
+    widths = (28, 9, 9, 9, 9, 8, 8, 8, 6, 8)
     return " ".join(str(cell).rjust(width) for cell, width in zip(cells, widths, strict=True))
 
 
@@ -336,12 +343,13 @@ def main() -> int:
     parser.add_argument("--quick", action="store_true", help="two instances a row")
     parser.add_argument("--only", default="", help="a part of the rows' names")
     options = parser.parse_args()
-    heads = ("input", "instances", "time", "reached", "beside", "goal", "others", "reached")
+    heads = ("input", "instances", "time", "reached", "beside", "goal", "others", "bound", "ratio",
+             "good")  # fmt: skip
     print(_line(heads))
     chosen = [row for row in rows() if options.only in row.name]
     outcomes = [measure(row, 2 if options.quick else len(row.calls)) for row in chosen]
-    print(f"{sum(outcomes)} of {len(outcomes)} goals reached")
-    return 0
+    print(f"{sum(good for good, _ in outcomes)} of {len(outcomes)} goals reached")
+    return 0 if all(near for _, near in outcomes) else 1
 
 
 if __name__ == "__main__":
