@@ -160,7 +160,7 @@ class Fuzzer:
         signal.signal(signal.SIGINT, signal.default_int_handler)  # a job in background ignores it
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         size = self.limits.megabytes * MEGABYTE
-        os.environ["ZELTBRAIDWERK_LIMIT_MEMORY"] = str(MOST_OF_A_CALL)
+        sys.modules["zeltbraidwerk._core"]._set_memory_limit(float(MOST_OF_A_CALL))
         if not SANITIZED:
             resource.setrlimit(resource.RLIMIT_AS, (size, size))
         for number in range(first, last):
