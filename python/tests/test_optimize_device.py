@@ -148,3 +148,11 @@ def test_ctrl_c_leaves_a_circuit_on_the_edges(qubits, ctrl_c):
     assert best.source == source
     assert best.circuit.n == 7
     assert best.verify()
+
+
+def test_no_time_gives_the_circuit_with_its_ending():
+    """A barrier on a qubit without gates belongs to the ending, wherever it stands."""
+    early = "creg c[1]; barrier q[1]; cx q[0],q[3]; cx q[3],q[2]; barrier q; measure q[1] -> c[0];"
+    result = zb.optimize("qreg q[4];" + early, device=Device.line(4), budget=1e-6, seed=1)
+    assert result.verify()
+    assert result.global_phase == 0

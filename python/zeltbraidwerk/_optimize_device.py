@@ -148,8 +148,11 @@ class OnDevice:
         """The source on the edges, made in milliseconds."""
         n = self._device().n
         start = tuple(range(self.source.n)) if self._start is None else self._start
-        wide = self.source.placed(start, n)
-        return Routed.of(self._as_given(_swaps.plainly(wide, self._device())), start)
+        # Endings come last, also barriers on qubits that have no gate after them.
+        first, ending = (part.placed(start, n) for part in self.source.split_ending())
+        routed = _swaps.plainly(first, self._device())
+        whole = Circuit._trusted(n, routed.operations + ending.operations, ending.classical)
+        return Routed.of(self._as_given(whole), start)
 
     def _by_trees(self) -> Iterator[Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""
