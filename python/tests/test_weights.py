@@ -60,6 +60,7 @@ def test_it_costs_no_more_than_without(name):
         found = CALLS[name](objective=objective, **given)
         assert found.verify()
         assert (found.device, found.objective) == (device, objective)
+        assert (found.bound, found.least_count, found.least_depth) == (None, 0, 0)
         cost = cost_by_hand(found.circuit, device, objective)
         assert math.isclose(getattr(found, objective), cost)
         assert cost <= cost_by_hand(plain.circuit, device, objective) * (1 + 1e-12)

@@ -224,15 +224,17 @@ class Call:
                 if at.best is None:
                     raise
                 best = replace(at.best, device=device, objective=weights.objective)
-                raise errors.Interrupted(f"stopped, best so far: {best}", best) from None
+                raise errors.Interrupted(best=best) from None
         finally:
             whole.effort = replace(whole.effort, seed=self.effort.seed)
             vars(self).update(vars(whole))
         result, moved = min(found, key=lambda each: each[:2])[2]
         stays = range(device.n)
         best = moved(stays if fixed else _weights.places(result.circuit, device, weights))
+        # What was proven holds for the part of the device that was searched.
+        best = replace(best, least_count=0, least_depth=0)
         if stopped:
-            raise errors.Interrupted(f"stopped, best so far: {best}", best)
+            raise errors.Interrupted(best=best)
         return best
 
     def _is_over(self) -> bool:
