@@ -29,7 +29,7 @@ def stabilizers(n):
     return table, [core.Parameter(0.1)] * n
 
 
-# What makes the input, and the call; those that take neither steps nor jobs have None.
+# What makes the input, and the call, which goes on for more than the second in which it is stopped.
 SEARCHES = {
     "linear": (lambda: matrix(40), linear.synthesize, {}),
     "linear depth": (lambda: matrix(33), linear.synthesize, {"objective": "depth"}),
@@ -54,8 +54,8 @@ OTHERS = {
     "decoding": (lambda: gallery.random_graph(150), graph_state.synthesize, {"method": "decoding"}),
     "tableau": (lambda: operator(2500)._core, lambda t: t.inverse(), {}),
     "graph form": (lambda: stabilizers(200), lambda t: core.graph_state_codiag(*t, 0), {}),
-    "matching": (lambda: np.arange(10**6).reshape(1000, 1000) % 1009,
-                 lambda w: core.BlossomAlgorithm(w, 1000), {}),
+    "matching": (lambda: np.arange(2500**2).reshape(2500, 2500) % 1009,
+                 lambda w: core.BlossomAlgorithm(w, 2500), {}),
     "large circuit": (lambda: circuit(30, 40_000), zb.optimize, ENDLESS),
     "sets": (lambda: rotations(20, 800, 9), pauli.synthesize,
              {"method": "sets", "restarts": 9**9}),
