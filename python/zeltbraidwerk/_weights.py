@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections import Counter
+from collections import Counter, defaultdict
 from collections.abc import Iterator, Sequence
 from dataclasses import dataclass
 from typing import Any
@@ -82,10 +82,10 @@ def _grown(
     """A connected part; the qubit that is joined to it best comes next."""
     part = {start}
     while len(part) < n:
-        gains: Counter[int] = Counter()
+        gains: defaultdict[int, float] = defaultdict(float)
         for a in part:
             for b in near[a] - part:
-                gains[b] += _gain(costs[min(a, b), max(a, b)])  # type: ignore[assignment]
+                gains[b] += _gain(costs[min(a, b), max(a, b)])
         if not gains:
             return None
         part.add(max(gains, key=lambda q: (gains[q], -q)))

@@ -76,7 +76,7 @@ class FreeSearch {
   void make_first_greedily(Rng& rng);
   GateList start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
   GateList start_by_columns(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
-  bool by_columns() const;  ///< dense maps of more than 40 wires
+  bool by_columns() const;  ///< dense maps of more than 32 wires
 
   BitMatrix m_;
   int n_;

@@ -85,7 +85,7 @@ inline std::vector<ReductionCost> greedy_costs_if_sparse(int n) {
   return {{-0.5, false, cnot_tuning.focus}};
 }
 
-/// Of beams up to beam_wires. Rows matrix 8 to 32 free.
+/// Of beams from both sides. Rows matrix 8 to 32 free.
 inline ReductionCost beam_cost(int n) {
   const bool small = n <= cnot_tuning.small_wires;
   return {.exponent = small ? 0 : -0.5, .with_inverse = small};
