@@ -44,12 +44,20 @@ def test_the_tail_goes_into_observables():
 
 
 def test_small_angles_that_are_dropped_are_no_fault():
-    for angle in (1e-7, -PI / 2 + 3e-6, PI - 9e-6):
-        source = Circuit(3, [Gate.h(0), Gate.rz(0, angle), Gate.cnot(0, 2), Gate.rx(2, 0.3)])
+    """Those of gates, and those of gates that only together are a Clifford gate nearly."""
+    for angles in ((1e-7,), (-PI / 2 + 3e-6,), (PI - 9e-6,), (0.5, PI / 2 + 0.5 - 4e-6)):
+        source = Circuit(3, [Gate.h(0), Gate.cnot(0, 2), Gate.rx(2, 0.3)])
+        for angle in angles:
+            source += Circuit(3, [Gate.rz(0, angle), Gate.cnot(0, 1), Gate("X", 0)])
+            source += Circuit(3, [Gate.cnot(0, 1), Gate.rx(2, "a")])
         result = routing.route(source, Device.line(3))
+        assert result.rotations == 1
         assert result.verify()
         left = Circuit(3, [*result.circuit, Gate.rz(1, 2e-5)])
         assert not replaced(result, circuit=left).verify()
+        form = routing.normalize(source, repeat=True)
+        assert form.verify()
+        assert not replaced(form, tail=form.tail.apply(Gate.s(0))).verify()
 
 
 def test_verification_finds_faults():

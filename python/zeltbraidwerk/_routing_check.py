@@ -27,32 +27,49 @@ def is_clifford_angle(angle: Parameter) -> bool:
 
 
 def rounded(circuit: Circuit) -> Circuit:
-    """With the angles of Clifford gates exact, as routing takes them."""
-    return Circuit._trusted(
-        circuit.n,
-        tuple(
-            Gate(gate.name, gate.qubits, round(float(gate.params[0]) / (math.pi / 2)) * math.pi / 2)
-            if gate.name in ROTATIONS and is_clifford(gate)
-            else gate
-            for gate in circuit.gates
-        ),
-    )
+    """With the angles of Clifford gates exact, as routing takes them: those of gates, then of sums
+    of rotations that merge, where the first gate of a sum makes up for the difference."""
+    gates = [gate if gate.name not in ROTATIONS else _turned(gate, _exact(gate.params[0]))
+             for gate in circuit.gates]  # fmt: skip
+    clifford = [is_clifford(gate) for gate in gates]
+    rotations, _ = unfolded(Circuit._trusted(circuit.n, tuple(gates)), clifford)
+    places = [place for place, is_fixed in enumerate(clifford) if not is_fixed]
+    for (_, angle), first in zip(*_merged(rotations), strict=True):
+        gate, rotation = gates[places[first]], rotations[first][1]
+        change = _exact(angle) - angle
+        gates[places[first]] = _turned(
+            gate, gate.params[0] + (change if rotation == gate.params[0] else -change)
+        )
+    return Circuit._trusted(circuit.n, tuple(gates))
+
+
+def _turned(gate: Gate, angle: Parameter) -> Gate:
+    return Gate(gate.name, gate.qubits, angle)
+
+
+def _exact(angle: Parameter) -> Parameter:
+    """The multiple of a quarter turn that a Clifford angle stands for; others as they are."""
+    if not is_clifford_angle(angle):
+        return angle
+    return Parameter(round(float(angle) / (math.pi / 2)) * math.pi / 2)
 
 
 def normal_form(circuit: Circuit, merge: bool = True) -> tuple[list[list[Rotation]], PulledBack]:
     """Blocks of rotations that commute pairwise, and the Clifford operator after them."""
     rotations, clifford = unfolded(circuit, [is_clifford(gate) for gate in circuit])
     if merge:
-        rotations, folded = _folded(_merged(rotations), circuit.n)
+        rotations, folded = _folded(_merged(rotations)[0], circuit.n)
         clifford = folded.then(clifford)
     return _blocks(rotations), clifford
 
 
-def _merged(rotations: Sequence[Rotation]) -> list[Rotation]:
-    """Each is added to the nearest earlier one of the same string that it can be moved to."""
+def _merged(rotations: Sequence[Rotation]) -> tuple[list[Rotation], list[int]]:
+    """Each is added to the nearest earlier one of the same string that it can be moved to; and of
+    which rotation every sum has the place."""
     merged: list[Rotation] = []
+    first: list[int] = []
     there: set[str] = set()
-    for letters, angle in rotations:
+    for number, (letters, angle) in enumerate(rotations):
         place = len(merged) - 1 if letters in there else -1
         while place >= 0 and merged[place][0] != letters:
             place = place - 1 if commute(merged[place][0], letters) else -1
@@ -60,8 +77,9 @@ def _merged(rotations: Sequence[Rotation]) -> list[Rotation]:
             merged[place] = (letters, merged[place][1] + angle)
         else:
             merged.append((letters, angle))
+            first.append(number)
             there.add(letters)
-    return merged
+    return merged, first
 
 
 def _folded(rotations: Sequence[Rotation], n: int) -> tuple[list[Rotation], PulledBack]:

@@ -2,10 +2,8 @@
 
 from __future__ import annotations
 
-import math
 from collections.abc import Iterable, Sequence
 from dataclasses import dataclass, field
-from itertools import pairwise
 
 import numpy as np
 import numpy.typing as npt
@@ -15,7 +13,7 @@ from zeltbraidwerk._observables import MovesObservables
 from zeltbraidwerk._operations import of_core
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
-from zeltbraidwerk.gates import Gate, Parameter
+from zeltbraidwerk.gates import Parameter
 from zeltbraidwerk.instructions import Barrier, Instruction
 
 
@@ -47,18 +45,14 @@ class NormalForm(_json.Stored):
 
     def verify(self) -> bool:
         """Takes the circuit apart once more, gate by gate, with signs and without the library,
-        and compares rotations and Clifford operator; and blocks commute."""
+        and compares rotations and Clifford operator; and blocks commute. With ``repeat`` it takes
+        apart a circuit of the same operator, made anew and proven to be that."""
+        circuit = self.source
         if self.repeated:
-            ending = of_core(self.n, _core.clifford_circuit(self.tail._core))
-            pulled = _pauli_check.PulledBack(self.n)
-            for gate in ending.gates:
-                pulled.append(gate)
-            return (
-                _routing_check.commutes_within(self.blocks)
-                and _fits(_pauli_check.PulledBack(self.n), self.tail, pulled)
-                and _circuit_check.same_operator(self.source, self._ladders() + ending)
-            )
-        blocks, clifford = _routing_check.normal_form(self.source, self.merged)
+            circuit = of_core(self.n, _core._fold_circuit(self.n, circuit.to_core()))
+            if not _circuit_check.same_operator(self.source, circuit):
+                return False
+        blocks, clifford = _routing_check.normal_form(circuit, self.merged)
         wanted = [rotation for block in blocks for rotation in block]
         alike = _pauli_check.same_rotations(list(self.rotations), wanted, True)
         return (
@@ -66,18 +60,6 @@ class NormalForm(_json.Stored):
             and _routing_check.commutes_within(self.blocks)
             and _fits(_pauli_check.PulledBack(self.n), self.tail, clifford)
         )
-
-    def _ladders(self) -> Circuit:
-        """Of CNOTs, one for each rotation."""
-        gates: list[Gate] = []
-        for letters, angle in self.rotations:
-            qubits = [q for q, letter in enumerate(letters) if letter != "I"]
-            to_z = [Gate.h(q) if letters[q] == "X" else Gate.rx(q, math.pi / 2)
-                    for q in qubits if letters[q] != "Z"]  # fmt: skip
-            ladder = [Gate.cnot(a, b) for a, b in pairwise(qubits)]
-            gates += [*to_z, *ladder, Gate.rz(qubits[-1], angle), *reversed(ladder)]
-            gates += [gate.inverse() for gate in to_z]
-        return Circuit(self.n, gates)
 
     def __repr__(self) -> str:
         return (
