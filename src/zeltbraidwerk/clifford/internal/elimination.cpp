@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <limits>
 #include <numeric>
 
@@ -16,12 +18,78 @@ namespace {
 /// The wires on which one qubit's two images have letters, by what the letters are.
 struct Split {
   std::vector<int> anticommuting, equal, only_x, only_z;
+};
 
-  int cnots() const {
-    const std::size_t pairs = anticommuting.size() / 2;
-    return static_cast<int>(3 * pairs + equal.size() + (equal.empty() ? 0 : 1) + only_x.size() +
-                            only_z.size());
+/// How many wires of each kind: those where only one image has a letter count together.
+struct Kinds {
+  int anticommuting = 0;
+  int equal = 0;
+  int one = 0;
+
+  int cnots() const { return 3 * (anticommuting / 2) + equal + (equal > 0 ? 1 : 0) + one; }
+};
+
+/// The kinds of all qubits at once, 64 in a word.
+class KindCounts {
+ public:
+  KindCounts(const PauliFrame& images, const std::vector<int>& wires)
+      : digits_(static_cast<int>(std::bit_width(wires.size()))),
+        words_(words_for(images.qubits())),
+        numbers_{
+            {{digits_, images.qubits()}, {digits_, images.qubits()}, {digits_, images.qubits()}}},
+        own_(1, images.qubits()) {
+    for (const int wire : wires) add(images, wire);
   }
+
+  Kinds of(int q) const { return {number(0, q), number(1, q), number(2, q)}; }
+  /// Whether its images anticommute on its own wire.
+  bool stays(int q) const { return own_.get(0, q); }
+
+ private:
+  void add(const PauliFrame& images, int wire) {
+    const int n = images.qubits();
+    for (int w = 0; w < words_; ++w) {
+      const Word x_of_x = images.x(wire)[w];
+      const Word z_of_x = images.z(wire)[w];
+      const Word x_of_z = from(images.x(wire), images.words(), n + w * word_bits);
+      const Word z_of_z = from(images.z(wire), images.words(), n + w * word_bits);
+      const Word anticommuting = (x_of_x & z_of_z) ^ (z_of_x & x_of_z);
+      const Word some_x = x_of_x | z_of_x;
+      const Word some_z = x_of_z | z_of_z;
+      count(0, w, anticommuting);
+      count(1, w, some_x & some_z & ~anticommuting);
+      count(2, w, some_x ^ some_z);
+      if (w == wire / word_bits) {
+        own_.row(0)[w] |= anticommuting & (Word{1} << wire % word_bits);
+      }
+    }
+  }
+  /// The bits of a plane from a place on.
+  static Word from(const Word* plane, int words, int place) {
+    const int w = place / word_bits;
+    const int shift = place % word_bits;
+    const Word low = plane[w] >> shift;
+    return shift == 0 || w + 1 == words ? low : low | plane[w + 1] << (word_bits - shift);
+  }
+  void count(std::size_t kind, int w, Word carry) {
+    BitMatrix& digits = numbers_[kind];
+    for (int k = 0; carry != 0; ++k) {
+      Word& digit = digits.row(k)[w];
+      const Word both = digit & carry;
+      digit ^= carry;
+      carry = both;
+    }
+  }
+  int number(std::size_t kind, int q) const {
+    int number = 0;
+    for (int k = 0; k < digits_; ++k) number |= int{numbers_[kind].get(k, q)} << k;
+    return number;
+  }
+
+  int digits_;
+  int words_;
+  std::array<BitMatrix, 3> numbers_;
+  BitMatrix own_;
 };
 
 class Eliminator {
@@ -75,10 +143,9 @@ class Eliminator {
     constexpr int swap = 3;
     int best = left_[0];
     int least = std::numeric_limits<int>::max();
+    const KindCounts counts(frame_, free_);
     for (const int q : left_) {
-      const Split wires = split(q);
-      const bool stays = std::ranges::count(wires.anticommuting, q) != 0;
-      const int cost = wires.cnots() + (in_place_ && !stays ? swap : 0);
+      const int cost = counts.of(q).cnots() + (in_place_ && !counts.stays(q) ? swap : 0);
       if (cost < least) best = q;
       least = std::min(cost, least);
     }

@@ -44,7 +44,7 @@ std::vector<LabelMap> maps_on(int wires) {
 /// each one of the list.
 class Emission {
  public:
-  explicit Emission(int wires) : maps_(maps_on(wires)) {}
+  Emission(int wires, std::size_t gates) : maps_(maps_on(wires)) { gates_.reserve(gates); }
 
   void emit(const Gate& gate) {
     int control = wire_of(gate.a);
@@ -111,7 +111,7 @@ void mend_signs(PlacedCircuit& circuit, const PauliFrame& images) {
 
 PlacedCircuit emitted(const GateList& list) {
   const int n = list.wires();
-  Emission emission(n);
+  Emission emission(n, list.gates.size());
   for (const Gate& gate : list.gates) emission.emit(gate);
   PlacedCircuit circuit;
   circuit.wires.resize(static_cast<std::size_t>(n));

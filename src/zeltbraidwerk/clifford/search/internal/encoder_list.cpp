@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
+#include <ranges>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
@@ -135,6 +137,17 @@ bool has_wrong_sign(const PauliFrame& strings, int row, const std::vector<bool>&
   return negative;
 }
 
+/// Takes the strings back to before the circuit, gate by gate: long ones are not copied.
+void undo(PauliFrame& strings, const std::vector<structures::Gate>& circuit) {
+  for (const structures::Gate& gate : std::views::reverse(circuit)) {
+    if (gate.params.empty()) {
+      strings.apply(gate);
+    } else {
+      strings.apply(inverted({gate}).front());
+    }
+  }
+}
+
 }  // namespace
 
 GateList eliminated_code(StateGroup group) {
@@ -207,23 +220,23 @@ EncoderCircuit encoder_circuit(const GateList& list, const Code& code) {
     (wire < code.logical_qubits() ? circuit.logical_wires : zeros).push_back(place);
   }
   std::ranges::sort(zeros);
-  const std::vector<structures::Gate> gates = emitted(placed).gates;
-  const std::vector<structures::Gate> back = inverted(gates);
+  std::vector<structures::Gate> gates = emitted(placed).gates;
   PauliFrame stabilisers = code.stabilisers;
-  for (const structures::Gate& gate : back) stabilisers.apply(gate);
+  undo(stabilisers, gates);
   const std::vector<bool> flips = flips_for(stabilisers, zeros);
   for (const int q : zeros) {
     if (flips[static_cast<std::size_t>(q)]) circuit.gates.emplace_back("X", std::vector<int>{q});
   }
   PauliFrame logicals = code.logicals;
-  for (const structures::Gate& gate : back) logicals.apply(gate);
+  undo(logicals, gates);
   for (int row = 0; row < logicals.rows(); ++row) {
     const int k = code.logical_qubits();
     if (!has_wrong_sign(logicals, row, flips)) continue;
     const int wire = circuit.logical_wires[static_cast<std::size_t>(row % k)];
     circuit.gates.emplace_back(row < k ? "Z" : "X", std::vector<int>{wire});
   }
-  circuit.gates.insert(circuit.gates.end(), gates.begin(), gates.end());
+  circuit.gates.insert(circuit.gates.end(), std::move_iterator(gates.begin()),
+                       std::move_iterator(gates.end()));
   circuit.wires = WireFrame(n).permutation();
   circuit.size = size_of(placed);
   return circuit;

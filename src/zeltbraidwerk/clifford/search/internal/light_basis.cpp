@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -64,6 +66,7 @@ void LightBasis::make_least(const std::vector<Word>& weights) {
     changed = false;
     const std::vector<Word>* heavier = &heavier_than(weights);
     for (std::size_t e = 0; (e = next_exchange(e, weights, *heavier)) < generates_.size(); ++e) {
+      stop_point();
       int heaviest = -1;
       for_each_bit(parts(e), static_cast<int>(words_), [&](int k) {
         if (heaviest < 0 || weights[element(k)] > weights[element(heaviest)]) heaviest = k;

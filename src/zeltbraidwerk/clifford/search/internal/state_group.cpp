@@ -8,6 +8,7 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr Word no_element = LightBasis::no_element;
+constexpr std::size_t at_once = 128;  ///< rows or qubits between looks at the time
 
 constexpr std::size_t index(int k) {
   return static_cast<std::size_t>(k);
@@ -212,15 +213,27 @@ void StateGroup::lighten(int rounds, Rng& rng) {
     for (std::size_t k = qubits.size(); k > 1; --k) {
       std::swap(qubits[k - 1], qubits[index(rng.below(static_cast<int>(k)))]);
     }
-    reduce_rows(rows.data(), count, words_, qubits.data(), static_cast<int>(qubits.size()));
+    int done = 0;
+    for (std::size_t k = 0; k < qubits.size(); k += at_once) {
+      stop_point();
+      const auto some = static_cast<int>(std::min(at_once, qubits.size() - k));
+      done = reduce_rows(rows.data(), count, words_, qubits.data() + k, some, done);
+    }
     for (int r = 0; r < count; ++r) {
+      stop_point();
       const Word* row = rows.data() + r * length;
       insert(row, row_weight(row, words_));
     }
     const auto limit = static_cast<int>(std::min<Word>(weights_[place_], index(n_) + 1));
-    const int found = find_light_pairs(rows.data(), count, words_, limit, mine.pairs.data(),
-                                       static_cast<int>(mine.pairs.size()));
+    const auto room = static_cast<int>(mine.pairs.size());
+    int found = 0;
+    for (int r = 0; r < count && found < room; r += static_cast<int>(at_once)) {
+      stop_point();
+      found += find_light_pairs(rows.data(), r, std::min(count, r + static_cast<int>(at_once)),
+                                count, words_, limit, mine.pairs.data() + found, room - found);
+    }
     for (int k = 0; k < found; ++k) {
+      stop_point();
       const auto& [first, second, weight] = mine.pairs[index(k)];
       if (static_cast<Word>(weight) >= weights_[place_]) continue;
       mine.row.resize(index(length));

@@ -32,10 +32,9 @@ ZELTBRAIDWERK_CLONES void weigh_clone(const GateSide& a, const GateSide& b, cons
 
 /// W is the number of words, or 0 where that is known at run time alone.
 template <int W>
-[[gnu::always_inline]] inline void reduce(Word* rows, int count, int words, const int* order,
-                                          int qubits) {
+[[gnu::always_inline]] inline int reduce(Word* rows, int count, int words, const int* order,
+                                         int qubits, int done) {
   const int length = W > 0 ? 3 * W : 3 * words;
-  int done = 0;
   for (int k = 0; k < 2 * qubits && done < count; ++k) {
     const int q = order[k / 2];
     const int place = ((k & 1) != 0 ? length / 3 : 0) + q / word_bits;
@@ -54,14 +53,15 @@ template <int W>
     }
     ++done;
   }
+  return done;
 }
 
 template <int W>
-[[gnu::always_inline]] inline int light_pairs(const Word* rows, int count, int words, int limit,
-                                              LightPair* pairs, int room) {
+[[gnu::always_inline]] inline int light_pairs(const Word* rows, int from, int to, int count,
+                                              int words, int limit, LightPair* pairs, int room) {
   const int size = W > 0 ? W : words;
   int found = 0;
-  for (int i = 0; i < count; ++i) {
+  for (int i = from; i < to; ++i) {
     const Word* a = rows + i * 3 * size;
     for (int j = i + 1; j < count; ++j) {
       const Word* b = rows + j * 3 * size;
@@ -77,35 +77,35 @@ template <int W>
   return found;
 }
 
-ZELTBRAIDWERK_CLONES void reduce_clone(Word* rows, int count, int words, const int* order,
-                                       int qubits) {
+ZELTBRAIDWERK_CLONES int reduce_clone(Word* rows, int count, int words, const int* order,
+                                      int qubits, int done) {
   switch (words) {
     case 1:
-      return reduce<1>(rows, count, words, order, qubits);
+      return reduce<1>(rows, count, words, order, qubits, done);
     case 2:
-      return reduce<2>(rows, count, words, order, qubits);
+      return reduce<2>(rows, count, words, order, qubits, done);
     case 3:
-      return reduce<3>(rows, count, words, order, qubits);
+      return reduce<3>(rows, count, words, order, qubits, done);
     case 4:
-      return reduce<4>(rows, count, words, order, qubits);
+      return reduce<4>(rows, count, words, order, qubits, done);
     default:
-      return reduce<0>(rows, count, words, order, qubits);
+      return reduce<0>(rows, count, words, order, qubits, done);
   }
 }
 
-ZELTBRAIDWERK_CLONES int pairs_clone(const Word* rows, int count, int words, int limit,
-                                     LightPair* pairs, int room) {
+ZELTBRAIDWERK_CLONES int pairs_clone(const Word* rows, int from, int to, int count, int words,
+                                     int limit, LightPair* pairs, int room) {
   switch (words) {
     case 1:
-      return light_pairs<1>(rows, count, words, limit, pairs, room);
+      return light_pairs<1>(rows, from, to, count, words, limit, pairs, room);
     case 2:
-      return light_pairs<2>(rows, count, words, limit, pairs, room);
+      return light_pairs<2>(rows, from, to, count, words, limit, pairs, room);
     case 3:
-      return light_pairs<3>(rows, count, words, limit, pairs, room);
+      return light_pairs<3>(rows, from, to, count, words, limit, pairs, room);
     case 4:
-      return light_pairs<4>(rows, count, words, limit, pairs, room);
+      return light_pairs<4>(rows, from, to, count, words, limit, pairs, room);
     default:
-      return light_pairs<0>(rows, count, words, limit, pairs, room);
+      return light_pairs<0>(rows, from, to, count, words, limit, pairs, room);
   }
 }
 
@@ -116,13 +116,13 @@ void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::siz
   weigh_clone(a, b, now, count, then);
 }
 
-void reduce_rows(Word* rows, int count, int words, const int* order, int qubits) {
-  reduce_clone(rows, count, words, order, qubits);
+int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done) {
+  return reduce_clone(rows, count, words, order, qubits, done);
 }
 
-int find_light_pairs(const Word* rows, int count, int words, int limit, LightPair* pairs,
-                     int room) {
-  return pairs_clone(rows, count, words, limit, pairs, room);
+int find_light_pairs(const Word* rows, int from, int to, int count, int words, int limit,
+                     LightPair* pairs, int room) {
+  return pairs_clone(rows, from, to, count, words, limit, pairs, room);
 }
 
 }  // namespace zelt::braidwerk::internal

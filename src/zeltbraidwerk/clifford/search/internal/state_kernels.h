@@ -27,8 +27,9 @@ void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::siz
 
 /// Strings as rows: `words` words of X bits, as many of Z bits, and as many that go along. Row
 /// operations leave as many rows as there can be the only one with some letter on a qubit of its
-/// own, X or Z, the first ones of `order`.
-void reduce_rows(Word* rows, int count, int words, const int* order, int qubits);
+/// own, X or Z, the first ones of `order`. The first `done` rows are so for qubits before these;
+/// returns for how many it is so then.
+int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done);
 
 inline int row_weight(const Word* row, int words) {
   int weight = 0;
@@ -43,7 +44,8 @@ struct LightPair {
 };
 
 /// Writes the pairs of such rows whose products are lighter than `limit`, at most `room` of them,
-/// and returns their number.
-int find_light_pairs(const Word* rows, int count, int words, int limit, LightPair* pairs, int room);
+/// and returns their number. The first of a pair is one of rows `from` to `to`.
+int find_light_pairs(const Word* rows, int from, int to, int count, int words, int limit,
+                     LightPair* pairs, int room);
 
 }  // namespace zelt::braidwerk::internal
