@@ -8,10 +8,10 @@
 #include <stdexcept>
 #include <utility>
 
-#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
 #include "zeltbraidwerk/linear/internal/methods.h"
 #include "zeltbraidwerk/linear/internal/options.h"
+#include "zeltbraidwerk/linear/internal/row_column.h"
 #include "zeltbraidwerk/linear/internal/synthesize.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/cut_bound.h"
@@ -205,14 +205,8 @@ class LinearCall {
                 [this](int) {
                   const LinearRuns runs{*linear_method("pmh"), m_,         {},
                                         options_.objective,    in_place(), options_.seed};
-                  std::optional<FreeCircuit> found = runs.make(0, Control{});
-                  if (device_) {
-                    structures::CnotCircuit near(n());
-                    for (const auto& gate : along_edges(found->circuit.to_circuit(), *device_)) {
-                      near.addGate(gate.qbits[0], gate.qbits[1]);
-                    }
-                    found->circuit = std::move(near);
-                  }
+                  std::optional<FreeCircuit> found =
+                      device_ ? cleared_along_tree(m_, *device_) : runs.make(0, Control{});
                   if (options_.objective == Objective::depth) {
                     all_fronts_.push_back({size_of(found->circuit), 0, *found});
                   }

@@ -27,4 +27,8 @@ bool row_column_synthesis(const BitMatrix& m, const BitGraph& graph,
                           const RowColumnOptions& options, const Draw& draw, const Control& control,
                           FreeCircuit& found);
 
+/// The same on one spanning tree, whose leaves leave in turn, each with its own column. One and a
+/// half times as many gates, in O(n^3 / 64).
+FreeCircuit cleared_along_tree(const BitMatrix& m, const BitGraph& graph);
+
 }  // namespace zelt::braidwerk::internal
