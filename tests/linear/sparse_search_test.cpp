@@ -143,4 +143,20 @@ TEST(FirstRun, OnADeviceIsNoLongerThanThePlainMethodOfItsDraws) {
   }
 }
 
+TEST(PlainRun, OnADeviceKeepsToItsEdgesAndToWhatIsToBeCleared) {
+  Rng rng(3);
+  for (int n = 0; n < 40; ++n) {
+    const BitGraph graph{n % 3 == 0 ? support::line(n) : support::random_device(n, 20, rng)};
+    for (const int gates : {0, 1, n * n}) {
+      const BitMatrix m = map_of(random_gates(n, n < 2 ? 0 : gates, &graph, false, rng), n);
+      const FreeCircuit found = cleared_along_tree(m, graph);
+      EXPECT_TRUE(support::implements_up_to(found.circuit, found.perm, m.unpack())) << n;
+      EXPECT_TRUE(std::ranges::is_sorted(found.perm));
+      for (const auto& [a, b] : found.circuit.gates) EXPECT_TRUE(graph.joined(a, b));
+      EXPECT_TRUE(gates > 0 || found.circuit.gates.empty());
+      EXPECT_TRUE(gates > 1 || found.circuit.gates.size() <= 4 * support::at(n)) << n;
+    }
+  }
+}
+
 }  // namespace
