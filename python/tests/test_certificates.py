@@ -136,6 +136,22 @@ def test_of_every_family_is_told_alike():
     assert "bound" not in repr(result)
 
 
+@pytest.mark.parametrize("n, permutation", [(6, "exact"), (6, "free"), (7, "free")])
+def test_maps_on_six_and_seven_wires_are_proven(n, permutation):
+    for number, matrix in enumerate(zb.gallery.random_invertible(n, 5, n)):
+        result = zb.linear.synthesize(matrix, permutation=permutation, seed=number)
+        assert result.verify()
+        assert result.is_optimal
+        # Not where there is no time for it, nor for layers.
+        short = zb.linear.synthesize(matrix, permutation=permutation, seed=number, steps=1)
+        assert short.verify()
+        assert short.count >= result.count
+    # Of two blocks the shortest circuits together are proven as well.
+    blocks = np.kron(np.eye(3, dtype=int), [[1, 1], [0, 1]])
+    result = zb.linear.synthesize(blocks, permutation=permutation, seed=1)
+    assert (result.count, result.is_optimal) == (3, True)
+
+
 def test_dense_maps_take_nearly_two_gates_per_wire():
     rng = np.random.default_rng(1)
     upper = np.triu(rng.integers(0, 2, (16, 16)), 1) + np.eye(16, dtype=int)

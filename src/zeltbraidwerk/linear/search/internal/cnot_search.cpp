@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/linear/search/internal/blockwise_search.h"
+#include "zeltbraidwerk/linear/search/internal/fewest_gates.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
@@ -31,6 +32,17 @@ class CnotSearch : public SearchBase<GateList> {
     const int count = incumbent_.size().count;
     meter_.prove({count, layers_to_hold(count, m_.rows())});
   }
+  /// On a few wires more both ends meet. Once, after the first round, which finds circuits of few
+  /// layers.
+  void find_fewest() {
+    const int n = m_.rows();
+    if (looked_for_fewest_ || meter_.ended()) return;
+    looked_for_fewest_ = true;
+    if (!finds_fewest_gates(n, !task_.in_place(), meter_)) return;
+    const FewestGates found = fewest_gates(m_, !task_.in_place(), meter_);
+    if (found.circuit) offer(*found.circuit);
+    meter_.prove({found.least, layers_to_hold(found.least, n)});
+  }
   /// The known circuit, if any, which is one with free outputs as well.
   void offer_start() {
     if (task_.start == nullptr) return;
@@ -44,6 +56,9 @@ class CnotSearch : public SearchBase<GateList> {
   const BitMatrix& m_;
   int window_;
   BlockwiseSearch blocks_;
+
+ private:
+  bool looked_for_fewest_ = false;
 };
 
 class FreeCnotSearch : public CnotSearch {
@@ -56,7 +71,8 @@ class FreeCnotSearch : public CnotSearch {
     offer_start();
     offer(blocks_.best());
     if (blocks_.single() == nullptr) offer(by_pairs(m_, Facing::plain));
-    if (has_table()) prove_best();
+    if (has_table()) return prove_best();
+    if (blocks_.finished()) find_fewest();  // blocks together may take fewer gates
   }
 
   bool finished() const { return is_permutation() || blocks_.finished(); }
@@ -64,6 +80,7 @@ class FreeCnotSearch : public CnotSearch {
   void round(const Round& round) {
     blocks_.round(round.number, round.steps, rng_, meter_,
                   [this](const auto& make) { offer(make(), Origin::lowering_count); });
+    find_fewest();
   }
 };
 
@@ -103,6 +120,7 @@ class CnotSearchInPlace : public CnotSearch {
     walk(fresh, long_walks_ ? cnot_tuning.long_walk_in_place * round.steps : round.steps);
     if (fresh.count() <= best_walk_.count()) std::swap(best_walk_, fresh);
     if (!long_walks_) walk(best_walk_, round.steps);
+    find_fewest();
   }
 
  private:
