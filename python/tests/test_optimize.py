@@ -334,6 +334,7 @@ def test_circuits_that_do_not_fit_are_routed(router, placement):
     assert free.circuit.operations[-3:] == tuple(Measure(ends[q], q) for q in range(3))
     assert device.fits(free.circuit)
     assert free.verify()
+    assert free.count <= result.count
     wanted = Circuit(4, gates + [each for each in middle if isinstance(each, Gate)])
     wanted = wanted.placed(where[:4], 5)
     assert same_up_to_phase(unitary(wanted), unitary(Circuit(5, result.circuit.gates)))

@@ -137,13 +137,14 @@ def test_windows_of_numbers_before_and_after_routing_are_proven(router, permutat
     assert result.verify()
 
 
+@pytest.mark.parametrize("permutation", ["exact", "free"])
 @pytest.mark.parametrize("qubits", [(0, 1, 2, 3, 4), (3, 0, 4, 1, 2)])
-def test_ctrl_c_leaves_a_circuit_on_the_edges(qubits, ctrl_c):
+def test_ctrl_c_leaves_a_circuit_on_the_edges(qubits, permutation, ctrl_c):
     """Both where the circuit fits as it stands and where it does not."""
     source = chain(qubits) + chain(qubits)
     device = Device(7, [(0, 1), (1, 2), (2, 3), (3, 4), (5, 6)])
     with pytest.raises(errors.Interrupted) as caught:
-        zb.optimize(source, device=device, seed=1, steps=2**62)
+        zb.optimize(source, device=device, permutation=permutation, seed=1, steps=2**62)
     best = caught.value.best
     assert best.source == source
     assert best.circuit.n == 7

@@ -73,7 +73,8 @@ def optimize(
     and anew on the edges from its rotations; with "qiskit" by the placement and routing of Qiskit's
     level 3, with several seeds. All are optimised on the edges, the best for longest.
     With ``permutation="free"`` outputs may end on other qubits: idle qubits of the device are wires
-    of ``result.placement`` and ``result.permutation`` then, after those of the circuit.
+    of ``result.placement`` and ``result.permutation`` then, after those of the circuit. Without a
+    budget outputs in place are searched as well, for as many steps: free ones never take more.
 
     With ``objective="error"`` or ``"duration"``, and a device that has rates or durations of gates
     on its edges, their sum or the seconds become small: the search is made on several parts of the

@@ -41,6 +41,14 @@ _NETWORK_SHARE = 0.15
 _ROUNDS = ((16, 0.15), (4, 0.15), (1, 0.3))
 
 
+class _Stopped(Exception):
+    """By Ctrl-C, with what was found."""
+
+    def __init__(self, found: Sequence[Routed]) -> None:
+        super().__init__()
+        self.found = found
+
+
 @dataclass
 class OnDevice:
     """Wires are the qubits of a connected part of the device."""
@@ -53,10 +61,28 @@ class OnDevice:
     _has_found: bool = False
 
     def run(self, placement: Any, router: str) -> Optimization:
-        n = self.source.n
+        """Where outputs may be anywhere, circuits with outputs in place are searched first, with
+        the same steps, so that no result is longer for being free; a budget is for one search."""
         assert self.call.device is not None
-        self.call.site, given = Site.around(self.call.device, n, placement)
-        self._start = given
+        self.call.site, self._start = Site.around(self.call.device, self.source.n, placement)
+        found: list[Routed] = []
+        one = self.call.exact or self.call.effort.budget is not None
+        for search in (self,) if one else (self._in_place(), self):
+            try:
+                found.append(search._shortest(router))
+            except _Stopped as stopped:
+                found += stopped.found
+                best = self._placed(min(found, key=self._size)) if found else None
+                raise errors.Interrupted(best=best) from None
+        return self._placed(min(found, key=self._size))
+
+    def _in_place(self) -> OnDevice:
+        self.call.seed()  # the same for both
+        call = replace(self.call, permutation="exact", progress=self.progress)
+        return OnDevice(call, self.source, self.options, self.weights, self._start)
+
+    def _shortest(self, router: str) -> Routed:
+        n, given = self.source.n, self._start
         device = self._device()
         start = tuple(range(n)) if given is None else given
         if all(q < device.n for q in start) and device.fits(self.source.placed(start, device.n)):
@@ -69,7 +95,7 @@ class OnDevice:
 
     def _best(
         self, candidates: Iterator[Routed], rounds: Sequence[tuple[int, float]]
-    ) -> Optimization:
+    ) -> Routed:
         found: list[Routed] = []
         try:
             for routed in candidates:
@@ -88,9 +114,8 @@ class OnDevice:
         except KeyboardInterrupt:
             if not found and len(self.source) <= _MOST_PLAIN:
                 found = [self._plainly()]
-            whole = self._placed(min(found, key=self._size)) if found else None
-            raise errors.Interrupted(best=whole) from None
-        return self._placed(min(found, key=self._size))
+            raise _Stopped(found) from None
+        return min(found, key=self._size)
 
     def _walk(self, found: list[Routed], k: int, share: float) -> None:
         """Makes candidate k shorter on the edges. Its ending is that of the source."""
