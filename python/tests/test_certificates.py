@@ -136,7 +136,7 @@ def test_of_every_family_is_told_alike():
     assert "bound" not in repr(result)
 
 
-@pytest.mark.parametrize("n, permutation", [(6, "exact"), (6, "free"), (7, "free")])
+@pytest.mark.parametrize(("n", "permutation"), [(6, "exact"), (6, "free"), (7, "free")])
 def test_maps_on_six_and_seven_wires_are_proven(n, permutation):
     for number, matrix in enumerate(zb.gallery.random_invertible(n, 5, n)):
         result = zb.linear.synthesize(matrix, permutation=permutation, seed=number)

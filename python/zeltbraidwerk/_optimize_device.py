@@ -41,7 +41,7 @@ _NETWORK_SHARE = 0.15
 _ROUNDS = ((16, 0.15), (4, 0.15), (1, 0.3))
 
 
-class _Stopped(Exception):
+class _StoppedError(Exception):
     """By Ctrl-C, with what was found."""
 
     def __init__(self, found: Sequence[Routed]) -> None:
@@ -70,7 +70,7 @@ class OnDevice:
         for search in (self,) if one else (self._in_place(), self):
             try:
                 found.append(search._shortest(router))
-            except _Stopped as stopped:
+            except _StoppedError as stopped:
                 found += stopped.found
                 best = self._placed(min(found, key=self._size)) if found else None
                 raise errors.Interrupted(best=best) from None
@@ -93,9 +93,7 @@ class OnDevice:
             )
         return self._best(self._candidates(router, given), _ROUNDS)
 
-    def _best(
-        self, candidates: Iterator[Routed], rounds: Sequence[tuple[int, float]]
-    ) -> Routed:
+    def _best(self, candidates: Iterator[Routed], rounds: Sequence[tuple[int, float]]) -> Routed:
         found: list[Routed] = []
         try:
             for routed in candidates:
@@ -114,7 +112,7 @@ class OnDevice:
         except KeyboardInterrupt:
             if not found and len(self.source) <= _MOST_PLAIN:
                 found = [self._plainly()]
-            raise _Stopped(found) from None
+            raise _StoppedError(found) from None
         return min(found, key=self._size)
 
     def _walk(self, found: list[Routed], k: int, share: float) -> None:
