@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/pauli/search/internal/vain_searches.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -20,11 +21,14 @@ class NetworkBlock {
   static constexpr int wires = 3;
   static constexpr int most_rotations = 16;
 
+  using WireOrder = std::array<std::uint8_t, wires>;
+
   explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
 
   /// False where there is too much in the block. Wires are 0 to 2; where the end is free, anything
   /// may be left after it.
-  bool read(const std::vector<NetworkEvent>& events, bool end_is_free);
+  bool read(const std::vector<NetworkEvent>& events, bool end_is_free,
+            const WireOrder& order = {0, 1, 2});
   int gates() const { return gates_; }
   /// No fewer gates will do.
   int least() const;
@@ -47,7 +51,8 @@ class NetworkBlock {
   struct State {
     std::uint64_t operators;  // what X and Z on the wires, after the block, are here
     std::array<Letters, wires> letters;
-    Rows left;  // rotations
+    Rows left;           // rotations
+    std::uint64_t hash;  // of those
   };
   class GatesOn;
 
@@ -58,6 +63,14 @@ class NetworkBlock {
   void serve(State& state);
   bool descend(const State& state, int budget);
   bool is_done(const State& state) const;
+  void name_ends(const State& state);
+  std::uint64_t with_least_labels(std::uint64_t operators);
+  End on_wire(End end) const {
+    return end_of(wire_[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  }
+  End at_place(End end) const {
+    return end_of(place_[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  }
 
   bool in_order_;
   bool end_is_free_ = false;
@@ -69,9 +82,15 @@ class NetworkBlock {
   std::vector<NetworkEvent> found_;
   std::array<End, 4 * wires> ends_{};
   int patience_ = 0;
-  unsigned pairs_ = 0;
-  int first_move_ = 0;
-  int stride_ = 1;
+  WireOrder wire_{};   // by place
+  WireOrder place_{};  // by wire
+  std::array<std::uint64_t, most_rotations> hash_{};
+  std::array<End, 4 * wires> named_{};
+  unsigned allowed_ = 0;  // moves
+  std::array<std::uint8_t, 27> turn_;    // by move
+  std::array<std::uint8_t, 27> number_;  // by turn: the move
+  std::array<std::uint8_t, 27> given_;   // by turn: the move on places
+  VainSearches vain_;
 };
 
 }  // namespace zelt::braidwerk::internal
