@@ -305,7 +305,7 @@ bool NetworkBlock::descend(const State& state, int budget) {
     if (budget > 1) {
       const int nodes = vain_.find(key);
       if (nodes >= 0) {
-        patience_ -= nodes;
+        if (counts_known_) patience_ -= nodes;
         if (patience_ < 0) return false;
         continue;
       }
@@ -323,7 +323,7 @@ bool NetworkBlock::descend(const State& state, int budget) {
   return false;
 }
 
-bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rng) {
+bool NetworkBlock::rewrite(int most_gates, unsigned pairs, Patience patience, Rng& rng) {
   constexpr int strides[] = {1, 2, 4, 5, 7, 8, 10, 11, 13};  // prime to the number of moves
   static_assert(moves == 27);
   const int first = rng.below(moves);
@@ -342,7 +342,8 @@ bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rn
   const std::uint64_t key = VainSearches::key(state.operators, state.hash, most_gates);
   const int nodes = vain_.find(key);
   if (nodes >= 0) return false;
-  patience_ = patience;
+  patience_ = patience.pieces;
+  counts_known_ = patience.counts_known;
   for (int k = 0, given = first; k < moves; ++k) {
     const Gate& gate = window_gates[static_cast<std::size_t>(given)];
     const End a = on_wire(gate.a);
@@ -357,7 +358,7 @@ bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rn
   found_.clear();
   serve(state);
   if (descend(state, most_gates)) return true;
-  if (patience_ >= 0) vain_.add(key, patience - patience_);
+  if (patience_ >= 0) vain_.add(key, patience.pieces - patience_);
   return false;
 }
 
