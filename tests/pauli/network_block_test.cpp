@@ -58,7 +58,7 @@ TEST(NetworkBlock, FindsWithItsMemoryWhatItFindsWithout) {
       ASSERT_TRUE(remembers.read(events, end_is_free, wires));
       const int most = std::max(fresh.gates() - 1 + static_cast<int>(random() % 3), 0);
       const unsigned pairs = random() % 3 == 0 ? 1 + static_cast<unsigned>(random() % 6) : 7;
-      const Patience patience{random() % 8 == 0 ? 400 : 30};
+      const int patience = random() % 8 == 0 ? 400 : 30;
       Rng same = rng;
       const bool is_found = fresh.rewrite(most, pairs, patience, rng);
       ASSERT_EQ(remembers.rewrite(most, pairs, patience, same), is_found);

@@ -9,6 +9,7 @@
 
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -66,7 +67,8 @@ class PieceWalk {
     const std::uint64_t planned = share(k, options_.steps);
     const std::uint64_t most = std::min(planned, share(k, options_.most_steps));
     Rng rng(options_.seed, k + 1);
-    NetworkWalk walk(piece.events, options_.qubits, true, false, options_.device, true);
+    NetworkWalk walk(piece.events, options_.qubits, true, false, options_.device,
+                     network_target_tuning.walk_patience);
     const Cooling cooling = drawn_cooling(rng);
     const auto measure = [&] { return options_.by_layers ? walk.depth() : walk.count(); };
     const auto keep = [&] {

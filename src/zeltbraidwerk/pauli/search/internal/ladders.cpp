@@ -194,7 +194,7 @@ class SmallGroup {
     const unsigned pairs = wires_.size() == 2 ? 1 : 7;
     const int old = block.gates();
     for (int most = block.least(); most < old; ++most) {
-      if (block.rewrite(most, pairs, {network_tuning.small_group_patience}, rng)) return true;
+      if (block.rewrite(most, pairs, network_tuning.small_group_patience, rng)) return true;
     }
     return false;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
@@ -200,16 +201,17 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
 std::uint64_t NetworkBlock::with_least_labels(std::uint64_t operators) {
   std::uint64_t result = 0;
   for (int q = 0; q < wires; ++q) {
-    std::array<int, 3> labels{label_x, label_z, label_y};
-    std::ranges::sort(labels, {}, [&](int label) { return operator_of(operators, end_of(q, label)); });
+    std::array<std::pair<std::uint8_t, int>, 3> labels;
+    for (int label = 1; label <= 3; ++label) {
+      labels[static_cast<std::size_t>(label - 1)] = {operator_of(operators, end_of(q, label)), label};
+    }
+    const auto sort = [&](std::size_t a, std::size_t b) {
+      if (labels[b] < labels[a]) std::swap(labels[a], labels[b]);
+    };
+    sort(0, 1), sort(1, 2), sort(0, 1);
     constexpr std::array<int, 3> names{label_x, label_z, label_y};
-    for (std::size_t k = 0; k < 3; ++k) {
-      named_[end_of(q, labels[k])] = end_of(q, names[k]);
-    }
-    for (int k = 0; k < 2; ++k) {
-      result |= std::uint64_t{operator_of(operators, end_of(q, labels[static_cast<std::size_t>(k)]))}
-                << (8 * (2 * q + k));
-    }
+    for (std::size_t k = 0; k < 3; ++k) named_[end_of(q, labels[k].second)] = end_of(q, names[k]);
+    result |= (std::uint64_t{labels[0].first} | std::uint64_t{labels[1].first} << 8) << (16 * q);
   }
   return result;
 }
@@ -305,7 +307,7 @@ bool NetworkBlock::descend(const State& state, int budget) {
     if (budget > 1) {
       const int nodes = vain_.find(key);
       if (nodes >= 0) {
-        if (counts_known_) patience_ -= nodes;
+        patience_ -= nodes;
         if (patience_ < 0) return false;
         continue;
       }
@@ -323,7 +325,7 @@ bool NetworkBlock::descend(const State& state, int budget) {
   return false;
 }
 
-bool NetworkBlock::rewrite(int most_gates, unsigned pairs, Patience patience, Rng& rng) {
+bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rng) {
   constexpr int strides[] = {1, 2, 4, 5, 7, 8, 10, 11, 13};  // prime to the number of moves
   static_assert(moves == 27);
   const int first = rng.below(moves);
@@ -342,8 +344,7 @@ bool NetworkBlock::rewrite(int most_gates, unsigned pairs, Patience patience, Rn
   const std::uint64_t key = VainSearches::key(state.operators, state.hash, most_gates);
   const int nodes = vain_.find(key);
   if (nodes >= 0) return false;
-  patience_ = patience.pieces;
-  counts_known_ = patience.counts_known;
+  patience_ = patience;
   for (int k = 0, given = first; k < moves; ++k) {
     const Gate& gate = window_gates[static_cast<std::size_t>(given)];
     const End a = on_wire(gate.a);
@@ -358,7 +359,7 @@ bool NetworkBlock::rewrite(int most_gates, unsigned pairs, Patience patience, Rn
   found_.clear();
   serve(state);
   if (descend(state, most_gates)) return true;
-  if (patience_ >= 0) vain_.add(key, patience.pieces - patience_);
+  if (patience_ >= 0) vain_.add(key, patience - patience_);
   return false;
 }
 

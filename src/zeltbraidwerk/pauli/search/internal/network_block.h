@@ -10,14 +10,6 @@
 
 namespace zelt::braidwerk::internal {
 
-/// How many pieces of sequences a search looks at before it gives up.
-struct Patience {
-  int pieces;
-  /// Those of which it is remembered that they lead nowhere count as if they were looked at: the
-  /// search gives up where one without a memory would. Otherwise it gets farther with each try.
-  bool counts_known = true;
-};
-
 /// A piece of a network on three wires: other gates that serve the same rotations and leave the
 /// same operator after them, found by going through all sequences of gates up to a length that
 /// are of use at every step, in a random order, until one is found or enough were looked at.
@@ -42,9 +34,9 @@ class NetworkBlock {
   int least() const;
 
   /// Finds at most `most_gates` gates, between the pairs of wires whose bits b (b - 1) / 2 + a are
-  /// set, looking at so many pieces of sequences. On success events() is another block, and
+  /// set, looking at `patience` pieces of sequences. On success events() is another block, and
   /// ends() tells where the labels of the old one stand after it.
-  bool rewrite(int most_gates, unsigned pairs, Patience patience, Rng& rng);
+  bool rewrite(int most_gates, unsigned pairs, int patience, Rng& rng);
   const std::vector<NetworkEvent>& events() const { return found_; }
   /// By end: of the old block, of the new one. Labels of one wire stay on one wire.
   const std::array<End, 4 * wires>& ends() const { return ends_; }
@@ -89,8 +81,7 @@ class NetworkBlock {
   std::array<Rows, most_rotations> before_{};  // rotations that must come first
   std::vector<NetworkEvent> found_;
   std::array<End, 4 * wires> ends_{};
-  int patience_ = 0;  // pieces that are left
-  bool counts_known_ = true;
+  int patience_ = 0;
   WireOrder wire_{};   // by place
   WireOrder place_{};  // by wire
   std::array<std::uint64_t, most_rotations> hash_{};

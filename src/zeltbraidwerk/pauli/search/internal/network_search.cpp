@@ -135,8 +135,9 @@ class NetworkSearch : public SearchByBoth<Network> {
     const Cooling cooling = run_.task.target == nullptr ? tuning.cooling : drawn_cooling(rng_);
     const std::uint64_t steps = tuning.walk_steps_of_event * from.events.size()
                                 << std::min(round, tuning.most_walk_doublings);
-    NetworkWalk walk(from.events, input_.qubits(), run_.task.in_order, !task_.closes(),
-                     task_.device, run_.task.target != nullptr);
+    NetworkWalk walk(
+        from.events, input_.qubits(), run_.task.in_order, !task_.closes(), task_.device,
+        run_.task.target == nullptr ? tuning.walk_patience : network_target_tuning.walk_patience);
     const auto offer_walked = [&](Origin how) {
       offer(network_of(walk.events(), from.wires, task_.closes()), how);
     };

@@ -20,12 +20,11 @@ Cooling drawn_cooling(Rng& rng) {
 }
 
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
-                         bool end_is_free, const BitGraph* graph, bool has_target)
+                         bool end_is_free, const BitGraph* graph, int patience)
     : graph_(graph),
       qubits_(qubits),
       end_is_free_(end_is_free),
-      patience_(has_target ? Patience{network_target_tuning.walk_patience, false}
-                           : Patience{tuning.walk_patience}),
+      patience_(patience),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
@@ -57,12 +56,11 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     return false;
   }
   const int old = block_.gates();
-  Patience patience = patience_;
-  if (rng.below(tuning.walk_rare) == 0) patience.pieces = tuning.walk_more_patience;
+  const int nodes = rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
   const unsigned pairs = pairs_that_meet();
-  const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, patience, rng);
+  const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
   const int longest = old + (rng.chance(uphill) ? 1 : 0);
-  if (!shorter && !block_.rewrite(longest, pairs, patience, rng)) return false;
+  if (!shorter && !block_.rewrite(longest, pairs, nodes, rng)) return false;
   new_gates_.clear();
   new_rows_.clear();
   for (const NetworkEvent& event : block_.events()) {

@@ -19,10 +19,10 @@ Cooling drawn_cooling(Rng& rng);
 class NetworkWalk {
  public:
   /// Where the end is free, the operator after the network does not matter. Gates are between wires
-  /// that meet on the graph, null for all. With a target the patience with windows is that of
-  /// NetworkTargetTuning.
+  /// that meet on the graph, null for all. `patience` is how many pieces of sequences are looked at
+  /// for most windows.
   NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order, bool end_is_free,
-              const BitGraph* graph, bool has_target);
+              const BitGraph* graph, int patience);
 
   /// True when the network has changed. `uphill` is the probability of a gate more. Changes that
   /// would make more layers than `most_layers` are not made.
@@ -43,7 +43,7 @@ class NetworkWalk {
   const BitGraph* graph_;
   int qubits_;
   bool end_is_free_;
-  Patience patience_;
+  int patience_;
   int count_ = 0;
   int depth_ = 0;
   std::vector<Gate> gates_;  // both ends of a rotation are the same
