@@ -11,7 +11,9 @@ namespace {
 using namespace zelt::braidwerk::internal;
 
 std::vector<NetworkEvent> random_events(std::mt19937& rng) {
-  const auto below = [&](int bound) { return static_cast<int>(rng() % static_cast<unsigned>(bound)); };
+  const auto below = [&](int bound) {
+    return static_cast<int>(rng() % static_cast<unsigned>(bound));
+  };
   std::vector<NetworkEvent> events;
   const int count = 2 + below(9);
   for (int row = 0; row < count; ++row) {

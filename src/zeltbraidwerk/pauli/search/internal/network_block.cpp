@@ -10,7 +10,7 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 using Table = OperatorTable<NetworkBlock::wires>;
-constexpr int moves = moves_on(NetworkBlock::wires);
+constexpr int moves = NetworkBlock::moves;
 
 constexpr std::uint8_t byte(std::uint64_t bytes, int k) {
   return static_cast<std::uint8_t>(bytes >> (8 * k));
@@ -64,8 +64,8 @@ constexpr auto block_moves = [] {
 
 }  // namespace
 
-/// What gates make of the strings of a state, rotations by bits: for each wire and each of the three
-/// labels, in lanes of a word, those that have this label there, and those that anticommute.
+/// What gates make of the strings of a state, rotations by bits: for each wire and each of the
+/// three labels, in lanes of a word, those that have this label there, and those that anticommute.
 class NetworkBlock::GatesOn {
  public:
   explicit GatesOn(const State& state) {
@@ -133,9 +133,7 @@ class NetworkBlock::GatesOn {
   unsigned anticommutes(int wire, int label) const {
     return static_cast<Rows>(anticommutes_[static_cast<std::size_t>(wire)] >> (lane * (label - 1)));
   }
-  unsigned on(int wire) const {
-    return anticommutes(wire, label_x) | anticommutes(wire, label_z);
-  }
+  unsigned on(int wire) const { return anticommutes(wire, label_x) | anticommutes(wire, label_z); }
 
   std::array<std::uint64_t, wires> is_;
   std::array<std::uint64_t, wires> anticommutes_;
@@ -150,7 +148,6 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
   start_ = {};
   WindowRows labels = identity_rows_on(wires);
   std::array<std::uint8_t, most_rotations> strings;
-  std::array<std::uint64_t, most_rotations>& hash = hash_;
   for (const NetworkEvent& event : events) {
     const End a = on_wire(event.gate.a);
     if (event.row < 0) {
@@ -172,15 +169,15 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
     const std::uint8_t string = operator_of(labels, a);
     const auto k = static_cast<std::size_t>(rotations_);
     before_[k] = 0;
-    std::uint64_t past = string;
+    std::uint64_t past = string;  // with all that must come before
     for (int other = 0; other < rotations_ && in_order_; ++other) {
       const auto o = static_cast<std::size_t>(other);
       if (!clash(strings[o], string)) continue;
       before_[k] |= bit_of(other);
-      past += hash[o] << 6;
+      past += hash_[o] << 6;
     }
-    hash[k] = Rng::mixed(past);
-    start_.hash += hash[k];
+    hash_[k] = Rng::mixed(past);
+    start_.hash += hash_[k];
     strings[k] = string;
     for (int q = 0; q < wires; ++q) {
       const int label = string >> (2 * q) & 3;
@@ -191,6 +188,7 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
     rows_[k] = event.row;
     ++rotations_;
   }
+  // Where the end is free, the operators tell no more than what became of the strings.
   start_.operators = end_is_free ? identity_rows_on(wires) : with_least_labels(labels);
   start_.hash += Rng::mixed(start_.operators | std::uint64_t{end_is_free} << 63);
   return true;
@@ -203,7 +201,8 @@ std::uint64_t NetworkBlock::with_least_labels(std::uint64_t operators) {
   for (int q = 0; q < wires; ++q) {
     std::array<std::pair<std::uint8_t, int>, 3> labels;
     for (int label = 1; label <= 3; ++label) {
-      labels[static_cast<std::size_t>(label - 1)] = {operator_of(operators, end_of(q, label)), label};
+      labels[static_cast<std::size_t>(label - 1)] = {operator_of(operators, end_of(q, label)),
+                                                     label};
     }
     const auto sort = [&](std::size_t a, std::size_t b) {
       if (labels[b] < labels[a]) std::swap(labels[a], labels[b]);
@@ -325,37 +324,44 @@ bool NetworkBlock::descend(const State& state, int budget) {
   return false;
 }
 
+/// Gates between the pairs of places.
+void NetworkBlock::allow(unsigned pairs) {
+  allowed_ = 0;
+  for (int b = 1; b < wires; ++b) {
+    for (int a = 0; a < b; ++a) {
+      if ((pairs >> (b * (b - 1) / 2 + a) & 1) == 0) continue;
+      const auto [low, high] = std::minmax({on_wire(end_of(a, 1)), on_wire(end_of(b, 1))});
+      allowed_ |= 0x1ffU << move_number(low, high);
+    }
+  }
+}
+
+/// By their numbers on places, every so many.
+void NetworkBlock::order_moves(int first, int stride) {
+  for (int turn = 0, given = first; turn < moves; ++turn) {
+    const Gate& gate = window_gates[static_cast<std::size_t>(given)];
+    const auto [low, high] = std::minmax({on_wire(gate.a), on_wire(gate.b)});
+    const int number = move_number(low, high);
+    turn_[static_cast<std::size_t>(number)] = static_cast<std::uint8_t>(turn);
+    number_[static_cast<std::size_t>(turn)] = static_cast<std::uint8_t>(number);
+    given_[static_cast<std::size_t>(turn)] = static_cast<std::uint8_t>(given);
+    given += stride;
+    if (given >= moves) given -= moves;
+  }
+}
+
 bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rng) {
   constexpr int strides[] = {1, 2, 4, 5, 7, 8, 10, 11, 13};  // prime to the number of moves
   static_assert(moves == 27);
   const int first = rng.below(moves);
   const int stride = strides[rng.below(static_cast<int>(std::size(strides)))];
-  allowed_ = 0;
-  for (int b = 1; b < wires; ++b) {
-    for (int a = 0; a < b; ++a) {
-      if ((pairs >> (b * (b - 1) / 2 + a) & 1) == 0) continue;
-      const int on_a = wire_[static_cast<std::size_t>(a)];
-      const int on_b = wire_[static_cast<std::size_t>(b)];
-      allowed_ |= 0x1ffU << move_number(end_of(std::min(on_a, on_b), 1), end_of(std::max(on_a, on_b), 1));
-    }
-  }
+  allow(pairs);
   State state = start_;
   state.hash += Rng::mixed(allowed_);
   const std::uint64_t key = VainSearches::key(state.operators, state.hash, most_gates);
-  const int nodes = vain_.find(key);
-  if (nodes >= 0) return false;
+  if (vain_.find(key) >= 0) return false;
+  order_moves(first, stride);
   patience_ = patience;
-  for (int k = 0, given = first; k < moves; ++k) {
-    const Gate& gate = window_gates[static_cast<std::size_t>(given)];
-    const End a = on_wire(gate.a);
-    const End b = on_wire(gate.b);
-    const int number = a < b ? move_number(a, b) : move_number(b, a);
-    turn_[static_cast<std::size_t>(number)] = static_cast<std::uint8_t>(k);
-    number_[static_cast<std::size_t>(k)] = static_cast<std::uint8_t>(number);
-    given_[static_cast<std::size_t>(k)] = static_cast<std::uint8_t>(given);
-    given += stride;
-    if (given >= moves) given -= moves;
-  }
   found_.clear();
   serve(state);
   if (descend(state, most_gates)) return true;

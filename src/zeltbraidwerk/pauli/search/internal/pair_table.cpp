@@ -53,22 +53,23 @@ ZELTBRAIDWERK_CLONES void score_block(const std::uint64_t* __restrict both, std:
 
 }  // namespace
 
-GateCosts::GateCosts(int qubits, const BitGraph* graph)
-    : qubits_(qubits), blocks_of_wire_(graph == nullptr ? blocks_for(qubits) : 0) {
+GateCosts::GateCosts(int qubits, const BitGraph* graph) : qubits_(qubits) {
   const auto n = static_cast<std::size_t>(qubits);
   slots_.resize(n * n);
+  std::size_t blocks = 0;
   for (int a = 0; a < qubits; ++a) {
+    first_.push_back(blocks);
     for (int b = a + 1; b < qubits; ++b) {
       if (graph != nullptr && !graph->joined(a, b)) continue;
-      const std::size_t slot = graph == nullptr ? static_cast<std::size_t>(a) * blocks_of_wire_ * lanes +
-                                                      static_cast<std::size_t>(b)
-                                                : pairs_.size();
+      const std::size_t slot = graph != nullptr ? pairs_.size()
+                                                : blocks * lanes + static_cast<std::size_t>(b) - first_of(a) * lanes;
       slots_[static_cast<std::size_t>(a) * n + static_cast<std::size_t>(b)] =
           static_cast<std::uint32_t>(slot);
       pairs_.push_back({a, b});
     }
+    if (graph == nullptr) blocks += blocks_for(qubits) - first_of(a);
   }
-  blocks_.resize(graph == nullptr ? n * blocks_of_wire_ : (pairs_.size() + lanes - 1) / lanes);
+  blocks_.resize(graph == nullptr ? blocks : (pairs_.size() + lanes - 1) / lanes);
 }
 
 void GateCosts::put(const Pair& pair, const std::array<std::int64_t, 9>& costs) {
@@ -106,10 +107,9 @@ void PairTable::add(const int* letters, int count, std::uint32_t less, std::uint
 void PairTable::score(GateCosts& costs) {
   for (int a = 0; a + 1 < qubits_; ++a) {
     const auto wire = static_cast<std::size_t>(a);
-    GateCosts::Block* blocks = costs.blocks_of(a);
-    for (std::size_t k = (wire + 1) / lanes; k < width_ / lanes; ++k) {
+    for (std::size_t k = GateCosts::first_of(a); k < width_ / lanes; ++k) {
       score_block(both_.data() + 9 * wire * width_ + k * lanes, 3 * width_, width_,
-                  alone_.data() + wire, alone_.data() + k * lanes, blocks[k]);
+                  alone_.data() + wire, alone_.data() + k * lanes, costs.block_of(a, k));
     }
   }
 }

@@ -38,13 +38,18 @@ class GateCosts {
   }
   void put(const Pair& pair, const std::array<std::int64_t, 9>& costs);
 
-  /// Those of some pairs side by side: where all wires meet, of a wire and those from lanes * k on.
+  /// Those of some pairs side by side.
   static constexpr std::size_t lanes = 8;
   struct Block {
     std::int64_t costs[9][lanes];
     std::int64_t least[lanes];
   };
-  Block* blocks_of(int a) { return blocks_.data() + static_cast<std::size_t>(a) * blocks_of_wire_; }
+  /// Where all wires meet: of `a` and the wires lanes * k to lanes * (k + 1) - 1, some of them later
+  /// ones.
+  Block& block_of(int a, std::size_t k) {
+    return blocks_[first_[static_cast<std::size_t>(a)] + k - first_of(a)];
+  }
+  static std::size_t first_of(int a) { return static_cast<std::size_t>(a + 1) / lanes; }
 
  private:
   std::size_t slot_of(const Pair& pair) const {
@@ -53,8 +58,8 @@ class GateCosts {
   }
 
   int qubits_;
-  std::size_t blocks_of_wire_;
   std::vector<Pair> pairs_;
+  std::vector<std::size_t> first_;    // blocks, by wire; where all wires meet
   std::vector<std::uint32_t> slots_;  // by wire and wire
   std::vector<Block> blocks_;
 };
