@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -15,15 +16,23 @@ std::vector<NetworkEvent> random_events(std::mt19937& rng) {
     return static_cast<int>(rng() % static_cast<unsigned>(bound));
   };
   std::vector<NetworkEvent> events;
-  const int count = 2 + below(9);
+  const int count = 2 + below(12);
   for (int row = 0; row < count; ++row) {
     const int a = below(3);
     const End end = end_of(a, 1 + below(3));
-    if (below(2) == 0) {
+    if (below(3) != 0) {
       events.push_back({{end, end}, row});
     } else {
       events.push_back({{end, end_of((a + 1 + below(2)) % 3, 1 + below(3))}, -1});
     }
+  }
+  return events;
+}
+
+/// Of the same strings, in another order.
+std::vector<NetworkEvent> with_rotations_exchanged(std::vector<NetworkEvent> events) {
+  for (std::size_t k = 1; k < events.size(); ++k) {
+    if (events[k - 1].row >= 0 && events[k].row >= 0) std::swap(events[k - 1], events[k]);
   }
   return events;
 }
@@ -44,7 +53,10 @@ TEST(NetworkBlock, FindsWithItsMemoryWhatItFindsWithout) {
   for (const bool in_order : {true, false}) {
     NetworkBlock remembers(in_order);
     std::vector<std::vector<NetworkEvent>> blocks;
-    for (int k = 0; k < 40; ++k) blocks.push_back(random_events(random));
+    for (int k = 0; k < 40; ++k) {
+      blocks.push_back(random_events(random));
+      blocks.push_back(with_rotations_exchanged(blocks.back()));
+    }
     NetworkBlock::WireOrder places{0, 1, 2};
     Rng rng(1, 2);
     int found = 0;
