@@ -61,8 +61,9 @@ GateCosts::GateCosts(int qubits, const BitGraph* graph) : qubits_(qubits) {
     first_.push_back(blocks);
     for (int b = a + 1; b < qubits; ++b) {
       if (graph != nullptr && !graph->joined(a, b)) continue;
-      const std::size_t slot = graph != nullptr ? pairs_.size()
-                                                : blocks * lanes + static_cast<std::size_t>(b) - first_of(a) * lanes;
+      const std::size_t slot =
+          graph != nullptr ? pairs_.size()
+                           : blocks * lanes + static_cast<std::size_t>(b) - first_of(a) * lanes;
       slots_[static_cast<std::size_t>(a) * n + static_cast<std::size_t>(b)] =
           static_cast<std::uint32_t>(slot);
       pairs_.push_back({a, b});

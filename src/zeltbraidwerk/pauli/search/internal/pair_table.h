@@ -44,8 +44,8 @@ class GateCosts {
     std::int64_t costs[9][lanes];
     std::int64_t least[lanes];
   };
-  /// Where all wires meet: of `a` and the wires lanes * k to lanes * (k + 1) - 1, some of them later
-  /// ones.
+  /// Where all wires meet: of `a` and the wires lanes * k to lanes * (k + 1) - 1, some of them
+  /// later ones.
   Block& block_of(int a, std::size_t k) {
     return blocks_[first_[static_cast<std::size_t>(a)] + k - first_of(a)];
   }

@@ -192,8 +192,7 @@ struct ReachTuning {
 };
 inline constexpr ReachTuning reach_tuning;
 
-/// How many searches in vain a walk remembers, as powers of two. More than 2^16, half a megabyte,
-/// are slower to look up and change nothing.
+/// How many searches in vain a walk remembers, as powers of two. 2^18 are slower to look up.
 struct VainTuning {
   int least_bits = 10;
   int growth_bits = 2;
