@@ -65,29 +65,31 @@ struct Window {
 /// Returns the position after the new block.
 template <class T>
 int put_block(std::vector<T>& list, const Window& window, const std::vector<T>& block) {
-  static thread_local std::vector<T> before;
-  static thread_local std::vector<T> after;
-  before.clear();
-  after.clear();
+  const std::vector<int>& positions = window.positions;
   std::size_t next = 0;
-  for (int p = window.first; p < window.last; ++p) {
-    if (next < window.positions.size() && window.positions[next] == p) {
+  auto out = list.begin() + window.first;
+  for (int p = window.first; p < window.centre; ++p) {
+    if (next < positions.size() && positions[next] == p) {
       ++next;
     } else {
-      (p < window.centre ? before : after).push_back(list[static_cast<std::size_t>(p)]);
+      *out++ = list[static_cast<std::size_t>(p)];
     }
   }
-  const auto from = list.begin() + window.first;
-  const std::size_t old_size = window.positions.size();
-  if (block.size() < old_size) {
-    list.erase(from, from + static_cast<std::ptrdiff_t>(old_size - block.size()));
-  } else if (block.size() > old_size) {
-    list.insert(from, block.size() - old_size, T{});
+  std::size_t last = positions.size();
+  auto after = list.begin() + window.last;
+  for (int p = window.last - 1; p >= window.centre; --p) {
+    if (last > next && positions[last - 1] == p) {
+      --last;
+    } else {
+      *--after = list[static_cast<std::size_t>(p)];
+    }
   }
-  auto out = std::copy(before.begin(), before.end(), list.begin() + window.first);
-  out = std::copy(block.begin(), block.end(), out);
-  std::copy(after.begin(), after.end(), out);
-  return static_cast<int>(out - list.begin());
+  if (block.size() < positions.size()) {
+    out = list.erase(out, after - static_cast<std::ptrdiff_t>(block.size()));
+  } else if (block.size() > positions.size()) {
+    out = list.insert(out, block.size() - positions.size(), T{});
+  }
+  return static_cast<int>(std::copy(block.begin(), block.end(), out) - list.begin());
 }
 
 /// Which gates may move past which on the way to the block.

@@ -36,10 +36,14 @@ WindowRows append_placed_circuit(const PlacedTable<wires>& table, WindowRows row
   };
   unsigned residue = table.residue(rows);
   if (detour) took_one_that_leads_to(residue);
-  do {
+  for (;;) {
+    if (residue == 0 && are_on_own_wires<wires>(rows)) {
+      rng.next();  // as the search for a move would, which looks at all of them in vain
+      return rows;
+    }
     residue = residue == 0 ? 2 : residue - 1;
-  } while (took_one_that_leads_to(residue));
-  return rows;
+    if (!took_one_that_leads_to(residue)) return rows;
+  }
 }
 
 /// Which output comes out on each place.

@@ -20,6 +20,14 @@ constexpr WindowRows identity_rows_on(int wires) {
   return rows;
 }
 
+/// Whether every wire's labels stand for labels of the same wire.
+template <int wires>
+constexpr bool are_on_own_wires(WindowRows rows) {
+  WindowRows own = 0;
+  for (int k = 0; k < 2 * wires; ++k) own |= WindowRows{3} << (8 * k + 2 * (k / 2));
+  return (rows & ~own) == 0;
+}
+
 /// The gates on wires a < b, nine per pair, in an order in which fewer wires have the first ones.
 inline constexpr int moves_on(int wires) {
   return 9 * wires * (wires - 1) / 2;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 
@@ -9,10 +10,17 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 using Table = OperatorTable<NetworkBlock::wires>;
-constexpr int moves = moves_on(NetworkBlock::wires);
+constexpr int moves = NetworkBlock::moves;
 
 constexpr std::uint8_t byte(std::uint64_t bytes, int k) {
   return static_cast<std::uint8_t>(bytes >> (8 * k));
+}
+/// What a label stands for.
+std::uint8_t operator_of(std::uint64_t operators, End end) {
+  unsigned result = 0;
+  if ((label_of(end) & label_x) != 0) result ^= byte(operators, 2 * wire_of(end));
+  if ((label_of(end) & label_z) != 0) result ^= byte(operators, 2 * wire_of(end) + 1);
+  return static_cast<std::uint8_t>(result);
 }
 constexpr std::uint16_t bit_of(int rotation) {
   return static_cast<std::uint16_t>(1U << rotation);
@@ -56,36 +64,49 @@ constexpr auto block_moves = [] {
 
 }  // namespace
 
-/// What gates make of the strings of a state, rotations by bits.
+/// What gates make of the strings of a state, rotations by bits: for each wire and each of the
+/// three labels, in lanes of a word, those that have this label there, and those that anticommute.
 class NetworkBlock::GatesOn {
  public:
   explicit GatesOn(const State& state) {
     for (std::size_t q = 0; q < wires; ++q) {
-      const unsigned x = state.letters[q].x;
-      const unsigned z = state.letters[q].z;
-      is_[q] = {x | z, x & ~z, z & ~x, x & z};
-      anticommutes_[q] = {0, z, x, x ^ z};
+      const std::uint64_t x = state.letters[q].x;
+      const std::uint64_t z = state.letters[q].z;
+      is_[q] = (x & ~z) | (z & ~x) << lane | (x & z) << (2 * lane);
+      anticommutes_[q] = z | x << lane | (x ^ z) << (2 * lane);
     }
   }
 
-  /// Those that have fewer letters after the gate.
-  unsigned fallen(const Move& move) const {
-    return (is(move.a, move.label_a) & anticommutes(move.b, move.label_b)) |
-           (is(move.b, move.label_b) & anticommutes(move.a, move.label_a));
+  /// The moves after which a string has fewer letters.
+  unsigned useful() const {
+    unsigned result = 0;
+    for (int b = 1; b < wires; ++b) {
+      for (int a = 0; a < b; ++a) {
+        for (int label = 1; label <= 3; ++label) {
+          const std::uint64_t fallen =
+              (in_all_lanes(is(a, label)) & anticommutes_[static_cast<std::size_t>(b)]) |
+              (is_[static_cast<std::size_t>(b)] & in_all_lanes(anticommutes(a, label)));
+          result |= lanes_in_use(fallen) << move_number(end_of(a, label), end_of(b, 1));
+        }
+      }
+    }
+    return result;
   }
-  /// One less than the most letters that one has after the gate, with those that have `fallen`.
-  int farthest(const Move& move, unsigned fallen) const {
-    const unsigned on_a = is(move.a, 0);
-    const unsigned on_b = is(move.b, 0);
-    const unsigned on_other = is(3 - move.a - move.b, 0);
+  /// One less than the most letters that a string has after the gate.
+  int farthest(const Move& move) const {
+    const unsigned fallen = (is(move.a, move.label_a) & anticommutes(move.b, move.label_b)) |
+                            (is(move.b, move.label_b) & anticommutes(move.a, move.label_a));
+    const unsigned on_a = on(move.a);
+    const unsigned on_b = on(move.b);
+    const unsigned on_other = on(3 - move.a - move.b);
     const unsigned both = (on_a & on_b & ~fallen) | (~on_a & anticommutes(move.b, move.label_b)) |
                           (~on_b & anticommutes(move.a, move.label_a));
     if ((both & on_other) != 0) return 2;
     return (both | (on_other & (on_a | on_b))) != 0 ? 1 : 0;
   }
-  State after(const Move& move, const State& state) const {
+  State after(const Move& move, const State& state, std::uint64_t operators) const {
     State next = state;
-    next.operators = move.through(state.operators);
+    next.operators = operators;
     const auto multiply = [&](int wire, int label, unsigned rows) {
       Letters& letters = letters_of(next, wire);
       if ((label & label_x) != 0) letters.x = static_cast<Rows>(letters.x ^ rows);
@@ -97,52 +118,66 @@ class NetworkBlock::GatesOn {
   }
 
  private:
+  static constexpr int lane = 16;
+  static constexpr std::uint64_t lowest = 0x0000'0001'0001'0001;
+
+  static std::uint64_t in_all_lanes(unsigned rows) { return rows * lowest; }
+  static unsigned lanes_in_use(std::uint64_t lanes) {
+    constexpr std::uint64_t below_top = lowest * 0x7fff;
+    const std::uint64_t used = ((((lanes & below_top) + below_top) | lanes) >> (lane - 1)) & lowest;
+    return static_cast<unsigned>(used | used >> (lane - 1) | used >> (2 * (lane - 1))) & 7;
+  }
   unsigned is(int wire, int label) const {
-    return is_[static_cast<std::size_t>(wire)][static_cast<std::size_t>(label)];
+    return static_cast<Rows>(is_[static_cast<std::size_t>(wire)] >> (lane * (label - 1)));
   }
   unsigned anticommutes(int wire, int label) const {
-    return anticommutes_[static_cast<std::size_t>(wire)][static_cast<std::size_t>(label)];
+    return static_cast<Rows>(anticommutes_[static_cast<std::size_t>(wire)] >> (lane * (label - 1)));
   }
+  unsigned on(int wire) const { return anticommutes(wire, label_x) | anticommutes(wire, label_z); }
 
-  std::array<std::array<unsigned, 4>, wires> is_;  // by label; 0: any
-  std::array<std::array<unsigned, 4>, wires> anticommutes_;
+  std::array<std::uint64_t, wires> is_;
+  std::array<std::uint64_t, wires> anticommutes_;
 };
 
-bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_free) {
+bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_free,
+                        const WireOrder& order) {
   end_is_free_ = end_is_free;
+  wire_ = order;
+  for (std::uint8_t place = 0; place < wires; ++place) place_[order[place]] = place;
   gates_ = rotations_ = 0;
   start_ = {};
   WindowRows labels = identity_rows_on(wires);
   std::array<std::uint8_t, most_rotations> strings;
-  const auto stands_for = [&](End end) {
-    unsigned string = 0;
-    if ((label_of(end) & label_x) != 0) string ^= byte(labels, 2 * wire_of(end));
-    if ((label_of(end) & label_z) != 0) string ^= byte(labels, 2 * wire_of(end) + 1);
-    return static_cast<std::uint8_t>(string);
-  };
   for (const NetworkEvent& event : events) {
+    const End a = on_wire(event.gate.a);
     if (event.row < 0) {
-      const std::uint8_t of_a = stands_for(event.gate.a);
-      const std::uint8_t of_b = stands_for(event.gate.b);
+      const End b = on_wire(event.gate.b);
+      const std::uint8_t of_a = operator_of(labels, a);
+      const std::uint8_t of_b = operator_of(labels, b);
       const auto multiply = [&](End changed, std::uint8_t by) {
         for (const int bit : {label_x, label_z}) {
           if (label_of(changed) == bit) continue;
           labels ^= std::uint64_t{by} << (8 * (2 * wire_of(changed) + (bit == label_z ? 1 : 0)));
         }
       };
-      multiply(event.gate.a, of_b);
-      multiply(event.gate.b, of_a);
+      multiply(a, of_b);
+      multiply(b, of_a);
       ++gates_;
       continue;
     }
     if (rotations_ == most_rotations) return false;
-    const std::uint8_t string = stands_for(event.gate.a);
+    const std::uint8_t string = operator_of(labels, a);
     const auto k = static_cast<std::size_t>(rotations_);
     before_[k] = 0;
+    std::uint64_t past = string;  // with all that must come before
     for (int other = 0; other < rotations_ && in_order_; ++other) {
       const auto o = static_cast<std::size_t>(other);
-      if (clash(strings[o], string)) before_[k] |= bit_of(other);
+      if (!clash(strings[o], string)) continue;
+      before_[k] |= bit_of(other);
+      past += hash_[o] << 6;
     }
+    hash_[k] = Rng::mixed(past);
+    start_.hash += hash_[k];
     strings[k] = string;
     for (int q = 0; q < wires; ++q) {
       const int label = string >> (2 * q) & 3;
@@ -153,8 +188,31 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
     rows_[k] = event.row;
     ++rotations_;
   }
-  start_.operators = labels;
+  // Where the end is free, the operators tell no more than what became of the strings.
+  start_.operators = end_is_free ? identity_rows_on(wires) : with_least_labels(labels);
+  start_.hash += Rng::mixed(start_.operators | std::uint64_t{end_is_free} << 63);
   return true;
+}
+
+/// Of the operators that a wire's labels stand for the two least: what the labels after the block
+/// are called makes no difference.
+std::uint64_t NetworkBlock::with_least_labels(std::uint64_t operators) {
+  std::uint64_t result = 0;
+  for (int q = 0; q < wires; ++q) {
+    std::array<std::pair<std::uint8_t, int>, 3> labels;
+    for (int label = 1; label <= 3; ++label) {
+      labels[static_cast<std::size_t>(label - 1)] = {operator_of(operators, end_of(q, label)),
+                                                     label};
+    }
+    const auto sort = [&](std::size_t a, std::size_t b) {
+      if (labels[b] < labels[a]) std::swap(labels[a], labels[b]);
+    };
+    sort(0, 1), sort(1, 2), sort(0, 1);
+    constexpr std::array<int, 3> names{label_x, label_z, label_y};
+    for (std::size_t k = 0; k < 3; ++k) named_[end_of(q, labels[k].second)] = end_of(q, names[k]);
+    result |= (std::uint64_t{labels[0].first} | std::uint64_t{labels[1].first} << 8) << (16 * q);
+  }
+  return result;
 }
 
 /// One less than the most letters that a string has.
@@ -185,12 +243,13 @@ void NetworkBlock::serve(State& state) {
         Letters& letters = letters_of(state, q);
         const int label = (letters.x >> k & 1) * label_x + (letters.z >> k & 1) * label_z;
         if (label == 0) continue;
-        const End end = end_of(q, label);
+        const End end = at_place(end_of(q, label));
         found_.push_back({{end, end}, rows_[static_cast<std::size_t>(k)]});
         letters.x &= gone;
         letters.z &= gone;
       }
       state.left &= gone;
+      state.hash -= hash_[static_cast<std::size_t>(k)];
       again = in_order_;
     }
   }
@@ -205,58 +264,109 @@ bool NetworkBlock::is_done(const State& state) const {
   return true;
 }
 
+void NetworkBlock::name_ends(const State& state) {
+  for (int q = 0; q < wires; ++q) {
+    for (int label = 1; label <= 3; ++label) {
+      const End end = end_of(q, label);
+      const int now = end_is_free_ ? label : operator_of(state.operators, named_[end]) >> (2 * q);
+      ends_[at_place(end)] = at_place(end_of(q, now));
+    }
+  }
+}
+
 bool NetworkBlock::descend(const State& state, int budget) {
   if (is_done(state)) {
-    for (int q = 0; q < wires; ++q) {
-      for (int label = 1; label <= 3; ++label) {
-        unsigned string = 0;
-        if ((label & label_x) != 0) string ^= byte(state.operators, 2 * q);
-        if ((label & label_z) != 0) string ^= byte(state.operators, 2 * q + 1);
-        ends_[end_of(q, label)] =
-            end_is_free_ ? end_of(q, label) : end_of(q, static_cast<int>(string >> (2 * q)));
-      }
-    }
+    name_ends(state);
     return true;
   }
   if (budget == 0 || --patience_ < 0) return false;
-  const GatesOn gates(state);
   // What is left to undo takes a gate less after the moves `down`, and at most a gate more
   // otherwise.
   const auto [distance, down] = end_is_free_ ? Table::Entry{-1, 0} : table().find(state.operators);
-  for (int k = 0; k < moves; ++k) {
-    const int number = (first_move_ + k * stride_) % moves;
-    if ((pairs_ >> (number / 9) & 1) == 0) continue;
+  if (budget == 1 && distance == 0) return false;
+  const GatesOn gates(state);
+  unsigned useful = static_cast<unsigned>(down);
+  if (distance < budget && state.left != 0) useful |= gates.useful();
+  useful &= allowed_;
+  unsigned turns = 0;
+  for (; useful != 0; useful &= useful - 1) {
+    turns |= 1U << turn_[static_cast<std::size_t>(std::countr_zero(useful))];
+  }
+  for (; turns != 0; turns &= turns - 1) {
+    const auto turn = static_cast<std::size_t>(std::countr_zero(turns));
+    const int number = number_[turn];
     const bool undoes = (down >> number & 1) != 0;
-    if (!undoes && distance >= budget) continue;
     const Move& move = block_moves[static_cast<std::size_t>(number)];
-    const unsigned fallen = gates.fallen(move);
-    if (fallen == 0 && !undoes) continue;
-    if (gates.farthest(move, fallen) > budget - 1) continue;
-    State next = gates.after(move, state);
-    if (!undoes && distance == budget - 1 && table().find(next.operators).distance > distance) {
+    if (budget <= 2 && gates.farthest(move) > budget - 1) continue;
+    const std::uint64_t operators = move.through(state.operators);
+    if (!undoes && distance == budget - 1 && table().find(operators).distance > distance) {
       continue;
     }
+    const std::uint64_t key = VainSearches::key(operators, state.hash, budget - 1);
+    if (budget > 1) {
+      const int nodes = vain_.find(key);
+      if (nodes >= 0) {
+        patience_ -= nodes;
+        if (patience_ < 0) return false;
+        continue;
+      }
+    }
+    State next = gates.after(move, state, operators);
     const std::size_t before = found_.size();
-    found_.push_back({window_gates[static_cast<std::size_t>(number)], -1});
+    found_.push_back({window_gates[static_cast<std::size_t>(given_[turn])], -1});
     serve(next);
+    const int patience = patience_;
     if (descend(next, budget - 1)) return true;
     found_.resize(before);
     if (patience_ < 0) return false;
+    if (budget > 1) vain_.add(key, patience - patience_);
   }
   return false;
+}
+
+/// Gates between the pairs of places.
+void NetworkBlock::allow(unsigned pairs) {
+  allowed_ = 0;
+  for (int b = 1; b < wires; ++b) {
+    for (int a = 0; a < b; ++a) {
+      if ((pairs >> (b * (b - 1) / 2 + a) & 1) == 0) continue;
+      const auto [low, high] = std::minmax({on_wire(end_of(a, 1)), on_wire(end_of(b, 1))});
+      allowed_ |= 0x1ffU << move_number(low, high);
+    }
+  }
+}
+
+/// By their numbers on places, every so many.
+void NetworkBlock::order_moves(int first, int stride) {
+  for (int turn = 0, given = first; turn < moves; ++turn) {
+    const Gate& gate = window_gates[static_cast<std::size_t>(given)];
+    const auto [low, high] = std::minmax({on_wire(gate.a), on_wire(gate.b)});
+    const int number = move_number(low, high);
+    turn_[static_cast<std::size_t>(number)] = static_cast<std::uint8_t>(turn);
+    number_[static_cast<std::size_t>(turn)] = static_cast<std::uint8_t>(number);
+    given_[static_cast<std::size_t>(turn)] = static_cast<std::uint8_t>(given);
+    given += stride;
+    if (given >= moves) given -= moves;
+  }
 }
 
 bool NetworkBlock::rewrite(int most_gates, unsigned pairs, int patience, Rng& rng) {
   constexpr int strides[] = {1, 2, 4, 5, 7, 8, 10, 11, 13};  // prime to the number of moves
   static_assert(moves == 27);
-  patience_ = patience;
-  pairs_ = pairs;
-  first_move_ = rng.below(moves);
-  stride_ = strides[rng.below(static_cast<int>(std::size(strides)))];
-  found_.clear();
+  const int first = rng.below(moves);
+  const int stride = strides[rng.below(static_cast<int>(std::size(strides)))];
+  allow(pairs);
   State state = start_;
+  state.hash += Rng::mixed(allowed_);
+  const std::uint64_t key = VainSearches::key(state.operators, state.hash, most_gates);
+  if (vain_.find(key) >= 0) return false;
+  order_moves(first, stride);
+  patience_ = patience;
+  found_.clear();
   serve(state);
-  return descend(state, most_gates);
+  if (descend(state, most_gates)) return true;
+  if (patience_ >= 0) vain_.add(key, patience - patience_);
+  return false;
 }
 
 }  // namespace zelt::braidwerk::internal

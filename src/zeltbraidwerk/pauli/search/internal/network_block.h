@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/window_moves.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
+#include "zeltbraidwerk/pauli/search/internal/vain_searches.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -13,18 +15,28 @@ namespace zelt::braidwerk::internal {
 /// same operator after them, found by going through all sequences of gates up to a length that
 /// are of use at every step, in a random order, until one is found or enough were looked at.
 ///
+/// Searches that end in vain are remembered, from their beginning and from every place on the way,
+/// and left out when they come up again: what is found stays the same, draws and patience included.
+/// Of two states that lead to the same answers the operators are equal, and so are the rotations
+/// left by their hashes: of the strings at the beginning and of all that must come before.
+///
 /// Operators are bytes, the label of wire q in bits 2 q and 2 q + 1. The strings of the rotations
 /// are planes: for each wire one bit per rotation of what has an X there, and one of what has a Z.
 class NetworkBlock {
  public:
   static constexpr int wires = 3;
+  static constexpr int moves = moves_on(wires);
   static constexpr int most_rotations = 16;
+
+  using WireOrder = std::array<std::uint8_t, wires>;
 
   explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
 
-  /// False where there is too much in the block. Wires are 0 to 2; where the end is free, anything
-  /// may be left after it.
-  bool read(const std::vector<NetworkEvent>& events, bool end_is_free);
+  /// False where there is too much in the block. Wires are places 0 to 2; where the end is free,
+  /// anything may be left after it. `order` has the places' ranks in an order of the wires by which
+  /// a block is known again whatever their places.
+  bool read(const std::vector<NetworkEvent>& events, bool end_is_free,
+            const WireOrder& order = {0, 1, 2});
   int gates() const { return gates_; }
   /// No fewer gates will do.
   int least() const;
@@ -47,7 +59,8 @@ class NetworkBlock {
   struct State {
     std::uint64_t operators;  // what X and Z on the wires, after the block, are here
     std::array<Letters, wires> letters;
-    Rows left;  // rotations
+    Rows left;           // rotations
+    std::uint64_t hash;  // of those
   };
   class GatesOn;
 
@@ -58,6 +71,16 @@ class NetworkBlock {
   void serve(State& state);
   bool descend(const State& state, int budget);
   bool is_done(const State& state) const;
+  void name_ends(const State& state);
+  void allow(unsigned pairs);
+  void order_moves(int first, int stride);
+  std::uint64_t with_least_labels(std::uint64_t operators);
+  End on_wire(End end) const {
+    return end_of(wire_[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  }
+  End at_place(End end) const {
+    return end_of(place_[static_cast<std::size_t>(wire_of(end))], label_of(end));
+  }
 
   bool in_order_;
   bool end_is_free_ = false;
@@ -69,9 +92,15 @@ class NetworkBlock {
   std::vector<NetworkEvent> found_;
   std::array<End, 4 * wires> ends_{};
   int patience_ = 0;
-  unsigned pairs_ = 0;
-  int first_move_ = 0;
-  int stride_ = 1;
+  WireOrder wire_{};   // by place
+  WireOrder place_{};  // by wire
+  std::array<std::uint64_t, most_rotations> hash_{};
+  std::array<End, 4 * wires> named_{};        // labels after the old block, as with_least_labels
+  unsigned allowed_ = 0;                      // moves
+  std::array<std::uint8_t, moves> turn_{};    // by move
+  std::array<std::uint8_t, moves> number_{};  // by turn: the move
+  std::array<std::uint8_t, moves> given_{};   // by turn: the move on places
+  VainSearches vain_;
 };
 
 }  // namespace zelt::braidwerk::internal

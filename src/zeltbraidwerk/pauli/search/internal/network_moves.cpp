@@ -108,12 +108,13 @@ void NetworkProblem::choose(const State& state, int count) {
     choose_shortening(state, static_cast<int>(at), state.lock, count);
     return;
   }
-  for (std::size_t p = 0; p < gate_costs_.pairs().size(); ++p) {
-    const auto& costs = gate_costs_.of(static_cast<int>(p));
-    for (std::size_t k = 0; k < costs.size(); ++k) {
-      if (static_cast<int>(chosen_.size()) < count || costs[k] < chosen_.back().cost) {
-        offer(GateCosts::gate(gate_costs_.pairs()[p], static_cast<int>(k)), -1, count);
-      }
+  const auto is_offered = [&](std::int64_t cost) {
+    return static_cast<int>(chosen_.size()) < count || cost < chosen_.back().cost;
+  };
+  for (const GateCosts::Pair& pair : gate_costs_.pairs()) {
+    if (!is_offered(gate_costs_.least(pair))) continue;
+    for (int k = 0; k < 9; ++k) {
+      if (is_offered(gate_costs_.of(pair, k))) offer(GateCosts::gate(pair, k), -1, count);
     }
   }
   if (!chosen_.empty() && chosen_[0].cost <= -least_gain) return;

@@ -47,7 +47,11 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   for (std::size_t k = 0; k < window_.gates.size(); ++k) {
     inside_.push_back({window_.gates[k], rows_[static_cast<std::size_t>(window_.positions[k])]});
   }
-  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7) ||
+  NetworkBlock::WireOrder order{};  // the same wires are the same block, in whichever order
+  for (std::size_t b = 1; b < NetworkBlock::wires; ++b) {
+    for (std::size_t a = 0; a < b; ++a) ++order[window_.wires[a] < window_.wires[b] ? b : a];
+  }
+  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7, order) ||
       block_.gates() > tuning.walk_gates) {
     return false;
   }

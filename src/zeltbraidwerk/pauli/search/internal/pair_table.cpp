@@ -1,23 +1,94 @@
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "zeltbraidwerk/foundations/internal/clones.h"
 
 namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr std::size_t lanes = GateCosts::lanes;
+
+std::size_t blocks_for(int qubits) {
+  return (static_cast<std::size_t>(qubits) + lanes - 1) / lanes;
+}
+
+/// A gate with labels P and Q takes a letter off where one of the letters is its label and the
+/// other is another, and adds one where a letter other than its label stands alone.
+///
+/// Of one wire, whose letters stand `stride` apart in the table, and some others, `width` for each
+/// label.
+ZELTBRAIDWERK_CLONES void score_block(const std::uint64_t* __restrict both, std::size_t stride,
+                                      std::size_t width, const std::int64_t* __restrict alone_a,
+                                      const std::int64_t* __restrict alone_b,
+                                      GateCosts::Block& __restrict block) {
+  for (std::size_t b = 0; b < lanes; ++b) {
+    std::int64_t less[3][3];
+    // What stands alone with this label, and, less, what has any letter on the other wire.
+    std::int64_t of_a[3] = {alone_a[0], alone_a[width], alone_a[2 * width]};
+    std::int64_t of_b[3] = {alone_b[b], alone_b[width + b], alone_b[2 * width + b]};
+    std::int64_t all = of_a[0] + of_a[1] + of_a[2] + of_b[0] + of_b[1] + of_b[2];
+    for (std::size_t i = 0; i < 3; ++i) {
+      for (std::size_t j = 0; j < 3; ++j) {
+        const std::uint64_t entry = both[i * stride + j * width + b];
+        const auto more = static_cast<std::int64_t>(entry & 0xffffffffU);
+        less[i][j] = static_cast<std::int64_t>(entry >> 32);
+        of_a[i] += less[i][j] - more;
+        of_b[j] += less[i][j] - more;
+        all -= 2 * more;
+      }
+    }
+    std::int64_t least = std::numeric_limits<std::int64_t>::max();
+    for (std::size_t i = 0; i < 3; ++i) {
+      for (std::size_t j = 0; j < 3; ++j) {
+        const std::int64_t cost = all - of_a[i] - of_b[j] + 2 * less[i][j];
+        block.costs[3 * i + j][b] = cost;
+        least = least < cost ? least : cost;
+      }
+    }
+    block.least[b] = least;
+  }
+}
+
+}  // namespace
 
 GateCosts::GateCosts(int qubits, const BitGraph* graph) : qubits_(qubits) {
-  index_.assign(static_cast<std::size_t>(qubits) * static_cast<std::size_t>(qubits), -1);
+  const auto n = static_cast<std::size_t>(qubits);
+  slots_.resize(n * n);
+  std::size_t blocks = 0;
   for (int a = 0; a < qubits; ++a) {
+    first_.push_back(blocks);
     for (int b = a + 1; b < qubits; ++b) {
       if (graph != nullptr && !graph->joined(a, b)) continue;
-      index_[static_cast<std::size_t>(a * qubits + b)] = static_cast<int>(pairs_.size());
+      const std::size_t slot =
+          graph != nullptr ? pairs_.size()
+                           : blocks * lanes + static_cast<std::size_t>(b) - first_of(a) * lanes;
+      slots_[static_cast<std::size_t>(a) * n + static_cast<std::size_t>(b)] =
+          static_cast<std::uint32_t>(slot);
       pairs_.push_back({a, b});
     }
+    if (graph == nullptr) blocks += blocks_for(qubits) - first_of(a);
   }
-  costs_.resize(pairs_.size());
+  blocks_.resize(graph == nullptr ? blocks : (pairs_.size() + lanes - 1) / lanes);
+}
+
+void GateCosts::put(const Pair& pair, const std::array<std::int64_t, 9>& costs) {
+  const std::size_t slot = slot_of(pair);
+  Block& block = blocks_[slot / lanes];
+  for (std::size_t k = 0; k < costs.size(); ++k) block.costs[k][slot % lanes] = costs[k];
+  block.least[slot % lanes] = *std::ranges::min_element(costs);
 }
 
 PairTable::PairTable(int qubits)
-    : stride_(3 * static_cast<std::size_t>(qubits)), both_(stride_ * stride_), alone_(stride_) {}
+    : qubits_(qubits),
+      width_(blocks_for(qubits) * lanes),
+      both_(9 * static_cast<std::size_t>(qubits) * width_),
+      alone_(3 * width_) {
+  for (std::size_t letter = 0; letter < 3 * static_cast<std::size_t>(qubits); ++letter) {
+    column_.push_back(letter % 3 * width_ + letter / 3);
+  }
+}
 
 void PairTable::clear() {
   std::ranges::fill(both_, 0);
@@ -27,45 +98,19 @@ void PairTable::clear() {
 void PairTable::add(const int* letters, int count, std::uint32_t less, std::uint32_t more) {
   const std::uint64_t both = std::uint64_t{less} << 32 | more;
   for (int i = 0; i < count; ++i) {
-    alone_[static_cast<std::size_t>(letters[i])] += more;
-    std::uint64_t* row = both_.data() + static_cast<std::size_t>(letters[i]) * stride_;
-    for (int j = i + 1; j < count; ++j) row[letters[j]] += both;
+    const auto letter = static_cast<std::size_t>(letters[i]);
+    alone_[column_[letter]] += more;
+    std::uint64_t* row = both_.data() + letter * 3 * width_;
+    for (int j = i + 1; j < count; ++j) row[column_[static_cast<std::size_t>(letters[j])]] += both;
   }
 }
 
-/// A gate with labels P and Q takes a letter off where one of the letters is its label and the
-/// other is another, and adds one where a letter other than its label stands alone.
-void PairTable::score(GateCosts& costs) const {
-  for (int pair = 0; pair < static_cast<int>(costs.pairs().size()); ++pair) {
-    const auto a = 3 * static_cast<std::size_t>(costs.pairs()[static_cast<std::size_t>(pair)].a);
-    const auto b = 3 * static_cast<std::size_t>(costs.pairs()[static_cast<std::size_t>(pair)].b);
-    std::int64_t less[3][3];
-    std::int64_t of_a[3] = {};  // less, of all strings with this label on a and any on b
-    std::int64_t of_b[3] = {};
-    std::int64_t alone_a[3];
-    std::int64_t alone_b[3];
-    for (std::size_t k = 0; k < 3; ++k) {
-      alone_a[k] = alone_[a + k];
-      alone_b[k] = alone_[b + k];
-    }
-    for (std::size_t i = 0; i < 3; ++i) {
-      for (std::size_t j = 0; j < 3; ++j) {
-        const std::uint64_t both = both_[(a + i) * stride_ + b + j];
-        const auto more = static_cast<std::int64_t>(both & 0xffffffffu);
-        less[i][j] = static_cast<std::int64_t>(both >> 32);
-        of_a[i] += less[i][j];
-        of_b[j] += less[i][j];
-        alone_a[i] -= more;
-        alone_b[j] -= more;
-      }
-    }
-    const std::int64_t all = alone_a[0] + alone_a[1] + alone_a[2] +  //
-                             alone_b[0] + alone_b[1] + alone_b[2];
-    auto& cost = costs.of(pair);
-    for (std::size_t i = 0; i < 3; ++i) {
-      for (std::size_t j = 0; j < 3; ++j) {
-        cost[3 * i + j] = all - alone_a[i] - alone_b[j] - of_a[i] - of_b[j] + 2 * less[i][j];
-      }
+void PairTable::score(GateCosts& costs) {
+  for (int a = 0; a + 1 < qubits_; ++a) {
+    const auto wire = static_cast<std::size_t>(a);
+    for (std::size_t k = GateCosts::first_of(a); k < width_ / lanes; ++k) {
+      score_block(both_.data() + 9 * wire * width_ + k * lanes, 3 * width_, width_,
+                  alone_.data() + wire, alone_.data() + k * lanes, costs.block_of(a, k));
     }
   }
 }
@@ -92,16 +137,16 @@ void EdgeTable::add(int pair, int label_a, int label_b, std::int64_t without_a_o
 void EdgeTable::score(GateCosts& costs) const {
   for (std::size_t pair = 0; pair < changes_.size(); ++pair) {
     const Changes& changes = changes_[pair];
-    auto& cost = costs.of(static_cast<int>(pair));
+    std::array<std::int64_t, 9> cost{};
     for (std::size_t i = 0; i < 3; ++i) {
       for (std::size_t j = 0; j < 3; ++j) {
-        cost[3 * i + j] = 0;
         for (std::size_t k = 0; k < 3; ++k) {
           if (k != j) cost[3 * i + j] += changes.without_a[3 * i + k] + changes.with_a[k];
           if (k != i) cost[3 * i + j] += changes.without_b[3 * k + j] + changes.with_b[k];
         }
       }
     }
+    costs.put(costs.pairs()[pair], cost);
   }
 }
 

@@ -23,23 +23,45 @@ class GateCosts {
   static Gate gate(const Pair& pair, int k) {
     return {end_of(pair.a, k / 3 + 1), end_of(pair.b, k % 3 + 1)};
   }
-  /// Of the gates of a pair, by label on the first wire, then on the second.
-  const std::array<std::int64_t, 9>& of(int pair) const {
-    return costs_[static_cast<std::size_t>(pair)];
+  /// Of the nine gates of a pair, by label on the first wire, then on the second.
+  std::int64_t of(const Pair& pair, int k) const {
+    const std::size_t slot = slot_of(pair);
+    return blocks_[slot / lanes].costs[static_cast<std::size_t>(k)][slot % lanes];
   }
-  std::array<std::int64_t, 9>& of(int pair) { return costs_[static_cast<std::size_t>(pair)]; }
   std::int64_t of(const Gate& gate) const {
-    const auto a = static_cast<std::size_t>(wire_of(gate.a));
-    const auto b = static_cast<std::size_t>(wire_of(gate.b));
-    const int pair = index_[a * static_cast<std::size_t>(qubits_) + b];
-    return of(pair)[static_cast<std::size_t>(3 * label_of(gate.a) + label_of(gate.b) - 4)];
+    return of({wire_of(gate.a), wire_of(gate.b)}, 3 * label_of(gate.a) + label_of(gate.b) - 4);
   }
+  /// The least of them.
+  std::int64_t least(const Pair& pair) const {
+    const std::size_t slot = slot_of(pair);
+    return blocks_[slot / lanes].least[slot % lanes];
+  }
+  void put(const Pair& pair, const std::array<std::int64_t, 9>& costs);
+
+  /// Those of some pairs side by side.
+  static constexpr std::size_t lanes = 8;
+  struct Block {
+    std::int64_t costs[9][lanes];
+    std::int64_t least[lanes];
+  };
+  /// Where all wires meet: of `a` and the wires lanes * k to lanes * (k + 1) - 1, some of them
+  /// later ones.
+  Block& block_of(int a, std::size_t k) {
+    return blocks_[first_[static_cast<std::size_t>(a)] + k - first_of(a)];
+  }
+  static std::size_t first_of(int a) { return static_cast<std::size_t>(a + 1) / lanes; }
 
  private:
+  std::size_t slot_of(const Pair& pair) const {
+    return slots_[static_cast<std::size_t>(pair.a) * static_cast<std::size_t>(qubits_) +
+                  static_cast<std::size_t>(pair.b)];
+  }
+
   int qubits_;
   std::vector<Pair> pairs_;
-  std::vector<int> index_;
-  std::vector<std::array<std::int64_t, 9>> costs_;
+  std::vector<std::size_t> first_;    // blocks, by wire; where all wires meet
+  std::vector<std::uint32_t> slots_;  // by wire and wire
+  std::vector<Block> blocks_;
 };
 
 /// Where all wires meet and strings cost by their weights, all gates in one pass: for each two
@@ -53,12 +75,14 @@ class PairTable {
   /// A string, its letters given as 3 * qubit + label - 1, ascending; what a letter less takes off
   /// its cost, and what one more adds.
   void add(const int* letters, int count, std::uint32_t less, std::uint32_t more);
-  void score(GateCosts& costs) const;
+  void score(GateCosts& costs);
 
  private:
-  std::size_t stride_;
+  int qubits_;
+  std::size_t width_;                // of a row of one label: the qubits, and some lanes not used
+  std::vector<std::size_t> column_;  // by letter: label after label
   std::vector<std::uint64_t> both_;  // less in the upper half, more in the lower, by two letters
-  std::vector<std::uint32_t> alone_;
+  std::vector<std::int64_t> alone_;  // by column
 };
 
 /// The same on a device, whatever a string costs that has letters on some wires.

@@ -192,6 +192,14 @@ struct ReachTuning {
 };
 inline constexpr ReachTuning reach_tuning;
 
+/// How many searches in vain a walk remembers, as powers of two. 2^18 are slower to look up.
+struct VainTuning {
+  int least_bits = 10;
+  int growth_bits = 2;
+  int most_bits = 16;
+};
+inline constexpr VainTuning vain_tuning;
+
 /// Networks of which the fewest gates are looked for.
 struct SmallNetworkTuning {
   std::size_t most_work = 1'000'000;  ///< strings after gates: some hundredths of a second
