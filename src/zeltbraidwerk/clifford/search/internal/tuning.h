@@ -118,4 +118,26 @@ struct StateTuning {
 };
 inline constexpr StateTuning state_tuning;
 
+/// Of states on a device.
+struct PlacedStateTuning {
+  int beam_wires = 64;       ///< beams on up to this number, of one word
+  int first_sets = 100;      ///< information sets that the first beams begin from
+  int placed_sets = 30;      ///< for light products by letters, by which qubits are placed
+  int spare = 1;             ///< light products kept for each generator
+  int placed_spare = 4;      ///< the same while qubits are placed
+  int looked_at = 10;        ///< gates that a beam tries on a state
+  int sets = 4;              ///< information sets after each gate
+  int first_placements = 4;  ///< greedy runs, each from another placement
+  int patience = 20;         ///< levels of a beam without a better score
+  int width = 4;             ///< of the beam of round 0; twice as wide each round
+  int most_doublings = 8;
+  int renewals = 4;  ///< new beginnings in round 0; twice as many each round
+  int most_renewal_doublings = 20;
+  int placements = 4;           ///< new placements in round 0; twice as many each round
+  std::uint64_t beam_steps = 8;  ///< that a state of a beam counts
+  Cooling cooling{0.3F, 0.003F};
+  Schedule rounds{.first_steps = 1 << 11, .most_growths = 29};
+};
+inline constexpr PlacedStateTuning placed_state_tuning;
+
 }  // namespace zelt::braidwerk::internal

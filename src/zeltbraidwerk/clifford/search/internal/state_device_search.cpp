@@ -1,0 +1,238 @@
+#include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "zeltbraidwerk/clifford/search/internal/code.h"
+#include "zeltbraidwerk/clifford/search/internal/encoder_list.h"
+#include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
+#include "zeltbraidwerk/clifford/search/internal/placed_state_problem.h"
+#include "zeltbraidwerk/clifford/search/internal/state_bound.h"
+#include "zeltbraidwerk/clifford/search/internal/state_list.h"
+#include "zeltbraidwerk/clifford/search/internal/tree_elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/depth_judge.h"
+#include "zeltbraidwerk/search/internal/driver.h"
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+constexpr const PlacedStateTuning& tuning = placed_state_tuning;
+
+std::size_t at(int k) {
+  return static_cast<std::size_t>(k);
+}
+
+std::vector<WireString> strings_of(const PauliFrame& frame) {
+  std::vector<WireString> strings(at(frame.rows()));
+  for (int r = 0; r < frame.rows(); ++r) {
+    for (int q = 0; q < frame.qubits(); ++q) {
+      strings[at(r)].x |= Word{frame.x_planes().get(q, r)} << q;
+      strings[at(r)].z |= Word{frame.z_planes().get(q, r)} << q;
+    }
+  }
+  return strings;
+}
+
+BitGraph complete(int n) {
+  BitGraph graph(n);
+  for (int b = 1; b < n; ++b) {
+    for (int a = 0; a < b; ++a) graph.join(a, b);
+  }
+  return graph;
+}
+
+/// What beams need, on up to 64 wires.
+class PlacedBeams {
+ public:
+  PlacedBeams(const PauliFrame& stabilisers, const BitGraph& device, Rng& rng)
+      : n_(device.size()), rng_(rng), by_letters_(complete(n_)), weights_(device) {
+    light_ = PlacedGroup(strings_of(stabilisers), tuning.placed_spare, by_letters_);
+    light_.lighten(tuning.placed_sets, rng, by_letters_);
+    in_place_ = PlacedGroup(strings_of(stabilisers), tuning.spare, weights_);
+    in_place_.lighten(tuning.first_sets, rng, weights_);
+  }
+
+  /// A circuit for the state as it stands on the wires; none where the beam gave up.
+  std::optional<GateList> in_place(int width, Meter& meter) { return run(in_place_, width, meter); }
+
+  /// One for a random placement that puts its light generators on few wires each.
+  std::optional<GateList> anywhere(int width, Meter& meter) {
+    std::vector<int> wires(at(n_));
+    const PlacedGroup group = placed(wires, meter);
+    std::optional<GateList> list = run(group, width, meter);
+    if (list) rename_outputs(*list, wires);
+    return list;
+  }
+
+  /// The state that the first gates of a list make, on its wires.
+  std::optional<GateList> renewed(const GateList& list, int count, Meter& meter) {
+    PlacedGroup group(strings_of(code_after(list, count, 0, false).stabilisers), tuning.spare,
+                      weights_);
+    group.lighten(tuning.first_sets / 4, rng_, weights_);
+    return run(group, 1, meter);
+  }
+
+ private:
+  /// Exchanges the qubits of two wires as long as the generators get lighter.
+  PlacedGroup placed(std::vector<int>& wires, Meter& meter) {
+    std::iota(wires.begin(), wires.end(), 0);
+    for (std::size_t k = wires.size(); k > 1; --k) {
+      std::swap(wires[k - 1], wires[at(rng_.below(static_cast<int>(k)))]);
+    }
+    double best = light_.renamed(wires, weights_).worth();
+    for (bool better = true; better && !meter.ended();) {
+      better = false;
+      for (std::size_t a = 1; a < wires.size(); ++a) {
+        for (std::size_t b = 0; b < a; ++b) {
+          std::swap(wires[a], wires[b]);
+          const double worth = light_.renamed(wires, weights_).worth();
+          if (worth > best) {
+            best = worth;
+            better = true;
+          } else {
+            std::swap(wires[a], wires[b]);
+          }
+        }
+      }
+    }
+    PlacedGroup group = light_.renamed(wires, weights_);
+    group.lighten(tuning.first_sets / 4, rng_, weights_);
+    return group;
+  }
+
+  std::optional<GateList> run(const PlacedGroup& group, int width, Meter& meter) {
+    PlacedStateProblem problem(weights_, rng_);
+    const BeamOptions options{.width = width, .patience = tuning.patience + n_};
+    const std::uint64_t before = meter.steps();
+    const auto found = BeamSearch<PlacedStateProblem>(problem, options, rng_, meter).run(group);
+    meter.charge((tuning.beam_steps - 1) * (meter.steps() - before));
+    if (found.empty()) return std::nullopt;
+    GateList list(n_, {});
+    for (int k = 0; k < n_; ++k) {
+      const WireString& string = found[0].state.element(k);
+      const int wire = std::countr_zero(string.support());
+      std::swap(list.frame[end_of(wire, string.label(wire))], list.frame[end_of(wire, label_z)]);
+    }
+    for (auto move = found[0].moves.rbegin(); move != found[0].moves.rend(); ++move) {
+      list.gates.push_back({list.frame[move->gate.a], list.frame[move->gate.b]});
+    }
+    return list;
+  }
+
+  static void rename_outputs(GateList& list, const std::vector<int>& wires) {
+    std::vector<int> qubits(wires.size());
+    for (std::size_t q = 0; q < wires.size(); ++q) qubits[at(wires[q])] = static_cast<int>(q);
+    for (std::size_t end = 0; end < list.frame.size(); ++end) {
+      const End from = list.frame[end];
+      list.frame[end] = end_of(qubits[at(wire_of(from))], label_of(from));
+    }
+  }
+
+  int n_;
+  Rng& rng_;
+  SupportWeights by_letters_;
+  SupportWeights weights_;
+  PlacedGroup light_;     ///< by letters alone
+  PlacedGroup in_place_;  ///< by weights on the device
+};
+
+class PlacedStateSearch : public SearchBase<GateList> {
+ public:
+  PlacedStateSearch(const PauliFrame& stabilisers, const Task& task, const Effort& effort)
+      : SearchBase(task, effort), stabilisers_(stabilisers), wires_(stabilisers.qubits()) {
+    const WireGroups entangled = entangled_groups(stabilisers);
+    meter_.prove(bound_of_state(stabilisers, entangled.joins(), entangled.largest()));
+  }
+
+  static Schedule schedule() { return tuning.rounds; }
+
+  void first() {
+    if (task_.start != nullptr) offer(*task_.start);
+    offer(eliminated_on_device(stabilisers_, *task_.device));
+    if (finished() || wires_ > tuning.beam_wires || wires_ < 2) return;
+    beams_.emplace(stabilisers_, *task_.device, rng_);
+    const Effort unlimited;
+    Meter own(unlimited);
+    offer(beams_->in_place(1, own));
+    for (int k = 0; k < tuning.first_placements && !meter_.ended(); ++k) begin_anew(1);
+  }
+
+  bool finished() const {
+    return meter_.proven() ||
+           (!task_.by_depth() && incumbent_.size().count <= meter_.bound().count);
+  }
+
+  void round(const Round& round) {
+    const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs,
+                                  Inputs::zeros);
+    walk(incumbent_.circuit(), rewriter, round.steps);
+    if (task_.by_depth()) {
+      anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
+                   [this](const GateList& list, int depth) {
+                     incumbent_.offer(list, {list.count(), depth}, Origin::certain);
+                   });
+    }
+    if (!beams_) return;
+    renew(tuning.renewals << std::min(round.number, tuning.most_renewal_doublings));
+    const int width = tuning.width << std::min(round.number, tuning.most_doublings);
+    for (int k = 0; k < tuning.placements && !meter_.ended(); ++k) {
+      std::optional<GateList> found = begin_anew(width);
+      if (found) walk(std::move(*found), rewriter, round.steps / 4);
+    }
+  }
+
+ private:
+  void offer(const GateList& list) { incumbent_.offer(list, size_of(list), Origin::certain); }
+  void offer(const std::optional<GateList>& list) {
+    if (list) offer(*list);
+  }
+
+  std::optional<GateList> begin_anew(int width) {
+    std::optional<GateList> found =
+        task_.in_place() ? beams_->in_place(width, meter_) : beams_->anywhere(width, meter_);
+    if (meter_.ended()) return std::nullopt;
+    offer(found);
+    return found;
+  }
+
+  void walk(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
+    walk_to_shallow(list, rewriter, steps, tuning.cooling, rng_, meter_,
+                    [this](const GateList& shorter, const CircuitSize& size) {
+                      incumbent_.offer(shorter, size, Origin::lowering_count);
+                    });
+  }
+
+  /// Searches again for what leads up to random gates, from the best circuit on and then from what
+  /// comes of it, as long as it is no longer.
+  void renew(int tries) {
+    GateList now = incumbent_.circuit();
+    for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
+      const int cut = 2 + rng_.below(now.count() - 1);
+      std::optional<GateList> begin = beams_->renewed(now, cut, meter_);
+      if (!begin || begin->count() > cut || meter_.ended()) continue;
+      now = continued(std::move(*begin), now, cut);
+      offer(now);
+    }
+  }
+
+  const PauliFrame& stabilisers_;
+  int wires_;
+  std::optional<PlacedBeams> beams_;
+};
+
+}  // namespace
+
+PlacedCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
+                                     const Effort& effort) {
+  PlacedStateSearch search(stabilisers, task, effort);
+  run_search(search);
+  return state_circuit(search.incumbent().circuit(), stabilisers);
+}
+
+}  // namespace zelt::braidwerk::internal
