@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <numeric>
 
-#include "zeltbraidwerk/clifford/search/internal/state_group.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
@@ -89,7 +88,7 @@ void PlacedGroup::settle() {
 
 double PlacedGroup::worth() const {
   double sum = 0;
-  for (int k = 0; k < generators_; ++k) sum += weight_worth(at(weight(k)));
+  for (int k = 0; k < generators_; ++k) sum += placed_worth(weight(k));
   return sum;
 }
 

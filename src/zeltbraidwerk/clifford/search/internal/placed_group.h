@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/support_weights.h"
@@ -9,6 +12,19 @@
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
+
+/// What a generator of each weight is worth: two thirds for one more. A single letter is worth
+/// little more than two, as a wire that is a zero already may be needed to pass through.
+inline double placed_worth(int weight) {
+  constexpr auto worths = [] {
+    std::array<double, 2 * SupportWeights::most_wires + 1> worth{};
+    double now = 1;
+    for (double& entry : worth) entry = std::exchange(now, now / 1.5);
+    worth[1] = 1.1 * worth[2];
+    return worth;
+  }();
+  return worths[static_cast<std::size_t>(weight)];
+}
 
 /// A Pauli string on up to 64 wires without its sign.
 struct WireString {

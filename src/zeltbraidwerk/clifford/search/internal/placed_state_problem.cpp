@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "zeltbraidwerk/clifford/search/internal/state_group.h"
-
 namespace zelt::braidwerk::internal {
 
 /// A generator changes that anticommutes with the labels of just one end of the gate: it loses its
@@ -19,13 +17,13 @@ void PlacedStateProblem::choose(const State& state, Rng& rng) {
       const int of_b = string.label(b);
       if (of_a == 0 && of_b == 0) continue;
       if (state.weight(k) > 1) touched = true;
-      const double now = weight_worth(static_cast<std::size_t>(state.weight(k)));
+      const double now = placed_worth(state.weight(k));
       const Word others = string.support() & ~(Word{1} << a | Word{1} << b);
       // By the wires that have a letter afterwards: both, a alone, b alone.
       std::array<double, 4> then{};
       for (unsigned on = 1; on < 4; ++on) {
         const Word support = others | Word{on & 1} << a | Word{on >> 1} << b;
-        then[on] = weight_worth(static_cast<std::size_t>(weights_(support)));
+        then[on] = placed_worth(weights_(support));
       }
       for (int p = 1; p < 4; ++p) {
         for (int q = 1; q < 4; ++q) {
