@@ -4,7 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <numeric>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 
@@ -13,6 +13,16 @@ namespace {
 
 std::size_t at(int k) {
   return static_cast<std::size_t>(k);
+}
+
+double worth_of(int weight) {
+  constexpr auto worths = [] {
+    std::array<double, 2 * SupportWeights::most_wires + 1> worth{};
+    double now = 1;
+    for (double& entry : worth) entry = std::exchange(now, now / 1.5);
+    return worth;
+  }();
+  return worths[at(weight)];
 }
 
 /// Strings of which none is a product of others.
@@ -77,8 +87,6 @@ void PlacedGroup::settle() {
     }
   }
   elements_.resize(found);
-  left_ = 0;
-  for (const Element& generator : elements_) left_ += generator.weight > 1 ? 1 : 0;
   for (const Element& other : others) {
     if (static_cast<int>(elements_.size()) == capacity_) break;
     if (std::ranges::any_of(elements_, [&](const Element& e) { return same(e, other); })) continue;
@@ -88,7 +96,7 @@ void PlacedGroup::settle() {
 
 double PlacedGroup::worth() const {
   double sum = 0;
-  for (int k = 0; k < generators_; ++k) sum += placed_worth(weight(k));
+  for (int k = generators_ - 1; k >= 0; --k) sum += worth_of(weight(k));
   return sum;
 }
 
@@ -100,20 +108,33 @@ std::uint64_t PlacedGroup::hash() const {
   return sum;
 }
 
-void PlacedGroup::apply(const Gate& gate, SupportWeights& weights) {
-  for (Element& element : elements_) {
-    const WireString after = element.string.after(gate);
-    if (after == element.string) continue;
-    element = {after, weights(after.support())};
-  }
+void PlacedGroup::carry(const Gate& gate) {
+  for (Element& element : elements_) element.string = element.string.after(gate);
+}
+
+/// All that have a letter on its wire have the same one: multiplied by the generator, none.
+void PlacedGroup::finish(int generator, SupportWeights& weights) {
+  const WireString single = element(generator);
+  --generators_;
+  std::erase_if(elements_, [&](Element& element) {
+    if ((element.string.support() & single.support()) != 0) element.string = element.string * single;
+    if (element.string.support() == 0) return true;
+    element.weight = weights(element.string.support());
+    return false;
+  });
   settle();
 }
 
 void PlacedGroup::lighten(int rounds, Rng& rng, SupportWeights& weights) {
+  if (generators_ == 0) return;
   std::vector<WireString> rows;
-  for (int k = 0; k < generators_; ++k) rows.push_back(element(k));
-  std::vector<int> order(at(generators_));
-  std::iota(order.begin(), order.end(), 0);
+  std::vector<int> order;
+  Word open = 0;
+  for (int k = 0; k < generators_; ++k) {
+    rows.push_back(element(k));
+    open |= element(k).support();
+  }
+  for (; open != 0; open &= open - 1) order.push_back(std::countr_zero(open));
   for (int round = 0; round < rounds; ++round) {
     stop_point();
     for (std::size_t k = order.size(); k > 1; --k) {

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/support_weights.h"
@@ -12,19 +10,6 @@
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
-
-/// What a generator of each weight is worth: two thirds for one more. A single letter is worth
-/// little more than two, as a wire that is a zero already may be needed to pass through.
-inline double placed_worth(int weight) {
-  constexpr auto worths = [] {
-    std::array<double, 2 * SupportWeights::most_wires + 1> worth{};
-    double now = 1;
-    for (double& entry : worth) entry = std::exchange(now, now / 1.5);
-    worth[1] = 1.1 * worth[2];
-    return worth;
-  }();
-  return worths[static_cast<std::size_t>(weight)];
-}
 
 /// A Pauli string on up to 64 wires without its sign.
 struct WireString {
@@ -50,14 +35,19 @@ class PlacedGroup {
   PlacedGroup(const std::vector<WireString>& generators, int spare, SupportWeights& weights);
 
   int generators() const { return generators_; }
-  int left() const { return left_; }  ///< generators of more than one letter
   const WireString& element(int k) const { return elements_[static_cast<std::size_t>(k)].string; }
   int weight(int k) const { return elements_[static_cast<std::size_t>(k)].weight; }
 
+  /// Light generators are worth most: two thirds for one more of weight.
   double worth() const;
   std::uint64_t hash() const;  ///< of the generators, blind to operations on single wires
 
-  void apply(const Gate& gate, SupportWeights& weights);
+  /// Gates that are applied without a look at weights, until a generator that has come to one
+  /// letter is taken out, and its wire with it.
+  /// @{
+  void carry(const Gate& gate);
+  void finish(int generator, SupportWeights& weights);
+  /// @}
   /// Looks for light products in `rounds` random information sets.
   void lighten(int rounds, Rng& rng, SupportWeights& weights);
   /// The same state with wire w renamed to names[w].
@@ -72,7 +62,6 @@ class PlacedGroup {
   void settle();
 
   int generators_ = 0;
-  int left_ = 0;
   int capacity_ = 0;
   std::vector<Element> elements_;  ///< the generators first, ascending by weight; then the others
 };

@@ -1,7 +1,6 @@
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <numeric>
 #include <optional>
@@ -10,12 +9,13 @@
 
 #include "zeltbraidwerk/clifford/search/internal/code.h"
 #include "zeltbraidwerk/clifford/search/internal/encoder_list.h"
+#include "zeltbraidwerk/clifford/search/internal/placed_elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
-#include "zeltbraidwerk/clifford/search/internal/placed_state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/tree_elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
 
@@ -47,18 +47,18 @@ BitGraph complete(int n) {
   return graph;
 }
 
-/// What beams need, on up to 64 wires.
+/// The beams of placed states, on up to 64 wires.
 class PlacedBeams {
  public:
   PlacedBeams(const PauliFrame& stabilisers, const BitGraph& device, Rng& rng)
       : n_(device.size()), rng_(rng), by_letters_(complete(n_)), weights_(device) {
     light_ = PlacedGroup(strings_of(stabilisers), tuning.placed_spare, by_letters_);
-    light_.lighten(tuning.placed_sets, rng, by_letters_);
+    light_.lighten(tuning.first_sets, rng, by_letters_);
     in_place_ = PlacedGroup(strings_of(stabilisers), tuning.spare, weights_);
     in_place_.lighten(tuning.first_sets, rng, weights_);
   }
 
-  /// A circuit for the state as it stands on the wires; none where the beam gave up.
+  /// A circuit for the state as it stands on the wires; none where the effort ended.
   std::optional<GateList> in_place(int width, Meter& meter) { return run(in_place_, width, meter); }
 
   /// One for a random placement that puts its light generators on few wires each.
@@ -74,7 +74,7 @@ class PlacedBeams {
   std::optional<GateList> renewed(const GateList& list, int count, Meter& meter) {
     PlacedGroup group(strings_of(code_after(list, count, 0, false).stabilisers), tuning.spare,
                       weights_);
-    group.lighten(tuning.first_sets / 4, rng_, weights_);
+    group.lighten(tuning.begun_sets, rng_, weights_);
     return run(group, 1, meter);
   }
 
@@ -88,8 +88,9 @@ class PlacedBeams {
     double best = light_.renamed(wires, weights_).worth();
     for (bool better = true; better && !meter.ended();) {
       better = false;
-      for (std::size_t a = 1; a < wires.size(); ++a) {
+      for (std::size_t a = 1; a < wires.size() && !meter.ended(); ++a) {
         for (std::size_t b = 0; b < a; ++b) {
+          stop_point();
           std::swap(wires[a], wires[b]);
           const double worth = light_.renamed(wires, weights_).worth();
           if (worth > best) {
@@ -102,25 +103,29 @@ class PlacedBeams {
       }
     }
     PlacedGroup group = light_.renamed(wires, weights_);
-    group.lighten(tuning.first_sets / 4, rng_, weights_);
+    group.lighten(tuning.begun_sets, rng_, weights_);
     return group;
   }
 
   std::optional<GateList> run(const PlacedGroup& group, int width, Meter& meter) {
-    PlacedStateProblem problem(weights_, rng_);
-    const BeamOptions options{.width = width, .patience = tuning.patience + n_};
+    PlacedElimination problem(weights_, rng_);
+    const BeamOptions options{.width = width, .patience = n_, .noise = tuning.noise};
     const std::uint64_t before = meter.steps();
-    const auto found = BeamSearch<PlacedStateProblem>(problem, options, rng_, meter).run(group);
+    const auto found =
+        BeamSearch<PlacedElimination>(problem, options, rng_, meter).run(problem.start(group));
     meter.charge((tuning.beam_steps - 1) * (meter.steps() - before));
     if (found.empty()) return std::nullopt;
+    return backwards(found[0].state.letters, found[0].state.gates);
+  }
+
+  /// The circuit that is undone by gates which leave a letter on each wire.
+  GateList backwards(const std::vector<End>& letters, const std::vector<Gate>& apart) const {
     GateList list(n_, {});
-    for (int k = 0; k < n_; ++k) {
-      const WireString& string = found[0].state.element(k);
-      const int wire = std::countr_zero(string.support());
-      std::swap(list.frame[end_of(wire, string.label(wire))], list.frame[end_of(wire, label_z)]);
+    for (const End end : letters) {
+      std::swap(list.frame[end], list.frame[end_of(wire_of(end), label_z)]);
     }
-    for (auto move = found[0].moves.rbegin(); move != found[0].moves.rend(); ++move) {
-      list.gates.push_back({list.frame[move->gate.a], list.frame[move->gate.b]});
+    for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
+      list.gates.push_back({list.frame[gate->a], list.frame[gate->b]});
     }
     return list;
   }
@@ -159,7 +164,7 @@ class PlacedStateSearch : public SearchBase<GateList> {
     beams_.emplace(stabilisers_, *task_.device, rng_);
     const Effort unlimited;
     Meter own(unlimited);
-    offer(beams_->in_place(1, own));
+    offer(beams_->in_place(1, wires_ <= tuning.quick_wires ? own : meter_));
     for (int k = 0; k < tuning.first_placements && !meter_.ended(); ++k) begin_anew(1);
   }
 
@@ -183,7 +188,7 @@ class PlacedStateSearch : public SearchBase<GateList> {
     const int width = tuning.width << std::min(round.number, tuning.most_doublings);
     for (int k = 0; k < tuning.placements && !meter_.ended(); ++k) {
       std::optional<GateList> found = begin_anew(width);
-      if (found) walk(std::move(*found), rewriter, round.steps / 4);
+      if (found) walk(std::move(*found), rewriter, round.steps / tuning.new_part);
     }
   }
 

@@ -55,11 +55,7 @@ int SupportWeights::by_nearest(Word support) const {
     std::vector<Word> layers{tree};
     Word met = tree;
     while ((layers.back() & support & ~tree) == 0) {
-      Word next = 0;
-      for (Word rest = layers.back(); rest != 0; rest &= rest - 1) {
-        next |= near_[static_cast<std::size_t>(std::countr_zero(rest))];
-      }
-      next &= ~met;
+      const Word next = near_any(layers.back()) & ~met;
       if (next == 0) return 2 * wires();  // not connected
       met |= next;
       layers.push_back(next);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -22,6 +23,17 @@ class SupportWeights {
   int wires() const { return static_cast<int>(near_.size()); }
   const std::vector<std::pair<int, int>>& edges() const { return edges_; }
   Word near(int wire) const { return near_[static_cast<std::size_t>(wire)]; }
+  /// The wires that are joined to one of a set.
+  Word near_any(Word set) const {
+    Word result = 0;
+    for (; set != 0; set &= set - 1) result |= near(std::countr_zero(set));
+    return result;
+  }
+  bool is_connected(Word set) const {
+    Word met = set & -set;
+    for (Word next = met; next != 0; met |= next) next = near_any(next) & set & ~met;
+    return met == set;
+  }
 
   /// Of a string with a letter at least. Changes a cache: one object per thread.
   int operator()(Word support) {

@@ -118,23 +118,27 @@ struct StateTuning {
 };
 inline constexpr StateTuning state_tuning;
 
-/// Of states on a device.
+/// Of states on a device. Chosen by codes and random graph states of 8 to 23 qubits on lines and
+/// grids, in bench/peers/states.py.
 struct PlacedStateTuning {
   int beam_wires = 64;       ///< beams on up to this number, of one word
-  int first_sets = 100;      ///< information sets that the first beams begin from
-  int placed_sets = 30;      ///< for light products by letters, by which qubits are placed
+  int quick_wires = 20;      ///< up to here a greedy run takes some 10 ms, and is always made
+  int first_sets = 100;      ///< information sets that a search begins with
+  int begun_sets = 25;       ///< the same for each placement and new beginning
+  int sets = 4;              ///< information sets for each state of a beam
   int spare = 1;             ///< light products kept for each generator
   int placed_spare = 4;      ///< the same while qubits are placed
-  int looked_at = 10;        ///< gates that a beam tries on a state
-  int sets = 4;              ///< information sets after each gate
+  int tried = 3;             ///< of the generators with a letter on a wire, the lightest
+  double weight_left = 0.4;  ///< of a gate that a generator takes, next to the gates so far
+  double noise = 0.01;
   int first_placements = 4;  ///< greedy runs, each from another placement
-  int patience = 20;         ///< levels of a beam without a better score
-  int width = 4;             ///< of the beam of round 0; twice as wide each round
+  int width = 4;             ///< of the beams of round 0; twice as wide each round
   int most_doublings = 8;
-  int renewals = 4;  ///< new beginnings in round 0; twice as many each round
+  int placements = 4;  ///< new ones each round
+  int renewals = 4;    ///< new beginnings in round 0; twice as many each round
   int most_renewal_doublings = 20;
-  int placements = 4;           ///< new placements in round 0; twice as many each round
-  std::uint64_t beam_steps = 8;  ///< that a state of a beam counts
+  std::uint64_t beam_steps = 40;  ///< that a state of a beam counts
+  std::uint64_t new_part = 4;     ///< one in this many steps of a round, from each placement
   Cooling cooling{0.3F, 0.003F};
   Schedule rounds{.first_steps = 1 << 11, .most_growths = 29};
 };
