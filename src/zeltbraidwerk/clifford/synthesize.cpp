@@ -96,19 +96,20 @@ PlacedCircuit plainly(const PauliFrame& images) {
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
-/// least.
-std::uint64_t usual_state_steps(int n) {
+/// least. On a device steps are shorter.
+std::uint64_t usual_state_steps(int n, bool on_device) {
   const auto size = static_cast<std::uint64_t>(n);
   const std::uint64_t area = size * size;
-  return std::min<std::uint64_t>(50'000,
-                                 std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+  const std::uint64_t steps = std::min<std::uint64_t>(
+      50'000, std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+  return on_device ? 4 * steps : steps;
 }
 
 }  // namespace
 
 std::optional<std::uint64_t> steps_for_state(int n, const SynthesisOptions& options) {
   if (options.steps || options.budget) return options.steps;
-  return usual_state_steps(n);
+  return usual_state_steps(n, options.device != nullptr);
 }
 
 synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,

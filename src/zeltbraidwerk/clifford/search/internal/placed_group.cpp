@@ -15,16 +15,6 @@ std::size_t at(int k) {
   return static_cast<std::size_t>(k);
 }
 
-double worth_of(int weight) {
-  constexpr auto worths = [] {
-    std::array<double, 2 * SupportWeights::most_wires + 1> worth{};
-    double now = 1;
-    for (double& entry : worth) entry = std::exchange(now, now / 1.5);
-    return worth;
-  }();
-  return worths[at(weight)];
-}
-
 /// Strings of which none is a product of others.
 class Independent {
  public:
@@ -94,10 +84,14 @@ void PlacedGroup::settle() {
   }
 }
 
-double PlacedGroup::worth() const {
-  double sum = 0;
-  for (int k = generators_ - 1; k >= 0; --k) sum += worth_of(weight(k));
-  return sum;
+double PlacedGroup::worth_of(int weight) {
+  constexpr auto worths = [] {
+    std::array<double, 2 * SupportWeights::most_wires + 1> worth{};
+    double now = 1;
+    for (double& entry : worth) entry = std::exchange(now, now / 1.5);
+    return worth;
+  }();
+  return worths[at(weight)];
 }
 
 std::uint64_t PlacedGroup::hash() const {

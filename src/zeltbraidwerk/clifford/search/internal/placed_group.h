@@ -39,7 +39,7 @@ class PlacedGroup {
   int weight(int k) const { return elements_[static_cast<std::size_t>(k)].weight; }
 
   /// Light generators are worth most: two thirds for one more of weight.
-  double worth() const;
+  static double worth_of(int weight);
   std::uint64_t hash() const;  ///< of the generators, blind to operations on single wires
 
   /// Gates that are applied without a look at weights, until a generator that has come to one

@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 
 #include "zeltbraidwerk/clifford/search/internal/state_gauge.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
 
 namespace zelt::braidwerk::internal {
@@ -22,10 +23,9 @@ WindowRows best_after_zero(const PlacedTable<wires>& table, unsigned fresh, Wind
   const auto zero = static_cast<unsigned>(random_move(fresh, rng));
   const unsigned control = unsigned{label_z} << (2 * zero);
   const unsigned others = ((1U << (2 * wires)) - 1) & ~(3U << (2 * zero));
-  constexpr int tries = wires < 4 ? 16 : 8;
   WindowRows best = rows;
   int least = table.distance(rows);
-  for (int k = 0; k < tries; ++k) {
+  for (int k = 0; k < placed_state_tuning.gauges; ++k) {
     const auto letters = static_cast<unsigned>(rng.below(1 << (2 * wires - 2)));
     const WindowRows same = rows_after_control(control, deposited(letters, others), rows);
     const int distance = table.distance(same);

@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <numeric>
 #include <optional>
@@ -37,6 +38,12 @@ std::vector<WireString> strings_of(const PauliFrame& frame) {
     }
   }
   return strings;
+}
+
+std::vector<int> inverse(const std::vector<int>& order) {
+  std::vector<int> result(order.size());
+  for (std::size_t k = 0; k < order.size(); ++k) result[at(order[k])] = static_cast<int>(k);
+  return result;
 }
 
 BitGraph complete(int n) {
@@ -79,32 +86,47 @@ class PlacedBeams {
   }
 
  private:
-  /// Exchanges the qubits of two wires as long as the generators get lighter.
+  /// From a random placement, exchanges the qubits of two wires as long as the generators get
+  /// lighter, and then looks for other generators.
   PlacedGroup placed(std::vector<int>& wires, Meter& meter) {
     std::iota(wires.begin(), wires.end(), 0);
     for (std::size_t k = wires.size(); k > 1; --k) {
       std::swap(wires[k - 1], wires[at(rng_.below(static_cast<int>(k)))]);
     }
-    double best = light_.renamed(wires, weights_).worth();
-    for (bool better = true; better && !meter.ended();) {
-      better = false;
-      for (std::size_t a = 1; a < wires.size() && !meter.ended(); ++a) {
-        for (std::size_t b = 0; b < a; ++b) {
-          stop_point();
-          std::swap(wires[a], wires[b]);
-          const double worth = light_.renamed(wires, weights_).worth();
-          if (worth > best) {
-            best = worth;
-            better = true;
-          } else {
-            std::swap(wires[a], wires[b]);
-          }
-        }
-      }
-    }
     PlacedGroup group = light_.renamed(wires, weights_);
+    while (exchange_wires(group, wires) && !meter.ended()) {
+      stop_point();
+      group = light_.renamed(wires, weights_);
+      meter.charge(static_cast<std::uint64_t>(n_ * n_) / tuning.exchanges_per_step);
+    }
     group.lighten(tuning.begun_sets, rng_, weights_);
     return group;
+  }
+
+  /// Once through all pairs; false where none makes the generators lighter.
+  bool exchange_wires(const PlacedGroup& group, std::vector<int>& wires) {
+    std::vector<Word> supports;
+    for (int k = 0; k < n_; ++k) supports.push_back(group.element(k).support());
+    std::vector<int> qubits = inverse(wires);
+    const auto worth = [&](Word support) { return PlacedGroup::worth_of(weights_(support)); };
+    bool better = false;
+    for (int a = 1; a < n_; ++a) {
+      for (int b = 0; b < a; ++b) {
+        const Word both = Word{1} << a | Word{1} << b;
+        double gain = 0;
+        for (const Word support : supports) {
+          if (std::has_single_bit(support & both)) gain += worth(support ^ both) - worth(support);
+        }
+        if (gain < tuning.least_gain) continue;
+        better = true;
+        for (Word& support : supports) {
+          if (std::has_single_bit(support & both)) support ^= both;
+        }
+        std::swap(qubits[at(a)], qubits[at(b)]);
+      }
+    }
+    wires = inverse(qubits);
+    return better;
   }
 
   std::optional<GateList> run(const PlacedGroup& group, int width, Meter& meter) {
@@ -113,7 +135,8 @@ class PlacedBeams {
     const std::uint64_t before = meter.steps();
     const auto found =
         BeamSearch<PlacedElimination>(problem, options, rng_, meter).run(problem.start(group));
-    meter.charge((tuning.beam_steps - 1) * (meter.steps() - before));
+    const auto size = static_cast<std::uint64_t>(n_);
+    meter.charge(size * size * size / tuning.states_per_step * (meter.steps() - before));
     if (found.empty()) return std::nullopt;
     return backwards(found[0].state.letters, found[0].state.gates);
   }
@@ -131,8 +154,7 @@ class PlacedBeams {
   }
 
   static void rename_outputs(GateList& list, const std::vector<int>& wires) {
-    std::vector<int> qubits(wires.size());
-    for (std::size_t q = 0; q < wires.size(); ++q) qubits[at(wires[q])] = static_cast<int>(q);
+    const std::vector<int> qubits = inverse(wires);
     for (std::size_t end = 0; end < list.frame.size(); ++end) {
       const End from = list.frame[end];
       list.frame[end] = end_of(qubits[at(wire_of(from))], label_of(from));
@@ -147,10 +169,10 @@ class PlacedBeams {
   PlacedGroup in_place_;  ///< by weights on the device
 };
 
-class PlacedStateSearch : public SearchBase<GateList> {
+class PlacedStateSearch : public SearchByBoth<GateList> {
  public:
   PlacedStateSearch(const PauliFrame& stabilisers, const Task& task, const Effort& effort)
-      : SearchBase(task, effort), stabilisers_(stabilisers), wires_(stabilisers.qubits()) {
+      : SearchByBoth(task, effort), stabilisers_(stabilisers), wires_(stabilisers.qubits()) {
     const WireGroups entangled = entangled_groups(stabilisers);
     meter_.prove(bound_of_state(stabilisers, entangled.joins(), entangled.largest()));
   }
@@ -176,24 +198,25 @@ class PlacedStateSearch : public SearchBase<GateList> {
   void round(const Round& round) {
     const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs,
                                   Inputs::zeros);
-    walk(incumbent_.circuit(), rewriter, round.steps);
+    walk(shortest(), rewriter, round.steps);
     if (task_.by_depth()) {
-      anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
-                   [this](const GateList& list, int depth) {
-                     incumbent_.offer(list, {list.count(), depth}, Origin::certain);
-                   });
+      anneal(round.number % 2 == 0 ? shortest() : shallowest(), rewriter,
+             tuning.anneal_walks * round.steps);
     }
     if (!beams_) return;
     renew(tuning.renewals << std::min(round.number, tuning.most_renewal_doublings));
     const int width = tuning.width << std::min(round.number, tuning.most_doublings);
     for (int k = 0; k < tuning.placements && !meter_.ended(); ++k) {
       std::optional<GateList> found = begin_anew(width);
-      if (found) walk(std::move(*found), rewriter, round.steps / tuning.new_part);
+      if (!found) continue;
+      if (task_.by_depth()) anneal(*found, rewriter, round.steps);
+      walk(std::move(*found), rewriter, round.steps / tuning.new_part);
     }
   }
 
  private:
-  void offer(const GateList& list) { incumbent_.offer(list, size_of(list), Origin::certain); }
+  using SearchByBoth::offer;
+  void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
   void offer(const std::optional<GateList>& list) {
     if (list) offer(*list);
   }
@@ -209,14 +232,20 @@ class PlacedStateSearch : public SearchBase<GateList> {
   void walk(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
     walk_to_shallow(list, rewriter, steps, tuning.cooling, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
-                      incumbent_.offer(shorter, size, Origin::lowering_count);
+                      offer(shorter, size, Origin::lowering_count);
                     });
+  }
+
+  void anneal(const GateList& list, const PlacedRewriter& rewriter, std::uint64_t steps) {
+    anneal_depth(list, rewriter, steps, rng_, meter_, [this](const GateList& found, int depth) {
+      offer(found, {found.count(), depth}, Origin::certain);
+    });
   }
 
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
-    GateList now = incumbent_.circuit();
+    GateList now = shortest();
     for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
       const int cut = 2 + rng_.below(now.count() - 1);
       std::optional<GateList> begin = beams_->renewed(now, cut, meter_);

@@ -137,9 +137,14 @@ struct PlacedStateTuning {
   int placements = 4;  ///< new ones each round
   int renewals = 4;    ///< new beginnings in round 0; twice as many each round
   int most_renewal_doublings = 20;
-  std::uint64_t beam_steps = 40;  ///< that a state of a beam counts
+  double least_gain = 1e-12;  ///< by which an exchange of two qubits makes generators lighter
+  std::uint64_t exchanges_per_step = 8;  ///< n^2 / 8 steps for looking at all pairs
+  std::uint64_t states_per_step = 64;    ///< n^3 / 64 steps for a state of a beam
+  std::uint64_t anneal_walks = 4;        ///< steps for few layers, in walks of the round
+  /// Operators that a window with zeros is compared with. More are no better at as many steps.
+  int gauges = 2;
   std::uint64_t new_part = 4;     ///< one in this many steps of a round, from each placement
-  Cooling cooling{0.3F, 0.003F};
+  Cooling cooling{0.3F, 0.03F};
   Schedule rounds{.first_steps = 1 << 11, .most_growths = 29};
 };
 inline constexpr PlacedStateTuning placed_state_tuning;
