@@ -125,8 +125,8 @@ def synthesize_state(
     2
     """
     call = _FAMILY.call(
-        device=device, objective=objective, permutation=permutation, seed=seed, restarts=restarts, budget=budget,
-        steps=steps, jobs=jobs, progress=progress, start=start,
+        device=device, objective=objective, permutation=permutation, seed=seed, restarts=restarts,
+        budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     _validate.choice(up_to, "up_to", ("phase", "local"))
     stabilizers = read(state)

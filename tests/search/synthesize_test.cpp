@@ -207,9 +207,9 @@ Problem draw_graph_state(int n, support::Rng& rng) {
   return [graph, stabilisers = stabilisers_of(support::tableau_of(edges, n))](
              const SynthesisOptions& options) {
     auto found = synthesize_graph_state(graph, with_own<synthesis::GraphStateOptions>(options));
-    return Made{found, found.gates,
-                fault_unless(support::prepares(found.gates,
-                                               on_wires(stabilisers, found.permutation)))};
+    return Made{
+        found, found.gates,
+        fault_unless(support::prepares(found.gates, on_wires(stabilisers, found.permutation)))};
   };
 }
 

@@ -96,13 +96,13 @@ PlacedCircuit plainly(const PauliFrame& images) {
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
-/// least. On a device steps are shorter.
+/// least. On a device steps are shorter, but for the windows of few wires, in which zeros come in.
 std::uint64_t usual_state_steps(int n, bool on_device) {
   const auto size = static_cast<std::uint64_t>(n);
   const std::uint64_t area = size * size;
   const std::uint64_t steps = std::min<std::uint64_t>(
       50'000, std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
-  return on_device ? 4 * steps : steps;
+  return on_device ? std::min(4 * steps, std::max<std::uint64_t>(50'000, 1000 * area)) : steps;
 }
 
 }  // namespace
@@ -274,7 +274,9 @@ CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
       zelt::braidwerk::internal::images_under(tableau), options);
 }
 
-std::vector<std::string> state_methods(bool /*on_device*/) { return {"auto", "search"}; }
+std::vector<std::string> state_methods(bool /*on_device*/) {
+  return {"auto", "search"};
+}
 
 StateResult synthesize_state(const structures::OperatorTableau& tableau,
                              const StateOptions& options) {

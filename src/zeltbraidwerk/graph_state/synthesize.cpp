@@ -180,7 +180,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
     lanes.push_back(state_search_lane(stabilisers, options, device, control));
   }
   naive.for_stops = true;
-  BestRun best = best_of_runs(lanes, options, control, device ? std::nullopt : std::optional(naive));
+  BestRun best =
+      best_of_runs(lanes, options, control, device ? std::nullopt : std::optional(naive));
   auto& found = best.as<PlacedCircuit>();
   GraphStateResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);

@@ -30,9 +30,9 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> graph_state_methods(bool on_device
 ///
 /// "naive" takes one CZ per edge; "decoding" attaches vertex after vertex by few gates, found by
 /// syndrome decoding; "search" begins with one gate per edge and gets better for as long as it may
-/// go on; "auto" takes the better of "naive" and "search". On a device there is "search" alone. Throws std::invalid_argument for a
-/// matrix that is not symmetric, and for options that do not fit, and TooLargeError for "search" on
-/// more than 16,384 qubits, where "auto" goes without it.
+/// go on; "auto" takes the better of "naive" and "search". On a device there is "search" alone.
+/// Throws std::invalid_argument for a matrix that is not symmetric, and for options that do not
+/// fit, and TooLargeError for "search" on more than 16,384 qubits, where "auto" goes without it.
 ZELTBRAIDWERK_EXPORT GraphStateResult synthesize_graph_state(const BoolMatrix& graph,
                                                              const GraphStateOptions& options = {});
 

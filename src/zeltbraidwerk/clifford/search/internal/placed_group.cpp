@@ -111,7 +111,8 @@ void PlacedGroup::finish(int generator, SupportWeights& weights) {
   const WireString single = element(generator);
   --generators_;
   std::erase_if(elements_, [&](Element& element) {
-    if ((element.string.support() & single.support()) != 0) element.string = element.string * single;
+    if ((element.string.support() & single.support()) != 0)
+      element.string = element.string * single;
     if (element.string.support() == 0) return true;
     element.weight = weights(element.string.support());
     return false;

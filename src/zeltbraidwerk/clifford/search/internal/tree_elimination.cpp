@@ -100,8 +100,8 @@ class TreeElimination {
     apply(end_of(into, another_label(label(row, into))), end_of(wire, label(row, wire)));
   }
 
-  /// All that have a letter on the wire have the same one: multiplied by the one that was brought down they
-  /// have none.
+  /// All that have a letter on the wire have the same one: multiplied by the one that was brought
+  /// down they have none.
   void finish(int wire) {
     for (int row = 0; row < strings_.rows(); ++row) strings_.set_letter(row, wire, 0);
   }

@@ -143,7 +143,7 @@ struct PlacedStateTuning {
   std::uint64_t anneal_walks = 4;        ///< steps for few layers, in walks of the round
   /// Operators that a window with zeros is compared with. More are no better at as many steps.
   int gauges = 2;
-  std::uint64_t new_part = 4;     ///< one in this many steps of a round, from each placement
+  std::uint64_t new_part = 4;  ///< one in this many steps of a round, from each placement
   Cooling cooling{0.3F, 0.03F};
   Schedule rounds{.first_steps = 1 << 11, .most_growths = 29};
 };
