@@ -18,14 +18,14 @@ import zeltbraidwerk as zb
 from zeltbraidwerk import gallery
 
 SEEDS = 5
-STEPS = 1_000_000
+STEPS = 300_000
 GRIDS = {7: (3, 3), 8: (2, 4), 12: (3, 4), 16: (4, 4), 17: (4, 5), 19: (4, 5), 23: (5, 5)}
 HEAVY = zb.Device.heavy_hex(3, 7)
 
 
 def main(quick: bool) -> None:
     print("\nStabilizer states on devices: CNOTs / depth")
-    heads = ("Qiskit", "ours, then Qiskit", "search", "1,000,000 steps")
+    heads = ("Qiskit", "ours, then Qiskit", "search", "300,000 steps")
     print(" ".join(["state, device".ljust(34), *(head.rjust(18) for head in heads)]))
     for name, state in _states(quick):
         n = len(state)
