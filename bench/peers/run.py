@@ -3,7 +3,7 @@
     run.py                    every row
     run.py --quick            small sizes alone
     run.py --only PART        one of the parts: linear, devices, phases, rotations, cliffords,
-                              routing, circuits, plugins, tableau
+                              states, routing, circuits, plugins, tableau
     run.py --circuits FOLDER  routes the OpenQASM 2 files there as well
 
 Times are processor time, the best of a few runs of the synthesis call alone, with its own
@@ -30,6 +30,7 @@ import plugins
 import pyzx
 import rotations
 import routing
+import states
 import stim
 from pytket import Circuit as PytketCircuit
 from pytket.circuit import OpType
@@ -267,6 +268,7 @@ def main() -> int:
         "phases": phases,
         "rotations": partial(rotations.main, timed),
         "cliffords": partial(cliffords.main, timed),
+        "states": states.main,
         "routing": lambda quick: routing.main(timed, quick, options.circuits),
         "circuits": partial(circuits.main, timed),
         "plugins": partial(plugins.main, timed),

@@ -136,6 +136,21 @@ def states() -> Iterator[Row]:
                 gallery.random_graph(n, 1), method="search", seed=1, steps=steps
             )
             yield _row("state", f"graph_{n}", str(steps), result)
+    for n, device in ((9, DEVICES[0]), (16, DEVICES[1]), (16, DEVICES[2]), (20, DEVICES[3])):
+        for wires in ("free", "exact"):
+            result = zb.graph_state.synthesize(
+                gallery.random_graph(n, 1), device=device, permutation=wires, seed=1, steps=50_000
+            )
+            yield _row("state", f"graph_{n} on {device.name or n}", f"{wires} 50000", result)
+    for name, code in (("steane", gallery.steane_code()), ("carbon", gallery.carbon_code())):
+        state = gallery.logical_zero(code)
+        for device in DEVICES[: 1 if name == "steane" else 3]:
+            if device.n < len(state):
+                continue
+            result = zb.clifford.synthesize_state(
+                state, device=device, permutation="free", seed=1, steps=50_000
+            )
+            yield _row("state", f"{name} on {device.name or device.n}", "free 50000", result)
 
 
 def _linear(name: str, matrix: gallery.BoolArray, steps: int, **options: Any) -> Row:

@@ -253,12 +253,13 @@ def state(draw, n):
     kind = draw.randrange(4)
     if kind:
         given = wanted = draw.generators(wanted if kind < 3 else stabilizers(draw.graph(n)))
-    options = draw.options(None)
+    ground = draw.ground(n) if n <= 40 or draw.chance(0.1) else None
+    options = draw.options(ground, permutation=["exact", "free"])
     del options["method"]
 
     def check(result):
-        assert_report(result, n, None)
-        assert_state(result.circuit, wanted)
+        _, outputs = assert_report(result, n, ground, options["permutation"] == "free")
+        assert_state(result.circuit, wanted, outputs)
 
     return Case(zb.clifford.synthesize_state, given, options, check)
 
@@ -295,14 +296,15 @@ def stabilizers(graph):
 
 def graph_state(draw, n):
     graph = draw.graph(n)
-    method = draw.method(zb.graph_state, n, None)
-    options = draw.options(None, method)
+    ground = draw.ground(n) if n <= 40 or draw.chance(0.1) else None
+    method = draw.method(zb.graph_state, n, ground)
+    options = draw.options(ground, method, permutation=["exact", "free"])
     if method == "decoding" and draw.chance(0.5):
         options["tries"] = draw.randint(0, 20)
 
     def check(result):
-        assert_report(result, n, None)
-        assert_state(result.circuit, stabilizers(graph))
+        _, outputs = assert_report(result, n, ground, options["permutation"] == "free")
+        assert_state(result.circuit, stabilizers(graph), outputs)
 
     given = np.array(graph, dtype=bool).reshape(n, n)
     return Case(zb.graph_state.synthesize, given, options, check)

@@ -216,13 +216,15 @@ def assert_terms(found, wanted):
 # --- states, codes, maps ------------------------------------------------------------------------
 
 
-def assert_state(circuit, stabilizers):
-    """That zeros come out with these stabilizers."""
+def assert_state(circuit, stabilizers, wires):
+    """That zeros come out with these stabilizers on the wires, and as zeros on the others."""
     found = Unfolded(circuit)
     assert not found.rotations
-    for text in stabilizers:
-        k, x, _ = found.frame.image(read(text))
-        assert (k, x) == (0, 0), text
+    others = set(range(circuit.n)).difference(wires)
+    zeros = [read("Z", (wire,)) for wire in sorted(others)]
+    for pauli in [*(read(text, wires) for text in stabilizers), *zeros]:
+        k, x, _ = found.frame.image(pauli)
+        assert (k, x) == (0, 0), pauli
 
 
 def assert_encoder(circuit, wires, stabilizers_and_logicals):

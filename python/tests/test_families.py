@@ -32,11 +32,17 @@ FAMILIES = {
     "state": lambda method, **options: zb.clifford.synthesize_state(
         zb.graph_state.synthesize(GRAPH, method="naive").stabilizers, **options
     ),
+    "state, device": lambda method, **options: zb.clifford.synthesize_state(
+        zb.gallery.logical_zero(zb.gallery.carbon_code()), device=GRID, **options
+    ),
     "encoder": lambda method, **options: zb.clifford.synthesize_encoder(CODE, **options),
     "encoder, logicals": lambda method, **options: zb.clifford.synthesize_encoder(
         CODE, LOGICALS, **options
     ),
     "graph_state": lambda **options: zb.graph_state.synthesize(GRAPH, **options),
+    "graph_state, device": lambda **options: zb.graph_state.synthesize(
+        GRAPH[:12, :12], device=GRID, permutation="free", **options
+    ),
     "pauli, any order": lambda **options: zb.pauli.synthesize(
         STRINGS, order="free", repeated="merge", **options
     ),

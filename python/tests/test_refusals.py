@@ -66,6 +66,8 @@ clifford.synthesize_state(['XX']) -> ShapeError: state: got 1 stabilizers of 2 l
 clifford.synthesize_state(['X', 'X']) -> ShapeError: got 2 stabilizers of 1 letters, wanted 1
 clifford.synthesize_state(['XXI', 'IXX', 'XIX']) -> PauliError: got XIX, which is a product
 clifford.synthesize_state(['XA', 'ZZ']) -> PauliError: letters I, X, Y, Z
+clifford.synthesize_state(['XX', 'ZZ'], device=Device.line(1)) -> DeviceTooSmallError: wanted at least 2
+graph_state.synthesize(1 - np.eye(4, dtype=int), device=LINE_AND_DOT) -> DisconnectedDeviceError: component has 3 qubits, wanted 4
 clifford.synthesize_state('XX') -> DtypeError: state: got 'XX', wanted Pauli strings
 clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wanted a Clifford gate
 
@@ -158,6 +160,7 @@ pauli.synthesize([('X' * 16385, 0.5)]) -> TooLargeError: rotations: got 16385 qu
 graph_state.synthesize([[0, 1], [0, 0]]) -> ShapeError: symmetric
 graph_state.synthesize([[0, 2], [2, 0]]) -> EntryError: entry 2
 graph_state.synthesize([[0, 1]]) -> ShapeError: square
+graph_state.synthesize([[0]], method='naive', device='qx5') -> UnknownMethodError: wanted one of auto, search on a device
 graph_state.synthesize([[0]], method='decoding', tries=-1) -> OptionError: tries: got -1
 
 # pauli

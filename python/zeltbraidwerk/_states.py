@@ -21,9 +21,9 @@ from zeltbraidwerk import (
     _validate,
     errors,
 )
-from zeltbraidwerk._family import Family, Found
+from zeltbraidwerk._family import Call, Family, Found
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import Objective, Result
+from zeltbraidwerk._results import Objective, Permutation, Result, spread
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Gate
 
@@ -45,8 +45,20 @@ class Preparation(Result):
     local: Circuit | None = field(compare=False, default=None)
 
     def _prepares(self, stabilizers: Sequence[str]) -> bool:
+        """On a device also that all gates are on its edges. Qubit q of the state is where output q
+        is; the other qubits of the device stay 0."""
         local = self.local or Circuit(self.circuit.n, [])
-        return local.two_qubit_count == 0 and prepares(self.circuit + local, stabilizers)
+        places = [self.placement[wire] for wire in self.permutation]
+        signs = ["-" if string.startswith("-") else "" for string in stabilizers]
+        words = [spread(string.lstrip("+-"), places, self.n) for string in stabilizers]
+        others = set(range(self.n)).difference(places)
+        zeros = [spread("Z", (q,), self.n) for q in sorted(others)]
+        wanted = [*map("".join, zip(signs, words, strict=True)), *zeros]
+        return (
+            local.two_qubit_count == 0
+            and prepares(self.circuit + local, wanted)
+            and self._on_edges()
+        )
 
     def _about(self) -> Iterable[str]:
         if self.local is not None:
@@ -76,7 +88,9 @@ def synthesize_state(
     state: Any,
     *,
     up_to: UpTo = "phase",
+    device: Any = None,
     objective: Objective = "count",
+    permutation: Permutation = "exact",
     seed: int | None = None,
     restarts: int | None = None,
     budget: float | None = None,
@@ -97,30 +111,45 @@ def synthesize_state(
     state equal to it up to such gates takes fewer gates on two qubits; the circuit is the same
     but for those at its end.
 
-    ``objective`` is "count" or "depth" of gates on two qubits. The other options are those of the
-    method "search" of :func:`zeltbraidwerk.linear.synthesize`.
+    With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
+    of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.
+    With ``permutation="free"`` the qubits of the state stand on those of its qubits that suit them
+    best, qubit q on ``result.placement[result.permutation[q]]``; with "exact", the default, in
+    their order. Without a device both are the same.
+
+    ``objective`` is "count" or "depth" of gates on two qubits, or on a device "error" or "duration"
+    as for :func:`zeltbraidwerk.linear.synthesize`. The other options are those of the method
+    "search" of that function.
 
     >>> synthesize_state(["XXX", "ZZI", "-IZZ"], seed=1).count
     2
     """
     call = _FAMILY.call(
-        objective=objective, seed=seed, restarts=restarts, budget=budget, steps=steps, jobs=jobs,
-        progress=progress, start=start,
+        device=device, objective=objective, permutation=permutation, seed=seed, restarts=restarts,
+        budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     _validate.choice(up_to, "up_to", ("phase", "local"))
     stabilizers = read(state)
     n = len(stabilizers)
+    call.place(n)
     letters = _rotations.codes([word for _, word in stabilizers], n)
     minus = [sign for sign, _ in stabilizers]
 
     def result(found: Found, operations: npt.NDArray[np.int32]) -> StateSynthesis:
-        circuit, local = parted(circuit_of(n, operations), up_to)
+        whole = circuit_of(call.width(n), operations, (), call.qubits(n))
+        circuit, local = parted(whole, up_to)
         return call.result(
             StateSynthesis, found, n, circuit=circuit, local=local,
             stabilizers=tuple("+-"[minus] + letters for minus, letters in stabilizers),
         )  # fmt: skip
 
-    return call.run(_core._synthesize_state, result, letters, minus)
+    return call.run(_core._synthesize_state, result, letters, minus, outputs=outputs_of(call))
+
+
+def outputs_of(call: Call) -> _core._Outputs:
+    """Where the qubits of a state may be. Without a device they are in place at no price."""
+    free = call.device is not None and not call.exact
+    return _core._Outputs.anywhere if free else _core._Outputs.in_place
 
 
 def parted(circuit: Circuit, up_to: UpTo) -> tuple[Circuit, Circuit | None]:

@@ -33,7 +33,7 @@ from zeltbraidwerk import (
 from zeltbraidwerk._family import Family, Found
 from zeltbraidwerk._graph_classes import GraphStateClass, classes
 from zeltbraidwerk._operations import circuit_of
-from zeltbraidwerk._results import Objective
+from zeltbraidwerk._results import Objective, Permutation
 
 __all__ = ["GraphStateClass", "GraphStateSynthesis", "classes", "methods", "synthesize"]
 
@@ -41,10 +41,10 @@ _FAMILY = Family(_core._graph_state_methods)
 
 
 def methods(*, device: bool = False) -> tuple[str, ...]:
-    """The names that ``method`` takes. There are none for a device yet.
+    """The names that ``method`` takes, without a device or with one.
 
     >>> methods(), methods(device=True)
-    (('auto', 'naive', 'decoding', 'search'), ())
+    (('auto', 'naive', 'decoding', 'search'), ('auto', 'search'))
     """
     return _FAMILY.methods(device)
 
@@ -82,7 +82,9 @@ def synthesize(
     *,
     method: str = "auto",
     up_to: _states.UpTo = "phase",
+    device: Any = None,
     objective: Objective = "count",
+    permutation: Permutation = "exact",
     tries: int | None = None,
     seed: int | None = None,
     restarts: int | None = None,
@@ -112,25 +114,37 @@ def synthesize(
     circuit for any state equal up to local gates, so of all graphs that local complementations lead
     to; and often less than the edges of each of these graphs (:func:`classes`).
 
-    ``objective`` is "count" or "depth" of gates on two qubits.
+    With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every gate on two
+    qubits is on one of its edges, found by "search". Of a larger device a connected part is taken:
+    ``result.placement`` tells which. With ``permutation="free"`` the vertices stand on those of its
+    qubits that suit them best, vertex v on ``result.placement[result.permutation[v]]``; with
+    "exact", the default, in their order. Without a device both are the same.
+
+    ``objective`` is "count" or "depth" of gates on two qubits, or on a device "error" or "duration"
+    as for :func:`zeltbraidwerk.linear.synthesize`.
     An option that the method does not take is refused.
     """
     call = _FAMILY.call(
-        method=method, objective=objective, seed=seed, restarts=restarts, budget=budget,
-        steps=steps, jobs=jobs, progress=progress, start=start,
+        method=method, device=device, objective=objective, permutation=permutation, seed=seed,
+        restarts=restarts, budget=budget, steps=steps, jobs=jobs, progress=progress, start=start,
     )  # fmt: skip
     most = None if tries is None else _validate.integer(tries, "tries", 0, 2**31 - 1)
     _validate.choice(up_to, "up_to", ("phase", "local"))
     adjacency = _adjacency(graph)
     n = len(adjacency)
+    call.place(n)
 
     def result(found: Found, operations: npt.NDArray[np.int32]) -> GraphStateSynthesis:
-        circuit, local = _states.parted(circuit_of(n, operations), up_to)
+        whole = circuit_of(call.width(n), operations, (), call.qubits(n))
+        circuit, local = _states.parted(whole, up_to)
         return call.result(
             GraphStateSynthesis, found, n, circuit=circuit, local=local, graph=adjacency
         )
 
-    return call.run(_core._synthesize_graph_state, result, adjacency, tries=most)
+    return call.run(
+        _core._synthesize_graph_state, result, adjacency, tries=most,
+        outputs=_states.outputs_of(call),
+    )  # fmt: skip
 
 
 def _stabilizers(graph: npt.NDArray[np.bool_]) -> list[str]:

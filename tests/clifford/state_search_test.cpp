@@ -4,12 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <numeric>
 #include <random>
+#include <utility>
 
 #include "support/dense.h"
 #include "support/oracles.h"
 #include "support/pauli.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 namespace {
 
@@ -185,6 +189,156 @@ TEST(StateGroup, foresees_what_a_gate_does) {
         EXPECT_GE(worth(group), before);
       }
       ASSERT_TRUE(generates(group, stabilisers)) << n << " qubits, gate " << k;
+    }
+  }
+}
+
+// --- on a device ---------------------------------------------------------------------------------
+
+/// The generators of a state, signs left out, brought to a form that only its own have: X bits from
+/// bit n on, Z bits below, in reduced row echelon form.
+using Rows = std::vector<unsigned>;
+
+Rows reduced(Rows rows) {
+  std::size_t done = 0;
+  for (unsigned bit = 1U << (2 * rows.size()); (bit >>= 1) != 0;) {
+    const auto pivot = std::find_if(rows.begin() + static_cast<std::ptrdiff_t>(done), rows.end(),
+                                    [&](unsigned row) { return (row & bit) != 0; });
+    if (pivot == rows.end()) continue;
+    std::iter_swap(rows.begin() + static_cast<std::ptrdiff_t>(done), pivot);
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+      if (r != done && (rows[r] & bit) != 0) rows[r] ^= rows[done];
+    }
+    ++done;
+  }
+  return rows;
+}
+
+template <class F>
+Rows after(Rows rows, F&& gate) {
+  for (unsigned& row : rows) row = gate(row);
+  return reduced(rows);
+}
+
+/// The fewest gates on edges from zeros to every state: breadth first, gates on single qubits free.
+std::map<Rows, int> fewest_gates(const BitGraph& device) {
+  const int n = device.size();
+  const auto x = [n](int q) { return 1U << (n + q); };
+  const auto z = [](int q) { return 1U << q; };
+  Rows zeros;
+  for (int q = 0; q < n; ++q) zeros.push_back(z(q));
+  std::map<Rows, int> fewest;
+  std::vector<Rows> level;
+  const auto reach = [&](const Rows& first, int count) {
+    std::vector<Rows> open{first};
+    while (!open.empty()) {
+      const Rows rows = open.back();
+      open.pop_back();
+      if (!fewest.emplace(rows, count).second) continue;
+      level.push_back(rows);
+      for (int q = 0; q < n; ++q) {
+        open.push_back(after(rows, [&](unsigned row) {  // H
+          return ((row & x(q)) != 0) != ((row & z(q)) != 0) ? row ^ x(q) ^ z(q) : row;
+        }));
+        open.push_back(
+            after(rows, [&](unsigned row) { return (row & x(q)) != 0 ? row ^ z(q) : row; }));  // S
+      }
+    }
+  };
+  reach(reduced(zeros), 0);
+  for (int count = 1; !level.empty(); ++count) {
+    const std::vector<Rows> before = std::exchange(level, {});
+    for (const Rows& rows : before) {
+      for (int b = 1; b < n; ++b) {
+        for (int a = 0; a < b; ++a) {
+          if (!device.joined(a, b)) continue;
+          reach(after(rows,
+                      [&](unsigned row) {  // CZ
+                        return row ^ ((row & x(a)) != 0 ? z(b) : 0) ^
+                               ((row & x(b)) != 0 ? z(a) : 0);
+                      }),
+                count);
+        }
+      }
+    }
+  }
+  return fewest;
+}
+
+Rows rows_of_state(const std::vector<SignedString>& strings, const std::vector<int>& wires) {
+  const auto n = static_cast<int>(wires.size());
+  Rows rows;
+  for (const auto& [negative, letters] : strings) {
+    rows.push_back(0);
+    for (int q = 0; q < n; ++q) {
+      const char letter = letters[at(q)];
+      if (letter == 'X' || letter == 'Y') rows.back() |= 1U << (n + wires[at(q)]);
+      if (letter == 'Z' || letter == 'Y') rows.back() |= 1U << wires[at(q)];
+    }
+  }
+  return reduced(rows);
+}
+
+BitGraph device_of(int n, const std::vector<std::pair<int, int>>& edges) {
+  BitGraph graph(n);
+  for (const auto& [a, b] : edges) graph.join(a, b);
+  return graph;
+}
+
+TEST(StatesOnADevice, AreMadeByTheFewestGatesOnFewQubits) {
+  std::mt19937 rng(8);
+  const BitGraph devices[] = {
+      device_of(4, {{0, 1}, {1, 2}, {2, 3}}),
+      device_of(4, {{0, 2}, {1, 2}, {2, 3}}),
+      device_of(5, {{0, 3}, {3, 1}, {1, 4}, {4, 2}}),
+      device_of(5, {{0, 1}, {1, 2}, {2, 3}, {3, 4}, {4, 0}}),
+      device_of(5, {{0, 1}, {1, 2}, {1, 3}, {3, 4}}),
+  };
+  for (const BitGraph& device : devices) {
+    const int n = device.size();
+    const std::map<Rows, int> fewest = fewest_gates(device);
+    EXPECT_EQ(fewest.size(), n == 4 ? 2295U : 75735U);
+    for (int round = 0; round < 12; ++round) {
+      const auto strings = random_state(n, 3 * n, rng);
+      std::vector<int> wires(at(n));
+      std::iota(wires.begin(), wires.end(), 0);
+      const int in_place = fewest.at(rows_of_state(strings, wires));
+      int anywhere = in_place;
+      do {
+        anywhere = std::min(anywhere, fewest.at(rows_of_state(strings, wires)));
+      } while (std::ranges::next_permutation(wires).found);
+      for (const Outputs outputs : {Outputs::in_place, Outputs::anywhere}) {
+        const Task task{.outputs = outputs, .device = &device, .seed = 1};
+        const PlacedCircuit found = search_state(frame_of(strings, n), task, steps(3000));
+        EXPECT_EQ(found.size.count, outputs == Outputs::in_place ? in_place : anywhere);
+      }
+    }
+  }
+}
+
+/// Also above the 64 wires that beams are for.
+TEST(StatesOnADevice, AreMadeOnEdgesAlone) {
+  std::mt19937 rng(9);
+  for (const int n : {1, 2, 7, 17, 66}) {
+    BitGraph tree(n);
+    for (int q = 1; q < n; ++q) tree.join(q, static_cast<int>(rng() % static_cast<unsigned>(q)));
+    const auto strings = random_state(n, 2 * n, rng);
+    for (const Outputs outputs : {Outputs::in_place, Outputs::anywhere}) {
+      const Task task{.outputs = outputs, .device = &tree, .seed = 1};
+      const PlacedCircuit found = search_state(frame_of(strings, n), task, steps(300));
+      std::vector<SignedString> placed = strings;
+      for (std::size_t k = 0; k < placed.size(); ++k) {
+        for (int q = 0; q < n; ++q) {
+          placed[k].second[at(found.wires[at(q)])] = strings[k].second[at(q)];
+        }
+      }
+      EXPECT_TRUE(prepares(found.gates, placed)) << n;
+      EXPECT_TRUE(std::ranges::all_of(found.gates, [&](const structures::Gate& gate) {
+        return gate.qbits.size() == 1 || tree.joined(gate.qbits[0], gate.qbits[1]);
+      }));
+      if (outputs == Outputs::in_place) {
+        EXPECT_TRUE(std::ranges::is_sorted(found.wires));
+      }
     }
   }
 }

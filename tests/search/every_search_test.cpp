@@ -171,6 +171,7 @@ std::vector<Search> searches(const BitGraph& grid) {
   add(all, "operator", 20'000, run_operator(images), closed, &grid);
   const PauliFrame wide = pulled_back(random_gates(18, 400, nullptr, true, rng), 400, 18);
   add(all, "state", 4000, run_state(wide), placed, nullptr);
+  add(all, "state", 4000, run_state(images), closed, &grid);
   for (const int k : {1, 6}) {
     add(all, "encoder", 3000, run_encoder(wide, k, true), placed, nullptr);
     add(all, "encoder with logicals", 3000, run_encoder(wide, k, false), placed, nullptr);
@@ -207,7 +208,7 @@ std::vector<Search> small_searches(unsigned seed, const BitGraph& line) {
   constexpr std::uint64_t steps = 3000;
   add(all, "map", steps, run_map(m), closed, &line);
   add(all, "operator", steps, run_operator(images), closed, &line);
-  add(all, "state", steps, run_state(images), placed, nullptr);
+  add(all, "state", steps, run_state(images), closed, &line);
   add(all, "encoder", steps, run_encoder(images, n / 2, true), placed, nullptr);
   add(all, "parities", steps, run_parities(parities), closed, &line);
   add(all, "rotations", steps, run_rotations(strings, n, true), placed, &line);

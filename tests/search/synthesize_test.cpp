@@ -174,11 +174,21 @@ std::vector<support::SignedString> stabilisers_of(const structures::OperatorTabl
   return of_z;
 }
 
+std::vector<support::SignedString> on_wires(std::vector<support::SignedString> strings,
+                                            const std::vector<int>& wires) {
+  for (auto& [negative, letters] : strings) {
+    const std::string from = letters;
+    for (std::size_t q = 0; q < wires.size(); ++q) letters[at(wires[q])] = from[q];
+  }
+  return strings;
+}
+
 Problem draw_state(int n, support::Rng& rng) {
   return [wanted = draw_operator(n, rng)](const SynthesisOptions& options) {
     auto found = synthesize_state(wanted, with_own<synthesis::StateOptions>(options));
     return Made{found, found.gates,
-                fault_unless(support::prepares(found.gates, stabilisers_of(wanted)))};
+                fault_unless(support::prepares(
+                    found.gates, on_wires(stabilisers_of(wanted), found.permutation)))};
   };
 }
 
@@ -197,7 +207,9 @@ Problem draw_graph_state(int n, support::Rng& rng) {
   return [graph, stabilisers = stabilisers_of(support::tableau_of(edges, n))](
              const SynthesisOptions& options) {
     auto found = synthesize_graph_state(graph, with_own<synthesis::GraphStateOptions>(options));
-    return Made{found, found.gates, fault_unless(support::prepares(found.gates, stabilisers))};
+    return Made{
+        found, found.gates,
+        fault_unless(support::prepares(found.gates, on_wires(stabilisers, found.permutation)))};
   };
 }
 
@@ -237,8 +249,8 @@ const Family families[] = {
     {"pauli in order", 5, synthesis::pauli_methods, all_outputs, pauli_on_device, draw_pauli<true>},
     {"pauli", 5, synthesis::pauli_methods, all_outputs, pauli_on_device, draw_pauli<false>},
     {"clifford", 6, synthesis::clifford_methods, closed, closed, draw_clifford},
-    {"state", 6, synthesis::state_methods, placed, {}, draw_state},
-    {"graph state", 7, synthesis::graph_state_methods, placed, {}, draw_graph_state},
+    {"state", 6, synthesis::state_methods, placed, closed, draw_state},
+    {"graph state", 7, synthesis::graph_state_methods, placed, closed, draw_graph_state},
     {"circuit", 5, circuit_methods, closed, closed, draw_circuit},
 };
 

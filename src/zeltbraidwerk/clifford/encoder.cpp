@@ -22,7 +22,7 @@ synthesis::EncoderResult synthesize_encoder(const Code& code,
   check_effort(options);
   refuse_any_start(options);
   check_method(options.method, synthesis::state_methods(), false);
-  check_state_options(options);
+  check_encoder_options(options);
   check_wires("stabilisers", code.qubits());
   check_search_memory("stabilisers", code.qubits(), options, bytes_of_run);
   if (!are_independent_stabilisers(code.stabilisers)) {

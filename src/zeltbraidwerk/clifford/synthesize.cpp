@@ -56,6 +56,12 @@ GateList list_of(const synthesis::KnownCircuit& known) {
   return list;
 }
 
+bool is_on_edges(const GateList& list, const BitGraph& device) {
+  return std::ranges::all_of(list.gates, [&](const Gate& gate) {
+    return device.joined(wire_of(gate.a), wire_of(gate.b));
+  });
+}
+
 std::optional<GateList> start_of_operator(const PauliFrame& images, const SynthesisOptions& options,
                                           const std::optional<BitGraph>& device) {
   const int n = images.qubits();
@@ -70,9 +76,7 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
       }
     }
     const bool fits = options.outputs == Outputs::anywhere || std::ranges::is_sorted(wires);
-    return fits && (!device || std::ranges::all_of(list.gates, [&](const Gate& gate) {
-             return device->joined(wire_of(gate.a), wire_of(gate.b));
-           }));
+    return fits && (!device || is_on_edges(list, *device));
   });
 }
 
@@ -92,19 +96,20 @@ PlacedCircuit plainly(const PauliFrame& images) {
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
-/// least.
-std::uint64_t usual_state_steps(int n) {
+/// least. On a device steps are shorter, but for the windows of few wires, in which zeros come in.
+std::uint64_t usual_state_steps(int n, bool on_device) {
   const auto size = static_cast<std::uint64_t>(n);
   const std::uint64_t area = size * size;
-  return std::min<std::uint64_t>(50'000,
-                                 std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+  const std::uint64_t steps = std::min<std::uint64_t>(
+      50'000, std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+  return on_device ? std::min(4 * steps, std::max<std::uint64_t>(50'000, 1000 * area)) : steps;
 }
 
 }  // namespace
 
 std::optional<std::uint64_t> steps_for_state(int n, const SynthesisOptions& options) {
   if (options.steps || options.budget) return options.steps;
-  return usual_state_steps(n);
+  return usual_state_steps(n, options.device != nullptr);
 }
 
 synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
@@ -172,29 +177,46 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
   return result;
 }
 
-void check_state_options(const SynthesisOptions& options) {
+void check_encoder_options(const SynthesisOptions& options) {
   if (options.device != nullptr) {
-    throw std::invalid_argument("device: got one, wanted none for states");
+    throw std::invalid_argument("device: got one, wanted none for codes");
   }
   if (options.outputs != Outputs::in_place) {
-    throw std::invalid_argument("outputs: got another value, wanted in_place for states");
+    throw std::invalid_argument("outputs: got another value, wanted in_place for codes");
   }
 }
 
+std::optional<BitGraph> device_of_state(const SynthesisOptions& options, int n) {
+  const bool anywhere = options.device != nullptr && options.outputs == Outputs::anywhere;
+  if (options.outputs != Outputs::in_place && !anywhere) {
+    throw std::invalid_argument(
+        "outputs: got another value, wanted in_place, or anywhere on a device");
+  }
+  if (options.device == nullptr) return std::nullopt;
+  BitGraph device(*options.device);
+  require_connected(device, n);
+  return device;
+}
+
 Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& options,
-                       RunControl& control) {
+                       const std::optional<BitGraph>& device, RunControl& control) {
   const int n = stabilisers.qubits();
   const std::optional<std::uint64_t> steps = steps_for_state(n, options);
-  const auto start = known_start(options, n, list_of, [&](const GateList&) {
-    PauliFrame before = stabilisers;  // back to where the zeros come in, all are products of Z
+  const auto start = known_start(options, n, list_of, [&](const GateList& list) {
+    const std::vector<int>& wires = options.start->permutation;
+    PauliFrame before = on_wires(stabilisers, wires);
+    // Back to where the zeros come in, all are products of Z.
     for (const structures::Gate& gate : inverted(options.start->gates)) before.apply(gate);
-    return std::ranges::is_sorted(options.start->permutation) && before.x_planes().weight() == 0;
+    const bool fits = options.outputs == Outputs::anywhere || std::ranges::is_sorted(wires);
+    return fits && before.x_planes().weight() == 0 && (!device || is_on_edges(list, *device));
   });
   return {.method = "search",
           .runs = runs_of_search(options),
           .make =
               [&, steps, start](int run) {
                 const Task task{.objective = options.objective,
+                                .outputs = options.outputs,
+                                .device = device ? &*device : nullptr,
                                 .seed = options.seed,
                                 .stream = static_cast<std::uint64_t>(run),
                                 .start = start ? &*start : nullptr};
@@ -215,8 +237,8 @@ void prove_by_table(synthesis::SynthesisResult& result, const PauliFrame& stabil
 synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
                                         const synthesis::StateOptions& options) {
   check_effort(options);
-  check_method(options.method, synthesis::state_methods(), false);
-  check_state_options(options);
+  const bool on_device = options.device != nullptr;
+  check_method(options.method, synthesis::state_methods(on_device), on_device);
   check_wires("stabilisers", stabilisers.qubits());
   check_search_memory("stabilisers", stabilisers.qubits(), options, bytes_of_state_run);
   if (!stabilise_a_state(stabilisers)) {
@@ -224,8 +246,10 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
         "stabilisers: got strings that do not commute or are not independent, wanted one per qubit "
         "that are");
   }
+  const std::optional<BitGraph> device = device_of_state(options, stabilisers.qubits());
   RunControl control(options.budget);
-  BestRun best = best_of_runs({state_search_lane(stabilisers, options, control)}, options, control);
+  BestRun best =
+      best_of_runs({state_search_lane(stabilisers, options, device, control)}, options, control);
   auto& found = best.as<PlacedCircuit>();
   synthesis::StateResult result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
@@ -250,8 +274,7 @@ CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
       zelt::braidwerk::internal::images_under(tableau), options);
 }
 
-std::vector<std::string> state_methods(bool on_device) {
-  if (on_device) return {};
+std::vector<std::string> state_methods(bool /*on_device*/) {
   return {"auto", "search"};
 }
 

@@ -42,11 +42,12 @@ struct StateResult : SynthesisResult {
   std::vector<structures::Gate> gates;  ///< as of CliffordResult
 };
 
-/// The methods; "auto" is the first. None on a device.
+/// The methods, without a device or on one; "auto" is the first.
 ZELTBRAIDWERK_EXPORT std::vector<std::string> state_methods(bool on_device = false);
 
 /// A circuit that turns all qubits, being 0, into a stabilizer state, up to a global phase. It
-/// takes about a quarter of the gates of an operator. There are no devices; outputs are in place.
+/// takes about a quarter of the gates of an operator. Outputs are in place; on a device in place or
+/// anywhere: then qubit q of the state is on vertex permutation[q] of the device.
 ///
 /// The state is the one that the operator makes of zeros; or that of stabilisers, one string of
 /// codes per qubit (0 = I, 1 = X, 2 = Y, 3 = Z), with `minus[k]` for the sign of string k. Throws

@@ -13,6 +13,8 @@
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/graph_state/graph_state.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
+#include "zeltbraidwerk/search/internal/orders.h"
+#include "zeltbraidwerk/search/internal/placed_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
@@ -105,9 +107,10 @@ LowerBound bound_of_graph(const BitMatrix& graph, const PauliFrame& stabilisers)
   return bound_of_state(stabilisers, entangled.joins(), entangled.largest());
 }
 
+/// As the search for states makes them: qubits in place.
 std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
   const CircuitSize size = size_of(gates, n);
-  return made_circuit(size, std::move(gates));
+  return made_circuit(size, PlacedCircuit{std::move(gates), in_order(n), size});
 }
 
 constexpr double bytes_of_run = 100;  // over the square of the qubits
@@ -125,7 +128,8 @@ BitMatrix checked(const BoolMatrix& graph) {
 
 void check_options(const GraphStateOptions& options) {
   check_effort(options);
-  check_method(options.method, graph_state_methods(), false);
+  const bool on_device = options.device != nullptr;
+  check_method(options.method, graph_state_methods(on_device), on_device);
   const std::vector<std::string> long_ones{"auto", "decoding", "search"};
   check_options_of(options.method, {{"tries", options.tries.has_value(), {"decoding"}},
                                     {"restarts", options.restarts.has_value(), long_ones},
@@ -136,13 +140,12 @@ void check_options(const GraphStateOptions& options) {
     throw std::invalid_argument("tries: got " + std::to_string(*options.tries) +
                                 ", wanted at least 0");
   }
-  check_state_options(options);
 }
 
 }  // namespace
 
 std::vector<std::string> graph_state_methods(bool on_device) {
-  if (on_device) return {};
+  if (on_device) return {"auto", "search"};
   return {"auto", "naive", "decoding", "search"};
 }
 
@@ -150,8 +153,9 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   const BitMatrix bits = checked(graph);
   check_options(options);
   const int n = bits.rows();
-  if (options.method == "search") check_wires("graph", n);
+  if (options.method == "search" || options.device != nullptr) check_wires("graph", n);
   check_search_memory("graph", n, options, bytes_of_run);
+  const std::optional<BitGraph> device = device_of_state(options, n);
   RunControl control(options.budget);
   const PauliFrame stabilisers = stabilisers_of(bits);
   Lane naive{.method = "naive",
@@ -160,7 +164,7 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
              .draws = false,
              .brief = true};
   std::vector<Lane> lanes;
-  if (options.method == "auto" || options.method == "naive") lanes.push_back(naive);
+  if (!device && (options.method == "auto" || options.method == "naive")) lanes.push_back(naive);
   if (options.method == "decoding") {
     const bool usual = !options.restarts && !options.budget;
     lanes.push_back({.method = "decoding",
@@ -173,13 +177,14 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
                      }});
   }
   if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
-    lanes.push_back(state_search_lane(stabilisers, options, control));
+    lanes.push_back(state_search_lane(stabilisers, options, device, control));
   }
   naive.for_stops = true;
-  BestRun best = best_of_runs(lanes, options, control, naive);
-  auto& gates = best.as<std::vector<Gate>>();
-  GraphStateResult result{std::move(best.result), std::move(gates)};
-  result.permutation = in_order(n);
+  BestRun best =
+      best_of_runs(lanes, options, control, device ? std::nullopt : std::optional(naive));
+  auto& found = best.as<PlacedCircuit>();
+  GraphStateResult result{std::move(best.result), std::move(found.gates)};
+  result.permutation = std::move(found.wires);
   if (options.method == "naive" || options.method == "decoding") {
     prove(result, bound_of_graph(bits, stabilisers));
   } else {

@@ -7,6 +7,7 @@
 #include "zeltbraidwerk/clifford/search/internal/code.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
@@ -20,10 +21,14 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
 synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
                                         const synthesis::StateOptions& options);
 
-/// The runs of the search for a state; their circuits are lists of gates. `stabilisers` outlives
-/// the lane.
+/// The device on which a state is searched for, checked; none where there is none. Throws
+/// std::invalid_argument for one that is not connected, and for outputs that do not fit.
+std::optional<BitGraph> device_of_state(const synthesis::SynthesisOptions& options, int n);
+
+/// The runs of the search for a state; their circuits are lists of gates. `stabilisers` and
+/// `device` outlive the lane.
 Lane state_search_lane(const PauliFrame& stabilisers, const synthesis::SynthesisOptions& options,
-                       RunControl& control);
+                       const std::optional<BitGraph>& device, RunControl& control);
 
 /// Adds the fewest gates of a state on up to nine qubits, which a table has (graph_classes.h),
 /// where a result has more gates than is known to be needed. It takes up to 0.1 s, and is left
@@ -40,6 +45,6 @@ synthesis::EncoderResult synthesize_encoder(const Code& code,
 std::optional<std::uint64_t> steps_for_state(int n, const synthesis::SynthesisOptions& options);
 
 /// Throws std::invalid_argument for a device, and for outputs that are not in place.
-void check_state_options(const synthesis::SynthesisOptions& options);
+void check_encoder_options(const synthesis::SynthesisOptions& options);
 
 }  // namespace zelt::braidwerk::internal

@@ -113,6 +113,33 @@ BitMatrix bits_of(const PauliFrame& strings) {
   return both;
 }
 
+void apply_unsigned(PauliFrame& strings, const Gate& gate) {
+  for (int w = 0; w < strings.words(); ++w) {
+    Word odd = 0;
+    for (const End end : {gate.a, gate.b}) {
+      const int q = wire_of(end);
+      odd ^= (strings.x(q)[w] & (Word{0} - Word(end >> 1 & 1))) ^
+             (strings.z(q)[w] & (Word{0} - Word(end & 1)));
+    }
+    for (const End end : {gate.a, gate.b}) {
+      const int q = wire_of(end);
+      if ((label_of(end) & label_x) != 0) strings.x(q)[w] ^= odd;
+      if ((label_of(end) & label_z) != 0) strings.z(q)[w] ^= odd;
+    }
+  }
+}
+
+PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires) {
+  PauliFrame result(strings.qubits(), strings.rows());
+  for (int r = 0; r < strings.rows(); ++r) {
+    for (int q = 0; q < strings.qubits(); ++q) {
+      result.set_letter(r, wires[static_cast<std::size_t>(q)], strings.letter(r, q));
+    }
+    result.set_negative(r, strings.is_negative(r));
+  }
+  return result;
+}
+
 bool are_independent_stabilisers(const PauliFrame& strings) {
   if (strings.rows() > strings.qubits()) return false;
   std::vector<Word> odd(static_cast<std::size_t>(strings.words()));

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <vector>
+
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
+#include "zeltbraidwerk/search/internal/window.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
@@ -20,6 +23,13 @@ struct Code {
 
 /// One row per string: its X bits, then its Z bits.
 BitMatrix bits_of(const PauliFrame& strings);
+
+/// Multiplies every string by the gate's that anticommutes with one end of it alone; signs are left
+/// as they are.
+void apply_unsigned(PauliFrame& strings, const Gate& gate);
+
+/// The strings with the letters of qubit q on wire wires[q].
+PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires);
 
 /// Whether strings commute and none is a product of others.
 bool are_independent_stabilisers(const PauliFrame& strings);

@@ -12,29 +12,13 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
 Word mask(bool set) {
   return set ? ~Word{0} : Word{0};
-}
-
-/// Multiplies every string by the gate's that anticommutes with it.
-void apply_unsigned(PauliFrame& frame, const Gate& gate) {
-  for (int w = 0; w < frame.words(); ++w) {
-    Word odd = 0;
-    for (const End end : {gate.a, gate.b}) {
-      const int q = wire_of(end);
-      odd ^= (frame.x(q)[w] & mask((label_of(end) & label_z) != 0)) ^
-             (frame.z(q)[w] & mask((label_of(end) & label_x) != 0));
-    }
-    for (const End end : {gate.a, gate.b}) {
-      const int q = wire_of(end);
-      if ((label_of(end) & label_x) != 0) frame.x(q)[w] ^= odd;
-      if ((label_of(end) & label_z) != 0) frame.z(q)[w] ^= odd;
-    }
-  }
 }
 
 PauliFrame carried(PauliFrame strings, const GateList& list, int count) {
@@ -208,6 +192,20 @@ PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, 
     }
   }
   return images;
+}
+
+PlacedCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers) {
+  const int n = list.wires();
+  PlacedCircuit circuit = emitted(list);
+  PauliFrame strings = on_wires(stabilisers, circuit.wires);
+  for (const structures::Gate& gate : inverted(circuit.gates)) strings.apply(gate);
+  const std::vector<bool> flips = flips_for(strings, in_order(n));
+  std::vector<structures::Gate> first;
+  for (int wire = 0; wire < n; ++wire) {
+    if (flips[static_cast<std::size_t>(wire)]) first.emplace_back("X", std::vector<int>{wire});
+  }
+  circuit.gates.insert(circuit.gates.begin(), first.begin(), first.end());
+  return circuit;
 }
 
 EncoderCircuit encoder_circuit(const GateList& list, const Code& code) {

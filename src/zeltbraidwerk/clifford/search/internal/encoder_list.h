@@ -33,4 +33,8 @@ struct EncoderCircuit : PlacedCircuit {
 /// come first that give stabilisers and logical operators their signs.
 EncoderCircuit encoder_circuit(const GateList& list, const Code& code);
 
+/// The circuit of CNOTs and gates on one qubit that makes a state of zeros, its qubits on the wires
+/// where the list has them. X comes first that gives stabilisers their signs.
+PlacedCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers);
+
 }  // namespace zelt::braidwerk::internal

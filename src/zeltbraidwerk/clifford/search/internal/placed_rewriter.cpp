@@ -1,5 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 
+#include "zeltbraidwerk/clifford/search/internal/state_gauge.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
 
 namespace zelt::braidwerk::internal {
@@ -13,13 +15,35 @@ void rename(std::vector<Gate>& block, const WireNames& names) {
   for (Gate& gate : block) gate = {renamed(gate.a, names), renamed(gate.b, names)};
 }
 
+/// The operator after Z on one of the wires controls something: of a few choices, one with the
+/// fewest gates.
+template <int wires>
+WindowRows best_after_zero(const PlacedTable<wires>& table, unsigned fresh, WindowRows rows,
+                           Rng& rng) {
+  const auto zero = static_cast<unsigned>(random_move(fresh, rng));
+  const unsigned control = unsigned{label_z} << (2 * zero);
+  const unsigned others = ((1U << (2 * wires)) - 1) & ~(3U << (2 * zero));
+  WindowRows best = rows;
+  int least = table.distance(rows);
+  for (int k = 0; k < placed_state_tuning.gauges; ++k) {
+    const auto letters = static_cast<unsigned>(rng.below(1 << (2 * wires - 2)));
+    const WindowRows same = rows_after_control(control, deposited(letters, others), rows);
+    const int distance = table.distance(same);
+    if (distance < 0 || distance > least) continue;
+    least = distance;
+    best = same;
+  }
+  return best;
+}
+
 }  // namespace
 
 template <int wires>
 bool PlacedRewriter::rewrite_on(const Window& window, float uphill, Rng& rng,
                                 Rewrite& rewrite) const {
   const bool detour = rng.chance(uphill);
-  if (window.gates.size() == 1 && !detour) return false;
+  const bool zeros = inputs_ == Inputs::zeros && window.from_start != 0;
+  if (window.gates.size() == 1 && !detour && !zeros) return false;
   const NamedGraph& named = least_graph(
       wires, device_ == nullptr ? complete_graph(wires) : edges_within(window, *device_));
   const auto& table = PlacedTable<wires>::of(named.graph);
@@ -29,7 +53,14 @@ bool PlacedRewriter::rewrite_on(const Window& window, float uphill, Rng& rng,
   std::vector<Gate>& block = rewrite.block;
   block = window.gates;
   rename(block, named.names);
-  const WindowRows rows = rows_of(block, wires);
+  WindowRows rows = rows_of(block, wires);
+  if (zeros) {
+    unsigned fresh = 0;
+    for (unsigned p = 0; p < wires; ++p) {
+      if ((window.from_start >> p & 1) != 0) fresh |= 1U << named.names[p];
+    }
+    rows = best_after_zero<wires>(table, fresh, rows, rng);
+  }
   block.clear();
   const bool last = outputs_ == Outputs::anywhere && window.to_end == (1U << wires) - 1;
   const WindowRows left = last ? append_reordered_circuit<wires>(

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -73,10 +74,14 @@ WindowRows append_reordered_circuit(const PlacedTable<wires>& table, WindowRows 
   return renaming;
 }
 
+/// What comes in on the wires that no gate has touched.
+enum class Inputs : std::uint8_t { anything, zeros };
+
 /// Replaces windows of Clifford gates by random shortest circuits that leave every wire in its
 /// place, or longer ones uphill. The one-qubit gates that a block leaves go after the gates.
 ///
 /// On a device, by circuits on its edges alone; with free outputs the last windows may move theirs.
+/// Where zeros come in, what Z on one of them controls is nothing: see StateRewriter.
 class PlacedRewriter {
  public:
   static constexpr Gathering gathering = Gathering::by_labels;
@@ -84,8 +89,9 @@ class PlacedRewriter {
 
   /// Windows of 2 to 4 wires. The tables for four are built when they come up first.
   explicit PlacedRewriter(int wires) : wires_(wires) {}
-  PlacedRewriter(int wires, const BitGraph& device, Outputs outputs)
-      : wires_(wires), device_(&device), outputs_(outputs) {}
+  PlacedRewriter(int wires, const BitGraph& device, Outputs outputs,
+                 Inputs inputs = Inputs::anything)
+      : wires_(wires), device_(&device), outputs_(outputs), inputs_(inputs) {}
 
   int window_size(Rng&) const { return wires_; }
   bool rewrite(const Window& window, float uphill, Rng& rng, Rewrite& rewrite) const;
@@ -97,6 +103,7 @@ class PlacedRewriter {
   int wires_;
   const BitGraph* device_ = nullptr;
   Outputs outputs_ = Outputs::in_place;
+  Inputs inputs_ = Inputs::anything;
 };
 
 }  // namespace zelt::braidwerk::internal

@@ -5,6 +5,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
+#include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
@@ -166,6 +167,7 @@ EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& 
 }
 
 PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
+  if (task.device != nullptr) return search_state_on_device(stabilisers, task, effort);
   return search_encoder({stabilisers, {}}, task, effort);
 }
 

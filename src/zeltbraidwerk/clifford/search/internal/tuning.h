@@ -118,4 +118,35 @@ struct StateTuning {
 };
 inline constexpr StateTuning state_tuning;
 
+/// Of states on a device. Chosen by codes and random graph states of 8 to 23 qubits on lines and
+/// grids, in bench/peers/states.py.
+struct PlacedStateTuning {
+  int beam_wires = 64;       ///< beams on up to this number, of one word
+  int quick_wires = 20;      ///< up to here a greedy run takes some 10 ms, and is always made
+  int first_sets = 100;      ///< information sets that a search begins with
+  int begun_sets = 25;       ///< the same for each placement and new beginning
+  int sets = 4;              ///< information sets for each state of a beam
+  int spare = 1;             ///< light products kept for each generator
+  int placed_spare = 4;      ///< the same while qubits are placed
+  int tried = 3;             ///< of the generators with a letter on a wire, the lightest
+  double weight_left = 0.4;  ///< of a gate that a generator takes, next to the gates so far
+  double noise = 0.01;
+  int first_placements = 4;  ///< greedy runs, each from another placement
+  int width = 4;             ///< of the beams of round 0; twice as wide each round
+  int most_doublings = 8;
+  int placements = 4;  ///< new ones each round
+  int renewals = 4;    ///< new beginnings in round 0; twice as many each round
+  int most_renewal_doublings = 20;
+  double least_gain = 1e-12;  ///< by which an exchange of two qubits makes generators lighter
+  std::uint64_t exchanges_per_step = 8;  ///< n^2 / 8 steps for looking at all pairs
+  std::uint64_t states_per_step = 64;    ///< n^3 / 64 steps for a state of a beam
+  std::uint64_t anneal_walks = 4;        ///< steps for few layers, in walks of the round
+  /// Operators that a window with zeros is compared with. More are no better at as many steps.
+  int gauges = 2;
+  std::uint64_t new_part = 4;  ///< one in this many steps of a round, from each placement
+  Cooling cooling{0.3F, 0.03F};
+  Schedule rounds{.first_steps = 1 << 11, .most_growths = 29};
+};
+inline constexpr PlacedStateTuning placed_state_tuning;
+
 }  // namespace zelt::braidwerk::internal
