@@ -1,6 +1,8 @@
 // CNOT circuits of few layers, found by search; gates put into layers as far as they commute.
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "support/gate_lists.h"
 #include "support/oracles.h"
 #include "support/tasks.h"
@@ -85,6 +87,17 @@ TEST(DepthSearch, KeepsDirections) {
   const auto free = search_shallow_cnot(packed(turned), task, steps(1000));
   EXPECT_EQ(free[0].depth, 2);
   EXPECT_TRUE(implements(free[0].list, turned));
+}
+
+TEST(DepthSearch, KeepsDirectionsWhereItIsStoppedAtOnce) {
+  const std::atomic<bool> stop = true;
+  Effort effort;
+  effort.control.stop = &stop;
+  const BoolMatrix m = support::matrix({"010", "001", "110"});  // not its own inverse
+  for (const bool exact : {false, true}) {
+    const Task task{.outputs = support::outputs(exact)};
+    EXPECT_TRUE(implements(search_shallow_cnot(packed(m), task, effort)[0].list, m, exact));
+  }
 }
 
 TEST(DepthSearch, EndsOnWhatHasNoCircuit) {

@@ -19,6 +19,13 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
+/// The elimination clears the matrix, so that its circuit is read backwards.
+GateList eliminated(const BitMatrix& m) {
+  structures::CnotCircuit circuit = eliminate_gauss(m);
+  circuit.reverse();
+  return gate_list(circuit);
+}
+
 class ShallowSearch : public SearchBase<GateList> {
  public:
   ShallowSearch(const BitMatrix& m, const Task& task, const Effort& effort)
@@ -59,7 +66,7 @@ class ShallowSearch : public SearchBase<GateList> {
     whole.control.stop = meter_.control().stop;
     Meter meter(whole);
     const bool found = n_ > 1 && series_.run(rng_, meter);
-    consider(found ? series_.circuit() : gate_list(eliminate_gauss(m_)));
+    consider(found ? series_.circuit() : eliminated(m_));
     // Of sparse matrices the elimination by pairs may have fewer layers. Others go on without it.
     GateList pairs = by_pairs(m_, Facing::plain);
     const CircuitSize size{pairs.count(), scheduler_.settle(pairs.gates)};
@@ -143,7 +150,7 @@ class ShallowSearch : public SearchBase<GateList> {
 std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const Task& task,
                                                 const Effort& effort) {
   if (!is_invertible(m)) {
-    const GateList list = gate_list(eliminate_gauss(m));
+    const GateList list = eliminated(m);
     return {{list, depth_of(list.gates, list.wires())}};
   }
   Task wanted = task;
