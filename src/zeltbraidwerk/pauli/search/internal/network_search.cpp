@@ -45,9 +45,7 @@ class NetworkSearch : public SearchByBoth<Network> {
     meter_.prove(bound_of_network(strings, proven_of));
     if (run_.task.given != nullptr) offer_first(*run_.task.given);
     run_plans();
-    if (!meter_.proven()) {
-      for (const Network& network : run_ladders(run_, least_first_)) offer_first(network);
-    }
+    if (!meter_.proven()) offer_ladders();
     if (!meter_.ended()) {
       const int least =
           fewest_network_gates(strings, proven_of, meter_.bound().count, shortest().size.count);
@@ -95,12 +93,26 @@ class NetworkSearch : public SearchByBoth<Network> {
     for (const NetworkPlan& plan : plans_.first()) {
       if (too_long && plan.settings.emphasis == Emphasis::equal) continue;
       const bool whatever_effort = runs++ < always;
+      if (!whatever_effort && !rng_of_ladders_) rng_of_ladders_ = rng_;
       if (meter_.proven() || (!whatever_effort && meter_.ended())) return;
       const std::optional<Network> network = run_greedily(run_, plan, whatever_effort);
       if (!network) return;
       plans_.report(plan, network->size.count);
       whatever_effort ? offer_first(*network) : offer(*network, Origin::derived);
     }
+  }
+
+  /// Made with any effort, so that their draws are those after the runs that are made with any. To
+  /// a target, where draws decide on the closing, others beside them.
+  void offer_ladders() {
+    const bool all_plans = !meter_.ended();
+    if (all_plans) {
+      for (const Network& network : run_ladders(run_, least_first_)) offer_first(network);
+    }
+    if (all_plans && run_.task.target == nullptr) return;
+    const Rng now = std::exchange(rng_, rng_of_ladders_.value_or(rng_));
+    for (const Network& network : run_ladders(run_, least_first_)) offer_first(network);
+    rng_ = now;
   }
 
   void share_with_blocks() {
@@ -191,6 +203,7 @@ class NetworkSearch : public SearchByBoth<Network> {
   NetworkPlans plans_;
   NetworkRun run_;
   int least_first_ = std::numeric_limits<int>::max();  // of the runs made whatever the effort
+  std::optional<Rng> rng_of_ladders_;                  // as it was after these runs
   Effort effort_of_blocks_;
   bool proven_ = false;
 };
