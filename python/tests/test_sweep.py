@@ -57,6 +57,16 @@ def test_small_instances_by_every_method(family, method):
             try_instance(family, number, method)
 
 
+@pytest.mark.parametrize("number", [98093, 101246, 102510])
+def test_more_steps_are_never_worse_where_they_were(number):
+    """Rotations with a tail, whose ladders drew differently after more steps."""
+    _, _, case = instance("pauli", number)
+    assert "tail" in case.options
+    steps = [case.options["steps"] + more for more in (0, 16, 30, 49, 59)]
+    sizes = [case.size(case.call(steps=each)) for each in steps]
+    assert sizes == sorted(sizes, reverse=True)
+
+
 def test_a_run_goes_on_and_tells_what_ended_a_process(tmp_path, monkeypatch, capfd):
     monkeypatch.setattr(sweep, "CHUNK", 5)
     monkeypatch.setattr(sweep, "LIMIT", 0.5)
