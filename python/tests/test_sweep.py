@@ -57,12 +57,16 @@ def test_small_instances_by_every_method(family, method):
             try_instance(family, number, method)
 
 
-@pytest.mark.parametrize("number", [98093, 101246, 102510])
-def test_more_steps_are_never_worse_where_they_were(number):
-    """Rotations with a tail, whose ladders drew differently after more steps."""
-    _, _, case = instance("pauli", number)
+@pytest.mark.parametrize(
+    ("family", "number"),
+    [("pauli", 98093), ("pauli", 101246), ("pauli", 102510), ("routed", 1239)],
+)
+def test_more_steps_are_never_worse_where_they_were(family, number):
+    """Rotations with a tail, whose ladders drew differently after more steps; and a routing, which
+    was closed by as many steps as it was then walked from."""
+    _, _, case = instance(family, number)
     assert "tail" in case.options
-    steps = [case.options["steps"] + more for more in (0, 16, 30, 49, 59)]
+    steps = [case.options["steps"] + more for more in (0, 10, 16, 30, 49, 59)]
     sizes = [case.size(case.call(steps=each)) for each in steps]
     assert sizes == sorted(sizes, reverse=True)
 

@@ -43,7 +43,10 @@ _Routed = tuple[list[_core.Gate], _core.OperatorTableau]
 _NO_NORMAL_FORM = ("XX", "S*")
 _FAMILY = Family(lambda on_device: ("auto", "trees" if on_device else "global_gates"))
 _MOST_PLANS = 1e8  # hours of time
-_CLOSING_STEPS = 100_000
+_STEPS = 100_000
+# Of the search that closes a tail where the caller tells the steps of the walk after it: always as
+# many, since from another closing a longer walk may end at more gates.
+_CLOSING_STEPS = 4_000
 _TIME_OF_PLAIN = 0.04  # seconds
 _SHORTEST = 1e-3  # seconds; the first circuit that closes a tail is made in any case
 
@@ -132,10 +135,11 @@ def route(
     minimises, "count" or "depth" of CNOTs; with "error" or "duration" the cheapest of several parts
     of the device is taken. ``method`` is "trees", or "auto" for the same, as no
     other one is there yet. ``budget`` is in seconds; a run that does not end in it raises
-    :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. Both
-    searches make ``steps`` steps, 100,000 if not given; with 0, the first circuit is taken. Ctrl-C
-    ends a run: the exception holds the best circuit so far, before there is any one without
-    lookahead if that takes little time.
+    :class:`~zeltbraidwerk.errors.UnfinishedError`, and closing takes what is left of it. ``steps``
+    are those of the search that shortens the whole; more are never worse, and 0 leave it as it was
+    closed, which takes 4,000 steps. If not given, both make 100,000. Ctrl-C ends a run: the
+    exception holds the best circuit so far, before there is any one without lookahead if that takes
+    little time.
     """
     call = _FAMILY.call(
         method=method, device=Device.of(device), objective=objective, budget=budget, steps=steps
@@ -331,11 +335,11 @@ def _closed(call: Call, left: Routing, operator: CliffordTableau) -> Routing:
     places = [wire.get(q, 0) for q in range(left.n)]
     routed = tuple(moved(gate, places) for gate in left.circuit.gates)
     steps, budget = call.effort.steps, call.effort.budget
-    steps = _CLOSING_STEPS if steps is None else steps
+    steps, closing_steps = (_STEPS, _STEPS) if steps is None else (steps, _CLOSING_STEPS)
     known: Circuit | None = None
     try:
         closing = _operators.synthesize(
-            operator, device=part, seed=0, steps=steps,
+            operator, device=part, seed=0, steps=closing_steps,
             budget=None if budget is None else max(budget - call.elapsed, _SHORTEST),
         )  # fmt: skip
         known = Circuit._trusted(part.n, routed + closing.circuit.gates)
