@@ -28,6 +28,7 @@ import zeltbraidwerk as zb
 from zeltbraidwerk import Circuit, CliffordTableau, Gate
 from zeltbraidwerk.instructions import Barrier
 
+PACKAGES = ("qasm3", "qiskit", "pytket", "pyzx", "cirq", "pennylane")
 BASES = ("cx", "cz", "ecr", "iswap", "rzz")
 DENSE = 5  # qubits up to which operators are compared as matrices
 CLOSE = 1e-8  # entries of matrices
@@ -199,8 +200,12 @@ def formats(draw, n):
     small = n <= DENSE
     made = draw.choice(("qasm", "json", "stim", "basis", "fused", "named", "inverse"))
     basis = draw.choice(BASES)
+    if draw.chance(0.5):
+        made = draw.choice((*PACKAGES, made))
 
     def turn(circuit):
+        if made in PACKAGES:
+            return through(made, circuit)
         if made == "qasm":
             text = "" if circuit.symbols else circuit.to_qasm()
             return Circuit.from_qasm(text, reader="own") if text else circuit
@@ -226,6 +231,16 @@ def formats(draw, n):
             assert_same(Unfolded(result.elementary()), Unfolded(source.elementary()), wires)
 
     return Case(turn, source, {}, check)
+
+
+def through(package, circuit):
+    """The circuit as an object of a package, or in OpenQASM 3, and back. Some leave out idle
+    qubits, or put qubits in the order of their names."""
+    if package == "pennylane" and circuit.symbols:
+        return circuit
+    found = getattr(Circuit, f"from_{package}")(getattr(circuit, f"to_{package}")())
+    places = {name: q for q, name in enumerate(circuit.qubit_names)}
+    return found.placed([places[name] for name in found.qubit_names], circuit.n)
 
 
 TASKS = {

@@ -16,6 +16,7 @@ import sweep_circuits
 import sweep_families
 from sweep_draws import Draw
 
+import zeltbraidwerk as zb
 from zeltbraidwerk import errors
 
 NOT_COMPARED = ("seconds", "call")  # fields of results
@@ -27,6 +28,7 @@ SHARES = {
 FAMILIES = {
     name: getattr(sweep_families, name, None) or getattr(sweep_circuits, name) for name in SHARES
 }
+WEIGHTS = ("error", "duration")  # objectives
 STARTS = ("linear", "phase", "pauli", "clifford", "state", "graph_state")
 
 
@@ -35,7 +37,21 @@ def instance(name, number, method=None):
     draw.only = method
     n = draw.n = draw.size(number)
     case = FAMILIES[name](draw, n)
+    weigh(Draw(f"weights {name} {number}"), case.options)
     return draw, n if draw.used is None else draw.used, case
+
+
+def weigh(draw, options):
+    """Now and then the edges of a device get rates and durations, which become the objective."""
+    device = options.get("device")
+    if device is None or "objective" not in options or not draw.chance(0.08):
+        return
+    rates = draw.choice(((0, 0.01), (0.001, 0.3)))
+    options["objective"] = draw.choice(WEIGHTS)
+    options["device"] = zb.Device(
+        device.n, device.edges, edge_errors={edge: draw.uniform(*rates) for edge in device.edges},
+        edge_durations={edge: draw.uniform(1e-8, 1e-6) for edge in device.edges},
+    )  # fmt: skip
 
 
 def order_of(names):
@@ -74,7 +90,8 @@ def try_instance(name, number, method=None, twin=None):
         return n
     if draw.chance(0.05):
         repeat(draw, case, result)
-    if draw.chance(0.1) and "steps" in case.options and name != "batch":
+    grows = name != "batch" and case.options.get("objective") not in WEIGHTS
+    if draw.chance(0.1) and "steps" in case.options and grows:
         more_steps(draw, name, case, result)
     if draw.chance(0.03) and "steps" in case.options and name not in ("routed", "batch"):
         heard, threads = [], case.options.get("jobs", 1)

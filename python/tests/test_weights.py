@@ -118,6 +118,12 @@ def test_edges_that_always_fail_are_left_out():
         zb.linear.synthesize(MATRIX, device=line, objective="error")
 
 
+def test_a_device_without_edges_has_no_rates_to_know():
+    for objective in ("error", "duration"):
+        found = zb.linear.synthesize([[1]], device=Device(1, []), objective=objective)
+        assert found.count == 0
+
+
 def test_a_budget_is_for_all_searches_together():
     found = zb.linear.synthesize(
         zb.gallery.random_invertible(9, 1)[0], device=GRID, objective="error", budget=0.4, seed=1

@@ -25,7 +25,7 @@ def of_errors(edges: Iterable[Edge], rates: Costs) -> dict[Edge, float]:
 
 def of_durations(edges: Iterable[Edge], seconds: Costs) -> dict[Edge, float]:
     """Edges of unknown duration count as the slowest that is known."""
-    slowest = max(seconds.values())
+    slowest = max(seconds.values(), default=0.0)
     return {edge: seconds.get(edge, slowest) for edge in edges}
 
 

@@ -257,12 +257,12 @@ class Device(CouplingGraph, _json.Stored):
 
     def _costs(self, kind: _edge_costs.Kind, name: str) -> dict[Edge, float]:
         known = self.edge_errors if kind == "error" else self.edge_durations
-        if known is None:
+        if known is None and self._edges:  # without edges there is nothing to know
             raise errors.DeviceError(
                 f"{name}: wanted a device with edge_{kind}s for {kind!r}, got {self!r}"
             )
         make = _edge_costs.of_errors if kind == "error" else _edge_costs.of_durations
-        return make(self._edges, known)
+        return make(self._edges, known or {})
 
     def _pairs(self, circuit: Circuit | CnotCircuit) -> list[Edge]:
         if not self.fits(circuit):
