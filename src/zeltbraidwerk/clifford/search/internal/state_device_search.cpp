@@ -262,7 +262,7 @@ class PlacedStateSearch : public SearchByBoth<GateList> {
 
 }  // namespace
 
-PlacedCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
+CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
                                      const Effort& effort) {
   PlacedStateSearch search(stabilisers, task, effort);
   run_search(search);
