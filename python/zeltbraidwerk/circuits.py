@@ -37,6 +37,7 @@ from zeltbraidwerk.instructions import (
     Operation,
     Register,
     Reset,
+    are_elementary,
     bits_of,
     bound,
     elementary,
@@ -471,6 +472,8 @@ class Circuit(CircuitBase):
         """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
         phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
         take them so."""
+        if are_elementary(self._items):
+            return self
         if COMPOSED.keys().isdisjoint([name for name, _, _ in self._operations()]):
             return self
         return self._with(elementary(self._items))

@@ -172,8 +172,8 @@ TEST(FiveWires, are_searched_to_a_proven_end) {
       const auto run = [&](std::uint64_t most) {
         Effort effort = steps(most);
         effort.on_bound = [&](const LowerBound& proven) { bound = proven.count; };
-        const CliffordCircuit found = search_clifford(images, {.outputs = outputs, .seed = 3}, effort,
-                                                    OnFiveQubits::finds_fewest);
+        const CliffordCircuit found = search_clifford(images, {.outputs = outputs, .seed = 3},
+                                                      effort, OnFiveQubits::finds_fewest);
         EXPECT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, 5)));
         return found.size;
       };

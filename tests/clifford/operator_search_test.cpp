@@ -194,7 +194,8 @@ TEST(CliffordSearch, brings_operators_down_from_either_side) {
       ASSERT_EQ(found.size(), 1U);
       const GateList list = problem.circuit(found[0].state, found[0].moves, side);
       const CliffordCircuit made = to_circuit(list, images);
-      ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n))) << n << ' ' << side;
+      ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n)))
+          << n << ' ' << side;
       EXPECT_LE(list.count(), n * (n + 4) * 29 / 100);
     }
   }

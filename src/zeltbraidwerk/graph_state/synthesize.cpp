@@ -21,8 +21,8 @@
 
 namespace zelt::braidwerk::internal {
 
-using synthesis::GraphStateOptions;
 using synthesis::graph_state_methods;
+using synthesis::GraphStateOptions;
 using Kind = CliffordGate::Kind;
 
 namespace {
@@ -147,8 +147,7 @@ void check_options(const GraphStateOptions& options) {
 
 }  // namespace
 
-FoundCliffords synthesize_graph_state(const BitMatrix& bits,
-                                      const GraphStateOptions& options) {
+FoundCliffords synthesize_graph_state(const BitMatrix& bits, const GraphStateOptions& options) {
   check_symmetric(bits);
   check_options(options);
   const int n = bits.rows();
@@ -170,9 +169,9 @@ FoundCliffords synthesize_graph_state(const BitMatrix& bits,
                      .runs = usual ? default_runs : options.restarts,
                      .make = [&](int run) {
                        const int tries = options.tries.value_or(default_tries);
-                       return sized(prepared_by_decoding(bits, tries, options.seed, run,
-                                                         control.control(n)),
-                                    n);
+                       return sized(
+                           prepared_by_decoding(bits, tries, options.seed, run, control.control(n)),
+                           n);
                      }});
   }
   if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
@@ -207,7 +206,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
       graph, [&](const BoolRow& row) { return static_cast<int>(row.size()) == n; });
   using zelt::braidwerk::internal::BitMatrix;
   const BitMatrix bits = square ? BitMatrix::pack(graph, n, n) : BitMatrix(0, 1);
-  return zelt::braidwerk::internal::unpacked<GraphStateResult>(zelt::braidwerk::internal::synthesize_graph_state(bits, options));
+  return zelt::braidwerk::internal::unpacked<GraphStateResult>(
+      zelt::braidwerk::internal::synthesize_graph_state(bits, options));
 }
 
 }  // namespace synthesis

@@ -25,12 +25,18 @@ std::optional<Pair> pair_of(const CliffordGate& gate) {
 
 template <class Gate>
 Gate cnot(int control, int target) {
-  if constexpr (std::is_same_v<Gate, CliffordGate>) return CliffordGate::cnot(control, target);
-  else return Gate::CNOT(control, target);
+  if constexpr (std::is_same_v<Gate, CliffordGate>)
+    return CliffordGate::cnot(control, target);
+  else
+    return Gate::CNOT(control, target);
 }
 
-int& first_of(structures::Gate& gate) { return gate.qbits[0]; }
-int& first_of(CliffordGate& gate) { return gate.a; }
+int& first_of(structures::Gate& gate) {
+  return gate.qbits[0];
+}
+int& first_of(CliffordGate& gate) {
+  return gate.a;
+}
 
 /// By vertex: the next one on a shortest path to `end`, -1 where there is none.
 std::vector<int> steps_towards(int end, const BitGraph& device) {

@@ -46,7 +46,9 @@ std::vector<LabelMap> maps_on(int wires) {
 /// each one of the list.
 class Emission {
  public:
-  Emission(int wires, std::size_t gates) : maps_(maps_on(wires)) { gates_.reserve(gates); }
+  Emission(int wires, std::size_t gates) : maps_(maps_on(wires)) {
+    gates_.reserve(gates + gates / 4 + 3 * static_cast<std::size_t>(wires));
+  }
 
   void emit(const Gate& gate) {
     int control = wire_of(gate.a);
@@ -76,10 +78,7 @@ class Emission {
   void bring(int wire, int label, int to) {
     if (label == to) return;
     const int kept = label ^ to;
-    gates_.push_back({kept == label_x   ? Kind::rx_plus
-                      : kept == label_z ? Kind::s
-                                        : Kind::h,
-                      wire});
+    gates_.push_back({kept == label_x ? Kind::rx_plus : kept == label_z ? Kind::s : Kind::h, wire});
     map(wire).exchange_others(kept);
   }
 
@@ -138,8 +137,10 @@ void mend_signs(CliffordCircuit& circuit, const PauliFrame& images) {
   for (int wire = 0; wire < n; ++wire) {
     const int label = labels[static_cast<std::size_t>(wire)];
     if (label == 0) continue;
-    circuit.gates.push_back(
-        {label == label_x ? Kind::x : label == label_z ? Kind::z : Kind::y, wire});
+    circuit.gates.push_back({label == label_x   ? Kind::x
+                             : label == label_z ? Kind::z
+                                                : Kind::y,
+                             wire});
   }
 }
 

@@ -97,17 +97,15 @@ GateList short_list(const PauliFrame& images, Rng& rng) {
 std::vector<bool> flips_for(const PauliFrame& strings, const std::vector<int>& zeros) {
   const int r = strings.rows();
   BitMatrix z(r, r);
-  for (int row = 0; row < r; ++row) {
-    for (int c = 0; c < r; ++c) {
-      z.set(row, c, strings.z_planes().get(zeros[static_cast<std::size_t>(c)], row));
-    }
+  BitMatrix signs(r, 1);
+  for (int k = 0; k < r; ++k) {
+    std::copy_n(strings.z(zeros[static_cast<std::size_t>(k)]), z.stride(), z.row(k));
+    signs.set(k, 0, strings.is_negative(k));
   }
-  const BitMatrix solution = inverse(std::move(z));
+  const BitMatrix flipped = solution(z.transposed(), std::move(signs));
   std::vector<bool> flips(static_cast<std::size_t>(strings.qubits()));
-  for (int c = 0; c < r; ++c) {
-    Word odd = 0;
-    for (int w = 0; w < strings.words(); ++w) odd ^= solution.row(c)[w] & strings.signs()[w];
-    flips[static_cast<std::size_t>(zeros[static_cast<std::size_t>(c)])] = std::popcount(odd) % 2;
+  for (int k = 0; k < r; ++k) {
+    flips[static_cast<std::size_t>(zeros[static_cast<std::size_t>(k)])] = flipped.get(0, k);
   }
   return flips;
 }
@@ -123,6 +121,7 @@ bool has_wrong_sign(const PauliFrame& strings, int row, const std::vector<bool>&
 
 /// Takes the strings back to before the circuit.
 void undo(PauliFrame& strings, const std::vector<CliffordGate>& circuit) {
+  if (strings.rows() == 0) return;
   for (const CliffordGate& gate : std::views::reverse(circuit)) strings.apply(gate.inverse());
 }
 

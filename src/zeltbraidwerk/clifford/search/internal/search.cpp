@@ -225,7 +225,7 @@ GateList clifford_list(const PauliFrame& images, const Task& task, const Effort&
 }
 
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                              OnFiveQubits on_five) {
+                                OnFiveQubits on_five) {
   return to_circuit(clifford_list(images, task, effort, on_five), images);
 }
 

@@ -28,7 +28,7 @@ enum class OnFiveQubits : std::uint8_t {
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, with outputs in place 12 MB more, and the table for five qubits 8 MB.
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                              OnFiveQubits on_five = OnFiveQubits::searches);
+                                OnFiveQubits on_five = OnFiveQubits::searches);
 
 /// The same as a list of gates, signs left out.
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,

@@ -263,7 +263,7 @@ class PlacedStateSearch : public SearchByBoth<GateList> {
 }  // namespace
 
 CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
-                                     const Effort& effort) {
+                                       const Effort& effort) {
   PlacedStateSearch search(stabilisers, task, effort);
   run_search(search);
   return state_circuit(search.incumbent().circuit(), stabilisers);

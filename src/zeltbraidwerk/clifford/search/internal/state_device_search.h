@@ -15,6 +15,6 @@ namespace zelt::braidwerk::internal {
 /// beginnings of the circuit. A greedy run on n qubits takes about (n / 64)^4 seconds, a state of a
 /// beam a hundred bytes per qubit; weights on up to 16 qubits one byte per set of them.
 CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
-                                     const Effort& effort);
+                                       const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal
