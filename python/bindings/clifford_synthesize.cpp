@@ -6,7 +6,7 @@
 #include "operations.h"
 #include "synthesize.h"
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
-#include "zeltbraidwerk/graph_state/synthesize.h"
+#include "zeltbraidwerk/graph_state/internal/synthesize.h"
 
 /// \file
 /// Circuits for Clifford operators, stabilizer states and graph states.
@@ -31,8 +31,7 @@ PauliFrame to_frame(const Letters& letters, const std::vector<bool>& minus) {
   return frame;
 }
 
-template <class Result>
-Found to_found(Result result) {
+Found to_found(internal::FoundCliffords result) {
   Operations operations = to_operations(result.gates);
   return {std::move(result), std::move(operations)};
 }
@@ -80,11 +79,11 @@ void bind_clifford_synthesize(nb::module_& m) {
   m.def(
       "_synthesize_graph_state",
       [](const ArrayLike& graph, const CommonOptions& common, std::optional<int> tries) {
-        const BoolMatrix bits = to_bits(graph, "graph").unpack();
+        const BitMatrix bits = to_bits(graph, "graph");
         GraphStateOptions own;
         own.tries = tries;
         return to_found(synthesized(common, own, [&](const GraphStateOptions& options) {
-          return synthesis::synthesize_graph_state(bits, options);
+          return internal::synthesize_graph_state(bits, options);
         }));
       },
       "graph"_a, "options"_a, "tries"_a.none());

@@ -2,6 +2,7 @@
 
 #include <nanobind/nanobind.h>
 #include <nanobind/ndarray.h>
+#include <nanobind/stl/vector.h>
 
 #include <tuple>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "checks.h"
 #include "unlocked.h"
 #include "zeltbraidwerk/foundations/boolean_matrix.h"
+#include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
@@ -90,6 +92,25 @@ struct type_caster<zelt::braidwerk::python::ArrayLike> {
   bool from_python(handle src, uint32_t, cleanup_list*) noexcept {
     value.source = borrow(src);
     return true;
+  }
+};
+
+/// Lists of gates may have millions: Ctrl-C ends the writing of one.
+template <>
+struct type_caster<std::vector<structures::Gate>>
+    : list_caster<std::vector<structures::Gate>, structures::Gate> {
+  template <typename T>
+  static handle from_cpp(T&& gates, rv_policy policy, cleanup_list* cleanup) noexcept {
+    constexpr std::size_t per_look = 1 << 12;
+    object list = steal(PyList_New(static_cast<Py_ssize_t>(gates.size())));
+    if (!list.is_valid()) return {};
+    for (std::size_t k = 0; k < gates.size(); ++k) {
+      if (k % per_look == per_look - 1 && zelt::braidwerk::python::signal_raised()) return {};
+      const handle gate = Caster::from_cpp(forward_like_<T>(gates[k]), policy, cleanup);
+      if (!gate.is_valid()) return {};
+      PyList_SetItem(list.ptr(), static_cast<Py_ssize_t>(k), gate.ptr());
+    }
+    return list.release();
   }
 };
 

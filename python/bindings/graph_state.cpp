@@ -40,7 +40,10 @@ BitMatrix to_adjacency(const ArrayLike& value) {
 void bind_circuits(nb::module_& m) {
   m.def(
       "naive_gs_synthesis",
-      [](const ArrayLike& graph) { return naive_gs_synthesis(to_adjacency(graph).unpack()); },
+      [](const ArrayLike& value) {
+        const BoolMatrix graph = to_adjacency(value).unpack();
+        return unlocked([&] { return naive_gs_synthesis(graph); });
+      },
       "graph"_a, "One CZ an edge and one S a one on the diagonal, then H on every qubit.");
   m.def(
       "graph_state_synthesis",

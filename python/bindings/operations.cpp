@@ -1,9 +1,11 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/turns.h"
 
@@ -17,6 +19,16 @@ int name_index(const std::string& name) {
   return static_cast<int>(found - std::begin(names));
 }
 
+/// One row per gate; `fill(k, row)` writes one.
+template <class Fill>
+Operations filled(std::size_t gates, Fill&& fill) {
+  constexpr std::size_t columns = 5;
+  auto* data = new std::int32_t[gates * columns + 1];
+  const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<std::int32_t*>(p); });
+  for (std::size_t k = 0; k < gates; ++k) fill(k, data + k * columns);
+  return Operations(data, {gates, columns}, owner);
+}
+
 }  // namespace
 
 const char* gate_name(int index) {
@@ -27,12 +39,24 @@ Operations to_operations(const std::vector<structures::Gate>& gates) {
   return to_operations(gates, {});
 }
 
+Operations to_operations(const std::vector<internal::CliffordGate>& gates) {
+  constexpr int cnot = 0, cz = 1, h = 2, x = 3, y = 4, z = 5, rx = 6, rz = 8;
+  // By kind, with the quarter turns.
+  constexpr std::array<std::pair<int, int>, 10> rows{
+      {{cnot, 0}, {cz, 0}, {h, 0}, {rz, 1}, {rz, -1}, {rx, 1}, {rx, -1}, {x, 0}, {y, 0}, {z, 0}}};
+  return filled(gates.size(), [&](std::size_t k, std::int32_t* out) {
+    const internal::CliffordGate& gate = gates[k];
+    const auto [name, turns] = rows[static_cast<std::size_t>(gate.kind)];
+    out[0] = name;
+    out[1] = gate.a;
+    out[2] = gate.b;
+    out[3] = -1;
+    out[4] = turns;
+  });
+}
+
 Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows) {
-  constexpr std::size_t columns = 5;
-  auto* data = new std::int32_t[gates.size() * columns + 1];
-  const nb::capsule owner(data, [](void* p) noexcept { delete[] static_cast<std::int32_t*>(p); });
-  std::int32_t* out = data;
-  for (std::size_t k = 0; k < gates.size(); ++k, out += columns) {
+  return filled(gates.size(), [&](std::size_t k, std::int32_t* out) {
     const structures::Gate& gate = gates[k];
     out[0] = name_index(gate.name);
     out[1] = gate.qbits[0];
@@ -46,8 +70,7 @@ Operations to_operations(const std::vector<structures::Gate>& gates, const std::
       out[4] =
           static_cast<std::int32_t>(std::lround(gate.params[0].value / internal::quarter_turn));
     }
-  }
-  return Operations(data, {gates.size(), columns}, owner);
+  });
 }
 
 std::vector<std::vector<unsigned char>> to_strings(const Letters& letters) {

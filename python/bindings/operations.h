@@ -5,6 +5,7 @@
 
 #include "convert.h"
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 
 /// \file
 /// Circuits on their way to Python, as rows of five integers: the gate's name as an index into
@@ -19,6 +20,7 @@ using Letters = nb::ndarray<const std::uint8_t, nb::ndim<2>, nb::c_contig, nb::d
 const char* gate_name(int index);
 
 Operations to_operations(const std::vector<structures::Gate>& gates);
+Operations to_operations(const std::vector<internal::CliffordGate>& gates);
 /// The same of gates that come with the row of each rotation, -1 for other gates. The angle of a
 /// rotation has its sign alone.
 Operations to_operations(const std::vector<structures::Gate>& gates, const std::vector<int>& rows);

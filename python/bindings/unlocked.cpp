@@ -26,7 +26,21 @@ bool signal_came() {
   return true;
 }
 
+void set_interrupted() {
+  const nb::object kind = nb::module_::import_("zeltbraidwerk.errors").attr("Interrupted");
+  PyErr_SetString(kind.ptr(), "interrupted");
+}
+
 }  // namespace
+
+bool signal_raised() noexcept {
+  if (PyErr_CheckSignals() == 0) return false;
+  if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0) {
+    PyErr_Clear();
+    set_interrupted();
+  }
+  return true;
+}
 
 SignalWatch::SignalWatch()
     : kept_(std::exchange(internal::stop_question, signal_came)),
@@ -44,8 +58,7 @@ void SignalWatch::raise() {
   nb::python_error error = std::move(*raised);
   raised.reset();
   if (!error.matches(PyExc_KeyboardInterrupt)) throw error;
-  const nb::object kind = nb::module_::import_("zeltbraidwerk.errors").attr("Interrupted");
-  PyErr_SetString(kind.ptr(), "interrupted");
+  set_interrupted();
   throw nb::python_error();
 }
 

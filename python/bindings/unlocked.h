@@ -14,6 +14,10 @@
 /// Calls of the library without the interpreter lock, which Ctrl-C ends.
 namespace zelt::braidwerk::python {
 
+/// Whether a signal has raised an exception, which is Python's current one then: Interrupted for
+/// Ctrl-C.
+bool signal_raised() noexcept;
+
 /// While it lives, kernels that run in this thread look for signals of Python, at their Control and
 /// at each stop_point(). Made and destroyed with the interpreter lock.
 class SignalWatch {

@@ -67,7 +67,7 @@ def stopped(call, delay):
         os.kill(os.getpid(), signal.SIGINT)
 
     before = threads()
-    key = threading.Thread(target=press)
+    key = threading.Thread(target=press, daemon=True)  # the call may end before
     key.start()
     try:
         call()

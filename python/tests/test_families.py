@@ -104,3 +104,13 @@ def test_a_result_tells_a_wrong_circuit_and_cannot_be_changed(synthesize):
     with pytest.raises(AttributeError):
         result.circuit = None
     assert np.all(np.array([point.depth for point in result.trace]) > 0)
+
+
+@family
+def test_sizes_without_the_gates_are_those_of_the_gates(synthesize):
+    """The text of a result, as that of an exception, does not wait for millions of gates."""
+    found = synthesize(method="auto", steps=0, seed=1).circuit
+    names = "two_qubit_count", "two_qubit_depth", "one_qubit_count", "gate_count"
+    told = [getattr(found, name) for name in names]
+    written = Circuit(found.n, found.to_circuit().gates)
+    assert told == [getattr(written, name) for name in names]

@@ -45,7 +45,7 @@ def check_stabilizers(stabilizers: Sequence[Signed], name: str) -> None:
     if not stabilizers:
         return
     has_x, has_z = _planes_of(stabilizers)
-    odd = _planes.anticommuting((has_x, has_z), (has_x, has_z))
+    odd = _planes.anticommuting_among((has_x, has_z))
     if odd.any():
         i, j = np.argwhere(odd)[0]
         raise errors.PauliError(
@@ -185,7 +185,7 @@ def _check_logicals(operators: Sequence[Signed], code: Code) -> None:
         )
     k = code.k
     pairs = np.eye(2 * k, k=k, dtype=bool) | np.eye(2 * k, k=-k, dtype=bool)
-    wrong = np.argwhere(_planes.anticommuting(planes, planes) != pairs)
+    wrong = np.argwhere(_planes.anticommuting_among(planes) != pairs)
     if len(wrong):
         i, j = wrong[0]
         first, second = (f"{'XZ'[r // k]} on logical qubit {r % k}" for r in (i, j))

@@ -24,9 +24,14 @@ def circuit_of(
     qubits: Sequence[int] | None = None,
 ) -> Circuit:
     """Wire k of the rows is qubit ``qubits[k]`` of ``n``. Gates are written when they are first
-    asked for: a call is over, or ends after Ctrl-C, before that."""
+    asked for: a call is over, or ends after Ctrl-C, before that; its text needs their sizes."""
+
+    def sizes() -> tuple[int, npt.NDArray[np.int32]]:
+        pairs = operations[operations[:, 2] >= 0, 1:3]
+        return len(operations) - len(pairs), pairs
+
     return Circuit._later(
-        n, lambda: _gates(operations, angles, range(n) if qubits is None else qubits)
+        n, lambda: _gates(operations, angles, range(n) if qubits is None else qubits), sizes
     )
 
 

@@ -96,6 +96,8 @@ def _parity(key: Any) -> tuple[int, int | None]:
     """The bits as an int, and how many there are where the key tells."""
     if isinstance(key, (int, np.integer)) and not isinstance(key, (bool, np.bool_)):
         return _validate.integer(key, "polynomial", 0), None
+    if isinstance(key, str) and not key.strip("01"):
+        return int(key[::-1] or "0", 2), len(key)
     wanted = "a tuple or string of bits 0 and 1, or an int"
     if not isinstance(key, (Sequence, np.ndarray)) or isinstance(key, np.ma.MaskedArray):
         raise errors.ParityError(

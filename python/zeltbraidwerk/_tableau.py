@@ -241,11 +241,13 @@ def check_images(images: Sequence[Image], name: str) -> None:
     n = len(images) // 2
     text = "".join(letters for _, letters in images).encode()
     letters = np.frombuffer(text, dtype=np.uint8).reshape(2 * n, n)
-    planes = np.isin(letters, tuple(b"XY")), np.isin(letters, tuple(b"YZ"))
-    odd = _planes.anticommuting(planes, planes)
-    wrong = np.argwhere(np.tril(odd ^ np.eye(2 * n, k=-n, dtype=np.bool_), -1))
-    if len(wrong):
-        r, s = map(int, wrong[0])
+    x, y, z = (letters == code for code in b"XYZ")
+    odd = _planes.anticommuting_among((x | y, y | z))
+    wrong = odd.copy()
+    wrong[range(n, 2 * n), range(n)] ^= True
+    wrong[range(n), range(n, 2 * n)] ^= True
+    if wrong.any():
+        r, s = map(int, np.argwhere(np.tril(wrong))[0])
         first, second = _name(s, n), _name(r, n)
         raise errors.NotCliffordError(
             f"{name}: got images of {first} and {second} that "

@@ -294,7 +294,7 @@ def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
         raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a string of letters")
     letters = value.lstrip("+-")
     sign = value[: len(value) - len(letters)]
-    if len(sign) > 1 or all(set(letters) - set(case) for case in ("IXYZ_", "ixyz_")):
+    if len(sign) > 1 or all(letters.strip(case) for case in ("IXYZ_", "ixyz_")):
         raise errors.PauliError(
             f"{name}: got {shown(value)}, wanted letters I, X, Y, Z after one sign"
         )

@@ -37,6 +37,7 @@ from zeltbraidwerk.instructions import (
     Operation,
     Register,
     Reset,
+    are_elementary,
     bits_of,
     bound,
     elementary,
@@ -264,13 +265,28 @@ class Circuit(CircuitBase):
         return circuit
 
     @classmethod
-    def _later(cls, n: int, make: Callable[[], tuple[Gate, ...]]) -> Circuit:
-        """Of gates that are made when they are first asked for; known to be valid."""
+    def _later(
+        cls,
+        n: int,
+        make: Callable[[], tuple[Gate, ...]],
+        sizes: Callable[[], tuple[int, npt.NDArray[np.int32]]] | None = None,
+    ) -> Circuit:
+        """Of gates that are made when they are first asked for; known to be valid. ``sizes`` tells
+        without them how many are on one qubit, and the pairs of those on two."""
         circuit = cls.__new__(cls)
         circuit._n, circuit._make, circuit._classical, circuit._names = n, make, (), None
+        circuit._told = sizes
         return circuit
 
     _make: Callable[[], tuple[Gate, ...]]
+    _told: Callable[[], tuple[int, npt.NDArray[np.int32]]] | None = None
+
+    @cached_property
+    def _sizes(self) -> Counter[int]:
+        if self._told is None:
+            return Counter(len(qubits) for _, qubits, _ in self._operations())
+        single, pairs = self._told()
+        return Counter({1: single, 2: len(pairs)})
 
     @cached_property
     def _items(self) -> tuple[Operation, ...]:
@@ -341,6 +357,8 @@ class Circuit(CircuitBase):
     @cached_property
     def two_qubit_depth(self) -> int:
         """The depth when gates on one qubit take no time."""
+        if self._told is not None:
+            return _core.CnotCircuit(self._n, self._told()[1]).depth()
         return self._depth(2)
 
     def _depth(self, least: int) -> int:
@@ -471,6 +489,8 @@ class Circuit(CircuitBase):
         """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
         phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
         take them so."""
+        if are_elementary(self._items):
+            return self
         if COMPOSED.keys().isdisjoint([name for name, _, _ in self._operations()]):
             return self
         return self._with(elementary(self._items))

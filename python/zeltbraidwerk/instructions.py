@@ -246,6 +246,8 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
     """The gates, as those of the library, barriers left out; any other operation is refused by its
     name and place."""
     listed = list(operations)
+    if are_elementary(listed):
+        return [item for item in listed if isinstance(item, Gate)]
     for place, operation in enumerate(listed):
         if isinstance(operation, (Gate, Barrier)):
             continue
@@ -261,6 +263,13 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
             + ("; Circuit.split_ending takes it off" if ending else "")
         )
     return [item for item in elementary(listed) if isinstance(item, Gate)]
+
+
+def are_elementary(operations: Sequence[Any]) -> bool:
+    """Whether all are gates of the library: a quick look, as circuits may have millions."""
+    return set(map(type, operations)) <= {Gate} and COMPOSED.keys().isdisjoint(
+        [gate._name for gate in operations]
+    )
 
 
 def elementary(operations: Sequence[Operation]) -> Sequence[Operation]:

@@ -44,8 +44,8 @@ int fewest(const Circuit& circuit, Outputs outputs) {
   FiveWireSearch search(OperatorRows(images_of(circuit)), outputs, draws, meter);
   const auto found = search.run();
   if (!found || found->count() != search.least()) return -1;
-  const PlacedCircuit made = to_circuit(*found, images_of(circuit));
-  if (!implements(made.gates, made.wires, tableau_of(circuit, 5))) return -2;
+  const CliffordCircuit made = to_circuit(*found, images_of(circuit));
+  if (!implements(to_gates(made.gates), made.wires, tableau_of(circuit, 5))) return -2;
   if (outputs == Outputs::in_place && !std::ranges::is_sorted(made.wires)) return -3;
   return search.least();
 }
@@ -172,9 +172,9 @@ TEST(FiveWires, are_searched_to_a_proven_end) {
       const auto run = [&](std::uint64_t most) {
         Effort effort = steps(most);
         effort.on_bound = [&](const LowerBound& proven) { bound = proven.count; };
-        const PlacedCircuit found = search_clifford(images, {.outputs = outputs, .seed = 3}, effort,
-                                                    OnFiveQubits::finds_fewest);
-        EXPECT_TRUE(implements(found.gates, found.wires, tableau_of(wanted, 5)));
+        const CliffordCircuit found = search_clifford(images, {.outputs = outputs, .seed = 3},
+                                                      effort, OnFiveQubits::finds_fewest);
+        EXPECT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, 5)));
         return found.size;
       };
       const CircuitSize none = run(0);

@@ -193,8 +193,9 @@ TEST(CliffordSearch, brings_operators_down_from_either_side) {
       const auto found = BeamSearch(problem, {}, draws, meter).run(start);
       ASSERT_EQ(found.size(), 1U);
       const GateList list = problem.circuit(found[0].state, found[0].moves, side);
-      const PlacedCircuit made = to_circuit(list, images);
-      ASSERT_TRUE(implements(made.gates, made.wires, tableau_of(wanted, n))) << n << ' ' << side;
+      const CliffordCircuit made = to_circuit(list, images);
+      ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n)))
+          << n << ' ' << side;
       EXPECT_LE(list.count(), n * (n + 4) * 29 / 100);
     }
   }
@@ -208,8 +209,8 @@ TEST(CliffordSearch, finds_layered_forms) {
       const Circuit wanted = random_clifford(n, n * n, rng);
       const PauliFrame images = images_of(wanted, n);
       const GateList list = layered_list(OperatorRows(images), outputs, draws, steps(1));
-      const PlacedCircuit found = to_circuit(list, images);
-      ASSERT_TRUE(implements(found.gates, found.wires, tableau_of(wanted, n))) << n;
+      const CliffordCircuit found = to_circuit(list, images);
+      ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
       EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
       EXPECT_LE(depth_of(list.gates, n), 2 * n + 30);
     }

@@ -68,17 +68,17 @@ std::vector<SignedString> random_state(int n, int gates, std::mt19937& rng) {
   return strings;
 }
 
-PlacedCircuit searched(const std::vector<SignedString>& strings, std::uint64_t count) {
+CliffordCircuit searched(const std::vector<SignedString>& strings, std::uint64_t count) {
   return search_state(frame_of(strings, static_cast<int>(strings.size())), {}, steps(count));
 }
 
 /// Qubits are counted from the left, signs of stabilisers are those of the state.
 TEST(StateSearch, turns_zeros_into_the_state_itself) {
   const std::vector<SignedString> strings{{true, "XZI"}, {false, "ZYZ"}, {true, "IZY"}};
-  const PlacedCircuit found = searched(strings, 100);
+  const CliffordCircuit found = searched(strings, 100);
   ASSERT_TRUE(stabilise_a_state(frame_of(strings, 3)));
   EXPECT_EQ(found.size.count, 2);
-  const Dense circuit = unitary(found.gates, 3);
+  const Dense circuit = unitary(to_gates(found.gates), 3);
   for (const auto& [negative, letters] : strings) {
     const Dense moved = pauli(letters) * circuit;
     for (std::size_t row = 0; row < 8; ++row) {
@@ -309,7 +309,7 @@ TEST(StatesOnADevice, AreMadeByTheFewestGatesOnFewQubits) {
       } while (std::ranges::next_permutation(wires).found);
       for (const Outputs outputs : {Outputs::in_place, Outputs::anywhere}) {
         const Task task{.outputs = outputs, .device = &device, .seed = 1};
-        const PlacedCircuit found = search_state(frame_of(strings, n), task, steps(3000));
+        const CliffordCircuit found = search_state(frame_of(strings, n), task, steps(3000));
         EXPECT_EQ(found.size.count, outputs == Outputs::in_place ? in_place : anywhere);
       }
     }
@@ -325,16 +325,16 @@ TEST(StatesOnADevice, AreMadeOnEdgesAlone) {
     const auto strings = random_state(n, 2 * n, rng);
     for (const Outputs outputs : {Outputs::in_place, Outputs::anywhere}) {
       const Task task{.outputs = outputs, .device = &tree, .seed = 1};
-      const PlacedCircuit found = search_state(frame_of(strings, n), task, steps(300));
+      const CliffordCircuit found = search_state(frame_of(strings, n), task, steps(300));
       std::vector<SignedString> placed = strings;
       for (std::size_t k = 0; k < placed.size(); ++k) {
         for (int q = 0; q < n; ++q) {
           placed[k].second[at(found.wires[at(q)])] = strings[k].second[at(q)];
         }
       }
-      EXPECT_TRUE(prepares(found.gates, placed)) << n;
-      EXPECT_TRUE(std::ranges::all_of(found.gates, [&](const structures::Gate& gate) {
-        return gate.qbits.size() == 1 || tree.joined(gate.qbits[0], gate.qbits[1]);
+      EXPECT_TRUE(prepares(to_gates(found.gates), placed)) << n;
+      EXPECT_TRUE(std::ranges::all_of(found.gates, [&](const CliffordGate& gate) {
+        return !gate.is_pair() || tree.joined(gate.a, gate.b);
       }));
       if (outputs == Outputs::in_place) {
         EXPECT_TRUE(std::ranges::is_sorted(found.wires));

@@ -58,6 +58,16 @@ TEST(BitMatrix, RowsAtAnyPlaceOfABitVector) {
   }
 }
 
+TEST(BitMatrix, SolvesEquations) {
+  support::Rng rng(4);
+  for (const int n : {0, 1, 2, 63, 64, 65, 130}) {
+    const BoolMatrix m = support::random_invertible(n, rng);
+    const BoolMatrix x = support::random_matrix(n, 1, rng);
+    const BitMatrix b = product(BitMatrix::pack(m, n, n), BitMatrix::pack(x, n, 1));
+    EXPECT_EQ(solution(BitMatrix::pack(m, n, n), b).transposed(), BitMatrix::pack(x, n, 1)) << n;
+  }
+}
+
 TEST(BitMatrix, AgreesWithBitLoops) {
   support::Rng rng(23);
   for (const int rows : sizes) {

@@ -89,6 +89,25 @@ TEST(PauliFrame, TakesTheGatesThatTheTableauTakes) {
   EXPECT_THROW(PauliFrame::pack({{0, 4}}, 2), std::out_of_range);
 }
 
+TEST(PauliFrame, TakesCliffordGatesAsTheGatesThatTheyAreWrittenAs) {
+  Rng rng(8);
+  const PauliFrame before = random_frame(2, 100, rng);
+  for (int kind = 0; kind <= static_cast<int>(CliffordGate::Kind::z); ++kind) {
+    const bool pair = kind < 2;
+    const CliffordGate gate{static_cast<CliffordGate::Kind>(kind), 1, pair ? 0 : -1};
+    PauliFrame after = before;
+    after.apply(gate);
+    PauliFrame wanted = before;
+    wanted.apply(to_gate(gate));
+    PauliFrame back = after;
+    for (const CliffordGate& undoing : inverted({gate})) back.apply(undoing);
+    for (int r = 0; r < before.rows(); ++r) {
+      ASSERT_EQ(signed_text(after, r), signed_text(wanted, r)) << kind;
+      ASSERT_EQ(signed_text(back, r), signed_text(before, r)) << kind;
+    }
+  }
+}
+
 TEST(PauliFrame, CountsLettersAndWeights) {
   Rng rng(3);
   for (int round = 0; round < 60; ++round) {

@@ -66,7 +66,7 @@ Run run_map(const BitMatrix& m) {
 Run run_operator(const PauliFrame& images) {
   return [images](const Task& task, const Effort& effort) {
     const auto found = search_clifford(images, task, effort);
-    return Outcome{found.size, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(to_gates(found.gates))};
   };
 }
 
@@ -76,7 +76,7 @@ Run run_state(const PauliFrame& images) {
   std::iota(z.begin(), z.end(), images.rows() / 2);
   return [stabilisers = images.select(z)](const Task& task, const Effort& effort) {
     const auto found = search_state(stabilisers, task, effort);
-    return Outcome{found.size, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(to_gates(found.gates))};
   };
 }
 
@@ -90,7 +90,7 @@ Run run_encoder(const PauliFrame& images, int k, bool any_logicals) {
   const Code code{images.select(zeros), images.select(logicals)};
   return [code](const Task& task, const Effort& effort) {
     const auto found = search_encoder(code, task, effort);
-    return Outcome{found.size, Digest().add(found.gates)};
+    return Outcome{found.size, Digest().add(to_gates(found.gates))};
   };
 }
 

@@ -8,5 +8,5 @@ using structures::OperatorTableau;
 std::vector<structures::Gate> synthesis::clifford_circuit(const OperatorTableau& tableau) {
   zi::Elimination undone = zi::eliminate_clifford(zi::images_under(tableau), true);
   undone.close();
-  return zi::inverted(undone.gates);
+  return zi::to_gates(zi::inverted(undone.gates));
 }

@@ -17,8 +17,7 @@ constexpr double bytes_of_run = 150;  // over the square of the qubits
 
 }  // namespace
 
-synthesis::EncoderResult synthesize_encoder(const Code& code,
-                                            const synthesis::EncoderOptions& options) {
+FoundCliffords synthesize_encoder(const Code& code, const synthesis::EncoderOptions& options) {
   check_effort(options);
   refuse_any_start(options);
   check_method(options.method, synthesis::state_methods(), false);
@@ -49,8 +48,8 @@ synthesis::EncoderResult synthesize_encoder(const Code& code,
       .method = "search", .runs = runs_of_search(options), .make = make, .proves = true};
   BestRun best = best_of_runs({lane}, options, control);
   auto& found = best.as<EncoderCircuit>();
-  synthesis::EncoderResult result{std::move(best.result), std::move(found.gates),
-                                  std::move(found.logical_wires)};
+  FoundCliffords result{std::move(best.result), std::move(found.gates),
+                        std::move(found.logical_wires)};
   result.permutation = std::move(found.wires);
   return result;
 }
@@ -88,10 +87,11 @@ EncoderResult synthesize_encoder(const std::vector<std::vector<unsigned char>>& 
                                  const EncoderOptions& options) {
   using zelt::braidwerk::internal::packed;
   const std::size_t n = stabilisers.empty() ? 0 : stabilisers[0].size();
-  return zelt::braidwerk::internal::synthesize_encoder(
-      {packed("stabilisers", stabilisers, minus, n),
-       packed("logicals", logicals, logicals_minus, n)},
-      options);
+  return zelt::braidwerk::internal::unpacked<EncoderResult>(
+      zelt::braidwerk::internal::synthesize_encoder(
+          {packed("stabilisers", stabilisers, minus, n),
+           packed("logicals", logicals, logicals_minus, n)},
+          options));
 }
 
 }  // namespace synthesis

@@ -27,7 +27,7 @@ using synthesis::SynthesisOptions;
 
 namespace {
 
-std::optional<MadeCircuit> sized(PlacedCircuit found) {
+std::optional<MadeCircuit> sized(CliffordCircuit found) {
   const CircuitSize size = found.size;
   return made_circuit(size, std::move(found));
 }
@@ -88,7 +88,7 @@ constexpr double least_budget = 1;  // seconds that leave time for a look into a
 constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
 
 /// What is made where the search has nothing yet.
-PlacedCircuit plainly(const PauliFrame& images) {
+CliffordCircuit plainly(const PauliFrame& images) {
   if (images.qubits() <= most_for_greedy) {
     return to_circuit(eliminated_list(images, Outputs::in_place), images);
   }
@@ -112,8 +112,8 @@ std::optional<std::uint64_t> steps_for_state(int n, const SynthesisOptions& opti
   return usual_state_steps(n, options.device != nullptr);
 }
 
-synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
-                                              const synthesis::CliffordOptions& options) {
+FoundCliffords synthesize_clifford(const PauliFrame& images,
+                                   const synthesis::CliffordOptions& options) {
   check_operator_options(options);
   check_wires("images", images.qubits());
   check_search_memory("images", images.qubits(), options, bytes_of_operator_run);
@@ -161,15 +161,15 @@ synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
                    .runs = 1,
                    .make =
                        [&](int) {
-                         PlacedCircuit found = plainly(images);
+                         CliffordCircuit found = plainly(images);
                          if (device) found.gates = along_edges(found.gates, *device);
                          found.size = size_of(found.gates, n);
                          return sized(std::move(found));
                        },
                    .draws = false};
   BestRun best = best_of_runs(lanes, options, control, plain);
-  auto& found = best.as<PlacedCircuit>();
-  synthesis::CliffordResult result{std::move(best.result), std::move(found.gates)};
+  auto& found = best.as<CliffordCircuit>();
+  FoundCliffords result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
   if (options.method == "elimination" && n <= most_cut_wires) {
     prove(result, bound_of_operator(OperatorRows(images), options.outputs, nullptr));
@@ -234,8 +234,8 @@ void prove_by_table(synthesis::SynthesisResult& result, const PauliFrame& stabil
   }
 }
 
-synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
-                                        const synthesis::StateOptions& options) {
+FoundCliffords synthesize_state(const PauliFrame& stabilisers,
+                                const synthesis::StateOptions& options) {
   check_effort(options);
   const bool on_device = options.device != nullptr;
   check_method(options.method, synthesis::state_methods(on_device), on_device);
@@ -250,8 +250,8 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
   RunControl control(options.budget);
   BestRun best =
       best_of_runs({state_search_lane(stabilisers, options, device, control)}, options, control);
-  auto& found = best.as<PlacedCircuit>();
-  synthesis::StateResult result{std::move(best.result), std::move(found.gates)};
+  auto& found = best.as<CliffordCircuit>();
+  FoundCliffords result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
   prove_by_table(result, stabilisers, options);
   return result;
@@ -262,6 +262,7 @@ synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
 namespace synthesis {
 
 using zelt::braidwerk::internal::PauliFrame;
+using zelt::braidwerk::internal::unpacked;
 
 std::vector<std::string> clifford_methods(bool on_device) {
   if (on_device) return {"auto", "search"};
@@ -270,8 +271,8 @@ std::vector<std::string> clifford_methods(bool on_device) {
 
 CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
                                    const CliffordOptions& options) {
-  return zelt::braidwerk::internal::synthesize_clifford(
-      zelt::braidwerk::internal::images_under(tableau), options);
+  return unpacked<CliffordResult>(zelt::braidwerk::internal::synthesize_clifford(
+      zelt::braidwerk::internal::images_under(tableau), options));
 }
 
 std::vector<std::string> state_methods(bool /*on_device*/) {
@@ -283,7 +284,8 @@ StateResult synthesize_state(const structures::OperatorTableau& tableau,
   std::vector<int> images_of_z(static_cast<std::size_t>(tableau.nbqbits));
   std::iota(images_of_z.begin(), images_of_z.end(), tableau.nbqbits);
   const PauliFrame images = zelt::braidwerk::internal::images_under(tableau);
-  return zelt::braidwerk::internal::synthesize_state(images.select(images_of_z), options);
+  return unpacked<StateResult>(
+      zelt::braidwerk::internal::synthesize_state(images.select(images_of_z), options));
 }
 
 StateResult synthesize_state(const std::vector<std::vector<unsigned char>>& stabilisers,
@@ -298,7 +300,7 @@ StateResult synthesize_state(const std::vector<std::vector<unsigned char>>& stab
   }
   PauliFrame frame = PauliFrame::pack(stabilisers, static_cast<int>(n));
   for (int r = 0; r < frame.rows(); ++r) frame.set_negative(r, minus[static_cast<std::size_t>(r)]);
-  return zelt::braidwerk::internal::synthesize_state(frame, options);
+  return unpacked<StateResult>(zelt::braidwerk::internal::synthesize_state(frame, options));
 }
 
 }  // namespace synthesis

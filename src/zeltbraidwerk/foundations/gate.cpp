@@ -1,11 +1,20 @@
 #include "zeltbraidwerk/foundations/gate.h"
 
+#include <initializer_list>
 #include <sstream>
 
 namespace structures {
 namespace {
 
 constexpr double quarter_turn = 1.5707963267948966;
+
+/// In half the time of a constructor, which copies its arguments.
+Gate made(const char* name, std::initializer_list<int> qubits) {
+  Gate gate;
+  gate.name = name;
+  gate.qbits = qubits;
+  return gate;
+}
 
 }  // namespace
 
@@ -20,23 +29,28 @@ Gate::Gate(const std::string& gate_name, const std::vector<int>& qubits,
     : name(gate_name), qbits(qubits), diag(diagonal), params(parameters) {}
 
 Gate Gate::CNOT(int control, int target) {
-  return Gate("CNOT", {control, target});
+  return made("CNOT", {control, target});
 }
 
 Gate Gate::CZ(int a, int b) {
-  return Gate("CSIGN", {a, b});
+  return made("CSIGN", {a, b});
 }
 
 Gate Gate::H(int q) {
-  return Gate("H", {q});
+  return made("H", {q});
 }
 
 Gate Gate::RXP(int q) {
-  return Gate("RX", {q}, {Parameter(quarter_turn)}, false);
+  Gate gate = made("RX", {q});
+  gate.params.emplace_back(quarter_turn);
+  return gate;
 }
 
 Gate Gate::S(int q) {
-  return Gate("RZ", {q}, {Parameter(quarter_turn)}, true);
+  Gate gate = made("RZ", {q});
+  gate.params.emplace_back(quarter_turn);
+  gate.diag = true;
+  return gate;
 }
 
 std::string Gate::to_string() const {

@@ -26,6 +26,7 @@ std::vector<Gate> naive_gs_synthesis(const BoolMatrix& graph) {
   const int n = static_cast<int>(graph.size());
   std::vector<Gate> circuit;
   for (int i = 0; i < n; ++i) {
+    zelt::braidwerk::internal::question_point();
     const BoolRow& row = graph[static_cast<std::size_t>(i)];
     if (row[static_cast<std::size_t>(i)]) circuit.push_back(Gate::S(i));
     for (int j = i + 1; j < n; ++j) {

@@ -11,18 +11,19 @@
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/draw.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
-#include "zeltbraidwerk/graph_state/graph_state.h"
 #include "zeltbraidwerk/graph_state/internal/synthesis.h"
+#include "zeltbraidwerk/graph_state/internal/synthesize.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/placed_circuit.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 #include "zeltbraidwerk/search/internal/window.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
 
-namespace synthesis {
+namespace zelt::braidwerk::internal {
 
-using namespace zelt::braidwerk::internal;
-using structures::Gate;
+using synthesis::graph_state_methods;
+using synthesis::GraphStateOptions;
+using Kind = CliffordGate::Kind;
 
 namespace {
 
@@ -43,31 +44,32 @@ PauliFrame stabilisers_of(const BitMatrix& graph) {
 }
 
 /// A circuit that prepares a graph state, from the gates that take the graph apart: these backward,
-/// after H on every qubit. They leave signs at random. A Z on a qubit turns the sign of its
-/// stabiliser.
-std::vector<Gate> preparation(const BitMatrix& graph, const std::vector<Gate>& apart) {
-  PauliFrame stabilisers = stabilisers_of(graph);
-  for (const Gate& gate : apart) {
-    stop_point();
-    stabilisers.apply(gate);
-  }
-  std::vector<Gate> gates;
-  for (int q = 0; q < graph.rows(); ++q) gates.push_back(Gate::H(q));
-  for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) {
-    gates.push_back(*gate);
-    for (auto& angle : gates.back().params) angle = angle.flip_sign();
-  }
-  for (int q = 0; q < graph.rows(); ++q) {
-    if (stabilisers.is_negative(q)) gates.emplace_back("Z", std::vector{q});
+/// after H on every qubit, and a Z on each qubit whose stabiliser they leave negative.
+template <class IsNegative>
+std::vector<CliffordGate> preparation(int n, const std::vector<CliffordGate>& apart,
+                                      IsNegative&& is_negative) {
+  std::vector<CliffordGate> gates;
+  gates.reserve(apart.size() + 2 * static_cast<std::size_t>(n));
+  for (int q = 0; q < n; ++q) gates.push_back({Kind::h, q});
+  for (auto gate = apart.rbegin(); gate != apart.rend(); ++gate) gates.push_back(gate->inverse());
+  for (int q = 0; q < n; ++q) {
+    if (is_negative(q)) gates.push_back({Kind::z, q});
   }
   return gates;
 }
 
-/// One CZ per edge, and an S per loop.
-std::vector<Gate> apart_by_edges(const BitMatrix& graph) {
-  std::vector<Gate> gates = naive_gs_synthesis(graph.unpack());
-  gates.resize(gates.size() - static_cast<std::size_t>(graph.rows()));  // without the H at the end
-  return gates;
+/// One CZ per edge, and an S per loop, which turns Y into -X.
+std::vector<CliffordGate> prepared_by_edges(const BitMatrix& graph) {
+  const int n = graph.rows();
+  std::vector<CliffordGate> apart;
+  for (int i = 0; i < n; ++i) {
+    stop_point();
+    if (graph.get(i, i)) apart.push_back({Kind::s, i});
+    for_each_bit(graph.row(i), graph.stride(), [&](int j) {
+      if (j > i) apart.push_back({Kind::cz, i, j});
+    });
+  }
+  return preparation(n, apart, [&](int q) { return graph.get(q, q); });
 }
 
 BitMatrix renumbered(const BitMatrix& graph, const std::vector<int>& order) {
@@ -82,21 +84,27 @@ BitMatrix renumbered(const BitMatrix& graph, const std::vector<int>& order) {
 }
 
 /// Run 0 takes the qubits in their order, later ones in one that they draw.
-std::vector<Gate> apart_by_decoding(const BitMatrix& graph, int tries, std::uint64_t seed, int run,
-                                    const Control& control) {
+std::vector<CliffordGate> prepared_by_decoding(const BitMatrix& graph, int tries,
+                                               std::uint64_t seed, int run,
+                                               const Control& control) {
   SeededDraw engine(seed, static_cast<std::uint32_t>(run));
   const Draw draw = std::ref(engine);
   std::vector<int> order = shuffled(graph.rows(), draw);
   if (run == 0) std::ranges::sort(order);
   TripleCircuit circuit;
   synthesise_graph_state(renumbered(graph, order), circuit, tries, draw, control);
-  std::vector<Gate> gates;
+  std::vector<CliffordGate> gates;
+  PauliFrame stabilisers = stabilisers_of(graph);
   for (const auto& [code, first, second] : circuit) {
     const int a = order[static_cast<std::size_t>(first)];
     const int b = order[static_cast<std::size_t>(second)];
-    gates.push_back(code == 0 ? Gate::S(a) : code == 1 ? Gate::CZ(a, b) : Gate::CNOT(a, b));
+    gates.push_back(code == 0   ? CliffordGate{Kind::s, a}
+                    : code == 1 ? CliffordGate{Kind::cz, a, b}
+                                : CliffordGate::cnot(a, b));
+    stop_point();
+    stabilisers.apply(gates.back());
   }
-  return gates;
+  return preparation(graph.rows(), gates, [&](int q) { return stabilisers.is_negative(q); });
 }
 
 LowerBound bound_of_graph(const BitMatrix& graph, const PauliFrame& stabilisers) {
@@ -108,22 +116,17 @@ LowerBound bound_of_graph(const BitMatrix& graph, const PauliFrame& stabilisers)
 }
 
 /// As the search for states makes them: qubits in place.
-std::optional<MadeCircuit> sized(std::vector<Gate> gates, int n) {
+std::optional<MadeCircuit> sized(std::vector<CliffordGate> gates, int n) {
   const CircuitSize size = size_of(gates, n);
-  return made_circuit(size, PlacedCircuit{std::move(gates), in_order(n), size});
+  return made_circuit(size, CliffordCircuit{std::move(gates), in_order(n), size});
 }
 
 constexpr double bytes_of_run = 100;  // over the square of the qubits
 
-BitMatrix checked(const BoolMatrix& graph) {
-  const auto n = static_cast<int>(graph.size());
-  const bool square = std::ranges::all_of(
-      graph, [&](const BoolRow& row) { return static_cast<int>(row.size()) == n; });
-  const BitMatrix bits = square ? BitMatrix::pack(graph, n, n) : BitMatrix(0, 1);
-  if (!square || bits != bits.transposed()) {
+void check_symmetric(const BitMatrix& graph) {
+  if (graph != graph.transposed()) {
     throw std::invalid_argument("graph: got a matrix that is not symmetric, wanted one that is");
   }
-  return bits;
 }
 
 void check_options(const GraphStateOptions& options) {
@@ -144,13 +147,8 @@ void check_options(const GraphStateOptions& options) {
 
 }  // namespace
 
-std::vector<std::string> graph_state_methods(bool on_device) {
-  if (on_device) return {"auto", "search"};
-  return {"auto", "naive", "decoding", "search"};
-}
-
-GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStateOptions& options) {
-  const BitMatrix bits = checked(graph);
+FoundCliffords synthesize_graph_state(const BitMatrix& bits, const GraphStateOptions& options) {
+  check_symmetric(bits);
   check_options(options);
   const int n = bits.rows();
   if (options.method == "search" || options.device != nullptr) check_wires("graph", n);
@@ -160,7 +158,7 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   const PauliFrame stabilisers = stabilisers_of(bits);
   Lane naive{.method = "naive",
              .runs = 1,
-             .make = [&](int) { return sized(preparation(bits, apart_by_edges(bits)), n); },
+             .make = [&](int) { return sized(prepared_by_edges(bits), n); },
              .draws = false,
              .brief = true};
   std::vector<Lane> lanes;
@@ -171,9 +169,9 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
                      .runs = usual ? default_runs : options.restarts,
                      .make = [&](int run) {
                        const int tries = options.tries.value_or(default_tries);
-                       return sized(preparation(bits, apart_by_decoding(bits, tries, options.seed,
-                                                                        run, control.control(n))),
-                                    n);
+                       return sized(
+                           prepared_by_decoding(bits, tries, options.seed, run, control.control(n)),
+                           n);
                      }});
   }
   if ((options.method == "auto" && n <= most_wires) || options.method == "search") {
@@ -182,8 +180,8 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
   naive.for_stops = true;
   BestRun best =
       best_of_runs(lanes, options, control, device ? std::nullopt : std::optional(naive));
-  auto& found = best.as<PlacedCircuit>();
-  GraphStateResult result{std::move(best.result), std::move(found.gates)};
+  auto& found = best.as<CliffordCircuit>();
+  FoundCliffords result{std::move(best.result), std::move(found.gates)};
   result.permutation = std::move(found.wires);
   if (options.method == "naive" || options.method == "decoding") {
     prove(result, bound_of_graph(bits, stabilisers));
@@ -191,6 +189,25 @@ GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStat
     prove_by_table(result, stabilisers, options);
   }
   return result;
+}
+
+}  // namespace zelt::braidwerk::internal
+
+namespace synthesis {
+
+std::vector<std::string> graph_state_methods(bool on_device) {
+  if (on_device) return {"auto", "search"};
+  return {"auto", "naive", "decoding", "search"};
+}
+
+GraphStateResult synthesize_graph_state(const BoolMatrix& graph, const GraphStateOptions& options) {
+  const auto n = static_cast<int>(graph.size());
+  const bool square = std::ranges::all_of(
+      graph, [&](const BoolRow& row) { return static_cast<int>(row.size()) == n; });
+  using zelt::braidwerk::internal::BitMatrix;
+  const BitMatrix bits = square ? BitMatrix::pack(graph, n, n) : BitMatrix(0, 1);
+  return zelt::braidwerk::internal::unpacked<GraphStateResult>(
+      zelt::braidwerk::internal::synthesize_graph_state(bits, options));
 }
 
 }  // namespace synthesis

@@ -10,10 +10,10 @@
 #include "zeltbraidwerk/foundations/internal/turns.h"
 #include "zeltbraidwerk/foundations/weyl.h"
 
-using structures::Gate;
-
 namespace zelt::braidwerk::internal {
 namespace {
+
+using Kind = CliffordGate::Kind;
 
 /// The wires on which one qubit's two images have letters, by what the letters are.
 struct Split {
@@ -152,20 +152,20 @@ class Eliminator {
     return best;
   }
 
-  void apply(const Gate& gate) {
+  void apply(const CliffordGate& gate) {
     frame_.apply(gate);
     found_.gates.push_back(gate);
   }
-  void h(int wire) { apply(Gate::H(wire)); }
-  void cnot(int control, int target) { apply(Gate::CNOT(control, target)); }
+  void h(int wire) { apply({Kind::h, wire}); }
+  void cnot(int control, int target) { apply(CliffordGate::cnot(control, target)); }
 
   void to_x(int wire, unsigned char letter) {
-    if (letter == 2) apply(Gate::S(wire));
+    if (letter == 2) apply({Kind::s, wire});
     if (letter == 3) h(wire);
   }
   void to_z(int wire, unsigned char letter) {
     if (letter == 1) h(wire);
-    if (letter == 2) apply(Gate::RXP(wire));
+    if (letter == 2) apply({Kind::rx_plus, wire});
   }
 
   /// Leaves the images of q with one letter, on the wire returned.
@@ -199,8 +199,8 @@ class Eliminator {
     }
     for (const int other : wires.only_x) cnot(wire, other);
     for (const int other : wires.only_z) cnot(other, wire);
-    if (frame_.is_negative(q)) apply(Gate("Z", {wire}));
-    if (frame_.is_negative(frame_.qubits() + q)) apply(Gate("X", {wire}));
+    if (frame_.is_negative(q)) apply({Kind::z, wire});
+    if (frame_.is_negative(frame_.qubits() + q)) apply({Kind::x, wire});
     return wire;
   }
 
@@ -245,7 +245,7 @@ void Elimination::close() {
     int& wire = wires[static_cast<std::size_t>(q)];
     if (wire == q) continue;
     for (const auto& [a, b] : {std::pair{q, wire}, {wire, q}, {q, wire}}) {
-      gates.push_back(Gate::CNOT(a, b));
+      gates.push_back(CliffordGate::cnot(a, b));
     }
     *std::ranges::find(wires, q) = wire;
     wire = q;
@@ -262,9 +262,9 @@ Elimination eliminate_in_order(PauliFrame images) {
   return found;
 }
 
-std::vector<Gate> inverted(const std::vector<Gate>& gates) {
-  std::vector<Gate> inverse(gates.rbegin(), gates.rend());
-  for (Gate& gate : inverse) {
+std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates) {
+  std::vector<structures::Gate> inverse(gates.rbegin(), gates.rend());
+  for (structures::Gate& gate : inverse) {
     for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
   }
   return inverse;

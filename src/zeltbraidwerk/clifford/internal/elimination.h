@@ -17,7 +17,7 @@ PauliFrame images_under(const structures::OperatorTableau& tableau);
 /// What undoes a Clifford operator: after the gates, the images of X and Z on qubit q are X and Z
 /// on wire wires[q].
 struct Elimination {
-  std::vector<structures::Gate> gates;
+  std::vector<CliffordGate> gates;
   std::vector<int> wires;
 
   /// Appends what brings every qubit back to its own wire, three CNOTs a swap.

@@ -2,24 +2,45 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "zeltbraidwerk/clifford/encoder.h"
 #include "zeltbraidwerk/clifford/search/internal/code.h"
 #include "zeltbraidwerk/clifford/synthesize.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/search/internal/runs.h"
 
 namespace zelt::braidwerk::internal {
 
+/// A result whose circuit is still in compact form.
+struct FoundCliffords : synthesis::SynthesisResult {
+  std::vector<CliffordGate> gates;
+  std::vector<int> logical_wires = {};  ///< of an encoder
+};
+
+/// The result of a family.
+template <class Result>
+Result unpacked(FoundCliffords found) {
+  Result result;
+  result.gates = to_gates(found.gates);
+  if constexpr (requires { result.logical_wires; }) {
+    result.logical_wires = std::move(found.logical_wires);
+  }
+  static_cast<synthesis::SynthesisResult&>(result) = std::move(found);
+  return result;
+}
+
 /// synthesize_clifford for the images of X, then of Z, on all qubits. Throws std::invalid_argument
 /// for images of no operator.
-synthesis::CliffordResult synthesize_clifford(const PauliFrame& images,
-                                              const synthesis::CliffordOptions& options);
+FoundCliffords synthesize_clifford(const PauliFrame& images,
+                                   const synthesis::CliffordOptions& options);
 
 /// synthesize_state for signed stabilisers. Throws std::invalid_argument for others.
-synthesis::StateResult synthesize_state(const PauliFrame& stabilisers,
-                                        const synthesis::StateOptions& options);
+FoundCliffords synthesize_state(const PauliFrame& stabilisers,
+                                const synthesis::StateOptions& options);
 
 /// The device on which a state is searched for, checked; none where there is none. Throws
 /// std::invalid_argument for one that is not connected, and for outputs that do not fit.
@@ -38,8 +59,7 @@ void prove_by_table(synthesis::SynthesisResult& result, const PauliFrame& stabil
                     const synthesis::SynthesisOptions& options);
 
 /// synthesize_encoder for a code with signs.
-synthesis::EncoderResult synthesize_encoder(const Code& code,
-                                            const synthesis::EncoderOptions& options);
+FoundCliffords synthesize_encoder(const Code& code, const synthesis::EncoderOptions& options);
 
 /// The steps of a run of a search for a state or a code on n qubits.
 std::optional<std::uint64_t> steps_for_state(int n, const synthesis::SynthesisOptions& options);

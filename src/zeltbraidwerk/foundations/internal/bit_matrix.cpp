@@ -211,6 +211,18 @@ BitMatrix inverse(BitMatrix m) {
   return result;
 }
 
+BitMatrix solution(BitMatrix m, BitMatrix b) {
+  BitMatrix x(1, m.cols());
+  if (m.rows() == 0) return x;
+  reduce_to_upper(m, b, false);
+  for (int r = m.rows() - 1; r >= 0; --r) {
+    Word odd = b.row(r)[0];
+    for (int w = r / word_bits; w < m.stride(); ++w) odd ^= m.row(r)[w] & x.row(0)[w];
+    x.set(0, r, std::popcount(odd) % 2 != 0);
+  }
+  return x;
+}
+
 bool is_invertible(BitMatrix m) {
   BitMatrix none(m.rows(), 0);
   return m.rows() == 0 || reduce_to_upper(m, none, true);

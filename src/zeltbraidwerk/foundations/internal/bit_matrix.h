@@ -78,6 +78,9 @@ BitMatrix product(const BitMatrix& a, const BitMatrix& b);
 /// Gauss-Jordan with row additions alone. On a singular matrix what cannot be repaired is left out.
 BitMatrix inverse(BitMatrix m);
 
+/// The row x with m x = b, of an invertible m and one column b.
+BitMatrix solution(BitMatrix m, BitMatrix b);
+
 bool is_invertible(BitMatrix m);
 
 /// The factorisation of LU(); ends at the first step without a pivot. Returns the steps done.

@@ -242,6 +242,32 @@ void PauliFrame::apply(TwoQubitGate gate, int a, int b) {
   conjugate(gate, x(a), z(a), x(b), z(b), signs(), words());
 }
 
+void PauliFrame::apply(const CliffordGate& gate) {
+  using Kind = CliffordGate::Kind;
+  switch (gate.kind) {
+    case Kind::cnot:
+      return cnot(gate.a, gate.b);
+    case Kind::cz:
+      return cz(gate.a, gate.b);
+    case Kind::h:
+      return h(gate.a);
+    case Kind::s:
+      return s(gate.a);
+    case Kind::s_dagger:
+      return s_dagger(gate.a);
+    case Kind::rx_plus:
+      return rx_plus(gate.a);
+    case Kind::rx_minus:
+      return rx_minus(gate.a);
+    case Kind::x:
+      return apply(OneQubitGate::x, gate.a);
+    case Kind::y:
+      return apply(OneQubitGate::y, gate.a);
+    case Kind::z:
+      return apply(OneQubitGate::z, gate.a);
+  }
+}
+
 void PauliFrame::apply(const structures::Gate& gate) {
   const std::vector<int>& q = gate.qbits;
   if (gate.name == "CNOT") return cnot(q[0], q[1]);

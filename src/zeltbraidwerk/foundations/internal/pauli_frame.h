@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -78,6 +79,7 @@ class PauliFrame {
   void cnot(int control, int target) { apply(TwoQubitGate::cnot, control, target); }
   void cz(int a, int b) { apply(TwoQubitGate::cz, a, b); }
 
+  void apply(const CliffordGate& gate);
   /// A gate by name. Takes the names and angles that OperatorTableau::apply_left takes, and throws
   /// what it throws; a rotation by a symbolic angle changes nothing.
   void apply(const structures::Gate& gate);

@@ -168,10 +168,10 @@ void PauliRuns::close(PauliNetwork& network, int run, const std::vector<int>& na
                   .stream = static_cast<std::uint64_t>(run)};
   Effort effort;
   effort.steps = closing_steps;
-  PlacedCircuit closing = search_clifford(images, task, effort);
+  CliffordCircuit closing = search_clifford(images, task, effort);
   const bool is_off_edges = device != nullptr && target != nullptr;
   if (is_off_edges || closing.size.count < size_of(undoing, qubits()).count) {
-    undoing = std::move(closing.gates);
+    undoing = to_gates(closing.gates);
     network.wires = std::move(closing.wires);
   }
   network.gates.insert(network.gates.end(), undoing.begin(), undoing.end());

@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/foundations/cnot_circuit.h"
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 #include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
@@ -37,6 +38,7 @@ class LayerCount {
 };
 
 /// Of the gates on two qubits.
+/// @{
 inline CircuitSize size_of(const std::vector<structures::Gate>& gates, int qubits) {
   int count = 0;
   LayerCount layers(qubits);
@@ -47,5 +49,16 @@ inline CircuitSize size_of(const std::vector<structures::Gate>& gates, int qubit
   }
   return {count, layers.depth()};
 }
+inline CircuitSize size_of(const std::vector<CliffordGate>& gates, int qubits) {
+  int count = 0;
+  LayerCount layers(qubits);
+  for (const CliffordGate& gate : gates) {
+    if (!gate.is_pair()) continue;
+    layers.add(gate.a, gate.b);
+    ++count;
+  }
+  return {count, layers.depth()};
+}
+/// @}
 
 }  // namespace zelt::braidwerk::internal

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 #include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
@@ -16,5 +17,6 @@ struct Placed {
 };
 
 using PlacedCircuit = Placed<structures::Gate>;
+using CliffordCircuit = Placed<CliffordGate>;
 
 }  // namespace zelt::braidwerk::internal

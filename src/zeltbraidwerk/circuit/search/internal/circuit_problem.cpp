@@ -81,9 +81,8 @@ std::vector<structures::Gate> gates_left(const PauliFrame& images, const std::ve
       there.set_letter(k, 0, images.letter(q + k * n, wire));
       there.set_negative(k, images.is_negative(q + k * n));
     }
-    for (structures::Gate& gate : eliminate_clifford(std::move(there), false).gates) {
-      gate.qbits[0] = wire;
-      gates.push_back(std::move(gate));
+    for (const CliffordGate& gate : eliminate_clifford(std::move(there), false).gates) {
+      gates.push_back(to_gate({gate.kind, wire}));
     }
   }
   return gates;

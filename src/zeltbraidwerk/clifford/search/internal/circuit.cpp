@@ -9,6 +9,8 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
+using Kind = CliffordGate::Kind;
+
 int label_of_letter(unsigned char letter) {
   return (letter_has_x(letter) ? label_x : 0) | (letter_has_z(letter) ? label_z : 0);
 }
@@ -44,7 +46,9 @@ std::vector<LabelMap> maps_on(int wires) {
 /// each one of the list.
 class Emission {
  public:
-  Emission(int wires, std::size_t gates) : maps_(maps_on(wires)) { gates_.reserve(gates); }
+  Emission(int wires, std::size_t gates) : maps_(maps_on(wires)) {
+    gates_.reserve(gates + gates / 4 + 3 * static_cast<std::size_t>(wires));
+  }
 
   void emit(const Gate& gate) {
     int control = wire_of(gate.a);
@@ -57,7 +61,7 @@ class Emission {
     }
     bring(control, a, label_z);
     bring(target, b, label_x);
-    gates_.push_back(structures::Gate::CNOT(control, target));
+    gates_.push_back(CliffordGate::cnot(control, target));
     map(control).exchange_others(label_z);
     map(target).exchange_others(label_x);
   }
@@ -65,7 +69,7 @@ class Emission {
   /// Brings what stands for an end of the list to a label.
   void bring_end(End end, int to) { bring(wire_of(end), label_now(end), to); }
 
-  std::vector<structures::Gate>& gates() { return gates_; }
+  std::vector<CliffordGate>& gates() { return gates_; }
 
  private:
   LabelMap& map(int wire) { return maps_[static_cast<std::size_t>(wire)]; }
@@ -74,22 +78,53 @@ class Emission {
   void bring(int wire, int label, int to) {
     if (label == to) return;
     const int kept = label ^ to;
-    gates_.push_back(kept == label_x   ? structures::Gate::RXP(wire)
-                     : kept == label_z ? structures::Gate::S(wire)
-                                       : structures::Gate::H(wire));
+    gates_.push_back({kept == label_x ? Kind::rx_plus : kept == label_z ? Kind::s : Kind::h, wire});
     map(wire).exchange_others(kept);
   }
 
   std::vector<LabelMap> maps_;
-  std::vector<structures::Gate> gates_;
+  std::vector<CliffordGate> gates_;
+};
+
+/// The way back: what labels a circuit's gates have where those on one wire are left out.
+class ListReader {
+ public:
+  explicit ListReader(int wires) : list_(wires, {}), maps_(maps_on(wires)) {}
+
+  LabelMap& map(int wire) { return maps_[static_cast<std::size_t>(wire)]; }
+
+  void cnot(int control, int target) {
+    list_.gates.push_back({end_that_is_now(control, label_z), end_that_is_now(target, label_x)});
+    map(control).exchange_others(label_z);
+    map(target).exchange_others(label_x);
+  }
+
+  GateList list() {
+    for (int wire = 0; wire < list_.wires(); ++wire) {
+      for (int label = 1; label < 4; ++label) {
+        list_.frame[end_of(wire, label)] = end_of(wire, map(wire)(label));
+      }
+    }
+    return std::move(list_);
+  }
+
+ private:
+  End end_that_is_now(int wire, int label) {
+    int before = 1;
+    while (before < 3 && map(wire)(before) != label) ++before;
+    return end_of(wire, before);
+  }
+
+  GateList list_;
+  std::vector<LabelMap> maps_;
 };
 
 /// Appends the Pauli gates that give the images their signs: the image of Z on a qubit turns the
 /// sign of that of X alone, and the other way round.
-void mend_signs(PlacedCircuit& circuit, const PauliFrame& images) {
+void mend_signs(CliffordCircuit& circuit, const PauliFrame& images) {
   const int n = images.qubits();
   PauliFrame found = identity_images(n);
-  for (const structures::Gate& gate : circuit.gates) found.apply(gate);
+  for (const CliffordGate& gate : circuit.gates) found.apply(gate);
   std::vector<int> labels(static_cast<std::size_t>(n));
   for (int r = 0; r < 2 * n; ++r) {
     if (found.is_negative(r) == images.is_negative(r)) continue;
@@ -102,18 +137,20 @@ void mend_signs(PlacedCircuit& circuit, const PauliFrame& images) {
   for (int wire = 0; wire < n; ++wire) {
     const int label = labels[static_cast<std::size_t>(wire)];
     if (label == 0) continue;
-    const char* const name = label == label_x ? "X" : label == label_z ? "Z" : "Y";
-    circuit.gates.emplace_back(name, std::vector<int>{wire});
+    circuit.gates.push_back({label == label_x   ? Kind::x
+                             : label == label_z ? Kind::z
+                                                : Kind::y,
+                             wire});
   }
 }
 
 }  // namespace
 
-PlacedCircuit emitted(const GateList& list) {
+CliffordCircuit emitted(const GateList& list) {
   const int n = list.wires();
   Emission emission(n, list.gates.size());
   for (const Gate& gate : list.gates) emission.emit(gate);
-  PlacedCircuit circuit;
+  CliffordCircuit circuit;
   circuit.wires.resize(static_cast<std::size_t>(n));
   for (int wire = 0; wire < n; ++wire) {
     for (const int label : {label_x, label_z}) {
@@ -128,40 +165,51 @@ PlacedCircuit emitted(const GateList& list) {
   return circuit;
 }
 
-PlacedCircuit to_circuit(const GateList& list, const PauliFrame& images) {
-  PlacedCircuit circuit = emitted(list);
+CliffordCircuit to_circuit(const GateList& list, const PauliFrame& images) {
+  CliffordCircuit circuit = emitted(list);
   mend_signs(circuit, images);
   return circuit;
 }
 
 GateList to_list(const std::vector<structures::Gate>& circuit, int wires) {
-  GateList list(wires, {});
-  std::vector<LabelMap> maps = maps_on(wires);
-  const auto end_that_is_now = [&](int wire, int label) {
-    int before = 1;
-    while (before < 3 && maps[static_cast<std::size_t>(wire)](before) != label) ++before;
-    return end_of(wire, before);
-  };
+  ListReader reader(wires);
   PauliFrame images;
   for (const structures::Gate& gate : circuit) {
-    LabelMap& first = maps[static_cast<std::size_t>(gate.qbits[0])];
+    const int q = gate.qbits[0];
     if (gate.name == "CNOT") {
-      list.gates.push_back(
-          {end_that_is_now(gate.qbits[0], label_z), end_that_is_now(gate.qbits[1], label_x)});
-      first.exchange_others(label_z);
-      maps[static_cast<std::size_t>(gate.qbits[1])].exchange_others(label_x);
+      reader.cnot(q, gate.qbits[1]);
       continue;
     }
     images = identity_images(1);
     images.apply(structures::Gate(gate.name, {0}, gate.params, gate.diag));
-    first.then(label_of_letter(images.letter(0, 0)), label_of_letter(images.letter(1, 0)));
+    reader.map(q).then(label_of_letter(images.letter(0, 0)), label_of_letter(images.letter(1, 0)));
   }
-  for (int wire = 0; wire < wires; ++wire) {
-    for (int label = 1; label < 4; ++label) {
-      list.frame[end_of(wire, label)] = end_of(wire, maps[static_cast<std::size_t>(wire)](label));
+  return reader.list();
+}
+
+GateList to_list(const std::vector<CliffordGate>& circuit, int wires) {
+  ListReader reader(wires);
+  for (const CliffordGate& gate : circuit) {
+    switch (gate.kind) {
+      case Kind::cnot:
+        reader.cnot(gate.a, gate.b);
+        break;
+      case Kind::h:
+        reader.map(gate.a).exchange_others(label_y);
+        break;
+      case Kind::s:
+      case Kind::s_dagger:
+        reader.map(gate.a).exchange_others(label_z);
+        break;
+      case Kind::rx_plus:
+      case Kind::rx_minus:
+        reader.map(gate.a).exchange_others(label_x);
+        break;
+      default:
+        break;  // signs are left out
     }
   }
-  return list;
+  return reader.list();
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -97,17 +97,15 @@ GateList short_list(const PauliFrame& images, Rng& rng) {
 std::vector<bool> flips_for(const PauliFrame& strings, const std::vector<int>& zeros) {
   const int r = strings.rows();
   BitMatrix z(r, r);
-  for (int row = 0; row < r; ++row) {
-    for (int c = 0; c < r; ++c) {
-      z.set(row, c, strings.z_planes().get(zeros[static_cast<std::size_t>(c)], row));
-    }
+  BitMatrix signs(r, 1);
+  for (int k = 0; k < r; ++k) {
+    std::copy_n(strings.z(zeros[static_cast<std::size_t>(k)]), z.stride(), z.row(k));
+    signs.set(k, 0, strings.is_negative(k));
   }
-  const BitMatrix solution = inverse(std::move(z));
+  const BitMatrix flipped = solution(z.transposed(), std::move(signs));
   std::vector<bool> flips(static_cast<std::size_t>(strings.qubits()));
-  for (int c = 0; c < r; ++c) {
-    Word odd = 0;
-    for (int w = 0; w < strings.words(); ++w) odd ^= solution.row(c)[w] & strings.signs()[w];
-    flips[static_cast<std::size_t>(zeros[static_cast<std::size_t>(c)])] = std::popcount(odd) % 2;
+  for (int k = 0; k < r; ++k) {
+    flips[static_cast<std::size_t>(zeros[static_cast<std::size_t>(k)])] = flipped.get(0, k);
   }
   return flips;
 }
@@ -121,15 +119,10 @@ bool has_wrong_sign(const PauliFrame& strings, int row, const std::vector<bool>&
   return negative;
 }
 
-/// Takes the strings back to before the circuit, gate by gate: long ones are not copied.
-void undo(PauliFrame& strings, const std::vector<structures::Gate>& circuit) {
-  for (const structures::Gate& gate : std::views::reverse(circuit)) {
-    if (gate.params.empty()) {
-      strings.apply(gate);
-    } else {
-      strings.apply(inverted({gate}).front());
-    }
-  }
+/// Takes the strings back to before the circuit.
+void undo(PauliFrame& strings, const std::vector<CliffordGate>& circuit) {
+  if (strings.rows() == 0) return;
+  for (const CliffordGate& gate : std::views::reverse(circuit)) strings.apply(gate.inverse());
 }
 
 }  // namespace
@@ -194,15 +187,15 @@ PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, 
   return images;
 }
 
-PlacedCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers) {
+CliffordCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers) {
   const int n = list.wires();
-  PlacedCircuit circuit = emitted(list);
+  CliffordCircuit circuit = emitted(list);
   PauliFrame strings = on_wires(stabilisers, circuit.wires);
-  for (const structures::Gate& gate : inverted(circuit.gates)) strings.apply(gate);
+  undo(strings, circuit.gates);
   const std::vector<bool> flips = flips_for(strings, in_order(n));
-  std::vector<structures::Gate> first;
+  std::vector<CliffordGate> first;
   for (int wire = 0; wire < n; ++wire) {
-    if (flips[static_cast<std::size_t>(wire)]) first.emplace_back("X", std::vector<int>{wire});
+    if (flips[static_cast<std::size_t>(wire)]) first.push_back({CliffordGate::Kind::x, wire});
   }
   circuit.gates.insert(circuit.gates.begin(), first.begin(), first.end());
   return circuit;
@@ -218,12 +211,12 @@ EncoderCircuit encoder_circuit(const GateList& list, const Code& code) {
     (wire < code.logical_qubits() ? circuit.logical_wires : zeros).push_back(place);
   }
   std::ranges::sort(zeros);
-  std::vector<structures::Gate> gates = emitted(placed).gates;
+  const std::vector<CliffordGate> gates = emitted(placed).gates;
   PauliFrame stabilisers = code.stabilisers;
   undo(stabilisers, gates);
   const std::vector<bool> flips = flips_for(stabilisers, zeros);
   for (const int q : zeros) {
-    if (flips[static_cast<std::size_t>(q)]) circuit.gates.emplace_back("X", std::vector<int>{q});
+    if (flips[static_cast<std::size_t>(q)]) circuit.gates.push_back({CliffordGate::Kind::x, q});
   }
   PauliFrame logicals = code.logicals;
   undo(logicals, gates);
@@ -231,10 +224,9 @@ EncoderCircuit encoder_circuit(const GateList& list, const Code& code) {
     const int k = code.logical_qubits();
     if (!has_wrong_sign(logicals, row, flips)) continue;
     const int wire = circuit.logical_wires[static_cast<std::size_t>(row % k)];
-    circuit.gates.emplace_back(row < k ? "Z" : "X", std::vector<int>{wire});
+    circuit.gates.push_back({row < k ? CliffordGate::Kind::z : CliffordGate::Kind::x, wire});
   }
-  circuit.gates.insert(circuit.gates.end(), std::move_iterator(gates.begin()),
-                       std::move_iterator(gates.end()));
+  circuit.gates.insert(circuit.gates.end(), gates.begin(), gates.end());
   circuit.wires = WireFrame(n).permutation();
   circuit.size = size_of(placed);
   return circuit;

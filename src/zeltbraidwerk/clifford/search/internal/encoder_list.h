@@ -25,7 +25,7 @@ GateList with_logicals(const GateList& encoder, const PauliFrame& logicals, Rng&
 PauliFrame images_with_other_gauge(const GateList& encoder, int logical_qubits, int changes,
                                    Rng& rng);
 
-struct EncoderCircuit : PlacedCircuit {
+struct EncoderCircuit : CliffordCircuit {
   std::vector<int> logical_wires;  ///< logical qubit i comes in on wire logical_wires[i]
 };
 
@@ -35,6 +35,6 @@ EncoderCircuit encoder_circuit(const GateList& list, const Code& code);
 
 /// The circuit of CNOTs and gates on one qubit that makes a state of zeros, its qubits on the wires
 /// where the list has them. X comes first that gives stabilisers their signs.
-PlacedCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers);
+CliffordCircuit state_circuit(const GateList& list, const PauliFrame& stabilisers);
 
 }  // namespace zelt::braidwerk::internal

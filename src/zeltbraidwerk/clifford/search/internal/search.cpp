@@ -224,8 +224,8 @@ GateList clifford_list(const PauliFrame& images, const Task& task, const Effort&
   return search.incumbent().circuit();
 }
 
-PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                              OnFiveQubits on_five) {
+CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
+                                OnFiveQubits on_five) {
   return to_circuit(clifford_list(images, task, effort, on_five), images);
 }
 

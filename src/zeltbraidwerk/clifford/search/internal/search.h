@@ -27,8 +27,8 @@ enum class OnFiveQubits : std::uint8_t {
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
 /// windows 32 MB, once, with outputs in place 12 MB more, and the table for five qubits 8 MB.
-PlacedCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                              OnFiveQubits on_five = OnFiveQubits::searches);
+CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
+                                OnFiveQubits on_five = OnFiveQubits::searches);
 
 /// The same as a list of gates, signs left out.
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,

@@ -23,6 +23,7 @@ GateList eliminated_list(const PauliFrame& images, Outputs outputs) {
     return end_of(qubit[static_cast<std::size_t>(wire_of(end))], label_of(end));
   };
   GateList list(images.qubits(), {});
+  list.gates.reserve(on_wires.gates.size());
   for (const Gate& gate : on_wires.gates) list.gates.push_back({renamed(gate.a), renamed(gate.b)});
   list.frame = on_wires.frame.renamed(renamed);
   return list;

@@ -262,8 +262,8 @@ class PlacedStateSearch : public SearchByBoth<GateList> {
 
 }  // namespace
 
-PlacedCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
-                                     const Effort& effort) {
+CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
+                                       const Effort& effort) {
   PlacedStateSearch search(stabilisers, task, effort);
   run_search(search);
   return state_circuit(search.incumbent().circuit(), stabilisers);

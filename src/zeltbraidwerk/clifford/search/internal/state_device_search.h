@@ -14,7 +14,7 @@ namespace zelt::braidwerk::internal {
 /// walks on windows of edges, on up to 64 qubits in turns with beams from other placements and new
 /// beginnings of the circuit. A greedy run on n qubits takes about (n / 64)^4 seconds, a state of a
 /// beam a hundred bytes per qubit; weights on up to 16 qubits one byte per set of them.
-PlacedCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
-                                     const Effort& effort);
+CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task& task,
+                                       const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

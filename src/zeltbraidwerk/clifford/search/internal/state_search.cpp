@@ -166,7 +166,8 @@ EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& 
   return encoder_circuit(search.incumbent().circuit(), code);
 }
 
-PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort) {
+CliffordCircuit search_state(const PauliFrame& stabilisers, const Task& task,
+                             const Effort& effort) {
   if (task.device != nullptr) return search_state_on_device(stabilisers, task, effort);
   return search_encoder({stabilisers, {}}, task, effort);
 }

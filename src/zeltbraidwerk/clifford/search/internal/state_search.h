@@ -19,7 +19,7 @@ bool stabilise_a_state(const PauliFrame& strings);
 ///
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
 /// 32 MB, once.
-PlacedCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
+CliffordCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
 
 /// The same for a code: the circuit takes logical qubits and zeros to the code, signs included. The
 /// stabilisers must be independent and commute, and the logical operators fit them.

@@ -56,8 +56,8 @@ std::vector<structures::Gate> circuit_of(const Network& network, const Rotations
   NetworkEmission(rotations.frame, writer).run(network.events);
   if (!closes) return std::move(writer.circuit);
   // What is left to undo is on single wires.
-  for (structures::Gate& gate : eliminate_clifford(std::move(images), false).gates) {
-    writer.circuit.push_back(std::move(gate));
+  for (const CliffordGate& gate : eliminate_clifford(std::move(images), false).gates) {
+    writer.circuit.push_back(to_gate(gate));
   }
   return std::move(writer.circuit);
 }
@@ -67,8 +67,8 @@ CliffordTarget target_of(PauliFrame images) {
   // What undoes the operator is a circuit of its inverse.
   Elimination undoing = eliminate_clifford(std::move(images), true);
   undoing.close();
-  for (const structures::Gate& gate : undoing.gates) target.preimages.apply(gate);
-  target.gates = inverted(undoing.gates);
+  for (const CliffordGate& gate : undoing.gates) target.preimages.apply(gate);
+  target.gates = to_gates(inverted(undoing.gates));
   return target;
 }
 

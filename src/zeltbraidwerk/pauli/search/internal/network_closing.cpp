@@ -33,8 +33,8 @@ Tail searched_tail(const LabelFrame& frame, const NetworkTask& network, Outputs 
   if (network.target != nullptr) {
     for (const structures::Gate& gate : network.target->gates) images.apply(gate);
   }
-  PlacedCircuit undone = search_clifford(images, task, effort);
-  return {labelled(undone.gates, frame.qubits()), std::move(undone.wires)};
+  CliffordCircuit undone = search_clifford(images, task, effort);
+  return {labelled(to_gates(undone.gates), frame.qubits()), std::move(undone.wires)};
 }
 
 /// Undoes the gates of a network by the same gates backward.
