@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zeltbraidwerk/linear/search/internal/beams.h"
+#include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/schedule.h"
 
@@ -63,12 +64,17 @@ bool FreeSearch::by_columns() const {
   return !sparse_ && n_ > cnot_tuning.two_sided_wires;
 }
 
-/// The widest beam that takes about twice the time of the walks of the round.
+/// The widest beam that takes about twice the time of the walks of the round. On up to most_wires
+/// wires a circuit made wire by wire takes the place of the widest ones.
 GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
                                       Meter& meter) const {
   if (long_walks_) {
     if (number > 0) return {};
     return reduce_by_columns(m_, cnot_tuning.wide, Facing::transpose, rng, meter);
+  }
+  if (n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps) {
+    if (number % extension_tuning.period != 0) return {};
+    return extend_wire_by_wire(m_, extension_tuning.rounds * steps, window_, rng, meter);
   }
   const double price = static_cast<double>(n_) * n_ * n_ / cnot_tuning.columns_per_step;
   const int affordable =

@@ -101,6 +101,31 @@ inline double column_ratio(int n) {
 inline constexpr std::array<ReductionCost, 6> beam_costs_if_sparse{
     {{1, true}, {0, true}, {-0.5, false}, {-2, false}, {-1, true}, {0, false}}};
 
+/// For circuits made wire by wire. Row matrix 64 free.
+struct ExtensionTuning {
+  int core = 20;        ///< wires to begin with
+  int most_wires = 72;  ///< above, beams by columns are better within 20 s
+  // Shorter ones are no better than beams by columns.
+  int period = 3;                         ///< rounds
+  std::uint64_t least_steps = 1'000'000;  ///< of a round
+  std::uint64_t rounds = 12;              ///< that it is long
+  double core_part = 0.1;                 ///< of its steps
+  double decoding_part = 0.35;
+  double walks_part = 0.55;
+  Cooling cooling{0.05F, 0.003F};
+  // What goes out and how it comes back.
+  float noise = 1.5F;       ///< of the weights of lines to be exchanged
+  int divisions = 8;        ///< of a circuit, for each wire
+  float least_part = 0.3F;  ///< before the division
+  float parts = 0.4F;       ///< a random part of this is added
+  float delay = 0.3F;       ///< the latest wires are so many gates late, as a part of all
+  // Light sums.
+  int pairs_per_key = 4;  ///< 8 to 16, as a power of 2
+  double pairs_per_step = 400;
+  double lookups_per_step = 40;
+};
+inline constexpr ExtensionTuning extension_tuning;
+
 /// For few layers of CNOTs.
 struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
