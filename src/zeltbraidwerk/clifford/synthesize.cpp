@@ -81,7 +81,7 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
 }
 
 // Over the square of the qubits.
-constexpr double bytes_of_operator_run = 300;
+constexpr double bytes_of_operator_run = 120;
 constexpr double bytes_of_state_run = 100;
 constexpr double least_budget = 1;  // seconds that leave time for a look into a table
 
