@@ -75,7 +75,7 @@ class Deadly:
 
 
 def test_processes_that_are_there_already_follow_the_limits(tmp_path):
-    given = [zb.CliffordTableau(300)]
+    given = [zb.CliffordTableau(500)]
     with ProcessPoolExecutor(1) as executor:
         for k, memory in enumerate((0.5, 17e6, 0.5)):
             with zb.limits.using(memory=memory):
