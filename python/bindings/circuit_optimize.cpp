@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "held_gates.h"
 #include "module.h"
 #include "synthesize.h"
 #include "zeltbraidwerk/circuit/internal/clifford_phase.h"
@@ -25,9 +26,9 @@ namespace {
 using Gates = std::vector<structures::Gate>;
 // As in the library. A step: qubits, whether it moves, the gates before by number, and those after.
 using Step = std::tuple<std::array<int, 3>, bool, std::vector<std::size_t>, Gates>;
-using Stage = std::tuple<Gates, std::vector<int>, std::vector<Step>, double>;
+using Stage = std::tuple<HeldGates, std::vector<int>, std::vector<Step>, double>;
 // Permutation, gates, rounding, stages.
-using Found = std::tuple<std::vector<int>, Gates, double, std::vector<Stage>>;
+using Found = std::tuple<std::vector<int>, HeldGates, double, std::vector<Stage>>;
 
 /// None where all is exact rewriting, so that given and last circuit tell all.
 std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
@@ -40,8 +41,8 @@ std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
     for (synthesis::OptimizeStep& step : stage.steps) {
       steps.emplace_back(step.qubits, step.moves, std::move(step.before), std::move(step.after));
     }
-    result.emplace_back(std::move(stage.gates), std::move(stage.permutation), std::move(steps),
-                        stage.phase);
+    result.emplace_back(HeldGates{std::move(stage.gates)}, std::move(stage.permutation),
+                        std::move(steps), stage.phase);
   }
   return result;
 }
@@ -49,7 +50,7 @@ std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
 std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
   std::vector<Found> result;
   for (synthesis::OptimizedCircuit& circuit : front) {
-    Gates gates = circuit.stages.back().gates;
+    HeldGates gates{circuit.stages.back().gates};
     std::vector<int> wires = circuit.stages.back().permutation;
     result.emplace_back(std::move(wires), std::move(gates), circuit.rounding,
                         stages_of(std::move(circuit.stages)));
@@ -62,19 +63,20 @@ std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
 void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
-      [](int n, const Gates& gates, const CommonOptions& common, bool exact, bool keep_rotations,
-         bool keep_depth, bool route)
-          -> std::tuple<SynthesisResult, Gates, double, std::vector<Stage>, std::vector<Found>> {
-        check_circuit(gates, n);
+      [](int n, const HeldGates& given, const CommonOptions& common, bool exact,
+         bool keep_rotations, bool keep_depth,
+         bool route) -> std::tuple<SynthesisResult, HeldGates, double, std::vector<Stage>,
+                                   std::vector<Found>> {
+        check_circuit(given.gates, n);
         OptimizeOptions own;
         own.exact = exact;
         own.keep_rotations = keep_rotations;
         own.keep_depth = keep_depth;
         own.route = route;
         OptimizeResult result = synthesized(common, own, [&](const OptimizeOptions& options) {
-          return synthesis::optimize_circuit(n, gates, options);
+          return synthesis::optimize_circuit(n, given.gates, options);
         });
-        Gates found = std::move(result.gates);
+        HeldGates found{std::move(result.gates)};
         const double rounding = result.rounding;
         std::vector<Stage> stages = stages_of(std::move(result.stages));
         std::vector<Found> front = front_of(std::move(result.front));
@@ -84,18 +86,19 @@ void bind_circuit_optimize(nb::module_& m) {
   m.def("_optimize_steps", &synthesis::default_optimize_steps, "gates"_a);
   m.def(
       "_rewriting_phase",
-      [](int n, const Gates& before, const Gates& after, const std::vector<int>& wires) {
-        return unlocked([&] { return internal::rewriting_phase(n, before, after, wires); });
+      [](int n, const HeldGates& before, const HeldGates& after, const std::vector<int>& wires) {
+        return unlocked(
+            [&] { return internal::rewriting_phase(n, before.gates, after.gates, wires); });
       },
       "n"_a, "before"_a, "after"_a, "wires"_a);
   m.def(
       "_fold_circuit",
-      [](int n, const Gates& gates) {
-        check_circuit(gates, n);
+      [](int n, const HeldGates& given) {
+        check_circuit(given.gates, n);
         return interruptible(std::nullopt, n, [&](const internal::Control&) {
-          internal::StepCircuit circuit = internal::read_steps(n, gates);
+          internal::StepCircuit circuit = internal::read_steps(n, given.gates);
           internal::fold(circuit);
-          return std::optional(internal::written(circuit));
+          return std::optional(HeldGates{internal::written(circuit)});
         });
       },
       "n"_a, "gates"_a);

@@ -10,6 +10,7 @@ NB_MODULE(_core, m) {
   m.attr("_version") = ZELTBRAIDWERK_VERSION;
   bind_boolean_matrix(m);
   bind_values(m);
+  bind_held_gates(m);
   bind_tableau(m);
   bind_linear(m);
   bind_greedy(m);

@@ -7,6 +7,7 @@ namespace zelt::braidwerk::python {
 
 void bind_boolean_matrix(nanobind::module_& m);
 void bind_values(nanobind::module_& m);
+void bind_held_gates(nanobind::module_& m);
 void bind_tableau(nanobind::module_& m);
 void bind_linear(nanobind::module_& m);
 void bind_greedy(nanobind::module_& m);

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "convert.h"
+#include "held_gates.h"
 #include "module.h"
 #include "synthesize.h"
 #include "zeltbraidwerk/routing/internal/rotation_rows.h"
@@ -33,6 +34,7 @@ namespace {
 
 using Circuit = std::vector<Gate>;
 using Routed = std::tuple<Circuit, OperatorTableau>;
+using HeldRouted = std::tuple<HeldGates, OperatorTableau>;
 
 void check_strings(const RotationSequence& rotations, int qubits) {
   for (const auto& [string, angle] : rotations) {
@@ -119,11 +121,11 @@ void bind_normal_form(nb::module_& m) {
       "circuit"_a, "tableau"_a, "commuting_blocks"_a, "merge"_a, "(blocks, tableau).");
   m.def(
       "_normal_form",
-      [](const Circuit& circuit, int n, bool merge) {
-        check_circuit(circuit, n);
+      [](const HeldGates& given, int n, bool merge) {
+        check_circuit(given.gates, n);
         return interruptible(std::nullopt, n, [&](const internal::Control&) {
           internal::NormalForm form =
-              internal::normal_form(circuit, OperatorTableau(n), true, merge, true);
+              internal::normal_form(given.gates, OperatorTableau(n), true, merge, true);
           return std::optional(std::pair(form.blocks(), std::move(form.clifford)));
         });
       },
@@ -199,11 +201,11 @@ void bind_interruptible(nb::module_& m) {
   using Metric = std::optional<std::pair<double, double>>;
   m.def(
       "_routed",
-      [](const Circuit& circuit, Graph graph, int depth, bool by_depth,
-         std::optional<double> budget) -> Routed {
-        check_device(circuit, graph, OperatorTableau(graph.n), depth);
+      [](const HeldGates& given, Graph graph, int depth, bool by_depth,
+         std::optional<double> budget) -> HeldRouted {
+        check_device(given.gates, graph, OperatorTableau(graph.n), depth);
         return interruptible(
-            budget, graph.n, [&](const internal::Control& control) -> std::optional<Routed> {
+            budget, graph.n, [&](const internal::Control& control) -> std::optional<HeldRouted> {
               graph.set_shortest_paths();
               internal::RoutingOptions options;
               options.depth = depth;
@@ -211,33 +213,35 @@ void bind_interruptible(nb::module_& m) {
               options.objective =
                   by_depth ? internal::FanInCost::depth : internal::FanInCost::cnots;
               options.control = control;
-              Routed made(Circuit{}, OperatorTableau(graph.n));
+              HeldRouted made(HeldGates{}, OperatorTableau(graph.n));
               auto& [out, frame] = made;
-              if (!internal::route(circuit, graph, options, out, frame)) return std::nullopt;
+              if (!internal::route(given.gates, graph, options, out.gates, frame))
+                return std::nullopt;
               return made;
             });
       },
       "circuit"_a, "graph"_a, "depth"_a, "by_depth"_a, "budget"_a.none());
   m.def(
       "_routed_for_ions",
-      [](const Circuit& circuit, int n, int depth, const Metric& errors,
-         std::optional<double> budget) -> Routed {
-        check_circuit(circuit, n);
+      [](const HeldGates& given, int n, int depth, const Metric& errors,
+         std::optional<double> budget) -> HeldRouted {
+        check_circuit(given.gates, n);
         check_depth(depth);
         return interruptible(
-            budget, n, [&](const internal::Control& control) -> std::optional<Routed> {
+            budget, n, [&](const internal::Control& control) -> std::optional<HeldRouted> {
               internal::RoutingOptions options;
               options.depth = depth;
               options.linear_sums = true;
               options.control = control;
-              Routed made(Circuit{}, OperatorTableau(n));
+              HeldRouted made(HeldGates{}, OperatorTableau(n));
               auto& [out, frame] = made;
               const bool finished =
-                  errors ? internal::route_ions(
-                               circuit, structures::ShelveMetric(n, errors->first, errors->second),
-                               options, out, frame)
-                         : internal::route_ions(circuit, structures::DefaultMetric{}, options, out,
-                                                frame);
+                  errors
+                      ? internal::route_ions(
+                            given.gates, structures::ShelveMetric(n, errors->first, errors->second),
+                            options, out.gates, frame)
+                      : internal::route_ions(given.gates, structures::DefaultMetric{}, options,
+                                             out.gates, frame);
               return finished ? std::optional(std::move(made)) : std::nullopt;
             });
       },

@@ -10,7 +10,7 @@ from typing import Any
 
 from zeltbraidwerk import _core, errors
 from zeltbraidwerk._family import Call, Found
-from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._operations import of_held
 from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of, split_last
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk._search import Point, Progress
@@ -95,11 +95,11 @@ class Assembly:
             )  # fmt: skip
 
         def made(
-            found: Found, gates: list[_core.Gate], rounding: float, stages: list[Any], **own: Any
+            found: Found, gates: _core._HeldGates, rounding: float, stages: list[Any], **own: Any
         ) -> Optimization:
             return call.result(
                 Optimization, found, piece.n,
-                circuit=of_core(piece.n, gates, self.sources), source=piece, rounding=rounding,
+                circuit=of_held(piece.n, gates, self.sources), source=piece, rounding=rounding,
                 _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
                 least_count=0, least_depth=0,  # what is proven is for one piece and its rotations
                 **own,
@@ -107,7 +107,7 @@ class Assembly:
 
         def result(
             found: Found,
-            gates: list[_core.Gate],
+            gates: _core._HeldGates,
             rounding: float,
             stages: list[Any],
             front: list[Any],
@@ -118,7 +118,8 @@ class Assembly:
             )
             return made(found, gates, rounding, stages, front=parts)
 
-        best = call.run(_core._optimize_circuit, result, piece.n, piece.to_core(), **self.options)
+        best = call.run(_core._optimize_circuit, result, piece.n, _core._HeldGates(piece.operations),
+            **self.options)
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
         return best
 

@@ -9,7 +9,7 @@ from functools import cached_property
 from typing import Any
 
 from zeltbraidwerk import _block_check, _circuit_check, _core
-from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._operations import of_core, of_held
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
@@ -57,13 +57,13 @@ class Stage:
     def of(
         cls,
         n: int,
-        gates: Sequence[_core.Gate],
+        gates: _core._HeldGates,
         permutation: Sequence[int],
         log: Sequence[Any],
         phase: float,
     ) -> Stage:
         """From the compiled part."""
-        return cls(of_core(n, gates), tuple(permutation), tuple(
+        return cls(of_held(n, gates), tuple(permutation), tuple(
             _block_check.Step(tuple(q for q in qubits if q >= 0), tuple(before),
                               of_core(n, after).gates, moves)
             for qubits, moves, before, after in log
@@ -154,9 +154,7 @@ class Optimization(Result):
         phase = sum(
             stage.phase
             if stage.log
-            else _core._rewriting_phase(
-                self.n, before.to_core(), stage.circuit.to_core(), list(wires)
-            )
+            else _core._rewriting_phase(self.n, before._held(), stage.circuit._held(), list(wires))
             for before, stage, wires in self._changes(source, circuit)
         )
         symbols, shift = _circuit_check.plus(_phase_angle(source), _phase_angle(circuit), -1)
@@ -229,6 +227,8 @@ def split_last(circuit: Circuit, count: int) -> tuple[Circuit, Circuit]:
 
 def pieces_of(circuit: Circuit) -> tuple[list[Circuit], list[Operation]]:
     """The gates before, between and after the operations of other kinds, and these."""
+    if set(map(type, circuit.operations)) <= {Gate}:
+        return [Circuit._trusted(circuit.n, circuit.operations)], []
     pieces: list[list[Gate]] = [[]]
     between: list[Operation] = []
     for item in circuit:

@@ -10,7 +10,7 @@ import numpy.typing as npt
 
 from zeltbraidwerk import _circuit_check, _core, _json, _pauli_check, _routing_check
 from zeltbraidwerk._observables import MovesObservables
-from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._operations import of_held
 from zeltbraidwerk._tableau import CliffordTableau
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Parameter
@@ -49,7 +49,7 @@ class NormalForm(_json.Stored):
         apart a circuit of the same operator, made anew and proven to be that."""
         circuit = self.source
         if self.repeated:
-            circuit = of_core(self.n, _core._fold_circuit(self.n, circuit.to_core()))
+            circuit = of_held(self.n, _core._fold_circuit(self.n, circuit._held()))
             if not _circuit_check.same_operator(self.source, circuit):
                 return False
         blocks, clifford = _routing_check.normal_form(circuit, self.merged)

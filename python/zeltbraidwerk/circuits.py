@@ -303,6 +303,10 @@ class Circuit(CircuitBase):
         """The gates, barriers left out; other operations are refused."""
         return [gate.to_core() for gate in gates_alone(self, "circuit")]
 
+    def _held(self) -> _core._HeldGates:
+        """The same for functions of the compiled part that take whole circuits."""
+        return _core._HeldGates(gates_alone(self, "circuit"))
+
     @property
     def operations(self) -> tuple[Operation, ...]:
         """All operations in order; what the circuit iterates over."""
@@ -384,7 +388,12 @@ class Circuit(CircuitBase):
         return _parameter.sources_of(self._angles())
 
     def _angles(self) -> Iterator[Parameter]:
-        return (angle for item in self._items for angle in item.params)
+        return (
+            angle
+            for item in self._items
+            if type(item) is not Gate or item._params  # a quick look: most have none
+            for angle in item.params
+        )
 
     def bind(self, values: Mapping[Any, Any]) -> Circuit:
         """The circuit with values in the place of symbols.

@@ -38,7 +38,7 @@ from zeltbraidwerk.instructions import placed as moved
 
 __all__ = ["NormalForm", "Routing", "methods", "normalize", "route", "route_ions"]
 
-_Routed = tuple[list[_core.Gate], _core.OperatorTableau]
+_Routed = tuple[_core._HeldGates, _core.OperatorTableau]
 
 _NO_NORMAL_FORM = ("XX", "S*")
 _FAMILY = Family(lambda on_device: ("auto", "trees" if on_device else "global_gates"))
@@ -81,7 +81,7 @@ def normalize(circuit: Any, *, merge: bool = True, repeat: bool = False) -> Norm
     if repeat and not merge:
         raise errors.OptionError("repeat: got True, wanted False where rotations are not merged")
     source = _read(circuit)
-    gates = source.to_core()
+    gates = source._held()
     if repeat:
         gates = _core._fold_circuit(source.n, gates)
     blocks, tableau = _core._normal_form(gates, source.n, bool(merge))
@@ -157,7 +157,7 @@ def route(
     if call.effort.budget is None:
         _refuse_endless(source, levels)
 
-    def result(call: Call, gates: list[_core.Gate], frame: _core.OperatorTableau) -> Routing:
+    def result(call: Call, gates: _core._HeldGates, frame: _core.OperatorTableau) -> Routing:
         left = _result(call, whole, gates, frame)
         if tail == "return":
             return left
@@ -166,7 +166,7 @@ def route(
     def once() -> Routing:
         call.place(source.n)
         assert call.site is not None
-        kernel = partial(_core._routed, source.to_core(), call.site.graph())
+        kernel = partial(_core._routed, source._held(), call.site.graph())
         return _run(kernel, (levels, call.objective == "depth"), call, result)
 
     if call.weights is None:
@@ -208,7 +208,7 @@ def route_ions(
     source = _read(circuit)
     if call.effort.budget is None:
         _refuse_endless(source, levels)
-    kernel = partial(_core._routed_for_ions, source.to_core(), source.n)
+    kernel = partial(_core._routed_for_ions, source._held(), source.n)
     return _run(kernel, (levels, rates), call, lambda call, *made: _result(call, source, *made))
 
 
@@ -290,13 +290,13 @@ def _run(
 
 
 def _result(
-    call: Call, source: Circuit, gates: list[_core.Gate], frame: _core.OperatorTableau
+    call: Call, source: Circuit, gates: _core._HeldGates, frame: _core.OperatorTableau
 ) -> Routing:
     """With the tail left over."""
     operator = CliffordTableau._wrap(frame.inverse())
     n = source.n
     qubits, width = call.qubits(n), call.width(n)
-    routed = placed(of_core(n, gates, source._sources()), qubits, width)
+    routed = placed(of_core(n, gates.gates(), source._sources()), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
         left = of_core(n, _core.clifford_circuit(operator._core))

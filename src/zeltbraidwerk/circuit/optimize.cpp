@@ -52,11 +52,13 @@ CircuitCounts counts_of(const StepCircuit& circuit) {
   return counts;
 }
 
+/// Of stages of exact rewriting that follow each other, the last one tells as much.
 std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
   std::vector<synthesis::OptimizeStage> stages;
   for (const Stage* stage = last; stage != nullptr; stage = stage->before.get()) {
+    if (!stages.empty() && stages.back().steps.empty() && stage->log.empty()) continue;
     synthesis::OptimizeStage& made = stages.emplace_back();
-    made.gates = stage->gates;
+    made.gates = stage->log.empty() ? written(stage->circuit) : stage->gates;
     made.permutation = stage->wires;
     made.phase = stage->phase;
     for (const WindowStep& step : stage->log) {
@@ -90,8 +92,9 @@ class OptimizeCall {
     std::vector<StagedCircuit>& found = best.as<std::vector<StagedCircuit>>();
     const StagedCircuit& first = found.front();
     OptimizeResult result{
-        std::move(best.result), written(first.circuit),       before_, counts_of(first.circuit),
-        first.circuit.rounding, stages_of(first.stage.get()), {}};
+        std::move(best.result),       {}, before_, counts_of(first.circuit), first.circuit.rounding,
+        stages_of(first.stage.get()), {}};
+    result.gates = result.stages.back().gates;
     result.permutation = first.wires;
     if (options_.objective != Objective::depth) return result;
     for (const StagedCircuit& circuit : found) {
@@ -216,8 +219,8 @@ class OptimizeCall {
         before = nullptr;
       }
     }
-    found.stage = std::make_shared<const Stage>(
-        Stage{std::move(before), written(found.circuit), found.wires, {}, 0});
+    found.stage =
+        std::make_shared<const Stage>(Stage{std::move(before), found.circuit, found.wires});
   }
 
   const OptimizeOptions& options_;

@@ -107,13 +107,19 @@ constexpr int cost(const Order& from, const Order& to) {
 /// Gates that come to a wire in each order, at the least.
 using Costs = std::array<int, orders.size()>;
 
+/// Orders of two parities: two gates lead to another of the same parity, one to any of the other.
+constexpr std::array<std::array<std::size_t, 3>, 2> by_parity{{{0, 3, 4}, {1, 2, 5}}};
+
 Costs moved(const Costs& from) {
+  std::array<int, 2> best{};
+  for (const std::size_t parity : {0U, 1U}) {
+    const auto [a, b, c] = by_parity[parity];
+    best[parity] = std::min({from[a], from[b], from[c]});
+  }
   Costs result;
-  result.fill(far);
-  for (std::size_t a = 0; a < orders.size(); ++a) {
-    for (std::size_t b = 0; b < orders.size(); ++b) {
-      result[b] = std::min(result[b], from[a] + cost(orders[a], orders[b]));
-    }
+  for (const std::size_t parity : {0U, 1U}) {
+    const int change = std::min(best[parity] + 2, best[1 - parity] + 1);
+    for (const std::size_t k : by_parity[parity]) result[k] = std::min(from[k], change);
   }
   return result;
 }
@@ -335,7 +341,9 @@ class Writer {
     }
   }
   void bring(int q, const Order& wanted) {
-    const Order move = between(std::exchange(orders_[at(q)], wanted), wanted);
+    Order& now = orders_[at(q)];
+    if (now == wanted) return;
+    const Order move = between(std::exchange(now, wanted), wanted);
     for (const Written& entry : written_turnings()) {
       if (entry.turning.to != move) continue;
       for (Step step : entry.steps) {

@@ -28,13 +28,23 @@ std::vector<int> composed(const std::vector<int>& first, const std::vector<int>&
   return wires;
 }
 
+CircuitSize size_of(const StepCircuit& circuit) {
+  CircuitSize size;
+  LayerCount layers(circuit.qubits);
+  for (const Step& step : circuit.steps) {
+    if (!step.is_pair()) continue;
+    layers.add(step.a, step.b);
+    ++size.count;
+  }
+  size.depth = layers.depth();
+  return size;
+}
+
 /// The folded circuit, which is a stage itself: the numbers of a log are those of its gates.
 StagedCircuit given(const StepCircuit& circuit) {
-  std::vector<structures::Gate> gates = written(circuit);
-  const CircuitSize size = size_of(gates, circuit.qubits);
   std::vector<int> wires = in_order(circuit.qubits);
-  auto stage = std::make_shared<const Stage>(Stage{nullptr, std::move(gates), wires, {}});
-  return {circuit, std::move(wires), std::move(stage), size};
+  auto stage = std::make_shared<const Stage>(Stage{nullptr, circuit, wires});
+  return {circuit, std::move(wires), std::move(stage), size_of(circuit)};
 }
 
 StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
@@ -43,20 +53,18 @@ StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
   StagedCircuit result{from.circuit, composed(from.wires, found.wires), nullptr, found.size};
   result.circuit.steps = std::move(found.steps);
   renumber(result.circuit);
-  result.stage =
-      std::make_shared<const Stage>(Stage{from.stage, written(result.circuit), result.wires, {}});
+  result.stage = std::make_shared<const Stage>(Stage{from.stage, result.circuit, result.wires});
   return result;
 }
 
 StagedCircuit after_windows(const StagedCircuit& from, WindowResult found) {
-  auto numbers = std::make_shared<const Stage>(
-      Stage{from.stage, std::move(found.circuit), from.wires, std::move(found.log), found.phase});
+  auto numbers = std::make_shared<const Stage>(Stage{
+      from.stage, {}, from.wires, std::move(found.circuit), std::move(found.log), found.phase});
   StagedCircuit result{read_steps(from.circuit.qubits, numbers->gates), from.wires, nullptr, {}};
   fold(result.circuit);
   result.circuit.rounding = std::max(result.circuit.rounding, from.circuit.rounding);
-  std::vector<structures::Gate> gates = written(result.circuit);
-  result.size = size_of(gates, result.circuit.qubits);
-  result.stage = std::make_shared<const Stage>(Stage{numbers, std::move(gates), from.wires, {}});
+  result.size = size_of(result.circuit);
+  result.stage = std::make_shared<const Stage>(Stage{numbers, result.circuit, from.wires});
   return result;
 }
 
@@ -134,6 +142,7 @@ StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations
   half.steps = effort.steps / 2;
   half.control = effort.control.for_half_the_time();
   StagedCircuit exact = search_exactly(circuit, task, half);
+  if (effort.control.stop_requested()) return exact;
   Effort rest = effort;
   rest.steps = effort.steps - half.steps;
   Alternation search(circuit, keep_rotations, task, rest);
@@ -144,7 +153,10 @@ StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations
 
 StagedCircuit search_exactly(const StepCircuit& circuit, const CircuitTask& task,
                              const Effort& effort) {
-  return after_search(given(circuit), task, effort);
+  StagedCircuit start = given(circuit);
+  if (task.routes || !effort.control.stop_requested()) return after_search(start, task, effort);
+  if (effort.on_better) effort.on_better({0, 0, start.size.count, start.size.depth});
+  return start;
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -13,9 +13,10 @@ namespace zelt::braidwerk::internal {
 /// which the log tells.
 struct Stage {
   std::shared_ptr<const Stage> before;  ///< none: the given circuit
-  std::vector<structures::Gate> gates;
-  std::vector<int> wires;  ///< where each qubit of the given circuit stands at the end
-  std::vector<WindowStep> log;
+  StepCircuit circuit;                  ///< of exact rewriting
+  std::vector<int> wires;               ///< where each qubit of the given circuit stands at the end
+  std::vector<structures::Gate> gates = {};  ///< with a log: by which it numbers them
+  std::vector<WindowStep> log = {};
   double phase = 0;  ///< with a log: exp(i phase) times this circuit is the one before
 };
 
