@@ -2,8 +2,10 @@
 
 #include <nanobind/stl/tuple.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "convert.h"
@@ -17,6 +19,8 @@ using structures::Gate;
 using structures::Parameter;
 
 namespace {
+
+constexpr std::size_t per_look = 1 << 12;  // for Ctrl-C
 
 /// Fields of Gate and Parameter in Python.
 struct Fields {
@@ -61,6 +65,55 @@ Gate gate(nb::handle source, const Fields& fields) {
   return made;
 }
 
+/// The same bytes for equal gates alone.
+std::string key_of(const Gate& gate) {
+  std::string key = gate.name + '\0';
+  const auto add = [&](const auto& value) {
+    key.append(reinterpret_cast<const char*>(&value), sizeof value);
+  };
+  add(gate.qbits.size());
+  for (const int qubit : gate.qbits) add(qubit);
+  for (const Parameter& angle : gate.params) {
+    key += angle.expression + '\0';
+    add(angle.value);
+  }
+  return key;
+}
+
+nb::tuple parts_of(const Gate& gate) {
+  nb::list angles;
+  for (const Parameter& angle : gate.params) {
+    angles.append(angle.is_abstract ? nb::cast(angle) : nb::float_(angle.value));
+  }
+  return nb::make_tuple(nb::steal(PyUnicode_InternFromString(gate.name.c_str())),
+                        nb::tuple(nb::cast(gate.qbits)), std::move(angles));
+}
+
+/// Gates that differ, each as its name, its qubits, and its angles (numbers, or Parameters of the
+/// core with symbols); and for each gate of the circuit which of them it is.
+std::tuple<nb::list, nb::list> written(const HeldGates& held) {
+  std::unordered_map<std::string, nb::object> known;
+  nb::list parts;
+  nb::list places;
+  for (const Gate& gate : held.gates) {
+    if (nb::len(places) % per_look == per_look - 1 && signal_raised()) nb::raise_python_error();
+    nb::object& place = known[key_of(gate)];
+    if (!place.is_valid()) {
+      place = nb::int_(nb::len(parts));
+      parts.append(parts_of(gate));
+    }
+    places.append(place);
+  }
+  return {std::move(parts), std::move(places)};
+}
+
+/// The most qubits of a gate.
+std::size_t width_of(const HeldGates& held) {
+  std::size_t most = 0;
+  for (const Gate& each : held.gates) most = std::max(most, each.qbits.size());
+  return most;
+}
+
 /// Of gates on one and two qubits: how many are on one, and the pairs of those on two.
 std::tuple<std::size_t, IntArray2> sizes_of(const HeldGates& held) {
   GateList pairs;
@@ -71,10 +124,8 @@ std::tuple<std::size_t, IntArray2> sizes_of(const HeldGates& held) {
   return {others, to_numpy(pairs)};
 }
 
-}  // namespace
-
+/// Of Gates of the package, which are known to be valid and are none that are made of others.
 HeldGates read_gates(nb::handle operations) {
-  constexpr std::size_t per_look = 1 << 12;
   const Fields fields;
   HeldGates held;
   held.gates.reserve(nb::len(operations));
@@ -86,6 +137,8 @@ HeldGates read_gates(nb::handle operations) {
   return held;
 }
 
+}  // namespace
+
 void bind_held_gates(nb::module_& m) {
   nb::class_<HeldGates>(m, "_HeldGates")
       .def(
@@ -94,8 +147,10 @@ void bind_held_gates(nb::module_& m) {
             new (self) HeldGates(read_gates(operations));
           },
           "operations"_a)
-      .def("__len__", [](const HeldGates& held) { return held.gates.size(); })
-      .def("gates", [](const HeldGates& held) { return held.gates; })
+      .def("written", &written,
+           nb::sig("def written(self) -> tuple[list[tuple[str, tuple[int, ...], "
+                   "list[float | Parameter]]], list[int]]"))
+      .def("width", &width_of)
       .def("sizes", &sizes_of);
 }
 

@@ -14,8 +14,4 @@ struct HeldGates {
   std::vector<structures::Gate> gates;
 };
 
-/// Of Gates of the package, which are known to be valid and are none that are made of others.
-/// Ctrl-C ends it.
-HeldGates read_gates(nanobind::handle operations);
-
 }  // namespace zelt::braidwerk::python

@@ -51,16 +51,26 @@ def _gates(
 def of_core(n: int, gates: Iterable[_core.Gate], sources: Sources = NO_SOURCES) -> Circuit:
     """From gates of the compiled part, which are known to be valid. Their symbols stand for those
     of other packages in ``sources``. Gates are written when they are first asked for."""
-    return Circuit._later(n, lambda: _of_core(gates, sources))
+    return Circuit._later(n, lambda: tuple([Gate._of_core(gate, sources) for gate in gates]))
 
 
 def of_held(n: int, held: _core._HeldGates, sources: Sources = NO_SOURCES) -> Circuit:
-    """The same of gates on one and two qubits that the compiled part holds."""
-    return Circuit._later(n, lambda: _of_core(held.gates(), sources), held.sizes)
+    """The same of gates that the compiled part holds."""
+    sizes = held.sizes if held.width() <= 2 else None
+    return Circuit._later(n, lambda: _written(held, sources), sizes)
 
 
-def _of_core(gates: Iterable[_core.Gate], sources: Sources) -> tuple[Gate, ...]:
-    return tuple([Gate._of_core(gate, sources) for gate in gates])
+def _written(held: _core._HeldGates, sources: Sources) -> tuple[Gate, ...]:
+    parts, places = held.written()
+    gates = [
+        Gate._trusted(name, qubits, tuple([
+            Parameter._number(angle) if isinstance(angle, float)
+            else Parameter._of_core(angle, sources)
+            for angle in angles
+        ]))
+        for name, qubits, angles in parts
+    ]  # fmt: skip
+    return tuple([gates[place] for place in places])
 
 
 def _gate(row: tuple[int, ...], angles: Sequence[Parameter], place: Sequence[int]) -> Gate:

@@ -118,8 +118,8 @@ class Assembly:
             )
             return made(found, gates, rounding, stages, front=parts)
 
-        best = call.run(_core._optimize_circuit, result, piece.n, _core._HeldGates(piece.operations),
-            **self.options)
+        given = _core._HeldGates(piece.operations)
+        best = call.run(_core._optimize_circuit, result, piece.n, given, **self.options)
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
         return best
 

@@ -23,7 +23,7 @@ import numpy as np
 
 from zeltbraidwerk import _calls, _core, _operators, _renamed, _validate, errors, limits
 from zeltbraidwerk._family import Call, Family, Found, Movable
-from zeltbraidwerk._operations import of_core
+from zeltbraidwerk._operations import of_core, of_held
 from zeltbraidwerk._optimize_pieces import Assembly
 from zeltbraidwerk._optimize_results import Optimization
 from zeltbraidwerk._results import Objective, Tail
@@ -296,7 +296,7 @@ def _result(
     operator = CliffordTableau._wrap(frame.inverse())
     n = source.n
     qubits, width = call.qubits(n), call.width(n)
-    routed = placed(of_core(n, gates.gates(), source._sources()), qubits, width)
+    routed = placed(of_held(n, gates, source._sources()), qubits, width)
     rotates = np.array([gate.name == "RZ" for gate in routed], dtype=np.bool_)
     if qubits != tuple(range(width)):
         left = of_core(n, _core.clifford_circuit(operator._core))
