@@ -115,6 +115,9 @@ def optimized(draw, n):
         place = draw.randint(0, len(gates))
         gates.insert(place, Barrier(draw.sample(range(n), draw.randint(1, n))))
     given = Circuit(n, gates + ending)
+    in_pieces = any(isinstance(gate, Barrier) for gate in gates)
+    if ground is not None and not in_pieces and draw.chance(0.1):
+        options["router"] = "qiskit"
 
     def check(result):
         free = options["permutation"] == "free"
@@ -145,7 +148,6 @@ def optimized(draw, n):
         if ground is None and not by_depth:
             assert result.count <= before[0]
         # Layers are kept in each piece between barriers, not in all together.
-        in_pieces = any(isinstance(gate, Barrier) for gate in gates)
         if ground is None and not in_pieces and (by_depth or options["keep_depth"]):
             assert result.depth <= before[1]
 

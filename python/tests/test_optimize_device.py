@@ -115,6 +115,18 @@ def test_circuits_that_fit_elsewhere_take_no_swaps(router):
     assert zb.optimize(source, jobs=2, **options) == result
 
 
+def test_idle_qubits_stand_where_they_did_in_the_call_before():
+    pytest.importorskip("qiskit")
+    edges = [(0, 3), (0, 12), (1, 4), (1, 11), (2, 6), (2, 10), (3, 8), (5, 7), (5, 13), (6, 7),
+             (8, 10), (9, 13), (11, 12)]  # fmt: skip
+    source = Circuit(9, [Gate.cnot(0, 6), Gate.h(2), Gate.cnot(8, 2)])
+    options = {"device": Device(14, edges), "router": "qiskit", "seed": 1, "steps": 8}
+    first = zb.optimize(source, **options)
+    assert first.verify()
+    for _ in range(8):
+        assert zb.optimize(source, **options).placement == first.placement
+
+
 @pytest.mark.parametrize("permutation", ["exact", "free"])
 @pytest.mark.parametrize("router", ["own", "qiskit"])
 def test_windows_of_numbers_before_and_after_routing_are_proven(router, permutation):

@@ -56,7 +56,7 @@ OTHERS = {
     "graph form": (lambda: stabilizers(200), lambda t: core.graph_state_codiag(*t, 0), {}),
     "matching": (lambda: np.arange(2500**2).reshape(2500, 2500) % 1009,
                  lambda w: core.BlossomAlgorithm(w, 2500), {}),
-    "large circuit": (lambda: circuit(30, 40_000), zb.optimize, ENDLESS),
+    "large circuit": (lambda: circuit(50, 100_000), zb.optimize, ENDLESS),
     "sets": (lambda: rotations(20, 800, 9), pauli.synthesize,
              {"method": "sets", "restarts": 9**9}),
     "route": (lambda: circuit(12, 900), lambda c, **own: routing.route(c, "grid:3x4", **own),

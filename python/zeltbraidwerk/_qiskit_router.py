@@ -35,4 +35,20 @@ def routes(
         ends = [0] * device.n
         for start in first:
             ends[start] = moved[start]
-        yield Route(Circuit.from_qiskit(found), first[: circuit.n], tuple(ends))
+        routed = Circuit.from_qiskit(found)
+        starts = first[: circuit.n]
+        if given is None:
+            starts = _with_idle_in_order(circuit, routed, starts)
+        yield Route(routed, starts, tuple(ends))
+
+
+def _with_idle_in_order(circuit: Circuit, routed: Circuit, starts: Placement) -> Placement:
+    """With the qubits that nothing is done to on the first that are free: Qiskit's layout on
+    matching edges puts them elsewhere from call to call."""
+    busy = {q for gate in circuit for q in gate.qubits}
+    passed = {q for gate in routed for q in gate.qubits}
+    moved = [k for k, start in enumerate(starts) if k not in busy and start not in passed]
+    kept = {start for k, start in enumerate(starts) if k not in moved}
+    free = (q for q in range(routed.n) if q not in passed and q not in kept)
+    places = dict(zip(moved, free, strict=False))
+    return tuple(places.get(k, start) for k, start in enumerate(starts))
