@@ -51,8 +51,10 @@ class KindCounts {
     for (int w = 0; w < words_; ++w) {
       const Word x_of_x = images.x(wire)[w];
       const Word z_of_x = images.z(wire)[w];
-      const Word x_of_z = from(images.x(wire), images.words(), n + w * word_bits);
-      const Word z_of_z = from(images.z(wire), images.words(), n + w * word_bits);
+      const int left = std::min(n - w * word_bits, word_bits);
+      const auto of_z = static_cast<std::size_t>(n + w * word_bits);
+      const Word x_of_z = read_bits(images.x(wire), of_z, left);
+      const Word z_of_z = read_bits(images.z(wire), of_z, left);
       const Word anticommuting = (x_of_x & z_of_z) ^ (z_of_x & x_of_z);
       const Word some_x = x_of_x | z_of_x;
       const Word some_z = x_of_z | z_of_z;
@@ -64,21 +66,9 @@ class KindCounts {
       }
     }
   }
-  /// The bits of a plane from a place on.
-  static Word from(const Word* plane, int words, int place) {
-    const int w = place / word_bits;
-    const int shift = place % word_bits;
-    const Word low = plane[w] >> shift;
-    return shift == 0 || w + 1 == words ? low : low | plane[w + 1] << (word_bits - shift);
-  }
-  void count(std::size_t kind, int w, Word carry) {
+  void count(std::size_t kind, int w, Word places) {
     BitMatrix& digits = numbers_[kind];
-    for (int k = 0; carry != 0; ++k) {
-      Word& digit = digits.row(k)[w];
-      const Word both = digit & carry;
-      digit ^= carry;
-      carry = both;
-    }
+    add_ones(digits.row(0) + w, static_cast<std::size_t>(digits.stride()), places);
   }
   int number(std::size_t kind, int q) const {
     int number = 0;

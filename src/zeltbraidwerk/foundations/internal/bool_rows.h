@@ -51,6 +51,16 @@ inline void write_bits(Word* words, std::size_t first, int count, Word bits) {
   }
 }
 
+/// Adds 1 to the bit-sliced numbers in the places that are set: digit k of all is at
+/// digits[k * stride].
+inline void add_ones(Word* digits, std::size_t stride, Word places) {
+  for (; places != 0; digits += stride) {
+    const Word both = *digits & places;
+    *digits ^= places;
+    places = both;
+  }
+}
+
 /// Calls f for the number of each set bit, ascending. Each word is read once, before f sees its
 /// bits, so f may change the words.
 template <class F>

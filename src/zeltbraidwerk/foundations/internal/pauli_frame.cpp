@@ -135,12 +135,7 @@ void count_letters(const Word* x, const Word* z, const Word* mask, int words, in
 /// Adds 1 to the bit-sliced number of each row set in x or z; its digits stand `words` apart.
 void count_support(const Word* x, const Word* z, Word* digits, int words) {
   for (int w = 0; w < words; ++w) {
-    Word carry = x[w] | z[w];
-    for (Word* digit = digits + w; carry != 0; digit += words) {
-      const Word both = *digit & carry;
-      *digit ^= carry;
-      carry = both;
-    }
+    add_ones(digits + w, static_cast<std::size_t>(words), x[w] | z[w]);
   }
 }
 
