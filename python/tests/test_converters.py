@@ -375,6 +375,17 @@ def test_what_pytket_has_and_we_do_not(tket):
 # --- Stim ---------------------------------------------------------------------------------------
 
 
+def test_files_of_stim(stim, tmp_path):
+    path = tmp_path / "circuit.stim"
+    path.write_bytes(b"H 1  # a comment\rREPEAT 2 {\nCX 1 0\n}\r\n")
+    assert Circuit.of(path) == Circuit.of(str(path)) == Circuit(
+        2, [Gate.h(1), Gate.cnot(1, 0), Gate.cnot(1, 0)]
+    )  # fmt: skip
+    path.write_text("H 0\nREPEAT 2 {\nCX 0 1\nCX 0 1 2\n}\nFOO 1\n")
+    with pytest.raises(errors.GateError, match="^line 4: Two qubit gate CX"):
+        Circuit.of(path)
+
+
 def test_all_unitary_gates_of_stim(stim):
     for name, data in stim.gate_data().items():
         if not data.is_unitary or name.startswith("SPP"):
