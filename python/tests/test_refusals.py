@@ -14,7 +14,7 @@ from zeltbraidwerk import core, errors
 CASES = r"""
 # circuits
 CnotCircuit(2, [(0, 2)]) -> QubitError: gates: got qubit 2, wanted 0 to 1
-CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
+CnotCircuit(2, [(1, 1)]) -> QubitError: gates: got qubit 1 twice in a pair
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
@@ -111,7 +111,12 @@ linear.synthesize(EYE, method='syndrome', width=300, lookahead=4) -> TooLargeErr
 
 # devices
 Device(2, [(0, 2)]) -> QubitError: edges: got qubit 2, wanted 0 to 1
-Device(2, [(1, 1)]) -> QubitError: edges: got control and target both 1
+Device(2, [(1, 1)]) -> QubitError: edges: got qubit 1 twice in a pair
+Device.of([(0, -1)]) -> QubitError: device: got qubit -1, wanted 0 or more
+Device.of("LINE:4") -> DeviceError: did you mean .line.
+Device.of("heavyhex:3x9") -> DeviceError: did you mean .heavy-hex.
+linear.synthesize(EYE, method="PMH") -> UnknownMethodError: did you mean .pmh.
+graph_state.synthesize([(0, 1), (1, 2)]) -> EntryError: entry 2, .* of edges make a graph of networkx
 Device(-1, []) -> OptionError: n: got -1
 Device(2, [(0, 1)], labels=['a']) -> ShapeError: labels: got 1, wanted 2
 Device(2, [(0, 1)], labels=['a', 'a']) -> DeviceError: labels: got 'a' twice

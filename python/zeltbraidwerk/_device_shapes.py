@@ -66,7 +66,7 @@ def known(name: Any, argument: str) -> Shape:
         raise errors.DeviceError(
             f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(listed)}, or "
             "a shape such as line:10, grid:4x4, heavy-hex:3x9 or all-to-all:8"
-            f"{_validate.meant(name, listed)}"
+            f"{_validate.meant(name, listed) or _validate.meant(shape, _SHAPES)}"
         )
     pairs = listed[name]
     return 1 + max(map(max, pairs)), list(pairs), name
