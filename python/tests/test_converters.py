@@ -382,7 +382,7 @@ def test_files_of_stim(stim, tmp_path):
         2, [Gate.h(1), Gate.cnot(1, 0), Gate.cnot(1, 0)]
     )  # fmt: skip
     path.write_text("H 0\nREPEAT 2 {\nCX 0 1\nCX 0 1 2\n}\nFOO 1\n")
-    with pytest.raises(errors.GateError, match="^line 4: Two qubit gate CX"):
+    with pytest.raises(errors.GateError, match=r"^line 4: Two qubit gate CX"):
         Circuit.of(path)
 
 

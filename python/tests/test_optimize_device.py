@@ -160,8 +160,9 @@ def test_no_time_gives_the_circuit_with_its_ending():
     assert result.global_phase == 0
 
 
-CONTROLLED = """qreg q[4]; creg c[1]; cx q[0],q[1]; t q[1]; cx q[1],q[2]; if(c==1) cx q[0],q[2]; h q[2];
-cx q[2],q[3]; if(c==1) cx q[3],q[0]; if(c==1) cz q[1],q[3]; cx q[0],q[3]; measure q[0] -> c[0];"""
+CONTROLLED = """qreg q[4]; creg c[1]; cx q[0],q[1]; t q[1]; cx q[1],q[2]; if(c==1) cx q[0],q[2];
+h q[2]; cx q[2],q[3]; if(c==1) cx q[3],q[0]; if(c==1) cz q[1],q[3]; cx q[0],q[3];
+measure q[0] -> c[0];"""
 
 
 @pytest.mark.parametrize("effort", [{"steps": 500}, {"budget": 1e-6}])

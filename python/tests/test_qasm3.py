@@ -54,7 +54,7 @@ def test_gates_of_ours_are_those_of_theirs():
         ("OPENQASM 3; qubit[", "^line 1: cannot read on at '<EOF>'"),
         ("OPENQASM 3; qubit q;\nU(0, 0, 1) q\nU(0, 0, 2) q;", "^line 3: cannot read on at 'U'"),
         ("OPENQASM 3; qubit[2] q;\n\nU(0, 0, 1) q[2];", "^line 3: index out of range"),
-        ("OPENQASM 3; qubit[2] q;\nctrl @ U(0, 0, 1) q[1], q[1];", "^line 2: duplicate bit arguments"),
+        ("OPENQASM 3; qubit[2] q;\nctrl @ U(0, 0, 1) q[1], q[1];", "^line 2: duplicate bit"),
         ("OPENQASM 3; qubit q;\nU(0, 0, 1/0) q;", "^line 2: integer division"),
         ("OPENQASM 3; qubit q; \\", "^OpenQASM 3: token recognition error"),
         ("\nqubit[2] q;", "^line 2: .* begins with 'OPENQASM 3.0;'"),

@@ -67,7 +67,7 @@ def test_texts_of_other_systems(end, reader):
     """A comment that would not end at its line would swallow the gate after it."""
     text = "\ufeff" + end.join(["OPENQASM 2.0;", "qreg q[2];  // two", "CX q[0],q[1];", ""])
     assert Circuit.from_qasm(text, reader=reader) == Circuit(2, [Gate.cnot(0, 1)])
-    with pytest.raises(errors.QasmError, match="^line 4: the gate foo"):
+    with pytest.raises(errors.QasmError, match=r"^line 4: the gate foo"):
         Circuit.from_qasm(text + "foo q[0];", reader=reader)
 
 

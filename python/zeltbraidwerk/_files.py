@@ -56,8 +56,8 @@ def within(file: BinaryIO, most: int, name: str) -> bytes:
 
 
 def decoded(data: bytes) -> str:
-    """Text in UTF-8, with or without a byte order mark, whose lines end with ``\\n``: a lone ``\\r`` would
-    not end a comment."""
+    """Text in UTF-8, with or without a byte order mark, whose lines are made to end with a line
+    feed: a carriage return alone would not end a comment."""
     return data.decode("utf-8-sig").replace("\r\n", "\n").replace("\r", "\n")
 
 

@@ -46,13 +46,14 @@ def read(text: Any) -> Read:
 
 
 def _told(error: Exception) -> str:
-    """Where the importer, or its parser, has stopped, and why. Most errors do not tell the line: it is
-    that of the token, or of the innermost node that was visited."""
+    """Where the importer, or its parser, has stopped, and why. Most errors do not tell the line: it
+    is that of the token, or of the innermost node that was visited."""
     cause = error.__cause__ or error
     if token := getattr(next(iter(cause.args), None), "offendingToken", None):
         return f"line {token.line}: cannot read on at {_validate.shown(token.text)}"
-    nodes = [frame.f_locals.get("node") for frame, _ in traceback.walk_tb(cause.__traceback__)]
-    lines = [node.span.start_line for node in nodes if getattr(node, "span", None)]
-    place = f"line {lines[-1]}" if lines else "OpenQASM 3"
+    place = "OpenQASM 3"
+    for frame, _ in traceback.walk_tb(cause.__traceback__):
+        if span := getattr(frame.f_locals.get("node"), "span", None):
+            place = f"line {span.start_line}"
     why = " ".join(str(getattr(error, "message", error)).split())
     return f"{place}: {re.sub(r'^[0-9]+,[0-9]+: |^L[0-9]+:C[0-9]+: ', '', why)}"

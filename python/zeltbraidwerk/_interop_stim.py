@@ -118,8 +118,8 @@ class _Step:
 
 
 def of_text(text: str) -> Any:
-    """Stim's circuit of a text. Stim does not tell the line of an error: texts up to a line before it do
-    not have it."""
+    """Stim's circuit of a text. Stim does not tell the line of an error, which is the first one
+    with which the text up to it has the same error."""
     make = _interop._package("stim").Circuit
     lines = text.splitlines()
 

@@ -206,8 +206,8 @@ class Optimization(Result):
 
 
 def _exchanged(source: Circuit, circuit: Circuit) -> Circuit:
-    """The source with its controlled gates between the qubits where ``circuit`` has them: where the first
-    qubit is another one, both are exchanged before the gate and after it."""
+    """The source with its controlled gates between the qubits where ``circuit`` has them: where the
+    first qubit is another one, both are exchanged before the gate and after it."""
     there = iter(pieces_of(circuit)[1])
     made: list[Operation] = []
     for item in source:

@@ -37,8 +37,8 @@ _LATER = "; a program of OpenQASM 3 begins with 'OPENQASM 3.0;'"
 
 
 def plain(text: str) -> str:
-    """Without comments, a byte order mark, and ends of lines but ``\\n``. Line numbers stay the same.
-    ``/* */`` is not in the standard, but used in files."""
+    """Without comments and a byte order mark, all lines ended by a line feed. Line numbers stay the
+    same. ``/* */`` is not in the standard, but used in files."""
     text = text.removeprefix("\ufeff")
     if "\r" in text:
         text = text.replace("\r\n", "\n").replace("\r", "\n")

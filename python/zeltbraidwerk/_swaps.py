@@ -84,8 +84,8 @@ def plainly(circuit: Circuit, device: Device) -> Circuit:
 
 
 def with_conditions_on_edges(circuit: Circuit, device: Device) -> Circuit:
-    """Each classically controlled gate that is on no edge is put on one: around it, a SWAP exchanges its
-    first qubit with the neighbor of the second. The SWAPs themselves may be on no edge."""
+    """Each classically controlled gate that is on no edge is put on one: around it, a SWAP
+    exchanges its first qubit with a neighbor of the second. SWAPs may themselves be on no edge."""
     made: list[Operation] = []
     for item in circuit.operations:
         there: list[Gate] = []

@@ -217,7 +217,7 @@ def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
         raise errors.QubitError(f"{name}: got qubit {outside[0]}, wanted 0 to {n - 1}")
     same = found[found[:, 0] == found[:, 1]]
     if same.size:
-        raise errors.QubitError(f"{name}: got qubit {same[0, 0]} twice in a pair, wanted two qubits")
+        raise errors.QubitError(f"{name}: got qubit {same[0, 0]} twice in a pair, wanted two")
     return frozen(found.astype(np.int32))
 
 

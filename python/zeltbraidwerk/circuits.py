@@ -232,7 +232,8 @@ class Circuit(CircuitBase):
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
         pytket, Stim, PyZX or Cirq, a script of PennyLane, a graph of PyZX, text in OpenQASM 2 or 3,
-        or the path of a file with such text, or with Stim's if it ends in ``.stim``. Its gates are those of :meth:`elementary`."""
+        or the path of a file with such text, or with Stim's if it ends in ``.stim``. Its gates are
+        those of :meth:`elementary`."""
         if isinstance(source, Circuit):
             return source.elementary()
         if isinstance(source, CnotCircuit):
