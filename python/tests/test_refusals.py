@@ -207,6 +207,7 @@ pauli.synthesize([((0, 4), 1.0)]) -> PauliError: got the code 4
 pauli.synthesize((['XX'], [1, 2])) -> ShapeError: 1 strings, 2 angles
 pauli.synthesize({}, order='any') -> OptionError: order: got 'any'
 pauli.synthesize({}, tail='return', permutation='free') -> OptionError: no tail is closed
+pauli.synthesize({'XX': 1}, device='line:2', permutation='free') -> OptionError: permutation: got 'free', wanted 'exact' on a device
 pauli.synthesize({'XXX': 1}, device=Device.line(2)) -> DeviceTooSmallError: wanted at least 3
 pauli.synthesize({'XX': 1}, method='greedy', device=Device.line(2)) -> UnknownMethodError: on a device
 pauli.codiagonalize(['XI', 'ZI']) -> PauliError: got XI and ZI
