@@ -240,7 +240,7 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
     for add, text in (
         (with_else, "instruction 1: got if_test with an else"),
         (in_a_loop, "instruction 1: got while_loop, wanted if_test"),
-        (by_an_expression, "instruction 1: got if_test of an expression, wanted if_test of one register"),
+        (by_an_expression, "instruction 1: got if_test of an expression, wanted if_test"),
         (into_its_condition, "instruction 1: got a measurement, under a condition, into a bit"),
         (unknown, "instruction 1: got foo, which Qiskit cannot take apart"),
     ):
