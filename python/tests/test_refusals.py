@@ -114,6 +114,7 @@ Device(2, [(0, 2)]) -> QubitError: edges: got qubit 2, wanted 0 to 1
 Device(2, [(1, 1)]) -> QubitError: edges: got qubit 1 twice in a pair
 Device.of([(0, -1)]) -> QubitError: device: got qubit -1, wanted 0 or more
 Device.of("LINE:4") -> DeviceError: did you mean .line.
+Device.of("grid:4") -> DeviceError: all-to-all:8$
 Device.of("heavyhex:3x9") -> DeviceError: did you mean .heavy-hex.
 linear.synthesize(EYE, method="PMH") -> UnknownMethodError: did you mean .pmh.
 graph_state.synthesize([(0, 1), (1, 2)]) -> EntryError: entry 2, .* of edges make a graph of networkx
