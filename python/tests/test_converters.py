@@ -238,9 +238,9 @@ def test_what_qiskit_has_and_we_do_not(qiskit):
         circuit.append(qiskit.circuit.Gate("foo", 1, []), [0])
 
     for add, text in (
-        (with_else, "instruction 1: got if with else"),
+        (with_else, "instruction 1: got if_test with an else"),
         (in_a_loop, "instruction 1: got while_loop, wanted if_test"),
-        (by_an_expression, "instruction 1: got if, wanted if_test of one register or bit"),
+        (by_an_expression, "instruction 1: got if_test of an expression, wanted if_test"),
         (into_its_condition, "instruction 1: got a measurement, under a condition, into a bit"),
         (unknown, "instruction 1: got foo, which Qiskit cannot take apart"),
     ):
@@ -373,6 +373,17 @@ def test_what_pytket_has_and_we_do_not(tket):
 
 
 # --- Stim ---------------------------------------------------------------------------------------
+
+
+def test_files_of_stim(stim, tmp_path):
+    path = tmp_path / "circuit.stim"
+    path.write_bytes(b"H 1  # a comment\rREPEAT 2 {\nCX 1 0\n}\r\n")
+    assert Circuit.of(path) == Circuit.of(str(path)) == Circuit(
+        2, [Gate.h(1), Gate.cnot(1, 0), Gate.cnot(1, 0)]
+    )  # fmt: skip
+    path.write_text("H 0\nREPEAT 2 {\nCX 0 1\nCX 0 1 2\n}\nFOO 1\n")
+    with pytest.raises(errors.GateError, match=r"^line 4: Two qubit gate CX"):
+        Circuit.of(path)
 
 
 def test_all_unitary_gates_of_stim(stim):

@@ -122,6 +122,7 @@ def test_strings_of_pytket(tket):
 def test_adjacency_matrices():
     path = np.array([[0, 1, 0], [1, 0, 1], [0, 1, 0]])
     assert zb.Device.of(path) == zb.Device.of(path.astype(bool)) == zb.Device(3, [(0, 1), (1, 2)])
+    assert zb.Device.of(path.tolist()) == zb.Device.of(path)
     for strange in (np.triu(path), np.ones((3, 3), dtype=int)):
         with pytest.raises(errors.GraphError, match="device: got an adjacency matrix"):
             zb.Device.of(strange)

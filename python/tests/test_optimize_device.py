@@ -1,13 +1,14 @@
 """Whole circuits on devices: placements, SWAPs, and what comes back."""
 
 import random
+from dataclasses import replace
 from itertools import pairwise
 
 import pytest
 from support import same_up_to_phase, unitary
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import Circuit, Device, Gate, _placement, _swaps, errors
+from zeltbraidwerk import Circuit, Device, Gate, _optimize_device, _placement, _swaps, errors
 
 GRID = Device.grid(3, 3)
 
@@ -169,3 +170,58 @@ def test_no_time_gives_the_circuit_with_its_ending():
     result = zb.optimize("qreg q[4];" + early, device=Device.line(4), budget=1e-6, seed=1)
     assert result.verify()
     assert result.global_phase == 0
+
+
+CONTROLLED = """qreg q[4]; creg c[1]; cx q[0],q[1]; t q[1]; cx q[1],q[2]; if(c==1) cx q[0],q[2];
+h q[2]; cx q[2],q[3]; if(c==1) cx q[3],q[0]; if(c==1) cz q[1],q[3]; cx q[0],q[3];
+measure q[0] -> c[0];"""
+
+
+@pytest.mark.parametrize("effort", [{"steps": 500}, {"budget": 1e-6}])
+@pytest.mark.parametrize("permutation", ["exact", "free"])
+@pytest.mark.parametrize("device", [Device.line(4), Device(4, [(3, 0), (3, 1), (3, 2)])])
+def test_controlled_gates_are_on_edges(device, permutation, effort):
+    source = Circuit.of(CONTROLLED)
+    result = zb.optimize(source, device=device, permutation=permutation, seed=1, **effort)
+    assert device.fits(result.circuit)
+    assert result.verify()
+    assert zb.from_json(result.to_json()).verify()
+    assert result.circuit.operations[-1].qubit == result.placement[result.permutation[0]]
+    for bit in (0, 1):
+        wanted = Circuit(4, gates_where(source, bit)).placed(result.placement, 4)
+        found = Circuit(4, gates_where(result.circuit, bit))
+        wires = [0] * 4
+        for q, wire in enumerate(result.permutation):
+            wires[result.placement[wire]] = result.placement[q]
+        assert same_up_to_phase(unitary(wanted), permuted(unitary(found), wires))
+    wrong = [Gate.cnot(*device.edges[0]), *result.circuit]
+    assert not replace(result, circuit=Circuit(4, wrong, source.classical)).verify()
+
+
+def test_long_circuits_with_a_measurement_in_the_middle(monkeypatch):
+    monkeypatch.setattr(_optimize_device, "_MOST_WORK", 10)
+    result = zb.optimize(CONTROLLED, device=Device.line(4), seed=1, steps=500)
+    assert result.verify()
+
+
+def gates_where(circuit, bit):
+    """Those that are carried out where the bit has that value all the time."""
+    kept = []
+    for item in circuit:
+        if isinstance(item, zb.Conditional) and item.value == bit:
+            kept.append(item.gate)
+        elif isinstance(item, Gate):
+            kept.append(item)
+    return kept
+
+
+def permuted(matrix, wires):
+    """With output w on wire ``wires[w]``."""
+    exchange = Circuit(4)  # by SWAPs
+    at = list(wires)
+    for wire in range(4):
+        while at[wire] != wire:
+            a, b = wire, at[wire]
+            exchange = exchange + Circuit(4, [Gate.cnot(a, b), Gate.cnot(b, a), Gate.cnot(a, b)])
+            at[a], at[b] = at[b], at[a]
+    return unitary(exchange) @ matrix

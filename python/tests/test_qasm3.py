@@ -21,6 +21,7 @@ c[1] = measure a[0]; if (c[1]) { x b; } reset b;
 def test_a_program(tmp_path):
     pytest.importorskip("qiskit_qasm3_import")
     circuit = Circuit.of(PROGRAM)
+    assert Circuit.of("\ufeff" + PROGRAM) == circuit
     angle = np.pi / 3
     wanted = Circuit.from_qasm(
         f"qreg q[3]; h q[0]; cx q[0],q[1]; rz({angle}) q[2]; rz({2 * angle}) q[2]; sdg q[2]; "
@@ -49,8 +50,15 @@ def test_gates_of_ours_are_those_of_theirs():
 @pytest.mark.parametrize(
     ("text", "complaint"),
     [
-        ("OPENQASM 3; qubit q; foo q;", "1,21: gate 'foo' is not defined"),
-        ("OPENQASM 3; qubit[", "line 1:18"),
+        ("OPENQASM 3; qubit q; foo q;", "^line 1: gate 'foo' is not defined"),
+        ("OPENQASM 3; qubit[", "^line 1: cannot read on at '<EOF>'"),
+        ("OPENQASM 3; qubit q;\nU(0, 0, 1) q\nU(0, 0, 2) q;", "^line 3: cannot read on at 'U'"),
+        ("OPENQASM 3; qubit[2] q;\n\nU(0, 0, 1) q[2];", "^line 3: index out of range"),
+        ("OPENQASM 3; qubit[2] q;\nctrl @ U(0, 0, 1) q[1], q[1];", "^line 2: duplicate bit"),
+        ("OPENQASM 3; qubit q;\nU(0, 0, 1/0) q;", "^line 2: integer division"),
+        ("OPENQASM 3; qubit q; \\", "^OpenQASM 3: token recognition error"),
+        ("\nqubit[2] q;", "^line 2: .* begins with 'OPENQASM 3.0;'"),
+        ('include "stdgates.inc";', "begins with 'OPENQASM 3.0;'"),
         ('OPENQASM 3; include "other.inc"; qubit q;', "stdgates.inc alone"),
         ("OPENQASM 3; int x = 5;", "type 'int'"),
     ],

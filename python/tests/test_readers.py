@@ -61,6 +61,16 @@ OF_NO_HEADER = {
 }
 
 
+@pytest.mark.parametrize("end", ["\r\n", "\r"])
+@pytest.mark.parametrize("reader", ["own", "auto"])
+def test_texts_of_other_systems(end, reader):
+    """A comment that would not end at its line would swallow the gate after it."""
+    text = "\ufeff" + end.join(["OPENQASM 2.0;", "qreg q[2];  // two", "CX q[0],q[1];", ""])
+    assert Circuit.from_qasm(text, reader=reader) == Circuit(2, [Gate.cnot(0, 1)])
+    with pytest.raises(errors.QasmError, match=r"^line 4: the gate foo"):
+        Circuit.from_qasm(text + "foo q[0];", reader=reader)
+
+
 def test_gates_of_the_header_by_their_matrices():
     """Those of Qiskit, which has its own definitions."""
     qasm2 = pytest.importorskip("qiskit.qasm2")

@@ -14,7 +14,7 @@ from zeltbraidwerk import core, errors
 CASES = r"""
 # circuits
 CnotCircuit(2, [(0, 2)]) -> QubitError: gates: got qubit 2, wanted 0 to 1
-CnotCircuit(2, [(1, 1)]) -> QubitError: control and target both 1
+CnotCircuit(2, [(1, 1)]) -> QubitError: gates: got qubit 1 twice in a pair
 CnotCircuit(2, [(0, 1, 1)]) -> ShapeError: got shape \(1, 3\)
 CnotCircuit(-1) -> OptionError: n: got -1, wanted 0 to
 CnotCircuit(1) + CnotCircuit(2) -> ShapeError: 1 and 2 qubits
@@ -111,7 +111,13 @@ linear.synthesize(EYE, method='syndrome', width=300, lookahead=4) -> TooLargeErr
 
 # devices
 Device(2, [(0, 2)]) -> QubitError: edges: got qubit 2, wanted 0 to 1
-Device(2, [(1, 1)]) -> QubitError: edges: got control and target both 1
+Device(2, [(1, 1)]) -> QubitError: edges: got qubit 1 twice in a pair
+Device.of([(0, -1)]) -> QubitError: device: got qubit -1, wanted 0 or more
+Device.of("LINE:4") -> DeviceError: did you mean .line.
+Device.of("grid:4") -> DeviceError: all-to-all:8$
+Device.of("heavyhex:3x9") -> DeviceError: did you mean .heavy-hex.
+linear.synthesize(EYE, method="PMH") -> UnknownMethodError: did you mean .pmh.
+graph_state.synthesize([(0, 1), (1, 2)]) -> EntryError: entry 2, .* of edges make a graph of networkx
 Device(-1, []) -> OptionError: n: got -1
 Device(2, [(0, 1)], labels=['a']) -> ShapeError: labels: got 1, wanted 2
 Device(2, [(0, 1)], labels=['a', 'a']) -> DeviceError: labels: got 'a' twice
@@ -202,6 +208,7 @@ pauli.synthesize([((0, 4), 1.0)]) -> PauliError: got the code 4
 pauli.synthesize((['XX'], [1, 2])) -> ShapeError: 1 strings, 2 angles
 pauli.synthesize({}, order='any') -> OptionError: order: got 'any'
 pauli.synthesize({}, tail='return', permutation='free') -> OptionError: no tail is closed
+pauli.synthesize({'XX': 1}, device='line:2', permutation='free') -> OptionError: permutation: got 'free', wanted 'exact' on a device
 pauli.synthesize({'XXX': 1}, device=Device.line(2)) -> DeviceTooSmallError: wanted at least 3
 pauli.synthesize({'XX': 1}, method='greedy', device=Device.line(2)) -> UnknownMethodError: on a device
 pauli.codiagonalize(['XI', 'ZI']) -> PauliError: got XI and ZI

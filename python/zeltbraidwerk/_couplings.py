@@ -93,9 +93,12 @@ def _data_of_nodes(value: Any, n: int) -> list[Any] | None:
 
 
 def is_adjacency(value: Any) -> bool:
-    """Whether it is a sparse matrix, or a square array that cannot be one of pairs."""
+    """Whether it is a sparse matrix, or a square array or list that cannot be one of pairs."""
     if _validate.comes_from(value, "scipy") and hasattr(value, "toarray"):
         return True
+    if isinstance(value, (list, tuple)):
+        rows = [len(row) for row in value if isinstance(row, (list, tuple))]
+        return len(value) > 2 and rows == [len(value)] * len(value)
     shape = getattr(value, "shape", None)
     return isinstance(shape, tuple) and len(shape) == 2 and shape[0] == shape[1] != 2
 
@@ -115,6 +118,8 @@ def of_edges(value: Any, name: str) -> Coupling:
     """Of pairs, with the qubits 0 to the greatest number in them."""
     pairs = _validate.pairs(list(value) if isinstance(value, (set, frozenset)) else value, name)
     least = int(pairs.min(initial=2**31 - 1))
+    if least < 0:
+        raise errors.QubitError(f"{name}: got qubit {least}, wanted 0 or more")
     if len(pairs) and least > 0:
         raise errors.DeviceError(
             f"{name}: got {least} as the least qubit, wanted qubits from 0 up; where those below "

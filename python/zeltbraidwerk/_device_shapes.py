@@ -63,10 +63,11 @@ def known(name: Any, argument: str) -> Shape:
         if len(numbers) == 1 + (shape in ("grid", "heavy-hex")):
             return make(*numbers)
     if not isinstance(name, str) or name not in listed:
+        other = () if shape in _SHAPES else _SHAPES  # a known shape of a wrong size
         raise errors.DeviceError(
             f"{argument}: got {_validate.shown(name)}, wanted one of {', '.join(listed)}, or "
             "a shape such as line:10, grid:4x4, heavy-hex:3x9 or all-to-all:8"
-            f"{_validate.meant(name, listed)}"
+            f"{_validate.meant(name, listed) or _validate.meant(shape, other)}"
         )
     pairs = listed[name]
     return 1 + max(map(max, pairs)), list(pairs), name

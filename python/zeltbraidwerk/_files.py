@@ -55,9 +55,15 @@ def within(file: BinaryIO, most: int, name: str) -> bytes:
     return data
 
 
+def decoded(data: bytes) -> str:
+    """Text in UTF-8, with or without a byte order mark, whose lines are made to end with a line
+    feed: a carriage return alone would not end a comment."""
+    return data.decode("utf-8-sig").replace("\r\n", "\n").replace("\r", "\n")
+
+
 def text_of(path: str | os.PathLike[str]) -> str:
     try:
-        return bytes_of(path).decode("utf-8-sig")
+        return decoded(bytes_of(path))
     except UnicodeDecodeError:
         raise errors.QasmFileError(
             f"circuit: got the file {str(path)!r}, wanted text in UTF-8"

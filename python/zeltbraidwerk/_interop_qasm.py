@@ -117,7 +117,7 @@ _MOST_INNER = 20_000  # a second or two
 def read(text: Any, reader: str = "auto") -> Read:
     _validate.choice(reader, "reader", READERS)
     _validate.instance(text, "text", str, "OpenQASM 2 as a string")
-    plain = _qasm.without_comments(text)
+    plain = _qasm.plain(text)
     if reader == "qiskit":
         if (most := max(_sizes(plain).values())) > limits.get("bits"):
             raise errors.QasmTooLargeError(

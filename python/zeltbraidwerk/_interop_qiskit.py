@@ -238,12 +238,11 @@ class _Reader:
         """An ``if`` without an ``else``; a nested one has both conditions."""
         test = getattr(operation, "condition", None)
         if not isinstance(operation, self._circuit.IfElseOp) or not isinstance(test, tuple):
-            what = operation.name if not isinstance(operation, self._circuit.IfElseOp) else "if"
-            raise errors.GateError(
-                f"{where}: got {what}, wanted if_test of one register or bit at most"
-            )
+            is_if = isinstance(operation, self._circuit.IfElseOp)
+            what = "if_test of an expression" if is_if else operation.name
+            raise errors.GateError(f"{where}: got {what}, wanted if_test of one register or bit")
         if len(operation.blocks) > 1:
-            raise errors.GateError(f"{where}: got if with else, wanted if_test alone")
+            raise errors.GateError(f"{where}: got if_test with an else, wanted if_test alone")
         source, value = test
         asked = [source] if isinstance(source, self._circuit.Clbit) else source
         bits = tuple([targets[bit] for bit in asked])

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+from bisect import bisect_left
 from collections.abc import Sequence
 from dataclasses import dataclass
 from functools import cache, cached_property
@@ -114,6 +115,27 @@ class _Step:
     @cached_property
     def cost(self) -> int:
         return len(self.groups) + self.times * sum(step.cost for step in self.body)
+
+
+def of_text(text: str) -> Any:
+    """Stim's circuit of a text. Stim does not tell the line of an error, which is the first one
+    with which the text up to it has the same error."""
+    make = _interop._package("stim").Circuit
+    lines = text.splitlines()
+
+    def complaint(count: int) -> str:
+        try:
+            make("\n".join(lines[:count]))
+        except (ValueError, IndexError) as error:
+            return " ".join(str(error).split())
+        return ""
+
+    try:
+        return make(text)
+    except (ValueError, IndexError) as error:
+        why = " ".join(str(error).split())
+    line = bisect_left(range(len(lines)), True, key=lambda count: complaint(count) == why)
+    raise errors.GateError(f"line {line}: {why}")
 
 
 def read(circuit: Any) -> Read:

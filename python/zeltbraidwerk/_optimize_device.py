@@ -138,7 +138,7 @@ class OnDevice:
             yield from self._by_swaps(_qiskit_router.routes, given)
             return
         if CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK:
-            yield from self._by_trees()
+            yield from [self._plainly()] if self._has_pieces else self._by_trees()
             return
         routed = []
         for each in self._by_swaps(_swaps.routes, given) if not self._has_pieces else ():
@@ -158,6 +158,7 @@ class OnDevice:
             if self._has_found and self._is_late():
                 return
             wide = self.source.placed(placement, self._device().n)
+            wide = _swaps.with_conditions_on_edges(wide, self._device())
             options = {**self.options, "route": route}
             try:
                 found = Assembly(self._with_share(share / len(places)), wide, options).run()
@@ -173,9 +174,10 @@ class OnDevice:
         start = tuple(range(self.source.n)) if self._start is None else self._start
         # Endings come last, also barriers on qubits that have no gate after them.
         first, ending = (part.placed(start, n) for part in self.source.split_ending())
-        routed = _swaps.plainly(first, self._device())
+        near = _swaps.with_conditions_on_edges(first, self._device())
+        routed = _swaps.plainly(near, self._device())
         whole = Circuit._trusted(n, routed.operations + ending.operations, ending.classical)
-        return Routed.of(self._as_given(whole), start)
+        return Routed.of(replace(self._as_given(whole), _stages=()), start)
 
     def _by_trees(self) -> Iterator[Routed]:
         """As :func:`zeltbraidwerk.routing.route`, for circuits that would take too long."""

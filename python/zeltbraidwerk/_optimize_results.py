@@ -14,7 +14,7 @@ from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Operation
+from zeltbraidwerk.instructions import Conditional, Operation
 
 
 @dataclass(frozen=True)
@@ -167,7 +167,7 @@ class Optimization(Result):
         """The placed source and the circuit without their endings, and these."""
         source, ending = placed(self.source, self.placement[: self.source.n], self.n).split_ending()
         circuit, found_ending = split_last(self.circuit, len(ending.operations))
-        return source, circuit, ending, found_ending
+        return _exchanged(source, circuit), circuit, ending, found_ending
 
     def _changes(
         self, source: Circuit, circuit: Circuit
@@ -201,6 +201,22 @@ class Optimization(Result):
         yield f"{self.after.rotations} rotations"
         if self.after.t:
             yield f"{self.after.t} T gates"
+
+
+def _exchanged(source: Circuit, circuit: Circuit) -> Circuit:
+    """The source with its controlled gates between the qubits where ``circuit`` has them: where the
+    first qubit is another one, both are exchanged before the gate and after it."""
+    there = iter(pieces_of(circuit)[1])
+    made: list[Operation] = []
+    for item in source:
+        swap: list[Gate] = []
+        if not isinstance(item, Gate) and isinstance(found := next(there, None), Conditional):
+            (a, *rest), (b, *others) = item.qubits, found.qubits
+            if isinstance(item, Conditional) and a != b and len(rest) == 1 and rest == others:
+                swap = [Gate.cnot(a, b), Gate.cnot(b, a), Gate.cnot(a, b)]
+                item = item._placed([b if q == a else q for q in range(source.n)])
+        made += [*swap, item, *swap]
+    return Circuit._trusted(source.n, tuple(made), source.classical)
 
 
 def _phase_angle(circuit: Circuit) -> _circuit_check.Angle:

@@ -33,9 +33,15 @@ _VERSION = re.compile(r"OPENQASM\s+(\S+)")
 _INCLUDE = re.compile(r"""include\s*(["'])(.*)\1""")
 _IF = re.compile(r"if\s*\(\s*([A-Za-z_]\w*)\s*==\s*(\d+)\s*\)\s*(.+)", re.ASCII | re.DOTALL)
 
+_LATER = "; a program of OpenQASM 3 begins with 'OPENQASM 3.0;'"
 
-def without_comments(text: str) -> str:
-    """Line numbers stay the same. ``/* */`` is not in the standard, but used in files."""
+
+def plain(text: str) -> str:
+    """Without comments and a byte order mark, all lines ended by a line feed. Line numbers stay the
+    same. ``/* */`` is not in the standard, but used in files."""
+    text = text.removeprefix("\ufeff")
+    if "\r" in text:
+        text = text.replace("\r\n", "\n").replace("\r", "\n")
 
     def blank(match: re.Match[str]) -> str:
         found = match[0]
@@ -161,6 +167,8 @@ class _Reader:
                 self._if(line, text)
             case "measure" | "reset":
                 self._operation(line, word, text, None)
+            case "qubit" | "bit" if word not in self._gates:
+                raise QasmError(f"got {short(text)!r}{_LATER}")
             case _:
                 first = len(self.reading.operations)
                 self._apply(line, text, None)
@@ -179,7 +187,8 @@ class _Reader:
     def _include(self, text: str) -> None:
         match = _INCLUDE.fullmatch(text)
         if not match or match[2] != "qelib1.inc":
-            raise QasmError(f'got {short(text)!r}, wanted no file but "qelib1.inc"')
+            later = _LATER if match and match[2] == "stdgates.inc" else ""
+            raise QasmError(f'got {short(text)!r}, wanted no file but "qelib1.inc"{later}')
 
     def _register(self, text: str) -> None:
         match = _REGISTER.fullmatch(text)

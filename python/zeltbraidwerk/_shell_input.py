@@ -11,7 +11,7 @@ from typing import Any
 
 import numpy as np
 
-from zeltbraidwerk import _files, _interop, _json, _texts, _validate, errors, limits, phase
+from zeltbraidwerk import _files, _interop_stim, _json, _texts, _validate, errors, limits, phase
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Parameter
@@ -40,7 +40,7 @@ def decoded(data: bytes, path: str) -> str:
     """The text of a file whose bytes these are."""
     shown = _shown(path)
     try:
-        text = data.decode("utf-8-sig")
+        text = _files.decoded(data)
     except UnicodeDecodeError:
         text = "\0"
     if "\0" in text:
@@ -86,7 +86,7 @@ def circuit(path: str, text: str) -> Circuit:
 def _circuit(path: str, text: str) -> Circuit | None:
     """Of OpenQASM, JSON of this package, or Stim's format; None for other text."""
     if path.endswith(".stim"):
-        return Circuit.from_stim(_interop._package("stim").Circuit(text))
+        return Circuit.from_stim(_interop_stim.of_text(text))
     if text.lstrip().startswith("{"):
         value = _json.from_json(text)
         return Circuit.of(getattr(value, "circuit", value))

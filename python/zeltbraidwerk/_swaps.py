@@ -9,14 +9,14 @@ from __future__ import annotations
 import random
 from collections import defaultdict
 from collections.abc import Callable, Iterator, Sequence
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from itertools import pairwise
 
 from zeltbraidwerk._placement import Placement, distances, embedding, placements
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.devices import Device
 from zeltbraidwerk.gates import Gate
-from zeltbraidwerk.instructions import Operation
+from zeltbraidwerk.instructions import Conditional, Operation
 
 _AHEAD = 40  # two-qubit gates after the next ones that are looked at
 _WEIGHT_AHEAD = 1.0  # of all of these, against the next ones
@@ -81,6 +81,23 @@ def plainly(circuit: Circuit, device: Device) -> Circuit:
             item = Gate._trusted(item.name, (path[-2], path[-1]), item.params)
         made += [*there, item, *reversed(there)]
     return Circuit._trusted(device.n, tuple(made), circuit.classical)
+
+
+def with_conditions_on_edges(circuit: Circuit, device: Device) -> Circuit:
+    """Each classically controlled gate that is on no edge is put on one: around it, a SWAP
+    exchanges its first qubit with a neighbor of the second. SWAPs may themselves be on no edge."""
+    made: list[Operation] = []
+    for item in circuit.operations:
+        there: list[Gate] = []
+        if isinstance(item, Conditional) and item.gate and len(item.qubits) == 2:
+            a, b = item.qubits
+            near = _path(device, a, b)[-2]
+            if near != a:
+                there = _swap(a, near)
+                moved = Gate._trusted(item.gate.name, (near, b), item.gate.params)
+                item = replace(item, operation=moved)
+        made += [*there, item, *there]
+    return Circuit._trusted(circuit.n, tuple(made), circuit.classical)
 
 
 def _path(device: Device, start: int, end: int) -> list[int]:

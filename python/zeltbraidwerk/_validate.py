@@ -83,8 +83,10 @@ def choice(value: Any, name: str, choices: Collection[str]) -> str:
 
 def meant(value: Any, known: Iterable[str]) -> str:
     """The end of the text of an error: which of the known words was probably meant."""
-    near = difflib.get_close_matches(value, list(known), 1) if isinstance(value, str) else []
-    return f"; did you mean {near[0]!r}?" if near else ""
+    words = {word.casefold(): word for word in known}
+    text = value.casefold() if isinstance(value, str) else ""
+    near = difflib.get_close_matches(text, words, 1)
+    return f"; did you mean {words[near[0]]!r}?" if near else ""
 
 
 def method(value: Any, known: Collection[str], on_device: bool = False) -> str:
@@ -215,7 +217,7 @@ def cnots(value: Any, n: int, name: str) -> npt.NDArray[np.int32]:
         raise errors.QubitError(f"{name}: got qubit {outside[0]}, wanted 0 to {n - 1}")
     same = found[found[:, 0] == found[:, 1]]
     if same.size:
-        raise errors.QubitError(f"{name}: got control and target both {same[0, 0]}")
+        raise errors.QubitError(f"{name}: got qubit {same[0, 0]} twice in a pair, wanted two")
     return frozen(found.astype(np.int32))
 
 

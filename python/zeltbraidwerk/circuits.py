@@ -15,6 +15,7 @@ from zeltbraidwerk import (
     _core,
     _files,
     _interop_qasm3,
+    _interop_stim,
     _json,
     _names,
     _naming,
@@ -231,13 +232,16 @@ class Circuit(CircuitBase):
     def of(cls, source: Any) -> Circuit:
         """A circuit of anything that describes one: a Circuit, a CnotCircuit, a circuit of Qiskit,
         pytket, Stim, PyZX or Cirq, a script of PennyLane, a graph of PyZX, text in OpenQASM 2 or 3,
-        or the path of a file with such text. Its gates are those of :meth:`elementary`."""
+        or the path of a file with such text, or with Stim's if it ends in ``.stim``. Its gates are
+        those of :meth:`elementary`."""
         if isinstance(source, Circuit):
             return source.elementary()
         if isinstance(source, CnotCircuit):
             return source.to_circuit()
         if isinstance(source, os.PathLike) or (isinstance(source, str) and _files.is_path(source)):
-            source = _files.text_of(source)
+            text = _files.text_of(source)
+            is_stim = os.fsdecode(source).endswith(".stim")
+            source = _interop_stim.of_text(text) if is_stim else text
         if isinstance(source, str):
             version_3 = _interop_qasm3.is_version_3(source)
             return cls.from_qasm3(source) if version_3 else cls.from_qasm(source)

@@ -172,8 +172,8 @@ class Device(CouplingGraph, _json.Stored):
     def of(cls, source: Any) -> Device:
         """A device of anything that describes one: a Device, a name, an object of networkx,
         rustworkx, Qiskit or pytket, or edges, each read as by the method named after it; or an
-        adjacency matrix, as a sparse one of scipy or an array other than 2 by 2, which is one of
-        pairs."""
+        adjacency matrix, as a sparse one of scipy or an array or nested lists other than 2 by 2,
+        which are pairs."""
         if isinstance(source, Device):
             return source
         if isinstance(source, str):

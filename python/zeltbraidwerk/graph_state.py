@@ -173,14 +173,18 @@ def _adjacency(graph: Any) -> npt.NDArray[np.bool_]:
     return _validate.frozen(matrix.copy())
 
 
+_OF_EDGES = "of edges make a graph of networkx"
+
+
 def _refuse_edges(graph: Any) -> None:
     """Refuses pairs of vertices, and the one matrix that as pairs would be another graph."""
     rows = _validate.array(graph, "graph")
     if rows.ndim == 2 and rows.shape[1] == 2 != len(rows):
         raise errors.ShapeError(
-            f"graph: got shape {rows.shape}, wanted a square matrix; of edges make a graph of "
-            "networkx"
+            f"graph: got shape {rows.shape}, wanted a square matrix; {_OF_EDGES}"
         )
+    if rows.shape == (2, 2) and rows.dtype.kind in "iu" and (most := int(rows.max())) > 1:
+        raise errors.EntryError(f"graph: got the entry {most}, wanted 0 and 1 alone; {_OF_EDGES}")
     if rows.dtype != np.bool_ and np.array_equal(rows, [[1, 0], [0, 1]]):
         raise errors.GraphError(
             "graph: got [[1, 0], [0, 1]], which may be a matrix of two loops or one edge written "

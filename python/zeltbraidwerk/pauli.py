@@ -163,7 +163,8 @@ def synthesize(
     if repeated == "merge" and order == "commuting":
         raise errors.OptionError("repeated: got 'merge', wanted 'refuse' where the order is kept")
     if not call.exact and (option == "return" or call.device is not None):
-        raise errors.OptionError("permutation: got 'free', wanted 'exact' where no tail is closed")
+        place = "where no tail is closed" if option == "return" else "on a device"
+        raise errors.OptionError(f"permutation: got 'free', wanted 'exact' {place}")
     given = _rotations.read(rotations, n, order, repeated)
     if target is not None and target.n != given.n:
         raise errors.ShapeError(f"tail: got {target.n} qubits, wanted {given.n}")
