@@ -126,3 +126,13 @@ def test_adjacency_matrices():
     for strange in (np.triu(path), np.ones((3, 3), dtype=int)):
         with pytest.raises(errors.GraphError, match="device: got an adjacency matrix"):
             zb.Device.of(strange)
+
+
+def test_cliffords_as_text_and_in_files(tmp_path):
+    circuit = zb.Circuit(3, [zb.Gate.h(2), zb.Gate.cnot(2, 0), zb.Gate.s(0), zb.Gate.cz(1, 2)])
+    path = tmp_path / "clifford.qasm"
+    path.write_text(circuit.to_qasm())
+    for synthesize in (zb.clifford.synthesize, zb.clifford.synthesize_state):
+        wanted = synthesize(circuit, seed=1)
+        for given in (circuit.to_qasm(), path, str(path)):
+            assert synthesize(given, seed=1).circuit == wanted.circuit

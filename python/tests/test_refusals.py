@@ -68,6 +68,8 @@ clifford.synthesize_state(['XXI', 'IXX', 'XIX']) -> PauliError: got XIX, which i
 clifford.synthesize_state(['XA', 'ZZ']) -> PauliError: letters I, X, Y, Z
 clifford.synthesize_state(['XX', 'ZZ'], device=Device.line(1)) -> DeviceTooSmallError: wanted at least 2
 graph_state.synthesize(1 - np.eye(4, dtype=int), device=LINE_AND_DOT) -> DisconnectedDeviceError: component has 3 qubits, wanted 4
+clifford.synthesize('foo') -> QasmFileError: got 'foo', wanted OpenQASM 2 or the path
+clifford.synthesize('X') -> DtypeError: operator: got str, wanted a tableau or circuit
 clifford.synthesize_state('XX') -> DtypeError: state: got 'XX', wanted Pauli strings
 clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wanted a Clifford gate
 

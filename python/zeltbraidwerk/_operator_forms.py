@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import os
 from typing import Any
 
 from zeltbraidwerk import _rotations
@@ -25,16 +26,20 @@ def images_of_zeros(state: Any) -> list[Any] | None:
 
 
 def tableau_of(value: Any) -> CliffordTableau | None:
-    """Of a tableau of this package or pytket, and of circuits; None for everything else."""
+    """Of a tableau of this package or pytket, and of circuits, also as text or the path of a file;
+    None for everything else."""
     package, _, kind = _rotations._kind(value).partition(".")
     if package == "pytket" and kind == "UnitaryTableau":
         value, kind = value.to_circuit(), "Circuit"
-    if package in READ_PACKAGES and kind in _CIRCUITS:
+    is_text = isinstance(value, str) and not set(value) <= _PAULI_TEXT
+    is_foreign = package in READ_PACKAGES and kind in _CIRCUITS
+    if is_text or is_foreign or isinstance(value, os.PathLike):
         value = Circuit.of(value)
     if isinstance(value, (Circuit, CnotCircuit)):
         return CliffordTableau.from_circuit(value)
     return value if isinstance(value, CliffordTableau) else None
 
 
+_PAULI_TEXT = frozenset("IXYZ_+-i ")
 # What the packages call their circuits.
 _CIRCUITS = ("Circuit", "FrozenCircuit", "QuantumCircuit", "QuantumScript", "QuantumTape")

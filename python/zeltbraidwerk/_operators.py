@@ -82,7 +82,8 @@ def synthesize(
     """A circuit of CNOTs and gates on one qubit for a Clifford operator, up to a global phase.
 
     ``operator`` is a tableau or a circuit of Clifford gates, of this package, Stim, Qiskit or
-    pytket; or a pair of lists, the images of X and those of Z on each qubit, as signed strings.
+    pytket, also as OpenQASM or the path of a file; or a pair of lists, the images of X and those of
+    Z on each qubit, as signed strings.
 
     >>> import zeltbraidwerk as zb
     >>> cnots = zb.CnotCircuit(3, [(0, 1), (1, 2), (0, 1), (2, 1), (1, 2)])

@@ -104,7 +104,8 @@ def synthesize_state(
 
     ``state`` is a list of stabilizers, one per qubit, as signed strings of letters or Paulis of
     Stim or Qiskit; or a tableau or a circuit of Clifford gates, of this package, Stim, Qiskit or
-    pytket, of which only the image of the state with all qubits 0 counts.
+    pytket, also as OpenQASM or the path of a file, of which only the image of the state with all
+    qubits 0 counts.
 
     With ``up_to="local"`` the state is one that gates on single qubits after the circuit turn into
     the one asked for: ``local`` of the result has them. Gates on one qubit do not count, so that no
