@@ -137,8 +137,12 @@ class OnDevice:
                 )
             yield from self._by_swaps(_qiskit_router.routes, given)
             return
-        if CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK:
-            yield from [self._plainly()] if self._has_pieces else self._by_trees()
+        is_long = CircuitCounts.of(self.source).rotations * self._device().n ** 2 > _MOST_WORK
+        if is_long and not self._has_pieces:
+            yield from self._by_trees()
+            return
+        if is_long and self.call.effort.budget is None:
+            yield self._plainly()
             return
         routed = []
         for each in self._by_swaps(_swaps.routes, given) if not self._has_pieces else ():

@@ -365,9 +365,17 @@ class Circuit(CircuitBase):
     @cached_property
     def two_qubit_depth(self) -> int:
         """The depth when gates on one qubit take no time."""
+        pairs = self._pairs()
+        return self._depth(2) if pairs is None else _core.CnotCircuit(self._n, pairs).depth()
+
+    def _pairs(self) -> npt.NDArray[np.int32] | None:
+        """The qubits of gates on two, where there is nothing else that these wait for."""
         if self._told is not None:
-            return _core.CnotCircuit(self._n, self._told()[1]).depth()
-        return self._depth(2)
+            return self._told()[1]
+        if not set(map(type, self._items)) <= {Gate} or max(self._sizes, default=0) > 2:
+            return None
+        found = [item.qubits for item in self._items if len(item.qubits) == 2]
+        return np.array(found, dtype=np.int32).reshape(-1, 2)
 
     def _depth(self, least: int) -> int:
         """Of gates on at least ``least`` qubits."""

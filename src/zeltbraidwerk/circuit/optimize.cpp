@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/circuit/internal/tidying.h"
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 #include "zeltbraidwerk/search/internal/runs.h"
@@ -88,7 +89,8 @@ class OptimizeCall {
     const Lane lane{.method = "search",
                     .runs = folded_.steps.empty() ? 1 : runs_of_search(options_),
                     .make = [this](int run) { return make(run); }};
-    BestRun best = best_of_runs({lane}, options_, control_);
+    const std::optional<Lane> plain = routes_ ? std::optional(plain_lane()) : std::nullopt;
+    BestRun best = best_of_runs({lane}, options_, control_, plain);
     std::vector<StagedCircuit>& found = best.as<std::vector<StagedCircuit>>();
     const StagedCircuit& first = found.front();
     OptimizeResult result{
@@ -173,6 +175,21 @@ class OptimizeCall {
     for (StagedCircuit& circuit : found) tidy(circuit);
     const CircuitSize size = found.front().size;
     return made_circuit(size, std::move(found));
+  }
+
+  /// The circuit along shortest paths, for where no routing is found in time.
+  Lane plain_lane() const {
+    return {.method = "search",
+            .runs = 1,
+            .make =
+                [this](int) {
+                  StagedCircuit found =
+                      as_given(read_steps(given_.qubits, along_edges(written(folded_), *edges_)));
+                  found.circuit.rounding = folded_.rounding;
+                  const CircuitSize size = found.size;
+                  return std::optional(made_circuit(size, std::vector{std::move(found)}));
+                },
+            .draws = false};
   }
 
   StagedCircuit search(const CircuitTask& task, const Effort& effort) const {

@@ -40,13 +40,6 @@ CircuitSize size_of(const StepCircuit& circuit) {
   return size;
 }
 
-/// The folded circuit, which is a stage itself: the numbers of a log are those of its gates.
-StagedCircuit given(const StepCircuit& circuit) {
-  std::vector<int> wires = in_order(circuit.qubits);
-  auto stage = std::make_shared<const Stage>(Stage{nullptr, circuit, wires});
-  return {circuit, std::move(wires), std::move(stage), size_of(circuit)};
-}
-
 StagedCircuit after_search(const StagedCircuit& from, const CircuitTask& task,
                            const Effort& effort) {
   CircuitFound found = search_circuit(from.circuit.qubits, from.circuit.steps, task, effort);
@@ -73,7 +66,7 @@ class Alternation : public SearchBase<StagedCircuit> {
   Alternation(const StepCircuit& circuit, bool keep_rotations, const CircuitTask& task,
               const Effort& effort)
       : SearchBase(task, effort, Ties::latest),
-        given_(given(circuit)),
+        given_(as_given(circuit)),
         keep_rotations_(keep_rotations),
         circuit_task_(task) {}
 
@@ -129,6 +122,12 @@ class Alternation : public SearchBase<StagedCircuit> {
 
 }  // namespace
 
+StagedCircuit as_given(const StepCircuit& circuit) {
+  std::vector<int> wires = in_order(circuit.qubits);
+  auto stage = std::make_shared<const Stage>(Stage{nullptr, circuit, wires});
+  return {circuit, std::move(wires), std::move(stage), size_of(circuit)};
+}
+
 bool has_generic_rotations(const StepCircuit& circuit) {
   return std::ranges::any_of(circuit.angles, [](const LinearAngle& angle) {
     return angle.is_number() &&
@@ -153,7 +152,7 @@ StagedCircuit search_alternating(const StepCircuit& circuit, bool keep_rotations
 
 StagedCircuit search_exactly(const StepCircuit& circuit, const CircuitTask& task,
                              const Effort& effort) {
-  StagedCircuit start = given(circuit);
+  StagedCircuit start = as_given(circuit);
   if (task.routes || !effort.control.stop_requested()) return after_search(start, task, effort);
   if (effort.on_better) effort.on_better({0, 0, start.size.count, start.size.depth});
   return start;

@@ -27,6 +27,9 @@ struct StagedCircuit {
   CircuitSize size;
 };
 
+/// A circuit as the first stage: the numbers of a log are those of its gates.
+StagedCircuit as_given(const StepCircuit& circuit);
+
 /// Whether a rotation is by a number that is no multiple of pi/4: windows are for
 /// circuits of such rotations.
 bool has_generic_rotations(const StepCircuit& circuit);
