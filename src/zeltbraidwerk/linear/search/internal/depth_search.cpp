@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
+#include "zeltbraidwerk/linear/search/internal/block_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_energy.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
@@ -51,6 +52,7 @@ class ShallowSearch : public SearchBase<GateList> {
 
   void round(const Round& round) {
     const ShallowTuning& t = shallow_tuning;
+    if (n_ >= t.searched_blocks_wires) search_blocks(round.steps);
     walk(from_layers(round.steps / t.layer_part), n_ < t.large_wires ? t.heat : t.low_heat, t.gate,
          round.steps, round);
     walk(incumbent_.circuit(), t.low_heat, t.gate, round.steps / t.best_part, round);
@@ -82,6 +84,30 @@ class ShallowSearch : public SearchBase<GateList> {
     found.circuit.reverse();
     found.outputs_from_inputs();
     consider(gate_list(found));
+  }
+
+  /// The same with searched steps and leaves, in that number of steps, about.
+  void search_blocks(std::uint64_t steps) {
+    const ShallowTuning& t = shallow_tuning;
+    int leaves = 1;
+    while (n_ / leaves > t.leaf_wires) leaves *= 2;
+    const auto width = static_cast<int>(
+        std::clamp<std::uint64_t>(steps / (t.block_price * static_cast<std::uint64_t>(n_)), 1,
+                                  static_cast<std::uint64_t>(t.most_block_width)));
+    const std::uint64_t leaf_steps = steps / t.leaf_part / static_cast<std::uint64_t>(leaves);
+    Task task{.objective = Objective::depth, .outputs = Outputs::left_open};
+    const LeafSearch leaf = [&](const BitMatrix& m) {
+      task.seed = rng_.next();
+      Effort effort;
+      effort.control = meter_.control();
+      effort.steps = leaf_steps;
+      const GateList list = search_shallow_cnot(m, task, effort).front().list;
+      meter_.charge(leaf_steps);
+      return list;
+    };
+    if (const auto found = search_by_blocks(m_, t.leaf_wires, width, leaf, rng_, meter_)) {
+      consider(*found);
+    }
   }
 
   /// The best of layers alone after that number of steps.

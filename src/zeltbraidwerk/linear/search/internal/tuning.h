@@ -130,6 +130,11 @@ inline constexpr ExtensionTuning extension_tuning;
 struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
   int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
+  int searched_blocks_wires = 48;  ///< its steps are searched from here on
+  int leaf_wires = 32;             ///< up to here, parts of it are searched as maps of their own
+  std::uint64_t leaf_part = 2;     ///< of the steps of a round: all leaves take one
+  std::uint64_t block_price = 32;  ///< steps of a round for each wire and state of a beam
+  int most_block_width = 400;
   int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
   int first_window = 4;  ///< wires of windows in round 0, which needs no large table
   int closings = 4;      ///< random ways to close a circuit, next to swaps
