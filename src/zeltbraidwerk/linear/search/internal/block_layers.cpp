@@ -12,12 +12,10 @@ constexpr float least_gain = 1e-4F;
 
 }  // namespace
 
-BlockReduction::BlockReduction(int rows, int cols, const BlockCost& cost)
-    : sizes_{rows, cols}, strides_{words_for(cols), words_for(rows)}, cost_(cost) {
-  const auto f = [&](int w) {
-    const double x = w + cost.offset;
-    return cost.exponent == 0 ? std::log(x) : std::pow(x, cost.exponent) / cost.exponent;
-  };
+BlockReduction::BlockReduction(int rows, int cols)
+    : sizes_{rows, cols}, strides_{words_for(cols), words_for(rows)} {
+  const double offset = block_offset(std::max(rows, cols));
+  const auto f = [&](int w) { return std::log(w + offset); };
   const int most = std::max(rows, cols) + 1;
   for (int w = 0; w <= most; ++w) f_.push_back(static_cast<float>(f(w) - f(0)));
   for (int w = 0; w < most; ++w) {

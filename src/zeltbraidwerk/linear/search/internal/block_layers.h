@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -28,21 +29,13 @@ struct BlockState {
   int ones = 0;
 };
 
-/// How a block is cleared.
-struct BlockCost {
-  double exponent = 0.5;  ///< of the weight of a line, 0 for its logarithm
-  double offset = 3;      ///< added to the weight
-  int variants = 8;       ///< layers to try on a state
-  float noise = 0.3F;     ///< of all variants but the first, in units of the gain
-};
-
 /// The problem of driving a block of a matrix to zero by few layers, for a beam search: the step of
 /// the block recursion. The lines of the block stand for wires of two halves, so that a layer has
 /// additions among its rows, among its columns, and single entries, no line twice. It is put
 /// together greedily by gain.
 ///
-/// Light lines count little more than others, unlike in a reduction to a permutation: a line that
-/// became zero is of no further use, and single entries finish what is sparse.
+/// What is lowered is the sum of log(w + offset) over the weights of all lines. Light lines count
+/// little more than others, unlike in a reduction to a permutation: single entries finish them.
 class BlockReduction {
  public:
   using State = BlockState;
@@ -51,15 +44,15 @@ class BlockReduction {
     std::uint32_t layer;
   };
 
-  BlockReduction(int rows, int cols, const BlockCost& cost);
+  BlockReduction(int rows, int cols);
 
   State start(const BitMatrix& block) const;
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
     gather(state);
-    for (int variant = 0; variant < cost_.variants; ++variant) {
-      compose(state, variant == 0 ? 0 : cost_.noise, rng);
+    for (int variant = 0; variant < block_tuning.variants; ++variant) {
+      compose(state, variant == 0 ? 0 : block_tuning.noise, rng);
       sink(child_.score, Move{static_cast<std::uint32_t>(layers_.size() - 1)});
     }
   }
@@ -89,16 +82,15 @@ class BlockReduction {
 
   int sizes_[2];
   int strides_[2];
-  BlockCost cost_;
   std::vector<float> f_;
-  std::vector<float> up_;    // f(w + 1) - f(w)
-  std::vector<float> noise_; // quantiles of the exponential distribution
+  std::vector<float> up_;     // f(w + 1) - f(w)
+  std::vector<float> noise_;  // quantiles of the exponential distribution
   std::vector<Layer> layers_;
   std::vector<BlockMove> pool_;
-  State child_;                     // scratch: what a layer makes of a state
+  State child_;  // scratch: what a layer makes of a state
   std::vector<BlockMove> candidates_;
-  std::vector<BlockMove> sorted_;   // scratch
-  std::vector<char> taken_[2];      // scratch, by line
+  std::vector<BlockMove> sorted_;  // scratch
+  std::vector<char> taken_[2];     // scratch, by line
 };
 
 }  // namespace zelt::braidwerk::internal

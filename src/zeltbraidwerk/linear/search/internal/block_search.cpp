@@ -16,18 +16,17 @@ namespace {
 /// Reduces matrices to permutations. Row r of the matrix in work stands on wire labels[r].
 class BlockSearch {
  public:
-  BlockSearch(int leaf_wires, int width, const LeafSearch& leaf, Rng& rng, Meter& meter)
-      : leaf_wires_(leaf_wires), width_(width), leaf_(leaf), rng_(rng), meter_(meter) {}
+  BlockSearch(int width, const HalfSearch& half, Rng& rng, Meter& meter)
+      : width_(width), half_(half), rng_(rng), meter_(meter) {}
 
   bool reduce(BitMatrix m, int* labels) {
     const int n = m.rows();
-    if (n <= leaf_wires_) return reduce_leaf(m, labels);
     make_leading_blocks_invertible(m, labels);
     const int h = n / 2;
     const int r = n - h;
     return clear(product(m.block(h, 0, r, h), inverse(m.block(0, 0, h, h))), m, h, 0, labels) &&
            clear(product(m.block(0, h, h, r), inverse(m.block(h, h, r, r))), m, 0, h, labels) &&
-           reduce(m.block(0, 0, h, h), labels) && reduce(m.block(h, h, r, r), labels + h);
+           reduce_half(m.block(0, 0, h, h), labels) && reduce_half(m.block(h, h, r, r), labels + h);
   }
 
   BlockRecursion::Gates gates;
@@ -37,7 +36,7 @@ class BlockSearch {
   /// first_col + b.
   bool clear(const BitMatrix& quotient, BitMatrix& m, int first_row, int first_col,
              const int* labels) {
-    BlockReduction problem(quotient.rows(), quotient.cols(), {});
+    BlockReduction problem(quotient.rows(), quotient.cols());
     const auto found = BeamSearch<BlockReduction>(problem, {.width = width_}, rng_, meter_)
                            .run(problem.start(quotient));
     if (found.empty()) return false;
@@ -53,12 +52,13 @@ class BlockSearch {
     return true;
   }
 
-  /// The circuit of a leaf makes it, so that it clears it backwards.
-  bool reduce_leaf(const BitMatrix& m, int* labels) {
-    const GateList list = leaf_(m);
+  /// The circuit of a half makes it, so that it clears it backwards.
+  bool reduce_half(const BitMatrix& m, int* labels) {
+    const GateList list = half_(m);
     if (meter_.ended()) return false;
     std::vector<int> on(static_cast<std::size_t>(m.rows()));
-    for (int w = 0; w < m.rows(); ++w) on[static_cast<std::size_t>(w)] = labels[list.frame.output_on(w)];
+    for (int w = 0; w < m.rows(); ++w)
+      on[static_cast<std::size_t>(w)] = labels[list.frame.output_on(w)];
     for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
       gates.emplace_back(on[static_cast<std::size_t>(wire_of(gate->a))],
                          on[static_cast<std::size_t>(wire_of(gate->b))]);
@@ -67,9 +67,8 @@ class BlockSearch {
     return true;
   }
 
-  int leaf_wires_;
   int width_;
-  const LeafSearch& leaf_;
+  const HalfSearch& half_;
   Rng& rng_;
   Meter& meter_;
 };
@@ -78,15 +77,16 @@ std::vector<int> random_order(int n, Rng& rng) {
   std::vector<int> order(static_cast<std::size_t>(n));
   std::iota(order.begin(), order.end(), 0);
   for (int k = n; k > 1; --k) {
-    std::swap(order[static_cast<std::size_t>(k) - 1], order[static_cast<std::size_t>(rng.below(k))]);
+    std::swap(order[static_cast<std::size_t>(k) - 1],
+              order[static_cast<std::size_t>(rng.below(k))]);
   }
   return order;
 }
 
 }  // namespace
 
-std::optional<GateList> search_by_blocks(const BitMatrix& m, int leaf_wires, int width,
-                                         const LeafSearch& leaf, Rng& rng, Meter& meter) {
+std::optional<GateList> search_by_blocks(const BitMatrix& m, int width, const HalfSearch& half,
+                                         Rng& rng, Meter& meter) {
   const int n = m.rows();
   std::vector<int> labels = random_order(n, rng);
   const std::vector<int> inputs = random_order(n, rng);
@@ -97,7 +97,7 @@ std::optional<GateList> search_by_blocks(const BitMatrix& m, int leaf_wires, int
       if (m.get(row, inputs[static_cast<std::size_t>(c)])) mixed.set(r, c);
     }
   }
-  BlockSearch search(leaf_wires, width, leaf, rng, meter);
+  BlockSearch search(width, half, rng, meter);
   if (!search.reduce(mixed, labels.data())) return std::nullopt;
   FreeCircuit found(n);
   found.circuit.gates = std::move(search.gates);

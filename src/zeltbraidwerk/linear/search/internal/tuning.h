@@ -130,11 +130,6 @@ inline constexpr ExtensionTuning extension_tuning;
 struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
   int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
-  int searched_blocks_wires = 48;  ///< its steps are searched from here on
-  int leaf_wires = 32;             ///< up to here, parts of it are searched as maps of their own
-  std::uint64_t leaf_part = 2;     ///< of the steps of a round: all leaves take one
-  std::uint64_t block_price = 32;  ///< steps of a round for each wire and state of a beam
-  int most_block_width = 400;
   int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
   int first_window = 4;  ///< wires of windows in round 0, which needs no large table
   int closings = 4;      ///< random ways to close a circuit, next to swaps
@@ -153,6 +148,33 @@ struct ShallowTuning {
   float bound_gates = 2.5F;  ///< of all such gates, most
 };
 inline constexpr ShallowTuning shallow_tuning;
+
+/// For block recursion whose steps are searched. Rows matrix 64, 128 depth.
+struct BlockTuning {
+  int least_wires = 48;  ///< on 32 wires annealing finds as much without
+  int most_wires = 256;  ///< above, a state takes more than some hundredths of a second
+  int leaf_wires = 16;   ///< up to here, parts are searched as maps of their own; 32 is worse
+  std::uint64_t most_leaf_steps = 30'000;
+  int half_tries = 3;                   ///< circuits of each half, of which the shallowest is taken
+  std::uint64_t steps_of_try = 80'000;  ///< of a round: the whole is tried once more for each
+  int most_tries = 100;
+  int variants = 8;      ///< layers to try on a state
+  float noise = 0.3F;    ///< of all variants but the first, in units of the gain; 0.6 is worse
+  int most_width = 400;  ///< of a beam; 3000 gains nothing on 32 x 32
+};
+inline constexpr BlockTuning block_tuning;
+
+/// What is added to the weights of the lines of a block. Of 64 x 64 random ones 22 layers are left
+/// with square roots, 21 with logarithms.
+inline double block_offset(int size) {
+  return 3 + size / 32.0;
+}
+
+/// Of beams for the blocks of a matrix, which the time for a state falls with.
+inline int block_width(int n, std::uint64_t steps) {
+  const double width = static_cast<double>(steps) / 500 * std::pow(64.0 / n, 2);
+  return static_cast<int>(std::clamp(width, 1.0, static_cast<double>(block_tuning.most_width)));
+}
 
 /// For runs of beams over layers. Rows matrix 8 to 256 depth.
 struct LayerTuning {
