@@ -151,7 +151,7 @@ inline constexpr ShallowTuning shallow_tuning;
 
 /// For block recursion whose steps are searched. Rows matrix 64, 128 depth.
 struct BlockTuning {
-  int least_wires = 48;  ///< on 32 wires annealing finds as much without
+  int least_wires = 40;  ///< on fewer, annealing alone finds as much
   int most_wires = 256;  ///< above, a state takes more than some hundredths of a second
   int leaf_wires = 16;   ///< up to here, parts are searched as maps of their own; 32 is worse
   std::uint64_t most_leaf_steps = 30'000;
