@@ -6,9 +6,11 @@
 #include "support/gate_lists.h"
 #include "support/oracles.h"
 #include "support/tasks.h"
+#include "zeltbraidwerk/linear/search/internal/block_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_schedule.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 
 namespace {
 
@@ -70,6 +72,37 @@ TEST(LayerSeries, EveryRunGivesACircuit) {
     }
     EXPECT_LE(last, 2 * n) << n;
   }
+}
+
+TEST(BlockSearch, ClearsBlocksOfAnyShape) {
+  support::Rng rng(3);
+  // Halves left to an elimination; odd numbers of wires have blocks that are not square, and from
+  // 130 on lines of two words.
+  const HalfSearch by_elimination = [](const BitMatrix& half) {
+    return by_pairs(half, Facing::plain);
+  };
+  for (const int n : {2, 3, 7, 16, 33, 131}) {
+    const BoolMatrix m = support::random_invertible(n, rng);
+    Rng draws(1, 0);
+    Meter meter((Effort()));
+    const auto list = search_by_blocks(packed(m), n < 64 ? 3 : 1, by_elimination, draws, meter);
+    ASSERT_TRUE(list.has_value());
+    EXPECT_TRUE(implements(*list, m)) << n;
+  }
+  // Spent effort leaves nothing.
+  Rng draws(1, 0);
+  Meter spent(steps(0));
+  const BoolMatrix m = support::random_invertible(9, rng);
+  EXPECT_FALSE(search_by_blocks(packed(m), 3, by_elimination, draws, spent).has_value());
+}
+
+TEST(BlockSearch, MakesDenseMapsShallow) {
+  support::Rng rng(4);
+  const BoolMatrix m = support::random_invertible(64, rng);
+  const Task task{.objective = Objective::depth, .outputs = Outputs::anywhere};
+  const auto front = search_shallow_cnot(packed(m), task, steps(60'000));
+  EXPECT_TRUE(implements(front[0].list, m));
+  EXPECT_LE(front[0].depth, 49);  // more without searched steps
 }
 
 TEST(DepthSearch, KeepsDirections) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <limits>
 #include <tuple>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
 #include "zeltbraidwerk/linear/search/internal/block_rewriter.h"
+#include "zeltbraidwerk/linear/search/internal/block_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_energy.h"
 #include "zeltbraidwerk/linear/search/internal/depth_series.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
@@ -51,6 +53,7 @@ class ShallowSearch : public SearchBase<GateList> {
 
   void round(const Round& round) {
     const ShallowTuning& t = shallow_tuning;
+    if (n_ >= block_tuning.least_wires && n_ <= block_tuning.most_wires) search_blocks(round.steps);
     walk(from_layers(round.steps / t.layer_part), n_ < t.large_wires ? t.heat : t.low_heat, t.gate,
          round.steps, round);
     walk(incumbent_.circuit(), t.low_heat, t.gate, round.steps / t.best_part, round);
@@ -82,6 +85,51 @@ class ShallowSearch : public SearchBase<GateList> {
     found.circuit.reverse();
     found.outputs_from_inputs();
     consider(gate_list(found));
+  }
+
+  /// The same with searched steps, in about that number of steps.
+  void search_blocks(std::uint64_t steps) {
+    const std::uint64_t more = steps / block_tuning.steps_of_try;
+    const int tries = 1 + static_cast<int>(std::min<std::uint64_t>(more, block_tuning.most_tries));
+    const GateList found = best_of_blocks(m_, tries, steps);
+    if (!meter_.ended()) consider(found);
+  }
+
+  /// The shallowest of some circuits by blocks; of small matrices, what a search of their own
+  /// finds. As halves are independent, each is tried several times in the place of the whole.
+  GateList best_of_blocks(const BitMatrix& m, int tries, std::uint64_t steps) {
+    const int n = m.rows();
+    if (n <= block_tuning.leaf_wires) return leaf(m, steps);
+    const std::uint64_t each = steps / static_cast<std::uint64_t>(tries);
+    const int width = block_width(n, each);
+    Scheduler scheduler(n);
+    GateList best(n, {});
+    int least = std::numeric_limits<int>::max();
+    for (int k = 0; k < tries && !meter_.ended(); ++k) {
+      auto found = search_by_blocks(
+          m, width,
+          [&](const BitMatrix& half) {
+            return best_of_blocks(half, block_tuning.half_tries, each / 3);
+          },
+          rng_, meter_);
+      if (!found) break;
+      const int depth = scheduler.settle(found->gates);
+      if (depth >= least) continue;
+      least = depth;
+      best = std::move(*found);
+    }
+    return best;
+  }
+
+  GateList leaf(const BitMatrix& m, std::uint64_t steps) {
+    const Task task{
+        .objective = Objective::depth, .outputs = Outputs::left_open, .seed = rng_.next()};
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = std::min(steps, block_tuning.most_leaf_steps);
+    GateList list = search_shallow_cnot(m, task, effort).front().list;
+    meter_.charge(effort.steps);
+    return list;
   }
 
   /// The best of layers alone after that number of steps.

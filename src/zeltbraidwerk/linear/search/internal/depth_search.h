@@ -15,9 +15,10 @@ namespace zelt::braidwerk::internal {
 /// outputs in place that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
-/// from 24 wires on block recursion, and between these rounds of annealing on windows, for
-/// different prices of a gate in layers, longer and longer. The greedy run is always finished. A
-/// singular matrix has no circuit; for one the result is what elimination makes of it.
+/// from 24 wires on block recursion, from 40 to 256 with searched steps, and between these rounds
+/// of annealing on windows, for different prices of a gate in layers, longer and longer. The greedy
+/// run is always finished. A singular matrix has no circuit; for one the result is what elimination
+/// makes of it.
 ///
 /// Memory: a few hundred MB at most, of which 130 MB tables of windows.
 std::vector<LayeredCircuit> search_shallow_cnot(const BitMatrix& m, const Task& task,
