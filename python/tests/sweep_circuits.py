@@ -151,7 +151,7 @@ def optimized(draw, n):
         if ground is None and not in_pieces and (by_depth or options["keep_depth"]):
             assert result.depth <= before[1]
 
-    return Case(zb.optimize, given, options, check_all)
+    return Case(zb.optimize, given, options, check_all, in_pieces)
 
 
 def routed(draw, n):

@@ -41,6 +41,7 @@ class Case:
     given: Any
     options: dict[str, Any]
     check: Callable[[Any], None]
+    in_pieces: bool = False  # layers are those of each piece, not of all together
 
     def call(self, **changes):
         return self.search(self.given, **self.options | changes)
@@ -48,6 +49,8 @@ class Case:
     def size(self, result):
         """What more steps, and a start, never make worse."""
         by_depth = self.options.get("objective") == "depth"
+        if self.in_pieces:
+            return () if by_depth else (result.count,)
         return (result.depth, result.count) if by_depth else (result.count, result.depth)
 
 
