@@ -4,160 +4,164 @@
 #include <bit>
 #include <cmath>
 
+#include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// Additions that gain less than this are none: sums of floats in another order differ by less.
-constexpr float least_gain = 1e-4F;
+/// Ones in each of `count` lines, and in both of each two: of a < b at (b - 1) b / 2 + a.
+ZELTBRAIDWERK_CLONES
+void count_ones(const Word* lines, int count, int stride, std::uint16_t* weights,
+                std::uint16_t* overlaps) {
+  for (int b = 0; b < count; ++b) {
+    const Word* other = lines + static_cast<std::ptrdiff_t>(b) * stride;
+    for (int a = 0; a <= b; ++a) {
+      const Word* line = lines + static_cast<std::ptrdiff_t>(a) * stride;
+      int ones = 0;
+      for (int w = 0; w < stride; ++w) ones += std::popcount(line[w] & other[w]);
+      *(a == b ? weights++ : overlaps++) = static_cast<std::uint16_t>(ones);
+    }
+  }
+}
+
+constexpr std::uint32_t unit = 64;  // of noise
+constexpr std::uint32_t prices_per_one = 4;
 
 }  // namespace
 
-BlockReduction::BlockReduction(int rows, int cols)
-    : sizes_{rows, cols}, strides_{words_for(cols), words_for(rows)} {
-  const double offset = block_offset(std::max(rows, cols));
-  const auto f = [&](int w) { return std::log(w + offset); };
-  const int most = std::max(rows, cols) + 1;
-  for (int w = 0; w <= most; ++w) f_.push_back(static_cast<float>(f(w) - f(0)));
-  for (int w = 0; w < most; ++w) {
-    up_.push_back(f_[static_cast<std::size_t>(w) + 1] - f_[static_cast<std::size_t>(w)]);
-  }
+BlockReduction::BlockReduction(int rows, int cols) : sizes_{rows, cols} {
+  const int most = std::max(rows, cols);
+  for (int w = 0; w <= most; ++w) roots_.push_back(std::sqrt(w + block_tuning.offset));
   for (int k = 0; k < 256; ++k) {
-    noise_.push_back(-std::log((static_cast<float>(k) + 0.5F) / 256.0F));
+    const double quantile = -std::log((k + 0.5) / 256);
+    noise_.push_back(static_cast<std::uint32_t>(std::lround(unit * block_tuning.noise * quantile)));
   }
 }
 
-BlockState BlockReduction::start(const BitMatrix& block) const {
-  State state;
-  const BitMatrix sides[2] = {block, block.transposed()};
-  for (int side = 0; side < 2; ++side) {
-    for (int k = 0; k < sizes_[side]; ++k) {
-      const Word* from = sides[side].row(k);
-      state.lines[side].insert(state.lines[side].end(), from, from + strides_[side]);
-      const int weight = sides[side].row_weight(k);
-      state.weights[side].push_back(static_cast<std::uint16_t>(weight));
-      if (side == 0) state.ones += weight;
-    }
+int BlockReduction::variants() {
+  return block_tuning.variants;
+}
+
+bool BlockReduction::done(const State& state) const {
+  const BitMatrix& rows = state.lines[0];
+  for (int row = 0; row < sizes_[0]; ++row) {
+    if (rows.row_weight(row) != 0) return false;
   }
-  return state;
+  return true;
 }
 
-inline Word* BlockReduction::line(State& state, int side, int k) const {
-  return state.lines[side].data() + static_cast<std::ptrdiff_t>(k) * strides_[side];
-}
-
-inline const Word* BlockReduction::line(const State& state, int side, int k) const {
-  return state.lines[side].data() + static_cast<std::ptrdiff_t>(k) * strides_[side];
-}
-
-/// What one more 1, or one less, in a line changes the score by.
-inline float BlockReduction::step(const State& state, int side, int k, int by) const {
-  const std::size_t w = state.weights[side][static_cast<std::size_t>(k)];
-  return by > 0 ? up_[w] : -up_[w - 1];
-}
-
-inline float BlockReduction::gain(const State& state, const BlockMove& move) const {
+void BlockReduction::make(State& state, const BlockMove& move) {
   if (move.kind == BlockMove::entry) {
-    return step(state, 0, move.to, -1) + step(state, 1, move.from, -1);
+    state.lines[0].flip(move.to, move.from);
+    state.lines[1].flip(move.from, move.to);
+    return;
   }
-  const int side = move.kind;
-  const Word* to = line(state, side, move.to);
-  const Word* from = line(state, side, move.from);
-  int weight = 0;
-  float crossing = 0;
-  for (int w = 0; w < strides_[side]; ++w) {
-    weight += std::popcount(to[w] ^ from[w]);
-    for (Word rest = from[w] & to[w]; rest != 0; rest &= rest - 1) {
-      crossing += step(state, 1 - side, w * word_bits + std::countr_zero(rest), -1);
-    }
-    for (Word rest = from[w] & ~to[w]; rest != 0; rest &= rest - 1) {
-      crossing += step(state, 1 - side, w * word_bits + std::countr_zero(rest), 1);
-    }
-  }
-  return crossing + f_[static_cast<std::size_t>(weight)] - f_[state.weights[side][move.to]];
+  BitMatrix& lines = state.lines[move.kind];
+  BitMatrix& across = state.lines[1 - move.kind];
+  lines.add_row(move.from, move.to);
+  for_each_bit(lines.row(move.from), lines.stride(), [&](int k) { across.flip(k, move.to); });
 }
 
-inline void BlockReduction::flip(State& state, int side, int k, int bit) const {
-  Word& word = line(state, side, k)[bit / word_bits];
-  word ^= Word{1} << (bit % word_bits);
-  std::uint16_t& weight = state.weights[side][static_cast<std::size_t>(k)];
-  weight = static_cast<std::uint16_t>(word >> (bit % word_bits) & 1 ? weight + 1 : weight - 1);
+void BlockReduction::take(const BlockMove& move) {
+  make(child_, move);
+  pool_.push_back(move);
+  taken_[move.kind == BlockMove::columns][move.to] = 1;
+  taken_[move.kind != BlockMove::rows][move.from] = 1;
 }
 
-inline void BlockReduction::add(State& state, int side, int to, int from) const {
-  const Word* source = line(state, side, from);
-  for_each_bit(source, strides_[side], [&](int k) {
-    flip(state, 1 - side, k, to);
-    flip(state, side, to, k);
-  });
-}
+/// Additions that take away ones, those that take most first: by prices, which noise raises, in
+/// buckets.
+void BlockReduction::add_lines(BlockMove::Kind side, bool noisy, Rng& rng) {
+  const int count = sizes_[side];
+  if (count < 2) return;
+  weights_.resize(static_cast<std::size_t>(count));
+  overlaps_.resize(static_cast<std::size_t>(count) * static_cast<std::size_t>(count - 1) / 2);
+  const BitMatrix& lines = child_.lines[side];
+  count_ones(lines.row(0), count, lines.stride(), weights_.data(), overlaps_.data());
 
-inline void BlockReduction::make(State& state, const BlockMove& move) const {
-  if (move.kind == BlockMove::entry) {
-    flip(state, 0, move.to, move.from);
-    flip(state, 1, move.from, move.to);
-  } else {
-    add(state, move.kind, move.to, move.from);
-  }
-}
-
-void BlockReduction::make(State& state, const Move& move) const {
-  for (const BlockMove& m : layer(move)) make(state, m);
-  state.ones = 0;
-  for (const std::uint16_t weight : state.weights[0]) state.ones += weight;
-}
-
-void BlockReduction::gather(const State& state) {
-  candidates_.clear();
-  const auto consider = [&](BlockMove::Kind kind, int to, int from) {
-    BlockMove move{0, kind, static_cast<std::uint16_t>(to), static_cast<std::uint16_t>(from)};
-    move.gain = gain(state, move);
-    if (move.gain < -least_gain) candidates_.push_back(move);
+  const auto highest = static_cast<std::uint32_t>(sizes_[1 - side]) * 4 * prices_per_one;
+  pairs_.clear();
+  prices_.clear();
+  ends_.assign(highest + 2, 0);
+  const auto consider = [&](int to, int from, int twice) {
+    const int gain = twice - weights_[static_cast<std::size_t>(from)];
+    if (gain <= 0) return;
+    const std::uint32_t factor = unit + (noisy ? noise_[rng.next() >> 56] : 0);
+    const std::uint32_t price =
+        std::min(static_cast<std::uint32_t>(gain) * factor * prices_per_one / unit, highest);
+    pairs_.push_back(static_cast<std::uint32_t>(to) << 16 | static_cast<std::uint32_t>(from));
+    prices_.push_back(price);
+    ++ends_[highest - price + 1];
   };
-  for (const auto kind : {BlockMove::rows, BlockMove::columns}) {
-    for (int to = 0; to < sizes_[kind]; ++to) {
-      for (int from = 0; from < sizes_[kind]; ++from) {
-        if (from != to) consider(kind, to, from);
-      }
+  const std::uint16_t* overlap = overlaps_.data();
+  for (int b = 1; b < count; ++b) {
+    for (int a = 0; a < b; ++a) {
+      const int twice = 2 * *overlap++;
+      consider(a, b, twice);
+      consider(b, a, twice);
     }
+  }
+  for (std::size_t k = 1; k < ends_.size(); ++k) ends_[k] += ends_[k - 1];
+  sorted_.resize(pairs_.size());
+  for (std::size_t k = 0; k < pairs_.size(); ++k) {
+    sorted_[ends_[highest - prices_[k]]++] = pairs_[k];
+  }
+  for (const std::uint32_t pair : sorted_) {
+    const auto to = static_cast<std::uint16_t>(pair >> 16);
+    const auto from = static_cast<std::uint16_t>(pair & 0xffffU);
+    if (!taken_[side][to] && !taken_[side][from]) take({side, to, from});
+  }
+}
+
+/// Of each row that is left, the one in the lightest column that is left.
+void BlockReduction::take_entries() {
+  const BitMatrix& rows = child_.lines[0];
+  weights_.resize(static_cast<std::size_t>(sizes_[1]));
+  for (int col = 0; col < sizes_[1]; ++col) {
+    weights_[static_cast<std::size_t>(col)] =
+        static_cast<std::uint16_t>(child_.lines[1].row_weight(col));
   }
   for (int row = 0; row < sizes_[0]; ++row) {
-    for_each_bit(line(state, 0, row), strides_[0],
-                 [&](int col) { consider(BlockMove::entry, row, col); });
+    if (taken_[0][static_cast<std::size_t>(row)]) continue;
+    int best = -1;
+    for_each_bit(rows.row(row), rows.stride(), [&](int col) {
+      const auto k = static_cast<std::size_t>(col);
+      if (taken_[1][k]) return;
+      if (best < 0 || weights_[k] < weights_[static_cast<std::size_t>(best)]) best = col;
+    });
+    if (best < 0) continue;
+    take({BlockMove::entry, static_cast<std::uint16_t>(row), static_cast<std::uint16_t>(best)});
   }
 }
 
-void BlockReduction::compose(const State& state, float noise, Rng& rng) {
-  sorted_ = candidates_;
-  if (noise > 0) {
-    for (BlockMove& move : sorted_) move.gain *= 1 + noise * noise_[rng.next() & 255];
+double BlockReduction::score() const {
+  double sum = 0;
+  for (const BitMatrix& lines : child_.lines) {
+    for (int k = 0; k < lines.rows(); ++k) {
+      sum += roots_[static_cast<std::size_t>(lines.row_weight(k))];
+    }
   }
-  std::sort(sorted_.begin(), sorted_.end(), [](const BlockMove& a, const BlockMove& b) {
-    if (a.gain != b.gain) return a.gain < b.gain;
-    if (a.kind != b.kind) return a.kind < b.kind;
-    return a.to != b.to ? a.to < b.to : a.from < b.from;
-  });
+  return sum;
+}
+
+double BlockReduction::compose(const State& state, bool noisy, Rng& rng) {
+  child_ = state;
   for (int side = 0; side < 2; ++side) {
     taken_[side].assign(static_cast<std::size_t>(sizes_[side]), 0);
   }
-  child_ = state;
   const std::size_t first = pool_.size();
-  for (const BlockMove& move : sorted_) {
-    char& to = taken_[move.kind == BlockMove::columns][move.to];
-    char& from = taken_[move.kind != BlockMove::rows][move.from];
-    // What was taken has changed the weights of the lines that cross, but no entry between two
-    // lines that were not.
-    if (to || from || gain(child_, move) >= -least_gain) continue;
-    make(child_, move);
-    pool_.push_back(move);
-    to = from = 1;
-  }
-  child_.score = 0;
-  for (const auto& weights : child_.weights) {
-    for (const std::uint16_t weight : weights) child_.score += static_cast<double>(f_[weight]);
-  }
+  const auto side = rng.coin() ? BlockMove::rows : BlockMove::columns;
+  add_lines(side, noisy, rng);
+  add_lines(side == BlockMove::rows ? BlockMove::columns : BlockMove::rows, noisy, rng);
+  take_entries();
   std::uint64_t hash = 0;
-  for (const Word word : child_.lines[0]) hash = Rng::mixed(hash ^ word);
+  const BitMatrix& rows = child_.lines[0];
+  for (int row = 0; row < sizes_[0]; ++row) {
+    for (int w = 0; w < rows.stride(); ++w) hash = Rng::mixed(hash ^ rows.row(row)[w]);
+  }
   layers_.push_back({hash, first, pool_.size()});
+  return score();
 }
 
 std::span<const BlockMove> BlockReduction::layer(const Move& move) const {

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
-#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
@@ -15,7 +14,6 @@ namespace zelt::braidwerk::internal {
 /// `to` and column `from` goes.
 struct BlockMove {
   enum Kind : std::uint8_t { rows, columns, entry };
-  float gain;
   Kind kind;
   std::uint16_t to;
   std::uint16_t from;
@@ -23,19 +21,18 @@ struct BlockMove {
 
 /// A block on its way to zero, by rows and by columns.
 struct BlockState {
-  std::vector<Word> lines[2];
-  std::vector<std::uint16_t> weights[2];
-  double score = 0;
-  int ones = 0;
+  BitMatrix lines[2];
 };
 
 /// The problem of driving a block of a matrix to zero by few layers, for a beam search: the step of
 /// the block recursion. The lines of the block stand for wires of two halves, so that a layer has
-/// additions among its rows, among its columns, and single entries, no line twice. It is put
-/// together greedily by gain.
+/// additions among its rows, among its columns, and single entries, no line twice.
 ///
-/// What is lowered is the sum of log(w + offset) over the weights of all lines. Light lines count
-/// little more than others, unlike in a reduction to a permutation: single entries finish them.
+/// A layer is put together greedily: additions on the one side, then on the other, those that take
+/// away the most ones first (all but one of the layers tried on a state with random prices), and
+/// entries between the lines that are left. Ones alone are counted, which takes an AND of two lines
+/// for each pair. States are compared by roots of weights: those of equally many ones are better
+/// that have them in few lines.
 class BlockReduction {
  public:
   using State = BlockState;
@@ -46,20 +43,21 @@ class BlockReduction {
 
   BlockReduction(int rows, int cols);
 
-  State start(const BitMatrix& block) const;
+  State start(const BitMatrix& block) const { return {{block, block.transposed()}}; }
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    gather(state);
-    for (int variant = 0; variant < block_tuning.variants; ++variant) {
-      compose(state, variant == 0 ? 0 : block_tuning.noise, rng);
-      sink(child_.score, Move{static_cast<std::uint32_t>(layers_.size() - 1)});
+    for (int variant = 0; variant < variants(); ++variant) {
+      const double score = compose(state, variant != 0, rng);
+      sink(score, Move{static_cast<std::uint32_t>(layers_.size() - 1)});
     }
   }
 
   std::uint64_t hash(const State&, const Move& move) const { return layers_[move.layer].hash; }
-  void make(State& state, const Move& move) const;
-  bool done(const State& state) const { return state.ones == 0; }
+  void make(State& state, const Move& move) const {
+    for (const BlockMove& each : layer(move)) make(state, each);
+  }
+  bool done(const State& state) const;
 
   std::span<const BlockMove> layer(const Move& move) const;
 
@@ -70,27 +68,25 @@ class BlockReduction {
     std::size_t last;
   };
 
-  Word* line(State& state, int side, int k) const;
-  const Word* line(const State& state, int side, int k) const;
-  float step(const State& state, int side, int k, int by) const;
-  float gain(const State& state, const BlockMove& move) const;
-  void add(State& state, int side, int to, int from) const;
-  void flip(State& state, int side, int k, int bit) const;
-  void make(State& state, const BlockMove& move) const;
-  void gather(const State& state);
-  void compose(const State& state, float noise, Rng& rng);
+  static int variants();
+  static void make(State& state, const BlockMove& move);
+  double compose(const State& state, bool noisy, Rng& rng);
+  void take(const BlockMove& move);
+  void add_lines(BlockMove::Kind side, bool noisy, Rng& rng);
+  void take_entries();
+  double score() const;
 
   int sizes_[2];
-  int strides_[2];
-  std::vector<float> f_;
-  std::vector<float> up_;     // f(w + 1) - f(w)
-  std::vector<float> noise_;  // quantiles of the exponential distribution
+  std::vector<double> roots_;         // by weight
+  std::vector<std::uint32_t> noise_;  // quantiles of the exponential distribution, in 64ths
   std::vector<Layer> layers_;
   std::vector<BlockMove> pool_;
-  State child_;  // scratch: what a layer makes of a state
-  std::vector<BlockMove> candidates_;
-  std::vector<BlockMove> sorted_;  // scratch
-  std::vector<char> taken_[2];     // scratch, by line
+
+  // Scratch of compose.
+  State child_;
+  std::vector<char> taken_[2];  // by line
+  std::vector<std::uint16_t> weights_, overlaps_;
+  std::vector<std::uint32_t> pairs_, prices_, ends_, sorted_;
 };
 
 }  // namespace zelt::braidwerk::internal

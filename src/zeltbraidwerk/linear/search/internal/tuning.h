@@ -152,27 +152,23 @@ inline constexpr ShallowTuning shallow_tuning;
 /// For block recursion whose steps are searched. Rows matrix 64, 128 depth.
 struct BlockTuning {
   int least_wires = 40;  ///< on fewer, annealing alone finds as much
-  int most_wires = 256;  ///< above, a state takes more than some hundredths of a second
+  int most_wires = 256;  ///< above, not measured
   int leaf_wires = 16;   ///< up to here, parts are searched as maps of their own; 32 is worse
   std::uint64_t most_leaf_steps = 30'000;
-  int half_tries = 3;                   ///< circuits of each half, of which the shallowest is taken
+  int half_tries = 5;                   ///< circuits of each half, of which the shallowest is taken
   std::uint64_t steps_of_try = 80'000;  ///< of a round: the whole is tried once more for each
   int most_tries = 100;
-  int variants = 8;      ///< layers to try on a state
-  float noise = 0.3F;    ///< of all variants but the first, in units of the gain; 0.6 is worse
-  int most_width = 400;  ///< of a beam; 3000 gains nothing on 32 x 32
+  int variants = 8;   ///< layers to try on a state; 4 are worse
+  double offset = 3;  ///< added to weights before their roots are taken
+  double noise =
+      0.3;  ///< of all variants but the first, in units of the gain; 0.1 to 0.5 are alike
+  int most_width = 100;  ///< of a beam; 1000 gains nothing on 32 x 32 and 64 x 64
 };
 inline constexpr BlockTuning block_tuning;
 
-/// What is added to the weights of the lines of a block. Of 64 x 64 random ones 22 layers are left
-/// with square roots, 21 with logarithms.
-inline double block_offset(int size) {
-  return 3 + size / 32.0;
-}
-
 /// Of beams for the blocks of a matrix, which the time for a state falls with.
 inline int block_width(int n, std::uint64_t steps) {
-  const double width = static_cast<double>(steps) / 500 * std::pow(64.0 / n, 2);
+  const double width = static_cast<double>(steps) / 20 * std::pow(64.0 / n, 2);
   return static_cast<int>(std::clamp(width, 1.0, static_cast<double>(block_tuning.most_width)));
 }
 
