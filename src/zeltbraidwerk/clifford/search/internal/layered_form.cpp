@@ -6,9 +6,14 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
+#include "zeltbraidwerk/linear/search/internal/block_layers.h"
+#include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
+#include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -45,16 +50,15 @@ class LayeredForm {
     choose_outputs();
   }
 
-  GateList circuit(Outputs outputs, const Effort& effort) {
-    // What X on the inputs becomes is X on the outputs by the map, times Z by the graph after it;
-    // the graph before it has given Z on the inputs its part of X.
-    const BitMatrix map = parts(input_x_, output_z_);
-    const BitMatrix back = inverse(map);
-    const BitMatrix before = product(parts(input_z_, output_z_), back);
-    const BitMatrix graph_after = product(back, parts(input_x_, output_x_));
-    take_off_graph(1, before, input_x_);
-    take_off_graph(0, graph_after, output_z_);
-    take_off_map(map, outputs, effort);
+  GateList circuit(GraphsBy way, Outputs outputs, const Effort& effort) {
+    Effort whole;
+    whole.control = effort.control;
+    Meter in_time(whole);
+    for (const int side : {1, 0}) {
+      if (way == GraphsBy::blocks) clear_graph(side, in_time);
+      take_off_graph(side);
+    }
+    take_off_map(outputs, effort);
     return circuit_of(rows_, moves_);
   }
 
@@ -105,13 +109,79 @@ class LayeredForm {
     return parts;
   }
 
+  // What X on the inputs becomes is X on the outputs by the map, times Z by the graph after it; the
+  // graph before it has given Z on the inputs its part of X.
+  BitMatrix map() const { return parts(input_x_, output_z_); }
+  BitMatrix graph(int side) const {
+    const BitMatrix back = inverse(map());
+    return side == 1 ? product(parts(input_z_, output_z_), back)
+                     : product(back, parts(input_x_, output_x_));
+  }
+  /// Gates between these commute, ...
+  Labels& crossed(int side) { return side == 1 ? input_x_ : output_z_; }
+  /// ... and those from the one to the other are CNOTs, which go into the map.
+  Labels& passed(int side) { return side == 1 ? input_z_ : output_x_; }
+
   void play(int side, const Gate& gate) {
     rows_.multiply(side, gate);
     moves_.push_back({side, gate});
   }
+  // Each is a gate as it is named but for one-qubit gates after it, which turn labels.
+  void play_crossed(int side, int a, int b) {
+    const Labels& x = crossed(side);
+    play(side, {end_of(a, of(x, a)), end_of(b, of(x, b))});
+    for (const int wire : {a, b}) of(passed(side), wire) ^= of(x, wire);
+  }
+  void play_cnot(int side, int control, int target) {
+    Labels& x = crossed(side);
+    Labels& z = passed(side);
+    play(side, {end_of(control, of(x, control)), end_of(target, of(z, target))});
+    of(z, control) ^= of(x, control);
+    of(x, target) ^= of(z, target);
+  }
 
-  /// What stands on its diagonal is on single wires.
-  void take_off_graph(int side, const BitMatrix& adjacency, const Labels& labels) {
+  /// Edges between two halves of the wires, then between two halves of each half, and so on, by
+  /// few layers of single gates and of CNOTs within the halves, by which line `to` of the graph
+  /// gains line `from`. When the meter ends, edges are left.
+  void clear_graph(int side, Meter& meter) {
+    std::vector<std::vector<int>> groups{
+        shuffled(wires_, [this](int, int last) { return rng_.below(last + 1); })};
+    while (!groups.empty()) {
+      const BitMatrix edges = graph(side);
+      std::vector<std::vector<int>> parts;
+      for (const std::vector<int>& group : groups) {
+        if (group.size() < 2) continue;
+        const auto middle = group.begin() + static_cast<std::ptrdiff_t>(group.size() / 2);
+        parts.emplace_back(group.begin(), middle);
+        parts.emplace_back(middle, group.end());
+        if (!clear_between(side, edges, parts.end()[-2], parts.back(), meter)) return;
+      }
+      groups = std::move(parts);
+    }
+  }
+
+  bool clear_between(int side, const BitMatrix& edges, const std::vector<int>& a,
+                     const std::vector<int>& b, Meter& meter) {
+    BlockReduction problem(static_cast<int>(a.size()), static_cast<int>(b.size()));
+    const auto found =
+        BeamSearch<BlockReduction>(problem, {.width = clifford_tuning.block_width}, rng_, meter)
+            .run(problem.start(block_matrix(edges, {a, b})));
+    if (found.empty()) return false;
+    for (const BlockReduction::Move& number : found[0].moves) {
+      for (const BlockMove& move : problem.layer(number)) {
+        const bool is_entry = move.kind == BlockMove::entry;
+        const int to = (move.kind == BlockMove::columns ? b : a)[move.to];
+        const int from = (move.kind == BlockMove::rows ? a : b)[move.from];
+        is_entry ? play_crossed(side, to, from) : play_cnot(side, to, from);
+      }
+    }
+    return true;
+  }
+
+  /// Edge by edge. What stands on the diagonal is on single wires.
+  void take_off_graph(int side) {
+    const BitMatrix adjacency = graph(side);
+    const Labels& labels = crossed(side);
     BitGraph graph(wires_);
     for (int a = 0; a < wires_; ++a) {
       for (int b = a + 1; b < wires_; ++b) {
@@ -127,7 +197,8 @@ class LayeredForm {
 
   /// From the last gate to the first. Each is a CNOT but for one-qubit gates after it, which turn
   /// X on its control, and Z on its target.
-  void take_off_map(const BitMatrix& map, Outputs outputs, const Effort& effort) {
+  void take_off_map(Outputs outputs, const Effort& effort) {
+    const BitMatrix map = this->map();
     for (int i = 0; i < wires_; ++i) {
       for_each_bit(map.row(i), map.stride(),
                    [&](int w) { of(output_x_, w) = rows_.label_at(1, i, of(input_x_, i), w); });
@@ -154,8 +225,9 @@ class LayeredForm {
 
 }  // namespace
 
-GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort) {
-  return LayeredForm(std::move(rows), rng).circuit(outputs, effort);
+GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
+                      const Effort& effort) {
+  return LayeredForm(std::move(rows), rng).circuit(way, outputs, effort);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -11,8 +11,12 @@ namespace zelt::braidwerk::internal {
 /// which commute, then a linear map by CNOTs, then gates between Z on pairs, which commute as well,
 /// X and Z any two labels of a wire, drawn for the inputs. Every operator has such a form.
 ///
-/// On n qubits the layers are about n / 2 before the map and as many after it, and those of the
-/// map, which is searched by depth with this effort. More gates than by a reduction.
-GateList layered_list(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort);
+/// On n qubits the layers are about n / 2 before the map and as many after it, edge by edge; or
+/// n / 3 by blocks, a beam for the edges between two halves of the wires, with CNOTs within the
+/// halves, which go into the map. And those of the map, which is searched by depth with this
+/// effort. More gates than by a reduction.
+enum class GraphsBy { edges, blocks };
+GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
+                      const Effort& effort);
 
 }  // namespace zelt::braidwerk::internal

@@ -73,7 +73,16 @@ class CliffordSearch : public SearchBase<GateList> {
 
   void make_first_circuits() {
     const bool quick = wires_ <= tuning.quick_wires;
-    if (takes_layers() && (quick || !meter_.ended())) offer(layered(1));
+    if (takes_layers() && (quick || !meter_.ended())) {
+      const GateList by_edges = layered(1);
+      graphs_by_ = GraphsBy::blocks;
+      const GateList by_blocks = layered(1);
+      offer(by_edges);
+      offer(by_blocks);
+      if (depth_of(by_edges.gates, wires_) < depth_of(by_blocks.gates, wires_)) {
+        graphs_by_ = GraphsBy::edges;
+      }
+    }
     if (wires_ < 2) return;
     if (has_table()) {
       shortest_ = Smallest<GateList>(Objective::count);
@@ -152,7 +161,7 @@ class CliffordSearch : public SearchBase<GateList> {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = steps;
-    return layered_list(beams_.operator_rows(), task_.outputs, rng_, effort);
+    return layered_list(beams_.operator_rows(), graphs_by_, task_.outputs, rng_, effort);
   }
 
   /// Once more with other labels, and the map searched longer.
@@ -197,6 +206,7 @@ class CliffordSearch : public SearchBase<GateList> {
   bool finds_fewest_;
   CliffordBeams beams_;
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
+  GraphsBy graphs_by_ = GraphsBy::edges;           // which has fewer layers
   bool nothing_left_ = false;
   bool has_fewest_ = false;  // found by FiveWireSearch
 };

@@ -45,6 +45,7 @@ struct CliffordTuning {
   std::uint64_t closed_part = 4;    ///< from a circuit that was closed
   std::uint64_t best_part = 2;      ///< from the best circuit in place
   std::uint64_t layered_part = 4;   ///< for a layered form
+  int block_width = 16;             ///< of the beams for the blocks of its graphs
   std::uint64_t layered_wires = 4;  ///< a step of it takes as long as a gate on one wire in these
   // Closing.
   float exchange_price = 1.5F;  ///< gates that an exchange of outputs counts

@@ -1,7 +1,6 @@
 #include "zeltbraidwerk/linear/search/internal/block_search.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "zeltbraidwerk/linear/search/internal/block_layers.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/beam.h"
+#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -73,23 +73,14 @@ class BlockSearch {
   Meter& meter_;
 };
 
-std::vector<int> random_order(int n, Rng& rng) {
-  std::vector<int> order(static_cast<std::size_t>(n));
-  std::iota(order.begin(), order.end(), 0);
-  for (int k = n; k > 1; --k) {
-    std::swap(order[static_cast<std::size_t>(k) - 1],
-              order[static_cast<std::size_t>(rng.below(k))]);
-  }
-  return order;
-}
-
 }  // namespace
 
 std::optional<GateList> search_by_blocks(const BitMatrix& m, int width, const HalfSearch& half,
                                          Rng& rng, Meter& meter) {
   const int n = m.rows();
-  std::vector<int> labels = random_order(n, rng);
-  const std::vector<int> inputs = random_order(n, rng);
+  const auto draw = [&](int, int last) { return rng.below(last + 1); };
+  std::vector<int> labels = shuffled(n, draw);
+  const std::vector<int> inputs = shuffled(n, draw);
   BitMatrix mixed(n, n);
   for (int r = 0; r < n; ++r) {
     for (int c = 0; c < n; ++c) {

@@ -166,10 +166,12 @@ struct BlockTuning {
 };
 inline constexpr BlockTuning block_tuning;
 
-/// Of beams for the blocks of a matrix, which the time for a state falls with.
+/// Of beams for the blocks of a matrix: two of about n / 3 layers, and a step for each state, are a
+/// twelfth of the steps.
 inline int block_width(int n, std::uint64_t steps) {
-  const double width = static_cast<double>(steps) / 20 * std::pow(64.0 / n, 2);
-  return static_cast<int>(std::clamp(width, 1.0, static_cast<double>(block_tuning.most_width)));
+  const std::uint64_t width = steps / (8 * static_cast<std::uint64_t>(n));
+  return std::clamp(static_cast<int>(std::min<std::uint64_t>(width, 1000)), 1,
+                    block_tuning.most_width);
 }
 
 /// For runs of beams over layers. Rows matrix 8 to 256 depth.
