@@ -47,7 +47,7 @@ SEARCHES = {
     "graph": (lambda: gallery.random_graph(40), graph_state.synthesize, {}),
     "circuit": (lambda: circuit(20, 1500), zb.optimize, {}),
     "circuit of pieces": (lambda: circuit(9, 900, 3), zb.optimize, {}),
-    "circuit of pieces device": (lambda: circuit(20, 1500, 3), zb.optimize, {"device": "grid:4x5"}),
+    "circuit of pieces device": (lambda: circuit(16, 600, 3), zb.optimize, {"device": "grid:4x4"}),
     "circuit device": (lambda: circuit(16, 500), zb.optimize, {"device": zb.Device.grid(4, 4)}),
 }  # fmt: skip
 OTHERS = {
