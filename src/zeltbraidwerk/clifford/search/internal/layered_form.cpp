@@ -169,10 +169,13 @@ class LayeredForm {
     if (found.empty()) return false;
     for (const BlockReduction::Move& number : found[0].moves) {
       for (const BlockMove& move : problem.layer(number)) {
-        const bool is_entry = move.kind == BlockMove::entry;
         const int to = (move.kind == BlockMove::columns ? b : a)[move.to];
         const int from = (move.kind == BlockMove::rows ? a : b)[move.from];
-        is_entry ? play_crossed(side, to, from) : play_cnot(side, to, from);
+        if (move.kind == BlockMove::entry) {
+          play_crossed(side, to, from);
+        } else {
+          play_cnot(side, to, from);
+        }
       }
     }
     return true;

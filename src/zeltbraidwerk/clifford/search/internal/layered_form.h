@@ -7,15 +7,18 @@
 
 namespace zelt::braidwerk::internal {
 
+/// How the commuting gates before and after the map of a layered form, a graph each, are made: edge
+/// by edge, in about n / 2 layers on n qubits; or by blocks, in about n / 3, with a beam for the
+/// edges between two halves of the wires and CNOTs within the halves, which go into the map. Sparse
+/// graphs take fewer layers edge by edge.
+enum class GraphsBy { edges, blocks };
+
 /// A circuit of few layers for an operator on many qubits: gates between X on pairs of qubits,
 /// which commute, then a linear map by CNOTs, then gates between Z on pairs, which commute as well,
 /// X and Z any two labels of a wire, drawn for the inputs. Every operator has such a form.
 ///
-/// On n qubits the layers are about n / 2 before the map and as many after it, edge by edge; or
-/// n / 3 by blocks, a beam for the edges between two halves of the wires, with CNOTs within the
-/// halves, which go into the map. And those of the map, which is searched by depth with this
-/// effort. More gates than by a reduction.
-enum class GraphsBy { edges, blocks };
+/// The layers are those of both graphs and of the map, which is searched by depth with this effort.
+/// More gates than by a reduction.
 GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
                       const Effort& effort);
 
