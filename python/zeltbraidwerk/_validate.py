@@ -302,5 +302,5 @@ def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
         )
     letters = letters.upper().replace("_", "I")
     if len(letters) != n:
-        raise errors.PauliError(f"{name}: got {len(letters)} letters, wanted {n}")
+        raise errors.PauliError(f"{name}: got {shown(value)} of {len(letters)} letters, wanted {n}")
     return sign == "-", letters
