@@ -137,7 +137,7 @@ def test_what_a_plugin_cannot_do_is_none_and_unknown_options_are_refused(qk):
     ):
         with pytest.raises(errors.OptionError, match=match):
             plugins.CliffordSynthesis().run(clifford, **options)
-    with pytest.raises(errors.DtypeError, match="target: got CouplingMap.*, wanted a Target"):
+    with pytest.raises(errors.DtypeError, match=r"target: got CouplingMap.*, wanted a Target"):
         plugins.Optimize(target=apart["coupling_map"])
 
 

@@ -284,9 +284,9 @@ def test_no_circuit(kind, thing):
 
 def test_no_circuit_but_a_gate_whose_class_has_no_module(qiskit):
     gate = qiskit.circuit.library.CXGate()
-    with pytest.raises(errors.DtypeError, match="circuit: got .*, wanted a QuantumCircuit"):
+    with pytest.raises(errors.DtypeError, match=r"circuit: got .*, wanted a QuantumCircuit"):
         Circuit.of(gate)
-    with pytest.raises(errors.DtypeError, match="rotations: got .*CXGate"):
+    with pytest.raises(errors.DtypeError, match=r"rotations: got .*CXGate"):
         pauli.synthesize([(gate, 0.5)])
 
 
