@@ -222,3 +222,30 @@ def test_some_hundred_operators_on_a_pool(tmp_path, stim):
         alone = zb.clifford.synthesize(inputs[record.index], seed=record.seed)
         assert record.result == alone
     assert json.loads(path.read_text().splitlines()[0])["options"] == {}
+
+
+STOPPED_AT_ONCE = """
+import os, signal, sys, threading, time
+if __name__ != "__main__":
+    time.sleep(2)  # so long takes the start of a process
+import zeltbraidwerk as zb
+
+if __name__ == "__main__":
+    threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT)).start()
+    start = time.monotonic()
+    try:
+        zb.batch.race("linear.synthesize", [[1, 1], [0, 1]], results=sys.argv[1], progress=False)
+    except KeyboardInterrupt:
+        print(time.monotonic() - start)
+"""
+
+
+def test_ctrl_c_does_not_wait_for_the_start_of_processes(tmp_path):
+    script = tmp_path / "race.py"
+    script.write_text(STOPPED_AT_ONCE)
+    run = subprocess.run(
+        [sys.executable, script, tmp_path / "race.jsonl"], capture_output=True, text=True,
+        preexec_fn=_with_ctrl_c,
+    )  # fmt: skip
+    assert run.stderr == ""
+    assert 0.4 < float(run.stdout) < 1.5

@@ -6,7 +6,7 @@ from support import same_up_to_phase, unitary
 from test_instructions import dynamic_circuits
 
 import zeltbraidwerk as zb
-from zeltbraidwerk import Circuit, Gate, Measure, Register, errors
+from zeltbraidwerk import Barrier, Circuit, Conditional, Gate, Measure, Register, errors
 
 
 def qubits(cirq):
@@ -61,7 +61,10 @@ def test_gates_and_qubits(cirq):
         assert same(cirq, cirq.Circuit(operation)), operation
     assert same(cirq, inner)
     assert Circuit.from_cirq(cirq.Circuit(cirq.CX(c, a))).qubit_names == ("q[-3]", "ancilla")
-    assert Circuit(2, [Gate.h(1)]).to_cirq().all_qubits() == set(cirq.LineQubit.range(2))
+    # Qubits without gates: none at all, a barrier, a condition that never holds.
+    for rest in ([], [Barrier((0, 1))], [Measure(1, 0), Conditional(Gate.h(0), 1)]):
+        written = Circuit(2, [Gate.h(1), *rest], [("c", 2)]).to_cirq()
+        assert written.all_qubits() == set(cirq.LineQubit.range(2))
 
 
 def test_symbols(cirq):

@@ -46,6 +46,9 @@ def test_operators_and_wires(qml):
         written = read.to_pennylane()
         assert written.wires.tolist() == WIRES
         assert same_up_to_phase(wanted, qml.matrix(written, wire_order=WIRES)), operator
+    # A condition that never holds leaves its qubits without gates.
+    never = Circuit(2, [Measure(1, 0), Conditional(Gate.h(0), 1)], [("c", 2)]).to_pennylane()
+    assert set(never.wires) == {0, 1}
 
 
 def test_a_tape_of_a_qnode_is_made_shorter(qml):

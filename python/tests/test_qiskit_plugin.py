@@ -137,6 +137,8 @@ def test_what_a_plugin_cannot_do_is_none_and_unknown_options_are_refused(qk):
     ):
         with pytest.raises(errors.OptionError, match=match):
             plugins.CliffordSynthesis().run(clifford, **options)
+    with pytest.raises(errors.DtypeError, match=r"target: got CouplingMap.*, wanted a Target"):
+        plugins.Optimize(target=apart["coupling_map"])
 
 
 def test_all_objects_through_transpile(qk):

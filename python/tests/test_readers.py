@@ -11,7 +11,7 @@ from hypothesis import strategies as st
 from qasm_files import FILES, HEAD
 from support import same_up_to_phase, unitary
 
-from zeltbraidwerk import Circuit, CnotCircuit, Gate, _validate, errors
+from zeltbraidwerk import Circuit, CnotCircuit, Gate, _validate, errors, pauli
 from zeltbraidwerk._header import table
 from zeltbraidwerk.instructions import Barrier, Conditional, Measure, Register, Reset
 
@@ -280,6 +280,14 @@ def test_no_circuit(kind, thing):
     ):
         with pytest.raises(errors.DtypeError, match=wanted):
             read(thing)
+
+
+def test_no_circuit_but_a_gate_whose_class_has_no_module(qiskit):
+    gate = qiskit.circuit.library.CXGate()
+    with pytest.raises(errors.DtypeError, match=r"circuit: got .*, wanted a QuantumCircuit"):
+        Circuit.of(gate)
+    with pytest.raises(errors.DtypeError, match=r"rotations: got .*CXGate"):
+        pauli.synthesize([(gate, 0.5)])
 
 
 def test_files(tmp_path):

@@ -44,7 +44,7 @@ Circuit(2).placed([0], 3) -> ShapeError: qubits: got 1, wanted 2
 Circuit(1).draw('wide') -> DtypeError: width: got 'wide'
 
 # clifford
-CliffordTableau(2).conjugate('X') -> PauliError: pauli: got 1 letters, wanted 2
+CliffordTableau(2).conjugate('X') -> PauliError: pauli: got 'X' of 1 letters, wanted 2
 CliffordTableau(2).conjugate('+-XX') -> PauliError: after one sign
 CliffordTableau(2).conjugate('XA') -> PauliError: wanted letters I, X, Y, Z
 CliffordTableau(2).apply(Gate.rz(0, 0.3)) -> NotCliffordError: got RZ \[0 \]0.3
@@ -76,7 +76,7 @@ clifford.synthesize_state(Circuit(1, [Gate.rz(0, 0.3)])) -> NotCliffordError: wa
 # codes
 clifford.synthesize_encoder([]) -> ShapeError: stabilizers: got none
 clifford.synthesize_encoder('XX') -> DtypeError: stabilizers: got 'XX', wanted Pauli strings in a list, a check matrix
-clifford.synthesize_encoder(['XXI', 'XX']) -> PauliError: stabilizers: got 2 letters, wanted 3
+clifford.synthesize_encoder(['XXI', 'XX']) -> PauliError: stabilizers: got 'XX' of 2 letters, wanted 3
 clifford.synthesize_encoder(['XXI', 'IZZ']) -> PauliError: stabilizers: got XXI and IZZ, which do not commute
 clifford.synthesize_encoder(['XX', '-XX']) -> PauliError: stabilizers: got XX, which is a product
 clifford.synthesize_encoder(['X', 'X']) -> PauliError: stabilizers: got X, which is a product
@@ -89,7 +89,7 @@ clifford.synthesize_encoder(['ZZI'], (['XXI'], ['ZII'])) -> ShapeError: logicals
 clifford.synthesize_encoder(['ZZ'], (['XI'], ['ZI'])) -> PauliError: logicals: got XI, which does not commute with the stabilizer ZZ
 clifford.synthesize_encoder(['ZZ'], (['XX'], ['ZZ'])) -> PauliError: got XX for X on logical qubit 0 and ZZ for Z on logical qubit 0, which commute
 clifford.synthesize_encoder(['ZZI'], (['XXI', 'IIX'], ['IIZ', 'ZII'])) -> PauliError: got XXI for X on logical qubit 0 and IIZ for Z on logical qubit 0, which commute
-clifford.synthesize_encoder(['ZZ'], (['XXX'], ['ZII'])) -> PauliError: logicals: got 3 letters, wanted 2
+clifford.synthesize_encoder(['ZZ'], (['XXX'], ['ZII'])) -> PauliError: logicals: got 'XXX' of 3 letters, wanted 2
 clifford.synthesize_encoder(['ZZ'], ([[1, 1, 1]], [[1, 0, 0]])) -> ShapeError: logicals: got a matrix of 3 columns, wanted 2, or 4
 
 # linear
@@ -193,9 +193,9 @@ pauli.synthesize('XX') -> DtypeError: rotations: got 'XX'
 pauli.synthesize([], repeated='merge') -> OptionError: repeated: got 'merge', wanted 'refuse'
 pauli.synthesize([], method='ladder', restarts=2) -> OptionError: restarts: not an option of method 'ladder'
 pauli.synthesize({}, method=['auto']) -> UnknownMethodError: got \['auto'
-pauli.synthesize([('XX', 1)], n=3) -> PauliError: got 2 letters, wanted 3
+pauli.synthesize([('XX', 1)], n=3) -> PauliError: got 'XX' of 2 letters, wanted 3
 pauli.partition({'XX'}) -> DtypeError: strings: got {
-pauli.partition(['XX', 'XXX']) -> PauliError: strings: got 3 letters, wanted 2
+pauli.partition(['XX', 'XXX']) -> PauliError: strings: got 'XXX' of 3 letters, wanted 2
 pauli.partition(np.ma.array([[1, 2]])) -> DtypeError: strings: got masked_array
 two().readout('XX') -> DtypeError: observables: got 'XX', wanted Pauli
 two().absorb({'XX': 'a'}) -> DtypeError: observables: got the coefficient
@@ -205,7 +205,7 @@ two().readout(['XX']).values([[0, 2]]) -> EntryError: bits: got the entry 2
 two().readout(['XX']).values([0, 1]) -> ShapeError: bits: got shape \(2,\)
 two().readout(['XX']).values([[0, 1, 0]]) -> ShapeError: bits: got shape \(1, 3\), wanted \(shots, 2\)
 two().readout(['XX']).values(np.ma.array([[0, 1]])) -> DtypeError: bits: got a masked array
-pauli.synthesize({'XX': 1, 'X': 1}) -> PauliError: got 1 letters, wanted 2
+pauli.synthesize({'XX': 1, 'X': 1}) -> PauliError: got 'X' of 1 letters, wanted 2
 pauli.synthesize([((0, 4), 1.0)]) -> PauliError: got the code 4
 pauli.synthesize((['XX'], [1, 2])) -> ShapeError: 1 strings, 2 angles
 pauli.synthesize({}, order='any') -> OptionError: order: got 'any'
@@ -236,7 +236,7 @@ routing.route_ions(T3, shelving=(0, 0, 0)) -> ShapeError: got 3 numbers
 routing.normalize(T3, merge='no') -> DtypeError: merge: got 'no'
 routing.route(T3, Device.line(3), steps=-1) -> OptionError: steps: got -1
 routing.route(T3, Device.line(3), tail='return', steps=5) -> OptionError: steps: got 5, wanted None where no tail is closed
-routing.route_ions(T3).readout(['Z']) -> PauliError: got 1 letters
+routing.route_ions(T3).readout(['Z']) -> PauliError: got 'Z' of 1 letters
 routing.route_ions(T3, shelving=(0.1, 2)) -> OptionError: got the rate 2
 routing.route(LONG, Device.grid(3, 3), lookahead=9, budget=0.01) -> UnfinishedError: larger budget
 

@@ -2,6 +2,7 @@
 
 import io
 import json
+import os
 import re
 import signal
 import subprocess
@@ -21,7 +22,8 @@ FILES = {
     "big.txt": "\n".join("".join("01"[bit] for bit in row) for row in
                          zb.gallery.aes_mixcolumns().astype(int).tolist()),
     "p.txt": "XXI 0.5\nYYI 2*theta + pi/4\n-IZZ -pi/4  # T\n",
-    "n.txt": "XXI 0.5\nIZZ pi / 4\n",
+    "n.txt": "XXI 0.5\nIZZ pi / 4\nZIZ 2*π/4",
+    "short.txt": "XXI 0.5\nXX 0.5\n",
     "ph.txt": "110 0.5\n011 pi/4\n",
     "cl.txt": "IX\nXI\nIZ\n-ZI\n",
     "s.txt": "XXX\nZZI\n-IZZ\n",
@@ -100,6 +102,12 @@ def test_files_of_every_kind_and_back(shell, tmp_path):
     assert len(list(tmp_path.iterdir())) == len(FILES) + 2 + 4  # and no part of a file
 
 
+def test_pi_is_a_number(shell):
+    code, out, _ = shell("pauli n.txt --format json --quiet --seed 1")
+    assert (code, zb.from_json(out).circuit.symbols) == (0, ())
+    assert zb.Parameter("a + π/2") == zb.Parameter("a + pi/2")
+
+
 def test_comments_tell_places(shell):
     out = shell("linear m.txt --seed 1 --device grid:2x3 --permutation free --quiet")[1]
     circuit = zb.Circuit.of(out)
@@ -120,7 +128,7 @@ def test_comments_tell_places(shell):
         ("", "got no command, wanted one of optimize, linear"),
         ("optimise c.qasm", "got the command 'optimise'; did you mean 'optimize'?"),
         ("xyz", "got the command 'xyz', wanted one of optimize"),
-        ("compare", "got no command"),
+        ("compare", "got no command, wanted one of optimize, .*, route; --help"),
         ("compare liner m.txt", "did you mean 'linear'?"),
         ("compare linear m.txt --method pmh", "option '--method'"),
         ("optimize", "required: input"),
@@ -145,6 +153,7 @@ def test_comments_tell_places(shell):
         ("phase cnots.qasm", "not diagonal; the command optimize takes it"),
         ("pauli c.qasm", "the command optimize takes circuits"),
         ("pauli s.txt", "s.txt: line 1: got 'XXX' alone, wanted an angle"),
+        ("pauli short.txt", "got 'XX' of 2 letters, wanted 3"),
         ("pauli p.txt", "p.txt: got the symbolic angle .*theta.*, which OpenQASM 2 cannot hold"),
         ("clifford odd.txt", "odd.txt: got 3 lines, wanted the images"),
         ("state odd.txt", "wanted 1"),
@@ -264,3 +273,34 @@ def test_as_a_process(tmp_path):
     done = subprocess.run([*command, "--format", "json"], cwd=tmp_path, capture_output=True,
                           text=True, check=True)  # fmt: skip
     assert json.loads(done.stdout)["kind"] == "LinearSynthesis"
+
+
+def test_pipes_and_closed_streams(tmp_path):
+    (tmp_path / "m.txt").write_text(FILES["m.txt"])
+    command = f"{sys.executable} -m zeltbraidwerk linear --quiet --seed 1 --format json"
+    for line, code, told in (
+        ("<(cat m.txt) -o /dev/stdout | cat", 0, ""),
+        ("- <&-", 2, "standard input: got no text"),
+        ("m.txt >&-", 2, "error: "),
+        ("m.txt 2>&-", 0, ""),
+    ):
+        run = subprocess.run(
+            ["bash", "-c", f"set -o pipefail; {command} {line}"],
+            cwd=tmp_path, capture_output=True, text=True,
+        )  # fmt: skip
+        assert (run.returncode, run.stderr.count("\n")) == (code, bool(told)), run.stderr
+        assert told in run.stderr
+        assert code or zb.from_json(run.stdout).verify()
+
+
+@pytest.mark.parametrize("arguments", [["-m", "zeltbraidwerk"], ["-c", "import zeltbraidwerk"]])
+def test_ctrl_c_while_the_command_is_imported(tmp_path, arguments):
+    """It ends the command without a traceback; in other programs it is a KeyboardInterrupt."""
+    (tmp_path / "numpy.py").write_text("import os, signal; os.kill(os.getpid(), signal.SIGINT)")
+    run = subprocess.run(
+        [sys.executable, *arguments], env={**os.environ, "PYTHONPATH": str(tmp_path)},
+        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.default_int_handler),
+        capture_output=True, text=True,
+    )  # fmt: skip
+    assert run.returncode == -signal.SIGINT
+    assert run.stderr.endswith("KeyboardInterrupt\n") if arguments[0] == "-c" else not run.stderr

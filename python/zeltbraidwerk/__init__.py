@@ -47,6 +47,8 @@ The pages of the documentation, in the folder docs of the sources; ./dev docs bu
 
 import sys
 
+from zeltbraidwerk import _early  # isort: split
+
 from zeltbraidwerk import (
     _public,
     batch,
@@ -104,3 +106,4 @@ _public.tidy(
     clifford, core, errors, gallery, graph_state, limits, linear, pauli, phase, plot, routing
 )  # fmt: skip
 _public.tidy(sys.modules[__name__])
+_early.imported()

@@ -106,7 +106,7 @@ def _value(match: re.Match[str], names: tuple[str, ...] | None) -> Step:
         return float(match["number"])
     if name in (names or ()):
         return str(name)
-    if name == "pi":
+    if name in ("pi", "π"):
         return math.pi
     if names is not None or name.lower() in ("nan", "inf", "infinity", "uminus"):
         raise ValueError

@@ -89,7 +89,7 @@ def save_lines(path: str | os.PathLike[str], lines: Iterable[str]) -> None:
     if not isinstance(path, (str, os.PathLike)):
         raise errors.DtypeError(f"path: got {_validate.shown(path)}, wanted the path of a file")
     try:
-        _save(Path(os.path.realpath(path)), lines)
+        _save(Path(path), lines)
     except (OSError, ValueError) as error:
         reason = getattr(error, "strerror", None) or error
         raise errors.FileError(
@@ -102,6 +102,7 @@ def _save(target: Path, lines: Iterable[str]) -> None:
         with open(target, "w", encoding="utf-8") as file:
             file.writelines(lines)
         return
+    target = Path(os.path.realpath(target))  # not of a pipe, such as /dev/stdout, which has none
     part = target.with_name(f".{target.name}.{os.getpid()}")
     try:
         with open(part, "w", encoding="utf-8") as file:

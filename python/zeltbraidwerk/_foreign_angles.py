@@ -63,9 +63,9 @@ def are_different(one: Any, other: Any) -> bool:
 def _package_of(kind: Hashable) -> str:
     """ "qiskit" or "sympy" for a class of expressions, else nothing."""
     for base in getattr(kind, "__mro__", ()):
-        package = base.__module__.partition(".")[0].lstrip("_")
+        package = _validate.package_of(base)
         if (package, base.__name__) in (("qiskit", "ParameterExpression"), ("sympy", "Expr")):
-            return str(package)
+            return package
     return ""
 
 

@@ -36,9 +36,7 @@ def write(circuit: WholeCircuit) -> Any:
     layers = _Layers()
     symbols = _interop.symbols(circuit, _foreign_angles.is_from_sympy, _symbol)
     operation_of = _operations(qubits, symbols)
-    used: set[int] = set()
     for place, (operation, condition) in enumerate(_interop.written(circuit, _COMPOSED)):
-        used.update(operation.qubits)
         on = tuple([qubits[qubit] for qubit in operation.qubits])
         if isinstance(operation, Barrier):
             layers.level(on)
@@ -60,7 +58,7 @@ def write(circuit: WholeCircuit) -> Any:
             controls = keys.controls(condition)
             made = [op.with_classical_controls(*controls) for op in made if controls is not None]
         layers.add(made, bits)
-    layers.add([cirq.I(qubits[k]) for k in range(circuit.n) if k not in used], ())  # else lost
+    layers.add([cirq.I(qubit) for qubit in qubits if qubit not in layers.used], ())  # else lost
     return cirq.Circuit.from_moments(*map(cirq.Moment, layers.layers))
 
 
@@ -71,9 +69,11 @@ class _Layers:
     def __init__(self) -> None:
         self.layers: list[list[Any]] = []
         self._free: dict[Any, int] = {}
+        self.used: set[Any] = set()  # qubits
 
     def add(self, operations: Sequence[Any], bits: Sequence[int]) -> None:
         for operation in operations:
+            self.used.update(operation.qubits)
             wires = [*operation.qubits, *bits]
             layer = max([self._free.get(wire, 0) for wire in wires])
             if layer >= len(self.layers):

@@ -30,9 +30,7 @@ def write(circuit: WholeCircuit) -> Any:
     wires = [_wire(name) for name in circuit.qubit_names]
     gate_of, measured = _gates(qml, wires), _Measured(qml, _names.of_bits(circuit.classical))
     made: list[Any] = []
-    used: set[int] = set()
     for place, (operation, condition) in enumerate(_interop.written(circuit)):
-        used.update(operation.qubits)
         on = [wires[qubit] for qubit in operation.qubits]
         if isinstance(operation, Gate):
             gate = gate_of(operation)
@@ -48,7 +46,8 @@ def write(circuit: WholeCircuit) -> Any:
             made.append(measured.measure(on, operation.bit))
         else:
             made.append(qml.ops.MidMeasure(on, reset=True, meas_uid=f"{_RESET}{place}"))
-    idle = [wires[k] for k in range(circuit.n) if k not in used]  # which a script does not keep
+    used = {wire for operation in made for wire in operation.wires}
+    idle = [wire for wire in wires if wire not in used]  # which a script does not keep
     return qml.tape.QuantumScript(made + [qml.Identity([wire]) for wire in idle])
 
 

@@ -14,7 +14,7 @@ from zeltbraidwerk import _angles, _core, _foreign_angles, _validate, errors
 _FULL_TURN = 2 * math.pi
 _CANCELS = 1e-12  # of the larger one of two summands; as in the compiled part
 _NUMBER = re.compile(r"[+-]?(\d+(\.\d*)?|\.\d+)([eE][+-]?\d+)?", re.ASCII)
-_NAME = re.compile(rf"(?!(?:(?i:nan|inf|infinity)|pi|UMINUS)$)(?:{_angles.SYMBOL})")
+_NAME = re.compile(rf"(?!(?:(?i:nan|inf|infinity)|pi|π|UMINUS)$)(?:{_angles.SYMBOL})")
 _OPERANDS = {"+": 2, "UMINUS": 1}
 
 Terms = tuple[tuple[str, float], ...]  # names, ascending, with coefficients that are not 0
@@ -329,6 +329,14 @@ def parameter(value: Any, name: str) -> Parameter:
 
 @lru_cache(maxsize=4096)
 def _of_text(text: str, name: str) -> Parameter:
+    read = from_text(text, name)
+    if not read._terms:
+        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
+    return read
+
+
+def from_text(text: str, name: str) -> Parameter:
+    """Of text in a file, which may be a number as well."""
     if _NAME.fullmatch(text):
         return Parameter._made(0.0, ((text, 1.0),))
     read = _of_prefix(text) or _of_infix(text, name)
@@ -337,8 +345,6 @@ def _of_text(text: str, name: str) -> Parameter:
             f"{name}: got {_validate.shown(text)}, wanted an expression: a sum of names and "
             "numbers as in '2*a - b + pi/4', or prefix notation as in '+ a b'"
         )
-    if not read._terms:
-        raise errors.AngleError(f"{name}: got {text!r}, wanted a number, not text")
     return read
 
 

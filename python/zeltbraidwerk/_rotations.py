@@ -110,7 +110,7 @@ def _letter(code: Any, name: str) -> str:
 def _kind(value: Any) -> str:
     """Package and class, without importing the package."""
     of = type(value)
-    return f"{of.__module__.partition('.')[0].lstrip('_')}.{of.__name__}"
+    return f"{_validate.package_of(of)}.{of.__name__}"
 
 
 # --- lists of rotations -------------------------------------------------------------------------

@@ -17,6 +17,9 @@ FINE, FAILED, BAD, STOPPED, CLOSED = 0, 1, 2, 130, 141
 
 def main(arguments: Sequence[str] | None = None) -> int:
     """Runs the command; the exit code."""
+    for name, mode in (("stdin", "r"), ("stdout", "r"), ("stderr", "w")):
+        if getattr(sys, name) is None:  # closed by the caller; standard output cannot be written
+            setattr(sys, name, open(os.devnull, mode))  # noqa: SIM115
     try:
         return _run(arguments)
     except SystemExit as end:

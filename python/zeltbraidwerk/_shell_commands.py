@@ -43,7 +43,7 @@ COMMANDS = {
     "optimize": Command(
         "a shorter circuit of the same operator",
         optimize, _shell_input.circuit,
-        "a circuit: OpenQASM 2, JSON of this package, or a .stim file", "circuit.qasm",
+        "a circuit: OpenQASM 2 or 3, JSON of this package, or a .stim file", "circuit.qasm",
         (
             "optimize circuit.qasm -o shorter.qasm --seed 1",
             "optimize circuit.qasm --device grid:3x3 --objective depth -o shorter.json",
@@ -115,7 +115,7 @@ COMMANDS = {
     "route": Command(
         "a circuit on the edges of a device, from its rotations",
         routing.route, _shell_input.circuit,
-        "a circuit: OpenQASM 2, JSON of this package, or a .stim file", "circuit.qasm",
+        "a circuit: OpenQASM 2 or 3, JSON of this package, or a .stim file", "circuit.qasm",
         ("route circuit.qasm --device grid:3x3 -o routed.qasm",),
     ),
 }  # fmt: skip

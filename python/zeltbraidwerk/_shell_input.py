@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 import sys
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import contextmanager, nullcontext
 from pathlib import Path
 from typing import Any
 
@@ -22,12 +22,10 @@ class InputError(Exception):
 
 
 def text_of(path: str) -> str:
-    """The text of a file, or of standard input for "-"."""
+    """The text of a file or a pipe, such as one of "<(command)", or of standard input for "-"."""
     try:
-        if path == "-":
-            data = _files.within(sys.stdin.buffer, limits.get("file_bytes"), _shown(path))
-        else:
-            data = _files.bytes_of(path)
+        with nullcontext(sys.stdin.buffer) if path == "-" else open(path, "rb") as file:
+            data = _files.within(file, limits.get("file_bytes"), _shown(path))
     except errors.TooLargeError as error:
         raise InputError(str(error)) from None
     except (OSError, ValueError) as error:

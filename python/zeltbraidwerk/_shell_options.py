@@ -58,7 +58,8 @@ def parsed(arguments: Sequence[str] | None) -> argparse.Namespace:
         _refuse_unknown_command(given[1:], list(below[given[0]]))
     namespace, unknown = parser.parse_known_args(given)
     if not namespace.command or (namespace.command in below and not namespace.family):
-        fail(f"got no command, wanted one of {', '.join([*known, *below])}; --help tells more")
+        names = below.get(namespace.command, [*known, *below])
+        fail(f"got no command, wanted one of {', '.join(names)}; --help tells more")
     if unknown:
         group = below.get(namespace.command)
         _refuse_unknown(unknown, group[namespace.family] if group else known[namespace.command])

@@ -10,13 +10,11 @@ from collections.abc import Iterator
 
 import numpy as np
 
-from zeltbraidwerk import _angles, _validate, errors
+from zeltbraidwerk import _validate, errors
+from zeltbraidwerk._parameter import Parameter, from_text
 from zeltbraidwerk._validate import BoolArray
-from zeltbraidwerk.gates import Parameter
 
-_NAMES = re.compile(r"[A-Za-z_]\w*", re.ASCII)
 _EDGE = re.compile(r"(\d{1,9})\s*[-,\s]\s*(\d{1,9})", re.ASCII)
-_KNOWN = {"pi", "sin", "cos", "tan", "exp", "sqrt", "ln"}
 
 
 def matrix(text: str) -> BoolArray:
@@ -84,15 +82,8 @@ def _lines(text: str) -> Iterator[tuple[int, str]]:
 
 
 def _angle(text: str, number: int) -> Parameter:
-    """Arithmetic of numbers and pi, sums of names with coefficients, or text of a Parameter."""
-    names = tuple(set(_NAMES.findall(text)) - _KNOWN)
+    """Arithmetic of numbers and pi, or text of a Parameter."""
     try:
-        expression = _angles.read(text, names)
-    except ValueError:
-        expression = None
-    try:
-        if expression is None:
-            return Parameter(text)
-        return Parameter(_angles.evaluate(expression, {name: Parameter(name) for name in names}))
+        return from_text(text, "angle")
     except errors.AngleError as error:
         raise errors.AngleError(f"line {number}: {error}") from None

@@ -29,8 +29,12 @@ _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
 def comes_from(value: Any, package: str) -> bool:
     """Whether a class of that package, or a class derived from one, made the value. The package
     is not imported."""
-    modules = (base.__module__.partition(".")[0].lstrip("_") for base in type(value).__mro__)
-    return package in modules
+    return package in map(package_of, type(value).__mro__)
+
+
+def package_of(kind: Any) -> str:
+    """The package of a class. Those of Qiskit's gates without parameters have no module."""
+    return str(kind.__module__).partition(".")[0].lstrip("_")
 
 
 # --- kinds of values ----------------------------------------------------------------------------
@@ -302,5 +306,5 @@ def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
         )
     letters = letters.upper().replace("_", "I")
     if len(letters) != n:
-        raise errors.PauliError(f"{name}: got {len(letters)} letters, wanted {n}")
+        raise errors.PauliError(f"{name}: got {shown(value)} of {len(letters)} letters, wanted {n}")
     return sign == "-", letters

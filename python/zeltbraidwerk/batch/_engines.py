@@ -8,9 +8,10 @@ from __future__ import annotations
 
 import os
 import queue
+import threading
 import time
 from collections.abc import Callable
-from concurrent.futures import BrokenExecutor, Executor
+from concurrent.futures import BrokenExecutor, Executor, Future
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any
 
@@ -128,7 +129,10 @@ class Futures(Engine):
 
 
 class Pool(Engine):
-    """A process pool of our own. When one of its processes ends, the pool is made anew."""
+    """A process pool of our own. When one of its processes ends, the pool is made anew.
+
+    A thread starts it, which takes as long as the imports of the program: Ctrl-C does not wait for
+    that, and leaves no process half started."""
 
     def __init__(self, workers: int, task: bytes, version: str) -> None:
         super().__init__(task, version)
@@ -145,14 +149,25 @@ class Pool(Engine):
         self._context = get_context("forkserver")
         # Processes watch the other end, which nobody else has: it closes when this process ends.
         self._alive, self._held = self._context.Pipe(duplex=False)
-        self._pool = self._made(self._workers)
+        started: Future[int] = Future()
+        with uninterrupted():
+            self._pool = self._made(self._workers)
+            self._starter = threading.Thread(target=self._start, args=(self._pool, started))
+            self._starter.start()
         try:
-            self._pool.submit(_work.here).result()
+            started.result()
         except BrokenExecutor:
             raise errors.Error(
                 "executor: the processes of the pool end as they begin; a script has to make this "
                 'call under if __name__ == "__main__":'
             ) from None
+
+    @staticmethod
+    def _start(pool: ProcessPoolExecutor, started: Future[int]) -> None:
+        try:
+            started.set_result(pool.submit(_work.here).result())
+        except Exception as error:  # it is told where it is waited for, if it still is
+            started.set_exception(error)
 
     def _made(self, workers: int) -> ProcessPoolExecutor:
         from concurrent.futures import ProcessPoolExecutor
@@ -195,8 +210,17 @@ class Pool(Engine):
         super().close()
         if self._pool is None:
             return
-        if self._jobs:
+        is_starting = self._starter.is_alive()
+        if self._jobs or is_starting:
             self._held.close()  # ends the processes, whatever they do
+        if is_starting:
+            with uninterrupted():
+                threading.Thread(target=self._end).start()
+        else:
+            self._end()
+
+    def _end(self) -> None:
+        self._starter.join()
         for pool in {self._pool, *(job.pool for job in self._jobs.values())}:
             pool.shutdown(wait=True, cancel_futures=True)
         self._held.close()

@@ -9,7 +9,7 @@ from typing import Any
 from qiskit.circuit import QuantumCircuit
 from qiskit.converters import circuit_to_dag, dag_to_circuit
 from qiskit.quantum_info import Statevector
-from qiskit.transpiler import TransformationPass
+from qiskit.transpiler import Target, TransformationPass
 
 from zeltbraidwerk import _core, _validate, errors
 from zeltbraidwerk._optimize import Optimization, optimize
@@ -66,6 +66,7 @@ class Optimize(TransformationPass):  # type: ignore[misc]
     ) -> None:
         super().__init__()
         if target is not None:
+            _validate.instance(target, "target", Target, "a Target of Qiskit, as in backend.target")
             coupling_map = target.build_coupling_map()
         self._device = None if coupling_map is None else Device.of(coupling_map)
         self._native = frozenset(() if target is None else target.operation_names)
