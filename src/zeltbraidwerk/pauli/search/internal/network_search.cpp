@@ -149,8 +149,7 @@ class NetworkSearch : public SearchByBoth<Network> {
                                 << std::min(round, tuning.most_walk_doublings);
     NetworkWalk walk(
         from.events, input_.qubits(), run_.task.in_order, !task_.closes(), task_.device,
-        run_.task.target == nullptr ? tuning.walk_patience : network_target_tuning.walk_patience,
-        run_.task.target != nullptr && !by_layers);
+        run_.task.target == nullptr ? tuning.walk_patience : network_target_tuning.walk_patience);
     const auto offer_walked = [&](Origin how) {
       offer(network_of(walk.events(), from.wires, task_.closes()), how);
     };
@@ -158,14 +157,13 @@ class NetworkSearch : public SearchByBoth<Network> {
     for (std::uint64_t k = 0; k < steps; ++k) {
       const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
       const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
-      const int now = by_layers ? walk.depth() : walk.count();
-      if (changed && walk.in_place() && now < least) {
+      if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
         least = now;
         offer_walked(origin);
       }
       if (!meter_.step()) return;
     }
-    if (walk.in_place()) offer_walked(Origin::derived);
+    offer_walked(Origin::derived);
   }
 
   /// Some from the start, then some from random gates of the best network.

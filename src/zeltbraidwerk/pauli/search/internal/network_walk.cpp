@@ -1,8 +1,6 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
@@ -12,11 +10,6 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr const NetworkTuning& tuning = network_tuning;
-
-int rounded(float value, Rng& rng) {
-  const float below = std::floor(value);
-  return static_cast<int>(below) + (rng.chance(value - below) ? 1 : 0);
-}
 
 NetworkBlock::Exchange drawn_exchange(Rng& rng) {
   const int a = rng.below(NetworkBlock::wires);
@@ -46,7 +39,6 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
       end_is_free_(end_is_free),
       patience_(patience),
       exchanges_(exchanges && !end_is_free && graph == nullptr),
-      weight_of_swap_(exchange_tuning.most_weight),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
@@ -61,11 +53,6 @@ NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bo
 
 bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   if (gates_.empty()) return false;
-  if (exchanges_) {
-    const ExchangeTuning& weight = exchange_tuning;
-    weight_of_swap_ = std::clamp(weight_of_swap_ + (in_place() ? -weight.fall : weight.rise),
-                                 weight.least_weight, weight.most_weight);
-  }
   const int at = rng.below(static_cast<int>(gates_.size()));
   if (rows_[static_cast<std::size_t>(at)] >= 0) return false;
   finder_.find(gates_, at, NetworkBlock::wires, Gathering::by_labels, rng, window_);
@@ -88,13 +75,10 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   const int old = block_.gates();
   const int nodes = rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
   const unsigned pairs = pairs_that_meet();
-  int as_good = old;  // gates
-  if (exchanges) as_good -= rounded(static_cast<float>(swaps) * weight_of_swap_, rng);
+  const int as_good = old - swaps * exchange_tuning.weight_of_swap;
   const bool shorter = block_.least() < as_good && block_.rewrite(as_good - 1, pairs, nodes, rng);
   const int longest = as_good + (rng.chance(uphill) ? 1 : 0);
-  if (!shorter && (block_.least() > longest || !block_.rewrite(longest, pairs, nodes, rng))) {
-    return false;
-  }
+  if (!shorter && !block_.rewrite(longest, pairs, nodes, rng)) return false;
   new_gates_.clear();
   new_rows_.clear();
   for (const NetworkEvent& event : block_.events()) {

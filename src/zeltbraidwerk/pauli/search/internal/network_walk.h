@@ -58,7 +58,6 @@ class NetworkWalk {
   int patience_;
   bool exchanges_;
   int swaps_ = 0;  // that would bring all wires back
-  float weight_of_swap_;
   int count_ = 0;
   int depth_ = 0;
   std::vector<Gate> gates_;  // both ends of a rotation are the same

@@ -200,16 +200,10 @@ struct VainTuning {
 };
 inline constexpr VainTuning vain_tuning;
 
-/// Walks that exchange wires: see NetworkWalk. A swap that is left to be undone weighs as many
-/// gates, more with every window while there are any and less while there are none: on many wires a
-/// walk seldom comes back to the one order by chance. hwb6 at five seconds, a weight of 1: 68.9 gates,
-/// without exchanges 70.6; ham15-low 183 and 165, as it is in place too seldom.
+/// Walks that exchange wires: see NetworkWalk.
 struct ExchangeTuning {
-  float share = 0.3F;  ///< of the windows
-  float least_weight = 1;
-  float most_weight = 4;
-  float rise = 0.001F;
-  float fall = 0.0005F;
+  float share = 0.3F;      ///< of the windows
+  int weight_of_swap = 1;  ///< of one that is left to be undone, in gates
 };
 inline constexpr ExchangeTuning exchange_tuning;
 
