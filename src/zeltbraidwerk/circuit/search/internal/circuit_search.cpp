@@ -173,17 +173,19 @@ class CircuitSearch : public SearchBase<Network> {
 
   /// Walks come in chains, each from the best of the one before and longer: the first chain from
   /// the given circuit, the next from the best of all, and so in turns. Where there is time for
-  /// a walk that is twice as long as the last of a chain, a chain is one such walk.
+  /// a walk that is twice as long as the last of a chain, a chain is one such walk. Chains from
+  /// the best exchange wires, those from the given circuit do not.
   void walk(bool by_layers) {
     if (meter_.ended()) return;
     const std::uint64_t planned = by_layers ? 0 : windows_in_time();
     const bool timed = planned >= tuning.walk_windows * start_.events.size()
                                       << tuning.walks_of_chain;
     const int place = walks_ % tuning.walks_of_chain;
+    const int chain = timed ? walks_ - 1 : walks_ / tuning.walks_of_chain;
+    const bool from_given = chain % 2 == 0;
     if ((timed || place == 0) && !by_layers) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
-      const int chain = timed ? walks_ - 1 : walks_ / tuning.walks_of_chain;
-      const Network& start = chain % 2 == 0 ? start_ : shortest_.circuit();
+      const Network& start = from_given ? start_ : shortest_.circuit();
       chain_.offer(start, start.size);
     }
     const Network from = by_layers ? shallowest_.circuit() : chain_.circuit();
@@ -192,6 +194,7 @@ class CircuitSearch : public SearchBase<Network> {
     options.device = task_.device;
     options.steps = timed ? planned : tuning.walk_windows * from.events.size() << place;
     options.most_steps = std::min(options.steps, meter_.left());
+    options.exchanges = !from_given && !by_layers;
     options.by_layers = by_layers;
     options.seed = rng_.next();
     options.most_layers = most_layers();

@@ -68,7 +68,7 @@ class PieceWalk {
     const std::uint64_t most = std::min(planned, share(k, options_.most_steps));
     Rng rng(options_.seed, k + 1);
     NetworkWalk walk(piece.events, options_.qubits, true, false, options_.device,
-                     network_target_tuning.walk_patience);
+                     network_target_tuning.walk_patience, options_.exchanges);
     const Cooling cooling = drawn_cooling(rng);
     const auto measure = [&] { return options_.by_layers ? walk.depth() : walk.count(); };
     const auto keep = [&] {
@@ -86,12 +86,14 @@ class PieceWalk {
       const float uphill =
           cooling.at(static_cast<double>(piece.steps) / static_cast<double>(planned));
       const bool changed = walk.step(uphill, rng, options_.by_layers ? least : most_layers);
-      if (changed && measure() < least) {
+      if (changed && walk.in_place() && measure() < least) {
         least = measure();
         keep();
       }
     }
-    if (most == planned && !options_.by_layers && walk.count() == least) keep();
+    if (most == planned && !options_.by_layers && walk.in_place() && walk.count() == least) {
+      keep();
+    }
   }
 
   /// The ends of a piece have the names that all pieces before gave them.

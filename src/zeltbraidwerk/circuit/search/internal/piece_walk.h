@@ -19,6 +19,7 @@ struct PieceWalkOptions {
   std::uint64_t most_steps = 0;  ///< those that are made, where the effort ends before
   /// Never to more layers; a piece of several never to more than it began with.
   int most_layers = std::numeric_limits<int>::max();
+  bool exchanges = false;  ///< of wires, as NetworkWalk makes them; not on a device
   bool by_layers = false;  ///< not to more layers than the least so far; for one piece
   std::uint64_t seed = 0;  ///< of the draws, those of a piece by its number
   int piece = 0;           ///< events, about; 0: all in one

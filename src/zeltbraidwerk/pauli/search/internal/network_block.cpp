@@ -140,8 +140,9 @@ class NetworkBlock::GatesOn {
 };
 
 bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_free,
-                        const WireOrder& order) {
+                        const WireOrder& order, Exchange exchanged) {
   end_is_free_ = end_is_free;
+  exchanged_ = exchanged;
   wire_ = order;
   for (std::uint8_t place = 0; place < wires; ++place) place_[order[place]] = place;
   gates_ = rotations_ = 0;
@@ -188,6 +189,10 @@ bool NetworkBlock::read(const std::vector<NetworkEvent>& events, bool end_is_fre
     rows_[k] = event.row;
     ++rotations_;
   }
+  const int a = 16 * order[static_cast<std::size_t>(exchanged.a)];
+  const int b = 16 * order[static_cast<std::size_t>(exchanged.b)];
+  const std::uint64_t different = (labels >> a ^ labels >> b) & 0xffff;
+  labels ^= different << a ^ different << b;
   // Where the end is free, the operators tell no more than what became of the strings.
   start_.operators = end_is_free ? identity_rows_on(wires) : with_least_labels(labels);
   start_.hash += Rng::mixed(start_.operators | std::uint64_t{end_is_free} << 63);
@@ -271,6 +276,9 @@ void NetworkBlock::name_ends(const State& state) {
       const int now = end_is_free_ ? label : operator_of(state.operators, named_[end]) >> (2 * q);
       ends_[at_place(end)] = at_place(end_of(q, now));
     }
+  }
+  for (int label = 1; label <= 3; ++label) {
+    std::swap(ends_[end_of(exchanged_.a, label)], ends_[end_of(exchanged_.b, label)]);
   }
 }
 

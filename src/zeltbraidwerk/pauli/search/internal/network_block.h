@@ -29,14 +29,19 @@ class NetworkBlock {
   static constexpr int most_rotations = 16;
 
   using WireOrder = std::array<std::uint8_t, wires>;
+  struct Exchange {
+    int a;
+    int b;
+  };
 
   explicit NetworkBlock(bool in_order) : in_order_(in_order) {}
 
   /// False where there is too much in the block. Wires are places 0 to 2; where the end is free,
   /// anything may be left after it. `order` has the places' ranks in an order of the wires by which
-  /// a block is known again whatever their places.
+  /// a block is known again whatever their places. After the block that is searched for, the two
+  /// places of `exchanged` have changed roles; none have where they are the same.
   bool read(const std::vector<NetworkEvent>& events, bool end_is_free,
-            const WireOrder& order = {0, 1, 2});
+            const WireOrder& order = {0, 1, 2}, Exchange exchanged = {0, 0});
   int gates() const { return gates_; }
   /// No fewer gates will do.
   int least() const;
@@ -46,7 +51,7 @@ class NetworkBlock {
   /// ends() tells where the labels of the old one stand after it.
   bool rewrite(int most_gates, unsigned pairs, int patience, Rng& rng);
   const std::vector<NetworkEvent>& events() const { return found_; }
-  /// By end: of the old block, of the new one. Labels of one wire stay on one wire.
+  /// By end: of the old block, of the new one. Labels of one wire stay together on one wire.
   const std::array<End, 4 * wires>& ends() const { return ends_; }
 
  private:
@@ -84,6 +89,7 @@ class NetworkBlock {
 
   bool in_order_;
   bool end_is_free_ = false;
+  Exchange exchanged_{};
   int gates_ = 0;
   int rotations_ = 0;
   State start_{};

@@ -1,5 +1,6 @@
 #include "zeltbraidwerk/pauli/search/internal/network_walk.h"
 
+#include <array>
 #include <numeric>
 
 #include "zeltbraidwerk/pauli/search/internal/tuning.h"
@@ -9,6 +10,18 @@ namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr const NetworkTuning& tuning = network_tuning;
+
+NetworkBlock::Exchange drawn_exchange(Rng& rng) {
+  const int a = rng.below(NetworkBlock::wires);
+  return {a, (a + 1 + rng.below(NetworkBlock::wires - 1)) % NetworkBlock::wires};
+}
+
+template <class F>
+void for_each_end(F&& f) {
+  for (int place = 0; place < NetworkBlock::wires; ++place) {
+    for (int label = 1; label <= 3; ++label) f(end_of(place, label));
+  }
+}
 
 }  // namespace
 
@@ -20,17 +33,18 @@ Cooling drawn_cooling(Rng& rng) {
 }
 
 NetworkWalk::NetworkWalk(const std::vector<NetworkEvent>& events, int qubits, bool in_order,
-                         bool end_is_free, const BitGraph* graph, int patience)
+                         bool end_is_free, const BitGraph* graph, int patience, bool exchanges)
     : graph_(graph),
       qubits_(qubits),
       end_is_free_(end_is_free),
       patience_(patience),
+      exchanges_(exchanges && !end_is_free && graph == nullptr),
       count_(gates_of(events)),
       finder_(qubits),
       block_(in_order),
       names_(4 * static_cast<std::size_t>(qubits)),
-      after_(4 * static_cast<std::size_t>(qubits)) {
-  std::iota(after_.begin(), after_.end(), End{0});
+      began_(4 * static_cast<std::size_t>(qubits)) {
+  std::iota(began_.begin(), began_.end(), End{0});
   for (const NetworkEvent& event : events) {
     gates_.push_back(event.gate);
     rows_.push_back(event.row);
@@ -51,22 +65,23 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
   for (std::size_t b = 1; b < NetworkBlock::wires; ++b) {
     for (std::size_t a = 0; a < b; ++a) ++order[window_.wires[a] < window_.wires[b] ? b : a];
   }
-  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7, order) ||
+  const bool exchanges = exchanges_ && rng.chance(exchange_tuning.share);
+  const auto exchange = exchanges ? drawn_exchange(rng) : NetworkBlock::Exchange{};
+  const int swaps = exchanges ? more_swaps(exchange) : 0;
+  if (!block_.read(inside_, end_is_free_ && window_.to_end == 7, order, exchange) ||
       block_.gates() > tuning.walk_gates) {
     return false;
   }
   const int old = block_.gates();
   const int nodes = rng.below(tuning.walk_rare) == 0 ? tuning.walk_more_patience : patience_;
   const unsigned pairs = pairs_that_meet();
-  const bool shorter = block_.least() < old && block_.rewrite(old - 1, pairs, nodes, rng);
-  const int longest = old + (rng.chance(uphill) ? 1 : 0);
+  const int as_good = old - swaps * exchange_tuning.weight_of_swap;
+  const bool shorter = block_.least() < as_good && block_.rewrite(as_good - 1, pairs, nodes, rng);
+  const int longest = as_good + (rng.chance(uphill) ? 1 : 0);
   if (!shorter && !block_.rewrite(longest, pairs, nodes, rng)) return false;
   new_gates_.clear();
   new_rows_.clear();
   for (const NetworkEvent& event : block_.events()) {
-    const auto placed = [&](End end) {
-      return end_of(window_.wires[static_cast<std::size_t>(wire_of(end))], label_of(end));
-    };
     new_gates_.push_back({placed(event.gate.a), placed(event.gate.b)});
     new_rows_.push_back(event.row);
   }
@@ -87,8 +102,19 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     depth_ = depth;
   }
   rename_ends();
+  swaps_ += swaps;
   count_ += gates_of(block_.events()) - old;
   return true;
+}
+
+/// Swaps to be undone after an exchange: one less where both wires are on one cycle.
+int NetworkWalk::more_swaps(const NetworkBlock::Exchange& exchange) const {
+  const int a = window_.wires[static_cast<std::size_t>(exchange.a)];
+  const int b = window_.wires[static_cast<std::size_t>(exchange.b)];
+  for (int wire = role(a); wire != a; wire = role(wire)) {
+    if (wire == b) return -1;
+  }
+  return 1;
 }
 
 unsigned NetworkWalk::pairs_that_meet() const {
@@ -107,24 +133,21 @@ unsigned NetworkWalk::pairs_that_meet() const {
 /// Renames the labels of the window's wires from there on.
 void NetworkWalk::rename_gates(int from) {
   const auto each_new_name = [&](auto&& f) {
-    for (int place = 0; place < window_.size; ++place) {
-      const int wire = window_.wires[static_cast<std::size_t>(place)];
-      for (int label = 1; label <= 3; ++label) {
-        f(end_of(wire, label), end_of(wire, label_of(block_.ends()[end_of(place, label)])));
-      }
-    }
+    for_each_end([&](End end) { f(placed(end), placed(block_.ends()[end])); });
   };
   names_.rename(gates_, from, each_new_name);
 }
 
 void NetworkWalk::rename_ends() {
-  for (int place = 0; place < window_.size; ++place) {
-    const int wire = window_.wires[static_cast<std::size_t>(place)];
-    for (int label = 1; label <= 3; ++label) {
-      End& end = after_[end_of(wire, label)];
-      end = end_of(wire, label_of(block_.ends()[end_of(place, label_of(end))]));
-    }
-  }
+  std::array<End, 4 * NetworkBlock::wires> began{};
+  for_each_end([&](End end) { began[end] = began_[placed(end)]; });
+  for_each_end([&](End end) { began_[placed(block_.ends()[end])] = began[end]; });
+}
+
+std::vector<End> NetworkWalk::names() const {
+  std::vector<End> names(began_.size());
+  for (std::size_t end = 0; end < began_.size(); ++end) names[began_[end]] = static_cast<End>(end);
+  return names;
 }
 
 int NetworkWalk::layers() const {

@@ -200,6 +200,13 @@ struct VainTuning {
 };
 inline constexpr VainTuning vain_tuning;
 
+/// Walks that exchange wires: see NetworkWalk.
+struct ExchangeTuning {
+  float share = 0.3F;      ///< of the windows
+  int weight_of_swap = 1;  ///< of one that is left to be undone, in gates
+};
+inline constexpr ExchangeTuning exchange_tuning;
+
 /// Networks of which the fewest gates are looked for.
 struct SmallNetworkTuning {
   std::size_t most_work = 1'000'000;  ///< strings after gates: some hundredths of a second
