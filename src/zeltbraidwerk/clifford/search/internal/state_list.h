@@ -23,6 +23,9 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others after it.
 GateList continued(GateList begin, const GateList& list, int count);
 
+/// Orders gates by their layers; by layer, how many gates there are up to its end.
+std::vector<int> order_by_layers(GateList& list);
+
 /// The same list with its wires renamed so that each qubit of the state or code comes out on its
 /// own. Logical qubits then come in anywhere.
 GateList in_place(GateList list);

@@ -1,11 +1,16 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <span>
 #include <utility>
+#include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
+#include "zeltbraidwerk/clifford/search/internal/state_layers.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
@@ -42,6 +47,7 @@ class CodeSearch : public SearchByBoth<GateList> {
     }
     const Effort unlimited;
     Meter own(unlimited);
+    if (task_.by_depth()) take_layers(1, quick ? own : meter_);
     take_apart(start_, 1, quick ? own : meter_);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
@@ -63,6 +69,9 @@ class CodeSearch : public SearchByBoth<GateList> {
                    [this](const GateList& list, int depth) {
                      offer(list, {list.count(), depth}, Origin::certain);
                    });
+      take_layers(layers_width(round.steps), meter_);
+      renew_layers(state_tuning.layer_renewals
+                   << std::min(round.number, state_tuning.most_renewal_doublings));
     }
     renew(state_tuning.renewals << std::min(round.number, state_tuning.most_renewal_doublings));
     take_apart(start_, state_tuning.width << std::min(round.number, state_tuning.most_doublings),
@@ -73,20 +82,44 @@ class CodeSearch : public SearchByBoth<GateList> {
   using SearchByBoth::offer;
   void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
 
-  template <class Found>
-  void search_from(const StateGroup& group, int width, Meter& meter, Found&& found) {
-    StateProblem problem(rng_);
+  /// By gates that have taken the state apart to the group, and then those of a beam.
+  template <class Problem, class Found>
+  void search_from(Problem problem, const std::vector<Gate>& before, const StateGroup& group,
+                   int width, Meter& meter, Found&& found) {
     const BeamOptions options{.width = width, .patience = state_tuning.patience};
-    BeamSearch<StateProblem> search(problem, options, rng_, meter);
+    BeamSearch<Problem> search(problem, options, rng_, meter);
     for (const auto& [state, moves] : search.run(group)) {
-      std::vector<Gate> apart;
-      for (const StateProblem::Move& move : moves) apart.push_back(move.gate);
+      std::vector<Gate> apart = before;
+      for (const auto& move : moves) {
+        const std::span<const Gate> gates = problem.gates(move);
+        apart.insert(apart.end(), gates.begin(), gates.end());
+      }
       found(backwards(apart, state));
     }
   }
+  auto offered() {
+    return [this](GateList list) { offer(wanted(std::move(list), code_.logicals)); };
+  }
   void take_apart(const StateGroup& group, int width, Meter& meter) {
-    search_from(group, width, meter,
-                [this](GateList list) { offer(wanted(std::move(list), code_.logicals)); });
+    search_from(StateProblem(rng_), {}, group, width, meter, offered());
+  }
+
+  /// The same by layers, of large states after what splits them into parts.
+  void take_layers(int width, Meter& meter) {
+    std::vector<Gate> split;
+    StateGroup group = start_;
+    if (code_.logical_qubits() == 0 && wires_ > state_tuning.largest_part) {
+      split = split_into_parts(code_.stabilisers, state_tuning.largest_part, rng_, meter);
+      for (const Gate& gate : split) group.apply(gate);
+      group.lighten(state_tuning.sets_at_once, rng_);
+    }
+    search_from(StateLayers(width > 1 ? state_tuning.layer_variants : 1, rng_, meter), split,
+                group, width, meter, offered());
+  }
+  int layers_width(std::uint64_t steps) const {
+    const auto gates = static_cast<std::uint64_t>(wires_ * wires_ / 8 + 1);
+    return static_cast<int>(std::clamp<std::uint64_t>(
+        state_tuning.layers_part * steps / (gates * state_tuning.layer_variants), 1, state_tuning.most_layer_width));
   }
 
   GateList wanted(GateList encoder, const PauliFrame& logicals) {
@@ -130,23 +163,44 @@ class CodeSearch : public SearchByBoth<GateList> {
                });
   }
 
+  bool renews() const { return code_.logicals.rows() <= 2 * clifford_tuning.table_wires; }
+
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
-    if (code_.logicals.rows() > 2 * clifford_tuning.table_wires) return;
+    if (!renews()) return;
     GateList now = shortest();
     for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
       const int cut = 2 + rng_.below(now.count() - 1);
-      const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
-      StateGroup group(part.stabilisers);
-      group.lighten(state_tuning.renewed_sets, rng_);
-      search_from(group, 1, meter_, [&](GateList begin) {
-        begin = wanted(std::move(begin), part.logicals);
-        if (begin.count() > cut) return;
-        now = continued(std::move(begin), now, cut);
-        offer(now);
-      });
+      renew(now, cut, StateProblem(rng_),
+            [&](const GateList& begin) { return begin.count() <= cut; });
     }
+  }
+  /// The same for what leads up to random layers.
+  void renew_layers(int tries) {
+    if (!renews()) return;
+    GateList now = shallowest();
+    for (int k = 0; k < tries && !meter_.ended(); ++k) {
+      const std::vector<int> ends = order_by_layers(now);
+      const auto most = static_cast<int>(ends.size());
+      if (most < 2) return;
+      const int layers = 2 + rng_.below(most - 1);
+      renew(now, ends[static_cast<std::size_t>(layers - 1)],
+            StateLayers(state_tuning.layer_variants, rng_, meter_),
+            [&](const GateList& begin) { return depth_of(begin.gates, wires_) <= layers; });
+    }
+  }
+  template <class Problem, class Fits>
+  void renew(GateList& now, int cut, Problem problem, Fits&& fits) {
+    const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
+    StateGroup group(part.stabilisers);
+    group.lighten(state_tuning.renewed_sets, rng_);
+    search_from(std::move(problem), {}, group, 1, meter_, [&](GateList begin) {
+      begin = wanted(std::move(begin), part.logicals);
+      if (!fits(begin)) return;
+      now = continued(std::move(begin), now, cut);
+      offer(now);
+    });
   }
 
   const Code& code_;
