@@ -111,14 +111,17 @@ def clifford(
     return Row(name, calls, budget, goal, others, by_depth)
 
 
-def graph_state(n: int, instances: int, budget: float, goal: float, others: str) -> Row:
+def graph_state(
+    n: int, instances: int, budget: float, goal: float, others: str, **options: Any
+) -> Row:
     calls = [
         lambda seconds, seed=k: zb.graph_state.synthesize(
-            gallery.random_graph(n, seed), method="search", seed=1, budget=seconds
+            gallery.random_graph(n, seed), method="search", seed=1, budget=seconds, **options
         )
         for k in range(1, instances + 1)
     ]
-    return Row(f"graph state {n}", calls, budget, goal, others)
+    by_depth = options.get("objective") == "depth"
+    return Row(f"graph state {n}{' depth' if by_depth else ''}", calls, budget, goal, others, by_depth)
 
 
 MOLECULES = {"LiH": (12, 4), "H2O": (14, 10), "NH3": (16, 10), "N2": (20, 14)}

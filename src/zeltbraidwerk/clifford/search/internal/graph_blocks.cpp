@@ -31,22 +31,30 @@ bool clear_between(const BitMatrix& edges, const std::vector<int>& a, const std:
 
 }  // namespace
 
-bool clear_by_blocks(int wires, int largest, const GraphInWork& graph, Rng& rng, Meter& meter) {
+std::optional<std::vector<std::vector<int>>> clear_by_blocks(int wires, int largest,
+                                                             const GraphInWork& graph, Rng& rng,
+                                                             Meter& meter) {
+  std::vector<std::vector<int>> done;
   std::vector<std::vector<int>> groups{
       shuffled(wires, [&](int, int last) { return rng.below(last + 1); })};
   while (!groups.empty()) {
     const BitMatrix edges = graph.edges();
     std::vector<std::vector<int>> parts;
     for (const std::vector<int>& group : groups) {
-      if (static_cast<int>(group.size()) <= largest) continue;
+      if (static_cast<int>(group.size()) <= largest) {
+        done.push_back(group);
+        continue;
+      }
       const auto middle = group.begin() + static_cast<std::ptrdiff_t>(group.size() / 2);
       parts.emplace_back(group.begin(), middle);
       parts.emplace_back(middle, group.end());
-      if (!clear_between(edges, parts.end()[-2], parts.back(), graph, rng, meter)) return false;
+      if (!clear_between(edges, parts.end()[-2], parts.back(), graph, rng, meter)) {
+        return std::nullopt;
+      }
     }
     groups = std::move(parts);
   }
-  return true;
+  return done;
 }
 
 }  // namespace zelt::braidwerk::internal

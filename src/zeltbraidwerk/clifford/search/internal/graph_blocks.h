@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/search/internal/effort.h"
@@ -24,8 +26,10 @@ struct GraphInWork {
 
 /// Takes away the edges between two random halves of the wires, then those between two halves of
 /// each half, and so on down to parts of up to `largest` wires, by few layers of gates for single
-/// edges and of CNOTs within the halves (see BlockReduction), by beams. False when the meter ended
-/// before.
-bool clear_by_blocks(int wires, int largest, const GraphInWork& graph, Rng& rng, Meter& meter);
+/// edges and of CNOTs within the halves (see BlockReduction), by beams. Returns the parts; nothing
+/// when the meter ended before.
+std::optional<std::vector<std::vector<int>>> clear_by_blocks(int wires, int largest,
+                                                             const GraphInWork& graph, Rng& rng,
+                                                             Meter& meter);
 
 }  // namespace zelt::braidwerk::internal

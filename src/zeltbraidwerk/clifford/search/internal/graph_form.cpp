@@ -73,14 +73,19 @@ Gate GraphForm::play(const GraphMove& move) {
   return gate;
 }
 
-std::vector<Gate> split_into_parts(const PauliFrame& stabilisers, int largest, Rng& rng,
-                                   Meter& meter) {
-  GraphForm form(stabilisers);
-  std::vector<Gate> gates;
-  const GraphInWork graph{[&] { return form.edges; },
-                          [&](const GraphMove& move) { gates.push_back(form.play(move)); }};
-  clear_by_blocks(stabilisers.qubits(), largest, graph, rng, meter);
-  return gates;
+PauliFrame GraphForm::part(const std::vector<int>& qubits) const {
+  const auto size = static_cast<int>(qubits.size());
+  PauliFrame state(size, size);
+  for (int k = 0; k < size; ++k) {
+    const int qubit = qubits[static_cast<std::size_t>(k)];
+    const auto q = static_cast<std::size_t>(qubit);
+    for (int r = 0; r < size; ++r) {
+      const bool joined = edges.get(qubits[static_cast<std::size_t>(r)], qubit);
+      if (joined) state.set_letter(r, k, letter_for(other[q]));
+    }
+    state.set_letter(k, k, letter_for(own[q]));
+  }
+  return state;
 }
 
 }  // namespace zelt::braidwerk::internal

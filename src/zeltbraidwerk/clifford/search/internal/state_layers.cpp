@@ -19,7 +19,7 @@ double StateLayers::compose(const State& state, bool noisy) {
   taken_.assign(static_cast<std::size_t>(state.qubits()), 0);
   const std::size_t first = pool_.size();
   std::uint64_t hash = 0;
-  while (add_gate(noisy, hash)) meter_.charge(1);
+  while (!meter_.ended() && add_gate(noisy, hash)) meter_.charge(1);
   layers_.push_back({hash, first, pool_.size()});
   int letters = 0;
   for (int k = 0; k < child_.generators(); ++k) letters += child_.weight(k);

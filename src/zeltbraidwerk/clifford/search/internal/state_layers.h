@@ -38,8 +38,11 @@ class StateLayers {
   }
 
   std::uint64_t hash(const State&, const Move& move) const { return layers_[move.layer].hash; }
+  /// In part when the meter ends, with which the beam does.
   void make(State& state, const Move& move) {
-    for (const Gate& gate : gates(move)) make(state, gate);
+    for (const Gate& gate : gates(move)) {
+      if (!meter_.ended()) make(state, gate);
+    }
   }
   static bool done(const State& state) { return state.left() == 0; }
 

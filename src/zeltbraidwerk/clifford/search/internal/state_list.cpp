@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 
 namespace zelt::braidwerk::internal {
@@ -34,22 +36,29 @@ GateList with_logical_inputs_first(GateList list, const StateGroup& group) {
 
 }  // namespace
 
-GateList by_graph(const PauliFrame& stabilisers) {
+GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
   const GraphForm form(stabilisers);
   const int n = stabilisers.qubits();
   GateList list(n, {});
-  for (int a = 0; a < n; ++a) {
-    int degree = 0;
-    for (int b = 0; b < n; ++b) {
-      if (!form.edges.get(a, b)) continue;
-      ++degree;
-      if (a < b) list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});
+  const auto join = [&](int a, int b) {
+    list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});
+  };
+  if (objective == Objective::depth && n <= state_tuning.colored_wires) {
+    BitGraph graph(n);
+    form.each_edge([&](int a, int b) { graph.join(a, b); });
+    for (const auto& matching : matchings_of(graph)) {
+      for (const auto& [a, b] : matching) join(a, b);
     }
+  } else {
+    form.each_edge(join);
+  }
+  for (int a = 0; a < n; ++a) {
+    const bool odd = form.edges.row_weight(a) % 2 != 0;
     // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter; X, which goes
     // to the neighbours, the other one.
     const int own = form.own[static_cast<std::size_t>(a)];
     const int other = form.other[static_cast<std::size_t>(a)];
-    const int now = label_z ^ (degree % 2 != 0 ? label_x : 0);
+    const int now = label_z ^ (odd ? label_x : 0);
     list.frame[end_of(a, label_x)] = end_of(a, other);
     list.frame[end_of(a, now)] = end_of(a, own);
     list.frame[end_of(a, now ^ label_x)] = end_of(a, own ^ other);

@@ -13,8 +13,8 @@ namespace zelt::braidwerk::internal {
 /// of a code come in on wires 0 to k-1, zeros on the others.
 
 /// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
-/// are its own.
-GateList by_graph(const PauliFrame& stabilisers);
+/// are its own. In the order of an edge colouring where few layers are wanted.
+GateList by_graph(const PauliFrame& stabilisers, Objective objective);
 
 /// The circuit that is undone by these gates, which left `group` with each generator alone on its
 /// qubit.

@@ -30,7 +30,7 @@ class CodeSearch : public SearchByBoth<GateList> {
       : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
     const WireGroups entangled = entangled_groups(code.stabilisers);
     meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
-    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers)
+    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers, task.objective)
                                      : wanted(eliminated_code(start_), code.logicals));
     if (task.start != nullptr) offer(*task.start);
   }
@@ -41,13 +41,14 @@ class CodeSearch : public SearchByBoth<GateList> {
   void first() {
     if (finished()) return;
     const bool quick = wires_ <= state_tuning.quick_wires;
+    const Effort unlimited;
+    Meter own(unlimited);
+    if (task_.by_depth()) take_layers(0, quick ? own : meter_);
+    if (takes_parts()) return;
     for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended());
          k += state_tuning.sets_at_once) {
       start_.lighten(state_tuning.sets_at_once, rng_);
     }
-    const Effort unlimited;
-    Meter own(unlimited);
-    if (task_.by_depth()) take_layers(1, quick ? own : meter_);
     take_apart(start_, 1, quick ? own : meter_);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
@@ -69,7 +70,8 @@ class CodeSearch : public SearchByBoth<GateList> {
                    [this](const GateList& list, int depth) {
                      offer(list, {list.count(), depth}, Origin::certain);
                    });
-      take_layers(layers_width(round.steps), meter_);
+      take_layers(state_tuning.layer_walks * round.steps, meter_);
+      if (takes_parts()) return;
       renew_layers(state_tuning.layer_renewals
                    << std::min(round.number, state_tuning.most_renewal_doublings));
     }
@@ -82,44 +84,76 @@ class CodeSearch : public SearchByBoth<GateList> {
   using SearchByBoth::offer;
   void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
 
-  /// By gates that have taken the state apart to the group, and then those of a beam.
+  /// Calls found(apart, left) with the gates of a beam and what they leave of the group.
   template <class Problem, class Found>
-  void search_from(Problem problem, const std::vector<Gate>& before, const StateGroup& group,
-                   int width, Meter& meter, Found&& found) {
+  void search_from(Problem problem, const StateGroup& group, int width, Meter& meter,
+                   Found&& found) {
     const BeamOptions options{.width = width, .patience = state_tuning.patience};
     BeamSearch<Problem> search(problem, options, rng_, meter);
     for (const auto& [state, moves] : search.run(group)) {
-      std::vector<Gate> apart = before;
+      std::vector<Gate> apart;
       for (const auto& move : moves) {
         const std::span<const Gate> gates = problem.gates(move);
         apart.insert(apart.end(), gates.begin(), gates.end());
       }
-      found(backwards(apart, state));
+      found(apart, state);
     }
   }
-  auto offered() {
-    return [this](GateList list) { offer(wanted(std::move(list), code_.logicals)); };
+  void offer_backwards(const std::vector<Gate>& apart, const StateGroup& left) {
+    offer(wanted(backwards(apart, left), code_.logicals));
   }
   void take_apart(const StateGroup& group, int width, Meter& meter) {
-    search_from(StateProblem(rng_), {}, group, width, meter, offered());
+    search_from(StateProblem(rng_), group, width, meter,
+                [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
   }
 
-  /// The same by layers, of large states after what splits them into parts.
-  void take_layers(int width, Meter& meter) {
-    std::vector<Gate> split;
-    StateGroup group = start_;
-    if (code_.logical_qubits() == 0 && wires_ > state_tuning.largest_part) {
-      split = split_into_parts(code_.stabilisers, state_tuning.largest_part, rng_, meter);
-      for (const Gate& gate : split) group.apply(gate);
-      group.lighten(state_tuning.sets_at_once, rng_);
-    }
-    search_from(StateLayers(width > 1 ? state_tuning.layer_variants : 1, rng_, meter), split,
-                group, width, meter, offered());
+  /// Where few layers of a large state are wanted, beams gate by gate take too long for what they
+  /// find.
+  bool takes_parts() const {
+    return task_.by_depth() && code_.logical_qubits() == 0 && wires_ > state_tuning.largest_part;
   }
-  int layers_width(std::uint64_t steps) const {
-    const auto gates = static_cast<std::uint64_t>(wires_ * wires_ / 8 + 1);
-    return static_cast<int>(std::clamp<std::uint64_t>(
-        state_tuning.layers_part * steps / (gates * state_tuning.layer_variants), 1, state_tuning.most_layer_width));
+
+  /// The same by layers; of large states after layers that split them into parts.
+  void take_layers(std::uint64_t steps, Meter& meter) {
+    if (takes_parts()) {
+      take_parts(steps, meter);
+    } else {
+      search_layers(start_, steps, meter,
+                    [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
+    }
+  }
+  void take_parts(std::uint64_t steps, Meter& meter) {
+    GraphForm form(code_.stabilisers);
+    std::vector<Gate> apart;
+    const GraphInWork graph{[&] { return form.edges; },
+                            [&](const GraphMove& move) { apart.push_back(form.play(move)); }};
+    const auto parts = clear_by_blocks(wires_, state_tuning.largest_part, graph, rng_, meter);
+    if (!parts) return;
+    PauliFrame letters(wires_, wires_);
+    for (const std::vector<int>& qubits : *parts) {
+      const auto qubit = [&](int k) { return qubits[static_cast<std::size_t>(k)]; };
+      const auto end = [&](End e) { return end_of(qubit(wire_of(e)), label_of(e)); };
+      search_layers(StateGroup(form.part(qubits)), steps / parts->size(), meter,
+                    [&](const std::vector<Gate>& gates, const StateGroup& left) {
+                      for (const Gate& gate : gates) apart.push_back({end(gate.a), end(gate.b)});
+                      for (int k = 0; k < left.qubits(); ++k) {
+                        letters.set_letter(qubit(k), qubit(k), letter_for(left.label(k)));
+                      }
+                    });
+    }
+    if (!meter.ended()) offer_backwards(apart, StateGroup(letters));
+  }
+  /// A beam as wide as its steps pay for.
+  template <class Found>
+  void search_layers(StateGroup group, std::uint64_t steps, Meter& meter, Found&& found) {
+    group.lighten(state_tuning.renewed_sets, rng_);
+    const int n = group.qubits();
+    const int gates = n * n / 8 + 1;
+    const auto width = steps / static_cast<std::uint64_t>(gates * state_tuning.layer_variants);
+    const int most = static_cast<int>(
+        std::clamp<std::uint64_t>(width, 1, state_tuning.most_layer_width));
+    search_from(StateLayers(most > 1 ? state_tuning.layer_variants : 1, rng_, meter), group, most,
+                meter, found);
   }
 
   GateList wanted(GateList encoder, const PauliFrame& logicals) {
@@ -195,8 +229,8 @@ class CodeSearch : public SearchByBoth<GateList> {
     const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
     StateGroup group(part.stabilisers);
     group.lighten(state_tuning.renewed_sets, rng_);
-    search_from(std::move(problem), {}, group, 1, meter_, [&](GateList begin) {
-      begin = wanted(std::move(begin), part.logicals);
+    search_from(std::move(problem), group, 1, meter_, [&](const auto& apart, const auto& left) {
+      GateList begin = wanted(backwards(apart, left), part.logicals);
       if (!fits(begin)) return;
       now = continued(std::move(begin), now, cut);
       offer(now);
