@@ -121,7 +121,8 @@ def graph_state(
         for k in range(1, instances + 1)
     ]
     by_depth = options.get("objective") == "depth"
-    return Row(f"graph state {n}{' depth' if by_depth else ''}", calls, budget, goal, others, by_depth)
+    name = f"graph state {n}{' depth' if by_depth else ''}"
+    return Row(name, calls, budget, goal, others, by_depth)
 
 
 MOLECULES = {"LiH": (12, 4), "H2O": (14, 10), "NH3": (16, 10), "N2": (20, 14)}
@@ -277,6 +278,10 @@ def rows() -> list[Row]:
         graph_state(30, 10, 1, 69.5, "137.5"),
         graph_state(50, 5, 1, 190, "383"),
         graph_state(100, 1, 10, 2000, ""),
+        graph_state(20, 5, 1, 5.9, "", objective="depth"),
+        graph_state(50, 3, 5, 14.7, "", objective="depth"),
+        graph_state(100, 1, 5, 34, "", objective="depth"),
+        graph_state(200, 1, 5, 71, "", objective="depth"),
         pauli("LiH", "commuting", 0, 949, "1024"),
         pauli("NH3", "commuting", 0, 3639, "4046"),
         pauli("N2", "commuting", 0, 7686, "8235"),

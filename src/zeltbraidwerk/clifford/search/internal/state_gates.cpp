@@ -76,8 +76,7 @@ void StateGates::score(int a, int b, std::size_t count, Rng& rng) {
 }
 
 const std::vector<StateGates::Scored>& StateGates::best(const StateGroup& group, int count,
-                                                        Rng& rng,
-                                                        const std::vector<char>& taken) {
+                                                        Rng& rng, const std::vector<char>& taken) {
   fill(group, taken);
   best_.clear();
   const int qubits = static_cast<int>(qubits_.size());

@@ -54,8 +54,8 @@ GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
   }
   for (int a = 0; a < n; ++a) {
     const bool odd = form.edges.row_weight(a) % 2 != 0;
-    // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter; X, which goes
-    // to the neighbours, the other one.
+    // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter; X, which
+    // goes to the neighbours, the other one.
     const int own = form.own[static_cast<std::size_t>(a)];
     const int other = form.other[static_cast<std::size_t>(a)];
     const int now = label_z ^ (odd ? label_x : 0);

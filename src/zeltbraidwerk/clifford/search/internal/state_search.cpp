@@ -150,8 +150,8 @@ class CodeSearch : public SearchByBoth<GateList> {
     const int n = group.qubits();
     const int gates = n * n / 8 + 1;
     const auto width = steps / static_cast<std::uint64_t>(gates * state_tuning.layer_variants);
-    const int most = static_cast<int>(
-        std::clamp<std::uint64_t>(width, 1, state_tuning.most_layer_width));
+    const int most =
+        static_cast<int>(std::clamp<std::uint64_t>(width, 1, state_tuning.most_layer_width));
     search_from(StateLayers(most > 1 ? state_tuning.layer_variants : 1, rng_, meter), group, most,
                 meter, found);
   }

@@ -120,7 +120,7 @@ struct StateTuning {
   double tie_noise = 0.5;    ///< in letters of generators
   std::uint64_t layer_walks = 2;  ///< steps of their beams, in walks of the round
   int most_layer_width = 256;
-  int layer_renewals = 16;        ///< new beginnings in round 0; twice as many each round
+  int layer_renewals = 16;       ///< new beginnings in round 0; twice as many each round
   std::uint64_t gauge_part = 8;  ///< one in this many steps of a round, for another gauge of a code
   Cooling cooling{0.3F, 0.003F};
   std::uint64_t anneal_walks = 8;  ///< steps for few layers, in walks of the round
