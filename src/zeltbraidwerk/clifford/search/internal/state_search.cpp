@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -130,18 +131,20 @@ class CodeSearch : public SearchByBoth<GateList> {
     const auto parts = clear_by_blocks(wires_, state_tuning.largest_part, graph, rng_, meter);
     if (!parts) return;
     PauliFrame letters(wires_, wires_);
+    std::size_t finished_parts = 0;
     for (const std::vector<int>& qubits : *parts) {
       const auto qubit = [&](int k) { return qubits[static_cast<std::size_t>(k)]; };
       const auto end = [&](End e) { return end_of(qubit(wire_of(e)), label_of(e)); };
       search_layers(StateGroup(form.part(qubits)), steps / parts->size(), meter,
                     [&](const std::vector<Gate>& gates, const StateGroup& left) {
+                      ++finished_parts;
                       for (const Gate& gate : gates) apart.push_back({end(gate.a), end(gate.b)});
                       for (int k = 0; k < left.qubits(); ++k) {
                         letters.set_letter(qubit(k), qubit(k), letter_for(left.label(k)));
                       }
                     });
     }
-    if (!meter.ended()) offer_backwards(apart, StateGroup(letters));
+    if (finished_parts == parts->size()) offer_backwards(apart, StateGroup(letters));
   }
   /// A beam as wide as its steps pay for.
   template <class Found>
