@@ -37,8 +37,7 @@ def operators(n: int) -> int:
 
 def graph_states(n: int) -> int:
     """The same for graph states, and with them for all stabilizer states."""
-    number = sum(log2(1 + 2.0**-i) + i for i in range(1, n + 1)) - n * log2(6)
-    return _fewest(number, lambda x: _commuting_letters(n, x), 12 * n - 16)
+    return _fewest(_all_states(n), lambda x: _commuting_letters(n, x), 12 * n - 16)
 
 
 def maps_on(device: zb.Device) -> int:
@@ -57,6 +56,11 @@ def operator_layers(n: int) -> int:
     return _least(_all_operators(n), _layers(n, 9))
 
 
+def graph_state_layers(n: int) -> int:
+    """Layers of graph states."""
+    return _least(_all_states(n), _layers(n, 9))
+
+
 def _all_maps(n: int, free: bool) -> float:
     """log2 of their number."""
     number = n * n + sum(log2(1 - 2.0**-i) for i in range(1, n + 1))
@@ -66,6 +70,10 @@ def _all_maps(n: int, free: bool) -> float:
 def _all_operators(n: int) -> float:
     number = n * n + sum(2 * i + log2(1 - 4.0**-i) for i in range(1, n + 1))
     return number - n * log2(6) - log2(factorial(n))
+
+
+def _all_states(n: int) -> float:
+    return sum(log2(1 + 2.0**-i) + i for i in range(1, n + 1)) - n * log2(6)
 
 
 def _commuting_cnots(n: int, x: mp.mpf) -> mp.mpf:

@@ -118,15 +118,19 @@ def clifford(
     return Row(name, calls, budget, goal, others, by_depth, counted=partial(count, n))
 
 
-def graph_state(n: int, instances: int, budget: float, goal: float, others: str) -> Row:
+def graph_state(
+    n: int, instances: int, budget: float, goal: float, others: str, **options: Any
+) -> Row:
     calls = [
         lambda seconds, seed=k: zb.graph_state.synthesize(
-            gallery.random_graph(n, seed), method="search", seed=1, budget=seconds
+            gallery.random_graph(n, seed), method="search", seed=1, budget=seconds, **options
         )
         for k in range(1, instances + 1)
     ]
-    counted = partial(counting.graph_states, n)
-    return Row(f"graph state {n}", calls, budget, goal, others, counted=counted)
+    by_depth = options.get("objective") == "depth"
+    name = f"graph state {n}{' depth' if by_depth else ''}"
+    count = counting.graph_state_layers if by_depth else counting.graph_states
+    return Row(name, calls, budget, goal, others, by_depth, counted=partial(count, n))
 
 
 MOLECULES = {"LiH": (12, 4), "H2O": (14, 10), "NH3": (16, 10), "N2": (20, 14)}
@@ -282,6 +286,10 @@ def rows() -> list[Row]:
         graph_state(30, 10, 1, 68.5, "137.5"),
         graph_state(50, 5, 5, 171, "383"),
         graph_state(100, 1, 20, 680, ""),
+        graph_state(20, 5, 1, 5.9, "", objective="depth"),
+        graph_state(50, 3, 5, 14.7, "", objective="depth"),
+        graph_state(100, 1, 5, 34, "", objective="depth"),
+        graph_state(200, 1, 5, 71, "", objective="depth"),
         pauli("LiH", "commuting", 0, 937, "1024"),
         pauli("NH3", "commuting", 0, 3604, "4046"),
         pauli("N2", "commuting", 0, 7447, "8235"),

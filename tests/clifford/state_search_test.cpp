@@ -100,6 +100,24 @@ TEST(StateSearch, finds_the_trees_of_dense_graphs) {
   }
 }
 
+/// Dense states by layers of many gates, above 80 qubits after a split into parts, and sparse ones
+/// by an edge colouring.
+TEST(StateSearch, TakesFewLayers) {
+  std::mt19937 rng(5);
+  const auto check = [](const std::vector<SignedString>& strings, int most_layers) {
+    const auto n = static_cast<int>(strings.size());
+    const Task task{.objective = Objective::depth, .seed = 1};
+    const CliffordCircuit found = search_state(frame_of(strings, n), task, steps(3000));
+    EXPECT_TRUE(prepares(to_gates(found.gates), strings)) << n;
+    EXPECT_LE(found.size.depth, most_layers) << n;
+  };
+  check(graph_state(32, 0.5, rng), 11);
+  check(random_state(32, 500, rng), 11);
+  check(graph_state(100, 0.5, rng), 35);
+  check(random_state(90, 1000, rng), 32);
+  check(graph_state(100, 0.05, rng), 13);
+}
+
 TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {
   const std::vector<std::vector<SignedString>> wrong{
       {{false, "XI"}, {false, "ZI"}},                    // do not commute

@@ -24,11 +24,13 @@ class LayerCount {
  public:
   explicit LayerCount(int wires) : levels_(static_cast<std::size_t>(wires)) {}
 
-  void add(int wire_a, int wire_b) {
+  /// Returns the layer of this one, from 1.
+  int add(int wire_a, int wire_b) {
     int& a = levels_[static_cast<std::size_t>(wire_a)];
     int& b = levels_[static_cast<std::size_t>(wire_b)];
     a = b = std::max(a, b) + 1;
     depth_ = std::max(depth_, a);
+    return a;
   }
   int depth() const { return depth_; }
 

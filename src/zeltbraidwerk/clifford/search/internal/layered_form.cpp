@@ -5,15 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/graph_blocks.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
-#include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
-#include "zeltbraidwerk/linear/search/internal/block_layers.h"
-#include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
-#include "zeltbraidwerk/search/internal/beam.h"
-#include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -55,7 +51,10 @@ class LayeredForm {
     whole.control = effort.control;
     Meter in_time(whole);
     for (const int side : {1, 0}) {
-      if (way == GraphsBy::blocks) clear_graph(side, in_time);
+      const GraphInWork work{[&] { return graph(side); },
+                             [&](const GraphMove& move) { play_on_graph(side, move); }};
+      // When the meter ends, edges are left.
+      if (way == GraphsBy::blocks) clear_by_blocks(wires_, 1, work, rng_, in_time);
       take_off_graph(side);
     }
     take_off_map(outputs, effort);
@@ -126,59 +125,18 @@ class LayeredForm {
     rows_.multiply(side, gate);
     moves_.push_back({side, gate});
   }
-  // Each is a gate as it is named but for one-qubit gates after it, which turn labels.
-  void play_crossed(int side, int a, int b) {
-    const Labels& x = crossed(side);
-    play(side, {end_of(a, of(x, a)), end_of(b, of(x, b))});
-    for (const int wire : {a, b}) of(passed(side), wire) ^= of(x, wire);
-  }
-  void play_cnot(int side, int control, int target) {
+  /// Each is a gate as it is named but for one-qubit gates after it, which turn labels.
+  void play_on_graph(int side, const GraphMove& move) {
+    const auto& [is_edge, a, b] = move;
     Labels& x = crossed(side);
     Labels& z = passed(side);
-    play(side, {end_of(control, of(x, control)), end_of(target, of(z, target))});
-    of(z, control) ^= of(x, control);
-    of(x, target) ^= of(z, target);
-  }
-
-  /// Edges between two halves of the wires, then between two halves of each half, and so on, by
-  /// few layers of single gates and of CNOTs within the halves, by which line `to` of the graph
-  /// gains line `from`. When the meter ends, edges are left.
-  void clear_graph(int side, Meter& meter) {
-    std::vector<std::vector<int>> groups{
-        shuffled(wires_, [this](int, int last) { return rng_.below(last + 1); })};
-    while (!groups.empty()) {
-      const BitMatrix edges = graph(side);
-      std::vector<std::vector<int>> parts;
-      for (const std::vector<int>& group : groups) {
-        if (group.size() < 2) continue;
-        const auto middle = group.begin() + static_cast<std::ptrdiff_t>(group.size() / 2);
-        parts.emplace_back(group.begin(), middle);
-        parts.emplace_back(middle, group.end());
-        if (!clear_between(side, edges, parts.end()[-2], parts.back(), meter)) return;
-      }
-      groups = std::move(parts);
+    play(side, {end_of(a, of(x, a)), end_of(b, is_edge ? of(x, b) : of(z, b))});
+    of(z, a) ^= of(x, a);
+    if (is_edge) {
+      of(z, b) ^= of(x, b);
+    } else {
+      of(x, b) ^= of(z, b);
     }
-  }
-
-  bool clear_between(int side, const BitMatrix& edges, const std::vector<int>& a,
-                     const std::vector<int>& b, Meter& meter) {
-    BlockReduction problem(static_cast<int>(a.size()), static_cast<int>(b.size()));
-    const auto found =
-        BeamSearch<BlockReduction>(problem, {.width = clifford_tuning.block_width}, rng_, meter)
-            .run(problem.start(block_matrix(edges, {a, b})));
-    if (found.empty()) return false;
-    for (const BlockReduction::Move& number : found[0].moves) {
-      for (const BlockMove& move : problem.layer(number)) {
-        const int to = (move.kind == BlockMove::columns ? b : a)[move.to];
-        const int from = (move.kind == BlockMove::rows ? a : b)[move.from];
-        if (move.kind == BlockMove::entry) {
-          play_crossed(side, to, from);
-        } else {
-          play_cnot(side, to, from);
-        }
-      }
-    }
-    return true;
   }
 
   /// Edge by edge. What stands on the diagonal is on single wires.

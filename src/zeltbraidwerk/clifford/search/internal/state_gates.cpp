@@ -4,13 +4,14 @@
 
 namespace zelt::braidwerk::internal {
 
-void StateGates::fill(const StateGroup& group) {
+void StateGates::fill(const StateGroup& group, const std::vector<char>& taken) {
   const int n = group.qubits();
   qubits_.clear();
-  place_.assign(static_cast<std::size_t>(n), 0);
+  place_.assign(static_cast<std::size_t>(n), -1);
   for (int q = 0; q < n; ++q) {
-    if (group.label(q) != 0) continue;
-    place_[static_cast<std::size_t>(q)] = static_cast<int>(qubits_.size());
+    const auto k = static_cast<std::size_t>(q);
+    if (group.label(q) != 0 || (!taken.empty() && taken[k] != 0)) continue;
+    place_[k] = static_cast<int>(qubits_.size());
     qubits_.push_back(q);
   }
   pairs_.assign(qubits_.size() * (qubits_.size() + 1) / 2, {});
@@ -20,7 +21,9 @@ void StateGates::fill(const StateGroup& group) {
     const double worth = weight_worth(static_cast<std::size_t>(group.weight(k)));
     letters_.clear();
     group.each_letter(k, [&](int q, int label) {
-      const auto [b, y] = letters_.emplace_back(place_[static_cast<std::size_t>(q)], label - 1);
+      const int place = place_[static_cast<std::size_t>(q)];
+      if (place < 0) return;
+      const auto [b, y] = letters_.emplace_back(place, label - 1);
       for (std::size_t i = 0; i + 1 < letters_.size(); ++i) {
         pair(letters_[i].first, b)[letters_[i].second][y] += worth;
       }
@@ -73,8 +76,8 @@ void StateGates::score(int a, int b, std::size_t count, Rng& rng) {
 }
 
 const std::vector<StateGates::Scored>& StateGates::best(const StateGroup& group, int count,
-                                                        Rng& rng) {
-  fill(group);
+                                                        Rng& rng, const std::vector<char>& taken) {
+  fill(group, taken);
   best_.clear();
   const int qubits = static_cast<int>(qubits_.size());
   for (int b = 1; b < qubits; ++b) {

@@ -17,8 +17,9 @@ class StateGates {
   };
 
   /// The `count` gates of least loss among those that take a letter from some generator, ties
-  /// broken at random, in no order; fewer where there are fewer.
-  const std::vector<Scored>& best(const StateGroup& group, int count, Rng& rng);
+  /// broken at random, in no order; fewer where there are fewer. None on a wire that is `taken`.
+  const std::vector<Scored>& best(const StateGroup& group, int count, Rng& rng,
+                                  const std::vector<char>& taken = {});
 
  private:
   using ByLabel = std::array<double, 3>;  ///< by label less one
@@ -27,11 +28,11 @@ class StateGates {
   std::array<ByLabel, 3>& pair(int a, int b) {
     return pairs_[static_cast<std::size_t>(b * (b - 1) / 2 + a)];
   }
-  void fill(const StateGroup& group);
+  void fill(const StateGroup& group, const std::vector<char>& taken);
   void score(int a, int b, std::size_t count, Rng& rng);
 
-  std::vector<int> qubits_;  // not finished yet; the tables are by place in this list
-  std::vector<int> place_;
+  std::vector<int> qubits_;  // neither finished yet nor taken; the tables are by place in this list
+  std::vector<int> place_;   // -1 where it has none
   std::vector<std::array<ByLabel, 3>> pairs_;
   std::vector<ByLabel> single_;
   std::vector<std::pair<int, std::size_t>> letters_;  // of one generator: place, label less one

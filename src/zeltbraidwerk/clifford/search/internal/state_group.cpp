@@ -53,6 +53,12 @@ StateGroup::StateGroup(const PauliFrame& generators)
   settle();
 }
 
+double StateGroup::worth() const {
+  double sum = 0;
+  for (int k = 0; k < generators_; ++k) sum += weight_worth(weights_[basis_.element(k)]);
+  return sum;
+}
+
 GateSide StateGroup::side(End end) const {
   const std::size_t word = at(wire_of(end) / word_bits, 0);
   return {x_.data() + word, z_.data() + word, wire_of(end) % word_bits, Word{0} - (end & 1),

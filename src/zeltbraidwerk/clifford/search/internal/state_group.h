@@ -39,6 +39,7 @@ class StateGroup {
   int label(int q) const { return labels_[static_cast<std::size_t>(q)]; }  ///< 0: not alone yet
 
   int weight(int k) const { return static_cast<int>(weights_[basis_.element(k)]); }
+  double worth() const;  ///< of all generators
   /// Calls f(qubit, label) for the letters of generator k.
   template <class F>
   void each_letter(int k, F&& f) const;

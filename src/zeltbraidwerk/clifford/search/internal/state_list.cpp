@@ -4,54 +4,13 @@
 #include <cstddef>
 #include <utility>
 
+#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+#include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/graphs/internal/edge_coloring.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// The generators of a state, made by row operations such that on every qubit one of two letters,
-/// X or else Z, is found in a generator of its own, and the other one in what are its neighbours.
-struct GraphForm {
-  BitMatrix own;
-  BitMatrix other;
-  std::vector<int> label;  ///< by qubit: of its own letter
-
-  explicit GraphForm(const PauliFrame& stabilisers)
-      : own(stabilisers.x_planes().transposed()),
-        other(stabilisers.z_planes().transposed()),
-        label(static_cast<std::size_t>(stabilisers.qubits()), label_x) {
-    const int n = std::min(own.rows(), own.cols());
-    for (int q = 0; q < n; ++q) {
-      int pivot = first_with(own, q);
-      if (pivot == n) {
-        pivot = first_with(other, q);
-        exchange_letters(q);
-      }
-      if (pivot == n) continue;
-      own.swap_rows(q, pivot);
-      other.swap_rows(q, pivot);
-      for (int r = 0; r < n; ++r) {
-        if (r == q || !own.get(r, q)) continue;
-        own.add_row(q, r);
-        other.add_row(q, r);
-      }
-    }
-  }
-
- private:
-  static int first_with(const BitMatrix& letters, int q) {
-    int r = q;
-    while (r < letters.rows() && !letters.get(r, q)) ++r;
-    return r;
-  }
-
-  void exchange_letters(int q) {
-    label[static_cast<std::size_t>(q)] = label_z;
-    for (int r = 0; r < own.rows(); ++r) {
-      const bool bit = own.get(r, q);
-      own.set(r, q, other.get(r, q));
-      other.set(r, q, bit);
-    }
-  }
-};
 
 /// The same list with each wire renamed.
 GateList renamed(GateList list, const std::vector<int>& names) {
@@ -77,26 +36,32 @@ GateList with_logical_inputs_first(GateList list, const StateGroup& group) {
 
 }  // namespace
 
-GateList by_graph(const PauliFrame& stabilisers) {
+GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
   const GraphForm form(stabilisers);
   const int n = stabilisers.qubits();
   GateList list(n, {});
-  for (int a = 0; a < n; ++a) {
-    int degree = 0;
-    for (int b = 0; b < n; ++b) {
-      if (a == b || !form.other.get(a, b)) continue;
-      ++degree;
-      if (a < b) list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});
+  const auto join = [&](int a, int b) {
+    list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});
+  };
+  if (objective == Objective::depth && n <= state_tuning.colored_wires) {
+    BitGraph graph(n);
+    form.each_edge([&](int a, int b) { graph.join(a, b); });
+    for (const auto& matching : matchings_of(graph)) {
+      for (const auto& [a, b] : matching) join(a, b);
     }
-    // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter or, with a
-    // one on the diagonal, the third; X, which goes to the neighbours, the other one.
-    const int own = form.label[static_cast<std::size_t>(a)];
-    const int other = label_x + label_z - own;
-    const int now = label_z ^ (degree % 2 != 0 ? label_x : 0);
-    const int wanted = own ^ (form.other.get(a, a) ? other : 0);
+  } else {
+    form.each_edge(join);
+  }
+  for (int a = 0; a < n; ++a) {
+    const bool odd = form.edges.row_weight(a) % 2 != 0;
+    // A zero's Z, once for each edge multiplied by X, is to be the qubit's own letter; X, which
+    // goes to the neighbours, the other one.
+    const int own = form.own[static_cast<std::size_t>(a)];
+    const int other = form.other[static_cast<std::size_t>(a)];
+    const int now = label_z ^ (odd ? label_x : 0);
     list.frame[end_of(a, label_x)] = end_of(a, other);
-    list.frame[end_of(a, now)] = end_of(a, wanted);
-    list.frame[end_of(a, now ^ label_x)] = end_of(a, wanted ^ other);
+    list.frame[end_of(a, now)] = end_of(a, own);
+    list.frame[end_of(a, now ^ label_x)] = end_of(a, own ^ other);
   }
   return list;
 }
@@ -121,6 +86,23 @@ GateList continued(GateList begin, const GateList& list, int count) {
   }
   begin.frame = list.frame.renamed([&](End end) { return now[end]; });
   return begin;
+}
+
+std::vector<int> order_by_layers(GateList& list) {
+  LayerCount layers(list.wires());
+  std::vector<std::vector<Gate>> sorted;
+  for (const Gate& gate : list.gates) {
+    const auto layer = static_cast<std::size_t>(layers.add(wire_of(gate.a), wire_of(gate.b)));
+    if (layer > sorted.size()) sorted.emplace_back();
+    sorted[layer - 1].push_back(gate);
+  }
+  list.gates.clear();
+  std::vector<int> ends;
+  for (const std::vector<Gate>& layer : sorted) {
+    list.gates.insert(list.gates.end(), layer.begin(), layer.end());
+    ends.push_back(list.count());
+  }
+  return ends;
 }
 
 GateList in_place(GateList list) {

@@ -13,8 +13,8 @@ namespace zelt::braidwerk::internal {
 /// of a code come in on wires 0 to k-1, zeros on the others.
 
 /// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
-/// are its own.
-GateList by_graph(const PauliFrame& stabilisers);
+/// are its own. In the order of an edge colouring where few layers are wanted.
+GateList by_graph(const PauliFrame& stabilisers, Objective objective);
 
 /// The circuit that is undone by these gates, which left `group` with each generator alone on its
 /// qubit.
@@ -22,6 +22,9 @@ GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);
 
 /// The circuit `begin`, of what the first `count` gates of a list make, and the others after it.
 GateList continued(GateList begin, const GateList& list, int count);
+
+/// Orders gates by their layers; by layer, how many gates there are up to its end.
+std::vector<int> order_by_layers(GateList& list);
 
 /// The same list with its wires renamed so that each qubit of the state or code comes out on its
 /// own. Logical qubits then come in anywhere.

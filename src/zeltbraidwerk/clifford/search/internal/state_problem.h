@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "zeltbraidwerk/clifford/search/internal/state_gates.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
@@ -33,6 +34,7 @@ class StateProblem {
     state.apply(move.gate);
     state.lighten(sets_for(state.left()), rng_);
   }
+  static std::span<const Gate> gates(const Move& move) { return {&move.gate, 1}; }
   static bool done(const State& state) { return state.left() == 0; }
 
  private:

@@ -1,11 +1,17 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <utility>
+#include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
+#include "zeltbraidwerk/clifford/search/internal/state_layers.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
@@ -25,7 +31,7 @@ class CodeSearch : public SearchByBoth<GateList> {
       : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
     const WireGroups entangled = entangled_groups(code.stabilisers);
     meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
-    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers)
+    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers, task.objective)
                                      : wanted(eliminated_code(start_), code.logicals));
     if (task.start != nullptr) offer(*task.start);
   }
@@ -36,12 +42,14 @@ class CodeSearch : public SearchByBoth<GateList> {
   void first() {
     if (finished()) return;
     const bool quick = wires_ <= state_tuning.quick_wires;
+    const Effort unlimited;
+    Meter own(unlimited);
+    if (task_.by_depth()) take_layers(0, quick ? own : meter_);
+    if (takes_parts()) return;
     for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended());
          k += state_tuning.sets_at_once) {
       start_.lighten(state_tuning.sets_at_once, rng_);
     }
-    const Effort unlimited;
-    Meter own(unlimited);
     take_apart(start_, 1, quick ? own : meter_);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
@@ -63,6 +71,10 @@ class CodeSearch : public SearchByBoth<GateList> {
                    [this](const GateList& list, int depth) {
                      offer(list, {list.count(), depth}, Origin::certain);
                    });
+      take_layers(state_tuning.layer_walks * round.steps, meter_);
+      if (takes_parts()) return;
+      renew_layers(state_tuning.layer_renewals
+                   << std::min(round.number, state_tuning.most_renewal_doublings));
     }
     renew(state_tuning.renewals << std::min(round.number, state_tuning.most_renewal_doublings));
     take_apart(start_, state_tuning.width << std::min(round.number, state_tuning.most_doublings),
@@ -73,20 +85,78 @@ class CodeSearch : public SearchByBoth<GateList> {
   using SearchByBoth::offer;
   void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
 
-  template <class Found>
-  void search_from(const StateGroup& group, int width, Meter& meter, Found&& found) {
-    StateProblem problem(rng_);
+  /// Calls found(apart, left) with the gates of a beam and what they leave of the group.
+  template <class Problem, class Found>
+  void search_from(Problem problem, const StateGroup& group, int width, Meter& meter,
+                   Found&& found) {
     const BeamOptions options{.width = width, .patience = state_tuning.patience};
-    BeamSearch<StateProblem> search(problem, options, rng_, meter);
+    BeamSearch<Problem> search(problem, options, rng_, meter);
     for (const auto& [state, moves] : search.run(group)) {
       std::vector<Gate> apart;
-      for (const StateProblem::Move& move : moves) apart.push_back(move.gate);
-      found(backwards(apart, state));
+      for (const auto& move : moves) {
+        const std::span<const Gate> gates = problem.gates(move);
+        apart.insert(apart.end(), gates.begin(), gates.end());
+      }
+      found(apart, state);
     }
   }
+  void offer_backwards(const std::vector<Gate>& apart, const StateGroup& left) {
+    offer(wanted(backwards(apart, left), code_.logicals));
+  }
   void take_apart(const StateGroup& group, int width, Meter& meter) {
-    search_from(group, width, meter,
-                [this](GateList list) { offer(wanted(std::move(list), code_.logicals)); });
+    search_from(StateProblem(rng_), group, width, meter,
+                [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
+  }
+
+  /// Where few layers of a large state are wanted, beams gate by gate take too long for what they
+  /// find.
+  bool takes_parts() const {
+    return task_.by_depth() && code_.logical_qubits() == 0 && wires_ > state_tuning.largest_part;
+  }
+
+  /// The same by layers; of large states after layers that split them into parts.
+  void take_layers(std::uint64_t steps, Meter& meter) {
+    if (takes_parts()) {
+      take_parts(steps, meter);
+    } else {
+      search_layers(start_, steps, meter,
+                    [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
+    }
+  }
+  void take_parts(std::uint64_t steps, Meter& meter) {
+    GraphForm form(code_.stabilisers);
+    std::vector<Gate> apart;
+    const GraphInWork graph{[&] { return form.edges; },
+                            [&](const GraphMove& move) { apart.push_back(form.play(move)); }};
+    const auto parts = clear_by_blocks(wires_, state_tuning.largest_part, graph, rng_, meter);
+    if (!parts) return;
+    PauliFrame letters(wires_, wires_);
+    std::size_t finished_parts = 0;
+    for (const std::vector<int>& qubits : *parts) {
+      const auto qubit = [&](int k) { return qubits[static_cast<std::size_t>(k)]; };
+      const auto end = [&](End e) { return end_of(qubit(wire_of(e)), label_of(e)); };
+      search_layers(StateGroup(form.part(qubits)), steps / parts->size(), meter,
+                    [&](const std::vector<Gate>& gates, const StateGroup& left) {
+                      ++finished_parts;
+                      for (const Gate& gate : gates) apart.push_back({end(gate.a), end(gate.b)});
+                      for (int k = 0; k < left.qubits(); ++k) {
+                        letters.set_letter(qubit(k), qubit(k), letter_for(left.label(k)));
+                      }
+                    });
+    }
+    if (finished_parts == parts->size()) offer_backwards(apart, StateGroup(letters));
+  }
+  /// A beam as wide as its steps pay for.
+  template <class Found>
+  void search_layers(StateGroup group, std::uint64_t steps, Meter& meter, Found&& found) {
+    group.lighten(state_tuning.renewed_sets, rng_);
+    const int n = group.qubits();
+    const int gates = n * n / 8 + 1;
+    const auto width = steps / static_cast<std::uint64_t>(gates * state_tuning.layer_variants);
+    const int most =
+        static_cast<int>(std::clamp<std::uint64_t>(width, 1, state_tuning.most_layer_width));
+    search_from(StateLayers(most > 1 ? state_tuning.layer_variants : 1, rng_, meter), group, most,
+                meter, found);
   }
 
   GateList wanted(GateList encoder, const PauliFrame& logicals) {
@@ -130,23 +200,44 @@ class CodeSearch : public SearchByBoth<GateList> {
                });
   }
 
+  bool renews() const { return code_.logicals.rows() <= 2 * clifford_tuning.table_wires; }
+
   /// Searches again for what leads up to random gates, from the best circuit on and then from what
   /// comes of it, as long as it is no longer.
   void renew(int tries) {
-    if (code_.logicals.rows() > 2 * clifford_tuning.table_wires) return;
+    if (!renews()) return;
     GateList now = shortest();
     for (int k = 0; k < tries && now.count() > 1 && !meter_.ended(); ++k) {
       const int cut = 2 + rng_.below(now.count() - 1);
-      const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
-      StateGroup group(part.stabilisers);
-      group.lighten(state_tuning.renewed_sets, rng_);
-      search_from(group, 1, meter_, [&](GateList begin) {
-        begin = wanted(std::move(begin), part.logicals);
-        if (begin.count() > cut) return;
-        now = continued(std::move(begin), now, cut);
-        offer(now);
-      });
+      renew(now, cut, StateProblem(rng_),
+            [&](const GateList& begin) { return begin.count() <= cut; });
     }
+  }
+  /// The same for what leads up to random layers.
+  void renew_layers(int tries) {
+    if (!renews()) return;
+    GateList now = shallowest();
+    for (int k = 0; k < tries && !meter_.ended(); ++k) {
+      const std::vector<int> ends = order_by_layers(now);
+      const auto most = static_cast<int>(ends.size());
+      if (most < 2) return;
+      const int layers = 2 + rng_.below(most - 1);
+      renew(now, ends[static_cast<std::size_t>(layers - 1)],
+            StateLayers(state_tuning.layer_variants, rng_, meter_),
+            [&](const GateList& begin) { return depth_of(begin.gates, wires_) <= layers; });
+    }
+  }
+  template <class Problem, class Fits>
+  void renew(GateList& now, int cut, Problem problem, Fits&& fits) {
+    const Code part = code_after(now, cut, code_.logical_qubits(), !code_.any_logicals());
+    StateGroup group(part.stabilisers);
+    group.lighten(state_tuning.renewed_sets, rng_);
+    search_from(std::move(problem), group, 1, meter_, [&](const auto& apart, const auto& left) {
+      GateList begin = wanted(backwards(apart, left), part.logicals);
+      if (!fits(begin)) return;
+      now = continued(std::move(begin), now, cut);
+      offer(now);
+    });
   }
 
   const Code& code_;

@@ -112,6 +112,15 @@ struct StateTuning {
   int more_sets = 24;  ///< for numbers of qubits above the first and up to the second of these
   int few_qubits = 60;
   int many_qubits = 128;
+  // By layers.
+  int colored_wires = 256;   ///< edges of graphs in the order of a colouring up to here: 20 ms
+  int largest_part = 80;     ///< larger states are split: at 100 qubits 32 layers instead of 37
+  int layer_variants = 4;    ///< layers that a beam tries on a state
+  double layer_noise = 0.2;  ///< in their gains; 0.1 to 1 are alike
+  double tie_noise = 0.5;    ///< in letters of generators
+  std::uint64_t layer_walks = 2;  ///< steps of their beams, in walks of the round
+  int most_layer_width = 256;
+  int layer_renewals = 16;       ///< new beginnings in round 0; twice as many each round
   std::uint64_t gauge_part = 8;  ///< one in this many steps of a round, for another gauge of a code
   Cooling cooling{0.3F, 0.003F};
   std::uint64_t anneal_walks = 8;  ///< steps for few layers, in walks of the round

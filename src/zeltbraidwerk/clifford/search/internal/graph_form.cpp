@@ -1,0 +1,91 @@
+#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace zelt::braidwerk::internal {
+namespace {
+
+int first_with(const BitMatrix& letters, int q) {
+  int r = q;
+  while (r < letters.rows() && !letters.get(r, q)) ++r;
+  return r;
+}
+
+void exchange_columns(BitMatrix& a, BitMatrix& b, int q) {
+  for (int r = 0; r < a.rows(); ++r) {
+    const bool bit = a.get(r, q);
+    a.set(r, q, b.get(r, q));
+    b.set(r, q, bit);
+  }
+}
+
+}  // namespace
+
+/// By row operations on the generators such that on every qubit one of two letters, X or else Z,
+/// is found in a generator of its own.
+GraphForm::GraphForm(const PauliFrame& stabilisers)
+    : edges(stabilisers.z_planes().transposed()),
+      own(static_cast<std::size_t>(stabilisers.qubits()), label_x),
+      other(own.size(), label_z) {
+  BitMatrix letters = stabilisers.x_planes().transposed();
+  const int n = std::min(letters.rows(), letters.cols());
+  for (int q = 0; q < n; ++q) {
+    const auto k = static_cast<std::size_t>(q);
+    int pivot = first_with(letters, q);
+    if (pivot == n) {
+      pivot = first_with(edges, q);
+      exchange_columns(letters, edges, q);
+      std::swap(own[k], other[k]);
+    }
+    if (pivot == n) continue;
+    letters.swap_rows(q, pivot);
+    edges.swap_rows(q, pivot);
+    for (int r = 0; r < n; ++r) {
+      if (r == q || !letters.get(r, q)) continue;
+      letters.add_row(q, r);
+      edges.add_row(q, r);
+    }
+  }
+  for (int q = 0; q < n; ++q) {
+    const auto k = static_cast<std::size_t>(q);
+    if (edges.get(q, q)) own[k] ^= other[k];
+    edges.set(q, q, false);
+  }
+}
+
+Gate GraphForm::play(const GraphMove& move) {
+  const auto& [is_edge, to, from] = move;
+  const auto a = static_cast<std::size_t>(to);
+  const auto b = static_cast<std::size_t>(from);
+  const Gate gate{end_of(to, other[a]), end_of(from, is_edge ? other[b] : own[b])};
+  own[a] ^= other[a];
+  if (is_edge) {
+    edges.flip(to, from);
+    edges.flip(from, to);
+    own[b] ^= other[b];
+  } else {
+    edges.add_row(from, to);
+    for_each_bit(edges.row(from), edges.stride(), [&](int r) { edges.flip(r, to); });
+    other[b] ^= own[b];
+  }
+  return gate;
+}
+
+PauliFrame GraphForm::part(const std::vector<int>& qubits) const {
+  const auto size = static_cast<int>(qubits.size());
+  PauliFrame state(size, size);
+  for (int k = 0; k < size; ++k) {
+    const int qubit = qubits[static_cast<std::size_t>(k)];
+    const auto q = static_cast<std::size_t>(qubit);
+    for (int r = 0; r < size; ++r) {
+      const bool joined = edges.get(qubits[static_cast<std::size_t>(r)], qubit);
+      if (joined) state.set_letter(r, k, letter_for(other[q]));
+    }
+    state.set_letter(k, k, letter_for(own[q]));
+  }
+  return state;
+}
+
+}  // namespace zelt::braidwerk::internal
