@@ -1,4 +1,6 @@
-"""Reads the includes below src and fails where one breaks the plan of the house.
+"""Reads the files below src and fails where an include breaks the plan of the house, or where two
+internal headers have classes of one name: all are in one namespace, and the linker would take the
+functions of one for those of the other without a word.
 
 usage: include_arrows.py SRC_FOLDER
 """
@@ -22,6 +24,8 @@ ALLOWED["pauli"] = set(ALLOWED) - {"routing"}
 ALLOWED["circuit"] = set(ALLOWED)
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
+
+CLASS = re.compile(r"^(?:class|struct) (\w+)(?: final)?(?: :.*)? \{", re.MULTILINE)
 
 
 def faults(root: Path, file: Path):
@@ -51,10 +55,22 @@ def faults(root: Path, file: Path):
             yield f'"{name}" is for users of the library'
 
 
+def shared_names(root: Path, files: list[Path]):
+    first: dict[str, Path] = {}
+    for file in files:
+        if file.suffix != ".h" or "internal" not in file.parts:
+            continue
+        here = file.relative_to(root)
+        for name in CLASS.findall(file.read_text()):
+            if first.setdefault(name, here) != here:
+                yield f"{here}: {name} is a class of {first[name]} as well"
+
+
 def main() -> int:
     root = Path(sys.argv[1]) / "zeltbraidwerk"
     files = sorted(p for p in root.rglob("*") if p.suffix in (".h", ".cpp"))
     found = [f"{p.relative_to(root)}: {fault}" for p in files for fault in faults(root, p)]
+    found += shared_names(root, files)
     print("\n".join(found) if found else f"{len(files)} files keep to the plan")
     return 1 if found or not files else 0
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+#include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
@@ -37,7 +37,7 @@ GateList with_logical_inputs_first(GateList list, const StateGroup& group) {
 }  // namespace
 
 GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
-  const GraphForm form(stabilisers);
+  const StateGraph form(stabilisers);
   const int n = stabilisers.qubits();
   GateList list(n, {});
   const auto join = [&](int a, int b) {

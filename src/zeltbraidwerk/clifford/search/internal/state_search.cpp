@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+#include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
@@ -124,7 +124,7 @@ class CodeSearch : public SearchByBoth<GateList> {
     }
   }
   void take_parts(std::uint64_t steps, Meter& meter) {
-    GraphForm form(code_.stabilisers);
+    StateGraph form(code_.stabilisers);
     std::vector<Gate> apart;
     const GraphInWork graph{[&] { return form.edges; },
                             [&](const GraphMove& move) { apart.push_back(form.play(move)); }};

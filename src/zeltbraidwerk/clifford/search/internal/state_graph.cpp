@@ -1,4 +1,4 @@
-#include "zeltbraidwerk/clifford/search/internal/graph_form.h"
+#include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,7 +25,7 @@ void exchange_columns(BitMatrix& a, BitMatrix& b, int q) {
 
 /// By row operations on the generators such that on every qubit one of two letters, X or else Z,
 /// is found in a generator of its own.
-GraphForm::GraphForm(const PauliFrame& stabilisers)
+StateGraph::StateGraph(const PauliFrame& stabilisers)
     : edges(stabilisers.z_planes().transposed()),
       own(static_cast<std::size_t>(stabilisers.qubits()), label_x),
       other(own.size(), label_z) {
@@ -55,7 +55,7 @@ GraphForm::GraphForm(const PauliFrame& stabilisers)
   }
 }
 
-Gate GraphForm::play(const GraphMove& move) {
+Gate StateGraph::play(const GraphMove& move) {
   const auto& [is_edge, to, from] = move;
   const auto a = static_cast<std::size_t>(to);
   const auto b = static_cast<std::size_t>(from);
@@ -73,7 +73,7 @@ Gate GraphForm::play(const GraphMove& move) {
   return gate;
 }
 
-PauliFrame GraphForm::part(const std::vector<int>& qubits) const {
+PauliFrame StateGraph::part(const std::vector<int>& qubits) const {
   const auto size = static_cast<int>(qubits.size());
   PauliFrame state(size, size);
   for (int k = 0; k < size; ++k) {

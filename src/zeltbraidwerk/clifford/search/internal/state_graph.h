@@ -16,12 +16,12 @@ constexpr unsigned char letter_for(int label) {
 
 /// A stabilizer state as a graph state up to gates on single qubits: a generator for each qubit, of
 /// one label on it and another label on each of its neighbours.
-struct GraphForm {
+struct StateGraph {
   BitMatrix edges;         ///< symmetric, and none on the diagonal
   std::vector<int> own;    ///< by qubit: its label in its own generator
   std::vector<int> other;  ///< the one in those of its neighbours
 
-  explicit GraphForm(const PauliFrame& stabilisers);
+  explicit StateGraph(const PauliFrame& stabilisers);
 
   /// Calls f(a, b), a < b.
   template <class F>
