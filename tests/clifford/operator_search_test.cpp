@@ -11,6 +11,7 @@
 #include "support/pauli.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/clifford/internal/elimination.h"
+#include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
@@ -216,6 +217,35 @@ TEST(CliffordSearch, finds_layered_forms) {
         EXPECT_LE(depth_of(list.gates, n), way == GraphsBy::edges ? 2 * n + 30 : 3 * n / 2 + 30);
       }
     }
+  }
+}
+
+TEST(CliffordSearch, puts_whole_layers_together) {
+  std::mt19937 rng(8);
+  for (const auto& [n, outputs, most_layers] :
+       {std::tuple(9, Outputs::anywhere, 12), std::tuple(16, Outputs::anywhere, 21),
+        std::tuple(24, Outputs::anywhere, 37), std::tuple(24, Outputs::in_place, 43)}) {
+    const Circuit wanted = random_clifford(n, 30 * n, rng);
+    const PauliFrame images = images_of(wanted, n);
+    const Task task{.objective = Objective::depth, .outputs = outputs, .seed = 1};
+    const CliffordCircuit found = search_clifford(images, task, steps(50'000));
+    ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
+    EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
+    EXPECT_LE(found.size.depth, most_layers) << n;
+  }
+}
+
+TEST(CliffordSearch, closes_by_two_layers_of_swaps) {
+  std::mt19937 rng(9);
+  for (int n = 1; n < 9; ++n) {
+    const Circuit wanted = random_clifford(n, 20 * n, rng);
+    const PauliFrame images = images_of(wanted, n);
+    const GateList list = clifford_list(images, {.outputs = Outputs::anywhere}, steps(0));
+    const GateList closed = with_layers_of_swaps(list);
+    const CliffordCircuit made = to_circuit(closed, images);
+    ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n))) << n;
+    EXPECT_TRUE(std::ranges::is_sorted(made.wires));
+    EXPECT_LE(depth_of(closed.gates, n), depth_of(list.gates, n) + 6);
   }
 }
 

@@ -121,4 +121,30 @@ GateList with_outputs_in_place(const GateList& list, int window, Rng& rng) {
   return result;
 }
 
+GateList with_layers_of_swaps(GateList list) {
+  const WireFrame found = list.frame;
+  std::vector<bool> seen(static_cast<std::size_t>(list.wires()));
+  for (int first = 0; first < list.wires(); ++first) {
+    std::vector<int> cycle;  // what is on one wire belongs on the next
+    for (int wire = first; !seen[static_cast<std::size_t>(wire)]; wire = found.output_on(wire)) {
+      seen[static_cast<std::size_t>(wire)] = true;
+      cycle.push_back(wire);
+    }
+    const int length = static_cast<int>(cycle.size());
+    for (int reflection = 0; reflection < 2; ++reflection) {
+      for (int k = 0; k < length; ++k) {
+        const int other = (length + reflection - k) % length;
+        if (k >= other) continue;
+        const int a = cycle[static_cast<std::size_t>(k)];
+        const int b = cycle[static_cast<std::size_t>(other)];
+        for (int label = 0; label < 4; ++label) {
+          if (label != label_wire) list.gates.push_back({end_of(a, label), end_of(b, label)});
+          std::swap(list.frame[end_of(a, label)], list.frame[end_of(b, label)]);
+        }
+      }
+    }
+  }
+  return list;
+}
+
 }  // namespace zelt::braidwerk::internal

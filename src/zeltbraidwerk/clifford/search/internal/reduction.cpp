@@ -131,7 +131,10 @@ void OperatorReduction::choose_wires(const OperatorRows& rows, int side) {
   }
 }
 
-void OperatorReduction::price(const OperatorRows& rows, int side) {
+void OperatorReduction::price(const OperatorRows& rows, int side, const std::vector<char>& taken) {
+  const auto is_taken = [&](int i) {
+    return !taken.empty() && taken[static_cast<std::size_t>(i)] != 0;
+  };
   children_.clear();
   choose_wires(rows, side);
   price_letters(rows, side);
@@ -162,7 +165,9 @@ void OperatorReduction::price(const OperatorRows& rows, int side) {
     return both[static_cast<std::size_t>(a)][static_cast<std::size_t>(b)];
   };
   for (int j = 1; j < wires_; ++j) {
+    if (is_taken(j)) continue;
     for (int i = 0; i < j; ++i) {
+      if (is_taken(i)) continue;
       if (!tried_[static_cast<std::size_t>(i)] && !tried_[static_cast<std::size_t>(j)]) continue;
       if (!meet(rows, side, i, j)) continue;
       multiply_out(rows.row(side, i, 1), rows.row(side, j, 1), rows.words(), letters_.data(), both);

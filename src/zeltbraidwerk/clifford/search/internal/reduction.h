@@ -31,11 +31,14 @@ class OperatorReduction {
   State start(OperatorRows rows) const;
   template <class Sink>
   void children(const State& state, Rng&, Sink&& sink) {
-    for (int side = 0; side < 2; ++side) {
-      price(state.rows, side);
-      for (const Child& child : children_) {
-        sink(state.cost + static_cast<double>(child.change), {side, child.gate});
-      }
+    for (int side = 0; side < 2; ++side) children_on(side, state, {}, sink);
+  }
+  /// Those on one side and on no wire that is `taken`; empty: none is.
+  template <class Sink>
+  void children_on(int side, const State& state, const std::vector<char>& taken, Sink&& sink) {
+    price(state.rows, side, taken);
+    for (const Child& child : children_) {
+      sink(state.cost + static_cast<double>(child.change), Move{side, child.gate});
     }
   }
   std::uint64_t hash(const State& state, const Move& move);
@@ -53,7 +56,7 @@ class OperatorReduction {
 
   double value(int weight) const { return value_[static_cast<std::size_t>(weight)]; }
   double cost_of(const OperatorRows& rows) const;
-  void price(const OperatorRows& rows, int side);
+  void price(const OperatorRows& rows, int side, const std::vector<char>& taken);
   void price_letters(const OperatorRows& rows, int side);
   void choose_wires(const OperatorRows& rows, int side);
 

@@ -10,10 +10,12 @@
 #include "zeltbraidwerk/clifford/search/internal/five_wires.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_layers.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
 #include "zeltbraidwerk/search/internal/wire_groups.h"
@@ -70,6 +72,12 @@ class CliffordSearch : public SearchBase<GateList> {
   bool has_table() const { return wires_ <= tuning.table_wires; }
   /// The layered form has few layers on many qubits.
   bool takes_layers() const { return task_.by_depth() && wires_ > tuning.two_sided_wires; }
+  /// Beams of whole layers find fewer on few qubits. On the fewest, the layers that swaps take in
+  /// place are too many.
+  bool takes_whole_layers() const {
+    const int few = task_.in_place() ? tuning.two_sided_wires : tuning.table_wires;
+    return task_.by_depth() && wires_ > few && wires_ <= tuning.whole_layer_wires;
+  }
 
   void make_first_circuits() {
     const bool quick = wires_ <= tuning.quick_wires;
@@ -94,6 +102,9 @@ class CliffordSearch : public SearchBase<GateList> {
     }
     const Effort no_limit;
     Meter unlimited(no_limit);
+    if (takes_whole_layers()) {
+      offer_whole_layers(0, wires_ <= tuning.quick_layer_wires ? unlimited : meter_);
+    }
     shorten(beam(beams_.side_for(0), 1, quick ? unlimited : meter_));
     if (wires_ > tuning.two_sided_wires && wires_ <= tuning.quick_two_sided) {
       shorten(beam(Side::both, 1, unlimited));
@@ -119,6 +130,7 @@ class CliffordSearch : public SearchBase<GateList> {
     offer(shortest_.circuit());
     shorten(walked(shortest_.circuit(), rewriter, round.steps));
     layer_again(round);
+    offer_whole_layers(tuning.whole_layers * round.steps, meter_);
     anneal(round.number % 2 == 0 ? shortest_.circuit() : incumbent_.circuit(), rewriter,
            round.steps);
   }
@@ -136,6 +148,7 @@ class CliffordSearch : public SearchBase<GateList> {
     }
     walked(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
     layer_again(round);
+    offer_whole_layers(tuning.whole_layers * round.steps, meter_);
     anneal(incumbent_.circuit(), rewriter, round.steps / tuning.best_part);
   }
 
@@ -172,6 +185,22 @@ class CliffordSearch : public SearchBase<GateList> {
         layered(tuning.layered_wires * steps / static_cast<std::uint64_t>(wires_));
     meter_.charge(steps);
     if (!meter_.ended()) offer(found);
+  }
+
+  /// A beam of whole layers, as wide as its steps pay for.
+  void offer_whole_layers(std::uint64_t steps, Meter& meter) {
+    if (!takes_whole_layers()) return;
+    const auto n = static_cast<std::uint64_t>(wires_);
+    const auto variants = static_cast<std::uint64_t>(tuning.layer_variants);
+    const std::uint64_t price = variants * (n * n * n * n / 50 + 1);
+    const auto width =
+        static_cast<int>(std::clamp(steps / price, std::uint64_t{1}, tuning.most_layer_width));
+    OperatorLayers problem(wires_, width > 1 ? tuning.layer_variants : 1, rng_, meter);
+    BeamSearch<OperatorLayers> search(problem, {.width = width}, rng_, meter);
+    for (const auto& [state, moves] : search.run(problem.start(beams_.operator_rows()))) {
+      const GateList found = circuit_of(state.rows, problem.gates_of(moves));
+      offer(task_.in_place() ? with_layers_of_swaps(found) : found);
+    }
   }
 
   void shorten(const GateList& list) { shortest_.offer(list, size_of(list)); }

@@ -47,6 +47,13 @@ struct CliffordTuning {
   std::uint64_t layered_part = 4;   ///< for a layered form
   int block_width = 16;             ///< of the beams for the blocks of its graphs
   std::uint64_t layered_wires = 4;  ///< a step of it takes as long as a gate on one wire in these
+  // Beams of whole layers. Rows clifford 8 to 32 depth.
+  int whole_layer_wires = 40;      ///< above, layered forms have as few layers
+  int quick_layer_wires = 24;      ///< a greedy run takes a hundredth of a second
+  std::uint64_t whole_layers = 4;  ///< so many times the steps of a round
+  int layer_variants = 4;          ///< tried on each side of a state
+  float layer_noise = 0.3F;        ///< of what a gate changes
+  std::uint64_t most_layer_width = 100;
   // Closing.
   float exchange_price = 1.5F;  ///< gates that an exchange of outputs counts
   int closing_steps = 256;      ///< for each wire
@@ -91,6 +98,14 @@ inline OperatorCost operator_cost(int wires) {
   cost.offset = choice.offset * wires;
   cost.other_side = choice.other_side;
   if (wires > 128) cost.most_wires = 16;
+  return cost;
+}
+
+/// Of beams of whole layers.
+inline OperatorCost layer_cost(int wires) {
+  OperatorCost cost;
+  cost.twice_power = -16;
+  cost.scale = wires;
   return cost;
 }
 
