@@ -99,6 +99,7 @@ class CircuitSearch : public SearchBase<Network> {
     task.in_order = true;
     task.target = &problem.target;
     task.given = given;
+    task.most_layers = most_layers();
     return task;
   }
   Effort within(std::uint64_t steps) {
@@ -133,6 +134,7 @@ class CircuitSearch : public SearchBase<Network> {
     if (meter_.ended() || task_.device != nullptr) return;
     NetworkTask task = network_task(problem_, nullptr);
     task.target = nullptr;
+    task.most_layers = std::numeric_limits<int>::max();  // it is closed later
     task.outputs = Outputs::left_open;
     const std::uint64_t half = std::min(steps / 2, meter_.left());
     const Network found = search_events({problem_.rows, {}}, task, within(half));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/gate.h"
@@ -33,6 +34,7 @@ struct NetworkTask : Task {
   bool in_order = false;  ///< rotations that anticommute keep their order; otherwise any is right
   const CliffordTarget* target = nullptr;  ///< of a network that closes
   const Network* given = nullptr;          ///< one that is known: the answer is never larger
+  int most_layers = std::numeric_limits<int>::max();  ///< of the answer; the given one keeps to it
 };
 
 /// The network of these events; where it is not closed, without the gates after the last rotation.

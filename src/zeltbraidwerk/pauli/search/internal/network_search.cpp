@@ -75,6 +75,7 @@ class NetworkSearch : public SearchByBoth<Network> {
     return task_.by_depth() ? network.size.depth : network.size.count;
   }
   void offer(const Network& network, Origin origin) {
+    if (network.size.depth > run_.task.most_layers) return;
     SearchByBoth::offer(network, network.size, origin);
   }
   void offer_first(const Network& network) {
@@ -156,7 +157,7 @@ class NetworkSearch : public SearchByBoth<Network> {
     int least = by_layers ? from.size.depth : from.size.count;
     for (std::uint64_t k = 0; k < steps; ++k) {
       const float uphill = cooling.at(static_cast<double>(k) / static_cast<double>(steps));
-      const bool changed = by_layers ? walk.step(uphill, rng_, least) : walk.step(uphill, rng_);
+      const bool changed = walk.step(uphill, rng_, by_layers ? least : run_.task.most_layers);
       if (const int now = by_layers ? walk.depth() : walk.count(); changed && now < least) {
         least = now;
         offer_walked(origin);
