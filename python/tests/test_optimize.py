@@ -424,8 +424,8 @@ def test_a_result_in_one_line():
 def test_with_its_depth_kept_a_circuit_is_never_longer_with_more_steps():
     text = (
         "gate sx a { rx(pi/2) a; } qreg q[12]; cz q[4],q[11]; sx q[7]; cz q[11],q[9];"
-        "cx q[8],q[10]; cx q[11],q[1]; t q[10]; cz q[3],q[2]; cx q[3],q[8]; cx q[1],q[8]; cz q[11],q[5];"
-        "cx q[10],q[11]; cz q[10],q[3]; cz q[2],q[11]; cx q[5],q[7]; cz q[9],q[10];"
+        "cx q[8],q[10]; cx q[11],q[1]; t q[10]; cz q[3],q[2]; cx q[3],q[8]; cx q[1],q[8];"
+        "cz q[11],q[5]; cx q[10],q[11]; cz q[10],q[3]; cz q[2],q[11]; cx q[5],q[7]; cz q[9],q[10];"
         "ry(0.58984375) q[10]; s q[0]; cx q[8],q[4]; cx q[8],q[9]; rz(0.56640625) q[11];"
         "cx q[3],q[2]; y q[4]; cz q[6],q[7];"
     )
