@@ -4,6 +4,7 @@ import random
 from dataclasses import replace
 from itertools import pairwise
 
+import numpy as np
 import pytest
 from support import same_up_to_phase, unitary
 
@@ -114,6 +115,17 @@ def test_circuits_that_fit_elsewhere_take_no_swaps(router):
     assert result.count <= source.two_qubit_count
     assert result.verify()
     assert zb.optimize(source, jobs=2, **options) == result
+
+
+def test_gates_routed_by_qiskit_keep_their_phase():
+    """RZ by -7 pi/4 is a T with a phase of its own."""
+    pytest.importorskip("qiskit")
+    gates = [Gate.rz(0, -7 * np.pi / 4), Gate.cnot(1, 2), Gate.cnot(0, 2), Gate.cnot(0, 1)]
+    source = Circuit(3, [*gates, Gate.rz(2, 3 * np.pi / 4), Gate.rx(2, 9 * np.pi / 4)])
+    result = zb.optimize(source, device=Device.line(3), router="qiskit", seed=1, steps=0)
+    placed = source.placed(result.placement, 3)
+    distance = np.exp(1j * result.global_phase) * unitary(result.circuit) - unitary(placed)
+    assert np.abs(distance).max() < 1e-9
 
 
 def test_idle_qubits_stand_where_they_did_in_the_call_before():
