@@ -190,12 +190,15 @@ def pauli(draw, n):
             wanted.rotations = rotations
         assert_same(found, wanted, pairs)
 
+    # Of blocks that are searched for one by one, gates add up and layers do not.
+    in_blocks = options.get("objective") != "depth"
     if options["order"] == "free" and len(set(strings)) == len(strings) and draw.chance(0.3):
-        return Case(zb.pauli.synthesize, dict(zip(strings, angles, strict=True)), options, check)
+        given = dict(zip(strings, angles, strict=True))
+        return Case(zb.pauli.synthesize, given, options, check, in_blocks)
     given = list(zip(strings, angles, strict=True))
     if strings and draw.chance(0.3):
         given = strings, angles
-    return Case(zb.pauli.synthesize, given, options, check)
+    return Case(zb.pauli.synthesize, given, options, check, in_blocks)
 
 
 def diagonal(draw, n):

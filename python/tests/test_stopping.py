@@ -35,7 +35,7 @@ SEARCHES = {
     "linear depth": (lambda: matrix(33), linear.synthesize, {"objective": "depth"}),
     "linear device": (lambda: matrix(64), linear.synthesize, {"device": zb.Device.grid(8, 8)}),
     "clifford": (lambda: operator(20), clifford.synthesize, {}),
-    "clifford depth": (lambda: operator(60), clifford.synthesize, {"objective": "depth"}),
+    "clifford depth": (lambda: operator(150), clifford.synthesize, {"objective": "depth"}),
     "clifford device": (lambda: operator(49), clifford.synthesize,
                         {"device": zb.Device.grid(7, 7)}),
     "encoder": (lambda: gallery.surface_code(5), clifford.synthesize_encoder, {}),

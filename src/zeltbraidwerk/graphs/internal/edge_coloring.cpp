@@ -1,6 +1,10 @@
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 
 #include <algorithm>
+#include <bit>
+
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -23,7 +27,12 @@ class EdgeColoring {
     // Each end of an edge has at most one edge less than `most` already: twice as many will do.
     colors_ = static_cast<std::size_t>(by_paths ? 2 * most : most + 1);
     neighbour_.assign(size_ * colors_, none);
+    free_ = BitMatrix(graph.size(), static_cast<int>(colors_));
     for (int u = 0; u < graph.size(); ++u) {
+      for (int c = 0; c < static_cast<int>(colors_); ++c) free_.set(u, c);
+    }
+    for (int u = 0; u < graph.size(); ++u) {
+      stop_point();
       for_each_bit(graph.row(u), graph.words(), [&](int v) {
         if (u < v) by_paths ? add_by_path(u, v) : add(u, v);
       });
@@ -50,22 +59,32 @@ class EdgeColoring {
   int& neighbour(int u, int c) {
     return neighbour_[static_cast<std::size_t>(u) * colors_ + static_cast<std::size_t>(c)];
   }
-  bool is_free(int u, int c) { return neighbour(u, c) == none; }
-  int free_color(int u) {
-    int c = 0;
-    while (!is_free(u, c)) ++c;
-    return c;
+  bool is_free(int u, int c) const { return free_.get(u, c); }
+  /// The first colour of those in words of bits; -1 where there is none.
+  template <class Bits>
+  int first_color(Bits&& word) const {
+    for (int w = 0; w < free_.stride(); ++w) {
+      if (const Word bits = word(w); bits != 0) return word_bits * w + std::countr_zero(bits);
+    }
+    return -1;
+  }
+  int free_color(int u) const {
+    return first_color([free = free_.row(u)](int w) { return free[w]; });
   }
   void color(int u, int v, int c) {
     color_[at(u, v)] = color_[at(v, u)] = c;
     neighbour(u, c) = v;
     neighbour(v, c) = u;
+    free_.set(u, c, false);
+    free_.set(v, c, false);
   }
   void uncolor(int u, int v) {
     const int c = color_[at(u, v)];
     if (c == none) return;
     color_[at(u, v)] = color_[at(v, u)] = none;
     neighbour(u, c) = neighbour(v, c) = none;
+    free_.set(u, c);
+    free_.set(v, c);
   }
 
   void add(int u, int v) {
@@ -85,22 +104,20 @@ class EdgeColoring {
     } else if (free_at_v < free_at_u) {
       exchange(u, free_at_v, free_at_u);
     }
-    int c = 0;
-    while (!is_free(u, c) || !is_free(v, c)) ++c;
-    color(u, v, c);
+    color(u, v, first_color([a = free_.row(u), b = free_.row(v)](int w) { return a[w] & b[w]; }));
   }
 
   /// Neighbours of u from v on, the colour of the edge to each of which is free at the one before.
   std::vector<int> fan_of(int u, int v) {
     std::vector<int> fan{v};
-    for (bool grown = true; grown;) {
-      grown = false;
-      for (int c = 0; c < static_cast<int>(colors_) && !grown; ++c) {
-        const int next = neighbour(u, c);
-        if (next == none || !is_free(fan.back(), c) || std::ranges::count(fan, next) != 0) continue;
-        fan.push_back(next);
-        grown = true;
-      }
+    BitMatrix left(1, static_cast<int>(colors_));  // of the edges to the others
+    for (int c = 0; c < left.cols(); ++c) left.set(0, c, !is_free(u, c));
+    while (true) {
+      const int c = first_color(
+          [&, free = free_.row(fan.back())](int w) { return left.row(0)[w] & free[w]; });
+      if (c < 0) break;
+      left.set(0, c, false);
+      fan.push_back(neighbour(u, c));
     }
     return fan;
   }
@@ -130,6 +147,7 @@ class EdgeColoring {
   std::size_t colors_ = 0;
   std::vector<int> color_;      // of the edge between two vertices
   std::vector<int> neighbour_;  // by vertex and colour
+  BitMatrix free_;              // the same: whether no edge of the vertex has it
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "zeltbraidwerk/clifford/search/internal/graph_blocks.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 
@@ -150,6 +151,7 @@ class LayeredForm {
       }
     }
     for (const auto& matching : matchings_of(graph)) {
+      stop_point();
       for (const auto& [a, b] : matching) {
         play(side, {end_of(a, of(labels, a)), end_of(b, of(labels, b))});
       }

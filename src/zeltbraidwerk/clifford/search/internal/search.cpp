@@ -83,9 +83,9 @@ class CliffordSearch : public SearchBase<GateList> {
     const bool quick = wires_ <= tuning.quick_wires;
     if (takes_layers() && (quick || !meter_.ended())) {
       const GateList by_edges = layered(1);
+      offer(by_edges);
       graphs_by_ = GraphsBy::blocks;
       const GateList by_blocks = layered(1);
-      offer(by_edges);
       offer(by_blocks);
       if (depth_of(by_edges.gates, wires_) < depth_of(by_blocks.gates, wires_)) {
         graphs_by_ = GraphsBy::edges;

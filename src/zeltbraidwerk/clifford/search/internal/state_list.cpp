@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 
@@ -46,6 +47,7 @@ GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
   if (objective == Objective::depth && n <= state_tuning.colored_wires) {
     BitGraph graph(n);
     form.each_edge([&](int a, int b) { graph.join(a, b); });
+    const StopScope::Suspended to_the_end;  // there has to be a circuit
     for (const auto& matching : matchings_of(graph)) {
       for (const auto& [a, b] : matching) join(a, b);
     }

@@ -66,7 +66,8 @@ class ShallowSearch : public SearchBase<GateList> {
  private:
   void take_layers_greedily() {
     Effort whole;
-    whole.control.stop = meter_.control().stop;
+    whole.control = meter_.control();
+    if (n_ <= shallow_tuning.quick_wires) whole.control.deadline.reset();
     Meter meter(whole);
     const bool found = n_ > 1 && series_.run(rng_, meter);
     consider(found ? series_.circuit() : eliminated(m_));
@@ -156,12 +157,16 @@ class ShallowSearch : public SearchBase<GateList> {
   GateList closed(const GateList& list) {
     GateList best = gate_list(close_by_swaps(free_circuit(list)));
     int least = scheduler_.settle(best.gates);
-    for (int k = 0; k < shallow_tuning.closings; ++k) {
-      GateList within = closed_within_gates(list, rng_);
-      const int depth = scheduler_.settle(within.gates);
-      if (std::tuple(depth, within.count()) >= std::tuple(least, best.count())) continue;
-      best = std::move(within);
-      least = depth;
+    try {
+      for (int k = 0; k < shallow_tuning.closings; ++k) {
+        GateList within = closed_within_gates(list, rng_);
+        const int depth = scheduler_.settle(within.gates);
+        if (std::tuple(depth, within.count()) >= std::tuple(least, best.count())) continue;
+        best = std::move(within);
+        least = depth;
+      }
+    } catch (const Stopped&) {
+      // What there is so far is closed.
     }
     return best;
   }

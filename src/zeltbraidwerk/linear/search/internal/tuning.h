@@ -129,10 +129,11 @@ inline constexpr ExtensionTuning extension_tuning;
 /// For few layers of CNOTs.
 struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
-  int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
-  int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
-  int first_window = 4;  ///< wires of windows in round 0, which needs no large table
-  int closings = 4;      ///< random ways to close a circuit, next to swaps
+  int block_wires = 24;   ///< block recursion from here on: on fewer wires greedy layers are fewer
+  int large_wires = 48;   ///< from here on the layers of the best are kept, and walks are cooler
+  int quick_wires = 128;  ///< up to here the first layers are made whatever the time: 30 ms
+  int first_window = 4;   ///< wires of windows in round 0, which needs no large table
+  int closings = 4;       ///< random ways to close a circuit, next to swaps
   std::uint64_t layer_part = 5;     ///< of the steps of a round: new layers take one
   std::uint64_t best_part = 2;      ///< annealing of the best
   std::uint64_t cheapest_part = 8;  ///< annealing of the cheapest for each price of a gate
