@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zeltbraidwerk/linear/search/internal/beams.h"
+#include "zeltbraidwerk/linear/search/internal/decoded_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/search/internal/schedule.h"
@@ -64,13 +65,21 @@ bool FreeSearch::by_columns() const {
   return !sparse_ && n_ > cnot_tuning.two_sided_wires;
 }
 
-/// The widest beam that takes about twice the time of the walks of the round. On up to most_wires
-/// wires a circuit made wire by wire takes the place of the widest ones.
+/// The widest beam that takes about twice the time of the walks of the round. Elimination by blocks
+/// takes the place of beams after round 0, on fewer wires a circuit made wire by wire that of the
+/// widest ones.
 GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
                                       Meter& meter) const {
   if (long_walks_) {
     if (number > 0) return {};
     return reduce_by_columns(m_, cnot_tuning.wide, Facing::transpose, rng, meter);
+  }
+  const EliminationTuning& blocks = elimination_tuning;
+  if (n_ >= blocks.least_wires && n_ <= blocks.most_wires && number > 0) {
+    if (number % blocks.period != 1) return {};
+    const auto pairs = static_cast<std::uint64_t>(n_) * static_cast<std::uint64_t>(n_);
+    const std::uint64_t effort = std::max(blocks.rounds * steps, blocks.least_steps * pairs);
+    return eliminate_by_decoding(m_, effort, window_, rng, meter);
   }
   if (n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps) {
     if (number % extension_tuning.period != 0) return {};

@@ -90,20 +90,36 @@ LightSums::LightSums(const BitMatrix& vectors, const BitMatrix& sums)
       outside_count_(vectors.rows() - dimension_),
       lines_(words_of(vectors, dimension_)),
       sums_(words_of(sums, 0)),
-      lightest_(static_cast<std::size_t>(sums.rows())) {
+      units_(words_of(BitMatrix::identity(dimension_), 0)),
+      lightest_(static_cast<std::size_t>(sums.rows())),
+      is_open_(lightest_.size(), true) {
   for (int k = 0; k < vectors.rows(); ++k) (k < dimension_ ? basis_ : outside_).push_back(k);
 }
 
 double LightSums::steps(int outside, int sums) {
   const double count = outside;
-  return 1 + count * (count / extension_tuning.pairs_per_step +
-                      sums / extension_tuning.lookups_per_step);
+  return 1 +
+         count * (count / decoding_tuning.pairs_per_step + sums / decoding_tuning.lookups_per_step);
+}
+
+void LightSums::add(const Word* vector) {
+  outside_.push_back(dimension_ + outside_count_++);
+  const std::size_t first = lines_.size();
+  lines_.resize(first + static_cast<std::size_t>(words_));
+  for_each_bit(vector, words_, [&](int c) {
+    for (int w = 0; w < words_; ++w) {
+      lines_[first + static_cast<std::size_t>(w)] ^=
+          units_[static_cast<std::size_t>(c * words_ + w)];
+    }
+  });
 }
 
 void LightSums::look(Rng& rng) {
   make_table(rng);
-  for (int s = 0; s < static_cast<int>(lightest_.size()); ++s) look_at(s);
-  for (int k = 0; k < 2; ++k) exchange(rng);
+  for (int s = 0; s < static_cast<int>(lightest_.size()); ++s) {
+    if (is_open_[static_cast<std::size_t>(s)]) look_at(s);
+  }
+  for (int k = 0; k < decoding_tuning.exchanges; ++k) exchange(rng);
 }
 
 /// Sorted by counting.
@@ -112,7 +128,7 @@ void LightSums::make_table(Rng& rng) {
   const std::size_t pairs = count * (count - (count > 0 ? 1 : 0)) / 2;
   const int most_bits = std::min(dimension_, word_bits);
   const int bits = std::clamp(
-      static_cast<int>(std::bit_width(pairs)) - extension_tuning.pairs_per_key, 1, most_bits);
+      static_cast<int>(std::bit_width(pairs)) - decoding_tuning.pairs_per_key, 1, most_bits);
   first_bit_ = rng.below(most_bits - bits + 1);
   key_mask_ = low_bits(bits);
   const auto words = static_cast<std::size_t>(words_);
@@ -184,6 +200,7 @@ void LightSums::exchange(Rng& rng) {
   rest[static_cast<std::size_t>(c / word_bits)] ^= Word{1} << (c % word_bits);
   add_where(lines_, words_, c, rest.data());
   add_where(sums_, words_, c, rest.data());
+  add_where(units_, words_, c, rest.data());
   std::copy(line.begin(), line.end(), &lines_[k * words]);
   std::swap(basis_[static_cast<std::size_t>(c)], outside_[k]);
 }

@@ -29,8 +29,14 @@ class LightSums {
   /// are the first basis.
   LightSums(const BitMatrix& vectors, const BitMatrix& sums);
 
-  /// Looks for lighter sets in this basis, then takes a random step to another one.
+  /// One vector more, with the next number.
+  void add(const Word* vector);
+
+  /// Looks for lighter sets in this basis, then takes some random steps to another one.
   void look(Rng& rng);
+
+  /// No lighter set is looked for any more.
+  void settle(int sum) { is_open_[static_cast<std::size_t>(sum)] = false; }
 
   int weight(int sum) const { return lightest_[static_cast<std::size_t>(sum)].weight; }
   /// The vectors of the lightest set so far.
@@ -62,7 +68,9 @@ class LightSums {
   std::vector<int> outside_;  // the others
   std::vector<Word> lines_;   // coefficients of the others
   std::vector<Word> sums_;    // and of the sums
+  std::vector<Word> units_;   // and of the unit vectors
   std::vector<Lightest> lightest_;
+  std::vector<bool> is_open_;
   // Pairs of vectors outside, in the order of the keys of their sums.
   int first_bit_ = 0;
   Word key_mask_ = 0;

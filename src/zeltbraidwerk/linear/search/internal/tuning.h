@@ -101,10 +101,32 @@ inline double column_ratio(int n) {
 inline constexpr std::array<ReductionCost, 6> beam_costs_if_sparse{
     {{1, true}, {0, true}, {-0.5, false}, {-2, false}, {-1, true}, {0, false}}};
 
-/// For circuits made wire by wire. Row matrix 64 free.
+/// For light sums, by decoding.
+struct DecodingTuning {
+  int exchanges = 8;      ///< of vectors in the basis, between two looks
+  int pairs_per_key = 4;  ///< 8 to 16, as a power of 2
+  double pairs_per_step = 400;
+  double lookups_per_step = 40;
+};
+inline constexpr DecodingTuning decoding_tuning;
+
+/// For circuits by elimination of blocks of wires. Rows matrix 64 to 256 free.
+struct EliminationTuning {
+  int least_wires = 57;
+  int most_wires = 256;             ///< a look takes 20 ms
+  int block = 50;                   ///< wires, most: decoding falls behind on more
+  std::size_t most_vectors = 1500;  ///< 25 MB for pairs
+  int period = 3;                   ///< rounds
+  std::uint64_t rounds = 12;        ///< that it is long
+  std::uint64_t least_steps = 45;   ///< for each pair of wires
+  double search_part = 0.3;         ///< of its steps; the others decode
+};
+inline constexpr EliminationTuning elimination_tuning;
+
+/// For circuits made wire by wire. Rows matrix 48, 56 free.
 struct ExtensionTuning {
   int core = 20;        ///< wires to begin with
-  int most_wires = 72;  ///< above, beams by columns are better within 20 s
+  int most_wires = 56;  ///< above, elimination by blocks is better
   // Shorter ones are no better than beams by columns.
   int period = 3;                         ///< rounds
   std::uint64_t least_steps = 1'000'000;  ///< of a round
@@ -119,10 +141,6 @@ struct ExtensionTuning {
   float least_part = 0.3F;  ///< before the division
   float parts = 0.4F;       ///< a random part of this is added
   float delay = 0.3F;       ///< the latest wires are so many gates late, as a part of all
-  // Light sums.
-  int pairs_per_key = 4;  ///< 8 to 16, as a power of 2
-  double pairs_per_step = 400;
-  double lookups_per_step = 40;
 };
 inline constexpr ExtensionTuning extension_tuning;
 

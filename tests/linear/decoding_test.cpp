@@ -1,4 +1,5 @@
-// Circuits of dense maps made wire by wire, and the decoding that they need.
+// Circuits of dense maps made wire by wire and by elimination of blocks, and the decoding that both
+// need.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -8,9 +9,11 @@
 #include "support/gate_lists.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/beams.h"
+#include "zeltbraidwerk/linear/search/internal/decoded_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/exchanged_map.h"
 #include "zeltbraidwerk/linear/search/internal/extension.h"
 #include "zeltbraidwerk/linear/search/internal/light_sums.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 
 namespace {
 
@@ -65,6 +68,26 @@ TEST(LightSums, AreTheLightestOfSmallPools) {
       EXPECT_EQ(sum_of(pool, light.set(s)), sums.block(s, 0, 1, dimension));
     }
   }
+}
+
+TEST(LightSums, UseVectorsThatAreAddedAndLeaveSettledSums) {
+  Rng rng(10, 0);
+  const int dimension = 12;
+  const BitMatrix pool = random_pool(dimension, 20, rng);
+  const BitMatrix sums = random_pool(dimension, dimension + 8, rng);
+  LightSums light(pool.block(0, 0, 13, dimension), sums);
+  for (int k = 0; k < 5; ++k) light.look(rng);
+  light.settle(15);
+  const std::vector<int> settled = light.set(15);
+  for (int k = 13; k < pool.rows(); ++k) light.add(pool.row(k));
+  for (int k = 0; k < 200; ++k) light.look(rng);
+  const std::vector<int> distance = distances(pool);
+  for (int s = 0; s < sums.rows(); ++s) {
+    EXPECT_EQ(sum_of(pool, light.set(s)), sums.block(s, 0, 1, dimension));
+    if (s == 15) continue;
+    EXPECT_EQ(light.weight(s), distance[sums.row(s)[0]]);
+  }
+  EXPECT_EQ(light.set(15), settled);
 }
 
 TEST(LightSums, FindPlantedSetsInOneWordAndInTwo) {
@@ -142,26 +165,31 @@ TEST(ExchangedMap, IsTheSmallerMapWithANewWire) {
   }
 }
 
-TEST(Extension, MakesCircuitsOfAnyMap) {
+using Make = GateList (*)(const BitMatrix&, std::uint64_t, int, Rng&, Meter&);
+constexpr Make ways[] = {extend_wire_by_wire, eliminate_by_decoding};
+
+TEST(ByDecoding, CircuitsAreOfAnyMap) {
   const Effort unlimited;
   Meter meter(unlimited);
   Rng rng(5, 0);
   support::Rng source(5);
-  for (const int n : {1, 2, 7, 21, 26, 40, 70}) {
+  for (const int n : {1, 2, 7, 21, 26, 40, 51, 70, 103}) {
     const BoolMatrix m = support::random_invertible(n, source);
     const BoolMatrix sparse =
         support::map_of(support::random_gates(n, n > 1 ? n : 0, nullptr, false, source), n)
             .unpack();
     for (const BoolMatrix& map : {m, sparse, BitMatrix::identity(n).unpack()}) {
-      const GateList list = extend_wire_by_wire(packed(map), 20'000, 4, rng, meter);
-      EXPECT_TRUE(support::implements(list, map)) << n;
+      for (const Make way : ways) {
+        if (n > 72 && way == extend_wire_by_wire) continue;
+        EXPECT_TRUE(support::implements(way(packed(map), 20'000, 4, rng, meter), map)) << n;
+      }
     }
   }
 }
 
-TEST(Extension, IsShorterThanABeamByColumns) {
+TEST(ByDecoding, CircuitsAreShorterThanByABeam) {
   support::Rng source(6);
-  for (const int n : {48, 64}) {
+  for (const int n : {48, 64, 90}) {
     const BoolMatrix map = support::random_invertible(n, source);
     const BitMatrix m = packed(map);
     const Effort unlimited;
@@ -169,20 +197,23 @@ TEST(Extension, IsShorterThanABeamByColumns) {
     Rng rng(7, 0);
     const GateList beam = reduce_by_columns(m, 30, Facing::transpose, rng, meter);
     ASSERT_TRUE(support::implements(beam, map));
-    const GateList list = extend_wire_by_wire(m, 2'000'000, 5, rng, meter);
+    const bool is_large = n > extension_tuning.most_wires;
+    const GateList list = ways[is_large ? 1 : 0](m, is_large ? 500'000 : 2'000'000, 5, rng, meter);
     EXPECT_TRUE(support::implements(list, map));
-    EXPECT_LT(list.count(), beam.count()) << n;
+    EXPECT_LT(list.count(), is_large ? beam.count() - beam.count() / 50 : beam.count()) << n;
   }
 }
 
-TEST(Extension, EndsWithItsEffort) {
+TEST(ByDecoding, CircuitsEndWithTheirEffort) {
   support::Rng source(8);
-  const BitMatrix m = packed(support::random_invertible(50, source));
-  for (const std::uint64_t effort : {1, 1000, 30'000, 100'000}) {
-    Meter meter(support::steps(effort));
-    Rng rng(9, 0);
-    EXPECT_TRUE(extend_wire_by_wire(m, 1'000'000, 5, rng, meter).gates.empty());
-    EXPECT_LT(meter.steps(), effort + 2000);
+  const BitMatrix m = packed(support::random_invertible(55, source));
+  for (const Make way : ways) {
+    for (const std::uint64_t effort : {1, 1000, 30'000, 100'000}) {
+      Meter meter(support::steps(effort));
+      Rng rng(9, 0);
+      EXPECT_TRUE(way(m, 1'000'000, 5, rng, meter).gates.empty());
+      EXPECT_LT(meter.steps(), effort + 2000);
+    }
   }
 }
 
