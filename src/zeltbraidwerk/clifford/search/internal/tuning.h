@@ -63,7 +63,7 @@ struct CliffordTuning {
   std::uint64_t tries_of_step = 2;       ///< as long as the walks take, or a little longer
   std::uint64_t tries_of_timed_step = 16;
   double seconds_on_six = 0.25;          ///< that are left are enough with the table at hand
-  double seconds_for_table = 6;          ///< to build it
+  double seconds_for_table = 4.5;         ///< to build it
   // Closing.
   float exchange_price = 1.5F;  ///< gates that an exchange of outputs counts
   int closing_steps = 256;      ///< for each wire
