@@ -40,7 +40,7 @@ template <int wires>
 std::vector<std::uint64_t> ClassTable<wires>::built() {
   using Rows = FewWireRows<wires>;
   const Unforkable building;
-  std::vector<std::uint64_t> table(2 * slots + (std::size_t{1} << sketch_bits) / 64);
+  std::vector<std::uint64_t> table(size);
   ClassFinder<wires> class_of;
   std::vector<Rows> level;
   const auto add = [&](const Rows& rows, int distance, std::vector<Rows>& to) {
@@ -49,8 +49,8 @@ std::vector<std::uint64_t> ClassTable<wires>::built() {
     if (table[2 * at + 1] != 0) return;
     table[2 * at] = found.low;
     table[2 * at + 1] = found.high << 8 | static_cast<unsigned>(distance + 1);
-    const std::size_t bit = sketch_bit(ClassSketch<wires>(rows).own());
-    table[2 * slots + bit / 64] |= std::uint64_t{1} << (bit % 64);
+    const Bits bits = sketch_bits(ClassSketch<wires>(rows).own());
+    table[bits.word] |= bits.mask;
     to.push_back(rows);
   };
   add(Rows::identity(), 0, level);
@@ -70,7 +70,6 @@ ClassTable<wires>::ClassTable() {
   if constexpr (wires < 5) {
     slots_ = StoredTable(built());
   } else {
-    constexpr std::size_t size = 2 * slots + (std::size_t{1} << sketch_bits) / 64;
     slots_ = stored_table<std::uint64_t>(name<wires>(), layout, size, built);
   }
   is_made<wires> = true;
@@ -84,7 +83,6 @@ const ClassTable<wires>& ClassTable<wires>::shared() {
 
 template <int wires>
 bool ClassTable<wires>::is_at_hand() {
-  constexpr std::size_t size = 2 * slots + (std::size_t{1} << sketch_bits) / 64;
   return is_made<wires> || stored_bytes({name<wires>(), layout, 8 * size}) != nullptr;
 }
 

@@ -30,16 +30,24 @@ class ClassTable {
   int distance(const OperatorClass& of) const;
   /// False only where no class of the table has this number by ClassSketch.
   bool may_have(std::uint64_t sketch) const {
-    const std::size_t bit = sketch_bit(sketch);
-    return (slots_[2 * slots + bit / 64] >> (bit % 64) & 1) != 0;
+    const Bits bits = sketch_bits(sketch);
+    return (slots_[bits.word] & bits.mask) == bits.mask;
   }
 
  private:
   static constexpr std::size_t slots = wires == 6 ? 1'300'000 : wires == 5 ? 380'000 : 5000;
-  static constexpr int sketch_bits = wires == 6 ? 24 : wires == 5 ? 22 : 14;
-  static std::size_t sketch_bit(std::uint64_t sketch) {
-    return static_cast<std::size_t>((sketch ^ sketch >> 32) * 0x9e3779b97f4a7c15U >>
-                                    (64 - sketch_bits));
+  /// About as many words as sketches, of which each sets two bits of one.
+  static constexpr int sketch_log = wires == 6 ? 18 : wires == 5 ? 16 : 8;
+  static constexpr std::size_t size = 2 * slots + (std::size_t{1} << sketch_log);
+  struct Bits {
+    std::size_t word;
+    std::uint64_t mask;
+  };
+  static Bits sketch_bits(std::uint64_t sketch) {
+    const std::uint64_t hash = (sketch ^ sketch >> 32) * 0x9e3779b97f4a7c15U;
+    const std::uint64_t mask =
+        std::uint64_t{1} << (hash >> 20 & 63) | std::uint64_t{1} << (hash >> 26 & 63);
+    return {2 * slots + static_cast<std::size_t>(hash >> (64 - sketch_log)), mask};
   }
   static std::size_t slot_of(std::span<const std::uint64_t> table, const OperatorClass& of);
   static std::vector<std::uint64_t> built();
