@@ -49,8 +49,12 @@ std::vector<std::uint64_t> ClassTable<wires>::built() {
     if (table[2 * at + 1] != 0) return;
     table[2 * at] = found.low;
     table[2 * at + 1] = found.high << 8 | static_cast<unsigned>(distance + 1);
-    const Bits bits = sketch_bits(ClassSketch<wires>(rows).own());
-    table[bits.word] |= bits.mask;
+    const ClassSketch<wires> sketch(rows);
+    for (const Bits& bits :
+         {sketch_bits(sketch.own(), 2 * slots, sketch_log),
+          sketch_bits(sketch.own_of_all(), size - (std::size_t{1} << all_log), all_log)}) {
+      table[bits.word] |= bits.mask;
+    }
     to.push_back(rows);
   };
   add(Rows::identity(), 0, level);

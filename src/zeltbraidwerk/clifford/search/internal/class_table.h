@@ -30,25 +30,31 @@ class ClassTable {
   int distance(const OperatorClass& of) const;
   /// False only where no class of the table has this number by ClassSketch.
   bool may_have(std::uint64_t sketch) const {
-    const Bits bits = sketch_bits(sketch);
-    return (slots_[bits.word] & bits.mask) == bits.mask;
+    return has(sketch_bits(sketch, 2 * slots, sketch_log));
+  }
+  /// The same for the number of all orders.
+  bool may_have_any(std::uint64_t sketch) const {
+    return has(sketch_bits(sketch, size - (std::size_t{1} << all_log), all_log));
   }
 
  private:
   static constexpr std::size_t slots = wires == 6 ? 1'300'000 : wires == 5 ? 380'000 : 5000;
   /// About as many words as sketches, of which each sets two bits of one.
   static constexpr int sketch_log = wires == 6 ? 18 : wires == 5 ? 16 : 8;
-  static constexpr std::size_t size = 2 * slots + (std::size_t{1} << sketch_log);
+  static constexpr int all_log = wires == 6 ? 14 : wires == 5 ? 13 : 8;
+  static constexpr std::size_t size =
+      2 * slots + (std::size_t{1} << sketch_log) + (std::size_t{1} << all_log);
   struct Bits {
     std::size_t word;
     std::uint64_t mask;
   };
-  static Bits sketch_bits(std::uint64_t sketch) {
+  static Bits sketch_bits(std::uint64_t sketch, std::size_t first, int log) {
     const std::uint64_t hash = (sketch ^ sketch >> 32) * 0x9e3779b97f4a7c15U;
     const std::uint64_t mask =
         std::uint64_t{1} << (hash >> 20 & 63) | std::uint64_t{1} << (hash >> 26 & 63);
-    return {2 * slots + static_cast<std::size_t>(hash >> (64 - sketch_log)), mask};
+    return {first + static_cast<std::size_t>(hash >> (64 - log)), mask};
   }
+  bool has(const Bits& bits) const { return (slots_[bits.word] & bits.mask) == bits.mask; }
   static std::size_t slot_of(std::span<const std::uint64_t> table, const OperatorClass& of);
   static std::vector<std::uint64_t> built();
 

@@ -13,6 +13,7 @@ namespace {
 
 /// Sketches of all moves take as long as so many classes.
 constexpr std::uint64_t tries_of_sketches = 4;
+constexpr std::size_t orders_of_try = 50;
 /// 50 MB.
 constexpr std::size_t most_classes = std::size_t{1} << 20;
 
@@ -96,6 +97,10 @@ bool FewWireSearch<wires>::find(int known) {
       return go_down(starts_[0].rows, least_);
     }
     gates_ = 1;
+    if (wires != 5 && starts_.size() > 1) {
+      for (const Start& start : starts_) orders_.push_back(start.places);
+      starts_.resize(1);
+    }
   }
   for (; least_ < known; ++gates_, ++least_, next_start_ = 0, chances_ = 0) {
     too_far_.resize(gates_);
@@ -108,7 +113,7 @@ bool FewWireSearch<wires>::find(int known) {
       if (lead_into_table(rows, gates_)) {
         found.push_back(start);
         if (found.size() == 1) {
-          places_ = start.places;
+          if (orders_.empty()) places_ = start.places;
           left_ = rows;
         } else {
           path_.resize(before);
@@ -143,7 +148,7 @@ bool FewWireSearch<wires>::find_by_chance() {
       left_ = left_.after(path_.back());
     }
     if (step_into_table(left_)) {
-      places_ = start.places;
+      if (orders_.empty()) places_ = start.places;
       return true;
     }
   }
@@ -201,6 +206,7 @@ bool FewWireSearch<wires>::lead_into_table(Rows& rows, std::size_t gates) {
 
 template <int wires>
 bool FewWireSearch<wires>::step_into_table(Rows& rows) {
+  if (!orders_.empty()) return step_into_table_in_any_order(rows);
   std::array<bool, Rows::moves> may_lead;
   ClassSketch<wires>(rows).each([&](std::size_t move, std::uint64_t sketch) {
     may_lead[move] = table_.may_have(sketch);
@@ -215,6 +221,29 @@ bool FewWireSearch<wires>::step_into_table(Rows& rows) {
     rows = next;
     return true;
   });
+}
+
+template <int wires>
+bool FewWireSearch<wires>::step_into_table_in_any_order(Rows& rows) {
+  tries_ += tries_of_sketches;
+  std::optional<Rows> found;
+  ClassSketch<wires>(rows).each_counts([&](std::size_t move, const auto& counts) {
+    if (found || !table_.may_have_any(counts.number_of_all())) return;
+    tries_ += orders_.size() / orders_of_try;
+    const Rows next = rows.after(Rows::gates()[move]);
+    for (const Places& places : orders_) {
+      if (!table_.may_have(counts.number(places))) continue;
+      ++tries_;
+      const Rows ordered = next.reordered(places);
+      if (distance(ordered) == ClassTable<wires>::beyond) continue;
+      path_.push_back(Rows::gates()[move]);
+      places_ = places;
+      found = ordered;
+      break;
+    }
+  });
+  if (found) rows = *found;
+  return found.has_value();
 }
 
 /// From rows at a distance that the table has.
