@@ -302,9 +302,8 @@ TEST(SixWires, are_searched_to_a_proven_end) {
       int bound = 0;
       Effort effort = steps(200'000);
       effort.on_bound = [&](const LowerBound& proven) { bound = proven.count; };
-      const CliffordCircuit found =
-          search_clifford(images_of(wanted, 6), {.outputs = outputs, .seed = 3}, effort,
-                          OnFewQubits::finds_fewest);
+      const CliffordCircuit found = search_clifford(
+          images_of(wanted, 6), {.outputs = outputs, .seed = 3}, effort, OnFewQubits::finds_fewest);
       EXPECT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, 6)));
       EXPECT_LE(bound, found.size.count);
       EXPECT_GE(bound, gates == 40 ? 10 : found.size.count);

@@ -117,7 +117,7 @@ class ClassSketch {
   /// Of a column of blocks, bit 0 of labels and bit 1: the rows of X, then those of Z.
   using Planes = std::array<unsigned, 2>;
   static constexpr unsigned all = (1U << wires) - 1;
-  static constexpr unsigned counts = 64;  ///< of blocks: some + 8 full
+  static constexpr unsigned all_counts = 64;  ///< of a row or column: some + 8 full
 
   static unsigned beside(const Planes& planes, unsigned label) {
     return ((label & 2) != 0 ? planes[0] : 0) ^ ((label & 1) != 0 ? planes[1] : 0);
@@ -135,8 +135,8 @@ class ClassSketch {
   struct Numbers {
     std::array<std::uint64_t, 64> spread{};  ///< bit k to byte k
     std::array<std::uint8_t, 64> count{};
-    std::array<std::uint64_t, counts> row{};
-    std::array<std::uint64_t, 4 * counts> column{};
+    std::array<std::uint64_t, all_counts> row{};
+    std::array<std::uint64_t, 3 * all_counts> column{};
   };
   static constexpr Numbers numbers = [] {
     Numbers made;
@@ -146,8 +146,8 @@ class ClassSketch {
         made.count[k] = static_cast<std::uint8_t>(made.count[k] + (k >> bit & 1));
       }
     }
-    for (unsigned k = 0; k < counts; ++k) made.row[k] = Rng::mixed(k + 1) | 1;
-    for (unsigned k = 0; k < 4 * counts; ++k) made.column[k] = Rng::mixed(k + 1000) | 1;
+    for (unsigned k = 0; k < all_counts; ++k) made.row[k] = Rng::mixed(k + 1) | 1;
+    for (unsigned k = 0; k < 3 * all_counts; ++k) made.column[k] = Rng::mixed(k + 1000) | 1;
     return made;
   }();
 
@@ -157,7 +157,7 @@ class ClassSketch {
   /// Of a column whose block on the diagonal is in a row.
   static std::uint64_t column(const Ranks& ranks, std::size_t row) {
     const unsigned diagonal = (ranks.some >> row & 1) + (ranks.full >> row & 1);
-    return numbers.column[counted(ranks) + counts * diagonal];
+    return numbers.column[counted(ranks) + all_counts * diagonal];
   }
   static std::uint64_t row_part(const Ranks& ranks) {
     return numbers.spread[ranks.some] + 8 * numbers.spread[ranks.full];

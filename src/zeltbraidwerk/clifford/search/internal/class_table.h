@@ -50,8 +50,8 @@ class ClassTable {
   };
   static Bits sketch_bits(std::uint64_t sketch, std::size_t first, int log) {
     const std::uint64_t hash = (sketch ^ sketch >> 32) * 0x9e3779b97f4a7c15U;
-    const std::uint64_t mask =
-        std::uint64_t{1} << (hash >> 20 & 63) | std::uint64_t{1} << (hash >> 26 & 63);
+    const std::uint64_t mask = std::uint64_t{1} << (hash >> 20 & 63) | std::uint64_t{1}
+                                                                           << (hash >> 26 & 63);
     return {first + static_cast<std::size_t>(hash >> (64 - log)), mask};
   }
   bool has(const Bits& bits) const { return (slots_[bits.word] & bits.mask) == bits.mask; }

@@ -133,8 +133,8 @@ bool FewWireSearch<wires>::find(int known) {
   return false;
 }
 
-/// Random gates. Of four or more there are so many that these find a way in a tenth of the time that
-/// trying all takes, gates in order in half of it: ways begin with few of the first gates.
+/// Random gates. Of four or more there are so many that these find a way in a tenth of the time
+/// that trying all takes, gates in order in half of it: ways begin with few of the first gates.
 template <int wires>
 bool FewWireSearch<wires>::find_by_chance() {
   if (gates_ < 4) return false;
@@ -208,9 +208,8 @@ template <int wires>
 bool FewWireSearch<wires>::step_into_table(Rows& rows) {
   if (!orders_.empty()) return step_into_table_in_any_order(rows);
   std::array<bool, Rows::moves> may_lead;
-  ClassSketch<wires>(rows).each([&](std::size_t move, std::uint64_t sketch) {
-    may_lead[move] = table_.may_have(sketch);
-  });
+  ClassSketch<wires>(rows).each(
+      [&](std::size_t move, std::uint64_t sketch) { may_lead[move] = table_.may_have(sketch); });
   tries_ += tries_of_sketches;
   return any_move([&](std::size_t move) {
     if (!may_lead[move]) return false;

@@ -23,19 +23,19 @@ namespace zelt::braidwerk::internal {
 /// others gates before the operator are tried, one, then two, and so on, until they lead into the
 /// table, each class that they lead to once. ClassSketch tells of most last gates that they do not.
 /// On five qubits nearly all operators are two gates away at most, which takes less than a
-/// millisecond in the mean. On six, three gates in vain take 0.15 s and four 5 s; where four or five
-/// do, random ones find that out in less than a second. With free outputs each order of the outputs
-/// is an operator to begin from, on five qubits; on six the last gate is tried with all orders, and
-/// one sketch tells of most gates that none leads into the table: two gates in vain take 0.02 s,
-/// three 2 s.
+/// millisecond in the mean. On six, three gates in vain take 0.15 s and four 5 s; where four or
+/// five do, random ones find that out in less than a second. With free outputs each order of the
+/// outputs is an operator to begin from, on five qubits; on six the last gate is tried with all
+/// orders, and one sketch tells of most gates that none leads into the table: two gates in vain
+/// take 0.02 s, three 0.2 to 2 s.
 template <int wires>
 class FewWireSearch {
  public:
   FewWireSearch(const OperatorRows& rows, Outputs outputs, Rng& rng);
 
   /// Nothing where it was stopped, or where so many tries since the first call, of 0.7 microseconds
-  /// each, are not enough: another call goes on from there. Circuits of `known` gates or more are not
-  /// looked for. Not to be called again once it has found a circuit.
+  /// each, are not enough: another call goes on from there. Circuits of `known` gates or more are
+  /// not looked for. Not to be called again once it has found a circuit.
   std::optional<GateList> run(const Control& control, std::uint64_t tries,
                               int known = std::numeric_limits<int>::max());
   /// No circuit has fewer gates. It rises with the tries.

@@ -226,7 +226,7 @@ std::array<std::uint64_t, wires> ClassFinder<wires>::wire_numbers() const {
 /// All orders that differ from a sorted one among wires of equal numbers, from a place on.
 template <int wires>
 void ClassFinder<wires>::try_orders(const std::array<std::uint64_t, wires>& numbers, int from,
-                             Order& order) {
+                                    Order& order) {
   if (from == wires) {
     try_order(order);
     return;

@@ -13,8 +13,8 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-/// Some seconds. Maps that this is not enough for are rare, but in place on seven wires: there it is
-/// what three gates take.
+/// Some seconds. Maps that this is not enough for are rare, but in place on seven wires: there it
+/// is what three gates take.
 int most_tries(int wires, bool permuted) {
   return wires == 7 && !permuted ? 50'000 : 600'000;
 }

@@ -53,8 +53,8 @@ class MapClassFinder {
 
 /// The fewest CNOTs of all classes of matrices that take few: on six wires with outputs anywhere
 /// all 22,521 classes, of up to 12 gates; in place 307,299 of up to 8; on seven wires with outputs
-/// anywhere 189,562 of up to 8, in place those of up to 7. Up to 4 MB; built in half a second, those
-/// of up to 8 gates in one, where no file has it.
+/// anywhere 189,562 of up to 8, in place those of up to 7. Up to 4 MB; built in half a second,
+/// those of up to 8 gates in one, where no file has it.
 class MapClasses {
  public:
   MapClasses(int wires, bool permuted);
