@@ -14,6 +14,7 @@ namespace {
 /// Sketches of all moves take as long as so many classes.
 constexpr std::uint64_t tries_of_sketches = 4;
 constexpr std::size_t orders_of_try = 50;
+constexpr std::uint64_t tries_between_looks = 300;
 /// 50 MB.
 constexpr std::size_t most_classes = std::size_t{1} << 20;
 
@@ -73,6 +74,7 @@ std::optional<GateList> FewWireSearch<wires>::run(const Control& control, std::u
   control_ = control;
   most_tries_ = tries;
   over_ = false;
+  next_look_ = 0;
   if (!find(known)) return std::nullopt;
   if constexpr (wires == 5) make_shallow();
   return list_of<wires>(std::move(path_), left_, places_);
@@ -80,7 +82,9 @@ std::optional<GateList> FewWireSearch<wires>::run(const Control& control, std::u
 
 template <int wires>
 bool FewWireSearch<wires>::is_over() {
-  if (!over_) over_ = tries_ >= most_tries_ || (++looks_ % 64 == 0 && control_.stop_requested());
+  if (over_ || tries_ < next_look_) return over_;
+  next_look_ = tries_ + tries_between_looks;
+  over_ = tries_ >= most_tries_ || control_.stop_requested();
   return over_;
 }
 

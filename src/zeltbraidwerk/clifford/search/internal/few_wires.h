@@ -75,7 +75,7 @@ class FewWireSearch {
   std::uint64_t chances_ = 0;  ///< taken with so many gates
   std::uint64_t tries_ = 0;
   std::uint64_t most_tries_ = 0;
-  unsigned looks_ = 0;
+  std::uint64_t next_look_ = 0;  ///< at the clock, when tries are so many
   bool over_ = false;
   // What was found, gates in time order.
   std::vector<Gate> path_;

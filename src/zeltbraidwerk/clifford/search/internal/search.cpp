@@ -130,7 +130,7 @@ class CliffordSearch : public SearchBase<GateList> {
       if (!has_time_for_table(control)) return;
       try {
         const StopScope scope(control, true);  // there is a circuit already
-        on_six_.emplace(beams_.operator_rows(), task_.outputs, rng_);
+        on_six_.emplace(beams_.operator_rows(), task_.outputs, rng_on_six_);
       } catch (const Stopped&) {
         return;
       }
@@ -273,6 +273,7 @@ class CliffordSearch : public SearchBase<GateList> {
   GraphsBy graphs_by_ = GraphsBy::edges;           // which has fewer layers
   bool nothing_left_ = false;
   bool has_fewest_ = false;  // found by FewWireSearch
+  Rng rng_on_six_{task_.seed, ~task_.stream};  // walks are the same with and without it
   std::optional<FewWireSearch<6>> on_six_;
 };
 
