@@ -259,6 +259,7 @@ Circuit swaps(const std::vector<std::pair<int, int>>& pairs) {
 TEST(SixWires, take_three_gates_for_each_exchange) {
   EXPECT_EQ(fewest<6>(swaps({{0, 3}, {4, 1}, {2, 5}}), Outputs::in_place), 9);
   EXPECT_EQ(fewest<6>(swaps({{0, 3}, {3, 1}, {1, 5}}), Outputs::in_place), 9);
+  EXPECT_EQ(fewest<6>(swaps({{0, 3}, {3, 1}, {1, 5}, {5, 2}}), Outputs::in_place), 12);
   EXPECT_EQ(fewest<6>(swaps({{0, 1}, {2, 3}, {1, 5}}), Outputs::anywhere), 0);
 }
 
