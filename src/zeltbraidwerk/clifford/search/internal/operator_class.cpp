@@ -194,21 +194,21 @@ void ClassFinder<wires>::read(const FewWireRows<wires>& rows) {
 /// Two rounds: from the blocks between two wires, and from the numbers of the first round.
 template <int wires>
 std::array<std::uint64_t, wires> ClassFinder<wires>::wire_numbers() const {
-  std::array<unsigned, wires> images{};   // of the blocks in a row, two bits each
-  std::array<unsigned, wires> kernels{};  // of those in a column
+  std::array<unsigned, wires> row_images{};  // of the blocks in a row, two bits each
+  std::array<unsigned, wires> column_kernels{};
   for (std::size_t i = 0; i < wires; ++i) {
     for (std::size_t j = 0; j < wires; ++j) {
       const BlockFacts& of = facts[blocks_[i][j]];
-      images[i] |= static_cast<unsigned>(of.image) << (2 * j);
-      kernels[j] |= static_cast<unsigned>(of.kernel) << (2 * i);
+      row_images[i] |= static_cast<unsigned>(of.image) << (2 * j);
+      column_kernels[j] |= static_cast<unsigned>(of.kernel) << (2 * i);
     }
   }
   const auto rank = [&](std::size_t i, std::size_t j) { return facts[blocks_[i][j]].rank; };
   std::array<std::uint64_t, wires> first{};
   for (std::size_t i = 0; i < wires; ++i) {
     for (std::size_t j = 0; j < i; ++j) {
-      const unsigned same =
-          16 * equal_letters(images[i], images[j]) + 128 * equal_letters(kernels[i], kernels[j]);
+      const unsigned same = 16 * equal_letters(row_images[i], row_images[j]) +
+                            128 * equal_letters(column_kernels[i], column_kernels[j]);
       first[i] += Rng::mixed(1U + rank(i, j) + 4U * rank(j, i) + same);
       first[j] += Rng::mixed(1U + rank(j, i) + 4U * rank(i, j) + same);
     }

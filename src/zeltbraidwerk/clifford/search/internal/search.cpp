@@ -272,7 +272,7 @@ class CliffordSearch : public SearchBase<GateList> {
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
   GraphsBy graphs_by_ = GraphsBy::edges;           // which has fewer layers
   bool nothing_left_ = false;
-  bool has_fewest_ = false;  // found by FewWireSearch
+  bool has_fewest_ = false;                    // found by FewWireSearch
   Rng rng_on_six_{task_.seed, ~task_.stream};  // walks are the same with and without it
   std::optional<FewWireSearch<6>> on_six_;
 };
