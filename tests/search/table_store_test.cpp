@@ -208,11 +208,11 @@ TEST_F(TableStore, changes_no_table) {
         return digest([&](auto& draw) { return table.residue(random_rows(draw)); });
       },
       [&] {
-        const ClassTable table;
-        ClassFinder class_of;
+        const ClassTable<5> table;
+        ClassFinder<5> class_of;
         return digest([&](auto& draw) {
-          FiveWireRows rows = FiveWireRows::identity();
-          for (int k = 0; k < 8; ++k) rows = rows_after(five_wire_gates()[draw() % 90], rows);
+          auto rows = FewWireRows<5>::identity();
+          for (int k = 0; k < 8; ++k) rows = rows.after(rows.gates()[draw() % 90]);
           return table.distance(class_of(rows));
         });
       },

@@ -153,7 +153,7 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                                            .start = start ? &*start : nullptr};
                            const Effort effort = control.effort(steps_of_search(options));
                            return sized(
-                               search_clifford(images, task, effort, OnFiveQubits::finds_fewest));
+                               search_clifford(images, task, effort, OnFewQubits::finds_fewest));
                          },
                      .proves = true});
   }

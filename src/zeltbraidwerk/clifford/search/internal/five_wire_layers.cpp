@@ -20,7 +20,7 @@ bool are_apart(const Gate& one, const Gate& other) {
 }
 
 const Gate& gate(int move) {
-  return five_wire_gates()[static_cast<std::size_t>(move)];
+  return FiveWireRows::gates()[static_cast<std::size_t>(move)];
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ bool FiveWireLayers::go_down(FiveWireRows& rows, int distance, int layers,
   path_.clear();
   const OperatorClass of = class_of_(rows);
   if (!go_down(rows, of, distance, layers)) {
-    if (distance != ClassTable::most_gates + 2 || 2 * (layers - 1) < distance - 1) return false;
+    if (distance != ClassTable<5>::most_gates + 2 || 2 * (layers - 1) < distance - 1) return false;
     add_single_moves(known_of(distance, rows));
     not_enough_.erase(of);
     if (!go_down(rows, of, distance, layers)) return false;
@@ -68,17 +68,17 @@ bool FiveWireLayers::go_down(const FiveWireRows& rows, const OperatorClass& of, 
 
 int FiveWireLayers::distance_after(int move, const FiveWireRows& rows, FiveWireRows& next) {
   --tries_left_;
-  next = rows_after(gate(move), rows);
+  next = rows.after(gate(move));
   return table_.distance(class_of_(next));
 }
 
 /// Two gates at once first. As two that commute change the distance by one each or not at all, both
 /// are among those that take one off.
 std::vector<FiveWireLayers::Move> FiveWireLayers::moves(const FiveWireRows& rows, int distance) {
-  if (distance > ClassTable::beyond) return known_of(distance, rows).moves;
+  if (distance > ClassTable<5>::beyond) return known_of(distance, rows).moves;
   std::vector<Move> one;
-  int move = rng_.below(five_wire_moves);
-  for (int k = 0; k < five_wire_moves; ++k, move = (move + 1) % five_wire_moves) {
+  int move = rng_.below(FiveWireRows::moves);
+  for (int k = 0; k < FiveWireRows::moves; ++k, move = (move + 1) % FiveWireRows::moves) {
     Move found{move, -1, {}};
     if (distance_after(move, rows, found.rows) == distance - 1) one.push_back(found);
   }
@@ -107,32 +107,32 @@ FiveWireLayers::Known& FiveWireLayers::known_of(int distance, const FiveWireRows
 /// Calls visit(move) for two gates at once on other wires, until it returns false.
 template <class F>
 void FiveWireLayers::each_two(const FiveWireRows& rows, F&& visit) {
-  const int turn = rng_.below(five_wire_moves);
-  for (int k = 0; k < five_wire_moves; ++k) {
-    const int first = (k + turn) % five_wire_moves;
-    const FiveWireRows after_first = rows_after(gate(first), rows);
+  const int turn = rng_.below(FiveWireRows::moves);
+  for (int k = 0; k < FiveWireRows::moves; ++k) {
+    const int first = (k + turn) % FiveWireRows::moves;
+    const FiveWireRows after_first = rows.after(gate(first));
     for (int second = 0; second < first; ++second) {
       if (!are_apart(gate(first), gate(second))) continue;
-      if (!visit(Move{first, second, rows_after(gate(second), after_first)})) return;
+      if (!visit(Move{first, second, after_first.after(gate(second))})) return;
     }
   }
 }
 
 std::vector<FiveWireLayers::Move> FiveWireLayers::moves_of_nine(const FiveWireRows& rows) {
   std::vector<Move> found;
-  std::array<bool, five_wire_moves> leads_to_eight{};
+  std::array<bool, FiveWireRows::moves> leads_to_eight{};
   each_two(rows, [&](const Move& move) {
     --tries_left_;
-    if (table_.distance(class_of_(move.rows)) == ClassTable::most_gates) {
+    if (table_.distance(class_of_(move.rows)) == ClassTable<5>::most_gates) {
       found.push_back(move);
       leads_to_eight[static_cast<std::size_t>(move.first)] = true;
       leads_to_eight[static_cast<std::size_t>(move.second)] = true;
     }
     return true;
   });
-  for (int move = 0; move < five_wire_moves; ++move) {
+  for (int move = 0; move < FiveWireRows::moves; ++move) {
     if (!leads_to_eight[static_cast<std::size_t>(move)]) continue;
-    found.push_back({move, -1, rows_after(gate(move), rows)});
+    found.push_back({move, -1, rows.after(gate(move))});
   }
   return found;
 }
@@ -141,13 +141,13 @@ std::vector<FiveWireLayers::Move> FiveWireLayers::moves_of_nine(const FiveWireRo
 void FiveWireLayers::add_single_moves(Known& known) {
   if (known.has_all) return;
   known.has_all = true;
-  std::array<bool, five_wire_moves> is_there{};
+  std::array<bool, FiveWireRows::moves> is_there{};
   for (const Move& move : known.moves) {
     if (move.second < 0) is_there[static_cast<std::size_t>(move.first)] = true;
   }
-  for (int move = 0; move < five_wire_moves; ++move) {
+  for (int move = 0; move < FiveWireRows::moves; ++move) {
     if (is_there[static_cast<std::size_t>(move)]) continue;
-    const Move alone{move, -1, rows_after(gate(move), known.rows)};
+    const Move alone{move, -1, known.rows.after(gate(move))};
     if (takes_eight(alone.rows)) known.moves.push_back(alone);
   }
 }
@@ -164,8 +164,8 @@ std::vector<FiveWireLayers::Move> FiveWireLayers::moves_of_ten(const FiveWireRow
 /// Given that it takes more than the table has.
 bool FiveWireLayers::takes_eight(const FiveWireRows& rows) {
   FiveWireRows next;
-  for (int move = 0; move < five_wire_moves; ++move) {
-    if (distance_after(move, rows, next) == ClassTable::most_gates) return true;
+  for (int move = 0; move < FiveWireRows::moves; ++move) {
+    if (distance_after(move, rows, next) == ClassTable<5>::most_gates) return true;
   }
   return false;
 }

@@ -10,6 +10,8 @@
 
 namespace zelt::braidwerk::internal {
 
+using FiveWireRows = FewWireRows<5>;
+
 /// Of the circuits of the fewest gates for an operator on five qubits, one of few layers.
 ///
 /// Depth first, layer by layer: a gate can begin such a circuit when it takes one off the distance,
@@ -27,7 +29,7 @@ class FiveWireLayers {
   /// there are none or none was found.
   bool go_down(FiveWireRows& rows, int distance, int layers, std::vector<Gate>& gates);
 
-  static constexpr int most_gates = ClassTable::most_gates + 3;
+  static constexpr int most_gates = ClassTable<5>::most_gates + 3;
 
  private:
   struct Move {
@@ -52,9 +54,9 @@ class FiveWireLayers {
   int distance_after(int move, const FiveWireRows& rows, FiveWireRows& next);
   bool go_down(const FiveWireRows& rows, const OperatorClass& of, int distance, int layers);
 
-  const ClassTable& table_ = ClassTable::shared();
+  const ClassTable<5>& table_ = ClassTable<5>::shared();
   Rng& rng_;
-  ClassFinder class_of_;
+  ClassFinder<5> class_of_;
   int tries_left_ = 0;
   std::vector<int> path_;
   FiveWireRows left_;

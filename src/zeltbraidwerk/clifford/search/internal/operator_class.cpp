@@ -11,7 +11,6 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-constexpr int wires = FiveWireRows::wires;
 constexpr unsigned locals = 6;  // one-qubit gates, by what they make of labels
 constexpr unsigned all_locals = (1U << locals) - 1;
 constexpr std::uint32_t no_row = std::numeric_limits<std::uint32_t>::max();
@@ -96,18 +95,35 @@ unsigned letters_in(unsigned block) {
   return 1U << (block & 3) | 1U << (block >> 2) | 1U << ((block & 3) ^ (block >> 2));
 }
 
+/// Places of two bits where both have the same, other than 0.
+unsigned equal_letters(unsigned one, unsigned other) {
+  const unsigned differ = one ^ other;
+  const unsigned places = (one | one >> 1) & ~(differ | differ >> 1) & 0x555;
+  const unsigned pairs = (places & 0x333) + (places >> 2 & 0x333);
+  return pairs * 0x111 >> 8 & 15;
+}
+
+/// For two blocks between two wires, by their ranks.
+constexpr auto rank_factors = [] {
+  std::array<std::uint64_t, 11> of{};
+  for (std::size_t k = 0; k < of.size(); ++k) of[k] = Rng::mixed(k + 1) | 1;
+  return of;
+}();
+
 }  // namespace
 
-FiveWireRows FiveWireRows::identity() {
-  FiveWireRows rows;
+template <int wires>
+FewWireRows<wires> FewWireRows<wires>::identity() {
+  FewWireRows rows;
   for (unsigned k = 0; k < rows.strings.size(); ++k) {
     rows.strings[k] = static_cast<std::uint16_t>(1U << k);
   }
   return rows;
 }
 
-FiveWireRows FiveWireRows::of(const OperatorRows& rows) {
-  FiveWireRows result;
+template <int wires>
+FewWireRows<wires> FewWireRows<wires>::of(const OperatorRows& rows) {
+  FewWireRows result;
   for (int k = 0; k < 2 * wires; ++k) {
     unsigned string = 0;
     for (int q = 0; q < wires; ++q) {
@@ -118,8 +134,9 @@ FiveWireRows FiveWireRows::of(const OperatorRows& rows) {
   return result;
 }
 
-FiveWireRows FiveWireRows::reordered(const std::array<int, wires>& places) const {
-  FiveWireRows result;
+template <int wires>
+FewWireRows<wires> FewWireRows<wires>::reordered(const std::array<int, wires>& places) const {
+  FewWireRows result;
   for (std::size_t p = 0; p < places.size(); ++p) {
     const auto from = 2 * static_cast<std::size_t>(places[p]);
     result.strings[2 * p] = strings[from];
@@ -128,9 +145,10 @@ FiveWireRows FiveWireRows::reordered(const std::array<int, wires>& places) const
   return result;
 }
 
-const std::array<Gate, five_wire_moves>& five_wire_gates() {
+template <int wires>
+auto FewWireRows<wires>::gates() -> const std::array<Gate, moves>& {
   static const auto gates = [] {
-    std::array<Gate, five_wire_moves> made{};
+    std::array<Gate, moves> made{};
     std::size_t k = 0;
     for (int b = 1; b < wires; ++b) {
       for (int a = 0; a < b; ++a) {
@@ -144,18 +162,8 @@ const std::array<Gate, five_wire_moves>& five_wire_gates() {
   return gates;
 }
 
-FiveWireRows rows_after(const Gate& gate, FiveWireRows rows) {
-  const auto pauli = static_cast<unsigned>(label_of(gate.a) << (2 * wire_of(gate.a)) |
-                                           label_of(gate.b) << (2 * wire_of(gate.b)));
-  const unsigned swapped = (pauli & 0x155U) << 1 | (pauli & 0x2aaU) >> 1;
-  for (std::uint16_t& string : rows.strings) {
-    const bool anticommutes = (std::popcount(string & swapped) & 1) != 0;
-    string = static_cast<std::uint16_t>(string ^ (anticommutes ? pauli : 0));
-  }
-  return rows;
-}
-
-OperatorClass ClassFinder::operator()(const FiveWireRows& rows) {
+template <int wires>
+OperatorClass ClassFinder<wires>::operator()(const FewWireRows<wires>& rows) {
   read(rows);
   const auto numbers = wire_numbers();
   Order order;
@@ -163,12 +171,17 @@ OperatorClass ClassFinder::operator()(const FiveWireRows& rows) {
   std::ranges::sort(order, {}, [&](int i) { return numbers[static_cast<std::size_t>(i)]; });
   least_.fill(no_row);
   try_orders(numbers, 0, order);
-  return {least_[0] | std::uint64_t{least_[1]} << 20 | std::uint64_t{least_[2]} << 40 |
-              std::uint64_t{least_[3]} << 60,
-          static_cast<std::uint16_t>(least_[3] >> 4)};
+  OperatorClass found;
+  constexpr int row_bits = 4 * wires;
+  for (int k = wires - 1; k-- > 0;) {
+    found.high = found.high << row_bits | found.low >> (64 - row_bits);
+    found.low = found.low << row_bits | least_[static_cast<std::size_t>(k)];
+  }
+  return found;
 }
 
-void ClassFinder::read(const FiveWireRows& rows) {
+template <int wires>
+void ClassFinder<wires>::read(const FewWireRows<wires>& rows) {
   for (std::size_t i = 0; i < wires; ++i) {
     for (std::size_t j = 0; j < wires; ++j) {
       const unsigned x = rows.strings[2 * i] >> (2 * j) & 3U;
@@ -179,40 +192,41 @@ void ClassFinder::read(const FiveWireRows& rows) {
 }
 
 /// Two rounds: from the blocks between two wires, and from the numbers of the first round.
-std::array<std::uint64_t, wires> ClassFinder::wire_numbers() const {
-  const auto of = [&](int i, int j) { return facts[block(i, j)]; };
-  const auto ranks = [&](int i, int j) {
-    return static_cast<std::uint64_t>(of(i, j).rank + 4 * of(j, i).rank);
-  };
-  std::array<std::uint64_t, wires> first{};
-  std::array<std::uint64_t, wires> second{};
-  for (int i = 0; i < wires; ++i) {
-    std::uint64_t sum = 0;
-    for (int j = 0; j < wires; ++j) {
-      if (j == i) continue;
-      std::uint64_t same_images = 0;
-      std::uint64_t same_kernels = 0;
-      for (int q = 0; q < wires; ++q) {
-        same_images += of(i, q).image != 0 && of(i, q).image == of(j, q).image ? 1 : 0;
-        same_kernels += of(q, i).kernel != 0 && of(q, i).kernel == of(q, j).kernel ? 1 : 0;
-      }
-      sum += Rng::mixed(1 + ranks(i, j) + 16 * same_images + 128 * same_kernels);
+template <int wires>
+std::array<std::uint64_t, wires> ClassFinder<wires>::wire_numbers() const {
+  std::array<unsigned, wires> row_images{};  // of the blocks in a row, two bits each
+  std::array<unsigned, wires> column_kernels{};
+  for (std::size_t i = 0; i < wires; ++i) {
+    for (std::size_t j = 0; j < wires; ++j) {
+      const BlockFacts& of = facts[blocks_[i][j]];
+      row_images[i] |= static_cast<unsigned>(of.image) << (2 * j);
+      column_kernels[j] |= static_cast<unsigned>(of.kernel) << (2 * i);
     }
-    first[static_cast<std::size_t>(i)] = Rng::mixed(sum + of(i, i).rank);
   }
-  for (int i = 0; i < wires; ++i) {
-    std::uint64_t sum = first[static_cast<std::size_t>(i)];
-    for (int j = 0; j < wires; ++j) {
-      if (j != i) sum += Rng::mixed(first[static_cast<std::size_t>(j)] + ranks(i, j));
+  const auto rank = [&](std::size_t i, std::size_t j) { return facts[blocks_[i][j]].rank; };
+  std::array<std::uint64_t, wires> first{};
+  for (std::size_t i = 0; i < wires; ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      const unsigned same = 16 * equal_letters(row_images[i], row_images[j]) +
+                            128 * equal_letters(column_kernels[i], column_kernels[j]);
+      first[i] += Rng::mixed(1U + rank(i, j) + 4U * rank(j, i) + same);
+      first[j] += Rng::mixed(1U + rank(j, i) + 4U * rank(i, j) + same);
     }
-    second[static_cast<std::size_t>(i)] = sum;
+  }
+  for (std::size_t i = 0; i < wires; ++i) first[i] = Rng::mixed(first[i] + rank(i, i));
+  std::array<std::uint64_t, wires> second = first;
+  for (std::size_t i = 0; i < wires; ++i) {
+    for (std::size_t j = 0; j < wires; ++j) {
+      if (j != i) second[i] += first[j] * rank_factors[rank(i, j) + 4U * rank(j, i)];
+    }
   }
   return second;
 }
 
 /// All orders that differ from a sorted one among wires of equal numbers, from a place on.
-void ClassFinder::try_orders(const std::array<std::uint64_t, wires>& numbers, int from,
-                             Order& order) {
+template <int wires>
+void ClassFinder<wires>::try_orders(const std::array<std::uint64_t, wires>& numbers, int from,
+                                    Order& order) {
   if (from == wires) {
     try_order(order);
     return;
@@ -227,15 +241,17 @@ void ClassFinder::try_orders(const std::array<std::uint64_t, wires>& numbers, in
   }
 }
 
-void ClassFinder::try_order(const Order& order) {
-  ways_.assign(1, Gates{0x0101010101} * all_locals);
+template <int wires>
+void ClassFinder<wires>::try_order(const Order& order) {
+  ways_.assign(1, Gates{0x010101010101} * all_locals);
   for (std::size_t k = 0; k < least_.size(); ++k) {
     if (!add_row(order, k)) return;
   }
 }
 
 /// Keeps the ways that lead to the least row number k. False where another order has a smaller one.
-bool ClassFinder::add_row(const Order& order, std::size_t k) {
+template <int wires>
+bool ClassFinder<wires>::add_row(const Order& order, std::size_t k) {
   static const ClassSteps& steps = class_steps();
   std::array<Block, wires> row{};
   // A column of which the later rows have one letter, or none, need not tell ways apart that do the
@@ -272,5 +288,14 @@ bool ClassFinder::add_row(const Order& order, std::size_t k) {
   std::swap(ways_, next_ways_);
   return !ways_.empty();
 }
+
+template struct FewWireRows<3>;
+template struct FewWireRows<4>;
+template struct FewWireRows<5>;
+template struct FewWireRows<6>;
+template class ClassFinder<3>;
+template class ClassFinder<4>;
+template class ClassFinder<5>;
+template class ClassFinder<6>;
 
 }  // namespace zelt::braidwerk::internal

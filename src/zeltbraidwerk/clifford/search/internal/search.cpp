@@ -1,13 +1,14 @@
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/beams.h"
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/device_search.h"
-#include "zeltbraidwerk/clifford/search/internal/five_wires.h"
+#include "zeltbraidwerk/clifford/search/internal/few_wires.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_layers.h"
@@ -30,12 +31,11 @@ constexpr const CliffordTuning& tuning = clifford_tuning;
 class CliffordSearch : public SearchBase<GateList> {
  public:
   CliffordSearch(const PauliFrame& images, const Task& task, const Effort& effort,
-                 OnFiveQubits on_five)
+                 OnFewQubits on_few)
       : SearchBase(task, effort),
         images_(images),
         wires_(images.qubits()),
-        finds_fewest_(wires_ == FiveWireRows::wires && on_five == OnFiveQubits::finds_fewest &&
-                      !task.by_depth()),
+        finds_fewest_(on_few == OnFewQubits::finds_fewest && !task.by_depth()),
         beams_(images) {
     meter_.prove(bound_of_operator(beams_.operator_rows(), task.outputs, nullptr));
   }
@@ -58,7 +58,7 @@ class CliffordSearch : public SearchBase<GateList> {
       // With more effort a greedy run that was cut would lead to another circuit to close.
       offer(with_outputs_in_place(shortest_.circuit(), window_wires(0), rng_));
     }
-    if (finds_fewest_ && !meter_.ended()) find_fewest();
+    if (finds_fewest_ && wires_ == 5 && !meter_.ended()) find_fewest_of_five();
   }
 
   bool finished() const {
@@ -66,7 +66,12 @@ class CliffordSearch : public SearchBase<GateList> {
     return nothing_left_ || (task_.by_depth() ? size.depth <= 1 : has_table() || size.count <= 1);
   }
 
-  void round(const Round& round) { task_.in_place() ? round_in_place(round) : round_freely(round); }
+  void round(const Round& round) {
+    if (finds_fewest_ && wires_ == 6 && round.number >= tuning.first_for_fewest) {
+      find_fewest_of_six();
+    }
+    task_.in_place() ? round_in_place(round) : round_freely(round);
+  }
 
  private:
   bool has_table() const { return wires_ <= tuning.table_wires; }
@@ -112,10 +117,40 @@ class CliffordSearch : public SearchBase<GateList> {
   }
 
   /// What is left to do is to make its layers fewer.
-  void find_fewest() {
-    FiveWireSearch search(beams_.operator_rows(), task_.outputs, rng_, meter_);
-    const std::optional<GateList> fewest = search.run();
-    if (fewest) {
+  void find_fewest_of_five() {
+    FewWireSearch<5> search(beams_.operator_rows(), task_.outputs, rng_);
+    find_fewest(search, meter_.control(), tuning.most_tries_on_five);
+  }
+
+  /// Goes on where the round before ended, in half of the time that is left.
+  void find_fewest_of_six() {
+    if (has_fewest_ || meter_.ended()) return;
+    const Control control = meter_.control().for_half_the_time();
+    if (!on_six_) {
+      if (!has_time_for_table(control)) return;
+      try {
+        const StopScope scope(control, true);  // there is a circuit already
+        on_six_.emplace(beams_.operator_rows(), task_.outputs, rng_on_six_);
+      } catch (const Stopped&) {
+        return;
+      }
+    }
+    const bool by_time = control.deadline && meter_.effort().steps == Effort().steps;
+    const std::uint64_t tries =
+        meter_.steps() * (by_time ? tuning.tries_of_timed_step : tuning.tries_of_step);
+    find_fewest(*on_six_, control, std::min(tries, tuning.most_tries_on_six),
+                incumbent_.size().count);
+  }
+  static bool has_time_for_table(const Control& control) {
+    if (!control.deadline) return true;
+    const std::chrono::duration<double> left = *control.deadline - Control::Clock::now();
+    return left.count() > tuning.seconds_for_table ||
+           (left.count() > tuning.seconds_on_six && ClassTable<6>::is_at_hand());
+  }
+
+  template <class Search, class... Limits>
+  void find_fewest(Search& search, const Limits&... limits) {
+    if (const std::optional<GateList> fewest = search.run(limits...)) {
       if (!task_.in_place()) shorten(*fewest);
       offer(*fewest);
       has_fewest_ = true;
@@ -237,7 +272,9 @@ class CliffordSearch : public SearchBase<GateList> {
   Smallest<GateList> shortest_{Objective::count};  // with free outputs
   GraphsBy graphs_by_ = GraphsBy::edges;           // which has fewer layers
   bool nothing_left_ = false;
-  bool has_fewest_ = false;  // found by FiveWireSearch
+  bool has_fewest_ = false;                    // found by FewWireSearch
+  Rng rng_on_six_{task_.seed, ~task_.stream};  // walks are the same with and without it
+  std::optional<FewWireSearch<6>> on_six_;
 };
 
 }  // namespace
@@ -255,17 +292,17 @@ bool are_images_of_operator(const PauliFrame& images) {
 }
 
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
-                       OnFiveQubits on_five) {
+                       OnFewQubits on_few) {
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
   if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
-  CliffordSearch search(images, task, effort, on_five);
+  CliffordSearch search(images, task, effort, on_few);
   run_search(search);
   return search.incumbent().circuit();
 }
 
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                                OnFiveQubits on_five) {
-  return to_circuit(clifford_list(images, task, effort, on_five), images);
+                                OnFewQubits on_few) {
+  return to_circuit(clifford_list(images, task, effort, on_few), images);
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -12,10 +12,12 @@ namespace zelt::braidwerk::internal {
 /// Whether these can be the images of X, then of Z, on all qubits under an operator.
 bool are_images_of_operator(const PauliFrame& images);
 
-/// What a search does on five qubits, where layers are not asked for.
-enum class OnFiveQubits : std::uint8_t {
-  searches,      ///< as on more
-  finds_fewest,  ///< finds the fewest gates from the first step on, in some milliseconds
+/// What a search does on five and six qubits, where layers are not asked for.
+enum class OnFewQubits : std::uint8_t {
+  searches,  ///< as on more
+  /// Finds the fewest gates, on five from the first step on, in some milliseconds, on six from some
+  /// rounds on: proves that there are not fewer than a number that rises with the effort.
+  finds_fewest,
 };
 
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
@@ -26,12 +28,13 @@ enum class OnFiveQubits : std::uint8_t {
 ///
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
-/// windows 32 MB, once, with outputs in place 12 MB more, and the table for five qubits 8 MB.
+/// windows 32 MB, once, with outputs in place 12 MB more, and the tables for five and six qubits 6
+/// and 23 MB; the search with the latter takes up to 100 MB more.
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
-                                OnFiveQubits on_five = OnFiveQubits::searches);
+                                OnFewQubits on_few = OnFewQubits::searches);
 
 /// The same as a list of gates, signs left out.
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
-                       OnFiveQubits on_five = OnFiveQubits::searches);
+                       OnFewQubits on_few = OnFewQubits::searches);
 
 }  // namespace zelt::braidwerk::internal

@@ -54,6 +54,16 @@ struct CliffordTuning {
   int layer_variants = 4;          ///< tried on each side of a state
   float layer_noise = 0.3F;        ///< of what a gate changes
   std::uint64_t most_layer_width = 100;
+
+  // The fewest gates on five and six wires (FewWireSearch). On five there are no operators known
+  // that the tries are not enough for; on six they prove that there are not fewer than 12.
+  std::uint64_t most_tries_on_five = 4'000'000;
+  std::uint64_t most_tries_on_six = 20'000'000;
+  int first_for_fewest = 2;         ///< round on six wires: a tenth of a second has passed
+  std::uint64_t tries_of_step = 2;  ///< as long as the walks take, or a little longer
+  std::uint64_t tries_of_timed_step = 100;
+  double seconds_on_six = 0.25;    ///< that are left are enough with the table at hand
+  double seconds_for_table = 4.5;  ///< to build it
   // Closing.
   float exchange_price = 1.5F;  ///< gates that an exchange of outputs counts
   int closing_steps = 256;      ///< for each wire

@@ -16,8 +16,8 @@ namespace zelt::braidwerk::internal {
 /// the permutation of the shortest circuit is taken up by gates on its way, and the walk goes on
 /// among the circuits of the very map. Wire w of the result has output frame.output_on(w).
 ///
-/// On six wires, and on seven with outputs anywhere, the first round is followed by a search from
-/// both ends for the fewest gates (fewest_gates.h), unless a deadline is near.
+/// On six and seven wires the first round is followed by a search from both ends for the fewest
+/// gates (fewest_gates.h), unless a deadline is near.
 ///
 /// Windows have up to `window` wires, 2 to 5. The tables for 5 take a tenth of a second to build,
 /// once in a process, those for 4 nothing.

@@ -167,6 +167,7 @@ struct Extent {
   int slot_bits;  ///< about half of the slots are taken
 };
 Extent extent(int wires, bool permuted) {
+  if (wires == 7 && !permuted) return {7, 18};
   return wires == 6 && permuted ? Extent{12, 16} : Extent{8, 19};
 }
 

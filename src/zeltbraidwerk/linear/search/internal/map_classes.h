@@ -53,16 +53,16 @@ class MapClassFinder {
 
 /// The fewest CNOTs of all classes of matrices that take few: on six wires with outputs anywhere
 /// all 22,521 classes, of up to 12 gates; in place 307,299 of up to 8; on seven wires with outputs
-/// anywhere 189,562 of up to 8. Up to 4 MB; built in half a second, in place and on seven wires in
-/// one, where no file has it.
+/// anywhere 189,562 of up to 8, in place those of up to 7. Up to 4 MB; built in half a second,
+/// those of up to 8 gates in one, where no file has it.
 class MapClasses {
  public:
   MapClasses(int wires, bool permuted);
   /// The one table of its kind, built when it is first asked for; safe to call from all threads.
   static const MapClasses& of(int wires, bool permuted);
-  static bool has(int wires, bool permuted) { return wires == 6 || (wires == 7 && permuted); }
+  static bool has(int wires) { return wires == 6 || wires == 7; }
   /// To build the table where no file has it, and to search beyond it; a guess.
-  static double seconds(int wires, bool permuted) { return wires == 6 && permuted ? 1 : 3; }
+  static double seconds(int wires, bool permuted) { return permuted == (wires == 6) ? 1 : 3; }
 
   int most_gates() const { return most_gates_; }
   const MapClassFinder& class_of() const { return class_of_; }
