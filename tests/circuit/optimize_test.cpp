@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -244,6 +245,33 @@ TEST(Optimize, WholeRoundsKeepTheOperator) {
     left += exact ? result.count : 0;
   }
   EXPECT_LE(left, 123);  // 125 without the searches of inverse circuits
+}
+
+// With a budget walks are tournaments, from the given circuit and from the best, with exchanges of
+// wires.
+TEST(Optimize, WalksInTimeKeepTheOperator) {
+  std::mt19937 rng(5);
+  const structures::Graph device = support::random_device(6, 20, rng);
+  int left = 0;
+  for (int instance = 0; instance < 4; ++instance) {
+    Circuit given = product_of_polynomials(2);
+    OptimizeOptions options;
+    if (instance == 3) {
+      options.device = &device;
+      given = on_edges(support::random_circuit(6, 80, AngleKind::numeric, rng), device);
+    }
+    options.objective = instance == 2 ? Objective::depth : Objective::count;
+    options.outputs = instance == 1 ? Outputs::anywhere : Outputs::in_place;
+    options.budget = 0.3;
+    options.restarts = 1;
+    const auto began = std::chrono::steady_clock::now();
+    const OptimizeResult result = optimize_circuit(6, given, options);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
+    EXPECT_LT(took.count(), 1);
+    EXPECT_EQ(fault(given, 6, options, result, rng), "") << instance;
+    if (instance == 0) left = result.count;
+  }
+  EXPECT_LE(left, 99);
 }
 
 TEST(Optimize, CountsTheSmallestCircuits) {
