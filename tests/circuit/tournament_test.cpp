@@ -14,8 +14,8 @@ using zelt::braidwerk::internal::play_tournament;
 using zelt::braidwerk::internal::rounds_within;
 using zelt::braidwerk::internal::tournament_length;
 
-// Circuits are their counts, and walks take out what is listed. The second walk of the first pair is
-// the better one, and the first of the next.
+// Circuits are their counts, and walks take out what is listed. The second walk of the first pair
+// is the better one, and the first of the next.
 TEST(Tournament, GoesOnFromTheBetterOfTwo) {
   const std::vector<int> taken_out{3, 5, 1, 6, 2, 4, 1};
   std::vector<std::pair<int, int>> walks;  // start and round
@@ -26,8 +26,8 @@ TEST(Tournament, GoesOnFromTheBetterOfTwo) {
         return from - taken_out[walks.size() - 1];
       });
   using W = std::pair<int, int>;
-  EXPECT_THAT(walks, ElementsAre(W{20, 0}, W{20, 0}, W{15, 1}, W{20, 0}, W{20, 0}, W{14, 1},
-                                 W{10, 2}));
+  EXPECT_THAT(walks,
+              ElementsAre(W{20, 0}, W{20, 0}, W{15, 1}, W{20, 0}, W{20, 0}, W{14, 1}, W{10, 2}));
   EXPECT_EQ(end, 9);
 }
 
