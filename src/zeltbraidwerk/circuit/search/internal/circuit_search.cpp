@@ -203,21 +203,24 @@ class CircuitSearch : public SearchBase<Network> {
   /// that is left. False where that is too short for one, or is not known, or not yet how long a
   /// window takes.
   bool play_in_time() {
+    constexpr double growth = tuning.tournament_growth;
     if (!meter_.control().deadline || meter_.effort().steps != Effort{}.steps) return false;
     const std::chrono::duration<double> left = *meter_.control().deadline - Control::Clock::now();
     const double seconds = tuning.part_of_time * left.count();
-    const double first_walk = tuning.tournament_windows * static_cast<double>(start_.events.size());
-    const int rounds =
-        rounds_within(seconds * windows_per_second_ / first_walk, tuning.tournament_growth);
-    if (rounds < tuning.tournament_rounds) return false;
-    const double seconds_of_first = seconds / tournament_length(rounds, tuning.tournament_growth);
+    const double first_windows =
+        tuning.tournament_windows * static_cast<double>(start_.events.size());
+    const int in_time = rounds_within(seconds * windows_per_second_ / first_windows, growth);
+    if (in_time < tuning.least_rounds) return false;
+    const int most = tuning.most_rounds + tournaments_ / 2;
+    const int rounds = std::min(in_time, most);
+    const double seconds_of_first = rounds < most ? seconds / tournament_length(rounds, growth)
+                                                  : first_windows / windows_per_second_;
     const Network start = tournaments_++ % 2 == 0 ? start_ : shortest_.circuit();
     const Network found = play_tournament(
         start, rounds, [](const Network& network) { return network.size.count; },
         [&](const Network& from, int round) {
           // The colder a walk, the longer its windows take: so by the time of the walk before.
-          const double windows =
-              windows_per_second_ * seconds_of_first * std::pow(tuning.tournament_growth, round);
+          const double windows = windows_per_second_ * seconds_of_first * std::pow(growth, round);
           return walked(from, {.steps = static_cast<std::uint64_t>(windows),
                                .exchanges = rng_.chance(tuning.tournament_exchanges)});
         });

@@ -42,7 +42,8 @@ struct CircuitTuning {
   double tournament_windows = 16;
   double tournament_growth = 3;
   float tournament_exchanges = 0.5F;
-  int tournament_rounds = 3;  ///< after the first walks, at least: 1040 windows per event in all
+  int least_rounds = 3;  ///< after the first walks: 1040 windows per event in all
+  int most_rounds = 4;   ///< of the first two tournaments, one more of the next two, and so on
   /// What of the time that is left a tournament gets, where the time is known.
   double part_of_time = 0.6;
 };
