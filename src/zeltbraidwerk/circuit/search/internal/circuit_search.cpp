@@ -213,15 +213,16 @@ class CircuitSearch : public SearchBase<Network> {
     if (in_time < tuning.least_rounds) return false;
     const int most = tuning.most_rounds + tournaments_ / 2;
     const int rounds = std::min(in_time, most);
-    const double seconds_of_first = rounds < most ? seconds / tournament_length(rounds, growth)
-                                                  : first_windows / windows_per_second_;
+    const double of_first = first_windows / windows_per_second_;
+    // What is left of the time is for the last walk: large circuits want long ones.
+    const double rest = rounds < most ? seconds - of_first * tournament_length(rounds, growth) : 0;
     const Network start = tournaments_++ % 2 == 0 ? start_ : shortest_.circuit();
     const Network found = play_tournament(
         start, rounds, [](const Network& network) { return network.size.count; },
         [&](const Network& from, int round) {
           // The colder a walk, the longer its windows take: so by the time of the walk before.
-          const double windows = windows_per_second_ * seconds_of_first * std::pow(growth, round);
-          return walked(from, {.steps = static_cast<std::uint64_t>(windows),
+          const double time = of_first * std::pow(growth, round) + (round == rounds ? rest : 0);
+          return walked(from, {.steps = static_cast<std::uint64_t>(windows_per_second_ * time),
                                .exchanges = rng_.chance(tuning.tournament_exchanges)});
         });
     chain_.offer(found, found.size);
