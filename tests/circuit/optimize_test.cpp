@@ -246,6 +246,27 @@ TEST(Optimize, WholeRoundsKeepTheOperator) {
   EXPECT_LE(left, 123);  // 125 without the searches of inverse circuits
 }
 
+// With a budget walks are tournaments, from the given circuit and from the best.
+TEST(Optimize, WalksInTimeKeepTheOperator) {
+  std::mt19937 rng(5);
+  const structures::Graph device = support::random_device(6, 20, rng);
+  for (int instance = 0; instance < 4; ++instance) {
+    Circuit given = product_of_polynomials(2);
+    OptimizeOptions options;
+    if (instance == 3) {
+      options.device = &device;
+      given = on_edges(support::random_circuit(6, 80, AngleKind::numeric, rng), device);
+    }
+    options.objective = instance == 2 ? Objective::depth : Objective::count;
+    options.outputs = instance == 1 ? Outputs::anywhere : Outputs::in_place;
+    options.budget = 0.2;
+    options.restarts = 1;
+    const OptimizeResult result = optimize_circuit(6, given, options);
+    EXPECT_EQ(fault(given, 6, options, result, rng), "") << instance;
+    EXPECT_LT(result.count, result.before.two_qubit);
+  }
+}
+
 TEST(Optimize, CountsTheSmallestCircuits) {
   EXPECT_TRUE(synthesis::optimize_circuit(0, {}).gates.empty());
   EXPECT_TRUE(synthesis::optimize_circuit(3, {}).gates.empty());

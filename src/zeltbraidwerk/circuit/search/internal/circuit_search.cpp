@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <utility>
 
 #include "zeltbraidwerk/circuit/search/internal/circuit_problem.h"
 #include "zeltbraidwerk/circuit/search/internal/piece_walk.h"
+#include "zeltbraidwerk/circuit/search/internal/tournament.h"
 #include "zeltbraidwerk/circuit/search/internal/tuning.h"
 #include "zeltbraidwerk/pauli/search/internal/label_frame.h"
 #include "zeltbraidwerk/pauli/search/internal/network_closing.h"
@@ -61,8 +63,8 @@ class CircuitSearch : public SearchBase<Network> {
     }
     const std::uint64_t end = meter_.steps() + (with_beams ? round.steps / 2 : 0);
     do {
-      walk(false);
-      if (task_.by_depth()) walk(true);
+      walk();
+      if (task_.by_depth()) walk_by_layers();
       ++walks_;
       meter_.step();  // circuits with nothing to walk through end as well
     } while (meter_.steps() < end && !meter_.ended());
@@ -173,56 +175,81 @@ class CircuitSearch : public SearchBase<Network> {
     return problem_of(qubits(), inverted(steps_of(network, problem_), problem_.rows.rows()));
   }
 
-  /// Walks come in chains, each from the best of the one before and longer: the first chain from
-  /// the given circuit, the next from the best of all, and so in turns. Where there is time for
-  /// a walk that is twice as long as the last of a chain, a chain is one such walk. Chains from
-  /// the best exchange wires, those from the given circuit do not.
-  void walk(bool by_layers) {
-    if (meter_.ended()) return;
-    const std::uint64_t planned = by_layers ? 0 : windows_in_time();
-    const bool timed = planned >= tuning.walk_windows * start_.events.size()
-                                      << tuning.walks_of_chain;
-    const int place = walks_ % tuning.walks_of_chain;
-    const int chain = timed ? walks_ - 1 : walks_ / tuning.walks_of_chain;
-    const bool from_given = chain % 2 == 0;
-    if ((timed || place == 0) && !by_layers) {
+  /// Where there is time for them, tournaments. Otherwise chains of walks, each from the best of
+  /// the one before and twice as long: one chain from the given circuit, the next from the best of
+  /// all, which exchanges wires as well.
+  void walk() {
+    if (meter_.ended() || play_in_time()) return;
+    const bool from_given = walks_ / tuning.walks_of_chain % 2 == 0;
+    if (walks_ % tuning.walks_of_chain == 0) {
       chain_ = Smallest<Network>(Objective::count, Ties::latest);
       const Network& start = from_given ? start_ : shortest_.circuit();
       chain_.offer(start, start.size);
     }
-    const Network from = by_layers ? shallowest_.circuit() : chain_.circuit();
-    PieceWalkOptions options;
+    const Network& from = chain_.circuit();
+    const Network found = walked(from, {.steps = windows_of_chain(from), .exchanges = !from_given});
+    chain_.offer(found, found.size);
+  }
+  void walk_by_layers() {
+    if (meter_.ended()) return;
+    const Network& from = shallowest_.circuit();
+    walked(from, {.steps = windows_of_chain(from), .by_layers = true});
+  }
+  std::uint64_t windows_of_chain(const Network& from) const {
+    return tuning.walk_windows * from.events.size() << walks_ % tuning.walks_of_chain;
+  }
+
+  /// A tournament, in turns from the given circuit and from the best of all, of a part of the time
+  /// that is left. False where that is too short for one, or is not known, or not yet how long a
+  /// window takes.
+  bool play_in_time() {
+    constexpr double growth = tuning.tournament_growth;
+    if (!meter_.control().deadline || meter_.effort().steps != Effort{}.steps) return false;
+    const std::chrono::duration<double> left = *meter_.control().deadline - Control::Clock::now();
+    const double seconds = tuning.part_of_time * left.count();
+    const double first_windows =
+        tuning.tournament_windows * static_cast<double>(start_.events.size());
+    const int in_time = rounds_within(seconds * windows_per_second_ / first_windows, growth);
+    if (in_time < tuning.least_rounds) return false;
+    const int most = tuning.most_rounds + tournaments_ / 2;
+    const int rounds = std::min(in_time, most);
+    const double of_first = first_windows / windows_per_second_;
+    // What is left of the time is for the last walk: large circuits want long ones.
+    const double rest = rounds < most ? seconds - of_first * tournament_length(rounds, growth) : 0;
+    const Network start = tournaments_++ % 2 == 0 ? start_ : shortest_.circuit();
+    const Network found = play_tournament(
+        start, rounds, [](const Network& network) { return network.size.count; },
+        [&](const Network& from, int round) {
+          // The colder a walk, the longer its windows take: so by the time of the walk before.
+          const double time = of_first * std::pow(growth, round) + (round == rounds ? rest : 0);
+          return walked(from, {.steps = static_cast<std::uint64_t>(windows_per_second_ * time),
+                               .exchanges = rng_.chance(tuning.tournament_exchanges)});
+        });
+    chain_.offer(found, found.size);
+    return true;
+  }
+
+  Network walked(const Network& from, PieceWalkOptions options) {
+    if (meter_.ended()) return from;
     options.qubits = qubits();
     options.device = task_.device;
-    options.steps = timed ? planned : tuning.walk_windows * from.events.size() << place;
     options.most_steps = std::min(options.steps, meter_.left());
-    options.exchanges = !from_given && !by_layers;
-    options.by_layers = by_layers;
     options.seed = rng_.next();
     options.most_layers = most_layers();
     const bool limited = circuit_task_.keeps_depth &&
                          from.events.size() < static_cast<std::size_t>(tuning.most_limited);
-    options.piece = by_layers || limited ? 0 : tuning.piece;
+    options.piece = options.by_layers || limited ? 0 : tuning.piece;
     options.jobs = circuit_task_.jobs;
     const double began = meter_.seconds();
     PieceWalkResult walked = walk_in_pieces(from.events, options, meter_.control());
     meter_.charge(options.most_steps);
-    if (!by_layers) {
+    if (!options.by_layers) {
       windows_per_second_ =
           static_cast<double>(walked.steps) / std::max(meter_.seconds() - began, 1e-6);
     }
-    const Network network = network_of(std::move(walked.events), from.wires, true);
-    if (!by_layers) chain_.offer(network, network.size);
-    offer(network, by_layers ? Origin::lowering_depth : Origin::lowering_count);
-  }
-
-  /// Of a walk through a part of the time that is left; 0 where it is not known, or not yet how
-  /// long a window takes.
-  std::uint64_t windows_in_time() const {
-    if (!meter_.control().deadline || meter_.effort().steps != Effort{}.steps) return 0;
-    const std::chrono::duration<double> left = *meter_.control().deadline - Control::Clock::now();
-    const double windows = tuning.part_of_time * left.count() * windows_per_second_;
-    return static_cast<std::uint64_t>(std::max(windows, 0.0));
+    Network network = network_of(std::move(walked.events), from.wires, true);
+    offer(network, options.by_layers ? Origin::lowering_depth : Origin::lowering_count);
+    return network;
   }
 
   void offer(const Network& network, Origin origin) {
@@ -260,6 +287,7 @@ class CircuitSearch : public SearchBase<Network> {
   double forward_ = tuning.beam_share;
   double backward_ = tuning.beam_share;
   int walks_ = 0;
+  int tournaments_ = 0;
   double windows_per_second_ = 0;  ///< of the last walk by count
   Smallest<Network> chain_{Objective::count, Ties::latest};
 };

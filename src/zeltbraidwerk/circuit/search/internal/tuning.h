@@ -37,7 +37,14 @@ struct CircuitTuning {
   /// Windows per event of the first walk of a chain; the next ones are each twice as long.
   std::uint64_t walk_windows = 8;
   int walks_of_chain = 7;
-  /// What of the time that is left a walk gets, where the time is known.
+  /// Windows per event of the first walks of a tournament; how many times longer those of each next
+  /// round are; how many of all exchange wires.
+  double tournament_windows = 16;
+  double tournament_growth = 3;
+  float tournament_exchanges = 0.5F;
+  int least_rounds = 3;  ///< after the first walks: 1040 windows per event in all, at least
+  int most_rounds = 4;   ///< of the first two tournaments, one more of the next two, and so on
+  /// What of the time that is left a tournament gets, where the time is known.
   double part_of_time = 0.6;
 };
 inline constexpr CircuitTuning circuit_tuning;
