@@ -14,6 +14,7 @@
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
+#include "zeltbraidwerk/clifford/search/internal/operator_sorting.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
@@ -232,6 +233,69 @@ TEST(CliffordSearch, puts_whole_layers_together) {
     ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
     EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
     EXPECT_LE(found.size.depth, most_layers) << n;
+  }
+}
+
+TEST(CliffordSearch, sorts_along_paths) {
+  std::mt19937 rng(10);
+  zelt::braidwerk::internal::Rng draws(1, 1);
+  const Effort unlimited;
+  Meter meter(unlimited);
+  for (const int n : {1, 2, 3, 4, 5, 9, 31, 32, 33, 65}) {
+    for (int run = 0; run < (n < 10 ? 40 : 4); ++run) {
+      const Circuit wanted = random_clifford(n, run == 0 ? 0 : 20 * n, rng);
+      const PauliFrame images = images_of(wanted, n);
+      const OperatorRows rows(images);
+      SortingWay way{.side = run % 2, .path = std::vector<int>(n), .turned = run % 4 > 1};
+      std::iota(way.path.begin(), way.path.end(), 0);
+      std::ranges::shuffle(way.path, rng);
+      OperatorSorting problem(rows, way, run % 8 > 3 ? 3 : 1, draws, meter);
+      const auto found =
+          BeamSearch(problem, {.patience = 30 + n}, draws, meter).run(problem.start());
+      ASSERT_EQ(found.size(), 1U) << n;
+      const GateList list = problem.circuit(found[0].moves);
+      const CliffordCircuit made = to_circuit(list, images);
+      ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n))) << n;
+      for (int place = 0; place < n; ++place) {
+        const int last = way.turned ? n - 1 - place : place;
+        EXPECT_EQ(made.wires[way.path[place]], way.path[last]);
+      }
+      for (const Gate& gate : list.gates) {
+        const auto place = std::ranges::find(way.path, wire_of(gate.a));
+        EXPECT_TRUE((place != way.path.begin() && place[-1] == wire_of(gate.b)) ||
+                    (place + 1 != way.path.end() && place[1] == wire_of(gate.b)));
+      }
+      EXPECT_LE(depth_of(list.gates, n), 4 * n + 2);
+    }
+  }
+}
+
+TEST(CliffordSearch, has_few_layers_on_devices) {
+  std::mt19937 rng(11);
+  BitGraph line(16), grid(12), star(5);
+  for (int v = 1; v < 16; ++v) line.join(v - 1, v);
+  for (int v = 0; v < 12; ++v) {
+    if (v % 4 != 3) grid.join(v, v + 1);
+    if (v < 8) grid.join(v, v + 4);
+  }
+  for (int v = 1; v < 5; ++v) star.join(0, v);  // without a path through all of it
+  for (const auto& [device, most_layers] :
+       {std::tuple(&line, 40), std::tuple(&grid, 27), std::tuple(&star, 20)}) {
+    const int n = device->size();
+    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
+      const Circuit wanted = random_clifford(n, 30 * n, rng);
+      const PauliFrame images = images_of(wanted, n);
+      const Task task{
+          .objective = Objective::depth, .outputs = outputs, .device = device, .seed = 1};
+      const GateList list = clifford_list(images, task, steps(100'000));
+      const CliffordCircuit found = to_circuit(list, images);
+      ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
+      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
+      for (const Gate& gate : list.gates) {
+        EXPECT_TRUE(device->joined(wire_of(gate.a), wire_of(gate.b)));
+      }
+      EXPECT_LE(found.size.depth, most_layers) << n;
+    }
   }
 }
 
