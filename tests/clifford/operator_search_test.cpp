@@ -14,10 +14,10 @@
 #include "zeltbraidwerk/clifford/search/internal/closing.h"
 #include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/one_sided.h"
-#include "zeltbraidwerk/clifford/search/internal/operator_sorting.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/linear/search/internal/plane_sorting.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace {
@@ -175,6 +175,10 @@ TEST(CliffordWindows, lead_down_from_every_operator_in_place) {
 
 // Searches.
 
+std::size_t at(int k) {
+  return static_cast<std::size_t>(k);
+}
+
 PauliFrame images_of(const Circuit& circuit, int n) {
   PauliFrame images = identity_images(n);
   for (const structures::Gate& gate : circuit) images.apply(gate);
@@ -236,36 +240,49 @@ TEST(CliffordSearch, puts_whole_layers_together) {
   }
 }
 
-TEST(CliffordSearch, sorts_along_paths) {
+TEST(CliffordSearch, sorts_planes) {
   std::mt19937 rng(10);
   zelt::braidwerk::internal::Rng draws(1, 1);
   const Effort unlimited;
   Meter meter(unlimited);
   for (const int n : {1, 2, 3, 4, 5, 9, 31, 32, 33, 65}) {
     for (int run = 0; run < (n < 10 ? 40 : 4); ++run) {
-      const Circuit wanted = random_clifford(n, run == 0 ? 0 : 20 * n, rng);
-      const PauliFrame images = images_of(wanted, n);
-      const OperatorRows rows(images);
-      SortingWay way{.side = run % 2, .path = std::vector<int>(n), .turned = run % 4 > 1};
-      std::iota(way.path.begin(), way.path.end(), 0);
-      std::ranges::shuffle(way.path, rng);
-      OperatorSorting problem(rows, way, run % 8 > 3 ? 3 : 1, draws, meter);
-      const auto found =
-          BeamSearch(problem, {.patience = 30 + n}, draws, meter).run(problem.start());
-      ASSERT_EQ(found.size(), 1U) << n;
-      const GateList list = problem.circuit(found[0].moves);
-      const CliffordCircuit made = to_circuit(list, images);
-      ASSERT_TRUE(implements(to_gates(made.gates), made.wires, tableau_of(wanted, n))) << n;
-      for (int place = 0; place < n; ++place) {
-        const int last = way.turned ? n - 1 - place : place;
-        EXPECT_EQ(made.wires[way.path[place]], way.path[last]);
+      const PauliFrame images = images_of(random_clifford(n, run == 0 ? 0 : 20 * n, rng), n);
+      BitMatrix rows(2 * n, 2 * n);
+      PlainRows planes(at(n));
+      for (int p = 0; p < n; ++p) {
+        for (int q = 0; q < n; ++q) {
+          for (int k = 0; k < 2; ++k) {
+            const char letter = "IXYZ"[images.letter(k * n + p, q)];
+            rows.set(2 * p + k, 2 * q, letter == 'X' || letter == 'Y');
+            rows.set(2 * p + k, 2 * q + 1, letter == 'Z' || letter == 'Y');
+            planes[at(p)][at(k)] += letter;
+          }
+        }
+        planes[at(p)][2] = product(planes[at(p)][0], planes[at(p)][1]);
       }
-      for (const Gate& gate : list.gates) {
-        const auto place = std::ranges::find(way.path, wire_of(gate.a));
-        EXPECT_TRUE((place != way.path.begin() && place[-1] == wire_of(gate.b)) ||
-                    (place + 1 != way.path.end() && place[1] == wire_of(gate.b)));
+      const auto gates = sort_planes(rows, PlaneGates::cliffords, 1 + run % 3, draws, meter);
+      ASSERT_TRUE(gates) << n;
+      std::vector<int> layers(at(n));
+      for (const auto& [place, a, b] : *gates) {
+        auto& one = planes[at(place)];
+        auto& other = planes[at(place + 1)];
+        const std::string gate = product(one[at(a - 1)], other[at(b - 1)]);
+        for (int k = 0; k < 3; ++k) {
+          if (k != a - 1) one[at(k)] = product(one[at(k)], gate);
+          if (k != b - 1) other[at(k)] = product(other[at(k)], gate);
+        }
+        layers[at(place)] = layers[at(place + 1)] =
+            std::max(layers[at(place)], layers[at(place + 1)]) + 1;
       }
-      EXPECT_LE(depth_of(list.gates, n), 4 * n + 2);
+      for (int p = 0; p < n; ++p) {
+        for (std::string row : planes[at(p)]) {
+          EXPECT_NE(row[at(p)], 'I');
+          row[at(p)] = 'I';
+          EXPECT_EQ(row, std::string(at(n), 'I'));
+        }
+      }
+      EXPECT_LE(std::ranges::max(layers), 4 * n + 2);
     }
   }
 }
@@ -280,7 +297,7 @@ TEST(CliffordSearch, has_few_layers_on_devices) {
   }
   for (int v = 1; v < 5; ++v) star.join(0, v);  // without a path through all of it
   for (const auto& [device, most_layers] :
-       {std::tuple(&line, 40), std::tuple(&grid, 27), std::tuple(&star, 20)}) {
+       {std::tuple(&line, 40), std::tuple(&grid, 30), std::tuple(&star, 20)}) {
     const int n = device->size();
     for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
       const Circuit wanted = random_clifford(n, 30 * n, rng);

@@ -4,12 +4,12 @@
 
 #include "zeltbraidwerk/clifford/search/internal/device_elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
-#include "zeltbraidwerk/clifford/search/internal/operator_sorting.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
-#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
+#include "zeltbraidwerk/linear/search/internal/plane_sorting.h"
+#include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -44,7 +44,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     Control few = meter_.control();
     few.max_operations = tuning.path_operations;
     path_ = find_hamiltonian_path(*task_.device, few).path;
-    for (int way = 0; way < 4; ++way) offer_sorted(way, 1, own);
+    for (int way = 0; way < 4 && !path_.empty(); ++way) offer_sorted(way, 1, own);
   }
 
   bool finished() const { return incumbent_.size().count <= 1; }
@@ -59,7 +59,9 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     }
     walk(incumbent_.circuit(), rewriter, round.steps);
     if (!task_.by_depth()) return;
-    offer_sorted(round.number, sorting_width(tuning.sorting_part * round.steps), meter_);
+    if (!path_.empty()) {
+      offer_sorted(round.number, sorting_width(wires_, sorting_tuning.part * round.steps), meter_);
+    }
     anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
                  [this](const GateList& list, int depth) {
                    incumbent_.offer(list, {list.count(), depth}, Origin::certain);
@@ -76,31 +78,41 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
                          static_cast<double>(steps));
   }
 
-  /// The same for a beam that sorts.
-  int sorting_width(std::uint64_t steps) const {
-    const auto n = static_cast<std::uint64_t>(wires_);
-    const std::uint64_t price = 3 * n * steps_of_sorting(wires_);
-    const std::uint64_t most = std::min(tuning.most_sorting_width, tuning.sorting_memory / (n * n));
-    return static_cast<int>(std::clamp(steps / price, std::uint64_t{1}, most));
+  /// Sorts rows of either side in turns.
+  void offer_sorted(int number, int width, Meter& meter) {
+    const int side = number % 2;
+    const std::vector<int> path = sorting_path(*task_.device, path_, number, rng_);
+    const auto found = sort_planes(planes(side, path), PlaneGates::cliffords, width, rng_, meter);
+    if (!found) return;
+    OperatorRows left = rows_;
+    std::vector<OperatorReduction::Move> moves;
+    for (const auto& [place, a, b] : *found) {
+      const End one = end_of(path[at(place)], a);
+      const End other = end_of(path[at(place + 1)], b);
+      const Gate gate{std::min(one, other), std::max(one, other)};
+      left.multiply(side, gate);
+      moves.push_back({side, gate});
+    }
+    const GateList list = circuit_of(left, moves);
+    const CircuitSize size = size_of(list);
+    incumbent_.offer(list, size, Origin::certain);
+    if (width > 1 && sorting_lags(size, incumbent_.size())) path_.clear();
   }
 
-  /// Sorts along a path through all wires, if one was found: from either end of it, rows of either
-  /// side, and another path each time.
-  void offer_sorted(int number, int width, Meter& meter) {
-    if (path_.size() < 2) return;
-    SortingWay way{.side = number % 2, .path = path_};
-    if (number >= 4) vary_hamiltonian_path(*task_.device, way.path, draw_from(rng_));
-    if (number / 2 % 2 == 1) std::ranges::reverse(way.path);
-    way.turned = task_.outputs == Outputs::anywhere && number / 4 % 2 == 1;
-    OperatorSorting problem(rows_, std::move(way), width > 1 ? tuning.sorting_variants : 1, rng_,
-                            meter);
-    const BeamOptions options{.width = width, .patience = tuning.patience + wires_};
-    BeamSearch<OperatorSorting> search(problem, options, rng_, meter);
-    for (const auto& found : search.run(problem.start())) {
-      const GateList list = problem.circuit(found.moves);
-      incumbent_.offer(list, size_of(list), Origin::certain);
+  BitMatrix planes(int side, const std::vector<int>& path) const {
+    BitMatrix rows(2 * wires_, 2 * wires_);
+    for (int place = 0; place < wires_; ++place) {
+      for (int input = 0; input < wires_; ++input) {
+        for (const int label : {1, 2}) {
+          const int found = rows_.label_at(side, path[at(place)], label, path[at(input)]);
+          rows.set(2 * place + label - 1, 2 * input, (found & 1) != 0);
+          rows.set(2 * place + label - 1, 2 * input + 1, (found & 2) != 0);
+        }
+      }
     }
+    return rows;
   }
+  static std::size_t at(int k) { return static_cast<std::size_t>(k); }
 
   /// The best circuit so far where the beam finds none.
   GateList eliminated(int width, Meter& meter) {
@@ -120,7 +132,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
 
   const OperatorRows& rows_;
   int wires_;
-  std::vector<int> path_;  ///< through all wires; empty: none was found
+  std::vector<int> path_;  // to sort along, by depth; empty: there is none, or others do better
   DeviceElimination problem_;
   DeviceElimination::State start_;
 };

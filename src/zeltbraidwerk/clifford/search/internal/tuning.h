@@ -39,17 +39,8 @@ struct CliffordTuning {
   std::uint64_t device_wires = 24;
   int tried_on_device = 24;  ///< about this number of wires may go next
   double device_noise = 0.01;
-  double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
-  // Sorting along a path, for few layers on a device. Random operators on lines of 8 to 64.
+  double weight_left = 0.07;     ///< of a gate that is left to be done, next to the gates so far
   int path_operations = 10'000;  ///< for a Hamiltonian path
-  /// Of an inversion less by a split of so many gates.
-  std::array<float, 4> worth_of_split{0, 1, 0.35F, 0.2F};
-  double busy_price = 0.3;  ///< in squares of distances, for each wire and layer taken in advance
-  int sorting_variants = 4;
-  float sorting_noise = 1;                ///< of what a split gains
-  std::uint64_t sorting_part = 4;          ///< so many times the steps of a round
-  std::uint64_t sorting_memory = 1 << 20;  ///< the widest beam is this by n^2, ...
-  std::uint64_t most_sorting_width = 1000;
   // Parts of the steps of a round: one in this many.
   std::uint64_t new_part = 2;       ///< from a new beginning
   std::uint64_t closed_part = 4;    ///< from a circuit that was closed
@@ -85,11 +76,6 @@ inline int window_wires(int round) {
 /// a double has 16.
 inline double row_ratio(int wires) {
   return 1 - std::min(0.2, 13.0 / std::max(wires, 1));
-}
-
-/// A state of a beam that sorts, with its children.
-inline std::uint64_t steps_of_sorting(int wires) {
-  return static_cast<std::uint64_t>(wires) * static_cast<std::uint64_t>(wires) / 256 + 1;
 }
 
 /// Of beams from both sides: the cost that leads to the shortest circuits on this number of qubits.

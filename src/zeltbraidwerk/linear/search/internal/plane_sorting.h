@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "zeltbraidwerk/foundations/internal/bit_matrix.h"
+#include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/search/internal/circuit_size.h"
+#include "zeltbraidwerk/search/internal/effort.h"
+#include "zeltbraidwerk/search/internal/rng.h"
+
+namespace zelt::braidwerk::internal {
+
+/// What the gates do to the rows that stand for labels 1 and 2 (X and Z) on each of two places. A
+/// CNOT has label 2 on its control and label 1 on its target: row 1 of the target goes to that of
+/// the control, row 2 of the control to that of the target. Any Clifford gate has two labels, and
+/// what it does to the other labels is to multiply them by these two.
+enum class PlaneGates : std::uint8_t { cnots, cliffords };
+
+/// A gate between a place and the next one, by its labels there.
+struct PlaneGate {
+  int place;
+  int a;
+  int b;
+};
+
+/// Few layers of gates between neighbours in a row that bring an operator, or a linear map, down to
+/// the identity, but for one-qubit gates.
+///
+/// Row 2 p + k - 1 is what stands for label k on place p, column 2 q + k - 1 its part in label k of
+/// input q. Of a map these are the rows of the inverse's transpose, for label 1, and its own.
+///
+/// Each place has a plane: what is spanned by its two rows. Gates on two neighbours split the span
+/// of both planes anew, by Clifford gates in one of 20 ways, of which one takes three gates and
+/// nine take two, and by CNOTs in one of six. In the end every place has its own input.
+///
+/// The inputs give each row a level, the highest there is in it: two levels for each input, the
+/// last input's lowest. Up to sums with rows of later places the two levels of a plane are as low
+/// as can be, and all planes together have every level once. A split deals out the four levels of
+/// two planes, and all is done when the levels are sorted. Not every split deals as it should,
+/// since the rows of a plane anticommute: some go down together, others one by one. But where
+/// levels are not sorted, some pair has a split with fewer inversions, or with as many and the
+/// lowest of its levels in the later plane: a run that is greedy ends, too.
+///
+/// Layers are put together of such splits, in a beam. About 3.5 n layers for random operators on n
+/// qubits, and 2.5 n by wide beams; 4.5 n and 3.5 n for maps. Nothing when the effort ended. A
+/// state takes time n^3 / 16, its children included.
+std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGates gates,
+                                                  int width, Rng& rng, Meter& meter);
+
+/// The width of a beam that takes about this number of steps.
+int sorting_width(int wires, std::uint64_t steps);
+
+/// Whether a circuit from a wide beam is so much deeper than another one that no more are worth
+/// their time.
+inline bool sorting_lags(const CircuitSize& sorted, const CircuitSize& best) {
+  return 8 * sorted.depth > 9 * best.depth;
+}
+
+/// A path for run `number` on a device, given one: from its other end in every other pair of runs,
+/// and from the fifth on another path.
+std::vector<int> sorting_path(const BitGraph& device, std::vector<int> path, int number, Rng& rng);
+
+}  // namespace zelt::braidwerk::internal
