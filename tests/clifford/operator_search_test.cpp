@@ -261,7 +261,8 @@ TEST(CliffordSearch, sorts_planes) {
         }
         planes[at(p)][2] = product(planes[at(p)][0], planes[at(p)][1]);
       }
-      const auto gates = sort_planes(rows, PlaneGates::cliffords, 1 + run % 3, draws, meter);
+      const auto gates = sort_planes(rows, PlaneGates::cliffords, objective(run % 2 == 0),
+                                     1 + run % 3, draws, meter);
       ASSERT_TRUE(gates) << n;
       std::vector<int> layers(at(n));
       for (const auto& [place, a, b] : *gates) {

@@ -113,7 +113,7 @@ TEST(PlaneSorting, MakesCircuitsOfMapsAlongPaths) {
         EXPECT_TRUE((place != path.begin() && place[-1] == t) ||
                     (place + 1 != path.end() && place[1] == t));
       }
-      EXPECT_LE(size_of(*list).depth, 5 * n);
+      EXPECT_LE(size_of(*list).depth, 6 * n);
     }
   }
 }

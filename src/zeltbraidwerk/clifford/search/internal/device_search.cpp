@@ -40,17 +40,20 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     Meter own(unlimited);
     const GateList list = eliminated(1, own);
     incumbent_.offer(list, size_of(list), Origin::certain);
-    if (!task_.by_depth()) return;
     Control few = meter_.control();
     few.max_operations = tuning.path_operations;
     path_ = find_hamiltonian_path(*task_.device, few).path;
-    for (int way = 0; way < 4 && !path_.empty(); ++way) offer_sorted(way, 1, own);
+    Rng draws(task_.seed, ~task_.stream);  // the rounds have the same draws without these runs
+    for (int way = 0; way < 4 && !path_.empty(); ++way) offer_sorted(way, 1, draws, own);
   }
 
   bool finished() const { return incumbent_.size().count <= 1; }
 
   void round(const Round& round) {
     const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs);
+    if (!path_.empty()) {
+      offer_sorted(round.number, sorting_width(wires_, round), rng_, meter_);
+    }
     if (const int width = width_for(round.steps); width > 0) {
       GateList found = eliminated(width, meter_);
       if (meter_.ended()) return;
@@ -59,9 +62,6 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     }
     walk(incumbent_.circuit(), rewriter, round.steps);
     if (!task_.by_depth()) return;
-    if (!path_.empty()) {
-      offer_sorted(round.number, sorting_width(wires_, sorting_tuning.part * round.steps), meter_);
-    }
     anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
                  [this](const GateList& list, int depth) {
                    incumbent_.offer(list, {list.count(), depth}, Origin::certain);
@@ -79,10 +79,11 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   }
 
   /// Sorts rows of either side in turns.
-  void offer_sorted(int number, int width, Meter& meter) {
+  void offer_sorted(int number, int width, Rng& rng, Meter& meter) {
     const int side = number % 2;
-    const std::vector<int> path = sorting_path(*task_.device, path_, number, rng_);
-    const auto found = sort_planes(planes(side, path), PlaneGates::cliffords, width, rng_, meter);
+    const std::vector<int> path = sorting_path(*task_.device, path_, number, rng);
+    const auto found =
+        sort_planes(planes(side, path), PlaneGates::cliffords, task_.objective, width, rng, meter);
     if (!found) return;
     OperatorRows left = rows_;
     std::vector<OperatorReduction::Move> moves;
@@ -96,7 +97,8 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     const GateList list = circuit_of(left, moves);
     const CircuitSize size = size_of(list);
     incumbent_.offer(list, size, Origin::certain);
-    if (width > 1 && sorting_lags(size, incumbent_.size())) path_.clear();
+    const bool counts = width > 1 || !task_.by_depth();
+    if (counts && sorting_lags(size, incumbent_.size(), task_.objective)) path_.clear();
   }
 
   BitMatrix planes(int side, const std::vector<int>& path) const {
@@ -132,7 +134,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
 
   const OperatorRows& rows_;
   int wires_;
-  std::vector<int> path_;  // to sort along, by depth; empty: there is none, or others do better
+  std::vector<int> path_;  // to sort along; empty: there is none, or others do better
   DeviceElimination problem_;
   DeviceElimination::State start_;
 };

@@ -50,10 +50,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   /// longer, and then once more from the best of all.
   void round(const Round& round) {
     if (!path_.empty()) {
-      // On small devices walks find fewer layers, which the first beam tells.
-      const std::uint64_t steps = round.number == 0 ? round.steps / sorting_tuning.first_part
-                                                    : round.steps * sorting_tuning.part;
-      sort_planes(round.number, sorting_width(n_, steps), rng_, meter_);
+      sort_planes(round.number, sorting_width(n_, round), rng_, meter_);
     }
     Smallest<GateList> winner(task_.objective);
     for (int k = 0; k < device_tuning.starts && !meter_.ended(); ++k) {
@@ -110,7 +107,9 @@ class CnotDeviceSearch : public SearchBase<GateList> {
     const auto sorted = sorted_by_planes(m_, run % 2 == 1, path, width, rng, meter);
     if (!sorted) return;
     offer(*sorted);
-    if (width > 1 && sorting_lags(size_of(*sorted), incumbent_.size())) path_.clear();
+    if (width > 1 && sorting_lags(size_of(*sorted), incumbent_.size(), Objective::depth)) {
+      path_.clear();
+    }
   }
   SeededDraw plain_draws() const { return {task_.seed, static_cast<std::uint32_t>(task_.stream)}; }
 

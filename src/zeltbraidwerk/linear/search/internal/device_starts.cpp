@@ -56,7 +56,7 @@ std::optional<GateList> sorted_by_planes(const BitMatrix& m, bool inverted,
       planes.set(2 * place + 1, 2 * input + 1, faced.get(row, column));
     }
   }
-  const auto gates = sort_planes(planes, PlaneGates::cnots, width, rng, meter);
+  const auto gates = sort_planes(planes, PlaneGates::cnots, Objective::depth, width, rng, meter);
   if (!gates) return std::nullopt;
   // They reduce the matrix by additions of rows: in this order, a circuit of its inverse.
   structures::CnotCircuit circuit(n);

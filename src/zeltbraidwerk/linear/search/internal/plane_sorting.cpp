@@ -99,6 +99,7 @@ class PlaneSorting {
     std::vector<Word> rows;            ///< two for each place
     std::vector<std::int16_t> levels;  ///< two for each place
     std::vector<std::int8_t> busy;     ///< by place: layers that gates have taken in advance
+    int gates = 0;
     std::uint64_t hash = 0;
   };
   /// Splits that begin in a layer, as this problem has stored them.
@@ -107,7 +108,8 @@ class PlaneSorting {
   };
 
   /// `variants` layers are tried for each state, all but the first with noise.
-  PlaneSorting(int wires, PlaneGates gates, int variants, Rng& rng, Meter& meter);
+  PlaneSorting(int wires, PlaneGates gates, Objective objective, int variants, Rng& rng,
+               Meter& meter);
 
   State start(const BitMatrix& rows);
   template <class Sink>
@@ -152,6 +154,7 @@ class PlaneSorting {
   int wires_;
   int words_;  ///< a row
   PlaneGates gates_;
+  Objective objective_;
   std::span<const Split> splits_;
   int variants_;
   Rng& rng_;
@@ -168,10 +171,12 @@ class PlaneSorting {
   std::vector<float> total_;
 };
 
-PlaneSorting::PlaneSorting(int wires, PlaneGates gates, int variants, Rng& rng, Meter& meter)
+PlaneSorting::PlaneSorting(int wires, PlaneGates gates, Objective objective, int variants, Rng& rng,
+                           Meter& meter)
     : wires_(wires),
       words_(words_for(2 * wires)),
       gates_(gates),
+      objective_(objective),
       splits_(splits_by(gates)),
       variants_(variants),
       rng_(rng),
@@ -231,6 +236,7 @@ void PlaneSorting::make(State& state, const Move& move) const {
       play_on(state, place, split.gates[at(gate)][0], split.gates[at(gate)][1]);
     }
     deal(state.levels, choice);
+    state.gates += split.count;
     state.busy[at(place)] = state.busy[at(place + 1)] = static_cast<std::int8_t>(split.count);
   }
   for (std::int8_t& layers : state.busy) layers = static_cast<std::int8_t>(layers - (layers > 0));
@@ -328,7 +334,8 @@ void PlaneSorting::price_pair(const State& state, int place) {
   }
 }
 
-/// Appends a layer to the choices; its score counts layers that it takes in advance.
+/// Appends a layer to the choices. Its score counts the layers that it takes in advance, or all
+/// gates.
 double PlaneSorting::compose(const State& state, bool noisy) {
   for (int place = 0; place + 1 < wires_; ++place) {
     Offer& best = best_[at(place)];
@@ -341,13 +348,18 @@ double PlaneSorting::compose(const State& state, bool noisy) {
   first_ = static_cast<std::uint32_t>(chosen_.size());
   match();
   dealt_ = state.levels;
+  int gates = state.gates;
   int busy = 0;
   for (const int layers : state.busy) busy += std::max(layers - 1, 0);
   for (std::size_t k = first_; k < chosen_.size(); ++k) {
     deal(dealt_, chosen_[k]);
-    busy += 2 * (splits_[chosen_[k].split].count - 1);
+    const int count = splits_[chosen_[k].split].count;
+    gates += count;
+    busy += 2 * (count - 1);
   }
-  return score(dealt_) + sorting_tuning.busy_price * wires_ * busy;
+  const double price = objective_ == Objective::depth ? sorting_tuning.busy_price * busy
+                                                      : sorting_tuning.gate_price * gates;
+  return score(dealt_) + wires_ * price;
 }
 
 /// Pairs without a place in common that gain most together.
@@ -397,9 +409,10 @@ void PlaneSorting::play_on(State& state, int place, int a, int b) const {
 }  // namespace
 
 std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGates gates,
-                                                  int width, Rng& rng, Meter& meter) {
+                                                  Objective objective, int width, Rng& rng,
+                                                  Meter& meter) {
   const int n = rows.rows() / 2;
-  PlaneSorting problem(n, gates, width > 1 ? sorting_tuning.variants : 1, rng, meter);
+  PlaneSorting problem(n, gates, objective, width > 1 ? sorting_tuning.variants : 1, rng, meter);
   const BeamOptions options{.width = width, .patience = sorting_tuning.patience + n};
   BeamSearch<PlaneSorting> search(problem, options, rng, meter);
   const auto found = search.run(problem.start(rows));
@@ -407,7 +420,9 @@ std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGa
   return problem.gates_of(found.front().moves);
 }
 
-int sorting_width(int wires, std::uint64_t steps) {
+int sorting_width(int wires, const Round& round) {
+  const std::uint64_t steps = round.number == 0 ? round.steps / sorting_tuning.first_part
+                                                : round.steps * sorting_tuning.part;
   const auto n = static_cast<std::uint64_t>(std::max(wires, 1));
   const std::uint64_t price = 3 * n * steps_of_sorting(wires);
   const std::uint64_t most = std::min(sorting_tuning.most_width, sorting_tuning.memory / (n * n));

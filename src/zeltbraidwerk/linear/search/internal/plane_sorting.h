@@ -9,6 +9,8 @@
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
+#include "zeltbraidwerk/search/internal/schedule.h"
+#include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -46,16 +48,20 @@ struct PlaneGate {
 /// Layers are put together of such splits, in a beam. About 3.5 n layers for random operators on n
 /// qubits, and 2.5 n by wide beams; 4.5 n and 3.5 n for maps. Nothing when the effort ended. A
 /// state takes time n^3 / 16, its children included.
+///
+/// By count, states of few gates are kept.
 std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGates gates,
-                                                  int width, Rng& rng, Meter& meter);
+                                                  Objective objective, int width, Rng& rng,
+                                                  Meter& meter);
 
-/// The width of a beam that takes about this number of steps.
-int sorting_width(int wires, std::uint64_t steps);
+/// The width of a beam in a round of a search. Small in the first one, which tells whether sorting
+/// is worth its time.
+int sorting_width(int wires, const Round& round);
 
-/// Whether a circuit from a wide beam is so much deeper than another one that no more are worth
-/// their time.
-inline bool sorting_lags(const CircuitSize& sorted, const CircuitSize& best) {
-  return 8 * sorted.depth > 9 * best.depth;
+/// Whether a sorted circuit is so much larger than another one that no more are worth their time.
+inline bool sorting_lags(const CircuitSize& sorted, const CircuitSize& best, Objective objective) {
+  return objective == Objective::depth ? 8 * sorted.depth > 9 * best.depth
+                                       : 8 * sorted.count > 9 * best.count;
 }
 
 /// A path for run `number` on a device, given one: from its other end in every other pair of runs,

@@ -232,11 +232,12 @@ inline constexpr DeviceTuning device_tuning;
 struct SortingTuning {
   std::array<float, 4> worth{0, 1, 0.35F, 0.2F};  ///< of an inversion less, by the gates of a split
   double busy_price = 0.3;  ///< in squares of distances, for each wire and layer taken in advance
+  double gate_price = 0.3;  ///< by count, for each wire and gate
   int variants = 4;
   float noise = 1;  ///< of what a split gains
   int patience = 30;
   std::uint64_t part = 4;          ///< so many times the steps of a round, ...
-  std::uint64_t first_part = 8;    ///< one in so many in the first one, for CNOTs
+  std::uint64_t first_part = 8;    ///< one in so many in the first one
   std::uint64_t memory = 1 << 20;  ///< the widest beam is this by n^2
   std::uint64_t most_width = 1000;
 };
