@@ -96,6 +96,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
         sorted_along_path(m_, device_, device_tuning.path_operations, meter_.control());
     if (sorted) offer(*sorted);
     path_ = path_through(device_, device_tuning.path_operations);
+    if (n_ > device_tuning.greedy_wires) return;  // greedy runs find no fewer layers
     Rng own(task_.seed, ~task_.stream);
     const Effort unlimited;
     Meter meter(unlimited);

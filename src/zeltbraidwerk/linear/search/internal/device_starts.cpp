@@ -44,8 +44,9 @@ std::optional<GateList> cleared_along_path(const BitMatrix& m, const BitGraph& d
 std::optional<GateList> sorted_by_planes(const BitMatrix& m, bool inverted,
                                          const std::vector<int>& path, int width, Rng& rng,
                                          Meter& meter) {
-  const BitMatrix faced = inverted ? inverse(m) : m;
-  const BitMatrix dual = inverse(faced).transposed();
+  const BitMatrix back = inverse(m);
+  const BitMatrix& faced = inverted ? back : m;
+  const BitMatrix dual = (inverted ? m : back).transposed();
   const int n = m.rows();
   BitMatrix planes(2 * n, 2 * n);
   for (int place = 0; place < n; ++place) {

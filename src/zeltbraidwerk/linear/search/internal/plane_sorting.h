@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/linear/search/internal/plane_splits.h"
 #include "zeltbraidwerk/search/internal/circuit_size.h"
 #include "zeltbraidwerk/search/internal/effort.h"
 #include "zeltbraidwerk/search/internal/rng.h"
@@ -13,12 +14,6 @@
 #include "zeltbraidwerk/search/internal/task.h"
 
 namespace zelt::braidwerk::internal {
-
-/// What the gates do to the rows that stand for labels 1 and 2 (X and Z) on each of two places. A
-/// CNOT has label 2 on its control and label 1 on its target: row 1 of the target goes to that of
-/// the control, row 2 of the control to that of the target. Any Clifford gate has two labels, and
-/// what it does to the other labels is to multiply them by these two.
-enum class PlaneGates : std::uint8_t { cnots, cliffords };
 
 /// A gate between a place and the next one, by its labels there.
 struct PlaneGate {
@@ -46,7 +41,7 @@ struct PlaneGate {
 /// lowest of its levels in the later plane: a run that is greedy ends, too.
 ///
 /// Layers are put together of such splits, in a beam. About 3.5 n layers for random operators on n
-/// qubits, and 2.5 n by wide beams; 4.5 n and 3.5 n for maps. Nothing when the effort ended. A
+/// qubits, and 2.5 n by wide beams; 5 n and 3.5 n for maps. Nothing when the effort ended. A
 /// state takes time n^3 / 16, its children included.
 ///
 /// By count, states of few gates are kept.
