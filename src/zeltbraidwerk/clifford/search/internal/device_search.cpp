@@ -52,7 +52,8 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   void round(const Round& round) {
     const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs);
     if (!path_.empty()) {
-      offer_sorted(round.number, sorting_width(wires_, round), rng_, meter_);
+      const int width = sorting_width(wires_, PlaneGates::cliffords, task_.objective, round);
+      offer_sorted(round.number, width, rng_, meter_);
     }
     if (const int width = width_for(round.steps); width > 0) {
       GateList found = eliminated(width, meter_);

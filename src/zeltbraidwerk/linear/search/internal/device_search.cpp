@@ -50,7 +50,8 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   /// longer, and then once more from the best of all.
   void round(const Round& round) {
     if (!path_.empty()) {
-      sort_planes(round.number, sorting_width(n_, round), rng_, meter_);
+      sort_planes(round.number, sorting_width(n_, PlaneGates::cnots, task_.objective, round), rng_,
+                  meter_);
     }
     Smallest<GateList> winner(task_.objective);
     for (int k = 0; k < device_tuning.starts && !meter_.ended(); ++k) {

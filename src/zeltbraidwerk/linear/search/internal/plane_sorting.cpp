@@ -347,9 +347,12 @@ std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGa
   return problem.gates_of(found.front().moves);
 }
 
-int sorting_width(int wires, const Round& round) {
-  const std::uint64_t steps = round.number == 0 ? round.steps / sorting_tuning.first_part
-                                                : round.steps * sorting_tuning.part;
+int sorting_width(int wires, PlaneGates gates, Objective objective, const Round& round) {
+  const bool is_first = round.number == 0;
+  const bool is_sure = gates == PlaneGates::cliffords && objective == Objective::depth;
+  std::uint64_t steps = round.steps;
+  if (is_first && !is_sure) steps /= sorting_tuning.first_part;
+  if (!is_first && objective == Objective::depth) steps *= sorting_tuning.layers_part;
   const auto n = static_cast<std::uint64_t>(std::max(wires, 1));
   const std::uint64_t price = 3 * n * steps_of_sorting(wires);
   const std::uint64_t most = std::min(sorting_tuning.most_width, sorting_tuning.memory / (n * n));

@@ -50,13 +50,13 @@ std::optional<std::vector<PlaneGate>> sort_planes(const BitMatrix& rows, PlaneGa
                                                   Meter& meter);
 
 /// The width of a beam in a round of a search. Small in the first one, which tells whether sorting
-/// is worth its time.
-int sorting_width(int wires, const Round& round);
+/// is worth its time, but where it always is: for few layers by Clifford gates.
+int sorting_width(int wires, PlaneGates gates, Objective objective, const Round& round);
 
 /// Whether a sorted circuit is so much larger than another one that no more are worth their time.
 inline bool sorting_lags(const CircuitSize& sorted, const CircuitSize& best, Objective objective) {
   return objective == Objective::depth ? 8 * sorted.depth > 9 * best.depth
-                                       : 8 * sorted.count > 9 * best.count;
+                                       : sorted.count > best.count;
 }
 
 /// A path for run `number` on a device, given one: from its other end in every other pair of runs,

@@ -236,8 +236,8 @@ struct SortingTuning {
   int variants = 4;
   float noise = 1;  ///< of what a split gains
   int patience = 30;
-  std::uint64_t part = 4;          ///< so many times the steps of a round, ...
-  std::uint64_t first_part = 8;    ///< one in so many in the first one
+  std::uint64_t first_part = 8;    ///< of the steps of the first round, one in so many
+  std::uint64_t layers_part = 4;   ///< so many times those of later rounds, for few layers
   std::uint64_t memory = 1 << 20;  ///< the widest beam is this by n^2
   std::uint64_t most_width = 1000;
 };
