@@ -115,13 +115,13 @@ def cliffords() -> Iterator[Row]:
                     operator, method="search", permutation=wires, seed=1, steps=most
                 )
                 yield _row("clifford", f"random_{n}", f"{wires} {most}", result)
-    for n, options in (
-        (16, {"device": zb.Device.grid(4, 4)}),
-        (16, {"objective": "depth", "permutation": "free"}),
-        (50, {"objective": "depth", "permutation": "free"}),
+    for n, kind, options in (
+        (16, "grid", {"device": zb.Device.grid(4, 4)}),
+        (16, "depth", {"objective": "depth", "permutation": "free"}),
+        (50, "depth", {"objective": "depth", "permutation": "free"}),
+        (16, "line depth", {"objective": "depth", "device": zb.Device.line(16)}),
     ):
         operator = gallery.random_clifford(n, 1)[0]
-        kind = "depth" if "objective" in options else "grid"
         for steps in (0, 100_000):
             result = zb.clifford.synthesize(
                 operator, method="search", seed=1, steps=steps, **options

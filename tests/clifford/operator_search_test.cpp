@@ -17,6 +17,7 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_table.h"
 #include "zeltbraidwerk/clifford/search/internal/placed_table.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/linear/search/internal/plane_sorting.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace {
@@ -174,6 +175,10 @@ TEST(CliffordWindows, lead_down_from_every_operator_in_place) {
 
 // Searches.
 
+std::size_t at(int k) {
+  return static_cast<std::size_t>(k);
+}
+
 PauliFrame images_of(const Circuit& circuit, int n) {
   PauliFrame images = identity_images(n);
   for (const structures::Gate& gate : circuit) images.apply(gate);
@@ -232,6 +237,83 @@ TEST(CliffordSearch, puts_whole_layers_together) {
     ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
     EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
     EXPECT_LE(found.size.depth, most_layers) << n;
+  }
+}
+
+TEST(CliffordSearch, sorts_planes) {
+  std::mt19937 rng(10);
+  zelt::braidwerk::internal::Rng draws(1, 1);
+  const Effort unlimited;
+  Meter meter(unlimited);
+  for (const int n : {1, 2, 3, 4, 5, 9, 31, 32, 33, 65}) {
+    for (int run = 0; run < (n < 10 ? 40 : 4); ++run) {
+      const PauliFrame images = images_of(random_clifford(n, run == 0 ? 0 : 20 * n, rng), n);
+      BitMatrix rows(2 * n, 2 * n);
+      PlainRows planes(at(n));
+      for (int p = 0; p < n; ++p) {
+        for (int q = 0; q < n; ++q) {
+          for (int k = 0; k < 2; ++k) {
+            const char letter = "IXYZ"[images.letter(k * n + p, q)];
+            rows.set(2 * p + k, 2 * q, letter == 'X' || letter == 'Y');
+            rows.set(2 * p + k, 2 * q + 1, letter == 'Z' || letter == 'Y');
+            planes[at(p)][at(k)] += letter;
+          }
+        }
+        planes[at(p)][2] = product(planes[at(p)][0], planes[at(p)][1]);
+      }
+      const auto gates = sort_planes(rows, PlaneGates::cliffords, objective(run % 2 == 0),
+                                     1 + run % 3, draws, meter);
+      ASSERT_TRUE(gates) << n;
+      std::vector<int> layers(at(n));
+      for (const auto& [place, a, b] : *gates) {
+        auto& one = planes[at(place)];
+        auto& other = planes[at(place + 1)];
+        const std::string gate = product(one[at(a - 1)], other[at(b - 1)]);
+        for (int k = 0; k < 3; ++k) {
+          if (k != a - 1) one[at(k)] = product(one[at(k)], gate);
+          if (k != b - 1) other[at(k)] = product(other[at(k)], gate);
+        }
+        layers[at(place)] = layers[at(place + 1)] =
+            std::max(layers[at(place)], layers[at(place + 1)]) + 1;
+      }
+      for (int p = 0; p < n; ++p) {
+        for (std::string row : planes[at(p)]) {
+          EXPECT_NE(row[at(p)], 'I');
+          row[at(p)] = 'I';
+          EXPECT_EQ(row, std::string(at(n), 'I'));
+        }
+      }
+      EXPECT_LE(std::ranges::max(layers), 4 * n + 2);
+    }
+  }
+}
+
+TEST(CliffordSearch, has_few_layers_on_devices) {
+  std::mt19937 rng(11);
+  BitGraph line(16), grid(12), star(5);
+  for (int v = 1; v < 16; ++v) line.join(v - 1, v);
+  for (int v = 0; v < 12; ++v) {
+    if (v % 4 != 3) grid.join(v, v + 1);
+    if (v < 8) grid.join(v, v + 4);
+  }
+  for (int v = 1; v < 5; ++v) star.join(0, v);  // without a path through all of it
+  for (const auto& [device, most_layers] :
+       {std::tuple(&line, 40), std::tuple(&grid, 30), std::tuple(&star, 20)}) {
+    const int n = device->size();
+    for (const Outputs outputs : {Outputs::anywhere, Outputs::in_place}) {
+      const Circuit wanted = random_clifford(n, 30 * n, rng);
+      const PauliFrame images = images_of(wanted, n);
+      const Task task{
+          .objective = Objective::depth, .outputs = outputs, .device = device, .seed = 1};
+      const GateList list = clifford_list(images, task, steps(100'000));
+      const CliffordCircuit found = to_circuit(list, images);
+      ASSERT_TRUE(implements(to_gates(found.gates), found.wires, tableau_of(wanted, n))) << n;
+      EXPECT_TRUE(outputs == Outputs::anywhere || std::ranges::is_sorted(found.wires));
+      for (const Gate& gate : list.gates) {
+        EXPECT_TRUE(device->joined(wire_of(gate.a), wire_of(gate.b)));
+      }
+      EXPECT_LE(found.size.depth, most_layers) << n;
+    }
   }
 }
 

@@ -8,6 +8,8 @@
 #include "support/oracles.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/linear/internal/path_sorting.h"
+#include "zeltbraidwerk/linear/search/internal/device_starts.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 #include "zeltbraidwerk/linear/synthesis.h"
 
 namespace {
@@ -17,8 +19,7 @@ using structures::CnotCircuit;
 using support::at;
 using support::matrix;
 using support::show;
-using zelt::braidwerk::internal::BitMatrix;
-using zelt::braidwerk::internal::sort_along_path;
+using namespace zelt::braidwerk::internal;
 
 TEST(Elimination, WorkedExamples) {
   EXPECT_EQ(show(GaussianElimination(2, matrix({"11", "01"})).gates), "(1,0)");
@@ -87,6 +88,32 @@ TEST(PathSorting, ReducesInFiveLayersPerQubit) {
         }
         EXPECT_LE(std::ranges::max(layers), 5 * n);
       }
+    }
+  }
+}
+
+TEST(PlaneSorting, MakesCircuitsOfMapsAlongPaths) {
+  support::Rng rng(74);
+  zelt::braidwerk::internal::Rng draws(1, 1);
+  const Effort unlimited;
+  Meter meter(unlimited);
+  for (const int n : {1, 2, 3, 4, 5, 9, 31, 32, 33, 65}) {
+    std::vector<int> path(at(n));
+    std::iota(path.begin(), path.end(), 0);
+    std::ranges::shuffle(path, rng);
+    for (int run = 0; run < (n < 10 ? 40 : 4); ++run) {
+      const BoolMatrix m = run == 0 ? support::identity(n) : support::random_invertible(n, rng);
+      const auto list =
+          sorted_by_planes(BitMatrix::pack(m, n, n), run % 2 == 1, path, 1 + run % 3, draws, meter);
+      ASSERT_TRUE(list);
+      const auto circuit = free_circuit(*list).circuit;
+      EXPECT_EQ(circuit.Simulate(), m) << n;
+      for (const auto& [c, t] : circuit.gates) {
+        const auto place = std::ranges::find(path, c);
+        EXPECT_TRUE((place != path.begin() && place[-1] == t) ||
+                    (place + 1 != path.end() && place[1] == t));
+      }
+      EXPECT_LE(size_of(*list).depth, 6 * n);
     }
   }
 }

@@ -39,7 +39,8 @@ struct CliffordTuning {
   std::uint64_t device_wires = 24;
   int tried_on_device = 24;  ///< about this number of wires may go next
   double device_noise = 0.01;
-  double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
+  double weight_left = 0.07;     ///< of a gate that is left to be done, next to the gates so far
+  int path_operations = 10'000;  ///< for a Hamiltonian path
   // Parts of the steps of a round: one in this many.
   std::uint64_t new_part = 2;       ///< from a new beginning
   std::uint64_t closed_part = 4;    ///< from a circuit that was closed

@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/linear/search/internal/device_starts.h"
 #include "zeltbraidwerk/linear/search/internal/map_bound.h"
 #include "zeltbraidwerk/linear/search/internal/map_circuits.h"
+#include "zeltbraidwerk/linear/search/internal/plane_sorting.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -48,6 +49,10 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   /// Some new circuits, each walked from for a while. From the best of them the walk goes on for
   /// longer, and then once more from the best of all.
   void round(const Round& round) {
+    if (!path_.empty()) {
+      sort_planes(round.number, sorting_width(n_, PlaneGates::cnots, task_.objective, round), rng_,
+                  meter_);
+    }
     Smallest<GateList> winner(task_.objective);
     for (int k = 0; k < device_tuning.starts && !meter_.ended(); ++k) {
       GateList fresh = eliminated(round.steps);
@@ -75,11 +80,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
       plain = plain_draws();
       offer(cleared_on_device(m_, device_, true, std::ref(plain)));
     }
-    if (task_.by_depth() && has_circuit_) {
-      const auto sorted =
-          sorted_along_path(m_, device_, device_tuning.path_operations, meter_.control());
-      if (sorted) offer(*sorted);
-    }
+    if (task_.by_depth() && has_circuit_) sort();
     if (n_ > device_tuning.greedy_wires || !has_circuit_ || meter_.proven()) return;
     plain = plain_draws();
     const auto along =
@@ -90,6 +91,27 @@ class CnotDeviceSearch : public SearchBase<GateList> {
     Meter meter(unlimited);
     const DeviceEliminationOptions greedy{.vertices = device_vertices(n_)};
     for (const GateList& found : eliminate_on_device(m_, device_, greedy, own, meter)) offer(found);
+  }
+  void sort() {
+    const auto sorted =
+        sorted_along_path(m_, device_, device_tuning.path_operations, meter_.control());
+    if (sorted) offer(*sorted);
+    path_ = path_through(device_, device_tuning.path_operations);
+    if (n_ > device_tuning.greedy_wires) return;  // greedy runs find no fewer layers
+    Rng own(task_.seed, ~task_.stream);
+    const Effort unlimited;
+    Meter meter(unlimited);
+    for (int run = 0; run < 4 && !path_.empty(); ++run) sort_planes(run, 1, own, meter);
+  }
+  /// The map or its inverse in turns.
+  void sort_planes(int run, int width, Rng& rng, Meter& meter) {
+    const std::vector<int> path = sorting_path(device_, path_, run, rng);
+    const auto sorted = sorted_by_planes(m_, run % 2 == 1, path, width, rng, meter);
+    if (!sorted) return;
+    offer(*sorted);
+    if (width > 1 && sorting_lags(size_of(*sorted), incumbent_.size(), Objective::depth)) {
+      path_.clear();
+    }
   }
   SeededDraw plain_draws() const { return {task_.seed, static_cast<std::uint32_t>(task_.stream)}; }
 
@@ -150,6 +172,7 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   DeviceRewriter rewriter_;
   bool has_circuit_;
   bool optimal_ = false;
+  std::vector<int> path_;  // to sort along, by depth; empty: there is none, or others do better
 };
 
 }  // namespace

@@ -247,6 +247,26 @@ struct DeviceTuning {
 };
 inline constexpr DeviceTuning device_tuning;
 
+/// For sorting along a path, few layers: random maps and Clifford operators on lines of 8 to 64.
+struct SortingTuning {
+  std::array<float, 4> worth{0, 1, 0.35F, 0.2F};  ///< of an inversion less, by the gates of a split
+  double busy_price = 0.3;  ///< in squares of distances, for each wire and layer taken in advance
+  double gate_price = 0.3;  ///< by count, for each wire and gate
+  int variants = 4;
+  float noise = 1;  ///< of what a split gains
+  int patience = 30;
+  std::uint64_t first_part = 8;    ///< of the steps of the first round, one in so many
+  std::uint64_t layers_part = 4;   ///< so many times those of later rounds, for few layers
+  std::uint64_t memory = 1 << 20;  ///< the widest beam is this by n^2
+  std::uint64_t most_width = 1000;
+};
+inline constexpr SortingTuning sorting_tuning;
+
+/// A state of the beam, with its children.
+inline std::uint64_t steps_of_sorting(int wires) {
+  return static_cast<std::uint64_t>(wires) * static_cast<std::uint64_t>(wires) / 256 + 1;
+}
+
 /// Vertices that may go next in an elimination.
 inline int device_vertices(int n) {
   return n <= device_tuning.all_vertices ? n : device_tuning.few_vertices;
