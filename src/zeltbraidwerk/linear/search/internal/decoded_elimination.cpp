@@ -275,14 +275,16 @@ class Elimination {
 
 GateList eliminate_by_decoding(const BitMatrix& m, std::uint64_t steps, int window, Rng& rng,
                                Meter& meter) {
+  const EliminationTuning& tuning = elimination_tuning;
   const int n = m.rows();
-  const int blocks = (n + elimination_tuning.block - 1) / elimination_tuning.block;
+  const int blocks = (n + tuning.block - 1) / tuning.block;
+  const bool are_small = n <= blocks * tuning.few_wires;
+  const double part = are_small ? tuning.search_part_of_few : tuning.search_part;
+  const double share = static_cast<double>(steps) / blocks;
   Elimination elimination(m, window, rng, meter);
   for (int k = 0; k < blocks && !meter.ended(); ++k) {
-    const double share = static_cast<double>(steps) / blocks;
     elimination.take_block(elimination.wires_left() / (blocks - k),
-                           static_cast<std::uint64_t>(share * elimination_tuning.search_part),
-                           share * (1 - elimination_tuning.search_part));
+                           static_cast<std::uint64_t>(part * share), (1 - part) * share);
   }
   if (meter.ended()) return {};
   return elimination.circuit();

@@ -119,7 +119,11 @@ struct EliminationTuning {
   int period = 3;                   ///< rounds
   std::uint64_t rounds = 12;        ///< that it is long
   std::uint64_t least_steps = 45;   ///< for each pair of wires
-  double search_part = 0.3;         ///< of its steps; the others decode
+  // What of its steps the circuits of blocks get; the others decode, which is soon done in blocks
+  // of few wires.
+  double search_part = 0.3;
+  double search_part_of_few = 0.75;
+  int few_wires = 36;
 };
 inline constexpr EliminationTuning elimination_tuning;
 
