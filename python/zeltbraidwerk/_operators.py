@@ -98,9 +98,9 @@ def synthesize(
     output stands on the wire of its input; with "free" the circuit is shorter and leaves output q
     on wire ``result.permutation[q]``. On up to five qubits without a device the
     count is proven to be the least, by all but "elimination", unless ``steps=0`` on five; on six
-    the bound rises with the steps: most operators take 11 or 12 gates, of which 11 are proven
-    with the usual steps and 12 in some seconds, or 10 or 11 with "free", proven with the usual
-    steps.
+    the bound rises with the steps, from some 450,000 on, or with a budget of ten seconds: most
+    operators take 11 or 12 gates, of which 11 are proven soon and 12 in some seconds, or 10 or 11
+    with "free".
 
     With a ``device``, or what :meth:`zeltbraidwerk.Device.of` takes for one, every CNOT is on one
     of its edges. Of a larger device a connected part is taken: ``result.placement`` tells which.

@@ -301,7 +301,7 @@ TEST(SixWires, are_searched_to_a_proven_end) {
     const Circuit wanted = product(gates, rng);
     for (const Outputs outputs : {Outputs::in_place, Outputs::anywhere}) {
       int bound = 0;
-      Effort effort = steps(200'000);
+      Effort effort = steps(700'000);
       effort.on_bound = [&](const LowerBound& proven) { bound = proven.count; };
       const CliffordCircuit found = search_clifford(
           images_of(wanted, 6), {.outputs = outputs, .seed = 3}, effort, OnFewQubits::finds_fewest);

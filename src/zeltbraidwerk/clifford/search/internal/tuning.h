@@ -60,7 +60,7 @@ struct CliffordTuning {
   // that the tries are not enough for; on six they prove that there are not fewer than 12.
   std::uint64_t most_tries_on_five = 4'000'000;
   std::uint64_t most_tries_on_six = 20'000'000;
-  int first_for_fewest = 2;         ///< round on six wires: a tenth of a second has passed
+  int first_for_fewest = 4;         ///< round on six wires: its table takes 4 s to build
   std::uint64_t tries_of_step = 2;  ///< as long as the walks take, or a little longer
   std::uint64_t tries_of_timed_step = 100;
   double seconds_on_six = 0.25;    ///< that are left are enough with the table at hand

@@ -277,9 +277,11 @@ GateList eliminate_by_decoding(const BitMatrix& m, std::uint64_t steps, int wind
                                Meter& meter) {
   const EliminationTuning& tuning = elimination_tuning;
   const int n = m.rows();
-  const int blocks = (n + tuning.block - 1) / tuning.block;
-  const bool are_small = n <= blocks * tuning.few_wires;
-  const double part = are_small ? tuning.search_part_of_few : tuning.search_part;
+  const auto pairs = static_cast<std::uint64_t>(n) * static_cast<std::uint64_t>(n);
+  const int most = steps < tuning.few_steps * pairs ? tuning.small_block : tuning.block;
+  const int blocks = (n + most - 1) / most;
+  const bool are_small = n <= blocks * tuning.small_block;
+  const double part = are_small ? tuning.search_part_of_small : tuning.search_part;
   const double share = static_cast<double>(steps) / blocks;
   Elimination elimination(m, window, rng, meter);
   for (int k = 0; k < blocks && !meter.ended(); ++k) {

@@ -77,8 +77,8 @@ GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
   const EliminationTuning& blocks = elimination_tuning;
   if (n_ >= blocks.least_wires && n_ <= blocks.most_wires && number > 0) {
     if (number % blocks.period != 1) return {};
-    const auto pairs = static_cast<std::uint64_t>(n_) * static_cast<std::uint64_t>(n_);
-    const std::uint64_t effort = std::max(blocks.rounds * steps, blocks.least_steps * pairs);
+    const std::uint64_t effort =
+        number == 1 ? blocks.first_steps * static_cast<std::uint64_t>(n_) : blocks.rounds * steps;
     return eliminate_by_decoding(m_, effort, window_, rng, meter);
   }
   if (n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps) {

@@ -113,17 +113,20 @@ inline constexpr DecodingTuning decoding_tuning;
 /// For circuits by elimination of blocks of wires. Rows matrix 64 to 256 free.
 struct EliminationTuning {
   int least_wires = 57;
-  int most_wires = 256;             ///< a look takes 20 ms
-  int block = 50;                   ///< wires, most: decoding falls behind on more
-  std::size_t most_vectors = 1500;  ///< 25 MB for pairs
-  int period = 3;                   ///< rounds
-  std::uint64_t rounds = 12;        ///< that it is long
-  std::uint64_t least_steps = 45;   ///< for each pair of wires
-  // What of its steps the circuits of blocks get; the others decode, which is soon done in blocks
-  // of few wires.
+  int most_wires = 256;              ///< a look takes 20 ms
+  std::size_t most_vectors = 1500;   ///< 25 MB for pairs
+  int period = 3;                    ///< rounds
+  std::uint64_t rounds = 12;         ///< that it is long
+  std::uint64_t first_steps = 3500;  ///< of the first one, for each wire
+  // Wires of a block, most. On more decoding falls behind, with so few steps for each pair of wires
+  // soon.
+  int block = 50;
+  int small_block = 36;
+  std::uint64_t few_steps = 100;
+  /// What of its steps the circuits of blocks get; the others decode, which is soon done in small
+  /// blocks.
   double search_part = 0.3;
-  double search_part_of_few = 0.75;
-  int few_wires = 36;
+  double search_part_of_small = 0.75;
 };
 inline constexpr EliminationTuning elimination_tuning;
 
