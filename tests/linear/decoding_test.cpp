@@ -198,7 +198,8 @@ TEST(ByDecoding, CircuitsAreShorterThanByABeam) {
     const GateList beam = reduce_by_columns(m, 30, Facing::transpose, rng, meter);
     ASSERT_TRUE(support::implements(beam, map));
     const bool is_large = n > extension_tuning.most_wires;
-    const GateList list = ways[is_large ? 1 : 0](m, is_large ? 500'000 : 2'000'000, 5, rng, meter);
+    const GateList list =
+        ways[is_large ? 1 : 0](m, is_large ? 1'000'000 : 2'000'000, 5, rng, meter);
     EXPECT_TRUE(support::implements(list, map));
     EXPECT_LT(list.count(), is_large ? beam.count() - beam.count() / 50 : beam.count()) << n;
   }
