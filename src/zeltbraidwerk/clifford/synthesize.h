@@ -33,8 +33,8 @@ ZELTBRAIDWERK_EXPORT std::vector<std::string> clifford_methods(bool on_device = 
 /// and TooLargeError for more than 16,384 qubits; so does synthesize_state.
 ///
 /// Memory: tables of 51 MB, built in a second or two, once per machine where files can be kept. On
-/// six qubits one of 23 MB more, built in four seconds after some 450,000 steps, or with a budget of
-/// 9 s; and 60 MB for a long search.
+/// six qubits one of 23 MB more, built in four seconds after some 450,000 steps, or with a budget
+/// of 9 s; and 60 MB for a long search.
 ZELTBRAIDWERK_EXPORT CliffordResult synthesize_clifford(const structures::OperatorTableau& tableau,
                                                         const CliffordOptions& options = {});
 
