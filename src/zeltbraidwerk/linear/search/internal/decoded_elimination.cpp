@@ -193,21 +193,22 @@ class Elimination {
     std::vector<int> open = in_order(rows);
     double spent = 0;
     while (!open.empty()) {
-      const double share = steps * (rows - static_cast<double>(open.size()) + 1) / rows;
-      do {
-        sums.look(rng_);
-        const double price = LightSums::steps(static_cast<int>(sources_.size()) - lacking_.cols(),
-                                              static_cast<int>(open.size()));
-        spent += price;
-        meter_.charge(static_cast<std::uint64_t>(price));
-        if (meter_.ended()) return;
-      } while (spent < share);
-      const auto next = std::ranges::min_element(
-          open, {}, [&](int row) { return std::pair(sums.weight(row), row); });
-      const int row = *next;
-      open.erase(next);
-      sums.settle(row);
-      give(row, sums);
+      sums.look(rng_);
+      const double price = LightSums::steps(static_cast<int>(sources_.size()) - lacking_.cols(),
+                                            static_cast<int>(open.size()));
+      spent += price;
+      meter_.charge(static_cast<std::uint64_t>(price));
+      if (meter_.ended()) return;
+      // One after the other, as their parts of the steps are spent.
+      while (!open.empty() &&
+             spent * rows >= steps * (rows + 1 - static_cast<double>(open.size()))) {
+        const auto next = std::ranges::min_element(
+            open, {}, [&](int row) { return std::pair(sums.weight(row), row); });
+        const int row = *next;
+        open.erase(next);
+        sums.settle(row);
+        give(row, sums);
+      }
     }
   }
 

@@ -77,8 +77,10 @@ GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
   const EliminationTuning& blocks = elimination_tuning;
   if (n_ >= blocks.least_wires && n_ <= blocks.most_wires && number > 0) {
     if (number % blocks.period != 1) return {};
-    const std::uint64_t effort =
-        number == 1 ? blocks.first_steps * static_cast<std::uint64_t>(n_) : blocks.rounds * steps;
+    const auto n = static_cast<std::uint64_t>(n_);
+    const std::uint64_t first =
+        std::max(blocks.first_steps * n, blocks.first_steps_of_pair * n * n);
+    const std::uint64_t effort = number == 1 ? first : blocks.rounds * steps;
     return eliminate_by_decoding(m_, effort, window_, rng, meter);
   }
   if (n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps) {

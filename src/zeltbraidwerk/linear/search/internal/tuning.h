@@ -117,7 +117,8 @@ struct EliminationTuning {
   std::size_t most_vectors = 1500;   ///< 25 MB for pairs
   int period = 3;                    ///< rounds
   std::uint64_t rounds = 12;         ///< that it is long
-  std::uint64_t first_steps = 3500;  ///< of the first one, for each wire
+  std::uint64_t first_steps = 3500;  ///< of the first one, for each wire, at least
+  std::uint64_t first_steps_of_pair = 22;
   // Wires of a block, most. On more decoding falls behind, with so few steps for each pair of wires
   // soon.
   int block = 50;
