@@ -165,30 +165,34 @@ class Elimination {
     meter_.charge(effort.steps);
     timeline_ = Timeline();
     sources_.clear();
-    vectors_more_.clear();
+    vectors_.clear();
     const int size = map.rows();
-    vectors_ = BitMatrix(size + list.count(), size);
     BitMatrix now = BitMatrix::identity(size);
-    for (int w = 0; w < size; ++w) {
-      vectors_.set(w, w);
-      sources_.push_back({block_[static_cast<std::size_t>(w)], none});
-    }
+    for (int w = 0; w < size; ++w) add({block_[static_cast<std::size_t>(w)], none}, now.row(w));
     int last = none;
     for (const Gate& gate : list.gates) {
-      const auto from = static_cast<std::size_t>(wire_of(gate.a));
-      const int to = wire_of(gate.b);
-      now.add_row(wire_of(gate.a), to);
-      std::copy_n(now.row(to), now.stride(), vectors_.row(static_cast<int>(sources_.size())));
-      last = timeline_.put(cnot(block_[from], block_[static_cast<std::size_t>(to)]), last);
-      sources_.push_back({block_[static_cast<std::size_t>(to)], last});
+      const int from = block_[static_cast<std::size_t>(wire_of(gate.a))];
+      const int to = block_[static_cast<std::size_t>(wire_of(gate.b))];
+      now.add_row(wire_of(gate.a), wire_of(gate.b));
+      last = timeline_.put(cnot(from, to), last);
+      add({to, last}, now.row(wire_of(gate.b)));
     }
     std::vector<int> order;
     for (int w = 0; w < size; ++w) order.push_back(list.frame.output_on(w));
     found_outputs_ = those(found_outputs_, order);
   }
 
+  void add(const Source& source, const Word* parity) {
+    sources_.push_back(source);
+    vectors_.insert(vectors_.end(), parity, parity + words_for(static_cast<int>(block_.size())));
+  }
+  const Word* vector(std::size_t source) const {
+    return &vectors_[source * static_cast<std::size_t>(lacking_.stride())];
+  }
+
   void receive(double steps) {
-    LightSums sums(vectors_, lacking_);
+    LightSums sums(BitMatrix::identity(lacking_.cols()), lacking_);
+    for (std::size_t k = block_.size(); k < sources_.size(); ++k) sums.add(vector(k));
     const int rows = lacking_.rows();
     std::vector<int> open = in_order(rows);
     double spent = 0;
@@ -228,24 +232,18 @@ class Elimination {
     std::vector<Word> lacks(lacking_.row(row), lacking_.row(row) + lacking_.stride());
     const auto pass_on = [&](int after) {
       if (!passes_on || sources_.size() >= elimination_tuning.most_vectors) return;
-      sources_.push_back({wire, after});
+      add({wire, after}, lacks.data());
       sums.add(lacks.data());
-      vectors_more_.insert(vectors_more_.end(), lacks.begin(), lacks.end());
     };
-    const int known = vectors_.rows();
     pass_on(none);
     int last_at_start = none;
     for (std::size_t k = 0; k < timed.size(); ++k) {
-      const int number = timed[k].second;
-      const Source& source = sources_[static_cast<std::size_t>(number)];
+      const auto number = static_cast<std::size_t>(timed[k].second);
+      const Source source = sources_[number];
       const int after = source.after == none ? last_at_start : source.after;
       const int put = timeline_.put(cnot(source.wire, wire), after);
       if (source.after == none) last_at_start = put;
-      const Word* vector =
-          number < known
-              ? vectors_.row(number)
-              : &vectors_more_[static_cast<std::size_t>((number - known) * lacking_.stride())];
-      for (int w = 0; w < lacking_.stride(); ++w) lacks[static_cast<std::size_t>(w)] ^= vector[w];
+      for (std::size_t w = 0; w < lacks.size(); ++w) lacks[w] ^= vector(number)[w];
       if (k + 1 < timed.size()) pass_on(put);
     }
   }
@@ -268,8 +266,7 @@ class Elimination {
       lacking_;  // what the other wires are to receive: the later ones, then those that are done
   Timeline timeline_;
   std::vector<Source> sources_;
-  BitMatrix vectors_;  // of the sources
-  std::vector<Word> vectors_more_;
+  std::vector<Word> vectors_;  // of the sources, one after the other
 };
 
 }  // namespace
