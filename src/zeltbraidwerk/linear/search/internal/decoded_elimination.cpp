@@ -104,7 +104,7 @@ class Elimination {
   /// The next wires, about so many of steps for their circuit and as many to decode.
   void take_block(int size, std::uint64_t search_steps, double decoding_steps) {
     choose(size);
-    search(search_steps);
+    search(make_independent(), search_steps);
     if (meter_.ended()) return;
     receive(decoding_steps);
     if (meter_.ended()) return;
@@ -141,13 +141,14 @@ class Elimination {
     }
   }
 
-  void search(std::uint64_t steps) {
-    // What later wires receive frees their outputs of the block.
+  /// Finds what the others lack: what later wires receive frees their outputs of the block. Returns
+  /// the map that is left for the block.
+  BitMatrix make_independent() {
     lacking_ = product(inverse(part(later_outputs_, later_)), part(later_outputs_, block_));
     const auto without_later = [&](const std::vector<int>& outputs) {
       return sum(part(outputs, block_), product(part(outputs, later_), lacking_));
     };
-    const BitMatrix map = without_later(found_outputs_);
+    BitMatrix map = without_later(found_outputs_);
     const int done = static_cast<int>(done_.size());
     const BitMatrix of_done = without_later(done_);
     BitMatrix all(static_cast<int>(later_.size()) + done, map.cols());
@@ -157,6 +158,11 @@ class Elimination {
       std::copy_n(row, all.stride(), all.row(r));
     }
     lacking_ = std::move(all);
+    return map;
+  }
+
+  /// A circuit of the block, and the parities that it passes by.
+  void search(const BitMatrix& map, std::uint64_t steps) {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = std::min(steps, meter_.left());
@@ -262,8 +268,8 @@ class Elimination {
   std::vector<int> found_outputs_;
   std::vector<int> later_;
   std::vector<int> later_outputs_;
-  BitMatrix
-      lacking_;  // what the other wires are to receive: the later ones, then those that are done
+  // What the other wires are to receive: the later ones, then those that are done.
+  BitMatrix lacking_;
   Timeline timeline_;
   std::vector<Source> sources_;
   std::vector<Word> vectors_;  // of the sources, one after the other

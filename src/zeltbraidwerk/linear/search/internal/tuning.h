@@ -119,8 +119,8 @@ struct EliminationTuning {
   std::uint64_t rounds = 12;         ///< that it is long
   std::uint64_t first_steps = 3500;  ///< of the first one, for each wire, at least
   std::uint64_t first_steps_of_pair = 22;
-  // Wires of a block, most. On more decoding falls behind, with so few steps for each pair of wires
-  // soon.
+  // Wires of a block: on more of them decoding is too far from the fewest. In fewer steps than so
+  // many for each pair of wires small blocks come further.
   int block = 50;
   int small_block = 36;
   std::uint64_t few_steps = 100;
