@@ -12,7 +12,9 @@
 #include "zeltbraidwerk/linear/search/internal/decoded_elimination.h"
 #include "zeltbraidwerk/linear/search/internal/exchanged_map.h"
 #include "zeltbraidwerk/linear/search/internal/extension.h"
+#include "zeltbraidwerk/linear/search/internal/gate_order.h"
 #include "zeltbraidwerk/linear/search/internal/light_sums.h"
+#include "zeltbraidwerk/linear/search/internal/passing_vectors.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 
 namespace {
@@ -107,6 +109,98 @@ TEST(LightSums, FindPlantedSetsInOneWordAndInTwo) {
       EXPECT_EQ(sum_of(pool, light.set(s)), sums.block(s, 0, 1, dimension));
     }
   }
+}
+
+TEST(LightSums, DoWithoutVectorsThatAreRemovedAndSetsThatAreRefused) {
+  Rng rng(10, 0);
+  const int dimension = 12;
+  const BitMatrix pool = random_pool(dimension, 40, rng);
+  const BitMatrix sums = random_pool(dimension, 20, rng).block(12, 0, 8, dimension);
+  LightSums light(pool, sums);
+  for (int k = 0; k < 50; ++k) light.look(rng);
+  for (int vector = 20; vector < 40; ++vector) light.remove(vector, rng);
+  for (int s = 0; s < sums.rows(); ++s) light.forget(s);
+  const BitMatrix rest = pool.block(0, 0, 20, dimension);
+  const std::vector<int> distance = distances(rest);
+  const auto has_15 = [](const std::vector<int>& set) { return std::ranges::count(set, 15) > 0; };
+  const auto check = [&] {
+    for (int s = 0; s < sums.rows(); ++s) {
+      if (!light.has_set(s)) continue;
+      EXPECT_GE(light.weight(s), distance[sums.row(s)[0]]);
+      EXPECT_EQ(sum_of(rest, light.set(s)), sums.block(s, 0, 1, dimension));
+    }
+  };
+  for (int k = 0; k < 50; ++k) {
+    light.look(rng, [&](const std::vector<int>& set) { return !has_15(set); });
+  }
+  check();
+  for (int s = 0; s < sums.rows(); ++s) EXPECT_FALSE(has_15(light.set(s)));
+  for (int k = 0; k < 400; ++k) light.look(rng);
+  check();
+  int refused = 0;
+  for (int s = 0; s < sums.rows(); ++s) {
+    EXPECT_EQ(light.weight(s), distance[sums.row(s)[0]]);
+    refused += has_15(light.set(s)) ? 1 : 0;
+  }
+  EXPECT_GT(refused, 0);
+}
+
+TEST(GateOrder, HasRoomForGatesAsLongAsNoneIsBeforeItself) {
+  GateOrder order;
+  const int a = order.put(cnot(0, 1), {});
+  const int b = order.put(cnot(1, 2), {{a}, {}});
+  const int c = order.put(cnot(3, 4), {});
+  EXPECT_TRUE(order.have_room({{{b}, {c}}, {{a}, {b}}}));
+  EXPECT_FALSE(order.have_room({{{b}, {a}}}));
+  EXPECT_TRUE(order.have_room({{{b}, {c}}}));
+  EXPECT_TRUE(order.have_room({{{c}, {a}}}));
+  EXPECT_FALSE(order.have_room({{{b}, {c}}, {{c}, {a}}}));  // each alone
+  const int d = order.put(cnot(5, 6), {{b}, {c}});
+  EXPECT_TRUE(order.is_before(a, c));
+  EXPECT_FALSE(order.is_before(c, d));
+  EXPECT_FALSE(order.have_room({{{c}, {a}}}));
+  EXPECT_EQ(order.line(), (std::vector<Gate>{cnot(0, 1), cnot(1, 2), cnot(5, 6), cnot(3, 4)}));
+}
+
+/// Wire 0 receives from 1 and from 2 in either order: so 3 can receive x0 + x2, which no circuit in
+/// the order of its gates passes by. Then x0 + x1 cannot be had any more.
+TEST(PassingVectors, AreThoseOfAnyOrderUntilOneIsSettled) {
+  const BitMatrix units = BitMatrix::identity(3);
+  Rng rng(11, 0);
+  PassingVectors passing(4, 3);
+  for (int wire = 0; wire < 3; ++wire) passing.hold(end_of(wire, label_z), units.row(wire));
+  passing.play(cnot(1, 0));
+  passing.play(cnot(2, 0));
+  passing.pass_all_on(rng);
+  std::vector<int> number(8, -1);
+  for (int k = 0; k < passing.count(); ++k) number[passing.vector(k)[0]] = k;
+  ASSERT_EQ(passing.count(), 6);  // x0, x1, x2, and all sums with x0
+  EXPECT_FALSE(passing.can_be_had({number[0b011], number[0b101]}));
+  ASSERT_TRUE(passing.can_be_had({number[0b101], number[0b001]}));
+  passing.receive(end_of(3, label_x), {number[0b101]});
+  EXPECT_EQ(passing.lost(), std::vector{number[0b011]});
+  EXPECT_EQ(passing.circuit(), (std::vector<Gate>{cnot(2, 0), cnot(0, 3), cnot(1, 0)}));
+}
+
+/// What Pauli letters become by a gate, where all of them hold something.
+TEST(PassingVectors, GatesAddBothEndsToTheOtherLabels) {
+  BitMatrix letters(6, 4);
+  PassingVectors passing(2, 4);
+  int row = 0;
+  for (int wire = 0; wire < 2; ++wire) {
+    for (const int label : {label_x, label_z, label_y}) {
+      letters.set(row, 2 * wire, label != label_z);
+      letters.set(row, 2 * wire + 1, label != label_x);
+      passing.hold(end_of(wire, label), letters.row(row++));
+    }
+  }
+  Rng rng(12, 0);
+  passing.play({end_of(0, label_y), end_of(1, label_x)});
+  passing.pass_all_on(rng);
+  std::vector<Word> added;
+  for (int k = 6; k < passing.count(); ++k) added.push_back(passing.vector(k)[0]);
+  // X0, Z0, Z1 and Y1, each times Y0 X1.
+  EXPECT_EQ(added, (std::vector<Word>{0b0110, 0b0101, 0b1111, 0b1011}));
 }
 
 /// y0 = x1, y1 = x0 + x1 + x2, y2 = x2 + x3, y3 = x0 + x3.

@@ -87,7 +87,7 @@ std::vector<Word> words_of(const BitMatrix& m, int first_row) {
 LightSums::LightSums(const BitMatrix& vectors, const BitMatrix& sums)
     : dimension_(vectors.cols()),
       words_(vectors.stride()),
-      outside_count_(vectors.rows() - dimension_),
+      next_(vectors.rows()),
       lines_(words_of(vectors, dimension_)),
       sums_(words_of(sums, 0)),
       units_(words_of(BitMatrix::identity(dimension_), 0)),
@@ -103,7 +103,7 @@ double LightSums::steps(int outside, int sums) {
 }
 
 void LightSums::add(const Word* vector) {
-  outside_.push_back(dimension_ + outside_count_++);
+  outside_.push_back(next_++);
   const std::size_t first = lines_.size();
   lines_.resize(first + static_cast<std::size_t>(words_));
   for_each_bit(vector, words_, [&](int c) {
@@ -114,17 +114,34 @@ void LightSums::add(const Word* vector) {
   });
 }
 
-void LightSums::look(Rng& rng) {
+void LightSums::remove(int vector, Rng& rng) {
+  auto at = std::ranges::find(outside_, vector) - outside_.begin();
+  if (at == std::ssize(outside_)) {
+    const auto coefficient = static_cast<int>(std::ranges::find(basis_, vector) - basis_.begin());
+    std::vector<std::ptrdiff_t> others;
+    for (std::ptrdiff_t k = 0; k < std::ssize(outside_); ++k) {
+      if (has(&lines_[static_cast<std::size_t>(k * words_)], coefficient)) others.push_back(k);
+    }
+    at = others[static_cast<std::size_t>(rng.below(static_cast<int>(others.size())))];
+    exchange(static_cast<std::size_t>(at), coefficient);
+  }
+  std::copy_n(lines_.end() - words_, words_, lines_.begin() + at * words_);
+  lines_.resize(lines_.size() - static_cast<std::size_t>(words_));
+  outside_[static_cast<std::size_t>(at)] = outside_.back();
+  outside_.pop_back();
+}
+
+void LightSums::look(Rng& rng, const Accepts& accepts) {
   make_table(rng);
   for (int s = 0; s < static_cast<int>(lightest_.size()); ++s) {
-    if (is_open_[static_cast<std::size_t>(s)]) look_at(s);
+    if (is_open_[static_cast<std::size_t>(s)]) look_at(s, accepts);
   }
   for (int k = 0; k < decoding_tuning.exchanges; ++k) exchange(rng);
 }
 
 /// Sorted by counting.
 void LightSums::make_table(Rng& rng) {
-  const auto count = static_cast<std::size_t>(outside_count_);
+  const auto count = outside_.size();
   const std::size_t pairs = count * (count - (count > 0 ? 1 : 0)) / 2;
   const int most_bits = std::min(dimension_, word_bits);
   const int bits = std::clamp(
@@ -155,12 +172,12 @@ void LightSums::make_table(Rng& rng) {
   }
 }
 
-void LightSums::look_at(int sum) {
+void LightSums::look_at(int sum, const Accepts& accepts) {
   const auto words = static_cast<std::size_t>(words_);
   const Word* wanted = sums_.data() + static_cast<std::size_t>(sum) * words;
   Lightest& lightest = lightest_[static_cast<std::size_t>(sum)];
-  const PairTable table{lines_.data(),     outside_count_, heads_.data(),
-                        pair_sums_.data(), first_bit_,     key_mask_};
+  const PairTable table{lines_.data(),     outside(),  heads_.data(),
+                        pair_sums_.data(), first_bit_, key_mask_};
   Addition best{lightest.weight, -1, -1};
   if (words_ == 1) {
     find_addition_of_one_word(table, wanted, &best);
@@ -168,11 +185,10 @@ void LightSums::look_at(int sum) {
     find_addition_of_two_words(table, wanted, &best);
   }
   if (best.weight == lightest.weight) return;
-  lightest.weight = best.weight;
-  lightest.vectors.clear();
+  std::vector<int> set;
   std::vector<Word> rest(wanted, wanted + words);
   const auto add = [&](int k) {
-    lightest.vectors.push_back(outside_[static_cast<std::size_t>(k)]);
+    set.push_back(outside_[static_cast<std::size_t>(k)]);
     for (std::size_t w = 0; w < words; ++w)
       rest[w] ^= lines_[static_cast<std::size_t>(k) * words + w];
   };
@@ -182,27 +198,32 @@ void LightSums::look_at(int sum) {
     add(pairs_[static_cast<std::size_t>(best.pair)].b);
   }
   for_each_bit(rest.data(), words_,
-               [&](int c) { lightest.vectors.push_back(basis_[static_cast<std::size_t>(c)]); });
+               [&](int c) { set.push_back(basis_[static_cast<std::size_t>(c)]); });
+  if (!accepts || accepts(set)) lightest = {best.weight, std::move(set)};
 }
 
-/// A random vector outside takes the place of one in the basis that it has. What leaves has in the
-/// new basis the coefficients that what enters had in the old one.
+/// A random vector outside takes the place of one in the basis that it has.
 void LightSums::exchange(Rng& rng) {
-  if (outside_count_ == 0) return;
-  const auto k = static_cast<std::size_t>(rng.below(outside_count_));
-  const auto words = static_cast<std::size_t>(words_);
-  std::vector<Word> line(&lines_[k * words], &lines_[k * words] + words);
+  if (outside_.empty()) return;
+  const auto k = static_cast<std::size_t>(rng.below(outside()));
   std::vector<int> ones;
-  for_each_bit(line.data(), words_, [&](int c) { ones.push_back(c); });
+  for_each_bit(&lines_[k * static_cast<std::size_t>(words_)], words_,
+               [&](int c) { ones.push_back(c); });
   if (ones.empty()) return;
-  const int c = ones[static_cast<std::size_t>(rng.below(static_cast<int>(ones.size())))];
+  exchange(k, ones[static_cast<std::size_t>(rng.below(static_cast<int>(ones.size())))]);
+}
+
+/// What leaves the basis has in the new one the coefficients that what enters had in the old one.
+void LightSums::exchange(std::size_t outside, int coefficient) {
+  const auto words = static_cast<std::size_t>(words_);
+  const std::vector<Word> line(&lines_[outside * words], &lines_[outside * words] + words);
   std::vector<Word> rest = line;
-  rest[static_cast<std::size_t>(c / word_bits)] ^= Word{1} << (c % word_bits);
-  add_where(lines_, words_, c, rest.data());
-  add_where(sums_, words_, c, rest.data());
-  add_where(units_, words_, c, rest.data());
-  std::copy(line.begin(), line.end(), &lines_[k * words]);
-  std::swap(basis_[static_cast<std::size_t>(c)], outside_[k]);
+  rest[static_cast<std::size_t>(coefficient / word_bits)] ^= Word{1} << (coefficient % word_bits);
+  add_where(lines_, words_, coefficient, rest.data());
+  add_where(sums_, words_, coefficient, rest.data());
+  add_where(units_, words_, coefficient, rest.data());
+  std::copy(line.begin(), line.end(), &lines_[outside * words]);
+  std::swap(basis_[static_cast<std::size_t>(coefficient)], outside_[outside]);
 }
 
 }  // namespace zelt::braidwerk::internal

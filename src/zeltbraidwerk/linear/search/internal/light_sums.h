@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -32,18 +33,30 @@ class LightSums {
   /// One vector more, with the next number.
   void add(const Word* vector);
 
-  /// Looks for lighter sets in this basis, then takes some random steps to another one.
-  void look(Rng& rng);
+  /// One vector less. The others must have all sums.
+  void remove(int vector, Rng& rng);
+
+  /// Whether a set can be taken for an answer.
+  using Accepts = std::function<bool(const std::vector<int>&)>;
+
+  /// Looks for lighter sets in this basis, then takes some random steps to another one. Of each sum
+  /// the lightest set of a look is asked for.
+  void look(Rng& rng, const Accepts& accepts = {});
 
   /// No lighter set is looked for any more.
   void settle(int sum) { is_open_[static_cast<std::size_t>(sum)] = false; }
+  /// The set of a sum no longer counts.
+  void forget(int sum) { lightest_[static_cast<std::size_t>(sum)] = {}; }
 
+  bool has_set(int sum) const { return weight(sum) < std::numeric_limits<int>::max(); }
   int weight(int sum) const { return lightest_[static_cast<std::size_t>(sum)].weight; }
   /// The vectors of the lightest set so far.
   const std::vector<int>& set(int sum) const {
     return lightest_[static_cast<std::size_t>(sum)].vectors;
   }
 
+  /// Vectors outside of the basis.
+  int outside() const { return static_cast<int>(outside_.size()); }
   /// About what a look takes, in steps of a walk.
   static double steps(int outside, int sums);
 
@@ -58,12 +71,13 @@ class LightSums {
   };
 
   void make_table(Rng& rng);
-  void look_at(int sum);
+  void look_at(int sum, const Accepts& accepts);
   void exchange(Rng& rng);
+  void exchange(std::size_t outside, int coefficient);
 
   int dimension_;
   int words_;
-  int outside_count_;
+  int next_;                  // number of a vector
   std::vector<int> basis_;    // the vectors of the basis, by coefficient
   std::vector<int> outside_;  // the others
   std::vector<Word> lines_;   // coefficients of the others

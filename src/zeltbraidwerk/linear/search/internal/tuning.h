@@ -114,7 +114,8 @@ inline constexpr DecodingTuning decoding_tuning;
 struct EliminationTuning {
   int least_wires = 57;
   int most_wires = 256;              ///< a look takes 20 ms
-  std::size_t most_vectors = 1500;   ///< 25 MB for pairs
+  int most_vectors = 1500;           ///< 25 MB for pairs
+  int orders = 30;                   ///< of what a wire receives, in which it passes on
   int period = 3;                    ///< rounds
   std::uint64_t rounds = 12;         ///< that it is long
   std::uint64_t first_steps = 3500;  ///< of the first one, for each wire, at least
