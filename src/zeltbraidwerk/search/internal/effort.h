@@ -103,6 +103,12 @@ class Meter {
   double seconds() const {
     return std::chrono::duration<double>(Control::Clock::now() - start_).count();
   }
+  /// Seconds that are left, where they and no number of steps end it.
+  std::optional<double> seconds_left() const {
+    const std::optional<Control::Clock::time_point>& deadline = effort_.control.deadline;
+    if (!deadline || effort_.steps != Effort{}.steps) return std::nullopt;
+    return std::chrono::duration<double>(*deadline - Control::Clock::now()).count();
+  }
   const Control& control() const { return effort_.control; }
 
   /// The best circuit so far has become better.

@@ -1,10 +1,10 @@
 #include "zeltbraidwerk/circuit/search/internal/circuit_search.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "zeltbraidwerk/circuit/search/internal/circuit_problem.h"
@@ -204,9 +204,9 @@ class CircuitSearch : public SearchBase<Network> {
   /// window takes.
   bool play_in_time() {
     constexpr double growth = tuning.tournament_growth;
-    if (!meter_.control().deadline || meter_.effort().steps != Effort{}.steps) return false;
-    const std::chrono::duration<double> left = *meter_.control().deadline - Control::Clock::now();
-    const double seconds = tuning.part_of_time * left.count();
+    const std::optional<double> left = meter_.seconds_left();
+    if (!left) return false;
+    const double seconds = tuning.part_of_time * *left;
     const double first_windows =
         tuning.tournament_windows * static_cast<double>(start_.events.size());
     const int in_time = rounds_within(seconds * windows_per_second_ / first_windows, growth);

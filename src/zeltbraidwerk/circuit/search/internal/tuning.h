@@ -41,7 +41,7 @@ struct CircuitTuning {
   /// round are; how many of all exchange wires.
   double tournament_windows = 16;
   double tournament_growth = 3;
-  float tournament_exchanges = 0.5F;
+  float tournament_exchanges = 0.15F;
   int least_rounds = 3;  ///< after the first walks: 1040 windows per event in all, at least
   int most_rounds = 4;   ///< of the first two tournaments, one more of the next two, and so on
   /// What of the time that is left a tournament gets, where the time is known.

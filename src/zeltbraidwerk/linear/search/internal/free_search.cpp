@@ -68,25 +68,15 @@ bool FreeSearch::by_columns() const {
 /// The widest beam that takes about twice the time of the walks of the round. Elimination by blocks
 /// takes the place of beams after round 0, on fewer wires a circuit made wire by wire that of the
 /// widest ones.
-GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
-                                      Meter& meter) const {
+GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng, Meter& meter) {
   if (long_walks_) {
     if (number > 0) return {};
     return reduce_by_columns(m_, cnot_tuning.wide, Facing::transpose, rng, meter);
   }
-  const EliminationTuning& blocks = elimination_tuning;
-  if (n_ >= blocks.least_wires && n_ <= blocks.most_wires && number > 0) {
-    if (number % blocks.period != 1) return {};
-    const auto n = static_cast<std::uint64_t>(n_);
-    const std::uint64_t first =
-        std::max(blocks.first_steps * n, blocks.first_steps_of_pair * n * n);
-    const std::uint64_t effort = number == 1 ? first : blocks.rounds * steps;
-    return eliminate_by_decoding(m_, effort, window_, rng, meter);
-  }
-  if (n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps) {
-    if (number % extension_tuning.period != 0) return {};
-    return extend_wire_by_wire(m_, extension_tuning.rounds * steps, window_, rng, meter);
-  }
+  const bool by_blocks =
+      n_ >= elimination_tuning.least_wires && n_ <= elimination_tuning.most_wires && number > 0;
+  const bool by_wires = n_ <= extension_tuning.most_wires && steps >= extension_tuning.least_steps;
+  if (by_blocks || by_wires) return start_by_decoding(number, steps, rng, meter);
   const double price = static_cast<double>(n_) * n_ * n_ / cnot_tuning.columns_per_step;
   const int affordable =
       widest_within(cnot_tuning.column_widths, price, static_cast<double>(steps));
@@ -96,7 +86,34 @@ GateList FreeSearch::start_by_columns(int number, std::uint64_t steps, Rng& rng,
   return reduce_by_columns(m_, width, facing, rng, meter);
 }
 
-GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const {
+/// In every third round, so each is eight times as long as the one before. Where there is no time
+/// for the next one as well, this one takes what is left.
+GateList FreeSearch::start_by_decoding(int number, std::uint64_t steps, Rng& rng, Meter& meter) {
+  const DecodedStartTuning& tuning = decoded_start_tuning;
+  const bool by_blocks = n_ > extension_tuning.most_wires;
+  if (number % tuning.period != (by_blocks ? 1 : 0)) return {};
+  std::uint64_t effort = tuning.rounds * steps;
+  if (by_blocks && number == 1) {
+    const auto n = static_cast<std::uint64_t>(n_);
+    effort = std::max(elimination_tuning.first_steps * n,
+                      elimination_tuning.first_steps_of_pair * n * n);
+  }
+  if (const auto left = meter.seconds_left(); left && decoding_per_second_ > 0) {
+    const double in_time = tuning.part_of_time * *left * decoding_per_second_;
+    const auto planned = static_cast<double>(effort);
+    if (in_time * tuning.growth < planned) return {};
+    if (in_time < planned * tuning.growth) effort = static_cast<std::uint64_t>(in_time);
+  }
+  const double began = meter.seconds();
+  const std::uint64_t steps_before = meter.steps();
+  GateList list = by_blocks ? eliminate_by_decoding(m_, effort, window_, rng, meter)
+                            : extend_wire_by_wire(m_, effort, window_, rng, meter);
+  decoding_per_second_ =
+      static_cast<double>(meter.steps() - steps_before) / std::max(meter.seconds() - began, 1e-6);
+  return list;
+}
+
+GateList FreeSearch::start(int number, std::uint64_t steps, Rng& rng, Meter& meter) {
   if (by_columns()) return start_by_columns(number, steps, rng, meter);
   if (sparse_ && n_ <= cnot_tuning.middle_wires) {
     // No cost is best for every cipher, and of the four facings each can be.

@@ -74,8 +74,9 @@ class FreeSearch {
 
  private:
   void make_first_greedily(Rng& rng);
-  GateList start(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
-  GateList start_by_columns(int number, std::uint64_t steps, Rng& rng, Meter& meter) const;
+  GateList start(int number, std::uint64_t steps, Rng& rng, Meter& meter);
+  GateList start_by_columns(int number, std::uint64_t steps, Rng& rng, Meter& meter);
+  GateList start_by_decoding(int number, std::uint64_t steps, Rng& rng, Meter& meter);
   bool by_columns() const;  ///< dense maps of more than 32 wires
 
   BitMatrix m_;
@@ -88,6 +89,7 @@ class FreeSearch {
   GateList best_;
   int shortest_ = 0;
   int window_;
+  double decoding_per_second_ = 0;  // steps, of the last start by decoding
 };
 
 }  // namespace zelt::braidwerk::internal

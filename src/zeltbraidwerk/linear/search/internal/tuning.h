@@ -110,14 +110,21 @@ struct DecodingTuning {
 };
 inline constexpr DecodingTuning decoding_tuning;
 
+/// For starts by decoding, of either kind below.
+struct DecodedStartTuning {
+  int period = 3;             ///< rounds
+  double growth = 8;          ///< from one to the next
+  std::uint64_t rounds = 12;  ///< that it is long
+  double part_of_time = 0.9;  ///< that the last one takes, of what is left
+};
+inline constexpr DecodedStartTuning decoded_start_tuning;
+
 /// For circuits by elimination of blocks of wires. Rows matrix 64 to 256 free.
 struct EliminationTuning {
   int least_wires = 57;
   int most_wires = 256;              ///< a look takes 20 ms
   int most_vectors = 1500;           ///< 25 MB for pairs
   int orders = 30;                   ///< of what a wire receives, in which it passes on
-  int period = 3;                    ///< rounds
-  std::uint64_t rounds = 12;         ///< that it is long
   std::uint64_t first_steps = 3500;  ///< of the first one, for each wire, at least
   std::uint64_t first_steps_of_pair = 22;
   // Wires of a block: on more of them decoding is too far from the fewest. In fewer steps than so
@@ -137,9 +144,7 @@ struct ExtensionTuning {
   int core = 20;        ///< wires to begin with
   int most_wires = 56;  ///< above, elimination by blocks is better
   // Shorter ones are no better than beams by columns.
-  int period = 3;                         ///< rounds
   std::uint64_t least_steps = 1'000'000;  ///< of a round
-  std::uint64_t rounds = 12;              ///< that it is long
   double core_part = 0.1;                 ///< of its steps
   double decoding_part = 0.35;
   double walks_part = 0.55;
