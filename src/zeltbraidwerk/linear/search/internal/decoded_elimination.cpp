@@ -7,57 +7,12 @@
 
 #include "zeltbraidwerk/linear/search/internal/blocks.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
-#include "zeltbraidwerk/linear/search/internal/light_sums.h"
+#include "zeltbraidwerk/linear/search/internal/decoded_receiving.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-constexpr int none = -1;
-
-/// Gates in their order, with room for others between them.
-class Timeline {
- public:
-  /// Puts a gate after another one, or before all; returns its number.
-  int put(const Gate& gate, int after) {
-    const auto number = static_cast<int>(gates_.size());
-    gates_.push_back(gate);
-    next_.push_back(none);
-    int& next = after == none ? first_ : next_[static_cast<std::size_t>(after)];
-    next_.back() = next;
-    next = number;
-    return number;
-  }
-  /// Of each gate: how many are before it.
-  std::vector<int> places() const {
-    std::vector<int> places(gates_.size());
-    int place = 0;
-    each([&](int number) { places[static_cast<std::size_t>(number)] = place++; });
-    return places;
-  }
-  std::vector<Gate> gates() const {
-    std::vector<Gate> gates;
-    each([&](int number) { gates.push_back(gates_[static_cast<std::size_t>(number)]); });
-    return gates;
-  }
-
- private:
-  template <class F>
-  void each(F&& f) const {
-    for (int at = first_; at != none; at = next_[static_cast<std::size_t>(at)]) f(at);
-  }
-
-  std::vector<Gate> gates_;
-  std::vector<int> next_;
-  int first_ = none;
-};
-
-/// A parity of the block: what is on a wire after a gate, before all where there is none.
-struct Source {
-  int wire;
-  int after;
-};
 
 /// The first rows that are independent of the ones before.
 std::vector<int> independent_rows(BitMatrix m) {
@@ -104,11 +59,16 @@ class Elimination {
   /// The next wires, about so many of steps for their circuit and as many to decode.
   void take_block(int size, std::uint64_t search_steps, double decoding_steps) {
     choose(size);
-    search(make_independent(), search_steps);
+    const BitMatrix map = make_independent();
+    Receiving others(lacking_, receivers());
+    search(map, search_steps, others);
     if (meter_.ended()) return;
-    receive(decoding_steps);
-    if (meter_.ended()) return;
-    for (const Gate& gate : timeline_.gates()) {
+    const bool is_done = others.receive(decoding_steps, rng_, [this](double steps) {
+      meter_.charge(static_cast<std::uint64_t>(steps));
+      return !meter_.ended();
+    });
+    if (!is_done) return;
+    for (const Gate& gate : others.gates()) {
       circuit_.push_back(gate);
       left_.add_col(wire_of(gate.b), wire_of(gate.a));
     }
@@ -161,97 +121,37 @@ class Elimination {
     return map;
   }
 
+  /// Later wires pass on what they lack; what is done must stay so.
+  std::vector<Receiver> receivers() const {
+    std::vector<Receiver> all;
+    for (const int wire : later_) all.push_back({end_of(wire, label_x), end_of(wire, label_z)});
+    for (const int wire : done_wires_) all.push_back({end_of(wire, label_x), std::nullopt});
+    return all;
+  }
+
   /// A circuit of the block, and the parities that it passes by.
-  void search(const BitMatrix& map, std::uint64_t steps) {
+  void search(const BitMatrix& map, std::uint64_t steps, Receiving& others) {
     Effort effort;
     effort.control = meter_.control();
     effort.steps = std::min(steps, meter_.left());
     const Task task{.outputs = Outputs::anywhere, .seed = rng_.next()};
     const GateList list = search_cnot(map, task, effort, window_);
     meter_.charge(effort.steps);
-    timeline_ = Timeline();
-    sources_.clear();
-    vectors_.clear();
     const int size = map.rows();
     BitMatrix now = BitMatrix::identity(size);
-    for (int w = 0; w < size; ++w) add({block_[static_cast<std::size_t>(w)], none}, now.row(w));
-    int last = none;
+    const auto control = [&](int w) {
+      return end_of(block_[static_cast<std::size_t>(w)], label_z);
+    };
+    for (int w = 0; w < size; ++w) others.add(control(w), now.row(w));
     for (const Gate& gate : list.gates) {
-      const int from = block_[static_cast<std::size_t>(wire_of(gate.a))];
-      const int to = block_[static_cast<std::size_t>(wire_of(gate.b))];
-      now.add_row(wire_of(gate.a), wire_of(gate.b));
-      last = timeline_.put(cnot(from, to), last);
-      add({to, last}, now.row(wire_of(gate.b)));
+      const int to = wire_of(gate.b);
+      now.add_row(wire_of(gate.a), to);
+      others.put(cnot(wire_of(control(wire_of(gate.a))), wire_of(control(to))));
+      others.add(control(to), now.row(to));
     }
     std::vector<int> order;
     for (int w = 0; w < size; ++w) order.push_back(list.frame.output_on(w));
     found_outputs_ = those(found_outputs_, order);
-  }
-
-  void add(const Source& source, const Word* parity) {
-    sources_.push_back(source);
-    vectors_.insert(vectors_.end(), parity, parity + words_for(static_cast<int>(block_.size())));
-  }
-  const Word* vector(std::size_t source) const {
-    return &vectors_[source * static_cast<std::size_t>(lacking_.stride())];
-  }
-
-  void receive(double steps) {
-    LightSums sums(BitMatrix::identity(lacking_.cols()), lacking_);
-    for (std::size_t k = block_.size(); k < sources_.size(); ++k) sums.add(vector(k));
-    const int rows = lacking_.rows();
-    std::vector<int> open = in_order(rows);
-    double spent = 0;
-    while (!open.empty()) {
-      sums.look(rng_);
-      const double price = LightSums::steps(static_cast<int>(sources_.size()) - lacking_.cols(),
-                                            static_cast<int>(open.size()));
-      spent += price;
-      meter_.charge(static_cast<std::uint64_t>(price));
-      if (meter_.ended()) return;
-      // One after the other, as their parts of the steps are spent.
-      while (!open.empty() &&
-             spent * rows >= steps * (rows + 1 - static_cast<double>(open.size()))) {
-        const auto next = std::ranges::min_element(
-            open, {}, [&](int row) { return std::pair(sums.weight(row), row); });
-        const int row = *next;
-        open.erase(next);
-        sums.settle(row);
-        give(row, sums);
-      }
-    }
-  }
-
-  /// A wire receives what it lacks, in the order of time.
-  void give(int row, LightSums& sums) {
-    const auto later = static_cast<int>(later_.size());
-    const bool passes_on = row < later;
-    const int wire = passes_on ? later_[static_cast<std::size_t>(row)]
-                               : done_wires_[static_cast<std::size_t>(row - later)];
-    const std::vector<int> places = timeline_.places();
-    std::vector<std::pair<int, int>> timed;
-    for (const int k : sums.set(row)) {
-      const int after = sources_[static_cast<std::size_t>(k)].after;
-      timed.emplace_back(after == none ? none : places[static_cast<std::size_t>(after)], k);
-    }
-    std::ranges::sort(timed);
-    std::vector<Word> lacks(lacking_.row(row), lacking_.row(row) + lacking_.stride());
-    const auto pass_on = [&](int after) {
-      if (!passes_on || sources_.size() >= elimination_tuning.most_vectors) return;
-      add({wire, after}, lacks.data());
-      sums.add(lacks.data());
-    };
-    pass_on(none);
-    int last_at_start = none;
-    for (std::size_t k = 0; k < timed.size(); ++k) {
-      const auto number = static_cast<std::size_t>(timed[k].second);
-      const Source source = sources_[number];
-      const int after = source.after == none ? last_at_start : source.after;
-      const int put = timeline_.put(cnot(source.wire, wire), after);
-      if (source.after == none) last_at_start = put;
-      for (std::size_t w = 0; w < lacks.size(); ++w) lacks[w] ^= vector(number)[w];
-      if (k + 1 < timed.size()) pass_on(put);
-    }
   }
 
   BitMatrix left_;  // outputs, by what is on the wires now
@@ -270,9 +170,6 @@ class Elimination {
   std::vector<int> later_outputs_;
   // What the other wires are to receive: the later ones, then those that are done.
   BitMatrix lacking_;
-  Timeline timeline_;
-  std::vector<Source> sources_;
-  std::vector<Word> vectors_;  // of the sources, one after the other
 };
 
 }  // namespace
