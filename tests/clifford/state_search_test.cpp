@@ -12,6 +12,7 @@
 #include "support/dense.h"
 #include "support/oracles.h"
 #include "support/pauli.h"
+#include "zeltbraidwerk/clifford/search/internal/decoded_state.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
@@ -116,6 +117,44 @@ TEST(StateSearch, TakesFewLayers) {
   check(graph_state(100, 0.5, rng), 35);
   check(random_state(90, 1000, rng), 32);
   check(graph_state(100, 0.05, rng), 13);
+}
+
+/// One block is left after no, one or several others; of dense states, sparse ones and none.
+TEST(StatesByDecoding, AreAnyStates) {
+  std::mt19937 rng(6);
+  zelt::braidwerk::internal::Rng draws(6, 0);
+  const Effort unlimited;
+  Meter meter(unlimited);
+  const auto check = [&](const std::vector<SignedString>& strings) {
+    const auto n = static_cast<int>(strings.size());
+    const Code code{frame_of(strings, n), {}};
+    const GateList list = state_by_decoding(code.stabilisers, at(n), draws, meter);
+    EXPECT_TRUE(prepares(to_gates(encoder_circuit(list, code).gates), strings)) << n;
+  };
+  for (const int n : {1, 2, 91, 120}) {
+    check(graph_state(n, 0.5, rng));
+    check(random_state(n, n, rng));
+    check(graph_state(n, 0, rng));
+  }
+  check(graph_state(200, 0.5, rng));
+  Effort few;
+  few.steps = 5;
+  Meter ends(few);
+  EXPECT_EQ(state_by_decoding(frame_of(graph_state(120, 0.5, rng), 120), 100, draws, ends).wires(),
+            0);
+}
+
+/// Beams gate by gate find 1665 gates or more with as many steps. Where generators are light they
+/// find far fewer than decoding.
+TEST(StatesByDecoding, AreShorterWhereNoGeneratorsAreLight) {
+  std::mt19937 rng(7);
+  const int n = 150;
+  const auto dense = graph_state(n, 0.5, rng);
+  const CliffordCircuit found = searched(dense, 2000);
+  EXPECT_TRUE(prepares(to_gates(found.gates), dense));
+  EXPECT_LE(found.size.count, 1640);
+  EXPECT_EQ(searched(dense, 2000).gates, found.gates);
+  EXPECT_LE(searched(random_state(n, 300, rng), 2000).size.count, 300);
 }
 
 TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/decoded_state.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
@@ -50,6 +51,11 @@ class CodeSearch : public SearchByBoth<GateList> {
          k += state_tuning.sets_at_once) {
       start_.lighten(state_tuning.sets_at_once, rng_);
     }
+    if (!meter_.ended() && is_dense()) {
+      takes_blocks_ = true;
+      eliminate(0);
+      return;
+    }
     take_apart(start_, 1, quick ? own : meter_);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
@@ -65,6 +71,7 @@ class CodeSearch : public SearchByBoth<GateList> {
     if (takes_operators()) change_gauge(round);
     const StateRewriter rewriter(window_wires(round.number), code_);
     walk(rewriter, round.steps);
+    if (takes_blocks_) return eliminate(state_tuning.decoding_walks * round.steps);
     if (task_.by_depth()) {
       anneal_depth(round.number % 2 == 0 ? shortest() : shallowest(), rewriter,
                    state_tuning.anneal_walks * round.steps, rng_, meter_,
@@ -112,6 +119,23 @@ class CodeSearch : public SearchByBoth<GateList> {
   /// find.
   bool takes_parts() const {
     return task_.by_depth() && code_.logical_qubits() == 0 && wires_ > state_tuning.largest_part;
+  }
+
+  /// Where a large state has no light generators, beams gate by gate have nothing to begin from.
+  bool is_dense() const {
+    const StateTuning& tuning = state_tuning;
+    if (task_.by_depth() || code_.logical_qubits() != 0) return false;
+    if (wires_ < tuning.least_decoded || wires_ > tuning.most_decoded) return false;
+    int letters = 0;
+    for (int k = 0; k < wires_; ++k) letters += start_.weight(k);
+    return letters > tuning.decoded_density * wires_ * wires_;
+  }
+  void eliminate(std::uint64_t steps) {
+    const auto area = static_cast<std::uint64_t>(wires_) * static_cast<std::uint64_t>(wires_);
+    const std::uint64_t least = area / state_tuning.first_decoding_part;
+    const GateList found =
+        state_by_decoding(code_.stabilisers, std::max(steps, least), rng_, meter_);
+    if (found.wires() == wires_) offer(found);
   }
 
   /// The same by layers; of large states after layers that split them into parts.
@@ -243,12 +267,21 @@ class CodeSearch : public SearchByBoth<GateList> {
   const Code& code_;
   int wires_;
   StateGroup start_;
+  bool takes_blocks_ = false;
 };
 
 }  // namespace
 
 bool stabilise_a_state(const PauliFrame& strings) {
   return strings.rows() == strings.qubits() && are_independent_stabilisers(strings);
+}
+
+GateList state_list(const PauliFrame& stabilisers, const Task& task, Effort& effort) {
+  const Code code{stabilisers, {}};
+  CodeSearch search(code, task, effort);
+  run_search(search);
+  effort.steps = search.meter().steps();
+  return search.incumbent().circuit();
 }
 
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {

@@ -21,6 +21,9 @@ bool stabilise_a_state(const PauliFrame& strings);
 /// 32 MB, once.
 CliffordCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
 
+/// The same up to signs, in any places, as gates and what they leave. Tells the steps that it took.
+GateList state_list(const PauliFrame& stabilisers, const Task& task, Effort& effort);
+
 /// The same for a code: the circuit takes logical qubits and zeros to the code, signs included. The
 /// stabilisers must be independent and commute, and the logical operators fit them.
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort);

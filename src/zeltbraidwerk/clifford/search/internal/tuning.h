@@ -138,6 +138,18 @@ struct StateTuning {
   int more_sets = 24;  ///< for numbers of qubits above the first and up to the second of these
   int few_qubits = 60;
   int many_qubits = 128;
+  // By decoding. Rows graph state 150 and 200 of bench/search.
+  int least_decoded = 150;        ///< qubits
+  int most_decoded = 1024;        ///< what is left is brought to the form of a graph in 50 ms
+  double decoded_density = 0.27;  ///< letters of a generator of dense states, in qubits
+  int block = 40;                 ///< qubits of a block; on more decoding is far from the fewest
+  int last_block = 90;            ///< the search takes it
+  double search_part = 0.2;       ///< what of the steps of the others is for their circuits
+  double decoding_per_step = 24;  ///< steps of the decoder for one of a beam on a block
+  double block_steps_per_area = 1.0 / 2500;  ///< for one on a square of the qubits
+  std::uint64_t first_decoding_part = 16;    ///< the first circuit takes one in this many of the
+                                             ///< square of the qubits
+  std::uint64_t decoding_walks = 2;          ///< steps of the others, in walks of the round
   // By layers.
   int colored_wires = 256;   ///< edges of graphs in the order of a colouring up to here: 20 ms
   int largest_part = 80;     ///< larger states are split: at 100 qubits 32 layers instead of 37

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
 
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 
@@ -18,6 +17,7 @@ void add_to(std::vector<Word>& sum, const Word* vector) {
 PassingVectors::PassingVectors(int wires, int dimensions)
     : words_(words_for(dimensions)),
       first_(4 * static_cast<std::size_t>(wires), none),
+      passed_(first_.size()),
       on_wire_(static_cast<std::size_t>(wires)) {}
 
 void PassingVectors::hold(End end, const Word* vector) {
@@ -43,31 +43,34 @@ void PassingVectors::play(const Gate& gate) {
 }
 
 void PassingVectors::pass_on(End end, Rng& rng) {
-  std::set<std::vector<int>> known{{}};
+  for (int k = 0; k < elimination_tuning.orders; ++k)
+    pass_once(end, elimination_tuning.most_vectors, rng);
+}
+
+void PassingVectors::pass_all_on(Rng& rng) {
   for (int k = 0; k < elimination_tuning.orders; ++k) {
-    std::vector<int> left = changing(end);
-    std::vector<int> done;
-    std::vector<Word> held(vector(first_[end]), vector(first_[end]) + words_);
-    while (!left.empty()) {
-      std::vector<int> next;
-      std::ranges::copy_if(left, std::back_inserter(next), [&](int gate) {
-        return std::ranges::none_of(left, [&](int g) { return order_.is_before(g, gate); });
-      });
-      const int gate = next[static_cast<std::size_t>(rng.below(static_cast<int>(next.size())))];
-      std::erase(left, gate);
-      done.insert(std::ranges::upper_bound(done, gate), gate);
-      add_to(held, added_.data() + gate * words_);
-      const bool is_zero = std::ranges::count(held, Word{0}) == words_;
-      if (is_zero || !known.insert(done).second) continue;
-      if (possible_ >= elimination_tuning.most_vectors) return;
-      add(end, done, held.data());
+    for (std::size_t end = 0; end < first_.size(); ++end) {
+      if (first_[end] == none) continue;
+      pass_once(static_cast<End>(end), elimination_tuning.most_of_block, rng);
     }
   }
 }
 
-void PassingVectors::pass_all_on(Rng& rng) {
-  for (std::size_t end = 0; end < first_.size(); ++end) {
-    if (first_[end] != none) pass_on(static_cast<End>(end), rng);
+void PassingVectors::pass_once(End end, int most, Rng& rng) {
+  std::vector<int> left = changing(end);
+  std::vector<int> done;
+  std::vector<Word> held(vector(first_[end]), vector(first_[end]) + words_);
+  while (!left.empty() && possible_ < most) {
+    std::vector<int> next;
+    std::ranges::copy_if(left, std::back_inserter(next), [&](int gate) {
+      return std::ranges::none_of(left, [&](int g) { return order_.is_before(g, gate); });
+    });
+    const int gate = next[static_cast<std::size_t>(rng.below(static_cast<int>(next.size())))];
+    std::erase(left, gate);
+    done.insert(std::ranges::upper_bound(done, gate), gate);
+    add_to(held, added_.data() + gate * words_);
+    const bool is_zero = std::ranges::count(held, Word{0}) == words_;
+    if (!is_zero && passed_[end].insert(done).second) add(end, done, held.data());
   }
 }
 

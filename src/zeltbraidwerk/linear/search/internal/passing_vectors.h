@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
@@ -56,6 +57,8 @@ class PassingVectors {
     End end;
   };
 
+  /// In one of the orders, while there are fewer than so many vectors.
+  void pass_once(End end, int most, Rng& rng);
   /// Gates on a wire by another label, which change what the end holds.
   std::vector<int> changing(End end) const;
   void add(End end, const std::vector<int>& gates, const Word* vector);
@@ -64,7 +67,8 @@ class PassingVectors {
 
   std::ptrdiff_t words_;
   int possible_ = 0;
-  std::vector<int> first_;  // by end: the number of what it holds at first
+  std::vector<int> first_;                          // by end: the number of what it holds at first
+  std::vector<std::set<std::vector<int>>> passed_;  // by end: the gates of its states
   std::vector<std::vector<Numbered>> on_wire_;
   std::vector<State> states_;
   std::vector<Word> vectors_;  // of the states, one after the other

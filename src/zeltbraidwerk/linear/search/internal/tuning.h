@@ -124,6 +124,7 @@ struct EliminationTuning {
   int least_wires = 57;
   int most_wires = 256;              ///< a look takes 20 ms
   int most_vectors = 1500;           ///< 25 MB for pairs
+  int most_of_block = 1000;          ///< of them, before others pass on
   int orders = 30;                   ///< of what a wire receives, in which it passes on
   std::uint64_t first_steps = 3500;  ///< of the first one, for each wire, at least
   std::uint64_t first_steps_of_pair = 22;
