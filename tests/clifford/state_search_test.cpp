@@ -119,7 +119,7 @@ TEST(StateSearch, TakesFewLayers) {
   check(graph_state(100, 0.05, rng), 13);
 }
 
-/// One block is left after no, one or several others; of dense states, sparse ones and none.
+/// A block that is left after no, one, two and three others; of dense states and sparse ones.
 TEST(StatesByDecoding, AreAnyStates) {
   std::mt19937 rng(6);
   zelt::braidwerk::internal::Rng draws(6, 0);
@@ -128,10 +128,10 @@ TEST(StatesByDecoding, AreAnyStates) {
   const auto check = [&](const std::vector<SignedString>& strings) {
     const auto n = static_cast<int>(strings.size());
     const Code code{frame_of(strings, n), {}};
-    const GateList list = state_by_decoding(code.stabilisers, at(n), draws, meter);
+    const GateList list = state_by_decoding(code.stabilisers, 4 * at(n), draws, meter);
     EXPECT_TRUE(prepares(to_gates(encoder_circuit(list, code).gates), strings)) << n;
   };
-  for (const int n : {1, 2, 91, 120}) {
+  for (const int n : {1, 2, 130, 160}) {
     check(graph_state(n, 0.5, rng));
     check(random_state(n, n, rng));
     check(graph_state(n, 0, rng));
@@ -140,7 +140,7 @@ TEST(StatesByDecoding, AreAnyStates) {
   Effort few;
   few.steps = 5;
   Meter ends(few);
-  EXPECT_EQ(state_by_decoding(frame_of(graph_state(120, 0.5, rng), 120), 100, draws, ends).wires(),
+  EXPECT_EQ(state_by_decoding(frame_of(graph_state(130, 0.5, rng), 130), 100, draws, ends).wires(),
             0);
 }
 

@@ -30,8 +30,6 @@ class StateElimination {
     qubits_ = shuffled(stabilisers.qubits(), [&](int, int last) { return rng.below(last + 1); });
   }
 
-  int qubits_left() const { return static_cast<int>(qubits_.size()); }
-
   /// The next qubits, in about so many steps. The last block has none to decode for.
   void take_block(int size, double steps) {
     steps *= price_;
@@ -156,15 +154,13 @@ class StateElimination {
 GateList state_by_decoding(const PauliFrame& stabilisers, std::uint64_t steps, Rng& rng,
                            Meter& meter) {
   const int n = stabilisers.qubits();
-  const int last = std::min(n, state_tuning.last_block);
-  const int blocks = (n - last + state_tuning.block - 1) / state_tuning.block;
+  const int size = state_tuning.block;
+  const int blocks = std::max(0, n - state_tuning.last_block + size / 2) / size;
   const double share = static_cast<double>(steps) / (blocks + 1);
   StateElimination elimination(stabilisers, rng, meter);
-  for (int k = 0; k < blocks && !meter.ended(); ++k) {
-    elimination.take_block((elimination.qubits_left() - last) / (blocks - k), share);
-  }
+  for (int k = 0; k < blocks && !meter.ended(); ++k) elimination.take_block(size, share);
   if (meter.ended()) return {};
-  elimination.take_block(last, share);
+  elimination.take_block(n - blocks * size, share);
   return elimination.circuit();
 }
 

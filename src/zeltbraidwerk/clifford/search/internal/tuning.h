@@ -142,8 +142,8 @@ struct StateTuning {
   int least_decoded = 150;        ///< qubits
   int most_decoded = 1024;        ///< what is left is brought to the form of a graph in 50 ms
   double decoded_density = 0.27;  ///< letters of a generator of dense states, in qubits
-  int block = 40;                 ///< qubits of a block; on more decoding is far from the fewest
-  int last_block = 90;            ///< the search takes it
+  int block = 30;                 ///< qubits; on more than 40 decoding is far from the fewest
+  int last_block = 115;           ///< about: beams make short circuits of it
   double search_part = 0.2;       ///< what of the steps of the others is for their circuits
   double decoding_per_step = 24;  ///< steps of the decoder for one of a beam on a block
   double block_steps_per_area = 1.0 / 2500;  ///< for one on a square of the qubits
