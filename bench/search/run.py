@@ -287,6 +287,8 @@ def rows() -> list[Row]:
         graph_state(30, 10, 1, 68.5, "137.5"),
         graph_state(50, 5, 5, 171, "383"),
         graph_state(100, 1, 20, 680, ""),
+        graph_state(150, 1, 20, 1560, ""),
+        graph_state(200, 1, 20, 2740, ""),
         graph_state(20, 5, 1, 5.9, "", objective="depth"),
         graph_state(50, 3, 5, 14.7, "", objective="depth"),
         graph_state(100, 1, 5, 34, "", objective="depth"),

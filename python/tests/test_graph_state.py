@@ -28,3 +28,16 @@ def test_core_functions():
     assert core.solve_decoding_greedy(vectors, [1, 1, 0], 3) == [3]
     assert core.solve_syndrome(vectors, [1, 1, 1], 3, 2) == [2, 3]
     assert core.HammingXOR([1, 0, 1], [0, 0, 1], 3) == 1
+
+
+def test_a_large_dense_graph_by_decoding():
+    stim = pytest.importorskip("stim")
+    graph = gallery.random_graph(150, 1).astype(int)
+    result = graph_state.synthesize(graph, method="search", seed=1, steps=1500)
+    simulator = stim.TableauSimulator()
+    simulator.do(result.circuit.to_stim())
+    for vertex, row in enumerate(graph):
+        letters = np.where(row == 1, "Z", "_")
+        letters[vertex] = "X"
+        assert simulator.peek_observable_expectation(stim.PauliString("".join(letters))) == 1
+    assert result.count < 1640
