@@ -5,6 +5,7 @@
 #include <bit>
 #include <limits>
 #include <numeric>
+#include <ranges>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/turns.h"
@@ -252,10 +253,16 @@ Elimination eliminate_in_order(PauliFrame images) {
   return found;
 }
 
+structures::Gate inverse_of(structures::Gate gate) {
+  for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
+  return gate;
+}
+
 std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates) {
-  std::vector<structures::Gate> inverse(gates.rbegin(), gates.rend());
-  for (structures::Gate& gate : inverse) {
-    for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
+  std::vector<structures::Gate> inverse;
+  inverse.reserve(gates.size());
+  for (const structures::Gate& gate : std::views::reverse(gates)) {
+    inverse.push_back(inverse_of(gate));
   }
   return inverse;
 }
