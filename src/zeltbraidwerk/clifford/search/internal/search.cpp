@@ -281,14 +281,12 @@ class CliffordSearch : public SearchBase<GateList> {
 
 bool are_images_of_operator(const PauliFrame& images) {
   const int n = images.qubits();
-  // Row r, column s: how often r has X or Y where s has Z or Y, modulo 2.
-  const BitMatrix meets = product(images.x_planes().transposed(), images.z_planes());
-  for (int r = 0; r < 2 * n; ++r) {
-    for (int s = r + 1; s < 2 * n; ++s) {
-      if ((meets.get(r, s) != meets.get(s, r)) != (s == r + n)) return false;
-    }
+  BitMatrix wanted(2 * n, 2 * n);
+  for (int q = 0; q < n; ++q) {
+    wanted.set(q, n + q);
+    wanted.set(n + q, q);
   }
-  return true;
+  return images.anticommuting() == wanted;
 }
 
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,

@@ -29,10 +29,14 @@ class CodeSearch : public SearchByBoth<GateList> {
  public:
   CodeSearch(const Code& code, const Task& task, const Effort& effort)
       : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
-    const WireGroups entangled = entangled_groups(code.stabilisers);
-    meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
-    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers, task.objective)
-                                     : wanted(eliminated_code(start_), code.logicals));
+    if (code.logical_qubits() == 0) {
+      const StateGraph form(code.stabilisers);
+      prove(form.groups());
+      offer(by_graph(form, task.objective));
+    } else {
+      prove(entangled_groups(code.stabilisers));
+      offer(wanted(eliminated_code(start_), code.logicals));
+    }
     if (task.start != nullptr) offer(*task.start);
   }
 
@@ -82,6 +86,10 @@ class CodeSearch : public SearchByBoth<GateList> {
   }
 
  private:
+  void prove(const WireGroups& entangled) {
+    meter_.prove(bound_of_state(code_.stabilisers, entangled.joins(), entangled.largest()));
+  }
+
   using SearchByBoth::offer;
   void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
 
