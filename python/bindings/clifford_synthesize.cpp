@@ -65,7 +65,8 @@ void bind_clifford_synthesize(nb::module_& m) {
       "_synthesize_encoder",
       [](const Letters& letters, const std::vector<bool>& minus, const Letters& logicals,
          const std::vector<bool>& logicals_minus, const CommonOptions& common) {
-        const internal::Code code{signed_frame(letters, minus), signed_frame(logicals, logicals_minus)};
+        const internal::Code code{signed_frame(letters, minus),
+                                  signed_frame(logicals, logicals_minus)};
         auto result = synthesized(common, EncoderOptions{}, [&](const EncoderOptions& options) {
           return internal::synthesize_encoder(code, options);
         });

@@ -158,7 +158,8 @@ void bind_operator_tableau(nb::module_& m) {
       .def("inverse",
            [](const OperatorTableau& t) { return unlocked([&] { return t.inverse(); }); })
       .def("_images", images_of,
-           "Whether minus, and letters 0 to 3 one after the other: of the images of Z, then of X, on each qubit.")
+           "Whether minus, and letters 0 to 3 one after the other: of the images of Z, then of X, "
+           "on each qubit.")
       .def("to_string", &OperatorTableau::to_string)
       .def(nb::self == nb::self, nb::sig("def __eq__(self, other: object, /) -> bool"))
       .def("__str__", &OperatorTableau::to_string)

@@ -39,8 +39,7 @@ class PauliFrame {
   PauliFrame() = default;
   PauliFrame(int qubits, int rows);  ///< identity strings, all plus
   /// One row of each matrix per qubit, one column per string; all plus.
-  PauliFrame(BitMatrix x, BitMatrix z)
-      : x_(std::move(x)), z_(std::move(z)), signs_(1, x_.cols()) {}
+  PauliFrame(BitMatrix x, BitMatrix z) : x_(std::move(x)), z_(std::move(z)), signs_(1, x_.cols()) {}
 
   /// Strings without signs, cut or filled with I to `qubits` letters. Throws std::out_of_range
   /// "map::at:  key not found" on a code above 3.

@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -291,7 +292,9 @@ bool are_images_of_operator(const PauliFrame& images) {
 
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
                        OnFewQubits on_few) {
+  stop_point();
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
+  stop_point();
   if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
   CliffordSearch search(images, task, effort, on_few);
   run_search(search);

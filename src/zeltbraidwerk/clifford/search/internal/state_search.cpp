@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -261,7 +262,13 @@ bool stabilise_a_state(const PauliFrame& strings) {
 
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {
   CodeSearch search(code, task, effort);
+  // The plain circuit of many wires stays the best for long, and is written before a stop.
+  std::optional<EncoderCircuit> plain;
+  if (code.qubits() > state_tuning.most_written_late) {
+    plain = encoder_circuit(search.incumbent().circuit(), code);
+  }
   run_search(search);
+  if (plain && plain->size == search.incumbent().size()) return *std::move(plain);
   return encoder_circuit(search.incumbent().circuit(), code);
 }
 
