@@ -80,7 +80,6 @@ ROWS: dict[str, tuple[Callable[[], Any], Callable[..., Any], dict[str, Any]]] = 
     "circuit pieces": (partial(circuit, 9, 900, 6), zb.optimize, {}),
     **{f"circuit {k} 5x5 grid": (partial(circuit, 25, k), zb.optimize, {"device": "grid:5x5"})
        for k in (100, 2000)},
-    "ions": (partial(circuit, 20, 2000), routing.route_ions, {"lookahead": 2}),
     "route": (partial(circuit, 12, 300), route, {}),
 }  # fmt: skip
 
@@ -94,8 +93,6 @@ def one(name: str, what: str) -> float:
     endless: dict[str, Any] = {"steps": 10**9, "seed": 1, "jobs": int(what[1:])}
     if call is route:
         endless = {"steps": 10**9, "lookahead": 2}
-    elif call is routing.route_ions:
-        endless = {}
     return 1e3 * stopped(partial(prepared, **endless), random.uniform(0.05, 1))[0]
 
 
