@@ -36,19 +36,33 @@ def route(given: Any, **own: Any) -> Any:
     return routing.route(given, "grid:5x5", **own)
 
 
+def measured() -> zb.Circuit:
+    """A circuit with measurements and resets in between."""
+    gates = circuit(12, 5000).gates
+    between = [zb.Measure(0, 0), zb.Reset(1)]
+    return zb.Circuit(
+        12,
+        [op for k in range(0, 5000, 1000) for op in (*gates[k : k + 1000], *between)],
+        [("c", 1)],
+    )
+
+
 # What makes the input of each row, the call, and its options.
 ROWS: dict[str, tuple[Callable[[], Any], Callable[..., Any], dict[str, Any]]] = {
     **{f"linear {n}": (partial(matrix, n), linear.synthesize, {}) for n in (8, 40, 200, 1000)},
     **{f"linear {n} depth": (partial(matrix, n), linear.synthesize, {"objective": "depth"})
-       for n in (8, 40, 200)},
+       for n in (8, 40, 200, 1000)},
     **{f"linear {a}x{a} grid": (partial(matrix, a * a), linear.synthesize,
                                 {"device": f"grid:{a}x{a}"}) for a in (3, 8, 16)},
     **{f"clifford {n}": (partial(operator, n), clifford.synthesize, {}) for n in (5, 30, 150, 500)},
     **{f"clifford {n} depth": (partial(operator, n), clifford.synthesize, {"objective": "depth"})
-       for n in (5, 30, 150)},
+       for n in (5, 30, 150, 500)},
     **{f"clifford {a}x{a} grid": (partial(operator, a * a), clifford.synthesize,
                                   {"device": f"grid:{a}x{a}"}) for a in (3, 8)},
     **{f"state {n}": (partial(operator, n), clifford.synthesize_state, {}) for n in (6, 40, 200)},
+    "clifford 3000": (partial(operator, 3000), clifford.synthesize, {}),
+    "state 3000": (partial(operator, 3000), clifford.synthesize_state, {}),
+    "state 8x8 grid": (partial(operator, 64), clifford.synthesize_state, {"device": "grid:8x8"}),
     **{f"encoder {d}": (partial(gallery.surface_code, d), clifford.synthesize_encoder, {})
        for d in (3, 9)},
     **{f"graph {n}": (partial(gallery.random_graph, n), graph_state.synthesize, {})
@@ -62,6 +76,7 @@ ROWS: dict[str, tuple[Callable[[], Any], Callable[..., Any], dict[str, Any]]] = 
     **{f"circuit {n}, {k}": (partial(circuit, n, k), zb.optimize, {})
        for n, k in ((5, 60), (20, 2000), (30, 20_000), (50, 100_000))},
     "circuit depth": (partial(circuit, 20, 2000), zb.optimize, {"objective": "depth"}),
+    "circuit middle": (measured, zb.optimize, {}),
     "circuit pieces": (partial(circuit, 9, 900, 6), zb.optimize, {}),
     **{f"circuit {k} 5x5 grid": (partial(circuit, 25, k), zb.optimize, {"device": "grid:5x5"})
        for k in (100, 2000)},
@@ -75,9 +90,9 @@ def one(name: str, what: str) -> float:
     prepared = partial(call, make(), **own)
     if what[0] != "j":
         return 1e3 * overtime(prepared, float(what))
-    endless = {"steps": 10**9} if call is not route else {"steps": 10**9, "lookahead": 2}
-    if call is not route:
-        endless |= {"seed": 1, "jobs": int(what[1:])}
+    endless: dict[str, Any] = {"steps": 10**9, "seed": 1, "jobs": int(what[1:])}
+    if call is route:
+        endless = {"steps": 10**9, "lookahead": 2}
     return 1e3 * stopped(partial(prepared, **endless), random.uniform(0.05, 1))[0]
 
 

@@ -24,9 +24,9 @@ namespace {
 
 using Found = std::tuple<SynthesisResult, Operations>;
 
-PauliFrame to_frame(const Letters& letters, const std::vector<bool>& minus) {
+PauliFrame signed_frame(const Letters& letters, const std::vector<bool>& minus) {
   if (minus.size() != letters.shape(0)) raise_value_error("minus: wanted one per string");
-  PauliFrame frame = PauliFrame::pack(to_strings(letters), static_cast<int>(letters.shape(1)));
+  PauliFrame frame = to_frame(letters);
   for (int r = 0; r < frame.rows(); ++r) frame.set_negative(r, minus[static_cast<std::size_t>(r)]);
   return frame;
 }
@@ -45,7 +45,7 @@ void bind_clifford_synthesize(nb::module_& m) {
   m.def(
       "_synthesize_clifford",
       [](const Letters& letters, const std::vector<bool>& minus, const CommonOptions& common) {
-        const PauliFrame images = to_frame(letters, minus);
+        const PauliFrame images = signed_frame(letters, minus);
         return to_found(synthesized(common, CliffordOptions{}, [&](const CliffordOptions& options) {
           return internal::synthesize_clifford(images, options);
         }));
@@ -55,7 +55,7 @@ void bind_clifford_synthesize(nb::module_& m) {
   m.def(
       "_synthesize_state",
       [](const Letters& letters, const std::vector<bool>& minus, const CommonOptions& common) {
-        const PauliFrame stabilisers = to_frame(letters, minus);
+        const PauliFrame stabilisers = signed_frame(letters, minus);
         return to_found(synthesized(common, StateOptions{}, [&](const StateOptions& options) {
           return internal::synthesize_state(stabilisers, options);
         }));
@@ -65,7 +65,8 @@ void bind_clifford_synthesize(nb::module_& m) {
       "_synthesize_encoder",
       [](const Letters& letters, const std::vector<bool>& minus, const Letters& logicals,
          const std::vector<bool>& logicals_minus, const CommonOptions& common) {
-        const internal::Code code{to_frame(letters, minus), to_frame(logicals, logicals_minus)};
+        const internal::Code code{signed_frame(letters, minus),
+                                  signed_frame(logicals, logicals_minus)};
         auto result = synthesized(common, EncoderOptions{}, [&](const EncoderOptions& options) {
           return internal::synthesize_encoder(code, options);
         });

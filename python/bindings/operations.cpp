@@ -85,6 +85,30 @@ std::vector<std::vector<unsigned char>> to_strings(const Letters& letters) {
   return strings;
 }
 
+internal::PauliFrame to_frame(const Letters& letters) {
+  const auto rows = static_cast<int>(letters.shape(0));
+  const auto qubits = static_cast<int>(letters.shape(1));
+  BitMatrix x(rows, qubits);
+  BitMatrix z(rows, qubits);
+  const std::uint8_t* letter = letters.data();
+  unsigned seen = 0;
+  for (int r = 0; r < rows; ++r) {
+    internal::each_word(qubits, [&](std::size_t first, int width) {
+      internal::Word has_x = 0;
+      internal::Word has_z = 0;
+      for (int k = 0; k < width; ++k, ++letter) {
+        seen |= *letter;
+        has_x |= internal::Word{internal::letter_has_x(*letter)} << k;
+        has_z |= internal::Word{internal::letter_has_z(*letter)} << k;
+      }
+      x.row(r)[first / internal::word_bits] = has_x;
+      z.row(r)[first / internal::word_bits] = has_z;
+    });
+  }
+  if (seen > 3) raise_value_error("got a code of letters above 3, wanted 0 to 3");
+  return internal::PauliFrame(x.transposed(), z.transposed());
+}
+
 ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int qubits) {
   const auto columns = static_cast<std::size_t>(qubits);
   auto* data = new unsigned char[strings.size() * columns + 1];

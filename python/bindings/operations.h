@@ -6,6 +6,7 @@
 #include "convert.h"
 #include "zeltbraidwerk/foundations/gate.h"
 #include "zeltbraidwerk/foundations/internal/clifford_gate.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 
 /// \file
 /// Circuits on their way to Python, as rows of five integers: the gate's name as an index into
@@ -27,6 +28,7 @@ Operations to_operations(const std::vector<structures::Gate>& gates, const std::
 
 /// One row per string of codes, each from 0 to 3.
 std::vector<std::vector<unsigned char>> to_strings(const Letters& letters);
+internal::PauliFrame to_frame(const Letters& letters);
 ByteArray2 to_numpy(const std::vector<std::vector<unsigned char>>& strings, int qubits);
 
 }  // namespace zelt::braidwerk::python

@@ -90,8 +90,7 @@ void bind_pauli_groups(nb::module_& m) {
   m.def(
       "_first_clash",
       [](const Letters& letters) {
-        const PauliFrame frame =
-            PauliFrame::pack(to_strings(letters), static_cast<int>(letters.shape(1)));
+        const PauliFrame frame = to_frame(letters);
         return unlocked([&] { return first_clash(frame); });
       },
       "letters"_a, "The first pair of strings that do not commute, or None.");

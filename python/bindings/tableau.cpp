@@ -3,6 +3,8 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include <algorithm>
+
 #include "convert.h"
 #include "module.h"
 #include "zeltbraidwerk/foundations/operator_tableau.h"
@@ -38,6 +40,27 @@ ByteArray2 multiplied(const ArrayLike& m, int n, const ArrayLike& g, std::vector
   check_indices(idx, 2 * n + 1, "idx");
   multiply(entries, n, to_exponents(g, static_cast<int>(idx.size()), "g"), idx);
   return to_numpy_square(entries);
+}
+
+/// In blocks, as what stands in columns there stands in rows here.
+std::pair<BoolArray1, ByteArray1> images_of(const OperatorTableau& t) {
+  constexpr std::size_t block = 64;
+  const auto n = static_cast<std::size_t>(t.nbqbits);
+  const std::size_t size = 2 * n + 1;
+  std::vector<unsigned char> minus(2 * n);
+  std::vector<unsigned char> codes(2 * n * n);
+  const auto take = [&](std::size_t q, std::size_t first) {
+    const unsigned char* z = t.data.data() + (1 + q) * size + 1;
+    for (std::size_t r = first; r < std::min(first + block, 2 * n); ++r) {
+      const auto& [negative, letter] = SILUAP[4 * std::size_t{z[r]} + z[n * size + r]];
+      minus[r] ^= negative;
+      codes[r * n + q] = letter;
+    }
+  };
+  for (std::size_t first = 0; first < 2 * n; first += block) {
+    for (std::size_t q = 0; q < n; ++q) take(q, first);
+  }
+  return {to_numpy(BoolRow(minus.begin(), minus.end())), to_numpy(codes)};
 }
 
 using Tableau = nb::class_<OperatorTableau>;
@@ -134,6 +157,9 @@ void bind_operator_tableau(nb::module_& m) {
           "other"_a, "This tableau times the other, in place.")
       .def("inverse",
            [](const OperatorTableau& t) { return unlocked([&] { return t.inverse(); }); })
+      .def("_images", images_of,
+           "Whether minus, and letters 0 to 3 one after the other: of the images of Z, then of X, "
+           "on each qubit.")
       .def("to_string", &OperatorTableau::to_string)
       .def(nb::self == nb::self, nb::sig("def __eq__(self, other: object, /) -> bool"))
       .def("__str__", &OperatorTableau::to_string)

@@ -53,6 +53,7 @@ zb.CliffordTableau.from_circuit(zb.Circuit(20_000, [zb.Gate.h(0)]))
 zb.clifford.synthesize(zb.Circuit(20_000, [zb.Gate.h(0)]))
 zb.clifford.synthesize_state(zb.Circuit(20_000, [zb.Gate.h(0)]))
 zb.clifford.synthesize(zb.Circuit(2_500, [zb.Gate.h(0)]), steps=0, jobs=16)
+zb.clifford.synthesize(zb.Circuit(6, [zb.Gate.cnot(0, 1)]), steps=10**7, jobs=64)
 # families
 zb.optimize(zb.Circuit(16_385), steps=0)
 zb.linear.synthesize(np.eye(16_385, dtype=bool), method="search")

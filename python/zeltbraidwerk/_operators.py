@@ -126,14 +126,18 @@ def synthesize(
             images=tuple("+-"[sign] + word for sign, word in images),
         )  # fmt: skip
 
-    return call.run(_core._synthesize_clifford, result, letters, minus)
+    try:
+        return call.run(_core._synthesize_clifford, result, letters, minus)
+    except errors.OptionError:
+        check_images(images, "operator")  # names those that do not fit, if that is it
+        raise
 
 
 # --- operators of other forms -------------------------------------------------------------------
 
 
 def read(operator: Any) -> list[Image]:
-    """The images of X, then of Z, on each qubit, checked."""
+    """The images of X, then of Z, on each qubit, whether they are those of an operator or not."""
     xs, zs = _images(operator)
     if len(xs) != len(zs):
         raise errors.ShapeError(f"operator: got {len(xs)} images of X and {len(zs)} of Z")
@@ -143,7 +147,6 @@ def read(operator: Any) -> list[Image]:
         raise errors.ShapeError(
             f"operator: got {n} images of {len(images[0][1])} letters, wanted {n} letters"
         )
-    check_images(images, "operator")
     return images
 
 

@@ -13,7 +13,8 @@ import numpy.typing as npt
 from zeltbraidwerk import _core, _foreign_rotations, _validate, errors
 from zeltbraidwerk._parameter import Parameter, parameter
 
-_CODES = str.maketrans("IXYZ", "\0\1\2\3")
+_CODES = bytes.maketrans(b"IXYZ", b"\0\1\2\3")
+_LETTERS = bytes.maketrans(b"\0\1\2\3", b"IXYZ")
 _IDENTITY = "I"
 _STRING = "pytket.QubitPauliString"
 _STRINGS = ("stim.PauliString", "qiskit.Pauli")
@@ -45,12 +46,14 @@ class _Listed(NamedTuple):
 
 def codes(strings: Sequence[str], n: int) -> npt.NDArray[np.uint8]:
     """One row per string, 0 to 3 for I, X, Y, Z."""
-    text = "".join(strings).translate(_CODES)
-    return np.frombuffer(text.encode("latin-1"), dtype=np.uint8).reshape(len(strings), n)
+    text = "".join(strings).encode().translate(_CODES)
+    return np.frombuffer(text, dtype=np.uint8).reshape(len(strings), n)
 
 
 def from_codes(letters: npt.NDArray[np.uint8]) -> list[str]:
-    return ["".join("IXYZ"[code] for code in row) for row in letters.tolist()]
+    text = letters.tobytes().translate(_LETTERS).decode()
+    rows, n = letters.shape
+    return [text[k * n : (k + 1) * n] for k in range(rows)]
 
 
 def is_string(value: Any) -> bool:

@@ -144,7 +144,11 @@ def synthesize_state(
             stabilizers=tuple("+-"[minus] + letters for minus, letters in stabilizers),
         )  # fmt: skip
 
-    return call.run(_core._synthesize_state, result, letters, minus, outputs=outputs_of(call))
+    try:
+        return call.run(_core._synthesize_state, result, letters, minus, outputs=outputs_of(call))
+    except errors.OptionError:
+        _codes.check_stabilizers(stabilizers, "state")  # names those that do not fit
+        raise
 
 
 def outputs_of(call: Call) -> _core._Outputs:
@@ -185,7 +189,7 @@ def prepares(circuit: Circuit, stabilizers: Sequence[str]) -> bool:
 
 
 def read(state: Any) -> list[_codes.Signed]:
-    """The stabilizers of a state, checked."""
+    """The stabilizers of a state, whether they fit together or not."""
     images = _operator_forms.images_of_zeros(state)
     stabilizers = _rotations.read_strings(state if images is None else images, "state")
     n = len(stabilizers[0][1]) if stabilizers else 0
@@ -193,5 +197,4 @@ def read(state: Any) -> list[_codes.Signed]:
         raise errors.ShapeError(
             f"state: got {len(stabilizers)} stabilizers of {n} letters, wanted {n}"
         )
-    _codes.check_stabilizers(stabilizers, "state")
     return stabilizers

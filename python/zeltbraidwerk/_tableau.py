@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 import numpy.typing as npt
 
-from zeltbraidwerk import _core, _interop, _json, _planes, _validate, errors
+from zeltbraidwerk import _core, _interop, _json, _planes, _rotations, _validate, errors
 from zeltbraidwerk.circuits import Circuit, CnotCircuit
 from zeltbraidwerk.gates import Gate
 from zeltbraidwerk.instructions import gates_alone
@@ -22,11 +22,7 @@ _SQUARE = 40
 
 Image = tuple[bool, str]  # true for minus, and letters
 
-# Signed letters by exponents (z, x), at 4 z + x.
-_SIGNS = _core.SILUAP[:, 0].astype(np.bool_)
-_LETTERS = np.frombuffer(b"IXYZ", dtype=np.uint8)[_core.SILUAP[:, 1]]
-
-# The exponents of a letter with a sign; the identity has none.
+# The exponents (z, x) of a letter with a sign, at 4 z + x; the identity has no sign.
 _EXPONENTS = {
     (bool(minus), "IXYZ"[letter]): divmod(place, 4)
     for place, (minus, letter) in reversed(list(enumerate(_core.SILUAP.tolist())))
@@ -160,19 +156,15 @@ class CliffordTableau(_json.Stored):
         (['+Y'], ['+Z'])
         """
         signs, letters = self._signs_and_letters
-        texts = [
-            "+-"[int(sign)] + word.tobytes().decode()
-            for sign, word in zip(signs, letters, strict=True)
-        ]
+        words = zip(signs.tolist(), _rotations.from_codes(letters), strict=True)
+        texts = ["+-"[minus] + word for minus, word in words]
         return texts[self.n :], texts[: self.n]
 
     @cached_property
     def _signs_and_letters(self) -> tuple[npt.NDArray[np.bool_], npt.NDArray[np.uint8]]:
         """Of the images of all Z, then all X: whether minus, and the letters."""
-        n = self.n
-        exponents = self._core.data[1:, 1:].T
-        places = 4 * exponents[:, :n] + exponents[:, n:]
-        return np.bitwise_xor.reduce(_SIGNS[places], axis=1), _LETTERS[places]
+        minus, letters = self._core._images()
+        return minus, letters.reshape(2 * self.n, self.n)
 
     def to_stim(self) -> stim.Tableau:
         """The same operator as a ``stim.Tableau``."""

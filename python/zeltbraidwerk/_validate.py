@@ -7,6 +7,7 @@ from __future__ import annotations
 import difflib
 import math
 import operator
+import re
 from collections.abc import Callable, Collection, Iterable, Mapping, Sequence
 from collections.abc import Set as AbstractSet
 from itertools import chain
@@ -24,6 +25,7 @@ _BOOLS = (bool, np.bool_)
 _BYTES_PER_QUBIT = 1000  # of names, wires in pictures, layers and the like
 _YEAR = 3.2e7  # seconds
 _MOST = 2**31 - 1  # of what the compiled part counts in 32 bits
+_LETTERS = re.compile("[IXYZ_]*|[ixyz_]*")
 
 
 def comes_from(value: Any, package: str) -> bool:
@@ -300,7 +302,7 @@ def pauli(value: Any, n: int, name: str) -> tuple[bool, str]:
         raise errors.DtypeError(f"{name}: got {type(value).__name__}, wanted a string of letters")
     letters = value.lstrip("+-")
     sign = value[: len(value) - len(letters)]
-    if len(sign) > 1 or all(letters.strip(case) for case in ("IXYZ_", "ixyz_")):
+    if len(sign) > 1 or not _LETTERS.fullmatch(letters):
         raise errors.PauliError(
             f"{name}: got {shown(value)}, wanted letters I, X, Y, Z after one sign"
         )

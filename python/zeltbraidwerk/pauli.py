@@ -169,13 +169,14 @@ def synthesize(
     if target is not None and target.n != given.n:
         raise errors.ShapeError(f"tail: got {target.n} qubits, wanted {given.n}")
     call.place(given.n)
+    pairs = tuple(zip(given.strings, given.angles, strict=True))  # not after Ctrl-C
 
     def result(found: Found, operations: npt.NDArray[np.int32], in_order: bool) -> PauliSynthesis:
         width, qubits = call.width(given.n), call.qubits(given.n)
         return call.result(
             PauliSynthesis, found, given.n,
             circuit=circuit_of(width, operations, given.angles, qubits),
-            rotations=tuple(zip(given.strings, given.angles, strict=True)),
+            rotations=pairs,
             identity_angle=given.identity_angle,
             order="commuting" if in_order else "free",
             tail_option=option,

@@ -108,6 +108,17 @@ TEST(PauliFrame, TakesCliffordGatesAsTheGatesThatTheyAreWrittenAs) {
   }
 }
 
+TEST(PauliFrame, KnowsWhichRowsAnticommute) {
+  Rng rng(9);
+  for (const int rows : {0, 1, 63, 65, 130}) {
+    const PauliFrame frame = random_frame(5, rows, rng);
+    const BitMatrix odd = frame.anticommuting();
+    for (int r = 0; r < rows; ++r) {
+      for (int s = 0; s < rows; ++s) ASSERT_EQ(odd.get(r, s), !frame.commute(r, s));
+    }
+  }
+}
+
 TEST(PauliFrame, CountsLettersAndWeights) {
   Rng rng(3);
   for (int round = 0; round < 60; ++round) {

@@ -83,7 +83,19 @@ std::optional<GateList> start_of_operator(const PauliFrame& images, const Synthe
 // Over the square of the qubits.
 constexpr double bytes_of_operator_run = 120;
 constexpr double bytes_of_state_run = 100;
+// The classes that a proof on six qubits keeps, which begins after so many steps or seconds.
+constexpr double bytes_of_proof_on_six = 60e6;
+constexpr std::uint64_t least_steps_on_six = 240'000;
+constexpr double least_budget_on_six = 0.5;
 constexpr double least_budget = 1;  // seconds that leave time for a look into a table
+
+double bytes_of_operator_runs(int n, const SynthesisOptions& options) {
+  const bool is_long = options.budget.value_or(0) > least_budget_on_six ||
+                       options.steps.value_or(0) > least_steps_on_six;
+  const bool proves = n == 6 && is_long && options.device == nullptr &&
+                      options.objective == synthesis::Objective::count;
+  return bytes_of_operator_run + (proves ? bytes_of_proof_on_six / (n * n) : 0);
+}
 
 constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
 
@@ -116,7 +128,8 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                                    const synthesis::CliffordOptions& options) {
   check_operator_options(options);
   check_wires("images", images.qubits());
-  check_search_memory("images", images.qubits(), options, bytes_of_operator_run);
+  check_search_memory("images", images.qubits(), options,
+                      bytes_of_operator_runs(images.qubits(), options));
   if (!are_images_of_operator(images)) {
     throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
   }
@@ -138,7 +151,7 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                                to_circuit(eliminated_list(images, options.outputs), images));
                          },
                      .draws = false,
-                     .brief = true});
+                     .brief = n <= most_for_greedy});
   }
   if (options.method != "elimination") {
     lanes.push_back({.method = "search",

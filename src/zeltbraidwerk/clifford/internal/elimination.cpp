@@ -5,6 +5,7 @@
 #include <bit>
 #include <limits>
 #include <numeric>
+#include <ranges>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/turns.h"
@@ -91,12 +92,14 @@ class Eliminator {
         left_(all()),
         free_(all()) {
     found_.wires.resize(left_.size());
+    if (in_order) found_.gates.reserve(left_.size() * left_.size());
   }
 
   Elimination run() {
     while (!left_.empty()) {
       stop_point();
       const int q = in_order_ ? left_.front() : cheapest();
+      if (in_order_) first_ = q;
       const int wire = gather(q, split(q));
       found_.wires[static_cast<std::size_t>(q)] = wire;
       std::erase(left_, q);
@@ -143,7 +146,9 @@ class Eliminator {
   }
 
   void apply(const CliffordGate& gate) {
-    frame_.apply(gate);
+    const int n = frame_.qubits();
+    frame_.apply(gate, first_ / word_bits, words_for(n));
+    frame_.apply(gate, std::max((n + first_) / word_bits, words_for(n)), frame_.words());
     found_.gates.push_back(gate);
   }
   void h(int wire) { apply({Kind::h, wire}); }
@@ -199,6 +204,7 @@ class Eliminator {
   bool in_order_;
   std::vector<int> left_;  ///< qubits whose images are not gathered
   std::vector<int> free_;  ///< wires without a qubit
+  int first_ = 0;          ///< rows of qubits before it have no letters on these wires
   Elimination found_;
 };
 
@@ -252,10 +258,16 @@ Elimination eliminate_in_order(PauliFrame images) {
   return found;
 }
 
+structures::Gate inverse_of(structures::Gate gate) {
+  for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
+  return gate;
+}
+
 std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates) {
-  std::vector<structures::Gate> inverse(gates.rbegin(), gates.rend());
-  for (structures::Gate& gate : inverse) {
-    for (structures::Parameter& angle : gate.params) angle = angle.flip_sign();
+  std::vector<structures::Gate> inverse;
+  inverse.reserve(gates.size());
+  for (const structures::Gate& gate : std::views::reverse(gates)) {
+    inverse.push_back(inverse_of(gate));
   }
   return inverse;
 }

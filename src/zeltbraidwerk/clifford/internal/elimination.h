@@ -32,7 +32,8 @@ Elimination eliminate_clifford(PauliFrame images, bool in_place);
 /// for circuits that are wanted soon.
 Elimination eliminate_in_order(PauliFrame images);
 
-/// The inverse of a circuit of gates that the elimination knows.
+/// The inverse of a gate that the elimination knows, and of a circuit of them.
+structures::Gate inverse_of(structures::Gate gate);
 std::vector<structures::Gate> inverted(const std::vector<structures::Gate>& gates);
 
 }  // namespace zelt::braidwerk::internal

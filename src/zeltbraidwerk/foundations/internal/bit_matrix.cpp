@@ -151,6 +151,15 @@ void BitMatrix::clear_column(int pivot, int col) {
   internal::clear_column(words, words, stride_, 0, 0, pivot, col, pivot + 1, rows_);
 }
 
+void BitMatrix::clear_column(int pivot, int col, BitMatrix& along) {
+  const auto clear = [&](int first, int last) {
+    internal::clear_column(words_.data(), along.words_.data(), stride_, col / word_bits,
+                           along.stride_, pivot, col, first, last);
+  };
+  clear(0, pivot);
+  clear(pivot + 1, rows_);
+}
+
 int BitMatrix::row_weight(int r) const {
   return count_ones(row(r), stride_);
 }

@@ -1,5 +1,7 @@
 #include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 
+#include <algorithm>
+
 #include "zeltbraidwerk/foundations/internal/turns.h"
 
 namespace zelt::braidwerk::internal {
@@ -21,10 +23,10 @@ CliffordGate CliffordGate::inverse() const {
   }
 }
 
-std::vector<CliffordGate> inverted(const std::vector<CliffordGate>& gates) {
-  std::vector<CliffordGate> inverse(gates.rbegin(), gates.rend());
-  for (CliffordGate& gate : inverse) gate = gate.inverse();
-  return inverse;
+std::vector<CliffordGate> inverted(std::vector<CliffordGate> gates) {
+  std::ranges::reverse(gates);
+  for (CliffordGate& gate : gates) gate = gate.inverse();
+  return gates;
 }
 
 structures::Gate to_gate(const CliffordGate& gate) {

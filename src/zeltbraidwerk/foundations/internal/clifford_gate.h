@@ -26,7 +26,7 @@ struct CliffordGate {
 };
 
 /// The inverse of a circuit.
-std::vector<CliffordGate> inverted(const std::vector<CliffordGate>& gates);
+std::vector<CliffordGate> inverted(std::vector<CliffordGate> gates);
 
 /// "CNOT", "CSIGN", "H", "RZ" and "RX" by plus or minus pi/2, "X", "Y", "Z".
 structures::Gate to_gate(const CliffordGate& gate);

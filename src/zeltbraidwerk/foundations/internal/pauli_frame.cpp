@@ -237,29 +237,37 @@ void PauliFrame::apply(TwoQubitGate gate, int a, int b) {
   conjugate(gate, x(a), z(a), x(b), z(b), signs(), words());
 }
 
-void PauliFrame::apply(const CliffordGate& gate) {
+void PauliFrame::apply(const CliffordGate& gate, int first_word, int end_word) {
   using Kind = CliffordGate::Kind;
+  const int count = end_word - first_word;
+  const auto at = [&](Word* plane) { return plane + first_word; };
+  const auto one = [&](OneQubitGate kind) {
+    conjugate(kind, at(x(gate.a)), at(z(gate.a)), at(signs()), count);
+  };
+  const auto two = [&](TwoQubitGate kind) {
+    conjugate(kind, at(x(gate.a)), at(z(gate.a)), at(x(gate.b)), at(z(gate.b)), at(signs()), count);
+  };
   switch (gate.kind) {
     case Kind::cnot:
-      return cnot(gate.a, gate.b);
+      return two(TwoQubitGate::cnot);
     case Kind::cz:
-      return cz(gate.a, gate.b);
+      return two(TwoQubitGate::cz);
     case Kind::h:
-      return h(gate.a);
+      return one(OneQubitGate::h);
     case Kind::s:
-      return s(gate.a);
+      return one(OneQubitGate::s);
     case Kind::s_dagger:
-      return s_dagger(gate.a);
+      return one(OneQubitGate::s_dagger);
     case Kind::rx_plus:
-      return rx_plus(gate.a);
+      return one(OneQubitGate::rx_plus);
     case Kind::rx_minus:
-      return rx_minus(gate.a);
+      return one(OneQubitGate::rx_minus);
     case Kind::x:
-      return apply(OneQubitGate::x, gate.a);
+      return one(OneQubitGate::x);
     case Kind::y:
-      return apply(OneQubitGate::y, gate.a);
+      return one(OneQubitGate::y);
     case Kind::z:
-      return apply(OneQubitGate::z, gate.a);
+      return one(OneQubitGate::z);
   }
 }
 
@@ -346,6 +354,14 @@ bool PauliFrame::commute(int r, int s) const {
     commute ^= (x_.get(q, r) && z_.get(q, s)) != (z_.get(q, r) && x_.get(q, s));
   }
   return commute;
+}
+
+BitMatrix PauliFrame::anticommuting() const {
+  // How often one row has X or Y where the other has Z or Y, modulo 2; then the other way round.
+  BitMatrix odd = product(x_.transposed(), z_);
+  const BitMatrix back = odd.transposed();
+  for (int r = 0; r < rows(); ++r) add_plane(back.row(r), odd.row(r), words());
+  return odd;
 }
 
 void PauliFrame::anticommuting_rows(const PauliFrame& strings, int r, Word* out) const {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/gate.h"
@@ -37,6 +38,8 @@ class PauliFrame {
  public:
   PauliFrame() = default;
   PauliFrame(int qubits, int rows);  ///< identity strings, all plus
+  /// One row of each matrix per qubit, one column per string; all plus.
+  PauliFrame(BitMatrix x, BitMatrix z) : x_(std::move(x)), z_(std::move(z)), signs_(1, x_.cols()) {}
 
   /// Strings without signs, cut or filled with I to `qubits` letters. Throws std::out_of_range
   /// "map::at:  key not found" on a code above 3.
@@ -79,7 +82,9 @@ class PauliFrame {
   void cnot(int control, int target) { apply(TwoQubitGate::cnot, control, target); }
   void cz(int a, int b) { apply(TwoQubitGate::cz, a, b); }
 
-  void apply(const CliffordGate& gate);
+  void apply(const CliffordGate& gate) { apply(gate, 0, words()); }
+  /// On some words of the rows alone.
+  void apply(const CliffordGate& gate, int first_word, int end_word);
   /// A gate by name. Takes the names and angles that OperatorTableau::apply_left takes, and throws
   /// what it throws; a rotation by a symbolic angle changes nothing.
   void apply(const structures::Gate& gate);
@@ -100,6 +105,8 @@ class PauliFrame {
   BitMatrix supports() const;
 
   bool commute(int r, int s) const;
+  /// Entry (r, s): whether rows r and s do not commute.
+  BitMatrix anticommuting() const;
   /// Fills a plane with the rows that anticommute with row r of `strings`, a frame on as many
   /// qubits, which may be this one.
   void anticommuting_rows(const PauliFrame& strings, int r, Word* out) const;

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/pauli/internal/commuting_sets.h"
 #include "zeltbraidwerk/pauli/internal/greedy.h"
 #include "zeltbraidwerk/pauli/internal/network.h"
@@ -147,19 +150,23 @@ Rotations PauliRuns::arranged(Rotations rotations, int run, const Draw& draw) co
 void PauliRuns::close(PauliNetwork& network, int run, const std::vector<int>& names) const {
   network.wires = internal::in_order(qubits());
   if (outputs == Outputs::left_open || (method.closes && target == nullptr)) return;
-  std::vector<structures::Gate> undoing;
-  for (const structures::Gate& gate : network.gates) {
-    if (labelled_row(gate).row < 0 && !method.closes) undoing.push_back(gate);
+  stop_point();
+  const auto is_undone = [&](const structures::Gate& gate) {
+    return !method.closes && labelled_row(gate).row < 0;
+  };
+  std::vector<structures::Gate> last;
+  if (target != nullptr) last = target->gates;
+  for (structures::Gate& gate : last) {
+    for (int& q : gate.qbits) q = names[static_cast<std::size_t>(q)];
   }
-  undoing = inverted(undoing);
-  if (target != nullptr) {
-    for (structures::Gate gate : target->gates) {
-      for (int& q : gate.qbits) q = names[static_cast<std::size_t>(q)];
-      undoing.push_back(std::move(gate));
-    }
-  }
+  int pairs = size_of(last, qubits()).count;
   PauliFrame images = identity_images(qubits());
-  for (const structures::Gate& gate : undoing) images.apply(gate);
+  for (const structures::Gate& gate : std::views::reverse(network.gates)) {
+    if (!is_undone(gate)) continue;
+    images.apply(inverse_of(gate));
+    pairs += gate.qbits.size() == 2 ? 1 : 0;
+  }
+  for (const structures::Gate& gate : last) images.apply(gate);
 
   const Task task{.objective = objective,
                   .outputs = outputs,
@@ -170,11 +177,18 @@ void PauliRuns::close(PauliNetwork& network, int run, const std::vector<int>& na
   effort.steps = closing_steps;
   CliffordCircuit closing = search_clifford(images, task, effort);
   const bool is_off_edges = device != nullptr && target != nullptr;
-  if (is_off_edges || closing.size.count < size_of(undoing, qubits()).count) {
-    undoing = to_gates(closing.gates);
+  if (is_off_edges || closing.size.count < pairs) {
+    last = to_gates(closing.gates);
     network.wires = std::move(closing.wires);
+  } else {
+    const std::size_t made = network.gates.size();
+    network.gates.reserve(2 * made + last.size());
+    for (std::size_t k = made; k-- > 0;) {
+      if (is_undone(network.gates[k])) network.gates.push_back(inverse_of(network.gates[k]));
+    }
   }
-  network.gates.insert(network.gates.end(), undoing.begin(), undoing.end());
+  network.gates.insert(network.gates.end(), std::move_iterator(last.begin()),
+                       std::move_iterator(last.end()));
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/pauli/internal/network.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
@@ -19,8 +21,8 @@ Rotations select(const Rotations& rotations, const std::vector<int>& rows) {
   return chosen;
 }
 
-void append(std::vector<Gate>& circuit, const std::vector<Gate>& gates) {
-  circuit.insert(circuit.end(), gates.begin(), gates.end());
+void append(std::vector<Gate>& circuit, std::vector<Gate> gates) {
+  circuit.insert(circuit.end(), std::move_iterator(gates.begin()), std::move_iterator(gates.end()));
 }
 
 PhasePolynomial phases_of(const Rotations& diagonal) {
@@ -70,7 +72,7 @@ std::vector<Gate> synthesise_open_sets_on_graph(Rotations rotations, structures:
     structures::Table map(graph.n);
     append(gates, gray_synth_on_graph(phases_of(group), graph, map));
     for (const Gate& gate : gates) rotations.frame.apply(gate);
-    append(circuit, gates);
+    append(circuit, std::move(gates));
   }
   return circuit;
 }
@@ -96,9 +98,9 @@ std::vector<std::vector<int>> layers_in_order(const PauliFrame& frame) {
 std::vector<Gate> synthesise_in_order(Rotations rotations, const Synthesis& synthesis) {
   std::vector<Gate> circuit;
   for (const std::vector<int>& rows : layers_in_order(rotations.frame)) {
-    const std::vector<Gate> gates = synthesis(select(rotations, rows));
+    std::vector<Gate> gates = synthesis(select(rotations, rows));
     for (const Gate& gate : gates) rotations.frame.apply(gate);
-    append(circuit, gates);
+    append(circuit, std::move(gates));
   }
   return circuit;
 }

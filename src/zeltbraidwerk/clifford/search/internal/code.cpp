@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/echelon.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
 
@@ -103,12 +105,14 @@ PauliFrame with_light_gauge(const PauliFrame& images, int logical_qubits) {
 
 BitMatrix bits_of(const PauliFrame& strings) {
   const int n = strings.qubits();
+  const BitMatrix x = strings.x_planes().transposed();
+  const BitMatrix z = strings.z_planes().transposed();
   BitMatrix both(strings.rows(), 2 * n);
   for (int r = 0; r < strings.rows(); ++r) {
-    for (int q = 0; q < n; ++q) {
-      both.set(r, q, strings.x_planes().get(q, r));
-      both.set(r, n + q, strings.z_planes().get(q, r));
-    }
+    std::copy_n(x.row(r), x.stride(), both.row(r));
+    each_word(n, [&](std::size_t k, int width) {
+      write_bits(both.row(r), static_cast<std::size_t>(n) + k, width, z.row(r)[k / word_bits]);
+    });
   }
   return both;
 }
@@ -141,14 +145,8 @@ PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires) {
 }
 
 bool are_independent_stabilisers(const PauliFrame& strings) {
-  if (strings.rows() > strings.qubits()) return false;
-  std::vector<Word> odd(static_cast<std::size_t>(strings.words()));
-  for (int r = 0; r < strings.rows(); ++r) {
-    strings.anticommuting_rows(strings, r, odd.data());
-    if (std::ranges::any_of(odd, [](Word word) { return word != 0; })) return false;
-  }
-  BitMatrix both = bits_of(strings);
-  return reduce_rows_of(both) == strings.rows();
+  return strings.rows() <= strings.qubits() && strings.anticommuting().weight() == 0 &&
+         rank(bits_of(strings)) == strings.rows();
 }
 
 bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers) {

@@ -211,22 +211,23 @@ EncoderCircuit encoder_circuit(const GateList& list, const Code& code) {
     (wire < code.logical_qubits() ? circuit.logical_wires : zeros).push_back(place);
   }
   std::ranges::sort(zeros);
-  const std::vector<CliffordGate> gates = emitted(placed).gates;
+  circuit.gates = emitted(placed).gates;
   PauliFrame stabilisers = code.stabilisers;
-  undo(stabilisers, gates);
+  undo(stabilisers, circuit.gates);
   const std::vector<bool> flips = flips_for(stabilisers, zeros);
+  std::vector<CliffordGate> first;
   for (const int q : zeros) {
-    if (flips[static_cast<std::size_t>(q)]) circuit.gates.push_back({CliffordGate::Kind::x, q});
+    if (flips[static_cast<std::size_t>(q)]) first.push_back({CliffordGate::Kind::x, q});
   }
   PauliFrame logicals = code.logicals;
-  undo(logicals, gates);
+  undo(logicals, circuit.gates);
   for (int row = 0; row < logicals.rows(); ++row) {
     const int k = code.logical_qubits();
     if (!has_wrong_sign(logicals, row, flips)) continue;
     const int wire = circuit.logical_wires[static_cast<std::size_t>(row % k)];
-    circuit.gates.push_back({row < k ? CliffordGate::Kind::z : CliffordGate::Kind::x, wire});
+    first.push_back({row < k ? CliffordGate::Kind::z : CliffordGate::Kind::x, wire});
   }
-  circuit.gates.insert(circuit.gates.end(), gates.begin(), gates.end());
+  circuit.gates.insert(circuit.gates.begin(), first.begin(), first.end());
   circuit.wires = WireFrame(n).permutation();
   circuit.size = size_of(placed);
   return circuit;

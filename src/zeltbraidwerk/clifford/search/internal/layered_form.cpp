@@ -112,7 +112,8 @@ class LayeredForm {
   // What X on the inputs becomes is X on the outputs by the map, times Z by the graph after it; the
   // graph before it has given Z on the inputs its part of X.
   BitMatrix map() const { return parts(input_x_, output_z_); }
-  BitMatrix graph(int side) const {
+  BitMatrix graph(int side) {
+    settle(side);
     const BitMatrix back = inverse(map());
     return side == 1 ? product(parts(input_z_, output_z_), back)
                      : product(back, parts(input_x_, output_x_));
@@ -123,8 +124,14 @@ class LayeredForm {
   Labels& passed(int side) { return side == 1 ? input_z_ : output_x_; }
 
   void play(int side, const Gate& gate) {
-    rows_.multiply(side, gate);
     moves_.push_back({side, gate});
+    waiting_.push_back(gate);
+  }
+  /// Before rows are looked at.
+  void settle(int side) {
+    stop_point();
+    if (!waiting_.empty()) rows_.multiply(side, waiting_);
+    waiting_.clear();
   }
   /// Each is a gate as it is named but for one-qubit gates after it, which turn labels.
   void play_on_graph(int side, const GraphMove& move) {
@@ -151,11 +158,11 @@ class LayeredForm {
       }
     }
     for (const auto& matching : matchings_of(graph)) {
-      stop_point();
       for (const auto& [a, b] : matching) {
         play(side, {end_of(a, of(labels, a)), end_of(b, of(labels, b))});
       }
     }
+    settle(side);
   }
 
   /// From the last gate to the first. Each is a CNOT but for one-qubit gates after it, which turn
@@ -177,6 +184,7 @@ class LayeredForm {
       of(output_x_, control) ^= of(output_z_, control);
       of(output_z_, target) ^= of(output_x_, target);
     }
+    settle(0);
   }
 
   OperatorRows rows_;
@@ -184,6 +192,7 @@ class LayeredForm {
   Rng& rng_;
   Labels input_x_, input_z_, output_x_, output_z_;
   std::vector<OperatorReduction::Move> moves_;
+  std::vector<Gate> waiting_;  // the last ones, which the rows do not have yet
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/linear/search/internal/cut_bound.h"
 #include "zeltbraidwerk/linear/search/internal/device_rewriter.h"
@@ -15,20 +16,19 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// What a wire's labels have on each qubit, and how many letters in all.
+/// The qubits on which a wire's labels have letters, and how many.
 struct Images {
-  std::array<std::vector<int>, 4> of_label;
+  std::array<std::vector<Word>, 4> qubits;
   std::array<int, 4> letters{};
 };
 
 Images images_of(const OperatorRows& rows, int side, int wire) {
   Images images;
+  const int words = rows.words();
   for (std::size_t label = 1; label <= 3; ++label) {
-    std::vector<int>& image = images.of_label[label];
-    for (int q = 0; q < rows.wires(); ++q) {
-      image.push_back(rows.label_at(side, wire, static_cast<int>(label), q));
-      images.letters[label] += image.back() != 0 ? 1 : 0;
-    }
+    const Word* row = rows.row(side, wire, static_cast<int>(label));
+    for (int w = 0; w < words; ++w) images.qubits[label].push_back(row[w] | row[words + w]);
+    images.letters[label] = weight(images.qubits[label].data(), words);
   }
   return images;
 }
@@ -37,7 +37,8 @@ Images images_of(const OperatorRows& rows, int side, int wire) {
 int rank_beside(const Images& images, int qubit) {
   int zero = 0;
   for (std::size_t label = 1; label <= 3; ++label) {
-    const int there = images.of_label[label][static_cast<std::size_t>(qubit)] != 0 ? 1 : 0;
+    const Word word = images.qubits[label][static_cast<std::size_t>(qubit / word_bits)];
+    const auto there = static_cast<int>(word >> (qubit % word_bits) & 1);
     zero += images.letters[label] == there ? 1 : 0;
   }
   return zero == 3 ? 0 : zero == 1 ? 1 : 2;
@@ -68,6 +69,7 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
   int meetings = 0;
   int widest = 1;
   for (int wire = 0; wire < n; ++wire) {
+    stop_point();
     const Images images = images_of(rows, 0, wire);
     const Images back = images_of(rows, 1, wire);
     int least = outputs == Outputs::in_place ? rank_beside(images, wire) : 2;
@@ -78,9 +80,9 @@ LowerBound bound_of_operator(const OperatorRows& rows, Outputs outputs, const Bi
     bound.depth = std::max(bound.depth, least);
     for (std::size_t label = 1; label <= 3; ++label) {
       widest = std::max({widest, images.letters[label], back.letters[label]});
-      for (int q = 0; q < n; ++q) {
-        if (images.of_label[label][static_cast<std::size_t>(q)] != 0) groups.join(wire, n + q);
-      }
+      if (groups.joins() == 2 * n - 1) continue;
+      for_each_bit(images.qubits[label].data(), rows.words(),
+                   [&](int q) { groups.join(wire, n + q); });
     }
     if (outputs == Outputs::in_place) groups.join(wire, n + wire);
   }

@@ -1,37 +1,43 @@
 #include "zeltbraidwerk/clifford/search/internal/operator_rows.h"
 
+#include <algorithm>
 #include <bit>
 
+#include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 
 namespace zelt::braidwerk::internal {
+namespace {
 
-/// Label c on output i comes from what anticommutes with the labels whose images anticommute with
-/// it: the second side is the inverse of the first without a solver.
+/// Of the three rows of a wire.
+ZELTBRAIDWERK_CLONES
+int count_letters(const Word* row, int words) {
+  int letters = 0;
+  for (int label = 1; label < 4; ++label, row += 2 * words) {
+    for (int w = 0; w < words; ++w) letters += std::popcount(row[w] | row[words + w]);
+  }
+  return letters;
+}
+
+}  // namespace
+
 OperatorRows::OperatorRows(const PauliFrame& images)
     : wires_(images.qubits()),
       words_(words_for(wires_)),
       rows_(12 * static_cast<std::size_t>(wires_) * static_cast<std::size_t>(words_)),
       weights_(2 * static_cast<std::size_t>(wires_)) {
-  constexpr int label_of_letter[4] = {0, label_x, label_x | label_z, label_z};
+  const BitMatrix x = images.x_planes().transposed();
+  const BitMatrix z = images.z_planes().transposed();
   for (int q = 0; q < wires_; ++q) {
     for (const int label : {label_x, label_z}) {
-      const int row = label == label_x ? q : wires_ + q;
-      for (int i = 0; i < wires_; ++i) {
-        const int image = label_of_letter[images.letter(row, i)];
-        flip(1, q, label, i, image);
-        for (const int to : {label_x, label_z}) {
-          if (image != 0 && image != to) flip(0, i, to, q, label ^ 3);
-        }
-      }
+      const int image = label == label_x ? q : wires_ + q;
+      std::copy_n(x.row(image), words_, row(1, q, label));
+      std::copy_n(z.row(image), words_, row(1, q, label) + words_);
     }
+    sum_up(1, q);
+    weigh(1, q);
   }
-  for (int side = 0; side < 2; ++side) {
-    for (int i = 0; i < wires_; ++i) {
-      sum_up(side, i);
-      weigh(side, i);
-    }
-  }
+  mirror(1);
 }
 
 int OperatorRows::label_at(int side, int wire, int label, int at) const {
@@ -52,12 +58,31 @@ void OperatorRows::sum_up(int side, int wire) {
   }
 }
 
-void OperatorRows::weigh(int side, int wire) {
-  int letters = 0;
-  for (int label = 1; label < 4; ++label) {
-    const Word* r = row(side, wire, label);
-    for (int w = 0; w < words_; ++w) letters += std::popcount(r[w] | r[words_ + w]);
+/// Label c on wire i of the other side has on wire q what anticommutes with the labels whose rows
+/// on this side anticommute with it: the inverse without a solver.
+void OperatorRows::mirror(int side) {
+  // By the part of the rows of this side, and their label.
+  for (const int part : {label_x, label_z}) {
+    for (const int label : {label_x, label_z}) {
+      BitMatrix rows(wires_, wires_);
+      for (int q = 0; q < wires_; ++q) {
+        std::copy_n(row(side, q, label) + (part == label_x ? 0 : words_), words_, rows.row(q));
+      }
+      const BitMatrix columns = rows.transposed();
+      for (int i = 0; i < wires_; ++i) {
+        std::copy_n(columns.row(i), words_,
+                    row(1 - side, i, part ^ 3) + (label == label_x ? words_ : 0));
+      }
+    }
   }
+  for (int i = 0; i < wires_; ++i) {
+    sum_up(1 - side, i);
+    weigh(1 - side, i);
+  }
+}
+
+void OperatorRows::weigh(int side, int wire) {
+  const int letters = count_letters(row(side, wire, 1), words_);
   std::int16_t& weight = weights_[static_cast<std::size_t>(side * wires_ + wire)];
   if (side == 0) total_ += letters - weight;
   weight = static_cast<std::int16_t>(letters);
@@ -82,13 +107,25 @@ void OperatorRows::multiply(int side, const Gate& gate) {
       weigh(1 - side, q);
     }
   }
+  multiply_own(side, gate);
+  weigh(side, i);
+  weigh(side, j);
+}
+
+void OperatorRows::multiply(int side, std::span<const Gate> gates) {
+  for (const Gate& gate : gates) multiply_own(side, gate);
+  for (int i = 0; i < wires_; ++i) weigh(side, i);
+  mirror(side);
+}
+
+void OperatorRows::multiply_own(int side, const Gate& gate) {
+  const int i = wire_of(gate.a), j = wire_of(gate.b);
+  const int a = label_of(gate.a), b = label_of(gate.b);
   for (int w = 0; w < 2 * words_; ++w) {
     const Word sum = row(side, i, a)[w] ^ row(side, j, b)[w];
     for (const int label : other_labels[a]) row(side, i, label)[w] ^= sum;
     for (const int label : other_labels[b]) row(side, j, label)[w] ^= sum;
   }
-  weigh(side, i);
-  weigh(side, j);
 }
 
 std::uint64_t OperatorRows::hash() const {

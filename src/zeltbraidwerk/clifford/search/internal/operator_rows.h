@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
@@ -38,6 +39,8 @@ class OperatorRows {
   bool is_local() const { return total_ == 3 * wires_; }  ///< nothing but one-qubit gates is left
 
   void multiply(int side, const Gate& gate);
+  /// Gates one after the other: the other side follows at the end, from all rows of this one.
+  void multiply(int side, std::span<const Gate> gates);
   /// Blind to one-qubit gates after the operator and to the order of its outputs.
   std::uint64_t hash() const;
 
@@ -49,6 +52,8 @@ class OperatorRows {
     return rows_.data() + number(side, wire, label) * 2 * static_cast<std::size_t>(words_);
   }
   void flip(int side, int wire, int label, int at, int by);
+  void multiply_own(int side, const Gate& gate);
+  void mirror(int side);  ///< the other side from this one
   void sum_up(int side, int wire);
   void weigh(int side, int wire);
 

@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/clifford/search/internal/window_rewriter.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -281,19 +282,19 @@ class CliffordSearch : public SearchBase<GateList> {
 
 bool are_images_of_operator(const PauliFrame& images) {
   const int n = images.qubits();
-  // Row r, column s: how often r has X or Y where s has Z or Y, modulo 2.
-  const BitMatrix meets = product(images.x_planes().transposed(), images.z_planes());
-  for (int r = 0; r < 2 * n; ++r) {
-    for (int s = r + 1; s < 2 * n; ++s) {
-      if ((meets.get(r, s) != meets.get(s, r)) != (s == r + n)) return false;
-    }
+  BitMatrix wanted(2 * n, 2 * n);
+  for (int q = 0; q < n; ++q) {
+    wanted.set(q, n + q);
+    wanted.set(n + q, q);
   }
-  return true;
+  return images.anticommuting() == wanted;
 }
 
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
                        OnFewQubits on_few) {
+  stop_point();
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
+  stop_point();
   if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
   CliffordSearch search(images, task, effort, on_few);
   run_search(search);

@@ -42,17 +42,19 @@ StateGraph::StateGraph(const PauliFrame& stabilisers)
     if (pivot == n) continue;
     letters.swap_rows(q, pivot);
     edges.swap_rows(q, pivot);
-    for (int r = 0; r < n; ++r) {
-      if (r == q || !letters.get(r, q)) continue;
-      letters.add_row(q, r);
-      edges.add_row(q, r);
-    }
+    letters.clear_column(q, q, edges);
   }
   for (int q = 0; q < n; ++q) {
     const auto k = static_cast<std::size_t>(q);
     if (edges.get(q, q)) own[k] ^= other[k];
     edges.set(q, q, false);
   }
+}
+
+WireGroups StateGraph::groups() const {
+  WireGroups groups(edges.rows());
+  each_edge([&](int a, int b) { groups.join(a, b); });
+  return groups;
 }
 
 Gate StateGraph::play(const GraphMove& move) {

@@ -6,6 +6,7 @@
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/walk.h"
+#include "zeltbraidwerk/search/internal/wire_groups.h"
 
 namespace zelt::braidwerk::internal {
 
@@ -32,6 +33,9 @@ struct StateGraph {
       });
     }
   }
+
+  /// Qubits that are joined by edges: the finest groups into which the state is a product.
+  WireGroups groups() const;
 
   /// Changes edges, and returns the gate of the state that does; labels turn by it.
   Gate play(const GraphMove& move);

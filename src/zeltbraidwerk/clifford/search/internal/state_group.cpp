@@ -43,12 +43,13 @@ StateGroup::StateGroup(const PauliFrame& generators)
       basis_(generators_, n_, capacity_) {
   const BitMatrix x = generators.x_planes().transposed();
   const BitMatrix z = generators.z_planes().transposed();
+  const std::vector<int> weights = generators.weights();
   for (int r = 0; r < generators_; ++r) {
     for (int w = 0; w < words_; ++w) {
       x_[at(w, index(r))] = x.row(r)[w];
       z_[at(w, index(r))] = z.row(r)[w];
     }
-    weights_[index(r)] = static_cast<Word>(generators.weight(r));
+    weights_[index(r)] = static_cast<Word>(weights[index(r)]);
   }
   settle();
 }

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
@@ -37,9 +36,8 @@ GateList with_logical_inputs_first(GateList list, const StateGroup& group) {
 
 }  // namespace
 
-GateList by_graph(const PauliFrame& stabilisers, Objective objective) {
-  const StateGraph form(stabilisers);
-  const int n = stabilisers.qubits();
+GateList by_graph(const StateGraph& form, Objective objective) {
+  const int n = form.edges.rows();
   GateList list(n, {});
   const auto join = [&](int a, int b) {
     list.gates.push_back({end_of(a, label_x), end_of(b, label_x)});

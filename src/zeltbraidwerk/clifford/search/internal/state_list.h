@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/state_graph.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
 #include "zeltbraidwerk/search/internal/walk.h"
 
@@ -14,7 +15,7 @@ namespace zelt::braidwerk::internal {
 
 /// The plain circuit: brought to the form of a graph state, one gate per edge. Of a graph the edges
 /// are its own. In the order of an edge colouring where few layers are wanted.
-GateList by_graph(const PauliFrame& stabilisers, Objective objective);
+GateList by_graph(const StateGraph& form, Objective objective);
 
 /// The circuit that is undone by these gates, which left `group` with each generator alone on its
 /// qubit.

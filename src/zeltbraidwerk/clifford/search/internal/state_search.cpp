@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -30,10 +31,14 @@ class CodeSearch : public SearchByBoth<GateList> {
  public:
   CodeSearch(const Code& code, const Task& task, const Effort& effort)
       : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
-    const WireGroups entangled = entangled_groups(code.stabilisers);
-    meter_.prove(bound_of_state(code.stabilisers, entangled.joins(), entangled.largest()));
-    offer(code.logical_qubits() == 0 ? by_graph(code.stabilisers, task.objective)
-                                     : wanted(eliminated_code(start_), code.logicals));
+    if (code.logical_qubits() == 0) {
+      const StateGraph form(code.stabilisers);
+      prove(form.groups());
+      offer(by_graph(form, task.objective));
+    } else {
+      prove(entangled_groups(code.stabilisers));
+      offer(wanted(eliminated_code(start_), code.logicals));
+    }
     if (task.start != nullptr) offer(*task.start);
   }
 
@@ -89,6 +94,10 @@ class CodeSearch : public SearchByBoth<GateList> {
   }
 
  private:
+  void prove(const WireGroups& entangled) {
+    meter_.prove(bound_of_state(code_.stabilisers, entangled.joins(), entangled.largest()));
+  }
+
   using SearchByBoth::offer;
   void offer(const GateList& list) { offer(list, size_of(list), Origin::certain); }
 
@@ -286,7 +295,13 @@ GateList state_list(const PauliFrame& stabilisers, const Task& task, Effort& eff
 
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {
   CodeSearch search(code, task, effort);
+  // The plain circuit of many wires stays the best for long, and is written before a stop.
+  std::optional<EncoderCircuit> plain;
+  if (code.qubits() > state_tuning.most_written_late) {
+    plain = encoder_circuit(search.incumbent().circuit(), code);
+  }
   run_search(search);
+  if (plain && plain->size == search.incumbent().size()) return *std::move(plain);
   return encoder_circuit(search.incumbent().circuit(), code);
 }
 

@@ -122,7 +122,8 @@ inline OperatorCost layer_cost(int wires) {
 
 struct StateTuning {
   int quick_wires = 64;  ///< up to here the greedy run is made whatever the effort: milliseconds
-  int first_sets = 100;  ///< information sets that the first beams begin from
+  int most_written_late = 1500;  ///< qubits; a circuit of more takes 0.1 s to write, with its signs
+  int first_sets = 100;          ///< information sets that the first beams begin from
   int sets_at_once = 10;
   int first_width = 4;  ///< of the first beam after the greedy run
   int patience = 100;   ///< levels of a beam without a better score

@@ -4,6 +4,8 @@
 #include <bit>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 
 Scheduler::Scheduler(int wires)
@@ -88,7 +90,7 @@ int Scheduler::tighten(std::vector<Gate>& gates) {
 
 int Scheduler::settle(std::vector<Gate>& gates) {
   int depth = tighten(gates);
-  for (int last = depth + 1; depth < last;) {
+  for (int last = depth + 1; depth < last && !StopScope::is_over();) {
     last = depth;
     depth = tighten(gates);
   }

@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/internal/block_recursion.h"
 #include "zeltbraidwerk/linear/internal/closing.h"
 #include "zeltbraidwerk/linear/internal/elimination.h"
@@ -71,6 +72,7 @@ class ShallowSearch : public SearchBase<GateList> {
     Meter meter(whole);
     const bool found = n_ > 1 && series_.run(rng_, meter);
     consider(found ? series_.circuit() : eliminated(m_));
+    if (StopScope::is_over()) return;
     // Of sparse matrices the elimination by pairs may have fewer layers. Others go on without it.
     GateList pairs = by_pairs(m_, Facing::plain);
     const CircuitSize size{pairs.count(), scheduler_.settle(pairs.gates)};
@@ -158,7 +160,7 @@ class ShallowSearch : public SearchBase<GateList> {
     GateList best = gate_list(close_by_swaps(free_circuit(list)));
     int least = scheduler_.settle(best.gates);
     try {
-      for (int k = 0; k < shallow_tuning.closings; ++k) {
+      for (int k = 0; k < shallow_tuning.closings && !StopScope::is_over(); ++k) {
         GateList within = closed_within_gates(list, rng_);
         const int depth = scheduler_.settle(within.gates);
         if (std::tuple(depth, within.count()) >= std::tuple(least, best.count())) continue;

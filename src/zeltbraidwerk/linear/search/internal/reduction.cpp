@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/search/internal/reduction_gains.h"
 
 namespace zelt::braidwerk::internal {
@@ -143,12 +144,14 @@ void Reduction::score_children(const State& state) {
     if (kind < 2) {
       float* out = gains_[side].data();
       for (const std::uint16_t to : targets_[side]) {
+        stop_point();
         gains_of_line(lines, to, curvatures_.data(), rises_.data(), f, out);
         out += size;
       }
     } else {
       // Line i of M gains line j: line j of N gains line i.
       for (int j = 0; j < n_; ++j) {
+        stop_point();
         gains_of_line(lines, j, curvatures_.data(), rises_.data(), f, row_.data());
         float* out = gains_[side].data() + j;
         for (const std::uint16_t to : targets_[side]) {
