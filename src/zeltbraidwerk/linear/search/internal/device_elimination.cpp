@@ -9,6 +9,7 @@
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
+#include "zeltbraidwerk/linear/search/internal/wire_rings.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/linear/search/internal/wire_tree.h"
 #include "zeltbraidwerk/search/internal/beam.h"
@@ -16,12 +17,6 @@
 namespace zelt::braidwerk::internal {
 
 namespace {
-
-/// Rings around each vertex: what lies at distance 1, 2, ... by ways through those left.
-struct Rings {
-  std::vector<Word> words;  // one ring after the other
-  std::vector<int> first;   // by vertex, in rings; one more at the end
-};
 
 /// An estimate of the gates that a line will take: 2 D - 1 for each wire, where D is how much
 /// farther away it is than the nearest ring before it that has wires of the line.
@@ -99,7 +94,7 @@ class Elimination {
       stop_point();
       WireSet<W> left = state.left;
       left.erase(v);
-      draw_rings(left);
+      rings_.draw(near_, left);
       const std::uint64_t seed = rng.next();
       for (int first = 0; first < 4; ++first) {
         once_ = state;
@@ -190,35 +185,12 @@ class Elimination {
     }
   }
 
-  void draw_rings(const WireSet<W>& left) {
-    rings_.words.clear();
-    rings_.first.assign(1, 0);
-    for (int v = 0; v < n_; ++v) {
-      int count = rings_.first.back();
-      if (left.contains(v)) {
-        WireSet<W> reached;
-        reached.insert(v);
-        for (WireSet<W> ring = near(v) & left; !ring.empty(); ++count) {
-          rings_.words.insert(rings_.words.end(), ring.words.begin(), ring.words.end());
-          reached |= ring;
-          WireSet<W> next;
-          ring.for_each([&](int w) { next |= near(w); });
-          ring = without(next & left, reached);
-        }
-      }
-      rings_.first.push_back(count);
-    }
-  }
-
   int cost_left(const State& state) const {
     int cost = 0;
     state.left.for_each([&](int v) {
-      const int first = rings_.first[static_cast<std::size_t>(v)];
-      const int count = rings_.first[static_cast<std::size_t>(v) + 1] - first;
-      const Word* rings = rings_.words.data() + static_cast<std::ptrdiff_t>(first) * W;
       for (int kind = 0; kind < 4; ++kind) {
         cost += cost_of_line(state.lines[static_cast<std::size_t>(kind * n_ + v)].words.data(),
-                             state.left.words.data(), rings, count, W);
+                             state.left.words.data(), rings_.of(v), rings_.count(v), W);
       }
     });
     return cost;
@@ -239,7 +211,7 @@ class Elimination {
   DeviceEliminationOptions options_;
   int n_;
   std::vector<WireSet<W>> near_;
-  Rings rings_;                  // scratch, of what is left after the vertex in question
+  WireRings<W> rings_;           // scratch, of what is left after the vertex in question
   std::vector<int> candidates_;  // scratch
   WireTree<W> tree_;             // scratch
   State once_;                   // scratch
