@@ -11,6 +11,7 @@
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/linear/search/internal/leaving_wires.h"
 #include "zeltbraidwerk/linear/search/internal/wire_rings.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/linear/search/internal/wire_tree.h"
@@ -32,7 +33,8 @@ ZELTBRAIDWERK_CLONES int cost_of_rows(const Word* planes, std::size_t apart, con
       for (int w = 0; w < stride; ++w) {
         const Word* word = planes + w;
         const Word x = (label & label_x ? word[0] : 0) ^ (label & label_z ? word[2 * apart] : 0);
-        const Word z = (label & label_x ? word[apart] : 0) ^ (label & label_z ? word[3 * apart] : 0);
+        const Word z =
+            (label & label_x ? word[apart] : 0) ^ (label & label_z ? word[3 * apart] : 0);
         letters += std::popcount((x | z) & left[w] & rings[k * stride + w]);
       }
       cost += letters * (2 * gap - 1);
@@ -68,9 +70,9 @@ class Elimination {
   using Gates = std::vector<OperatorReduction::Move>;
 
   explicit Elimination(const BitGraph& graph)
-      : graph_(graph),
-        n_(graph.size()),
+      : n_(graph.size()),
         near_(at(n_)),
+        leaving_(graph, clifford_tuning.tried_on_device),
         letters_(at(n_)),
         watched_(at(n_)) {
     for (int v = 0; v < n_; ++v) {
@@ -95,12 +97,7 @@ class Elimination {
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    VertexSet left(n_);
-    std::copy_n(state.left.words.begin(), left.count(), left.words());
-    const VertexSet wires = non_cutting(graph_, left);
-    const int count = wires.members();
-    wires.for_each([&](int wire) {
-      if (rng.below(count) >= clifford_tuning.tried_on_device) return;
+    for (const int wire : leaving_.of(near_, state.left, rng)) {
       Set rest = state.left;
       rest.erase(wire);
       rings_.draw(near_, rest);
@@ -129,15 +126,11 @@ class Elimination {
           }
         }
       }
-    });
+    }
   }
 
   std::uint64_t hash(const State&, const Move& move) const { return move.hash; }
-  bool done(const State& state) const {
-    int left = 0;
-    for (const Word word : state.left.words) left += std::popcount(word);
-    return left < 2;
-  }
+  bool done(const State& state) const { return state.left.members() < 2; }
   void make(State& state, const Move& move) { make(state, move, nullptr); }
 
   Gates gates(State state, const std::vector<Move>& moves) {
@@ -205,7 +198,8 @@ class Elimination {
         const auto [a, b] = filling(parent, child, draws);
         apply(state, side, parent, a, child, b, gates);
       }
-      const int label = parent == row.wire && row.kept != 0 ? row.kept : clearing(parent, child, draws);
+      const int label =
+          parent == row.wire && row.kept != 0 ? row.kept : clearing(parent, child, draws);
       apply(state, side, parent, label, child, letters_[at(child)], gates);
     }
     constexpr int dual[] = {3, 1, 2, 0};  // what anticommutes with X has a Z part
@@ -312,9 +306,9 @@ class Elimination {
     return hash;
   }
 
-  const BitGraph& graph_;
   int n_;
   std::vector<Set> near_;
+  LeavingWires<W> leaving_;
   WireRings<W> rings_;        // scratch, of what is left after the wire in question
   WireTree<W> tree_;          // scratch
   std::vector<int> letters_;  // scratch, of the row that is brought down

@@ -21,9 +21,7 @@ constexpr const CliffordTuning& tuning = clifford_tuning;
 class CliffordDeviceSearch : public SearchBase<GateList> {
  public:
   CliffordDeviceSearch(const OperatorRows& rows, const Task& task, const Effort& effort)
-      : SearchBase(task, effort),
-        rows_(rows),
-        wires_(rows.wires()) {
+      : SearchBase(task, effort), rows_(rows), wires_(rows.wires()) {
     meter_.prove(bound_of_operator(rows, task.outputs, task.device));
   }
 

@@ -38,7 +38,7 @@ struct CliffordTuning {
   std::array<int, 6> device_widths{1, 3, 10, 30, 100, 300};
   std::uint64_t device_steps = 150;  ///< n^3 min(n, 24) / 150 + 1 for each of the width
   std::uint64_t device_wires = 24;
-  int tried_on_device = 24;  ///< about this number of wires may go next
+  int tried_on_device = 8;  ///< wires that may go next, see LeavingWires
   double device_noise = 0.01;
   double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
   int device_starts = 4;      ///< each round, walked from for its steps

@@ -8,6 +8,7 @@
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/linear/search/internal/leaving_wires.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/linear/search/internal/wire_rings.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
@@ -68,7 +69,7 @@ class Elimination {
   };
 
   Elimination(const BitGraph& graph, const DeviceEliminationOptions& options)
-      : graph_(graph), options_(options), n_(graph.size()), near_(static_cast<std::size_t>(n_)) {
+      : n_(graph.size()), near_(static_cast<std::size_t>(n_)), leaving_(graph, options.vertices) {
     for (int v = 0; v < n_; ++v) {
       graph.for_each_neighbour(v, [&](int w) { near_[static_cast<std::size_t>(v)].insert(w); });
     }
@@ -90,7 +91,7 @@ class Elimination {
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    for (const int v : candidates(state, rng)) {
+    for (const int v : leaving_.of(near_, state.left, rng)) {
       stop_point();
       WireSet<W> left = state.left;
       left.erase(v);
@@ -132,25 +133,6 @@ class Elimination {
  private:
   WireSet<W>& line(State& state, int kind, int k) const {
     return state.lines[static_cast<std::size_t>(kind * n_ + k)];
-  }
-  const WireSet<W>& near(int v) const { return near_[static_cast<std::size_t>(v)]; }
-
-  const std::vector<int>& candidates(const State& state, Rng& rng) {
-    VertexSet left(n_);
-    std::copy_n(state.left.words.begin(), left.count(), left.words());
-    VertexSet may_go = non_cutting(graph_, left);
-    if (may_go.empty()) may_go = left;  // the last one
-    candidates_.clear();
-    may_go.for_each([&](int v) { candidates_.push_back(v); });
-    const auto wanted = static_cast<std::size_t>(options_.vertices);
-    if (candidates_.size() > wanted) {
-      for (std::size_t k = 0; k < wanted; ++k) {
-        const int over = rng.below(static_cast<int>(candidates_.size() - k));
-        std::swap(candidates_[k], candidates_[k + static_cast<std::size_t>(over)]);
-      }
-      candidates_.resize(wanted);
-    }
-    return candidates_;
   }
 
   void make(State& state, const Move& move, std::vector<Addition>* additions) {
@@ -207,15 +189,13 @@ class Elimination {
     return hash;
   }
 
-  const BitGraph& graph_;
-  DeviceEliminationOptions options_;
   int n_;
   std::vector<WireSet<W>> near_;
-  WireRings<W> rings_;           // scratch, of what is left after the vertex in question
-  std::vector<int> candidates_;  // scratch
-  WireTree<W> tree_;             // scratch
-  State once_;                   // scratch
-  State twice_;                  // scratch
+  LeavingWires<W> leaving_;
+  WireRings<W> rings_;  // scratch, of what is left after the vertex in question
+  WireTree<W> tree_;    // scratch
+  State once_;          // scratch
+  State twice_;         // scratch
 };
 
 template <int W>
