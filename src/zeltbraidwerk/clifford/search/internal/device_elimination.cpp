@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "zeltbraidwerk/clifford/search/internal/packed_rows.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/clones.h"
@@ -54,7 +55,7 @@ class Elimination {
  public:
   using Set = WireSet<W>;
   struct State {
-    std::vector<Set> lines;  ///< of side s and plane k those from (4 s + k) n on, one for each wire
+    PackedRows<W> rows;
     Set left;
     int gates = 0;
   };
@@ -81,16 +82,7 @@ class Elimination {
   }
 
   State start(const OperatorRows& rows) const {
-    State state;
-    state.lines.resize(8 * at(n_));
-    for (int side = 0; side < 2; ++side) {
-      for (int plane = 0; plane < 4; ++plane) {
-        for (int v = 0; v < n_; ++v) {
-          const Word* row = rows.row(side, v, plane / 2 + 1) + plane % 2 * rows.words();
-          std::copy_n(row, rows.words(), line(state, side, plane, v).words.begin());
-        }
-      }
-    }
+    State state{PackedRows<W>(rows), {}, 0};
     for (int v = 0; v < n_; ++v) state.left.insert(v);
     return state;
   }
@@ -149,19 +141,6 @@ class Elimination {
   };
 
   static std::size_t at(int k) { return static_cast<std::size_t>(k); }
-  Set& line(State& state, int side, int plane, int v) const {
-    return state.lines[at((4 * side + plane) * n_ + v)];
-  }
-  const Set& line(const State& state, int side, int plane, int v) const {
-    return state.lines[at((4 * side + plane) * n_ + v)];
-  }
-  /// The X parts of a row, or its Z parts.
-  Set part_of(const State& state, int side, int v, int label, int part) const {
-    Set sum;
-    if ((label & label_x) != 0) sum ^= line(state, side, part, v);
-    if ((label & label_z) != 0) sum ^= line(state, side, 2 + part, v);
-    return sum;
-  }
 
   void make(State& state, const Move& move, Gates* gates) {
     bring_down(state, {move.side, move.wire, move.label, 0, move.second}, move.seed, gates);
@@ -171,9 +150,7 @@ class Elimination {
 
   /// The row (s, i, c) with the letter d alone on its own wire is also the row (1 - s, i, d).
   Row second_row(const State& state, const Move& move) const {
-    const int x = part_of(state, move.side, move.wire, move.label, 0).contains(move.wire);
-    const int z = part_of(state, move.side, move.wire, move.label, 1).contains(move.wire);
-    const int kept = x * label_x | z * label_z;
+    const int kept = state.rows.letter(move.side, move.wire, move.label, move.wire);
     if (!move.crosses) return {move.side, move.wire, move.second, kept, 0};
     const int other = other_labels[kept][move.seed >> 40 & 1];
     return {1 - move.side, move.wire, other, move.label, 0};
@@ -181,15 +158,15 @@ class Elimination {
 
   /// Leaves a row with one letter, on its own wire: along a tree, leaves first.
   void bring_down(State& state, const Row& row, std::uint64_t seed, Gates* gates) {
-    const Set x = part_of(state, row.side, row.wire, row.label, 0);
-    const Set z = part_of(state, row.side, row.wire, row.label, 1);
+    const Set x = state.rows.part(row.side, row.wire, row.label, 0);
+    const Set z = state.rows.part(row.side, row.wire, row.label, 1);
     Set letters = x;
     letters |= z;
     const auto& edges = tree_.grow(letters & state.left, row.wire, near_, state.left, seed);
     if (edges.empty()) return;
     read(x, z, letters_);
-    read(part_of(state, row.side, row.wire, row.watched, 0),
-         part_of(state, row.side, row.wire, row.watched, 1), watched_);
+    read(state.rows.part(row.side, row.wire, row.watched, 0),
+         state.rows.part(row.side, row.wire, row.watched, 1), watched_);
     TreeDraws draws(Rng::mixed(seed));
     const int side = 1 - row.side;
     for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) {
@@ -202,10 +179,7 @@ class Elimination {
           parent == row.wire && row.kept != 0 ? row.kept : clearing(parent, child, draws);
       apply(state, side, parent, label, child, letters_[at(child)], gates);
     }
-    constexpr int dual[] = {3, 1, 2, 0};  // what anticommutes with X has a Z part
-    for (int plane = 0; plane < 4; ++plane) {
-      transpose(&line(state, side, plane, 0), &line(state, row.side, dual[plane], 0), n_);
-    }
+    state.rows.carry_over(side);
   }
 
   void read(const Set& x, const Set& z, std::vector<int>& letters) const {
@@ -257,14 +231,7 @@ class Elimination {
   Pair watched(int parent, int child) const { return {watched_[at(parent)], watched_[at(child)]}; }
 
   void apply(State& state, int side, int i, int a, int j, int b, Gates* gates) {
-    for (int part = 0; part < 2; ++part) {
-      Set sum = part_of(state, side, i, a, part);
-      sum ^= part_of(state, side, j, b, part);
-      for (const auto& [v, label] : {std::pair{i, a}, {j, b}}) {
-        if (label != label_x) line(state, side, part, v) ^= sum;
-        if (label != label_z) line(state, side, 2 + part, v) ^= sum;
-      }
-    }
+    state.rows.multiply(side, i, a, j, b);
     for (std::vector<int>* row : {&letters_, &watched_}) {
       const auto [on_a, on_b] = after({(*row)[at(i)], (*row)[at(j)]}, a, b);
       (*row)[at(i)] = on_a;
@@ -280,7 +247,7 @@ class Elimination {
     int cost = 0;
     state.left.for_each([&](int v) {
       for (int side = 0; side < 2; ++side) {
-        cost += cost_of_rows(line(state, side, 0, v).words.data(), at(n_) * W,
+        cost += cost_of_rows(state.rows.lines(side, v), state.rows.apart(),
                              state.left.words.data(), rings_.of(v), rings_.count(v), W);
       }
     });
@@ -288,20 +255,7 @@ class Elimination {
   }
 
   std::uint64_t hash_of(const State& state) const {
-    std::uint64_t hash = 0;
-    for (int v = 0; v < n_; ++v) {
-      std::uint64_t of_wire = 0;
-      for (int label = 1; label < 4; ++label) {
-        std::uint64_t of_row = 0;
-        for (int part = 0; part < 2; ++part) {
-          for (const Word word : part_of(state, 0, v, label, part).words) {
-            of_row = Rng::mixed(of_row + word + 0x9e3779b97f4a7c15U);
-          }
-        }
-        of_wire += of_row;
-      }
-      hash = Rng::mixed(hash + of_wire);
-    }
+    std::uint64_t hash = state.rows.hash();
     for (const Word word : state.left.words) hash = Rng::mixed(hash ^ word);
     return hash;
   }
