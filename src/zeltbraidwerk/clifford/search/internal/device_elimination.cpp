@@ -247,8 +247,8 @@ class Elimination {
     int cost = 0;
     state.left.for_each([&](int v) {
       for (int side = 0; side < 2; ++side) {
-        cost += cost_of_rows(state.rows.lines(side, v), state.rows.apart(),
-                             state.left.words.data(), rings_.of(v), rings_.count(v), W);
+        cost += cost_of_rows(state.rows.lines(side, v), state.rows.apart(), state.left.words.data(),
+                             rings_.of(v), rings_.count(v), W);
       }
     });
     return cost;
