@@ -10,7 +10,6 @@
 #include "zeltbraidwerk/graphs/internal/hamiltonian_path.h"
 #include "zeltbraidwerk/linear/search/internal/plane_sorting.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
-#include "zeltbraidwerk/search/internal/beam.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
 
@@ -22,15 +21,11 @@ constexpr const CliffordTuning& tuning = clifford_tuning;
 class CliffordDeviceSearch : public SearchBase<GateList> {
  public:
   CliffordDeviceSearch(const OperatorRows& rows, const Task& task, const Effort& effort)
-      : SearchBase(task, effort),
-        rows_(rows),
-        wires_(rows.wires()),
-        problem_(*task.device),
-        start_(problem_.start(rows)) {
+      : SearchBase(task, effort), rows_(rows), wires_(rows.wires()) {
     meter_.prove(bound_of_operator(rows, task.outputs, task.device));
   }
 
-  static Schedule schedule() { return tuning.rounds; }
+  static Schedule schedule() { return tuning.device_rounds; }
 
   void first() {
     if (task_.start != nullptr) {
@@ -44,8 +39,9 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
     Rng draws(task_.seed, ~task_.stream);  // the rounds have the same draws without sorting
     // First, as on many wires it takes a tenth of the time of an elimination.
     const CircuitSize sorted = path_.empty() ? CircuitSize{} : offer_sorted(0, 1, draws, own);
-    const GateList list = eliminated(1, own);
-    incumbent_.offer(list, size_of(list), Origin::certain);
+    if (const auto list = eliminate_on_device(rows_, *task_.device, 1, rng_, own)) {
+      incumbent_.offer(*list, size_of(*list), Origin::certain);
+    }
     stop_if_lagging(sorted, 1);
     for (int way = 1; way < 4 && !path_.empty(); ++way) {
       stop_if_lagging(offer_sorted(way, 1, draws, own), 1);
@@ -55,18 +51,18 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   bool finished() const { return incumbent_.size().count <= 1; }
 
   void round(const Round& round) {
-    const PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs);
+    PlacedRewriter rewriter(window_wires(round.number), *task_.device, task_.outputs);
     if (!path_.empty()) {
       const int width = sorting_width(wires_, PlaneGates::cliffords, task_.objective, round);
       stop_if_lagging(offer_sorted(round.number, width, rng_, meter_), width);
     }
-    if (const int width = width_for(round.steps); width > 0) {
-      GateList found = eliminated(width, meter_);
-      if (meter_.ended()) return;
-      incumbent_.offer(found, size_of(found), Origin::certain);
-      walk(std::move(found), rewriter, round.steps / tuning.new_part);
+    // Where sorted circuits are the best, and for few layers, new ones are of less use.
+    if (task_.by_depth() || !path_.empty()) {
+      begin_anew(rewriter, round.steps, round.steps / tuning.new_part);
+      walk_from_best(rewriter, round.steps);
+    } else {
+      begin_often(rewriter, round.steps);
     }
-    walk(incumbent_.circuit(), rewriter, round.steps);
     if (!task_.by_depth()) return;
     anneal_depth(incumbent_.circuit(), rewriter, round.steps, rng_, meter_,
                  [this](const GateList& list, int depth) {
@@ -75,6 +71,37 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   }
 
  private:
+  /// A new circuit after a walk of its own; nothing where there is no time for a beam.
+  std::optional<GateList> begin_anew(PlacedRewriter& rewriter, std::uint64_t beam_steps,
+                                     std::uint64_t walk_steps) {
+    const int width = width_for(beam_steps);
+    if (width == 0) return std::nullopt;
+    auto fresh = eliminate_on_device(rows_, *task_.device, width, rng_, meter_);
+    if (!fresh) return std::nullopt;
+    incumbent_.offer(*fresh, size_of(*fresh), Origin::certain);
+    walk(*fresh, rewriter, walk_steps);
+    return fresh;
+  }
+
+  /// The best of some new circuits is walked from for longer, and then once more the best of all.
+  void begin_often(PlacedRewriter& rewriter, std::uint64_t steps) {
+    Smallest<GateList> winner(Objective::count);
+    for (int k = 0; k < tuning.device_starts; ++k) {
+      auto fresh = begin_anew(rewriter, steps, steps);
+      if (fresh) winner.offer(std::move(*fresh), size_of(*fresh));
+    }
+    if (!winner.empty()) {
+      GateList list = winner.circuit();
+      walk(list, rewriter, tuning.walk_from_winner * steps);
+    }
+    walk_from_best(rewriter, tuning.walk_from_best * steps);
+  }
+
+  void walk_from_best(PlacedRewriter& rewriter, std::uint64_t steps) {
+    GateList list = incumbent_.circuit();
+    walk(list, rewriter, steps);
+  }
+
   /// The widest beam that takes no more time than the walk of the round.
   int width_for(std::uint64_t steps) const {
     const auto n = static_cast<std::uint64_t>(wires_);
@@ -125,16 +152,7 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   }
   static std::size_t at(int k) { return static_cast<std::size_t>(k); }
 
-  /// The best circuit so far where the beam finds none.
-  GateList eliminated(int width, Meter& meter) {
-    const BeamOptions options{.width = width, .patience = wires_, .noise = tuning.device_noise};
-    BeamSearch<DeviceElimination> search(problem_, options, rng_, meter);
-    const auto found = search.run(start_);
-    if (!found.empty()) return circuit_of(found[0].state.rows, found[0].state.gates);
-    return incumbent_.empty() ? GateList(wires_, {}) : incumbent_.circuit();
-  }
-
-  void walk(GateList list, PlacedRewriter rewriter, std::uint64_t steps) {
+  void walk(GateList& list, PlacedRewriter& rewriter, std::uint64_t steps) {
     walk_to_shallow(list, rewriter, steps, tuning.cooling_on_device, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
                       incumbent_.offer(shorter, size, Origin::lowering_count);
@@ -144,8 +162,6 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   const OperatorRows& rows_;
   int wires_;
   std::vector<int> path_;  // to sort along; empty: there is none, or others do better
-  DeviceElimination problem_;
-  DeviceElimination::State start_;
 };
 
 }  // namespace

@@ -33,13 +33,17 @@ struct CliffordTuning {
   std::uint64_t one_sided_wires = 64;
   int patience = 30;        ///< levels without a better score, and one more for each wire
   double tie_noise = 1e-3;  ///< in the smallest change of the score
-  // Beams of eliminations on a device.
+  // Beams of eliminations on a device, and what is made of them: random operators on tokyo, grids.
+  Schedule device_rounds{.first_steps = 1 << 13, .most_growths = 37};
   std::array<int, 6> device_widths{1, 3, 10, 30, 100, 300};
-  std::uint64_t device_steps = 8;  ///< n^3 min(n, 24) / 8 + 1 for each of the width
+  std::uint64_t device_steps = 150;  ///< n^3 min(n, 24) / 150 + 1 for each of the width
   std::uint64_t device_wires = 24;
-  int tried_on_device = 24;  ///< about this number of wires may go next
+  int tried_on_device = 8;  ///< wires that may go next, see LeavingWires
   double device_noise = 0.01;
-  double weight_left = 0.07;     ///< of a gate that is left to be done, next to the gates so far
+  double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
+  int device_starts = 4;      ///< each round, walked from for its steps
+  std::uint64_t walk_from_winner = 2;  ///< in walks of a start
+  std::uint64_t walk_from_best = 4;
   int path_operations = 10'000;  ///< for a Hamiltonian path
   // Parts of the steps of a round: one in this many.
   std::uint64_t new_part = 2;       ///< from a new beginning
@@ -73,7 +77,7 @@ struct CliffordTuning {
   Cooling cooling{0.3F, 0.003F};
   Cooling cooling_in_place{0.1F, 0.003F};
   /// Hot, as few circuits of a window are equally short.
-  Cooling cooling_on_device{1.0F, 0.1F};
+  Cooling cooling_on_device{0.5F, 0.02F};
   Schedule rounds{.first_steps = 1 << 14, .most_growths = 36};
 };
 inline constexpr CliffordTuning clifford_tuning;

@@ -8,7 +8,9 @@
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/linear/search/internal/leaving_wires.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
+#include "zeltbraidwerk/linear/search/internal/wire_rings.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
 #include "zeltbraidwerk/linear/search/internal/wire_tree.h"
 #include "zeltbraidwerk/search/internal/beam.h"
@@ -16,12 +18,6 @@
 namespace zelt::braidwerk::internal {
 
 namespace {
-
-/// Rings around each vertex: what lies at distance 1, 2, ... by ways through those left.
-struct Rings {
-  std::vector<Word> words;  // one ring after the other
-  std::vector<int> first;   // by vertex, in rings; one more at the end
-};
 
 /// An estimate of the gates that a line will take: 2 D - 1 for each wire, where D is how much
 /// farther away it is than the nearest ring before it that has wires of the line.
@@ -73,7 +69,7 @@ class Elimination {
   };
 
   Elimination(const BitGraph& graph, const DeviceEliminationOptions& options)
-      : graph_(graph), options_(options), n_(graph.size()), near_(static_cast<std::size_t>(n_)) {
+      : n_(graph.size()), near_(static_cast<std::size_t>(n_)), leaving_(graph, options.vertices) {
     for (int v = 0; v < n_; ++v) {
       graph.for_each_neighbour(v, [&](int w) { near_[static_cast<std::size_t>(v)].insert(w); });
     }
@@ -95,11 +91,11 @@ class Elimination {
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    for (const int v : candidates(state, rng)) {
+    for (const int v : leaving_.of(near_, state.left, rng)) {
       stop_point();
       WireSet<W> left = state.left;
       left.erase(v);
-      draw_rings(left);
+      rings_.draw(near_, left);
       const std::uint64_t seed = rng.next();
       for (int first = 0; first < 4; ++first) {
         once_ = state;
@@ -138,25 +134,6 @@ class Elimination {
   WireSet<W>& line(State& state, int kind, int k) const {
     return state.lines[static_cast<std::size_t>(kind * n_ + k)];
   }
-  const WireSet<W>& near(int v) const { return near_[static_cast<std::size_t>(v)]; }
-
-  const std::vector<int>& candidates(const State& state, Rng& rng) {
-    VertexSet left(n_);
-    std::copy_n(state.left.words.begin(), left.count(), left.words());
-    VertexSet may_go = non_cutting(graph_, left);
-    if (may_go.empty()) may_go = left;  // the last one
-    candidates_.clear();
-    may_go.for_each([&](int v) { candidates_.push_back(v); });
-    const auto wanted = static_cast<std::size_t>(options_.vertices);
-    if (candidates_.size() > wanted) {
-      for (std::size_t k = 0; k < wanted; ++k) {
-        const int over = rng.below(static_cast<int>(candidates_.size() - k));
-        std::swap(candidates_[k], candidates_[k + static_cast<std::size_t>(over)]);
-      }
-      candidates_.resize(wanted);
-    }
-    return candidates_;
-  }
 
   void make(State& state, const Move& move, std::vector<Addition>* additions) {
     clear(state, move.first, move.vertex, move.seed, additions);
@@ -190,35 +167,12 @@ class Elimination {
     }
   }
 
-  void draw_rings(const WireSet<W>& left) {
-    rings_.words.clear();
-    rings_.first.assign(1, 0);
-    for (int v = 0; v < n_; ++v) {
-      int count = rings_.first.back();
-      if (left.contains(v)) {
-        WireSet<W> reached;
-        reached.insert(v);
-        for (WireSet<W> ring = near(v) & left; !ring.empty(); ++count) {
-          rings_.words.insert(rings_.words.end(), ring.words.begin(), ring.words.end());
-          reached |= ring;
-          WireSet<W> next;
-          ring.for_each([&](int w) { next |= near(w); });
-          ring = without(next & left, reached);
-        }
-      }
-      rings_.first.push_back(count);
-    }
-  }
-
   int cost_left(const State& state) const {
     int cost = 0;
     state.left.for_each([&](int v) {
-      const int first = rings_.first[static_cast<std::size_t>(v)];
-      const int count = rings_.first[static_cast<std::size_t>(v) + 1] - first;
-      const Word* rings = rings_.words.data() + static_cast<std::ptrdiff_t>(first) * W;
       for (int kind = 0; kind < 4; ++kind) {
         cost += cost_of_line(state.lines[static_cast<std::size_t>(kind * n_ + v)].words.data(),
-                             state.left.words.data(), rings, count, W);
+                             state.left.words.data(), rings_.of(v), rings_.count(v), W);
       }
     });
     return cost;
@@ -235,15 +189,13 @@ class Elimination {
     return hash;
   }
 
-  const BitGraph& graph_;
-  DeviceEliminationOptions options_;
   int n_;
   std::vector<WireSet<W>> near_;
-  Rings rings_;                  // scratch, of what is left after the vertex in question
-  std::vector<int> candidates_;  // scratch
-  WireTree<W> tree_;             // scratch
-  State once_;                   // scratch
-  State twice_;                  // scratch
+  LeavingWires<W> leaving_;
+  WireRings<W> rings_;  // scratch, of what is left after the vertex in question
+  WireTree<W> tree_;    // scratch
+  State once_;          // scratch
+  State twice_;         // scratch
 };
 
 template <int W>

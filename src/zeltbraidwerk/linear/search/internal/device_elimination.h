@@ -12,7 +12,7 @@ namespace zelt::braidwerk::internal {
 
 struct DeviceEliminationOptions {
   int width = 1;      ///< of the beam
-  int vertices = 64;  ///< that may go next, drawn anew for each state
+  int vertices = 64;  ///< that may go next, see LeavingWires
   int finishers = 1;  ///< circuits wanted
 };
 

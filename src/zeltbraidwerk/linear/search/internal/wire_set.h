@@ -30,6 +30,11 @@ struct WireSet {
     for (const Word word : words) all |= word;
     return all == 0;
   }
+  int members() const {  ///< how many
+    int sum = 0;
+    for (const Word word : words) sum += std::popcount(word);
+    return sum;
+  }
   template <class F>
   void for_each(F&& f) const {
     for_each_bit(words.data(), W, f);
