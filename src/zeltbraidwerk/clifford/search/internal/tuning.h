@@ -79,6 +79,7 @@ struct CliffordTuning {
   Cooling cooling_in_place{0.1F, 0.003F};
   /// Hot, as few circuits of a window are equally short.
   Cooling cooling_on_device{0.5F, 0.02F};
+  Cooling cooling_of_sorted{1.0F, 0.1F};  ///< hotter, random operators on a line of 16
   Schedule rounds{.first_steps = 1 << 14, .most_growths = 36};
 };
 inline constexpr CliffordTuning clifford_tuning;
