@@ -73,7 +73,7 @@ class Elimination {
   explicit Elimination(const BitGraph& graph)
       : n_(graph.size()),
         near_(at(n_)),
-        leaving_(graph, clifford_tuning.tried_on_device),
+        leaving_(graph, leaving_on_device(n_)),
         letters_(at(n_)),
         watched_(at(n_)) {
     for (int v = 0; v < n_; ++v) {

@@ -153,7 +153,8 @@ class CliffordDeviceSearch : public SearchBase<GateList> {
   static std::size_t at(int k) { return static_cast<std::size_t>(k); }
 
   void walk(GateList& list, PlacedRewriter& rewriter, std::uint64_t steps) {
-    walk_to_shallow(list, rewriter, steps, tuning.cooling_on_device, rng_, meter_,
+    const Cooling& cooling = path_.empty() ? tuning.cooling_on_device : tuning.cooling_of_sorted;
+    walk_to_shallow(list, rewriter, steps, cooling, rng_, meter_,
                     [this](const GateList& shorter, const CircuitSize& size) {
                       incumbent_.offer(shorter, size, Origin::lowering_count);
                     });

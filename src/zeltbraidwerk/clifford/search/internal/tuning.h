@@ -38,7 +38,8 @@ struct CliffordTuning {
   std::array<int, 6> device_widths{1, 3, 10, 30, 100, 300};
   std::uint64_t device_steps = 150;  ///< n^3 min(n, 24) / 150 + 1 for each of the width
   std::uint64_t device_wires = 24;
-  int tried_on_device = 8;  ///< wires that may go next, see LeavingWires
+  int all_on_device = 24;   ///< up to here all wires may go next
+  int tried_on_device = 8;  ///< above, see LeavingWires
   double device_noise = 0.01;
   double weight_left = 0.07;  ///< of a gate that is left to be done, next to the gates so far
   int device_starts = 4;      ///< each round, walked from for its steps
@@ -78,9 +79,14 @@ struct CliffordTuning {
   Cooling cooling_in_place{0.1F, 0.003F};
   /// Hot, as few circuits of a window are equally short.
   Cooling cooling_on_device{0.5F, 0.02F};
+  Cooling cooling_of_sorted{1.0F, 0.1F};  ///< hotter, random operators on a line of 16
   Schedule rounds{.first_steps = 1 << 14, .most_growths = 36};
 };
 inline constexpr CliffordTuning clifford_tuning;
+
+inline int leaving_on_device(int wires) {
+  return wires <= clifford_tuning.all_on_device ? wires : clifford_tuning.tried_on_device;
+}
 
 inline int window_wires(int round) {
   return round == 0 ? clifford_tuning.first_window : clifford_tuning.window;
