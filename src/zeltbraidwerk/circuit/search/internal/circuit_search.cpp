@@ -54,8 +54,10 @@ class CircuitSearch : public SearchBase<Network> {
   bool finished() const { return shortest_.size().count == 0; }
 
   void round(const Round& round) {
+    const int most_rotations =
+        meter_.seconds_left() ? tuning.most_for_beams_in_time : tuning.most_for_beams;
     const bool with_beams =
-        problem_.rows.rows() < tuning.most_for_beams && qubits() <= tuning.most_qubits_for_beams;
+        problem_.rows.rows() < most_rotations && qubits() <= tuning.most_qubits_for_beams;
     if (with_beams) {
       search(forward_, round.steps, [&](std::uint64_t steps) { search_forward(steps); });
       search(backward_, round.steps, [&](std::uint64_t steps) { search_backward(steps); });
