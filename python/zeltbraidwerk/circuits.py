@@ -249,9 +249,11 @@ class Circuit(CircuitBase):
             if _validate.comes_from(source, package):
                 found: Circuit = getattr(cls, f"from_{package}")(source)
                 return found
+        has_one = isinstance(getattr(source, "circuit", None), (Circuit, CnotCircuit))
         raise errors.DtypeError(
-            f"circuit: got {type(source).__name__}, wanted a Circuit, OpenQASM, or a circuit of "
-            "Qiskit, pytket, Stim, PyZX, Cirq or PennyLane"
+            f"circuit: got {type(source).__name__}, wanted "
+            + ("its .circuit, " if has_one else "")
+            + "a Circuit, OpenQASM, or a circuit of Qiskit, pytket, Stim, PyZX, Cirq or PennyLane"
         )
 
     @classmethod
