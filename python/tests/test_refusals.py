@@ -40,7 +40,7 @@ Circuit(1, [Measure(0, 1)], [('c', 1)]) -> BitError: got bit 1, wanted one
 Circuit(1, [], [('c', 1), ('c', 2)]) -> BitError: classical: got the names
 Circuit(1, [], {'a': 1}) + Circuit(1, [], {'b': 1}) -> BitError: got circuits with a\[1\] and b\[1\], wanted the same
 Circuit(1, [Conditional(X, 1)], {'c': 2}).to_qasm() -> BitError: a condition on bits 1, wanted all bits of a register
-Circuit.of(zb.optimize(Circuit(1), steps=0)) -> DtypeError: got Optimization, wanted its .circuit, a Circuit
+Circuit.of(optimize(Circuit(1), steps=0)) -> DtypeError: got Optimization, wanted its .circuit, a Circuit
 Circuit(2).placed([0], 3) -> ShapeError: qubits: got 1, wanted 2
 Circuit(1).draw('wide') -> DtypeError: width: got 'wide'
 
