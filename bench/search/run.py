@@ -288,7 +288,7 @@ def rows() -> list[Row]:
         graph_state(50, 5, 5, 171, "383"),
         graph_state(100, 1, 20, 680, ""),
         graph_state(150, 1, 20, 1560, ""),
-        graph_state(200, 1, 20, 2740, ""),
+        graph_state(200, 1, 20, 2710, ""),
         graph_state(20, 5, 1, 5.9, "", objective="depth"),
         graph_state(50, 3, 5, 14.7, "", objective="depth"),
         graph_state(100, 1, 5, 34, "", objective="depth"),
