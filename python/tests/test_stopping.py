@@ -55,7 +55,7 @@ OTHERS = {
     "decoding": (lambda: gallery.random_graph(150), graph_state.synthesize, {"method": "decoding"}),
     "tableau": (lambda: operator(2500)._core, lambda t: t.inverse(), {}),
     "graph form": (lambda: stabilizers(200), lambda t: core.graph_state_codiag(*t, 0), {}),
-    "elimination": (lambda: operator(1500), clifford.synthesize, {"method": "elimination"}),
+    "elimination": (lambda: operator(2500), clifford.synthesize, {"method": "elimination"}),
     "shallow": (lambda: matrix(700), linear.synthesize, {"objective": "depth", **ENDLESS}),
     "matching": (lambda: np.arange(2500**2).reshape(2500, 2500) % 1009,
                  lambda w: core.BlossomAlgorithm(w, 2500), {}),
