@@ -320,7 +320,7 @@ class OnDevice:
     def _tries(self, gates: int) -> int:
         """Of routing a circuit."""
         steps = self._steps()
-        tries = _MOST_TRIES // 2 if steps is None else steps // _STEPS_OF_TRY
+        tries = _MOST_TRIES if steps is None else steps // _STEPS_OF_TRY
         return max(min(tries, _MOST_TRIES, _MOST_ROUTED // max(gates, 1)), 1)
 
     def _is_late(self) -> bool:
