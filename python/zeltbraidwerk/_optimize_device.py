@@ -36,6 +36,7 @@ _MOST_PLAIN = 5_000  # operations of a circuit that Ctrl-C puts on the edges whe
 
 # Shares of the effort. Circuits on the edges are walked in rounds: so many of the best, and what
 # these get together.
+_SOURCE_SHARE = 0.1  # to the end of routing the given circuit
 _LOGICAL_SHARE = 0.25
 _NETWORK_SHARE = 0.15
 _ROUNDS = ((16, 0.15), (4, 0.15), (1, 0.3))
@@ -199,11 +200,12 @@ class OnDevice:
             gates = shorter.circuit.split_ending()[0].unitary()
             made: dict[tuple[Circuit, Placement], _swaps.Route] = {}
             tries = self._tries(len(gates))
+            is_late = self._is_late_for_source if shorter.circuit is self.source else self._is_late
             try:
-                for route in routes(gates, self._device(), given, tries, seed, self._is_late):
+                for route in routes(gates, self._device(), given, tries, seed, is_late):
                     made[route.circuit, route.placement] = route
                     self._has_found = True
-                    if self._is_late():
+                    if is_late():
                         break
             except _swaps.OutOfTimeError:
                 pass
@@ -327,6 +329,10 @@ class OnDevice:
         """Walks want half of the time, once there is a circuit."""
         share = 0.5 if self._has_found else 0.9
         return self._is_over(share)
+
+    def _is_late_for_source(self) -> bool:
+        """Shorter circuits are wanted most, once there is any."""
+        return self._has_found and self._is_over(_SOURCE_SHARE) or self._is_late()
 
     def _is_over(self, share: float = 1.0) -> bool:
         budget = self.call.effort.budget
