@@ -54,8 +54,9 @@ class CircuitSearch : public SearchBase<Network> {
   bool finished() const { return shortest_.size().count == 0; }
 
   void round(const Round& round) {
+    const bool has_tournaments = round.number > 0 && meter_.seconds_left();
     const int most_rotations =
-        meter_.seconds_left() ? tuning.most_for_beams_in_time : tuning.most_for_beams;
+        has_tournaments ? tuning.most_beside_tournaments : tuning.most_for_beams;
     const bool with_beams =
         problem_.rows.rows() < most_rotations && qubits() <= tuning.most_qubits_for_beams;
     if (with_beams) {
