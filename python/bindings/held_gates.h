@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "zeltbraidwerk/circuit/internal/steps.h"
 #include "zeltbraidwerk/foundations/gate.h"
 
 namespace zelt::braidwerk::python {
@@ -12,6 +13,11 @@ namespace zelt::braidwerk::python {
 /// core for each, and those of a result are written when they are first asked for.
 struct HeldGates {
   std::vector<structures::Gate> gates;
+};
+
+/// The same in compact form, for searches that begin with it.
+struct HeldSteps {
+  internal::StepCircuit circuit;
 };
 
 }  // namespace zelt::braidwerk::python

@@ -5,6 +5,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterable, Sequence
+from typing import TypeAlias
 
 import numpy as np
 import numpy.typing as npt
@@ -54,13 +55,16 @@ def of_core(n: int, gates: Iterable[_core.Gate], sources: Sources = NO_SOURCES) 
     return Circuit._later(n, lambda: tuple([Gate._of_core(gate, sources) for gate in gates]))
 
 
-def of_held(n: int, held: _core._HeldGates, sources: Sources = NO_SOURCES) -> Circuit:
+Held: TypeAlias = _core._HeldGates | _core._HeldSteps
+
+
+def of_held(n: int, held: Held, sources: Sources = NO_SOURCES) -> Circuit:
     """The same of gates that the compiled part holds."""
     sizes = held.sizes if held.width() <= 2 else None
     return Circuit._later(n, lambda: _written(held, sources), sizes)
 
 
-def _written(held: _core._HeldGates, sources: Sources) -> tuple[Gate, ...]:
+def _written(held: Held, sources: Sources) -> tuple[Gate, ...]:
     parts, places = held.written()
     gates = [
         Gate._trusted(name, qubits, tuple([
