@@ -11,6 +11,7 @@
 
 #include "convert.h"
 #include "module.h"
+#include "operations.h"
 #include "synthesize.h"
 #include "unlocked.h"
 
@@ -130,12 +131,14 @@ std::tuple<std::size_t, IntArray2> sizes_of(const HeldGates& held) {
   return {others, to_numpy(pairs)};
 }
 
-std::tuple<std::size_t, IntArray2> sizes_of_steps(const HeldSteps& held) {
+/// Of steps and Clifford gates.
+template <class Compact>
+std::tuple<std::size_t, IntArray2> sizes_of_compact(const std::vector<Compact>& gates) {
   GateList pairs;
-  for (const internal::Step& step : held.circuit.steps) {
-    if (step.is_pair()) pairs.emplace_back(step.a, step.b);
+  for (const Compact& gate : gates) {
+    if (gate.is_pair()) pairs.emplace_back(gate.a, gate.b);
   }
-  const std::size_t others = held.circuit.steps.size() - pairs.size();
+  const std::size_t others = gates.size() - pairs.size();
   return {others, to_numpy(pairs)};
 }
 
@@ -200,8 +203,11 @@ void bind_held_gates(nb::module_& m) {
           [](const HeldSteps& held) { return written({internal::written(held.circuit)}); },
           nb::sig(written_signature))
       .def("width", [](const HeldSteps&) { return 2; })
-      .def("sizes", &sizes_of_steps)
+      .def("sizes", [](const HeldSteps& held) { return sizes_of_compact(held.circuit.steps); })
       .def("has_symbols", &has_symbols);
+  nb::class_<HeldCliffords>(m, "_HeldCliffords")
+      .def("rows", [](const HeldCliffords& held) { return to_operations(held.gates); })
+      .def("sizes", [](const HeldCliffords& held) { return sizes_of_compact(held.gates); });
 }
 
 }  // namespace zelt::braidwerk::python

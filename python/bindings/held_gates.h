@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/circuit/internal/steps.h"
 #include "zeltbraidwerk/foundations/gate.h"
+#include "zeltbraidwerk/foundations/internal/clifford_gate.h"
 
 namespace zelt::braidwerk::python {
 
@@ -18,6 +19,11 @@ struct HeldGates {
 /// The same in compact form, for searches that begin with it.
 struct HeldSteps {
   internal::StepCircuit circuit;
+};
+
+/// The same of Clifford gates alone.
+struct HeldCliffords {
+  std::vector<internal::CliffordGate> gates;
 };
 
 }  // namespace zelt::braidwerk::python

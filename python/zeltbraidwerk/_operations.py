@@ -15,30 +15,31 @@ from zeltbraidwerk._parameter import NO_SOURCES, Sources
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 
+Rows: TypeAlias = npt.NDArray[np.int32]
 _NAMES = tuple(_core._gate_names())
 
 
 def circuit_of(
     n: int,
-    operations: npt.NDArray[np.int32],
+    operations: Rows | _core._HeldCliffords,
     angles: Sequence[Parameter] = (),
     qubits: Sequence[int] | None = None,
 ) -> Circuit:
     """Wire k of the rows is qubit ``qubits[k]`` of ``n``. Gates are written when they are first
     asked for: a call is over, or ends after Ctrl-C, before that; its text needs their sizes."""
+    place = range(n) if qubits is None else qubits
+    if isinstance(operations, _core._HeldCliffords):
+        held = operations
+        return Circuit._later(n, lambda: _gates(held.rows(), angles, place), held.sizes)
 
     def sizes() -> tuple[int, npt.NDArray[np.int32]]:
         pairs = operations[operations[:, 2] >= 0, 1:3]
         return len(operations) - len(pairs), pairs
 
-    return Circuit._later(
-        n, lambda: _gates(operations, angles, range(n) if qubits is None else qubits), sizes
-    )
+    return Circuit._later(n, lambda: _gates(operations, angles, place), sizes)
 
 
-def _gates(
-    operations: npt.NDArray[np.int32], angles: Sequence[Parameter], place: Sequence[int]
-) -> tuple[Gate, ...]:
+def _gates(operations: Rows, angles: Sequence[Parameter], place: Sequence[int]) -> tuple[Gate, ...]:
     known: dict[tuple[int, ...], Gate] = {}
     gates = []
     for row in map(tuple, operations.tolist()):

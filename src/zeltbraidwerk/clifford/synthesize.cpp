@@ -141,7 +141,9 @@ CliffordCircuit made_before(const PauliFrame& images, const CliffordOptions& opt
                       const QuestionInScope in_kernels;
                       check_images(images);
                     }
-                    return sized(plainly(images));
+                    CliffordCircuit found = plainly(images);
+                    found.size = size_of(found.gates, images.qubits());
+                    return sized(std::move(found));
                   }};
   return std::move(best_of_runs({lane}, stops, control).as<CliffordCircuit>());
 }
@@ -216,8 +218,8 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                    .runs = 1,
                    .make =
                        [&](int) {
-                         CliffordCircuit found =
-                             before ? *std::exchange(before, std::nullopt) : plainly(images);
+                         if (before) return sized(*std::exchange(before, std::nullopt));
+                         CliffordCircuit found = plainly(images);
                          if (device) found.gates = along_edges(found.gates, *device);
                          found.size = size_of(found.gates, n);
                          return sized(std::move(found));
