@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/packed_table.h"
 #include "zeltbraidwerk/foundations/random.h"
 #include "zeltbraidwerk/graphs/internal/descending_tree.h"
@@ -49,7 +48,6 @@ struct Elimination {
     if (by_sketches) sketches = sketch_vertices(paths, draw_seed_sets(size(), draw));
     std::vector<int> targets;
     for (int i = 0; i < size(); ++i) {
-      stop_point();
       targets.assign(1, vertex(i));
       for (int j = i + 1; j < size(); ++j) {
         if (matrix.get(j, i)) targets.push_back(vertex(j));
@@ -65,7 +63,6 @@ struct Elimination {
   void clear_above_diagonal() {
     std::vector<int> targets;
     for (int i = size() - 1; i >= 0; --i) {
-      stop_point();
       targets.clear();
       for (int j = 0; j < i; ++j) {
         if (matrix.get(j, i)) targets.push_back(vertex(j));
