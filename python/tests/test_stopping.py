@@ -39,6 +39,7 @@ SEARCHES = {
     "clifford depth": (lambda: operator(150), clifford.synthesize, {"objective": "depth"}),
     "clifford device": (lambda: operator(49), clifford.synthesize,
                         {"device": zb.Device.grid(7, 7)}),
+    "state device": (lambda: operator(64), clifford.synthesize_state, {"device": "grid:8x8"}),
     "encoder": (lambda: gallery.surface_code(5), clifford.synthesize_encoder, {}),
     "phase": (lambda: parities(40, 600), phase.synthesize, {}),
     "phase device": (lambda: parities(16, 60), phase.synthesize, {"device": zb.Device.grid(4, 4)}),
