@@ -1,10 +1,12 @@
 #include <nanobind/stl/array.h>
+#include <nanobind/stl/variant.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <tuple>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "held_gates.h"
@@ -12,13 +14,12 @@
 #include "synthesize.h"
 #include "zeltbraidwerk/circuit/internal/clifford_phase.h"
 #include "zeltbraidwerk/circuit/internal/folding.h"
-#include "zeltbraidwerk/circuit/optimize.h"
+#include "zeltbraidwerk/circuit/internal/optimize.h"
 
 namespace zelt::braidwerk::python {
 
 using nb::literals::operator""_a;
 using synthesis::OptimizeOptions;
-using synthesis::OptimizeResult;
 using synthesis::SynthesisResult;
 
 namespace {
@@ -26,36 +27,28 @@ namespace {
 using Gates = std::vector<structures::Gate>;
 // As in the library. A step: qubits, whether it moves, the gates before by number, and those after.
 using Step = std::tuple<std::array<int, 3>, bool, std::vector<std::size_t>, Gates>;
-using Stage = std::tuple<HeldGates, std::vector<int>, std::vector<Step>, double>;
+using Stage =
+    std::tuple<std::variant<HeldGates, HeldSteps>, std::vector<int>, std::vector<Step>, double>;
 // Permutation, gates, rounding, stages.
-using Found = std::tuple<std::vector<int>, HeldGates, double, std::vector<Stage>>;
+using Found = std::tuple<std::vector<int>, HeldSteps, double, std::vector<Stage>>;
 
-/// None where all is exact rewriting, so that given and last circuit tell all.
-std::vector<Stage> stages_of(std::vector<synthesis::OptimizeStage>&& stages) {
-  const bool exact = std::ranges::all_of(
-      stages, [](const synthesis::OptimizeStage& stage) { return stage.steps.empty(); });
-  std::vector<Stage> result;
-  for (synthesis::OptimizeStage& stage : stages) {
-    if (exact) break;
-    std::vector<Step> steps;
-    for (synthesis::OptimizeStep& step : stage.steps) {
-      steps.emplace_back(step.qubits, step.moves, std::move(step.before), std::move(step.after));
-    }
-    result.emplace_back(HeldGates{std::move(stage.gates)}, std::move(stage.permutation),
-                        std::move(steps), stage.phase);
+Stage stage_of(const internal::Stage& stage) {
+  std::vector<Step> log;
+  for (synthesis::OptimizeStep& step : internal::log_of(stage)) {
+    log.emplace_back(step.qubits, step.moves, std::move(step.before), std::move(step.after));
   }
-  return result;
+  if (!log.empty()) return {HeldGates{stage.gates}, stage.wires, std::move(log), stage.phase};
+  return {HeldSteps{stage.circuit}, stage.wires, std::move(log), stage.phase};
 }
 
-std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
-  std::vector<Found> result;
-  for (synthesis::OptimizedCircuit& circuit : front) {
-    HeldGates gates{circuit.stages.back().gates};
-    std::vector<int> wires = circuit.stages.back().permutation;
-    result.emplace_back(std::move(wires), std::move(gates), circuit.rounding,
-                        stages_of(std::move(circuit.stages)));
+Found found_of(const internal::StagedCircuit& circuit) {
+  std::vector<Stage> stages;
+  const std::vector<const internal::Stage*> all = internal::stages_of(circuit);
+  // None where all is exact rewriting, so that given and last circuit tell all.
+  if (all.size() > 1) {
+    for (const internal::Stage* stage : all) stages.push_back(stage_of(*stage));
   }
-  return result;
+  return {circuit.wires, HeldSteps{circuit.circuit}, circuit.circuit.rounding, std::move(stages)};
 }
 
 }  // namespace
@@ -63,26 +56,23 @@ std::vector<Found> front_of(std::vector<synthesis::OptimizedCircuit>&& front) {
 void bind_circuit_optimize(nb::module_& m) {
   m.def(
       "_optimize_circuit",
-      [](int n, const HeldGates& given, const CommonOptions& common, bool exact,
-         bool keep_rotations, bool keep_depth,
-         bool route) -> std::tuple<SynthesisResult, HeldGates, double, std::vector<Stage>,
-                                   std::vector<Found>> {
-        check_circuit(given.gates, n);
+      [](const HeldSteps& given, const CommonOptions& common, bool exact, bool keep_rotations,
+         bool keep_depth, bool route) -> std::tuple<SynthesisResult, std::vector<Found>> {
         OptimizeOptions own;
         own.exact = exact;
         own.keep_rotations = keep_rotations;
         own.keep_depth = keep_depth;
         own.route = route;
-        OptimizeResult result = synthesized(common, own, [&](const OptimizeOptions& options) {
-          return synthesis::optimize_circuit(n, given.gates, options);
+        internal::FoundSteps result = synthesized(common, own, [&](const OptimizeOptions& options) {
+          return internal::optimize_steps(given.circuit, options);
         });
-        HeldGates found{std::move(result.gates)};
-        const double rounding = result.rounding;
-        std::vector<Stage> stages = stages_of(std::move(result.stages));
-        std::vector<Found> front = front_of(std::move(result.front));
-        return {std::move(result), std::move(found), rounding, std::move(stages), std::move(front)};
+        std::vector<Found> found;
+        for (const internal::StagedCircuit& circuit : result.found) {
+          found.push_back(found_of(circuit));
+        }
+        return {std::move(result), std::move(found)};
       },
-      "n"_a, "gates"_a, "options"_a, "exact"_a, "keep_rotations"_a, "keep_depth"_a, "route"_a);
+      "circuit"_a, "options"_a, "exact"_a, "keep_rotations"_a, "keep_depth"_a, "route"_a);
   m.def("_optimize_steps", &synthesis::default_optimize_steps, "gates"_a);
   m.def(
       "_rewriting_phase",

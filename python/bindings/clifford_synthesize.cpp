@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include "held_gates.h"
 #include "module.h"
 #include "operations.h"
 #include "synthesize.h"
@@ -22,7 +23,7 @@ using synthesis::SynthesisResult;
 
 namespace {
 
-using Found = std::tuple<SynthesisResult, Operations>;
+using Found = std::tuple<SynthesisResult, HeldCliffords>;
 
 PauliFrame signed_frame(const Letters& letters, const std::vector<bool>& minus) {
   if (minus.size() != letters.shape(0)) raise_value_error("minus: wanted one per string");
@@ -32,8 +33,8 @@ PauliFrame signed_frame(const Letters& letters, const std::vector<bool>& minus) 
 }
 
 Found to_found(internal::FoundCliffords result) {
-  Operations operations = to_operations(result.gates);
-  return {std::move(result), std::move(operations)};
+  HeldCliffords gates{std::move(result.gates)};
+  return {std::move(result), std::move(gates)};
 }
 
 }  // namespace
@@ -70,10 +71,10 @@ void bind_clifford_synthesize(nb::module_& m) {
         auto result = synthesized(common, EncoderOptions{}, [&](const EncoderOptions& options) {
           return internal::synthesize_encoder(code, options);
         });
-        Operations operations = to_operations(result.gates);
+        HeldCliffords gates{std::move(result.gates)};
         std::vector<int> wires = std::move(result.logical_wires);
-        return std::tuple<SynthesisResult, Operations, std::vector<int>>(
-            std::move(result), std::move(operations), std::move(wires));
+        return std::tuple<SynthesisResult, HeldCliffords, std::vector<int>>(
+            std::move(result), std::move(gates), std::move(wires));
       },
       "letters"_a, "minus"_a, "logicals"_a, "logicals_minus"_a, "options"_a,
       "Logicals are images of X, then of Z, on all logical qubits, or none.");

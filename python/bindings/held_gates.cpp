@@ -3,6 +3,7 @@
 #include <nanobind/stl/tuple.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -10,6 +11,8 @@
 
 #include "convert.h"
 #include "module.h"
+#include "operations.h"
+#include "synthesize.h"
 #include "unlocked.h"
 
 namespace zelt::braidwerk::python {
@@ -21,6 +24,9 @@ using structures::Parameter;
 namespace {
 
 constexpr std::size_t per_look = 1 << 12;  // for Ctrl-C
+constexpr const char* written_signature =
+    "def written(self) -> tuple[list[tuple[str, tuple[int, ...], list[float | Parameter]]], "
+    "list[int]]";
 
 /// Fields of Gate and Parameter in Python.
 struct Fields {
@@ -50,19 +56,20 @@ Parameter angle(nb::handle source, const Fields& fields) {
   return PyFloat_AsDouble(field(source, fields.constant).ptr());
 }
 
-Gate gate(nb::handle source, const Fields& fields) {
-  Gate made;
+/// Into a gate that may hold another one.
+void read_into(Gate& made, nb::handle source, const Fields& fields) {
   made.name = text(field(source, fields.name));
   made.diag = made.name == "RZ" || made.name == "PH";
   const nb::object qubits = field(source, fields.qubits);
+  made.qbits.clear();
   made.qbits.reserve(nb::len(qubits));
   for (const nb::handle qubit : nb::borrow<nb::tuple>(qubits)) {
     made.qbits.push_back(static_cast<int>(PyLong_AsLong(qubit.ptr())));
   }
+  made.params.clear();
   for (const nb::handle each : nb::borrow<nb::tuple>(field(source, fields.params))) {
     made.params.push_back(angle(each, fields));
   }
-  return made;
 }
 
 /// The same bytes for equal gates alone.
@@ -124,17 +131,51 @@ std::tuple<std::size_t, IntArray2> sizes_of(const HeldGates& held) {
   return {others, to_numpy(pairs)};
 }
 
-/// Of Gates of the package, which are known to be valid and are none that are made of others.
-HeldGates read_gates(nb::handle operations) {
+/// Of steps and Clifford gates.
+template <class Compact>
+std::tuple<std::size_t, IntArray2> sizes_of_compact(const std::vector<Compact>& gates) {
+  GateList pairs;
+  for (const Compact& gate : gates) {
+    if (gate.is_pair()) pairs.emplace_back(gate.a, gate.b);
+  }
+  const std::size_t others = gates.size() - pairs.size();
+  return {others, to_numpy(pairs)};
+}
+
+bool has_symbols(const HeldSteps& held) {
+  return !std::ranges::all_of(held.circuit.angles, &internal::LinearAngle::is_number);
+}
+
+/// Of Gates of the package, which are known to be valid and are none that are made of others: calls
+/// take with a gate that the next one changes.
+template <class Take>
+void read_gates(nb::handle operations, Take&& take) {
   const Fields fields;
-  HeldGates held;
-  held.gates.reserve(nb::len(operations));
+  Gate gate;
+  std::size_t count = 0;
   for (const nb::handle each : operations) {
-    if (held.gates.size() % per_look == per_look - 1 && signal_raised()) nb::raise_python_error();
-    held.gates.push_back(gate(each, fields));
+    if (++count % per_look == 0 && signal_raised()) nb::raise_python_error();
+    read_into(gate, each, fields);
+    take(gate);
   }
   if (PyErr_Occurred() != nullptr) nb::raise_python_error();
+}
+
+HeldGates held_gates(nb::handle operations) {
+  HeldGates held;
+  held.gates.reserve(nb::len(operations));
+  read_gates(operations, [&](const Gate& gate) { held.gates.push_back(gate); });
   return held;
+}
+
+HeldSteps held_steps(int n, nb::handle operations) {
+  internal::StepReader reader(n);
+  try {
+    read_gates(operations, [&](const Gate& gate) { reader.read(gate); });
+  } catch (const std::invalid_argument& error) {
+    raise_error("OptionError", error.what());
+  }
+  return {reader.take()};
 }
 
 }  // namespace
@@ -144,14 +185,29 @@ void bind_held_gates(nb::module_& m) {
       .def(
           "__init__",
           [](HeldGates* self, nb::handle operations) {
-            new (self) HeldGates(read_gates(operations));
+            new (self) HeldGates(held_gates(operations));
           },
           "operations"_a)
-      .def("written", &written,
-           nb::sig("def written(self) -> tuple[list[tuple[str, tuple[int, ...], "
-                   "list[float | Parameter]]], list[int]]"))
+      .def("written", &written, nb::sig(written_signature))
       .def("width", &width_of)
       .def("sizes", &sizes_of);
+  nb::class_<HeldSteps>(m, "_HeldSteps")
+      .def(
+          "__init__",
+          [](HeldSteps* self, int n, nb::handle operations) {
+            new (self) HeldSteps(held_steps(n, operations));
+          },
+          "n"_a, "operations"_a)
+      .def(
+          "written",
+          [](const HeldSteps& held) { return written({internal::written(held.circuit)}); },
+          nb::sig(written_signature))
+      .def("width", [](const HeldSteps&) { return 2; })
+      .def("sizes", [](const HeldSteps& held) { return sizes_of_compact(held.circuit.steps); })
+      .def("has_symbols", &has_symbols);
+  nb::class_<HeldCliffords>(m, "_HeldCliffords")
+      .def("rows", [](const HeldCliffords& held) { return to_operations(held.gates); })
+      .def("sizes", [](const HeldCliffords& held) { return sizes_of_compact(held.gates); });
 }
 
 }  // namespace zelt::braidwerk::python

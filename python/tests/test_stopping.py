@@ -9,6 +9,7 @@ import statistics
 import subprocess
 import sys
 from functools import partial
+from itertools import product
 
 import numpy as np
 import pytest
@@ -38,6 +39,7 @@ SEARCHES = {
     "clifford depth": (lambda: operator(150), clifford.synthesize, {"objective": "depth"}),
     "clifford device": (lambda: operator(49), clifford.synthesize,
                         {"device": zb.Device.grid(7, 7)}),
+    "state device": (lambda: operator(64), clifford.synthesize_state, {"device": "grid:8x8"}),
     "encoder": (lambda: gallery.surface_code(5), clifford.synthesize_encoder, {}),
     "phase": (lambda: parities(40, 600), phase.synthesize, {}),
     "phase device": (lambda: parities(16, 60), phase.synthesize, {"device": zb.Device.grid(4, 4)}),
@@ -60,6 +62,7 @@ OTHERS = {
     "matching": (lambda: np.arange(2500**2).reshape(2500, 2500) % 1009,
                  lambda w: core.BlossomAlgorithm(w, 2500), {}),
     "large circuit": (lambda: circuit(50, 100_000), zb.optimize, ENDLESS),
+    "large operator": (lambda: operator(3000), clifford.synthesize, ENDLESS),
     "sets": (lambda: rotations(20, 800, 9), pauli.synthesize,
              {"method": "sets", "restarts": 9**9}),
     "route": (lambda: circuit(12, 900), lambda c, **own: routing.route(c, "grid:3x4", **own),
@@ -105,8 +108,10 @@ def test_ctrl_c_ends_the_other_methods(name):
     assert statistics.median(late) < PROMISED
 
 
-@pytest.mark.parametrize("budget", [0.05, 0.3])
-@pytest.mark.parametrize("name", SEARCHES)
+@pytest.mark.parametrize(
+    ("name", "budget"),
+    [*product(SEARCHES, (0.05, 0.3)), ("large circuit", 0.05), ("large operator", 1.0)],
+)
 def test_budgets_are_kept(name, budget):
     late, _ = in_a_process(name, budget)
     assert statistics.median(late) < SLACK[0] + SLACK[1] * budget

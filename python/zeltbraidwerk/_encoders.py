@@ -127,10 +127,8 @@ def synthesize_encoder(
     )  # fmt: skip
     code = _codes.read(stabilizers, logicals)
 
-    def result(
-        found: Found, operations: npt.NDArray[np.int32], wires: Sequence[int]
-    ) -> EncoderSynthesis:
-        circuit = circuit_of(code.n, operations)
+    def result(found: Found, gates: _core._HeldCliffords, wires: Sequence[int]) -> EncoderSynthesis:
+        circuit = circuit_of(code.n, gates)
         return call.result(
             EncoderSynthesis, found, code.n, circuit=circuit, logical_wires=tuple(wires),
             stabilizers=_texts(code.stabilizers), logicals=_logicals(code, circuit, wires),

@@ -5,6 +5,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterable, Sequence
+from typing import TypeAlias
 
 import numpy as np
 import numpy.typing as npt
@@ -14,30 +15,31 @@ from zeltbraidwerk._parameter import NO_SOURCES, Sources
 from zeltbraidwerk.circuits import Circuit
 from zeltbraidwerk.gates import ROTATIONS, Gate, Parameter
 
+Rows: TypeAlias = npt.NDArray[np.int32]
 _NAMES = tuple(_core._gate_names())
 
 
 def circuit_of(
     n: int,
-    operations: npt.NDArray[np.int32],
+    operations: Rows | _core._HeldCliffords,
     angles: Sequence[Parameter] = (),
     qubits: Sequence[int] | None = None,
 ) -> Circuit:
     """Wire k of the rows is qubit ``qubits[k]`` of ``n``. Gates are written when they are first
     asked for: a call is over, or ends after Ctrl-C, before that; its text needs their sizes."""
+    place = range(n) if qubits is None else qubits
+    if isinstance(operations, _core._HeldCliffords):
+        held = operations
+        return Circuit._later(n, lambda: _gates(held.rows(), angles, place), held.sizes)
 
     def sizes() -> tuple[int, npt.NDArray[np.int32]]:
         pairs = operations[operations[:, 2] >= 0, 1:3]
         return len(operations) - len(pairs), pairs
 
-    return Circuit._later(
-        n, lambda: _gates(operations, angles, range(n) if qubits is None else qubits), sizes
-    )
+    return Circuit._later(n, lambda: _gates(operations, angles, place), sizes)
 
 
-def _gates(
-    operations: npt.NDArray[np.int32], angles: Sequence[Parameter], place: Sequence[int]
-) -> tuple[Gate, ...]:
+def _gates(operations: Rows, angles: Sequence[Parameter], place: Sequence[int]) -> tuple[Gate, ...]:
     known: dict[tuple[int, ...], Gate] = {}
     gates = []
     for row in map(tuple, operations.tolist()):
@@ -54,13 +56,16 @@ def of_core(n: int, gates: Iterable[_core.Gate], sources: Sources = NO_SOURCES) 
     return Circuit._later(n, lambda: tuple([Gate._of_core(gate, sources) for gate in gates]))
 
 
-def of_held(n: int, held: _core._HeldGates, sources: Sources = NO_SOURCES) -> Circuit:
+Held: TypeAlias = _core._HeldGates | _core._HeldSteps
+
+
+def of_held(n: int, held: Held, sources: Sources = NO_SOURCES) -> Circuit:
     """The same of gates that the compiled part holds."""
     sizes = held.sizes if held.width() <= 2 else None
     return Circuit._later(n, lambda: _written(held, sources), sizes)
 
 
-def _written(held: _core._HeldGates, sources: Sources) -> tuple[Gate, ...]:
+def _written(held: Held, sources: Sources) -> tuple[Gate, ...]:
     parts, places = held.written()
     gates = [
         Gate._trusted(name, qubits, tuple([

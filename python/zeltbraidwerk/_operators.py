@@ -6,9 +6,6 @@ from collections.abc import Callable, Sequence
 from dataclasses import dataclass, field
 from typing import Any
 
-import numpy as np
-import numpy.typing as npt
-
 from zeltbraidwerk import (
     _calls,
     _core,
@@ -119,10 +116,10 @@ def synthesize(
     letters = _rotations.codes([word for _, word in images], n)
     minus = [sign for sign, _ in images]
 
-    def result(found: Found, operations: npt.NDArray[np.int32]) -> CliffordSynthesis:
+    def result(found: Found, gates: _core._HeldCliffords) -> CliffordSynthesis:
         return call.result(
             CliffordSynthesis, found, n,
-            circuit=circuit_of(call.width(n), operations, (), call.qubits(n)),
+            circuit=circuit_of(call.width(n), gates, (), call.qubits(n)),
             images=tuple("+-"[sign] + word for sign, word in images),
         )  # fmt: skip
 

@@ -12,6 +12,7 @@ from zeltbraidwerk import _core, errors
 from zeltbraidwerk._family import Call, Found
 from zeltbraidwerk._operations import of_held
 from zeltbraidwerk._optimize_results import Optimization, Stage, pieces_of, split_last
+from zeltbraidwerk._parameter import NO_SOURCES
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk._search import Point, Progress
 from zeltbraidwerk.circuits import Circuit
@@ -37,7 +38,9 @@ class Assembly:
             else split_last(self.source, self.ending_size)
         )
         self.pieces, self.between = pieces_of(first)
-        self.sources = self.source._sources()
+        self.given = [_core._HeldSteps(piece.n, piece.operations) for piece in self.pieces]
+        symbolic = any(given.has_symbols() for given in self.given)
+        self.sources = self.source._sources() if symbolic else NO_SOURCES
 
     def run(self) -> Optimization:
         done: list[Optimization] = []
@@ -95,31 +98,24 @@ class Assembly:
             )  # fmt: skip
 
         def made(
-            found: Found, gates: _core._HeldGates, rounding: float, stages: list[Any], **own: Any
+            found: Found, steps: _core._HeldSteps, rounding: float, stages: list[Any], **own: Any
         ) -> Optimization:
             return call.result(
                 Optimization, found, piece.n,
-                circuit=of_held(piece.n, gates, self.sources), source=piece, rounding=rounding,
+                circuit=of_held(piece.n, steps, self.sources), source=piece, rounding=rounding,
                 _stages=(tuple(Stage.of(piece.n, *stage) for stage in stages),),
                 least_count=0, least_depth=0,  # what is proven is for one piece and its rotations
                 **own,
             )  # fmt: skip
 
-        def result(
-            found: Found,
-            gates: _core._HeldGates,
-            rounding: float,
-            stages: list[Any],
-            front: list[Any],
-        ) -> Optimization:
+        def result(found: Found, circuits: list[Any]) -> Optimization:
             parts = tuple(
                 made(replace(found, permutation=tuple(wires), runs=1, trace=()), *circuit)
-                for wires, *circuit in front
+                for wires, *circuit in (circuits if call.objective == "depth" else ())
             )
-            return made(found, gates, rounding, stages, front=parts)
+            return made(found, *circuits[0][1:], front=parts)
 
-        given = _core._HeldGates(piece.operations)
-        best = call.run(_core._optimize_circuit, result, piece.n, given, **self.options)
+        best = call.run(_core._optimize_circuit, result, self.given[k], **self.options)
         self.call.effort = replace(self.call.effort, seed=call.effort.seed)
         return best
 

@@ -9,7 +9,7 @@ from functools import cached_property
 from typing import Any
 
 from zeltbraidwerk import _block_check, _circuit_check, _core
-from zeltbraidwerk._operations import of_core, of_held
+from zeltbraidwerk._operations import Held, of_core, of_held
 from zeltbraidwerk._results import Result
 from zeltbraidwerk._routing_results import placed
 from zeltbraidwerk.circuits import Circuit
@@ -57,7 +57,7 @@ class Stage:
     def of(
         cls,
         n: int,
-        gates: _core._HeldGates,
+        gates: Held,
         permutation: Sequence[int],
         log: Sequence[Any],
         phase: float,
@@ -243,7 +243,7 @@ def split_last(circuit: Circuit, count: int) -> tuple[Circuit, Circuit]:
 
 def pieces_of(circuit: Circuit) -> tuple[list[Circuit], list[Operation]]:
     """The gates before, between and after the operations of other kinds, and these."""
-    if set(map(type, circuit.operations)) <= {Gate}:
+    if circuit._is_plain:
         return [Circuit._trusted(circuit.n, circuit.operations)], []
     pieces: list[list[Gate]] = [[]]
     between: list[Operation] = []

@@ -6,9 +6,6 @@ from collections.abc import Callable, Iterable, Sequence
 from dataclasses import dataclass, field
 from typing import Any, Literal
 
-import numpy as np
-import numpy.typing as npt
-
 from zeltbraidwerk import (
     _calls,
     _codes,
@@ -136,8 +133,8 @@ def synthesize_state(
     letters = _rotations.codes([word for _, word in stabilizers], n)
     minus = [sign for sign, _ in stabilizers]
 
-    def result(found: Found, operations: npt.NDArray[np.int32]) -> StateSynthesis:
-        whole = circuit_of(call.width(n), operations, (), call.qubits(n))
+    def result(found: Found, gates: _core._HeldCliffords) -> StateSynthesis:
+        whole = circuit_of(call.width(n), gates, (), call.qubits(n))
         circuit, local = parted(whole, up_to)
         return call.result(
             StateSynthesis, found, n, circuit=circuit, local=local,

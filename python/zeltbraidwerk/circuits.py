@@ -6,7 +6,7 @@ import os
 from collections import Counter
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from functools import cached_property
-from typing import Any
+from typing import Any, cast
 
 import numpy as np
 import numpy.typing as npt
@@ -39,6 +39,7 @@ from zeltbraidwerk.instructions import (
     Register,
     Reset,
     are_elementary,
+    are_plain,
     bits_of,
     bound,
     elementary,
@@ -321,7 +322,13 @@ class Circuit(CircuitBase):
     @cached_property
     def gates(self) -> tuple[Gate, ...]:
         """The gates without a condition, and no other operations."""
+        if self._is_plain:
+            return cast("tuple[Gate, ...]", self._items)
         return tuple(item for item in self._items if isinstance(item, Gate))
+
+    @cached_property
+    def _is_plain(self) -> bool:
+        return are_plain(self._items)
 
     @property
     def classical(self) -> tuple[Register, ...]:
@@ -374,7 +381,7 @@ class Circuit(CircuitBase):
         """The qubits of gates on two, where there is nothing else that these wait for."""
         if self._told is not None:
             return self._told()[1]
-        if not set(map(type, self._items)) <= {Gate} or max(self._sizes, default=0) > 2:
+        if not self._is_plain or max(self._sizes, default=0) > 2:
             return None
         found = [item.qubits for item in self._items if len(item.qubits) == 2]
         return np.array(found, dtype=np.int32).reshape(-1, 2)
@@ -512,7 +519,7 @@ class Circuit(CircuitBase):
         """The circuit with T, D-T, SX, D-SX, U, ECR, ISWAP and RZZ as other gates, up to a global
         phase: an ISWAP takes two CNOTs, an RZZ two, an ECR one. All functions that work on circuits
         take them so."""
-        if are_elementary(self._items):
+        if self._is_plain and are_elementary(self._items):
             return self
         if COMPOSED.keys().isdisjoint([name for name, _, _ in self._operations()]):
             return self

@@ -134,8 +134,8 @@ def synthesize(
     n = len(adjacency)
     call.place(n)
 
-    def result(found: Found, operations: npt.NDArray[np.int32]) -> GraphStateSynthesis:
-        whole = circuit_of(call.width(n), operations, (), call.qubits(n))
+    def result(found: Found, gates: _core._HeldCliffords) -> GraphStateSynthesis:
+        whole = circuit_of(call.width(n), gates, (), call.qubits(n))
         circuit, local = _states.parted(whole, up_to)
         return call.result(
             GraphStateSynthesis, found, n, circuit=circuit, local=local, graph=adjacency

@@ -13,6 +13,7 @@ from __future__ import annotations
 
 from collections.abc import Iterable, Iterator, Mapping, Sequence
 from dataclasses import dataclass, field, replace
+from operator import attrgetter
 from typing import TYPE_CHECKING, Any, ClassVar, Protocol, Self, TypeAlias
 
 from zeltbraidwerk import _header, _validate, errors, limits
@@ -246,7 +247,7 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
     """The gates, as those of the library, barriers left out; any other operation is refused by its
     name and place."""
     listed = list(operations)
-    if are_elementary(listed):
+    if are_plain(listed) and are_elementary(listed):
         return [item for item in listed if isinstance(item, Gate)]
     for place, operation in enumerate(listed):
         if isinstance(operation, (Gate, Barrier)):
@@ -265,11 +266,14 @@ def gates_alone(operations: Iterable[Operation], name: str) -> list[Gate]:
     return [item for item in elementary(listed) if isinstance(item, Gate)]
 
 
-def are_elementary(operations: Sequence[Any]) -> bool:
-    """Whether all are gates of the library: a quick look, as circuits may have millions."""
-    return set(map(type, operations)) <= {Gate} and COMPOSED.keys().isdisjoint(
-        [gate._name for gate in operations]
-    )
+def are_plain(operations: Iterable[Any]) -> bool:
+    """Whether all are gates: a quick look, as circuits may have millions."""
+    return set(map(type, operations)) <= {Gate}
+
+
+def are_elementary(gates: Iterable[Any]) -> bool:
+    """Whether none of the gates is made of others: as quick."""
+    return COMPOSED.keys().isdisjoint(map(attrgetter("_name"), gates))
 
 
 def elementary(operations: Sequence[Operation]) -> Sequence[Operation]:

@@ -12,6 +12,7 @@
 
 #include "zeltbraidwerk/circuit/internal/clifford_phase.h"
 #include "zeltbraidwerk/circuit/internal/folding.h"
+#include "zeltbraidwerk/circuit/internal/optimize.h"
 #include "zeltbraidwerk/circuit/internal/steps.h"
 #include "zeltbraidwerk/circuit/internal/tidying.h"
 #include "zeltbraidwerk/circuit/search/internal/alternation.h"
@@ -53,21 +54,12 @@ CircuitCounts counts_of(const StepCircuit& circuit) {
   return counts;
 }
 
-/// Of stages of exact rewriting that follow each other, the last one tells as much.
-std::vector<synthesis::OptimizeStage> stages_of(const Stage* last) {
+std::vector<synthesis::OptimizeStage> written_stages(const StagedCircuit& circuit) {
   std::vector<synthesis::OptimizeStage> stages;
-  for (const Stage* stage = last; stage != nullptr; stage = stage->before.get()) {
-    if (!stages.empty() && stages.back().steps.empty() && stage->log.empty()) continue;
-    synthesis::OptimizeStage& made = stages.emplace_back();
-    made.gates = stage->log.empty() ? written(stage->circuit) : stage->gates;
-    made.permutation = stage->wires;
-    made.phase = stage->phase;
-    for (const WindowStep& step : stage->log) {
-      made.steps.push_back(
-          {step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
-    }
+  for (const Stage* stage : stages_of(circuit)) {
+    stages.push_back({stage->log.empty() ? written(stage->circuit) : stage->gates, stage->wires,
+                      log_of(*stage), stage->phase});
   }
-  std::ranges::reverse(stages);
   return stages;
 }
 
@@ -76,8 +68,8 @@ constexpr double bytes_of_step = 3'000;  // of a gate that is given
 
 class OptimizeCall {
  public:
-  OptimizeCall(int n, const std::vector<structures::Gate>& gates, const OptimizeOptions& options)
-      : options_(options), control_(options.budget), given_(read_steps(n, gates)) {
+  OptimizeCall(StepCircuit given, const OptimizeOptions& options)
+      : options_(options), control_(options.budget), given_(std::move(given)) {
     check();
     before_ = counts_of(given_);
     if (options.device != nullptr) check_edges();
@@ -85,24 +77,15 @@ class OptimizeCall {
     fold_given();
   }
 
-  OptimizeResult run() {
+  FoundSteps run() {
     const Lane lane{.method = "search",
                     .runs = folded_.steps.empty() ? 1 : runs_of_search(options_),
                     .make = [this](int run) { return make(run); }};
     const std::optional<Lane> plain = routes_ ? std::optional(plain_lane()) : std::nullopt;
     BestRun best = best_of_runs({lane}, options_, control_, plain);
-    std::vector<StagedCircuit>& found = best.as<std::vector<StagedCircuit>>();
-    const StagedCircuit& first = found.front();
-    OptimizeResult result{
-        std::move(best.result),       {}, before_, counts_of(first.circuit), first.circuit.rounding,
-        stages_of(first.stage.get()), {}};
-    result.gates = result.stages.back().gates;
-    result.permutation = first.wires;
-    if (options_.objective != Objective::depth) return result;
-    for (const StagedCircuit& circuit : found) {
-      result.front.push_back(
-          {counts_of(circuit.circuit), circuit.circuit.rounding, stages_of(circuit.stage.get())});
-    }
+    auto& found = best.as<std::vector<StagedCircuit>>();
+    FoundSteps result{std::move(best.result), before_, std::move(found)};
+    result.permutation = result.found.front().wires;
     return result;
   }
 
@@ -225,9 +208,10 @@ class OptimizeCall {
   void tidy(StagedCircuit& found) const {
     const bool with_cz =
         std::ranges::find(given_.steps, StepKind::cz, &Step::kind) != given_.steps.end();
+    const bool is_new = found.circuit.steps != folded_.steps;
     found.circuit.steps = tidied(given_.qubits, found.circuit.steps, with_cz);
     auto before = found.stage->log.empty() ? found.stage->before : found.stage;
-    if (!routes_ && found.size == CircuitSize{before_.two_qubit, before_.depth}) {
+    if (is_new && !routes_ && found.size == CircuitSize{before_.two_qubit, before_.depth}) {
       std::vector<Step> steps = tidied(given_.qubits, folded_.steps, with_cz);
       if (steps.size() < found.circuit.steps.size()) {
         found.circuit = folded_;
@@ -250,6 +234,51 @@ class OptimizeCall {
 };
 
 }  // namespace
+
+FoundSteps optimize_steps(StepCircuit given, const OptimizeOptions& options) {
+  return OptimizeCall(std::move(given), options).run();
+}
+
+std::vector<const Stage*> stages_of(const StagedCircuit& circuit) {
+  std::vector<const Stage*> stages;
+  for (const Stage* stage = circuit.stage.get(); stage != nullptr; stage = stage->before.get()) {
+    if (stages.empty() || !stages.back()->log.empty() || !stage->log.empty()) {
+      stages.push_back(stage);
+    }
+  }
+  std::ranges::reverse(stages);
+  return stages;
+}
+
+std::vector<synthesis::OptimizeStep> log_of(const Stage& stage) {
+  std::vector<synthesis::OptimizeStep> steps;
+  for (const WindowStep& step : stage.log) {
+    steps.push_back({step.wires, step.kind == WindowStep::Kind::move, step.before, step.after});
+  }
+  return steps;
+}
+
+namespace {
+
+OptimizeResult optimized(const StepCircuit& given, const OptimizeOptions& options) {
+  FoundSteps found = optimize_steps(given, options);
+  OptimizeResult result;
+  static_cast<synthesis::SynthesisResult&>(result) = std::move(found);
+  result.before = found.before;
+  const StagedCircuit& first = found.found.front();
+  result.after = counts_of(first.circuit);
+  result.rounding = first.circuit.rounding;
+  result.stages = written_stages(first);
+  result.gates = result.stages.back().gates;
+  if (options.objective != Objective::depth) return result;
+  for (const StagedCircuit& circuit : found.found) {
+    result.front.push_back(
+        {counts_of(circuit.circuit), circuit.circuit.rounding, written_stages(circuit)});
+  }
+  return result;
+}
+
+}  // namespace
 }  // namespace zelt::braidwerk::internal
 
 namespace synthesis {
@@ -257,7 +286,8 @@ namespace synthesis {
 OptimizeResult optimize_circuit(int n, const std::vector<structures::Gate>& gates,
                                 const OptimizeOptions& options) {
   if (n < 0) throw std::invalid_argument("n: got " + std::to_string(n) + ", wanted at least 0");
-  return zelt::braidwerk::internal::OptimizeCall(n, gates, options).run();
+  namespace internal = zelt::braidwerk::internal;
+  return internal::optimized(internal::read_steps(n, gates), options);
 }
 
 std::uint64_t default_optimize_steps(std::size_t gates) {

@@ -14,6 +14,7 @@
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 #include "zeltbraidwerk/graphs/internal/edge_paths.h"
 #include "zeltbraidwerk/linear/search/internal/cut_bound.h"
@@ -23,9 +24,23 @@
 
 namespace zelt::braidwerk::internal {
 
+using synthesis::CliffordOptions;
 using synthesis::SynthesisOptions;
 
 namespace {
+
+/// While it lives, kernels that ask the question of the caller alone also ask whether the scope of
+/// this thread is over.
+class QuestionInScope {
+ public:
+  QuestionInScope() : kept_(std::exchange(stop_question, StopScope::is_over)) {}
+  ~QuestionInScope() { stop_question = kept_; }
+  QuestionInScope(const QuestionInScope&) = delete;
+  QuestionInScope& operator=(const QuestionInScope&) = delete;
+
+ private:
+  StopQuestion kept_;
+};
 
 std::optional<MadeCircuit> sized(CliffordCircuit found) {
   const CircuitSize size = found.size;
@@ -98,6 +113,7 @@ double bytes_of_operator_runs(int n, const SynthesisOptions& options) {
 }
 
 constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
+constexpr int most_made_late = 1000;  // qubits; the plain circuit takes 20 ms, and the check 5
 
 /// What is made where the search has nothing yet.
 CliffordCircuit plainly(const PauliFrame& images) {
@@ -105,6 +121,31 @@ CliffordCircuit plainly(const PauliFrame& images) {
     return to_circuit(eliminated_list(images, Outputs::in_place), images);
   }
   return {inverted(eliminate_in_order(images).gates), in_order(images.qubits()), {}};
+}
+
+void check_images(const PauliFrame& images) {
+  if (!are_images_of_operator(images)) {
+    throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
+  }
+}
+
+/// What a deadline or Ctrl-C finds in the place of a plain circuit: of many qubits, where it takes
+/// long and a search longer, it is made and the images are checked before the search, in a run that
+/// `stop` ends and no deadline.
+CliffordCircuit made_before(const PauliFrame& images, const CliffordOptions& options) {
+  synthesis::SynthesisOptions stops;
+  stops.stop = options.stop;
+  RunControl control(std::nullopt);
+  const Lane lane{.method = "search", .runs = 1, .make = [&](int) {
+                    {
+                      const QuestionInScope in_kernels;
+                      check_images(images);
+                    }
+                    CliffordCircuit found = plainly(images);
+                    found.size = size_of(found.gates, images.qubits());
+                    return sized(std::move(found));
+                  }};
+  return std::move(best_of_runs({lane}, stops, control).as<CliffordCircuit>());
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
@@ -130,11 +171,14 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
   check_wires("images", images.qubits());
   check_search_memory("images", images.qubits(), options,
                       bytes_of_operator_runs(images.qubits(), options));
-  if (!are_images_of_operator(images)) {
-    throw std::invalid_argument("images: got strings that are images of X and Z under no operator");
-  }
   const int n = images.qubits();
   RunControl control(options.budget);
+  std::optional<CliffordCircuit> before;
+  if (n > most_made_late && options.device == nullptr) {
+    before = made_before(images, options);
+  } else {
+    check_images(images);
+  }
   std::optional<BitGraph> device;
   if (options.device != nullptr) {
     device.emplace(*options.device);
@@ -166,7 +210,7 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                                            .start = start ? &*start : nullptr};
                            const Effort effort = control.effort(steps_of_search(options));
                            return sized(
-                               search_clifford(images, task, effort, OnFewQubits::finds_fewest));
+                               search_operator(images, task, effort, OnFewQubits::finds_fewest));
                          },
                      .proves = true});
   }
@@ -174,6 +218,7 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                    .runs = 1,
                    .make =
                        [&](int) {
+                         if (before) return sized(*std::exchange(before, std::nullopt));
                          CliffordCircuit found = plainly(images);
                          if (device) found.gates = along_edges(found.gates, *device);
                          found.size = size_of(found.gates, n);

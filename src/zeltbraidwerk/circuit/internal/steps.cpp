@@ -3,7 +3,6 @@
 #include <cmath>
 #include <iterator>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 #include "zeltbraidwerk/foundations/internal/turns.h"
@@ -33,109 +32,6 @@ const NamedGate* named(const auto& table, const std::string& name) {
   }
   return nullptr;
 }
-
-class Reader {
- public:
-  explicit Reader(int qubits) { circuit_.qubits = qubits; }
-
-  StepCircuit run(const std::vector<structures::Gate>& gates) {
-    for (; place_ < gates.size(); ++place_) read(gates[place_]);
-    return std::move(circuit_);
-  }
-
- private:
-  void read(const structures::Gate& gate) {
-    check_qubits(gate);
-    const int a = gate.qbits[0];
-    if (gate.name == "XX") {
-      read_global(gate);
-    } else if (gate.name == "CNOT" || gate.name == "CSIGN" || gate.name == "CZ") {
-      check_size(gate, 2);
-      append({.kind = gate.name == "CNOT" ? StepKind::cnot : StepKind::cz,
-              .a = a,
-              .b = gate.qbits[1]});
-    } else if (gate.name == "H") {
-      check_size(gate, 1);
-      append({.kind = StepKind::h, .a = a});
-    } else if (const NamedGate* entry = named(turns, gate.name)) {
-      check_size(gate, 1);
-      if (entry->quarters != 0) append(turn(entry->letter, a, entry->quarters));
-      circuit_.eighths += entry->eighths;
-    } else if (const NamedGate* rotation = named(rotations, gate.name)) {
-      check_size(gate, 1);
-      if (gate.params.empty()) fail(gate, "an angle");
-      rotate(rotation->letter, a, LinearAngle(gate.params[0]));
-    } else {
-      fail(gate, "Clifford gates and rotations");
-    }
-  }
-
-  void rotate(int letter, int q, const LinearAngle& angle) {
-    if (!std::isfinite(angle.constant)) throw std::invalid_argument("gates: got an infinite angle");
-    const int quarters = quarters_of(angle);
-    if (quarters < 0) {
-      append({.kind = StepKind::rotation,
-              .letter = static_cast<std::uint8_t>(letter),
-              .a = q,
-              .row = static_cast<int>(circuit_.angles.size())});
-      circuit_.angles.push_back(angle);
-      return;
-    }
-    circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
-    circuit_.eighths += sign_of_turns(angle);
-    if (quarters > 0) append(turn(letter, q, quarters));
-  }
-
-  /// A rotation about XX by pi/2 on each pair: Z rotations within Hadamard gates. About ZZ it is
-  /// exp(i pi/4) times a CZ and a quarter turn about Z on both.
-  void read_global(const structures::Gate& gate) {
-    if (gate.params.empty() || gate.params[0].is_abstract ||
-        quarters_of(LinearAngle(gate.params[0])) < 0) {
-      fail(gate, "an XX gate by a multiple of pi/2");
-    }
-    const LinearAngle angle(gate.params[0]);
-    const int quarters = quarters_of(angle);
-    circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
-    for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
-    for (std::size_t i = 0; i < gate.qbits.size(); ++i) {
-      for (std::size_t j = 0; j < i; ++j) {
-        circuit_.eighths += quarters + sign_of_turns(angle);
-        if (quarters % 2 != 0) {
-          append({.kind = StepKind::cz, .a = gate.qbits[j], .b = gate.qbits[i]});
-        }
-        for (const int q : {gate.qbits[i], gate.qbits[j]}) {
-          if (quarters != 0) append(turn(letter_z, q, quarters));
-        }
-      }
-    }
-    for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
-  }
-
-  void append(const Step& step) { circuit_.steps.push_back(step); }
-
-  void check_qubits(const structures::Gate& gate) const {
-    if (gate.qbits.empty()) fail(gate, "gates on qubits");
-    for (std::size_t k = 0; k < gate.qbits.size(); ++k) {
-      const int q = gate.qbits[k];
-      if (q < 0 || q >= circuit_.qubits) {
-        fail(gate, "qubits below " + std::to_string(circuit_.qubits));
-      }
-      for (std::size_t other = 0; other < k; ++other) {
-        if (gate.qbits[other] == q) fail(gate, "qubits that differ");
-      }
-    }
-  }
-  void check_size(const structures::Gate& gate, std::size_t size) const {
-    if (gate.qbits.size() != size) fail(gate, "a gate on " + std::to_string(size) + " qubits");
-  }
-  [[noreturn]] void fail(const structures::Gate& gate, const std::string& wanted) const {
-    throw std::invalid_argument("gates: got " + gate.to_string() + " (gate " +
-                                std::to_string(place_) + "), wanted " + wanted);
-  }
-
-  StepCircuit circuit_;
-  std::size_t place_ = 0;
-};
 
 structures::Gate turn_gate(const Step& step) {
   constexpr const char* halves[] = {"X", "Y", "Z"};
@@ -179,8 +75,99 @@ Step turn(int letter, int q, int quarters) {
           .a = q};
 }
 
+void StepReader::read(const structures::Gate& gate) {
+  check_qubits(gate);
+  const int a = gate.qbits[0];
+  if (gate.name == "XX") {
+    read_global(gate);
+  } else if (gate.name == "CNOT" || gate.name == "CSIGN" || gate.name == "CZ") {
+    check_size(gate, 2);
+    append(
+        {.kind = gate.name == "CNOT" ? StepKind::cnot : StepKind::cz, .a = a, .b = gate.qbits[1]});
+  } else if (gate.name == "H") {
+    check_size(gate, 1);
+    append({.kind = StepKind::h, .a = a});
+  } else if (const NamedGate* entry = named(turns, gate.name)) {
+    check_size(gate, 1);
+    if (entry->quarters != 0) append(turn(entry->letter, a, entry->quarters));
+    circuit_.eighths += entry->eighths;
+  } else if (const NamedGate* rotation = named(rotations, gate.name)) {
+    check_size(gate, 1);
+    if (gate.params.empty()) fail(gate, "an angle");
+    rotate(rotation->letter, a, LinearAngle(gate.params[0]));
+  } else {
+    fail(gate, "Clifford gates and rotations");
+  }
+  ++place_;
+}
+
+void StepReader::rotate(int letter, int q, const LinearAngle& angle) {
+  if (!std::isfinite(angle.constant)) throw std::invalid_argument("gates: got an infinite angle");
+  const int quarters = quarters_of(angle);
+  if (quarters < 0) {
+    append({.kind = StepKind::rotation,
+            .letter = static_cast<std::uint8_t>(letter),
+            .a = q,
+            .row = static_cast<int>(circuit_.angles.size())});
+    circuit_.angles.push_back(angle);
+    return;
+  }
+  circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
+  circuit_.eighths += sign_of_turns(angle);
+  if (quarters > 0) append(turn(letter, q, quarters));
+}
+
+/// A rotation about XX by pi/2 on each pair: Z rotations within Hadamard gates. About ZZ it is
+/// exp(i pi/4) times a CZ and a quarter turn about Z on both.
+void StepReader::read_global(const structures::Gate& gate) {
+  if (gate.params.empty() || gate.params[0].is_abstract ||
+      quarters_of(LinearAngle(gate.params[0])) < 0) {
+    fail(gate, "an XX gate by a multiple of pi/2");
+  }
+  const LinearAngle angle(gate.params[0]);
+  const int quarters = quarters_of(angle);
+  circuit_.rounding = std::max(circuit_.rounding, rounding_of(angle));
+  for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
+  for (std::size_t i = 0; i < gate.qbits.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      circuit_.eighths += quarters + sign_of_turns(angle);
+      if (quarters % 2 != 0) {
+        append({.kind = StepKind::cz, .a = gate.qbits[j], .b = gate.qbits[i]});
+      }
+      for (const int q : {gate.qbits[i], gate.qbits[j]}) {
+        if (quarters != 0) append(turn(letter_z, q, quarters));
+      }
+    }
+  }
+  for (const int q : gate.qbits) append({.kind = StepKind::h, .a = q});
+}
+
+void StepReader::check_qubits(const structures::Gate& gate) const {
+  if (gate.qbits.empty()) fail(gate, "gates on qubits");
+  for (std::size_t k = 0; k < gate.qbits.size(); ++k) {
+    const int q = gate.qbits[k];
+    if (q < 0 || q >= circuit_.qubits) {
+      fail(gate, "qubits below " + std::to_string(circuit_.qubits));
+    }
+    for (std::size_t other = 0; other < k; ++other) {
+      if (gate.qbits[other] == q) fail(gate, "qubits that differ");
+    }
+  }
+}
+
+void StepReader::check_size(const structures::Gate& gate, std::size_t size) const {
+  if (gate.qbits.size() != size) fail(gate, "a gate on " + std::to_string(size) + " qubits");
+}
+
+void StepReader::fail(const structures::Gate& gate, const std::string& wanted) const {
+  throw std::invalid_argument("gates: got " + gate.to_string() + " (gate " +
+                              std::to_string(place_) + "), wanted " + wanted);
+}
+
 StepCircuit read_steps(int qubits, const std::vector<structures::Gate>& gates) {
-  return Reader(qubits).run(gates);
+  StepReader reader(qubits);
+  for (const structures::Gate& gate : gates) reader.read(gate);
+  return reader.take();
 }
 
 std::vector<structures::Gate> written(const StepCircuit& circuit) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/gate.h"
@@ -29,6 +32,7 @@ struct Step {
 
   bool is_pair() const { return kind == StepKind::cnot || kind == StepKind::cz; }
   bool is_clifford() const { return kind != StepKind::rotation; }
+  bool operator==(const Step&) const = default;
 };
 
 /// A circuit of Clifford gates and rotations.
@@ -56,8 +60,30 @@ double rounding_of(const LinearAngle& angle);
 /// The rotation about a letter by so many times pi/2.
 Step turn(int letter, int q, int quarters);
 
-/// Throws std::invalid_argument for a gate that is no Clifford gate and no rotation, for one that
-/// lacks its angle, and for qubits outside the circuit; the text names the gate and its place.
+/// Reads gate after gate.
+class StepReader {
+ public:
+  explicit StepReader(int qubits) { circuit_.qubits = qubits; }
+
+  /// Throws std::invalid_argument for a gate that is no Clifford gate and no rotation, for one that
+  /// lacks its angle, and for qubits outside the circuit; the text names the gate and its place.
+  void read(const structures::Gate& gate);
+  /// What was read.
+  StepCircuit take() { return std::move(circuit_); }
+
+ private:
+  void rotate(int letter, int q, const LinearAngle& angle);
+  void read_global(const structures::Gate& gate);
+  void append(const Step& step) { circuit_.steps.push_back(step); }
+  void check_qubits(const structures::Gate& gate) const;
+  void check_size(const structures::Gate& gate, std::size_t size) const;
+  [[noreturn]] void fail(const structures::Gate& gate, const std::string& wanted) const;
+
+  StepCircuit circuit_;
+  std::size_t place_ = 0;  // of the gate that is read
+};
+
+/// All of them.
 StepCircuit read_steps(int qubits, const std::vector<structures::Gate>& gates);
 
 /// "CNOT", "CSIGN", "H", "X", "Y", "Z", "S", "D-S" and rotations.

@@ -90,7 +90,6 @@ const std::vector<Written>& written_turnings() {
 using Order = std::array<std::uint8_t, axes>;
 constexpr std::array<Order, 6> orders{
     {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}};
-constexpr int far = 1 << 28;
 
 Order between(const Order& from, const Order& to) {
   Order result{};
@@ -110,35 +109,42 @@ using Costs = std::array<int, orders.size()>;
 /// Orders of two parities: two gates lead to another of the same parity, one to any of the other.
 constexpr std::array<std::array<std::size_t, 3>, 2> by_parity{{{0, 3, 4}, {1, 2, 5}}};
 
-Costs moved(const Costs& from) {
-  std::array<int, 2> best{};
+/// The two orders in which an axis of the start is on another one, the even one first.
+using Fitting = std::array<std::size_t, 2>;
+constexpr auto fitting_orders = [] {
+  std::array<std::array<Fitting, axes>, axes> result{};
   for (const std::size_t parity : {0U, 1U}) {
-    const auto [a, b, c] = by_parity[parity];
-    best[parity] = std::min({from[a], from[b], from[c]});
-  }
-  Costs result;
-  for (const std::size_t parity : {0U, 1U}) {
-    const int change = std::min(best[parity] + 2, best[1 - parity] + 1);
-    for (const std::size_t k : by_parity[parity]) result[k] = std::min(from[k], change);
+    for (const std::size_t k : by_parity[parity]) {
+      for (std::size_t axis = 0; axis < orders[k].size(); ++axis) {
+        result[axis][orders[k][axis]][parity] = k;
+      }
+    }
   }
   return result;
+}();
+constexpr const Fitting& fitting(int axis, int image) {
+  return fitting_orders[at(axis)][at(image)];
 }
-/// With one axis, of the start, on another.
-Costs with(Costs costs, int axis, int image) {
-  for (std::size_t k = 0; k < orders.size(); ++k) {
-    if (orders[k][at(axis)] != image) costs[k] = far;
+
+/// Where so many gates came in one of two orders, of both parities, and then turns on the wire.
+Costs moved(int even, int odd, const Fitting& from) {
+  const std::array<int, 2> changed{std::min(even + 2, odd + 1), std::min(odd + 2, even + 1)};
+  Costs result;
+  for (const std::size_t parity : {0U, 1U}) {
+    for (const std::size_t k : by_parity[parity]) result[k] = changed[parity];
   }
-  return costs;
+  result[from[0]] = std::min(even, changed[0]);
+  result[from[1]] = std::min(odd, changed[1]);
+  return result;
 }
-Costs start_at(const Order& order) {
-  Costs costs;
-  for (std::size_t k = 0; k < orders.size(); ++k) costs[k] = orders[k] == order ? 0 : far;
-  return costs;
+Costs moved(const Costs& from, const Fitting& through) {
+  return moved(from[through[0]], from[through[1]], through);
 }
-int least(const Costs& one, const Costs& other) {
-  int best = 2 * far;
-  for (std::size_t k = 0; k < orders.size(); ++k) best = std::min(best, one[k] + other[k]);
-  return best;
+/// From one order.
+Costs moved(const Order& from) {
+  Costs result;
+  for (std::size_t k = 0; k < orders.size(); ++k) result[k] = cost(from, orders[k]);
+  return result;
 }
 
 using Form = std::array<int, 2>;  // the axes on both wires
@@ -182,13 +188,13 @@ class Plan {
  private:
   void look_ahead() {
     std::vector<Costs> rest;
-    for (const Order& end : ends_) rest.push_back(moved(start_at(end)));
+    for (const Order& end : ends_) rest.push_back(moved(end));
     for (std::size_t k = pairs_.size(); k-- > 0;) {
       Pair& pair = pairs_[k];
       for (const std::size_t side : {0U, 1U}) {
         Costs& costs = rest[at(pair.wires[side])];
         pair.rest[side] = costs;
-        costs = moved(with(costs, pair.starts[side], pair.form[side]));
+        costs = moved(costs, fitting(pair.starts[side], pair.form[side]));
       }
     }
   }
@@ -196,14 +202,15 @@ class Plan {
   /// The best form of each gate, for those before it and the old ones after it.
   bool improve() {
     bool changed = false;
-    std::vector<Costs> now(ends_.size(), start_at(orders[0]));
+    std::vector<Costs> now(ends_.size(), moved(orders[0]));
     for (Pair& pair : pairs_) {
-      const std::array<Costs, 2> before{moved(now[at(pair.wires[0])]),
-                                        moved(now[at(pair.wires[1])])};
       const auto cost_of = [&](const Form& form) {
         int sum = 0;
         for (const std::size_t side : {0U, 1U}) {
-          sum += least(with(before[side], pair.starts[side], form[side]), pair.rest[side]);
+          const Costs& before = now[at(pair.wires[side])];
+          const Costs& rest = pair.rest[side];
+          const auto [even, odd] = fitting(pair.starts[side], form[side]);
+          sum += std::min(before[even] + rest[even], before[odd] + rest[odd]);
         }
         return sum;
       };
@@ -216,7 +223,8 @@ class Plan {
         }
       }
       for (const std::size_t side : {0U, 1U}) {
-        now[at(pair.wires[side])] = with(before[side], pair.starts[side], pair.form[side]);
+        Costs& costs = now[at(pair.wires[side])];
+        costs = moved(costs, fitting(pair.starts[side], pair.form[side]));
       }
     }
     return changed;
@@ -229,16 +237,11 @@ class Plan {
       result.emplace_back();
       for (const std::size_t side : {0U, 1U}) {
         Order& order = now[at(pair.wires[side])];
-        int best = far;
-        Order next = order;
-        for (std::size_t k = 0; k < orders.size(); ++k) {
-          if (orders[k][at(pair.starts[side])] != pair.form[side]) continue;
-          const int sum = cost(order, orders[k]) + pair.rest[side][k];
-          if (sum >= best) continue;
-          best = sum;
-          next = orders[k];
-        }
-        order = result.back()[side] = next;
+        const auto [even, odd] = fitting(pair.starts[side], pair.form[side]);
+        const auto sum = [&](std::size_t k) { return cost(order, orders[k]) + pair.rest[side][k]; };
+        // Of equal ones the first in the list.
+        const bool is_even = sum(even) < sum(odd) || (sum(even) == sum(odd) && even < odd);
+        order = result.back()[side] = orders[is_even ? even : odd];
       }
     }
     return result;

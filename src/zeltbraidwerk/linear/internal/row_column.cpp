@@ -113,6 +113,7 @@ class RowColumn {
     };
     const std::vector<int> columns = options_.free ? lightest_columns() : std::vector<int>();
     candidates.for_each([&](int wire) {
+      stop_point();
       if (!options_.free) consider(wire, wire);
       for (const int column : columns) consider(wire, column);
     });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <iterator>
 #include <ranges>
 #include <utility>
@@ -12,10 +13,13 @@
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/orders.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
+
+constexpr std::size_t gates_per_look = 1 << 12;
 
 Word mask(bool set) {
   return set ? ~Word{0} : Word{0};
@@ -122,7 +126,11 @@ bool has_wrong_sign(const PauliFrame& strings, int row, const std::vector<bool>&
 /// Takes the strings back to before the circuit.
 void undo(PauliFrame& strings, const std::vector<CliffordGate>& circuit) {
   if (strings.rows() == 0) return;
-  for (const CliffordGate& gate : std::views::reverse(circuit)) strings.apply(gate.inverse());
+  std::size_t count = 0;
+  for (const CliffordGate& gate : std::views::reverse(circuit)) {
+    if (++count % gates_per_look == 0) stop_point();
+    strings.apply(gate.inverse());
+  }
 }
 
 }  // namespace

@@ -278,6 +278,15 @@ class CliffordSearch : public SearchBase<GateList> {
   std::optional<FewWireSearch<6>> on_six_;
 };
 
+GateList operator_list(const PauliFrame& images, const Task& task, const Effort& effort,
+                       OnFewQubits on_few) {
+  stop_point();
+  if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
+  CliffordSearch search(images, task, effort, on_few);
+  run_search(search);
+  return search.incumbent().circuit();
+}
+
 }  // namespace
 
 bool are_images_of_operator(const PauliFrame& images) {
@@ -292,13 +301,13 @@ bool are_images_of_operator(const PauliFrame& images) {
 
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
                        OnFewQubits on_few) {
-  stop_point();
   if (!are_images_of_operator(images)) return GateList(images.qubits(), {});
-  stop_point();
-  if (task.device != nullptr) return search_clifford_on_device(OperatorRows(images), task, effort);
-  CliffordSearch search(images, task, effort, on_few);
-  run_search(search);
-  return search.incumbent().circuit();
+  return operator_list(images, task, effort, on_few);
+}
+
+CliffordCircuit search_operator(const PauliFrame& images, const Task& task, const Effort& effort,
+                                OnFewQubits on_few) {
+  return to_circuit(operator_list(images, task, effort, on_few), images);
 }
 
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,

@@ -33,7 +33,11 @@ enum class OnFewQubits : std::uint8_t {
 CliffordCircuit search_clifford(const PauliFrame& images, const Task& task, const Effort& effort,
                                 OnFewQubits on_few = OnFewQubits::searches);
 
-/// The same as a list of gates, signs left out.
+/// The same for images that are known to be those of an operator: to look takes O(n^3 / 64).
+CliffordCircuit search_operator(const PauliFrame& images, const Task& task, const Effort& effort,
+                                OnFewQubits on_few);
+
+/// The same as a list of gates, signs left out, of any images.
 GateList clifford_list(const PauliFrame& images, const Task& task, const Effort& effort,
                        OnFewQubits on_few = OnFewQubits::searches);
 

@@ -266,6 +266,7 @@ CliffordCircuit search_state_on_device(const PauliFrame& stabilisers, const Task
                                        const Effort& effort) {
   PlacedStateSearch search(stabilisers, task, effort);
   run_search(search);
+  const StopScope::Suspended to_the_end;
   return state_circuit(search.incumbent().circuit(), stabilisers);
 }
 

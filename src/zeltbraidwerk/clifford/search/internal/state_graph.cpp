@@ -4,8 +4,12 @@
 #include <cstddef>
 #include <utility>
 
+#include "zeltbraidwerk/foundations/internal/control.h"
+
 namespace zelt::braidwerk::internal {
 namespace {
+
+constexpr int lines_per_look = 64;
 
 int first_with(const BitMatrix& letters, int q) {
   int r = q;
@@ -32,6 +36,7 @@ StateGraph::StateGraph(const PauliFrame& stabilisers)
   BitMatrix letters = stabilisers.x_planes().transposed();
   const int n = std::min(letters.rows(), letters.cols());
   for (int q = 0; q < n; ++q) {
+    if (q % lines_per_look == 0) stop_point();
     const auto k = static_cast<std::size_t>(q);
     int pivot = first_with(letters, q);
     if (pivot == n) {

@@ -18,6 +18,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
 
@@ -294,14 +295,22 @@ GateList state_list(const PauliFrame& stabilisers, const Task& task, Effort& eff
 }
 
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {
+  // The plain circuit of many wires stays the best for long, and is written before a stop, by the
+  // first of several runs: with a deadline to the end, as there is no other answer then.
+  const bool is_large = code.qubits() > state_tuning.most_written_late;
+  const bool writes = is_large && task.stream == 0;
+  std::optional<StopScope::Suspended> until_written;
+  if (writes && effort.control.deadline) until_written.emplace();
   CodeSearch search(code, task, effort);
-  // The plain circuit of many wires stays the best for long, and is written before a stop.
+  const CircuitSize size = search.incumbent().size();
   std::optional<EncoderCircuit> plain;
-  if (code.qubits() > state_tuning.most_written_late) {
-    plain = encoder_circuit(search.incumbent().circuit(), code);
-  }
+  if (writes) plain = encoder_circuit(search.incumbent().circuit(), code);
+  until_written.reset();
   run_search(search);
-  if (plain && plain->size == search.incumbent().size()) return *std::move(plain);
+  const bool is_plain = is_large && search.incumbent().size() == size;
+  if (is_plain && !plain) throw Stopped();  // the first run has it
+  if (is_plain) return *std::move(plain);
+  const StopScope::Suspended to_the_end;
   return encoder_circuit(search.incumbent().circuit(), code);
 }
 
