@@ -332,7 +332,7 @@ class OnDevice:
 
     def _is_late_for_source(self) -> bool:
         """Shorter circuits are wanted most, once there is any."""
-        return self._has_found and self._is_over(_SOURCE_SHARE) or self._is_late()
+        return (self._has_found and self._is_over(_SOURCE_SHARE)) or self._is_late()
 
     def _is_over(self, share: float = 1.0) -> bool:
         budget = self.call.effort.budget

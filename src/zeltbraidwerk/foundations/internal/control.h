@@ -22,6 +22,8 @@ struct Control {
   const std::atomic<bool>* stop = nullptr;
   int max_operations = 1000;  ///< cap of the greedy searches
   StopQuestion question = stop_question;
+  /// Set with `stop` where the caller gives up, and not at a deadline.
+  const std::atomic<bool>* given_up = nullptr;
 
   /// The same with half of the time that is left.
   Control for_half_the_time() const {

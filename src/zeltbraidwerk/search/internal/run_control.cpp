@@ -17,7 +17,9 @@ RunControl::RunControl(std::optional<double> budget) {
 Control RunControl::control(int n) const {
   // Greedy searches rarely need more than n^2 additions; in a circle they would go on for ever.
   const long cap = 1000 + static_cast<long>(n) * n;
-  return {deadline_, &stop_, static_cast<int>(std::min(cap, 1L << 30))};
+  Control control{deadline_, &stop_, static_cast<int>(std::min(cap, 1L << 30))};
+  control.given_up = &given_up_;
+  return control;
 }
 
 Control RunControl::control_of_run(int n, int run) const {

@@ -24,6 +24,7 @@ class RunControl {
   Effort effort(std::optional<std::uint64_t> steps);
 
   void stop() { stop_ = true; }
+  void give_up() { given_up_ = stop_ = true; }
   const std::atomic<bool>* stop_flag() const { return &stop_; }
   bool ended() const { return control(0).stop_requested(); }
   double seconds() const;  ///< since the call began
@@ -37,6 +38,7 @@ class RunControl {
   Control::Clock::time_point start_ = Control::Clock::now();
   std::optional<Control::Clock::time_point> deadline_;
   std::atomic<bool> stop_ = false;
+  std::atomic<bool> given_up_ = false;
   std::atomic<bool> has_found_ = false;
   std::mutex mutex_;
   std::vector<SearchPoint> points_;

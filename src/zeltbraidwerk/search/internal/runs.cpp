@@ -295,7 +295,7 @@ class Runner {
     const std::lock_guard lock(mutex_);
     if (busy_ == 0) return;
     stopped_ = true;
-    control_.stop();
+    control_.give_up();
   }
 
   void add_news() {

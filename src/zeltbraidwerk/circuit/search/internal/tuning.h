@@ -10,7 +10,7 @@ struct CircuitTuning {
   /// Circuits of so many rotations, or more, are walked from alone: beams are for smaller ones.
   int most_for_beams = 300;
   int most_beside_tournaments = 100;  ///< after the first round, where a budget is given
-  int most_qubits_for_beams = 256;   ///< closings of wider ones take too long
+  int most_qubits_for_beams = 256;    ///< closings of wider ones take too long
   int piece = 2000;        ///< events in a piece of a circuit that is walked by itself, about
   int whole_piece = 4000;  ///< a circuit of no more events is not cut
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <utility>
@@ -296,11 +297,13 @@ GateList state_list(const PauliFrame& stabilisers, const Task& task, Effort& eff
 
 EncoderCircuit search_encoder(const Code& code, const Task& task, const Effort& effort) {
   // The plain circuit of many wires stays the best for long, and is written before a stop, by the
-  // first of several runs: with a deadline to the end, as there is no other answer then.
+  // first of several runs: whatever the deadline, as there is no other answer then.
   const bool is_large = code.qubits() > state_tuning.most_written_late;
   const bool writes = is_large && task.stream == 0;
-  std::optional<StopScope::Suspended> until_written;
-  if (writes && effort.control.deadline) until_written.emplace();
+  std::unique_ptr<StopScope> until_written;
+  if (writes && effort.control.deadline) {
+    until_written = std::make_unique<StopScope>(effort.control.given_up);
+  }
   CodeSearch search(code, task, effort);
   const CircuitSize size = search.incumbent().size();
   std::optional<EncoderCircuit> plain;
