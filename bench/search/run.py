@@ -133,6 +133,21 @@ def graph_state(
     return Row(name, calls, budget, goal, others, by_depth, counted=partial(count, n))
 
 
+Css = tuple[gallery.BoolArray, gallery.BoolArray]
+
+
+def code(kind: str, name: str, checks: Css, budget: float, goal: float) -> Row:
+    """An encoder with any logical operators, or the state with all logical qubits 0."""
+
+    def call(seconds: float) -> Any:
+        if kind == "encoder":
+            return zb.clifford.synthesize_encoder(checks, seed=1, budget=seconds)
+        state = gallery.logical_zero(checks)
+        return zb.clifford.synthesize_state(state, seed=1, budget=seconds)
+
+    return Row(f"{kind} {name}", [call], budget, goal, "")
+
+
 MOLECULES = {"LiH": (12, 4), "H2O": (14, 10), "NH3": (16, 10), "N2": (20, 14)}
 
 
@@ -293,6 +308,9 @@ def rows() -> list[Row]:
         graph_state(50, 3, 5, 14.7, "", objective="depth"),
         graph_state(100, 1, 5, 34, "", objective="depth"),
         graph_state(200, 1, 5, 71, "", objective="depth"),
+        code("logical 0", "Golay", gallery.golay_code(), 10, 44),
+        code("logical 0", "bicycle", gallery.bicycle_code(), 5, 330),
+        code("encoder", "bicycle", gallery.bicycle_code(), 20, 410),
         pauli("LiH", "commuting", 0, 937, "1024"),
         pauli("NH3", "commuting", 0, 3604, "4046"),
         pauli("N2", "commuting", 0, 7447, "8235"),

@@ -102,7 +102,7 @@ CSS = {
     "color_code_17": (gallery.color_code_17(), 17, 1, 5, 24, 23),
     "carbon_code": (gallery.carbon_code(), 12, 2, 4, 18, 16),
     "toric_code(4)": (gallery.toric_code(4), 16, 2, 4, 22, 21),
-    "bicycle_code": (gallery.bicycle_code(), 144, 12, 12, 450, 400),
+    "bicycle_code": (gallery.bicycle_code(), 144, 12, 12, 435, 330),
 }
 
 

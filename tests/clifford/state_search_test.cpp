@@ -13,7 +13,9 @@
 #include "support/oracles.h"
 #include "support/pauli.h"
 #include "zeltbraidwerk/clifford/search/internal/decoded_state.h"
+#include "zeltbraidwerk/clifford/search/internal/peeled_code.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
+#include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 namespace {
@@ -155,6 +157,93 @@ TEST(StatesByDecoding, AreShorterWhereNoGeneratorsAreLight) {
   EXPECT_LE(found.size.count, 1630);
   EXPECT_EQ(searched(dense, 1500).gates, found.gates);
   EXPECT_LE(searched(random_state(n, 300, rng), 2000).size.count, 300);
+}
+
+/// The state of a torus of l x l squares with both logical qubits 0, a qubit on each edge: stars of
+/// X but for one, squares of Z but for one, and Z around the torus twice. Letters are exchanged on
+/// every other qubit, as no others are to be expected of users.
+std::vector<SignedString> torus(int l, std::mt19937& rng) {
+  const int n = 2 * l * l;
+  const auto edge = [l](int row, int column, int upright) {
+    return at(2 * ((row + l) % l * l + (column + l) % l) + upright);
+  };
+  std::vector<SignedString> strings;
+  const auto add = [&](char letter, const std::vector<std::size_t>& qubits) {
+    std::string letters(at(n), 'I');
+    for (const std::size_t q : qubits) letters[q] = (q % 2 == 0) == (letter == 'X') ? 'X' : 'Z';
+    strings.emplace_back(rng() % 2 != 0, letters);
+  };
+  for (int row = 0; row < l; ++row) {
+    for (int column = 0; column < l; ++column) {
+      if (row + column == 0) continue;
+      add('X', {edge(row, column, 0), edge(row, column - 1, 0), edge(row, column, 1),
+                edge(row - 1, column, 1)});
+      add('Z', {edge(row, column, 0), edge(row + 1, column, 0), edge(row, column, 1),
+                edge(row, column + 1, 1)});
+    }
+  }
+  std::vector<std::size_t> across;
+  std::vector<std::size_t> down;
+  for (int k = 0; k < l; ++k) {
+    across.push_back(edge(0, k, 0));
+    down.push_back(edge(k, 0, 1));
+  }
+  add('Z', across);
+  add('Z', down);
+  return strings;
+}
+
+/// Three gates for each star, at once where the generators are given as they are; where they are
+/// multiplied, the light ones have to be found first.
+TEST(StateSearch, TakesGeneratorsOfFewLettersAsTheyAre) {
+  std::mt19937 rng(9);
+  auto given = torus(8, rng);
+  std::ranges::shuffle(given, rng);
+  CliffordCircuit found = searched(given, 0);
+  EXPECT_TRUE(prepares(to_gates(found.gates), given));
+  EXPECT_EQ(found.size.count, 3 * 63);
+  EXPECT_LE(found.size.depth, 12);
+  std::vector<SignedString> multiplied = torus(6, rng);
+  for (std::size_t r = 2; r < 70; ++r) {  // stars by stars, squares by squares
+    for (std::size_t k = r % 2; k < r; k += 2) {
+      if (rng() % 4 != 0) continue;
+      auto& [minus, letters] = multiplied[r];
+      minus = minus != multiplied[k].first;
+      for (std::size_t q = 0; q < letters.size(); ++q) {
+        if (multiplied[k].second[q] == 'I') continue;
+        letters[q] = letters[q] == 'I' ? multiplied[k].second[q] : 'I';
+      }
+    }
+  }
+  found = searched(multiplied, 1000);
+  EXPECT_TRUE(prepares(to_gates(found.gates), multiplied));
+  EXPECT_EQ(found.size.count, 3 * 35);
+}
+
+/// Also of generators that have to be multiplied, and of codes of many logical qubits.
+TEST(PeeledCode, IsAnyStateOrCode) {
+  std::mt19937 rng(10);
+  zelt::braidwerk::internal::Rng draws(10, 0);
+  for (int round = 0; round < 60; ++round) {
+    const int n = std::vector{1, 2, 3, 6, 20, 70}[at(round % 6)];
+    auto strings = round % 4 == 0 ? graph_state(n, 0.2, rng) : random_state(n, n, rng);
+    strings.resize(round % 2 == 0 ? at(n) : at(n - n / 3));
+    const Code code{frame_of(strings, n), {}};
+    const StateGroup group(code.stabilisers);
+    const auto found = peeled(group, n * n, draws);
+    ASSERT_TRUE(found) << n;
+    const EncoderCircuit circuit = encoder_circuit(backwards(found->gates, found->left), code);
+    const auto undo = tableau_of(inverse(to_gates(circuit.gates)), n);
+    for (const auto& [minus, letters] : strings) {
+      auto [now_minus, before] = carried(letters, undo);
+      EXPECT_EQ(now_minus, minus);
+      EXPECT_EQ(before.find_first_of("XY"), std::string::npos) << n;
+      for (const int wire : circuit.logical_wires) EXPECT_EQ(before[at(wire)], 'I') << n;
+    }
+    const int fewer = static_cast<int>(found->gates.size()) / 2;
+    const auto shorter = peeled(group, fewer, draws);
+    EXPECT_TRUE(!shorter || shorter->gates.size() <= at(fewer)) << n;
+  }
 }
 
 TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {

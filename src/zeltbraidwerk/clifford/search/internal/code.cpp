@@ -133,6 +133,14 @@ void apply_unsigned(PauliFrame& strings, const Gate& gate) {
   }
 }
 
+void multiply(PauliFrame& strings, int from, int to) {
+  for (int q = 0; q < strings.qubits(); ++q) {
+    strings.set_letter(to, q,
+                       letter_of(strings.x_planes().get(q, from) != strings.x_planes().get(q, to),
+                                 strings.z_planes().get(q, from) != strings.z_planes().get(q, to)));
+  }
+}
+
 PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires) {
   PauliFrame result(strings.qubits(), strings.rows());
   for (int r = 0; r < strings.rows(); ++r) {

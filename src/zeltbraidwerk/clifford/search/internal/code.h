@@ -28,6 +28,9 @@ BitMatrix bits_of(const PauliFrame& strings);
 /// as they are.
 void apply_unsigned(PauliFrame& strings, const Gate& gate);
 
+/// Multiplies row `to` by row `from`, signs left out.
+void multiply(PauliFrame& strings, int from, int to);
+
 /// The strings with the letters of qubit q on wire wires[q].
 PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires);
 

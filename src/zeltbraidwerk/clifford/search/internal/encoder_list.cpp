@@ -59,15 +59,6 @@ PauliFrame inputs(int wires, int count) {
   return frame;
 }
 
-/// Multiplies row `to` by row `from`, signs left out.
-void multiply(PauliFrame& strings, int from, int to) {
-  for (int q = 0; q < strings.qubits(); ++q) {
-    strings.set_letter(to, q,
-                       letter_of(strings.x_planes().get(q, from) != strings.x_planes().get(q, to),
-                                 strings.z_planes().get(q, from) != strings.z_planes().get(q, to)));
-  }
-}
-
 /// The gate that takes the last letter off a generator of at least two.
 Gate gate_off(const StateGroup& group, int k) {
   End before = 0;

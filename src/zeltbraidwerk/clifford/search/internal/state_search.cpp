@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/decoded_state.h"
+#include "zeltbraidwerk/clifford/search/internal/peeled_code.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/state_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/state_device_search.h"
@@ -41,6 +42,7 @@ class CodeSearch : public SearchByBoth<GateList> {
       prove(entangled_groups(code.stabilisers));
       offer(wanted(eliminated_code(start_), code.logicals));
     }
+    plain_ = shortest().count();
     if (task.start != nullptr) offer(*task.start);
   }
 
@@ -53,7 +55,7 @@ class CodeSearch : public SearchByBoth<GateList> {
     const Effort unlimited;
     Meter own(unlimited);
     if (task_.by_depth()) take_layers(0, quick ? own : meter_);
-    if (takes_parts()) return;
+    if (takes_parts()) return peel(Generators::as_given);
     for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended());
          k += state_tuning.sets_at_once) {
       start_.lighten(state_tuning.sets_at_once, rng_);
@@ -64,6 +66,8 @@ class CodeSearch : public SearchByBoth<GateList> {
       return;
     }
     take_apart(start_, 1, quick ? own : meter_);
+    peel(Generators::as_given);
+    if (quick || !meter_.ended()) peel(Generators::lightened);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
     take_apart(start_, state_tuning.first_width, meter_);
@@ -124,6 +128,21 @@ class CodeSearch : public SearchByBoth<GateList> {
   void take_apart(const StateGroup& group, int width, Meter& meter) {
     search_from(StateProblem(rng_), group, width, meter,
                 [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
+  }
+
+  /// With draws of its own, so that where it finds nothing all else is as without it.
+  enum class Generators { as_given, lightened };
+  void peel(Generators generators) {
+    if (wires_ > state_tuning.most_peeled) return;
+    const bool lightens = generators == Generators::lightened;
+    Rng rng(task_.seed, ~task_.stream);
+    const int tries = std::clamp(state_tuning.peeled_area / (wires_ * wires_),
+                                 state_tuning.least_peelings, state_tuning.most_peelings);
+    for (int k = 0; k < tries; ++k) {
+      StateGroup group(code_.stabilisers);
+      if (lightens) group.lighten(state_tuning.renewed_sets, rng);
+      if (const auto found = peeled(group, plain_, rng)) offer_backwards(found->gates, found->left);
+    }
   }
 
   /// Where few layers of a large state are wanted, beams gate by gate take too long for what they
@@ -277,6 +296,7 @@ class CodeSearch : public SearchByBoth<GateList> {
 
   const Code& code_;
   int wires_;
+  int plain_;  ///< gates of the plain circuit
   StateGroup start_;
   bool takes_blocks_ = false;
 };

@@ -136,8 +136,14 @@ struct StateTuning {
   int first_sets = 100;          ///< information sets that the first beams begin from
   int sets_at_once = 10;
   int first_width = 4;  ///< of the first beam after the greedy run
-  int patience = 100;   ///< levels of a beam without a better score
-  int width = 8;        ///< of the beam of round 0; twice as wide each round
+  // Generators as they are: so many tries, or as many as there are squares of the qubits in the
+  // area.
+  int least_peelings = 2;
+  int most_peelings = 16;
+  int peeled_area = 1'000'000;
+  int most_peeled = 1000;  ///< qubits
+  int patience = 100;      ///< levels of a beam without a better score
+  int width = 8;           ///< of the beam of round 0; twice as wide each round
   int most_doublings = 10;
   int renewals = 4;  ///< new beginnings in round 0; twice as many each round: rows state_*
   int most_renewal_doublings = 20;
