@@ -197,12 +197,14 @@ std::vector<SignedString> torus(int l, std::mt19937& rng) {
 /// multiplied, the light ones have to be found first.
 TEST(StateSearch, TakesGeneratorsOfFewLettersAsTheyAre) {
   std::mt19937 rng(9);
-  auto given = torus(8, rng);
-  std::ranges::shuffle(given, rng);
-  CliffordCircuit found = searched(given, 0);
-  EXPECT_TRUE(prepares(to_gates(found.gates), given));
-  EXPECT_EQ(found.size.count, 3 * 63);
-  EXPECT_LE(found.size.depth, 12);
+  for (const int l : {8, 16}) {
+    auto given = torus(l, rng);
+    std::ranges::shuffle(given, rng);
+    const CliffordCircuit found = searched(given, 0);
+    EXPECT_TRUE(prepares(to_gates(found.gates), given));
+    EXPECT_EQ(found.size.count, 3 * (l * l - 1));
+    EXPECT_LE(found.size.depth, 2 * l);
+  }
   std::vector<SignedString> multiplied = torus(6, rng);
   for (std::size_t r = 2; r < 70; ++r) {  // stars by stars, squares by squares
     for (std::size_t k = r % 2; k < r; k += 2) {
@@ -215,7 +217,7 @@ TEST(StateSearch, TakesGeneratorsOfFewLettersAsTheyAre) {
       }
     }
   }
-  found = searched(multiplied, 1000);
+  const CliffordCircuit found = searched(multiplied, 1000);
   EXPECT_TRUE(prepares(to_gates(found.gates), multiplied));
   EXPECT_EQ(found.size.count, 3 * 35);
 }

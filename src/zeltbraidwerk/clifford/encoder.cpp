@@ -40,7 +40,7 @@ FoundCliffords synthesize_encoder(const Code& code, const synthesis::EncoderOpti
                     .seed = options.seed,
                     .stream = static_cast<std::uint64_t>(run)};
     EncoderCircuit found =
-        search_encoder(code, task, control.effort(steps_for_state(code.qubits(), options)));
+        search_encoder(code, task, control.effort(steps_for_state(code.stabilisers, options)));
     const CircuitSize size = found.size;
     return made_circuit(size, std::move(found));
   };

@@ -149,20 +149,23 @@ CliffordCircuit made_before(const PauliFrame& images, const CliffordOptions& opt
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
-/// least. On a device steps are shorter, but for the windows of few wires, in which zeros come in.
-std::uint64_t usual_state_steps(int n, bool on_device) {
+/// least, unless light generators give the circuit at once. On a device steps are shorter, but for
+/// the windows of few wires, in which zeros come in.
+std::uint64_t usual_state_steps(int n, bool on_device, bool is_made_at_once) {
   const auto size = static_cast<std::uint64_t>(n);
   const std::uint64_t area = size * size;
   const std::uint64_t steps = std::min<std::uint64_t>(
-      50'000, std::max(40'000'000 / std::max<std::uint64_t>(area, 1), area / 8));
+      50'000,
+      std::max(40'000'000 / std::max<std::uint64_t>(area, 1), is_made_at_once ? 1 : area / 8));
   return on_device ? std::min(4 * steps, std::max<std::uint64_t>(50'000, 1000 * area)) : steps;
 }
 
 }  // namespace
 
-std::optional<std::uint64_t> steps_for_state(int n, const SynthesisOptions& options) {
+std::optional<std::uint64_t> steps_for_state(const PauliFrame& stabilisers,
+                                             const SynthesisOptions& options) {
   if (options.steps || options.budget) return options.steps;
-  return usual_state_steps(n, options.device != nullptr);
+  return usual_state_steps(stabilisers.qubits(), options.device != nullptr, are_light(stabilisers));
 }
 
 FoundCliffords synthesize_clifford(const PauliFrame& images,
@@ -259,7 +262,7 @@ std::optional<BitGraph> device_of_state(const SynthesisOptions& options, int n) 
 Lane state_search_lane(const PauliFrame& stabilisers, const SynthesisOptions& options,
                        const std::optional<BitGraph>& device, RunControl& control) {
   const int n = stabilisers.qubits();
-  const std::optional<std::uint64_t> steps = steps_for_state(n, options);
+  const std::optional<std::uint64_t> steps = steps_for_state(stabilisers, options);
   const auto start = known_start(options, n, list_of, [&](const GateList& list) {
     const std::vector<int>& wires = options.start->permutation;
     PauliFrame before = on_wires(stabilisers, wires);

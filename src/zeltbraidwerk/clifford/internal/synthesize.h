@@ -62,7 +62,8 @@ void prove_by_table(synthesis::SynthesisResult& result, const PauliFrame& stabil
 FoundCliffords synthesize_encoder(const Code& code, const synthesis::EncoderOptions& options);
 
 /// The steps of a run of a search for a state or a code on n qubits.
-std::optional<std::uint64_t> steps_for_state(int n, const synthesis::SynthesisOptions& options);
+std::optional<std::uint64_t> steps_for_state(const PauliFrame& stabilisers,
+                                             const synthesis::SynthesisOptions& options);
 
 /// Throws std::invalid_argument for a device, and for outputs that are not in place.
 void check_encoder_options(const synthesis::SynthesisOptions& options);

@@ -157,6 +157,13 @@ bool are_independent_stabilisers(const PauliFrame& strings) {
          rank(bits_of(strings)) == strings.rows();
 }
 
+bool are_light(const PauliFrame& strings) {
+  constexpr int few_letters = 12;
+  const std::vector<int> weights = strings.weights();
+  const auto light = std::ranges::count_if(weights, [](int w) { return w <= few_letters; });
+  return 4 * light >= std::ssize(weights);
+}
+
 bool are_logicals_of(const PauliFrame& strings, const PauliFrame& stabilisers) {
   const int k = stabilisers.qubits() - stabilisers.rows();
   if (strings.qubits() != stabilisers.qubits() || strings.rows() != 2 * k) return false;

@@ -39,12 +39,16 @@ PauliFrame generators_of(const StateGroup& group) {
 }
 
 /// A label for every qubit: those of a generator, of the one that agrees with them on the most
-/// qubits, and so on. Then many generators have these alone.
+/// qubits, and so on. Then many generators have these alone, which takes no gates: so the first is
+/// one of the heaviest.
 std::vector<int> common_labels(const PauliFrame& generators, Rng& rng) {
   const int n = generators.qubits();
   const int r = generators.rows();
   std::vector<int> labels(index(n));
-  std::vector<int> agreeing(index(r));  // on how many qubits; -1: taken, or on some not at all
+  const std::vector<int> weights = generators.weights();
+  const int heaviest = weights.empty() ? 0 : std::ranges::max(weights);
+  std::vector<int> agreeing;  // on how many qubits; -1: taken, or on some not at all
+  for (const int weight : weights) agreeing.push_back(weight == heaviest ? 1 : 0);
   const auto most_agreeing = [&] {
     int best = -1;
     int equal = 0;

@@ -51,13 +51,16 @@ class CodeSearch : public SearchByBoth<GateList> {
   /// On few wires a greedy run takes milliseconds.
   void first() {
     if (finished()) return;
+    const bool is_small = wires_ <= state_tuning.most_peeled;
+    const bool is_light = are_light(code_.stabilisers);
+    if (is_small || is_light) peel(Generators::as_given);
     const bool quick = wires_ <= state_tuning.quick_wires;
     const Effort unlimited;
     Meter own(unlimited);
     if (task_.by_depth()) take_layers(0, quick ? own : meter_);
-    if (takes_parts()) return peel(Generators::as_given);
-    for (int k = 0; k < state_tuning.first_sets && (quick || !meter_.ended());
-         k += state_tuning.sets_at_once) {
+    if (takes_parts()) return;
+    const int sets = is_small || !is_light ? state_tuning.first_sets : 0;
+    for (int k = 0; k < sets && (quick || !meter_.ended()); k += state_tuning.sets_at_once) {
       start_.lighten(state_tuning.sets_at_once, rng_);
     }
     if (!meter_.ended() && is_dense()) {
@@ -66,8 +69,9 @@ class CodeSearch : public SearchByBoth<GateList> {
       return;
     }
     take_apart(start_, 1, quick ? own : meter_);
-    peel(Generators::as_given);
-    if (quick || !meter_.ended()) peel(Generators::lightened);
+    if (is_small && (quick || !meter_.ended())) {
+      peel(Generators::lightened);
+    }
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
     take_apart(start_, state_tuning.first_width, meter_);
@@ -133,7 +137,6 @@ class CodeSearch : public SearchByBoth<GateList> {
   /// With draws of its own, so that where it finds nothing all else is as without it.
   enum class Generators { as_given, lightened };
   void peel(Generators generators) {
-    if (wires_ > state_tuning.most_peeled) return;
     const bool lightens = generators == Generators::lightened;
     Rng rng(task_.seed, ~task_.stream);
     const int tries = std::clamp(state_tuning.peeled_area / (wires_ * wires_),

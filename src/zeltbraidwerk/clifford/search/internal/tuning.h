@@ -141,9 +141,9 @@ struct StateTuning {
   int least_peelings = 2;
   int most_peelings = 16;
   int peeled_area = 1'000'000;
-  int most_peeled = 1000;  ///< qubits
-  int patience = 100;      ///< levels of a beam without a better score
-  int width = 8;           ///< of the beam of round 0; twice as wide each round
+  int most_peeled = 500;  ///< qubits; of more, light generators as they are given alone
+  int patience = 100;     ///< levels of a beam without a better score
+  int width = 8;          ///< of the beam of round 0; twice as wide each round
   int most_doublings = 10;
   int renewals = 4;  ///< new beginnings in round 0; twice as many each round: rows state_*
   int most_renewal_doublings = 20;
