@@ -9,10 +9,11 @@
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/search/internal/leaving_wires.h"
+#include "zeltbraidwerk/linear/search/internal/light_line.h"
+#include "zeltbraidwerk/linear/search/internal/line_tree.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
 #include "zeltbraidwerk/linear/search/internal/wire_rings.h"
 #include "zeltbraidwerk/linear/search/internal/wire_set.h"
-#include "zeltbraidwerk/linear/search/internal/wire_tree.h"
 #include "zeltbraidwerk/search/internal/beam.h"
 
 namespace zelt::braidwerk::internal {
@@ -60,16 +61,25 @@ class Elimination {
     WireSet<W> left;
     int gates = 0;
   };
+  /// How a line is cleared.
+  struct Clearing {
+    LineSum sum;  // added to it before
+    std::uint8_t kind;
+  };
   struct Move {
     std::uint64_t hash;
     std::uint64_t seed;
     std::uint16_t vertex;
-    std::uint8_t first;   // kind of the line that is cleared first
-    std::uint8_t second;  // and then
+    Clearing first;
+    Clearing second;
   };
 
   Elimination(const BitGraph& graph, const DeviceEliminationOptions& options)
-      : n_(graph.size()), near_(static_cast<std::size_t>(n_)), leaving_(graph, options.vertices) {
+      : n_(graph.size()),
+        clearings_(static_cast<std::size_t>(options.clearings)),
+        weight_left_(device_weight_left(n_)),
+        near_(static_cast<std::size_t>(n_)),
+        leaving_(graph, options.vertices) {
     for (int v = 0; v < n_; ++v) {
       graph.for_each_neighbour(v, [&](int w) { near_[static_cast<std::size_t>(v)].insert(w); });
     }
@@ -91,23 +101,28 @@ class Elimination {
 
   template <class Sink>
   void children(const State& state, Rng& rng, Sink&& sink) {
-    for (const int v : leaving_.of(near_, state.left, rng)) {
+    find_beginnings(state, rng);
+    int drawn = -1;
+    WireSet<W> left;
+    for (const Beginning& begin : beginnings_) {
       stop_point();
-      WireSet<W> left = state.left;
-      left.erase(v);
-      rings_.draw(near_, left);
-      const std::uint64_t seed = rng.next();
-      for (int first = 0; first < 4; ++first) {
-        once_ = state;
-        clear(once_, first, v, seed, nullptr);
-        for (const int second : {crossing(first), dual(first)}) {
-          twice_ = once_;
-          clear(twice_, second, v, ~seed, nullptr);
-          twice_.left = left;
-          const double score = twice_.gates + device_tuning.weight_left * cost_left(twice_);
-          sink(score, Move{hash_of(twice_), seed, static_cast<std::uint16_t>(v),
-                           static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second)});
-        }
+      const int v = begin.vertex;
+      if (v != drawn) {
+        drawn = v;
+        left = state.left;
+        left.erase(v);
+        rings_.draw(near_, left);
+      }
+      once_ = state;
+      clear(once_, begin.clearing, v, begin.seed, nullptr);
+      const int first = begin.clearing.kind;
+      for (const int kind : {crossing(first), dual(first)}) {
+        const Clearing second = lightest(once_, kind, v, ~begin.seed).first;
+        twice_ = once_;
+        clear(twice_, second, v, ~begin.seed, nullptr);
+        twice_.left = left;
+        const double score = twice_.gates + weight_left_ * cost_left(twice_);
+        sink(score, Move{hash_of(twice_), begin.seed, begin.vertex, begin.clearing, second});
       }
     }
   }
@@ -131,6 +146,37 @@ class Elimination {
   }
 
  private:
+  struct Beginning {
+    std::uint64_t seed;
+    std::uint16_t vertex;
+    Clearing clearing;
+    int gates;
+  };
+
+  /// The vertices that may go, and the lines of each that may be cleared first: those of the fewest
+  /// gates, vertex by vertex.
+  void find_beginnings(const State& state, Rng& rng) {
+    beginnings_.clear();
+    for (const int v : leaving_.of(near_, state.left, rng)) {
+      const std::uint64_t seed = rng.next();
+      for (int kind = 0; kind < 4; ++kind) {
+        const auto& [clearing, gates] = lightest(state, kind, v, seed);
+        beginnings_.push_back({seed, static_cast<std::uint16_t>(v), clearing, gates});
+      }
+    }
+    if (beginnings_.size() <= clearings_) return;
+    std::ranges::stable_sort(beginnings_, {}, &Beginning::gates);
+    beginnings_.resize(clearings_);
+    std::ranges::stable_sort(beginnings_, {}, &Beginning::vertex);
+  }
+
+  /// The best clearing of line v of a kind, and its gates.
+  std::pair<Clearing, int> lightest(const State& state, int kind, int v, std::uint64_t seed) {
+    const WireSet<W>* lines = state.lines.data() + static_cast<std::ptrdiff_t>(kind) * n_;
+    const auto found = light_.find(lines, v, near_, state.left, seed);
+    return {{found.sum, static_cast<std::uint8_t>(kind)}, found.gates};
+  }
+
   WireSet<W>& line(State& state, int kind, int k) const {
     return state.lines[static_cast<std::size_t>(kind * n_ + k)];
   }
@@ -141,28 +187,40 @@ class Elimination {
     state.left.erase(move.vertex);
   }
 
-  /// Leaves line v of a kind a single one, at v, by additions of the lines that cross it: sets it
-  /// along a tree, then clears it from the leaves.
-  void clear(State& state, int kind, int v, std::uint64_t seed, std::vector<Addition>* additions) {
+  /// Leaves line v of a kind a single one, at v: adds others to it, then clears it by additions of
+  /// the lines that cross it, which set it along a tree and clear it from the leaves.
+  void clear(State& state, const Clearing& clearing, int v, std::uint64_t seed,
+             std::vector<Addition>* additions) {
+    const int kind = clearing.kind;
+    const LineSum& sum = clearing.sum;
+    for (std::size_t k = sum.count; k-- > 0;) add(state, kind, sum.to[k], sum.from[k], additions);
+    if (sum.count > 0) follow(state, kind);
     WireSet<W> bits = line(state, kind, v) & state.left;
     const auto& edges = tree_.grow(bits, v, near_, state.left, seed);
     if (edges.empty()) return;
     const int own = crossing(kind);
-    const auto add = [&](int to, int from) {
-      line(state, own, to) ^= line(state, own, from);
-      line(state, dual(own), from) ^= line(state, dual(own), to);
-      ++state.gates;
-      if (additions != nullptr) {
-        additions->push_back(own < 2 ? Addition{own, to, from} : Addition{own - 2, from, to});
-      }
-    };
     for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) {
       if (bits.contains(edge->parent)) continue;
       bits.insert(edge->parent);
-      add(edge->parent, edge->child);
+      add(state, own, edge->parent, edge->child, additions);
     }
-    for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) add(edge->child, edge->parent);
-    for (const int changed : {own, dual(own)}) {
+    for (auto edge = edges.rbegin(); edge != edges.rend(); ++edge) {
+      add(state, own, edge->child, edge->parent, additions);
+    }
+    follow(state, own);
+  }
+
+  /// Line `to` of a kind gains line `from`. The lines that cross them are to follow.
+  void add(State& state, int kind, int to, int from, std::vector<Addition>* additions) {
+    line(state, kind, to) ^= line(state, kind, from);
+    line(state, dual(kind), from) ^= line(state, dual(kind), to);
+    ++state.gates;
+    if (additions != nullptr) {
+      additions->push_back(kind < 2 ? Addition{kind, to, from} : Addition{kind - 2, from, to});
+    }
+  }
+  void follow(State& state, int kind) {
+    for (const int changed : {kind, dual(kind)}) {
       transpose(&line(state, changed, 0), &line(state, crossing(changed), 0), n_);
     }
   }
@@ -190,12 +248,16 @@ class Elimination {
   }
 
   int n_;
+  std::size_t clearings_;
+  double weight_left_;
   std::vector<WireSet<W>> near_;
   LeavingWires<W> leaving_;
-  WireRings<W> rings_;  // scratch, of what is left after the vertex in question
-  WireTree<W> tree_;    // scratch
-  State once_;          // scratch
-  State twice_;         // scratch
+  LightLine<W> light_;
+  WireRings<W> rings_;                 // scratch, of what is left after the vertex in question
+  LineTree<W> tree_;                   // scratch
+  std::vector<Beginning> beginnings_;  // scratch
+  State once_;                         // scratch
+  State twice_;                        // scratch
 };
 
 template <int W>

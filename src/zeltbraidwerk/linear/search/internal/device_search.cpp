@@ -89,7 +89,8 @@ class CnotDeviceSearch : public SearchBase<GateList> {
     Rng own(task_.seed, ~task_.stream);  // the rounds have the same draws without this run
     const Effort unlimited;
     Meter meter(unlimited);
-    const DeviceEliminationOptions greedy{.vertices = device_vertices(n_)};
+    const DeviceEliminationOptions greedy{.vertices = device_vertices(n_),
+                                          .clearings = device_clearings(n_)};
     for (const GateList& found : eliminate_on_device(m_, device_, greedy, own, meter)) offer(found);
   }
   void sort() {
@@ -139,7 +140,8 @@ class CnotDeviceSearch : public SearchBase<GateList> {
   /// By a beam that takes about as long as a walk of `steps`; the best circuit so far where it
   /// finds none.
   GateList eliminated(std::uint64_t steps) {
-    DeviceEliminationOptions options{.vertices = device_vertices(n_)};
+    DeviceEliminationOptions options{.vertices = device_vertices(n_),
+                                     .clearings = device_clearings(n_)};
     const double price = device_tuning.state_price * n_ * n_ * options.vertices;
     options.width = static_cast<int>(std::clamp<double>(
         static_cast<double>(steps) / price, device_tuning.least_width, device_tuning.most_width));

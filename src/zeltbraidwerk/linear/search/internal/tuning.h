@@ -245,9 +245,19 @@ struct DeviceTuning {
   int all_vertices = 16;
   int few_vertices = 8;
   int path_operations = 10'000;  ///< for a Hamiltonian path
-  /// Of an elimination: what is left to be done, next to the gates so far. Row matrix on grid 4x4:
-  /// 0.02 and 0.05 are 1 to 3 % longer, 0.2 as good; on grid 8x8 0.2 is 4 % longer.
+  // Clearings of a line that are looked at further: all up to all_vertices wires, half of them up
+  // to some_wires, a quarter above; rows matrix on grid 4x4, Tokyo, and grid 8x8.
+  int some_wires = 32;
+  int some_clearings = 16;
+  int few_clearings = 8;
+  // Before a line is cleared. Five additions of eight sums are 1 % shorter in four times the time.
+  int most_additions = 3;
+  std::size_t sums_kept = 4;  ///< of each number of additions
+  /// Of an elimination: what is left to be done, next to the gates so far, but as on this number of
+  /// wires where there are more. On Tokyo and grid 4x4 0.06 to 0.12 are alike; on grid 8x8 0.1 is
+  /// 1 to 2 % longer than 0.04 to 0.07.
   double weight_left = 0.1;
+  int weight_wires = 32;
   double tie_noise = 1e-3;
   // A round. Rows matrix on grid 4x4 and tokyo.
   int starts = 4;
@@ -255,7 +265,7 @@ struct DeviceTuning {
   std::uint64_t walk_from_best = 4;
   int least_width = 10;
   int most_width = 300;
-  double state_price = 0.25;  ///< steps of a walk for n^2 times the vertices of a state
+  double state_price = 0.5;  ///< steps of a walk for n^2 times the vertices of a state
   /// Above 1: blocks that got shorter are made longer again, row matrix on heavy hexagons.
   Cooling cooling{2.0F, 0.3F};
   Cooling cooling_by_depth{1.0F, 0.1F};
@@ -285,6 +295,18 @@ inline std::uint64_t steps_of_sorting(int wires) {
 /// Vertices that may go next in an elimination.
 inline int device_vertices(int n) {
   return n <= device_tuning.all_vertices ? n : device_tuning.few_vertices;
+}
+
+/// Clearings of a line that are looked at further in each state.
+inline int device_clearings(int n) {
+  return n <= device_tuning.all_vertices ? 4 * n
+         : n <= device_tuning.some_wires ? device_tuning.some_clearings
+                                         : device_tuning.few_clearings;
+}
+/// Next to the gates so far.
+inline double device_weight_left(int n) {
+  const int wires = std::max(n, device_tuning.weight_wires);
+  return device_tuning.weight_left * device_tuning.weight_wires / wires;
 }
 
 }  // namespace zelt::braidwerk::internal

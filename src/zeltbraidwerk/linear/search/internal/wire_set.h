@@ -47,6 +47,11 @@ struct WireSet {
     for (std::size_t w = 0; w < W; ++w) words[w] |= other.words[w];
     return *this;
   }
+  bool operator==(const WireSet& other) const {
+    Word all = 0;
+    for (std::size_t w = 0; w < W; ++w) all |= words[w] ^ other.words[w];
+    return all == 0;
+  }
   friend WireSet operator&(WireSet a, const WireSet& b) {
     for (std::size_t w = 0; w < W; ++w) a.words[w] &= b.words[w];
     return a;

@@ -75,7 +75,8 @@ std::optional<GateList> closed(const ParityNetwork& network, int n, const BitGra
   const BitMatrix undone = inverse(map_of(network, n));
   GateList closing;
   if (graph != nullptr) {
-    const DeviceEliminationOptions options{.width = width, .vertices = device_vertices(n)};
+    const DeviceEliminationOptions options{
+        .width = width, .vertices = device_vertices(n), .clearings = device_clearings(n)};
     auto found = eliminate_on_device(undone, *graph, options, rng, meter);
     if (found.empty()) return std::nullopt;
     closing = std::move(found.front());
