@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
@@ -20,15 +21,18 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// An estimate of the gates that a line will take: 2 D - 1 for each wire, where D is how much
-/// farther away it is than the nearest ring before it that has wires of the line.
-ZELTBRAIDWERK_CLONES int cost_of_line(const Word* line, const Word* left, const Word* rings,
-                                      int count, int stride) {
+/// An estimate of the gates that the sum of two lines will take: 2 D - 1 for each wire, where D is
+/// how much farther away it is than the nearest ring before it that has wires of the sum. Some
+/// number from `limit` on where it is not below that.
+ZELTBRAIDWERK_CLONES int cost_of_sum(const Word* line, const Word* added, const Word* left,
+                                     const Word* rings, int count, int stride, int limit) {
   int cost = 0;
   int gap = 1;
-  for (int k = 0; k < count; ++k, rings += stride) {
+  for (int k = 0; k < count && cost < limit; ++k, rings += stride) {
     int wires = 0;
-    for (int w = 0; w < stride; ++w) wires += std::popcount(line[w] & left[w] & rings[w]);
+    for (int w = 0; w < stride; ++w) {
+      wires += std::popcount((line[w] ^ added[w]) & left[w] & rings[w]);
+    }
     cost += wires * (2 * gap - 1);
     gap = wires > 0 ? 1 : gap + 1;
   }
@@ -225,12 +229,21 @@ class Elimination {
     }
   }
 
+  /// Of all lines, each alone or with that of a wire beside its own: whichever is lighter.
   int cost_left(const State& state) const {
+    static constexpr WireSet<W> none{};
     int cost = 0;
     state.left.for_each([&](int v) {
+      const WireSet<W> beside = near_[static_cast<std::size_t>(v)] & state.left;
       for (int kind = 0; kind < 4; ++kind) {
-        cost += cost_of_line(state.lines[static_cast<std::size_t>(kind * n_ + v)].words.data(),
-                             state.left.words.data(), rings_.of(v), rings_.count(v), W);
+        const WireSet<W>* lines = state.lines.data() + static_cast<std::ptrdiff_t>(kind) * n_;
+        const auto with = [&](const WireSet<W>& added, int limit) {
+          return cost_of_sum(lines[v].words.data(), added.words.data(), state.left.words.data(),
+                             rings_.of(v), rings_.count(v), W, limit);
+        };
+        int least = with(none, std::numeric_limits<int>::max());
+        beside.for_each([&](int u) { least = std::min(least, 1 + with(lines[u], least - 1)); });
+        cost += least;
       }
     });
     return cost;
