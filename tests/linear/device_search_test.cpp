@@ -9,6 +9,7 @@
 #include "support/oracles.h"
 #include "support/tasks.h"
 #include "zeltbraidwerk/linear/search/internal/device_search.h"
+#include "zeltbraidwerk/linear/search/internal/light_line.h"
 
 namespace {
 
@@ -77,6 +78,48 @@ TEST(DeviceSearch, EndsOnWhatHasNoCircuit) {
   searched(BoolMatrix(6, BoolRow(6, true)), support::grid(3, 2), 1000, any_reach);
   support::Rng rng(3);
   searched(support::random_invertible(6, rng), structures::Graph(6), 1000);
+}
+
+TEST(LightLine, IsClearedInTheGatesThatItTells) {
+  support::Rng rng(4);
+  int lighter = 0;
+  for (int run = 0; run < 60; ++run) {
+    const int n = 2 + run % 15;
+    const BitGraph device(run % 3 == 0 ? support::line(n) : support::random_device(n, 10, rng));
+    std::vector<WireSet<1>> near(at(n));
+    std::vector<WireSet<1>> lines(at(n));
+    WireSet<1> left;
+    for (int v = 0; v < n; ++v) {
+      left.insert(v);
+      device.for_each_neighbour(v, [&](int w) { near[at(v)].insert(w); });
+      lines[at(v)].words[0] = rng();
+    }
+    const int v = run % n;
+    const std::uint64_t seed = rng();
+    LineTree<1> tree;
+    const auto found = LightLine<1>().find(lines.data(), v, near, left, seed);
+    EXPECT_LE(found.gates, tree.gates(lines[at(v)] & left, v, near, left, seed));
+    for (std::size_t k = found.sum.count; k-- > 0;) {
+      EXPECT_TRUE(device.joined(found.sum.to[k], found.sum.from[k]));
+      lines[found.sum.to[k]] ^= lines[found.sum.from[k]];
+    }
+    WireSet<1> missed = lines[at(v)] & left;
+    missed.erase(v);
+    WireSet<1> joined;
+    joined.insert(v);
+    int gates = found.sum.count;
+    for (const auto& [parent, child] : tree.grow(lines[at(v)] & left, v, near, left, seed)) {
+      EXPECT_TRUE(joined.contains(parent) && device.joined(parent, child));
+      gates += lines[at(v)].contains(child) ? 1 : 2;
+      joined.insert(child);
+      missed.erase(child);
+    }
+    if (gates > found.sum.count && !lines[at(v)].contains(v)) ++gates;
+    EXPECT_EQ(gates, found.gates) << run;
+    EXPECT_TRUE(missed.empty());
+    lighter += found.sum.count > 0;
+  }
+  EXPECT_GT(lighter, 20);
 }
 
 }  // namespace

@@ -46,27 +46,29 @@ class CnotDeviceSearch : public SearchBase<GateList> {
 
   bool finished() const { return optimal_ || incumbent_.size().count == 0; }
 
-  /// Some new circuits, each walked from for a while. From the best of them the walk goes on for
-  /// longer, and then once more from the best of all.
+  /// New circuits, each walked from for a while. From the best of them, or of all where that is
+  /// shorter, the walk goes on for longer.
   void round(const Round& round) {
     if (!path_.empty()) {
       sort_planes(round.number, sorting_width(n_, PlaneGates::cnots, task_.objective, round), rng_,
                   meter_);
     }
     Smallest<GateList> winner(task_.objective);
-    for (int k = 0; k < device_tuning.starts && !meter_.ended(); ++k) {
+    const bool large = n_ > device_tuning.some_wires;
+    const int starts = large ? device_tuning.starts_large : device_tuning.starts;
+    for (int k = 0; k < starts && !meter_.ended(); ++k) {
       GateList fresh = eliminated(round.steps);
       walk(fresh, round.steps);
       winner.offer(fresh, size_of(fresh));
     }
     if (winner.empty()) return;
     GateList list = winner.circuit();
-    walk(list, device_tuning.walk_from_winner * round.steps);
     const Objective objective = task_.objective;
     if (incumbent_.size().key(objective) < size_of(list).key(objective)) {
       list = incumbent_.circuit();
     }
-    walk(list, device_tuning.walk_from_best * round.steps);
+    walk(list,
+         (large ? device_tuning.walk_from_best_large : device_tuning.walk_from_best) * round.steps);
   }
 
  private:
@@ -158,7 +160,9 @@ class CnotDeviceSearch : public SearchBase<GateList> {
       walk_among_equals(list, judge, steps, device_tuning.cooling_by_depth, rng_, meter_,
                         [this](const GateList& found) { offer(found, Origin::lowering_depth); });
     } else {
-      walk_among_equals(list, rewriter_, steps, device_tuning.cooling, rng_, meter_,
+      const Cooling cooling =
+          n_ > device_tuning.some_wires ? device_tuning.cooling_large : device_tuning.cooling;
+      walk_among_equals(list, rewriter_, steps, cooling, rng_, meter_,
                         [this](const GateList& found) { offer(found, Origin::lowering_count); });
     }
   }

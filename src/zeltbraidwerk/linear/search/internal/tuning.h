@@ -259,15 +259,18 @@ struct DeviceTuning {
   double weight_left = 0.16;
   int weight_wires = 32;
   double tie_noise = 1e-3;
-  // A round. Rows matrix on grid 4x4 and tokyo.
-  int starts = 4;
-  std::uint64_t walk_from_winner = 2;  ///< in walks of a start
-  std::uint64_t walk_from_best = 4;
+  // A round. Rows matrix on grid 4x4, Tokyo and heavy hexagons; on grid 8x8, where wide beams and
+  // cool walks count more, above some_wires.
+  int starts = 2;
+  int starts_large = 1;
+  std::uint64_t walk_from_best = 3;  ///< in walks of a start
+  std::uint64_t walk_from_best_large = 2;
   int least_width = 10;
   int most_width = 300;
   double state_price = 0.5;  ///< steps of a walk for n^2 times the vertices of a state
   /// Above 1: blocks that got shorter are made longer again, row matrix on heavy hexagons.
   Cooling cooling{2.0F, 0.3F};
+  Cooling cooling_large{0.5F, 0.1F};
   Cooling cooling_by_depth{1.0F, 0.1F};
 };
 inline constexpr DeviceTuning device_tuning;
