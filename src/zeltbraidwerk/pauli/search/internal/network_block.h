@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/window_moves.h"
+#include "zeltbraidwerk/pauli/search/internal/block_bounds.h"
 #include "zeltbraidwerk/pauli/search/internal/network_problem.h"
 #include "zeltbraidwerk/pauli/search/internal/vain_searches.h"
 #include "zeltbraidwerk/search/internal/rng.h"
@@ -20,8 +21,8 @@ namespace zelt::braidwerk::internal {
 /// Of two states that lead to the same answers the operators are equal, and so are the rotations
 /// left by their hashes: of the strings at the beginning and of all that must come before.
 ///
-/// Operators are bytes, the label of wire q in bits 2 q and 2 q + 1. The strings of the rotations
-/// are planes: for each wire one bit per rotation of what has an X there, and one of what has a Z.
+/// Operators are bytes, the label of wire q in bits 2 q and 2 q + 1, and so are the strings of the
+/// rotations. Each of these takes some gates at least, together with the operator: see BlockBounds.
 class NetworkBlock {
  public:
   static constexpr int wires = 3;
@@ -53,32 +54,29 @@ class NetworkBlock {
   const std::vector<NetworkEvent>& events() const { return found_; }
   /// By end: of the old block, of the new one. Labels of one wire stay together on one wire.
   const std::array<End, 4 * wires>& ends() const { return ends_; }
+  /// Whether any label stands elsewhere.
+  bool renames() const { return renames_; }
 
  private:
   using Rows = std::uint16_t;  // one bit per rotation
   static_assert(most_rotations <= 16);
-  struct Letters {
-    Rows x;
-    Rows z;
-  };
+  using Number = BlockBounds::Number;
   struct State {
     std::uint64_t operators;  // what X and Z on the wires, after the block, are here
-    std::array<Letters, wires> letters;
-    Rows left;           // rotations
-    std::uint64_t hash;  // of those
+    std::uint64_t hash;       // of the rotations left
+    Number number;            // of the operator
+    Rows left;                // rotations
+    std::array<std::uint8_t, most_rotations> strings;
   };
-  class GatesOn;
+  struct MovesOnWires;
 
-  static Letters& letters_of(State& state, int wire) {
-    return state.letters[static_cast<std::size_t>(wire)];
-  }
-  static int farthest(const State& state);
   void serve(State& state);
   bool descend(const State& state, int budget);
-  bool is_done(const State& state) const;
   void name_ends(const State& state);
-  void allow(unsigned pairs);
-  void order_moves(int first, int stride);
+  static const MovesOnWires& on_wires(const WireOrder& order);
+  unsigned moves_between(unsigned pairs) const;
+  int turn_of(int number) const;
+  int given_at(int turn) const;
   std::uint64_t with_least_labels(std::uint64_t operators);
   End on_wire(End end) const {
     return end_of(wire_[static_cast<std::size_t>(wire_of(end))], label_of(end));
@@ -97,15 +95,16 @@ class NetworkBlock {
   std::array<Rows, most_rotations> before_{};  // rotations that must come first
   std::vector<NetworkEvent> found_;
   std::array<End, 4 * wires> ends_{};
+  bool renames_ = false;
   int patience_ = 0;
   WireOrder wire_{};   // by place
   WireOrder place_{};  // by wire
   std::array<std::uint64_t, most_rotations> hash_{};
-  std::array<End, 4 * wires> named_{};        // labels after the old block, as with_least_labels
-  unsigned allowed_ = 0;                      // moves
-  std::array<std::uint8_t, moves> turn_{};    // by move
-  std::array<std::uint8_t, moves> number_{};  // by turn: the move
-  std::array<std::uint8_t, moves> given_{};   // by turn: the move on places
+  std::array<End, 4 * wires> named_{};  // labels after the old block, as with_least_labels
+  const MovesOnWires* on_wires_ = nullptr;
+  unsigned allowed_ = 0;    // moves
+  int first_ = 0;           // of the moves in turn
+  std::size_t stride_ = 0;  // its number
   VainSearches vain_;
 };
 

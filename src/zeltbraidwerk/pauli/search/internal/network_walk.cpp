@@ -91,7 +91,8 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     old_rows_ = rows_;
   }
   put_block(rows_, window_, new_rows_);
-  rename_gates(put_block(gates_, window_, new_gates_));
+  const int after = put_block(gates_, window_, new_gates_);
+  if (block_.renames()) rename_gates(after);
   if (limited) {
     const int depth = layers();
     if (depth > most_layers) {
@@ -101,7 +102,7 @@ bool NetworkWalk::step(float uphill, Rng& rng, int most_layers) {
     }
     depth_ = depth;
   }
-  rename_ends();
+  if (block_.renames()) rename_ends();
   swaps_ += swaps;
   count_ += gates_of(block_.events()) - old;
   return true;
