@@ -146,8 +146,10 @@ class NetworkSearch : public SearchByBoth<Network> {
     const Network from = by_layers ? shallowest() : shortest();
     const Origin origin = by_layers ? Origin::lowering_depth : Origin::lowering_count;
     const Cooling cooling = run_.task.target == nullptr ? tuning.cooling : drawn_cooling(rng_);
-    const std::uint64_t steps = tuning.walk_steps_of_event * from.events.size()
+    const std::uint64_t usual = tuning.walk_steps_of_event * from.events.size()
                                 << std::min(round, tuning.most_walk_doublings);
+    const std::uint64_t steps = by_layers ? usual : std::max(usual, walk_steps_in_time());
+    const double began = meter_.seconds();
     NetworkWalk walk(
         from.events, input_.qubits(), run_.task.in_order, !task_.closes(), task_.device,
         run_.task.target == nullptr ? tuning.walk_patience : network_target_tuning.walk_patience);
@@ -165,6 +167,17 @@ class NetworkSearch : public SearchByBoth<Network> {
       if (!meter_.step()) return;
     }
     offer_walked(Origin::derived);
+    if (by_layers || steps == 0) return;
+    walk_ended_ = meter_.seconds();
+    seconds_of_walk_step_ = (walk_ended_ - began) / static_cast<double>(steps);
+  }
+  /// Where the time is known, walks of long lists get a share of it: a step of a relay takes as
+  /// long as many of a walk.
+  std::uint64_t walk_steps_in_time() const {
+    const std::optional<double> left = meter_.seconds_left();
+    if (!left || task_.by_depth() || !input_.is_long() || seconds_of_walk_step_ <= 0) return 0;
+    const double seconds = std::min(tuning.walk_time * (meter_.seconds() - walk_ended_), *left);
+    return static_cast<std::uint64_t>(std::max(seconds, 0.0) / seconds_of_walk_step_);
   }
 
   /// Some from the start, then some from random gates of the best network.
@@ -207,6 +220,8 @@ class NetworkSearch : public SearchByBoth<Network> {
   std::optional<Rng> rng_of_ladders_;                  // as it was after these runs
   Effort effort_of_blocks_;
   bool proven_ = false;
+  double walk_ended_ = 0;  // the last one by count, in seconds
+  double seconds_of_walk_step_ = 0;
 };
 
 struct Answer {
