@@ -236,7 +236,7 @@ void NetworkBlock::name_ends(const State& state) {
 }
 
 bool NetworkBlock::descend(const State& state, int budget) {
-  if (state.left == 0 && (end_is_free_ || state.number == 0)) {
+  if (state.left == 0 && (end_is_free_ || state.number == BlockBounds::done)) {
     name_ends(state);
     return true;
   }
