@@ -308,7 +308,7 @@ def rows() -> list[Row]:
         graph_state(50, 3, 5, 14.7, "", objective="depth"),
         graph_state(100, 1, 5, 34, "", objective="depth"),
         graph_state(200, 1, 5, 71, "", objective="depth"),
-        code("logical 0", "Golay", gallery.golay_code(), 10, 44),
+        code("logical 0", "Golay", gallery.golay_code(), 60, 43),
         code("logical 0", "bicycle", gallery.bicycle_code(), 5, 330),
         code("encoder", "bicycle", gallery.bicycle_code(), 20, 410),
         pauli("LiH", "commuting", 0, 937, "1024"),

@@ -16,6 +16,7 @@
 #include "zeltbraidwerk/clifford/search/internal/peeled_code.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
+#include "zeltbraidwerk/clifford/search/internal/word_beam.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
 
 namespace {
@@ -246,6 +247,68 @@ TEST(PeeledCode, IsAnyStateOrCode) {
     const auto shorter = peeled(group, fewer, draws);
     EXPECT_TRUE(!shorter || shorter->gates.size() <= at(fewer)) << n;
   }
+}
+
+/// The state of a random code as products of X, some letters exchanged.
+std::vector<SignedString> state_of_code(int n, int generators, std::mt19937& rng) {
+  std::vector<std::string> words;
+  for (int r = 0; r < generators; ++r) {
+    std::string word(at(n), 'I');
+    word[at(r)] = 'X';
+    for (int q = generators; q < n; ++q) word[at(q)] = rng() % 2 ? 'X' : 'I';
+    words.push_back(word);
+  }
+  for (int q = generators; q < n; ++q) {
+    std::string word(at(n), 'I');
+    word[at(q)] = 'Z';
+    for (int r = 0; r < generators; ++r) word[at(r)] = words[at(r)][at(q)] == 'X' ? 'Z' : 'I';
+    words.push_back(word);
+  }
+  std::vector<SignedString> strings;
+  for (std::string& word : words) {
+    for (int q = 0; q < n; ++q) {
+      char& letter = word[at(q)];
+      if (letter != 'I') letter = "XYZ"[(q + (letter == 'Z' ? 1 : 0)) % 3];
+    }
+    strings.emplace_back(rng() % 2 != 0, word);
+  }
+  return strings;
+}
+
+/// Of codes with few generators of either kind, and of no other states.
+TEST(WordBeam, TakesStatesOfTwoKindsApart) {
+  std::mt19937 rng(11);
+  zelt::braidwerk::internal::Rng draws(11, 0);
+  const Effort unlimited;
+  Meter meter(unlimited);
+  const auto check = [&](const std::vector<SignedString>& strings, int most) {
+    const auto n = static_cast<int>(strings.size());
+    const Code code{frame_of(strings, n), {}};
+    const auto beam = WordBeam::of(code.stabilisers);
+    ASSERT_TRUE(beam) << n;
+    const auto found = beam->run(20, draws, meter);
+    ASSERT_TRUE(found) << n;
+    const GateList list = backwards(found->gates, found->left);
+    EXPECT_TRUE(prepares(to_gates(encoder_circuit(list, code).gates), strings)) << n;
+    EXPECT_LE(list.count(), most) << n;
+  };
+  for (const int n : {2, 5, 12, 20}) {
+    for (const int generators : {1, n / 3, n - 1, n - 2}) {
+      if (generators < 1 || std::min(generators, n - generators) > 7) continue;
+      check(state_of_code(n, generators, rng), generators * (n - generators));
+    }
+  }
+  check(state_of_code(64, 6, rng), 6 * 58);
+  check(torus(3, rng), 3 * 8);
+  Effort few;
+  few.steps = 5;
+  Meter ends(few);
+  EXPECT_FALSE(WordBeam::of(frame_of(torus(3, rng), 18))->run(20, draws, ends));
+  const std::vector<SignedString> ring{
+      {false, "XZIIZ"}, {false, "ZXZII"}, {false, "IZXZI"}, {false, "IIZXZ"}, {false, "ZIIZX"}};
+  EXPECT_FALSE(WordBeam::of(frame_of(ring, 5)));
+  EXPECT_FALSE(WordBeam::of(frame_of(torus(6, rng), 72)));
+  EXPECT_FALSE(WordBeam::of(frame_of(state_of_code(3, 0, rng), 3)));
 }
 
 TEST(StateSearch, knows_what_stabilises_no_state_and_ends_on_it) {

@@ -20,62 +20,12 @@ constexpr std::size_t index(int k) {
   return static_cast<std::size_t>(k);
 }
 
-int label_at(const PauliFrame& strings, int row, int q) {
-  return (strings.x_planes().get(q, row) ? label_x : 0) |
-         (strings.z_planes().get(q, row) ? label_z : 0);
-}
-
-/// The label after another one, of three.
-constexpr int next_label(int label) {
-  return label % 3 + 1;
-}
-
 PauliFrame generators_of(const StateGroup& group) {
   PauliFrame strings(group.qubits(), group.generators());
   for (int k = 0; k < group.generators(); ++k) {
     group.each_letter(k, [&](int q, int label) { strings.set_letter(k, q, letter_for(label)); });
   }
   return strings;
-}
-
-/// A label for every qubit: those of a generator, of the one that agrees with them on the most
-/// qubits, and so on. Then many generators have these alone, which takes no gates: so the first is
-/// one of the heaviest.
-std::vector<int> common_labels(const PauliFrame& generators, Rng& rng) {
-  const int n = generators.qubits();
-  const int r = generators.rows();
-  std::vector<int> labels(index(n));
-  const std::vector<int> weights = generators.weights();
-  const int heaviest = weights.empty() ? 0 : std::ranges::max(weights);
-  std::vector<int> agreeing;  // on how many qubits; -1: taken, or on some not at all
-  for (const int weight : weights) agreeing.push_back(weight == heaviest ? 1 : 0);
-  const auto most_agreeing = [&] {
-    int best = -1;
-    int equal = 0;
-    for (int k = 0; k < r; ++k) {
-      const int here = agreeing[index(k)];
-      if (here < 0 || (best >= 0 && here < agreeing[index(best)])) continue;
-      equal = best >= 0 && here == agreeing[index(best)] ? equal + 1 : 1;
-      if (rng.below(equal) == 0) best = k;
-    }
-    return best;
-  };
-  for (int k = most_agreeing(); k >= 0; k = most_agreeing()) {
-    stop_point();
-    agreeing[index(k)] = -1;
-    for (int q = 0; q < n; ++q) {
-      const int label = label_at(generators, k, q);
-      if (label == 0 || labels[index(q)] != 0) continue;
-      labels[index(q)] = label;
-      for (int other = 0; other < r; ++other) {
-        const int there = label_at(generators, other, q);
-        int& count = agreeing[index(other)];
-        if (there != 0 && count >= 0) count = there == label ? count + 1 : -1;
-      }
-    }
-  }
-  for (int& label : labels) label = label == 0 ? label_x : label;
-  return labels;
 }
 
 class Peeling {
@@ -178,8 +128,46 @@ class Peeling {
   std::vector<Gate> gates_;
 };
 
-/// With one letter on each qubit at most: the qubits on which generators of a state are alone.
-StateGroup reduced(const PauliFrame& strings) {
+}  // namespace
+
+std::vector<int> common_labels(const PauliFrame& generators, Rng& rng) {
+  const int n = generators.qubits();
+  const int r = generators.rows();
+  std::vector<int> labels(index(n));
+  const std::vector<int> weights = generators.weights();
+  const int heaviest = weights.empty() ? 0 : std::ranges::max(weights);
+  std::vector<int> agreeing;  // on how many qubits; -1: taken, or on some not at all
+  for (const int weight : weights) agreeing.push_back(weight == heaviest ? 1 : 0);
+  const auto most_agreeing = [&] {
+    int best = -1;
+    int equal = 0;
+    for (int k = 0; k < r; ++k) {
+      const int here = agreeing[index(k)];
+      if (here < 0 || (best >= 0 && here < agreeing[index(best)])) continue;
+      equal = best >= 0 && here == agreeing[index(best)] ? equal + 1 : 1;
+      if (rng.below(equal) == 0) best = k;
+    }
+    return best;
+  };
+  for (int k = most_agreeing(); k >= 0; k = most_agreeing()) {
+    stop_point();
+    agreeing[index(k)] = -1;
+    for (int q = 0; q < n; ++q) {
+      const int label = label_at(generators, k, q);
+      if (label == 0 || labels[index(q)] != 0) continue;
+      labels[index(q)] = label;
+      for (int other = 0; other < r; ++other) {
+        const int there = label_at(generators, other, q);
+        int& count = agreeing[index(other)];
+        if (there != 0 && count >= 0) count = there == label ? count + 1 : -1;
+      }
+    }
+  }
+  for (int& label : labels) label = label == 0 ? label_x : label;
+  return labels;
+}
+
+StateGroup alone_on_qubits(const PauliFrame& strings) {
   const int n = strings.qubits();
   BitMatrix bits = bits_of(strings);
   BitMatrix along(bits.rows(), 0);
@@ -193,14 +181,12 @@ StateGroup reduced(const PauliFrame& strings) {
   return StateGroup(result);
 }
 
-}  // namespace
-
 std::optional<TakenApart> peeled(const StateGroup& group, int most, Rng& rng) {
   PauliFrame generators = generators_of(group);
   std::vector<int> labels = common_labels(generators, rng);
   Peeling peeling(std::move(generators), most, rng);
   if (!peeling.peel(std::move(labels))) return std::nullopt;
-  StateGroup left = reduced(peeling.strings());
+  StateGroup left = alone_on_qubits(peeling.strings());
   if (left.left() == 0) return TakenApart{peeling.gates(), std::move(left)};
   left.lighten(state_tuning.sets_at_once, rng);
   Peeling rest(generators_of(left), most - static_cast<int>(peeling.gates().size()), rng);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
+#include "zeltbraidwerk/foundations/internal/pauli_frame.h"
 #include "zeltbraidwerk/search/internal/rng.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
@@ -14,6 +15,25 @@ struct TakenApart {
   std::vector<Gate> gates;
   StateGroup left;  ///< with a letter on each qubit at most
 };
+
+/// The label after another one, of three.
+constexpr int next_label(int label) {
+  return label % 3 + 1;
+}
+
+inline int label_at(const PauliFrame& strings, int row, int q) {
+  return (strings.x_planes().get(q, row) ? label_x : 0) |
+         (strings.z_planes().get(q, row) ? label_z : 0);
+}
+
+/// A label for every qubit: those of a generator, of the one that agrees with them on the most
+/// qubits, and so on. Then many generators have these alone, which takes no gates: so the first is
+/// one of the heaviest.
+std::vector<int> common_labels(const PauliFrame& generators, Rng& rng);
+
+/// The group of strings that have one letter on each qubit at most, by generators in echelon form:
+/// of a state each is alone on its qubit.
+StateGroup alone_on_qubits(const PauliFrame& strings);
 
 /// Takes a state or code apart by its generators as they are, which is short where they have few
 /// letters. A letter is chosen for every qubit; generators that have these letters alone are left

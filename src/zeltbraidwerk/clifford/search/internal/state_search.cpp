@@ -20,6 +20,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_problem.h"
 #include "zeltbraidwerk/clifford/search/internal/state_rewriter.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/clifford/search/internal/word_beam.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/search/internal/depth_judge.h"
 #include "zeltbraidwerk/search/internal/driver.h"
@@ -98,6 +99,7 @@ class CodeSearch : public SearchByBoth<GateList> {
       renew_layers(state_tuning.layer_renewals
                    << std::min(round.number, state_tuning.most_renewal_doublings));
     }
+    take_words_apart(state_tuning.word_walks * round.steps);
     renew(state_tuning.renewals << std::min(round.number, state_tuning.most_renewal_doublings));
     take_apart(start_, state_tuning.width << std::min(round.number, state_tuning.most_doublings),
                meter_);
@@ -132,6 +134,16 @@ class CodeSearch : public SearchByBoth<GateList> {
   void take_apart(const StateGroup& group, int width, Meter& meter) {
     search_from(StateProblem(rng_), group, width, meter,
                 [this](const auto& apart, const auto& left) { offer_backwards(apart, left); });
+  }
+
+  /// A beam as wide as its steps pay for.
+  void take_words_apart(std::uint64_t steps) {
+    if (!words_ || task_.by_depth()) return;
+    const auto gates = static_cast<std::uint64_t>(std::max(shortest().count(), 1));
+    const std::uint64_t width = steps / (gates * words_->steps_of_state());
+    if (width == 0) return;
+    const auto found = words_->run(static_cast<int>(width), rng_, meter_);
+    if (found && found->left.left() == 0) offer_backwards(found->gates, found->left);
   }
 
   /// With draws of its own, so that where it finds nothing all else is as without it.
@@ -301,6 +313,7 @@ class CodeSearch : public SearchByBoth<GateList> {
   int wires_;
   int plain_;  ///< gates of the plain circuit
   StateGroup start_;
+  std::optional<WordBeam> words_ = WordBeam::of(code_.stabilisers);
   bool takes_blocks_ = false;
 };
 
