@@ -140,7 +140,8 @@ class CodeSearch : public SearchByBoth<GateList> {
   void take_words_apart(std::uint64_t steps) {
     if (!words_ || task_.by_depth()) return;
     const auto gates = static_cast<std::uint64_t>(std::max(shortest().count(), 1));
-    const std::uint64_t width = steps / (gates * words_->steps_of_state());
+    const std::uint64_t width =
+        std::min(steps / (gates * words_->steps_of_state()), state_tuning.most_word_width);
     if (width == 0) return;
     const auto found = words_->run(static_cast<int>(width), rng_, meter_);
     if (found && found->left.left() == 0) offer_backwards(found->gates, found->left);

@@ -18,7 +18,8 @@ bool stabilise_a_state(const PauliFrame& strings);
 /// in turns until it ends. Strings that stabilise no state give a circuit of another one.
 ///
 /// A state of a beam takes n^2 bytes, up to 64 qubits some kilobytes more; the table of windows
-/// 32 MB, once; decoding, for dense states on 150 qubits and more, up to 14 MB.
+/// 32 MB, once; decoding, for dense states on 150 qubits and more, up to 14 MB; beams with all
+/// words of a small code in view, up to 40 MB.
 CliffordCircuit search_state(const PauliFrame& stabilisers, const Task& task, const Effort& effort);
 
 /// The same up to signs, as a list of gates. Sets the steps of the effort to those that it took.

@@ -156,8 +156,9 @@ struct StateTuning {
   int few_qubits = 60;
   int many_qubits = 128;
   // By all words. Row logical 0 Golay.
-  std::uint64_t words_per_step = 1 << 15;  ///< for each generator and qubit
-  std::uint64_t word_walks = 8;            ///< steps of the beam, in walks of the round
+  std::uint64_t words_per_step = 1 << 15;   ///< for each generator and qubit
+  std::uint64_t word_walks = 8;             ///< steps of the beam, in walks of the round
+  std::uint64_t most_word_width = 1 << 14;  ///< 40 MB
   // By decoding. Rows graph state 150 and 200 of bench/search.
   int least_decoded = 150;        ///< qubits
   int most_decoded = 1024;        ///< what is left is brought to the form of a graph in 50 ms
