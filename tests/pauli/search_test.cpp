@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
 #include <random>
 #include <set>
@@ -47,6 +48,28 @@ TEST(NetworkSearch, SpentBeforeItBeganAnEffortGivesTheFirstCircuit) {
   Effort spent;
   spent.control.deadline = Control::Clock::now();
   EXPECT_EQ(search_network(list, {}, spent).gates, search_network(list, {}, steps(0)).gates);
+}
+
+// Relays of several places and walks share a budget of time, whichever of them it ends in.
+TEST(NetworkSearch, LongListsInABudget) {
+  std::mt19937 rng(3);
+  const int n = 6;
+  const PauliRows table = support::random_rows(320, n, rng);
+  const Rotations list = support::named(table, n);
+  for (const bool in_order : {false, true}) {
+    for (const int milliseconds : {20, 400, 1500}) {
+      NetworkTask task;
+      task.in_order = in_order;
+      Effort effort;
+      const auto began = Control::Clock::now();
+      effort.control.deadline = began + std::chrono::milliseconds(milliseconds);
+      const PlacedCircuit result = search_network(list, task, effort);
+      const std::chrono::duration<double> taken = Control::Clock::now() - began;
+      EXPECT_EQ(fault(table, n, task, result), "") << milliseconds << (in_order ? " in order" : "");
+      // Loose, as the machine may have other things to do.
+      EXPECT_LT(taken.count(), 1e-3 * milliseconds + 1);
+    }
+  }
 }
 
 std::vector<bool> qubits_of(const std::vector<unsigned char>& row) {

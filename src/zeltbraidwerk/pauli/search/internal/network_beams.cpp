@@ -53,7 +53,7 @@ std::optional<Network> run_beam(const NetworkRun& run, const NetworkPlan& plan,
 }
 
 std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>& prefix, int runs,
-                                 int known) {
+                                 int width, int known) {
   const NetworkTask& task = run.task;
   const RotationList& rows = run.list(run.plans.draw(run.rng));
   const RelayOptions options{
@@ -61,6 +61,7 @@ std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>&
       .target = task.target,
       .graph = task.device,
       .runs = runs,
+      .width = width,
       .stretch = network_tuning.least_stretch + run.rng.below(network_tuning.stretches),
       .known = known,
       .alike = task.in_order ? 0 : network_tuning.alike};

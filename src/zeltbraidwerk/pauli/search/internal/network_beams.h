@@ -18,6 +18,6 @@ std::optional<Network> run_beam(const NetworkRun& run, const NetworkPlan& plan,
 
 /// The same by a relay, with `runs` runs from every place. `known`: gates of a known network.
 std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>& prefix, int runs,
-                                 int known);
+                                 int width, int known);
 
 }  // namespace zelt::braidwerk::internal

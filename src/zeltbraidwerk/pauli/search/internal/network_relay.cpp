@@ -1,6 +1,8 @@
 #include "zeltbraidwerk/pauli/search/internal/network_relay.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -10,7 +12,14 @@ struct Leg {
   std::vector<Gate> gates;
   NetworkState state;
   NetworkPlan plan;
-  double cost = 0;
+  double cost = 0;  ///< with the gates before it
+  std::size_t from = 0;
+};
+
+struct Place {
+  std::vector<Gate> gates;
+  NetworkState state;
+  std::optional<NetworkPlan> followed;
 };
 
 class Relay {
@@ -25,30 +34,56 @@ class Relay {
         judge_(list, options.in_order, plans.first()[0].settings, options.graph, rng) {}
 
   std::optional<std::vector<Gate>> run(const std::vector<Gate>& prefix) {
-    std::vector<Gate> gates;
-    NetworkState state = judge_.start();
-    if (options_.known > 0) gate_ = static_cast<double>(judge_.costs(state)) / options_.known;
-    for (const Gate& gate : prefix) judge_.play(state, gate);
-    while (state.count_left > 0) {
-      std::optional<Leg> best;
-      for (int k = 0; k < options_.runs; ++k) {
-        std::optional<Leg> leg = run_leg(state);
-        if (!leg) return std::nullopt;
-        if (!best || leg->cost < best->cost) best = std::move(leg);
+    NetworkState start = judge_.start();
+    if (options_.known > 0) gate_ = static_cast<double>(judge_.costs(start)) / options_.known;
+    for (const Gate& gate : prefix) judge_.play(start, gate);
+    if (start.count_left == 0) return std::vector<Gate>();
+    std::vector<Place> places;
+    places.push_back({.gates = {}, .state = std::move(start), .followed = {}});
+    while (true) {
+      if (!run_legs(places)) return std::nullopt;
+      std::vector<Place> next;
+      for (Leg& leg : best_) {
+        const Place& from = places[leg.from];
+        Place place{from.gates, std::move(leg.state), leg.plan};
+        place.gates.insert(place.gates.end(), leg.gates.begin(), leg.gates.end());
+        if (place.state.count_left == 0) return place.gates;
+        next.push_back(std::move(place));
       }
-      gates.insert(gates.end(), best->gates.begin(), best->gates.end());
-      state = std::move(best->state);
-      followed_ = best->plan;
+      places = std::move(next);
     }
-    return gates;
   }
 
  private:
-  std::optional<Leg> run_leg(const NetworkState& from) {
+  /// From all places, as many in all from a single one; the best are kept.
+  bool run_legs(const std::vector<Place>& places) {
+    best_.clear();
+    const int runs = places.size() > 1 ? options_.runs : options_.runs * options_.width;
+    for (std::size_t from = 0; from < places.size(); ++from) {
+      for (int k = 0; k < runs; ++k) {
+        std::optional<Leg> leg = run_leg(places[from]);
+        if (!leg) return false;
+        leg->from = from;
+        leg->cost += static_cast<double>(places[from].gates.size());
+        keep(std::move(*leg));
+      }
+    }
+    return true;
+  }
+
+  void keep(Leg leg) {
+    const auto place = std::ranges::upper_bound(best_, leg.cost, {}, &Leg::cost);
+    best_.insert(place, std::move(leg));
+    if (best_.size() > static_cast<std::size_t>(options_.width)) best_.pop_back();
+  }
+
+  std::optional<Leg> run_leg(const Place& place) {
+    const NetworkState& from = place.state;
+    const std::optional<NetworkPlan>& followed = place.followed;
     const int end = std::max(0, from.count_left - options_.stretch);
     const int handover = end == 0 ? 0 : from.count_left - options_.stretch / 2;
-    const bool vary = followed_ && rng_.chance(options_.alike);
-    const NetworkPlan plan = vary ? plans_.varied(*followed_, rng_) : plans_.draw(rng_);
+    const bool vary = followed && rng_.chance(options_.alike);
+    const NetworkPlan plan = vary ? plans_.varied(*followed, rng_) : plans_.draw(rng_);
     NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_,
                            options_.target);
     NetworkState state = problem.taken_over(from);
@@ -78,8 +113,8 @@ class Relay {
   Rng& rng_;
   Meter& meter_;
   NetworkProblem judge_;
-  std::optional<NetworkPlan> followed_;
-  double gate_ = 0;  // its costs that one gate stands for
+  std::vector<Leg> best_;  // ascending by costs
+  double gate_ = 0;        // its costs that one gate stands for
 };
 
 }  // namespace

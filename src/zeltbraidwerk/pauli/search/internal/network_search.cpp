@@ -62,7 +62,7 @@ class NetworkSearch : public SearchByBoth<Network> {
     walk(round.number, false);
     if (task_.by_depth() && !meter_.ended()) walk(round.number, true);
     if (input_.is_long()) run_relays(round.number);
-    run_beams(round.number);
+    if (!seconds_to_share()) run_beams(round.number);
   }
 
   /// After the last round.
@@ -171,27 +171,71 @@ class NetworkSearch : public SearchByBoth<Network> {
     walk_ended_ = meter_.seconds();
     seconds_of_walk_step_ = (walk_ended_ - began) / static_cast<double>(steps);
   }
-  /// Where the time is known, walks of long lists get a share of it: a step of a relay takes as
-  /// long as many of a walk.
+  /// Where they are known and the list is long: relays and walks then share them.
+  std::optional<double> seconds_to_share() const {
+    return input_.is_long() && !task_.by_depth() ? meter_.seconds_left() : std::nullopt;
+  }
+  /// A share of the time is a lower bound: a step of a relay takes as long as many of a walk.
   std::uint64_t walk_steps_in_time() const {
-    const std::optional<double> left = meter_.seconds_left();
-    if (!left || task_.by_depth() || !input_.is_long() || seconds_of_walk_step_ <= 0) return 0;
-    const double seconds = std::min(tuning.walk_time * (meter_.seconds() - walk_ended_), *left);
+    const std::optional<double> left = seconds_to_share();
+    if (!left || seconds_of_walk_step_ <= 0) return 0;
+    const double share = tuning.walk_time * (meter_.seconds() - walk_ended_);
+    const double seconds = no_more_relays_ ? *left : std::min(share, *left);
     return static_cast<std::uint64_t>(std::max(seconds, 0.0) / seconds_of_walk_step_);
   }
 
   /// Some from the start, then some from random gates of the best network.
   void run_relays(int round) {
+    if (const std::optional<double> left = seconds_to_share()) {
+      run_wide_relays(round, *left);
+      return;
+    }
     const int runs = tuning.relay_runs << std::min(round, tuning.most_relay_doublings);
     const int all = tuning.relays_from_start + tuning.relays_from_gates;
     for (int k = 0; k < all && !meter_.ended(); ++k) {
-      const std::vector<Gate> prefix = prefix_of(k, tuning.relays_from_start);
-      // What is left is judged in order alone: in any order it does not help.
-      const int known = run_.task.in_order ? shortest().size.count : 0;
-      const std::optional<Network> network = run_relay(run_, prefix, runs, known);
-      if (!network) return;
-      offer(*network, Origin::derived);
+      if (!run_relay_of_width(prefix_of(k, tuning.relays_from_start), runs, 1)) return;
     }
+  }
+  /// A narrow one to see how long it takes, and ones from the start that are as wide as a share of
+  /// the time allows. In later rounds one from random gates of the best network, until there is no
+  /// time for it: then the rest is left to walks.
+  void run_wide_relays(int round, double left) {
+    const int runs = tuning.relay_runs;
+    if (round > 0) {
+      const std::vector<Gate> prefix = random_prefix(shortest(), rng_);
+      const double open =
+          1 - static_cast<double>(prefix.size()) / std::max(shortest().size.count, 1);
+      const double narrow = seconds_of_relay_ * open;
+      no_more_relays_ = tuning.relay_margin * narrow > left;
+      if (no_more_relays_) return;
+      run_relay_of_width(prefix, runs, width_in(tuning.relay_time_from_gates * left, narrow));
+      return;
+    }
+    const double began = meter_.seconds();
+    if (!run_relay_of_width({}, runs, 1)) return;
+    seconds_of_relay_ = meter_.seconds() - began;
+    left -= seconds_of_relay_;
+    for (double share = tuning.relay_time * left; !meter_.ended();) {
+      if (tuning.relay_margin * seconds_of_relay_ > share) return;
+      const int width = width_in(share, seconds_of_relay_);
+      const double before = meter_.seconds();
+      if (!run_relay_of_width({}, runs, width)) return;
+      const double seconds = meter_.seconds() - before;
+      share -= seconds;
+      // What is left is too little for another one that is half as wide at least.
+      if (share < seconds / 2) return;
+    }
+  }
+  static int width_in(double seconds, double narrow) {
+    return static_cast<int>(std::clamp(seconds / std::max(narrow, 1e-6), 1.0,
+                                       static_cast<double>(tuning.most_relay_width)));
+  }
+  bool run_relay_of_width(const std::vector<Gate>& prefix, int runs, int width) {
+    // What is left is judged in order alone: in any order it does not help.
+    const int known = run_.task.in_order ? shortest().size.count : 0;
+    const std::optional<Network> network = run_relay(run_, prefix, runs, width, known);
+    if (network) offer(*network, Origin::derived);
+    return network.has_value();
   }
 
   /// Some from the start, then some from random gates of the best network.
@@ -222,6 +266,8 @@ class NetworkSearch : public SearchByBoth<Network> {
   bool proven_ = false;
   double walk_ended_ = 0;  // the last one by count, in seconds
   double seconds_of_walk_step_ = 0;
+  double seconds_of_relay_ = 0;  // a narrow one from the start
+  bool no_more_relays_ = false;
 };
 
 struct Answer {

@@ -44,6 +44,13 @@ struct NetworkTuning {
   int relays_from_gates = 3;
   int relay_runs = 8;  ///< from every place in round 0; twice as many each round
   int most_relay_doublings = 3;
+  /// With a budget of time and a long list: places side by side, the share of the time of all
+  /// relays from the start, that of one from gates for what is left, and what is left at least for
+  /// one, by how long a narrow one takes. See DEVELOPERS.md.
+  int most_relay_width = 16;
+  double relay_time = 0.45;
+  double relay_time_from_gates = 0.25;
+  double relay_margin = 1.5;
   int least_stretch = 30;  ///< rotations that a run of a relay serves
   int stretches = 50;
   /// How often a run's plan is like the one followed before, in any order. H2O, 300 thousand steps:
