@@ -51,6 +51,19 @@ CALLS = {
 }
 
 
+def test_outputs_stay_within_reach():
+    edges = [(0, 2), (0, 3), (1, 4), (4, 5)]
+    seconds = dict(zip(edges, (4e-7, 5e-7, 4.5e-7, 2e-7), strict=True))
+    device = Device(6, edges, edge_durations=seconds)
+    matrix = [[0, 0, 1], [1, 1, 0], [0, 1, 0]]
+    found = zb.linear.synthesize(
+        matrix, method="search", device=device, objective="duration", reach=4, seed=1, steps=32
+    )
+    assert found.verify()
+    pieces = [{0, 2, 3}, {1, 4, 5}]
+    assert any(piece.issuperset(found.placement) for piece in pieces)
+
+
 @pytest.mark.parametrize("name", CALLS)
 def test_it_costs_no_more_than_without(name):
     device = LINE if name.startswith("optimize") else GRID

@@ -145,7 +145,9 @@ class Call:
                 self.place(len(site.qubits))
             return once()
 
-        return self.cheapest(len(site.qubits), run, fixed)
+        # Another place of the circuit is at other distances from where its outputs may be.
+        moves = not fixed and outputs is not _core._Outputs.within_reach
+        return self.cheapest(len(site.qubits), run, fixed, moves)
 
     def _run(
         self, kernel: Callable[..., tuple[Any, ...]], make: Callable[..., R], *given: Any,
@@ -194,12 +196,12 @@ class Call:
         best = result_of(*done[0]) if done else None
         raise errors.Interrupted(best=best)
 
-    def cheapest(self, n: int, run: Callable[[], Movable[R]], fixed: bool) -> R:
+    def cheapest(self, n: int, run: Callable[[], Movable[R]], fixed: bool, moves: bool) -> R:
         """The cheapest of several searches on n wires, where edges have costs; where wires are
         ``fixed`` to qubits, on these. ``run`` makes one by the options that the call has then.
 
         The same search is made on the device and on parts of it that are cheap; what it finds is
-        placed where it costs least. The search itself looks at gates or layers.
+        placed where it costs least, if it ``moves``. The search itself looks at gates or layers.
         """
         weights, device, whole = self.weights, self.device, replace(self)
         assert weights is not None
@@ -230,7 +232,7 @@ class Call:
             vars(self).update(vars(whole))
         result, moved = min(found, key=lambda each: each[:2])[2]
         stays = range(device.n)
-        best = moved(stays if fixed else _weights.places(result.circuit, device, weights))
+        best = moved(_weights.places(result.circuit, device, weights) if moves else stays)
         # What was proven holds for the part of the device that was searched.
         best = replace(best, least_count=0, least_depth=0)
         if stopped:

@@ -421,4 +421,4 @@ def cheapest_on_device(
         )
 
     fixed = placement is not None or options["keep_depth"]
-    return call.cheapest(source.n, run, fixed)
+    return call.cheapest(source.n, run, fixed, moves=not fixed)

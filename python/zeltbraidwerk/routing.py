@@ -176,7 +176,7 @@ def route(
         found = once()
         return found, lambda _: replace(found, device=call.device, objective=call.objective)
 
-    return call.cheapest(source.n, run, fixed=False)
+    return call.cheapest(source.n, run, fixed=False, moves=True)
 
 
 @_renamed.options(depth="lookahead")
