@@ -43,6 +43,7 @@ Matcher::Matcher(int size) : problem_(std::make_unique<Problem>()) {
   graph.reserveEdge(edges);
   for (int i = 0; i < n; ++i) graph.addNode();
   for (int i = 0; i < n; ++i) {
+    stop_point();
     for (int j = i; j < n; ++j) graph.addEdge(Graph::nodeFromId(i), Graph::nodeFromId(j));
   }
   problem_->weights.values.resize(static_cast<std::size_t>(edges));
