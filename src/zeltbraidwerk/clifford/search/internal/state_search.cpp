@@ -152,7 +152,7 @@ class CodeSearch : public SearchByBoth<GateList> {
   void peel(Generators generators) {
     const bool lightens = generators == Generators::lightened;
     Rng rng(task_.seed, ~task_.stream);
-    const int tries = std::clamp(state_tuning.peeled_area / (wires_ * wires_),
+    const int tries = std::clamp(state_tuning.peeled_area / std::max(wires_ * wires_, 1),
                                  state_tuning.least_peelings, state_tuning.most_peelings);
     for (int k = 0; k < tries; ++k) {
       StateGroup group(code_.stabilisers);
