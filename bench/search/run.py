@@ -271,7 +271,7 @@ def rows() -> list[Row]:
         device(zb.Device.line(16), 10, 5, 213, "309"),
         device(zb.Device.named("tokyo"), 5, 5, 141, "272.8"),
         device(heavy_hex(), 5, 5, 211, "384"),
-        device(zb.Device.grid(8, 8), 1, 60, 2040, "3037"),
+        device(zb.Device.grid(8, 8), 1, 60, 2000, "3037"),
         parities(8, 64, 0, 85, "94", "free"),
         parities(16, 160, 0, 437, "535", "free"),
         parities(20, 200, 0, 720, "896", "free"),

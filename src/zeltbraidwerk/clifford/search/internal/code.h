@@ -37,8 +37,8 @@ PauliFrame on_wires(const PauliFrame& strings, const std::vector<int>& wires);
 /// Whether strings commute and none is a product of others.
 bool are_independent_stabilisers(const PauliFrame& strings);
 
-/// Whether a quarter of the strings or more have few letters, at most 12: those of a sparse code, or
-/// of a state of one.
+/// Whether a quarter of the strings or more have few letters, at most 12: those of a sparse code,
+/// or of a state of one.
 bool are_light(const PauliFrame& strings);
 
 /// Whether strings commute with all stabilisers, and with each other as X, then Z, on as many
