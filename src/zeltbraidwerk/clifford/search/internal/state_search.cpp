@@ -70,9 +70,7 @@ class CodeSearch : public SearchByBoth<GateList> {
       return;
     }
     take_apart(start_, 1, quick ? own : meter_);
-    if (is_small && (quick || !meter_.ended())) {
-      peel(Generators::lightened);
-    }
+    if (is_small && (quick || !meter_.ended())) peel(Generators::lightened);
     // With more effort a greedy run that was cut would lead to other operators.
     if (takes_operators() && (quick || !meter_.ended())) make_operators();
     take_apart(start_, state_tuning.first_width, meter_);
@@ -147,8 +145,8 @@ class CodeSearch : public SearchByBoth<GateList> {
     if (found && found->left.left() == 0) offer_backwards(found->gates, found->left);
   }
 
-  /// With draws of its own, so that where it finds nothing all else is as without it.
   enum class Generators { as_given, lightened };
+  /// With draws of its own, so that where it finds nothing all else is as without it.
   void peel(Generators generators) {
     const bool lightens = generators == Generators::lightened;
     Rng rng(task_.seed, ~task_.stream);
