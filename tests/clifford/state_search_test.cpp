@@ -122,6 +122,22 @@ TEST(StateSearch, TakesFewLayers) {
   check(graph_state(100, 0.05, rng), 13);
 }
 
+/// Wires that no others are far from, whose columns all are near, and that are looked at in turn.
+TEST(StatesBySums, AreAnyStates) {
+  std::mt19937 rng(16);
+  for (const int n : {1, 2, 3, 20, 64, 65, 129, 300}) {
+    for (const auto& strings : {graph_state(n, 0.5, rng), random_state(n, 20 * n, rng)}) {
+      const Code code{frame_of(strings, n), {}};
+      const GateList list = by_sums(StateGraph(code.stabilisers));
+      EXPECT_TRUE(prepares(to_gates(encoder_circuit(list, code).gates), strings)) << n;
+      EXPECT_LE(list.count(), n * n / 9 + 3 * n) << n;
+    }
+  }
+  EXPECT_LE(searched(graph_state(300, 0.5, rng), 0).size.count, 9900);
+  const auto sparse = graph_state(300, 0.05, rng);
+  EXPECT_LE(searched(sparse, 0).size.count, edges_of(sparse));
+}
+
 /// A block that is left after no, one and three others; of dense states and sparse ones.
 TEST(StatesByDecoding, AreAnyStates) {
   std::mt19937 rng(6);

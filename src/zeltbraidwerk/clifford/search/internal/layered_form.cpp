@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "zeltbraidwerk/clifford/search/internal/graph_blocks.h"
+#include "zeltbraidwerk/clifford/search/internal/graph_sorting.h"
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
+#include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 
 namespace zelt::braidwerk::internal {
@@ -58,7 +60,18 @@ class LayeredForm {
       if (way == GraphsBy::blocks) clear_by_blocks(wires_, 1, work, rng_, in_time);
       take_off_graph(side);
     }
-    take_off_map(outputs, effort);
+    take_off_map(Objective::depth, outputs, effort);
+    return circuit_of(rows_, moves_);
+  }
+
+  GateList circuit_by_count(Outputs outputs, const Effort& effort) {
+    for (const int side : {1, 0}) {
+      for (const GraphMove& move : clear_by_sorting(graph_without_diagonal(side))) {
+        play_on_graph(side, move);
+      }
+      settle(side);
+    }
+    take_off_map(Objective::count, outputs, effort);
     return circuit_of(rows_, moves_);
   }
 
@@ -80,6 +93,7 @@ class LayeredForm {
   void choose_outputs() {
     Independent columns(wires_);
     for (int w = 0; w < wires_; ++w) {
+      stop_point();
       const int first = rng_.below(3);
       int z = 0;
       for (int k = 0; k < 3 && z == 0; ++k) {
@@ -117,6 +131,15 @@ class LayeredForm {
     const BitMatrix back = inverse(map());
     return side == 1 ? product(parts(input_z_, output_z_), back)
                      : product(back, parts(input_x_, output_x_));
+  }
+  /// Labels turn such that nothing stands on the diagonal.
+  BitMatrix graph_without_diagonal(int side) {
+    BitMatrix graph = this->graph(side);
+    for (int a = 0; a < wires_; ++a) {
+      if (graph.get(a, a)) of(passed(side), a) ^= of(crossed(side), a);
+      graph.set(a, a, false);
+    }
+    return graph;
   }
   /// Gates between these commute, ...
   Labels& crossed(int side) { return side == 1 ? input_x_ : output_z_; }
@@ -167,14 +190,17 @@ class LayeredForm {
 
   /// From the last gate to the first. Each is a CNOT but for one-qubit gates after it, which turn
   /// X on its control, and Z on its target.
-  void take_off_map(Outputs outputs, const Effort& effort) {
+  void take_off_map(Objective objective, Outputs outputs, const Effort& effort) {
     const BitMatrix map = this->map();
     for (int i = 0; i < wires_; ++i) {
       for_each_bit(map.row(i), map.stride(),
                    [&](int w) { of(output_x_, w) = rows_.label_at(1, i, of(input_x_, i), w); });
     }
-    const Task task{.objective = Objective::depth, .outputs = outputs, .seed = rng_.next()};
-    const GateList list = search_shallow_cnot(map.transposed(), task, effort).front().list;
+    const Task task{.objective = objective, .outputs = outputs, .seed = rng_.next()};
+    const BitMatrix turned = map.transposed();
+    const GateList list = objective == Objective::count
+                              ? search_cnot(turned, task, effort)
+                              : search_shallow_cnot(turned, task, effort).front().list;
     const auto output = [&](End end) { return list.frame.output_on(wire_of(end)); };
     for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
       const bool forward = label_of(gate->a) == label_z;
@@ -200,6 +226,10 @@ class LayeredForm {
 GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
                       const Effort& effort) {
   return LayeredForm(std::move(rows), rng).circuit(way, outputs, effort);
+}
+
+GateList layered_list_by_count(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort) {
+  return LayeredForm(std::move(rows), rng).circuit_by_count(outputs, effort);
 }
 
 }  // namespace zelt::braidwerk::internal

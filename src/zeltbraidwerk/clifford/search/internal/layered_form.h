@@ -22,4 +22,8 @@ enum class GraphsBy { edges, blocks };
 GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
                       const Effort& effort);
 
+/// The same with few gates, for operators on so many qubits that a reduction takes long: graphs by
+/// sorting (graph_sorting.h), and the map searched by count. About 2 n^2 / log2(n) gates.
+GateList layered_list_by_count(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort);
+
 }  // namespace zelt::braidwerk::internal

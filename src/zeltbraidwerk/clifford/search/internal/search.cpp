@@ -98,6 +98,7 @@ class CliffordSearch : public SearchBase<GateList> {
       }
     }
     if (wires_ < 2) return;
+    if (!quick && !task_.by_depth() && !meter_.ended()) offer_layered_by_count();
     if (has_table()) {
       shortest_ = Smallest<GateList>(Objective::count);
       shorten(shortest_list(images_, Outputs::anywhere, rng_));
@@ -115,6 +116,23 @@ class CliffordSearch : public SearchBase<GateList> {
     if (wires_ > tuning.two_sided_wires && wires_ <= tuning.quick_two_sided) {
       shorten(beam(Side::both, 1, unlimited));
     }
+  }
+
+  void offer_layered_by_count() {
+    try {
+      const StopScope scope(meter_.control(), true);  // there is a circuit already
+      const GateList found =
+          layered_list_by_count(beams_.operator_rows(), task_.outputs, rng_, in_time(1));
+      if (!task_.in_place()) shorten(found);
+      offer(found);
+    } catch (const Stopped&) {
+    }
+  }
+  Effort in_time(std::uint64_t steps) const {
+    Effort effort;
+    effort.control = meter_.control();
+    effort.steps = steps;
+    return effort;
   }
 
   /// What is left to do is to make its layers fewer.
@@ -207,10 +225,7 @@ class CliffordSearch : public SearchBase<GateList> {
   }
 
   GateList layered(std::uint64_t steps) {
-    Effort effort;
-    effort.control = meter_.control();
-    effort.steps = steps;
-    return layered_list(beams_.operator_rows(), graphs_by_, task_.outputs, rng_, effort);
+    return layered_list(beams_.operator_rows(), graphs_by_, task_.outputs, rng_, in_time(steps));
   }
 
   /// Once more with other labels, and the map searched longer.

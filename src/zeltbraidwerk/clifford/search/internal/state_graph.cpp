@@ -64,17 +64,24 @@ WireGroups StateGraph::groups() const {
 
 Gate StateGraph::play(const GraphMove& move) {
   const auto& [is_edge, to, from] = move;
-  const auto a = static_cast<std::size_t>(to);
-  const auto b = static_cast<std::size_t>(from);
-  const Gate gate{end_of(to, other[a]), end_of(from, is_edge ? other[b] : own[b])};
-  own[a] ^= other[a];
   if (is_edge) {
     edges.flip(to, from);
     edges.flip(from, to);
-    own[b] ^= other[b];
   } else {
     edges.add_row(from, to);
     for_each_bit(edges.row(from), edges.stride(), [&](int r) { edges.flip(r, to); });
+  }
+  return gate_of(move);
+}
+
+Gate StateGraph::gate_of(const GraphMove& move) {
+  const auto a = static_cast<std::size_t>(move.to);
+  const auto b = static_cast<std::size_t>(move.from);
+  const Gate gate{end_of(move.to, other[a]), end_of(move.from, move.is_edge ? other[b] : own[b])};
+  own[a] ^= other[a];
+  if (move.is_edge) {
+    own[b] ^= other[b];
+  } else {
     other[b] ^= own[b];
   }
   return gate;

@@ -39,6 +39,8 @@ struct StateGraph {
 
   /// Changes edges, and returns the gate of the state that does; labels turn by it.
   Gate play(const GraphMove& move);
+  /// The gate alone: labels turn, and edges stay.
+  Gate gate_of(const GraphMove& move);
 
   /// The state of some qubits, which have no edges to others.
   PauliFrame part(const std::vector<int>& qubits) const;

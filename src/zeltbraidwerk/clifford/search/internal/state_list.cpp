@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "zeltbraidwerk/clifford/search/internal/graph_sorting.h"
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
@@ -64,6 +65,18 @@ GateList by_graph(const StateGraph& form, Objective objective) {
     list.frame[end_of(a, now ^ label_x)] = end_of(a, own ^ other);
   }
   return list;
+}
+
+GateList by_sums(StateGraph form) {
+  const int n = form.edges.rows();
+  std::vector<Gate> apart;
+  for (const GraphMove& move : clear_by_sorting(std::move(form.edges))) {
+    apart.push_back(form.gate_of(move));
+  }
+  PauliFrame left(n, n);
+  for (int q = 0; q < n; ++q)
+    left.set_letter(q, q, letter_for(form.own[static_cast<std::size_t>(q)]));
+  return backwards(apart, StateGroup(left));
 }
 
 GateList backwards(const std::vector<Gate>& apart, const StateGroup& group) {

@@ -17,6 +17,9 @@ namespace zelt::braidwerk::internal {
 /// are its own. In the order of an edge colouring where few layers are wanted.
 GateList by_graph(const StateGraph& form, Objective objective);
 
+/// The same of a graph of many edges: wires are added to each other (graph_sorting.h).
+GateList by_sums(StateGraph form);
+
 /// The circuit that is undone by these gates, which left `group` with each generator alone on its
 /// qubit.
 GateList backwards(const std::vector<Gate>& apart, const StateGroup& group);

@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/search/internal/state_search.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -36,9 +37,13 @@ class CodeSearch : public SearchByBoth<GateList> {
   CodeSearch(const Code& code, const Task& task, const Effort& effort)
       : SearchByBoth(task, effort), code_(code), wires_(code.qubits()), start_(code.stabilisers) {
     if (code.logical_qubits() == 0) {
-      const StateGraph form(code.stabilisers);
+      StateGraph form(code.stabilisers);
       prove(form.groups());
-      offer(by_graph(form, task.objective));
+      if (takes_sums(form)) {
+        offer(by_sums(std::move(form)));
+      } else {
+        offer(by_graph(form, task.objective));
+      }
     } else {
       prove(entangled_groups(code.stabilisers));
       offer(wanted(eliminated_code(start_), code.logicals));
@@ -106,6 +111,14 @@ class CodeSearch : public SearchByBoth<GateList> {
  private:
   void prove(const WireGroups& entangled) {
     meter_.prove(bound_of_state(code_.stabilisers, entangled.joins(), entangled.largest()));
+  }
+
+  /// Whether sums of wires make fewer gates than edges. On few wires a greedy run makes fewer
+  /// still.
+  bool takes_sums(const StateGraph& form) const {
+    const int digits = std::bit_width(static_cast<unsigned>(wires_));
+    return !task_.by_depth() && wires_ > state_tuning.quick_wires &&
+           form.edges.weight() * (digits - state_tuning.summed_digits) > wires_ * wires_;
   }
 
   using SearchByBoth::offer;

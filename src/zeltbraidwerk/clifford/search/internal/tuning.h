@@ -20,6 +20,8 @@ struct CliffordTuning {
   int two_sided_wires = 18;  ///< beams from both sides, rows clifford 8 to 32
   int quick_two_sided = 40;  ///< a greedy run from both sides takes a twentieth of a second
   int quick_wires = 256;     ///< a greedy run from one side takes a second
+  /// By sorting so many wires come next as there are digits in the number left, less this one.
+  int sorted_digits = 3;
   // Windows have up to this number of wires. The small ones need no large table, and little effort
   // has no use for it.
   int first_window = 3;  ///< in round 0
@@ -133,6 +135,7 @@ inline OperatorCost layer_cost(int wires) {
 struct StateTuning {
   int quick_wires = 64;  ///< up to here the greedy run is made whatever the effort: milliseconds
   int most_written_late = 1500;  ///< qubits; a circuit of more takes 0.1 s to write, with its signs
+  double summed_digits = 3.5;    ///< one edge in the digits of n, less this, is where sums pay
   int first_sets = 100;          ///< information sets that the first beams begin from
   int sets_at_once = 10;
   int first_width = 4;  ///< of the first beam after the greedy run
