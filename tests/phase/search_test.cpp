@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <map>
 #include <vector>
 
 #include "support/oracles.h"
+#include "zeltbraidwerk/phase/search/internal/growth.h"
 #include "zeltbraidwerk/phase/search/internal/parity_table.h"
 
 namespace {
@@ -93,6 +95,69 @@ TEST(ParityTable, DescentsShowWhatIsNeeded) {
       ASSERT_EQ((m >> (4 * r)) & 15U, (made >> (4 * std::countr_zero(at_place))) & 15U);
     }
     ASSERT_TRUE(permutes || left == 0x8421);
+  }
+}
+
+/// Parities that are left, in what the wires hold, bit by bit.
+struct Left {
+  std::vector<unsigned> parities;
+  void play(unsigned control, unsigned target) {
+    for (unsigned& parity : parities) parity ^= ((parity >> target) & 1U) << control;
+    std::erase_if(parities, [](unsigned parity) { return std::has_single_bit(parity); });
+  }
+  double cost(double decay) const {
+    double sum = 0;
+    for (const unsigned parity : parities) {
+      sum += (1 - std::pow(decay, std::popcount(parity) - 1)) / (1 - decay);
+    }
+    return sum;
+  }
+};
+
+TEST(Growth, CountsHeavyParitiesMoreTheFewerAreLeft) {
+  constexpr int n = 9;
+  constexpr int most = 64;
+  Left left;
+  BitMatrix parities(n, most);
+  for (int p = 0; p < most; ++p) {
+    left.parities.push_back(static_cast<unsigned>(7 * p + 3 + (p % 2 == 0 ? 0 : 1)));
+    while (std::has_single_bit(left.parities.back())) left.parities.back() ^= 36;
+    for (int q = 0; q < n; ++q) {
+      if ((left.parities.back() >> q) & 1U) parities.set(q, p, true);
+    }
+  }
+  Growth growth(n, most, {.decay = 0.3, .decay_rise = 0.1});
+  GrowthState state = growth.start(parities);
+  zelt::braidwerk::internal::Rng rng(1, 0);
+  double lowest_before = 1e300;
+  for (const auto& [until, decay] : {std::pair(64, 0.3), {32, 0.4}, {16, 0.5}, {2, 0.8}}) {
+    for (int gates = 0; state.left() > until; ++gates) {
+      ASSERT_LT(gates, 1000);
+      GrowthMove best{};
+      double least = 1e300;
+      growth.children(state, rng, [&](double score, const GrowthMove& move) {
+        score += 0.5 * static_cast<double>(rng.unit());
+        if (score < least) best = move;
+        least = std::min(least, score);
+      });
+      growth.make(state, best);
+      left.play(best.control, best.target);
+      ASSERT_EQ(state.left(), static_cast<int>(left.parities.size()));
+    }
+    ASSERT_EQ(state.left(), until);
+    growth.begin_level(state);
+    growth.begin_level(growth.start(parities));  // it never falls
+    double offset = 0;                           // what was there before is no cost
+    double lowest = 1e300;
+    growth.children(state, rng, [&](double score, const GrowthMove& move) {
+      Left child = left;
+      child.play(move.control, move.target);
+      if (lowest == 1e300) offset = score - child.cost(decay);
+      EXPECT_NEAR(score - offset, child.cost(decay), 1e-3) << until;
+      lowest = std::min(lowest, score);
+    });
+    EXPECT_LT(lowest, lowest_before);  // so that a beam goes on
+    lowest_before = lowest;
   }
 }
 

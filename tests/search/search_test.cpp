@@ -102,6 +102,37 @@ struct Numbers {
   bool done(int state) const { return state == 0; }
 };
 
+/// The same, told of its levels.
+struct NumbersByLevel : Numbers {
+  static int score(int state) { return std::abs(state) + (state % 2 == 0 ? 0 : 3); }
+  std::vector<std::vector<int>> levels;  // the state that was told of, then those asked about
+  void begin_level(int best) { levels.push_back({best}); }
+  template <class Sink>
+  void children(int state, Rng& rng, Sink&& sink) {
+    levels.back().push_back(state);
+    Numbers::children(state, rng, sink);
+  }
+};
+
+TEST(BeamSearch, TellsOfTheBestStateBeforeEachLevel) {
+  NumbersByLevel problem;
+  Rng rng(1, 0);
+  const Effort unbounded;
+  Meter meter(unbounded);
+  const auto found = BeamSearch<NumbersByLevel>(problem, {.width = 4}, rng, meter).run(19);
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(problem.levels.size(), found[0].moves.size());
+  std::size_t widest = 0;
+  for (const std::vector<int>& level : problem.levels) {
+    widest = std::max(widest, level.size() - 1);
+    EXPECT_TRUE(std::ranges::count(level, level[0]) == 2);
+    for (const int state : level) {
+      EXPECT_GE(NumbersByLevel::score(state), NumbersByLevel::score(level[0]));
+    }
+  }
+  EXPECT_EQ(widest, 4U);
+}
+
 TEST(BeamSearch, LeavesLocalMinimaAndMakesNoStateTwice) {
   const Effort unbounded;
   for (const int width : {1, 2, 10}) {

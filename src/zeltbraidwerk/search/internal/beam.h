@@ -37,6 +37,10 @@ struct Finished {
 ///   hash(state, move)            of the child that the move makes
 ///   make(state, move)            moves the state
 ///   done(state)
+/// and may have
+///   begin_level(state)           hears, before the children of a level are asked for, of the best
+///                                state of the level: scores of a level are compared by one measure
+///
 /// Children are scored and hashed where they stand; only those kept become states.
 ///
 /// Memory: 2 * width states, and 16 bytes for each state of all levels.
@@ -117,6 +121,9 @@ class BeamSearch {
     const auto wanted = static_cast<std::size_t>(options_.width) * 2 + 2;
     double threshold = std::numeric_limits<double>::infinity();
     pool_.clear();
+    if constexpr (requires { problem_.begin_level(level_[0].state); }) {
+      problem_.begin_level(level_[0].state);
+    }
     for (std::size_t k = 0; k < level_.size(); ++k) {
       if (meter_.ended()) return;
       stop_point();

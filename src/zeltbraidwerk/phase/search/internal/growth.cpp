@@ -5,12 +5,16 @@
 #include <cmath>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/phase/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
 
 namespace {
 
 constexpr int vector_lanes = 8;
+constexpr int stages_of_halving = 8;
+/// A later stage is cheaper than any before it, so that a beam sees it as progress.
+constexpr std::int64_t cost_of_stage = std::int64_t{1} << 40;
 
 struct Parities {
   const Word* words;
@@ -142,27 +146,22 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
     : n_(n),
       stride_(words_for(n)),
       most_(parities),
-      lanes_((n + vector_lanes - 1) / vector_lanes * vector_lanes),
-      rise_share_(-cost.decay / (1 + cost.decay)) {
+      lanes_((n + vector_lanes - 1) / vector_lanes * vector_lanes) {
   // Whole numbers, so that sums do not depend on their order; the widest one fits 32 bits.
   const int bits =
       std::clamp(29 - static_cast<int>(std::bit_width(static_cast<unsigned>(parities))), 8, 20);
   unit_ = std::ldexp(1.0, -bits);
-  const auto scaled = [&](double value) {
-    return static_cast<std::int32_t>(std::lround(value / unit_));
-  };
   if (graph != nullptr) steiner_.emplace(*graph);
   const auto heaviest = static_cast<std::size_t>(graph != nullptr ? steiner_->most() + 1 : n);
-  cost_.resize(heaviest + 1);
-  curvature_.resize(heaviest + 1);
+  const std::size_t stages = cost.decay_rise > 0 ? stage(1) + 1 : 1;
+  for (std::size_t k = 0; k < stages; ++k) {
+    const double decay = cost.decay + cost.decay_rise * static_cast<double>(k) / stages_of_halving;
+    const double most = std::max(cost.decay, growth_tuning.most_decay);
+    prices_.push_back(prices_at(std::min(decay, most), heaviest));
+    if (decay >= most) break;
+  }
   map_cost_.resize(heaviest + 1);
-  double value = 0;
-  double step = 1;  // what the way of w - 1 gates is longer than that of w - 2
   for (std::size_t w = 2; w <= heaviest; ++w) {
-    value += step;
-    cost_[w] = scaled(value);
-    curvature_[w] = -scaled(step * (1 + cost.decay));
-    step *= cost.decay;
     const double p = cost.map_exponent;
     const auto wide = static_cast<double>(w);
     map_cost_[w] = scaled(cost.map_share * (p == 0 ? std::log(wide) : (std::pow(wide, p) - 1) / p));
@@ -183,6 +182,33 @@ Growth::Growth(int n, int parities, const GrowthCost& cost, const BitGraph* grap
   changed_.resize(size);
   near_.resize(size);
   for (const Move& move : moves_) near_[move.target].push_back(move.control);
+}
+
+std::int32_t Growth::scaled(double value) const {
+  return static_cast<std::int32_t>(std::lround(value / unit_));
+}
+
+Growth::Prices Growth::prices_at(double decay, std::size_t heaviest) const {
+  Prices prices{-decay / (1 + decay), std::vector<std::int32_t>(heaviest + 1),
+                std::vector<std::int32_t>(heaviest + 1)};
+  double value = 0;
+  double step = 1;  // what the way of w - 1 gates is longer than that of w - 2
+  for (std::size_t w = 2; w <= heaviest; ++w) {
+    value += step;
+    prices.cost[w] = scaled(value);
+    prices.curvature[w] = -scaled(step * (1 + decay));
+    step *= decay;
+  }
+  return prices;
+}
+
+std::size_t Growth::stage(int left) const {
+  const double halvings = std::log2(static_cast<double>(std::max(most_, 1)) / std::max(left, 1));
+  return static_cast<std::size_t>(stages_of_halving * halvings);
+}
+
+void Growth::begin_level(const State& best) {
+  stage_ = std::max(stage_, std::min(stage(best.left_), prices_.size() - 1));
 }
 
 GrowthState Growth::start(const BitMatrix& parities) const {
@@ -207,27 +233,31 @@ GrowthState Growth::start(const BitMatrix& parities) const {
 
 std::int64_t Growth::score(const State& state) {
   std::fill(gains_.begin(), gains_.end(), 0);
-  if (steiner_) return score_on_graph(state) + score_map_on_graph(state);
+  const std::int64_t before = -cost_of_stage * static_cast<std::int64_t>(stage_);
+  if (steiner_) return before + score_on_graph(state) + score_map_on_graph(state);
+  const Prices& prices = prices_[stage_];
   const std::int64_t base =
       sum_over_pairs({state.words_.data(), state.left_, stride_, lanes_ / vector_lanes},
-                     {cost_.data(), curvature_.data()}, lane_.data(), gains_.data());
-  return base + finish_gains({state.words_.data() + offset(most_), stride_},
-                             {state.words_.data() + offset(most_ + n_), stride_}, n_, lanes_,
-                             rise_share_, map_cost_.data(), by_control_.data(), gains_.data());
+                     {prices.cost.data(), prices.curvature.data()}, lane_.data(), gains_.data());
+  return before + base +
+         finish_gains({state.words_.data() + offset(most_), stride_},
+                      {state.words_.data() + offset(most_ + n_), stride_}, n_, lanes_,
+                      prices.rise_share, map_cost_.data(), by_control_.data(), gains_.data());
 }
 
 std::int64_t Growth::score_on_graph(const State& state) {
+  const std::vector<std::int32_t>& costs = prices_[stage_].cost;
   std::int64_t sum = 0;
   for (int p = 0; p < state.left_; ++p) {
     const Word* parity = state.words_.data() + offset(p);
     const int own = steiner_->for_each_change(
         parity, [&](int c, int w) { changed_[static_cast<std::size_t>(c)] = w; });
-    const std::int32_t cost = cost_[static_cast<std::size_t>(own)];
+    const std::int32_t cost = costs[static_cast<std::size_t>(own)];
     sum += cost;
     for_each_bit(parity, stride_, [&](int t) {
       for (const int c : near_[static_cast<std::size_t>(t)]) {
         const auto w = static_cast<std::size_t>(changed_[static_cast<std::size_t>(c)]);
-        gains_[static_cast<std::size_t>(t * lanes_ + c)] += cost_[w] - cost;
+        gains_[static_cast<std::size_t>(t * lanes_ + c)] += costs[w] - cost;
       }
     });
   }

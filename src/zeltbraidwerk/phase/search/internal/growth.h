@@ -17,8 +17,12 @@ namespace zelt::braidwerk::internal {
 /// Each row of the linear map, and of its transposed inverse, counts
 /// map_share * (w^map_exponent - 1) / map_exponent, or map_share * log w for exponent 0; on a graph
 /// the wire on which it stands counts as one of the row's.
+///
+/// Heavy parities count more when few are left, as fewer of the gates towards one serve others: the
+/// decay rises by `decay_rise` with every halving of the parities left, up to `most_decay`.
 struct GrowthCost {
-  double decay = 0.5;
+  double decay = 0.5;  ///< at the start
+  double decay_rise = 0;
   double map_share = 0;
   double map_exponent = -1;
 };
@@ -67,11 +71,25 @@ class Growth {
     }
   }
 
+  /// All states of a level count by the parities that its best state has left: were each counted by
+  /// its own, to serve a parity would raise the cost of all others.
+  void begin_level(const State& best);
   std::uint64_t hash(const State& state, const Move& move) const;
   void make(State& state, const Move& move) const;
   bool done(const State& state) const { return state.left_ == 0; }
 
  private:
+  /// What parities cost while about so many are left.
+  struct Prices {
+    double rise_share;  // what a wire more costs, of what a wire less saves beyond that
+    std::vector<std::int32_t> cost;       // of a parity by its weight
+    std::vector<std::int32_t> curvature;  // what a wire less saves beyond what a wire more costs
+  };
+  std::int32_t scaled(double value) const;
+  Prices prices_at(double decay, std::size_t heaviest) const;
+  /// Which of prices_ there are while so many are left.
+  std::size_t stage(int left) const;
+
   /// Fills gains_; returns the cost of the state.
   std::int64_t score(const State& state);
   std::int64_t score_on_graph(const State& state);
@@ -91,15 +109,14 @@ class Growth {
 
   int n_;
   int stride_;
-  int most_;           // parities
-  int lanes_;          // wires, in full vectors
-  double rise_share_;  // what a wire more costs, of what a wire less saves beyond that
+  int most_;   // parities
+  int lanes_;  // wires, in full vectors
   double unit_;
   std::optional<SteinerWeights> steiner_;  // on a graph
   std::vector<Move> moves_;
   std::vector<std::uint64_t> print_;      // of an input
-  std::vector<std::int32_t> cost_;        // of a parity by its weight
-  std::vector<std::int32_t> curvature_;   // what a wire less saves beyond what a wire more costs
+  std::vector<Prices> prices_;            // by stage
+  std::size_t stage_ = 0;                 // of the level
   std::vector<std::int32_t> map_cost_;    // by weight of a row
   std::vector<std::int32_t> gains_;       // by target and control
   std::vector<std::int32_t> lane_;        // scratch

@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/phase/search/internal/parity_growing.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -11,21 +12,29 @@ namespace zelt::braidwerk::internal {
 
 namespace {
 
-/// The fewer wires there are, the more light parities count. The first costs are the best for
-/// random sets of 8 n to 10 n parities.
-std::vector<GrowthCost> costs_to_try(int n, bool on_device) {
+/// The lighter the parities are, the more the light ones among them count. The first costs are the
+/// best for random sets of 8 n to 10 n parities.
+std::vector<GrowthCost> costs_to_try(const BitMatrix& parities, bool on_device) {
   constexpr const GrowthTuning& tuning = growth_tuning;
   if (on_device) return {tuning.costs_on_device.begin(), tuning.costs_on_device.end()};
+  const int n = parities.rows();
+  const double terms = std::max(parities.cols(), 1);
+  double ones = 0;
+  for (int q = 0; q < n; ++q) ones += weight(parities.row(q), parities.stride());
+  const double halvings = std::log2(tuning.usual_terms * std::max(n, 1) / terms);
+  const double rise = tuning.decay_rise;
   const double decay =
-      std::clamp(1 - tuning.decay_wires / std::max(n, 1), tuning.least_decay, tuning.most_decay);
+      std::clamp(tuning.top_decay - tuning.decay_weight * terms / std::max(ones, 1.0) +
+                     rise * std::min(halvings, tuning.most_halvings),
+                 tuning.least_decay, tuning.most_decay);
   const double share = n < tuning.few_wires ? tuning.share_on_few : tuning.share;
   const double exponent = n < tuning.few_wires      ? tuning.exponent_on_few
                           : n < tuning.medium_wires ? tuning.exponent_on_medium
                                                     : tuning.exponent;
-  return {{decay, share, exponent},
-          {decay, 0, exponent},
-          {decay + tuning.flatter, share, exponent},
-          {decay - tuning.steeper, share, exponent}};
+  return {{decay, rise, share, exponent},
+          {decay, rise, 0, exponent},
+          {decay + tuning.flatter, rise, share, exponent},
+          {decay - tuning.steeper, rise, share, exponent}};
 }
 
 }  // namespace
@@ -37,7 +46,7 @@ ParityGrowing::ParityGrowing(const BitMatrix& parities, const Task& task,
       task_(task),
       rewriter_(rewriter),
       rng_(rng),
-      costs_(costs_to_try(n_, task.device != nullptr)) {}
+      costs_(costs_to_try(parities, task.device != nullptr)) {}
 
 GateList ParityGrowing::quick(Meter& meter) {
   // The beam weighs all CNOTs at each step, the plain methods only some.
@@ -46,7 +55,9 @@ GateList ParityGrowing::quick(Meter& meter) {
   const bool small = !slow && beam_microseconds() < tuning.quick_microseconds;
   ParityNetwork network;
   if (small) {
-    const GrowthCost cost{costs_[0].decay, 0, -1};
+    const bool few = task_.device == nullptr && n_ < growth_tuning.few_wires;
+    const double rise = few ? growth_tuning.quick_rise_on_few : costs_[0].decay_rise;
+    const GrowthCost cost{costs_[0].decay, rise, 0, -1};
     const BeamOptions options{.width = tuning.quick_width, .noise = growth_tuning.tie_noise};
     const auto networks = grow_networks(parities_, task_.device, cost, options, rng_, meter);
     if (!networks.empty()) network = networks[0];
@@ -75,12 +86,13 @@ int ParityGrowing::widest_beam() const {
 }
 
 std::optional<GateList> ParityGrowing::grow_at_all_costs(int width, Meter& meter) {
-  std::vector<std::pair<int, GrowthCost>> ranked;
+  std::vector<std::pair<double, GrowthCost>> ranked;
   std::optional<GateList> best;
   for (const GrowthCost& cost : costs_) {
     const std::optional<GateList> list = grow(width, cost, meter);
     const int length = list ? rewriter_.length(*list) : std::numeric_limits<int>::max();
-    ranked.emplace_back(length, cost);
+    const bool first = ranked.empty() || task_.device != nullptr;
+    ranked.emplace_back(length * (first ? 1 : growth_tuning.handicap), cost);
     if (list && (!best || length < rewriter_.length(*best))) best = list;
   }
   std::ranges::stable_sort(ranked, {}, [](const auto& entry) { return entry.first; });

@@ -29,6 +29,9 @@ class ParityGrowing {
   /// By the first costs by which the beam comes to an end.
   std::optional<GateList> grow(int width, Meter& meter);
 
+  /// By which networks are grown.
+  int costs() const { return static_cast<int>(costs_.size()); }
+
   /// About what a beam of width 1 takes; a step of the walk takes one or less. Not measured, so
   /// that the same is done everywhere.
   double beam_microseconds() const;

@@ -22,7 +22,8 @@ namespace {
 constexpr const ParityTuning& tuning = parity_tuning;
 
 /// In turns a beam of four times the width and a walk from what it has found that takes about as
-/// long, or longer; where that is not the best of all, one from there too.
+/// long, or longer; where that is not the best of all, one from there too. With a budget the last
+/// beam is as wide as there is time for.
 ///
 /// Where all pairs of wires are joined and outputs are to be in their places, circuits are searched
 /// with outputs on any wires, each swap that is left counted as a gate, and put in place as they
@@ -68,20 +69,26 @@ class ParitySearch : public SearchBase<GateList> {
   }
 
   void round(const Round& round) {
+    std::optional<int> last_width;
     if (round.number == 0) {
       walk_steps_ = round.steps;
       walk(shortest_.circuit(), walk_steps_);
       width_ = first_width();
     } else {
-      width_ = std::min(tuning.width_growth * width_, growing_.widest_beam());
+      last_width = width_of_last_beam();
+      if (last_width && *last_width < width_) return walk_on();
+      width_ = last_width.value_or(std::min(tuning.width_growth * width_, growing_.widest_beam()));
     }
     if (meter_.ended()) return;
     const std::uint64_t before = meter_.steps();
+    const double begun = meter_.seconds();
     const auto list = round.number == 0 ? growing_.grow_at_all_costs(width_, meter_)
                                         : growing_.grow(width_, meter_);
+    beam_seconds_ = (meter_.seconds() - begun) / (round.number == 0 ? growing_.costs() : 1);
     const auto spent =
         static_cast<double>(meter_.steps() - before) * walk_steps_of_state() * walks_to_beams();
     walk_steps_ = list ? static_cast<std::uint64_t>(spent) : 2 * walk_steps_;
+    if (last_width) walk_steps_ = walk_steps_left();
     if (!list || !walk(*list, walk_steps_)) walk(shortest_.circuit(), walk_steps_);
     if (swapping_) walk_in_place(walk_steps_ / static_cast<std::uint64_t>(tuning.walks_in_place));
   }
@@ -91,6 +98,27 @@ class ParitySearch : public SearchBase<GateList> {
     return static_cast<int>(
         std::clamp(tuning.first_beam_microseconds / growing_.beam_microseconds(), 1.0,
                    tuning.most_first_width));
+  }
+  /// With a budget that has no time for two more beams, each wider than the one before: the width
+  /// of the one that there is time for.
+  std::optional<int> width_of_last_beam() const {
+    if (n_ < tuning.few_wires || task_.device != nullptr || task_.by_depth()) return std::nullopt;
+    const std::optional<double> left = meter_.seconds_left();
+    if (!left || beam_seconds_ <= 0) return std::nullopt;
+    const double growth = std::max(0.0, tuning.last_beam * *left / beam_seconds_);
+    if (growth > tuning.width_growth * (1 + tuning.width_growth)) return std::nullopt;
+    return std::min(static_cast<int>(growth * width_), growing_.widest_beam());
+  }
+  /// Until the time is over.
+  void walk_on() {
+    walk_steps_ = walk_steps_left();
+    walk(shortest_.circuit(), walk_steps_);
+    if (swapping_) walk_in_place(walk_steps_ / static_cast<std::uint64_t>(tuning.walks_in_place));
+  }
+  std::uint64_t walk_steps_left() const {
+    const double seconds = std::max(0.0, meter_.seconds_left().value_or(0));
+    const double share = swapping_ ? tuning.walks_in_place / (1.0 + tuning.walks_in_place) : 1;
+    return static_cast<std::uint64_t>(share * seconds * walk_steps_per_second_) + 1;
   }
   /// About as many steps of the walk take as long as a state of the beam.
   double walk_steps_of_state() const {
@@ -123,11 +151,15 @@ class ParitySearch : public SearchBase<GateList> {
     walk(list, in_place_rewriter_, steps);
   }
   void walk(GateList& list, ParityRewriter& rewriter, std::uint64_t steps) {
+    const std::uint64_t before = meter_.steps();
+    const double begun = meter_.seconds();
     rewriter.begin(list);
     const Cooling cooling = task_.device == nullptr ? tuning.cooling : tuning.cooling_on_device;
     walk_to_shallow(list, rewriter, steps, cooling, rng_, meter_,
                     [&](const GateList& other, const CircuitSize&) { offer(other, rewriter); });
     offer(list, rewriter);
+    walk_steps_per_second_ =
+        static_cast<double>(meter_.steps() - before) / std::max(meter_.seconds() - begun, 1e-6);
   }
 
   /// True when it is the shortest for the walk; of equally short ones the latest is.
@@ -160,6 +192,8 @@ class ParitySearch : public SearchBase<GateList> {
   Smallest<GateList> shortest_;  // for the walk
   int width_ = 0;                // of the last beam
   std::uint64_t walk_steps_ = 0;
+  double beam_seconds_ = 0;           // of the last beam
+  double walk_steps_per_second_ = 0;  // of the last walk
 };
 
 }  // namespace

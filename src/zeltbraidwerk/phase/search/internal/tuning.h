@@ -14,9 +14,18 @@
 namespace zelt::braidwerk::internal {
 
 struct GrowthTuning {
-  /// The decay of costs is 1 - decay_wires / wires between these. n8k64: 0.1 and 0.2 77.8,
-  /// 0.4 78.6. n16k160: 0.45 388.8, 0.5 388.0, 0.55 389.8. n20k200: 0.6 635, 0.65 647, 0.7 705.
-  double decay_wires = 8;
+  /// The decay of costs starts between these at top_decay - decay_weight / mean weight where there
+  /// are `usual_terms` parities for each wire, higher where there are fewer. One beam of width 64,
+  /// the constant decay that was best -> a rising one: n8k64 78.4 -> 78.2, n16k160 389.1 -> 380.8
+  /// to 382.4, n20k200 635.9 -> 619.0; width 2, n8k64 rises of 0, 0.05 and 0.1 85.0, 86.4 and 83.5;
+  /// n20k200 rises of 0.04, 0.06 and 0.07 627, 620 and 628.6, starts of 0.53 and 0.57 with 0.06
+  /// 627.5 and 630.
+  double top_decay = 0.85;
+  double decay_weight = 3;
+  double decay_rise = 0.05;
+  double quick_rise_on_few = 0.1;  ///< of the first network; more than 0.05 is no gain later
+  double usual_terms = 10;
+  double most_halvings = 1.75;  ///< that the start is higher for
   double least_decay = 0.2;
   double most_decay = 0.9;
   /// What the rows of the map count, and by which exponent: 0 on few wires, -0.5 on medium numbers,
@@ -33,8 +42,11 @@ struct GrowthTuning {
   /// Other decays that are tried beside the first one.
   double flatter = 0.1;
   double steeper = 0.15;
+  /// The lengths by these count so many times, as one narrow beam tells little. n20k200, 5 s: 642
+  /// and 667 from the wrong costs, 590 to 600 else.
+  double handicap = 1.04;
   std::array<GrowthCost, 4> costs_on_device{
-      {{0.65, 0.1, -1}, {0.65, 0, -1}, {0.75, 0.1, -1}, {0.5, 0.1, -1}}};
+      {{0.65, 0, 0.1, -1}, {0.65, 0, 0, -1}, {0.75, 0, 0.1, -1}, {0.5, 0, 0.1, -1}}};
   double tie_noise = 1e-3;
   int finishers = 10;  ///< n16k160: 100 386.5, 5 387
   int overtime = 5;    ///< levels
@@ -59,7 +71,8 @@ struct ParityTuning {
   double first_beam_microseconds = 5e3;
   double most_first_width = 2;
   double least_walk_steps = 5e3;
-  int width_growth = 4;  ///< of a beam, against the one before
+  int width_growth = 4;     ///< of a beam, against the one before
+  double last_beam = 0.65;  ///< share of the time that is left
   double most_beam_bytes = 1e9;
   int least_beam_width = 10;  ///< that is allowed, whatever the memory
   int most_beam_width = 100'000;
