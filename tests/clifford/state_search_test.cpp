@@ -15,6 +15,7 @@
 #include "zeltbraidwerk/clifford/search/internal/decoded_state.h"
 #include "zeltbraidwerk/clifford/search/internal/peeled_code.h"
 #include "zeltbraidwerk/clifford/search/internal/state_group.h"
+#include "zeltbraidwerk/clifford/search/internal/state_kernels.h"
 #include "zeltbraidwerk/clifford/search/internal/state_list.h"
 #include "zeltbraidwerk/clifford/search/internal/word_beam.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
@@ -417,6 +418,70 @@ TEST(StateGroup, foresees_what_a_gate_does) {
       }
       ASSERT_TRUE(generates(group, stabilisers)) << n << " qubits, gate " << k;
     }
+  }
+}
+
+/// A qubit that two rows have to themselves: they alone have letters there, X and Z, every row is
+/// still the product that it says, and the rows can be had back.
+TEST(InformationSets, ExchangeQubits) {
+  std::mt19937 rng(7);
+  for (const int n : {5, 40, 64, 65, 128, 150}) {
+    const int words = words_for(n);
+    const auto length = at(3 * words);
+    std::vector<Word> rows(at(n) * length);
+    for (int r = 0; r < n; ++r) {
+      Word* row = rows.data() + at(r) * length;
+      for (int q = 0; q < n; ++q) {
+        for (int plane = 0; plane < 2; ++plane) {
+          row[plane * words + q / word_bits] |= Word{rng() % 2U} << (q % word_bits);
+        }
+      }
+      row[2 * words + r / word_bits] = Word{1} << (r % word_bits);
+    }
+    const std::vector<Word> given = rows;
+    const auto bit = [&](int r, int plane, int q) {
+      return (rows[at(r) * length + at(plane * words + q / word_bits)] >> (q % word_bits) & 1) != 0;
+    };
+    const auto is_alone = [&](int r, int plane, int q) {
+      for (int other = 0; other < n; ++other) {
+        if (bit(other, plane, q) != (other == r)) return false;
+      }
+      return true;
+    };
+    std::vector<int> order(at(n));
+    std::iota(order.begin(), order.end(), 0);
+    std::vector<int> owned(at(n), -1);
+    const int done = reduce_rows(rows.data(), n, words, order.data(), n, 0, owned.data());
+    EXPECT_GT(done, n / 2);
+    for (int r = 0; r + 1 < done; ++r) {
+      if (owned[at(r)] != owned[at(r + 1)]) continue;
+      EXPECT_TRUE(is_alone(r, 0, owned[at(r)]) && is_alone(r + 1, 1, owned[at(r)]));
+    }
+    int taken = 0;
+    for (int k = 0; k < 200; ++k) {
+      const int first = static_cast<int>(rng() % static_cast<unsigned>(n - 1));
+      const int q = static_cast<int>(rng() % static_cast<unsigned>(n));
+      const Word* row = rows.data() + at(first) * length;
+      const bool differ =
+          (bit(first, 0, q) && bit(first + 1, 1, q)) != (bit(first, 1, q) && bit(first + 1, 0, q));
+      ASSERT_EQ(anticommute_at(row, row + length, words, q), differ);
+      if (!differ) continue;
+      ++taken;
+      take_qubit(rows.data(), n, words, first, q);
+      ASSERT_TRUE(is_alone(first, 0, q) && is_alone(first + 1, 1, q)) << n << " qubits";
+    }
+    EXPECT_GT(taken, 10);
+    BitMatrix parts(n, n);
+    for (int r = 0; r < n; ++r) {
+      std::vector<Word> product(length);
+      for (int g = 0; g < n; ++g) {
+        if (!bit(r, 2, g)) continue;
+        parts.set(r, g);
+        for (std::size_t w = 0; w < length; ++w) product[w] ^= given[at(g) * length + w];
+      }
+      EXPECT_TRUE(std::equal(product.begin(), product.end(), rows.data() + at(r) * length));
+    }
+    EXPECT_TRUE(is_invertible(parts)) << n << " qubits";
   }
 }
 

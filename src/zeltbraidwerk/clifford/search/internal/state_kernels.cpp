@@ -33,7 +33,7 @@ ZELTBRAIDWERK_CLONES void weigh_clone(const GateSide& a, const GateSide& b, cons
 /// W is the number of words, or 0 where that is known at run time alone.
 template <int W>
 [[gnu::always_inline]] inline int reduce(Word* rows, int count, int words, const int* order,
-                                         int qubits, int done) {
+                                         int qubits, int done, int* owned) {
   const int length = W > 0 ? 3 * W : 3 * words;
   for (int k = 0; k < 2 * qubits && done < count; ++k) {
     const int q = order[k / 2];
@@ -51,9 +51,40 @@ template <int W>
       const Word mask = r == done ? 0 : Word{0} - (row[place] >> shift & 1);
       for (int w = 0; w < length; ++w) row[w] ^= own[w] & mask;
     }
-    ++done;
+    owned[done++] = q;
   }
   return done;
+}
+
+/// All ones where the bit is set.
+[[gnu::always_inline]] inline Word mask_of(Word word, int shift) {
+  return Word{0} - (word >> shift & 1);
+}
+
+template <int W>
+[[gnu::always_inline]] inline void take(Word* rows, int count, int words, int first, int qubit) {
+  const int size = W > 0 ? W : words;
+  const int length = 3 * size;
+  const int place = qubit / word_bits;
+  const int shift = qubit % word_bits;
+  Word* a = rows + first * length;
+  Word* b = a + length;
+  const Word xa = mask_of(a[place], shift);
+  const Word za = mask_of(a[size + place], shift);
+  const Word xb = mask_of(b[place], shift);
+  const Word zb = mask_of(b[size + place], shift);
+  for (int w = 0; w < length; ++w) {
+    const Word of_a = a[w];
+    a[w] = (zb & of_a) ^ (za & b[w]);
+    b[w] = (xb & of_a) ^ (xa & b[w]);
+  }
+  for (int r = 0; r < count; ++r) {
+    if (r == first || r == first + 1) continue;
+    Word* row = rows + r * length;
+    const Word x = mask_of(row[place], shift);
+    const Word z = mask_of(row[size + place], shift);
+    for (int w = 0; w < length; ++w) row[w] ^= (a[w] & x) ^ (b[w] & z);
+  }
 }
 
 template <int W>
@@ -78,18 +109,29 @@ template <int W>
 }
 
 ZELTBRAIDWERK_CLONES int reduce_clone(Word* rows, int count, int words, const int* order,
-                                      int qubits, int done) {
+                                      int qubits, int done, int* owned) {
   switch (words) {
     case 1:
-      return reduce<1>(rows, count, words, order, qubits, done);
+      return reduce<1>(rows, count, words, order, qubits, done, owned);
     case 2:
-      return reduce<2>(rows, count, words, order, qubits, done);
+      return reduce<2>(rows, count, words, order, qubits, done, owned);
     case 3:
-      return reduce<3>(rows, count, words, order, qubits, done);
+      return reduce<3>(rows, count, words, order, qubits, done, owned);
     case 4:
-      return reduce<4>(rows, count, words, order, qubits, done);
+      return reduce<4>(rows, count, words, order, qubits, done, owned);
     default:
-      return reduce<0>(rows, count, words, order, qubits, done);
+      return reduce<0>(rows, count, words, order, qubits, done, owned);
+  }
+}
+
+ZELTBRAIDWERK_CLONES void take_clone(Word* rows, int count, int words, int first, int qubit) {
+  switch (words) {
+    case 1:
+      return take<1>(rows, count, words, first, qubit);
+    case 2:
+      return take<2>(rows, count, words, first, qubit);
+    default:
+      return take<0>(rows, count, words, first, qubit);
   }
 }
 
@@ -116,8 +158,13 @@ void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::siz
   weigh_clone(a, b, now, count, then);
 }
 
-int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done) {
-  return reduce_clone(rows, count, words, order, qubits, done);
+int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done,
+                int* owned) {
+  return reduce_clone(rows, count, words, order, qubits, done, owned);
+}
+
+void take_qubit(Word* rows, int count, int words, int first, int qubit) {
+  take_clone(rows, count, words, first, qubit);
 }
 
 int find_light_pairs(const Word* rows, int from, int to, int count, int words, int limit,

@@ -28,8 +28,21 @@ void weigh_after(const GateSide& a, const GateSide& b, const Word* now, std::siz
 /// Strings as rows: `words` words of X bits, as many of Z bits, and as many that go along. Row
 /// operations leave as many rows as there can be the only one with some letter on a qubit of its
 /// own, X or Z, the first ones of `order`. The first `done` rows are so for qubits before these;
-/// returns for how many it is so then.
-int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done);
+/// returns for how many it is so then. `owned` has the qubit of each of these rows; where two rows
+/// have the same one, the first has X there and the next Z.
+int reduce_rows(Word* rows, int count, int words, const int* order, int qubits, int done,
+                int* owned);
+
+/// Whether two rows have letters on the qubit that anticommute.
+inline bool anticommute_at(const Word* a, const Word* b, int words, int qubit) {
+  const int place = qubit / word_bits;
+  const Word both = (a[place] & b[words + place]) ^ (a[words + place] & b[place]);
+  return (both >> (qubit % word_bits) & 1) != 0;
+}
+
+/// Row operations by which row `first`, alone of all, has X on the qubit, and the next one Z. Their
+/// letters there must anticommute.
+void take_qubit(Word* rows, int count, int words, int first, int qubit);
 
 inline int row_weight(const Word* row, int words) {
   int weight = 0;

@@ -155,9 +155,11 @@ struct StateTuning {
   /// Information sets after each gate: the more qubits are left, the more there is to find, until
   /// the price is too high.
   int sets = 6;
-  int more_sets = 24;  ///< for numbers of qubits above the first and up to the second of these
-  int few_qubits = 60;
+  int more_sets = 60;   ///< for numbers of qubits above the first and up to the second of these
+  int few_qubits = 60;  ///< above, sets are neighbours of each other
   int many_qubits = 128;
+  int exchanged = 6;  ///< qubits between two sets; 2 to 16 are alike
+  int exchange_tries = 8;
   // By all words. Row logical 0 Golay.
   std::uint64_t words_per_step = 1 << 15;   ///< for each generator and qubit
   std::uint64_t word_walks = 8;             ///< steps of the beam, in walks of the round
