@@ -18,17 +18,6 @@ MATRICES = {8: (3, 100_000), 16: (3, 300_000), 32: (2, 400_000), 64: (1, 800_000
 DEVICES = (zb.Device.grid(3, 3), zb.Device.grid(4, 4), zb.Device.line(16), zb.Device.named("tokyo"))
 
 
-def searches() -> Iterator[Row]:
-    yield from matrices()
-    yield from ciphers()
-    yield from on_devices()
-    yield from parities()
-    yield from paulis()
-    yield from layers()
-    yield from cliffords()
-    yield from states()
-
-
 def matrices() -> Iterator[Row]:
     for n, (count, steps) in MATRICES.items():
         for k, matrix in enumerate(gallery.random_invertible(n, count)):
