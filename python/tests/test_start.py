@@ -81,7 +81,7 @@ def test_no_result_is_larger_than_the_start(search, options):
 
 def test_search_walks_on_from_the_start():
     """To where neither it nor the same search without it has come."""
-    known = phase(seed=1, steps=30_000)
+    known = phase(seed=1, steps=20_000)
     for seed in (2, 3, 4):
         cold = phase(seed=seed, steps=10_000)
         assert phase(seed=seed, steps=10_000, start=known).count < min(known.count, cold.count)
