@@ -21,10 +21,10 @@ enum class OnFewQubits : std::uint8_t {
 };
 
 /// A circuit of few CNOTs for the operator with these images of X, then of Z, on all qubits, signs
-/// included. One greedy run whatever the effort, above 256 qubits a plain elimination, and a layered
-/// form where there is time; then wider beams and walks in turns until it ends. By depth a layered
-/// form comes first. On up to four qubits without a device no circuit is shorter. Images of no
-/// operator give a circuit of another one.
+/// included. One greedy run whatever the effort, above 256 qubits a plain elimination, and a
+/// layered form where there is time; then wider beams and walks in turns until it ends. By depth a
+/// layered form comes first. On up to four qubits without a device no circuit is shorter. Images of
+/// no operator give a circuit of another one.
 ///
 /// A greedy run on n qubits takes about (n / 100)^3 / 20 seconds, a layered form as long or twice
 /// as long. A state of a beam takes one byte per pair of qubits, 100 on up to 18 qubits; tables of
