@@ -122,7 +122,7 @@ class BeamSearch {
     double threshold = std::numeric_limits<double>::infinity();
     pool_.clear();
     if constexpr (requires { problem_.begin_level(level_[0].state); }) {
-      problem_.begin_level(level_[0].state);
+      if (!level_.empty()) problem_.begin_level(level_[0].state);
     }
     for (std::size_t k = 0; k < level_.size(); ++k) {
       if (meter_.ended()) return;

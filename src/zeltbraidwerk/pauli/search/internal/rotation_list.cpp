@@ -18,10 +18,10 @@ RotationList::RotationList(const PauliFrame& frame, std::vector<int> order)
     for (const bool is_z : {false, true}) {
       const std::uint64_t key = key_of_letter(q, is_z);
       const Word* plane = is_z ? frame.z(q) : frame.x(q);
-      Word* column = strings_.data() + q / word_bits + (is_z ? words_ : 0);
+      const auto column = static_cast<std::size_t>(q / word_bits + (is_z ? words_ : 0));
       for (int r = 0; r < count(); ++r) {
         if (((plane[number(r) / word_bits] >> (number(r) % word_bits)) & 1) == 0) continue;
-        column[offset(r)] |= Word{1} << (q % word_bits);
+        strings_[offset(r) + column] |= Word{1} << (q % word_bits);
         keys_[static_cast<std::size_t>(r)] ^= key;
       }
     }
