@@ -89,7 +89,6 @@ class SortedClearing {
 
 std::vector<GraphMove> clear_by_sorting(BitMatrix edges) {
   const int n = edges.rows();
-  for (int wire = 0; wire < n; ++wire) edges.set(wire, wire, false);
   SortedClearing work(std::move(edges));
   for (int wire = 0; wire < n; ++wire) {
     stop_point();

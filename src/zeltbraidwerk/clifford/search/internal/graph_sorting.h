@@ -14,7 +14,7 @@ namespace zelt::braidwerk::internal {
 /// wire's edges all along that stretch, so the wires whose turn is next are left out of it, and
 /// their edges taken one by one.
 ///
-/// The diagonal is left out. Takes 0.4 us a move on 3000 wires.
+/// There are none on the diagonal. Takes 0.4 us a move on 3000 wires.
 std::vector<GraphMove> clear_by_sorting(BitMatrix edges);
 
 }  // namespace zelt::braidwerk::internal

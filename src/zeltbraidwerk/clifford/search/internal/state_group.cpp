@@ -47,8 +47,8 @@ void draw_information_set(std::vector<Word>& rows, int count, int words, std::ve
   }
 }
 
-/// Steps from an information set to one that differs by a few qubits, at a fiftieth of the price of
-/// a new one each: other qubits take the place of those that two rows are alone on.
+/// Steps from an information set to one that differs by a few qubits, at a tenth of the price of a
+/// new one: other qubits take the place of those that two rows are alone on.
 class NeighbouringSets {
  public:
   NeighbouringSets() = default;
