@@ -253,9 +253,11 @@ class OnDevice:
     def _logical(self) -> list[Optimization]:
         """Shorter circuits on no device, every qubit in its place. The first has gates on the pairs
         of qubits of the source alone: most circuits have few of them, and a circuit that is as
-        short on other pairs takes more SWAPs."""
+        short on other pairs takes more SWAPs. Circuits in pieces are not routed but made anew, and
+        need the first for its placements."""
         found: list[Optimization] = []
-        for k in range(_LOGICAL if len(self.source) < _MOST_ROUTED else 1):
+        is_one = self._has_pieces or len(self.source) >= _MOST_ROUTED
+        for k in range(1 if is_one else _LOGICAL):
             if found and self._is_late():
                 break
             call = replace(
