@@ -11,18 +11,37 @@
 namespace zelt::braidwerk::internal {
 namespace {
 
-using Graph = lemon::ListGraph;
+/// A place where the solver can be stopped, at one of many passes.
+inline void look() {
+  static constexpr unsigned passes_per_look = 4096;
+  static thread_local unsigned passes = 0;
+  if (++passes % passes_per_look == 0) stop_point();
+}
+
+/// An iterator of a graph that looks at each step. Of a million edges every step waits for memory.
+template <class Iterator>
+struct Looking : Iterator {
+  using Iterator::Iterator;
+  Looking& operator++() {
+    look();
+    Iterator::operator++();
+    return *this;
+  }
+};
+
+struct Graph : lemon::ListGraph {
+  using ArcIt = Looking<lemon::ListGraph::ArcIt>;
+  using EdgeIt = Looking<lemon::ListGraph::EdgeIt>;
+};
 
 /// Edge numbers of a graph that never lost an edge count up in the order of adding. The solver
-/// reads weights all the time, so that here is where it can be stopped.
+/// reads weights all the time.
 struct EdgeWeights {
   using Key = Graph::Edge;
   using Value = int;
-  static constexpr unsigned reads_per_look = 4096;
   std::vector<int> values;
-  mutable unsigned reads = 0;
   int operator[](const Key& edge) const {
-    if (++reads % reads_per_look == 0) stop_point();
+    look();
     return values[static_cast<std::size_t>(Graph::id(edge))];
   }
 };
