@@ -10,36 +10,13 @@
 #include "zeltbraidwerk/clifford/search/internal/reduction.h"
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
 #include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-/// Vectors that are independent.
-class Independent {
- public:
-  explicit Independent(int size) : rows_(size, size), used_(static_cast<std::size_t>(size)) {}
-
-  /// Adds it unless it is a sum of others.
-  bool add(BitMatrix vector) {
-    for (int c = 0; c < rows_.cols(); ++c) {
-      if (!vector.get(0, c)) continue;
-      if (!used_[static_cast<std::size_t>(c)]) {
-        std::copy_n(vector.row(0), rows_.stride(), rows_.row(c));
-        used_[static_cast<std::size_t>(c)] = true;
-        return true;
-      }
-      for (int w = 0; w < rows_.stride(); ++w) vector.row(0)[w] ^= rows_.row(c)[w];
-    }
-    return false;
-  }
-
- private:
-  BitMatrix rows_;  // by the first bit
-  std::vector<bool> used_;
-};
 
 class LayeredForm {
  public:
@@ -55,24 +32,35 @@ class LayeredForm {
     Meter in_time(whole);
     for (const int side : {1, 0}) {
       const GraphInWork work{[&] { return graph(side); },
-                             [&](const GraphMove& move) { play_on_graph(side, move); }};
+                             [&](const GraphMove& move) { play(side, turn_by_move(side, move)); }};
       // When the meter ends, edges are left.
       if (way == GraphsBy::blocks) clear_by_blocks(wires_, 1, work, rng_, in_time);
       take_off_graph(side);
     }
-    take_off_map(Objective::depth, outputs, effort);
+    take_off_map(outputs, effort);
     return circuit_of(rows_, moves_);
   }
 
+  /// As many moves and gates as there are here are followed in the map alone, not in all images.
   GateList circuit_by_count(Outputs outputs, const Effort& effort) {
-    for (const int side : {1, 0}) {
-      for (const GraphMove& move : clear_by_sorting(graph_without_diagonal(side))) {
-        play_on_graph(side, move);
-      }
-      settle(side);
+    BitMatrix map = this->map();
+    const BitMatrix back = inverse(map);
+    BitMatrix after = product(parts(input_z_, output_z_), back);
+    BitMatrix before = product(back, parts(input_x_, output_x_));
+    for (const GraphMove& move : moves_of_graph(1, std::move(after))) {
+      if (!move.is_edge) map.add_row(move.to, move.from);
     }
-    take_off_map(Objective::count, outputs, effort);
-    return circuit_of(rows_, moves_);
+    BitMatrix columns = map.transposed();
+    for (const GraphMove& move : moves_of_graph(0, std::move(before))) {
+      if (!move.is_edge) columns.add_row(move.to, move.from);
+    }
+    const Task task{.outputs = outputs, .seed = rng_.next()};
+    const GateList list = search_cnot(columns, task, effort);
+    each_cnot(list, [&](int control, int target) {
+      moves_.push_back({0, turn_by_cnot(control, target)});
+      columns.add_row(control, target);
+    });
+    return circuit_of(frame_of(columns), moves_);
   }
 
  private:
@@ -91,33 +79,37 @@ class LayeredForm {
   /// So that the parts of X of the images of X have an inverse. Of any two labels of a wire one
   /// will do: the images commute, and nothing else commutes with all of them.
   void choose_outputs() {
-    Independent columns(wires_);
+    std::vector<BitMatrix> columns(1);  // by label
+    for (int label = 1; label < 4; ++label) {
+      columns.push_back(parts(input_x_, Labels(input_x_.size(), label)).transposed());
+    }
+    RowSpace chosen(wires_);
     for (int w = 0; w < wires_; ++w) {
       stop_point();
       const int first = rng_.below(3);
       int z = 0;
       for (int k = 0; k < 3 && z == 0; ++k) {
         const int label = 1 + (first + k) % 3;
-        BitMatrix column(1, wires_);
-        for (int i = 0; i < wires_; ++i) column.set(0, i, meets(i, of(input_x_, i), w, label));
-        if (columns.add(std::move(column))) z = label;
+        if (chosen.add(columns[static_cast<std::size_t>(label)].row(w))) z = label;
       }
       output_z_.push_back(z);
       output_x_.push_back(other_labels[z][0]);
     }
   }
 
-  /// Whether the image of a label on an input anticommutes with one on an output.
-  bool meets(int input, int label, int output, int by) const {
-    const int found = rows_.label_at(1, input, label, output);
-    return found != 0 && found != by;
-  }
-
+  /// Row i tells whether the image of a label on input i anticommutes with one on each output.
   BitMatrix parts(const Labels& of_inputs, const Labels& by_outputs) const {
+    BitMatrix by(2, wires_);
+    for (int w = 0; w < wires_; ++w) {
+      if ((of(by_outputs, w) & label_x) != 0) by.set(0, w);
+      if ((of(by_outputs, w) & label_z) != 0) by.set(1, w);
+    }
     BitMatrix parts(wires_, wires_);
+    const int words = parts.stride();
     for (int i = 0; i < wires_; ++i) {
-      for (int w = 0; w < wires_; ++w) {
-        parts.set(i, w, meets(i, of(of_inputs, i), w, of(by_outputs, w)));
+      const Word* image = rows_.row(1, i, of(of_inputs, i));
+      for (int w = 0; w < words; ++w) {
+        parts.row(i)[w] = (image[w] & by.row(1)[w]) ^ (image[words + w] & by.row(0)[w]);
       }
     }
     return parts;
@@ -131,15 +123,6 @@ class LayeredForm {
     const BitMatrix back = inverse(map());
     return side == 1 ? product(parts(input_z_, output_z_), back)
                      : product(back, parts(input_x_, output_x_));
-  }
-  /// Labels turn such that nothing stands on the diagonal.
-  BitMatrix graph_without_diagonal(int side) {
-    BitMatrix graph = this->graph(side);
-    for (int a = 0; a < wires_; ++a) {
-      if (graph.get(a, a)) of(passed(side), a) ^= of(crossed(side), a);
-      graph.set(a, a, false);
-    }
-    return graph;
   }
   /// Gates between these commute, ...
   Labels& crossed(int side) { return side == 1 ? input_x_ : output_z_; }
@@ -157,17 +140,35 @@ class LayeredForm {
     waiting_.clear();
   }
   /// Each is a gate as it is named but for one-qubit gates after it, which turn labels.
-  void play_on_graph(int side, const GraphMove& move) {
+  Gate turn_by_move(int side, const GraphMove& move) {
     const auto& [is_edge, a, b] = move;
     Labels& x = crossed(side);
     Labels& z = passed(side);
-    play(side, {end_of(a, of(x, a)), end_of(b, is_edge ? of(x, b) : of(z, b))});
+    const Gate gate{end_of(a, of(x, a)), end_of(b, is_edge ? of(x, b) : of(z, b))};
     of(z, a) ^= of(x, a);
     if (is_edge) {
       of(z, b) ^= of(x, b);
     } else {
       of(x, b) ^= of(z, b);
     }
+    return gate;
+  }
+  /// The same for those of the map, between outputs.
+  Gate turn_by_cnot(int control, int target) {
+    const Gate gate{end_of(control, of(output_z_, control)), end_of(target, of(output_x_, target))};
+    of(output_x_, control) ^= of(output_z_, control);
+    of(output_z_, target) ^= of(output_x_, target);
+    return gate;
+  }
+  /// Labels turn first, such that nothing stands on the diagonal.
+  std::vector<GraphMove> moves_of_graph(int side, BitMatrix graph) {
+    for (int a = 0; a < wires_; ++a) {
+      if (graph.get(a, a)) of(passed(side), a) ^= of(crossed(side), a);
+      graph.set(a, a, false);
+    }
+    std::vector<GraphMove> moves = clear_by_sorting(std::move(graph));
+    for (const GraphMove& move : moves) moves_.push_back({side, turn_by_move(side, move)});
+    return moves;
   }
 
   /// Edge by edge. What stands on the diagonal is on single wires.
@@ -188,29 +189,43 @@ class LayeredForm {
     settle(side);
   }
 
-  /// From the last gate to the first. Each is a CNOT but for one-qubit gates after it, which turn
-  /// X on its control, and Z on its target.
-  void take_off_map(Objective objective, Outputs outputs, const Effort& effort) {
+  void take_off_map(Outputs outputs, const Effort& effort) {
     const BitMatrix map = this->map();
     for (int i = 0; i < wires_; ++i) {
       for_each_bit(map.row(i), map.stride(),
                    [&](int w) { of(output_x_, w) = rows_.label_at(1, i, of(input_x_, i), w); });
     }
-    const Task task{.objective = objective, .outputs = outputs, .seed = rng_.next()};
-    const BitMatrix turned = map.transposed();
-    const GateList list = objective == Objective::count
-                              ? search_cnot(turned, task, effort)
-                              : search_shallow_cnot(turned, task, effort).front().list;
+    const Task task{.objective = Objective::depth, .outputs = outputs, .seed = rng_.next()};
+    each_cnot(search_shallow_cnot(map.transposed(), task, effort).front().list,
+              [&](int control, int target) { play(0, turn_by_cnot(control, target)); });
+    settle(0);
+  }
+
+  /// From the last gate of a map's circuit to the first.
+  template <class F>
+  static void each_cnot(const GateList& list, F f) {
     const auto output = [&](End end) { return list.frame.output_on(wire_of(end)); };
     for (auto gate = list.gates.rbegin(); gate != list.gates.rend(); ++gate) {
       const bool forward = label_of(gate->a) == label_z;
-      const int control = output(forward ? gate->a : gate->b);
-      const int target = output(forward ? gate->b : gate->a);
-      play(0, {end_of(control, of(output_z_, control)), end_of(target, of(output_x_, target))});
-      of(output_x_, control) ^= of(output_z_, control);
-      of(output_z_, target) ^= of(output_x_, target);
+      f(output(forward ? gate->a : gate->b), output(forward ? gate->b : gate->a));
     }
-    settle(0);
+  }
+
+  /// Where the labels of the outputs come from, with both graphs gone and this map left, which
+  /// renames wires. By columns.
+  WireFrame frame_of(const BitMatrix& map) const {
+    WireFrame frame(wires_);
+    for (int w = 0; w < wires_; ++w) {
+      for_each_bit(map.row(w), map.stride(), [&](int i) {
+        const int x = of(input_x_, i), z = of(input_z_, i);
+        const int to_x = of(output_x_, w), to_z = of(output_z_, w);
+        frame[end_of(w, 0)] = end_of(i, 0);
+        frame[end_of(w, to_x)] = end_of(i, x);
+        frame[end_of(w, to_z)] = end_of(i, z);
+        frame[end_of(w, to_x ^ to_z)] = end_of(i, x ^ z);
+      });
+    }
+    return frame;
   }
 
   OperatorRows rows_;

@@ -189,7 +189,6 @@ void OperatorReduction::price(const OperatorRows& rows, int side, const std::vec
 /// Gates before the operator come first; those after it last to first, carried to before what is
 /// left, and with it at the end.
 GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves) {
-  GateList list(left.wires(), {});
   WireFrame before(left.wires());
   for (int i = 0; i < left.wires(); ++i) {
     int place = 0;
@@ -197,14 +196,20 @@ GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReductio
     for (int label = 0; label < 4; ++label) {
       const int from = label == 0 ? 0 : left.label_at(0, i, label, place);
       before[end_of(i, label)] = end_of(place, from);
-      list.frame[end_of(place, from)] = end_of(i, label);
     }
   }
+  return circuit_of(before, moves);
+}
+
+GateList circuit_of(const WireFrame& left, const std::vector<OperatorReduction::Move>& moves) {
+  GateList list(left.wires(), {});
+  list.frame = left.inverse();
+  list.gates.reserve(moves.size());
   for (const auto& [side, gate] : moves) {
     if (side == 1) list.gates.push_back(gate);
   }
   for (auto move = moves.rbegin(); move != moves.rend(); ++move) {
-    if (move->side == 0) list.gates.push_back({before[move->gate.a], before[move->gate.b]});
+    if (move->side == 0) list.gates.push_back({left[move->gate.a], left[move->gate.b]});
   }
   return list;
 }

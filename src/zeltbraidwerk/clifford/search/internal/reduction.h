@@ -71,5 +71,7 @@ class OperatorReduction {
 
 /// The circuit of an operator of which the moves have left one-qubit gates and a renaming.
 GateList circuit_of(const OperatorRows& left, const std::vector<OperatorReduction::Move>& moves);
+/// The same where it is known what is left: the ends that it turns into those of the outputs.
+GateList circuit_of(const WireFrame& left, const std::vector<OperatorReduction::Move>& moves);
 
 }  // namespace zelt::braidwerk::internal
