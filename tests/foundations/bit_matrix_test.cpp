@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/oracles.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 
 namespace {
 
@@ -65,6 +66,41 @@ TEST(BitMatrix, SolvesEquations) {
     const BoolMatrix x = support::random_matrix(n, 1, rng);
     const BitMatrix b = product(BitMatrix::pack(m, n, n), BitMatrix::pack(x, n, 1));
     EXPECT_EQ(solution(BitMatrix::pack(m, n, n), b).transposed(), BitMatrix::pack(x, n, 1)) << n;
+  }
+}
+
+/// The same pivots and rows as column after column, also those without a pivot, and on both sides.
+TEST(BitMatrix, ReducesToEchelonForm) {
+  support::Rng rng(5);
+  const auto any = [&rng](int bound) { return static_cast<int>(rng() % at(bound)); };
+  for (const int rows : {0, 1, 2, 20, 64, 130, 300}) {
+    for (const int cols : {0, 1, 40, 130, 300}) {
+      BitMatrix a = BitMatrix::pack(support::random_matrix(rows, cols, rng), rows, cols);
+      BitMatrix b = BitMatrix::pack(support::random_matrix(rows, 70, rng), rows, 70);
+      for (int r = 1; r < rows; r += 3) a.add_row(any(r), r), a.add_row(r, any(r));
+      for (int c = 0; c < cols; ++c) {
+        for (int r = 0; c % 5 == 0 && r < rows; ++r) a.set(r, c, false);
+      }
+      BitMatrix reduced = a, along = b;
+      const std::vector<int> pivots = reduce_to_echelon(reduced, along);
+
+      std::vector<int> expected;
+      for (int c = 0, top = 0; c < cols; ++c) {
+        int r = top;
+        while (r < rows && !a.get(r, c)) ++r;
+        if (r == rows) continue;
+        a.swap_rows(r, top);
+        b.swap_rows(r, top);
+        for (int k = 0; k < rows; ++k) {
+          if (k != top && a.get(k, c)) a.add_row(top, k), b.add_row(top, k);
+        }
+        expected.push_back(c);
+        ++top;
+      }
+      EXPECT_EQ(pivots, expected) << rows << ' ' << cols;
+      EXPECT_EQ(reduced, a) << rows << ' ' << cols;
+      EXPECT_EQ(along, b) << rows << ' ' << cols;
+    }
   }
 }
 

@@ -56,6 +56,12 @@ TEST(BooleanMatrix, InverseAndInvertibility) {
   EXPECT_TRUE(boolean_matrix_inverse(-1, {}).empty());
   // Column 0 is repaired by an addition, column 1 cannot be: what is left of the steps stands.
   EXPECT_EQ(show(boolean_matrix_inverse(3, matrix({"001", "101", "001"}))), "110 101 001");
+  BoolMatrix large = support::identity(150), left = large;
+  for (int r = 0; r < 3; ++r) {
+    std::ranges::copy(matrix({"001", "101", "001"})[at(r)], large[at(r)].begin());
+    std::ranges::copy(matrix({"110", "101", "001"})[at(r)], left[at(r)].begin());
+  }
+  EXPECT_EQ(boolean_matrix_inverse(150, large), left);
 
   support::Rng rng(12);
   for (const int n : {1, 2, 5, 63, 64, 65, 130}) {
@@ -71,11 +77,13 @@ TEST(BooleanMatrix, InverseAndInvertibility) {
 
 TEST(BooleanMatrix, ProductOfAnyShapes) {
   support::Rng rng(14);
-  for (const int inner : {0, 1, 5, 63, 64, 65, 130}) {
-    const BoolMatrix a = support::random_matrix(65, inner, rng);
-    const BoolMatrix b = support::random_matrix(inner, 70, rng);
-    EXPECT_EQ(boolean_matrix_product(65, 70, inner, a, b),
-              inner > 0 ? support::multiply(a, b) : BoolMatrix(65, BoolRow(70)));
+  for (const int rows : {65, 140}) {
+    for (const int inner : {0, 1, 5, 63, 64, 65, 130}) {
+      const BoolMatrix a = support::random_matrix(rows, inner, rng);
+      const BoolMatrix b = support::random_matrix(inner, 70, rng);
+      EXPECT_EQ(boolean_matrix_product(rows, 70, inner, a, b),
+                inner > 0 ? support::multiply(a, b) : BoolMatrix(at(rows), BoolRow(70)));
+    }
   }
 }
 

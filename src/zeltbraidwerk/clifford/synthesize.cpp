@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/clifford/synthesize.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <optional>
 #include <stdexcept>
@@ -10,6 +11,7 @@
 #include "zeltbraidwerk/clifford/internal/synthesize.h"
 #include "zeltbraidwerk/clifford/search/internal/circuit.h"
 #include "zeltbraidwerk/clifford/search/internal/graph_classes.h"
+#include "zeltbraidwerk/clifford/search/internal/layered_form.h"
 #include "zeltbraidwerk/clifford/search/internal/operator_bound.h"
 #include "zeltbraidwerk/clifford/search/internal/search.h"
 #include "zeltbraidwerk/clifford/search/internal/starts.h"
@@ -116,12 +118,20 @@ double bytes_of_operator_runs(int n, const SynthesisOptions& options) {
 constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
 constexpr int most_made_late = 1000;  // qubits; the plain circuit takes 20 ms, and the check 5
 
-/// What is made where the search has nothing yet.
+/// What is made where the search has nothing yet. On the most qubits an elimination is given up
+/// where it takes more gates than a layered form, which is made as soon.
 CliffordCircuit plainly(const PauliFrame& images) {
-  if (images.qubits() <= most_for_greedy) {
-    return to_circuit(eliminated_list(images, Outputs::in_place), images);
+  const int n = images.qubits();
+  if (n <= most_for_greedy) return to_circuit(eliminated_list(images, Outputs::in_place), images);
+  const auto of_layers = static_cast<std::size_t>(2.0 * n * n / std::log2(n));
+  const auto eliminated = eliminate_in_order(images, n > most_made_late ? of_layers : no_limit);
+  if (!eliminated) {
+    Rng draws(0, 0);
+    return to_circuit(layered_list_by_count(OperatorRows(images), draws), images);
   }
-  return {inverted(eliminate_in_order(images).gates), in_order(images.qubits()), {}};
+  CliffordCircuit found{inverted(eliminated->gates), in_order(n), {}};
+  found.size = size_of(found.gates, n);
+  return found;
 }
 
 void check_images(const PauliFrame& images) {
@@ -142,9 +152,7 @@ CliffordCircuit made_before(const PauliFrame& images, const CliffordOptions& opt
                       const QuestionInScope in_kernels;
                       check_images(images);
                     }
-                    CliffordCircuit found = plainly(images);
-                    found.size = size_of(found.gates, images.qubits());
-                    return sized(std::move(found));
+                    return sized(plainly(images));
                   }};
   return std::move(best_of_runs({lane}, stops, control).as<CliffordCircuit>());
 }
@@ -225,8 +233,10 @@ FoundCliffords synthesize_clifford(const PauliFrame& images,
                        [&](int) {
                          if (before) return sized(*std::exchange(before, std::nullopt));
                          CliffordCircuit found = plainly(images);
-                         if (device) found.gates = along_edges(found.gates, *device);
-                         found.size = size_of(found.gates, n);
+                         if (device) {
+                           found.gates = along_edges(found.gates, *device);
+                           found.size = size_of(found.gates, n);
+                         }
                          return sized(std::move(found));
                        },
                    .draws = false};

@@ -92,12 +92,13 @@ class Eliminator {
         left_(all()),
         free_(all()) {
     found_.wires.resize(left_.size());
-    if (in_order) found_.gates.reserve(left_.size() * left_.size());
   }
 
-  Elimination run() {
+  /// Nothing where it takes more gates.
+  std::optional<Elimination> run(std::size_t most) {
     while (!left_.empty()) {
       stop_point();
+      if (found_.gates.size() > most) return std::nullopt;
       const int q = in_order_ ? left_.front() : cheapest();
       if (in_order_) first_ = q;
       const int wire = gather(q, split(q));
@@ -249,12 +250,12 @@ void Elimination::close() {
 }
 
 Elimination eliminate_clifford(PauliFrame images, bool in_place) {
-  return Eliminator(std::move(images), in_place, false).run();
+  return *Eliminator(std::move(images), in_place, false).run(no_limit);
 }
 
-Elimination eliminate_in_order(PauliFrame images) {
-  Elimination found = Eliminator(std::move(images), true, true).run();
-  found.close();
+std::optional<Elimination> eliminate_in_order(PauliFrame images, std::size_t most) {
+  std::optional<Elimination> found = Eliminator(std::move(images), true, true).run(most);
+  if (found) found->close();
   return found;
 }
 

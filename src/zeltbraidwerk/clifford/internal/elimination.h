@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <limits>
+#include <optional>
 #include <vector>
 
 #include "zeltbraidwerk/foundations/internal/pauli_frame.h"
@@ -24,13 +27,16 @@ struct Elimination {
   void close();
 };
 
+inline constexpr std::size_t no_limit = std::numeric_limits<std::size_t>::max();
+
 /// Of the images that an operator has. With `in_place`, qubits are gathered on their own wires
 /// where that takes no more CNOTs than a swap. Images of no operator end as well, not eliminated.
 Elimination eliminate_clifford(PauliFrame images, bool in_place);
 
 /// The same qubit after qubit, each on its own wire at the end, in O(n^3 / 64) instead of O(n^3):
-/// for circuits that are wanted soon.
-Elimination eliminate_in_order(PauliFrame images);
+/// for circuits that are wanted soon. Nothing where it takes more gates than `most`, before the
+/// swaps at its end.
+std::optional<Elimination> eliminate_in_order(PauliFrame images, std::size_t most = no_limit);
 
 /// The inverse of a gate that the elimination knows, and of a circuit of them.
 structures::Gate inverse_of(structures::Gate gate);

@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
+#include "zeltbraidwerk/foundations/internal/row_sums.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
 
 constexpr int lines_per_look = 16;
+constexpr int least_at_once = 128;  // rows from which on several columns at once are quicker
 
 ZELTBRAIDWERK_CLONES
 int count_ones(const Word* a, int count) {
@@ -52,6 +56,22 @@ void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out, 
       const Word* __restrict source = b.row(k);
       for (int w = 0; w < b.stride(); ++w) target[w] ^= source[w];
     });
+  }
+}
+
+ZELTBRAIDWERK_CLONES
+void add_words(Word* __restrict target, const Word* __restrict source, int count) {
+  for (int w = 0; w < count; ++w) target[w] ^= source[w];
+}
+
+/// The part of a product that comes from a few columns of a and the same rows of b.
+void accumulate_columns(const BitMatrix& a, const BitMatrix& b, BitMatrix& out, RowSums& sums,
+                        int first, int count) {
+  sums.make(count, b.stride(),
+            [&](int k, Word* sum) { add_words(sum, b.row(first + k), b.stride()); });
+  for (int r = 0; r < a.rows(); ++r) {
+    const auto which = read_bits(a.row(r), static_cast<std::size_t>(first), count);
+    if (which != 0) add_words(out.row(r), sums[which], b.stride());
   }
 }
 
@@ -151,15 +171,6 @@ void BitMatrix::clear_column(int pivot, int col) {
   internal::clear_column(words, words, stride_, 0, 0, pivot, col, pivot + 1, rows_);
 }
 
-void BitMatrix::clear_column(int pivot, int col, BitMatrix& along) {
-  const auto clear = [&](int first, int last) {
-    internal::clear_column(words_.data(), along.words_.data(), stride_, col / word_bits,
-                           along.stride_, pivot, col, first, last);
-  };
-  clear(0, pivot);
-  clear(pivot + 1, rows_);
-}
-
 int BitMatrix::row_weight(int r) const {
   return count_ones(row(r), stride_);
 }
@@ -201,6 +212,14 @@ BitMatrix BitMatrix::block(int first_row, int first_col, int rows, int cols) con
 
 BitMatrix product(const BitMatrix& a, const BitMatrix& b) {
   BitMatrix result(a.rows(), b.cols());
+  if (a.rows() >= least_at_once) {
+    RowSums sums;
+    for (int k = 0; k < a.cols(); k += RowSums::most_rows) {
+      question_point();
+      accumulate_columns(a, b, result, sums, k, std::min(RowSums::most_rows, a.cols() - k));
+    }
+    return result;
+  }
   for (int r = 0; r < a.rows(); r += lines_per_look) {
     question_point();
     accumulate_product(a, b, result, r, std::min(r + lines_per_look, a.rows()));
@@ -212,6 +231,11 @@ BitMatrix inverse(BitMatrix m) {
   const int n = m.rows();
   BitMatrix result = BitMatrix::identity(n);
   if (n == 0) return result;
+  if (n >= least_at_once) {
+    BitMatrix reduced = m;
+    if (std::cmp_equal(reduce_to_echelon(reduced, result).size(), n)) return result;
+    result = BitMatrix::identity(n);
+  }
   reduce_to_upper(m, result, false);
   for (int c = n - 1; c > 0; --c) {
     if (c % lines_per_look == 0) question_point();

@@ -48,8 +48,6 @@ class BitMatrix {
   void swap_rows(int a, int b);
   /// Adds row `pivot` to every other row that has a one in the column.
   void clear_column(int pivot, int col);
-  /// The same, and the same additions in another matrix. Row `pivot` has nothing before the column.
-  void clear_column(int pivot, int col, BitMatrix& along);
 
   int row_weight(int r) const;
   int weight() const;

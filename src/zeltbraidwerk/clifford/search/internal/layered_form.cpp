@@ -12,8 +12,8 @@
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/echelon.h"
 #include "zeltbraidwerk/graphs/internal/edge_coloring.h"
-#include "zeltbraidwerk/linear/search/internal/cnot_search.h"
 #include "zeltbraidwerk/linear/search/internal/depth_search.h"
+#include "zeltbraidwerk/linear/search/internal/map_circuits.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -42,7 +42,7 @@ class LayeredForm {
   }
 
   /// As many moves and gates as there are here are followed in the map alone, not in all images.
-  GateList circuit_by_count(Outputs outputs, const Effort& effort) {
+  GateList circuit_by_count() {
     BitMatrix map = this->map();
     const BitMatrix back = inverse(map);
     BitMatrix after = product(parts(input_z_, output_z_), back);
@@ -54,9 +54,7 @@ class LayeredForm {
     for (const GraphMove& move : moves_of_graph(0, std::move(before))) {
       if (!move.is_edge) columns.add_row(move.to, move.from);
     }
-    const Task task{.outputs = outputs, .seed = rng_.next()};
-    const GateList list = search_cnot(columns, task, effort);
-    each_cnot(list, [&](int control, int target) {
+    each_cnot(by_pairs(columns, Facing::plain), [&](int control, int target) {
       moves_.push_back({0, turn_by_cnot(control, target)});
       columns.add_row(control, target);
     });
@@ -243,8 +241,8 @@ GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng
   return LayeredForm(std::move(rows), rng).circuit(way, outputs, effort);
 }
 
-GateList layered_list_by_count(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort) {
-  return LayeredForm(std::move(rows), rng).circuit_by_count(outputs, effort);
+GateList layered_list_by_count(OperatorRows rows, Rng& rng) {
+  return LayeredForm(std::move(rows), rng).circuit_by_count();
 }
 
 }  // namespace zelt::braidwerk::internal

@@ -22,8 +22,10 @@ enum class GraphsBy { edges, blocks };
 GateList layered_list(OperatorRows rows, GraphsBy way, Outputs outputs, Rng& rng,
                       const Effort& effort);
 
-/// The same with few gates, for operators on so many qubits that a reduction takes long: graphs by
-/// sorting (graph_sorting.h), and the map searched by count. About 2 n^2 / log2(n) gates.
-GateList layered_list_by_count(OperatorRows rows, Outputs outputs, Rng& rng, const Effort& effort);
+/// The same with few gates, outputs in place, for operators on so many qubits that a reduction
+/// takes long: graphs by sorting (graph_sorting.h), and the map by pairs (pair_elimination.h).
+/// About 2 n^2 / log2(n) gates, in 0.6 s on 3000 qubits; where they could be few, a reduction has
+/// fewer.
+GateList layered_list_by_count(OperatorRows rows, Rng& rng);
 
 }  // namespace zelt::braidwerk::internal

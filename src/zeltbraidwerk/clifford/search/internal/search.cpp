@@ -121,8 +121,7 @@ class CliffordSearch : public SearchBase<GateList> {
   void offer_layered_by_count() {
     try {
       const StopScope scope(meter_.control(), true);  // there is a circuit already
-      const GateList found =
-          layered_list_by_count(beams_.operator_rows(), task_.outputs, rng_, in_time(1));
+      const GateList found = layered_list_by_count(beams_.operator_rows(), rng_);
       if (!task_.in_place()) shorten(found);
       offer(found);
     } catch (const Stopped&) {

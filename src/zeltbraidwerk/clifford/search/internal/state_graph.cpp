@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "zeltbraidwerk/foundations/internal/control.h"
+#include "zeltbraidwerk/foundations/internal/echelon.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
-
-constexpr int lines_per_look = 64;
-
-int first_with(const BitMatrix& letters, int q) {
-  int r = q;
-  while (r < letters.rows() && !letters.get(r, q)) ++r;
-  return r;
-}
 
 void exchange_columns(BitMatrix& a, BitMatrix& b, int q) {
   for (int r = 0; r < a.rows(); ++r) {
@@ -28,26 +22,29 @@ void exchange_columns(BitMatrix& a, BitMatrix& b, int q) {
 }  // namespace
 
 /// By row operations on the generators such that on every qubit one of two letters, X or else Z,
-/// is found in a generator of its own.
+/// is found in a generator of its own. Where X cannot be, Z can: what commutes with all generators
+/// is one of them.
 StateGraph::StateGraph(const PauliFrame& stabilisers)
     : edges(stabilisers.z_planes().transposed()),
       own(static_cast<std::size_t>(stabilisers.qubits()), label_x),
       other(own.size(), label_z) {
   BitMatrix letters = stabilisers.x_planes().transposed();
   const int n = std::min(letters.rows(), letters.cols());
-  for (int q = 0; q < n; ++q) {
-    if (q % lines_per_look == 0) stop_point();
-    const auto k = static_cast<std::size_t>(q);
-    int pivot = first_with(letters, q);
-    if (pivot == n) {
-      pivot = first_with(edges, q);
+  stop_point();
+  const std::vector<int> with_x = reduce_to_echelon(letters, edges);
+  stop_point();
+  if (std::cmp_less(with_x.size(), n)) {
+    auto next = with_x.begin();
+    for (int q = 0; q < n; ++q) {
+      if (next != with_x.end() && *next == q) {
+        ++next;
+        continue;
+      }
       exchange_columns(letters, edges, q);
-      std::swap(own[k], other[k]);
+      std::swap(own[static_cast<std::size_t>(q)], other[static_cast<std::size_t>(q)]);
     }
-    if (pivot == n) continue;
-    letters.swap_rows(q, pivot);
-    edges.swap_rows(q, pivot);
-    letters.clear_column(q, q, edges);
+    reduce_to_echelon(letters, edges);
+    stop_point();
   }
   for (int q = 0; q < n; ++q) {
     const auto k = static_cast<std::size_t>(q);
