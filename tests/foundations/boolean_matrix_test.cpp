@@ -56,10 +56,11 @@ TEST(BooleanMatrix, InverseAndInvertibility) {
   EXPECT_TRUE(boolean_matrix_inverse(-1, {}).empty());
   // Column 0 is repaired by an addition, column 1 cannot be: what is left of the steps stands.
   EXPECT_EQ(show(boolean_matrix_inverse(3, matrix({"001", "101", "001"}))), "110 101 001");
+  const BoolMatrix small = matrix({"001", "101", "001"}), of_small = matrix({"110", "101", "001"});
   BoolMatrix large = support::identity(150), left = large;
-  for (int r = 0; r < 3; ++r) {
-    std::ranges::copy(matrix({"001", "101", "001"})[at(r)], large[at(r)].begin());
-    std::ranges::copy(matrix({"110", "101", "001"})[at(r)], left[at(r)].begin());
+  for (std::size_t r = 0; r < 3; ++r) {
+    std::copy(small[r].begin(), small[r].end(), large[r].begin());
+    std::copy(of_small[r].begin(), of_small[r].end(), left[r].begin());
   }
   EXPECT_EQ(boolean_matrix_inverse(150, large), left);
 

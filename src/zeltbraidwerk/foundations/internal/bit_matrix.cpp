@@ -84,8 +84,8 @@ int find_pivot(const BitMatrix& m, int col, int first) {
 }
 
 /// The forward pass of the elimination: repairs the diagonal by the first row below that can, and
-/// clears the columns below it. False when a pivot is missing and `stop_at_missing` is set.
-bool reduce_to_upper(BitMatrix& m, BitMatrix& second, bool stop_at_missing) {
+/// clears the columns below it.
+void reduce_to_upper(BitMatrix& m, BitMatrix& second) {
   const int n = m.rows();
   for (int c = 0; c < n; ++c) {
     if (c % lines_per_look == 0) question_point();
@@ -94,14 +94,11 @@ bool reduce_to_upper(BitMatrix& m, BitMatrix& second, bool stop_at_missing) {
       if (r >= 0) {
         m.add_row(r, c);
         second.add_row(r, c);
-      } else if (stop_at_missing) {
-        return false;
       }
     }
     clear_column(m.row(0), second.row(0), m.stride(), c / word_bits, second.stride(), c, c, c + 1,
                  n);
   }
-  return true;
 }
 
 /// Transposes a 64 by 64 block in place, by halving swaps.
@@ -236,7 +233,7 @@ BitMatrix inverse(BitMatrix m) {
     if (std::cmp_equal(reduce_to_echelon(reduced, result).size(), n)) return result;
     result = BitMatrix::identity(n);
   }
-  reduce_to_upper(m, result, false);
+  reduce_to_upper(m, result);
   for (int c = n - 1; c > 0; --c) {
     if (c % lines_per_look == 0) question_point();
     clear_column(m.row(0), result.row(0), m.stride(), c / word_bits, result.stride(), c, c, 0, c);
@@ -245,20 +242,13 @@ BitMatrix inverse(BitMatrix m) {
 }
 
 BitMatrix solution(BitMatrix m, BitMatrix b) {
-  BitMatrix x(1, m.cols());
-  if (m.rows() == 0) return x;
-  reduce_to_upper(m, b, false);
-  for (int r = m.rows() - 1; r >= 0; --r) {
-    Word odd = b.row(r)[0];
-    for (int w = r / word_bits; w < m.stride(); ++w) odd ^= m.row(r)[w] & x.row(0)[w];
-    x.set(0, r, std::popcount(odd) % 2 != 0);
-  }
-  return x;
+  reduce_to_echelon(m, b);
+  return b.transposed();
 }
 
 bool is_invertible(BitMatrix m) {
   BitMatrix none(m.rows(), 0);
-  return m.rows() == 0 || reduce_to_upper(m, none, true);
+  return std::cmp_equal(reduce_to_echelon(m, none).size(), m.rows());
 }
 
 }  // namespace zelt::braidwerk::internal
