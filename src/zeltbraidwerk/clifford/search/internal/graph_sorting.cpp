@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "zeltbraidwerk/clifford/search/internal/tuning.h"
+#include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/linear/internal/pair_elimination.h"
 
@@ -15,6 +16,22 @@ namespace {
 int wires_coming_next(int left) {
   const int digits = std::bit_width(static_cast<unsigned>(left));
   return std::max(digits - clifford_tuning.sorted_digits, 0);
+}
+
+/// Adds column a to column b, of rows of two words. Both words are written, so that many rows are
+/// taken at once.
+template <int word_of_a>
+inline void add_column(Word* words, int rows, int a, int b) {
+  const Word in_first = b < word_bits ? ~Word{0} : 0;
+  for (int r = 0; r < 2 * rows; r += 2) {
+    const Word bit = ((words[r + word_of_a] >> a % word_bits) & 1) << b % word_bits;
+    words[r] ^= bit & in_first;
+    words[r + 1] ^= bit & ~in_first;
+  }
+}
+ZELTBRAIDWERK_CLONES
+void add_column(Word* words, int rows, int a, int b) {
+  a < word_bits ? add_column<0>(words, rows, a, b) : add_column<1>(words, rows, a, b);
 }
 
 /// A sum changes a row and a column. Rows are kept in full, columns only where they are looked at:
@@ -70,10 +87,7 @@ class SortedClearing {
     const int a = from - first_;
     const int b = to - first_;
     if (b >= near_.cols()) return;
-    for (int r = done + 1; r < wires_; ++r) {
-      Word* words = near_.row(r);
-      words[b / word_bits] ^= ((words[a / word_bits] >> a % word_bits) & 1) << b % word_bits;
-    }
+    add_column(near_.row(done + 1), wires_ - done - 1, a, b);
   }
 
   int wires_;
