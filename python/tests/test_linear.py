@@ -2,6 +2,7 @@
 
 import time
 
+import numpy as np
 import pytest
 from support import graph_of, replaced
 
@@ -82,6 +83,18 @@ def test_a_budget_may_end_before_a_circuit_is_found(dense):
     with pytest.raises(errors.UnfinishedError, match="none of 1 runs found a circuit"):
         linear.synthesize(dense(120), method="greedy_log", budget=0.05)
     assert time.perf_counter() - start < 10
+
+
+def test_what_no_budget_leaves_of_many_wires(dense):
+    """By pairs, or by "pmh" where that is shorter: on sparse matrices."""
+    lines = np.eye(600, dtype=int)
+    lines[:, 0] = 1
+    for matrix in (dense(600), lines, lines.T):
+        result = linear.synthesize(matrix, budget=0.001)
+        assert result.verify()
+        assert result.count <= linear.synthesize(matrix, method="pmh").count
+    with_pairs = linear.synthesize(dense(600), method="pairs").count
+    assert linear.synthesize(dense(600), budget=0.001).count == with_pairs
 
 
 def test_windows_grow_with_the_budget(dense):

@@ -1,6 +1,7 @@
 """Operators and states of qubits from all forms, of this package and of others."""
 
 import pytest
+from long_calls import operator
 
 import zeltbraidwerk as zb
 from zeltbraidwerk import CliffordTableau, Gate, clifford
@@ -13,6 +14,25 @@ def test_a_large_tableau_of_stim():
     result = clifford.synthesize(tableau, steps=0, seed=1)
     assert CliffordTableau.from_circuit(result.circuit).to_stim() == tableau
     assert result.count < 0.7 * clifford.synthesize(tableau, method="elimination").count
+
+
+@pytest.mark.parametrize(
+    ("name", "most"), [("dense", 400_000), ("chain", 5000), ("pairs", 550), ("signs", 0)]
+)
+def test_what_no_budget_leaves_of_many_qubits(name, most):
+    """Of dense operators and of those with long images a layered form, of light ones less."""
+    n = 1100
+    operators = {
+        "dense": lambda: operator(n),
+        "chain": lambda: zb.Circuit(n, [Gate.cnot(k, k + 1) for k in range(n - 1)]),
+        "pairs": lambda: zb.Circuit(
+            n, [g for k in range(0, n, 2) for g in (Gate.h(k), Gate.cnot(k, k + 1), Gate.s(k + 1))]
+        ),
+        "signs": lambda: zb.Circuit(n, [Gate("XYZ"[k % 3], k) for k in range(n)]),
+    }
+    result = clifford.synthesize(operators[name](), budget=0.001)
+    assert result.verify()
+    assert result.count <= most
 
 
 # An operator that tells directions, signs and qubits apart, and so does what it makes of zeros.

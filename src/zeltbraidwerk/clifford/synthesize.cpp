@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 #include <optional>
 #include <stdexcept>
@@ -118,13 +119,23 @@ double bytes_of_operator_runs(int n, const SynthesisOptions& options) {
 constexpr int most_for_greedy = 256;  // qubits; a tenth of a second
 constexpr int most_made_late = 1000;  // qubits; the plain circuit takes 20 ms, and the check 5
 
+/// Whether half of all letters are there.
+bool is_dense(const PauliFrame& images) {
+  const std::vector<int> weights = images.weights();
+  const auto n = static_cast<std::int64_t>(images.qubits());
+  return std::accumulate(weights.begin(), weights.end(), std::int64_t{0}) > n * n;
+}
+
 /// What is made where the search has nothing yet. On the most qubits an elimination is given up
 /// where it takes more gates than a layered form, which is made as soon.
 CliffordCircuit plainly(const PauliFrame& images) {
   const int n = images.qubits();
   if (n <= most_for_greedy) return to_circuit(eliminated_list(images, Outputs::in_place), images);
-  const auto of_layers = static_cast<std::size_t>(2.0 * n * n / std::log2(n));
-  const auto eliminated = eliminate_in_order(images, n > most_made_late ? of_layers : no_limit);
+  std::size_t most = no_limit;
+  if (n > most_made_late) {
+    most = is_dense(images) ? 0 : static_cast<std::size_t>(2.0 * n * n / std::log2(n));
+  }
+  const auto eliminated = eliminate_in_order(images, most);
   if (!eliminated) {
     Rng draws(0, 0);
     return to_circuit(layered_list_by_count(OperatorRows(images), draws), images);
