@@ -169,13 +169,14 @@ CliffordCircuit made_before(const PauliFrame& images, const CliffordOptions& opt
 }
 
 /// A second or less: a step takes the longer the more qubits there are. Enough for a greedy run at
-/// least, which is shorter where generators are light, and left out where they are light and many.
-/// On a device steps are shorter, but for the windows of few wires, in which zeros come in.
+/// least, which is shorter where generators are light, and left out where it takes ten seconds and
+/// more. On a device steps are shorter, but for the windows of few wires, in which zeros come in.
 std::uint64_t usual_state_steps(int n, bool on_device, bool is_light) {
   const auto size = static_cast<std::uint64_t>(n);
   const std::uint64_t area = size * size;
   const std::uint64_t light_run = n <= state_tuning.most_peeled ? 4 * size : 1;
-  const std::uint64_t greedy_run = is_light ? light_run : area / 8;
+  const std::uint64_t dense_run = n <= most_for_greedy ? area / 8 : 1;
+  const std::uint64_t greedy_run = is_light ? light_run : dense_run;
   const std::uint64_t steps = std::min<std::uint64_t>(
       50'000, std::max(40'000'000 / std::max<std::uint64_t>(area, 1), greedy_run));
   return on_device ? std::min(4 * steps, std::max<std::uint64_t>(50'000, 1000 * area)) : steps;

@@ -30,7 +30,10 @@ using synthesis::LinearResult;
 
 namespace {
 
-constexpr std::uint64_t steps_per_qubit = 12'500;  // of a search without a limit
+// Of a search without a limit: a second on 64 wires, a few seconds on more.
+constexpr std::uint64_t steps_per_qubit = 12'500;
+constexpr double most_usual_steps = 1'600'000;
+constexpr double wires_of_long_steps = 256;  // beyond them fewer, as each takes longer
 // The same for depth, up to 32 qubits. Above, a step takes longer by their square.
 constexpr std::uint64_t steps_for_depth = 100'000;
 // The tables of windows on five wires take a part of it to build.
@@ -180,7 +183,9 @@ class LinearCall {
     int runs = runs_of_search(options_);
     if (!steps && !options_.budget) {
       const auto size = static_cast<std::uint64_t>(n());
-      steps = steps_per_qubit * std::max<std::uint64_t>(size, 8);
+      const double size_ratio = std::min(wires_of_long_steps / std::max(n(), 1), 1.0);
+      steps = std::min(steps_per_qubit * std::max<std::uint64_t>(size, 8),
+                       static_cast<std::uint64_t>(most_usual_steps * size_ratio * size_ratio));
       if (options_.objective == Objective::depth) {
         const std::uint64_t area =
             std::max<std::uint64_t>(size, 1) * std::max<std::uint64_t>(size, 1);
