@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/linear/search/internal/tuning.h"
@@ -27,6 +28,7 @@ void count_ones(const Word* lines, int count, int stride, std::uint16_t* weights
 
 constexpr std::uint32_t unit = 64;  // of noise
 constexpr std::uint32_t prices_per_one = 4;
+constexpr int per_partner = 1 << 16;  // more than there are ones in a line
 
 }  // namespace
 
@@ -114,24 +116,45 @@ void BlockReduction::add_lines(BlockMove::Kind side, bool noisy, Rng& rng) {
   }
 }
 
-/// Of each row that is left, the one in the lightest column that is left.
+/// Between the lines that are left, those first that have fewest ones in common with such lines, so
+/// that few are left over; of equal ones the lightest.
 void BlockReduction::take_entries() {
-  const BitMatrix& rows = child_.lines[0];
-  weights_.resize(static_cast<std::size_t>(sizes_[1]));
-  for (int col = 0; col < sizes_[1]; ++col) {
-    weights_[static_cast<std::size_t>(col)] =
-        static_cast<std::uint16_t>(child_.lines[1].row_weight(col));
+  for (int side = 0; side < 2; ++side) {
+    const BitMatrix& lines = child_.lines[side];
+    ranks_[side].assign(static_cast<std::size_t>(sizes_[side]), 0);
+    for (int k = 0; k < sizes_[side]; ++k) {
+      if (taken_[side][static_cast<std::size_t>(k)]) continue;
+      int& rank = ranks_[side][static_cast<std::size_t>(k)];
+      for_each_bit(lines.row(k), lines.stride(), [&](int other) {
+        rank += 1 + (taken_[1 - side][static_cast<std::size_t>(other)] ? 0 : per_partner);
+      });
+    }
   }
-  for (int row = 0; row < sizes_[0]; ++row) {
-    if (taken_[0][static_cast<std::size_t>(row)]) continue;
-    int best = -1;
-    for_each_bit(rows.row(row), rows.stride(), [&](int col) {
-      const auto k = static_cast<std::size_t>(col);
-      if (taken_[1][k]) return;
-      if (best < 0 || weights_[k] < weights_[static_cast<std::size_t>(best)]) best = col;
+  const auto lose_partners = [&](int side, int line) {
+    const BitMatrix& lines = child_.lines[side];
+    for_each_bit(lines.row(line), lines.stride(),
+                 [&](int k) { ranks_[1 - side][static_cast<std::size_t>(k)] -= per_partner; });
+  };
+  for (;;) {
+    int row = -1;
+    int lowest = std::numeric_limits<int>::max();
+    for (int k = 0; k < sizes_[0]; ++k) {
+      const int rank = ranks_[0][static_cast<std::size_t>(k)];
+      if (rank < per_partner || rank >= lowest || taken_[0][static_cast<std::size_t>(k)]) continue;
+      row = k;
+      lowest = rank;
+    }
+    if (row < 0) return;
+    int col = -1;
+    const BitMatrix& rows = child_.lines[0];
+    for_each_bit(rows.row(row), rows.stride(), [&](int k) {
+      if (taken_[1][static_cast<std::size_t>(k)]) return;
+      const auto rank = [&](int c) { return ranks_[1][static_cast<std::size_t>(c)]; };
+      if (col < 0 || rank(k) < rank(col)) col = k;
     });
-    if (best < 0) continue;
-    take({BlockMove::entry, static_cast<std::uint16_t>(row), static_cast<std::uint16_t>(best)});
+    lose_partners(0, row);
+    lose_partners(1, col);
+    take({BlockMove::entry, static_cast<std::uint16_t>(row), static_cast<std::uint16_t>(col)});
   }
 }
 

@@ -85,6 +85,7 @@ class BlockReduction {
   // Scratch of compose.
   State child_;
   std::vector<char> taken_[2];  // by line
+  std::vector<int> ranks_[2];   // by line
   std::vector<std::uint16_t> weights_, overlaps_;
   std::vector<std::uint32_t> pairs_, prices_, ends_, sorted_;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <limits>
 #include <tuple>
 #include <utility>
 
@@ -54,13 +53,21 @@ class ShallowSearch : public SearchBase<GateList> {
 
   void round(const Round& round) {
     const ShallowTuning& t = shallow_tuning;
-    if (n_ >= block_tuning.least_wires && n_ <= block_tuning.most_wires) search_blocks(round.steps);
-    walk(from_layers(round.steps / t.layer_part), n_ < t.large_wires ? t.heat : t.low_heat, t.gate,
-         round.steps, round);
-    walk(incumbent_.circuit(), t.low_heat, t.gate, round.steps / t.best_part, round);
+    const bool divides = n_ >= block_tuning.least_wires && n_ <= block_tuning.most_wires;
+    if (divides) {
+      if (round.number == 0) search_blocks(round.steps / block_tuning.quick_part);
+      search_blocks(round.number == 0 ? round.steps : round.steps * block_tuning.part);
+    }
+    // Next to blocks, layers are far from the best of many wires.
+    if (!divides || n_ < t.large_wires) {
+      walk(from_layers(round.steps / t.layer_part), n_ < t.large_wires ? t.heat : t.low_heat,
+           t.gate, round.steps, round);
+    }
+    // On many wires walks find fewer gates and no fewer layers.
+    const std::uint64_t steps = round.steps / (divides && n_ >= t.huge_wires ? t.huge_part : 1);
+    walk(incumbent_.circuit(), t.low_heat, t.gate, steps / t.best_part, round);
     for (const float gate : t.gate_prices) {
-      walk(front_.cheapest(t.layer, gate).list, t.low_heat, gate, round.steps / t.cheapest_part,
-           round);
+      walk(front_.cheapest(t.layer, gate).list, t.low_heat, gate, steps / t.cheapest_part, round);
     }
   }
 
@@ -94,34 +101,24 @@ class ShallowSearch : public SearchBase<GateList> {
   void search_blocks(std::uint64_t steps) {
     const std::uint64_t more = steps / block_tuning.steps_of_try;
     const int tries = 1 + static_cast<int>(std::min<std::uint64_t>(more, block_tuning.most_tries));
-    const GateList found = best_of_blocks(m_, tries, steps);
-    if (!meter_.ended()) consider(found);
+    const std::uint64_t each = steps / static_cast<std::uint64_t>(tries);
+    for (int k = 0; k < tries && !meter_.ended(); ++k) {
+      const GateList found = by_blocks(m_, each);
+      if (!meter_.ended()) consider(found);
+    }
   }
 
-  /// The shallowest of some circuits by blocks; of small matrices, what a search of their own
-  /// finds. As halves are independent, each is tried several times in the place of the whole.
-  GateList best_of_blocks(const BitMatrix& m, int tries, std::uint64_t steps) {
-    const int n = m.rows();
-    if (n <= block_tuning.leaf_wires) return leaf(m, steps);
-    const std::uint64_t each = steps / static_cast<std::uint64_t>(tries);
-    const int width = block_width(n, each);
-    Scheduler scheduler(n);
-    GateList best(n, {});
-    int least = std::numeric_limits<int>::max();
-    for (int k = 0; k < tries && !meter_.ended(); ++k) {
-      auto found = search_by_blocks(
-          m, width,
-          [&](const BitMatrix& half) {
-            return best_of_blocks(half, block_tuning.half_tries, each / 3);
-          },
-          rng_, meter_);
-      if (!found) break;
-      const int depth = scheduler.settle(found->gates);
-      if (depth >= least) continue;
-      least = depth;
-      best = std::move(*found);
-    }
-    return best;
+  /// Of small matrices what a search of their own finds.
+  GateList by_blocks(const BitMatrix& m, std::uint64_t steps) {
+    if (m.rows() <= block_tuning.leaf_wires) return leaf(m, steps);
+    const auto part = [steps](double share) {
+      return static_cast<std::uint64_t>(share * static_cast<double>(steps));
+    };
+    const HalfSearch half = [&](const BitMatrix& each) {
+      return by_blocks(each, part(block_tuning.share_of_half));
+    };
+    return search_by_blocks(m, part(block_tuning.share_of_blocks), half, rng_, meter_)
+        .value_or(GateList(m.rows(), {}));
   }
 
   GateList leaf(const BitMatrix& m, std::uint64_t steps) {
@@ -129,7 +126,7 @@ class ShallowSearch : public SearchBase<GateList> {
         .objective = Objective::depth, .outputs = Outputs::left_open, .seed = rng_.next()};
     Effort effort;
     effort.control = meter_.control();
-    effort.steps = std::min(steps, block_tuning.most_leaf_steps);
+    effort.steps = std::clamp(steps, block_tuning.least_leaf_steps, block_tuning.most_leaf_steps);
     GateList list = search_shallow_cnot(m, task, effort).front().list;
     meter_.charge(effort.steps);
     return list;

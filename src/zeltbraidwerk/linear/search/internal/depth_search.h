@@ -15,7 +15,7 @@ namespace zelt::braidwerk::internal {
 /// outputs in place that is row w.
 ///
 /// Layers of disjoint additions taken off from both sides, greedily and with wider and wider beams,
-/// from 24 wires on block recursion, from 40 to 256 with searched steps, and between these rounds
+/// from 24 wires on block recursion, from 28 to 256 with searched steps, and between these rounds
 /// of annealing on windows, for different prices of a gate in layers, longer and longer. The greedy
 /// run is always finished. A singular matrix has no circuit; for one the result is what elimination
 /// makes of it.

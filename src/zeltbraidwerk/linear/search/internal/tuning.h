@@ -162,13 +162,15 @@ inline constexpr ExtensionTuning extension_tuning;
 /// For few layers of CNOTs.
 struct ShallowTuning {
   Schedule rounds{.first_steps = 10000, .most_growths = 30};
-  int block_wires = 24;   ///< block recursion from here on: on fewer wires greedy layers are fewer
-  int large_wires = 48;   ///< from here on the layers of the best are kept, and walks are cooler
-  int quick_wires = 128;  ///< up to here the first layers are made whatever the time: 30 ms
-  int first_window = 4;   ///< wires of windows in round 0, which needs no large table
-  int closings = 4;       ///< random ways to close a circuit, next to swaps
-  std::uint64_t layer_part = 5;     ///< of the steps of a round: new layers take one
-  std::uint64_t best_part = 2;      ///< annealing of the best
+  int block_wires = 24;  ///< block recursion from here on: on fewer wires greedy layers are fewer
+  int large_wires = 48;  ///< from here on the layers of the best are kept, and walks are cooler
+  int huge_wires = 96;   ///< from here on walks take a part of the steps
+  std::uint64_t huge_part = 4;
+  int quick_wires = 128;         ///< up to here the first layers are made whatever the time: 30 ms
+  int first_window = 4;          ///< wires of windows in round 0, which needs no large table
+  int closings = 4;              ///< random ways to close a circuit, next to swaps
+  std::uint64_t layer_part = 5;  ///< of the steps of a round: new layers take one
+  std::uint64_t best_part = 2;   ///< annealing of the best
   std::uint64_t cheapest_part = 8;  ///< annealing of the cheapest for each price of a gate
   Cooling heat{0.4F, 0.05F};        ///< of new layers, rows matrix 8 to 32 depth
   /// Of large circuits, which would not come back once molten, rows matrix 64, 128 depth; and of
@@ -183,29 +185,38 @@ struct ShallowTuning {
 };
 inline constexpr ShallowTuning shallow_tuning;
 
-/// For block recursion whose steps are searched. Rows matrix 64, 128 depth.
+/// For block recursion whose steps are searched. Rows matrix 32 to 256 depth.
 struct BlockTuning {
-  int least_wires = 40;  ///< on fewer, annealing alone finds as much
-  int most_wires = 256;  ///< above, not measured
-  int leaf_wires = 16;   ///< up to here, parts are searched as maps of their own; 32 is worse
+  int least_wires = 28;           ///< on fewer, annealing alone finds as much
+  int most_wires = 256;           ///< above, not measured
+  std::uint64_t part = 4;         ///< of the steps of a round, and one of the first
+  std::uint64_t quick_part = 10;  ///< of the steps of round 0, for something at once
+  int leaf_wires = 16;            ///< up to here, parts are searched as maps of their own
+  std::uint64_t least_leaf_steps = 1000;
   std::uint64_t most_leaf_steps = 30'000;
-  int half_tries = 5;                   ///< circuits of each half, of which the shallowest is taken
-  std::uint64_t steps_of_try = 80'000;  ///< of a round: the whole is tried once more for each
-  int most_tries = 100;
-  int variants = 8;   ///< layers to try on a state; 4 are worse
-  double offset = 3;  ///< added to weights before their roots are taken
+  double share_of_blocks = 0.2;          ///< of the steps of a part, for what is off its diagonal
+  double share_of_half = 0.4;            ///< for each half
+  std::uint64_t steps_of_try = 200'000;  ///< of a round: the whole is tried once more for each
+  std::uint64_t most_tries = 100;
+  int exchanges_of_step = 64;  ///< they take as long as a state of a beam
+  int most_choices = 60;       ///< of halves, of which the best are taken
+  int most_lines = 64;         ///< of a block that is cleared at once
+  int variants = 8;            ///< layers to try on a state; 4 are worse
+  double offset = 3;           ///< added to weights before their roots are taken
   double noise =
       0.3;  ///< of all variants but the first, in units of the gain; 0.1 to 0.5 are alike
-  int most_width = 100;  ///< of a beam; 1000 gains nothing on 32 x 32 and 64 x 64
 };
 inline constexpr BlockTuning block_tuning;
 
-/// Of beams for the blocks of a matrix: two of about n / 3 layers, and a step for each state, are a
-/// twelfth of the steps.
-inline int block_width(int n, std::uint64_t steps) {
-  const std::uint64_t width = steps / (8 * static_cast<std::uint64_t>(n));
-  return std::clamp(static_cast<int>(std::min<std::uint64_t>(width, 1000)), 1,
-                    block_tuning.most_width);
+/// Of a beam: more choices of halves gain as much as wider beams on small blocks.
+inline int most_block_width(int n) {
+  return std::clamp(n / 2, 16, 64);
+}
+
+/// Of exchanges between halves.
+inline Cooling halves_heat(int n) {
+  const float first = 2.0F + static_cast<float>(n) / 20.0F;
+  return {first, first / 4};
 }
 
 /// For runs of beams over layers. Rows matrix 8 to 256 depth.
