@@ -70,6 +70,7 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
     }
   }
   letters_.resize(static_cast<std::size_t>(n) + 1);
+  pulls_.resize(static_cast<std::size_t>(n) + 1);
   string_.resize(2 * static_cast<std::size_t>(list.words()));
   chains_.resize((tuning.longest_chain + 1) * slot_words_);
 }
