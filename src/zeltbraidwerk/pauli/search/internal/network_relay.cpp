@@ -104,7 +104,7 @@ class Relay {
     const int handover = end == 0 ? 0 : from.count_left - options_.stretch / 2;
     const bool vary = followed && rng_.chance(options_.alike);
     NetworkPlan plan = vary ? plans_.varied(*followed, rng_) : plans_.draw(rng_);
-    plan.settings.narrow = options_.graph == nullptr;
+    plan.settings.narrow = options_.narrow;
     NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_,
                            options_.target);
     NetworkState state = problem.taken_over(from);
