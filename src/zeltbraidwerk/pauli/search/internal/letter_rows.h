@@ -35,7 +35,12 @@ class LetterRows {
 
   void play(const Gate& gate);
 
-  int weight(int row) const { return weights_[static_cast<std::size_t>(row)]; }
+  int words() const { return words_; }  ///< of the X bits of a string
+  /// The first of them.
+  Word x_word(int row) const { return x(0)[row]; }
+  Word z_word(int row) const { return z(0)[row]; }
+
+  int weight(int row) const { return static_cast<int>(weights_[static_cast<std::size_t>(row)]); }
   /// Writes 3 * qubit + label - 1 of every letter, ascending; returns how many.
   int letters(int row, int* out) const;
   /// Those with a letter.
@@ -58,7 +63,7 @@ class LetterRows {
   int count_ = 0;
   std::size_t capacity_ = 0;
   std::vector<Word> data_;
-  std::vector<std::uint16_t> weights_;
+  std::vector<Word> weights_;
 };
 
 inline int LetterRows::letters(int row, int* out) const {

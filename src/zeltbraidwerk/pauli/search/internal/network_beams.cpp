@@ -64,6 +64,7 @@ std::optional<Network> run_relay(const NetworkRun& run, const std::vector<Gate>&
       .width = width,
       .stretch = network_tuning.least_stretch + run.rng.below(network_tuning.stretches),
       .known = known,
+      .narrow = task.device == nullptr && run.meter.seconds_left().has_value(),
       .alike = task.in_order ? 0 : network_tuning.alike};
   const std::uint64_t before = run.meter.steps();
   const auto gates = relay_gates(rows, options, prefix, run.plans, run.rng, run.meter);

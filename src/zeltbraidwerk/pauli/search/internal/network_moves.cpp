@@ -27,7 +27,11 @@ std::int64_t NetworkProblem::score(const State& state) {
     const std::uint32_t less = NetworkCosts::times(factor, costs_.rise(weight));
     const std::uint32_t more = NetworkCosts::times(factor, costs_.rise(weight + 1));
     if (NetworkCosts::times(factor, costs_.steepest(weight)) < tuning.least_pull) continue;
-    pairs_.add(letters_.data(), state.letters.letters(place, letters_.data()), less, more);
+    pulls_[static_cast<std::size_t>(weight)].push_back({place, less, more});
+  }
+  for (std::size_t weight = 0; weight < pulls_.size(); ++weight) {
+    pairs_.add(state.letters, static_cast<int>(weight), pulls_[weight]);
+    pulls_[weight].clear();
   }
   sum >>= NetworkCosts::factor_bits;
   for (int place = 0; place < state.images.count(); ++place) {

@@ -19,7 +19,8 @@ double emphasis_at(const NetworkSettings& settings, int place) {
 int window_size(const NetworkSettings& settings, bool in_order, int count) {
   int size = std::min(count, in_order ? tuning.rows_in_order : tuning.most_rows);
   if (!in_order && settings.emphasis == Emphasis::by_place) {
-    const double places = settings.rate * (std::pow(tuning.least_emphasis, -0.5) - 1);
+    const double least = settings.narrow ? tuning.least_emphasis_if_narrow : tuning.least_emphasis;
+    const double places = settings.rate * (std::pow(least, -0.5) - 1);
     size = std::min(size, std::max(1, static_cast<int>(places)));
   }
   return size;
@@ -70,6 +71,7 @@ NetworkProblem::NetworkProblem(const RotationList& list, bool in_order,
     }
   }
   letters_.resize(static_cast<std::size_t>(n) + 1);
+  pulls_.resize(static_cast<std::size_t>(n) + 1);
   string_.resize(2 * static_cast<std::size_t>(list.words()));
   chains_.resize((tuning.longest_chain + 1) * slot_words_);
 }

@@ -130,6 +130,7 @@ class NetworkProblem {
   std::vector<Word> string_;             // scratch
   std::vector<Word> chains_;             // scratch
   std::vector<std::int64_t> changes_;    // scratch: of a string, by qubit
+  std::vector<std::vector<PairTable::Pull>> pulls_;  // scratch: by weight
 };
 
 template <class Sink>

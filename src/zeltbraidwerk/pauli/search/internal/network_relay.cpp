@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
+
+#include "zeltbraidwerk/pauli/search/internal/tuning.h"
 
 namespace zelt::braidwerk::internal {
 namespace {
@@ -13,7 +16,9 @@ struct Leg {
   NetworkState state;
   NetworkPlan plan;
   double cost = 0;  ///< with the gates before it
+  double pace = 0;  ///< gates of the run for each rotation that it served
   std::size_t from = 0;
+  std::uint64_t place = 0;  ///< hash of the state
 };
 
 struct Place {
@@ -62,7 +67,8 @@ class Relay {
     for (std::size_t from = 0; from < places.size(); ++from) {
       for (int k = 0; k < runs; ++k) {
         std::optional<Leg> leg = run_leg(places[from]);
-        if (!leg) return false;
+        if (meter_.ended()) return false;
+        if (!leg) continue;
         leg->from = from;
         leg->cost += static_cast<double>(places[from].gates.size());
         keep(std::move(*leg));
@@ -72,18 +78,33 @@ class Relay {
   }
 
   void keep(Leg leg) {
+    const auto same = std::ranges::find(best_, leg.place, &Leg::place);
+    if (same != best_.end()) {
+      if (same->cost <= leg.cost) return;
+      best_.erase(same);
+    }
     const auto place = std::ranges::upper_bound(best_, leg.cost, {}, &Leg::cost);
     best_.insert(place, std::move(leg));
     if (best_.size() > static_cast<std::size_t>(options_.width)) best_.pop_back();
   }
 
+  /// Whether a run, at the pace of the best one or even a good deal faster, would not be kept.
+  /// What it leaves is only known at its end: where that counts, none is given up.
+  bool is_in_vain(double gates, int rotations_to_come) const {
+    if (gate_ > 0 || best_.size() < static_cast<std::size_t>(options_.width)) return false;
+    const double to_come = network_tuning.relay_pace * best_.front().pace * rotations_to_come;
+    return gates + std::max(to_come, 1.0) >= best_.back().cost;
+  }
+
+  /// Nothing where the effort was spent or the run was given up.
   std::optional<Leg> run_leg(const Place& place) {
     const NetworkState& from = place.state;
     const std::optional<NetworkPlan>& followed = place.followed;
     const int end = std::max(0, from.count_left - options_.stretch);
     const int handover = end == 0 ? 0 : from.count_left - options_.stretch / 2;
     const bool vary = followed && rng_.chance(options_.alike);
-    const NetworkPlan plan = vary ? plans_.varied(*followed, rng_) : plans_.draw(rng_);
+    NetworkPlan plan = vary ? plans_.varied(*followed, rng_) : plans_.draw(rng_);
+    plan.settings.narrow = options_.narrow;
     NetworkProblem problem(list_, options_.in_order, plan.settings, options_.graph, rng_,
                            options_.target);
     NetworkState state = problem.taken_over(from);
@@ -96,11 +117,19 @@ class Relay {
       ++gates;
       if (stays) {
         leg.gates.push_back(gate);
-        if (state.count_left <= handover) leg.state = state;
+        if (state.count_left <= handover) {
+          leg.state = state;
+          leg.place = state.frame.hash() ^ Rng::mixed(state.served);
+        }
       }
       if (!meter_.step()) return std::nullopt;
+      const int to_come = state.count_left - end;
+      if (to_come > 0 && is_in_vain(static_cast<double>(place.gates.size()) + gates, to_come)) {
+        return std::nullopt;
+      }
     }
     leg.cost = gates;
+    leg.pace = static_cast<double>(gates) / (from.count_left - state.count_left);
     if (gate_ > 0) {
       leg.cost += static_cast<double>(judge_.costs(judge_.taken_over(state))) / gate_;
     }

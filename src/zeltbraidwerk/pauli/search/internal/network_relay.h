@@ -18,7 +18,8 @@ struct RelayOptions {
   /// Gates of a network that is known. A run is then judged by what it leaves as well, in gates by
   /// the costs that the first plan sees in it and in the whole list. 0: by its own gates alone.
   int known = 0;
-  float alike = 0;  ///< how often a run's plan is one like that of the run followed before
+  bool narrow = false;  ///< looks at fewer rotations, which takes less time
+  float alike = 0;      ///< how often a run's plan is one like that of the run followed before
 };
 
 /// Gates after `prefix` that serve all rotations, one after the other the gates of greedy runs:

@@ -26,8 +26,9 @@ struct NetworkSettings {
   double bonus = 0;
   Emphasis emphasis = Emphasis::equal;
   double rate = 40;
-  double jitter = 0;  ///< emphasis is multiplied by 1 -+ up to this, drawn once per row
-  double tail = 0;    ///< weight of the logarithms of the frame's own strings
+  bool narrow = false;  ///< by place: fewer rotations are looked at
+  double jitter = 0;    ///< emphasis is multiplied by 1 -+ up to this, drawn once per row
+  double tail = 0;      ///< weight of the logarithms of the frame's own strings
 };
 
 /// How one run goes about its list.

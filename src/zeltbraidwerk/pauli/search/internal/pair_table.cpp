@@ -1,7 +1,9 @@
 #include "zeltbraidwerk/pauli/search/internal/pair_table.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
+#include <utility>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
 
@@ -50,6 +52,43 @@ ZELTBRAIDWERK_CLONES void score_block(const std::uint64_t* __restrict both, std:
     block.least[b] = least;
   }
 }
+
+struct Table {
+  std::uint64_t* both;
+  std::int64_t* alone;
+  std::size_t width;
+};
+
+/// Rows of one word and one weight.
+template <std::size_t weight>
+void add_rows(const LetterRows& rows, const std::vector<PairTable::Pull>& pulls,
+              const Table& table) {
+  for (const PairTable::Pull& pull : pulls) {
+    const Word xs = rows.x_word(pull.row);
+    const Word zs = rows.z_word(pull.row);
+    std::array<std::uint64_t*, weight> line;
+    std::array<std::size_t, weight> column;
+    const std::uint64_t both = std::uint64_t{pull.less} << 32 | pull.more;
+    Word rest = xs | zs;
+    for (std::size_t k = 0; k < weight; ++k) {
+      const auto q = static_cast<std::size_t>(std::countr_zero(rest));
+      const std::size_t label = (xs >> q & 1) | (zs >> q & 1) << 1;
+      line[k] = table.both + (3 * q + label - 1) * 3 * table.width;
+      column[k] = (label - 1) * table.width + q;
+      table.alone[column[k]] += pull.more;
+      for (std::size_t i = 0; i < k; ++i) line[i][column[k]] += both;
+      rest &= rest - 1;
+    }
+  }
+}
+
+constexpr std::size_t most_letters = 20;  // of strings that are common
+
+template <std::size_t... weight>
+constexpr auto adders(std::index_sequence<weight...>) {
+  return std::array{&add_rows<weight>...};
+}
+constexpr auto by_weight = adders(std::make_index_sequence<most_letters + 1>());
 
 }  // namespace
 
@@ -102,6 +141,18 @@ void PairTable::add(const int* letters, int count, std::uint32_t less, std::uint
     alone_[column_[letter]] += more;
     std::uint64_t* row = both_.data() + letter * 3 * width_;
     for (int j = i + 1; j < count; ++j) row[column_[static_cast<std::size_t>(letters[j])]] += both;
+  }
+}
+
+void PairTable::add(const LetterRows& rows, int weight, const std::vector<Pull>& pulls) {
+  const auto letters = static_cast<std::size_t>(weight);
+  if (letters <= most_letters && rows.words() == 1) {
+    by_weight[letters](rows, pulls, {both_.data(), alone_.data(), width_});
+    return;
+  }
+  letters_.resize(std::max(letters_.size(), letters));
+  for (const Pull& pull : pulls) {
+    add(letters_.data(), rows.letters(pull.row, letters_.data()), pull.less, pull.more);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "zeltbraidwerk/foundations/internal/bit_matrix.h"
 #include "zeltbraidwerk/graphs/internal/bit_graph.h"
+#include "zeltbraidwerk/pauli/search/internal/letter_rows.h"
 #include "zeltbraidwerk/search/internal/window.h"
 
 namespace zelt::braidwerk::internal {
@@ -75,6 +76,15 @@ class PairTable {
   /// A string, its letters given as 3 * qubit + label - 1, ascending; what a letter less takes off
   /// its cost, and what one more adds.
   void add(const int* letters, int count, std::uint32_t less, std::uint32_t more);
+
+  struct Pull {
+    int row;
+    std::uint32_t less;
+    std::uint32_t more;
+  };
+  /// The same for some rows of one weight: several times as fast, as no loop has to be guessed.
+  void add(const LetterRows& rows, int weight, const std::vector<Pull>& pulls);
+
   void score(GateCosts& costs);
 
  private:
@@ -83,6 +93,7 @@ class PairTable {
   std::vector<std::size_t> column_;  // by letter: label after label
   std::vector<std::uint64_t> both_;  // less in the upper half, more in the lower, by two letters
   std::vector<std::int64_t> alone_;  // by column
+  std::vector<int> letters_;         // scratch
 };
 
 /// The same on a device, whatever a string costs that has letters on some wires.

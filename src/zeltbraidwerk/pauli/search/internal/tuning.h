@@ -51,6 +51,9 @@ struct NetworkTuning {
   double relay_time = 0.45;
   double relay_time_from_gates = 0.25;
   double relay_margin = 1.5;
+  /// A run is given up where it would not be kept at this share of the best one's gates for each
+  /// rotation to come.
+  double relay_pace = 0.5;
   int least_stretch = 30;  ///< rotations that a run of a relay serves
   int stretches = 50;
   /// How often a run's plan is like the one followed before, in any order. H2O, 300 thousand steps:
@@ -102,6 +105,10 @@ struct NetworkWindowTuning {
   /// Later rotations are not in the window. In any order this and the first plans took LiH from 713
   /// to 686, H2O from 1166 to 1119, NH3 from 2825 to 2690, N2 from 5579 to 5586, in less time.
   double least_emphasis = 0.01;
+  /// For relays with a budget of time, but on devices. One with runs given up, and 0.01: NH3, three
+  /// places, 2328 (2.9 s) and 2402 (3.5 s); H2O, six, 925 and 951; LiH, six, 576 and 587 (eight
+  /// seeds each).
+  double least_emphasis_if_narrow = 0.06;
   int longest_chain = 32;
   /// Costs that fall by less than one in this do not count, or a search could go in circles.
   std::int64_t least_gain = 10'000;
