@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "zeltbraidwerk/clifford/internal/elimination.h"
@@ -27,6 +28,10 @@ namespace {
 
 constexpr std::uint64_t auto_steps = 30'000;  // of the search within "auto"
 constexpr long run_letters = 600'000;         // letters of all strings, over all runs of a method
+// Letters times qubits, which greedy methods take time by: over all runs, and for one at all, which
+// takes some seconds.
+constexpr double greedy_work = 2e6;
+constexpr double most_greedy_work = 2.5e6;
 
 struct AutoMethod {
   const char* name;
@@ -153,7 +158,9 @@ class PauliCall {
                                                      ? std::span<const AutoMethod>(auto_in_order)
                                                      : std::span<const AutoMethod>(auto_free);
       for (const auto& [name, in_order, wished] : chosen) {
-        lanes.push_back(lane(name, in_order, runs(wished)));
+        const bool greedy = std::string_view(name).starts_with("greedy");
+        if (greedy && work() > most_greedy_work && !options_.restarts) continue;
+        lanes.push_back(lane(name, in_order, greedy ? greedy_runs(wished) : runs(wished)));
       }
     } else if (options_.method != "search") {
       const bool endless = options_.budget && !options_.restarts;
@@ -166,9 +173,15 @@ class PauliCall {
 
   int runs(int wished) const {
     if (options_.restarts) return *options_.restarts;
-    const long letters = static_cast<long>(table_.frame.rows()) * table_.frame.qubits();
-    return static_cast<int>(std::clamp(run_letters / std::max(letters, 1L), 1L, long{wished}));
+    return static_cast<int>(std::clamp(run_letters / std::max(letters(), 1L), 1L, long{wished}));
   }
+  int greedy_runs(int wished) const {
+    if (options_.restarts) return *options_.restarts;
+    const double in_time = std::max(greedy_work / std::max(work(), 1.0), 1.0);
+    return std::min(runs(wished), static_cast<int>(std::min(in_time, double(wished))));
+  }
+  long letters() const { return static_cast<long>(table_.frame.rows()) * table_.frame.qubits(); }
+  double work() const { return static_cast<double>(letters()) * table_.frame.qubits(); }
 
   Lane lane(const std::string& name, bool in_order, std::optional<int> runs) {
     const PauliRuns made{

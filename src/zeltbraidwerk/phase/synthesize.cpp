@@ -1,6 +1,7 @@
 #include "zeltbraidwerk/phase/synthesize.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -26,6 +27,11 @@ constexpr double bytes_of_method = 4;
 constexpr double bytes_of_parity = 3'000;
 constexpr int most_searched = 16'383;  // qubits
 constexpr int default_runs = 20;
+// Wires to the power of 5/2 times parities to that of 3/2, by which a greedy run takes time: some
+// seconds over all runs. Where fewer than so many are made in these, which do not find the decay
+// that fits, "auto" leaves them out.
+constexpr double greedy_work = 2.5e9;
+constexpr int least_greedy_runs = 4;
 constexpr int default_device_runs = 100;         // which are quicker, and differ more
 constexpr double closing_share = 0.25;           // of a budget
 constexpr std::uint64_t closing_steps = 50'000;  // of the search that closes, for each run
@@ -105,6 +111,9 @@ class PhaseCall {
     }
     known.erase(known.begin());
     if (too_large) std::erase(known, "search");
+    if (!too_large && !on_device && !options_.restarts && greedy_runs() < least_greedy_runs) {
+      std::erase(known, "greedy");
+    }
     return known;
   }
 
@@ -119,6 +128,7 @@ class PhaseCall {
     // A budget is for the search, where there is one.
     if (!runs && (methods_.size() > 1 || !options_.budget)) {
       runs = device_ ? default_device_runs : default_runs;
+      if (name == "greedy") runs = std::max(std::min(*runs, greedy_runs()), 1);
     }
     const PhaseRuns made{parities_,        device_ ? &*device_ : nullptr,
                          name == "greedy", options_.objective,
@@ -130,6 +140,12 @@ class PhaseCall {
           const CircuitSize size = size_of(network->cnots());
           return made_circuit(size, std::move(*network));
         }};
+  }
+
+  /// That fit in some seconds.
+  int greedy_runs() const {
+    const double work = std::pow(qubits(), 2.5) * std::pow(parities_.cols(), 1.5);
+    return static_cast<int>(std::min(greedy_work / std::max(work, 1.0), 1.0 * default_runs));
   }
 
   Lane search_lane() {
