@@ -60,7 +60,7 @@ void accumulate_product(const BitMatrix& a, const BitMatrix& b, BitMatrix& out, 
 }
 
 ZELTBRAIDWERK_CLONES
-void add_words(Word* __restrict target, const Word* __restrict source, int count) {
+void add_each_word(Word* __restrict target, const Word* __restrict source, int count) {
   for (int w = 0; w < count; ++w) target[w] ^= source[w];
 }
 
@@ -114,6 +114,10 @@ void transpose_block(Word (&block)[word_bits]) {
 }
 
 }  // namespace
+
+void add_words(Word* target, const Word* source, int count) {
+  add_each_word(target, source, count);
+}
 
 int weight(const Word* a, int count) {
   return count_ones(a, count);

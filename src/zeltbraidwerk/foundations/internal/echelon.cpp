@@ -4,7 +4,6 @@
 #include <bit>
 #include <utility>
 
-#include "zeltbraidwerk/foundations/internal/clones.h"
 #include "zeltbraidwerk/foundations/internal/control.h"
 #include "zeltbraidwerk/foundations/internal/row_sums.h"
 
@@ -15,11 +14,6 @@ int first_one(const std::vector<Word>& bits) {
   const auto word = std::find_if(bits.begin(), bits.end(), [](Word w) { return w != 0; });
   if (word == bits.end()) return -1;
   return static_cast<int>(word - bits.begin()) * word_bits + std::countr_zero(*word);
-}
-
-ZELTBRAIDWERK_CLONES
-void add_words(Word* __restrict target, const Word* __restrict source, int count) {
-  for (int w = 0; w < count; ++w) target[w] ^= source[w];
 }
 
 /// Columns are cleared a few at once, by sums of their pivot rows. All rows end up as if columns

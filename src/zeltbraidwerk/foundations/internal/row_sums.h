@@ -9,6 +9,9 @@
 
 namespace zelt::braidwerk::internal {
 
+/// target becomes target XOR source, over `count` words that do not overlap.
+void add_words(Word* target, const Word* source, int count);
+
 /// All sums of a few rows, by the bits of a number. Many rows to which some of the few are added
 /// get one sum each (the method of the four Russians).
 class RowSums {
