@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "zeltbraidwerk/foundations/internal/clones.h"
+#include "zeltbraidwerk/foundations/internal/row_sums.h"
 #include "zeltbraidwerk/foundations/internal/turns.h"
 
 namespace zelt::braidwerk::internal {
@@ -137,11 +138,6 @@ void count_support(const Word* x, const Word* z, Word* digits, int words) {
   for (int w = 0; w < words; ++w) {
     add_ones(digits + w, static_cast<std::size_t>(words), x[w] | z[w]);
   }
-}
-
-ZELTBRAIDWERK_CLONES
-void add_plane(const Word* __restrict source, Word* __restrict target, int words) {
-  for (int w = 0; w < words; ++w) target[w] ^= source[w];
 }
 
 bool any(const Word* plane, int words) {
@@ -360,15 +356,15 @@ BitMatrix PauliFrame::anticommuting() const {
   // How often one row has X or Y where the other has Z or Y, modulo 2; then the other way round.
   BitMatrix odd = product(x_.transposed(), z_);
   const BitMatrix back = odd.transposed();
-  for (int r = 0; r < rows(); ++r) add_plane(back.row(r), odd.row(r), words());
+  for (int r = 0; r < rows(); ++r) add_words(odd.row(r), back.row(r), words());
   return odd;
 }
 
 void PauliFrame::anticommuting_rows(const PauliFrame& strings, int r, Word* out) const {
   std::fill_n(out, words(), Word{0});
   for (int q = 0; q < qubits(); ++q) {
-    if (strings.x_.get(q, r)) add_plane(z(q), out, words());
-    if (strings.z_.get(q, r)) add_plane(x(q), out, words());
+    if (strings.x_.get(q, r)) add_words(out, z(q), words());
+    if (strings.z_.get(q, r)) add_words(out, x(q), words());
   }
 }
 
